@@ -1,0 +1,98 @@
+/// The UV-atlas engine: arrays in, arrays out.
+///
+/// Takes any triangle soup (closed, open, non-manifold, degenerate, disconnected) and gives every
+/// triangle a place in a texture: charts without flipped or overlapping triangles, under a stretch
+/// limit, packed with a gutter that holds in the final texture. Deterministic: the same input gives
+/// the same bits on every run, compiler and machine. Single-threaded. Never aborts and never throws
+/// across this face; memory is proportional to the mesh.
+///
+/// Coordinates come back isotropic, in units of the LONGER texture side: u in [0, width/M], v in
+/// [0, height/M] with M = max(width, height). See docs/atlas.md for the proof that the gutter
+/// survives the caller's aspect correction and margin.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace tessora::atlas {
+
+/// "None": no neighbour across an edge, a real edge in the false-edge array, no element to name.
+inline constexpr uint32_t k_none = 0xFFFFFFFFu;
+
+/// A read-only run of values owned by the caller.
+template <class T>
+struct Span {
+    const T* data = nullptr;
+    size_t size = 0;
+    const T& operator[](size_t i) const { return data[i]; }
+};
+
+/// Shape: positions[3*nv], indices[3*nt], adjacency[3*nt], false_edges[3*nt] or empty.
+/// Entry 3t+k of an edge array speaks of the edge from corner k to corner (k+1)%3 of triangle t.
+struct Mesh {
+    Span<float> positions;      ///< any unit; only ratios matter
+    Span<uint32_t> indices;     ///< vertex ids, 0 <= id < nv
+    Span<uint32_t> adjacency;   ///< neighbouring triangle, or k_none (border, or opened by a cut)
+    Span<uint32_t> false_edges; ///< k_none = real edge; anything else = diagonal inside one polygon
+};
+
+enum class Quality { fast, quality };
+
+/// Called with the fraction done, strictly increasing, at most 11 times, last with 1.0f.
+/// A non-zero answer aborts the call.
+using Progress = int (*)(float fraction, void* user);
+
+struct Options {
+    float max_stretch = 0.15f; ///< 0 = isometric only, 1 = any; limit on L2 stretch is 1/(1-s)
+    uint32_t max_charts = 0;   ///< 0 = stretch alone governs
+    uint32_t width = 512;      ///< texels
+    uint32_t height = 512;     ///< texels
+    float gutter = 2.0f;       ///< texels between two charts in the final texture
+    Quality quality = Quality::quality;
+    bool pack_cuts = false; ///< may cut a chart only because the layout gets fuller
+    Progress progress = nullptr;
+    void* user = nullptr;
+};
+
+enum class Status {
+    ok,
+    invalid_argument,   ///< array sizes disagree, width or height 0, gutter or stretch not finite
+    index_out_of_range, ///< element: position in `indices`
+    adjacency_out_of_range, ///< element: position in `adjacency`
+    non_finite_position,    ///< element: vertex id
+    does_not_fit,           ///< gutter and texture leave no room; element: charts that need a place
+    chart_limit, ///< more charts than max_charts are needed; element: the least number found
+    aborted,     ///< the progress callback said so
+    out_of_memory
+};
+
+struct Failure {
+    Status status = Status::ok;
+    uint32_t element = k_none;
+};
+
+/// Triangles keep their number, order and corner order.
+struct Result {
+    std::vector<uint32_t> source_vertex; ///< per new vertex: the input vertex it stands for
+    std::vector<uint32_t> indices;       ///< 3 per triangle, into the new vertices
+    std::vector<float> uvs;              ///< 2 per new vertex
+    std::vector<uint32_t> chart;         ///< per triangle: 0 <= id < chart_count
+    std::vector<uint32_t> over_limit;    ///< triangles of charts that exceed the limit, ascending
+    uint32_t chart_count = 0;
+    float stretch = 0.0f; ///< reached: max over charts of 1 - 1/L2
+};
+
+/// Partitions, flattens and packs.
+Failure create(const Mesh& mesh, const Options& options, Result& result) noexcept;
+
+/// Partitions and flattens only: every chart keeps its own coordinates (UV area = 3D area of the
+/// mesh scaled to unit total area), `width`, `height` and `gutter` are ignored. partition_adjacency
+/// is `mesh.adjacency` with every chart border opened.
+Failure partition(const Mesh& mesh, const Options& options, Result& result,
+                  std::vector<uint32_t>& partition_adjacency) noexcept;
+
+/// The name of a status as a sentence for a person, without a final full stop.
+const char* describe(Status status) noexcept;
+
+} // namespace tessora::atlas

@@ -1,0 +1,24 @@
+# The only file that knows which side of a seam a build stands on. A seam is an include directory
+# plus a link target: sources include <maya/...> and <d3dx9.h> and never ask whose they are.
+set(TESSORA_MAYA_DEVKIT "" CACHE PATH "devkit to build the plug-in against; empty: the embedded host")
+set(TESSORA_UVATLAS platform CACHE STRING "platform | portable (Windows only)")
+
+add_library(tessora_host_api INTERFACE)
+add_library(tessora::host_api ALIAS tessora_host_api)
+add_library(tessora_d3dx_api INTERFACE)
+add_library(tessora::d3dx_api ALIAS tessora_d3dx_api)
+
+if(NOT TESSORA_MAYA_DEVKIT)
+    add_subdirectory(host)
+    target_link_libraries(tessora_host_api INTERFACE tessora_host)
+else()
+    find_package(Maya REQUIRED)
+    target_link_libraries(tessora_host_api INTERFACE Maya::OpenMaya Maya::OpenMayaUI)
+endif()
+
+if(NOT WIN32)
+    add_subdirectory(platform)
+    target_link_libraries(tessora_d3dx_api INTERFACE tessora_platform)
+else()
+    target_link_libraries(tessora_d3dx_api INTERFACE d3d9 d3dx9_43)
+endif()

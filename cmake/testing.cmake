@@ -1,0 +1,11 @@
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+# tessora_test(<name> LINK <targets> LABELS <fast|slow> SOURCES <files>)
+function(tessora_test name)
+    cmake_parse_arguments(T "" "" "LINK;LABELS;SOURCES" ${ARGN})
+    add_executable(${name} ${T_SOURCES})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${name} PRIVATE ${T_LINK} tessora_warnings GTest::gtest_main)
+    gtest_discover_tests(${name} PROPERTIES LABELS "${T_LABELS}" TIMEOUT 300 DISCOVERY_TIMEOUT 60)
+endfunction()

@@ -1,0 +1,9 @@
+# Every target links this privately: warnings are errors, and floating-point results must not
+# depend on whether a compiler fuses a multiply with an add.
+add_library(tessora_warnings INTERFACE)
+target_compile_options(tessora_warnings INTERFACE -Wall -Wextra -Wpedantic -Werror -ffp-contract=off)
+
+if(TESSORA_SANITIZE)
+    add_compile_options(-fsanitize=${TESSORA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${TESSORA_SANITIZE})
+endif()

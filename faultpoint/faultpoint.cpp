@@ -1,0 +1,59 @@
+#include "faultpoint/faultpoint.h"
+
+#include <map>
+#include <string>
+
+namespace faultpoint {
+
+int armed_count = 0;
+
+namespace {
+
+struct Setting {
+    int code;
+    unsigned first;
+    unsigned times;
+    unsigned passes;
+};
+
+std::map<std::string, Setting>& settings() {
+    static std::map<std::string, Setting> map;
+    return map;
+}
+
+} // namespace
+
+void arm(const char* name, int code, unsigned nth, unsigned times) {
+    settings()[name] = Setting{code, nth == 0 ? 1 : nth, times, 0};
+    armed_count = static_cast<int>(settings().size());
+}
+
+void disarm(const char* name) {
+    settings().erase(name);
+    armed_count = static_cast<int>(settings().size());
+}
+
+void disarm_all() {
+    settings().clear();
+    armed_count = 0;
+}
+
+unsigned passes(const char* name) {
+    const auto found = settings().find(name);
+    return found == settings().end() ? 0 : found->second.passes;
+}
+
+int pass(const char* name) {
+    const auto found = settings().find(name);
+    if (found == settings().end())
+        return 0;
+    Setting& setting = found->second;
+    setting.passes += 1;
+    if (setting.passes < setting.first)
+        return 0;
+    if (setting.times != 0 && setting.passes >= setting.first + setting.times)
+        return 0;
+    return setting.code;
+}
+
+} // namespace faultpoint
