@@ -1,0 +1,64 @@
+#!/usr/bin/env python3
+"""Plants one wrong include (or switch name) at a time in a small tree and expects it to be named."""
+
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+CHECK = pathlib.Path(__file__).resolve().parents[2] / "tools" / "check_layers.py"
+
+
+def run_check(path, text):
+    with tempfile.TemporaryDirectory() as root:
+        file = pathlib.Path(root, path)
+        file.parent.mkdir(parents=True)
+        file.write_text(text)
+        done = subprocess.run([sys.executable, CHECK, root], capture_output=True, text=True)
+    return done.returncode, done.stdout
+
+
+class Layers(unittest.TestCase):
+    def refused(self, path, text):
+        code, out = run_check(path, text)
+        self.assertEqual(code, 1, out)
+        self.assertIn(path + ":1:", out)
+
+    def taken(self, path, text):
+        code, out = run_check(path, text)
+        self.assertEqual((code, out), (0, ""))
+
+    def test_engine_may_not_see_the_host(self):
+        self.refused("atlas/x.cpp", '#include <maya/MFnMesh.h>\n')
+
+    def test_plugin_may_not_see_the_engine(self):
+        self.refused("plugin/x.cpp", '#include "atlas/atlas.h"\n')
+
+    def test_plugin_may_not_see_the_embedded_host(self):
+        self.refused("plugin/x.cpp", '#include "host/mesh/mesh.h"\n')
+
+    def test_host_may_not_see_the_plugin(self):
+        self.refused("host/mesh/x.cpp", '#include "plugin/unwrapper.h"\n')
+
+    def test_corelib_may_not_see_the_extension_library(self):
+        self.refused("corelib/x.cpp", "#include <d3dx9.h>\n")
+
+    def test_atlas_stage_may(self):
+        self.taken("plugin/atlas_stage.cpp", "#include <d3dx9.h>\n")
+
+    def test_corelib_math_may(self):
+        self.taken("corelib/math/x.cpp", '#include <d3dx9.h>\n#include "corelib/array.h"\n')
+
+    def test_measure_shares_no_code_with_the_engine(self):
+        self.refused("measure/x.cpp", '#include "atlas/atlas.h"\n')
+
+    def test_sources_may_not_ask_for_a_seam(self):
+        self.refused("plugin/x.cpp", "#if" + "def TESSORA_MAYA" + "_DEVKIT\n#endif\n")
+
+    def test_standard_library_is_free(self):
+        self.taken("measure/x.cpp", "#include <vector>\n#include <cmath>\n")
+
+
+if __name__ == "__main__":
+    unittest.main()
