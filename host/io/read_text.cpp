@@ -1,0 +1,60 @@
+#include "host/io/obj_reader.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <new>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace host {
+namespace {
+
+/// Reads to the end; a size known beforehand only saves copies, since a file can change meanwhile.
+bool read_all(int file, size_t expected, std::string& text) {
+    size_t have = 0;
+    text.resize(expected + 1);
+    for (;;) {
+        if (have == text.size())
+            text.resize(2 * have);
+        const ssize_t got = ::read(file, text.data() + have, text.size() - have);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return false;
+        if (got == 0)
+            break;
+        have += static_cast<size_t>(got);
+    }
+    text.resize(have);
+    return true;
+}
+
+} // namespace
+
+bool read_text(const std::string& path, std::string& text, IoError& error) {
+    const bool standard_input = path == "-";
+    const int file = standard_input ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    bool good = file >= 0;
+    error = {};
+    try {
+        struct stat info = {};
+        good = good && ::fstat(file, &info) == 0;
+        if (good && S_ISDIR(info.st_mode)) {
+            errno = EISDIR;
+            good = false;
+        }
+        const bool sized = S_ISREG(info.st_mode) && info.st_size > 0;
+        good = good && read_all(file, sized ? static_cast<size_t>(info.st_size) : 65535, text);
+        if (!good)
+            error = {IoError::unreadable, path + ": cannot be read: " + std::strerror(errno)};
+    } catch (const std::bad_alloc&) {
+        error = {IoError::too_large, path + ": not enough memory for the file"};
+        good = false;
+    }
+    if (file >= 0 && !standard_input)
+        ::close(file);
+    return good;
+}
+
+} // namespace host
