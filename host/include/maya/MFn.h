@@ -1,0 +1,43 @@
+/// Names for the kinds of host objects. Numbers differ between versions of the host: use the names
+/// only and never store a number in a file.
+#pragma once
+
+#include <maya/MTypes.h>
+
+class MHOST_EXPORT MFn {
+public:
+    enum Type {
+        kInvalid = 0,
+        kBase,
+        kNamedObject,
+        kDependencyNode,
+        kDagNode,
+        kTransform,
+        kShape,
+        kMesh,
+        kCamera,
+        kWorld,
+        kPolyTweak,
+        kPolyCreator,
+        kPolyPrimitive,
+        kPluginDependNode,
+        kUnknown,
+        kAttribute,
+        kNumericAttribute,
+        kTypedAttribute,
+        kEnumAttribute,
+        kMessageAttribute,
+        kCompoundAttribute,
+        kMatrixAttribute,
+        kData,
+        kMeshData,
+        kMeshGeom,
+        kNumericData,
+        kStringData,
+        kMatrixData,
+        kPlugin,
+        kSelectionList,
+        kComponent,
+        kLast
+    };
+};

@@ -1,0 +1,37 @@
+/// A 4x4 transformation. Row-vector convention: a point p becomes p * M, the translation stands in
+/// row 3, and the sixteen numbers in memory order are what OpenGL's column vectors expect.
+#pragma once
+
+#include <maya/MStatus.h>
+
+class MHOST_EXPORT MMatrix {
+public:
+    double matrix[4][4];
+
+    /// The identity.
+    MMatrix();
+    MMatrix(const double values[4][4]);
+    MMatrix(const float values[4][4]);
+
+    double* operator[](unsigned int row) { return matrix[row]; }
+    const double* operator[](unsigned int row) const { return matrix[row]; }
+    double operator()(unsigned int row, unsigned int column) const { return matrix[row][column]; }
+    double& operator()(unsigned int row, unsigned int column) { return matrix[row][column]; }
+
+    MStatus get(double values[4][4]) const;
+    MStatus get(float values[4][4]) const;
+
+    MMatrix operator*(const MMatrix& right) const;
+    MMatrix& operator*=(const MMatrix& right);
+    bool operator==(const MMatrix& other) const;
+    bool operator!=(const MMatrix& other) const;
+    bool isEquivalent(const MMatrix& other, double tolerance = 1.0e-10) const;
+
+    MMatrix transpose() const;
+    /// The identity when the matrix has no inverse.
+    MMatrix inverse() const;
+    double det4x4() const;
+    MMatrix& setToIdentity();
+
+    static const MMatrix identity;
+};
