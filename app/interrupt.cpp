@@ -1,0 +1,92 @@
+#include "app/interrupt.h"
+
+#include "app/exit_code.h"
+
+#include <cstring>
+#include <unistd.h>
+
+namespace app {
+namespace {
+
+constexpr int k_slots = 8;
+constexpr size_t k_path_size = 4096;
+constexpr int k_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGABRT};
+
+// Read inside handlers: plain bytes, written only while signals are held back.
+char g_paths[k_slots][k_path_size];
+volatile sig_atomic_t g_line_open = 0;
+
+void write_error(const char* text) {
+    const size_t length = std::strlen(text);
+    // Nothing can be done about a failure here.
+    if (::write(STDERR_FILENO, text, length) < 0)
+        return;
+}
+
+void end_process(int signal) {
+    for (const auto& path : g_paths)
+        if (path[0])
+            ::unlink(path);
+    if (g_line_open)
+        write_error("\r\033[K");
+    if (signal == SIGABRT) {
+        write_error("tessora: internal error; unfinished files are removed. Please report this "
+                    "together with the input.\n");
+        ::_exit(exit_bug);
+    }
+    write_error("tessora: interrupted; unfinished files are removed\n");
+    ::_exit(exit_signal + signal);
+}
+
+} // namespace
+
+void install_signal_handlers() {
+    struct sigaction action = {};
+    action.sa_handler = end_process;
+    sigfillset(&action.sa_mask);
+    for (const int signal : k_signals) {
+        // A hang-up that the starter of the process chose to ignore (nohup) stays ignored.
+        struct sigaction before = {};
+        sigaction(signal, nullptr, &before);
+        if (signal == SIGABRT || before.sa_handler != SIG_IGN)
+            sigaction(signal, &action, nullptr);
+    }
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &action, nullptr);
+    sigaction(SIGXFSZ, &action, nullptr);
+}
+
+bool remove_on_signal(const std::string& path) {
+    if (path.size() >= k_path_size)
+        return false;
+    const SignalsHeld held;
+    for (auto& slot : g_paths)
+        if (!slot[0]) {
+            std::memcpy(slot, path.c_str(), path.size() + 1);
+            return true;
+        }
+    return false;
+}
+
+void keep_on_signal(const std::string& path) {
+    const SignalsHeld held;
+    for (auto& slot : g_paths)
+        if (path == slot)
+            slot[0] = '\0';
+}
+
+void set_terminal_line_open(bool open) { g_line_open = open ? 1 : 0; }
+bool terminal_line_open() { return g_line_open != 0; }
+
+SignalsHeld::SignalsHeld() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : k_signals)
+        if (signal != SIGABRT) // abort() must end the process wherever it is called
+            sigaddset(&set, signal);
+    sigprocmask(SIG_BLOCK, &set, &before_);
+}
+
+SignalsHeld::~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+} // namespace app

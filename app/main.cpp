@@ -1,0 +1,95 @@
+/// The program `tessora`: finds the command and runs it.
+#include "app/command.h"
+#include "app/exit_code.h"
+#include "app/interrupt.h"
+#include "app/options.h"
+#include "app/unwrap_command.h"
+
+#include <cstdio>
+#include <new>
+
+namespace {
+
+constexpr app::Command k_commands[] = {
+    {"unwrap", "give a mesh new texture coordinates", app::unwrap_command},
+};
+
+const app::Command* find_command(const std::string& name) {
+    for (const app::Command& command : k_commands)
+        if (name == command.name)
+            return &command;
+    return nullptr;
+}
+
+std::string help() {
+    std::string text = std::string("tessora ") + app::version() +
+                       ": automatic UV unwrapping\n\nusage: tessora COMMAND ...\n\ncommands:\n";
+    for (const app::Command& command : k_commands) {
+        std::string name = command.name;
+        name.resize(10, ' ');
+        text += "  " + name + command.summary + "\n";
+    }
+    return text + R"(
+  --help    this text; 'tessora COMMAND --help' for a command's options
+  --version the version
+
+examples:
+  tessora unwrap bunny.obj
+  tessora unwrap chair.obj -o out/chair.obj --width 1024 --height 512 --padding 4
+  tessora unwrap --help
+)";
+}
+
+int unknown_command(const std::string& name) {
+    std::vector<std::string> names = {"--help", "--version"};
+    for (const app::Command& command : k_commands)
+        names.push_back(command.name);
+    const std::string guess = app::nearest(name, names);
+    const bool mesh = name.size() > 4 && name.compare(name.size() - 4, 4, ".obj") == 0;
+    app::say("unknown command " + name +
+             (mesh            ? "; did you mean 'tessora unwrap " + name + "'?"
+              : guess.empty() ? ""
+                              : "; did you mean " + guess + "?") +
+             "\nsee 'tessora --help'");
+    return app::exit_usage;
+}
+
+int run(const app::Words& words) {
+    if (words.empty()) {
+        std::fputs(help().c_str(), stderr);
+        return app::exit_usage;
+    }
+    const std::string& name = words[0];
+    if (name == "--version") {
+        std::printf("tessora %s\n", app::version());
+        return app::exit_done;
+    }
+    if (name == "--help" || name == "help") {
+        const app::Command* command = words.size() > 1 ? find_command(words[1]) : nullptr;
+        if (command)
+            return command->run({"--help"});
+        std::fputs(help().c_str(), stdout);
+        return app::exit_done;
+    }
+    const app::Command* command = find_command(name);
+    return command ? command->run({words.begin() + 1, words.end()}) : unknown_command(name);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    app::install_signal_handlers();
+    int code = app::exit_unexpected;
+    try {
+        code = run({argv + 1, argv + argc});
+    } catch (const std::bad_alloc&) {
+        app::say("not enough memory; no result was written");
+        return app::exit_limit;
+    }
+    // A full disk behind standard output shows only when the buffer is written.
+    if (std::fflush(stdout) != 0 && code == app::exit_done) {
+        app::say("standard output cannot be written");
+        return app::exit_output;
+    }
+    return code;
+}

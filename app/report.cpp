@@ -1,0 +1,95 @@
+#include "app/report.h"
+
+#include "app/command.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <sys/resource.h>
+
+namespace app {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+double rounded(double value, double unit) { return std::round(value * unit) / unit; }
+
+Json settings_json(const UnwrapSettingsRequest& s) {
+    return {{"mapchannel", s.mapchannel},
+            {"charts", s.charts},
+            {"stretch", s.stretch},
+            {"padding", s.padding},
+            {"width", s.width},
+            {"height", s.height},
+            {"high_quality", s.high_quality},
+            {"keep_seams", s.keep_seams},
+            {"use_grooves", s.use_grooves},
+            {"groove_angle", s.groove_angle},
+            {"use_ridges", s.use_ridges},
+            {"ridge_angle", s.ridge_angle},
+            {"adjacency_method", s.adjacency_method},
+            {"epsilon", s.epsilon}};
+}
+
+Json seconds_json(const StageSeconds& s) {
+    Json out = Json::object();
+    double total = 0.0;
+    const auto put = [&](const char* name, const std::optional<double>& value) {
+        if (value) {
+            out[name] = rounded(*value, 1e6);
+            total += *value;
+        }
+    };
+    put("read", s.read);
+    put("collect", s.collect);
+    put("generate", s.generate);
+    put("apply", s.apply);
+    put("verify", s.verify);
+    put("write", s.write);
+    out["total"] = rounded(total, 1e6);
+    return out;
+}
+
+} // namespace
+
+std::string to_json(const UnwrapReport& report) {
+    Json out;
+    out["schema"] = 1;
+    out["program"] = std::string("tessora ") + version();
+    out["status"] = report.code == 0 ? "ok" : "failed";
+    out["code"] = report.code;
+    if (!report.reason.empty())
+        out["reason"] = report.reason;
+    out["input"] = report.input;
+    if (report.code == 0) {
+        out["output"] = report.output;
+        if (!report.layout.empty())
+            out["layout"] = report.layout;
+    }
+    if (report.mesh) {
+        out["polygons"] = report.mesh->polygons;
+        out["triangles"] = report.mesh->triangles;
+        out["vertices"] = report.mesh->vertices;
+    }
+    if (report.result) {
+        out["charts"] = report.result->charts;
+        out["stretch"] = report.result->stretch;
+        out["over_limit"] = report.result->over_limit;
+        out["existing_seam_edges"] = report.result->existing_seam_edges;
+        out["new_seam_edges"] = report.result->new_seam_edges;
+    }
+    if (!report.measures.empty())
+        out["measures"] = Json::parse(report.measures);
+    out["settings"] = settings_json(report.settings);
+    out["seconds"] = seconds_json(report.seconds);
+    out["peak_mb"] = rounded(report.peak_mb, 10.0);
+    out["warnings"] = report.warnings;
+    return out.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+double peak_memory_mb() {
+    rusage usage = {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024.0; // the kernel counts in KiB
+}
+
+} // namespace app

@@ -1,0 +1,208 @@
+#include "app/unwrap_command.h"
+
+#include "app/atomic_file.h"
+#include "app/exit_code.h"
+#include "app/interrupt.h"
+#include "app/progress.h"
+#include "app/report.h"
+#include "app/unwrap_driver.h"
+#include "app/unwrap_options.h"
+#include "host/io/obj_reader.h"
+
+#include <chrono>
+#include <cstdio>
+#include <new>
+
+namespace app {
+namespace {
+
+class Stopwatch {
+public:
+    double seconds() const { return std::chrono::duration<double>(Clock::now() - begin_).count(); }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point begin_ = Clock::now();
+};
+
+/// One run of the command. Every step sets the exit code and the reason when it fails; nothing is
+/// published until all files are whole.
+class UnwrapRun {
+public:
+    explicit UnwrapRun(const UnwrapRequest& request);
+    int run();
+
+private:
+    bool read();
+    bool open_outputs();
+    bool unwrap();
+    bool write_mesh();
+    bool publish();
+    void write_failure_report();
+    void warn(const std::string& sentence);
+    bool fail(int code, const std::string& reason);
+    void say_result() const;
+
+    const UnwrapRequest& request_;
+    Progress progress_;
+    UnwrapReport report_;
+    host::ObjDocument document_;
+    UnwrapOutcome outcome_;
+    AtomicFile mesh_file_, layout_file_, report_file_, backup_file_;
+};
+
+UnwrapRun::UnwrapRun(const UnwrapRequest& request)
+    : request_(request), progress_(Progress::style_for_stderr(request.quiet), request.input) {
+    report_.input = request.input;
+    report_.output = request.output;
+    report_.layout = request.layout;
+    report_.settings = request.settings;
+    for (const std::string& warning : request.warnings)
+        warn(warning);
+}
+
+void UnwrapRun::warn(const std::string& sentence) {
+    report_.warnings.push_back(sentence);
+    if (!request_.quiet)
+        say("warning: " + sentence);
+}
+
+bool UnwrapRun::fail(int code, const std::string& reason) {
+    report_.code = code;
+    report_.reason = reason;
+    return false;
+}
+
+bool UnwrapRun::read() {
+    const Stopwatch watch;
+    progress_.begin_stage("reading");
+    host::IoError error;
+    std::string text;
+    if (!host::read_text(request_.input, text, error) ||
+        !host::parse_obj(request_.input, std::move(text), document_, error))
+        return fail(error.kind == host::IoError::too_large ? exit_limit : exit_input,
+                    error.message);
+    report_.seconds.read = watch.seconds();
+    for (const std::string& warning : document_.warnings)
+        warn(warning);
+    return true;
+}
+
+/// Finds out before the work, not after it, that there is no place for the results.
+bool UnwrapRun::open_outputs() {
+    std::string error;
+    const bool good = mesh_file_.open(request_.output, error) &&
+                      (!request_.in_place || backup_file_.open(request_.input + ".bak", error)) &&
+                      (request_.layout.empty() || layout_file_.open(request_.layout, error)) &&
+                      (request_.report.empty() || report_file_.open(request_.report, error));
+    return good || fail(exit_output, error);
+}
+
+bool UnwrapRun::unwrap() {
+    const ImportedMesh mesh = import_mesh(document_);
+    if (mesh.split_polygons)
+        warn(request_.input +
+             ": polygons that name a vertex twice: " + std::to_string(mesh.split_polygons) +
+             "; each repeat counts as a vertex of its own, and the file keeps its vertices");
+    if (request_.settings.keep_seams && !document_.has_uvs())
+        warn(request_.input + ": --keep_seams: the mesh has no texture coordinates, so every edge "
+                              "between two polygons counts as a seam and is cut");
+    outcome_ = run_unwrap(document_, mesh, request_.settings, progress_, report_.seconds);
+    report_.settings = outcome_.settings;
+    report_.mesh =
+        MeshCounts{document_.polygon_count(), outcome_.triangles, document_.vertex_count()};
+    if (!outcome_.good)
+        return fail(outcome_.out_of_memory ? exit_limit : exit_unwrap,
+                    request_.input + ": " + outcome_.reason);
+    report_.result = outcome_.result;
+    return true;
+}
+
+bool UnwrapRun::write_mesh() {
+    progress_.begin_stage("writing");
+    std::string text, error;
+    if (!host::format_obj(document_, outcome_.uvs, text, error))
+        return fail(exit_unwrap, request_.input + ": " + error);
+    if (!mesh_file_.write(text, error) ||
+        (request_.in_place && !backup_file_.write(document_.text, error)))
+        return fail(exit_output, error);
+    return true;
+}
+
+/// All files are whole; only renames are left. A signal waits until they are done.
+bool UnwrapRun::publish() {
+    report_.peak_mb = peak_memory_mb();
+    std::string error;
+    if (report_file_.is_open() && !report_file_.write(to_json(report_), error))
+        return fail(exit_output, error);
+    const SignalsHeld held;
+    for (AtomicFile* file : {&backup_file_, &mesh_file_, &layout_file_, &report_file_})
+        if (file->is_open() && !file->commit(error))
+            return fail(exit_output, error);
+    return true;
+}
+
+void UnwrapRun::write_failure_report() {
+    mesh_file_.discard();
+    backup_file_.discard();
+    layout_file_.discard();
+    if (request_.report.empty())
+        return;
+    report_.result.reset();
+    report_.peak_mb = peak_memory_mb();
+    std::string error;
+    report_file_.discard();
+    if (!report_file_.open(request_.report, error) ||
+        !report_file_.write(to_json(report_), error) || !report_file_.commit(error))
+        say(error);
+}
+
+void UnwrapRun::say_result() const {
+    if (request_.quiet)
+        return;
+    char stretch[32];
+    std::snprintf(stretch, sizeof stretch, "%.4f", outcome_.result.stretch);
+    std::string line = request_.input + ": " + std::to_string(outcome_.result.charts) +
+                       (outcome_.result.charts == 1 ? " chart" : " charts") + ", stretch " +
+                       stretch;
+    if (!outcome_.result.over_limit.empty())
+        line += ", polygons over the limit: " + std::to_string(outcome_.result.over_limit.size());
+    say(line + "; " + (request_.output == "-" ? "written" : "wrote " + request_.output));
+}
+
+int UnwrapRun::run() {
+    const Stopwatch watch;
+    bool good = read() && open_outputs() && unwrap();
+    if (good) {
+        const Stopwatch writing;
+        good = write_mesh();
+        report_.seconds.write = writing.seconds();
+        good = good && publish();
+    }
+    progress_.clear();
+    if (good) {
+        say_result();
+        return exit_done;
+    }
+    say(report_.reason);
+    write_failure_report();
+    return report_.code;
+}
+
+} // namespace
+
+int unwrap_command(const Words& words) {
+    UnwrapRequest request;
+    std::string error;
+    if (!parse_unwrap_request(words, request, error)) {
+        say(error + "\nsee 'tessora unwrap --help'");
+        return exit_usage;
+    }
+    if (request.help) {
+        std::fputs(unwrap_help().c_str(), stdout);
+        return exit_done;
+    }
+    return UnwrapRun(request).run();
+}
+
+} // namespace app

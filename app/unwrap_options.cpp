@@ -1,0 +1,195 @@
+#include "app/unwrap_options.h"
+
+#include "app/atomic_file.h"
+#include "app/options.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace app {
+namespace {
+
+constexpr const char* k_usage = R"(usage: tessora unwrap INPUT [-o OUTPUT] [options]
+
+Gives the mesh in INPUT (Wavefront OBJ) new texture coordinates and writes it to
+OUTPUT. Only texture coordinates change: every other byte of the file stays.
+
+examples:
+  tessora unwrap bunny.obj
+      writes bunny_uv.obj beside it
+  tessora unwrap chair.obj -o out/chair.obj --width 2048 --height 2048 --padding 8
+      charts stay 8 texels apart in a 2048 x 2048 texture
+  tessora unwrap part.obj --use_grooves --use_ridges --groove_angle 40 --ridge_angle 40
+      cuts along every edge that is bent by 40 degrees or more
+  tessora unwrap head.obj --keep_seams --report head.json --layout head.png
+      keeps the cuts of the present layout; writes figures and a picture
+  tessora unwrap scan.obj --stretch 0.05 --high_quality
+      less distortion, more charts, more time
+)";
+
+constexpr const char* k_notes = R"(
+In option names - and _ are the same. After a switch the next word is taken as
+its value only if it is on, off, yes, no, true, false, 1 or 0. Values out of
+range count as the nearest end of the range, with a warning. "--" ends the
+options; "-" stands for standard input or output.
+
+exit codes: 0 done, 2 usage, 3 input missing or no mesh, 4 mesh too large or
+memory ran out, 5 not possible as asked, 6 the result failed its verification,
+7 output cannot be written, 70 internal error, 130 and 143 interrupted. Unless
+the code is 0, OUTPUT is as it was.
+)";
+
+void add_setting_options(OptionTable& table, UnwrapSettingsRequest& s) {
+    table.heading("settings (defaults in parentheses):");
+    table.add("mapchannel", &s.mapchannel, "NAME",
+              "UV set that receives the result; an OBJ file holds one set, which becomes this one");
+    table.add("stretch", &s.stretch, "LIMIT",
+              "largest stretch of a chart, 0 (none) to 1 (any); charts are cut until they meet it");
+    table.add("padding", &s.padding, "TEXELS", "gutter between charts, 0 to 32");
+    table.add("width", &s.width, "TEXELS", "width of the texture, 8 to 8192");
+    table.add("height", &s.height, "TEXELS", "height of the texture, 8 to 8192");
+    table.add("high_quality", &s.high_quality, "",
+              "look for fewer charts and shorter seams; takes longer");
+    table.add("keep_seams", &s.keep_seams, "",
+              "keep the borders of the present UVs as cuts; edges without UVs on a side are cut");
+    table.add("use_grooves", &s.use_grooves, "", "cut along concave creases");
+    table.add("groove_angle", &s.groove_angle, "DEGREES",
+              "bend from which a concave edge is a crease, 0 to 180");
+    table.add("use_ridges", &s.use_ridges, "", "cut along convex creases");
+    table.add("ridge_angle", &s.ridge_angle, "DEGREES",
+              "bend from which a convex edge is a crease, 0 to 180");
+    table.heading("settings that are carried without effect:");
+    table.add("charts", &s.charts, "N", "number of charts, 0 to 64; stretch alone governs");
+    table.add("adjacency_method", &s.adjacency_method, "N",
+              "0 or 1; polygons are neighbours where they share vertices");
+    table.add("epsilon", &s.epsilon, "LENGTH", "0.001 to 1000; no vertices are welded");
+}
+
+OptionTable make_table(UnwrapRequest& request) {
+    OptionTable table;
+    table.heading("files:");
+    table.add("output", &request.output, "FILE", "result; by default INPUT's name with _uv");
+    table.alias("-o");
+    table.add("in_place", &request.in_place, "",
+              "write the result over INPUT; the old file stays as INPUT.bak");
+    table.add("report", &request.report, "FILE.json",
+              "what was done, in figures; on failure the reason");
+    table.add("layout", &request.layout, "FILE.png", "picture of the charts in the texture");
+    table.add("quiet", &request.quiet, "", "say nothing unless something fails");
+    table.add("help", &request.help, "", "show this text");
+    add_setting_options(table, request.settings);
+    return table;
+}
+
+std::string extension_of(const std::string& path) {
+    const size_t dot = path.rfind('.'), slash = path.rfind('/');
+    if (dot == path.npos || (slash != path.npos && dot < slash))
+        return "";
+    std::string extension = path.substr(dot);
+    for (char& c : extension)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return extension;
+}
+
+/// Mesh formats that are certainly not OBJ.
+bool is_other_format(const std::string& path) {
+    const std::string extension = extension_of(path);
+    for (const char* other : {".fbx", ".gltf", ".glb", ".ply", ".stl", ".usd", ".usda", ".usdc",
+                              ".usdz", ".dae", ".abc", ".3ds", ".blend", ".ma", ".mb", ".off"})
+        if (extension == other)
+            return true;
+    return false;
+}
+
+template <class Number>
+void check_range(const char* name, Number value, Number least, Number most,
+                 std::vector<std::string>& warnings) {
+    if (value >= least && value <= most)
+        return;
+    const auto text = [](Number n) {
+        std::string digits = std::to_string(n);
+        if (digits.find('.') != digits.npos)
+            digits.erase(std::max(digits.find_last_not_of('0') + 1, digits.find('.') + 2));
+        return digits;
+    };
+    warnings.push_back(std::string("--") + name + " " + text(value) + " counts as " +
+                       text(value < least ? least : most));
+}
+
+void check_ranges(const UnwrapSettingsRequest& s, std::vector<std::string>& warnings) {
+    check_range("charts", s.charts, 0, 64, warnings);
+    check_range("stretch", s.stretch, 0.0, 1.0, warnings);
+    check_range("padding", s.padding, 0, 32, warnings);
+    check_range("width", s.width, 8, 8192, warnings);
+    check_range("height", s.height, 8, 8192, warnings);
+    check_range("groove_angle", s.groove_angle, 0.0, 180.0, warnings);
+    check_range("ridge_angle", s.ridge_angle, 0.0, 180.0, warnings);
+    check_range("adjacency_method", s.adjacency_method, 0, 1, warnings);
+    check_range("epsilon", s.epsilon, 0.001, 1000.0, warnings);
+}
+
+bool one_name(const std::string& a, const std::string& b) {
+    return !a.empty() && a != "-" && (a == b || same_file(a, b));
+}
+
+bool settle_output(UnwrapRequest& r, std::string& error) {
+    if (r.in_place && !r.output.empty())
+        error = "--in_place and -o exclude each other";
+    else if (r.in_place && r.input == "-")
+        error = "--in_place needs a file; standard input has no place";
+    else if (r.output.empty() && r.input == "-")
+        error = "standard input needs -o OUTPUT ('-o -' for standard output)";
+    if (!error.empty())
+        return false;
+    if (r.output.empty())
+        r.output = r.in_place ? r.input : default_output(r.input);
+    if (!r.in_place && one_name(r.output, r.input))
+        error = r.output + " is the input; --in_place writes over it";
+    else if (one_name(r.report, r.input) || one_name(r.layout, r.input))
+        error = "the report or the picture would be written over the input";
+    else if (one_name(r.report, r.output) || one_name(r.layout, r.output) ||
+             one_name(r.report, r.layout))
+        error = "output, report and picture need names of their own";
+    else if ((r.output == "-") + (r.report == "-") + (r.layout == "-") > 1)
+        error = "only one of output, report and picture can go to standard output";
+    else if (is_other_format(r.output))
+        error = r.output + ": only OBJ files can be written";
+    return error.empty();
+}
+
+} // namespace
+
+std::string default_output(const std::string& input) {
+    const size_t length = extension_of(input).size();
+    const std::string stem = input.substr(0, input.size() - length);
+    const bool only_extension = stem.empty() || stem.back() == '/'; // ".obj" is a name
+    return only_extension ? input + "_uv" : stem + "_uv" + input.substr(stem.size());
+}
+
+std::string unwrap_help() {
+    UnwrapRequest defaults;
+    defaults.picture.clear();
+    return std::string(k_usage) + "\n" + make_table(defaults).help() + k_notes;
+}
+
+bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& request,
+                          std::string& error) {
+    std::vector<std::string> operands;
+    if (!make_table(request).parse(words, operands, error))
+        return false;
+    if (request.help)
+        return true;
+    if (operands.empty() || operands[0].empty()) {
+        error = "which mesh? unwrap needs an INPUT file";
+        return false;
+    }
+    if (operands.size() > 1) {
+        error = "one INPUT at a time, and '" + operands[1] + "' is a second; -o names the output";
+        return false;
+    }
+    request.input = operands[0];
+    check_ranges(request.settings, request.warnings);
+    return settle_output(request, error);
+}
+
+} // namespace app

@@ -1,0 +1,86 @@
+#include "app/atomic_file.h"
+#include "app/interrupt.h"
+#include "tests/app/scratch.h"
+
+#include <cstdlib>
+
+namespace {
+
+using test::Scratch;
+
+/// Opens a file and meets `signal` before it is whole.
+[[noreturn]] void meet_signal(const std::string& path, int signal) {
+    app::install_signal_handlers();
+    app::AtomicFile file;
+    std::string error;
+    if (!file.open(path, error) || !file.write("half", error))
+        ::_exit(1);
+    signal == SIGABRT ? std::abort() : static_cast<void>(::raise(signal));
+    ::_exit(2);
+}
+
+TEST(InterruptDeathTest, SignalsRemoveUnfinishedFilesAndNameThemselves) {
+    Scratch dir;
+    const std::pair<int, int> codes[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
+    for (const auto& [signal, code] : codes) {
+        EXPECT_EXIT(meet_signal(dir.path("m.obj"), signal), testing::ExitedWithCode(code),
+                    "tessora: interrupted; unfinished files are removed");
+        EXPECT_TRUE(dir.names().empty());
+    }
+}
+
+TEST(InterruptDeathTest, AbortIsAnInternalError) {
+    Scratch dir;
+    EXPECT_EXIT(meet_signal(dir.path("m.obj"), SIGABRT), testing::ExitedWithCode(70),
+                "tessora: internal error; unfinished files are removed");
+    EXPECT_TRUE(dir.names().empty());
+}
+
+TEST(InterruptDeathTest, HangUpThatTheStarterIgnoresStaysIgnored) {
+    Scratch dir;
+    const auto run = [&] {
+        ::signal(SIGHUP, SIG_IGN);
+        meet_signal(dir.path("m.obj"), SIGHUP);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(2), "");
+}
+
+TEST(InterruptDeathTest, HeldSignalsArriveAfterwards) {
+    const auto run = [] {
+        app::install_signal_handlers();
+        {
+            const app::SignalsHeld held;
+            ::raise(SIGTERM);
+            std::fputs("still here\n", stderr);
+        }
+        ::_exit(2);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(143), "still here\ntessora: interrupted");
+}
+
+TEST(InterruptDeathTest, FinishedFilesStay) {
+    Scratch dir;
+    const auto run = [&] {
+        app::install_signal_handlers();
+        app::AtomicFile file;
+        std::string error;
+        if (file.open(dir.path("m.obj"), error) && file.write("whole", error) && file.commit(error))
+            ::raise(SIGINT);
+        ::_exit(2);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(130), "");
+    EXPECT_EQ("whole", dir.get("m.obj"));
+}
+
+TEST(Interrupt, TheListOfFilesHasRoomForEight) {
+    for (int i = 0; i < 8; ++i)
+        EXPECT_TRUE(app::remove_on_signal("/nonexistent/" + std::to_string(i)));
+    EXPECT_FALSE(app::remove_on_signal("/nonexistent/8"));
+    for (int i = 0; i < 8; ++i)
+        app::keep_on_signal("/nonexistent/" + std::to_string(i));
+    EXPECT_TRUE(app::remove_on_signal("/nonexistent/9"));
+    app::keep_on_signal("/nonexistent/9");
+    EXPECT_FALSE(app::remove_on_signal(std::string(5000, 'x')));
+}
+
+} // namespace

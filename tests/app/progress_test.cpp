@@ -1,0 +1,60 @@
+#include "app/progress.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(ProgressBar, ShowsTheShareDone) {
+    EXPECT_EQ("[------------------------]   0%  m.obj: reading",
+              app::progress_bar("m.obj", "reading", 0, 79));
+    EXPECT_EQ("[############------------]  50%  m.obj: reading",
+              app::progress_bar("m.obj", "reading", 50, 79));
+    EXPECT_EQ("[########################] 100%  m.obj: reading",
+              app::progress_bar("m.obj", "reading", 100, 79));
+}
+
+TEST(ProgressBar, NeverExceedsTheTerminal) {
+    EXPECT_EQ(20u, app::progress_bar("m.obj", "reading", 50, 20).size());
+    EXPECT_EQ("", app::progress_bar("m.obj", "reading", 50, -1));
+}
+
+TEST(Progress, LinesTellOfStagesOnce) {
+    testing::internal::CaptureStderr();
+    {
+        app::Progress progress(app::Progress::lines, "m.obj");
+        progress.begin_stage("reading");
+        progress.begin_stage("reading");
+        progress.set_percent(10); // too soon after the stage's line
+        progress.begin_stage("writing");
+    }
+    EXPECT_EQ("tessora: m.obj: reading\ntessora: m.obj: writing\n",
+              testing::internal::GetCapturedStderr());
+}
+
+TEST(Progress, BarIsRedrawnAndCleared) {
+    testing::internal::CaptureStderr();
+    {
+        app::Progress progress(app::Progress::bar, "m");
+        progress.begin_stage("s");
+        progress.set_percent(50);
+        progress.set_percent(50);
+        progress.set_percent(1000);
+    }
+    EXPECT_EQ("\r[------------------------]   0%  m: s\033[K"
+              "\r[############------------]  50%  m: s\033[K"
+              "\r[########################] 100%  m: s\033[K\r\033[K",
+              testing::internal::GetCapturedStderr());
+}
+
+TEST(Progress, SilentSaysNothing) {
+    testing::internal::CaptureStderr();
+    {
+        app::Progress progress(app::Progress::silent, "m");
+        progress.begin_stage("s");
+        progress.set_percent(50);
+    }
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_EQ(app::Progress::silent, app::Progress::style_for_stderr(true));
+}
+
+} // namespace

@@ -1,0 +1,173 @@
+#include "app/unwrap_options.h"
+#include "tests/app/scratch.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+app::UnwrapRequest parsed(const Words& words) {
+    app::UnwrapRequest request;
+    std::string error;
+    EXPECT_TRUE(parse_unwrap_request(words, request, error)) << error;
+    return request;
+}
+
+std::string refusal(const Words& words) {
+    app::UnwrapRequest request;
+    std::string error;
+    EXPECT_FALSE(parse_unwrap_request(words, request, error));
+    return error;
+}
+
+TEST(UnwrapOptions, DefaultsAreTheCommandsOwn) {
+    const app::UnwrapRequest r = parsed({"m.obj"});
+    EXPECT_EQ("map1", r.settings.mapchannel);
+    EXPECT_EQ(0, r.settings.charts);
+    EXPECT_EQ(0.15, r.settings.stretch);
+    EXPECT_EQ(2, r.settings.padding);
+    EXPECT_EQ(512, r.settings.width);
+    EXPECT_EQ(512, r.settings.height);
+    EXPECT_FALSE(r.settings.high_quality);
+    EXPECT_FALSE(r.settings.keep_seams);
+    EXPECT_FALSE(r.settings.use_grooves);
+    EXPECT_EQ(90.0, r.settings.groove_angle);
+    EXPECT_FALSE(r.settings.use_ridges);
+    EXPECT_EQ(90.0, r.settings.ridge_angle);
+    EXPECT_EQ(0, r.settings.adjacency_method);
+    EXPECT_EQ(0.001, r.settings.epsilon);
+    EXPECT_EQ("m_uv.obj", r.output);
+    EXPECT_TRUE(r.warnings.empty());
+}
+
+TEST(UnwrapOptions, EverySettingIsRead) {
+    const app::UnwrapRequest r = parsed({"--mapchannel",
+                                         "uv2",
+                                         "--charts",
+                                         "3",
+                                         "--stretch",
+                                         "0.5",
+                                         "--padding",
+                                         "4",
+                                         "--width",
+                                         "1024",
+                                         "--height",
+                                         "256",
+                                         "--high-quality",
+                                         "--keep-seams",
+                                         "on",
+                                         "--use_grooves",
+                                         "--groove_angle",
+                                         "30",
+                                         "--use_ridges",
+                                         "yes",
+                                         "--ridge_angle",
+                                         "40",
+                                         "--adjacency_method",
+                                         "1",
+                                         "--epsilon",
+                                         "0.5",
+                                         "--report",
+                                         "r",
+                                         "--layout",
+                                         "l",
+                                         "--quiet",
+                                         "m.obj"});
+    EXPECT_EQ("uv2", r.settings.mapchannel);
+    EXPECT_EQ(3, r.settings.charts);
+    EXPECT_EQ(0.5, r.settings.stretch);
+    EXPECT_EQ(4, r.settings.padding);
+    EXPECT_EQ(1024, r.settings.width);
+    EXPECT_EQ(256, r.settings.height);
+    EXPECT_TRUE(r.settings.high_quality);
+    EXPECT_TRUE(r.settings.keep_seams);
+    EXPECT_TRUE(r.settings.use_grooves);
+    EXPECT_EQ(30.0, r.settings.groove_angle);
+    EXPECT_TRUE(r.settings.use_ridges);
+    EXPECT_EQ(40.0, r.settings.ridge_angle);
+    EXPECT_EQ(1, r.settings.adjacency_method);
+    EXPECT_EQ(0.5, r.settings.epsilon);
+    EXPECT_EQ("r", r.report);
+    EXPECT_EQ("l", r.layout);
+    EXPECT_TRUE(r.quiet);
+}
+
+TEST(UnwrapOptions, ValuesOutOfRangeAreWarnedOf) {
+    EXPECT_EQ(Words{"--padding -1 counts as 0"}, parsed({"m.obj", "--padding", "-1"}).warnings);
+    EXPECT_EQ((Words{"--stretch 1.5 counts as 1.0", "--width 4 counts as 8"}),
+              parsed({"m.obj", "--width", "4", "--stretch", "1.5"}).warnings);
+    EXPECT_EQ((Words{"--charts 100 counts as 64", "--height 10000 counts as 8192",
+                     "--groove_angle 270.0 counts as 180.0", "--ridge_angle -1.0 counts as 0.0",
+                     "--adjacency_method 2 counts as 1", "--epsilon 0.0 counts as 0.001"}),
+              parsed({"m.obj", "--charts", "100", "--height", "10000", "--groove_angle", "270",
+                      "--ridge_angle", "-1", "--adjacency_method", "2", "--epsilon", "0"})
+                  .warnings);
+}
+
+TEST(UnwrapOptions, OutputIsNamedAfterTheInput) {
+    EXPECT_EQ("a/b.c/m_uv.OBJ", app::default_output("a/b.c/m.OBJ"));
+    EXPECT_EQ("a/b.c/m_uv", app::default_output("a/b.c/m"));
+    EXPECT_EQ("m.v2_uv.obj", app::default_output("m.v2.obj"));
+    EXPECT_EQ("a/.obj_uv", app::default_output("a/.obj"));
+}
+
+TEST(UnwrapOptions, InPlaceWritesOverTheInput) {
+    EXPECT_EQ("m.obj", parsed({"--in-place", "m.obj"}).output);
+}
+
+TEST(UnwrapOptions, StandardStreamsHaveADash) {
+    const app::UnwrapRequest r = parsed({"-", "-o", "-"});
+    EXPECT_EQ("-", r.input);
+    EXPECT_EQ("-", r.output);
+}
+
+TEST(UnwrapOptions, NamesThatStartWithADashFollowTwo) {
+    EXPECT_EQ("-m.obj", parsed({"--", "-m.obj"}).input);
+}
+
+TEST(UnwrapOptions, HelpNeedsNoInput) { EXPECT_TRUE(parsed({"--help"}).help); }
+
+TEST(UnwrapOptions, HelpNamesEveryOptionAndWhatHasNoEffect) {
+    const std::string help = app::unwrap_help();
+    for (const char* name :
+         {"mapchannel", "charts",       "stretch",          "padding",     "width",
+          "height",     "high_quality", "keep_seams",       "use_grooves", "groove_angle",
+          "use_ridges", "ridge_angle",  "adjacency_method", "epsilon",     "output",
+          "in_place",   "report",       "layout",           "quiet",       "help"})
+        EXPECT_NE(help.npos, help.find("--" + std::string(name))) << name;
+    const size_t without_effect = help.find("carried without effect:");
+    ASSERT_NE(help.npos, without_effect);
+    for (const char* name : {"--charts", "--adjacency_method", "--epsilon"})
+        EXPECT_NE(help.npos, help.find(name, without_effect)) << name;
+    EXPECT_NE(help.npos, help.find("examples:"));
+    EXPECT_NE(help.npos, help.find("exit codes:"));
+}
+
+TEST(UnwrapOptionsRefuse, NoInputAndTwoInputs) {
+    EXPECT_EQ("which mesh? unwrap needs an INPUT file", refusal({}));
+    EXPECT_EQ("which mesh? unwrap needs an INPUT file", refusal({""}));
+    EXPECT_EQ("one INPUT at a time, and 'b.obj' is a second; -o names the output",
+              refusal({"a.obj", "b.obj"}));
+}
+
+TEST(UnwrapOptionsRefuse, TheInputAsOutput) {
+    test::Scratch dir;
+    const std::string file = dir.put("m.obj", "x");
+    const std::string other = dir.root() + "/./m.obj";
+    EXPECT_EQ(other + " is the input; --in_place writes over it", refusal({file, "-o", other}));
+    EXPECT_EQ("m.obj is the input; --in_place writes over it", refusal({"m.obj", "-o", "m.obj"}));
+    EXPECT_EQ("the report or the picture would be written over the input",
+              refusal({"m.obj", "--report", "m.obj"}));
+}
+
+TEST(UnwrapOptionsRefuse, ContradictionsAboutOutputs) {
+    EXPECT_EQ("--in_place and -o exclude each other", refusal({"m.obj", "--in_place", "-o", "n"}));
+    EXPECT_EQ("--in_place needs a file; standard input has no place", refusal({"-", "--in_place"}));
+    EXPECT_EQ("standard input needs -o OUTPUT ('-o -' for standard output)", refusal({"-"}));
+    EXPECT_EQ("output, report and picture need names of their own",
+              refusal({"m.obj", "--report", "r", "--layout", "r"}));
+    EXPECT_EQ("only one of output, report and picture can go to standard output",
+              refusal({"m.obj", "-o", "-", "--report", "-"}));
+    EXPECT_EQ("m.fbx: only OBJ files can be written", refusal({"m.obj", "-o", "m.fbx"}));
+}
+
+} // namespace
