@@ -1,0 +1,126 @@
+/// Bodies of the members of host::Array, for the sources that instantiate an array class.
+#pragma once
+
+#include "host/api/fault.h"
+
+#include <maya/HostArray.h>
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+
+namespace host {
+
+/// Runs a step that may need memory. What the standard containers throw then ends here.
+template <class Step>
+MStatus guard_memory(Step step) {
+    try {
+        step();
+    } catch (const std::bad_alloc&) {
+        return MS::kInsufficientMemory;
+    } catch (const std::length_error&) {
+        return MS::kInsufficientMemory;
+    }
+    return MS::kSuccess;
+}
+
+/// Name of the fault point of `append`: every array class has its own.
+template <class T>
+const char* append_point();
+
+template <class T>
+Array<T>::Array() = default;
+
+template <class T>
+Array<T>::Array(unsigned int length, const T& value) : items_(length, value) {}
+
+template <class T>
+Array<T>::Array(const Array& other) = default;
+
+template <class T>
+Array<T>& Array<T>::operator=(const Array& other) = default;
+
+template <class T>
+Array<T>::~Array() = default;
+
+template <class T>
+MStatus Array<T>::assign(const Array& other) {
+    return guard_memory([&] { items_ = other.items_; });
+}
+
+template <class T>
+MStatus Array<T>::set(const T& element, unsigned int index) {
+    if (index >= items_.size())
+        return MS::kInvalidParameter;
+    items_[index] = element;
+    return MS::kSuccess;
+}
+
+template <class T>
+MStatus Array<T>::setLength(unsigned int length) {
+    return guard_memory([&] { items_.resize(length); });
+}
+
+template <class T>
+MStatus Array<T>::append(const T& element) {
+    const MStatus fault = pass_fault(append_point<T>());
+    if (fault.error())
+        return fault;
+    if (items_.size() < items_.capacity()) {
+        items_.push_back(element);
+        return MS::kSuccess;
+    }
+    return guard_memory([&] {
+        const T kept = element; // it may live in the memory that growing gives up
+        const std::size_t size = items_.size();
+        items_.reserve(std::max<std::size_t>(size + increment_, size * 2));
+        items_.push_back(kept);
+    });
+}
+
+template <class T>
+MStatus Array<T>::insert(const T& element, unsigned int index) {
+    if (index > items_.size())
+        return MS::kInvalidParameter;
+    return guard_memory([&] {
+        const T kept = element;
+        items_.insert(items_.begin() + index, kept);
+    });
+}
+
+template <class T>
+MStatus Array<T>::remove(unsigned int index) {
+    if (index >= items_.size())
+        return MS::kInvalidParameter;
+    items_.erase(items_.begin() + index);
+    return MS::kSuccess;
+}
+
+template <class T>
+MStatus Array<T>::clear() {
+    items_.clear();
+    return MS::kSuccess;
+}
+
+template <class T>
+MStatus Array<T>::get(T values[]) const {
+    std::copy(items_.begin(), items_.end(), values);
+    return MS::kSuccess;
+}
+
+} // namespace host
+
+/// Defines the members of an array class of the interface over host::Array<TYPE>.
+#define MHOST_DEFINE_ARRAY(CLASS, TYPE, VALUE)                                                     \
+    template <>                                                                                    \
+    const char* host::append_point<TYPE>() {                                                       \
+        return #CLASS "::append";                                                                  \
+    }                                                                                              \
+    template class host::Array<TYPE>;                                                              \
+    CLASS::CLASS() = default;                                                                      \
+    CLASS::CLASS(const CLASS& other) = default;                                                    \
+    CLASS::CLASS(unsigned int initialSize, VALUE initialValue)                                     \
+        : host::Array<TYPE>(initialSize, initialValue) {}                                          \
+    CLASS::~CLASS() = default;                                                                     \
+    CLASS& CLASS::operator=(const CLASS& other) = default;                                         \
+    MStatus CLASS::copy(const CLASS& source) { return assign(source); }
