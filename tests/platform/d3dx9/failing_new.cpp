@@ -1,0 +1,32 @@
+#include "tests/platform/d3dx9/failing_new.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+unsigned requests_left = 0;
+bool failed = false;
+} // namespace
+
+FailingNew::FailingNew(unsigned nth) {
+    failed = false;
+    requests_left = nth;
+}
+FailingNew::~FailingNew() { requests_left = 0; }
+bool FailingNew::happened() { return failed; }
+
+void* operator new(std::size_t size) {
+    if (requests_left != 0 && --requests_left == 0) {
+        failed = true;
+        throw std::bad_alloc();
+    }
+    if (void* const block = std::malloc(size == 0 ? 1 : size))
+        return block;
+    throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+
+// A request for more than there is gives null, as it does without the checker.
+extern "C" __attribute__((visibility("default"))) const char* __asan_default_options();
+extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
