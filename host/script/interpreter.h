@@ -1,0 +1,148 @@
+/// Runs the script language: variables, expressions, control flow, procedures, and the table of
+/// commands that the host and its plug-ins add.
+///
+/// Not thread-safe. Errors travel as ScriptError with file, line and column; whoever calls `run`
+/// from outside reports them. Text is parsed as a whole before its first statement runs, so a
+/// syntax error leaves nothing half done.
+#pragma once
+
+#include "host/script/ast.h"
+#include "host/script/export.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace host::script {
+
+class Interpreter;
+
+/// Where scripts talk to.
+class TESSORA_SCRIPT_API Output {
+public:
+    virtual ~Output() = default;
+    virtual void print(const std::string& text) = 0;   ///< as is, no newline added
+    virtual void warning(const std::string& text) = 0; ///< one line, without a prefix
+    virtual void error(const std::string& text) = 0;   ///< one line, with FILE:LINE:COLUMN
+};
+
+/// One call of a command.
+struct TESSORA_SCRIPT_API Invocation {
+    Interpreter& interpreter;
+    std::string name;
+    std::vector<Value> arguments; ///< arrays unexpanded; flags as the strings they were typed as
+    /// Arrays expanded to one value per element, as commands (not functions) see their arguments.
+    std::vector<Value> expanded() const;
+};
+
+/// Throws ScriptFault to fail.
+using Command = std::function<Value(Invocation&)>;
+
+class TESSORA_SCRIPT_API Interpreter {
+public:
+    explicit Interpreter(Output& output);
+
+    /// Runs statements at global scope; gives the last statement's result. Throws ScriptError.
+    Value run(std::string_view text, const std::string& file);
+    /// Runs a file found as given or on the script path. Throws ScriptFault when there is none.
+    void source(const std::string& name);
+    /// Calls a procedure or command by name, as a statement would.
+    Value call(const std::string& name, std::vector<Value> arguments);
+
+    void add_command(const std::string& name, Command command);
+    bool remove_command(const std::string& name);
+
+    enum class Known { no, command, procedure, script };
+    Known find(const std::string& name) const;
+    /// The file of a procedure, or where the script path has NAME.mel; empty if neither.
+    std::string place_of(const std::string& name) const;
+
+    /// Directories searched for NAME.mel when a name is unknown, first match wins.
+    std::vector<std::string>& script_path() { return script_path_; }
+    Output& output() { return output_; }
+    /// Names of all commands in byte order, for completion.
+    std::vector<std::string> command_names() const;
+    /// Names of global variables in byte order, without the dollar sign.
+    std::vector<std::string> variable_names() const;
+
+private:
+    struct Variable {
+        Type type;
+        Value value;
+    };
+    using VariablePtr = std::shared_ptr<Variable>;
+    using Scope = std::vector<std::pair<std::string, VariablePtr>>;
+    struct UnitState;
+    using UnitPtr = std::shared_ptr<UnitState>;
+    struct Procedure {
+        UnitPtr unit;
+        NodePtr node; ///< null: not found
+    };
+    struct UnitState {
+        std::shared_ptr<const Unit> unit;
+        std::unordered_map<std::string, NodePtr> locals; ///< procedures without `global`
+    };
+    struct Frame {
+        UnitPtr unit;
+        bool top = false; ///< global scope: names fall through to the global variables
+        Type result_type;
+        Value result;
+        std::vector<Scope> scopes;
+    };
+    enum class Flow { normal, leave, next, give };
+    class ScopeGuard;
+
+    // interpreter.cpp: statements, calls
+    Flow execute(const Node& node);
+    Flow execute_kind(const Node& node);
+    Flow execute_block(const Node& node);
+    Flow execute_loop(const Node& node);
+    Flow execute_for_each(const Node& node);
+    Flow execute_while(const Node& node);
+    Flow execute_choose(const Node& node);
+    Flow execute_give(const Node& node);
+    void declare(const Node& node);
+    void declare_one(const Node& item, bool global);
+    void define(const NodePtr& node);
+    Value call_node(const Node& node);
+    Value call_procedure(const Procedure& procedure, std::vector<Value> arguments);
+    Procedure find_procedure(const std::string& name) const;
+    std::string find_script(const std::string& name) const;
+
+    // evaluate.cpp: expressions
+    Value evaluate(const Node& node);
+    Value evaluate_kind(const Node& node);
+    Value evaluate_element(const Node& node);
+    Value evaluate_array(const Node& node);
+    Value evaluate_vector(const Node& node);
+    Value evaluate_assign(const Node& node);
+    Value evaluate_increment(const Node& node);
+    Value evaluate_catch(const Node& node);
+    void store(const Node& target, const Value& value);
+    void store_element(const Node& target, const Value& value);
+    VariablePtr find_variable(const std::string& name) const;
+    Variable& variable(const std::string& name) const;
+    Variable& new_variable(const std::string& name, Type type);
+
+    Output& output_;
+    std::unordered_map<std::string, VariablePtr> globals_;
+    std::unordered_map<std::string, Procedure> procedures_;
+    std::map<std::string, Command> commands_;
+    std::vector<std::string> script_path_;
+    Frame* frame_ = nullptr;
+    Value last_;
+    int depth_ = 0;
+};
+
+/// left OP right for + - * / % ^ == != < > <= >=. Throws ScriptFault.
+TESSORA_SCRIPT_API Value apply(const std::string& op, const Value& left, const Value& right);
+
+/// The functions of the language itself: strings, arrays, mathematics, eval, source.
+void add_language_functions(Interpreter& interpreter);
+
+/// The whole content of a script file. Throws ScriptFault when it cannot be read.
+TESSORA_SCRIPT_API std::string read_script(const std::string& path);
+
+} // namespace host::script

@@ -1,0 +1,91 @@
+/// Splits script text into tokens. The language reads the same characters in two ways: in an
+/// expression `a-b` is a subtraction, as an argument of a command `pCube1.vtx[0:3]` is one word and
+/// `-n` a flag. The parser says which way it wants the next token.
+#pragma once
+
+#include "host/script/export.h"
+#include "host/script/value.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace host::script {
+
+/// Where a token starts. Lines and columns count from 1, columns in bytes.
+struct Position {
+    uint32_t line = 1;
+    uint32_t column = 1;
+};
+
+/// A fault with its place, ready to be shown: what() is "FILE:LINE:COLUMN: TEXT".
+class TESSORA_SCRIPT_API ScriptError : public std::runtime_error {
+public:
+    ScriptError(const std::string& file, Position at, const std::string& text);
+    const std::string& text() const { return text_; }
+
+private:
+    std::string text_;
+};
+
+enum class TokenKind {
+    end,
+    punctuation, ///< text holds the operator
+    name,        ///< identifier, namespaces included
+    variable,    ///< text without the dollar sign
+    integer,
+    real,
+    string, ///< text with escapes resolved
+    word,   ///< bare argument: "pCube1.vtx[0:3]"
+    flag    ///< "-name", text without the dash
+};
+
+struct Token {
+    TokenKind kind = TokenKind::end;
+    std::string text;
+    Value number; ///< of integer and real
+    Position at;
+    bool spaced = false; ///< white space or a comment stands before it
+    bool is(const char* punctuation) const {
+        return kind == TokenKind::punctuation && text == punctuation;
+    }
+};
+
+enum class Reading { expression, argument };
+
+class TESSORA_SCRIPT_API Lexer {
+public:
+    /// The text must outlive the lexer. `file` names it in errors.
+    Lexer(std::string_view text, std::string file);
+
+    /// The next token, not consumed. Throws ScriptError on text that is no token.
+    const Token& peek(Reading reading);
+    Token take(Reading reading);
+
+    /// A place to return to, for the few constructs that need a second look.
+    size_t mark() const { return taken_; }
+    void rewind(size_t mark);
+    Position position_of(size_t offset) const;
+    const std::string& file() const { return file_; }
+
+private:
+    Token read(Reading reading, size_t& cursor) const;
+    size_t skip_space(size_t cursor) const;
+    Token read_string(size_t& cursor) const;
+    Token read_number(size_t& cursor) const;
+    Token read_argument(size_t& cursor) const;
+    Token read_expression(size_t& cursor) const;
+    char at(size_t offset) const { return offset < text_.size() ? text_[offset] : '\0'; }
+    [[noreturn]] void fail(size_t offset, const std::string& text) const;
+
+    std::string_view text_;
+    std::string file_;
+    std::vector<size_t> line_starts_;
+    size_t taken_ = 0;
+    size_t next_ = 0; ///< end of the cached token
+    Token cached_;
+    Reading cached_reading_ = Reading::expression;
+    bool has_cached_ = false;
+};
+
+} // namespace host::script
