@@ -1,0 +1,148 @@
+/// Recursive descent over the lexer's two readings. A statement that starts with a name is a
+/// command (bare words and flags follow) unless it reads as a complete function call `name(...)`.
+/// Shared by the parser's two sources only.
+#pragma once
+
+#include "host/script/ast.h"
+
+namespace host::script {
+
+/// Deeper nesting than any person writes; the limit keeps hostile text from exhausting the stack.
+inline constexpr int k_deepest_nesting = 200;
+
+inline constexpr Reading k_expr = Reading::expression;
+inline constexpr Reading k_arg = Reading::argument;
+
+/// int, float, string, vector, matrix.
+bool type_named(const std::string& text, Basic& basic);
+/// true, on, yes and their opposites.
+bool constant_named(const std::string& text, Value& value);
+
+class Parser {
+public:
+    Parser(std::string_view text, const std::string& file) : lexer_(text, file) {}
+
+    NodePtr parse_unit();
+
+private:
+    using Draft = std::shared_ptr<Node>;
+
+    class Depth {
+    public:
+        Depth(Parser& parser) : parser_(parser) {
+            if (++parser_.depth_ > k_deepest_nesting)
+                parser_.fail(parser_.lexer_.peek(k_expr).at, "Nested too deeply.");
+        }
+        ~Depth() { --parser_.depth_; }
+        Depth(const Depth&) = delete;
+        Depth& operator=(const Depth&) = delete;
+
+    private:
+        Parser& parser_;
+    };
+
+    static Draft make(Kind kind, Position at) {
+        auto node = std::make_shared<Node>();
+        node->kind = kind;
+        node->at = at;
+        return node;
+    }
+
+    [[noreturn]] void fail(Position at, const std::string& text) const;
+    [[noreturn]] void unexpected(const Token& token) const;
+    bool accept(const char* punctuation, Reading reading = k_expr) {
+        if (!lexer_.peek(reading).is(punctuation))
+            return false;
+        lexer_.take(reading);
+        return true;
+    }
+    Token expect(const char* punctuation);
+    bool accept_name(const char* name) {
+        const Token& token = lexer_.peek(k_expr);
+        if (token.kind != TokenKind::name || token.text != name)
+            return false;
+        lexer_.take(k_expr);
+        return true;
+    }
+    void end_statement();
+
+    // --- statements ---------------------------------------------------------------------------
+
+    NodePtr statement();
+    NodePtr keyword_statement(const Token& token);
+    NodePtr block();
+    NodePtr body();
+    NodePtr parenthesised();
+    NodePtr branch();
+    NodePtr for_loop();
+
+    /// Comma-separated expressions of a for head; the first list may declare a variable.
+    NodePtr expression_list(const char* closing, bool may_declare);
+    NodePtr while_loop();
+    NodePtr do_loop();
+    NodePtr choose();
+    NodePtr give();
+    NodePtr procedure_or_global();
+
+    /// `int $a = 1;` declares, `int($a);` is a cast nobody uses.
+    NodePtr declaration_or_cast(const Token& token);
+    NodePtr declarators(Basic basic, bool global, Position at);
+
+    /// `$name`, `$name[]`, `$name[size]`, for a matrix `$name[rows][columns]`.
+    Draft declarator(Basic basic);
+    NodePtr procedure(Position at, bool global);
+
+    // --- commands -----------------------------------------------------------------------------
+
+    /// At a name. Inside back-quotes a back-quote ends the command.
+    NodePtr command_or_call(bool quoted);
+
+    bool ends_command(bool quoted);
+    NodePtr argument();
+
+    /// `$a`, `$a[1]`, `$v.x`: subscripts join only without a space, as in `$a [0]` they would be
+    /// the next argument.
+    NodePtr argument_variable(const Token& token);
+    NodePtr call_arguments(const Token& name);
+    NodePtr catcher(const Token& name);
+
+    // --- expressions --------------------------------------------------------------------------
+
+    NodePtr expression();
+
+    void require_target(const Node& node) const;
+    NodePtr conditional();
+    NodePtr binary(size_t level);
+    NodePtr unary();
+    NodePtr increment(const Token& token, NodePtr target, bool after);
+    NodePtr postfix();
+    NodePtr subscript(NodePtr base);
+
+    static NodePtr variable(const Token& token) {
+        auto node = make(Kind::variable, token.at);
+        node->text = token.text;
+        return node;
+    }
+
+    NodePtr primary();
+    NodePtr named(const Token& token);
+
+    /// `(expr)` or `(type)operand`.
+    NodePtr group(const Token& token);
+    NodePtr quoted(const Token& token);
+    NodePtr array_literal(const Token& token);
+    NodePtr vector_literal(const Token& token);
+
+    /// `>` would be read as a comparison; vectors hold sums, not comparisons.
+    NodePtr expression_in_vector() { return binary(4); }
+
+    void check_shape(const Node& node) const;
+
+    Lexer lexer_;
+    int depth_ = 0;
+    int loops_ = 0;
+    int switches_ = 0;
+    int procedures_ = 0;
+};
+
+} // namespace host::script
