@@ -75,6 +75,8 @@ bool UnwrapRun::fail(int code, const std::string& reason) {
 
 bool UnwrapRun::read() {
     const Stopwatch watch;
+    if (is_other_format(request_.input))
+        return fail(exit_input, request_.input + ": only OBJ files can be read");
     progress_.begin_stage("reading");
     host::IoError error;
     std::string text;
@@ -167,11 +169,16 @@ void UnwrapRun::say_result() const {
                        stretch;
     if (!outcome_.result.over_limit.empty())
         line += ", polygons over the limit: " + std::to_string(outcome_.result.over_limit.size());
-    say(line + "; " + (request_.output == "-" ? "written" : "wrote " + request_.output));
+    say(line);
+    const std::pair<const char*, const std::string&> files[] = {{"mesh:    ", request_.output},
+                                                                {"report:  ", request_.report},
+                                                                {"picture: ", request_.layout}};
+    for (const auto& [label, path] : files)
+        if (!path.empty() && path != "-")
+            say(label + path);
 }
 
 int UnwrapRun::run() {
-    const Stopwatch watch;
     bool good = read() && open_outputs() && unwrap();
     if (good) {
         const Stopwatch writing;

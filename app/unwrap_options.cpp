@@ -75,30 +75,23 @@ OptionTable make_table(UnwrapRequest& request) {
     table.add("report", &request.report, "FILE.json",
               "what was done, in figures; on failure the reason");
     table.add("layout", &request.layout, "FILE.png", "picture of the charts in the texture");
+    table.add("beside", &request.beside, "",
+              "write report and picture beside OUTPUT, as its name with .json and .png");
     table.add("quiet", &request.quiet, "", "say nothing unless something fails");
     table.add("help", &request.help, "", "show this text");
     add_setting_options(table, request.settings);
     return table;
 }
 
+/// The name's last dot and what follows; "" without one. A leading dot belongs to the name.
 std::string extension_of(const std::string& path) {
-    const size_t dot = path.rfind('.'), slash = path.rfind('/');
-    if (dot == path.npos || (slash != path.npos && dot < slash))
-        return "";
-    std::string extension = path.substr(dot);
-    for (char& c : extension)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return extension;
+    const size_t slash = path.rfind('/'), begin = slash == path.npos ? 0 : slash + 1;
+    const size_t dot = path.rfind('.');
+    return dot == path.npos || dot <= begin ? "" : path.substr(dot);
 }
 
-/// Mesh formats that are certainly not OBJ.
-bool is_other_format(const std::string& path) {
-    const std::string extension = extension_of(path);
-    for (const char* other : {".fbx", ".gltf", ".glb", ".ply", ".stl", ".usd", ".usda", ".usdc",
-                              ".usdz", ".dae", ".abc", ".3ds", ".blend", ".ma", ".mb", ".off"})
-        if (extension == other)
-            return true;
-    return false;
+std::string with_extension(const std::string& path, const char* extension) {
+    return path.substr(0, path.size() - extension_of(path).size()) + extension;
 }
 
 template <class Number>
@@ -143,6 +136,10 @@ bool settle_output(UnwrapRequest& r, std::string& error) {
         return false;
     if (r.output.empty())
         r.output = r.in_place ? r.input : default_output(r.input);
+    if (r.beside && r.output != "-") {
+        r.report = r.report.empty() ? with_extension(r.output, ".json") : r.report;
+        r.layout = r.layout.empty() ? with_extension(r.output, ".png") : r.layout;
+    }
     if (!r.in_place && one_name(r.output, r.input))
         error = r.output + " is the input; --in_place writes over it";
     else if (one_name(r.report, r.input) || one_name(r.layout, r.input))
@@ -159,11 +156,20 @@ bool settle_output(UnwrapRequest& r, std::string& error) {
 
 } // namespace
 
+bool is_other_format(const std::string& path) {
+    std::string extension = extension_of(path);
+    for (char& c : extension)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    for (const char* other : {".fbx", ".gltf", ".glb", ".ply", ".stl", ".usd", ".usda", ".usdc",
+                              ".usdz", ".dae", ".abc", ".3ds", ".blend", ".ma", ".mb", ".off"})
+        if (extension == other)
+            return true;
+    return false;
+}
+
 std::string default_output(const std::string& input) {
-    const size_t length = extension_of(input).size();
-    const std::string stem = input.substr(0, input.size() - length);
-    const bool only_extension = stem.empty() || stem.back() == '/'; // ".obj" is a name
-    return only_extension ? input + "_uv" : stem + "_uv" + input.substr(stem.size());
+    const std::string extension = extension_of(input);
+    return input.substr(0, input.size() - extension.size()) + "_uv" + extension;
 }
 
 std::string unwrap_help() {

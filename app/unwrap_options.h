@@ -33,6 +33,7 @@ struct UnwrapRequest {
     std::string layout; ///< empty: none
     std::string picture = "layout";
     bool in_place = false;
+    bool beside = false; ///< report and layout get names after the output's unless they have some
     bool quiet = false;
     bool help = false; ///< nothing else is asked
     std::vector<std::string> warnings;
@@ -45,6 +46,9 @@ bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& 
 
 /// The text of `tessora unwrap --help`.
 std::string unwrap_help();
+
+/// Mesh formats that are certainly not OBJ, by the name's extension.
+bool is_other_format(const std::string& path);
 
 /// INPUT's name with "_uv" ahead of its extension.
 std::string default_output(const std::string& input);

@@ -110,6 +110,18 @@ TEST(UnwrapOptions, OutputIsNamedAfterTheInput) {
     EXPECT_EQ("a/.obj_uv", app::default_output("a/.obj"));
 }
 
+TEST(UnwrapOptions, BesideNamesReportAndPictureAfterTheOutput) {
+    const app::UnwrapRequest plain = parsed({"--beside", "a.b/m.obj"});
+    EXPECT_EQ("a.b/m_uv.json", plain.report);
+    EXPECT_EQ("a.b/m_uv.png", plain.layout);
+    const app::UnwrapRequest named = parsed({"m", "--beside", "-o", "a.b/n", "--report", "r"});
+    EXPECT_EQ("r", named.report);
+    EXPECT_EQ("a.b/n.png", named.layout);
+    const app::UnwrapRequest piped = parsed({"m.obj", "--beside", "-o", "-"});
+    EXPECT_EQ("", piped.report);
+    EXPECT_EQ("", piped.layout);
+}
+
 TEST(UnwrapOptions, InPlaceWritesOverTheInput) {
     EXPECT_EQ("m.obj", parsed({"--in-place", "m.obj"}).output);
 }
