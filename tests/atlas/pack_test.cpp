@@ -1,0 +1,246 @@
+#include "atlas/pack.h"
+#include "tests/atlas/pack_fixture.h"
+
+#include <gtest/gtest.h>
+
+using namespace tessora::atlas;
+using namespace tessora::atlas::test;
+
+namespace {
+
+PackOptions options_of(uint32_t width, uint32_t height, float gutter,
+                       Quality quality = Quality::fast) {
+    PackOptions options;
+    options.width = width;
+    options.height = height;
+    options.gutter = gutter;
+    options.quality = quality;
+    return options;
+}
+
+/// Packs and expects a valid layout; gives the coverage.
+double expect_valid(const ChartSet& set, const PackOptions& options) {
+    const Packing packing = pack(set.face(), options);
+    EXPECT_EQ(packing.status, Status::ok);
+    if (packing.status != Status::ok)
+        return 0;
+    EXPECT_EQ(packing.placements.size(), set.count());
+    EXPECT_GT(packing.scale, 0);
+    const Judgement seen = judge(set, packing, options, options.gutter + 2);
+    EXPECT_GE(seen.gap, options.gutter);
+    EXPECT_FALSE(seen.overlap);
+    EXPECT_FALSE(seen.distorted);
+    EXPECT_GE(seen.low, 0);
+    EXPECT_LE(seen.high, 1);
+    for (const Placement& p : packing.placements)
+        EXPECT_NEAR(p.cosine * p.cosine + p.sine * p.sine, 1, 1e-12);
+    return packing.coverage;
+}
+
+} // namespace
+
+TEST(PackFormulas, InnerRectangleIsWhatTheMarginLeaves) {
+    const InnerRectangle inner = inner_rectangle(1024, 512, 2);
+    EXPECT_DOUBLE_EQ(inner.width, 1020);
+    EXPECT_DOUBLE_EQ(inner.height, 510);
+    EXPECT_DOUBLE_EQ(inner.unit, 1020);
+}
+
+TEST(PackFormulas, CapacityCountsPointsOnAGridOfGutters) {
+    EXPECT_EQ(gutter_capacity(512, 512, 2), 256u * 256u);
+    EXPECT_EQ(gutter_capacity(1024, 256, 8), 125u * 32u);
+    EXPECT_EQ(gutter_capacity(64, 64, 64), 0u);
+    EXPECT_EQ(gutter_capacity(64, 64, 0), ~uint64_t(0));
+}
+
+TEST(PackFormulas, SafeGutterExceedsTheAskedOneByLittle) {
+    EXPECT_GT(safe_gutter(512, 512, 2), 2.001);
+    EXPECT_LT(safe_gutter(512, 512, 2), 2.002);
+    EXPECT_LT(safe_gutter(8192, 8192, 2), 2.01);
+}
+
+TEST(Pack, NothingToPackIsALayout) {
+    const ChartSet set;
+    const Packing packing = pack(set.face(), options_of(512, 512, 2));
+    EXPECT_EQ(packing.status, Status::ok);
+    EXPECT_TRUE(packing.placements.empty());
+}
+
+TEST(Pack, OneSquareFillsASquareTexture) {
+    ChartSet set;
+    set.box(3, 3);
+    EXPECT_GT(expect_valid(set, options_of(512, 512, 2)), 0.97);
+}
+
+TEST(Pack, OneTurnedSquareIsTurnedBack) {
+    ChartSet set;
+    set.chart({{0, 0}, {4, 3}, {1, 7}, {-3, 4}});
+    EXPECT_GT(expect_valid(set, options_of(512, 512, 2)), 0.97);
+}
+
+TEST(Pack, OneLongBoxLiesAlongALongTexture) {
+    ChartSet set;
+    set.box(1, 8);
+    EXPECT_GT(expect_valid(set, options_of(1024, 128, 1)), 0.9);
+    EXPECT_GT(expect_valid(set, options_of(128, 1024, 1)), 0.9);
+}
+
+TEST(Pack, FourSquaresFillASquareTexture) {
+    ChartSet set;
+    for (int i = 0; i < 4; ++i)
+        set.box(1, 1);
+    EXPECT_GT(expect_valid(set, options_of(512, 512, 2)), 0.95);
+}
+
+TEST(Pack, ChartsNestInHoles) {
+    ChartSet set;
+    set.loop({{0, 0}, {10, 0}, {10, 10}, {0, 10}});
+    set.loop({{1, 1}, {1, 9}, {9, 9}, {9, 1}});
+    set.close();
+    set.box(7, 7);
+    EXPECT_GT(expect_valid(set, options_of(512, 512, 4)), 0.8);
+}
+
+TEST(Pack, SlitSidesThatCoincideAreNoRoom) {
+    ChartSet set;
+    set.loop({{0, 0}, {10, 0}, {10, 10}, {0, 10}});
+    set.loop({{2, 5}, {8, 5}});
+    set.close();
+    set.box(1, 1);
+    EXPECT_GT(expect_valid(set, options_of(256, 256, 2)), 0.75);
+}
+
+TEST(Pack, PointsAndSegmentsGetPlaces) {
+    ChartSet set;
+    set.chart({{5, 5}});
+    set.chart({{0, 0}, {1, 2}});
+    set.chart({{0, 0}, {3, 0}, {1, 0}});
+    set.box(1, 0);
+    expect_valid(set, options_of(64, 64, 3));
+}
+
+TEST(Pack, OnlyPointsGetPlaces) {
+    ChartSet set;
+    for (int i = 0; i < 50; ++i)
+        set.chart({{double(i), 1}});
+    expect_valid(set, options_of(64, 64, 4));
+}
+
+TEST(Pack, ChartWithoutEdgesTakesNoRoom) {
+    ChartSet set;
+    set.close();
+    set.box(1, 1);
+    set.close();
+    EXPECT_GT(expect_valid(set, options_of(512, 512, 2)), 0.97);
+}
+
+TEST(Pack, NeedleLiesAcrossTheTexture) {
+    ChartSet set;
+    set.box(1e6, 1);
+    set.box(10, 1);
+    expect_valid(set, options_of(512, 512, 2));
+}
+
+TEST(Pack, GutterZeroLetsChartsTouchButNotOverlap) {
+    ChartSet set;
+    for (int i = 0; i < 9; ++i)
+        set.box(1, 1);
+    EXPECT_GT(expect_valid(set, options_of(512, 512, 0)), 0.97);
+}
+
+TEST(Pack, ExtremeTextureShapes) {
+    std::mt19937 random(5);
+    const ChartSet set = random_charts(random, 20);
+    expect_valid(set, options_of(8192, 8, 1));
+    expect_valid(set, options_of(8, 8192, 1));
+    expect_valid(set, options_of(8192, 8192, 32));
+    expect_valid(set, options_of(8, 8, 0.25f));
+}
+
+TEST(Pack, GutterThatEatsTheTextureDoesNotFit) {
+    ChartSet set;
+    set.box(1, 1);
+    EXPECT_EQ(pack(set.face(), options_of(512, 32, 32)).status, Status::does_not_fit);
+    EXPECT_EQ(pack(set.face(), options_of(512, 32, 31.5f)).status, Status::does_not_fit);
+}
+
+TEST(Pack, MoreChartsThanTheCapacityDoNotFit) {
+    ChartSet set;
+    for (int i = 0; i < 100; ++i)
+        set.box(1, 1);
+    EXPECT_EQ(pack(set.face(), options_of(64, 64, 8)).status, Status::does_not_fit);
+}
+
+TEST(Pack, AQuarterOfTheCapacityFits) {
+    for (const auto& [width, height, gutter] :
+         {std::tuple<uint32_t, uint32_t, float>{1024, 256, 8.0f},
+          {64, 64, 4.0f},
+          {256, 64, 2.0f}}) {
+        std::mt19937 random(11);
+        const uint64_t capacity = gutter_capacity(width, height, gutter);
+        expect_valid(random_charts(random, uint32_t(capacity / 4)),
+                     options_of(width, height, gutter));
+    }
+}
+
+TEST(Pack, ProgressRisesAndFalseAborts) {
+    std::mt19937 random(3);
+    const ChartSet set = random_charts(random, 30);
+    PackOptions options = options_of(256, 256, 2);
+    double last = 0;
+    bool rising = true;
+    options.proceed = [&](double done) {
+        rising = rising && done >= last && done <= 1;
+        last = done;
+        return true;
+    };
+    EXPECT_EQ(pack(set.face(), options).status, Status::ok);
+    EXPECT_TRUE(rising);
+    options.proceed = [](double) { return false; };
+    EXPECT_EQ(pack(set.face(), options).status, Status::aborted);
+}
+
+TEST(Pack, SameInputSameBits) {
+    std::mt19937 random(17);
+    const ChartSet set = random_charts(random, 60);
+    for (Quality quality : {Quality::fast, Quality::quality}) {
+        const Packing a = pack(set.face(), options_of(512, 256, 2, quality));
+        const Packing b = pack(set.face(), options_of(512, 256, 2, quality));
+        ASSERT_EQ(a.placements.size(), b.placements.size());
+        EXPECT_EQ(a.scale, b.scale);
+        for (size_t i = 0; i < a.placements.size(); ++i) {
+            EXPECT_EQ(a.placements[i].x, b.placements[i].x);
+            EXPECT_EQ(a.placements[i].y, b.placements[i].y);
+            EXPECT_EQ(a.placements[i].cosine, b.placements[i].cosine);
+        }
+    }
+}
+
+TEST(Pack, UnitOfTheChartsDoesNotMatter) {
+    std::mt19937 random(23);
+    ChartSet set = random_charts(random, 40);
+    const double coverage = expect_valid(set, options_of(512, 512, 2));
+    for (double& p : set.points)
+        p *= 1024; // a power of two keeps every bit
+    EXPECT_EQ(expect_valid(set, options_of(512, 512, 2)), coverage);
+}
+
+TEST(PackProperty, GutterHoldsInTheFinalTexture) {
+    const uint32_t base = 20261121;
+    for (uint32_t i = 0; i < 60; ++i) {
+        const uint32_t seed = base + i;
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        const uint32_t sides[] = {32, 64, 128, 256, 512, 1024};
+        const float gutters[] = {0, 0.5f, 1, 2, 3.75f, 8};
+        const uint32_t width = sides[random() % 6], height = sides[random() % 6];
+        const float gutter = std::min(gutters[random() % 6], float(std::min(width, height)) / 16);
+        const uint64_t room = gutter_capacity(width, height, gutter) / 4;
+        const uint32_t most = uint32_t(std::min<uint64_t>(room, i % 10 == 0 ? 400 : 60));
+        const ChartSet set = random_charts(random, 1 + random() % std::max(1u, most));
+        const Quality quality = i % 4 == 0 ? Quality::quality : Quality::fast;
+        expect_valid(set, options_of(width, height, gutter, quality));
+        if (HasFailure())
+            break;
+    }
+}
