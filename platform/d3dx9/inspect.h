@@ -11,6 +11,15 @@ extern "C" {
 /// next UV-atlas call.
 D3D9_EXPORT const char* d3dx9_last_reason(void);
 
+/// What the last UV-atlas call came to: D3D_OK or its failure.
+D3D9_EXPORT HRESULT d3dx9_last_result(void);
+
+/// The faces of those charts that the last UV-atlas call could not bring under the stretch limit,
+/// ascending; none after a failure. Such a chart is one polygon that cannot do better.
+/// Shape: `faces` (may be none) gets the first of as many as the call returns. Valid until the next
+/// UV-atlas call.
+D3D9_EXPORT unsigned d3dx9_over_limit(const DWORD** faces);
+
 /// Devices, meshes and buffers that have references left.
 D3D9_EXPORT unsigned d3dx9_live_objects(void);
 }

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <utility>
 #include <vector>
 
 namespace d3dx9 {
@@ -355,7 +356,10 @@ HRESULT unwrap(const Call& call, Extent extent, atlas::Options options, Progress
                                     : atlas::create(mesh, options, result);
     if (failure.status != atlas::Status::ok)
         return explain(failure, progress, outputs.num_charts);
-    return publish(call, format, input, result, partition_adjacency, outputs);
+    const HRESULT published = publish(call, format, input, result, partition_adjacency, outputs);
+    if (SUCCEEDED(published))
+        record_over_limit(std::move(result.over_limit));
+    return published;
 }
 
 HRESULT guarded_unwrap(const Call& call, Extent extent, const atlas::Options& options,

@@ -39,6 +39,7 @@ atlas::Failure answer(const atlas::Mesh& mesh, const atlas::Options& options,
     }
     result.chart_count = static_cast<uint32_t>(result.chart.size());
     result.stretch = k_stretch;
+    result.over_limit = now.over_limit;
     return {};
 }
 

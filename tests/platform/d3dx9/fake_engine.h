@@ -13,6 +13,7 @@ struct State {
     // What the next call does.
     tessora::atlas::Failure failure;
     std::vector<float> fractions; ///< reported until an answer is not 0
+    std::vector<uint32_t> over_limit;
     // What the last call was given.
     unsigned creates = 0;
     unsigned partitions = 0;

@@ -303,6 +303,27 @@ TEST_F(UvAtlas, EnginesMemoryRunsOut) {
     EXPECT_STREQ(d3dx9_last_reason(), "the engine says no");
 }
 
+TEST_F(UvAtlas, LastResultIsKeptUntilTheNextCall) {
+    EXPECT_EQ(fail_with(Status::out_of_memory, k_none), E_OUTOFMEMORY);
+    EXPECT_EQ(d3dx9_last_result(), E_OUTOFMEMORY);
+    state().failure = {};
+    ASSERT_EQ(create(), D3D_OK);
+    expected_live_ += 3;
+    EXPECT_EQ(d3dx9_last_result(), D3D_OK);
+}
+
+TEST_F(UvAtlas, FacesOverTheLimitAreKeptUntilTheNextCall) {
+    state().over_limit = {0, 1};
+    ASSERT_EQ(create(), D3D_OK);
+    expected_live_ += 3;
+    const DWORD* faces = nullptr;
+    ASSERT_EQ(d3dx9_over_limit(&faces), 2u);
+    EXPECT_EQ(faces[0], 0u);
+    EXPECT_EQ(faces[1], 1u);
+    EXPECT_EQ(fail_with(Status::does_not_fit, 3), D3DERR_MOREDATA);
+    EXPECT_EQ(d3dx9_over_limit(nullptr), 0u);
+}
+
 TEST_F(UvAtlas, ReasonIsForgottenBySuccess) {
     EXPECT_EQ(fail_with(Status::out_of_memory, k_none), E_OUTOFMEMORY);
     state().failure = {};
