@@ -27,7 +27,7 @@ InnerRectangle inner_rectangle(uint32_t width, uint32_t height, float gutter) {
 }
 
 double safe_gutter(uint32_t width, uint32_t height, float gutter) {
-    return double(gutter) + 1.0 / 1024 + 12.0 * std::max(width, height) / 16777216.0;
+    return double(gutter) + 1.0 / 1024 + 40.0 * std::max(width, height) / 16777216.0;
 }
 
 uint64_t gutter_capacity(uint32_t width, uint32_t height, float gutter) {
