@@ -1,0 +1,34 @@
+/// What one atlas stage holds: the atlas options, the results of the last atlas call, and the
+/// Direct3D device that D3DX meshes need. The device never renders.
+///
+/// One context per stage, on the stage's stack frame. It owns its two interfaces; `release_device`
+/// gives them back. Failures are logged as critical lines to the message box and the debugger, and
+/// the operation returns false or none.
+#pragma once
+
+#include <d3dx9.h>
+
+#include <cstdint>
+
+struct AtlasContext {
+    uint32_t max_charts = 0;  ///< 0 = no limit
+    float max_stretch = 0.0f; ///< 0 = none, 1 = any
+    uint32_t width = 0;       ///< texels
+    uint32_t height = 0;      ///< texels
+    float gutter = 0.0f;      ///< texels
+    uint32_t options = 0;     ///< quality flag of the atlas call
+    float stretch_out = 0.0f; ///< of the last successful atlas call
+    uint32_t charts_out = 0;  ///< of the last successful atlas call
+    IDirect3D9* direct3d = nullptr;
+    IDirect3DDevice9* device = nullptr;
+};
+
+/// Makes the device and stores the options in `context`, whose interface slots are none.
+/// `window` is the handle of the application's main window, or none.
+/// Errors: false and a line "Direct3DCreate9 failed" or "CreateDevice failed"; the slots are none,
+///         the options as they were.
+bool create_device(AtlasContext& context, void* window, uint32_t max_charts, float max_stretch,
+                   uint32_t width, uint32_t height, float gutter, bool high_quality);
+
+/// Releases the device, then the Direct3D object, each only if there is one, and clears the slots.
+void release_device(AtlasContext& context);

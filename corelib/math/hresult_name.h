@@ -1,0 +1,8 @@
+/// Symbolic names of the results that Direct3D 9, D3DX 9 and COM calls give.
+#pragma once
+
+#include <d3dx9.h>
+
+/// The published name of `result` ("D3DXERR_INVALIDMESH"), or "Unknown" for a value without one.
+/// Source: "D3DERR" and "D3DXERR", Microsoft Learn.
+const char* hresult_name(HRESULT result);
