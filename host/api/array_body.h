@@ -6,23 +6,8 @@
 #include <maya/HostArray.h>
 
 #include <algorithm>
-#include <new>
-#include <stdexcept>
 
 namespace host {
-
-/// Runs a step that may need memory. What the standard containers throw then ends here.
-template <class Step>
-MStatus guard_memory(Step step) {
-    try {
-        step();
-    } catch (const std::bad_alloc&) {
-        return MS::kInsufficientMemory;
-    } catch (const std::length_error&) {
-        return MS::kInsufficientMemory;
-    }
-    return MS::kSuccess;
-}
 
 /// Name of the fault point of `append`: every array class has its own.
 template <class T>

@@ -5,6 +5,9 @@
 
 #include <maya/MStatus.h>
 
+#include <new>
+#include <stdexcept>
+
 namespace host {
 
 /// Success unless the point is armed; then the armed status code.
@@ -17,6 +20,19 @@ inline MStatus report(MStatus* status_out, const MStatus& status) {
     if (status_out != NULL)
         *status_out = status;
     return status;
+}
+
+/// Runs a step that may need memory. What the standard containers throw then ends here.
+template <class Step>
+MStatus guard_memory(Step step) {
+    try {
+        step();
+    } catch (const std::bad_alloc&) {
+        return MS::kInsufficientMemory;
+    } catch (const std::length_error&) {
+        return MS::kInsufficientMemory;
+    }
+    return MS::kSuccess;
 }
 
 } // namespace host

@@ -1,0 +1,101 @@
+/// Who touches whom in a polygon mesh: vertices, edges, polygons and corners, as flat arrays built
+/// once from the polygon list. A corner is one vertex of one polygon; corners are numbered through
+/// the whole mesh, polygon after polygon. Lists "per X" are stored end to end: those of X are the
+/// entries `start[X]` to `start[X + 1] - 1`.
+///
+/// Edges are numbered in the order in which the corners first meet them, and point the way they
+/// were met. Any number of polygons may share an edge, and a polygon may come by a vertex or an
+/// edge more than once; every list names a thing once. Lists are in ascending order.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace host {
+
+/// A read-only run of entries in one of the arrays.
+class IndexSpan {
+public:
+    IndexSpan(const std::uint32_t* begin, const std::uint32_t* end) : begin_(begin), end_(end) {}
+    const std::uint32_t* begin() const { return begin_; }
+    const std::uint32_t* end() const { return end_; }
+    std::uint32_t size() const { return static_cast<std::uint32_t>(end_ - begin_); }
+    std::uint32_t operator[](std::uint32_t index) const { return begin_[index]; }
+
+private:
+    const std::uint32_t* begin_;
+    const std::uint32_t* end_;
+};
+
+class Connectivity {
+public:
+    /// Shape:  counts[np] corners per polygon, vertices[sum of counts] -> everything below.
+    /// Limits: every count is at least 3, every vertex id below `vertex_count`; the caller checked.
+    /// Errors: std::bad_alloc.
+    /// Cost:   O(corners + sum over vertices of v log v for valence v).
+    Connectivity(std::uint32_t vertex_count, std::vector<std::uint32_t> counts,
+                 std::vector<std::uint32_t> vertices);
+
+    std::uint32_t vertex_count() const { return vertex_count_; }
+    std::uint32_t edge_count() const { return static_cast<std::uint32_t>(edges_.size()); }
+    std::uint32_t polygon_count() const {
+        return static_cast<std::uint32_t>(polygon_start_.size() - 1);
+    }
+    std::uint32_t corner_count() const { return static_cast<std::uint32_t>(vertices_.size()); }
+
+    std::uint32_t first_corner(std::uint32_t polygon) const { return polygon_start_[polygon]; }
+    std::uint32_t corners_of(std::uint32_t polygon) const {
+        return polygon_start_[polygon + 1] - polygon_start_[polygon];
+    }
+    /// Vertex ids of a polygon in winding order; and the edges, edge i leaving corner i.
+    IndexSpan polygon_vertices(std::uint32_t polygon) const {
+        return span(polygon_start_, vertices_, polygon);
+    }
+    IndexSpan polygon_edges(std::uint32_t polygon) const {
+        return span(polygon_start_, corner_edges_, polygon);
+    }
+    std::uint32_t corner_vertex(std::uint32_t corner) const { return vertices_[corner]; }
+    std::uint32_t corner_polygon(std::uint32_t corner) const { return corner_polygons_[corner]; }
+
+    /// The two ends of an edge.
+    const std::pair<std::uint32_t, std::uint32_t>& edge(std::uint32_t edge) const {
+        return edges_[edge];
+    }
+    IndexSpan edge_polygons(std::uint32_t edge) const {
+        return span(edge_start_, edge_polygons_, edge);
+    }
+    IndexSpan vertex_edges(std::uint32_t vertex) const {
+        return span(vertex_edge_start_, vertex_edges_, vertex);
+    }
+    /// Corners at a vertex, and so the polygons there: a polygon that comes by twice has two.
+    IndexSpan vertex_corners(std::uint32_t vertex) const {
+        return span(vertex_corner_start_, vertex_corners_, vertex);
+    }
+
+private:
+    static IndexSpan span(const std::vector<std::uint32_t>& start,
+                          const std::vector<std::uint32_t>& items, std::uint32_t index) {
+        return IndexSpan(items.data() + start[index], items.data() + start[index + 1]);
+    }
+    std::uint32_t next_corner(std::uint32_t corner) const;
+    void list_vertex_corners();
+    void find_edges();
+    void list_edge_polygons();
+    void list_vertex_edges();
+
+    std::uint32_t vertex_count_;
+    std::vector<std::uint32_t> polygon_start_;
+    std::vector<std::uint32_t> vertices_;
+    std::vector<std::uint32_t> corner_polygons_;
+    std::vector<std::uint32_t> corner_edges_;
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> edges_;
+    std::vector<std::uint32_t> edge_start_;
+    std::vector<std::uint32_t> edge_polygons_;
+    std::vector<std::uint32_t> vertex_edge_start_;
+    std::vector<std::uint32_t> vertex_edges_;
+    std::vector<std::uint32_t> vertex_corner_start_;
+    std::vector<std::uint32_t> vertex_corners_;
+};
+
+} // namespace host

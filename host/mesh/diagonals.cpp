@@ -1,0 +1,321 @@
+/// Better triangles by exchanging diagonals.
+///
+/// Two neighbouring triangles form a quadrilateral; taking its other diagonal is an improvement
+/// when that raises the smaller of the angles (the Delaunay condition), and a necessity when the
+/// present diagonal joins vertices that are joined elsewhere. Where no single exchange gets rid of
+/// such a diagonal, a patch of triangles around it is triangulated anew, best of all ways. Sources:
+/// C. L. Lawson, "Software for C1 Surface Interpolation" (1977), for exchanges; G. T. Klincsek,
+/// "Minimal Triangulations of Polygonal Domains" (1980), for the best of all ways.
+#include "host/mesh/outline.h"
+#include "host/mesh/pair_set.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace host {
+
+namespace {
+
+constexpr std::uint32_t k_none = 0xFFFFFFFFu;
+/// Corners of the largest patch that is triangulated anew; its cost grows with the cube.
+constexpr std::uint32_t k_patch_corners = 48;
+/// Differences below this share are taken for noise, so that a regular shape keeps its pattern
+/// whatever its position and unit of length.
+constexpr double k_noise = 1e-5;
+
+class Diagonals {
+public:
+    Diagonals(Outline& outline, const PairSet& taken)
+        : outline_(outline), taken_(taken), corners_(outline.triangles),
+          across_(outline.triangles.size(), k_none) {
+        find_neighbours();
+    }
+
+    void run() {
+        exchange_all();
+        const std::uint64_t limit = outline_.steps + 1000 * std::uint64_t{outline_.size()} + 100000;
+        for (std::uint32_t side = 0; side < across_.size() && outline_.steps < limit; ++side)
+            if (is_diagonal(side) && is_taken(side))
+                remake_patch(side);
+    }
+
+private:
+    // A side is a corner position 3 t + k and stands for triangle t's edge from corner k to k + 1.
+    static std::uint32_t next_side(std::uint32_t side) {
+        return side % 3 == 2 ? side - 2 : side + 1;
+    }
+    static std::uint32_t last_side(std::uint32_t side) {
+        return side % 3 == 0 ? side + 2 : side - 1;
+    }
+    std::uint32_t from(std::uint32_t side) const { return corners_[side]; }
+    std::uint32_t to(std::uint32_t side) const { return corners_[next_side(side)]; }
+    std::uint32_t tip(std::uint32_t side) const { return corners_[last_side(side)]; }
+    bool is_diagonal(std::uint32_t side) const {
+        return across_[side] != k_none && side < across_[side];
+    }
+    bool joined(std::uint32_t a, std::uint32_t b) const {
+        const std::uint32_t id_a = outline_.ids[a];
+        const std::uint32_t id_b = outline_.ids[b];
+        return id_a == id_b || taken_.contains(id_a, id_b);
+    }
+    bool is_taken(std::uint32_t side) const { return joined(from(side), to(side)); }
+
+    void find_neighbours();
+    void link(std::uint32_t a, std::uint32_t b);
+    void exchange_all();
+    bool wants_exchange(std::uint32_t side);
+    void exchange(std::uint32_t side);
+    double angle_excess(std::uint32_t side) const;
+
+    struct Patch {
+        std::vector<std::uint32_t> triangles;
+        std::vector<std::uint32_t> outer; ///< sides of the rim, in order around
+    };
+    Patch gather(std::uint32_t side, std::uint32_t corner_count) const;
+    void remake_patch(std::uint32_t side);
+    bool solve(const Patch& patch, std::vector<std::uint32_t>& best);
+    void replace(const Patch& patch, const std::vector<std::uint32_t>& best);
+
+    Outline& outline_;
+    const PairSet& taken_;
+    std::vector<std::uint32_t>& corners_;
+    std::vector<std::uint32_t> across_; ///< per side: the side that shares its edge
+};
+
+void Diagonals::link(std::uint32_t a, std::uint32_t b) {
+    if (a != k_none)
+        across_[a] = b;
+    if (b != k_none)
+        across_[b] = a;
+}
+
+/// Sides dealt out to the smaller of their corners; a diagonal's two sides then meet there.
+void Diagonals::find_neighbours() {
+    struct Entry {
+        std::uint32_t low;
+        std::uint32_t high;
+        std::uint32_t side;
+    };
+    std::vector<Entry> entries;
+    entries.reserve(corners_.size());
+    for (std::uint32_t side = 0; side < corners_.size(); ++side) {
+        const auto ends = std::minmax(from(side), to(side));
+        entries.push_back(Entry{ends.first, ends.second, side});
+    }
+    std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+        if (a.low != b.low)
+            return a.low < b.low;
+        return a.high != b.high ? a.high < b.high : a.side < b.side;
+    });
+    for (std::size_t i = 1; i < entries.size(); ++i)
+        if (entries[i].low == entries[i - 1].low && entries[i].high == entries[i - 1].high)
+            link(entries[i].side, entries[i - 1].side);
+}
+
+/// Sine of the sum of the two angles that look at the diagonal, scaled: negative when the sum is
+/// over 180 degrees. Noise counts as zero.
+double Diagonals::angle_excess(std::uint32_t side) const {
+    const MVector& a = outline_.space[from(side)];
+    const MVector& b = outline_.space[to(side)];
+    const MVector& c = outline_.space[tip(side)];
+    const MVector& d = outline_.space[tip(across_[side])];
+    const double sine_c = ((a - c) ^ (b - c)).length();
+    const double cosine_c = (a - c) * (b - c);
+    const double sine_d = ((a - d) ^ (b - d)).length();
+    const double cosine_d = (a - d) * (b - d);
+    const double size =
+        ((a - c).length() * (b - c).length()) * ((a - d).length() * (b - d).length());
+    const double excess = sine_c * cosine_d + cosine_c * sine_d;
+    return std::fabs(excess) <= k_noise * size ? 0.0 : excess;
+}
+
+bool Diagonals::wants_exchange(std::uint32_t side) {
+    const std::uint32_t c = tip(side);
+    const std::uint32_t d = tip(across_[side]);
+    const bool is_bad = is_taken(side);
+    const bool would_be_bad = joined(c, d);
+    if (is_bad == would_be_bad ? !(angle_excess(side) < 0.0) : would_be_bad)
+        return false;
+    return outline_.turn(c, from(side), d) > 0 && outline_.turn(d, to(side), c) > 0;
+}
+
+/// Triangles (a, b, c) and (b, a, d) become (d, c, a) and (c, d, b).
+void Diagonals::exchange(std::uint32_t side) {
+    const std::uint32_t other = across_[side];
+    const std::uint32_t a = from(side);
+    const std::uint32_t b = to(side);
+    const std::uint32_t c = tip(side);
+    const std::uint32_t d = tip(other);
+    const std::uint32_t bc = across_[next_side(side)];
+    const std::uint32_t ca = across_[last_side(side)];
+    const std::uint32_t ad = across_[next_side(other)];
+    const std::uint32_t db = across_[last_side(other)];
+    corners_[side] = d;
+    corners_[next_side(side)] = c;
+    corners_[last_side(side)] = a;
+    corners_[other] = c;
+    corners_[next_side(other)] = d;
+    corners_[last_side(other)] = b;
+    link(side, other);
+    across_[next_side(side)] = across_[last_side(side)] = k_none;
+    across_[next_side(other)] = across_[last_side(other)] = k_none;
+    link(next_side(side), ca);
+    link(last_side(side), ad);
+    link(next_side(other), db);
+    link(last_side(other), bc);
+}
+
+/// Works through a list of diagonals that may want an exchange; each exchange puts its four outer
+/// sides on the list again. The limit stands against endless exchanges between corners that do not
+/// lie in a plane.
+void Diagonals::exchange_all() {
+    std::vector<std::uint32_t> pending;
+    for (std::uint32_t side = static_cast<std::uint32_t>(across_.size()); side-- > 0;)
+        if (is_diagonal(side))
+            pending.push_back(side);
+    std::size_t limit = 12 * std::size_t{outline_.size()} + 64;
+    while (!pending.empty() && limit > 0) {
+        const std::uint32_t side = pending.back();
+        pending.pop_back();
+        outline_.steps += 1;
+        if (across_[side] == k_none || !wants_exchange(side))
+            continue;
+        exchange(side);
+        limit -= 1;
+        const std::uint32_t other = across_[side];
+        for (const std::uint32_t outer :
+             {next_side(side), last_side(side), next_side(other), last_side(other)})
+            if (across_[outer] != k_none)
+                pending.push_back(outer);
+    }
+}
+
+/// Triangles around a diagonal, breadth first, until the patch has so many corners.
+Diagonals::Patch Diagonals::gather(std::uint32_t side, std::uint32_t corner_count) const {
+    Patch patch;
+    std::vector<std::uint32_t>& triangles = patch.triangles;
+    triangles = {side / 3, across_[side] / 3};
+    const auto has = [&](std::uint32_t triangle) {
+        return std::find(triangles.begin(), triangles.end(), triangle) != triangles.end();
+    };
+    for (std::size_t i = 0; i < triangles.size(); ++i)
+        for (std::uint32_t k = 0; k < 3 && triangles.size() + 2 < corner_count; ++k) {
+            const std::uint32_t beyond = across_[3 * triangles[i] + k];
+            if (beyond != k_none && !has(beyond / 3))
+                triangles.push_back(beyond / 3);
+        }
+    // Walk around the rim: at a side's end, turn inside the patch until a side leads out.
+    const auto is_outer = [&](std::uint32_t s) {
+        return across_[s] == k_none || !has(across_[s] / 3);
+    };
+    std::uint32_t first = 3 * triangles[0];
+    while (!is_outer(first))
+        first = next_side(across_[first]);
+    std::uint32_t here = first;
+    do {
+        patch.outer.push_back(here);
+        here = next_side(here);
+        while (!is_outer(here))
+            here = next_side(across_[here]);
+    } while (here != first);
+    return patch;
+}
+
+/// Tries ever larger patches until one has a way without diagonals that are joined elsewhere.
+void Diagonals::remake_patch(std::uint32_t side) {
+    for (std::uint32_t size = 6;; size *= 2) {
+        const Patch patch = gather(side, std::min(size, k_patch_corners));
+        std::vector<std::uint32_t> best;
+        if (solve(patch, best)) {
+            replace(patch, best);
+            return;
+        }
+        if (size >= k_patch_corners || patch.triangles.size() + 2 < size)
+            return;
+    }
+}
+
+/// Best triangulation of a patch: fewest flat triangles, no joined diagonal at all, least length of
+/// diagonals. Dynamic programming over the stretches of the rim; a stretch from i to j is closed by
+/// a diagonal and triangulated by choosing the third corner k. False when there is no such way.
+bool Diagonals::solve(const Patch& patch, std::vector<std::uint32_t>& best) {
+    const std::uint32_t n = static_cast<std::uint32_t>(patch.outer.size());
+    const auto corner = [&](std::uint32_t i) { return from(patch.outer[i]); };
+    const double k_impossible = std::numeric_limits<double>::infinity();
+    double scale = 0.0;
+    for (std::uint32_t i = 0; i < n; ++i)
+        scale += (outline_.space[corner(i)] - outline_.space[corner((i + 1) % n)]).length();
+    std::vector<double> cost(std::size_t{n} * n, 0.0);
+    std::vector<std::uint32_t> choice(std::size_t{n} * n, k_none);
+    for (std::uint32_t width = 2; width < n; ++width)
+        for (std::uint32_t i = 0; i + width < n; ++i) {
+            const std::uint32_t j = i + width;
+            double& least = cost[std::size_t{i} * n + j];
+            least = k_impossible;
+            const bool is_rim = i == 0 && j == n - 1;
+            if (!is_rim && joined(corner(i), corner(j)))
+                continue;
+            const double own =
+                is_rim ? 0.0 : (outline_.space[corner(i)] - outline_.space[corner(j)]).length();
+            for (std::uint32_t k = i + 1; k < j; ++k) {
+                const int turn = outline_.turn(corner(i), corner(k), corner(j));
+                const double flat = turn == 0 ? 1e3 * scale : 0.0;
+                const double total =
+                    cost[std::size_t{i} * n + k] + cost[std::size_t{k} * n + j] + own + flat;
+                if (turn >= 0 && total < least) {
+                    least = total;
+                    choice[std::size_t{i} * n + j] = k;
+                }
+            }
+        }
+    if (!(cost[n - 1] < k_impossible))
+        return false;
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> open = {{0, n - 1}};
+    while (!open.empty()) {
+        const auto [i, j] = open.back();
+        open.pop_back();
+        if (j - i < 2)
+            continue;
+        const std::uint32_t k = choice[std::size_t{i} * n + j];
+        best.insert(best.end(), {i, k, j});
+        open.emplace_back(i, k);
+        open.emplace_back(k, j);
+    }
+    return true;
+}
+
+/// Writes new triangles, given by rim positions, over those of the patch.
+void Diagonals::replace(const Patch& patch, const std::vector<std::uint32_t>& best) {
+    const std::uint32_t n = static_cast<std::uint32_t>(patch.outer.size());
+    std::vector<std::uint32_t> ring(n);
+    std::vector<std::uint32_t> beyond(n);
+    for (std::uint32_t i = 0; i < n; ++i) {
+        ring[i] = from(patch.outer[i]);
+        beyond[i] = across_[patch.outer[i]];
+    }
+    std::vector<std::uint32_t> inner(std::size_t{n} * n, k_none);
+    for (std::size_t i = 0; i < best.size(); ++i) {
+        const std::uint32_t side = 3 * patch.triangles[i / 3] + static_cast<std::uint32_t>(i % 3);
+        corners_[side] = ring[best[i]];
+        across_[side] = k_none;
+    }
+    for (std::size_t i = 0; i < best.size(); ++i) {
+        const std::uint32_t side = 3 * patch.triangles[i / 3] + static_cast<std::uint32_t>(i % 3);
+        const std::uint32_t a = best[i];
+        const std::uint32_t b = best[i % 3 == 2 ? i - 2 : i + 1];
+        if (b == (a + 1) % n)
+            link(side, beyond[a]);
+        else if (inner[std::size_t{b} * n + a] != k_none)
+            link(side, inner[std::size_t{b} * n + a]);
+        else
+            inner[std::size_t{a} * n + b] = side;
+    }
+}
+
+} // namespace
+
+void improve_diagonals(Outline& outline, const PairSet& taken) { Diagonals(outline, taken).run(); }
+
+} // namespace host

@@ -1,0 +1,220 @@
+/// Triangulation by cutting off ears: a corner goes when the triangle with its two neighbours holds
+/// no other part of the outline. Only reflex corners can be in the way; a grid finds those near a
+/// triangle.
+/// Source: M. Held, "FIST: Fast Industrial-Strength Triangulation of Polygons" (2001), for ear
+/// tests on outlines that touch themselves.
+#include "host/mesh/outline.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace host {
+
+namespace {
+
+/// Buckets of reflex corners over the outline's bounding box.
+class CornerGrid {
+public:
+    CornerGrid(const std::vector<Point2>& points, const std::vector<std::uint32_t>& members)
+        : points_(points) {
+        low_ = high_ = points[0];
+        for (const Point2& p : points) {
+            low_ = Point2{std::min(low_.x, p.x), std::min(low_.y, p.y)};
+            high_ = Point2{std::max(high_.x, p.x), std::max(high_.y, p.y)};
+        }
+        side_ = static_cast<std::uint32_t>(std::sqrt(static_cast<double>(members.size()))) + 1;
+        start_.assign(std::size_t{side_} * side_ + 1, 0);
+        for (const std::uint32_t member : members)
+            start_[cell(points[member]) + 1] += 1;
+        for (std::size_t i = 1; i < start_.size(); ++i)
+            start_[i] += start_[i - 1];
+        items_.resize(members.size());
+        std::vector<std::uint32_t> fill(start_.begin(), start_.end() - 1);
+        for (const std::uint32_t member : members)
+            items_[fill[cell(points[member])]++] = member;
+    }
+
+    /// Calls `visit(corner)` for the members around the box until one call returns true.
+    template <class Visit>
+    bool any_in(const Point2& low, const Point2& high, std::uint64_t& steps, Visit visit) const {
+        const std::uint32_t last_column = column(high.x);
+        const std::uint32_t last_row = row(high.y);
+        for (std::uint32_t r = row(low.y); r <= last_row; ++r)
+            for (std::uint32_t c = column(low.x); c <= last_column; ++c) {
+                const std::size_t cell = std::size_t{r} * side_ + c;
+                steps += 1;
+                for (std::uint32_t i = start_[cell]; i < start_[cell + 1]; ++i)
+                    if (visit(items_[i]))
+                        return true;
+            }
+        return false;
+    }
+
+private:
+    std::uint32_t place(double value, double low, double high) const {
+        const double share = high > low ? (value - low) / (high - low) : 0.0;
+        return std::min(side_ - 1, static_cast<std::uint32_t>(share * side_));
+    }
+    std::uint32_t column(double x) const { return place(x, low_.x, high_.x); }
+    std::uint32_t row(double y) const { return place(y, low_.y, high_.y); }
+    std::size_t cell(const Point2& p) const { return std::size_t{row(p.y)} * side_ + column(p.x); }
+
+    const std::vector<Point2>& points_;
+    Point2 low_;
+    Point2 high_;
+    std::uint32_t side_ = 1;
+    std::vector<std::uint32_t> start_;
+    std::vector<std::uint32_t> items_;
+};
+
+class EarClipper {
+public:
+    explicit EarClipper(Outline& outline)
+        : outline_(outline), before_(outline.size()), after_(outline.size()),
+          reflex_(reflex_corners()), grid_(outline.flat, reflex_), left_(outline.size()),
+          step_limit_(outline.steps + 500 * std::uint64_t{outline.size()} + 20000) {}
+
+    bool run();
+
+private:
+    /// How strict a cut is: a true ear; one without area; one that may hide other corners; any.
+    enum Level { k_ear, k_flat, k_convex, k_any };
+
+    std::vector<std::uint32_t> reflex_corners();
+    bool can_cut(std::uint32_t corner, Level level);
+    bool is_blocked(std::uint32_t a, std::uint32_t b, std::uint32_t c);
+    bool blocks(std::uint32_t p, std::uint32_t a, std::uint32_t b, std::uint32_t c);
+    bool points_inside(std::uint32_t p, std::uint32_t a, std::uint32_t b, std::uint32_t c);
+    void cut(std::uint32_t corner);
+    bool cut_one(Level level);
+
+    Outline& outline_;
+    std::vector<std::uint32_t> before_; ///< ring of the corners that are left
+    std::vector<std::uint32_t> after_;  ///< equal to the corner itself once it is cut off
+    std::vector<std::uint32_t> reflex_;
+    CornerGrid grid_;
+    std::uint32_t left_;
+    std::uint32_t here_ = 0;
+    std::uint64_t step_limit_;
+};
+
+/// Sets up the ring and lists the corners that do not turn left, spikes included.
+std::vector<std::uint32_t> EarClipper::reflex_corners() {
+    std::vector<std::uint32_t> reflex;
+    for (std::uint32_t i = 0; i < outline_.size(); ++i) {
+        before_[i] = outline_.previous(i);
+        after_[i] = outline_.next(i);
+        if (outline_.turn(before_[i], i, after_[i]) <= 0)
+            reflex.push_back(i);
+    }
+    return reflex;
+}
+
+/// Whether the outline leaves p, which lies on corner b of the turn a-b-c, into that turn.
+bool EarClipper::points_inside(std::uint32_t p, std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+    for (const std::uint32_t q : {before_[p], after_[p]})
+        if (outline_.turn(a, b, q) > 0 && outline_.turn(b, c, q) > 0)
+            return true;
+    return false;
+}
+
+/// Whether p, another corner of what is left, forbids to cut off the triangle a, b, c.
+bool EarClipper::blocks(std::uint32_t p, std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+    const std::vector<Point2>& flat = outline_.flat;
+    if (flat[p] == flat[a])
+        return points_inside(p, c, a, b);
+    if (flat[p] == flat[b])
+        return points_inside(p, a, b, c);
+    if (flat[p] == flat[c])
+        return points_inside(p, b, c, a);
+    const int ab = outline_.turn(a, b, p);
+    const int bc = outline_.turn(b, c, p);
+    const int ca = outline_.turn(c, a, p);
+    if (ab < 0 || bc < 0 || ca < 0)
+        return false;
+    if (ab > 0 && bc > 0)
+        return true; // inside, or on the new side c-a
+    // On one of the two old sides: it touches from outside or comes in.
+    const std::uint32_t from = ab == 0 ? a : b;
+    const std::uint32_t to = ab == 0 ? b : c;
+    return outline_.turn(from, to, before_[p]) > 0 || outline_.turn(from, to, after_[p]) > 0;
+}
+
+bool EarClipper::is_blocked(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+    const std::vector<Point2>& flat = outline_.flat;
+    const auto x = std::minmax({flat[a].x, flat[b].x, flat[c].x});
+    const auto y = std::minmax({flat[a].y, flat[b].y, flat[c].y});
+    return grid_.any_in(Point2{x.first, y.first}, Point2{x.second, y.second}, outline_.steps,
+                        [&](std::uint32_t p) {
+                            if (p == a || p == b || p == c || after_[p] == p)
+                                return false;
+                            return blocks(p, a, b, c);
+                        });
+}
+
+bool EarClipper::can_cut(std::uint32_t corner, Level level) {
+    const std::uint32_t a = before_[corner];
+    const std::uint32_t c = after_[corner];
+    const int turn = outline_.turn(a, corner, c);
+    switch (level) {
+    case k_ear:
+        return turn > 0 && !is_blocked(a, corner, c);
+    case k_flat:
+        return turn == 0;
+    case k_convex:
+        return turn > 0;
+    default:
+        return true;
+    }
+}
+
+void EarClipper::cut(std::uint32_t corner) {
+    const std::uint32_t a = before_[corner];
+    const std::uint32_t c = after_[corner];
+    outline_.emit(a, corner, c);
+    after_[a] = c;
+    before_[c] = a;
+    after_[corner] = corner;
+    left_ -= 1;
+    here_ = after_[c]; // not the next one: that would make a fan
+}
+
+/// Goes once around and cuts off the first corner that the level allows.
+bool EarClipper::cut_one(Level level) {
+    for (std::uint32_t tries = 0; tries < left_; ++tries) {
+        if (can_cut(here_, level)) {
+            cut(here_);
+            return true;
+        }
+        here_ = after_[here_];
+    }
+    return false;
+}
+
+bool EarClipper::run() {
+    bool sound = true;
+    while (left_ > 3) {
+        // Past the limit the outline is a hopeless tangle; what is left is cut off as it comes.
+        if (outline_.steps > step_limit_) {
+            cut(here_);
+            sound = false;
+        } else if (!cut_one(k_ear) && !cut_one(k_flat)) {
+            sound = false;
+            if (!cut_one(k_convex))
+                cut_one(k_any);
+        }
+    }
+    const std::uint32_t a = before_[here_];
+    const std::uint32_t c = after_[here_];
+    outline_.emit(a, here_, c);
+    return sound && outline_.turn(a, here_, c) >= 0;
+}
+
+} // namespace
+
+bool clip_ears(Outline& outline) {
+    outline.triangles.clear();
+    return EarClipper(outline).run();
+}
+
+} // namespace host

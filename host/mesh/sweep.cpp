@@ -1,0 +1,287 @@
+/// Triangulation by one sweep from top to bottom. Between the outline's edges that the sweep line
+/// crosses lie the strips of the inside; each strip keeps, as a chain from its left edge to its
+/// right edge, the lower rim of what is triangulated already. A new corner cuts off what it can see
+/// of the rim. The rim bulges downwards everywhere, so that what a corner can see is at its end.
+/// Source: S. Hertel, K. Mehlhorn, "Fast Triangulation of Simple Polygons" (1983).
+#include "host/mesh/outline.h"
+
+#include <algorithm>
+#include <set>
+
+namespace host {
+
+namespace {
+
+constexpr std::uint32_t k_none = 0xFFFFFFFFu;
+
+class Sweep {
+public:
+    explicit Sweep(Outline& outline)
+        : outline_(outline), order_(outline.size()), rank_(outline.size()),
+          strip_of_left_(outline.size(), k_none), strip_of_right_(outline.size(), k_none),
+          open_(LeftToRight{this}) {}
+
+    bool run() {
+        if (!sort_corners())
+            return false;
+        for (const std::uint32_t corner : order_)
+            if (!visit(corner))
+                return false;
+        return open_.empty() && outline_.triangles.size() == 3 * (std::size_t{outline_.size()} - 2);
+    }
+
+private:
+    /// An edge is named by the corner that it leaves. Left edges run down, right edges run up.
+    struct Strip {
+        std::uint32_t left_edge;
+        std::uint32_t right_edge;
+        std::uint32_t front; ///< link at the left end of the rim
+        std::uint32_t back;  ///< link at the right end
+        std::uint32_t last;  ///< link of the corner visited last: the lowest of the rim
+    };
+    struct Link {
+        std::uint32_t corner;
+        std::uint32_t before;
+        std::uint32_t after;
+    };
+    struct LeftToRight {
+        using is_transparent = void;
+        struct Corner {
+            std::uint32_t id;
+        };
+        Sweep* sweep;
+        bool operator()(std::uint32_t a, std::uint32_t b) const { return sweep->is_left_of(a, b); }
+        bool operator()(std::uint32_t strip, Corner corner) const {
+            return sweep->side(sweep->strips_[strip].left_edge, corner.id) > 0;
+        }
+        bool operator()(Corner corner, std::uint32_t strip) const {
+            return sweep->side(sweep->strips_[strip].left_edge, corner.id) < 0;
+        }
+    };
+
+    bool sort_corners();
+    bool visit(std::uint32_t corner);
+    bool start(std::uint32_t corner);
+    bool split(std::uint32_t corner);
+    bool merge(std::uint32_t corner);
+    bool end(std::uint32_t corner);
+    bool pass_left(std::uint32_t corner);
+    bool pass_right(std::uint32_t corner);
+
+    /// +1: the corner is to the right of a left edge, 0: on it.
+    int side(std::uint32_t left_edge, std::uint32_t corner) {
+        return outline_.turn(left_edge, outline_.next(left_edge), corner);
+    }
+    /// Of two left edges the one that begins lower decides, by the side on which it begins.
+    bool is_left_of(std::uint32_t a, std::uint32_t b) {
+        const std::uint32_t edge_a = strips_[a].left_edge;
+        const std::uint32_t edge_b = strips_[b].left_edge;
+        if (rank_[edge_a] < rank_[edge_b])
+            return side(edge_a, edge_b) > 0;
+        return rank_[edge_b] < rank_[edge_a] && side(edge_b, edge_a) < 0;
+    }
+
+    std::uint32_t new_link(std::uint32_t corner) {
+        links_.push_back(Link{corner, k_none, k_none});
+        return static_cast<std::uint32_t>(links_.size() - 1);
+    }
+    void join(std::uint32_t before, std::uint32_t after) {
+        links_[before].after = after;
+        links_[after].before = before;
+    }
+    std::uint32_t new_strip(std::uint32_t left_edge, std::uint32_t right_edge);
+    void add_front(Strip& strip, std::uint32_t link);
+    void add_back(Strip& strip, std::uint32_t link);
+
+    Outline& outline_;
+    std::vector<std::uint32_t> order_; ///< corners from top to bottom
+    std::vector<std::uint32_t> rank_;  ///< position of a corner in that order
+    std::vector<Strip> strips_;
+    std::vector<Link> links_;
+    std::vector<std::uint32_t> strip_of_left_;  ///< per edge
+    std::vector<std::uint32_t> strip_of_right_; ///< per edge
+    std::set<std::uint32_t, LeftToRight> open_; ///< strips under the sweep line, left to right
+};
+
+/// Ties in height are broken from left to right. Two corners in one place are not simple.
+bool Sweep::sort_corners() {
+    for (std::uint32_t i = 0; i < outline_.size(); ++i)
+        order_[i] = i;
+    const std::vector<Point2>& flat = outline_.flat;
+    std::sort(order_.begin(), order_.end(), [&](std::uint32_t a, std::uint32_t b) {
+        if (flat[a].y != flat[b].y)
+            return flat[a].y > flat[b].y;
+        return flat[a].x != flat[b].x ? flat[a].x < flat[b].x : a < b;
+    });
+    for (std::uint32_t i = 0; i < outline_.size(); ++i) {
+        rank_[order_[i]] = i;
+        if (i > 0 && flat[order_[i]] == flat[order_[i - 1]])
+            return false;
+    }
+    return true;
+}
+
+bool Sweep::visit(std::uint32_t corner) {
+    const std::uint32_t before = outline_.previous(corner);
+    const std::uint32_t after = outline_.next(corner);
+    const bool before_is_above = rank_[before] < rank_[corner];
+    const bool after_is_above = rank_[after] < rank_[corner];
+    if (before_is_above != after_is_above)
+        return before_is_above ? pass_left(corner) : pass_right(corner);
+    const int turn = outline_.turn(before, corner, after);
+    if (turn == 0) // there and back on one line
+        return false;
+    if (before_is_above)
+        return turn > 0 ? end(corner) : merge(corner);
+    return turn > 0 ? start(corner) : split(corner);
+}
+
+std::uint32_t Sweep::new_strip(std::uint32_t left_edge, std::uint32_t right_edge) {
+    const std::uint32_t strip = static_cast<std::uint32_t>(strips_.size());
+    strips_.push_back(Strip{left_edge, right_edge, k_none, k_none, k_none});
+    strip_of_left_[left_edge] = strip;
+    strip_of_right_[right_edge] = strip;
+    return strip;
+}
+
+/// Puts a corner before the left end of the rim and cuts off what it sees.
+void Sweep::add_front(Strip& strip, std::uint32_t link) {
+    const std::uint32_t corner = links_[link].corner;
+    std::uint32_t end = strip.front;
+    while (links_[end].after != k_none) {
+        const std::uint32_t second = links_[end].after;
+        if (outline_.turn(corner, links_[second].corner, links_[end].corner) <= 0)
+            break;
+        outline_.emit(corner, links_[second].corner, links_[end].corner);
+        end = second;
+    }
+    join(link, end);
+    strip.front = link;
+    if (links_[end].after == k_none)
+        strip.back = end;
+}
+
+/// The same at the right end.
+void Sweep::add_back(Strip& strip, std::uint32_t link) {
+    const std::uint32_t corner = links_[link].corner;
+    std::uint32_t end = strip.back;
+    while (links_[end].before != k_none) {
+        const std::uint32_t second = links_[end].before;
+        if (outline_.turn(corner, links_[end].corner, links_[second].corner) <= 0)
+            break;
+        outline_.emit(corner, links_[end].corner, links_[second].corner);
+        end = second;
+    }
+    join(end, link);
+    strip.back = link;
+    if (links_[end].before == k_none)
+        strip.front = end;
+}
+
+bool Sweep::start(std::uint32_t corner) {
+    const std::uint32_t strip = new_strip(corner, outline_.previous(corner));
+    const std::uint32_t link = new_link(corner);
+    strips_[strip].front = strips_[strip].back = strips_[strip].last = link;
+    return open_.insert(strip).second;
+}
+
+bool Sweep::pass_left(std::uint32_t corner) {
+    const std::uint32_t found = strip_of_left_[outline_.previous(corner)];
+    if (found == k_none)
+        return false;
+    const std::uint32_t link = new_link(corner);
+    Strip& strip = strips_[found];
+    add_front(strip, link);
+    strip.left_edge = corner;
+    strip.last = link;
+    strip_of_left_[corner] = found;
+    return true;
+}
+
+bool Sweep::pass_right(std::uint32_t corner) {
+    const std::uint32_t found = strip_of_right_[corner];
+    if (found == k_none)
+        return false;
+    const std::uint32_t link = new_link(corner);
+    Strip& strip = strips_[found];
+    add_back(strip, link);
+    strip.right_edge = outline_.previous(corner);
+    strip.last = link;
+    strip_of_right_[strip.right_edge] = found;
+    return true;
+}
+
+/// The strip ends: from its lowest corner the whole rim is in sight.
+bool Sweep::end(std::uint32_t corner) {
+    const std::uint32_t found = strip_of_left_[outline_.previous(corner)];
+    if (found == k_none || found != strip_of_right_[corner])
+        return false;
+    const Strip& strip = strips_[found];
+    for (std::uint32_t link = strip.front; links_[link].after != k_none;
+         link = links_[link].after) {
+        const std::uint32_t a = links_[link].corner;
+        const std::uint32_t b = links_[links_[link].after].corner;
+        if (outline_.turn(corner, b, a) < 0)
+            return false;
+        outline_.emit(corner, b, a);
+    }
+    return open_.erase(found) == 1;
+}
+
+/// A corner inside a strip: it sees the strip's lowest corner, where the rim comes apart.
+bool Sweep::split(std::uint32_t corner) {
+    const auto above = open_.lower_bound(LeftToRight::Corner{corner});
+    if (above == open_.begin())
+        return false;
+    const std::uint32_t found = *std::prev(above);
+    const std::uint32_t right_edge = strips_[found].right_edge;
+    if (outline_.turn(right_edge, outline_.next(right_edge), corner) <= 0)
+        return false;
+    const std::uint32_t apart = strips_[found].last;
+    const std::uint32_t apart_again = new_link(links_[apart].corner);
+    const std::uint32_t old_back = strips_[found].back;
+    const std::uint32_t right = new_strip(corner, right_edge);
+    if (links_[apart].after != k_none) {
+        join(apart_again, links_[apart].after);
+        links_[apart].after = k_none;
+    }
+    const std::uint32_t left_link = new_link(corner);
+    const std::uint32_t right_link = new_link(corner);
+    strips_[found].back = apart;
+    strips_[found].right_edge = outline_.previous(corner);
+    strip_of_right_[outline_.previous(corner)] = found;
+    strips_[right].front = apart_again;
+    strips_[right].back = old_back == apart ? apart_again : old_back;
+    add_back(strips_[found], left_link);
+    add_front(strips_[right], right_link);
+    strips_[found].last = left_link;
+    strips_[right].last = right_link;
+    return open_.insert(right).second;
+}
+
+/// Two strips become one; the corner between them is the lowest of the common rim.
+bool Sweep::merge(std::uint32_t corner) {
+    const std::uint32_t left = strip_of_right_[corner];
+    const std::uint32_t right = strip_of_left_[outline_.previous(corner)];
+    if (left == k_none || right == k_none || left == right || open_.erase(right) != 1)
+        return false;
+    const std::uint32_t link = new_link(corner);
+    const std::uint32_t helper = new_link(corner);
+    add_back(strips_[left], link);
+    add_front(strips_[right], helper);
+    join(link, links_[helper].after);
+    strips_[left].back = strips_[right].back;
+    strips_[left].right_edge = strips_[right].right_edge;
+    strips_[left].last = link;
+    strip_of_right_[strips_[left].right_edge] = left;
+    return true;
+}
+
+} // namespace
+
+bool sweep_triangulate(Outline& outline) {
+    outline.triangles.clear();
+    return Sweep(outline).run();
+}
+
+} // namespace host

@@ -1,0 +1,144 @@
+#include "host/mesh/triangulation.h"
+
+#include "host/mesh/outline.h"
+#include "host/mesh/pair_set.h"
+
+#include <algorithm>
+#include <array>
+
+namespace host {
+
+namespace {
+
+/// Outlines up to this size go straight to the ears: a sweep does not pay off.
+constexpr std::uint32_t k_short_outline = 24;
+
+/// Triangles from the first corner; the answer when there is nothing to see.
+void make_fan(Outline& outline) {
+    outline.triangles.clear();
+    for (std::uint32_t i = 2; i < outline.ids.size(); ++i)
+        outline.emit(0, i - 1, i);
+}
+
+/// Both ways to cut a quadrilateral, judged: a way that flips a triangle comes last, then one with
+/// a triangle without area, then one whose diagonal is taken, then the longer diagonal.
+bool cut_quadrilateral(Outline& outline, const PairSet& taken) {
+    struct Way {
+        int flipped = 0;
+        int flat = 0;
+        int joined = 0;
+        double length = 0.0;
+    };
+    const auto judge = [&](std::uint32_t a) {
+        const std::uint32_t b = a + 1;
+        const std::uint32_t c = a + 2;
+        const std::uint32_t d = (a + 3) % 4;
+        Way way;
+        for (const int turn : {outline.turn(a, b, c), outline.turn(a, c, d)}) {
+            way.flipped += turn < 0 ? 1 : 0;
+            way.flat += turn == 0 ? 1 : 0;
+        }
+        const std::uint32_t from = outline.ids[a];
+        const std::uint32_t to = outline.ids[c];
+        way.joined = from == to || taken.contains(from, to) ? 1 : 0;
+        way.length = (outline.space[a] - outline.space[c]).length();
+        return way;
+    };
+    const Way even = judge(0);
+    const Way odd = judge(1);
+    bool take_odd = odd.length < even.length * (1.0 - 1e-5);
+    if (odd.flipped != even.flipped)
+        take_odd = odd.flipped < even.flipped;
+    else if (odd.flat != even.flat)
+        take_odd = odd.flat < even.flat;
+    else if (odd.joined != even.joined)
+        take_odd = odd.joined < even.joined;
+    outline.triangles.clear();
+    if (take_odd) {
+        outline.emit(0, 1, 3);
+        outline.emit(1, 2, 3);
+    } else {
+        outline.emit(0, 1, 2);
+        outline.emit(0, 2, 3);
+    }
+    return (take_odd ? odd : even).flipped == 0;
+}
+
+/// Rotates each triangle to its smallest corner and sorts the triangles.
+void bring_in_order(std::vector<std::uint32_t>& triangles) {
+    std::vector<std::array<std::uint32_t, 3>> sorted(triangles.size() / 3);
+    for (std::size_t t = 0; t < sorted.size(); ++t) {
+        const auto first = triangles.begin() + static_cast<std::ptrdiff_t>(3 * t);
+        std::rotate(first, std::min_element(first, first + 3), first + 3);
+        sorted[t] = {first[0], first[1], first[2]};
+    }
+    std::sort(sorted.begin(), sorted.end());
+    for (std::size_t t = 0; t < sorted.size(); ++t)
+        std::copy(sorted[t].begin(), sorted[t].end(),
+                  triangles.begin() + static_cast<std::ptrdiff_t>(3 * t));
+}
+
+/// Fills `outline.triangles`; false when the outline has no sound triangulation.
+bool triangulate_outline(Outline& outline, const PairSet& taken) {
+    if (!project(outline)) {
+        make_fan(outline);
+        return false;
+    }
+    if (outline.ids.size() == 3) {
+        make_fan(outline);
+        return outline.turn(0, 1, 2) > 0;
+    }
+    if (outline.ids.size() == 4)
+        return cut_quadrilateral(outline, taken);
+    const bool is_long = outline.size() > k_short_outline;
+    const bool is_sound = (is_long && sweep_triangulate(outline)) || clip_ears(outline);
+    if (is_sound)
+        improve_diagonals(outline, taken);
+    bring_in_order(outline.triangles);
+    return is_sound;
+}
+
+/// Joins the vertices at the ends of the polygon's diagonals.
+void take_diagonals(const Outline& outline, PairSet& taken) {
+    const std::uint32_t n = static_cast<std::uint32_t>(outline.ids.size());
+    for (std::size_t i = 0; i < outline.triangles.size(); ++i) {
+        const std::uint32_t a = outline.triangles[i];
+        const std::uint32_t b = outline.triangles[i % 3 == 2 ? i - 2 : i + 1];
+        if (b != (a + 1) % n && a != (b + 1) % n)
+            taken.insert(outline.ids[a], outline.ids[b]);
+    }
+}
+
+} // namespace
+
+Triangulation triangulate(const Connectivity& connectivity, const std::vector<Float3>& points) {
+    Triangulation result;
+    const std::uint32_t polygons = connectivity.polygon_count();
+    result.corners.reserve(3 *
+                           (std::size_t{connectivity.corner_count()} - 2 * std::size_t{polygons}));
+    result.is_valid.resize(polygons, 0);
+    const std::size_t diagonals =
+        std::size_t{connectivity.corner_count()} - 3 * std::size_t{polygons};
+    PairSet taken(diagonals == 0 ? 0 : connectivity.edge_count() + diagonals);
+    for (std::uint32_t edge = 0; diagonals != 0 && edge < connectivity.edge_count(); ++edge)
+        taken.insert(connectivity.edge(edge).first, connectivity.edge(edge).second);
+    Outline outline;
+    for (std::uint32_t polygon = 0; polygon < polygons; ++polygon) {
+        const IndexSpan vertices = connectivity.polygon_vertices(polygon);
+        outline.ids.assign(vertices.begin(), vertices.end());
+        outline.space.clear();
+        for (const std::uint32_t vertex : vertices) {
+            const Float3& p = points[vertex];
+            outline.space.emplace_back(static_cast<double>(p.x), static_cast<double>(p.y),
+                                       static_cast<double>(p.z));
+        }
+        result.is_valid[polygon] = triangulate_outline(outline, taken) ? 1 : 0;
+        result.corners.insert(result.corners.end(), outline.triangles.begin(),
+                              outline.triangles.end());
+        take_diagonals(outline, taken);
+    }
+    result.steps = outline.steps;
+    return result;
+}
+
+} // namespace host
