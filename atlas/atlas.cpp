@@ -1,0 +1,205 @@
+#include "atlas/atlas.h"
+
+#include "atlas/emit.h"
+#include "atlas/engine.h"
+#include "atlas/pack.h"
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+
+namespace tessora::atlas {
+namespace {
+
+template <class T>
+Span<T> span(const std::vector<T>& v) {
+    return {v.data(), v.size()};
+}
+
+/// The finished charts as packing and emission want them: dense numbers, common scale.
+struct Finished {
+    std::vector<uint32_t> corner_class, chart;
+    std::vector<double> class_uv, chart_stretch;
+    std::vector<uint8_t> over_limit;
+    std::vector<uint32_t> edges, edge_begin;
+
+    Finished(const ChartSet& set, double limit, double unit);
+    EmitCharts to_emit(const Mesh& mesh) const {
+        return {mesh.indices, span(corner_class),  span(class_uv),
+                span(chart),  span(chart_stretch), span(over_limit)};
+    }
+    PackCharts to_pack() const { return {span(class_uv), span(edges), span(edge_begin)}; }
+};
+
+/// Charts are numbered by their first triangle, classes by their first corner; every chart is
+/// scaled so that its area is that of its triangles in space.
+Finished::Finished(const ChartSet& set, double limit, double unit) {
+    const uint32_t faces = set.surface.face_count;
+    std::vector<uint32_t> number(set.charts.size(), k_none), source;
+    std::vector<double> scale;
+    chart.resize(faces);
+    for (uint32_t t = 0; t < faces; t++) {
+        const uint32_t c = set.chart[t];
+        if (number[c] == k_none) {
+            number[c] = uint32_t(source.size());
+            source.push_back(c);
+            const StretchSums& sums = set.charts[c].stretch;
+            scale.push_back(unit * std::sqrt(sums.area / sums.flat_area));
+            chart_stretch.push_back(std::max(0.0, 1 - 1 / sums.l2()));
+            over_limit.push_back(sums.l2() > limit);
+        }
+        chart[t] = number[c];
+    }
+    std::vector<uint32_t> class_of_node(set.node.size(), k_none);
+    corner_class.resize(set.node.size());
+    for (uint32_t c = 0; c < set.node.size(); c++) {
+        uint32_t& id = class_of_node[set.node[c]];
+        if (id == k_none) {
+            id = uint32_t(class_uv.size() / 2);
+            const Vec2 p = set.uv[set.node[c]] * scale[chart[c / 3]];
+            class_uv.push_back(p.x);
+            class_uv.push_back(p.y);
+        }
+        corner_class[c] = id;
+    }
+    edge_begin.push_back(0);
+    for (uint32_t c : source) {
+        for (uint32_t h : set.charts[c].border) {
+            edges.push_back(corner_class[h]);
+            edges.push_back(corner_class[next_corner(h)]);
+        }
+        edge_begin.push_back(uint32_t(edges.size() / 2));
+    }
+}
+
+Failure check_options(const Options& options, bool packs) {
+    const bool stretch_ok = options.max_stretch >= 0 && options.max_stretch <= 1;
+    const bool pack_ok = options.width > 0 && options.height > 0 && options.gutter >= 0 &&
+                         std::isfinite(options.gutter);
+    if (!stretch_ok || (packs && !pack_ok))
+        return {Status::invalid_argument, k_none};
+    return {};
+}
+
+Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
+    ProgressMeter progress(options.progress, options.user);
+    if (!progress.advance(0))
+        return {Status::aborted, k_none};
+    Surface surface;
+    const Failure failure = build_surface(mesh, surface);
+    if (failure.status != Status::ok)
+        return failure;
+    ChartSet set(surface);
+    if (!make_charts(surface, options, progress, set))
+        return {Status::aborted, k_none};
+    const Finished finished(set, stretch_limit(options.max_stretch), 1);
+    const uint32_t chart_count = uint32_t(finished.chart_stretch.size());
+    if (options.max_charts != 0 && chart_count > options.max_charts)
+        return {Status::chart_limit, chart_count};
+    PackOptions packing_options;
+    packing_options.width = options.width;
+    packing_options.height = options.height;
+    packing_options.gutter = options.gutter;
+    packing_options.quality = options.quality;
+    packing_options.triangles = surface.face_count;
+    progress.stage(0.85, 0.99);
+    packing_options.proceed = [&](double fraction) { return progress.advance(fraction); };
+    const Packing packing = pack(finished.to_pack(), packing_options);
+    if (packing.status != Status::ok)
+        return {packing.status,
+                packing.status == Status::does_not_fit ? chart_count : uint32_t(k_none)};
+    emit(finished.to_emit(mesh), packing, packing_options, result);
+    if (!progress.finish())
+        return {Status::aborted, k_none};
+    return {};
+}
+
+Failure partition_charts(const Mesh& mesh, const Options& options, Result& result,
+                         std::vector<uint32_t>& partition_adjacency) {
+    ProgressMeter progress(options.progress, options.user);
+    if (!progress.advance(0))
+        return {Status::aborted, k_none};
+    Surface surface;
+    const Failure failure = build_surface(mesh, surface);
+    if (failure.status != Status::ok)
+        return failure;
+    ChartSet set(surface);
+    if (!make_charts(surface, options, progress, set))
+        return {Status::aborted, k_none};
+    const double unit = surface.total_area > 0 ? 1 / std::sqrt(surface.total_area) : 1;
+    const Finished finished(set, stretch_limit(options.max_stretch), unit);
+    const uint32_t chart_count = uint32_t(finished.chart_stretch.size());
+    if (options.max_charts != 0 && chart_count > options.max_charts)
+        return {Status::chart_limit, chart_count};
+    emit_unpacked(finished.to_emit(mesh), result);
+    partition_adjacency.assign(mesh.adjacency.data, mesh.adjacency.data + mesh.adjacency.size);
+    for (size_t h = 0; h < partition_adjacency.size(); h++)
+        if (!set.glued[h])
+            partition_adjacency[h] = k_none;
+    if (!progress.finish())
+        return {Status::aborted, k_none};
+    return {};
+}
+
+/// Runs a call with no exception leaving it and no half-made result left behind.
+template <class Call>
+Failure guarded(Result& result, Call call) noexcept {
+    Failure failure;
+    try {
+        result = Result{};
+        failure = call();
+    } catch (const std::bad_alloc&) {
+        failure = {Status::out_of_memory, k_none};
+    } catch (const std::length_error&) {
+        failure = {Status::out_of_memory, k_none};
+    }
+    if (failure.status != Status::ok)
+        result = Result{};
+    return failure;
+}
+
+} // namespace
+
+Failure create(const Mesh& mesh, const Options& options, Result& result) noexcept {
+    return guarded(result, [&]() -> Failure {
+        const Failure failure = check_options(options, true);
+        return failure.status != Status::ok ? failure : create_charts(mesh, options, result);
+    });
+}
+
+Failure partition(const Mesh& mesh, const Options& options, Result& result,
+                  std::vector<uint32_t>& partition_adjacency) noexcept {
+    return guarded(result, [&]() -> Failure {
+        partition_adjacency.clear();
+        const Failure failure = check_options(options, false);
+        return failure.status != Status::ok
+                   ? failure
+                   : partition_charts(mesh, options, result, partition_adjacency);
+    });
+}
+
+const char* describe(Status status) noexcept {
+    switch (status) {
+    case Status::ok:
+        return "the atlas was made";
+    case Status::invalid_argument:
+        return "an array or an option is out of range";
+    case Status::index_out_of_range:
+        return "a triangle names a vertex that does not exist";
+    case Status::adjacency_out_of_range:
+        return "the adjacency names a triangle that does not exist";
+    case Status::non_finite_position:
+        return "a vertex position is not a finite number";
+    case Status::does_not_fit:
+        return "the gutter leaves no room for the charts in a texture of this size";
+    case Status::chart_limit:
+        return "more charts are needed than the chart limit allows";
+    case Status::aborted:
+        return "the caller stopped the work";
+    case Status::out_of_memory:
+        return "memory ran out";
+    }
+    return "unknown status";
+}
+
+} // namespace tessora::atlas

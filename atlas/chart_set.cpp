@@ -1,0 +1,88 @@
+#include "atlas/chart_set.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace tessora::atlas {
+
+ChartSet::ChartSet(const Surface& s) : surface(s) {
+    const size_t corners = 3 * size_t(s.face_count);
+    glued.assign(corners, 0);
+    node.resize(corners);
+    for (uint32_t c = 0; c < corners; c++)
+        node[c] = c;
+    uv.resize(corners);
+    chart.assign(s.face_count, k_none);
+}
+
+void ChartSet::rebuild_nodes(const std::vector<uint32_t>& faces) {
+    for (uint32_t t : faces)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+            node[c] = k_none;
+    for (uint32_t t : faces)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+            if (node[c] == k_none)
+                rename_node(c);
+}
+
+void ChartSet::trace_border(Chart& c) const {
+    c.border.clear();
+    c.loop_end.clear();
+    c.border_length = 0;
+    // A half-edge is marked as traced by the loop it is in; borders are short, so a sorted list of
+    // the traced ones would cost more than this scan over the chart's own half-edges.
+    static thread_local std::vector<uint8_t> traced;
+    if (traced.size() < glued.size())
+        traced.resize(glued.size(), 0);
+    for (uint32_t t : c.faces)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
+            if (glued[h] || traced[h])
+                continue;
+            uint32_t at = h;
+            do {
+                traced[at] = 1;
+                c.border.push_back(at);
+                c.border_length += surface.edge_length(at);
+                at = next_border(at);
+            } while (at != h);
+            c.loop_end.push_back(uint32_t(c.border.size()));
+        }
+    for (uint32_t h : c.border)
+        traced[h] = 0;
+}
+
+StretchSums ChartSet::measure(const std::vector<uint32_t>& faces) const {
+    StretchSums sums;
+    for (uint32_t t : faces)
+        sums.add(measure_face(t));
+    return sums;
+}
+
+void ChartSet::refresh(Chart& c) const {
+    trace_border(c);
+    c.stretch = measure(c.faces);
+}
+
+void ChartSet::outline(const Chart& c, Outline& outline) const {
+    outline.clear();
+    for (uint32_t h : c.border)
+        outline.point.push_back(uv[node[h]]);
+    outline.loop_end = c.loop_end;
+}
+
+uint32_t ChartSet::add_chart(Chart&& c) {
+    const uint32_t id = uint32_t(charts.size());
+    for (uint32_t t : c.faces)
+        chart[t] = id;
+    charts.push_back(std::move(c));
+    return id;
+}
+
+double stretch_limit(float max_stretch) {
+    if (max_stretch >= 1)
+        return std::numeric_limits<double>::infinity();
+    // Rounding to float in the output takes its share; an isometric limit leaves room for it.
+    return std::max(1 / (1 - double(max_stretch)) * (1 - 1e-6), 1 + 1e-6);
+}
+
+} // namespace tessora::atlas

@@ -1,0 +1,15 @@
+/// The first charts: the largest regions of a cluster hierarchy that can be flattened legally.
+#pragma once
+
+#include "atlas/cluster.h"
+#include "atlas/flatten.h"
+#include "atlas/progress.h"
+
+namespace tessora::atlas {
+
+/// Goes down the hierarchy until every triangle is in a legal chart (polygons that cannot be laid
+/// flat within the limit excepted). False when the callback asked to stop.
+bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
+                  ProgressMeter& progress);
+
+} // namespace tessora::atlas

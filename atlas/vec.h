@@ -1,0 +1,37 @@
+/// Small vectors of the engine, in double precision. Only +, -, *, / and sqrt are used anywhere in
+/// the engine: they are exactly rounded, so every compiler and machine gives the same bits.
+#pragma once
+
+#include <cmath>
+
+namespace tessora::atlas {
+
+struct Vec2 {
+    double x = 0, y = 0;
+};
+
+struct Vec3 {
+    double x = 0, y = 0, z = 0;
+};
+
+inline Vec2 operator+(Vec2 a, Vec2 b) { return {a.x + b.x, a.y + b.y}; }
+inline Vec2 operator-(Vec2 a, Vec2 b) { return {a.x - b.x, a.y - b.y}; }
+inline Vec2 operator*(Vec2 a, double s) { return {a.x * s, a.y * s}; }
+inline bool operator==(Vec2 a, Vec2 b) { return a.x == b.x && a.y == b.y; }
+inline double dot(Vec2 a, Vec2 b) { return a.x * b.x + a.y * b.y; }
+inline double cross(Vec2 a, Vec2 b) { return a.x * b.y - a.y * b.x; }
+inline double length(Vec2 a) { return std::sqrt(dot(a, a)); }
+
+inline Vec3 operator+(Vec3 a, Vec3 b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
+inline Vec3 operator-(Vec3 a, Vec3 b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+inline Vec3 operator*(Vec3 a, double s) { return {a.x * s, a.y * s, a.z * s}; }
+inline double dot(Vec3 a, Vec3 b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+inline Vec3 cross(Vec3 a, Vec3 b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+inline double length(Vec3 a) { return std::sqrt(dot(a, a)); }
+
+/// Twice the signed area of a triangle, positive when counter-clockwise.
+inline double doubled_area(Vec2 a, Vec2 b, Vec2 c) { return cross(b - a, c - a); }
+
+} // namespace tessora::atlas

@@ -1,0 +1,281 @@
+// Runs the engine on a mesh file and prints one CSV row: what came out and how long it took.
+//
+//   atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] [--gutter G] [--cut-angle DEGREES]
+//             [--unpacked] [--check] [--repeat N] [--copies N] [--header] [--dump FILE.obj]
+//
+// --check judges the result by brute force (slow) and lists what it breaks; --copies N sets the
+// mesh N times beside itself; --dump writes the triangles with their coordinates.
+#include "atlas/atlas.h"
+#include "host/io/obj_reader.h"
+#include "tests/atlas/check_result.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+namespace {
+
+using atlas_test::TestMesh;
+using namespace tessora::atlas;
+
+struct Request {
+    std::string file, dump;
+    Options options;
+    double cut_angle = 181;
+    bool packed = true, check = false, header = false;
+    int repeat = 1, copies = 1;
+};
+
+double cpu_seconds() {
+    timespec now;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) + 1e-9 * double(now.tv_nsec);
+}
+
+struct Point {
+    double x, y;
+};
+
+double turn(Point a, Point b, Point c) {
+    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+}
+
+/// Ear clipping in the plane of the Newell normal; a fan when nothing is left to clip.
+void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
+    const size_t count = corners.size();
+    double n[3] = {0, 0, 0};
+    for (size_t i = 0; i < count; i++) {
+        const float* a = &mesh.positions[3 * corners[i]];
+        const float* b = &mesh.positions[3 * corners[(i + 1) % count]];
+        for (int k = 0; k < 3; k++)
+            n[k] +=
+                double(a[(k + 1) % 3] - b[(k + 1) % 3]) * double(a[(k + 2) % 3] + b[(k + 2) % 3]);
+    }
+    int drop = 0;
+    for (int k = 1; k < 3; k++)
+        if (std::fabs(n[k]) > std::fabs(n[drop]))
+            drop = k;
+    std::vector<Point> flat(count);
+    std::vector<uint32_t> left(count);
+    for (uint32_t i = 0; i < count; i++) {
+        const float* p = &mesh.positions[3 * corners[i]];
+        flat[i] = {p[(drop + 1) % 3], p[(drop + 2) % 3] * (n[drop] < 0 ? -1.0 : 1.0)};
+        left[i] = i;
+    }
+    const size_t first = mesh.indices.size();
+    mesh.false_edges.resize(first, k_none);
+    std::vector<std::pair<uint32_t, uint32_t>> sides;
+    while (left.size() > 3) {
+        size_t best = left.size();
+        double best_quality = 0;
+        for (size_t i = 0; i < left.size(); i++) {
+            const size_t m = left.size();
+            const Point a = flat[left[(i + m - 1) % m]], b = flat[left[i]],
+                        c = flat[left[(i + 1) % m]];
+            const double area = turn(a, b, c);
+            if (!(area > 0))
+                continue;
+            bool ear = true;
+            for (size_t j = 0; j < m && ear; j++) {
+                const Point p = flat[left[j]];
+                if (j != i && j != (i + 1) % m && j != (i + m - 1) % m)
+                    ear = !(turn(a, b, p) >= 0 && turn(b, c, p) >= 0 && turn(c, a, p) >= 0);
+            }
+            const double spread = (c.x - a.x) * (c.x - a.x) + (c.y - a.y) * (c.y - a.y);
+            if (ear && area / spread > best_quality) {
+                best_quality = area / spread;
+                best = i;
+            }
+        }
+        if (best == left.size())
+            best = 1;
+        const size_t m = left.size();
+        mesh.triangle(corners[left[(best + m - 1) % m]], corners[left[best]],
+                      corners[left[(best + 1) % m]]);
+        sides.push_back({left[(best + m - 1) % m], left[best]});
+        sides.push_back({left[best], left[(best + 1) % m]});
+        sides.push_back({left[(best + 1) % m], left[(best + m - 1) % m]});
+        left.erase(left.begin() + long(best));
+    }
+    mesh.triangle(corners[left[0]], corners[left[1]], corners[left[2]]);
+    for (size_t i = 0; i < 3; i++)
+        sides.push_back({left[i], left[(i + 1) % 3]});
+    for (auto [a, b] : sides)
+        mesh.false_edges.push_back((a + 1) % count == b ? k_none : 0u);
+}
+
+bool load(const Request& request, TestMesh& mesh) {
+    host::ObjDocument document;
+    host::IoError error;
+    std::string text;
+    if (!host::read_text(request.file, text, error) ||
+        !host::parse_obj(request.file, std::move(text), document, error)) {
+        std::fprintf(stderr, "%s\n", error.message.c_str());
+        return false;
+    }
+    float low = document.positions[0], high = low;
+    for (size_t i = 0; i < document.positions.size(); i += 3) {
+        low = std::min(low, document.positions[i]);
+        high = std::max(high, document.positions[i]);
+    }
+    for (int copy = 0; copy < request.copies; copy++) {
+        const uint32_t base = uint32_t(mesh.positions.size() / 3);
+        for (size_t i = 0; i < document.positions.size(); i++)
+            mesh.positions.push_back(document.positions[i] +
+                                     (i % 3 == 0 ? float(copy) * (high - low) : 0.0f));
+        for (size_t p = 0; p < document.polygon_count(); p++) {
+            std::vector<uint32_t> corners;
+            for (uint32_t c = document.corner_begin[p]; c < document.corner_begin[p + 1]; c++) {
+                uint32_t v = base + document.corner_vertex[c];
+                if (std::find(corners.begin(), corners.end(), v) != corners.end())
+                    v = mesh.vertex(mesh.positions[3 * v], mesh.positions[3 * v + 1],
+                                    mesh.positions[3 * v + 2]);
+                corners.push_back(v);
+            }
+            add_polygon(mesh, corners);
+        }
+    }
+    mesh.connect();
+    return true;
+}
+
+/// Opens every edge bent by at least the angle, on both sides.
+void cut_bends(TestMesh& mesh, double degrees) {
+    const double limit = std::cos(degrees * 3.14159265358979 / 180);
+    const auto normal = [&](uint32_t t, double* n) {
+        const float* p[3];
+        for (int k = 0; k < 3; k++)
+            p[k] = &mesh.positions[3 * mesh.indices[3 * t + k]];
+        double e[3], f[3];
+        for (int k = 0; k < 3; k++)
+            e[k] = p[1][k] - p[0][k], f[k] = p[2][k] - p[0][k];
+        double size = 0;
+        for (int k = 0; k < 3; k++) {
+            n[k] = e[(k + 1) % 3] * f[(k + 2) % 3] - e[(k + 2) % 3] * f[(k + 1) % 3];
+            size += n[k] * n[k];
+        }
+        for (int k = 0; k < 3 && size > 0; k++)
+            n[k] /= std::sqrt(size);
+    };
+    std::vector<uint32_t> open;
+    for (uint32_t h = 0; h < mesh.indices.size(); h++) {
+        if (mesh.adjacency[h] == k_none || mesh.false_edges[h] != k_none)
+            continue;
+        double a[3], b[3];
+        normal(h / 3, a);
+        normal(mesh.adjacency[h], b);
+        if (a[0] * b[0] + a[1] * b[1] + a[2] * b[2] <= limit)
+            open.push_back(h);
+    }
+    for (uint32_t h : open)
+        mesh.adjacency[h] = k_none;
+}
+
+void dump(const std::string& file, const TestMesh& mesh, const Result& result) {
+    std::FILE* out = std::fopen(file.c_str(), "w");
+    if (out == nullptr)
+        return;
+    for (size_t i = 0; i < mesh.positions.size(); i += 3)
+        std::fprintf(out, "v %.9g %.9g %.9g\n", double(mesh.positions[i]),
+                     double(mesh.positions[i + 1]), double(mesh.positions[i + 2]));
+    for (size_t i = 0; i < result.uvs.size(); i += 2)
+        std::fprintf(out, "vt %.9g %.9g\n", double(result.uvs[i]), double(result.uvs[i + 1]));
+    for (uint32_t t = 0; t < mesh.faces(); t++) {
+        std::fprintf(out, "f");
+        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+            std::fprintf(out, " %u/%u", mesh.indices[c] + 1, result.indices[c] + 1);
+        std::fprintf(out, "\n");
+    }
+    std::fclose(out);
+}
+
+bool parse(int count, char** words, Request& request) {
+    for (int i = 1; i < count; i++) {
+        const std::string word = words[i];
+        const auto value = [&]() { return i + 1 < count ? words[++i] : words[0]; };
+        if (word == "--fast")
+            request.options.quality = Quality::fast;
+        else if (word == "--stretch")
+            request.options.max_stretch = float(std::atof(value()));
+        else if (word == "--size")
+            std::sscanf(value(), "%ux%u", &request.options.width, &request.options.height);
+        else if (word == "--gutter")
+            request.options.gutter = float(std::atof(value()));
+        else if (word == "--cut-angle")
+            request.cut_angle = std::atof(value());
+        else if (word == "--unpacked")
+            request.packed = false;
+        else if (word == "--check")
+            request.check = true;
+        else if (word == "--header")
+            request.header = true;
+        else if (word == "--repeat")
+            request.repeat = std::atoi(value());
+        else if (word == "--copies")
+            request.copies = std::atoi(value());
+        else if (word == "--dump")
+            request.dump = value();
+        else if (word[0] == '-' || !request.file.empty())
+            return false;
+        else
+            request.file = word;
+    }
+    return !request.file.empty() && request.repeat > 0;
+}
+
+int run(const Request& request) {
+    TestMesh mesh;
+    if (!load(request, mesh))
+        return 3;
+    if (request.cut_angle <= 180)
+        cut_bends(mesh, request.cut_angle);
+    const Mesh view = mesh.view();
+    Result result;
+    std::vector<uint32_t> adjacency;
+    Failure failure;
+    double best = 1e30;
+    for (int i = 0; i < request.repeat; i++) {
+        const double start = cpu_seconds();
+        failure = request.packed ? create(view, request.options, result)
+                                 : partition(view, request.options, result, adjacency);
+        best = std::min(best, cpu_seconds() - start);
+    }
+    const size_t slash = request.file.rfind('/');
+    std::string name = request.file.substr(slash == std::string::npos ? 0 : slash + 1);
+    name = name.substr(0, name.rfind('.'));
+    if (request.header)
+        std::printf(
+            "mesh,triangles,charts,seam,l2,worst,coverage,seconds,ktri_per_s,over,faults\n");
+    if (failure.status != Status::ok) {
+        std::printf("%s,%u,failed: %s (%u)\n", name.c_str(), mesh.faces(), describe(failure.status),
+                    failure.element);
+        return 1;
+    }
+    const atlas_test::Judgement j =
+        atlas_test::judge(mesh, request.options, result, request.packed, request.check);
+    std::printf("%s,%u,%u,%.2f,%.4f,%.4f,%.3f,%.3f,%.0f,%zu,%zu\n", name.c_str(), mesh.faces(),
+                j.charts, j.seam, j.l2, j.worst_chart, j.coverage, best, mesh.faces() / best * 1e-3,
+                result.over_limit.size(), j.faults.size());
+    for (const std::string& fault : j.faults)
+        std::printf("  %s\n", fault.c_str());
+    if (!request.dump.empty())
+        dump(request.dump, mesh, result);
+    return j.faults.empty() ? 0 : 1;
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    Request request;
+    if (!parse(count, words, request)) {
+        std::fprintf(stderr, "usage: atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] "
+                             "[--gutter G] [--cut-angle DEGREES] [--unpacked] [--check] "
+                             "[--repeat N] [--copies N] [--header] [--dump FILE.obj]\n");
+        return 2;
+    }
+    return run(request);
+}

@@ -1,0 +1,378 @@
+#include "tests/atlas/check_result.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <numeric>
+
+namespace atlas_test {
+namespace {
+
+using tessora::atlas::k_none;
+using tessora::atlas::Options;
+using tessora::atlas::Result;
+
+struct P2 {
+    double x, y;
+};
+struct P3 {
+    double x, y, z;
+};
+
+double cross(P2 a, P2 b, P2 c) { return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x); }
+
+P3 minus(P3 a, P3 b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+double dot(P3 a, P3 b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+P3 cross(P3 a, P3 b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+struct Sums {
+    double area = 0, inverse = 0, flat = 0;
+    double l2() const { return std::sqrt(inverse * flat) / area; }
+};
+
+class Judge {
+public:
+    Judge(const TestMesh& m, const Options& o, const Result& r, bool packed)
+        : mesh(m), options(o), result(r), packed_(packed) {}
+    Judgement run(bool overlaps) {
+        if (!shape_is_right())
+            return out;
+        measure_triangles();
+        check_gluing();
+        check_charts();
+        if (packed_)
+            check_range();
+        if (overlaps)
+            check_overlaps();
+        return out;
+    }
+
+private:
+    void fault(const std::string& text) {
+        if (out.faults.size() < 20)
+            out.faults.push_back(text);
+    }
+    P3 position(uint32_t v) const {
+        return {mesh.positions[3 * v], mesh.positions[3 * v + 1], mesh.positions[3 * v + 2]};
+    }
+    P2 uv(uint32_t corner) const {
+        const uint32_t v = result.indices[corner];
+        return {result.uvs[2 * v], result.uvs[2 * v + 1]};
+    }
+    bool shape_is_right();
+    void measure_triangles();
+    void check_gluing();
+    void check_charts();
+    void check_range();
+    void check_overlaps();
+    bool triangles_overlap(uint32_t a, uint32_t b, double tolerance) const;
+
+    const TestMesh& mesh;
+    const Options& options;
+    const Result& result;
+    const bool packed_;
+    Judgement out;
+    std::vector<double> area_;
+};
+
+bool Judge::shape_is_right() {
+    const size_t vertices = result.source_vertex.size();
+    if (result.indices.size() != mesh.indices.size() || result.uvs.size() != 2 * vertices ||
+        result.chart.size() != mesh.faces()) {
+        fault("array sizes");
+        return false;
+    }
+    for (size_t c = 0; c < mesh.indices.size(); c++)
+        if (result.indices[c] >= vertices ||
+            result.source_vertex[result.indices[c]] != mesh.indices[c]) {
+            fault("corner " + std::to_string(c) + " names a wrong vertex");
+            return false;
+        }
+    if (!std::is_sorted(result.source_vertex.begin(), result.source_vertex.end()))
+        fault("vertices are not in the order of their sources");
+    for (float x : result.uvs)
+        if (!std::isfinite(x)) {
+            fault("coordinate is not finite");
+            return false;
+        }
+    return true;
+}
+
+void Judge::measure_triangles() {
+    double total = 0, texture = 0;
+    area_.resize(mesh.faces());
+    std::vector<Sums> sums(result.chart_count);
+    Sums all;
+    for (uint32_t t = 0; t < mesh.faces(); t++) {
+        const P3 a = position(mesh.indices[3 * t]), b = position(mesh.indices[3 * t + 1]);
+        const P3 e = minus(b, a), f = minus(position(mesh.indices[3 * t + 2]), a);
+        const P3 n = cross(e, f);
+        area_[t] = 0.5 * std::sqrt(dot(n, n));
+        total += area_[t];
+    }
+    const double mean = total / std::max(1u, mesh.faces());
+    std::vector<uint8_t> over(mesh.faces(), 0);
+    for (uint32_t t : result.over_limit)
+        over[t] = 1;
+    for (uint32_t t = 0; t < mesh.faces(); t++) {
+        const double flat = 0.5 * cross(uv(3 * t), uv(3 * t + 1), uv(3 * t + 2));
+        texture += flat;
+        if (result.chart[t] >= result.chart_count) {
+            fault("chart number out of range");
+            return;
+        }
+        if (area_[t] <= 1e-7 * mean)
+            continue;
+        if (!(flat > 0)) {
+            fault("triangle " + std::to_string(t) + " is flipped, area " + std::to_string(flat) +
+                  " of " + std::to_string(area_[t] / mean));
+            continue;
+        }
+        const P3 a = position(mesh.indices[3 * t]), b = position(mesh.indices[3 * t + 1]);
+        const P3 e = minus(b, a), f = minus(position(mesh.indices[3 * t + 2]), a);
+        const P2 p = uv(3 * t), q = uv(3 * t + 1), r = uv(3 * t + 2);
+        // J = [q-p, r-p] * inverse of the 3D edges in their own plane
+        const double x1 = std::sqrt(dot(e, e)), x2 = dot(e, f) / x1, y2 = 2 * area_[t] / x1;
+        const P2 s{(q.x - p.x) / x1, (q.y - p.y) / x1};
+        const P2 u{((r.x - p.x) - s.x * x2) / y2, ((r.y - p.y) - s.y * x2) / y2};
+        const double det = flat / area_[t];
+        const double norm = s.x * s.x + s.y * s.y + u.x * u.x + u.y * u.y;
+        for (Sums* sum : {&all, &sums[result.chart[t]]}) {
+            sum->area += area_[t];
+            sum->inverse += area_[t] * 0.5 * norm / (det * det);
+            sum->flat += flat;
+        }
+    }
+    out.l2 = all.area > 0 ? all.l2() : 1;
+    const double w = options.width, h = options.height, longer = std::max(w, h);
+    out.coverage = packed_ ? texture / (w / longer * (h / longer)) : 0;
+    std::vector<uint8_t> chart_over(result.chart_count, 0);
+    for (uint32_t t : result.over_limit)
+        chart_over[result.chart[t]] = 1;
+    double reported = 0;
+    for (uint32_t c = 0; c < result.chart_count; c++) {
+        if (!(sums[c].area > 0))
+            continue;
+        reported = std::max(reported, 1 - 1 / sums[c].l2());
+        if (chart_over[c])
+            continue;
+        out.worst_chart = std::max(out.worst_chart, sums[c].l2());
+        if (options.max_stretch < 1 && sums[c].l2() > 1 / (1 - options.max_stretch) + 2e-4)
+            fault("chart " + std::to_string(c) + " has L2 " + std::to_string(sums[c].l2()));
+    }
+    if (std::fabs(reported - result.stretch) > 1e-3 + 1e-2 * reported)
+        fault("reported stretch " + std::to_string(result.stretch) + ", measured " +
+              std::to_string(reported));
+}
+
+/// Corners of a vertex may share a new vertex only by a chain of corners around the source vertex
+/// over open edges (not cut, not of three triangles); false edges with a neighbour are joined.
+void Judge::check_gluing() {
+    std::map<std::pair<uint32_t, uint32_t>, std::vector<uint32_t>> uses;
+    for (uint32_t h = 0; h < mesh.indices.size(); h++) {
+        const uint32_t a = mesh.indices[h], b = mesh.indices[h % 3 == 2 ? h - 2 : h + 1];
+        uses[{std::min(a, b), std::max(a, b)}].push_back(h);
+    }
+    std::vector<uint32_t> parent(mesh.indices.size());
+    std::iota(parent.begin(), parent.end(), 0);
+    const auto find = [&](uint32_t x) {
+        while (parent[x] != x)
+            x = parent[x] = parent[parent[x]];
+        return x;
+    };
+    double total = std::accumulate(area_.begin(), area_.end(), 0.0);
+    std::vector<uint32_t> face_parent(mesh.faces());
+    std::iota(face_parent.begin(), face_parent.end(), 0);
+    for (const auto& [ends, list] : uses) {
+        bool joined = false;
+        if (list.size() == 2) {
+            const uint32_t g = list[0], h = list[1];
+            const uint32_t g1 = g % 3 == 2 ? g - 2 : g + 1, h1 = h % 3 == 2 ? h - 2 : h + 1;
+            joined = mesh.adjacency[g] == h / 3 && mesh.adjacency[h] == g / 3 && g / 3 != h / 3 &&
+                     mesh.indices[g] == mesh.indices[h1] && ends.first != ends.second;
+            const bool same =
+                result.indices[g] == result.indices[h1] && result.indices[g1] == result.indices[h];
+            const bool marked = !mesh.false_edges.empty() &&
+                                (mesh.false_edges[g] != k_none || mesh.false_edges[h] != k_none);
+            if (joined && same) {
+                parent[find(g)] = find(h1);
+                parent[find(g1)] = find(h);
+            }
+            if (joined && marked && result.chart[g / 3] != result.chart[h / 3])
+                fault("false edge " + std::to_string(g) + " is a chart border");
+            if (joined && marked && !same)
+                fault("false edge " + std::to_string(g) + " is opened");
+        }
+        double difference = 0;
+        const P3 e = minus(position(ends.first), position(ends.second));
+        for (size_t i = 1; i < list.size(); i++)
+            for (uint32_t v : {ends.first, ends.second}) {
+                const auto at = [&](uint32_t h) {
+                    return uv(mesh.indices[h] == v ? h : (h % 3 == 2 ? h - 2 : h + 1));
+                };
+                difference = std::max({difference, std::fabs(at(list[0]).x - at(list[i]).x),
+                                       std::fabs(at(list[0]).y - at(list[i]).y)});
+            }
+        if (difference > 0)
+            out.seam += std::sqrt(dot(e, e));
+    }
+    if (total > 0)
+        out.seam /= std::sqrt(total);
+    std::map<uint32_t, uint32_t> root_of;
+    for (uint32_t c = 0; c < mesh.indices.size(); c++) {
+        const auto [it, fresh] = root_of.insert({result.indices[c], find(c)});
+        if (!fresh && it->second != find(c))
+            fault("corner " + std::to_string(c) + " is joined across an open edge");
+    }
+}
+
+void Judge::check_charts() {
+    std::map<uint32_t, uint32_t> chart_of_vertex;
+    for (uint32_t c = 0; c < mesh.indices.size(); c++) {
+        const auto [it, fresh] = chart_of_vertex.insert({result.indices[c], result.chart[c / 3]});
+        if (!fresh && it->second != result.chart[c / 3])
+            fault("a new vertex is in two charts");
+    }
+    std::vector<uint32_t> parent(mesh.faces());
+    std::iota(parent.begin(), parent.end(), 0);
+    const auto find = [&](uint32_t x) {
+        while (parent[x] != x)
+            x = parent[x] = parent[parent[x]];
+        return x;
+    };
+    for (uint32_t h = 0; h < mesh.indices.size(); h++) {
+        const uint32_t n = mesh.adjacency[h];
+        if (n == k_none)
+            continue;
+        for (uint32_t k = 0; k < 3; k++) {
+            const uint32_t g = 3 * n + k, g1 = 3 * n + (k + 1) % 3, h1 = h % 3 == 2 ? h - 2 : h + 1;
+            if (result.indices[g] == result.indices[h1] && result.indices[g1] == result.indices[h])
+                parent[find(h / 3)] = find(n);
+        }
+    }
+    std::map<uint32_t, uint32_t> root_of_chart;
+    for (uint32_t t = 0; t < mesh.faces(); t++) {
+        const auto [it, fresh] = root_of_chart.insert({result.chart[t], find(t)});
+        if (!fresh && it->second != find(t))
+            fault("chart " + std::to_string(result.chart[t]) + " falls apart");
+    }
+    out.charts = uint32_t(root_of_chart.size());
+    if (out.charts != result.chart_count)
+        fault("chart count is wrong");
+}
+
+void Judge::check_range() {
+    const double longer = std::max(options.width, options.height);
+    for (size_t i = 0; i < result.uvs.size(); i++) {
+        const double most = (i % 2 ? options.height : options.width) / longer;
+        if (result.uvs[i] < 0 || result.uvs[i] > most)
+            fault("coordinate " + std::to_string(result.uvs[i]) + " is outside");
+    }
+}
+
+/// Separating axes: true when the insides meet deeper than `tolerance`.
+bool Judge::triangles_overlap(uint32_t a, uint32_t b, double tolerance) const {
+    const uint32_t both[2] = {a, b};
+    for (uint32_t t : both)
+        for (uint32_t k = 0; k < 3; k++) {
+            const P2 p = uv(3 * t + k), q = uv(3 * t + (k + 1) % 3);
+            const double length = std::sqrt((q.x - p.x) * (q.x - p.x) + (q.y - p.y) * (q.y - p.y));
+            if (!(length > 0))
+                return false;
+            const uint32_t other = t == a ? b : a;
+            bool apart = true;
+            for (uint32_t i = 0; i < 3; i++)
+                apart = apart && cross(p, q, uv(3 * other + i)) <= tolerance * length;
+            if (apart)
+                return false;
+        }
+    return true;
+}
+
+void Judge::check_overlaps() {
+    double low[2] = {1e30, 1e30}, high[2] = {-1e30, -1e30};
+    for (size_t i = 0; i < result.uvs.size(); i++) {
+        low[i % 2] = std::min(low[i % 2], double(result.uvs[i]));
+        high[i % 2] = std::max(high[i % 2], double(result.uvs[i]));
+    }
+    const double extent = std::max({high[0] - low[0], high[1] - low[1], 1e-30});
+    const int size = std::clamp(int(std::sqrt(double(mesh.faces()))), 1, 1000);
+    const double cell = extent / size * 1.0001;
+    std::vector<std::vector<uint32_t>> grid(size_t(size) * size);
+    // Unpacked charts lie on top of each other: only triangles of one chart are compared then.
+    for (uint32_t t = 0; t < mesh.faces(); t++) {
+        int range[4] = {size, -1, size, -1};
+        for (uint32_t c = 3 * t; c < 3 * t + 3; c++) {
+            const int x = int((uv(c).x - low[0]) / cell), y = int((uv(c).y - low[1]) / cell);
+            range[0] = std::min(range[0], x);
+            range[1] = std::max(range[1], x);
+            range[2] = std::min(range[2], y);
+            range[3] = std::max(range[3], y);
+        }
+        for (int y = range[2]; y <= range[3]; y++)
+            for (int x = range[0]; x <= range[1]; x++)
+                grid[size_t(y) * size + x].push_back(t);
+    }
+    for (const auto& list : grid)
+        for (size_t i = 0; i < list.size(); i++)
+            for (size_t j = i + 1; j < list.size(); j++) {
+                const uint32_t a = list[i], b = list[j];
+                if (!packed_ && result.chart[a] != result.chart[b])
+                    continue;
+                if (triangles_overlap(a, b, 1e-6 * extent))
+                    fault(
+                        "triangles " + std::to_string(a) + " and " + std::to_string(b) +
+                        (result.chart[a] == result.chart[b] ? " of one chart" : " of two charts") +
+                        " overlap");
+            }
+}
+
+} // namespace
+
+void TestMesh::polygon(const std::vector<uint32_t>& corners) {
+    const size_t first = indices.size();
+    false_edges.resize(first, k_none);
+    for (size_t i = 1; i + 1 < corners.size(); i++) {
+        triangle(corners[0], corners[i], corners[i + 1]);
+        false_edges.push_back(i > 1 ? 0u : k_none);
+        false_edges.push_back(k_none);
+        false_edges.push_back(i + 2 < corners.size() ? 0u : k_none);
+    }
+}
+
+void TestMesh::connect() {
+    const uint32_t count = uint32_t(indices.size());
+    std::vector<std::pair<uint64_t, uint32_t>> edges(count);
+    for (uint32_t h = 0; h < count; h++) {
+        const uint64_t a = indices[h], b = indices[h % 3 == 2 ? h - 2 : h + 1];
+        edges[h] = {std::min(a, b) << 32 | std::max(a, b), h};
+    }
+    std::sort(edges.begin(), edges.end());
+    adjacency.assign(count, k_none);
+    if (!false_edges.empty())
+        false_edges.resize(count, k_none);
+    for (size_t i = 0, j; i < count; i = j) {
+        for (j = i; j < count && edges[j].first == edges[i].first;)
+            j++;
+        if (j - i == 2 && edges[i].second / 3 != edges[i + 1].second / 3) {
+            adjacency[edges[i].second] = edges[i + 1].second / 3;
+            adjacency[edges[i + 1].second] = edges[i].second / 3;
+        }
+    }
+}
+
+tessora::atlas::Mesh TestMesh::view() const {
+    return {{positions.data(), positions.size()},
+            {indices.data(), indices.size()},
+            {adjacency.data(), adjacency.size()},
+            {false_edges.data(), false_edges.size()}};
+}
+
+Judgement judge(const TestMesh& mesh, const Options& options, const Result& result, bool packed,
+                bool overlaps) {
+    return Judge(mesh, options, result, packed).run(overlaps);
+}
+
+} // namespace atlas_test

@@ -1,0 +1,393 @@
+// What the engine promises for every mesh, on meshes that are odd in one way each.
+#include "tests/atlas/shapes.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace {
+
+using namespace atlas_test;
+using namespace tessora::atlas;
+
+std::string all_faults(const Judgement& j) {
+    std::string text;
+    for (const std::string& fault : j.faults)
+        text += fault + "\n";
+    return text;
+}
+
+/// Unwraps in both modes and checks every guarantee; gives the judgement of quality mode.
+Judgement unwrap(const TestMesh& mesh, Options options = {}, Result* kept = nullptr) {
+    Judgement last;
+    for (Quality quality : {Quality::fast, Quality::quality}) {
+        options.quality = quality;
+        Result result;
+        const Failure failure = create(mesh.view(), options, result);
+        EXPECT_EQ(failure.status, Status::ok) << describe(failure.status);
+        if (failure.status != Status::ok)
+            return last;
+        last = judge(mesh, options, result, true, true);
+        EXPECT_EQ(all_faults(last), "") << (quality == Quality::fast ? "fast" : "quality");
+        if (kept != nullptr)
+            *kept = result;
+    }
+    return last;
+}
+
+Options with_stretch(float stretch) {
+    Options options;
+    options.max_stretch = stretch;
+    return options;
+}
+
+TEST(AtlasCreate, AnEmptyMeshGivesAnEmptyAtlas) {
+    Result result;
+    EXPECT_EQ(create(TestMesh{}.view(), {}, result).status, Status::ok);
+    EXPECT_EQ(result.chart_count, 0u);
+    EXPECT_TRUE(result.indices.empty());
+}
+
+TEST(AtlasCreate, OneTriangleIsOneUndistortedChart) {
+    Result result;
+    EXPECT_EQ(unwrap(loose_triangles(1), {}, &result).charts, 1u);
+    EXPECT_EQ(result.stretch, 0.0f);
+}
+
+TEST(AtlasCreate, AFlatGridStaysOneChartWithoutSeams) {
+    const Judgement j = unwrap(flat_grid(10, false), with_stretch(0));
+    EXPECT_EQ(j.charts, 1u);
+    EXPECT_EQ(j.seam, 0.0);
+}
+
+TEST(AtlasCreate, AFlatGridOfQuadsStaysOneChartWithoutSeams) {
+    const Judgement j = unwrap(flat_grid(10, true), with_stretch(0));
+    EXPECT_EQ(j.charts, 1u);
+    EXPECT_EQ(j.seam, 0.0);
+}
+
+TEST(AtlasCreate, AWasherKeepsItsHoleWithoutASlit) {
+    const Judgement j = unwrap(washer(3), with_stretch(0));
+    EXPECT_EQ(j.charts, 1u);
+    EXPECT_EQ(j.seam, 0.0);
+}
+
+TEST(AtlasCreate, ClosedSurfacesUnwrap) {
+    unwrap(sphere(12));
+    unwrap(torus(16, 32));
+    unwrap(cylinder(24, 6, true));
+}
+
+TEST(AtlasCreate, AnOpenCylinderUnrollsToOneChart) {
+    const Judgement j = unwrap(cylinder(24, 6, false));
+    EXPECT_EQ(j.charts, 1u);
+    EXPECT_LT(j.l2, 1.001);
+}
+
+TEST(AtlasCreate, HandlesUnwrap) { unwrap(pierced_plate(5)); }
+
+TEST(AtlasCreate, AWindingClashIsABorder) { unwrap(moebius(24)); }
+
+TEST(AtlasCreate, AFanOfMoreThanAFullTurnDoesNotOverlapItself) {
+    unwrap(fan(12, 1.5));
+    unwrap(fan(12, 3));
+}
+
+TEST(AtlasCreate, TwoTrianglesFoldedFlatUnfold) {
+    TestMesh mesh;
+    const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0);
+    mesh.triangle(a, b, mesh.vertex(0, 1, 0));
+    mesh.triangle(b, a, mesh.vertex(0.1f, 1, 0));
+    mesh.connect();
+    unwrap(mesh);
+}
+
+TEST(AtlasCreate, BothSidesOfASheetUnwrap) {
+    TestMesh mesh;
+    const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0), c = mesh.vertex(0, 1, 0);
+    mesh.triangle(a, b, c);
+    mesh.triangle(a, c, b);
+    mesh.connect();
+    unwrap(mesh);
+}
+
+TEST(AtlasCreate, FalseEdgesThatNoPolygonCanHaveAreTakenAsReal) {
+    TestMesh mesh;
+    const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0), c = mesh.vertex(0, 1, 0);
+    mesh.triangle(a, b, c);
+    mesh.triangle(a, c, b);
+    mesh.connect();
+    mesh.false_edges.assign(6, 0u); // a closed surface
+    Result result;
+    ASSERT_EQ(create(mesh.view(), {}, result).status, Status::ok);
+    mesh.false_edges.clear();
+    EXPECT_EQ(all_faults(judge(mesh, {}, result, true, true)), "");
+}
+
+TEST(AtlasCreate, ThreeTrianglesOnOneEdgeHaveABorderThereWhateverTheAdjacencySays) {
+    TestMesh mesh;
+    const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0);
+    mesh.triangle(a, b, mesh.vertex(0, 1, 0));
+    mesh.triangle(b, a, mesh.vertex(0, -1, 0));
+    mesh.triangle(b, a, mesh.vertex(0, 0, 1));
+    mesh.connect();
+    EXPECT_EQ(unwrap(mesh).charts, 3u);
+    mesh.adjacency[0] = 1;
+    mesh.adjacency[3] = 0;
+    EXPECT_EQ(unwrap(mesh).charts, 3u);
+}
+
+TEST(AtlasCreate, AnOpeningOnOneSideIsABorderOnBoth) {
+    TestMesh mesh = flat_grid(1, false);
+    mesh.adjacency[3] = mesh.adjacency[4] = mesh.adjacency[5] = k_none;
+    EXPECT_EQ(unwrap(mesh).charts, 2u);
+}
+
+TEST(AtlasCreate, AVertexThatJoinsTwoSheetsIsSplit) {
+    TestMesh mesh;
+    const uint32_t hub = mesh.vertex(0, 0, 0);
+    mesh.triangle(hub, mesh.vertex(1, 0, 0), mesh.vertex(1, 1, 0));
+    mesh.triangle(hub, mesh.vertex(-1, 0, 0), mesh.vertex(-1, -1, 0));
+    mesh.connect();
+    EXPECT_EQ(unwrap(mesh).charts, 2u);
+}
+
+TEST(AtlasCreate, DegenerateTrianglesAreCarried) {
+    TestMesh mesh = flat_grid(4, false);
+    const uint32_t a = mesh.vertex(9, 9, 9);
+    mesh.triangle(0, 0, 1);
+    mesh.triangle(a, a, a);
+    mesh.triangle(2, 3, a);
+    mesh.positions[3 * a] = mesh.positions[6];
+    mesh.positions[3 * a + 1] = mesh.positions[7];
+    mesh.positions[3 * a + 2] = mesh.positions[8];
+    mesh.connect();
+    unwrap(mesh);
+}
+
+TEST(AtlasCreate, DuplicateTrianglesAreCarried) {
+    TestMesh mesh = flat_grid(2, false);
+    mesh.triangle(mesh.indices[0], mesh.indices[1], mesh.indices[2]);
+    mesh.triangle(mesh.indices[0], mesh.indices[1], mesh.indices[2]);
+    mesh.connect();
+    unwrap(mesh);
+}
+
+TEST(AtlasCreate, AThousandLooseTrianglesKeepTheGutter) {
+    EXPECT_EQ(unwrap(loose_triangles(1000)).charts, 1000u);
+}
+
+TEST(AtlasCreate, APolygonWithAHoleIsNeverOpened) {
+    Result result;
+    const Judgement j = unwrap(ring_polygon(12), with_stretch(0), &result);
+    EXPECT_EQ(j.charts, 1u);
+    EXPECT_TRUE(result.over_limit.empty());
+}
+
+TEST(AtlasCreate, AFoldedPolygonThatCannotBeFlatIsNamedOverTheLimit) {
+    TestMesh mesh;
+    std::vector<uint32_t> corners;
+    for (int i = 0; i < 8; i++) // a crown
+        corners.push_back(mesh.vertex(float(std::cos(i * 0.785)), float(std::sin(i * 0.785)),
+                                      i % 2 ? 3.0f : -3.0f));
+    const uint32_t hub = mesh.vertex(0, 0, 0);
+    for (int i = 0; i < 8; i++)
+        mesh.triangle(hub, corners[size_t(i)], corners[size_t(i + 1) % 8]);
+    mesh.connect();
+    for (uint32_t n : mesh.adjacency)
+        mesh.false_edges.push_back(n == k_none ? n : 0u);
+    Result result;
+    unwrap(mesh, {}, &result);
+    EXPECT_EQ(result.over_limit.size(), 8u);
+}
+
+TEST(AtlasCreate, SliversOfOneToAMillionUnwrap) {
+    TestMesh mesh;
+    std::vector<uint32_t> low, high;
+    for (int i = 0; i < 20; i++) {
+        low.push_back(mesh.vertex(float(i) * 1e-6f, 0, 0));
+        high.push_back(mesh.vertex(float(i) * 1e-6f, 1, 0.1f * float(i % 2)));
+    }
+    for (size_t i = 0; i + 1 < low.size(); i++)
+        mesh.polygon({low[i], low[i + 1], high[i + 1], high[i]});
+    mesh.connect();
+    unwrap(mesh);
+}
+
+TEST(AtlasCreate, TheUnitOfLengthDoesNotMatter) {
+    for (const TestMesh& original : {torus(16, 32), cube_of_quads(3), fan(12, 1.5)}) {
+        Result first;
+        ASSERT_EQ(create(original.view(), {}, first).status, Status::ok);
+        for (float factor : {1.0f / 1048576, 1048576.0f}) {
+            TestMesh mesh = original;
+            for (float& x : mesh.positions)
+                x *= factor;
+            Result result;
+            ASSERT_EQ(create(mesh.view(), {}, result).status, Status::ok);
+            EXPECT_EQ(result.chart, first.chart);
+            EXPECT_EQ(result.uvs, first.uvs);
+        }
+    }
+}
+
+TEST(AtlasCreate, TheSameInputGivesTheSameBits) {
+    const TestMesh mesh = torus(16, 32);
+    Result first, second;
+    ASSERT_EQ(create(mesh.view(), {}, first).status, Status::ok);
+    const std::vector<char> other_memory(12345, 'x');
+    const TestMesh copy = mesh;
+    ASSERT_EQ(create(copy.view(), {}, second).status, Status::ok);
+    EXPECT_EQ(first.uvs, second.uvs);
+    EXPECT_EQ(first.indices, second.indices);
+}
+
+TEST(AtlasCreate, NarrowTexturesAreFilledWithinTheirRange) {
+    Options options;
+    options.width = 1024;
+    options.height = 256;
+    options.gutter = 8;
+    unwrap(cube_of_quads(2), options);
+    std::swap(options.width, options.height);
+    unwrap(cube_of_quads(2), options);
+}
+
+TEST(AtlasCreate, AGutterAsWideAsTheTextureDoesNotFit) {
+    Options options;
+    options.gutter = 512;
+    Result result;
+    const Failure failure = create(loose_triangles(3).view(), options, result);
+    EXPECT_EQ(failure.status, Status::does_not_fit);
+    EXPECT_EQ(failure.element, 3u);
+    EXPECT_TRUE(result.indices.empty());
+}
+
+TEST(AtlasCreate, AChartLimitBelowWhatIsNeededIsRefusedWithTheNumber) {
+    Options options;
+    options.max_charts = 2;
+    Result result;
+    const Failure failure = create(loose_triangles(3).view(), options, result);
+    EXPECT_EQ(failure.status, Status::chart_limit);
+    EXPECT_EQ(failure.element, 3u);
+    options.max_charts = 3;
+    EXPECT_EQ(create(loose_triangles(3).view(), options, result).status, Status::ok);
+}
+
+TEST(AtlasCreate, BadInputIsRefusedByName) {
+    Result result;
+    TestMesh mesh = loose_triangles(2);
+    mesh.indices[4] = 6;
+    Failure failure = create(mesh.view(), {}, result);
+    EXPECT_EQ(failure.status, Status::index_out_of_range);
+    EXPECT_EQ(failure.element, 4u);
+
+    mesh = loose_triangles(2);
+    mesh.adjacency[3] = 2;
+    failure = create(mesh.view(), {}, result);
+    EXPECT_EQ(failure.status, Status::adjacency_out_of_range);
+    EXPECT_EQ(failure.element, 3u);
+
+    mesh = loose_triangles(2);
+    mesh.positions[10] = std::numeric_limits<float>::quiet_NaN();
+    failure = create(mesh.view(), {}, result);
+    EXPECT_EQ(failure.status, Status::non_finite_position);
+    EXPECT_EQ(failure.element, 3u);
+
+    mesh = loose_triangles(2);
+    mesh.adjacency.pop_back();
+    EXPECT_EQ(create(mesh.view(), {}, result).status, Status::invalid_argument);
+}
+
+TEST(AtlasCreate, OptionsOutOfRangeAreRefused) {
+    const TestMesh mesh = loose_triangles(2);
+    Result result;
+    for (float bad : {-0.1f, 1.1f, std::numeric_limits<float>::quiet_NaN()}) {
+        Options options;
+        options.max_stretch = bad;
+        EXPECT_EQ(create(mesh.view(), options, result).status, Status::invalid_argument);
+    }
+    for (float bad : {-1.0f, std::numeric_limits<float>::infinity()}) {
+        Options options;
+        options.gutter = bad;
+        EXPECT_EQ(create(mesh.view(), options, result).status, Status::invalid_argument);
+    }
+    Options options;
+    options.width = 0;
+    EXPECT_EQ(create(mesh.view(), options, result).status, Status::invalid_argument);
+}
+
+struct Calls {
+    std::vector<float> fractions;
+    size_t stop_after = 100;
+    static int note(float fraction, void* user) {
+        Calls& calls = *static_cast<Calls*>(user);
+        calls.fractions.push_back(fraction);
+        return calls.fractions.size() >= calls.stop_after;
+    }
+};
+
+TEST(AtlasProgress, RisesToOneInElevenCallsAtMost) {
+    Calls calls;
+    Options options;
+    options.progress = Calls::note;
+    options.user = &calls;
+    Result result;
+    ASSERT_EQ(create(torus(16, 32).view(), options, result).status, Status::ok);
+    EXPECT_LE(calls.fractions.size(), 11u);
+    EXPECT_EQ(calls.fractions.back(), 1.0f);
+    for (size_t i = 1; i < calls.fractions.size(); i++)
+        EXPECT_LT(calls.fractions[i - 1], calls.fractions[i]);
+}
+
+TEST(AtlasProgress, ANonZeroAnswerStopsTheWorkAtAnyCall) {
+    for (size_t stop = 1; stop <= 11; stop++) {
+        Calls calls;
+        calls.stop_after = stop;
+        Options options;
+        options.progress = Calls::note;
+        options.user = &calls;
+        Result result;
+        EXPECT_EQ(create(torus(16, 32).view(), options, result).status, Status::aborted) << stop;
+        EXPECT_EQ(calls.fractions.size(), stop);
+        EXPECT_TRUE(result.indices.empty());
+    }
+}
+
+TEST(AtlasPartition, OpensTheAdjacencyAlongChartBorders) {
+    const TestMesh mesh = cube_of_quads(2);
+    Result result;
+    std::vector<uint32_t> adjacency;
+    ASSERT_EQ(partition(mesh.view(), {}, result, adjacency).status, Status::ok);
+    EXPECT_EQ(all_faults(judge(mesh, {}, result, false, true)), "");
+    ASSERT_EQ(adjacency.size(), mesh.adjacency.size());
+    for (size_t h = 0; h < adjacency.size(); h++) {
+        if (adjacency[h] != k_none) {
+            EXPECT_EQ(adjacency[h], mesh.adjacency[h]);
+            EXPECT_EQ(result.chart[h / 3], result.chart[adjacency[h]]);
+        }
+    }
+}
+
+TEST(AtlasPartition, ChartsHaveTheAreaOfTheirTriangles) {
+    const TestMesh mesh = cube_of_quads(2);
+    Result result;
+    std::vector<uint32_t> adjacency;
+    ASSERT_EQ(partition(mesh.view(), {}, result, adjacency).status, Status::ok);
+    double area = 0;
+    for (uint32_t t = 0; t < mesh.faces(); t++) {
+        const auto u = [&](uint32_t k) {
+            return double(result.uvs[2 * result.indices[3 * t + k]]);
+        };
+        const auto v = [&](uint32_t k) {
+            return double(result.uvs[2 * result.indices[3 * t + k] + 1]);
+        };
+        area += 0.5 * ((u(1) - u(0)) * (v(2) - v(0)) - (v(1) - v(0)) * (u(2) - u(0)));
+    }
+    EXPECT_NEAR(area, 1.0, 1e-5);
+}
+
+TEST(AtlasDescribe, EveryStatusHasASentence) {
+    for (int s = 0; s <= int(Status::out_of_memory); s++)
+        EXPECT_GT(std::string(describe(Status(s))).size(), 10u);
+}
+
+} // namespace
