@@ -1,0 +1,76 @@
+/// A tree of boxes in the plane, for finding what lies near what.
+///
+/// Items are sorted along a Morton curve and packed four to a node, level upon level, so that the
+/// tree is a few flat arrays and building it costs one sort. No coordinate is rounded outwards:
+/// boxes are exact unions.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace measure {
+
+struct Box {
+    double low[2];
+    double high[2];
+
+    static Box empty();
+    void add(double x, double y);
+    void add(const Box& other);
+    bool meets(const Box& other) const {
+        return low[0] <= other.high[0] && other.low[0] <= high[0] && low[1] <= other.high[1] &&
+               other.low[1] <= high[1];
+    }
+    /// Squared distance of two boxes; 0 when they meet.
+    double distance2(const Box& other) const;
+};
+
+class BoxTree {
+public:
+    static constexpr uint32_t k_width = 4;
+
+    explicit BoxTree(const std::vector<Box>& boxes);
+
+    /// Item numbers in the order in which the tree holds them.
+    const std::vector<uint32_t>& order() const { return order_; }
+
+    /// Walks the tree from the top: enter(box, first, last) says whether to look at the items
+    /// order()[first .. last), leaf(place) gets each place in order() that is left.
+    template <class Enter, class Leaf>
+    void visit(Enter enter, Leaf leaf) const {
+        if (order_.empty())
+            return;
+        struct Step {
+            uint32_t level, node;
+        };
+        std::array<Step, 64> stack;
+        std::size_t depth = 0;
+        stack[depth++] = {static_cast<uint32_t>(levels_.size()) - 1, 0};
+        while (depth > 0) {
+            const Step step = stack[--depth];
+            const uint64_t span = uint64_t(k_width) << (2 * step.level);
+            const uint64_t first = step.node * span;
+            const uint64_t last = first + span < order_.size() ? first + span : order_.size();
+            if (!enter(levels_[step.level][step.node], static_cast<uint32_t>(first),
+                       static_cast<uint32_t>(last)))
+                continue;
+            if (step.level == 0) {
+                for (uint64_t place = first; place < last; ++place)
+                    leaf(static_cast<uint32_t>(place));
+                continue;
+            }
+            const auto below = static_cast<uint32_t>(levels_[step.level - 1].size());
+            const uint32_t begin = step.node * k_width;
+            for (uint32_t child = begin; child < begin + k_width && child < below; ++child)
+                stack[depth++] = {step.level - 1, child};
+        }
+    }
+
+private:
+    std::vector<uint32_t> order_;
+    std::vector<std::vector<Box>> levels_; // lowest first; level l holds 4^(l+1) items per box
+};
+
+} // namespace measure

@@ -1,0 +1,35 @@
+/// A finished layout as the judge sees it: a mesh with one UV set and the triangles that its
+/// polygons are divided into, whoever made them.
+///
+/// All arrays belong to the caller. Indices are in range; a corner without UV has k_none. UVs may
+/// be anything, not-a-number included. A texture of width x height texels spans the unit square.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace measure {
+
+inline constexpr uint32_t k_none = 0xFFFFFFFFu;
+
+/// Shape: positions[3*nv], uvs[2*nu], corner_vertex[nc], corner_uv[nc], triangle_corners[3*nt],
+///        triangle_polygon[nt]. Triangles wind like their polygons.
+struct Layout {
+    std::vector<float> positions;           ///< object space
+    std::vector<float> uvs;                 ///< fractions of the texture
+    std::vector<uint32_t> corner_vertex;    ///< per polygon corner: its vertex
+    std::vector<uint32_t> corner_uv;        ///< per polygon corner: its UV or k_none
+    std::vector<uint32_t> triangle_corners; ///< three polygon corners per triangle
+    std::vector<uint32_t> triangle_polygon; ///< ids that findings name
+    uint32_t polygon_count = 0;
+
+    uint32_t vertex_count() const { return static_cast<uint32_t>(positions.size() / 3); }
+    uint32_t triangle_count() const { return static_cast<uint32_t>(triangle_polygon.size()); }
+};
+
+struct Texture {
+    double width = 512.0;  ///< texels, > 0
+    double height = 512.0; ///< texels, > 0
+};
+
+} // namespace measure

@@ -1,0 +1,117 @@
+#include "measure/overlaps.h"
+
+#include "measure/box_tree.h"
+#include "measure/shape.h"
+
+#include <algorithm>
+
+namespace measure {
+namespace {
+
+/// A counter-clockwise triangle with what it takes to tell how far a point is beyond an edge.
+struct Prepared {
+    Triangle2 corners;
+    Point2 inward[3]; ///< unit normals of the edges
+    uint32_t triangle = 0;
+    uint32_t chart = 0;
+
+    /// The farthest that any corner of `other` lies inside the line of edge k.
+    double reach(int k, const Prepared& other) const {
+        double most = dot(inward[k], other.corners.p[0] - corners.p[k]);
+        most = std::max(most, dot(inward[k], other.corners.p[1] - corners.p[k]));
+        return std::max(most, dot(inward[k], other.corners.p[2] - corners.p[k]));
+    }
+    bool parts_from(const Prepared& other, double depth) const {
+        return reach(0, other) <= depth || reach(1, other) <= depth || reach(2, other) <= depth;
+    }
+};
+
+Prepared prepare(const Triangle2& corners, uint32_t triangle, uint32_t chart) {
+    Prepared result{corners, {}, triangle, chart};
+    if (corners.cross_area() < 0.0)
+        std::swap(result.corners.p[1], result.corners.p[2]);
+    for (int k = 0; k < 3; ++k) {
+        const Point2 edge = result.corners.p[(k + 1) % 3] - result.corners.p[k];
+        const double size = length(edge);
+        result.inward[k] = {-edge.y / size, edge.x / size};
+    }
+    return result;
+}
+
+class OverlapSearch {
+public:
+    OverlapSearch(const Layout& layout, const Texture& texture, const ChartTable& charts,
+                  double depth)
+        : depth_(depth), is_hit_(layout.triangle_count(), 0) {
+        for (uint32_t t = 0; t < layout.triangle_count(); ++t) {
+            if (charts.triangle_chart[t] == k_none)
+                continue;
+            const Triangle2 corners = texel_triangle(layout, texture, t);
+            if (corners.cross_area() == 0.0)
+                continue;
+            items_.push_back(prepare(corners, t, charts.triangle_chart[t]));
+            Box box = Box::empty();
+            for (const Point2& p : corners.p)
+                box.add(p.x, p.y);
+            boxes_.push_back(box);
+        }
+    }
+
+    Overlaps find() {
+        const BoxTree tree(boxes_);
+        for (uint32_t place = 0; place < tree.order().size(); ++place)
+            search(tree, place);
+        for (uint32_t t = 0; t < is_hit_.size(); ++t)
+            if (is_hit_[t])
+                result_.triangles.push_back(t);
+        return std::move(result_);
+    }
+
+private:
+    void search(const BoxTree& tree, uint32_t place) {
+        const uint32_t self = tree.order()[place];
+        const Prepared& item = items_[self];
+        const Box& box = boxes_[self];
+        // Each pair is met once, from the earlier place; when pairs are no longer counted, every
+        // triangle looks for one partner anywhere.
+        const uint32_t after = result_.is_cut_short ? 0 : place + 1;
+        bool is_done = result_.is_cut_short && is_hit_[item.triangle];
+        tree.visit([&](const Box& node, uint32_t,
+                       uint32_t last) { return !is_done && last > after && node.meets(box); },
+                   [&](uint32_t other_place) {
+                       const uint32_t other = tree.order()[other_place];
+                       if (is_done || other_place < after || other == self ||
+                           !boxes_[other].meets(box))
+                           return;
+                       if (item.parts_from(items_[other], depth_) ||
+                           items_[other].parts_from(item, depth_))
+                           return;
+                       count(item, items_[other]);
+                       is_done = result_.is_cut_short;
+                   });
+    }
+
+    void count(const Prepared& a, const Prepared& b) {
+        is_hit_[a.triangle] = is_hit_[b.triangle] = 1;
+        if (result_.pairs_within + result_.pairs_between >= k_most_pairs) {
+            result_.is_cut_short = true;
+            return;
+        }
+        ++(a.chart == b.chart ? result_.pairs_within : result_.pairs_between);
+    }
+
+    double depth_;
+    std::vector<Prepared> items_;
+    std::vector<Box> boxes_;
+    std::vector<uint8_t> is_hit_;
+    Overlaps result_;
+};
+
+} // namespace
+
+Overlaps find_overlaps(const Layout& layout, const Texture& texture, const ChartTable& charts,
+                       double depth) {
+    return OverlapSearch(layout, texture, charts, depth).find();
+}
+
+} // namespace measure

@@ -1,0 +1,52 @@
+/// Triangles in space and in texels, with what single precision can tell about them.
+#pragma once
+
+#include "measure/layout.h"
+
+#include <cmath>
+
+namespace measure {
+
+struct Point2 {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+inline Point2 operator-(Point2 a, Point2 b) { return {a.x - b.x, a.y - b.y}; }
+inline double dot(Point2 a, Point2 b) { return a.x * b.x + a.y * b.y; }
+inline double cross(Point2 a, Point2 b) { return a.x * b.y - a.y * b.x; }
+inline double length(Point2 a) { return std::sqrt(dot(a, a)); }
+
+/// A triangle's corners in texels.
+struct Triangle2 {
+    Point2 p[3];
+    /// Twice the signed area; positive when the corners run counter-clockwise.
+    double cross_area() const { return cross(p[1] - p[0], p[2] - p[0]); }
+};
+
+/// What the shape of a triangle in space says: the Gram matrix of its edges from corner 0.
+struct Triangle3 {
+    double aa = 0.0; ///< |p1 - p0|^2
+    double ab = 0.0; ///< (p1 - p0) . (p2 - p0)
+    double bb = 0.0; ///< |p2 - p0|^2
+    double area = 0.0;
+    double longest_edge = 0.0;
+    double least_height() const { return longest_edge > 0.0 ? 2.0 * area / longest_edge : 0.0; }
+};
+
+/// True when all three corners have finite UVs.
+bool is_mapped(const Layout& layout, uint32_t triangle);
+
+/// The corners of a mapped triangle.
+Triangle2 texel_triangle(const Layout& layout, const Texture& texture, uint32_t triangle);
+
+Triangle3 space_triangle(const Layout& layout, uint32_t triangle);
+
+/// 3D length of the edge between two vertices.
+double edge_length(const Layout& layout, uint32_t vertex_a, uint32_t vertex_b);
+
+/// The spacing of single-precision UVs in texels, where it is widest: 2^-23 of the longer texture
+/// side, more when UVs leave the unit square.
+double uv_spacing(const Layout& layout, const Texture& texture);
+
+} // namespace measure

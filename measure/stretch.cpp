@@ -1,0 +1,161 @@
+#include "measure/stretch.h"
+
+#include "measure/shape.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace measure {
+namespace {
+
+constexpr double k_least_area_share = 1e-9; // of the mean triangle
+constexpr double k_least_height = 2.0;      // spacings of single-precision UVs
+constexpr double k_degrees = 57.29577951308232;
+
+TriangleMap map_triangle(const Triangle3& space, const Triangle2& texels) {
+    TriangleMap map;
+    map.area = space.area;
+    const Point2 a = texels.p[1] - texels.p[0], b = texels.p[2] - texels.p[0];
+    const double turn = cross(a, b);
+    map.texel_area = 0.5 * turn;
+    const double longest = std::max({length(a), length(b), length(b - a)});
+    map.texel_height = longest > 0.0 ? std::abs(turn) / longest : 0.0;
+    if (space.area <= 0.0)
+        return map;
+    const double area2 = 2.0 * space.area;
+    const double det = std::abs(turn) / area2;
+    const double squares =
+        (dot(a, a) * space.bb - 2.0 * dot(a, b) * space.ab + dot(b, b) * space.aa) /
+        (area2 * area2);
+    const double sum = std::sqrt(std::max(0.0, squares + 2.0 * det));
+    const double difference = std::sqrt(std::max(0.0, squares - 2.0 * det));
+    map.larger = 0.5 * (sum + difference);
+    // The product of both is the determinant; a difference of roots would lose its digits.
+    map.smaller = map.larger > 0.0 ? det / map.larger : 0.0;
+    return map;
+}
+
+struct Running {
+    double area = 0.0, texel_area = 0.0, weight = 0.0, squares = 0.0, floor_squares = 0.0;
+    double steepest = 0.0;
+
+    void add(const TriangleMap& map, double spacing) {
+        area += map.area;
+        texel_area += std::abs(map.texel_area);
+        if (map.is_unresolved || map.smaller <= 0.0)
+            return;
+        const double term =
+            0.5 * (1.0 / (map.smaller * map.smaller) + 1.0 / (map.larger * map.larger));
+        const double slack = 1.0 + spacing / map.texel_height;
+        weight += map.area;
+        squares += map.area * term;
+        floor_squares += map.area * term / (slack * slack);
+        steepest = std::max(steepest, 1.0 / map.smaller);
+    }
+
+    StretchSum result() const {
+        StretchSum sum;
+        sum.area = area;
+        sum.texel_area = texel_area;
+        if (weight <= 0.0)
+            return sum;
+        const double scale = texel_area / area;
+        sum.l2 = std::sqrt(squares / weight * scale);
+        sum.l2_floor = std::sqrt(floor_squares / weight * scale);
+        sum.linf = steepest * std::sqrt(scale);
+        return sum;
+    }
+};
+
+/// Angle at corner k in degrees.
+double angle_at(const Point2& a, const Point2& b) {
+    return k_degrees * std::atan2(std::abs(cross(a, b)), dot(a, b));
+}
+
+/// A triangle of the same shape in the plane.
+Triangle2 flattened(const Triangle3& space) {
+    const double side = std::sqrt(space.aa);
+    Triangle2 flat;
+    flat.p[1] = {side, 0.0};
+    flat.p[2] = {space.ab / side, 2.0 * space.area / side};
+    return flat;
+}
+
+} // namespace
+
+std::vector<TriangleMap> map_triangles(const Layout& layout, const Texture& texture,
+                                       const ChartTable& charts) {
+    std::vector<TriangleMap> maps(layout.triangle_count());
+    std::vector<double> heights(maps.size(), 0.0);
+    double area = 0.0, texel_area = 0.0;
+    size_t count = 0;
+    for (uint32_t t = 0; t < layout.triangle_count(); ++t) {
+        if (charts.triangle_chart[t] == k_none)
+            continue;
+        const Triangle3 space = space_triangle(layout, t);
+        maps[t] = map_triangle(space, texel_triangle(layout, texture, t));
+        heights[t] = space.least_height();
+        area += maps[t].area;
+        texel_area += std::abs(maps[t].texel_area);
+        ++count;
+    }
+    if (count == 0)
+        return maps;
+    const double least_area = k_least_area_share * area / static_cast<double>(count);
+    const double scale = area > 0.0 ? std::sqrt(texel_area / area) : 0.0;
+    const double least_height = k_least_height * uv_spacing(layout, texture);
+    for (size_t t = 0; t < maps.size(); ++t)
+        maps[t].is_unresolved =
+            maps[t].area <= least_area || (texel_area > 0.0 && heights[t] * scale < least_height);
+    return maps;
+}
+
+std::vector<StretchSum> sum_stretch(const std::vector<TriangleMap>& maps, const ChartTable& charts,
+                                    double uv_spacing) {
+    std::vector<Running> running(charts.chart_count + 1u);
+    for (size_t t = 0; t < maps.size(); ++t)
+        if (charts.triangle_chart[t] != k_none) {
+            running[charts.triangle_chart[t]].add(maps[t], uv_spacing);
+            running.back().add(maps[t], uv_spacing);
+        }
+    std::vector<StretchSum> sums;
+    sums.reserve(running.size());
+    for (const Running& one : running)
+        sums.push_back(one.result());
+    return sums;
+}
+
+Distortion distortion(const Layout& layout, const Texture& texture,
+                      const std::vector<TriangleMap>& maps, const StretchSum& whole) {
+    Distortion result;
+    double weight = 0.0, angles = 0.0, ratios = 0.0, areas = 0.0;
+    for (uint32_t t = 0; t < layout.triangle_count(); ++t) {
+        const TriangleMap& map = maps[t];
+        if (map.is_unresolved || map.smaller <= 0.0)
+            continue;
+        const Triangle2 flat = flattened(space_triangle(layout, t));
+        const Triangle2 texels = texel_triangle(layout, texture, t);
+        for (int k = 0; k < 3; ++k) {
+            const int next = (k + 1) % 3, last = (k + 2) % 3;
+            const double change =
+                std::abs(angle_at(flat.p[next] - flat.p[k], flat.p[last] - flat.p[k]) -
+                         angle_at(texels.p[next] - texels.p[k], texels.p[last] - texels.p[k]));
+            angles += map.area * change / 3.0;
+            result.angle_max = std::max(result.angle_max, change);
+        }
+        const double share = std::abs(map.texel_area) / map.area * whole.area / whole.texel_area;
+        const double area_change = std::max(share, 1.0 / share);
+        weight += map.area;
+        ratios += map.area * map.larger / map.smaller;
+        areas += map.area * area_change;
+        result.area_max = std::max(result.area_max, area_change);
+    }
+    if (weight > 0.0) {
+        result.angle_mean = angles / weight;
+        result.conformal_mean = ratios / weight;
+        result.area_mean = areas / weight;
+    }
+    return result;
+}
+
+} // namespace measure

@@ -1,0 +1,93 @@
+#include "measure/charts.h"
+#include "tests/measure/layouts.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+using namespace measure;
+
+TEST(Charts, TrianglesOfAQuadHangTogetherOverTheDiagonal) {
+    const ChartTable charts = find_charts(one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 1)));
+    EXPECT_EQ(charts.chart_count, 1u);
+    EXPECT_EQ(charts.outline.size(), 4u);
+}
+
+TEST(Charts, CubeNetIsOneChartWithSevenSeams) {
+    const ChartTable charts = find_charts(cube_net());
+    EXPECT_EQ(charts.chart_count, 1u);
+    EXPECT_EQ(charts.seam_edges, 7u);
+    EXPECT_DOUBLE_EQ(charts.seam_length, 7.0);
+    EXPECT_EQ(charts.outline.size(), 14u);
+}
+
+TEST(Charts, FacesApartInTheTextureAreChartsOfTheirOwn) {
+    const ChartTable charts = find_charts(strip(3, 0.125f));
+    EXPECT_EQ(charts.chart_count, 3u);
+    EXPECT_EQ(charts.triangle_chart, (std::vector<uint32_t>{0, 0, 1, 1, 2, 2}));
+    EXPECT_EQ(charts.seam_edges, 2u);
+}
+
+TEST(Charts, AgreementIsOfValuesNotOfIndices) {
+    EXPECT_EQ(find_charts(strip(4, 0.0f)).chart_count, 1u); // every face has UVs of its own
+}
+
+TEST(Charts, AnEdgeThatAgreesAtOneEndOnlyIsASeam) {
+    Layout layout = strip(2, 0.0f);
+    layout.uvs[2 * 4 + 1] = -0.01f; // lower left corner of the second quad
+    EXPECT_EQ(find_charts(layout).chart_count, 2u);
+    EXPECT_EQ(find_charts(layout).seam_edges, 1u);
+}
+
+TEST(Charts, MinusZeroAgreesWithZero) {
+    Layout layout = strip(2, 0.0f);
+    layout.uvs[2 * 4 + 1] = -0.0f;
+    EXPECT_EQ(find_charts(layout).chart_count, 1u);
+}
+
+TEST(Charts, AFlippedNeighbourIsOfTheChartAndTheFoldIsOutline) {
+    Layout layout;
+    layout.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
+    add_face(layout, {0, 1, 2}, {{0, 0}, {1, 0}, {1, 1}});
+    add_face(layout, {0, 2, 3}, {{0, 0}, {1, 1}, {0.5f, 0}});
+    const ChartTable charts = find_charts(layout);
+    EXPECT_EQ(charts.chart_count, 1u);
+    EXPECT_EQ(charts.outline.size(), 6u);
+}
+
+TEST(Charts, ThreeTrianglesOnAnEdgeAreASeamWhenOneDisagrees) {
+    Layout layout;
+    layout.positions = {0, 0, 0, 0, 0, 2, 1, 0, 0, -1, 0, 0, 0, 1, 0};
+    add_face(layout, {0, 1, 2}, {{0, 0}, {0.5f, 0}, {0.2f, 0.2f}});
+    add_face(layout, {1, 0, 3}, {{0.5f, 0}, {0, 0}, {0.2f, -0.2f}});
+    add_face(layout, {0, 1, 4}, {{0.6f, 0}, {0.9f, 0}, {0.6f, 0.2f}});
+    const ChartTable charts = find_charts(layout);
+    EXPECT_EQ(charts.chart_count, 2u);
+    EXPECT_DOUBLE_EQ(charts.seam_length, 2.0);
+}
+
+TEST(Charts, BordersOfTheMeshAreNoSeams) {
+    const ChartTable charts = find_charts(one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 1)));
+    EXPECT_EQ(charts.seam_edges, 0u);
+    EXPECT_EQ(charts.seam_length, 0.0);
+}
+
+TEST(Charts, TrianglesWithoutUvsBelongToNoChart) {
+    Layout layout = strip(2, 0.0f);
+    layout.corner_uv[0] = k_none;
+    layout.uvs[2 * 5] = NAN;
+    const ChartTable charts = find_charts(layout);
+    EXPECT_EQ(charts.triangle_chart, (std::vector<uint32_t>{k_none, k_none, k_none, 0}));
+}
+
+TEST(Charts, AnEmptyLayoutHasNone) {
+    const ChartTable charts = find_charts(Layout());
+    EXPECT_EQ(charts.chart_count, 0u);
+    EXPECT_TRUE(charts.outline.empty());
+}
+
+TEST(Charts, ARepeatedVertexMakesNoEdge) {
+    Layout layout;
+    layout.positions = {0, 0, 0, 1, 0, 0};
+    add_face(layout, {0, 1, 1}, {{0, 0}, {1, 0}, {0, 1}});
+    EXPECT_EQ(find_charts(layout).chart_count, 1u);
+}

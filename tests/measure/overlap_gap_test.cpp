@@ -1,0 +1,189 @@
+#include "measure/measure.h"
+#include "tests/measure/layouts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <random>
+
+using namespace measure;
+
+namespace {
+
+const Texture k_square{512, 512};
+
+Layout two_rectangles(const UvCorners& first, const UvCorners& second) {
+    Layout layout;
+    add_polygon(layout, rectangle(0, 0, 1, 1), first);
+    add_polygon(layout, rectangle(5, 0, 6, 1), second);
+    return layout;
+}
+
+double gap_of(const Layout& layout, const Texture& texture = k_square) {
+    const Measures m = measure::measure(layout, texture);
+    return m.gap ? m.gap->texels : -1.0;
+}
+
+} // namespace
+
+TEST(Overlap, TwoRectanglesThatCross) {
+    const Measures m = measure::measure(
+        two_rectangles(rectangle(0, 0.4f, 1, 0.6f), rectangle(0.4f, 0, 0.6f, 1)), k_square);
+    EXPECT_GT(m.overlaps.pairs_between, 0u);
+    EXPECT_EQ(m.overlaps.pairs_within, 0u);
+    ASSERT_TRUE(m.gap);
+    EXPECT_EQ(m.gap->texels, 0.0);
+}
+
+TEST(Overlap, OneInsideTheOtherWithoutAnyBordersCrossing) {
+    const Measures m = measure::measure(
+        two_rectangles(rectangle(0, 0, 1, 1), rectangle(0.6f, 0.2f, 0.7f, 0.3f)), k_square);
+    EXPECT_EQ(m.overlaps.pairs_between, 2u);
+    EXPECT_EQ(m.overlaps.triangles, (std::vector<uint32_t>{0, 2, 3}));
+}
+
+TEST(Overlap, IdenticalRectangles) {
+    const Measures m =
+        measure::measure(two_rectangles(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 1)), k_square);
+    EXPECT_EQ(m.overlaps.pairs_between, 2u);
+}
+
+TEST(Overlap, ChartsThatTouchAlongAnEdgeDoNot) {
+    const Measures m = measure::measure(
+        two_rectangles(rectangle(0, 0, 0.5f, 1), rectangle(0.5f, 0, 1, 1)), k_square);
+    EXPECT_TRUE(m.overlaps.triangles.empty());
+    EXPECT_EQ(m.gap->texels, 0.0);
+}
+
+TEST(Overlap, TheSidesOfASlitDoNot) {
+    // Two quads that share vertices only at one end of their common edge, equal in the texture.
+    Layout layout;
+    layout.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 2, 0, 0, 2, 1, 0, 1, 1, 0};
+    add_face(layout, {0, 1, 2, 3}, rectangle(0, 0, 0.25f, 0.25f));
+    add_face(layout, {1, 4, 5, 6}, rectangle(0.25f, 0, 0.5f, 0.25f));
+    EXPECT_TRUE(measure::measure(layout, k_square).overlaps.triangles.empty());
+}
+
+TEST(Overlap, ARoundingOfTheCoordinatesIsNone) {
+    const float just_inside = std::nextafter(0.5f, 0.0f);
+    const Measures m = measure::measure(
+        two_rectangles(rectangle(0, 0, 0.5f, 1), rectangle(just_inside, 0, 1, 1)), k_square);
+    EXPECT_TRUE(m.overlaps.triangles.empty());
+}
+
+TEST(Overlap, AHundredthOfATexelIsOne) {
+    const Measures m = measure::measure(
+        two_rectangles(rectangle(0, 0, 0.5f, 1), rectangle(0.5f - 0.01f / 512, 0, 1, 1)), k_square);
+    EXPECT_FALSE(m.overlaps.triangles.empty());
+}
+
+TEST(Overlap, MirroredTrianglesOverlapLikeOthers) {
+    const Measures m = measure::measure(
+        two_rectangles(rectangle(0, 0, 1, 1), {{1, 0}, {0, 0}, {0, 1}, {1, 1}}), k_square);
+    EXPECT_GT(m.overlaps.pairs_between, 0u);
+}
+
+TEST(Overlap, ManyIdenticalTrianglesAreAllFoundAndCountingEnds) {
+    Layout layout;
+    layout.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    for (uint32_t i = 0; i < 3000; ++i)
+        add_face(layout, {0, 1, 2}, {{0, 0}, {1, 0}, {0, 1}});
+    const Measures m = measure::measure(layout, k_square);
+    EXPECT_TRUE(m.overlaps.is_cut_short);
+    EXPECT_EQ(m.overlaps.triangles.size(), 3000u);
+    EXPECT_EQ(m.overlaps.pairs_within + m.overlaps.pairs_between, k_most_pairs);
+}
+
+TEST(Overlap, AGridHasNone) {
+    const Measures m = measure::measure(grid(64), k_square);
+    EXPECT_TRUE(m.overlaps.triangles.empty());
+    EXPECT_FALSE(m.gap);
+}
+
+TEST(Gap, IsEuclideanInTexels) {
+    EXPECT_NEAR(gap_of(two_rectangles(rectangle(0, 0, 0.25f, 0.25f),
+                                      rectangle(0.25f + 3 / 512.0f, 0.25f + 4 / 512.0f, 1, 1))),
+                5.0, 1e-4);
+}
+
+TEST(Gap, CountsTexelsOfBothAxesOnATextureThatIsNotSquare) {
+    const Texture wide{1024, 256};
+    EXPECT_NEAR(gap_of(two_rectangles(rectangle(0, 0, 0.5f, 0.25f),
+                                      rectangle(0, 0.25f + 8 / 256.0f, 0.5f, 1)),
+                       wide),
+                8.0, 1e-3);
+    EXPECT_NEAR(
+        gap_of(two_rectangles(rectangle(0, 0, 0.5f, 1), rectangle(0.5f + 8 / 1024.0f, 0, 1, 1)),
+               wide),
+        8.0, 1e-3);
+}
+
+TEST(Gap, NamesOneTriangleOfEachChart) {
+    const Measures m = measure::measure(strip(3, 0.01f), k_square);
+    ASSERT_TRUE(m.gap);
+    EXPECT_NE(m.triangle_chart[m.gap->triangles[0]], m.triangle_chart[m.gap->triangles[1]]);
+}
+
+TEST(Gap, OneChartHasNone) { EXPECT_EQ(gap_of(cube_net()), -1.0); }
+
+// Against the slowest way of finding it.
+TEST(Gap, IsTheLeastOfAllPairsOnRandomCharts) {
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> place(0.0f, 0.95f), size(0.001f, 0.02f);
+    for (int run = 0; run < 20; ++run) {
+        Layout layout;
+        std::vector<std::array<float, 4>> boxes;
+        for (int i = 0; i < 40; ++i) {
+            const float x = place(random), y = place(random);
+            boxes.push_back({x, y, x + size(random), y + size(random)});
+            add_polygon(layout, rectangle(0, 0, 1, 1),
+                        rectangle(boxes[i][0], boxes[i][1], boxes[i][2], boxes[i][3]));
+        }
+        double least = 1e30;
+        bool overlap = false;
+        for (size_t i = 0; i < boxes.size(); ++i)
+            for (size_t j = 0; j < i; ++j) {
+                const auto &a = boxes[i], &b = boxes[j];
+                const double dx = std::max({0.0, double(a[0]) - b[2], double(b[0]) - a[2]});
+                const double dy = std::max({0.0, double(a[1]) - b[3], double(b[1]) - a[3]});
+                least = std::min(least, 512 * std::sqrt(dx * dx + dy * dy));
+                overlap |= dx == 0.0 && dy == 0.0;
+            }
+        const Measures m = measure::measure(layout, k_square);
+        ASSERT_TRUE(m.gap);
+        if (!overlap) {
+            EXPECT_NEAR(m.gap->texels, least, 1e-9) << "run " << run;
+        }
+        EXPECT_EQ(!m.overlaps.triangles.empty(), overlap) << "run " << run;
+    }
+}
+
+// The tree against a test of all pairs.
+TEST(Overlap, FindsAllPairsOfRandomTriangles) {
+    std::mt19937 random(11);
+    std::uniform_real_distribution<float> place(0.0f, 1.0f), offset(-0.05f, 0.05f);
+    Layout layout;
+    for (int i = 0; i < 300; ++i) {
+        const float x = place(random), y = place(random);
+        UvCorners corners;
+        for (int k = 0; k < 3; ++k)
+            corners.push_back({x + offset(random), y + offset(random)});
+        add_polygon(layout, {{0, 0}, {1, 0}, {0, 1}}, corners);
+    }
+    const Measures all = measure::measure(layout, k_square);
+    uint64_t pairs = 0;
+    for (uint32_t i = 0; i < 300; ++i)
+        for (uint32_t j = 0; j < i; ++j) {
+            Layout two;
+            for (uint32_t t : {i, j}) {
+                UvCorners corners;
+                for (uint32_t k = 0; k < 3; ++k)
+                    corners.push_back(
+                        {layout.uvs[2 * (3 * t + k)], layout.uvs[2 * (3 * t + k) + 1]});
+                add_polygon(two, {{0, 0}, {1, 0}, {0, 1}}, corners);
+            }
+            pairs += measure::measure(two, k_square).overlaps.pairs_between;
+        }
+    EXPECT_GT(pairs, 100u);
+    EXPECT_EQ(all.overlaps.pairs_between, pairs);
+}
