@@ -79,7 +79,7 @@ IDirect3D9* WINAPI Direct3DCreate9(UINT sdk_version) {
 
 // The linker sends the calls of free() in the code under test through here.
 extern "C" void __real_free(void* block);
-extern "C" void __wrap_free(void* block);
+extern "C" __attribute__((visibility("default"))) void __wrap_free(void* block);
 extern "C" void __wrap_free(void* block) {
     if (block != nullptr && block == record().direct3d_block)
         ++record().direct3d_frees;

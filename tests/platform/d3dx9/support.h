@@ -25,9 +25,11 @@ public:
     Held(const Held&) = delete;
     Held& operator=(const Held&) = delete;
     Held(Held&& other) noexcept : pointer_(other.pointer_) { other.pointer_ = nullptr; }
-    ~Held() {
+    ~Held() { reset(); }
+    void reset() {
         if (pointer_ != nullptr)
             pointer_->Release();
+        pointer_ = nullptr;
     }
     T** slot() { return &pointer_; }
     T* get() const { return pointer_; }
