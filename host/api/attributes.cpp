@@ -1,6 +1,7 @@
 /// The function sets for attributes.
 #include "host/api/fault.h"
 #include "host/graph/data.h"
+#include "host/graph/node.h"
 #include "host/graph/numeric_types.h"
 
 #include <maya/MFnAttribute.h>

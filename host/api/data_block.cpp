@@ -32,7 +32,8 @@ const MDGContext MDGContext::fsNormal;
 
 namespace {
 
-/// What a reader gets when the accessor is not that of the attribute: a zero that belongs to nobody.
+/// What a reader gets when the accessor is not that of the attribute: a zero that belongs to
+/// nobody.
 template <class T>
 T& nothing() {
     static T zero;
@@ -282,8 +283,7 @@ Slot* MDataBlock::find(const MObject& attribute, const char* point, MStatus& sta
     status = pass_fault(point);
     const Attribute* const wanted = host::graph::attribute_of(attribute);
     host::graph::Node* const node = host::graph::node_of(node_);
-    Slot* const slot =
-        status && wanted != NULL && node != NULL ? node->slot(*wanted) : NULL;
+    Slot* const slot = status && wanted != NULL && node != NULL ? node->slot(*wanted) : NULL;
     if (status && slot == NULL)
         status = MS::kInvalidParameter;
     return slot;

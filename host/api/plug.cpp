@@ -315,9 +315,8 @@ host::graph::Ref<host::Object> read_object(Slot& slot) {
     if (!slot.is_leaf())
         return {};
     if (slot.attribute().kind() == AttributeKind::text)
-        return new host::graph::StringData(slot.value.kind() == ValueKind::text
-                                               ? slot.value.as_text()
-                                               : MString());
+        return new host::graph::StringData(
+            slot.value.kind() == ValueKind::text ? slot.value.as_text() : MString());
     host::Object* const held = slot.value.as_data();
     return held == nullptr ? host::graph::Ref<host::Object>() : host::graph::copy_of_data(*held);
 }

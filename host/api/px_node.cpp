@@ -22,9 +22,7 @@ MPxNode::~MPxNode() = default;
 void MPxNode::postConstructor() {}
 MStatus MPxNode::compute(const MPlug&, MDataBlock&) { return MS::kUnknownParameter; }
 MStatus MPxNode::setDependentsDirty(const MPlug&, MPlugArray&) { return MS::kSuccess; }
-MStatus MPxNode::connectionMade(const MPlug&, const MPlug&, bool) {
-    return MS::kUnknownParameter;
-}
+MStatus MPxNode::connectionMade(const MPlug&, const MPlug&, bool) { return MS::kUnknownParameter; }
 MStatus MPxNode::connectionBroken(const MPlug&, const MPlug&, bool) {
     return MS::kUnknownParameter;
 }

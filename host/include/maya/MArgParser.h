@@ -1,6 +1,6 @@
 /// Reads an argument list by a syntax. An unknown or repeated flag, an argument that is missing, of
-/// the wrong type or too many: the constructor's status fails and the user has seen a line that says
-/// what was wrong.
+/// the wrong type or too many: the constructor's status fails and the user has seen a line that
+/// says what was wrong.
 #pragma once
 
 #include <maya/MArgList.h>

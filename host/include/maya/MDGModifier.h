@@ -1,7 +1,7 @@
-/// Records changes of the dependency graph and carries them out. `doIt` does what was recorded since
-/// the last time, so rounds of recording and doing add up; `undoIt` takes all of it back; a `doIt`
-/// after that does everything again. A failing `doIt` leaves done what was done before the failure.
-/// A modifier that is destroyed neither undoes nor does anything.
+/// Records changes of the dependency graph and carries them out. `doIt` does what was recorded
+/// since the last time, so rounds of recording and doing add up; `undoIt` takes all of it back; a
+/// `doIt` after that does everything again. A failing `doIt` leaves done what was done before the
+/// failure. A modifier that is destroyed neither undoes nor does anything.
 #pragma once
 
 #include <maya/MObject.h>

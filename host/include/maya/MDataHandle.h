@@ -1,5 +1,5 @@
-/// A place in a node's data block. Handles must not outlive the compute that asked for them. There is
-/// no conversion between types: the accessor must be that of the attribute.
+/// A place in a node's data block. Handles must not outlive the compute that asked for them. There
+/// is no conversion between types: the accessor must be that of the attribute.
 #pragma once
 
 #include <maya/MFnData.h>
@@ -40,8 +40,8 @@ public:
     double& asDouble() const;
     /// Empty when nobody set a text.
     MString& asString() const;
-    /// The mesh in the block, for the mesh function set and the iterators; null while there is none.
-    /// Edits through it change the block.
+    /// The mesh in the block, for the mesh function set and the iterators; null while there is
+    /// none. Edits through it change the block.
     MObject asMesh() const;
     MMatrix& asMatrix() const;
     /// Data that is an object: meshes, matrices, texts.

@@ -58,9 +58,10 @@ public:
     /// Script procedures to be run after loading and before unloading; the second pair is used when
     /// there is no user interface. Empty: none.
     MStatus registerUI(const MString& creationProc, const MString& deletionProc,
-                       const MString& creationBatchProc = "", const MString& deletionBatchProc = "");
-    /// Adds an item to a menu, and an option box to the item when asked for. Gives the names of what
-    /// was made, also when a later part failed.
+                       const MString& creationBatchProc = "",
+                       const MString& deletionBatchProc = "");
+    /// Adds an item to a menu, and an option box to the item when asked for. Gives the names of
+    /// what was made, also when a later part failed.
     MStringArray addMenuItem(const MString& menuItemName, const MString& parentName,
                              const MString& commandName, const MString& commandParams,
                              bool needOptionBox = false, const MString* optBoxFunction = NULL,

@@ -12,7 +12,13 @@
 class MHOST_EXPORT MGlobal {
 public:
     enum MMayaState { kInteractive = 0, kBatch, kLibraryApp, kBaseUIMode };
-    enum ListAdjustment { kReplaceList, kXORWithList, kAddToList, kRemoveFromList, kAddToHeadOfList };
+    enum ListAdjustment {
+        kReplaceList,
+        kXORWithList,
+        kAddToList,
+        kRemoveFromList,
+        kAddToHeadOfList
+    };
 
     static MMayaState mayaState(MStatus* ReturnStatus = NULL);
     static int apiVersion();
@@ -42,7 +48,8 @@ public:
     static MStatus sourceFile(const MString& fileName);
 
     /// A copy of what is selected.
-    static MStatus getActiveSelectionList(MSelectionList& dest, bool orderedSelectionIfAvailable = false);
+    static MStatus getActiveSelectionList(MSelectionList& dest,
+                                          bool orderedSelectionIfAvailable = false);
     static MStatus setActiveSelectionList(const MSelectionList& src,
                                           ListAdjustment listAdjustment = kReplaceList);
     static MStatus clearSelectionList();

@@ -1,6 +1,6 @@
 /// Walks over a copy of a selection list, in its order. With a filter, an item of another type is
-/// searched downwards: a transform gives its shapes of the type asked for, those of the groups below
-/// it and intermediate ones included.
+/// searched downwards: a transform gives its shapes of the type asked for, those of the groups
+/// below it and intermediate ones included.
 #pragma once
 
 #include <maya/MFn.h>

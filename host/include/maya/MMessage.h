@@ -1,5 +1,5 @@
-/// Callbacks: what the host calls when something happens. A registration is named by an id, which is
-/// never used again; 0 names none.
+/// Callbacks: what the host calls when something happens. A registration is named by an id, which
+/// is never used again; 0 names none.
 #pragma once
 
 #include <maya/MObject.h>

@@ -1,6 +1,6 @@
 /// Base of the commands that plug-ins bring. An instance runs `doIt` once. When that succeeds and
-/// `isUndoable` says so it is kept in the undo queue, and `undoIt` and `redoIt` alternate; otherwise it
-/// is deleted. The results belong to the command that is running.
+/// `isUndoable` says so it is kept in the undo queue, and `undoIt` and `redoIt` alternate;
+/// otherwise it is deleted. The results belong to the command that is running.
 #pragma once
 
 #include <maya/MArgList.h>

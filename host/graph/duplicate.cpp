@@ -1,0 +1,142 @@
+// Copies of nodes, and the history that a shape hangs on.
+#include "host/graph/mesh_node.h"
+#include "host/graph/scene.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace host::graph {
+
+namespace {
+
+/// Gives a copy every value that the original holds by itself or was given by a connection.
+/// Outputs are computed anew; messages carry nothing.
+MStatus copy_slots(Node& from, Node& to, bool with_tweaks) {
+    for (const Ref<Attribute>& attribute : from.dynamic_attributes()) {
+        const MStatus status = to.add_attribute(attribute);
+        if (!status)
+            return status;
+    }
+    const Attribute* tweaks = mesh_attributes().tweaks.get();
+    for (Slot* slot : std::vector<Slot*>(from.slots())) {
+        const Attribute& attribute = slot->attribute();
+        if (attribute.kind() == AttributeKind::message || from.node_type().is_output(attribute))
+            continue;
+        if (&attribute == tweaks && !with_tweaks)
+            continue;
+        const MStatus status = evaluate(*slot);
+        if (!status)
+            return status;
+        Slot* copy = to.slot(attribute);
+        if (copy == nullptr)
+            continue;
+        // Elements have to be there before they can take a value.
+        const SlotState state = save_state(*slot);
+        make_elements(*copy, state);
+        restore_state(*copy, state);
+    }
+    return MS::kSuccess;
+}
+
+} // namespace
+
+MStatus Scene::duplicate(Node& node, bool with_tweaks, std::vector<Copy>& copies) {
+    DagNode* dag = node.as_dag_node();
+    if (!node.in_scene_)
+        return MS::kFailure;
+    const auto copy_one = [&](Node& original, DagNode* parent, bool new_name) -> Ref<Node> {
+        if (original.node_type().is_unknown)
+            return {};
+        Ref<Node> copy = make_node(original.type_, original.name_);
+        if (!copy || !copy_slots(original, *copy, with_tweaks))
+            return {};
+        if (!new_name)
+            copy->name_ = original.name_;
+        copies.push_back({copy, parent});
+        return copy;
+    };
+    if (dag == nullptr)
+        return copy_one(node, nullptr, true) ? MS::kSuccess : MS::kFailure;
+
+    // A shape comes with a transform of its own, which stands beside the original's.
+    DagNode* root = dag->is_shape() && !dag->parents_.empty() ? dag->parents_.front() : dag;
+    const Ref<Node> top =
+        copy_one(*root, root->parents_.empty() ? nullptr : root->parents_.front(), true);
+    if (!top)
+        return MS::kFailure;
+    if (dag->is_shape()) {
+        const Ref<Node> shape = copy_one(*dag, top->as_dag_node(), true);
+        if (!shape)
+            return MS::kFailure;
+        // Whatever the original is to the user, its copy is a mesh of its own.
+        reset_state(*shape->slot(*dag_attributes().intermediate));
+        return MS::kSuccess;
+    }
+    const std::function<bool(DagNode&, DagNode&)> descend = [&](DagNode& from, DagNode& to) {
+        for (DagNode* child : from.children_) {
+            if (child->is_intermediate())
+                continue; // it fed a history that the copy does not have
+            const Ref<Node> copy = copy_one(*child, &to, &from == root && child->is_shape());
+            if (!copy || !descend(*child, *copy->as_dag_node()))
+                return false;
+        }
+        return true;
+    };
+    return descend(*root, *top->as_dag_node()) ? MS::kSuccess : MS::kFailure;
+}
+
+std::vector<Node*> Scene::history_of(Node& shape, bool exclusive_only) const {
+    std::vector<Node*> found;
+    const auto visit_sources = [&](Node& node, const std::function<void(Node&)>& each) {
+        const std::function<void(Slot&)> visit = [&](Slot& slot) {
+            if (slot.source() != nullptr)
+                each(slot.source()->node());
+            for (const auto& below : slot.below())
+                visit(*below);
+        };
+        for (Slot* slot : node.slots())
+            visit(*slot);
+    };
+    const auto known = [&](const Node* node) {
+        return node == &shape || std::find(found.begin(), found.end(), node) != found.end();
+    };
+    std::vector<Node*> pending = {&shape};
+    while (!pending.empty()) {
+        Node* node = pending.back();
+        pending.pop_back();
+        visit_sources(*node, [&](Node& source) {
+            if (known(&source))
+                return;
+            found.push_back(&source);
+            pending.push_back(&source);
+        });
+    }
+    if (!exclusive_only)
+        return found;
+
+    // What feeds anything outside the set stays; and so does what feeds what stays.
+    bool changed = true;
+    while (changed) {
+        changed = false;
+        for (size_t i = 0; i < found.size(); ++i) {
+            bool leads_out = found[i]->is_default;
+            const std::function<void(Slot&)> visit = [&](Slot& slot) {
+                for (const Slot* destination : slot.destinations())
+                    leads_out = leads_out || !known(&destination->node());
+                for (const auto& below : slot.below())
+                    visit(*below);
+            };
+            for (Slot* slot : found[i]->slots())
+                visit(*slot);
+            DagNode* dag = found[i]->as_dag_node();
+            if (leads_out || (dag != nullptr && !dag->is_intermediate())) {
+                found.erase(found.begin() + static_cast<std::ptrdiff_t>(i));
+                changed = true;
+                break;
+            }
+        }
+    }
+    return found;
+}
+
+} // namespace host::graph

@@ -1,0 +1,243 @@
+#include "host/graph/selection.h"
+
+#include "host/graph/scene.h"
+#include "host/mesh/mesh.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace host::graph {
+
+Component::Component(ComponentKind kind, std::vector<int> ids)
+    : Object(MFn::kComponent), kind_(kind), ids_(std::move(ids)) {
+    std::sort(ids_.begin(), ids_.end());
+    ids_.erase(std::unique(ids_.begin(), ids_.end()), ids_.end());
+}
+Component::~Component() = default;
+
+namespace {
+
+struct ComponentName {
+    const char* text;
+    ComponentKind kind;
+};
+constexpr ComponentName k_components[] = {{"vtx", ComponentKind::vertex},
+                                          {"e", ComponentKind::edge},
+                                          {"f", ComponentKind::face},
+                                          {"map", ComponentKind::uv}};
+
+bool has_wild_card(const std::string& text) {
+    return text.find_first_of("*?") != std::string::npos;
+}
+
+bool fits(const char* pattern, const char* text) {
+    for (; *pattern != '\0'; ++pattern, ++text) {
+        if (*pattern == '*') {
+            for (const char* rest = text;; ++rest) {
+                if (fits(pattern + 1, rest))
+                    return true;
+                if (*rest == '\0')
+                    return false;
+            }
+        }
+        if (*text == '\0' || (*pattern != '?' && *pattern != *text))
+            return false;
+    }
+    return *text == '\0';
+}
+
+/// How many components of a kind a mesh shape has.
+int component_count(DagNode& shape, ComponentKind kind) {
+    MeshFace* face = shape.as_mesh();
+    if (face == nullptr || !face->refresh() || face->mesh() == nullptr)
+        return 0;
+    const Mesh& mesh = *face->mesh();
+    const int set = mesh.current_uv_set();
+    switch (kind) {
+    case ComponentKind::vertex:
+        return static_cast<int>(mesh.connectivity().vertex_count());
+    case ComponentKind::edge:
+        return static_cast<int>(mesh.connectivity().edge_count());
+    case ComponentKind::face:
+        return static_cast<int>(mesh.connectivity().polygon_count());
+    case ComponentKind::uv:
+        return set < 0 ? 0 : static_cast<int>(mesh.uv_set(static_cast<uint32_t>(set)).u.size());
+    }
+    return 0;
+}
+
+/// "[3]", "[0:7]", "[*]" as ids below `count`; false when it is none of these or out of range.
+bool parse_range(const std::string& text, int count, std::vector<int>& ids) {
+    if (text.size() < 3 || text.front() != '[' || text.back() != ']')
+        return false;
+    const std::string inner = text.substr(1, text.size() - 2);
+    int first = 0;
+    int last = count - 1;
+    if (inner != "*") {
+        const size_t colon = inner.find(':');
+        const auto number = [](const std::string& digits, int& out) {
+            if (digits.empty() || digits.size() > 9 ||
+                !std::all_of(digits.begin(), digits.end(),
+                             [](unsigned char c) { return std::isdigit(c) != 0; }))
+                return false;
+            out = std::stoi(digits);
+            return true;
+        };
+        if (!number(inner.substr(0, colon), first))
+            return false;
+        last = first;
+        if (colon != std::string::npos && inner.substr(colon + 1) != "*" &&
+            !number(inner.substr(colon + 1), last))
+            return false;
+        if (colon != std::string::npos && inner.substr(colon + 1) == "*")
+            last = count - 1;
+        if (first > last || last >= count)
+            return false;
+    }
+    for (int id = first; id <= last; ++id)
+        ids.push_back(id);
+    return !ids.empty();
+}
+
+/// The shape that components of a path belong to: itself, or the one visible shape below.
+DagNode* component_shape(SelectionItem& item) {
+    if (item.path.empty())
+        return nullptr;
+    DagNode* node = item.path.back().get();
+    if (node->as_mesh() != nullptr)
+        return node;
+    for (DagNode* child : node->children())
+        if (child->as_mesh() != nullptr && !child->is_intermediate()) {
+            item.path.push_back(child);
+            item.node = child;
+            return child;
+        }
+    return nullptr;
+}
+
+/// What stands behind the first dot of a pattern: a component or a plug of `item`.
+bool add_part(SelectionItem& item, const std::string& part) {
+    const size_t bracket = part.find('[');
+    if (bracket != std::string::npos) {
+        for (const ComponentName& name : k_components) {
+            if (part.compare(0, bracket, name.text) != 0)
+                continue;
+            SelectionItem at_shape = item;
+            DagNode* shape = component_shape(at_shape);
+            std::vector<int> ids;
+            if (shape == nullptr ||
+                !parse_range(part.substr(bracket), component_count(*shape, name.kind), ids))
+                return false;
+            item = at_shape;
+            item.component = new Component(name.kind, std::move(ids));
+            return true;
+        }
+    }
+    item.plug = item.node->find_plug(part, false);
+    if (item.plug != nullptr || item.path.empty())
+        return item.plug != nullptr;
+    // A transform answers for the attributes of its one visible shape.
+    for (DagNode* child : item.path.back()->children()) {
+        if (!child->is_shape() || child->is_intermediate())
+            continue;
+        item.plug = child->find_plug(part, false);
+        item.node = child;
+        item.path.push_back(child);
+        return item.plug != nullptr;
+    }
+    return false;
+}
+
+Selection match_nodes(const std::string& pattern) {
+    Scene& scene = Scene::current();
+    if (!has_wild_card(pattern))
+        return scene.find_all(pattern);
+    Selection found;
+    const bool by_path = pattern.find('|') != std::string::npos;
+    for (const Ref<Node>& node : scene.nodes()) {
+        DagNode* dag = node->as_dag_node();
+        if (dag == nullptr) {
+            if (!by_path && fits(pattern.c_str(), node->name_text().c_str()))
+                found.push_back({node, {}, nullptr, {}});
+            continue;
+        }
+        for (DagPath& path : dag->all_paths()) {
+            std::string text = by_path ? full_name(path) : node->name_text();
+            if (by_path && pattern.front() != '|')
+                text.erase(0, 1);
+            if (fits(pattern.c_str(), text.c_str()))
+                found.push_back({node, std::move(path), nullptr, {}});
+        }
+    }
+    return found;
+}
+
+std::vector<std::string> component_ranges(const Component& component) {
+    static const char* const k_texts[] = {"vtx", "e", "f", "map"};
+    const std::string head = std::string(".") + k_texts[static_cast<int>(component.kind())] + "[";
+    std::vector<std::string> texts;
+    const std::vector<int>& ids = component.ids();
+    for (size_t i = 0; i < ids.size();) {
+        size_t j = i + 1;
+        while (j < ids.size() && ids[j] == ids[j - 1] + 1)
+            ++j;
+        std::string text = head + std::to_string(ids[i]);
+        if (j - i > 1)
+            text += ":" + std::to_string(ids[j - 1]);
+        texts.push_back(text + "]");
+        i = j;
+    }
+    return texts;
+}
+
+} // namespace
+
+bool SelectionItem::same_thing(const SelectionItem& other) const {
+    return node == other.node && path == other.path && plug == other.plug &&
+           component == other.component;
+}
+
+Selection resolve(const std::string& pattern) {
+    const size_t dot = pattern.find('.');
+    Selection found = match_nodes(pattern.substr(0, dot));
+    if (dot == std::string::npos)
+        return found;
+    Selection parts;
+    for (SelectionItem& item : found)
+        if (add_part(item, pattern.substr(dot + 1)))
+            parts.push_back(std::move(item));
+    return parts;
+}
+
+SelectionItem item_of(Node& node) {
+    SelectionItem item;
+    item.node = &node;
+    if (DagNode* dag = node.as_dag_node())
+        item.path = dag->path();
+    return item;
+}
+
+std::vector<std::string> names_of(const SelectionItem& item, bool full) {
+    const Scene& scene = Scene::current();
+    std::string name = item.node->name_text();
+    if (!item.path.empty())
+        name = full ? full_name(item.path) : scene.partial_name(item.path);
+    if (item.plug != nullptr)
+        return {name + "." + item.plug->path()};
+    if (!item.component)
+        return {name};
+    // Components are named after the transform, as users know it.
+    if (!full && item.path.size() > 1) {
+        DagPath above = item.path;
+        above.pop_back();
+        SelectionItem transform{above.back().get(), above, nullptr, {}};
+        if (component_shape(transform) == item.node.get())
+            name = scene.partial_name(above);
+    }
+    std::vector<std::string> names = component_ranges(*item.component);
+    for (std::string& text : names)
+        text = name + text;
+    return names;
+}
+
+} // namespace host::graph

@@ -1,0 +1,17 @@
+/// The host's own node types.
+#pragma once
+
+#include "host/graph/scene.h"
+
+namespace host::graph {
+
+inline constexpr double k_degree = 3.14159265358979323846 / 180.0;
+
+/// transform, mesh, camera, polyTweak, the primitive creators; called once by the scene.
+void add_standard_types(Scene& scene);
+
+void add_dag_types(Scene& scene);
+void add_mesh_types(Scene& scene);
+void add_primitive_types(Scene& scene);
+
+} // namespace host::graph

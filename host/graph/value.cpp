@@ -1,0 +1,208 @@
+#include "host/graph/value.h"
+
+#include "host/graph/data.h"
+
+#include <cstring>
+#include <limits>
+
+namespace host::graph {
+
+namespace {
+
+/// Truncates towards zero; what does not fit becomes the nearest number that does, NaN becomes 0.
+template <class T>
+T clamped(double number) {
+    if (number != number)
+        return T(0);
+    if (number <= static_cast<double>(std::numeric_limits<T>::min()))
+        return std::numeric_limits<T>::min();
+    if (number >= static_cast<double>(std::numeric_limits<T>::max()))
+        return std::numeric_limits<T>::max();
+    return static_cast<T>(number);
+}
+
+} // namespace
+
+Value::Value(const Value& other) : kind_(other.kind_), integer_(0) {
+    switch (kind_) {
+    case ValueKind::text:
+        text_ = new MString(*other.text_);
+        break;
+    case ValueKind::data:
+        data_ = other.data_;
+        data_->retain();
+        break;
+    default:
+        real64_ = 0;
+        std::memcpy(&real64_, &other.real64_, sizeof(real64_));
+    }
+}
+
+Value::Value(Value&& other) noexcept : kind_(other.kind_), integer_(0) {
+    std::memcpy(&real64_, &other.real64_, sizeof(real64_));
+    other.kind_ = ValueKind::none;
+}
+
+Value& Value::operator=(const Value& other) {
+    if (this != &other)
+        *this = Value(other);
+    return *this;
+}
+
+Value& Value::operator=(Value&& other) noexcept {
+    if (this != &other) {
+        reset();
+        kind_ = other.kind_;
+        std::memcpy(&real64_, &other.real64_, sizeof(real64_));
+        other.kind_ = ValueKind::none;
+    }
+    return *this;
+}
+
+void Value::reset() {
+    if (kind_ == ValueKind::text)
+        delete text_;
+    else if (kind_ == ValueKind::data)
+        data_->release();
+    kind_ = ValueKind::none;
+    real64_ = 0;
+}
+
+Value Value::zero(ValueKind kind) {
+    Value value;
+    value.real64_ = 0;
+    if (kind == ValueKind::text)
+        value.text_ = new MString;
+    value.kind_ = kind == ValueKind::data ? ValueKind::none : kind;
+    return value;
+}
+
+Value Value::of_bool(bool v) {
+    Value value = zero(ValueKind::boolean);
+    value.boolean_ = v;
+    return value;
+}
+
+Value Value::of_byte(char v) {
+    Value value = zero(ValueKind::byte);
+    value.byte_ = v;
+    return value;
+}
+
+Value Value::of_short(short v) {
+    Value value = zero(ValueKind::short_);
+    value.short_ = v;
+    return value;
+}
+
+Value Value::of_int(int32_t v) {
+    Value value = zero(ValueKind::integer);
+    value.integer_ = v;
+    return value;
+}
+
+Value Value::of_float(float v) {
+    Value value = zero(ValueKind::real32);
+    value.real32_ = v;
+    return value;
+}
+
+Value Value::of_double(double v) {
+    Value value = zero(ValueKind::real64);
+    value.real64_ = v;
+    return value;
+}
+
+Value Value::of_text(const MString& v) {
+    Value value = zero(ValueKind::text);
+    *value.text_ = v;
+    return value;
+}
+
+Value Value::of_data(Object* v) {
+    Value value;
+    if (v != nullptr) {
+        v->retain();
+        value.data_ = v;
+        value.kind_ = ValueKind::data;
+    }
+    return value;
+}
+
+double Value::number() const {
+    switch (kind_) {
+    case ValueKind::boolean:
+        return boolean_ ? 1.0 : 0.0;
+    case ValueKind::byte:
+        return byte_;
+    case ValueKind::short_:
+        return short_;
+    case ValueKind::integer:
+        return integer_;
+    case ValueKind::real32:
+        return static_cast<double>(real32_);
+    case ValueKind::real64:
+        return real64_;
+    default:
+        return 0.0;
+    }
+}
+
+bool Value::assign_number(double number) {
+    switch (kind_) {
+    case ValueKind::boolean:
+        boolean_ = number != 0.0;
+        return true;
+    case ValueKind::byte:
+        byte_ = clamped<char>(number);
+        return true;
+    case ValueKind::short_:
+        short_ = clamped<short>(number);
+        return true;
+    case ValueKind::integer:
+        integer_ = clamped<int32_t>(number);
+        return true;
+    case ValueKind::real32:
+        real32_ = static_cast<float>(number);
+        return true;
+    case ValueKind::real64:
+        real64_ = number;
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool Value::same_bits(const Value& other) const {
+    if (kind_ != other.kind_)
+        return false;
+    switch (kind_) {
+    case ValueKind::none:
+        return true;
+    case ValueKind::boolean:
+        return boolean_ == other.boolean_;
+    case ValueKind::byte:
+        return byte_ == other.byte_;
+    case ValueKind::short_:
+        return short_ == other.short_;
+    case ValueKind::integer:
+        return integer_ == other.integer_;
+    case ValueKind::real32:
+        return std::memcmp(&real32_, &other.real32_, sizeof(real32_)) == 0;
+    case ValueKind::real64:
+        return std::memcmp(&real64_, &other.real64_, sizeof(real64_)) == 0;
+    case ValueKind::text:
+        return *text_ == *other.text_;
+    case ValueKind::data:
+        return data_ == other.data_;
+    }
+    return false;
+}
+
+Value Value::deep_copy() const {
+    if (kind_ == ValueKind::data)
+        return Value::of_data(copy_of_data(*data_).get());
+    return *this;
+}
+
+} // namespace host::graph

@@ -1,0 +1,79 @@
+/// What a plug holds: nothing yet, a number of one exact type, a text, or data (a mesh, a matrix).
+///
+/// Numbers keep their type: data handles give references to them, so a float attribute really
+/// stores a float. Conversion between number types happens in `assign_number` only. Data is shared
+/// until written (copying a Value that holds a mesh copies a handle; `deep_copy` makes it
+/// independent, which for meshes is cheap too, since their storage is shared until written).
+#pragma once
+
+#include "host/graph/ref.h"
+
+#include <cstdint>
+#include <string>
+
+namespace host::graph {
+
+enum class ValueKind : uint8_t { none, boolean, byte, short_, integer, real32, real64, text, data };
+
+class MHOST_EXPORT Value {
+public:
+    Value() : integer_(0) {}
+    Value(const Value& other);
+    Value(Value&& other) noexcept;
+    Value& operator=(const Value& other);
+    Value& operator=(Value&& other) noexcept;
+    ~Value() { reset(); }
+
+    static Value of_bool(bool v);
+    static Value of_byte(char v);
+    static Value of_short(short v);
+    static Value of_int(int32_t v);
+    static Value of_float(float v);
+    static Value of_double(double v);
+    static Value of_text(const MString& v);
+    static Value of_data(Object* v);
+    /// A zero of a kind: false, 0, "", or nothing for data.
+    static Value zero(ValueKind kind);
+
+    ValueKind kind() const { return kind_; }
+    bool is_none() const { return kind_ == ValueKind::none; }
+    bool is_number() const { return kind_ >= ValueKind::boolean && kind_ <= ValueKind::real64; }
+
+    /// Direct access; the kind must match.
+    bool& as_bool() { return boolean_; }
+    char& as_byte() { return byte_; }
+    short& as_short() { return short_; }
+    int32_t& as_int() { return integer_; }
+    float& as_float() { return real32_; }
+    double& as_double() { return real64_; }
+    MString& as_text() { return *text_; }
+    const MString& as_text() const { return *text_; }
+    Object* as_data() const { return kind_ == ValueKind::data ? data_ : nullptr; }
+
+    /// The number as a double; 0 for everything that is none.
+    double number() const;
+    /// Takes a number over, converted to this value's own kind: narrowing, truncating towards zero
+    /// and clamping to the range of the kind. False when this value is no number.
+    bool assign_number(double number);
+
+    /// Bit for bit: equal kind and equal content; data are equal when they are one object.
+    bool same_bits(const Value& other) const;
+    /// A value that shares nothing with this one.
+    Value deep_copy() const;
+    void reset();
+
+private:
+    ValueKind kind_ = ValueKind::none;
+    union {
+        bool boolean_;
+        char byte_;
+        short short_;
+        int32_t integer_;
+        float real32_;
+        double real64_;
+        MString* text_;
+        Object* data_;
+    };
+};
+
+} // namespace host::graph

@@ -1,0 +1,194 @@
+#include "tests/host/graph/fixture.h"
+
+namespace host::graph::testing {
+
+using EvaluationTest = SceneTest;
+
+TEST_F(EvaluationTest, ANewNodeHoldsTheDefaultsOfItsAttributes) {
+    Node& node = add("scaleNode");
+    EXPECT_EQ(pull(node, "input"), 1.0);
+    EXPECT_EQ(pull(node, "factor"), 2.0);
+    EXPECT_EQ(pull(node, "other"), 0.0);
+}
+
+TEST_F(EvaluationTest, AnOutputIsComputedOnTheFirstPullAndNotAgain) {
+    Node& node = add("scaleNode");
+    set(node, "input", 3.0);
+    EXPECT_EQ(ScaleNode::computes, 0);
+    EXPECT_EQ(pull(node, "result"), 6.0);
+    EXPECT_EQ(pull(node, "result"), 6.0);
+    EXPECT_EQ(ScaleNode::computes, 1);
+}
+
+TEST_F(EvaluationTest, SettingAnInputThatAffectsAnOutputMakesItStale) {
+    Node& node = add("scaleNode");
+    pull(node, "result");
+    set(node, "factor", 5.0);
+    EXPECT_FALSE(is_clean(plug(node, "result")));
+    EXPECT_EQ(pull(node, "result"), 5.0);
+}
+
+TEST_F(EvaluationTest, SettingAnInputThatAffectsNothingLeavesOutputsClean) {
+    Node& node = add("scaleNode");
+    pull(node, "result");
+    set(node, "other", 5.0);
+    EXPECT_TRUE(is_clean(plug(node, "result")));
+}
+
+TEST_F(EvaluationTest, ValuesTravelAlongConnections) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    connect(first, "result", second, "input");
+    set(first, "input", 10.0);
+    EXPECT_EQ(pull(second, "result"), 40.0);
+    set(first, "input", 1.0);
+    EXPECT_EQ(pull(second, "result"), 4.0);
+    EXPECT_EQ(ScaleNode::computes, 4);
+}
+
+TEST_F(EvaluationTest, StaleMarksTravelThroughSeveralNodes) {
+    Node* chain[4];
+    for (Node*& node : chain)
+        node = &add("scaleNode");
+    for (int i = 0; i < 3; ++i)
+        connect(*chain[i], "result", *chain[i + 1], "input");
+    EXPECT_EQ(pull(*chain[3], "result"), 16.0);
+    set(*chain[0], "input", 2.0);
+    EXPECT_FALSE(is_clean(plug(*chain[3], "result")));
+    EXPECT_EQ(pull(*chain[3], "result"), 32.0);
+}
+
+TEST_F(EvaluationTest, SuccessWithoutCleaningLeavesThePlugStaleAndTheNextPullComputesAgain) {
+    Node& node = add("scaleNode");
+    ScaleNode::cleans = false;
+    EXPECT_EQ(pull(node, "result"), 2.0);
+    EXPECT_FALSE(is_clean(plug(node, "result")));
+    EXPECT_EQ(pull(node, "result"), 2.0);
+    EXPECT_EQ(ScaleNode::computes, 2);
+}
+
+TEST_F(EvaluationTest, WhatIsFedByAStalePlugAsksAgain) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    connect(first, "result", second, "other");
+    ScaleNode::cleans = false;
+    EXPECT_EQ(pull(second, "other"), 2.0);
+    EXPECT_EQ(pull(second, "other"), 2.0);
+    EXPECT_EQ(ScaleNode::computes, 2);
+    ScaleNode::cleans = true;
+    pull(second, "other");
+    pull(second, "other");
+    EXPECT_EQ(ScaleNode::computes, 3);
+}
+
+TEST_F(EvaluationTest, AFailingComputeLeavesTheDestinationItsOldValue) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    connect(first, "result", second, "input");
+    EXPECT_EQ(pull(second, "result"), 4.0);
+    ScaleNode::answer = MS::kLicenseFailure;
+    set(first, "input", 9.0);
+    EXPECT_EQ(evaluate(plug(second, "input")), MS::kLicenseFailure);
+    EXPECT_EQ(plug(second, "input").value.number(), 2.0);
+    ScaleNode::answer = MS::kSuccess;
+    EXPECT_EQ(pull(second, "result"), 36.0);
+}
+
+TEST_F(EvaluationTest, ABlockingNodeIsNotComputed) {
+    Node& node = add("scaleNode");
+    EXPECT_EQ(pull(node, "result"), 2.0);
+    set(node, "nodeState", 2);
+    set(node, "input", 7.0);
+    EXPECT_EQ(pull(node, "result"), 2.0);
+    EXPECT_EQ(ScaleNode::computes, 1);
+    set(node, "nodeState", 0);
+    EXPECT_EQ(pull(node, "result"), 14.0);
+}
+
+TEST_F(EvaluationTest, ChangingTheNodeStateMakesOutputsStale) {
+    Node& node = add("scaleNode");
+    pull(node, "result");
+    set(node, "nodeState", 1);
+    EXPECT_FALSE(is_clean(plug(node, "result")));
+}
+
+TEST_F(EvaluationTest, ACycleEndsWithWhatIsThere) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    connect(first, "result", second, "input");
+    connect(second, "result", first, "input");
+    EXPECT_EQ(pull(first, "result"), 0.0); // nothing was computed before the circle closed
+    EXPECT_EQ(ScaleNode::computes, 2);
+}
+
+TEST_F(EvaluationTest, NumbersConvertToTheTypeOfTheAttribute) {
+    Node& node = add("polyCube");
+    set(node, "sw", 3.9);
+    EXPECT_EQ(plug(node, "sw").value.kind(), ValueKind::integer);
+    EXPECT_EQ(pull(node, "sw"), 3.0);
+    DagNode& transform = add_dag("transform");
+    set(transform, "visibility", 7.0);
+    EXPECT_EQ(pull(transform, "visibility"), 1.0);
+}
+
+TEST_F(EvaluationTest, ATextIsNotANumber) {
+    Node& node = add("scaleNode");
+    EXPECT_EQ(set_value(plug(node, "input"), Value::of_text("4")), MS::kInvalidParameter);
+    EXPECT_EQ(pull(node, "input"), 1.0);
+}
+
+TEST_F(EvaluationTest, APlugThatIsNotWritableRefusesValuesAndConnections) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    EXPECT_EQ(set_value(plug(first, "result"), Value::of_double(1)), MS::kFailure);
+    EXPECT_EQ(scene.connect(plug(second, "other"), plug(first, "result")), MS::kFailure);
+}
+
+TEST_F(EvaluationTest, ALockedPlugRefusesValuesAndConnections) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    plug(first, "input").locked = true;
+    EXPECT_EQ(set_value(plug(first, "input"), Value::of_double(1)), MS::kFailure);
+    EXPECT_EQ(scene.connect(plug(second, "result"), plug(first, "input")), MS::kFailure);
+}
+
+TEST_F(EvaluationTest, AFedPlugRefusesValuesAndFurtherConnections) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    connect(first, "result", second, "input");
+    EXPECT_EQ(set_value(plug(second, "input"), Value::of_double(1)), MS::kFailure);
+    EXPECT_EQ(scene.connect(plug(first, "other"), plug(second, "input")), MS::kFailure);
+}
+
+TEST_F(EvaluationTest, ADestinationKeepsTheLastValueThatCameThroughTheConnection) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    connect(first, "result", second, "input");
+    pull(second, "result");
+    EXPECT_EQ(scene.disconnect(plug(first, "result"), plug(second, "input")), MS::kSuccess);
+    EXPECT_EQ(pull(second, "input"), 2.0);
+    EXPECT_EQ(pull(second, "result"), 4.0);
+}
+
+TEST_F(EvaluationTest, AVectorSetWhileAComponentIsFedHoldsTheValueOnceTheConnectionGoes) {
+    Node& driver = add("scaleNode");
+    MeshNode& shape = add_cube();
+    set(shape, "pnts[2].pntx", 0.5);
+    connect(driver, "result", shape, "pnts[2].pntx");
+    EXPECT_EQ(pull(shape, "pnts[2].pntx"), 2.0);
+
+    MFnNumericData data;
+    const MObject zero = data.create(MFnNumericData::k3Float);
+    EXPECT_EQ(set_value(plug(shape, "pnts[2]"), Value::of_data(zero.host_object())), MS::kSuccess);
+    EXPECT_EQ(pull(shape, "pnts[2].pntx"), 2.0);
+    scene.disconnect(plug(driver, "result"), plug(shape, "pnts[2].pntx"));
+    EXPECT_EQ(pull(shape, "pnts[2].pntx"), 0.0);
+}
+
+TEST_F(EvaluationTest, MessagesConnectOnlyToMessages) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    EXPECT_EQ(scene.connect(plug(first, "message"), plug(second, "input")), MS::kInvalidParameter);
+}
+
+} // namespace host::graph::testing
