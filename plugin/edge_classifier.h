@@ -1,0 +1,63 @@
+/// Decides for every triangle edge whether it lies on an edge of the mesh, and whether it becomes a
+/// chart border.
+///
+/// A triangle edge is real when a mesh edge joins its two vertices; the others are diagonals that
+/// the host's triangulation put into a polygon, and are never cut. A real edge is cut when it is a
+/// UV border and borders are kept, or when its two faces meet at a crease:
+///
+///   groove  concave or flat; cut when grooves are on and the angle reaches `groove_angle`
+///   ridge   convex; cut when ridges are on and the angle reaches `ridge_angle`
+///
+/// Which of the two it is comes from the sign of (edge vector) . (cross product of the normals),
+/// with counter-clockwise corners and outward normals. Edges with one face, or more than two, are
+/// never creases.
+#pragma once
+
+#include "plugin/edge_table.h"
+#include "plugin/mesh_data.h"
+#include "plugin/unwrap_settings.h"
+
+#include <maya/MIntArray.h>
+#include <maya/MItMeshPolygon.h>
+#include <maya/MPointArray.h>
+
+class EdgeClassifier {
+public:
+    /// Both must outlive the classifier. `seam_pairs` may be null.
+    EdgeClassifier(const UnwrapSettings& settings, MIntArray* seam_pairs)
+        : settings_(settings), seam_pairs_(seam_pairs) {}
+
+    /// Reads what the classification looks up. `border_edges` are the ids of the UV borders; an id
+    /// listed twice counts twice. Moves `polygons`.
+    /// Errors: the host's status, or kInsufficientMemory.
+    MStatus prepare(MObject& mesh, uint32_t vertex_count, MItMeshPolygon& polygons,
+                    const MIntArray& border_edges);
+
+    /// Edge `k` of a triangle of polygon `polygon`: appends one entry to `real_edges`, then one to
+    /// `cut_edges`, and, per matching UV border, the edge's two vertices to the seam pairs.
+    /// `ids` and `points` hold the triangle's three mesh vertices, in object space.
+    void classify(int polygon, const MIntArray& ids, const MPointArray& points, unsigned k,
+                  MeshData& data);
+
+private:
+    struct Normal {
+        double x, y, z;
+    };
+    /// What is known of the creases of a vertex' own edges.
+    enum SelfCrease : uint8_t { k_unknown, k_no_crease, k_some_crease };
+
+    bool looks_for_creases() const { return settings_.use_grooves || settings_.use_ridges; }
+    MStatus read_normals(MItMeshPolygon& polygons);
+    MVector normal(int polygon) const;
+    bool is_crease(const MeshEdge& edge, int polygon, const MVector& along) const;
+    bool has_crease(EdgeTable::Spokes spokes, int polygon, const MVector& along) const;
+    bool has_self_crease(int vertex, EdgeTable::Spokes spokes, int polygon, const MVector& along);
+    bool note_borders(EdgeTable::Spokes spokes, int from, int to);
+
+    const UnwrapSettings& settings_;
+    MIntArray* const seam_pairs_;
+    EdgeTable edges_;
+    WorkBuffer<uint32_t> border_counts_; ///< per edge, how often it is listed as a UV border
+    WorkBuffer<Normal> normals_;         ///< per polygon; only when creases are looked for
+    WorkBuffer<uint8_t> self_creases_;   ///< per vertex, a SelfCrease
+};

@@ -1,0 +1,55 @@
+/// The edges of a mesh, looked up by their two vertices.
+///
+/// The host finds an edge by walking all edges of one of its vertices; done for every triangle edge
+/// that is quadratic in the valence. This table answers in logarithmic time and keeps what the host
+/// says of each edge, asked once. It is a snapshot: the mesh must not change meanwhile.
+#pragma once
+
+#include "plugin/work_buffer.h"
+
+#include <maya/MObject.h>
+#include <maya/MStatus.h>
+
+#include <cstdint>
+
+/// One edge: its two end vertices and, when it has exactly two faces, those.
+struct MeshEdge {
+    int32_t ends[2];
+    int32_t face_count;
+    int32_t faces[2]; ///< in the host's order
+};
+
+class EdgeTable {
+public:
+    /// An edge as one of its vertices sees it.
+    struct Spoke {
+        int32_t other; ///< the vertex at the other end
+        int32_t edge;
+    };
+    struct Spokes {
+        const Spoke* first;
+        const Spoke* last;
+        const Spoke* begin() const { return first; }
+        const Spoke* end() const { return last; }
+    };
+
+    /// Reads all edges. Vertex ids must be below `vertex_count`.
+    /// Errors: the host's status, or kInsufficientMemory.
+    MStatus build(MObject& mesh, uint32_t vertex_count);
+
+    size_t count() const { return edges_.count(); }
+    const MeshEdge& edge(int32_t id) const { return edges_[static_cast<size_t>(id)]; }
+
+    /// All edges that have `vertex` as an end, by the other end, then by id.
+    Spokes around(int32_t vertex) const;
+    /// The edges between two vertices. A vertex paired with itself is an end of all its edges.
+    Spokes between(int32_t vertex, int32_t other) const;
+
+private:
+    bool read(MObject& mesh, MStatus& status);
+    void fill_spokes(uint32_t vertex_count);
+
+    WorkBuffer<MeshEdge> edges_;  ///< by id
+    WorkBuffer<uint32_t> starts_; ///< vertex v has the spokes starts_[v] to starts_[v + 1]
+    WorkBuffer<Spoke> spokes_;
+};

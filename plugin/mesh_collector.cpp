@@ -1,0 +1,186 @@
+#include "plugin/mesh_collector.h"
+
+#include "plugin/edge_classifier.h"
+#include "plugin/failure.h"
+#include "plugin/progress.h"
+#include "plugin/seams.h"
+#include "plugin/unwrapper.h"
+
+#include <maya/MFnMesh.h>
+#include <maya/MItMeshEdge.h>
+#include <maya/MItMeshPolygon.h>
+#include <maya/MItMeshVertex.h>
+#include <maya/MPointArray.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr const char* k_no_faces = "Data collector could not retrieve faces from mesh.";
+constexpr const char* k_no_memory = "Data collector ran out of memory.";
+constexpr uint32_t k_none = 0xFFFFFFFF;
+
+/// Where each vertex stands in one polygon's vertex list: per vertex the first place, per place the
+/// next one of the same vertex. Searching the list for every triangle corner would be quadratic in
+/// the polygon's size.
+class CornerPlaces {
+public:
+    bool prepare(uint32_t vertex_count) { return first_.allocate(vertex_count, k_none); }
+
+    bool set_polygon(const MIntArray& polygon) {
+        const uint32_t count = polygon.length();
+        if (next_.count() < count && !next_.alloc(std::max(count, 2 * next_.count())))
+            return false;
+        for (uint32_t j = count; j-- > 0;) {
+            uint32_t& first = first_[static_cast<size_t>(polygon[j])];
+            next_[j] = first;
+            first = j;
+        }
+        return true;
+    }
+
+    void forget_polygon(const MIntArray& polygon) {
+        for (unsigned j = 0; j < polygon.length(); ++j)
+            first_[static_cast<size_t>(polygon[j])] = k_none;
+    }
+
+    /// Appends every place of `vertex`, in ascending order.
+    void append_places(int vertex, CornerList& corners) const {
+        for (uint32_t j = first_[static_cast<size_t>(vertex)]; j != k_none; j = next_.get(j))
+            corners.append(j);
+    }
+
+private:
+    WorkBuffer<uint32_t> first_;
+    array<uint32_t> next_;
+};
+
+class Collector {
+public:
+    Collector(const UnwrapSettings& settings, MObject& mesh, MeshData& data, MIntArray* seam_pairs)
+        : settings_(settings), mesh_(mesh), data_(data), classifier_(settings, seam_pairs) {}
+
+    MStatus run();
+
+private:
+    MStatus read_vertices();
+    MStatus prepare(MItMeshPolygon& polygons);
+    MStatus read_polygon(MItMeshPolygon& polygon);
+    void read_triangles(MItMeshPolygon& polygon, CornerList* corners);
+
+    const UnwrapSettings& settings_;
+    MObject& mesh_;
+    MeshData& data_;
+    EdgeClassifier classifier_;
+    CornerPlaces places_;
+    MString uv_set_;
+    uint32_t vertex_count_ = 0;
+    // Kept from polygon to polygon, so that they stop allocating once grown. A triangle that the
+    // host does not give leaves the one before in place, at first this one.
+    MIntArray polygon_;
+    MIntArray ids_ = MIntArray(3, 0);
+    MPointArray points_ = MPointArray(3);
+};
+
+MStatus Collector::read_vertices() {
+    MStatus status;
+    MFnMesh mesh_fn(mesh_, &status);
+    if (!status)
+        return fail_with("Data collector could not retrieve mesh_fn from mesh.", status);
+    MPointArray points;
+    mesh_fn.getPoints(points, MSpace::kObject);
+    vertex_count_ = points.length();
+    for (uint32_t i = 0; i < vertex_count_; ++i) {
+        const MPoint& p = points[i];
+        data_.vertices.append({static_cast<float>(p.x), static_cast<float>(p.y),
+                               static_cast<float>(p.z), 0.0f, 0.0f});
+    }
+    uv_set_ = mesh_fn.currentUVSetName(&status);
+    if (!status || uv_set_.length() == 0)
+        uv_set_ = settings_.uv_set;
+    return MS::kSuccess;
+}
+
+MStatus Collector::prepare(MItMeshPolygon& polygons) {
+    MStatus status;
+    const MIntArray seam_edges = find_seam_edges(mesh_, uv_set_, &status);
+    if (status)
+        status = classifier_.prepare(mesh_, vertex_count_, polygons, seam_edges);
+    if (status && !places_.prepare(vertex_count_))
+        status = MS::kInsufficientMemory;
+    if (!status)
+        return fail_with(status == MS::kInsufficientMemory ? k_no_memory : k_no_faces, status);
+    return status;
+}
+
+MStatus Collector::run() {
+    MStatus status;
+    MItMeshPolygon polygons(mesh_, &status);
+    if (status)
+        MItMeshEdge(mesh_, &status);
+    if (status)
+        MItMeshVertex(mesh_, &status);
+    if (!status)
+        return fail_with(k_no_faces, status);
+    status = read_vertices();
+    if (!status)
+        return status;
+    status = prepare(polygons);
+    if (!status)
+        return status;
+    const int64_t count = polygons.count(&status);
+    if (!status)
+        return fail_with("Data collector could not iterate triangles.", status);
+    int64_t i = 0;
+    for (polygons.reset(); !polygons.isDone(); polygons.next(), ++i) {
+        if (count > 0)
+            show_percent(static_cast<int32_t>(std::min(i, count) * 100 / count));
+        status = read_polygon(polygons);
+        if (!status)
+            return status;
+    }
+    return MS::kSuccess;
+}
+
+MStatus Collector::read_polygon(MItMeshPolygon& polygon) {
+    const MStatus status = polygon.getVertices(polygon_);
+    if (!status)
+        return fail_with("Data collector could not retrieve vertices from faces.", status);
+    if (!places_.set_polygon(polygon_))
+        return fail_with(k_no_memory, MS::kInsufficientMemory);
+    // Without memory for it the polygon's list is dropped like any element of a full list.
+    CornerList* const corners = new_corner_list();
+    read_triangles(polygon, corners);
+    if (corners != nullptr && !data_.face_corners.append(corners))
+        free_corner_list(corners);
+    places_.forget_polygon(polygon_);
+    return MS::kSuccess;
+}
+
+void Collector::read_triangles(MItMeshPolygon& polygon, CornerList* corners) {
+    const int id = static_cast<int>(polygon.index());
+    int count = 0;
+    polygon.numTriangles(count);
+    for (int t = 0; t < count; ++t) {
+        polygon.getTriangle(t, points_, ids_, MSpace::kObject);
+        for (unsigned k = 0; k < 3; ++k) {
+            data_.indices.append(static_cast<uint32_t>(ids_[k]));
+            if (corners != nullptr)
+                places_.append_places(ids_[k], *corners);
+        }
+        for (unsigned k = 0; k < 3; ++k)
+            classifier_.classify(id, ids_, points_, k, data_);
+    }
+}
+
+} // namespace
+
+MStatus collect_mesh_data(const Unwrapper& unwrapper, MObject& mesh, MeshData& data,
+                          MIntArray* seam_pairs) {
+    data.vertices.clear();
+    data.indices.clear();
+    free_corner_lists(data.face_corners);
+    if (seam_pairs != nullptr)
+        seam_pairs->clear();
+    return Collector(unwrapper.settings(), mesh, data, seam_pairs).run();
+}

@@ -1,0 +1,25 @@
+/// Reads a host mesh into flat lists.
+#pragma once
+
+#include "plugin/mesh_data.h"
+
+#include <maya/MIntArray.h>
+#include <maya/MObject.h>
+#include <maya/MStatus.h>
+
+class Unwrapper;
+
+/// Fills `data` from the mesh: vertices, the host's triangulation, the way from triangle corners
+/// back to polygon corners, and the flags of every triangle edge.
+/// Positions are in object space. Existing seams are those of the mesh's current UV set or, when it
+/// has none, of the set that the settings name.
+/// Shape:  `seam_pairs` (or null) gets two vertex ids per triangle edge on a UV border: an edge
+///         between two triangles is listed twice, once each way.
+/// Lists:  `vertices`, `indices` and `face_corners` are emptied first. Deliberately, `cut_edges`
+/// and
+///         `real_edges` are not: they match `indices` only when handed in empty.
+/// Errors: one line on standard error and the failing status of the host; the lists then hold what
+///         was read so far.
+/// Cost:   O(corners log valence); shows its percentage in the progress window if that is held.
+MStatus collect_mesh_data(const Unwrapper& unwrapper, MObject& mesh, MeshData& data,
+                          MIntArray* seam_pairs);

@@ -1,0 +1,165 @@
+#include "plugin/seams.h"
+
+#include "plugin/work_buffer.h"
+
+#include <maya/MFloatArray.h>
+#include <maya/MItMeshEdge.h>
+#include <maya/MItMeshVertex.h>
+
+#include <algorithm>
+
+namespace {
+
+/// A UV that a face has at some vertex.
+struct FaceUv {
+    int32_t face;
+    uint32_t order; ///< place in the host's list; the first one of a face counts
+    int32_t uv;
+};
+
+bool face_uv_before(const FaceUv& a, const FaceUv& b) {
+    return a.face != b.face ? a.face < b.face : a.order < b.order;
+}
+
+} // namespace
+
+template <>
+struct array_element_name<FaceUv> {
+    static constexpr const char* text = "struct FaceUv";
+};
+
+namespace {
+
+/// The UVs of all vertices, face by face. The host hands out a vertex' whole list at a time; asking
+/// anew for every edge would be quadratic in the valence.
+class VertexUvs {
+public:
+    MStatus read(MObject& mesh, const MString& uv_set);
+
+    /// Whether two faces have the same UV at a vertex.
+    bool continuous(int vertex, int face_a, int face_b) const {
+        const FaceUv* const a = find(vertex, face_a);
+        const FaceUv* const b = find(vertex, face_b);
+        return a != nullptr && b != nullptr && a->uv == b->uv;
+    }
+
+private:
+    bool add_vertex(MItMeshVertex& vertex, const MString& uv_set);
+
+    const FaceUv* find(int vertex, int face) const {
+        const auto v = static_cast<size_t>(vertex);
+        const FaceUv* const last = entries_.data() + starts_[v + 1];
+        const FaceUv* const found =
+            std::lower_bound(entries_.data() + starts_[v], last, face,
+                             [](const FaceUv& entry, int value) { return entry.face < value; });
+        return found != last && found->face == face ? found : nullptr;
+    }
+
+    array<FaceUv> entries_;
+    WorkBuffer<uint32_t> starts_; ///< vertex v has the entries starts_[v] to starts_[v + 1]
+    MIntArray uv_ids_;
+    MIntArray face_ids_;
+    MFloatArray u_;
+    MFloatArray v_;
+};
+
+MStatus VertexUvs::read(MObject& mesh, const MString& uv_set) {
+    MStatus status;
+    MItMeshVertex it(mesh, &status);
+    if (!status)
+        return status;
+    const int count = it.count(&status);
+    if (!status)
+        return status;
+    if (!starts_.allocate(static_cast<size_t>(count) + 1, 0))
+        return MS::kInsufficientMemory;
+    int v = 0;
+    for (it.reset(); v < count && !it.isDone(); it.next()) {
+        if (!add_vertex(it, uv_set))
+            return MS::kInsufficientMemory;
+        starts_[static_cast<size_t>(++v)] = entries_.count();
+    }
+    return MS::kSuccess;
+}
+
+bool VertexUvs::add_vertex(MItMeshVertex& vertex, const MString& uv_set) {
+    // Without any mapped face the host fails and leaves the lists as they were.
+    uv_ids_.clear();
+    face_ids_.clear();
+    vertex.getUVIndices(uv_ids_, &uv_set);
+    vertex.getUVs(u_, v_, face_ids_, &uv_set);
+    const uint32_t first = entries_.count();
+    const unsigned count = std::min(uv_ids_.length(), face_ids_.length());
+    for (unsigned i = 0; i < count; ++i)
+        if (!entries_.append({face_ids_[i], i, uv_ids_[i]}))
+            return false;
+    std::sort(entries_.data() + first, entries_.data() + entries_.count(), face_uv_before);
+    return true;
+}
+
+bool is_seam(MItMeshEdge& edge, const MIntArray& faces, int face_count, const VertexUvs& uvs) {
+    if (face_count == 1)
+        return false;
+    if (face_count != 2)
+        return true;
+    const int a = edge.index(0);
+    const int b = edge.index(1);
+    return !uvs.continuous(a, faces[0], faces[1]) || !uvs.continuous(b, faces[0], faces[1]);
+}
+
+} // namespace
+
+MIntArray find_seam_edges(MObject& mesh, const MString& uv_set, MStatus* return_status) {
+    MIntArray seams;
+    MStatus status;
+    MItMeshEdge edge(mesh, &status);
+    VertexUvs uvs;
+    if (status)
+        status = uvs.read(mesh, uv_set);
+    if (return_status != nullptr)
+        *return_status = status;
+    if (!status)
+        return seams;
+    MIntArray faces;
+    for (edge.reset(); !edge.isDone(); edge.next()) {
+        const int face_count = edge.getConnectedFaces(faces);
+        if (is_seam(edge, faces, face_count, uvs))
+            seams.append(edge.index());
+    }
+    return seams;
+}
+
+array<SeamPair> seam_pairs_sorted(const MIntArray& pairs) {
+    array<SeamPair> sorted;
+    const uint32_t count = pairs.length() / 2;
+    // A list cut short by lack of memory is used as it is: the seams are only drawn.
+    sorted.resize(count);
+    for (uint32_t i = 0; i < count; ++i) {
+        const int32_t a = pairs[2 * i];
+        const int32_t b = pairs[2 * i + 1];
+        if (!sorted.append({std::min(a, b), std::max(a, b)}))
+            break;
+    }
+    if (sorted.count() > 1)
+        std::sort(sorted.data(), sorted.data() + sorted.count());
+    return sorted;
+}
+
+void subtract_seams(MIntArray& new_seams, const MIntArray& existing_seams) {
+    const array<SeamPair> found = seam_pairs_sorted(new_seams);
+    const array<SeamPair> existing = seam_pairs_sorted(existing_seams);
+    new_seams.clear();
+    SeamPair written = {0, 0};
+    uint32_t e = 0;
+    for (uint32_t i = 0; i < found.count(); ++i) {
+        const SeamPair pair = found.get(i);
+        while (e < existing.count() && existing.get(e) < pair)
+            ++e;
+        const bool existed = e < existing.count() && existing.get(e) == pair;
+        if (existed || pair == written)
+            continue;
+        new_seams.append(pair.low);
+        new_seams.append(pair.high);
+        written = pair;
+    }
+}

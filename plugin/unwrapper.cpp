@@ -1,0 +1,97 @@
+#include "plugin/unwrapper.h"
+
+#include "plugin/atlas_stage.h"
+#include "plugin/failure.h"
+#include "plugin/mesh_collector.h"
+#include "plugin/seams.h"
+#include "plugin/uv_updater.h"
+
+#include <maya/M3dView.h>
+
+#include <utility>
+
+namespace {
+
+/// The atlas as it comes back from the generating stage.
+struct Atlas {
+    array<Vertex> vertices;
+    array<uint32_t> indices;
+};
+
+/// The atlas stage needs a window to make its device for; without one nothing can be done.
+MStatus find_main_window() {
+    MStatus status;
+    M3dView::active3dView(&status);
+    if (status)
+        M3dView::applicationShell(&status);
+    return status;
+}
+
+// A copy that cannot grow stops, and the stage runs on what was copied: the lists' rule.
+array<Vertex> copy_of(const array<Vertex>& list) {
+    array<Vertex> copy;
+    copy.resize(list.count());
+    for (uint32_t i = 0; i < list.count(); ++i)
+        if (!copy.append(list.get(i)))
+            break;
+    return copy;
+}
+
+array<uint32_t> copy_of(const array<uint32_t>& list) {
+    array<uint32_t> copy;
+    copy.append_array(list);
+    return copy;
+}
+
+MStatus generate(Unwrapper& unwrapper, const MeshData& data, Atlas& atlas) {
+    show_stage("Tessora: generating UV set");
+    array<uint32_t> indices = copy_of(data.indices);
+    array<Vertex> vertices = copy_of(data.vertices);
+    const bool done =
+        generate_atlas(unwrapper, std::move(vertices), std::move(indices), data.cut_edges,
+                       data.real_edges, atlas.vertices, atlas.indices);
+    return done ? MS::kSuccess : MS::kFailure;
+}
+
+MStatus apply(const Unwrapper& unwrapper, MObject& mesh, const MeshData& data, const Atlas& atlas) {
+    show_stage("Tessora: applying UV set");
+    array<CornerList*> face_corners;
+    face_corners.append_array(data.face_corners);
+    return apply_uvs(unwrapper, mesh, atlas.vertices, atlas.indices, face_corners);
+}
+
+} // namespace
+
+Unwrapper::Unwrapper(UnwrapSettings* settings) : settings_(settings) { progress_reserved = false; }
+
+MStatus Unwrapper::unwrap(MObject mesh, MIntArray* existing_seams, MIntArray* new_seams) {
+    MStatus status = find_main_window();
+    if (!status)
+        return fail_with("Could not access Maya HWND.", status);
+
+    MeshData data;
+    Atlas atlas;
+    if (existing_seams != nullptr)
+        existing_seams->clear();
+    clamp_settings(*settings_);
+
+    show_stage("Tessora: extracting required data");
+    status = collect_mesh_data(*this, mesh, data, existing_seams);
+    if (!status)
+        return status;
+    // Without kept seams every seam found later counts as new.
+    if (!settings_->keep_seams && existing_seams != nullptr)
+        existing_seams->clear();
+
+    status = generate(*this, data, atlas);
+    if (!status)
+        return status;
+    status = apply(*this, mesh, data, atlas);
+    if (!status)
+        return status;
+
+    status = collect_mesh_data(*this, mesh, data, new_seams);
+    if (status && new_seams != nullptr)
+        subtract_seams(*new_seams, existing_seams != nullptr ? *existing_seams : MIntArray());
+    return status;
+}

@@ -1,0 +1,53 @@
+/// Fixed-size working storage of one operation: look-up tables that make a walk linear and die with
+/// it. Taken from the core library's counting allocator; elements are plain records, not
+/// initialised. Running out of memory is a false result.
+#pragma once
+
+#include "corelib/memory.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+template <class T>
+class WorkBuffer {
+    static_assert(std::is_trivially_copyable_v<T>, "elements are raw memory");
+
+public:
+    WorkBuffer() = default;
+    ~WorkBuffer() { core_free(data_); }
+    WorkBuffer(const WorkBuffer&) = delete;
+    WorkBuffer& operator=(const WorkBuffer&) = delete;
+
+    /// Once per buffer. A count of 0 takes nothing and succeeds.
+    bool allocate(size_t count) {
+        if (count == 0)
+            return true;
+        if (count > SIZE_MAX / sizeof(T))
+            return false;
+        data_ = static_cast<T*>(core_realloc(nullptr, count * sizeof(T)));
+        count_ = data_ == nullptr ? 0 : count;
+        return data_ != nullptr;
+    }
+
+    /// `allocate` with every element set to one value.
+    bool allocate(size_t count, const T& value) {
+        if (!allocate(count))
+            return false;
+        for (T& element : *this)
+            element = value;
+        return true;
+    }
+
+    size_t count() const { return count_; }
+    T& operator[](size_t index) { return data_[index]; }
+    const T& operator[](size_t index) const { return data_[index]; }
+    T* begin() { return data_; }
+    T* end() { return data_ + count_; }
+    const T* begin() const { return data_; }
+    const T* end() const { return data_ + count_; }
+
+private:
+    T* data_ = nullptr;
+    size_t count_ = 0;
+};
