@@ -4,7 +4,15 @@
 
 #include "corelib/error.h"
 
-template <class... Arguments>
-void log_critical(const char* format, Arguments... arguments) {
-    do_log(LOG_CRITICAL, LOG_TO_MESSAGE_BOX | LOG_TO_DEBUGGER, format, arguments...);
+#include <cstdint>
+
+inline constexpr uint32_t k_critical_sinks = LOG_TO_MESSAGE_BOX | LOG_TO_DEBUGGER;
+
+/// A text as it stands.
+inline void log_critical(const char* text) { do_log(LOG_CRITICAL, k_critical_sinks, "%s", text); }
+
+/// A printf format and its arguments.
+template <class First, class... Others>
+void log_critical(const char* format, First first, Others... others) {
+    do_log(LOG_CRITICAL, k_critical_sinks, format, first, others...);
 }
