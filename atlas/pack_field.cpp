@@ -11,25 +11,36 @@ uint32_t level_of(uint32_t length) { return 31 - uint32_t(__builtin_clz(length))
 
 } // namespace
 
-void Field::reset(uint32_t width, uint32_t height, uint32_t largest_run, uint32_t largest_square) {
+void Field::reset(uint32_t width, uint32_t height, uint32_t run_level, uint32_t square_level) {
     width_ = width;
     height_ = height;
     words_ = (width + 63) / 64 + 1;
-    runs_.resize(level_of(std::max(1u, largest_run)) + 1);
-    squares_.resize(largest_square + 1);
-    for (Level& level : runs_)
-        level.bits.assign(size_t(words_) * height, 0);
-    for (uint32_t i = 0; i < squares_.size(); ++i) {
+    groups_ = words_ / 64 + 1;
+    run_level_ = run_level;
+    square_level_ = square_level;
+    if (runs_.size() <= run_level)
+        runs_.resize(run_level + 1);
+    if (squares_.size() <= square_level)
+        squares_.resize(square_level + 1);
+    for (uint32_t i = 0; i <= run_level; ++i)
+        runs_[i].bits.assign(size_t(words_) * height, 0);
+    for (uint32_t i = 0; i <= square_level; ++i) {
         const uint32_t size = uint32_t(1) << i;
         squares_[i].bits.assign(size_t(words_) * height, 0);
         seal_outside(squares_[i], size, height >= size ? height - size + 1 : 0);
     }
+    effort_ += uint64_t(words_) * height * (run_level + square_level + 2) / 8;
+}
+
+void Field::narrow(uint32_t run_level, uint32_t square_level) {
+    run_level_ = std::min(run_level_, run_level);
+    square_level_ = std::min(square_level_, square_level);
 }
 
 /// Closes the positions of a square level from which the square would leave the field.
 void Field::seal_outside(Level& level, uint32_t run, uint32_t rows) {
     const uint32_t columns = width_ >= run ? width_ - run + 1 : 0;
-    level.open_words.assign(height_, 0);
+    level.open_words.assign(size_t(height_) * groups_, 0);
     level.open_rows.assign(height_ / 64 + 1, 0);
     for (uint32_t y = 0; y < height_; ++y) {
         uint64_t* row = &level.bits[size_t(y) * words_];
@@ -39,7 +50,8 @@ void Field::seal_outside(Level& level, uint32_t run, uint32_t rows) {
                 continue;
             row[i] = open <= 64 * i ? k_all : k_all << (open % 64);
         }
-        level.open_words[y] = (open + 63) / 64;
+        for (uint32_t i = 0; i < (open + 63) / 64; ++i)
+            level.open_words[size_t(y) * groups_ + i / 64] |= uint64_t(1) << (i % 64);
         if (open > 0)
             level.open_rows[y / 64] |= uint64_t(1) << (y % 64);
     }
@@ -54,6 +66,26 @@ uint32_t Field::next_open_row(const Level& level, uint32_t row) const {
         w = level.open_rows[i];
     }
     return uint32_t(i * 64) + uint32_t(__builtin_ctzll(w));
+}
+
+/// words_ when there is none.
+uint32_t Field::next_open_word(const Level& level, uint32_t row, uint32_t word) const {
+    const uint64_t* open = &level.open_words[size_t(row) * groups_];
+    uint32_t i = word / 64;
+    uint64_t w = open[i] & (k_all << (word % 64));
+    while (w == 0) {
+        if (++i == groups_)
+            return words_;
+        w = open[i];
+    }
+    return i * 64 + uint32_t(__builtin_ctzll(w));
+}
+
+void Field::close_word(Level& level, uint32_t row, uint32_t word) {
+    uint64_t* open = &level.open_words[size_t(row) * groups_];
+    open[word / 64] &= ~(uint64_t(1) << (word % 64));
+    if (std::all_of(open, open + groups_, [](uint64_t w) { return w == 0; }))
+        level.open_rows[row / 64] &= ~(uint64_t(1) << (row % 64));
 }
 
 uint64_t Field::taken_by_runs(const Mask& mask, uint32_t x, uint32_t y, uint64_t taken) {
@@ -73,28 +105,47 @@ uint64_t Field::taken_by_runs(const Mask& mask, uint32_t x, uint32_t y, uint64_t
     return taken;
 }
 
+/// The leftmost free column at row y, or k_none.
+uint32_t Field::find_in_row(const Mask& mask, uint32_t y) {
+    const Level& square = square_of(mask);
+    const uint32_t columns = width_ - mask.width + 1, row = y + mask.square_y;
+    // 64 positions of the mask are 64 positions of its square, in one or two words of the level;
+    // only words that have a free position are worth a look.
+    const uint32_t skip = mask.square_x / 64, spills = mask.square_x % 64 != 0 ? 1 : 0;
+    uint32_t block = 0;
+    for (uint32_t word = skip;; ++word) {
+        ++effort_;
+        word = next_open_word(square, row, word);
+        if (word + 1 >= words_)
+            return k_none;
+        block = std::max(block, word - skip - std::min(spills, word - skip));
+        for (; block <= word - skip; ++block) {
+            const uint32_t x = 64 * block;
+            if (x >= columns)
+                return k_none;
+            uint64_t taken = window(square, row, x + mask.square_x);
+            if (columns - x < 64)
+                taken |= k_all << (columns - x);
+            if (taken != k_all)
+                taken = taken_by_runs(mask, x, y, taken);
+            if (taken != k_all)
+                return x + uint32_t(__builtin_ctzll(~taken));
+        }
+    }
+}
+
 Spot Field::find(const Mask& mask, uint32_t bottom, uint32_t top) {
     if (mask.width > width_ || mask.height > top || top > height_)
         return {};
-    const uint32_t columns = width_ - mask.width + 1;
-    const Level& square = squares_[mask.square_level];
+    const Level& square = square_of(mask);
     for (uint32_t y = bottom; y + mask.height <= top; ++y) {
         const uint32_t open = next_open_row(square, y + mask.square_y);
         if (open + mask.height > top + mask.square_y)
             return {};
         y = open - mask.square_y;
-        for (uint32_t x = 0; x < columns; x += 64) {
-            uint64_t taken = x + mask.square_x >= 64 * (words_ - 1)
-                                 ? k_all
-                                 : window(square, open, x + mask.square_x);
-            if (columns - x < 64)
-                taken |= k_all << (columns - x);
-            ++effort_;
-            if (taken != k_all)
-                taken = taken_by_runs(mask, x, y, taken);
-            if (taken != k_all)
-                return {true, x + uint32_t(__builtin_ctzll(~taken)), y};
-        }
+        const uint32_t x = find_in_row(mask, y);
+        if (x != k_none)
+            return {true, x, y};
     }
     return {};
 }
@@ -123,9 +174,9 @@ void Field::place(const Mask& mask, uint32_t x, uint32_t y) {
                 row[i + 1] |= w >> (64 - shift);
         }
     }
-    for (uint32_t j = 1; j < runs_.size(); ++j)
+    for (uint32_t j = 1; j <= run_level_; ++j)
         spread_runs(j, x, y, mask);
-    for (uint32_t j = 0; j < squares_.size(); ++j)
+    for (uint32_t j = 0; j <= square_level_; ++j)
         spread_squares(j, x, y, mask);
 }
 
@@ -134,6 +185,7 @@ void Field::spread_runs(uint32_t level, uint32_t x, uint32_t y, const Mask& mask
     const uint32_t first = (x >= size - 1 ? x - (size - 1) : 0) / 64;
     const uint32_t last = (x + mask.width - 1) / 64;
     const Level& below = runs_[level - 1];
+    effort_ += uint64_t(mask.height) * (last - first + 1);
     for (uint32_t r = y; r < y + mask.height; ++r)
         for (uint32_t i = first; i <= last; ++i) {
             const uint32_t second = 64 * i + half;
@@ -151,6 +203,7 @@ void Field::spread_squares(uint32_t level, uint32_t x, uint32_t y, const Mask& m
     const uint32_t bottom = y >= size - 1 ? y - (size - 1) : 0;
     const Level& below = level > 0 ? squares_[level - 1] : runs_[0];
     Level& here = squares_[level];
+    effort_ += uint64_t(y + mask.height - bottom) * (last - first + 1);
     for (uint32_t r = bottom; r < y + mask.height; ++r) {
         const bool second_row = level > 0 && r + half < height_;
         for (uint32_t i = first; i <= last; ++i) {
@@ -167,8 +220,8 @@ void Field::spread_squares(uint32_t level, uint32_t x, uint32_t y, const Mask& m
             if (second_row && second_column)
                 w |= window(below, r + half, across);
             kept = w;
-            if (w == k_all && --here.open_words[r] == 0)
-                here.open_rows[r / 64] &= ~(uint64_t(1) << (r % 64));
+            if (w == k_all)
+                close_word(here, r, i);
         }
     }
 }

@@ -5,11 +5,15 @@
 namespace tessora::atlas {
 namespace {
 
-/// Cosine and sine of i * 22.5 degrees, 0 <= i < 4.
-constexpr Turn k_fine_turns[4] = {{1, 0},
-                                  {0.92387953251128675613, 0.38268343236508977173},
-                                  {0.70710678118654752440, 0.70710678118654752440},
-                                  {0.38268343236508977173, 0.92387953251128675613}};
+/// Cosine and sine of i * 11.25 degrees.
+constexpr Turn k_fine_turns[MaskSet::k_fine] = {{1, 0},
+                                                {0.98078528040323044913, 0.19509032201612826785},
+                                                {0.92387953251128675613, 0.38268343236508977173},
+                                                {0.83146961230254523708, 0.55557023301960222474},
+                                                {0.70710678118654752440, 0.70710678118654752440},
+                                                {0.55557023301960222474, 0.83146961230254523708},
+                                                {0.38268343236508977173, 0.92387953251128675613},
+                                                {0.19509032201612826785, 0.98078528040323044913}};
 
 /// The grid may grow to this many times the page before a layout gives up.
 constexpr double k_overflow = 1.5;
@@ -37,68 +41,103 @@ Page make_page(double width, double height, double gutter, double cells, bool tu
     return page;
 }
 
-void MaskSet::reset(const Page& page, double scale, uint32_t turns) {
+void MaskSet::reset(const Page& page, double scale) {
+    texel_scale_ = scale;
     scale_ = scale * page.density;
     radius_ = page.gutter / 2 * page.density + outlines_.tolerance * scale_;
-    turns_ = turns;
-    masks_.assign(outlines_.shapes.size() * turns, Mask());
+    masks_.assign(outlines_.shapes.size() * k_quarters * k_fine, Mask());
 }
 
-Turn MaskSet::turn_of(uint32_t chart, uint32_t turn) const {
+Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const {
     const Vec2 axis = outlines_.shapes[chart].axis;
-    const Turn fine = k_fine_turns[turn / 4];
+    const Turn fine = k_fine_turns[plan.fine[chart]];
     const Turn base{axis.x * fine.cosine + axis.y * fine.sine,
                     axis.x * fine.sine - axis.y * fine.cosine};
-    return quarter_turns(base, turn % 4);
+    return quarter_turns(base, quarter);
 }
 
-const Mask& MaskSet::mask(uint32_t chart, uint32_t turn) {
-    Mask& mask = masks_[size_t(chart) * turns_ + turn];
+const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter) {
+    const size_t turn = plan.fine[chart] * k_quarters + quarter;
+    Mask& mask = masks_[size_t(chart) * k_quarters * k_fine + turn];
     if (mask.width == 0)
-        draw_mask(outlines_, outlines_.shapes[chart], turn_of(chart, turn), scale_, radius_, mask);
+        draw_mask(outlines_, outlines_.shapes[chart], turn_of(plan, chart, quarter), scale_,
+                  radius_, mask);
     return mask;
 }
 
-Layout lay_out(MaskSet& masks, const Page& page, double scale, const Plan& plan, Field& field) {
-    Layout layout;
-    layout.scale = scale;
-    layout.slots.resize(masks.outlines().shapes.size());
-    masks.reset(page, scale, plan.turns);
-    uint32_t largest_square = 0;
-    double needed = 0, placed = 0;
-    for (uint32_t chart : plan.order) {
-        const Mask& mask = masks.mask(chart, 0);
-        needed += mask.cells;
-        for (uint32_t turn = 0; turn < plan.turns; ++turn)
-            largest_square = std::max(largest_square, masks.mask(chart, turn).square_level);
-    }
-    field.reset(page.width, uint32_t(page.height * k_overflow) + 1, page.width, largest_square);
-    uint32_t used = 0;
-    for (uint32_t chart : plan.order) {
-        Slot& slot = layout.slots[chart];
-        const Mask* chosen = nullptr;
-        uint32_t top = field.height();
-        for (uint32_t turn = 0; turn < plan.turns; ++turn) {
-            const Mask& mask = masks.mask(chart, turn);
-            const Spot spot = field.find(mask, 0, top);
-            if (!spot.found)
-                continue;
-            const uint32_t edge = spot.y + mask.height;
-            if (chosen != nullptr && edge >= top)
-                continue;
-            chosen = &mask;
-            slot = {masks.turn_of(chart, turn), mask.origin, spot.x, spot.y, turn};
-            top = edge;
+uint32_t& LayoutMaker::start_row(const Mask& mask) {
+    const auto bucket = [](uint32_t size) {
+        if (size < k_steps)
+            return size;
+        const uint32_t level = 31 - uint32_t(__builtin_clz(size));
+        return std::min(k_buckets - 1,
+                        k_steps * (level - 2) + ((size >> (level - 3)) & (k_steps - 1)));
+    };
+    return start_rows_[size_t(bucket(mask.width)) * k_buckets + bucket(mask.height)];
+}
+
+/// Finds out how large the masks from each place of the order on still are.
+double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
+    double cells = 0;
+    needs_.assign(plan.order.size() + 1, {});
+    for (size_t i = plan.order.size(); i-- > 0;) {
+        needs_[i] = needs_[i + 1];
+        for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
+            const Mask& mask = masks.mask(plan, plan.order[i], quarter);
+            needs_[i].run_level = std::max(needs_[i].run_level, mask.run_level);
+            needs_[i].square_level = std::max(needs_[i].square_level, mask.square_level);
         }
-        if (chosen == nullptr) {
-            layout.height = field.height() * std::max(1.0, needed / std::max(1.0, placed));
+        cells += masks.mask(plan, plan.order[i], 0).cells;
+    }
+    return cells;
+}
+
+const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot) {
+    const Mask* chosen = nullptr;
+    uint32_t top = field_.height();
+    for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
+        const Mask& mask = masks.mask(plan, chart, quarter);
+        uint32_t never = 0, &start = plan.hurry ? start_row(mask) : never;
+        const Spot spot = field_.find(mask, start, top);
+        start = spot.found ? spot.y : std::max(start, top + 1 - std::min(top + 1, mask.height));
+        if (!spot.found || (chosen != nullptr && spot.y + mask.height >= top))
+            continue;
+        chosen = &mask;
+        slot = {masks.turn_of(plan, chart, quarter), mask.origin, spot.x, spot.y};
+        top = spot.y + mask.height;
+    }
+    if (chosen != nullptr)
+        field_.place(*chosen, slot.x, slot.y);
+    return chosen;
+}
+
+Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan) {
+    Layout layout;
+    layout.scale = masks.scale();
+    layout.slots.resize(masks.outlines().shapes.size());
+    const double needed = look_ahead(masks, plan);
+    field_.reset(page.width, uint32_t(page.height * k_overflow) + 1, needs_[0].run_level,
+                 needs_[0].square_level);
+    if (plan.hurry)
+        start_rows_.assign(k_buckets * k_buckets, 0);
+    double placed = 0;
+    uint32_t used = 0;
+    for (size_t i = 0; i < plan.order.size(); ++i) {
+        field_.narrow(needs_[i].run_level, needs_[i].square_level);
+        Slot& slot = layout.slots[plan.order[i]];
+        const Mask* mask = place(masks, plan, plan.order[i], slot);
+        if (mask == nullptr) {
+            layout.height = field_.height() * std::max(1.0, needed / std::max(1.0, placed));
+            layout.burden = layout.height;
             return layout;
         }
-        field.place(*chosen, slot.x, slot.y);
-        placed += chosen->cells;
+        const uint32_t top = slot.y + mask->height;
+        placed += mask->cells;
+        layout.burden += double(mask->cells) * top;
         used = std::max(used, top);
     }
     layout.height = used;
+    layout.burden /= std::max(1.0, placed);
     layout.complete = used <= page.height;
     return layout;
 }

@@ -30,42 +30,68 @@ struct Slot {
     Vec2 origin;
     uint32_t x = 0;
     uint32_t y = 0;
-    uint32_t turn_index = 0;
 };
 
 struct Layout {
     double scale = 0;  ///< texels per chart unit
     double height = 0; ///< cells used or, when charts were left over, an estimate of the need
+    double burden = 0; ///< mean upper edge of the charts, weighted by their cells, in cells
     bool complete = false;
     std::vector<Slot> slots; ///< per chart
-};
-
-/// Masks of all charts in several turns at one scale, drawn when first needed.
-class MaskSet {
-public:
-    explicit MaskSet(const Outlines& outlines) : outlines_(outlines) {}
-    void reset(const Page& page, double scale, uint32_t turns);
-    const Mask& mask(uint32_t chart, uint32_t turn);
-    Turn turn_of(uint32_t chart, uint32_t turn) const;
-    uint32_t turns() const { return turns_; }
-    const Outlines& outlines() const { return outlines_; }
-
-private:
-    const Outlines& outlines_;
-    std::vector<Mask> masks_;
-    double scale_ = 0, radius_ = 0;
-    uint32_t turns_ = 0;
 };
 
 /// How a layout is to be made.
 struct Plan {
     std::vector<uint32_t> order; ///< charts in the order of placing
-    uint32_t turns = 4;          ///< turns tried per chart: own axis + i * 90 degrees, then finer
+    std::vector<uint8_t> fine;   ///< per chart: its fine turn; all its quarter turns are tried
+    bool hurry = false;          ///< do not look again where charts of about the same size failed
 };
 
-/// Puts all charts down at `scale`. The field may grow past the page's height, so that a layout
-/// that does not fit tells by how much.
-Layout lay_out(MaskSet& masks, const Page& page, double scale, const Plan& plan, Field& field);
+/// Masks of all charts at one scale, drawn when first needed.
+class MaskSet {
+public:
+    /// Turns of a chart: fine ones times quarter turns.
+    static constexpr uint32_t k_quarters = 4, k_fine = 8;
+
+    explicit MaskSet(const Outlines& outlines) : outlines_(outlines) {}
+    void reset(const Page& page, double scale);
+    const Mask& mask(const Plan& plan, uint32_t chart, uint32_t quarter);
+    Turn turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const;
+    double scale() const { return texel_scale_; }
+    const Outlines& outlines() const { return outlines_; }
+
+private:
+    const Outlines& outlines_;
+    std::vector<Mask> masks_;
+    double texel_scale_ = 0, scale_ = 0, radius_ = 0;
+};
+
+/// Makes layouts, one after another; keeps its memory between them.
+class LayoutMaker {
+public:
+    /// Puts the plan's charts down. The field grows past the page's height if it must, so that a
+    /// layout that does not fit tells by how much.
+    Layout make(MaskSet& masks, const Page& page, const Plan& plan);
+    /// Words looked at by all layouts so far: effort that no clock disturbs.
+    uint64_t effort() const { return field_.effort(); }
+
+private:
+    struct Need {
+        uint32_t run_level = 0, square_level = 0;
+    };
+    /// Sizes count as the same within an eighth.
+    static constexpr uint32_t k_steps = 8, k_buckets = 128;
+
+    double look_ahead(MaskSet& masks, const Plan& plan);
+    const Mask* place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot);
+    /// Where to start looking for masks of about this size: what was full for one of them is taken
+    /// to be full for all.
+    uint32_t& start_row(const Mask& mask);
+
+    Field field_;
+    std::vector<Need> needs_; ///< per place in the order: the largest from there on
+    std::vector<uint32_t> start_rows_;
+};
 
 /// The layout's placements in texels of the inner rectangle.
 void write_placements(const Layout& layout, const Page& page, std::vector<Placement>& placements);

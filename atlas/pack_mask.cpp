@@ -156,18 +156,24 @@ void list_runs(Mask& mask) {
             by_row.push_back({y, start, mask.words * 64 - start});
     }
     row_begin[mask.height] = uint32_t(by_row.size());
-    for (const Run& run : by_row)
+    for (const Run& run : by_row) {
         mask.cells += run.length;
-    // Far apart rows first: neighbours say much the same, and a place is mostly ruled out early.
+        mask.run_level = std::max(mask.run_level, 31 - uint32_t(__builtin_clz(run.length)));
+    }
+    // Far apart rows first, from the middle: neighbours say much the same, and where a mask does
+    // not fit, its middle mostly tells.
     uint32_t top = 1;
     while (top < mask.height)
         top *= 2;
     mask.runs.reserve(by_row.size());
-    for (uint32_t stride = top; stride >= 1; stride /= 2)
-        for (uint32_t y = stride == top ? 0 : stride; y < mask.height;
-             y += stride == top ? top : 2 * stride)
-            for (uint32_t i = row_begin[y]; i < row_begin[y + 1]; ++i)
-                mask.runs.push_back(by_row[i]);
+    const auto append = [&](uint32_t y) {
+        for (uint32_t i = row_begin[y]; i < row_begin[y + 1]; ++i)
+            mask.runs.push_back(by_row[i]);
+    };
+    for (uint32_t stride = top / 2; stride >= 1; stride /= 2)
+        for (uint32_t y = stride; y < mask.height; y += 2 * stride)
+            append(y);
+    append(0);
 }
 
 /// Cell (x+by, y) moved to (x, y), zeros from beyond the row.

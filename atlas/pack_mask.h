@@ -22,8 +22,9 @@ struct Mask {
     uint32_t words = 0;  ///< per row
     uint32_t cells = 0;  ///< how many are set
     std::vector<uint64_t> bits;
-    std::vector<Run> runs; ///< covers all set cells; the order is the order of testing
-    Vec2 origin;           ///< cell = scale * turned point - origin
+    std::vector<Run> runs;  ///< covers all set cells; the order is the order of testing
+    uint32_t run_level = 0; ///< of the longest run: 2^level <= length < 2^(level+1)
+    Vec2 origin;            ///< cell = scale * turned point - origin
     /// A full square of 2^level cells with its lower left corner here; the largest power of two.
     uint32_t square_level = 0, square_x = 0, square_y = 0;
 
