@@ -8,6 +8,8 @@
 /// edge more than once; every list names a thing once. Lists are in ascending order.
 #pragma once
 
+#include <maya/MTypes.h>
+
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -28,7 +30,7 @@ private:
     const std::uint32_t* end_;
 };
 
-class Connectivity {
+class MHOST_EXPORT Connectivity {
 public:
     /// Shape:  counts[np] corners per polygon, vertices[sum of counts] -> everything below.
     /// Limits: every count is at least 3, every vertex id below `vertex_count`; the caller checked.

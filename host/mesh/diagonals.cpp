@@ -101,8 +101,9 @@ void Diagonals::find_neighbours() {
     std::vector<Entry> entries;
     entries.reserve(corners_.size());
     for (std::uint32_t side = 0; side < corners_.size(); ++side) {
-        const auto ends = std::minmax(from(side), to(side));
-        entries.push_back(Entry{ends.first, ends.second, side});
+        const std::uint32_t a = from(side);
+        const std::uint32_t b = to(side);
+        entries.push_back(Entry{std::min(a, b), std::max(a, b), side});
     }
     std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
         if (a.low != b.low)

@@ -110,12 +110,20 @@ std::vector<std::uint32_t> EarClipper::reflex_corners() {
     return reflex;
 }
 
-/// Whether the outline leaves p, which lies on corner b of the turn a-b-c, into that turn.
+/// Whether the outline goes from p, which lies on corner b of the turn a-b-c, into that turn, or
+/// along both of its arms so that nothing of the inside is left between.
 bool EarClipper::points_inside(std::uint32_t p, std::uint32_t a, std::uint32_t b, std::uint32_t c) {
-    for (const std::uint32_t q : {before_[p], after_[p]})
-        if (outline_.turn(a, b, q) > 0 && outline_.turn(b, c, q) > 0)
+    bool is_on_first_arm = false;
+    bool is_on_second_arm = false;
+    for (const std::uint32_t q : {before_[p], after_[p]}) {
+        const int ab = outline_.turn(a, b, q);
+        const int bc = outline_.turn(b, c, q);
+        if (ab > 0 && bc > 0)
             return true;
-    return false;
+        is_on_first_arm = is_on_first_arm || (ab == 0 && bc > 0);
+        is_on_second_arm = is_on_second_arm || (ab > 0 && bc == 0);
+    }
+    return is_on_first_arm && is_on_second_arm;
 }
 
 /// Whether p, another corner of what is left, forbids to cut off the triangle a, b, c.

@@ -6,6 +6,8 @@
 /// Predicates" (1997), sections 2 and 4.
 #pragma once
 
+#include <maya/MTypes.h>
+
 namespace host {
 
 struct Point2 {
@@ -19,6 +21,6 @@ inline bool operator!=(const Point2& a, const Point2& b) { return !(a == b); }
 /// +1 when a, b, c turn counter-clockwise, -1 when clockwise, 0 when they lie on a line.
 /// Limits: finite coordinates below 1e150 in magnitude; products must not underflow (either side of
 ///         the single-precision range is far from both).
-int orientation(const Point2& a, const Point2& b, const Point2& c);
+MHOST_EXPORT int orientation(const Point2& a, const Point2& b, const Point2& c);
 
 } // namespace host

@@ -41,10 +41,14 @@ bool project(Outline& outline);
 /// Cost:   O(n log n).
 bool sweep_triangulate(Outline& outline);
 
-/// Triangulates any outline by cutting off ears. Handles outlines that touch themselves, such as
-/// one that reaches a hole by a bridge walked twice. True when every triangle is sound; an outline
-/// that crosses itself still gets n - 2 triangles.
-/// Cost:   about O(n) for short outlines; the tests against other corners stop after a number
+/// The same for an outline whose corners touch each other, such as one that reaches a hole by a
+/// bridge walked twice: corners in one place are moved apart by a hair before the sweep. False when
+/// no corners touch or something crosses all the same.
+bool sweep_touching(Outline& outline);
+
+/// Triangulates any outline by cutting off ears. Handles outlines that touch themselves. True when
+/// every triangle is sound; an outline that crosses itself still gets n - 2 triangles. Cost: about
+/// O(n) for short outlines; the tests against other corners stop after a number
 ///         proportional to n.
 bool clip_ears(Outline& outline);
 

@@ -91,7 +91,8 @@ bool triangulate_outline(Outline& outline, const PairSet& taken) {
     if (outline.ids.size() == 4)
         return cut_quadrilateral(outline, taken);
     const bool is_long = outline.size() > k_short_outline;
-    const bool is_sound = (is_long && sweep_triangulate(outline)) || clip_ears(outline);
+    const bool is_sound =
+        (is_long && (sweep_triangulate(outline) || sweep_touching(outline))) || clip_ears(outline);
     if (is_sound)
         improve_diagonals(outline, taken);
     bring_in_order(outline.triangles);

@@ -31,6 +31,7 @@ struct Triangulation {
 /// edge or by a diagonal of an earlier polygon, is taken only where there is no other choice.
 /// Errors: std::bad_alloc.
 /// Cost:   O(n log n) for n corners.
-Triangulation triangulate(const Connectivity& connectivity, const std::vector<Float3>& points);
+MHOST_EXPORT Triangulation triangulate(const Connectivity& connectivity,
+                                       const std::vector<Float3>& points);
 
 } // namespace host
