@@ -9,14 +9,16 @@ Callbacks& Callbacks::current() {
     return *callbacks;
 }
 
-CallbackId Callbacks::add_pre_removal(Node& node, std::function<void(Node&)> function) {
-    entries_.push_back({next_, &node, "", std::move(function), {}});
+CallbackId Callbacks::add_pre_removal(Node& node, std::function<void(Node&)> function,
+                                      const void* code) {
+    entries_.push_back({next_, &node, "", std::move(function), {}, code});
     return next_++;
 }
 
 CallbackId Callbacks::add_post_render(const std::string& panel,
-                                      std::function<void(const std::string&)> function) {
-    entries_.push_back({next_, nullptr, panel, {}, std::move(function)});
+                                      std::function<void(const std::string&)> function,
+                                      const void* code) {
+    entries_.push_back({next_, nullptr, panel, {}, std::move(function), code});
     return next_++;
 }
 
@@ -83,6 +85,12 @@ std::vector<CallbackId> Callbacks::of_node(const Node& node) const {
 void Callbacks::forget(const Node& node) {
     entries_.erase(std::remove_if(entries_.begin(), entries_.end(),
                                   [&](const Entry& entry) { return entry.node == &node; }),
+                   entries_.end());
+}
+
+void Callbacks::remove_code(const std::function<bool(const void*)>& is_gone) {
+    entries_.erase(std::remove_if(entries_.begin(), entries_.end(),
+                                  [&](const Entry& entry) { return is_gone(entry.code); }),
                    entries_.end());
 }
 

@@ -16,9 +16,17 @@ class MHOST_EXPORT Callbacks {
 public:
     static Callbacks& current();
 
-    CallbackId add_pre_removal(Node& node, std::function<void(Node&)> function);
+    /// `code`: the address of the plug-in's function, so that it can be found when the plug-in
+    /// goes.
+    CallbackId add_pre_removal(Node& node, std::function<void(Node&)> function,
+                               const void* code = nullptr);
     CallbackId add_post_render(const std::string& panel,
-                               std::function<void(const std::string&)> function);
+                               std::function<void(const std::string&)> function,
+                               const void* code = nullptr);
+    /// Removes everything whose code the question says yes to.
+    void remove_code(const std::function<bool(const void* code)>& is_gone);
+    /// Removes what watches a node.
+    void forget(const Node& node);
     /// False when the id names nothing (any more).
     bool remove(CallbackId id);
 
@@ -39,9 +47,8 @@ private:
         std::string panel;
         std::function<void(Node&)> on_removal;
         std::function<void(const std::string&)> on_render;
+        const void* code;
     };
-    friend class Node;
-    void forget(const Node& node);
     const Entry* find(CallbackId id) const;
     std::vector<Entry> entries_;
     CallbackId next_ = 1;

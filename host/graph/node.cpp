@@ -1,5 +1,6 @@
 #include "host/graph/node.h"
 
+#include "host/graph/callbacks.h"
 #include "host/graph/plugin_nodes.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@ Node::Node(const NodeTypeRef& type) : Object(type->function_set), type_(type) {
 
 Node::~Node() {
     PluginNodes::destroy_instance(*this);
+    Callbacks::current().forget(*this);
     order_.clear();
     slots_.clear();
     std::vector<Node*>& list = type_->instances;

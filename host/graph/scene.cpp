@@ -46,6 +46,8 @@ MStatus Scene::remove_type(const std::string& name) {
     type->creator = nullptr;
     type->compute = nullptr;
     for (Node* node : type->instances) {
+        // Its callbacks were about the instance that goes.
+        Callbacks::current().forget(*node);
         PluginNodes::destroy_instance(*node);
         node->set_type(MFn::kUnknown);
     }
@@ -247,7 +249,6 @@ void Scene::clear() {
         const Ref<Node> node = entered_.begin()->second;
         remove(*node);
     }
-    Callbacks::current().clear();
     next_number_.clear();
     make_default_nodes();
     records_history = true;

@@ -26,6 +26,7 @@ public:
     /// is dropped.
     void record(EditPtr edit);
     bool is_recording() const;
+    bool has_frames() const { return !frames_.empty(); }
 
     /// kFailure when there is nothing to undo or when an edit failed; the entry moves all the same.
     MStatus undo();

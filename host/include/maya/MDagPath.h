@@ -40,6 +40,8 @@ public:
 
     /// "|group|shape".
     MString fullPathName(MStatus* ReturnStatus = NULL) const;
+    /// As short as it can be while it still names this path only: "shape", "group|shape".
+    MString partialPathName(MStatus* ReturnStatus = NULL) const;
 
     /// Object to world: with the end node's own matrix when it is a transform, or without.
     MMatrix inclusiveMatrix(MStatus* ReturnStatus = NULL) const;
@@ -50,6 +52,10 @@ public:
 
     /// Any path to a DAG node; fails for everything else and leaves `path` alone.
     static MStatus getAPathTo(const MObject& node, MDagPath& path);
+
+    /// For the host's own code: the nodes from the top level down.
+    explicit MDagPath(const std::vector<MObject>& nodes);
+    const std::vector<MObject>& host_nodes() const { return nodes_; }
 
 private:
     std::vector<MObject> nodes_;

@@ -30,6 +30,24 @@ public:
     /// The path this function set was attached with; fails when it was attached without one.
     MDagPath dagPath(MStatus* ReturnStatus = NULL) const;
     MString fullPathName(MStatus* ReturnStatus = NULL) const;
+    /// As short as it can be while it still names the node.
+    MString partialPathName(MStatus* ReturnStatus = NULL) const;
+
+    using MFnDependencyNode::create;
+    /// A new node below `parent`; a shape without a parent gets a transform, which is returned.
+    MObject create(const MString& type, const MString& name, MObject& parent = MObject::kNullObj,
+                   MStatus* ReturnStatus = NULL);
+    /// Copies the node and what is below it, without connections, beside the original. A shape gets
+    /// a transform of its own, which is returned. Vertex tweaks of meshes stay behind: the copy has
+    /// the shape's geometry without them (docs/decisions/duplicate-and-tweaks.md).
+    MObject duplicate(bool instance = false, bool instanceLeaf = false,
+                      MStatus* ReturnStatus = NULL) const;
+    /// Hidden shapes that only feed a history. At once, and not undoable by itself.
+    MStatus setIntermediateObject(bool isIntermediate);
+    bool isIntermediateObject(MStatus* ReturnStatus = NULL) const;
+    bool hasParent(const MObject& node, MStatus* ReturnStatus = NULL) const;
+    bool hasChild(const MObject& node, MStatus* ReturnStatus = NULL) const;
+    bool isInstanced(bool indirect = true, MStatus* ReturnStatus = NULL) const;
 
 protected:
     MDagPath path_;

@@ -1,0 +1,238 @@
+#include "host/graph/plugins.h"
+
+#include "host/api/fault.h"
+#include "host/graph/callbacks.h"
+#include "host/graph/commands.h"
+#include "host/graph/plugin_object.h"
+#include "host/graph/scene.h"
+#include "host/graph/undo.h"
+#include "host/view/menus.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+
+namespace host::graph {
+
+namespace {
+
+namespace files = std::filesystem;
+
+/// The entry points have C++ linkage: these are their names in the symbol table.
+constexpr const char* k_initialize = "_Z16initializePlugin7MObject";
+constexpr const char* k_uninitialize = "_Z18uninitializePlugin7MObject";
+constexpr const char* k_version = "MApiVersion";
+constexpr const char* k_extension = ".so";
+
+using EntryPoint = MStatus (*)(MObject);
+
+EntryPoint entry_point(void* library, const char* name) {
+    return reinterpret_cast<EntryPoint>(dlsym(library, name));
+}
+
+void run_procedure(const std::string& name) {
+    if (name.empty() || script_host() == nullptr)
+        return;
+    CommandResult ignored;
+    script_host()->execute(name, false, false, ignored); // a missing one was shown to the user
+}
+
+std::string last_error() {
+    const char* const text = dlerror();
+    return text == nullptr ? "unknown reason" : text;
+}
+
+} // namespace
+
+PluginObject::PluginObject(Plugin& owner) : Object(MFn::kPlugin), plugin(&owner) {}
+PluginObject::~PluginObject() = default;
+
+Plugin::Plugin() : object(new PluginObject(*this)) {}
+Plugin::~Plugin() { object->plugin = nullptr; }
+
+bool Plugin::contains(const void* address) const {
+    Dl_info at, here;
+    const void* const inside = dlsym(library, k_version);
+    return address != nullptr && inside != nullptr && dladdr(address, &at) != 0 &&
+           dladdr(inside, &here) != 0 && at.dli_fbase == here.dli_fbase;
+}
+
+Plugins& Plugins::current() {
+    static Plugins* const plugins = new Plugins;
+    return *plugins;
+}
+
+Plugins::Plugins() {
+    const char* const list = std::getenv("MAYA_PLUG_IN_PATH");
+    std::string rest = list == nullptr ? "" : list;
+    while (!rest.empty()) {
+        const size_t colon = rest.find(':');
+        if (colon != 0)
+            search_path_.push_back(rest.substr(0, colon));
+        rest = colon == std::string::npos ? "" : rest.substr(colon + 1);
+    }
+}
+
+std::string Plugins::name_of(const std::string& file) { return files::path(file).stem().string(); }
+
+std::string Plugins::find_file(const std::string& file_or_name) const {
+    std::vector<std::string> directories = {""};
+    if (!files::path(file_or_name).is_absolute())
+        directories.insert(directories.end(), search_path_.begin(), search_path_.end());
+    for (const std::string& directory : directories) {
+        for (const char* extension : {"", k_extension}) {
+            files::path path = files::path(directory) / (file_or_name + extension);
+            std::error_code error;
+            if (files::is_regular_file(path, error))
+                return files::absolute(path, error).lexically_normal().string();
+        }
+    }
+    return "";
+}
+
+Plugin* Plugins::find(const std::string& name) const {
+    for (const auto& plugin : plugins_)
+        if (plugin->info.name == name || plugin->info.path == name ||
+            plugin->info.name == name_of(name))
+            return plugin.get();
+    return nullptr;
+}
+
+MStatus Plugins::load(const std::string& file_or_name, std::string& error) {
+    const MStatus fault = pass_fault("loadPlugin");
+    if (!fault) {
+        error = "Plug-in \"" + file_or_name + "\" could not be loaded.";
+        return fault;
+    }
+    const std::string path = find_file(file_or_name);
+    if (path.empty()) {
+        error = "Plug-in \"" + file_or_name + "\" was not found on MAYA_PLUG_IN_PATH.";
+        return MS::kNotFound;
+    }
+    const std::string name = name_of(path);
+    Plugin* plugin = find(name);
+    if (plugin != nullptr && plugin->info.path != path) {
+        error = "A plug-in \"" + name + "\" is loaded already, from " + plugin->info.path + ".";
+        return MS::kFailure;
+    }
+    if (plugin == nullptr) {
+        auto made = std::make_shared<Plugin>();
+        made->library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (made->library == nullptr) {
+            error = "Plug-in \"" + path + "\" could not be loaded: " + last_error();
+            return MS::kFailure;
+        }
+        const char* const version = static_cast<const char*>(dlsym(made->library, k_version));
+        if (version == nullptr || entry_point(made->library, k_initialize) == nullptr ||
+            entry_point(made->library, k_uninitialize) == nullptr) {
+            error = "\"" + path + "\" is no plug-in: it lacks an entry point or MApiVersion.";
+            dlclose(made->library);
+            return MS::kFailure;
+        }
+        made->info.name = name;
+        made->info.path = path;
+        made->info.api_version = version;
+        plugin = made.get();
+        plugins_.push_back(std::move(made));
+    }
+    return initialize(*plugin, error);
+}
+
+MStatus Plugins::initialize(Plugin& plugin, std::string& error) {
+    const MStatus status = entry_point(plugin.library, k_initialize)(MObject(plugin.object.get()));
+    if (!status) {
+        error = "Initialization of plug-in \"" + plugin.info.name +
+                "\" failed: " + status.errorString().asChar();
+        const bool is_empty = !plugin.info.loaded && plugin.info.commands.empty() &&
+                              plugin.info.node_types.empty() && plugin.menu_items.empty();
+        if (is_empty)
+            drop(plugin);
+        return status;
+    }
+    plugin.info.loaded = true;
+    run_procedure(mode == AppMode::interactive ? plugin.create_ui : plugin.create_batch);
+    return status;
+}
+
+MStatus Plugins::unload(const std::string& name, bool force, std::string& error) {
+    Plugin* const plugin = find(name);
+    if (plugin == nullptr) {
+        error = "Plug-in \"" + name + "\" is not loaded.";
+        return MS::kNotFound;
+    }
+    const std::vector<std::string> used = nodes_in_use(plugin->info.name);
+    if (!used.empty() && !force) {
+        error = "Plug-in \"" + plugin->info.name + "\" is in use by node \"" + used.front() +
+                "\"; it can be unloaded with -force.";
+        return MS::kFailure;
+    }
+    const MStatus fault = pass_fault("unloadPlugin");
+    if (!fault) {
+        error = "Plug-in \"" + plugin->info.name + "\" could not be unloaded.";
+        return fault;
+    }
+    // Commands and nodes that wait for undo are made of the plug-in's code.
+    UndoQueue::current().clear();
+    run_procedure(mode == AppMode::interactive ? plugin->delete_ui : plugin->delete_batch);
+    const MStatus status =
+        entry_point(plugin->library, k_uninitialize)(MObject(plugin->object.get()));
+    if (!status) {
+        error = "Clean-up of plug-in \"" + plugin->info.name +
+                "\" failed: " + status.errorString().asChar();
+        return status;
+    }
+    drop(*plugin);
+    return status;
+}
+
+/// Removes whatever is left of a plug-in, then its code.
+void Plugins::drop(Plugin& plugin) {
+    for (const std::string& command : std::vector<std::string>(plugin.info.commands))
+        Commands::current().remove(command);
+    for (const std::string& type : std::vector<std::string>(plugin.info.node_types))
+        Scene::current().remove_type(type);
+    for (const std::string& item : plugin.menu_items)
+        MenuTree::current().remove(item);
+    Callbacks::current().remove_code(
+        [&](const void* function) { return plugin.contains(function); });
+    void* const library = plugin.library;
+    plugins_.erase(std::find_if(plugins_.begin(), plugins_.end(),
+                                [&](const auto& held) { return held.get() == &plugin; }));
+    dlclose(library);
+}
+
+bool Plugins::is_loaded(const std::string& name) const {
+    const Plugin* const plugin = find(name);
+    return plugin != nullptr && plugin->info.loaded;
+}
+
+bool Plugins::info(const std::string& name, PluginInfo& info) const {
+    const Plugin* const plugin = find(name);
+    if (plugin != nullptr)
+        info = plugin->info;
+    return plugin != nullptr;
+}
+
+std::vector<std::string> Plugins::names() const {
+    std::vector<std::string> names;
+    for (const auto& plugin : plugins_)
+        names.push_back(plugin->info.name);
+    return names;
+}
+
+std::vector<std::string> Plugins::nodes_in_use(const std::string& name) const {
+    std::vector<std::string> names;
+    const Plugin* const plugin = find(name);
+    if (plugin == nullptr)
+        return names;
+    for (const std::string& type : plugin->info.node_types)
+        if (const NodeTypeRef found = Scene::current().find_type(type))
+            for (const Node* node : found->instances)
+                if (node->is_valid())
+                    names.push_back(node->name_text());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+} // namespace host::graph

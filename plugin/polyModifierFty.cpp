@@ -1,0 +1,3 @@
+#include "plugin/polyModifierFty.h"
+
+polyModifierFty::~polyModifierFty() = default;

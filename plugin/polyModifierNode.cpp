@@ -1,0 +1,3 @@
+#include "plugin/polyModifierNode.h"
+
+polyModifierNode::~polyModifierNode() = default;

@@ -1,0 +1,148 @@
+#include "plugin/tmod_cmd.h"
+
+#include "plugin/command_flags.h"
+#include "plugin/node_attributes.h"
+#include "plugin/tmod_node.h"
+#include "plugin/unwrapper.h"
+
+#include <maya/MFnDependencyNode.h>
+#include <maya/MGlobal.h>
+#include <maya/MItSelectionList.h>
+#include <maya/MSelectionList.h>
+
+#include <iostream>
+#include <new>
+
+namespace {
+
+/// What the command writes into a new node.
+struct NodeValues {
+    const UnwrapSettings& settings;
+    const MString& mesh_path;
+};
+
+using Write = MStatus (*)(MPlug& plug, const NodeValues& values);
+
+/// One entry an attribute, in the attributes' order.
+const Write k_writes[k_attribute_count] = {
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.uv_set); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.charts); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.stretch); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.padding); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.tex_width); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.tex_height); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.high_quality); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.keep_seams); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.use_grooves); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.groove_angle); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.use_ridges); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.ridge_angle); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.adjacency_method); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.epsilon); },
+    // The first evaluation unwraps all the same; later ones wait for another value.
+    [](MPlug& p, const NodeValues&) { return p.setValue(1); },
+    [](MPlug& p, const NodeValues&) { return p.setValue(0.0); },
+    [](MPlug& p, const NodeValues&) { return p.setValue(0); },
+    [](MPlug& p, const NodeValues& v) { return p.setValue(v.mesh_path); },
+    [](MPlug& p, const NodeValues&) { return p.setValue(true); },
+};
+
+} // namespace
+
+tmod_cmd::~tmod_cmd() = default;
+
+void* tmod_cmd::creator() { return new (std::nothrow) tmod_cmd; }
+
+MSyntax tmod_cmd::create_syntax() {
+    MSyntax syntax;
+    for (const FlagRow& flag : k_flags)
+        syntax.addFlag(flag.short_name, flag.long_name, flag.type);
+    return syntax;
+}
+
+bool tmod_cmd::isUndoable() const { return true; }
+
+void tmod_cmd::reset_settings() {
+    for (const FlagRow& flag : k_flags)
+        flag.reset(settings_);
+    settings_.reserved_scale = 1.0;
+    settings_.skip_false_edges = 0;
+    settings_.reserved_flag = true;
+}
+
+bool tmod_cmd::parse_flags(const MArgList& arguments) {
+    MStatus status;
+    const MArgDatabase database(syntax(), arguments, &status);
+    if (!status)
+        return false;
+    for (const int index : k_parse_order) {
+        const FlagRow& flag = k_flags[index];
+        if (database.isFlagSet(flag.short_name))
+            flag.read(database, flag.short_name, settings_);
+    }
+    return true;
+}
+
+MStatus tmod_cmd::doIt(const MArgList& arguments) {
+    reset_settings();
+    if (!parse_flags(arguments))
+        return MS::kFailure;
+
+    MSelectionList selection;
+    MGlobal::getActiveSelectionList(selection);
+    MItSelectionList item(selection);
+    item.setFilter(MFn::kMesh);
+    if (item.isDone())
+        return MS::kSuccess;
+
+    MDagPath mesh;
+    item.getDagPath(mesh);
+    mesh.extendToShape();
+    setMeshNode(mesh);
+    setModifierNodeType(tmod_node::id);
+    return doModifyPoly();
+}
+
+MStatus tmod_cmd::redoIt() {
+    const MStatus status = redoModifyPoly();
+    clearResult();
+    appendToResult(static_cast<bool>(status));
+    return status;
+}
+
+MStatus tmod_cmd::undoIt() {
+    const MStatus status = undoModifyPoly();
+    setResult(status ? "tmod undo succeeded!" : "tmod undo failed!");
+    return status;
+}
+
+MStatus tmod_cmd::initModifierNode(MObject modifierNode) {
+    MFnDependencyNode node_fn(modifierNode);
+    MString mesh_path;
+    for (int i = 0; i < k_attribute_count; ++i) {
+        if (i == k_mesh_path) {
+            MStatus status;
+            mesh_path = getMeshNode().fullPathName(&status);
+            if (!status) {
+                std::cerr << "Failed to retrieve mesh_path" << std::endl;
+                return status;
+            }
+        }
+        MPlug plug(modifierNode, node_fn.attribute(k_attributes[i].long_name));
+        const MStatus status = k_writes[i](plug, NodeValues{settings_, mesh_path});
+        if (!status) {
+            std::cerr << "Failed to connect node attribute: " << k_attributes[i].write_tag
+                      << std::endl;
+            return status;
+        }
+    }
+    return MS::kSuccess;
+}
+
+MStatus tmod_cmd::directModifier(MObject mesh) {
+    Unwrapper unwrapper(&settings_);
+    begin_progress();
+    const MStatus status = unwrapper.unwrap(mesh, nullptr, nullptr);
+    end_progress();
+    return status;
+}

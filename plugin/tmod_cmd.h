@@ -1,0 +1,37 @@
+/// The command `tessora`: unwraps the first selected mesh, through a node in its history or
+/// directly.
+///
+/// Results differ by how the command ran: the first run leaves none, redo a boolean, undo a
+/// sentence.
+#pragma once
+
+#include "plugin/polyModifierCmd.h"
+#include "plugin/tmod_fty.h"
+#include "plugin/unwrap_settings.h"
+
+#include <maya/MArgList.h>
+#include <maya/MSyntax.h>
+
+class tmod_cmd : public polyModifierCmd {
+public:
+    ~tmod_cmd() override;
+
+    MStatus doIt(const MArgList& arguments) override;
+    MStatus undoIt() override;
+    MStatus redoIt() override;
+    bool isUndoable() const override;
+    MStatus initModifierNode(MObject modifierNode) override;
+    MStatus directModifier(MObject mesh) override;
+
+    /// A new instance for the host to own; null when memory ran out.
+    static void* creator();
+    /// The fourteen flags. No positional arguments: the mesh comes from the selection.
+    static MSyntax create_syntax();
+
+private:
+    void reset_settings();
+    bool parse_flags(const MArgList& arguments);
+
+    tmod_fty fty_;
+    UnwrapSettings settings_;
+};
