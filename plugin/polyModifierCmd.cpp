@@ -150,6 +150,13 @@ MStatus polyModifierCmd::redoModifyPoly() {
         if (!status)
             return status;
     }
+    // Undo gave the mesh its tweaks back; the tweak node, which comes back now, carries them too.
+    if (hasTweaks) {
+        MObject mesh = meshPath.node();
+        MFnDependencyNode mesh_fn(mesh);
+        MPlug tweaks = mesh_fn.findPlug("pnts", true);
+        zeroMeshTweaks(tweaks);
+    }
     return dgModifier.doIt();
 }
 

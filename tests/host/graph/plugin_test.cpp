@@ -1,47 +1,8 @@
 // The plug-in library, loaded as the program loads it.
 #include "faultpoint/faultpoint.h"
-#include "host/graph/callbacks.h"
-#include "host/graph/plugins.h"
-#include "host/view/menus.h"
-#include "tests/host/graph/fixture.h"
-#include "tests/host/graph/small_script.h"
-
-#include <filesystem>
+#include "tests/host/graph/plugin_fixture.h"
 
 namespace host::graph::testing {
-
-class PluginTest : public SceneTest {
-protected:
-    PluginTest() { load(); }
-    ~PluginTest() override {
-        faultpoint::disarm_all();
-        scene.clear();
-        std::string error;
-        if (Plugins::current().is_loaded("tessora"))
-            Plugins::current().unload("tessora", true, error);
-        scene.records_history = true;
-    }
-    MStatus load() {
-        error.clear();
-        return Plugins::current().load(TESSORA_PLUGIN_FILE, error);
-    }
-    MStatus run(const std::string& text) {
-        CommandResult result;
-        return script.execute(text, false, true, result);
-    }
-    void select(Node& node) { scene.select({item_of(node)}); }
-    /// polyCube -> shape, as the script command makes it.
-    MeshNode& add_cube_with_history() {
-        Node& maker = add("polyCube");
-        DagNode& transform = add_dag("transform", "pCube1");
-        auto& shape = static_cast<MeshNode&>(add("mesh", "pCubeShape1", &transform));
-        connect(maker, "output", shape, "inMesh");
-        return shape;
-    }
-
-    SmallScript script;
-    std::string error;
-};
 
 TEST_F(PluginTest, LoadingRegistersCommandNodeAndMenuItem) {
     EXPECT_TRUE(Plugins::current().is_loaded("tessora"));
