@@ -2,6 +2,7 @@
 #include "app/command.h"
 #include "app/exit_code.h"
 #include "app/interrupt.h"
+#include "app/measure_command.h"
 #include "app/options.h"
 #include "app/unwrap_command.h"
 
@@ -12,6 +13,8 @@ namespace {
 
 constexpr app::Command k_commands[] = {
     {"unwrap", "give a mesh new texture coordinates", app::unwrap_command},
+    {"measure", "tell how good a mesh's texture coordinates are", app::measure_command},
+    {"verify", "check that they keep what an unwrap promises", app::verify_command},
 };
 
 const app::Command* find_command(const std::string& name) {

@@ -1,0 +1,195 @@
+#include "app/measure_command.h"
+
+#include "app/exit_code.h"
+#include "app/measure_layout.h"
+#include "app/options.h"
+#include "app/unwrap_options.h"
+#include "host/io/obj_reader.h"
+
+#include <cmath>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace app {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* k_measure_usage = R"(usage: tessora measure MESH [options]
+
+Tells how good the texture coordinates of a mesh are (Wavefront OBJ, whoever made
+them): charts, stretch, distortion, flips, overlaps, gaps, coverage, seams.
+docs/measures.md defines every figure.
+
+examples:
+  tessora measure bunny_uv.obj
+  tessora measure other_tool.obj --width 1024 --height 512
+  tessora measure bunny_uv.obj --json > figures.json
+)";
+
+constexpr const char* k_verify_usage = R"(usage: tessora verify MESH [options]
+
+Checks that the texture coordinates of a mesh keep what an unwrap promises: all
+polygons mapped, none flipped, collapsed or mirrored, no overlaps, the gutter
+kept, all inside the texture, every chart within the stretch limit. Ends with
+exit code 6 and names the polygons (from 0, in the order of the file's faces)
+when one of these is broken.
+
+examples:
+  tessora verify bunny_uv.obj
+  tessora verify level_uv.obj --width 2048 --height 2048 --padding 8 --stretch 0.05
+)";
+
+constexpr const char* k_notes = R"(
+In option names - and _ are the same; "-" stands for standard input.
+
+exit codes: 0 done, 2 usage, 3 input missing or no mesh, 4 mesh too large or
+memory ran out, 6 a guarantee is broken (verify only).
+)";
+
+struct Request {
+    std::string input;
+    int width = 512;
+    int height = 512;
+    int padding = 2;
+    double stretch = 0.15;
+    bool json = false;
+    bool per_chart = false;
+    bool help = false;
+};
+
+OptionTable make_table(Request& request, bool verify) {
+    OptionTable table;
+    table.heading("options (defaults in parentheses):");
+    table.add("width", &request.width, "TEXELS", "width of the texture");
+    table.add("height", &request.height, "TEXELS", "height of the texture");
+    if (verify)
+        table.add("padding", &request.padding, "TEXELS", "least gap between two charts");
+    table.add("stretch", &request.stretch, "LIMIT", "largest stretch of a chart, 0 to 1");
+    table.add("json", &request.json, "", "print JSON");
+    if (!verify)
+        table.add("per_chart", &request.per_chart, "", "in JSON, list every chart");
+    table.add("help", &request.help, "", "show this text");
+    return table;
+}
+
+bool parse(const Words& words, bool verify, Request& request, std::string& error) {
+    std::vector<std::string> operands;
+    if (!make_table(request, verify).parse(words, operands, error) || request.help)
+        return request.help;
+    if (operands.size() != 1 || operands[0].empty())
+        error = operands.empty() ? "which mesh? an input file is needed" : "one mesh at a time";
+    else if (request.width < 1 || request.height < 1 || request.width > 65536 ||
+             request.height > 65536)
+        error = "a texture has 1 to 65536 texels a side";
+    else if (request.padding < 0)
+        error = "--padding must not be negative";
+    else if (!(request.stretch >= 0.0 && request.stretch <= 1.0))
+        error = "--stretch must be between 0 and 1";
+    else
+        request.input = operands[0];
+    return error.empty();
+}
+
+int fail(int code, const std::string& reason) {
+    say(reason);
+    return code;
+}
+
+bool read_document(const std::string& path, host::ObjDocument& document, int& code) {
+    if (is_other_format(path)) {
+        code = fail(exit_input, path + ": only OBJ files can be read");
+        return false;
+    }
+    host::IoError error;
+    std::string text;
+    if (host::read_text(path, text, error) &&
+        host::parse_obj(path, std::move(text), document, error)) {
+        for (const std::string& warning : document.warnings)
+            say("warning: " + warning);
+        return true;
+    }
+    code = fail(error.kind == host::IoError::too_large ? exit_limit : exit_input, error.message);
+    return false;
+}
+
+Json header(const Request& request) {
+    return {{"schema", 1},
+            {"program", std::string("tessora ") + version()},
+            {"input", request.input},
+            {"width", request.width},
+            {"height", request.height}};
+}
+
+void print(const Json& json) {
+    std::printf("%s\n", json.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+}
+
+void print_measures(const Request& request, const Judgement& judgement) {
+    if (!request.json) {
+        std::printf("%s\n\n%s", request.input.c_str(), measures_table(judgement).c_str());
+        return;
+    }
+    Json out = header(request);
+    out["measures"] = Json::parse(measures_json(judgement, request.per_chart));
+    print(out);
+}
+
+void print_verdict(const Request& request, const Judgement& judgement) {
+    const char* status = judgement.breaches.empty() ? "ok" : "broken";
+    if (!request.json) {
+        if (judgement.breaches.empty())
+            std::printf("%s: all guarantees hold\n", request.input.c_str());
+        for (const measure::Breach& breach : judgement.breaches)
+            std::printf("%s: %s: %s\n", request.input.c_str(), breach.name,
+                        breach_text(breach).c_str());
+        return;
+    }
+    Json out = header(request);
+    out["padding"] = request.padding;
+    out["stretch"] = request.stretch;
+    out["status"] = status;
+    out["breaches"] = Json::array();
+    for (const measure::Breach& breach : judgement.breaches)
+        out["breaches"].push_back(
+            {{"name", breach.name}, {"message", breach.sentence}, {"polygons", breach.polygons}});
+    out["measures"] = Json::parse(measures_json(judgement, false));
+    print(out);
+}
+
+int run(const Words& words, bool verify) {
+    Request request;
+    std::string error;
+    const char* name = verify ? "verify" : "measure";
+    if (!parse(words, verify, request, error))
+        return fail(exit_usage, error + "\nsee 'tessora " + name + " --help'");
+    if (request.help) {
+        Request defaults;
+        std::printf("%s\n%s%s", verify ? k_verify_usage : k_measure_usage,
+                    make_table(defaults, verify).help().c_str(), k_notes);
+        return exit_done;
+    }
+    host::ObjDocument document;
+    int code = exit_done;
+    if (!read_document(request.input, document, code))
+        return code;
+    const measure::Texture texture{double(request.width), double(request.height)};
+    Judgement judgement;
+    if (!judge_layout(document, nullptr, texture, {double(request.padding), request.stretch},
+                      judgement, error))
+        return fail(exit_limit, request.input + ": " + error);
+    if (!verify) {
+        print_measures(request, judgement);
+        return exit_done;
+    }
+    print_verdict(request, judgement);
+    return judgement.breaches.empty() ? exit_done : exit_verification;
+}
+
+} // namespace
+
+int measure_command(const Words& words) { return run(words, false); }
+
+int verify_command(const Words& words) { return run(words, true); }
+
+} // namespace app
