@@ -57,12 +57,13 @@ Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const 
 }
 
 const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter) {
-    const size_t turn = plan.fine[chart] * k_quarters + quarter;
-    Mask& mask = masks_[size_t(chart) * k_quarters * k_fine + turn];
-    if (mask.width == 0)
-        draw_mask(outlines_, outlines_.shapes[chart], turn_of(plan, chart, quarter), scale_,
-                  radius_, mask);
-    return mask;
+    Mask* turns = &masks_[(size_t(chart) * k_fine + plan.fine[chart]) * k_quarters];
+    if (turns[0].width == 0)
+        draw_mask(outlines_, outlines_.shapes[chart], turn_of(plan, chart, 0), scale_, radius_,
+                  turns[0]);
+    if (turns[quarter].width == 0)
+        turn_mask(turns[0], quarter, turns[quarter]);
+    return turns[quarter];
 }
 
 uint32_t& LayoutMaker::start_row(const Mask& mask) {

@@ -222,6 +222,47 @@ void find_square(Mask& mask) {
     }
 }
 
+/// Bit j of word i and bit i of word j change places (Warren, "Hacker's Delight", 2002, chapter 7).
+void transpose_block(uint64_t* block) {
+    uint64_t low = 0x00000000FFFFFFFFull;
+    for (uint32_t half = 32; half != 0; half /= 2, low ^= low << half)
+        for (uint32_t i = 0; i < 64; i = (i + half + 1) & ~half) {
+            const uint64_t t = (block[i] >> half ^ block[i + half]) & low;
+            block[i] ^= t << half;
+            block[i + half] ^= t;
+        }
+}
+
+uint64_t reversed(uint64_t w) {
+    w = (w >> 1 & 0x5555555555555555ull) | (w & 0x5555555555555555ull) << 1;
+    w = (w >> 2 & 0x3333333333333333ull) | (w & 0x3333333333333333ull) << 2;
+    w = (w >> 4 & 0x0F0F0F0F0F0F0F0Full) | (w & 0x0F0F0F0F0F0F0F0Full) << 4;
+    return __builtin_bswap64(w);
+}
+
+/// Turns the bits of one row end to end.
+void reverse_row(uint64_t* row, uint32_t words, uint32_t width) {
+    const uint32_t spare = words * 64 - width;
+    std::reverse(row, row + words);
+    for (uint32_t i = 0; i < words; ++i)
+        row[i] = reversed(row[i]);
+    for (uint32_t i = 0; i < words && spare != 0; ++i)
+        row[i] = row[i] >> spare | (i + 1 < words ? row[i + 1] << (64 - spare) : 0);
+}
+
+/// Rows become columns.
+void transpose_bits(const Mask& from, Mask& to) {
+    uint64_t block[64];
+    for (uint32_t by = 0; by < to.words; ++by)
+        for (uint32_t bx = 0; bx < from.words; ++bx) {
+            for (uint32_t i = 0; i < 64; ++i)
+                block[i] = by * 64 + i < from.height ? from.row_word(by * 64 + i, bx) : 0;
+            transpose_block(block);
+            for (uint32_t i = 0; i < 64 && bx * 64 + i < to.height; ++i)
+                to.bits[size_t(bx * 64 + i) * to.words + by] = block[i];
+        }
+}
+
 } // namespace
 
 void draw_mask(const Outlines& outlines, const Shape& shape, Turn turn, double scale, double radius,
@@ -262,6 +303,43 @@ void draw_mask(const Outlines& outlines, const Shape& shape, Turn turn, double s
     fill_inside(mask, flips);
     list_runs(mask);
     find_square(mask);
+}
+
+void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned) {
+    turned = Mask();
+    if (mask.width == 0)
+        return;
+    const bool across = quarters % 2 == 1;
+    const uint32_t size = uint32_t(1) << mask.square_level;
+    const uint32_t right = mask.width - mask.square_x - size;
+    const uint32_t above = mask.height - mask.square_y - size;
+    const Vec2 far = mask.origin + Vec2{double(mask.width), double(mask.height)};
+    turned.width = across ? mask.height : mask.width;
+    turned.height = across ? mask.width : mask.height;
+    turned.words = (turned.width + 63) / 64;
+    turned.square_level = mask.square_level;
+    turned.bits.assign(size_t(turned.words) * turned.height, 0);
+    if (across)
+        transpose_bits(mask, turned);
+    else
+        turned.bits = mask.bits;
+    if (quarters >= 2)
+        for (uint32_t y = 0; y < turned.height / 2; ++y)
+            std::swap_ranges(&turned.bits[size_t(y) * turned.words],
+                             &turned.bits[size_t(y) * turned.words] + turned.words,
+                             &turned.bits[size_t(turned.height - 1 - y) * turned.words]);
+    if (quarters <= 2)
+        for (uint32_t y = 0; y < turned.height; ++y)
+            reverse_row(&turned.bits[size_t(y) * turned.words], turned.words, turned.width);
+    if (quarters == 1)
+        turned.origin = {-far.y, mask.origin.x};
+    else if (quarters == 2)
+        turned.origin = {-far.x, -far.y};
+    else
+        turned.origin = {mask.origin.y, -far.x};
+    turned.square_x = quarters == 1 ? above : quarters == 2 ? right : mask.square_y;
+    turned.square_y = quarters == 1 ? mask.square_x : quarters == 2 ? above : right;
+    list_runs(turned);
 }
 
 } // namespace tessora::atlas

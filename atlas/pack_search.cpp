@@ -82,17 +82,17 @@ struct Tuning {
     double middle_cells = 0;  ///< compared again (0: not),
     double final_cells = 768; ///< and carried out
     uint64_t draft_effort = 0, middle_effort = 0;
-    int tries = 5; ///< scales, on the final grid
+    int tries = 4; ///< scales, on the final grid
 
     static Tuning of(Quality quality, size_t charts, uint64_t triangles) {
         Tuning tuning;
         const bool fast = quality == Quality::fast;
-        tuning.tries = fast ? 5 : 7;
+        tuning.tries = fast ? 4 : 7;
         tuning.final_cells = fast ? 768 : 1024;
         if (charts > 300)
             tuning.final_cells *= 2;
         if (charts <= k_most_drafted) {
-            tuning.draft_effort = fast ? 2000000 + 60 * triangles : 10000000 + 200 * triangles;
+            tuning.draft_effort = fast ? 1000000 + 30 * triangles : 10000000 + 100 * triangles;
             tuning.middle_effort = fast ? 0 : tuning.draft_effort;
             tuning.middle_cells = fast ? 0 : 512;
         }
