@@ -116,7 +116,7 @@ Flags::Flags(const Invocation& call, const FlagTable& table) : command_(call.nam
             continue;
         const Flag* flag = find(table, name);
         check_mode(*flag);
-        Use use{flag, {}};
+        Use use{*flag, {}};
         for (const char* kind = flag->values; *kind && mode_ != Mode::query; ++kind) {
             const bool there = i + 1 < arguments.size();
             try {
@@ -137,7 +137,7 @@ Flags::Flags(const Invocation& call, const FlagTable& table) : command_(call.nam
 
 const Flags::Use* Flags::last_use(const char* name) const {
     for (auto use = uses_.rbegin(); use != uses_.rend(); ++use)
-        if (std::strcmp(use->flag->long_name, name) == 0)
+        if (std::strcmp(use->flag.long_name, name) == 0)
             return &*use;
     return nullptr;
 }
@@ -170,7 +170,7 @@ bool Flags::boolean(const char* name, bool absent) const {
 std::vector<std::vector<Value>> Flags::uses(const char* name) const {
     std::vector<std::vector<Value>> found;
     for (const Use& use : uses_)
-        if (std::strcmp(use.flag->long_name, name) == 0)
+        if (std::strcmp(use.flag.long_name, name) == 0)
             found.push_back(use.values);
     return found;
 }
@@ -185,7 +185,7 @@ StringArray Flags::names() const {
 std::vector<std::string> Flags::given() const {
     std::vector<std::string> names;
     for (const Use& use : uses_)
-        names.emplace_back(use.flag->long_name);
+        names.emplace_back(use.flag.long_name);
     return names;
 }
 

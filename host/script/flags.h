@@ -56,7 +56,7 @@ public:
 
 private:
     struct Use {
-        const Flag* flag;
+        Flag flag;
         std::vector<Value> values;
     };
     const Use* last_use(const char* name) const;

@@ -76,12 +76,25 @@ Value Interpreter::run(std::string_view text, const std::string& file) {
     last_ = Value();
     for (const NodePtr& statement : state->unit->body->kids) {
         last_ = Value();
-        if (statement->kind == Kind::procedure)
-            define(statement);
-        else if (execute(*statement) == Flow::give)
+        if (execute_top(statement) == Flow::give)
             return frame.result;
     }
     return last_;
+}
+
+Interpreter::Flow Interpreter::execute_top(const NodePtr& statement) {
+    Flow flow = Flow::normal;
+    if (statement->kind == Kind::procedure) {
+        define(statement);
+    } else if (depth_ == 1 && wrapper_) {
+        const bool plain = statement->kind == Kind::expression;
+        const Node& inner = plain ? *statement->kids[0] : *statement;
+        wrapper_(inner.kind == Kind::call ? inner.text : std::string(),
+                 [&] { flow = execute(*statement); });
+    } else {
+        flow = execute(*statement);
+    }
+    return flow;
 }
 
 void Interpreter::source(const std::string& name) {

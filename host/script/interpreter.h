@@ -62,6 +62,10 @@ public:
     /// Directories searched for NAME.mel when a name is unknown, first match wins.
     std::vector<std::string>& script_path() { return script_path_; }
     Output& output() { return output_; }
+    /// Wraps every statement of the outermost text: gets the name of what it calls (empty if
+    /// nothing) and must run it. Undo entries are made here.
+    using Wrapper = std::function<void(const std::string& name, const std::function<void()>& run)>;
+    void set_wrapper(Wrapper wrapper) { wrapper_ = std::move(wrapper); }
     /// Names of all commands in byte order, for completion.
     std::vector<std::string> command_names() const;
     /// Names of global variables in byte order, without the dollar sign.
@@ -95,6 +99,7 @@ private:
     class ScopeGuard;
 
     // interpreter.cpp: statements, calls
+    Flow execute_top(const NodePtr& statement);
     Flow execute(const Node& node);
     Flow execute_kind(const Node& node);
     Flow execute_block(const Node& node);
@@ -131,6 +136,7 @@ private:
     std::unordered_map<std::string, Procedure> procedures_;
     std::map<std::string, Command> commands_;
     std::vector<std::string> script_path_;
+    Wrapper wrapper_;
     Frame* frame_ = nullptr;
     Value last_;
     int depth_ = 0;

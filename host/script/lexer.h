@@ -65,6 +65,8 @@ public:
     /// A place to return to, for the few constructs that need a second look.
     size_t mark() const { return taken_; }
     void rewind(size_t mark);
+    /// Where the next token starts, white space and comments skipped.
+    size_t offset_of_next() const { return skip_space(taken_); }
     Position position_of(size_t offset) const;
     const std::string& file() const { return file_; }
 

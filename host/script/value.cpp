@@ -69,6 +69,23 @@ std::string real_to_text(double value) {
     return text;
 }
 
+std::string quoted(const std::string& text) {
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\')
+            result += '\\';
+        if (c == '\n')
+            result += "\\n";
+        else if (c == '\t')
+            result += "\\t";
+        else if (c == '\r')
+            result += "\\r";
+        else
+            result += c;
+    }
+    return result + "\"";
+}
+
 Value Value::zero(Type type) {
     switch (type.basic) {
     case Basic::integer:

@@ -118,6 +118,9 @@ private:
         data_;
 };
 
+/// A text as a string literal of the language, escapes and quotes included.
+TESSORA_SCRIPT_API std::string quoted(const std::string& text);
+
 /// A float the way the language prints it.
 TESSORA_SCRIPT_API std::string real_to_text(double value);
 

@@ -1,30 +1,30 @@
-// Runs script files in a bare interpreter: the language alone, without scene commands.
+// Runs script files in the embedded host, with the shipped scripts and the built plug-in in reach.
 
-#include "host/script/interpreter.h"
+#include "host/graph/plugins.h"
+#include "host/script/session.h"
 
 #include <iostream>
 
 namespace {
 
+/// One stream for everything, so that a test sees the order of what was said.
 class Console : public host::script::Output {
 public:
-    void print(const std::string& text) override { std::cout << text; }
-    void warning(const std::string& text) override { std::cout << "// Warning: " << text << '\n'; }
-    void error(const std::string& text) override { std::cout << "// Error: " << text << '\n'; }
+    void print(const std::string& text) override { std::cout << text << std::flush; }
+    void warning(const std::string& text) override { print("// Warning: " + text + "\n"); }
+    void error(const std::string& text) override { print("// Error: " + text + "\n"); }
 };
 
 } // namespace
 
 int main(int argc, char** argv) {
-    Console console;
-    host::script::Interpreter interpreter(console);
-    interpreter.script_path().push_back("scripts");
-    try {
-        for (int i = 1; i < argc; ++i)
-            interpreter.run(host::script::read_script(argv[i]), argv[i]);
-    } catch (const std::exception& error) {
-        console.error(error.what());
-        return 1;
-    }
+    static Console console;
+    host::script::Session& session = host::script::Session::current();
+    session.set_output(&console);
+    session.interpreter().script_path() = {"scripts", TESSORA_SCRIPTS};
+    host::graph::Plugins::current().search_path().push_back(TESSORA_PLUGINS);
+    for (int i = 1; i < argc; ++i)
+        if (!session.run(host::script::read_script(argv[i]), argv[i]).ok)
+            return 1;
     return 0;
 }

@@ -1,0 +1,30 @@
+/// OBJ files and the scene's meshes: reading one into a mesh value, writing several into one text.
+#pragma once
+
+#include "host/io/export.h"
+#include "host/io/obj_document.h"
+#include "host/mesh/mesh.h"
+
+#include <maya/MMatrix.h>
+
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// The document's polygons as one mesh with one UV set, "map1", which is there also when the file
+/// has no texture coordinates. A polygon that names a vertex twice gets a vertex of its own, at the
+/// same place, for each repeat.
+/// Errors: false when the mesh cannot be made (too many of anything, memory).
+TESSORA_IO_API bool mesh_of_document(const ObjDocument& document, Mesh& mesh);
+
+struct ObjPart {
+    std::string name;
+    const Mesh* mesh;
+    MMatrix matrix; ///< to world space, in which the file is written
+};
+
+/// One OBJ text with an object per part and the current UV set of each.
+TESSORA_IO_API std::string obj_of_meshes(const std::vector<ObjPart>& parts);
+
+} // namespace host

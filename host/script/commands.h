@@ -1,0 +1,17 @@
+/// The built-in commands that work on the scene, by theme.
+#pragma once
+
+#include "host/script/flags.h"
+
+namespace host::script {
+
+void add_attribute_commands(Interpreter& interpreter); ///< getAttr, setAttr, connectAttr, ...
+void add_node_commands(Interpreter& interpreter);      ///< createNode, delete, rename, parent, ...
+void add_list_commands(Interpreter& interpreter);      ///< ls, select, list..., objExists, ...
+void add_mesh_commands(Interpreter& interpreter);      ///< polyCube, ..., polyEvaluate, polyUVSet
+void add_transform_commands(Interpreter& interpreter); ///< move, rotate, scale
+void add_history_commands(Interpreter& interpreter);   ///< undo, redo, constructionHistory, dgeval
+void add_plugin_commands(Interpreter& interpreter);    ///< loadPlugin, unloadPlugin, pluginInfo
+void add_file_commands(Interpreter& interpreter);      ///< file, requires, fileInfo, currentUnit
+
+} // namespace host::script

@@ -1,0 +1,3 @@
+//Maya ASCII 2008 scene
+createNode transform -n "x";
+setAttr ".tx
