@@ -3,6 +3,8 @@
 #include "app/atomic_file.h"
 #include "app/exit_code.h"
 #include "app/interrupt.h"
+#include "app/measure_layout.h"
+#include "app/picture.h"
 #include "app/progress.h"
 #include "app/report.h"
 #include "app/unwrap_driver.h"
@@ -36,8 +38,13 @@ private:
     bool read();
     bool open_outputs();
     bool unwrap();
+    bool verify();
     bool write_mesh();
+    bool write_picture();
     bool publish();
+    measure::Texture texture() const {
+        return {double(outcome_.settings.width), double(outcome_.settings.height)};
+    }
     void write_failure_report();
     void warn(const std::string& sentence);
     bool fail(int code, const std::string& reason);
@@ -48,6 +55,7 @@ private:
     UnwrapReport report_;
     host::ObjDocument document_;
     UnwrapOutcome outcome_;
+    Judgement judgement_;
     AtomicFile mesh_file_, layout_file_, report_file_, backup_file_;
 };
 
@@ -120,6 +128,24 @@ bool UnwrapRun::unwrap() {
     return true;
 }
 
+/// Nothing is published that breaks a promise, whatever the engine believes.
+bool UnwrapRun::verify() {
+    const Stopwatch watch;
+    progress_.begin_stage("verifying");
+    const measure::Promise promise = {double(outcome_.settings.padding), outcome_.settings.stretch};
+    std::string error;
+    if (!judge_layout(document_, &outcome_.uvs, texture(), promise, judgement_, error))
+        return fail(exit_limit, request_.input + ": " + error);
+    report_.measures = measures_json(judgement_, false);
+    report_.seconds.verify = watch.seconds();
+    if (judgement_.breaches.empty())
+        return true;
+    std::string reason = request_.input + ": the result is not good enough to be written:";
+    for (const measure::Breach& breach : judgement_.breaches)
+        reason += "\n  " + breach_text(breach);
+    return fail(exit_verification, reason);
+}
+
 bool UnwrapRun::write_mesh() {
     progress_.begin_stage("writing");
     std::string text, error;
@@ -127,6 +153,19 @@ bool UnwrapRun::write_mesh() {
         return fail(exit_unwrap, request_.input + ": " + error);
     if (!mesh_file_.write(text, error) ||
         (request_.in_place && !backup_file_.write(document_.text, error)))
+        return fail(exit_output, error);
+    return true;
+}
+
+bool UnwrapRun::write_picture() {
+    if (!layout_file_.is_open())
+        return true;
+    const PictureSubject subject = {judgement_.layout, judgement_.measures, texture(),
+                                    double(outcome_.settings.padding)};
+    PictureKind kind = PictureKind::layout;
+    picture_kind(request_.picture, kind);
+    std::string png, error;
+    if (!draw_picture(kind, subject, png, error) || !layout_file_.write(png, error))
         return fail(exit_output, error);
     return true;
 }
@@ -179,10 +218,10 @@ void UnwrapRun::say_result() const {
 }
 
 int UnwrapRun::run() {
-    bool good = read() && open_outputs() && unwrap();
+    bool good = read() && open_outputs() && unwrap() && verify();
     if (good) {
         const Stopwatch writing;
-        good = write_mesh();
+        good = write_mesh() && write_picture();
         report_.seconds.write = writing.seconds();
         good = good && publish();
     }

@@ -2,6 +2,7 @@
 
 #include "app/atomic_file.h"
 #include "app/options.h"
+#include "app/picture.h"
 
 #include <algorithm>
 #include <cctype>
@@ -75,6 +76,8 @@ OptionTable make_table(UnwrapRequest& request) {
     table.add("report", &request.report, "FILE.json",
               "what was done, in figures; on failure the reason");
     table.add("layout", &request.layout, "FILE.png", "picture of the charts in the texture");
+    table.add("picture", &request.picture, "KIND",
+              "what the picture shows: layout, checker or stretch");
     table.add("beside", &request.beside, "",
               "write report and picture beside OUTPUT, as its name with .json and .png");
     table.add("quiet", &request.quiet, "", "say nothing unless something fails");
@@ -174,7 +177,6 @@ std::string default_output(const std::string& input) {
 
 std::string unwrap_help() {
     UnwrapRequest defaults;
-    defaults.picture.clear();
     return std::string(k_usage) + "\n" + make_table(defaults).help() + k_notes;
 }
 
@@ -194,6 +196,11 @@ bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& 
         return false;
     }
     request.input = operands[0];
+    PictureKind kind;
+    if (!picture_kind(request.picture, kind)) {
+        error = "--picture: '" + request.picture + "' is not layout, checker or stretch";
+        return false;
+    }
     check_ranges(request.settings, request.warnings);
     return settle_output(request, error);
 }

@@ -161,6 +161,12 @@ TEST(UnwrapOptionsRefuse, NoInputAndTwoInputs) {
               refusal({"a.obj", "b.obj"}));
 }
 
+TEST(UnwrapOptionsRefuse, UnknownKindsOfPicture) {
+    EXPECT_EQ("checker", parsed({"a.obj", "--picture", "checker"}).picture);
+    EXPECT_EQ("--picture: 'sketch' is not layout, checker or stretch",
+              refusal({"a.obj", "--picture", "sketch"}));
+}
+
 TEST(UnwrapOptionsRefuse, TheInputAsOutput) {
     test::Scratch dir;
     const std::string file = dir.put("m.obj", "x");

@@ -1,0 +1,162 @@
+#include "app/picture_parts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace app {
+namespace {
+
+constexpr int k_side = 1024; // pixels of each of the two views
+constexpr Colour k_background = {38, 41, 48};
+constexpr Colour k_unmapped = {235, 25, 25};
+
+struct Point3 {
+    double x = 0.0, y = 0.0, z = 0.0;
+};
+
+Point3 operator-(Point3 a, Point3 b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+double dot(Point3 a, Point3 b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+Point3 cross(Point3 a, Point3 b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+Point3 unit(Point3 a) {
+    const double size = std::sqrt(dot(a, a));
+    return size > 0.0 ? Point3{a.x / size, a.y / size, a.z / size} : Point3{};
+}
+
+/// An orthographic look at the mesh from one corner of its bounding box; y is up.
+struct Look {
+    Point3 right, up, back; ///< unit vectors; `back` points at the eye
+    double scale = 1.0;     ///< pixels per unit of length
+    Point3 centre;
+    int left = 0; ///< of the view in the picture
+
+    Point3 project(Point3 p) const {
+        const Point3 q = p - centre;
+        return {left + 0.5 * k_side + scale * dot(right, q), 0.5 * k_side - scale * dot(up, q),
+                dot(back, q)};
+    }
+};
+
+class CheckerPainter {
+public:
+    explicit CheckerPainter(const PictureSubject& subject)
+        : layout_(subject.layout), measures_(subject.measures), texture_(subject.texture),
+          canvas_(2 * k_side, k_side, k_background) {
+        // About 40 squares along the longer side of the texture, of whole texels.
+        square_ = std::max(1.0, std::floor(std::max(texture_.width, texture_.height) / 40.0));
+    }
+
+    Canvas draw() {
+        draw_view(look_from({1.0, 0.8, 1.4}, 0));
+        draw_view(look_from({-1.0, -0.5, -1.4}, k_side));
+        canvas_.fill(k_side - 1, 0, k_side + 1, k_side, {12, 12, 14});
+        return std::move(canvas_);
+    }
+
+private:
+    Point3 position(uint32_t slot) const {
+        const uint32_t v = layout_.corner_vertex[layout_.triangle_corners[slot]];
+        return {layout_.positions[3 * v], layout_.positions[3 * v + 1],
+                layout_.positions[3 * v + 2]};
+    }
+
+    Look look_from(Point3 eye, int left) const {
+        Look look;
+        look.left = left;
+        look.back = unit(eye);
+        look.right = unit(cross({0.0, 1.0, 0.0}, look.back));
+        look.up = cross(look.back, look.right);
+        constexpr double far = std::numeric_limits<double>::max();
+        double low[2] = {far, far}, high[2] = {-far, -far};
+        for (uint32_t slot = 0; slot < 3 * layout_.triangle_count(); ++slot) {
+            const Point3 p = position(slot);
+            const double at[2] = {dot(look.right, p), dot(look.up, p)};
+            for (int axis = 0; axis < 2; ++axis) {
+                low[axis] = std::min(low[axis], at[axis]);
+                high[axis] = std::max(high[axis], at[axis]);
+            }
+        }
+        if (layout_.triangle_count() == 0)
+            return look;
+        const double x = 0.5 * (low[0] + high[0]), y = 0.5 * (low[1] + high[1]);
+        look.centre = {look.right.x * x + look.up.x * y, look.right.y * x + look.up.y * y,
+                       look.right.z * x + look.up.z * y};
+        const double extent = std::max(high[0] - low[0], high[1] - low[1]);
+        look.scale = extent > 0.0 ? 0.92 * k_side / extent : 1.0;
+        return look;
+    }
+
+    void draw_view(const Look& look) {
+        depth_.assign(static_cast<size_t>(k_side) * k_side,
+                      -std::numeric_limits<float>::infinity());
+        for (uint32_t t = 0; t < layout_.triangle_count(); ++t)
+            draw_triangle(look, t);
+    }
+
+    void draw_triangle(const Look& look, uint32_t t) {
+        Point3 p[3];
+        for (uint32_t k = 0; k < 3; ++k)
+            p[k] = look.project(position(3 * t + k));
+        const double area =
+            (p[1].x - p[0].x) * (p[2].y - p[0].y) - (p[1].y - p[0].y) * (p[2].x - p[0].x);
+        if (area == 0.0)
+            return;
+        // The mesh may be open; backs are shown darker.
+        const Point3 normal = unit(
+            cross(position(3 * t + 1) - position(3 * t), position(3 * t + 2) - position(3 * t)));
+        const double facing = dot(normal, look.back);
+        const double light = facing >= 0.0 ? 0.45 + 0.55 * facing : 0.25 - 0.15 * facing;
+        const PixelPoint corners[3] = {{p[0].x, p[0].y}, {p[1].x, p[1].y}, {p[2].x, p[2].y}};
+        canvas_.visit_triangle(corners, [&](int x, int y) {
+            if (x < look.left || x >= look.left + k_side)
+                return;
+            const double px = x + 0.5, py = y + 0.5;
+            double share[3];
+            share[1] =
+                ((px - p[0].x) * (p[2].y - p[0].y) - (py - p[0].y) * (p[2].x - p[0].x)) / area;
+            share[2] =
+                ((p[1].x - p[0].x) * (py - p[0].y) - (p[1].y - p[0].y) * (px - p[0].x)) / area;
+            share[0] = 1.0 - share[1] - share[2];
+            float& nearest =
+                depth_[static_cast<size_t>(y) * k_side + static_cast<size_t>(x - look.left)];
+            const auto here =
+                static_cast<float>(share[0] * p[0].z + share[1] * p[1].z + share[2] * p[2].z);
+            if (here <= nearest)
+                return;
+            nearest = here;
+            canvas_.put(x, y, mix({0, 0, 0}, surface_colour(t, share), light));
+        });
+    }
+
+    Colour surface_colour(uint32_t t, const double (&share)[3]) const {
+        const uint32_t chart = measures_.triangle_chart[t];
+        if (chart == measure::k_none)
+            return k_unmapped;
+        double u = 0.0, v = 0.0;
+        for (uint32_t k = 0; k < 3; ++k) {
+            const uint32_t uv = layout_.corner_uv[layout_.triangle_corners[3 * t + k]];
+            u += share[k] * layout_.uvs[2 * uv];
+            v += share[k] * layout_.uvs[2 * uv + 1];
+        }
+        const double column = std::floor(u * texture_.width / square_);
+        const double row = std::floor(v * texture_.height / square_);
+        const bool is_light = std::fmod(std::abs(column + row), 2.0) < 0.5;
+        return mix(chart_colour(chart), is_light ? Colour{255, 255, 255} : Colour{20, 20, 24},
+                   is_light ? 0.75 : 0.55);
+    }
+
+    const measure::Layout& layout_;
+    const measure::Measures& measures_;
+    const measure::Texture& texture_;
+    double square_ = 1.0; // texels
+    Canvas canvas_;
+    std::vector<float> depth_;
+};
+
+} // namespace
+
+Canvas draw_checker(const PictureSubject& subject) { return CheckerPainter(subject).draw(); }
+
+} // namespace app

@@ -1,0 +1,239 @@
+/// The program from outside: every way to fail, and what is left behind.
+#include "tests/app/program_fixture.h"
+
+#include <csignal>
+#include <cstring>
+#include <sys/stat.h>
+#include <thread>
+
+namespace {
+
+using namespace test;
+
+class ProgramFailure : public Program {
+protected:
+    /// The program refuses `text` with `code`; an older output stays, nothing else appears but the
+    /// report, which gives the reason that standard error gave. Returns that reason.
+    std::string expect_refused(const std::string& text, int code, const Words& words = {}) {
+        dir.put("bad_uv.obj", "older result");
+        const Ended ended = unwrap("bad.obj", text, words);
+        EXPECT_EQ(code, ended.code) << ended.err;
+        EXPECT_EQ("", ended.out);
+        EXPECT_EQ((Names{"bad.obj", "bad.obj.json", "bad_uv.obj"}), dir.names());
+        EXPECT_TRUE(dir.get("bad_uv.obj") == "older result");
+        EXPECT_TRUE(dir.get("bad.obj") == text);
+        const Json json = report("bad.obj");
+        EXPECT_EQ("failed", json["status"]);
+        EXPECT_EQ(code, json["code"]);
+        const std::string reason = json.value("reason", "");
+        EXPECT_NE(std::string::npos, ended.err.find("tessora: " + reason + "\n")) << ended.err;
+        const std::string prefix = dir.path("bad.obj") + ":";
+        EXPECT_EQ(0u, reason.find(prefix)) << reason;
+        return reason.substr(std::min(prefix.size(), reason.size()));
+    }
+    void expect_usage_error(const Words& words, const std::string& sentence) {
+        const Ended ended = run(words);
+        EXPECT_EQ(2, ended.code);
+        EXPECT_EQ("", ended.out);
+        EXPECT_EQ(0u, ended.err.find("tessora: " + sentence)) << ended.err;
+    }
+};
+
+// Usage ---------------------------------------------------------------------------------------
+
+TEST_F(ProgramFailure, WithoutACommandTheHelpIsShown) {
+    const Ended ended = run({});
+    EXPECT_EQ(2, ended.code);
+    EXPECT_EQ("", ended.out);
+    EXPECT_NE(std::string::npos, ended.err.find("usage: tessora COMMAND"));
+}
+
+TEST_F(ProgramFailure, UnknownCommandIsAUsageError) {
+    expect_usage_error({"unrwap", "m.obj"}, "unknown command unrwap; did you mean unwrap?");
+    expect_usage_error({"m.obj"}, "unknown command m.obj; did you mean 'tessora unwrap m.obj'?");
+    expect_usage_error({"frobnicate"}, "unknown command frobnicate\nsee 'tessora --help'");
+}
+
+TEST_F(ProgramFailure, BadOptionsAreUsageErrors) {
+    expect_usage_error({"unwrap"}, "which mesh? unwrap needs an INPUT file");
+    expect_usage_error({"unwrap", "m.obj", "--paddin", "2"},
+                       "unknown option --paddin; did you mean --padding?");
+    expect_usage_error({"unwrap", "m.obj", "--padding"}, "--padding needs a value: TEXELS");
+    expect_usage_error({"unwrap", "m.obj", "--width", "big"},
+                       "--width: 'big' is not a whole number");
+    expect_usage_error({"unwrap", "m.obj", "-pad", "2"}, "unknown option -pad");
+}
+
+TEST_F(ProgramFailure, TheInputIsNotWrittenOver) {
+    const std::string file = dir.put("cube.obj", k_cube);
+    expect_usage_error({"unwrap", file, "-o", file},
+                       file + " is the input; --in_place writes over");
+    EXPECT_EQ(k_cube, dir.get("cube.obj"));
+}
+
+// Input ---------------------------------------------------------------------------------------
+
+TEST_F(ProgramFailure, MissingInput) {
+    const Ended ended = run({"unwrap", dir.path("none.obj")});
+    EXPECT_EQ(3, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("tessora: " + dir.path("none.obj") +
+                                                ": cannot be read: No such file or directory"));
+    EXPECT_TRUE(dir.names().empty());
+}
+
+TEST_F(ProgramFailure, DirectoryAsInput) {
+    const Ended ended = run({"unwrap", dir.root(), "-o", dir.path("x.obj")});
+    EXPECT_EQ(3, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("cannot be read: Is a directory"));
+}
+
+TEST_F(ProgramFailure, OtherFormats) {
+    const Ended ended = run({"unwrap", dir.put("m.FBX", "x"), "-o", dir.path("x.obj")});
+    EXPECT_EQ(3, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("m.FBX: only OBJ files can be read"));
+}
+
+TEST_F(ProgramFailure, FilesWithoutAMesh) {
+    EXPECT_EQ(" no mesh in the file: it is empty", expect_refused("", 3));
+    EXPECT_EQ(" no mesh in the file: it has neither vertices nor faces",
+              expect_refused("# nothing\n\n", 3));
+    EXPECT_EQ(" no faces in the file, only 8 vertices", expect_refused(k_cube_vertices, 3));
+    EXPECT_EQ("1: no faces in the file: none has three corners or more",
+              expect_refused("f 1 2\n" + k_cube_vertices, 3));
+    std::string noise;
+    uint32_t state = 3;
+    for (int i = 0; i < 4096; ++i)
+        noise += static_cast<char>((state = state * 1664525u + 1013904223u) >> 24);
+    EXPECT_EQ(" this is not an OBJ file: it has neither vertices nor faces",
+              expect_refused(noise, 3));
+}
+
+TEST_F(ProgramFailure, BrokenNumbersAreNamedWithTheirLine) {
+    EXPECT_EQ("9: vertex 9: 'nan' is not a finite number",
+              expect_refused(k_cube_vertices + "v 0 nan 0\n" + k_cube_faces, 3));
+    EXPECT_EQ("9: vertex 9: '-inf' is not a finite number",
+              expect_refused(k_cube_vertices + "v 0 0 -inf\n" + k_cube_faces, 3));
+    EXPECT_EQ("9: vertex 9: '1e999' is too large",
+              expect_refused(k_cube_vertices + "v 1e999 0 0\n" + k_cube_faces, 3));
+    EXPECT_EQ("9: vertex 9: '1,5' is not a number",
+              expect_refused(k_cube_vertices + "v 1,5 1 1\n" + k_cube_faces, 3));
+    EXPECT_EQ("9: vertex 9 needs three coordinates and has 2",
+              expect_refused(k_cube_vertices + "v 1 0", 3));
+}
+
+TEST_F(ProgramFailure, BrokenIndicesAreNamedWithTheirLine) {
+    EXPECT_EQ("9: face uses vertex 9, but the file has 8",
+              expect_refused(k_cube_vertices + "f 1 2 9\n", 3));
+    EXPECT_EQ("9: face uses vertex 0, but numbers start at 1",
+              expect_refused(k_cube_vertices + "f 0 1 2\n", 3));
+    EXPECT_EQ("9: face uses vertex '-9', which the file does not have (8 up to this line)",
+              expect_refused(k_cube_vertices + "f -9 1 2\n", 3));
+    EXPECT_EQ("9: face uses vertex '4294967297', which the file does not have (8 up to this line)",
+              expect_refused(k_cube_vertices + "f 4294967297 2 3\n", 3));
+    EXPECT_EQ("10: face uses texture coordinate 5, but the file has 1",
+              expect_refused(k_cube_vertices + "vt 0 0\nf 1/5 2/1 3/1\n", 3));
+}
+
+// Output --------------------------------------------------------------------------------------
+
+TEST_F(ProgramFailure, OutputsThatCannotBeWrittenAreFoundBeforeTheWork) {
+    const std::string file = dir.put("cube.obj", k_cube), bad = dir.path("none/x");
+    for (const Words& words : {Words{"-o", bad}, Words{"--report", bad}, Words{"--layout", bad}}) {
+        Words all = {"unwrap", file};
+        all.insert(all.end(), words.begin(), words.end());
+        const Ended ended = run(all);
+        EXPECT_EQ(7, ended.code);
+        EXPECT_NE(
+            std::string::npos,
+            ended.err.find("tessora: " + bad + ": cannot be written: No such file or directory\n"))
+            << ended.err;
+        EXPECT_EQ(std::string::npos, ended.err.find("extracting"));
+        EXPECT_EQ(Names{"cube.obj"}, dir.names());
+    }
+}
+
+TEST_F(ProgramFailure, FullDisk) {
+    const std::string file = dir.put("cube.obj", k_cube);
+    const Ended ended = run({"unwrap", file, "-o", "/dev/full"});
+    EXPECT_EQ(7, ended.code);
+    EXPECT_NE(std::string::npos,
+              ended.err.find("/dev/full: cannot be written: No space left on device"));
+}
+
+TEST_F(ProgramFailure, FileSizeLimitLeavesNoPartOfTheResult) {
+    Process::Setup setup;
+    setup.file_limit = 4096;
+    const std::string file = dir.put("sheet.obj", dome(20));
+    const Ended ended = run({"unwrap", file}, setup);
+    EXPECT_EQ(7, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("sheet_uv.obj: cannot be written: File too large"));
+    EXPECT_EQ(Names{"sheet.obj"}, dir.names());
+}
+
+// Limits --------------------------------------------------------------------------------------
+
+#if !defined(__SANITIZE_ADDRESS__) // its shadow memory alone is beyond any limit
+TEST_F(ProgramFailure, MemoryThatRunsOutIsALimit) {
+    Process::Setup setup;
+    setup.memory_limit = 64ul << 20;
+    const std::string file = dir.put("long.obj", "#" + std::string(80 << 20, 'x') + "\n" + k_cube);
+    const Ended ended = run({"unwrap", file}, setup);
+    EXPECT_EQ(4, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("long.obj: not enough memory for the file"))
+        << ended.err;
+    EXPECT_EQ(Names{"long.obj"}, dir.names());
+}
+#endif
+
+TEST_F(ProgramFailure, TooManyChartsForTheTexture) {
+    const std::string reason = expect_refused(
+        cube_grid(4), 5, {"--keep_seams", "--width", "8", "--height", "8", "--padding", "32"});
+    EXPECT_NE(std::string::npos, reason.find("charts")) << reason;
+    EXPECT_EQ(96, report("bad.obj")["polygons"]);
+    EXPECT_EQ(0u, report("bad.obj").count("charts"));
+}
+
+// Signals -------------------------------------------------------------------------------------
+
+class ProgramSignal : public Program {
+protected:
+    /// Starts a long unwrap, waits until it has files open, and sends a signal.
+    Ended interrupted(int signal, int code) {
+        dir.put("sheet_uv.obj", "older result");
+        const std::string file = dir.put("sheet.obj", dome(300));
+        Process process({"unwrap", file, "--beside", "--high_quality"});
+        const std::string temporary = "sheet_uv.obj.tmp." + std::to_string(process.id());
+        for (int i = 0; i < 20000 && !dir.has(temporary); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_TRUE(dir.has(temporary));
+        process.send(signal);
+        const Ended ended = process.wait();
+        EXPECT_EQ(code, ended.code) << ended.err;
+        EXPECT_EQ((Names{"sheet.obj", "sheet_uv.obj"}), dir.names());
+        EXPECT_EQ("older result", dir.get("sheet_uv.obj"));
+        return ended;
+    }
+};
+
+TEST_F(ProgramSignal, InterruptRemovesUnfinishedFiles) {
+    const Ended ended = interrupted(SIGINT, 130);
+    EXPECT_NE(std::string::npos, ended.err.find("tessora: interrupted"));
+}
+
+TEST_F(ProgramSignal, TerminationRemovesUnfinishedFiles) { interrupted(SIGTERM, 143); }
+
+TEST_F(ProgramSignal, BrokenContractEndsWithItsOwnCode) {
+    const Ended ended = interrupted(SIGABRT, 70);
+    EXPECT_NE(std::string::npos, ended.err.find("tessora: internal error"));
+}
+
+TEST_F(ProgramFailure, ClosedPipeIsAWriteError) {
+    Process::Setup setup;
+    setup.closed_output = true;
+    const Ended ended = run({"unwrap", dir.put("cube.obj", k_cube), "-o", "-"}, setup);
+    EXPECT_EQ(7, ended.code) << ended.signal;
+    EXPECT_NE(std::string::npos, ended.err.find("-: cannot be written: Broken pipe"));
+    EXPECT_EQ(7, run({"--help"}, setup).code);
+}
+
+} // namespace
