@@ -50,8 +50,7 @@ MStatus Scene::duplicate(Node& node, bool with_tweaks, std::vector<Copy>& copies
         Ref<Node> copy = make_node(original.type_, original.name_);
         if (!copy || !copy_slots(original, *copy, with_tweaks))
             return {};
-        if (!new_name)
-            copy->name_ = original.name_;
+        copy->name_ = new_name ? unused_name(original.name_) : original.name_;
         copies.push_back({copy, parent});
         return copy;
     };

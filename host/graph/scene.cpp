@@ -76,10 +76,10 @@ Ref<Node> Scene::make_node(const NodeTypeRef& type, const std::string& name) {
         node = new DagNode(type);
     else
         node = new Node(type);
-    std::string wanted = name;
-    if (wanted.empty())
-        wanted = (type->base_name.empty() ? type->name : type->base_name) + "1";
-    node->name_ = free_name(legal_name(wanted), node.get(), nullptr);
+    if (name.empty())
+        node->name_ = unused_name((type->base_name.empty() ? type->name : type->base_name) + "1");
+    else
+        node->name_ = free_name(legal_name(name), node.get(), nullptr);
     if (type->creator != nullptr && !PluginNodes::create_instance(*node))
         return {};
     return node;
@@ -115,12 +115,14 @@ void Scene::leave(Node& node) {
     entered_.erase(node.order_in_scene_);
 }
 
-void Scene::attach(DagNode& node, DagNode* parent, size_t index) {
+void Scene::attach(DagNode& node, DagNode* parent, size_t index, size_t rank) {
     std::vector<DagNode*>& siblings = parent == nullptr ? top_level_ : parent->children_;
     index = std::min(index, siblings.size());
     siblings.insert(siblings.begin() + static_cast<std::ptrdiff_t>(index), &node);
     if (parent != nullptr)
-        node.parents_.push_back(parent);
+        node.parents_.insert(node.parents_.begin() +
+                                 static_cast<std::ptrdiff_t>(std::min(rank, node.parents_.size())),
+                             parent);
 }
 
 void Scene::detach(DagNode& node, DagNode* parent) {
@@ -192,7 +194,10 @@ void Scene::take_place(DagNode& child, DagNode* parent, Removal& removal) {
     const auto at = std::find(siblings.begin(), siblings.end(), &child);
     if (at == siblings.end())
         return;
-    removal.places.push_back({parent, &child, static_cast<size_t>(at - siblings.begin())});
+    const auto& parents = child.parents_;
+    const auto rank = std::find(parents.begin(), parents.end(), parent) - parents.begin();
+    removal.places.push_back(
+        {parent, &child, static_cast<size_t>(at - siblings.begin()), static_cast<size_t>(rank)});
     detach(child, parent);
 }
 
@@ -219,7 +224,7 @@ void Scene::restore(const Removal& removal) {
         if (!node->in_scene_)
             enter(*node);
     for (auto place = removal.places.rbegin(); place != removal.places.rend(); ++place)
-        attach(*place->child, place->parent.get(), place->index);
+        attach(*place->child, place->parent.get(), place->index, place->rank);
     for (auto one = removal.connections.rbegin(); one != removal.connections.rend(); ++one) {
         if (one->destination->source() != nullptr)
             continue;
@@ -313,10 +318,7 @@ MStatus Scene::reparent(DagNode& node, DagNode* parent, size_t index) {
         (parent != nullptr && parent->is_shape()) || (parent == nullptr && node.is_shape()))
         return MS::kInvalidParameter;
     detach(node, node.parents_.empty() ? nullptr : node.parents_.front());
-    attach(node, parent, index);
-    // The place that "any path" goes through comes first.
-    if (parent != nullptr)
-        std::rotate(node.parents_.begin(), node.parents_.end() - 1, node.parents_.end());
+    attach(node, parent, index, 0); // in front: "any path" goes through the new place
     if (!name_is_free(node.name_, &node, parent))
         rename(node, node.name_);
     is_modified = true;

@@ -10,6 +10,7 @@
 #include "host/graph/evaluate.h"
 #include "host/graph/selection.h"
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -35,7 +36,8 @@ struct Removal {
     struct Place {
         Ref<DagNode> parent; ///< null: top level
         Ref<DagNode> child;
-        size_t index;
+        size_t index; ///< among the parent's children
+        size_t rank;  ///< of the parent among the child's parents
     };
     std::vector<Ref<Node>> nodes; ///< the node and what went with it, top down
     std::vector<Place> places;
@@ -78,6 +80,10 @@ public:
     /// A name that nobody has: as wanted, or with the number at its end counted up. Names of DAG
     /// nodes need to be unique among their siblings only.
     std::string free_name(const std::string& wanted, const Node* of, const DagNode* parent) const;
+    /// The same for a name that no node at all may have.
+    std::string unused_name(const std::string& wanted) const {
+        return free_name(wanted, nullptr, nullptr);
+    }
     /// Characters that names cannot have become underscores; empty becomes "node".
     static std::string legal_name(const std::string& wanted);
     /// Gives the name the node got.
@@ -130,7 +136,7 @@ private:
     void collect_subtree(Node& node, std::vector<Ref<Node>>& nodes) const;
     void enter(Node& node);
     void leave(Node& node);
-    void attach(DagNode& node, DagNode* parent, size_t index);
+    void attach(DagNode& node, DagNode* parent, size_t index, size_t rank = SIZE_MAX);
     void detach(DagNode& node, DagNode* parent);
     void unindex(Node& node);
     bool name_is_free(const std::string& name, const Node* of, const DagNode* parent) const;

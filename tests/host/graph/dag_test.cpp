@@ -1,0 +1,377 @@
+// Hierarchy, names, paths, selection, copies.
+#include "host/graph/callbacks.h"
+#include "tests/host/graph/fixture.h"
+
+#include <maya/MFnDagNode.h>
+#include <maya/MItSelectionList.h>
+#include <maya/MNodeMessage.h>
+#include <maya/MSelectionList.h>
+#include <maya/MStringArray.h>
+
+#include <cmath>
+
+namespace host::graph::testing {
+
+using DagTest = SceneTest;
+
+TEST_F(DagTest, AFreshSceneHasFourCameras) {
+    for (const char* name : {"persp", "top", "front", "side"}) {
+        Node* node = scene.find(name);
+        ASSERT_NE(node, nullptr) << name;
+        EXPECT_TRUE(node->is_default);
+        ASSERT_EQ(node->as_dag_node()->children().size(), 1u);
+        EXPECT_EQ(node->as_dag_node()->children()[0]->type(), MFn::kCamera);
+    }
+    EXPECT_EQ(remove_node_edit(*scene.find("persp"))->redo(), MS::kFailure);
+}
+
+TEST_F(DagTest, NamesCountUpUntilTheyAreFree) {
+    EXPECT_EQ(add("polyCube").name_text(), "polyCube1");
+    EXPECT_EQ(add("polyCube").name_text(), "polyCube2");
+    EXPECT_EQ(add("polyCube", "thing").name_text(), "thing");
+    EXPECT_EQ(add("polyCube", "thing").name_text(), "thing1");
+    EXPECT_EQ(add("polyCube", "part07").name_text(), "part07");
+    EXPECT_EQ(add("polyCube", "part07").name_text(), "part08");
+}
+
+TEST_F(DagTest, AFreedNumberIsUsedAgain) {
+    add("polyCube");
+    Node& second = add("polyCube");
+    add("polyCube");
+    scene.remove(second);
+    EXPECT_EQ(add("polyCube").name_text(), "polyCube2");
+    EXPECT_EQ(add("polyCube").name_text(), "polyCube4");
+}
+
+TEST_F(DagTest, CharactersThatNamesCannotHaveBecomeUnderscores) {
+    EXPECT_EQ(add("polyCube", "a b-c").name_text(), "a_b_c");
+    EXPECT_EQ(add("polyCube", "1st").name_text(), "_1st");
+    EXPECT_EQ(add("polyCube", "ns:box").name_text(), "ns:box");
+}
+
+TEST_F(DagTest, NodesBelowDifferentParentsMayShareANameAndNeedPaths) {
+    DagNode& a = add_dag("transform", "a");
+    DagNode& b = add_dag("transform", "b");
+    DagNode& first = add_dag("transform", "leaf", &a);
+    DagNode& second = add_dag("transform", "leaf", &b);
+    EXPECT_EQ(second.name_text(), "leaf");
+    EXPECT_EQ(scene.find("leaf"), nullptr);
+    EXPECT_EQ(scene.find("|a|leaf"), &first);
+    EXPECT_EQ(scene.find("b|leaf"), &second);
+    EXPECT_EQ(scene.partial_name(first.path()), "a|leaf");
+    EXPECT_EQ(scene.partial_name(a.path()), "a");
+    EXPECT_EQ(scene.find("|leaf"), nullptr);
+}
+
+TEST_F(DagTest, ReparentingRenamesOnAClashAndUndoGivesTheNameBack) {
+    DagNode& a = add_dag("transform", "a");
+    add_dag("transform", "leaf", &a);
+    DagNode& loose = add_dag("transform", "leaf");
+    EditPtr edit = reparent_edit(loose, &a);
+    EXPECT_EQ(edit->redo(), MS::kSuccess);
+    EXPECT_EQ(loose.name_text(), "leaf1");
+    edit->undo();
+    EXPECT_EQ(full_name(loose.path()), "|leaf");
+}
+
+TEST_F(DagTest, DeletingATransformTakesWhatIsBelowAndUndoBringsItBack) {
+    MeshNode& shape = add_cube();
+    DagNode& transform = *shape.parents().front();
+    set(transform, "translateX", 3);
+    scene.select({item_of(transform)});
+    EditPtr edit = remove_node_edit(transform);
+    EXPECT_EQ(edit->redo(), MS::kSuccess);
+    EXPECT_FALSE(shape.is_valid());
+    EXPECT_TRUE(scene.selection().empty());
+    EXPECT_EQ(scene.find("box"), nullptr);
+    edit->undo();
+    EXPECT_TRUE(shape.is_valid());
+    EXPECT_EQ(scene.find("|box|boxShape"), &shape);
+    EXPECT_EQ(scene.selection().size(), 1u);
+    EXPECT_EQ(pull(transform, "tx"), 3.0);
+}
+
+TEST_F(DagTest, MatricesScaleRotateAndMoveInThisOrder) {
+    DagNode& node = add_dag("transform");
+    set(node, "scaleX", 2);
+    set(node, "rotateZ", std::acos(0.0));
+    set(node, "translateY", 5);
+    const MMatrix m = node.local_matrix();
+    EXPECT_NEAR(m[0][1], 2.0, 1e-12); // x goes to y
+    EXPECT_NEAR(m[1][0], -1.0, 1e-12);
+    EXPECT_NEAR(m[3][1], 5.0, 1e-12);
+}
+
+TEST_F(DagTest, PivotsStayWhereTheyAre) {
+    DagNode& node = add_dag("transform");
+    for (const char* name : {"rotatePivotX", "scalePivotX"})
+        set(node, name, 4);
+    set(node, "rotateY", 1.0);
+    set(node, "scaleX", 3.0);
+    const MMatrix m = node.local_matrix();
+    EXPECT_NEAR(4 * m[0][0] + m[3][0], 4.0, 1e-12);
+    EXPECT_NEAR(4 * m[0][2] + m[3][2], 0.0, 1e-12);
+}
+
+TEST_F(DagTest, InstancesHaveSeveralPathsAndLiveUntilTheLastGoes) {
+    DagNode& a = add_dag("transform", "a");
+    DagNode& b = add_dag("transform", "b");
+    DagNode& leaf = add_dag("transform", "leaf", &a);
+    ASSERT_EQ(scene.add_instance(leaf, b), MS::kSuccess);
+    EXPECT_EQ(leaf.all_paths().size(), 2u);
+    EXPECT_EQ(scene.find("leaf"), &leaf);
+    const Removal removal = scene.remove(a);
+    EXPECT_TRUE(leaf.is_valid());
+    EXPECT_EQ(full_name(leaf.path()), "|b|leaf");
+    scene.restore(removal);
+    EXPECT_EQ(leaf.all_paths().size(), 2u);
+    EXPECT_EQ(full_name(leaf.path()), "|a|leaf");
+}
+
+// === Copies ==================================================================================
+
+TEST_F(DagTest, CopyingAShapeGivesATransformWithTheShapeAndNoTweaks) {
+    MeshNode& shape = add_cube();
+    set(shape, "pnts[0].pntx", 10);
+    EXPECT_EQ(point(shape, 0).x, 9.5f);
+    MStatus status;
+    const MObject made = MFnDagNode(MObject(&shape)).duplicate(false, false, &status);
+    ASSERT_EQ(status, MS::kSuccess);
+    DagNode& copy = *node_of(made)->as_dag_node();
+    EXPECT_EQ(copy.name_text(), "box1");
+    ASSERT_EQ(copy.children().size(), 1u);
+    auto& copied = static_cast<MeshNode&>(*copy.children()[0]);
+    EXPECT_EQ(copied.name_text(), "boxShape1");
+    EXPECT_EQ(point(copied, 0).x, -0.5f);
+    EXPECT_FALSE(copied.has_tweaks());
+}
+
+TEST_F(DagTest, CopyingWithTweaksShowsWhatTheOriginalShows) {
+    MeshNode& shape = add_cube();
+    set(shape, "pnts[0].pntx", 10);
+    std::vector<Scene::Copy> copies;
+    ASSERT_EQ(scene.duplicate(*shape.parents().front(), true, copies), MS::kSuccess);
+    for (const Scene::Copy& copy : copies)
+        scene.add(*copy.node, copy.parent);
+    EXPECT_EQ(point(static_cast<MeshNode&>(*copies[1].node), 0).x, point(shape, 0).x);
+}
+
+TEST_F(DagTest, ACopyHoldsWhatTheHistoryGaveAndIsFedByNothing) {
+    Node& maker = add("polyCube");
+    MeshNode& shape = add_cube();
+    connect(maker, "output", shape, "inMesh");
+    set(maker, "width", 6);
+    const MObject made = MFnDagNode(MObject(&shape)).duplicate();
+    auto& copied = static_cast<MeshNode&>(*node_of(made)->as_dag_node()->children()[0]);
+    EXPECT_EQ(plug(copied, "inMesh").source(), nullptr);
+    EXPECT_EQ(point(copied, 0).x, -3.0f);
+}
+
+// === Meshes ==================================================================================
+
+TEST_F(DagTest, ATweakNodeAddsItsOffsets) {
+    Node& maker = add("polyCube");
+    Node& tweak = add("polyTweak");
+    MeshNode& shape = add_cube();
+    connect(maker, "output", tweak, "inputPolymesh");
+    connect(tweak, "output", shape, "inMesh");
+    const float before = point(shape, 1).y;
+    set(tweak, "tweak[1].tweakY", 0.25);
+    EXPECT_EQ(point(shape, 1).y, before + 0.25f);
+    set(tweak, "nodeState", 1);
+    EXPECT_EQ(point(shape, 1).y, before);
+}
+
+TEST_F(DagTest, AShapeThatLosesItsHistoryKeepsTheMesh) {
+    Node& maker = add("polyCube");
+    MeshNode& shape = add_cube();
+    connect(maker, "output", shape, "inMesh");
+    set(maker, "height", 8);
+    EXPECT_EQ(point(shape, 0).y, -4.0f);
+    scene.remove(maker);
+    EXPECT_EQ(point(shape, 0).y, -4.0f);
+}
+
+TEST_F(DagTest, EditingAShapeInPlaceKeepsItsTweaksOnTop) {
+    MeshNode& shape = add_cube();
+    set(shape, "pnts[0].pntx", 10);
+    const float x = point(shape, 0).x;
+    shape.edit()->edit_uv_set(0).u[0] = 0.125f;
+    EXPECT_EQ(shape.mesh()->uv_set(0).u[0], 0.125f);
+    EXPECT_EQ(shape.mesh()->points()[0].x, x);
+    EXPECT_EQ(point(shape, 0).x, x);
+}
+
+// === Selection ===============================================================================
+
+TEST_F(DagTest, NamesResolveToNodesPlugsAndComponents) {
+    MeshNode& shape = add_cube();
+    EXPECT_EQ(resolve("box").size(), 1u);
+    EXPECT_EQ(resolve("box*").size(), 2u);
+    EXPECT_EQ(resolve("nothing").size(), 0u);
+    ASSERT_EQ(resolve("box.translateX").size(), 1u);
+    ASSERT_EQ(resolve("box.outMesh").size(), 1u); // the shape's, asked for through its transform
+    EXPECT_EQ(resolve("box.outMesh")[0].node.get(), &shape);
+    const Selection vertices = resolve("box.vtx[2:4]");
+    ASSERT_EQ(vertices.size(), 1u);
+    EXPECT_EQ(vertices[0].component->ids(), (std::vector<int>{2, 3, 4}));
+    EXPECT_EQ(names_of(vertices[0]), std::vector<std::string>{"box.vtx[2:4]"});
+    EXPECT_EQ(resolve("box.f[*]")[0].component->ids().size(), 6u);
+    EXPECT_EQ(resolve("box.vtx[8]").size(), 0u);
+}
+
+TEST_F(DagTest, AFilterFindsShapesBelowSelectedTransformsInOrder) {
+    MeshNode& second = add_cube("second");
+    MeshNode& first = add_cube("first");
+    DagNode& group = add_dag("transform", "group");
+    scene.reparent(*first.parents().front(), &group, SIZE_MAX);
+    MSelectionList list;
+    list.add("persp");
+    list.add("group");
+    list.add("secondShape");
+    MItSelectionList item(list);
+    item.setFilter(MFn::kMesh);
+    std::vector<Node*> found;
+    for (; !item.isDone(); item.next()) {
+        MDagPath path;
+        EXPECT_EQ(item.getDagPath(path), MS::kSuccess);
+        found.push_back(node_of(path.node()));
+    }
+    EXPECT_EQ(found, (std::vector<Node*>{&first, &second}));
+}
+
+TEST_F(DagTest, AFailedLookUpLeavesListAndPathAlone) {
+    add_cube();
+    MSelectionList list;
+    list.add("box");
+    EXPECT_EQ(list.add("nothing"), MS::kInvalidParameter);
+    EXPECT_EQ(list.length(), 1u);
+    MDagPath path;
+    list.getDagPath(0, path);
+    EXPECT_EQ(path.fullPathName(), "|box");
+    EXPECT_EQ(list.getDagPath(1, path), MS::kInvalidParameter);
+    EXPECT_EQ(path.fullPathName(), "|box");
+}
+
+TEST_F(DagTest, APathThroughAnInstanceIsKept) {
+    DagNode& a = add_dag("transform", "a");
+    DagNode& b = add_dag("transform", "b");
+    DagNode& leaf = add_dag("transform", "leaf", &a);
+    scene.add_instance(leaf, b);
+    MSelectionList list;
+    list.add("|b|leaf");
+    MDagPath path;
+    list.getDagPath(0, path);
+    EXPECT_EQ(path.fullPathName(), "|b|leaf");
+    EXPECT_EQ(path.partialPathName(), "b|leaf");
+}
+
+// === Callbacks ===============================================================================
+
+namespace {
+int g_calls = 0;
+bool g_was_connected = false;
+void count_call(MObject& node, void*) {
+    g_calls += 1;
+    g_was_connected = !node_of(node)->find_plug("result")->destinations().empty();
+}
+} // namespace
+
+TEST_F(DagTest, PreRemovalCallbacksRunOnEveryRemovalWithConnectionsInPlace) {
+    g_calls = 0;
+    EditPtr making = add_node_edit(*scene.make_node(scene.find_type("scaleNode")), nullptr);
+    making->redo();
+    Node& node = *scene.find("scaleNode1");
+    Node& other = add("scaleNode");
+    connect(node, "result", other, "input");
+    MObject object(&node);
+    MStatus status;
+    const MCallbackId id =
+        MNodeMessage::addNodePreRemovalCallback(object, count_call, nullptr, &status);
+    ASSERT_EQ(status, MS::kSuccess);
+    making->undo(); // undo of the creation
+    EXPECT_EQ(g_calls, 1);
+    EXPECT_TRUE(g_was_connected);
+    making->redo();
+    EditPtr removing = remove_node_edit(node);
+    removing->redo();
+    removing->undo();
+    removing->redo(); // redo of the deletion
+    EXPECT_EQ(g_calls, 3);
+    EXPECT_EQ(MMessage::removeCallback(id), MS::kSuccess);
+    EXPECT_EQ(MMessage::removeCallback(id), MS::kInvalidParameter);
+    EXPECT_EQ(MMessage::removeCallback(0), MS::kInvalidParameter);
+}
+
+// === Primitives ==============================================================================
+
+TEST(Primitives, HaveTheCountsOfTheirSubdivisions) {
+    const Mesh cube = make_cube(1, 1, 1, 2, 3, 4);
+    EXPECT_EQ(cube.connectivity().polygon_count(), 2u * (6 + 8 + 12));
+    EXPECT_EQ(make_cube(1, 1, 1, 1, 1, 1).connectivity().vertex_count(), 8u);
+    EXPECT_EQ(make_plane(1, 1, 3, 2).connectivity().vertex_count(), 12u);
+    EXPECT_EQ(make_sphere(1, 20, 20).connectivity().vertex_count(), 382u);
+    EXPECT_EQ(make_cylinder(1, 2, 20, 1, 1).connectivity().vertex_count(), 42u);
+    EXPECT_EQ(make_cylinder(1, 2, 20, 1, 0).connectivity().polygon_count(), 22u);
+    EXPECT_EQ(make_cylinder(1, 2, 20, 1, 3).connectivity().polygon_count(), 140u);
+    EXPECT_EQ(make_torus(1, 0.5, 20, 10).connectivity().vertex_count(), 200u);
+}
+
+/// Every edge between two polygons that run along it in opposite directions, so that all face out.
+void expect_closed_and_outward(const Mesh& mesh) {
+    const Connectivity& c = mesh.connectivity();
+    for (uint32_t edge = 0; edge < c.edge_count(); ++edge)
+        EXPECT_EQ(c.edge_polygons(edge).size(), 2u);
+    double volume = 0;
+    for (uint32_t p = 0; p < c.polygon_count(); ++p) {
+        const uint32_t first = c.first_corner(p);
+        const auto at = [&](uint32_t i) { return mesh.points()[c.corner_vertex(first + i)]; };
+        for (uint32_t i = 1; i + 1 < c.corners_of(p); ++i) {
+            const Float3 a = at(0), b = at(i), d = at(i + 1);
+            volume += a.x * (b.y * d.z - b.z * d.y) + a.y * (b.z * d.x - b.x * d.z) +
+                      a.z * (b.x * d.y - b.y * d.x);
+        }
+    }
+    EXPECT_GT(volume, 0.0);
+}
+
+TEST(Primitives, SolidsAreClosedAndFaceOutward) {
+    expect_closed_and_outward(make_cube(1, 2, 3, 2, 3, 1));
+    expect_closed_and_outward(make_sphere(1, 8, 6));
+    expect_closed_and_outward(make_cylinder(1, 2, 8, 3, 0));
+    expect_closed_and_outward(make_cylinder(1, 2, 8, 3, 3));
+    expect_closed_and_outward(make_torus(1, 0.25, 8, 6));
+}
+
+TEST(Primitives, APlaneFacesUp) { EXPECT_EQ(make_plane(1, 1, 2, 2).normal(0).y, 1.0); }
+
+TEST(Primitives, EveryCornerHasATextureCoordinateWithinTheSquare) {
+    for (const Mesh& mesh :
+         {make_cube(1, 1, 1, 1, 1, 1), make_plane(1, 1, 2, 2), make_sphere(1, 8, 6),
+          make_cylinder(1, 2, 8, 2, 2), make_torus(1, 0.25, 8, 6)}) {
+        const UvSet& set = mesh.uv_set(0);
+        ASSERT_EQ(set.corner_uvs.size(), mesh.connectivity().corner_count());
+        for (const int32_t uv : set.corner_uvs) {
+            ASSERT_GE(uv, 0);
+            ASSERT_LT(static_cast<size_t>(uv), set.u.size());
+            EXPECT_TRUE(set.u[size_t(uv)] >= 0 && set.u[size_t(uv)] <= 1);
+            EXPECT_TRUE(set.v[size_t(uv)] >= 0 && set.v[size_t(uv)] <= 1);
+        }
+    }
+}
+
+TEST(Primitives, PartsOfATurnAreExactAtTheQuartersAndCloseElsewhere) {
+    for (int k = -8; k <= 16; ++k) {
+        const TurnPart t = turn_part(k, 8);
+        const double angle = k * 0.78539816339744830962;
+        EXPECT_NEAR(t.cosine, std::cos(angle), 4e-16 * 8) << k;
+        EXPECT_NEAR(t.sine, std::sin(angle), 4e-16 * 8) << k;
+    }
+    EXPECT_EQ(turn_part(1, 4).cosine, 0.0);
+    EXPECT_EQ(turn_part(1, 4).sine, 1.0);
+    EXPECT_EQ(turn_part(3, 6).cosine, -1.0);
+    for (int k = 0; k < 360; ++k)
+        EXPECT_NEAR(turn_part(k, 360).sine, std::sin(k * 3.14159265358979323846 / 180.0), 1e-15);
+}
+
+} // namespace host::graph::testing
