@@ -45,8 +45,9 @@ Finished::Finished(const ChartSet& set, double limit, double unit) {
             source.push_back(c);
             const StretchSums& sums = set.charts[c].stretch;
             scale.push_back(unit * std::sqrt(sums.area / sums.flat_area));
-            chart_stretch.push_back(std::max(0.0, 1 - 1 / sums.l2()));
-            over_limit.push_back(sums.l2() > limit);
+            const double l2 = set.true_l2(set.charts[c]);
+            chart_stretch.push_back(std::max(0.0, 1 - 1 / l2));
+            over_limit.push_back(l2 > limit * (1 + 1e-6));
         }
         chart[t] = number[c];
     }

@@ -1,5 +1,7 @@
 #include "atlas/cluster.h"
 
+#include <algorithm>
+
 namespace tessora::atlas {
 namespace {
 
@@ -100,6 +102,35 @@ private:
 };
 
 } // namespace
+
+std::vector<uint8_t> find_hard_faces(const Surface& s) {
+    constexpr double k_sharp_cosine = 0.8660254037844387; // 30 degrees
+    constexpr double k_sharp_share = 0.66;
+    std::vector<uint32_t> parent(s.face_count);
+    for (uint32_t t = 0; t < s.face_count; t++)
+        parent[t] = t;
+    for (uint32_t h = 0; h < 3 * s.face_count; h++)
+        if (s.mate[h] != k_none && s.mate[h] > h)
+            join(parent, h / 3, s.mate[h] / 3);
+    std::vector<double> all(s.face_count, 0.0), sharp(s.face_count, 0.0);
+    for (uint32_t h = 0; h < 3 * s.face_count; h++) {
+        const uint32_t t = h / 3, other = s.mate[h] / 3;
+        if (s.mate[h] == k_none || s.mate[h] < h || s.degenerate[t] || s.degenerate[other])
+            continue;
+        const double cosine = dot(s.normal[t], s.normal[other]);
+        const double bend = s.edge_length(h) * std::sqrt(std::max(0.0, 1 - cosine));
+        const uint32_t component = find(parent, t);
+        all[component] += bend;
+        if (cosine < k_sharp_cosine)
+            sharp[component] += bend;
+    }
+    std::vector<uint8_t> hard(s.face_count);
+    for (uint32_t t = 0; t < s.face_count; t++) {
+        const uint32_t component = find(parent, t);
+        hard[t] = sharp[component] > k_sharp_share * all[component];
+    }
+    return hard;
+}
 
 Atoms build_atoms(Surface& s) {
     Atoms atoms;

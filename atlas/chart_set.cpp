@@ -58,6 +58,22 @@ StretchSums ChartSet::measure(const std::vector<uint32_t>& faces) const {
     return sums;
 }
 
+double ChartSet::true_l2(const Chart& c) const {
+    StretchSums sums;
+    for (uint32_t t : c.faces) {
+        if (surface.degenerate[t])
+            continue;
+        const Vec3 a = surface.position[surface.vertex[3 * t]];
+        const Vec3 e = surface.position[surface.vertex[3 * t + 1]] - a;
+        const Vec3 f = surface.position[surface.vertex[3 * t + 2]] - a;
+        const double x1 = length(e);
+        const Frame frame{x1, dot(e, f) / x1, length(cross(e, f)) / x1};
+        sums.add(
+            triangle_stretch(frame, uv[node[3 * t]], uv[node[3 * t + 1]], uv[node[3 * t + 2]]));
+    }
+    return sums.area > 0 ? sums.l2() : 1;
+}
+
 void ChartSet::refresh(Chart& c) const {
     trace_border(c);
     c.stretch = measure(c.faces);

@@ -75,6 +75,9 @@ public:
         return triangle_stretch(surface.frame[t], uv[node[3 * t]], uv[node[3 * t + 1]],
                                 uv[node[3 * t + 2]]);
     }
+    /// The L2 stretch of a chart against the triangles as they are, without the floor under
+    /// slivers; 1 when no triangle has area.
+    double true_l2(const Chart& c) const;
     void outline(const Chart& c, Outline& outline) const;
     /// Makes c a chart of the set; gives its number.
     uint32_t add_chart(Chart&& c);

@@ -111,6 +111,7 @@ private:
     std::vector<uint32_t> leaf_of_face_;
     uint32_t leaves_ = 0;
     std::vector<Moments> moments_;
+    std::vector<double> deviation_; ///< per node: how much its component may deviate
     std::vector<std::vector<Neighbour>> neighbours_; ///< sorted by id
     std::vector<uint8_t> alive_;
     std::vector<std::pair<uint32_t, uint32_t>> children_; ///< of node leaves_ + i
@@ -156,6 +157,10 @@ void TreeBuilder::group_atoms(const Atoms& atoms) {
 }
 
 void TreeBuilder::collect_leaves() {
+    deviation_.assign(leaves_, options_.smooth_deviation);
+    for (uint32_t t = 0; t < s_.face_count; t++)
+        if (options_.hard[t])
+            deviation_[leaf_of_face_[t]] = options_.hard_deviation;
     moments_.assign(leaves_, Moments{});
     neighbours_.assign(leaves_, {});
     alive_.assign(leaves_, 1);
@@ -193,7 +198,7 @@ void TreeBuilder::consider(uint32_t a, uint32_t b, double shared) {
     both.add(moments_[b]);
     both.perimeter -= 2 * shared;
     const double deviation = both.deviation();
-    if (deviation <= options_.deviation)
+    if (deviation <= deviation_[a])
         queue_.push({both.cost(deviation), a, b});
 }
 
@@ -226,6 +231,7 @@ void TreeBuilder::merge(uint32_t a, uint32_t b) {
     both.add(moments_[b]);
     both.perimeter -= 2 * shared;
     moments_.push_back(both);
+    deviation_.push_back(deviation_[a]);
     for (const Neighbour& n : joined) {
         auto& list = neighbours_[n.id];
         list.erase(std::remove_if(list.begin(), list.end(),

@@ -33,9 +33,16 @@ struct ClusterTree {
     std::vector<uint32_t> faces;
 };
 
+/// Per triangle: 1 in components that are hard surfaces, where most of the bending sits on edges
+/// bent by more than 30 degrees. There the flat and developable pieces between the sharp edges have
+/// to survive as they are.
+std::vector<uint8_t> find_hard_faces(const Surface& surface);
+
 struct ClusterOptions {
-    double deviation = 0.2;   ///< regions that deviate more from a developable surface stay apart
-    bool seed_groups = false; ///< start from groups of up to 16 triangles within 15 degrees
+    std::vector<uint8_t> hard;     ///< per triangle, from find_hard_faces
+    double smooth_deviation = 0.2; ///< regions that deviate more from developable stay apart
+    double hard_deviation = 0.01;  ///< the same, in components whose bending sits on sharp edges
+    bool seed_groups = false;      ///< start from groups of up to 16 triangles within 15 degrees
 };
 
 ClusterTree build_cluster_tree(const Surface& surface, const Atoms& atoms,

@@ -11,19 +11,28 @@ bool make_charts(Surface& surface, const Options& options, ProgressMeter& progre
     const Atoms atoms = build_atoms(surface);
     ClusterOptions clustering;
     clustering.seed_groups = !thorough;
+    clustering.hard = find_hard_faces(surface);
     const ClusterTree tree = build_cluster_tree(surface, atoms, clustering);
     FlattenOptions flattening;
     flattening.limit = stretch_limit(options.max_stretch);
     flattening.thorough = thorough;
     Flattener flattener(set, flattening);
     progress.stage(0.15, 0.35);
-    if (!make_regions(flattener, atoms, tree, progress))
+    if (!make_regions(flattener, atoms, tree, clustering.hard, progress))
         return false;
     MergeOptions merging;
     merging.limit = flattening.limit;
     merging.thorough = thorough;
-    progress.stage(0.35, 0.75);
-    return Merger(flattener, merging).run(progress);
+    merging.hard = clustering.hard;
+    Merger merger(flattener, merging);
+    progress.stage(0.35, 0.5);
+    if (!merger.run(Merger::Round::exact, progress))
+        return false;
+    progress.stage(0.5, 0.75);
+    if (!merger.run(Merger::Round::free, progress))
+        return false;
+    merger.zip();
+    return true;
 }
 
 } // namespace tessora::atlas

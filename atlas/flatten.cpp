@@ -92,6 +92,8 @@ void Flattener::set_uv_of_triangle(uint32_t t) {
 void Flattener::close_slits(const Chart& c, std::vector<std::pair<uint32_t, Vec2>>& moved) {
     for (uint32_t h : c.border) {
         const uint32_t n = set.node[h];
+        if (set.surface.degenerate[h / 3])
+            continue; // may have the same vertex at two corners
         uint32_t& seen = node_of_vertex_[set.surface.vertex[h]];
         if (seen == k_none || seen == n) {
             seen = n;
@@ -118,6 +120,11 @@ bool Flattener::judge(Chart& c) {
     moved_.clear();
     close_slits(c, moved_);
     c.stretch = set.measure(c.faces);
+    if (c.stretch.flipped != 0 && !moved_.empty()) {
+        for (auto it = moved_.rbegin(); it != moved_.rend(); ++it)
+            set.uv[it->first] = it->second;
+        c.stretch = set.measure(c.faces);
+    }
     return c.stretch.flipped == 0 && c.stretch.l2() <= options.limit && judge_outline(c);
 }
 
@@ -144,7 +151,7 @@ bool Flattener::improve(Chart& c) {
     return judge(c);
 }
 
-bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end) {
+bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, double most) {
     Chart c;
     c.faces.assign(begin, end);
     glue_inside(c.faces, false);
@@ -153,7 +160,7 @@ bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end) {
         set_uv_of_triangle(c.faces[0]);
     else
         legal = project(c.faces, 0.4);
-    if (legal && improve(c)) {
+    if (legal && improve(c) && c.stretch.l2() <= most) {
         set.add_chart(std::move(c));
         return true;
     }

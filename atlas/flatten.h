@@ -18,9 +18,9 @@ public:
     Flattener(ChartSet& set, const FlattenOptions& options);
 
     /// Turns connected triangles that are in no chart into one, everything between them glued, by
-    /// projection and relaxation. False, with nothing glued but `false_edge`s, when no legal chart
-    /// came of it.
-    bool flatten_region(const uint32_t* begin, const uint32_t* end);
+    /// projection and relaxation. False, with nothing glued, when no legal chart with an L2 stretch
+    /// of at most `most` came of it.
+    bool flatten_region(const uint32_t* begin, const uint32_t* end, double most);
     /// Turns the triangles of one polygon into a chart, legal except for the limit.
     void flatten_polygon(std::vector<uint32_t> faces);
 

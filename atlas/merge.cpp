@@ -37,6 +37,8 @@ Merger::Merger(Flattener& flattener, const MergeOptions& options)
 /// Offers every neighbour of a chart: long common borders first, small pairs first.
 void Merger::push_pairs(uint32_t a) {
     const Chart& chart = set_.charts[a];
+    if (round_ == Round::exact && !hard(a))
+        return;
     for (uint32_t h : chart.border) {
         const uint32_t mate = set_.surface.mate[h];
         const uint32_t b = mate == k_none ? a : set_.chart[mate / 3];
@@ -72,7 +74,10 @@ bool Merger::failed_before(const Pair& p) {
     return false;
 }
 
-bool Merger::run(ProgressMeter& progress) {
+bool Merger::run(Round round, ProgressMeter& progress) {
+    round_ = round;
+    for (auto& list : failures_)
+        list.clear();
     for (uint32_t a = 0; a < set_.charts.size(); a++)
         if (set_.charts[a].alive)
             push_pairs(a);
@@ -152,7 +157,7 @@ bool Merger::try_pair(uint32_t a, uint32_t b) {
         std::swap(a, b);
     std::vector<Arc> arcs;
     find_arcs(a, b, arcs);
-    const size_t most = options_.thorough ? 2 : 1;
+    const size_t most = options_.thorough || round_ == Round::exact ? 2 : 1;
     for (size_t i = 0; i < arcs.size() && i < most; i++) {
         if (i > 0 && arcs[i].length < 0.3 * arcs[0].length)
             break;
@@ -186,6 +191,38 @@ void Merger::take_arc(uint32_t a, const Arc& arc) {
         edges_.pop_back();
         fill();
     }
+}
+
+/// Cuts the arc down to its longest stretch along which both sides turn alike.
+void Merger::keep_fitting_part() {
+    const auto direction = [&](uint32_t from, uint32_t to) {
+        const Vec2 d = set_.uv[to] - set_.uv[from];
+        const double size = length(d);
+        return size > 0 ? d * (1 / size) : Vec2{};
+    };
+    const auto turn = [&](const std::vector<uint32_t>& node, size_t i) { // of the line at vertex i
+        const Vec2 in = direction(node[i - 1], node[i]), out = direction(node[i], node[i + 1]);
+        return Vec2{dot(in, out), cross(in, out)};
+    };
+    size_t best = 0, best_count = 0;
+    double best_length = 0;
+    for (size_t first = 0, i = 0; i < edges_.size(); first = i) {
+        double size = 0;
+        do
+            size += set_.surface.edge_length(edges_[i++]);
+        while (i < edges_.size() && length(turn(node_a_, i) - turn(node_b_, i)) < 1e-3);
+        if (size > best_length) {
+            best_length = size;
+            best = first;
+            best_count = i - first;
+        }
+    }
+    const auto cut = [&](std::vector<uint32_t>& v, size_t count) {
+        v = std::vector<uint32_t>(v.begin() + long(best), v.begin() + long(best + count));
+    };
+    cut(edges_, best_count);
+    cut(node_a_, best_count + 1);
+    cut(node_b_, best_count + 1);
 }
 
 /// The rigid motion that lays a's side of the arc onto b's; gives the root mean square residual.
@@ -269,6 +306,33 @@ void Merger::splice_border(uint32_t a, uint32_t b, Chart& joined) const {
     for (uint32_t h : edges_)
         arc_length += s.edge_length(h);
     joined.border_length = chart_a.border_length + chart_b.border_length - 2 * arc_length;
+}
+
+bool Merger::zip_edge(uint32_t h) {
+    const uint32_t mate = set_.surface.mate[h];
+    if (mate == k_none || set_.glued[h] || set_.chart[h / 3] != set_.chart[mate / 3])
+        return false;
+    const uint32_t from = set_.node[h], to = set_.node[next_corner(h)];
+    const uint32_t mate_from = set_.node[mate], mate_to = set_.node[next_corner(mate)];
+    if (!(set_.uv[from] == set_.uv[mate_to]) || !(set_.uv[to] == set_.uv[mate_from]))
+        return false;
+    set_.set_glued(h, true);
+    set_.rename_node(from);
+    if (from != to)
+        set_.rename_node(to);
+    return true;
+}
+
+void Merger::zip() {
+    for (Chart& chart : set_.charts) {
+        if (!chart.alive)
+            continue;
+        bool changed = false;
+        for (uint32_t h : chart.border)
+            changed = zip_edge(h) || changed;
+        if (changed)
+            set_.trace_border(chart);
+    }
 }
 
 void Merger::commit(uint32_t a, uint32_t b, Chart&& joined, const Box& box) {

@@ -15,16 +15,24 @@
 namespace tessora::atlas {
 
 struct MergeOptions {
-    double limit = 1.176; ///< on L2 stretch
-    bool thorough = true; ///< quality mode: global solves, more arcs, a second round
-    bool packable = true; ///< refuse shapes that waste the texture
+    std::vector<uint8_t> hard; ///< per triangle, from find_hard_faces
+    double limit = 1.176;      ///< on L2 stretch
+    bool thorough = true;      ///< quality mode: global solves, more arcs, a second round
+    bool packable = true;      ///< refuse shapes that waste the texture
 };
 
 class Merger {
 public:
     Merger(Flattener& flattener, const MergeOptions& options);
+    /// Which merges a round looks for.
+    enum class Round {
+        exact, ///< only along stretches of border where both sides fit without any solving
+        free   ///< whatever the limit allows
+    };
     /// Merges until no pair is left. False when the callback asked to stop.
-    bool run(ProgressMeter& progress);
+    bool run(Round round, ProgressMeter& progress);
+    /// Glues slits whose two sides coincide: it moves nothing.
+    void zip();
 
 private:
     /// A run of border half-edges of one chart whose mates are a run, reversed, of another.
@@ -63,6 +71,10 @@ private:
     bool try_pair(uint32_t a, uint32_t b);
     void find_arcs(uint32_t a, uint32_t b, std::vector<Arc>& arcs) const;
     void take_arc(uint32_t a, const Arc& arc);
+    void keep_fitting_part();
+    bool zip_edge(uint32_t h);
+    bool hard(uint32_t a) const { return options_.hard[set_.charts[a].faces[0]] != 0; }
+    bool pays(uint32_t a, uint32_t b, const Chart& joined, double arc_length) const;
     double align(Rigid& motion) const;
     void splice_border(uint32_t a, uint32_t b, Chart& joined) const;
     void commit(uint32_t a, uint32_t b, Chart&& joined, const Box& box);
@@ -85,6 +97,7 @@ private:
     Flattener& flattener_;
     ChartSet& set_;
     const MergeOptions options_;
+    Round round_ = Round::free;
     std::priority_queue<Pair> queue_;
     std::vector<uint32_t> version_; ///< per chart: merges it has seen
     std::vector<uint32_t> parent_;  ///< per chart: the one that took it over, or itself

@@ -65,6 +65,20 @@ Box Merger::box_of(const Outline& outline) const {
     return least_box(points);
 }
 
+/// On hard surfaces stretch has to buy seams: what was flat should stay undistorted unless the
+/// border that disappears is long.
+bool Merger::pays(uint32_t a, uint32_t b, const Chart& joined, double arc_length) const {
+    if (!hard(a))
+        return true;
+    const auto loss = [](const StretchSums& s) { return s.area * (s.l2() - 1); };
+    const double price =
+        (loss(joined.stretch) - loss(set_.charts[a].stretch) - loss(set_.charts[b].stretch)) /
+        set_.surface.total_area;
+    constexpr double k_seam_per_stretch = 100, k_most_stretch = 1.03;
+    return joined.stretch.l2() <= k_most_stretch &&
+           price * k_seam_per_stretch <= arc_length / std::sqrt(set_.surface.total_area);
+}
+
 void Merger::glue() {
     for (uint32_t h : edges_)
         set_.set_glued(h, true);
@@ -237,12 +251,18 @@ bool Merger::solve(uint32_t a, uint32_t b, Chart& joined, const std::vector<Vec2
 
 bool Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
     take_arc(a, arc);
+    if (round_ == Round::exact)
+        keep_fitting_part();
     Rigid motion;
     const double residual = align(motion);
     double arc_length = 0;
     for (uint32_t h : edges_)
         arc_length += set_.surface.edge_length(h);
-    if (residual < 0 || residual > 0.25 * arc_length)
+    const double most = round_ == Round::exact ? 1e-4 : 0.25;
+    if (residual < 0 || residual > most * arc_length)
+        return false;
+    const double least = std::min(set_.charts[a].border_length, set_.charts[b].border_length);
+    if (round_ == Round::exact && arc_length < 0.08 * least)
         return false;
     Chart joined;
     splice_border(a, b, joined);
@@ -275,7 +295,8 @@ bool Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
                 }
             });
         joined.stretch = joined_sums(a, b);
-        legal = legal && joined.stretch.l2() <= options_.limit && flattener_.judge_outline(joined);
+        legal = legal && joined.stretch.l2() <= options_.limit && pays(a, b, joined, arc_length) &&
+                flattener_.judge_outline(joined);
     }
     if (!legal) {
         clear_band();

@@ -5,6 +5,8 @@
 namespace tessora::atlas {
 namespace {
 
+constexpr double k_hard_stretch = 1.002; // on L2, of a region of a hard surface
+
 /// A leaf that cannot be flattened as a whole falls apart into its polygons.
 void flatten_polygons(Flattener& flattener, const Atoms& atoms, const uint32_t* begin,
                       const uint32_t* end) {
@@ -21,7 +23,7 @@ void flatten_polygons(Flattener& flattener, const Atoms& atoms, const uint32_t* 
 } // namespace
 
 bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
-                  ProgressMeter& progress) {
+                  const std::vector<uint8_t>& hard, ProgressMeter& progress) {
     std::vector<uint32_t> stack(tree.roots.rbegin(), tree.roots.rend());
     while (!stack.empty()) {
         const ClusterTree::Node& node = tree.nodes[stack.back()];
@@ -30,7 +32,8 @@ bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& t
         const uint32_t* end = tree.faces.data() + node.end;
         if (!progress.advance(double(node.begin) / double(tree.faces.size())))
             return false;
-        if (flattener.flatten_region(begin, end))
+        const double most = hard[*begin] ? k_hard_stretch : flattener.options.limit;
+        if (flattener.flatten_region(begin, end, most))
             continue;
         if (node.left == ClusterTree::k_leaf) {
             flatten_polygons(flattener, atoms, begin, end);

@@ -9,7 +9,8 @@ namespace tessora::atlas {
 
 /// Goes down the hierarchy until every triangle is in a legal chart (polygons that cannot be laid
 /// flat within the limit excepted). False when the callback asked to stop.
+/// Where `hard` is set (per triangle), regions have to be all but undistorted.
 bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
-                  ProgressMeter& progress);
+                  const std::vector<uint8_t>& hard, ProgressMeter& progress);
 
 } // namespace tessora::atlas

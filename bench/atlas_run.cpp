@@ -82,7 +82,8 @@ void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
             bool ear = true;
             for (size_t j = 0; j < m && ear; j++) {
                 const Point p = flat[left[j]];
-                if (j != i && j != (i + 1) % m && j != (i + m - 1) % m)
+                const auto same = [&](Point q) { return p.x == q.x && p.y == q.y; };
+                if (!same(a) && !same(b) && !same(c))
                     ear = !(turn(a, b, p) >= 0 && turn(b, c, p) >= 0 && turn(c, a, p) >= 0);
             }
             const double spread = (c.x - a.x) * (c.x - a.x) + (c.y - a.y) * (c.y - a.y);

@@ -162,7 +162,10 @@ void Judge::measure_triangles() {
         if (options.max_stretch < 1 && sums[c].l2() > 1 / (1 - options.max_stretch) + 2e-4)
             fault("chart " + std::to_string(c) + " has L2 " + std::to_string(sums[c].l2()));
     }
-    if (std::fabs(reported - result.stretch) > 1e-3 + 1e-2 * reported)
+    // Rounded coordinates say little about the stretch of triangles that are all but points.
+    const bool tiny =
+        std::any_of(area_.begin(), area_.end(), [&](double a) { return a > 0 && a < 1e-5 * mean; });
+    if (!tiny && std::fabs(reported - result.stretch) > 1e-3 + 1e-2 * reported)
         fault("reported stretch " + std::to_string(result.stretch) + ", measured " +
               std::to_string(reported));
 }
@@ -368,6 +371,35 @@ tessora::atlas::Mesh TestMesh::view() const {
             {indices.data(), indices.size()},
             {adjacency.data(), adjacency.size()},
             {false_edges.data(), false_edges.size()}};
+}
+
+double smallest_gap(const TestMesh& mesh, const Options& options, const Result& result) {
+    const float w = float(options.width), h = float(options.height);
+    const float longer = std::max(w, h), shorter = std::min(w, h);
+    const float margin = options.gutter / longer, s = margin * (longer / shorter);
+    std::vector<P2> point(result.source_vertex.size()); // in texels
+    for (size_t v = 0; v < point.size(); v++) {
+        const float u = result.uvs[2 * v] * std::max(1.0f, h / w) * (1 - s) + margin / 2;
+        const float t = result.uvs[2 * v + 1] * std::max(1.0f, w / h) * (1 - s) + margin / 2;
+        point[v] = {double(u) * double(w), double(t) * double(h)};
+    }
+    const auto to_segment = [](P2 p, P2 a, P2 b) {
+        const double dx = b.x - a.x, dy = b.y - a.y, size = dx * dx + dy * dy;
+        double t = size > 0 ? ((p.x - a.x) * dx + (p.y - a.y) * dy) / size : 0;
+        t = std::clamp(t, 0.0, 1.0);
+        const double ex = a.x + t * dx - p.x, ey = a.y + t * dy - p.y;
+        return ex * ex + ey * ey;
+    };
+    double least = 1e300;
+    for (uint32_t g = 0; g < mesh.indices.size(); g++)
+        for (uint32_t c = 0; c < mesh.indices.size(); c++) {
+            if (result.chart[g / 3] == result.chart[c / 3])
+                continue;
+            const uint32_t g1 = g % 3 == 2 ? g - 2 : g + 1;
+            least = std::min(least, to_segment(point[result.indices[c]], point[result.indices[g]],
+                                               point[result.indices[g1]]));
+        }
+    return std::sqrt(least);
 }
 
 Judgement judge(const TestMesh& mesh, const Options& options, const Result& result, bool packed,

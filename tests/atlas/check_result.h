@@ -40,6 +40,11 @@ struct Judgement {
     double coverage = 0;    ///< UV area over the texture's
 };
 
+/// Smallest Euclidean distance between triangles of different charts in the final texture, in
+/// texels: behind the caller's aspect correction and margin. Quadratic; infinite for one chart.
+double smallest_gap(const TestMesh& mesh, const tessora::atlas::Options& options,
+                    const tessora::atlas::Result& result);
+
 /// `packed`: coordinates are those of create(); else those of partition().
 /// `overlaps`: also look for overlaps, in time about quadratic in the triangles of a grid cell.
 Judgement judge(const TestMesh& mesh, const tessora::atlas::Options& options,
