@@ -134,10 +134,11 @@ TEST_P(HistoryTest, ConnectionsOfTweaksMoveToTheTweakNodeAndBack) {
     if (moves) {
         Node* tweak = scene.find("polyTweak1");
         ASSERT_NE(tweak, nullptr);
-        if (GetParam().tweaks == Tweaks::fed)
+        if (GetParam().tweaks == Tweaks::fed) {
             EXPECT_EQ(plug(*tweak, "tweak[5].tz").source(), &plug(*driver_, "result"));
-        else
+        } else {
             EXPECT_EQ(plug(*driver_, "other").source(), &plug(*tweak, "tweak[2].tx"));
+        }
     }
     EXPECT_EQ(undo.undo(), MS::kSuccess);
     EXPECT_TRUE(is_at_shape());
