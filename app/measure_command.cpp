@@ -1,8 +1,10 @@
 #include "app/measure_command.h"
 
+#include "app/atomic_file.h"
 #include "app/exit_code.h"
 #include "app/measure_layout.h"
 #include "app/options.h"
+#include "app/picture.h"
 #include "app/unwrap_options.h"
 #include "host/io/obj_reader.h"
 
@@ -25,6 +27,7 @@ examples:
   tessora measure bunny_uv.obj
   tessora measure other_tool.obj --width 1024 --height 512
   tessora measure bunny_uv.obj --json > figures.json
+  tessora measure bunny_uv.obj --layout stretch.png --picture stretch
 )";
 
 constexpr const char* k_verify_usage = R"(usage: tessora verify MESH [options]
@@ -44,7 +47,8 @@ constexpr const char* k_notes = R"(
 In option names - and _ are the same; "-" stands for standard input.
 
 exit codes: 0 done, 2 usage, 3 input missing or no mesh, 4 mesh too large or
-memory ran out, 6 a guarantee is broken (verify only).
+memory ran out, 6 a guarantee is broken (verify only), 7 the picture cannot be
+written.
 )";
 
 struct Request {
@@ -53,6 +57,8 @@ struct Request {
     int height = 512;
     int padding = 2;
     double stretch = 0.15;
+    std::string layout; // file of the picture, empty: none
+    std::string picture = "layout";
     bool json = false;
     bool per_chart = false;
     bool help = false;
@@ -63,10 +69,12 @@ OptionTable make_table(Request& request, bool verify) {
     table.heading("options (defaults in parentheses):");
     table.add("width", &request.width, "TEXELS", "width of the texture");
     table.add("height", &request.height, "TEXELS", "height of the texture");
-    if (verify)
-        table.add("padding", &request.padding, "TEXELS", "least gap between two charts");
+    table.add("padding", &request.padding, "TEXELS", "least gap between two charts");
     table.add("stretch", &request.stretch, "LIMIT", "largest stretch of a chart, 0 to 1");
     table.add("json", &request.json, "", "print JSON");
+    table.add("layout", &request.layout, "FILE.png", "draw a picture of the layout");
+    table.add("picture", &request.picture, "KIND",
+              "layout (charts, texel grid, gutter), checker or stretch");
     if (!verify)
         table.add("per_chart", &request.per_chart, "", "in JSON, list every chart");
     table.add("help", &request.help, "", "show this text");
@@ -86,6 +94,10 @@ bool parse(const Words& words, bool verify, Request& request, std::string& error
         error = "--padding must not be negative";
     else if (!(request.stretch >= 0.0 && request.stretch <= 1.0))
         error = "--stretch must be between 0 and 1";
+    else if (PictureKind kind; !picture_kind(request.picture, kind))
+        error = "--picture is layout, checker or stretch, not '" + request.picture + "'";
+    else if (!request.layout.empty() && same_file(request.layout, operands[0]))
+        error = "the picture would be written over the mesh";
     else
         request.input = operands[0];
     return error.empty();
@@ -157,6 +169,23 @@ void print_verdict(const Request& request, const Judgement& judgement) {
     print(out);
 }
 
+/// The exit code.
+int write_picture(const Request& request, const Judgement& judgement,
+                  const measure::Texture& texture) {
+    if (request.layout.empty())
+        return exit_done;
+    PictureKind kind = PictureKind::layout;
+    picture_kind(request.picture, kind);
+    AtomicFile file;
+    std::string png, error;
+    if (file.open(request.layout, error) &&
+        draw_picture(kind, {judgement.layout, judgement.measures, texture, double(request.padding)},
+                     png, error) &&
+        file.write(png, error) && file.commit(error))
+        return exit_done;
+    return fail(exit_output, error);
+}
+
 int run(const Words& words, bool verify) {
     Request request;
     std::string error;
@@ -178,6 +207,9 @@ int run(const Words& words, bool verify) {
     if (!judge_layout(document, nullptr, texture, {double(request.padding), request.stretch},
                       judgement, error))
         return fail(exit_limit, request.input + ": " + error);
+    code = write_picture(request, judgement, texture);
+    if (code != exit_done)
+        return code;
     if (!verify) {
         print_measures(request, judgement);
         return exit_done;

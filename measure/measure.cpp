@@ -38,6 +38,7 @@ public:
         result_.overlaps = find_overlaps(layout_, texture_, charts_, k_overlap_depth * spacing_);
         result_.gap = smallest_gap(layout_, texture_, charts_);
         result_.border = border_distance(layout_, texture_, charts_);
+        result_.outline = std::move(charts_.outline);
         result_.triangle_chart = std::move(charts_.triangle_chart);
         return std::move(result_);
     }

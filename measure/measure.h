@@ -37,6 +37,8 @@ struct Measures {
     std::vector<uint32_t> unmapped_polygons;
 
     std::vector<uint32_t> triangle_chart; ///< k_none: not wholly mapped
+    /// Edges on chart outlines: 3 * triangle + k, from corner k to corner (k+1)%3, ascending.
+    std::vector<uint32_t> outline;
     std::vector<ChartMeasure> charts;
     std::vector<TriangleMap> maps; ///< per triangle
     StretchSum whole;              ///< of all charts together, one scale
