@@ -21,6 +21,12 @@ constexpr double k_blur = 0.1;
 /// Step to the next scale after one that fits.
 constexpr double k_growth = 1.004;
 
+/// Fresh starts of the local search at most: one follows when a share of the effort bore nothing.
+constexpr uint64_t k_starts = 6;
+
+/// Scales tried on the draft grid.
+constexpr int k_draft_tries = 4;
+
 /// Scales tried before a grid is given up.
 constexpr int k_most_tries = 40;
 
@@ -117,7 +123,7 @@ public:
         const Tuning tuning = Tuning::of(options_.quality, plan_.order.size(), options_.triangles);
         plan_.hurry = plan_.order.size() > k_unhurried;
         if (tuning.draft_effort > 0) {
-            settle(tuning.draft_cells, 4, 0.0);
+            choose_rows(tuning.draft_cells);
             improve(tuning.draft_cells, tuning.draft_effort, 0.2);
         }
         if (tuning.middle_effort > 0)
@@ -177,29 +183,65 @@ private:
         return next;
     }
 
+    /// A new start: the first `n` charts about in the order of their size, turned by chance.
+    Plan shaken(uint32_t n) {
+        Plan next = plan_;
+        std::vector<std::pair<double, uint32_t>> keys;
+        for (uint32_t i = 0; i < n; ++i) {
+            const Shape& shape = outlines_.shapes[next.order[i]];
+            keys.push_back(
+                {-(shape.length + shape.width) * (1024 + random_.below(512)), next.order[i]});
+        }
+        std::sort(keys.begin(), keys.end());
+        for (uint32_t i = 0; i < n; ++i) {
+            next.order[i] = keys[i].second;
+            const uint32_t turn = random_.below(2 * MaskSet::k_fine);
+            next.fine[keys[i].second] = uint8_t(turn < MaskSet::k_fine ? turn : 0);
+        }
+        return next;
+    }
+
+    /// First layouts; long textures are tried with rows along either side.
+    void choose_rows(double cells) {
+        settle(cells, k_draft_tries, 0.0);
+        if (options_.width == options_.height)
+            return;
+        const double upright = found_ ? packing_.scale : 0;
+        turned_ = true;
+        settle(cells, k_draft_tries, 0.1);
+        turned_ = found_ && packing_.scale > upright;
+    }
+
     /// Changes order and turns of the weighty charts as long as that lets the scale grow.
     void improve(double cells, uint64_t budget, double done) {
         const uint32_t n = uint32_t(count_weighty());
         if (n == 0 || stopped(done))
             return;
-        const Page page = make_page(inner_.width, inner_.height, gutter_, cells, false);
+        const Page page = make_page(inner_.width, inner_.height, gutter_, cells, turned_);
         const Outlines coarse = simplify(outlines_, k_blur / (scale_ * page.density));
         MaskSet masks(coarse);
         double scale = found_ ? std::min(largest_, packing_.scale * k_growth) : scale_;
         masks.reset(page, scale);
         double least = cost(maker_.make(masks, page, plan_));
-        const uint64_t start = maker_.effort();
+        Plan best = plan_;
+        const uint64_t start = maker_.effort(), patience = budget / k_starts;
+        uint64_t grown = 0;
         for (uint64_t spent = 0; spent < budget; spent = maker_.effort() - start) {
             if (stopped(done + 0.3 * double(spent) / double(budget)))
                 return;
-            Plan next = varied(n);
+            const bool stuck = spent - grown > patience;
+            if (stuck)
+                grown = spent;
+            Plan next = stuck ? shaken(n) : varied(n);
             Layout layout = maker_.make(masks, page, next);
-            if (cost(layout) > least)
+            if (cost(layout) > least && !stuck)
                 continue;
             least = cost(layout);
             plan_ = std::move(next);
             while (layout.complete) {
                 keep(layout, page);
+                best = plan_;
+                grown = spent;
                 scale *= std::max(k_growth, std::sqrt(page.height / layout.height));
                 if (scale > largest_)
                     return;
@@ -208,11 +250,12 @@ private:
                 least = cost(layout);
             }
         }
+        plan_ = best;
     }
 
     /// Finds a large scale at which the plan fits on a grid of `cells`.
     void settle(double cells, int tries, double done) {
-        const Page page = make_page(inner_.width, inner_.height, gutter_, cells, false);
+        const Page page = make_page(inner_.width, inner_.height, gutter_, cells, turned_);
         double scale = found_ ? std::min(largest_, packing_.scale * 1.02) : scale_;
         const Outlines fine = simplify(outlines_, k_blur / (scale * page.density));
         MaskSet masks(fine);
@@ -256,6 +299,7 @@ private:
     LayoutMaker maker_;
     Random random_;
     double scale_ = 0;
+    bool turned_ = false;
     bool found_ = false, aborted_ = false;
 };
 
