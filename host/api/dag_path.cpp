@@ -112,7 +112,11 @@ MStatus MDagPath::pop(unsigned int count) {
 }
 
 MString MDagPath::fullPathName(MStatus* ReturnStatus) const {
-    report(ReturnStatus, nodes_.empty() ? MS::kInvalidParameter : MS::kSuccess);
+    MStatus status = pass_fault("MDagPath::fullPathName");
+    if (status && nodes_.empty())
+        status = MS::kInvalidParameter;
+    if (!report(ReturnStatus, status))
+        return MString();
     MString path;
     for (const MObject& node : nodes_)
         path = path + "|" + host::node_face(node)->name();

@@ -180,6 +180,8 @@ MStatus Plugins::unload(const std::string& name, bool force, std::string& error)
     if (!status) {
         error = "Clean-up of plug-in \"" + plugin->info.name +
                 "\" failed: " + status.errorString().asChar();
+        if (force)
+            drop(*plugin);
         return status;
     }
     drop(*plugin);

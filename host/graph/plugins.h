@@ -43,7 +43,8 @@ public:
     MStatus load(const std::string& file_or_name, std::string& error);
     /// Runs the plug-in's own clean-up, then removes what it left registered and the library. Undo
     /// is forgotten. Refused while nodes of its types are in the scene, unless forced: those become
-    /// unknown nodes. A failing clean-up leaves the plug-in loaded.
+    /// unknown nodes. A failing clean-up leaves the plug-in loaded, unless forced: its status is
+    /// returned, but the plug-in is gone.
     MStatus unload(const std::string& name, bool force, std::string& error);
 
     bool is_loaded(const std::string& name) const;
