@@ -1,0 +1,324 @@
+#include "faultpoint/faultpoint.h"
+#include "plugin/mesh_collector.h"
+#include "tests/corelib/support.h"
+#include "tests/plugin/collected.h"
+#include "tests/plugin/progress_record.h"
+
+#include <maya/MFnMesh.h>
+#include <maya/MProgressWindow.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Words = std::vector<uint32_t>;
+constexpr uint32_t k_all = 0xFFFFFFFF;
+
+TEST(CollectMeshData, TriangleMapsToItsOwnCorners) {
+    Collected result;
+    collect(plain_settings(), make_host_mesh(fixtures::triangle()), result);
+    ASSERT_TRUE(result.status);
+    ASSERT_EQ(result.data.vertices.count(), 3u);
+    EXPECT_EQ(result.data.vertices.get(1).x, 1.0f);
+    EXPECT_EQ(result.data.vertices.get(2).y, 1.0f);
+    EXPECT_EQ(result.indices(), (Words{0, 1, 2}));
+    EXPECT_EQ(result.corners(0), (Words{0, 1, 2}));
+    EXPECT_EQ(result.real_edges(), (Words{k_all, k_all, k_all}));
+    EXPECT_EQ(result.cut_edges(), (Words{0, 0, 0}));
+}
+
+TEST(CollectMeshData, EveryTriangleOfATriangleMeshHasRealEdgesOnly) {
+    Collected result;
+    collect(plain_settings(), make_host_mesh(fixtures::hub(9)), result);
+    ASSERT_EQ(result.data.face_corners.count(), 9u);
+    for (uint32_t p = 0; p < 9; ++p) {
+        Words sorted = result.corners(p);
+        std::sort(sorted.begin(), sorted.end());
+        EXPECT_EQ(sorted, (Words{0, 1, 2}));
+    }
+    EXPECT_EQ(result.real_edges(), Words(27, k_all));
+}
+
+TEST(CollectMeshData, QuadHasFourRealEdgesAndADiagonal) {
+    Collected result;
+    collect(plain_settings(), make_host_mesh(fixtures::quad()), result);
+    const Words real = result.real_edges();
+    ASSERT_EQ(real.size(), 6u);
+    EXPECT_EQ(std::count(real.begin(), real.end(), k_all), 4);
+    EXPECT_EQ(std::count(real.begin(), real.end(), 0u), 2);
+    EXPECT_EQ(result.reals(), (std::vector<std::pair<int, int>>{{0, 1}, {0, 3}, {1, 2}, {2, 3}}));
+}
+
+TEST(CollectMeshData, CornerPlacesLeadBackToTheVertices) {
+    const fixtures::Mesh mesh = fixtures::concave_ngon(6);
+    Collected result;
+    collect(plain_settings(), make_host_mesh(mesh), result);
+    const Words corners = result.corners(0);
+    ASSERT_EQ(corners.size(), result.indices().size());
+    for (size_t j = 0; j < corners.size(); ++j) {
+        ASSERT_LT(corners[j], mesh.polygons[0].size());
+        EXPECT_EQ(mesh.polygons[0][corners[j]], static_cast<int>(result.indices()[j]));
+    }
+}
+
+TEST(CollectMeshData, RepeatedVertexGetsAnEntryForEveryMatchingPlace) {
+    const fixtures::Mesh mesh = fixtures::polygon_with_repeated_vertices();
+    Collected result;
+    collect(plain_settings(), make_host_mesh(mesh), result);
+    Words expected;
+    for (const uint32_t id : result.indices())
+        for (uint32_t j = 0; j < mesh.polygons[0].size(); ++j)
+            if (mesh.polygons[0][j] == static_cast<int>(id))
+                expected.push_back(j);
+    EXPECT_EQ(result.corners(0), expected);
+    EXPECT_GT(expected.size(), result.indices().size());
+}
+
+TEST(CollectMeshData, PositionsAreNarrowedAndTextureCoordinatesZero) {
+    fixtures::Mesh mesh = fixtures::triangle();
+    mesh.points[1][0] = 1.0 / 3.0;
+    Collected result;
+    collect(plain_settings(), make_host_mesh(mesh), result);
+    const Vertex vertex = result.data.vertices.get(1);
+    EXPECT_EQ(vertex.x, static_cast<float>(1.0 / 3.0));
+    EXPECT_EQ(vertex.u, 0.0f);
+    EXPECT_EQ(vertex.v, 0.0f);
+}
+
+TEST(CollectMeshData, ShellPerFaceOfACubeCutsAllButTheDiagonals) {
+    const fixtures::Mesh cube = fixtures::cube();
+    UnwrapSettings settings = plain_settings();
+    settings.keep_seams = true;
+    Collected result;
+    collect(settings, make_host_mesh(cube, fixtures::shell_per_polygon(cube)), result);
+    EXPECT_EQ(result.cuts().size(), 12u);
+    EXPECT_EQ(result.cut_edges(), result.real_edges());
+    const Words real = result.real_edges();
+    EXPECT_EQ(std::count(real.begin(), real.end(), k_all), 24);
+    EXPECT_EQ(std::count(real.begin(), real.end(), 0u), 12);
+    EXPECT_EQ(result.seam_pairs.length(), 2u * 24u);
+}
+
+TEST(CollectMeshData, EmptyMeshGivesEmptyLists) {
+    Collected result;
+    collect(plain_settings(), make_host_mesh(fixtures::empty()), result);
+    EXPECT_TRUE(result.status);
+    EXPECT_EQ(result.data.vertices.count(), 0u);
+    EXPECT_EQ(result.data.indices.count(), 0u);
+    EXPECT_EQ(result.data.face_corners.count(), 0u);
+}
+
+TEST(CollectMeshData, SeamListMayBeAbsent) {
+    const fixtures::Mesh cube = fixtures::cube();
+    UnwrapSettings settings = plain_settings();
+    settings.keep_seams = true;
+    const Unwrapper unwrapper(&settings);
+    MObject mesh = make_host_mesh(cube, fixtures::shell_per_polygon(cube));
+    MeshData data;
+    EXPECT_TRUE(collect_mesh_data(unwrapper, mesh, data, nullptr));
+    EXPECT_EQ(Collected::values(data.cut_edges), Collected::values(data.real_edges));
+}
+
+TEST(CollectMeshData, SecondCollectionReplacesAllListsButTheEdgeFlags) {
+    const fixtures::Mesh cube = fixtures::cube();
+    UnwrapSettings settings = plain_settings();
+    const Unwrapper unwrapper(&settings);
+    MObject mesh = make_host_mesh(cube, fixtures::shell_per_polygon(cube));
+    MeshData data;
+    MIntArray seams;
+    ASSERT_TRUE(collect_mesh_data(unwrapper, mesh, data, &seams));
+    const unsigned pairs = seams.length();
+    const uint64_t live = live_blocks;
+    ASSERT_TRUE(collect_mesh_data(unwrapper, mesh, data, &seams));
+    EXPECT_EQ(live_blocks, live);
+    EXPECT_EQ(data.vertices.count(), 8u);
+    EXPECT_EQ(data.indices.count(), 36u);
+    EXPECT_EQ(data.face_corners.count(), 6u);
+    EXPECT_EQ(seams.length(), pairs);
+    EXPECT_EQ(data.cut_edges.count(), 72u);
+    EXPECT_EQ(data.real_edges.count(), 72u);
+}
+
+TEST(CollectMeshData, SeamsAreThoseOfTheCurrentSet) {
+    const fixtures::Mesh cube = fixtures::cube();
+    MObject mesh = make_host_mesh(cube, fixtures::one_shell(cube));
+    set_layout(mesh, fixtures::shell_per_polygon(cube), "other");
+    UnwrapSettings settings = plain_settings();
+    settings.uv_set = "other";
+    Collected result;
+    collect(settings, mesh, result);
+    EXPECT_EQ(result.seam_pairs.length(), 0u);
+    ASSERT_TRUE(MFnMesh(mesh).setCurrentUVSetName("other"));
+    collect(settings, mesh, result);
+    EXPECT_EQ(result.seam_pairs.length(), 48u);
+}
+
+TEST(CollectMeshData, WithoutACurrentSetTheNamedOneShowsTheSeams) {
+    const fixtures::Mesh cube = fixtures::cube();
+    MObject mesh = make_host_mesh(cube, fixtures::one_shell(cube));
+    set_layout(mesh, fixtures::shell_per_polygon(cube), "other");
+    UnwrapSettings settings = plain_settings();
+    settings.uv_set = "other";
+    const faultpoint::Scope fault("MFnMesh::currentUVSetName", MStatus::kFailure);
+    Collected result;
+    collect(settings, mesh, result);
+    EXPECT_EQ(result.seam_pairs.length(), 48u);
+}
+
+TEST(CollectMeshData, WithAnEmptyCurrentSetNameTheNamedOneIsAskedFor) {
+    MObject mesh = make_host_mesh(fixtures::cube());
+    ASSERT_TRUE(MFnMesh(mesh).deleteUVSet("map1"));
+    ASSERT_EQ(MFnMesh(mesh).currentUVSetName().length(), 0u);
+    Collected result;
+    collect(plain_settings(), mesh, result);
+    ASSERT_TRUE(result.status);
+    EXPECT_EQ(result.seam_pairs.length(), 48u); // the named set does not exist: all unmapped
+}
+
+// ---- failures -----------------------------------------------------------------------------------
+
+struct Failure {
+    const char* point;
+    unsigned nth;
+    const char* text;
+};
+
+class CollectMeshDataFails : public testing::TestWithParam<Failure> {};
+
+TEST_P(CollectMeshDataFails, WithALineAndTheHostsStatus) {
+    MObject mesh = make_host_mesh(fixtures::cube(), fixtures::one_shell(fixtures::cube()));
+    UnwrapSettings settings = plain_settings();
+    settings.use_ridges = true;
+    const uint64_t live = live_blocks;
+    for (const MStatus::MStatusCode code : {MStatus::kFailure, MStatus::kNotFound}) {
+        Collected result;
+        const faultpoint::Scope fault(GetParam().point, code, GetParam().nth);
+        testing::internal::CaptureStderr();
+        collect(settings, mesh, result);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), GetParam().text + std::string("\n"));
+        EXPECT_EQ(result.status, code);
+    }
+    EXPECT_EQ(live_blocks, live);
+}
+
+constexpr const char* k_no_faces = "Data collector could not retrieve faces from mesh.";
+
+INSTANTIATE_TEST_SUITE_P(
+    HostCalls, CollectMeshDataFails,
+    testing::Values(
+        Failure{"MItMeshPolygon::MItMeshPolygon", 1, k_no_faces},
+        Failure{"MItMeshEdge::MItMeshEdge", 1, k_no_faces},
+        Failure{"MItMeshEdge::MItMeshEdge", 2, k_no_faces},
+        Failure{"MItMeshEdge::MItMeshEdge", 3, k_no_faces},
+        Failure{"MItMeshVertex::MItMeshVertex", 1, k_no_faces},
+        Failure{"MItMeshVertex::MItMeshVertex", 2, k_no_faces},
+        Failure{"MItMeshVertex::count", 1, k_no_faces},
+        Failure{"MItMeshEdge::count", 1, k_no_faces},
+        Failure{"MFnMesh::setObject", 1, "Data collector could not retrieve mesh_fn from mesh."},
+        Failure{"MItMeshPolygon::count", 1, k_no_faces},
+        Failure{"MItMeshPolygon::count", 2, "Data collector could not iterate triangles."},
+        Failure{"MItMeshPolygon::getVertices", 4,
+                "Data collector could not retrieve vertices from faces."}));
+
+TEST(CollectMeshData, PolygonCountThatFailsIsReportedWithoutCreasesToo) {
+    MObject mesh = make_host_mesh(fixtures::cube());
+    const faultpoint::Scope fault("MItMeshPolygon::count", MStatus::kFailure);
+    Collected result;
+    testing::internal::CaptureStderr();
+    collect(plain_settings(), mesh, result);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Data collector could not iterate triangles.\n");
+    EXPECT_EQ(result.status, MStatus::kFailure);
+}
+
+TEST(CollectMeshData, KeepsWhatItReadBeforeAFailure) {
+    MObject mesh = make_host_mesh(fixtures::cube());
+    const faultpoint::Scope fault("MItMeshPolygon::getVertices", MStatus::kFailure, 4);
+    Collected result;
+    testing::internal::CaptureStderr();
+    collect(plain_settings(), mesh, result);
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(result.data.vertices.count(), 8u);
+    EXPECT_EQ(result.data.face_corners.count(), 3u);
+    EXPECT_EQ(result.data.indices.count(), 18u);
+}
+
+TEST(CollectMeshData, UncheckedTriangleFailuresLeaveTheTriangleBefore) {
+    MObject mesh = make_host_mesh(fixtures::cube());
+    const faultpoint::Scope fault("MItMeshPolygon::getTriangle", MStatus::kFailure, 2);
+    Collected result;
+    collect(plain_settings(), mesh, result);
+    EXPECT_TRUE(result.status);
+    const Words indices = result.indices();
+    ASSERT_EQ(indices.size(), 36u);
+    EXPECT_EQ(Words(indices.begin(), indices.begin() + 3),
+              Words(indices.begin() + 3, indices.begin() + 6));
+}
+
+TEST(CollectMeshData, UncheckedTriangleCountFailureSkipsThePolygon) {
+    MObject mesh = make_host_mesh(fixtures::cube());
+    const faultpoint::Scope fault("MItMeshPolygon::numTriangles", MStatus::kFailure, 2);
+    Collected result;
+    collect(plain_settings(), mesh, result);
+    EXPECT_TRUE(result.status);
+    EXPECT_EQ(result.data.indices.count(), 30u);
+    EXPECT_EQ(result.corners(1).size(), 0u);
+}
+
+TEST(CollectMeshData, LookUpTablesThatFindNoMemoryEndIt) {
+    MObject mesh = make_host_mesh(fixtures::cube(), fixtures::one_shell(fixtures::cube()));
+    UnwrapSettings settings = plain_settings();
+    settings.use_ridges = true;
+    unsigned reported = 0;
+    for (size_t fail_from = 0; fail_from < 60; ++fail_from) {
+        const uint64_t live = live_blocks;
+        {
+            Collected result;
+            testing::internal::CaptureStderr();
+            {
+                AllocationWatch watch(fail_from);
+                collect(settings, mesh, result);
+            }
+            const std::string text = testing::internal::GetCapturedStderr();
+            if (!result.status) {
+                ++reported;
+                EXPECT_EQ(result.status, MStatus::kInsufficientMemory);
+                EXPECT_EQ(text, "Data collector ran out of memory.\n");
+            } else {
+                EXPECT_EQ(text, "");
+            }
+        }
+        EXPECT_EQ(live_blocks, live);
+    }
+    EXPECT_GT(reported, 5u);
+}
+
+// ---- progress -----------------------------------------------------------------------------------
+
+TEST(CollectMeshData, ShowsThePercentageOfPolygonsDone) {
+    MObject mesh = make_host_mesh(fixtures::cube());
+    UnwrapSettings settings = plain_settings();
+    const Unwrapper unwrapper(&settings);
+    ProgressRecord record;
+    begin_progress();
+    ASSERT_TRUE(progress_reserved);
+    record.states.clear();
+    MeshData data;
+    const faultpoint::Scope calls("MProgressWindow::setProgress", MStatus::kFailure, 1000);
+    EXPECT_TRUE(collect_mesh_data(unwrapper, mesh, data, nullptr));
+    EXPECT_EQ(faultpoint::passes("MProgressWindow::setProgress"), 6u);
+    EXPECT_EQ(record.values(), (std::vector<int>{0, 16, 33, 50, 66, 83}));
+    end_progress();
+}
+
+TEST(CollectMeshData, ShowsNothingWithoutTheProgressWindow) {
+    MObject mesh = make_host_mesh(fixtures::cube());
+    const ProgressRecord record;
+    const faultpoint::Scope calls("MProgressWindow::setProgress", MStatus::kFailure, 1000);
+    Collected result;
+    collect(plain_settings(), mesh, result);
+    EXPECT_TRUE(result.status);
+    EXPECT_EQ(faultpoint::passes("MProgressWindow::setProgress"), 0u);
+}
+
+} // namespace
