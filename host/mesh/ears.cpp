@@ -15,8 +15,7 @@ namespace {
 /// Buckets of reflex corners over the outline's bounding box.
 class CornerGrid {
 public:
-    CornerGrid(const std::vector<Point2>& points, const std::vector<std::uint32_t>& members)
-        : points_(points) {
+    CornerGrid(const std::vector<Point2>& points, const std::vector<std::uint32_t>& members) {
         low_ = high_ = points[0];
         for (const Point2& p : points) {
             low_ = Point2{std::min(low_.x, p.x), std::min(low_.y, p.y)};
@@ -59,7 +58,6 @@ private:
     std::uint32_t row(double y) const { return place(y, low_.y, high_.y); }
     std::size_t cell(const Point2& p) const { return std::size_t{row(p.y)} * side_ + column(p.x); }
 
-    const std::vector<Point2>& points_;
     Point2 low_;
     Point2 high_;
     std::uint32_t side_ = 1;

@@ -70,7 +70,13 @@ protected:
 
 using AllArrays = testing::Types<MIntArray, MUintArray, MFloatArray, MDoubleArray, MStringArray,
                                  MPointArray, MFloatVectorArray>;
-TYPED_TEST_SUITE(Arrays, AllArrays);
+struct ArrayName {
+    template <class A>
+    static std::string GetName(int) {
+        return Sample<A>::name;
+    }
+};
+TYPED_TEST_SUITE(Arrays, AllArrays, ArrayName);
 
 TYPED_TEST(Arrays, IsEmptyAtFirst) { EXPECT_EQ(TypeParam().length(), 0u); }
 
