@@ -45,7 +45,8 @@ void MaskSet::reset(const Page& page, double scale) {
     texel_scale_ = scale;
     scale_ = scale * page.density;
     radius_ = page.gutter / 2 * page.density + outlines_.tolerance * scale_;
-    masks_.assign(outlines_.shapes.size() * k_quarters * k_fine, Mask());
+    masks_.clear();
+    masks_.resize(outlines_.shapes.size() * k_fine);
 }
 
 Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const {
@@ -57,13 +58,16 @@ Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const 
 }
 
 const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter) {
-    Mask* turns = &masks_[(size_t(chart) * k_fine + plan.fine[chart]) * k_quarters];
-    if (turns[0].width == 0)
+    std::unique_ptr<Quarters>& slot = masks_[size_t(chart) * k_fine + plan.fine[chart]];
+    if (slot == nullptr) {
+        slot = std::make_unique<Quarters>();
         draw_mask(outlines_, outlines_.shapes[chart], turn_of(plan, chart, 0), scale_, radius_,
-                  turns[0]);
-    if (turns[quarter].width == 0)
-        turn_mask(turns[0], quarter, turns[quarter]);
-    return turns[quarter];
+                  (*slot)[0]);
+    }
+    Mask& mask = (*slot)[quarter];
+    if (mask.width == 0)
+        turn_mask((*slot)[0], quarter, mask);
+    return mask;
 }
 
 uint32_t& LayoutMaker::start_row(const Mask& mask) {

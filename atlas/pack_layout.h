@@ -4,7 +4,9 @@
 #include "atlas/pack_field.h"
 #include "atlas/pack_outline.h"
 
+#include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace tessora::atlas {
@@ -61,8 +63,10 @@ public:
     const Outlines& outlines() const { return outlines_; }
 
 private:
+    using Quarters = std::array<Mask, k_quarters>;
+
     const Outlines& outlines_;
-    std::vector<Mask> masks_;
+    std::vector<std::unique_ptr<Quarters>> masks_; ///< per chart and fine turn, once asked for
     double texel_scale_ = 0, scale_ = 0, radius_ = 0;
 };
 
