@@ -15,6 +15,7 @@ constexpr Colour k_paper = {232, 234, 238};
 constexpr int k_wanted_side = 2048; // pixels, for textures that are smaller
 constexpr int k_legend_height = 72; // pixels
 constexpr double k_most_stretch = 2.0;
+constexpr uint16_t k_contested = 65535; // the gutter of two charts
 
 /// Draws the texture, enlarged by a whole factor, layer upon layer.
 class TexturePainter {
@@ -51,14 +52,14 @@ public:
         for (uint32_t half_edge : measures_.outline) {
             const uint16_t mine = tag(measures_.triangle_chart[half_edge / 3]);
             const Colour tone = mix(k_background, {150, 158, 172}, 0.38);
-            along(half_edge, [&](double x, double y) {
+            along(half_edge, std::max(0.5, 0.2 * radius), [&](double x, double y) {
                 stamp(x, y, radius, [&](int px, int py) {
                     const size_t i = index(px, py);
-                    if (owner_[i] == mine)
+                    if (owner_[i] == mine || claimed[i] == mine || claimed[i] == k_contested)
                         return;
-                    const bool is_taken = owner_[i] || (claimed[i] && claimed[i] != mine);
+                    const bool is_taken = owner_[i] || claimed[i];
                     canvas_.put(px, py, is_taken ? k_red : tone);
-                    claimed[i] = mine;
+                    claimed[i] = is_taken ? k_contested : mine;
                 });
             });
         }
@@ -90,12 +91,12 @@ public:
         for (uint32_t half_edge = 0; half_edge < 3 * layout_.triangle_count(); ++half_edge)
             if (measures_.triangle_chart[half_edge / 3] != measure::k_none &&
                 is_polygon_edge(half_edge))
-                along(half_edge, [&](double x, double y) { darken(x, y, 0.3); });
+                along(half_edge, 0.5, [&](double x, double y) { darken(x, y, 0.3); });
     }
 
     void draw_outlines() {
         for (uint32_t half_edge : measures_.outline)
-            along(half_edge, [&](double x, double y) { darken(x, y, 0.85); });
+            along(half_edge, 0.5, [&](double x, double y) { darken(x, y, 0.85); });
     }
 
     void draw_faults() {
@@ -114,7 +115,7 @@ private:
     size_t index(int x, int y) const {
         return static_cast<size_t>(y) * static_cast<size_t>(width_) + static_cast<size_t>(x);
     }
-    static uint16_t tag(uint32_t chart) { return static_cast<uint16_t>(chart % 65535 + 1); }
+    static uint16_t tag(uint32_t chart) { return static_cast<uint16_t>(chart % 65534 + 1); }
 
     PixelPoint point(uint32_t slot) const {
         const uint32_t uv = layout_.corner_uv[layout_.triangle_corners[slot]];
@@ -131,16 +132,16 @@ private:
         });
     }
 
-    /// Calls step(x, y) at places along a half-edge, half a pixel apart, inside the picture only.
+    /// Calls step(x, y) at places along a half-edge, at most `stride` pixels apart.
     template <class Step>
-    void along(uint32_t half_edge, Step step) const {
+    void along(uint32_t half_edge, double stride, Step step) const {
         const uint32_t t = half_edge / 3, k = half_edge % 3;
         const PixelPoint a = point(half_edge), b = point(3 * t + (k + 1) % 3);
         const double dx = b.x - a.x, dy = b.y - a.y;
         const double longest = std::max(std::abs(dx), std::abs(dy));
         if (!(longest < 16.0 * (width_ + height_))) // far outside, most of it
             return;
-        const int steps = std::max(1, static_cast<int>(2.0 * longest) + 1);
+        const int steps = std::max(1, static_cast<int>(longest / stride) + 1);
         for (int i = 0; i <= steps; ++i)
             step(a.x + dx * i / steps, a.y + dy * i / steps);
     }
@@ -159,7 +160,6 @@ private:
             }
     }
 
-    /// A second coat on one pixel makes it no darker than the first coat of a stronger line.
     void darken(double x, double y, double share) {
         if (!(x >= 0.0 && y >= 0.0 && x < width_ && y < height_))
             return;
