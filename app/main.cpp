@@ -4,6 +4,7 @@
 #include "app/interrupt.h"
 #include "app/measure_command.h"
 #include "app/options.h"
+#include "app/script_command.h"
 #include "app/unwrap_command.h"
 
 #include <cstdio>
@@ -15,6 +16,8 @@ constexpr app::Command k_commands[] = {
     {"unwrap", "give a mesh new texture coordinates", app::unwrap_command},
     {"measure", "tell how good a mesh's texture coordinates are", app::measure_command},
     {"verify", "check that they keep what an unwrap promises", app::verify_command},
+    {"script", "run a script file in the embedded host", app::script_command},
+    {"shell", "a prompt for script statements", app::shell_command},
 };
 
 const app::Command* find_command(const std::string& name) {
@@ -33,12 +36,14 @@ std::string help() {
         text += "  " + name + command.summary + "\n";
     }
     return text + R"(
+  -c TEXT   runs script statements and prints their result
   --help    this text; 'tessora COMMAND --help' for a command's options
   --version the version
 
 examples:
   tessora unwrap bunny.obj
   tessora unwrap chair.obj -o out/chair.obj --width 1024 --height 512 --padding 4
+  tessora -c 'loadPlugin tessora; polyCube; tessora; file -f -exportAll "cube.obj";'
   tessora unwrap --help
 )";
 }
@@ -74,6 +79,8 @@ int run(const app::Words& words) {
         std::fputs(help().c_str(), stdout);
         return app::exit_done;
     }
+    if (name == "-c")
+        return app::text_command({words.begin() + 1, words.end()});
     const app::Command* command = find_command(name);
     return command ? command->run({words.begin() + 1, words.end()}) : unknown_command(name);
 }

@@ -1,13 +1,20 @@
 #include "app/unwrap_driver.h"
 
+#include "app/command.h"
 #include "app/host_talk.h"
-#include "host/mesh/mesh_object.h"
-#include "plugin/unwrapper.h"
+#include "app/mesh_import.h"
+#include "app/seam_count.h"
+#include "app/session_setup.h"
+#include "host/graph/edits.h"
+#include "host/graph/mesh_node.h"
+#include "host/graph/plugins.h"
+#include "host/script/session.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <dlfcn.h>
-#include <new>
+#include <iterator>
 #include <utility>
 
 namespace app {
@@ -15,10 +22,16 @@ namespace {
 
 constexpr int32_t k_out_of_memory = static_cast<int32_t>(0x8007000Eu);
 
-/// A function of the atlas library, which the program does not link: the plug-in brings it along.
+/// A function of the atlas library, which the program does not link: the plug-in brings it along,
+/// out of sight of everybody else.
 template <class Function>
 Function* atlas_function(const char* name) {
-    return reinterpret_cast<Function*>(::dlsym(RTLD_DEFAULT, name));
+    void* const library = ::dlopen("libtessora_d3dx9.so", RTLD_LAZY | RTLD_NOLOAD);
+    if (!library)
+        return nullptr;
+    const auto function = reinterpret_cast<Function*>(::dlsym(library, name));
+    ::dlclose(library); // the plug-in still holds it
+    return function;
 }
 
 /// What the last atlas call came to: 0 or an error code.
@@ -55,74 +68,70 @@ void add_uv_set(const host::ObjDocument& document, host::Mesh& mesh) {
             set.corner_uvs[c] = static_cast<int32_t>(document.corner_texture[c]);
 }
 
-MStatus make_mesh(const host::ObjDocument& document, const ImportedMesh& imported,
-                  host::Mesh& mesh) {
-    std::vector<host::Float3> points(imported.positions.size() / 3);
-    for (size_t i = 0; i < points.size(); ++i)
-        points[i] = {imported.positions[3 * i], imported.positions[3 * i + 1],
-                     imported.positions[3 * i + 2]};
-    std::vector<uint32_t> counts(imported.corner_begin.size() - 1);
-    for (size_t p = 0; p < counts.size(); ++p)
-        counts[p] = imported.corner_begin[p + 1] - imported.corner_begin[p];
-    const MStatus status =
-        host::Mesh::make(std::move(points), std::move(counts), imported.corner_vertex, mesh);
-    if (status)
-        add_uv_set(document, mesh);
-    return status;
+template <class T>
+void clamp(T& value, T low, T high) {
+    if (!(value > low)) // a value that is no number goes to the lower end
+        value = low;
+    else if (value > high)
+        value = high;
 }
 
-UnwrapSettings to_plugin(const UnwrapSettingsRequest& request) {
-    UnwrapSettings settings;
-    settings.uv_set = request.mapchannel.c_str();
-    settings.charts = request.charts;
-    settings.stretch = request.stretch;
-    settings.padding = request.padding;
-    settings.tex_width = request.width;
-    settings.tex_height = request.height;
-    settings.high_quality = request.high_quality;
-    settings.keep_seams = request.keep_seams;
-    settings.use_grooves = request.use_grooves;
-    settings.groove_angle = request.groove_angle;
-    settings.use_ridges = request.use_ridges;
-    settings.ridge_angle = request.ridge_angle;
-    settings.adjacency_method = request.adjacency_method;
-    settings.epsilon = request.epsilon;
-    settings.reserved_flag = true;
-    return settings;
-}
-
-UnwrapSettingsRequest from_plugin(const UnwrapSettings& settings) {
-    UnwrapSettingsRequest request;
-    request.mapchannel = settings.uv_set.asChar();
-    request.charts = settings.charts;
-    request.stretch = settings.stretch;
-    request.padding = settings.padding;
-    request.width = settings.tex_width;
-    request.height = settings.tex_height;
-    request.high_quality = settings.high_quality;
-    request.keep_seams = settings.keep_seams;
-    request.use_grooves = settings.use_grooves;
-    request.groove_angle = settings.groove_angle;
-    request.use_ridges = settings.use_ridges;
-    request.ridge_angle = settings.ridge_angle;
-    request.adjacency_method = settings.adjacency_method;
-    request.epsilon = settings.epsilon;
+/// The settings as the plug-in's driver will use them.
+UnwrapSettingsRequest in_range(UnwrapSettingsRequest request) {
+    clamp(request.charts, 0, 64);
+    clamp(request.stretch, 0.0, 1.0);
+    clamp(request.padding, 0, 32);
+    clamp(request.width, 8, 8192);
+    clamp(request.height, 8, 8192);
+    clamp(request.groove_angle, 0.0, 180.0);
+    clamp(request.ridge_angle, 0.0, 180.0);
+    clamp(request.adjacency_method, 0, 1);
+    clamp(request.epsilon, 0.001, 1000.0);
     return request;
 }
 
-/// Different edges among flat pairs of vertex ids, added vertices counting as the file's own.
-uint64_t count_edges(const MIntArray& pairs, const host::ObjDocument& document,
-                     const ImportedMesh& mesh) {
-    const auto file_vertex = [&](int id) {
-        const size_t vertex = static_cast<size_t>(id);
-        return vertex < document.vertex_count() ? static_cast<uint32_t>(vertex)
-                                                : mesh.copy_of[vertex - document.vertex_count()];
+/// The statement that a user would type. Numbers keep all their digits.
+std::string command_text(const UnwrapSettingsRequest& request) {
+    const auto real = [](double value) {
+        char text[40];
+        std::snprintf(text, sizeof text, "%.17g", value);
+        return std::string(text);
     };
-    std::vector<std::pair<uint32_t, uint32_t>> edges;
-    for (unsigned i = 0; i + 1 < pairs.length(); i += 2)
-        edges.push_back(std::minmax({file_vertex(pairs[i]), file_vertex(pairs[i + 1])}));
-    std::sort(edges.begin(), edges.end());
-    return static_cast<uint64_t>(std::unique(edges.begin(), edges.end()) - edges.begin());
+    const auto flag = [](const char* name, const std::string& value) {
+        return std::string(" -") + name + " " + value;
+    };
+    const auto count = [](int value) { return std::to_string(value); };
+    return "tessora" + flag("mapchannel", host::script::quoted(request.mapchannel)) +
+           flag("charts", count(request.charts)) + flag("stretch", real(request.stretch)) +
+           flag("padding", count(request.padding)) + flag("width", count(request.width)) +
+           flag("height", count(request.height)) +
+           flag("high_quality", count(request.high_quality)) +
+           flag("keep_seams", count(request.keep_seams)) +
+           flag("use_grooves", count(request.use_grooves)) +
+           flag("groove_angle", real(request.groove_angle)) +
+           flag("use_ridges", count(request.use_ridges)) +
+           flag("ridge_angle", real(request.ridge_angle)) +
+           flag("adjacency_method", count(request.adjacency_method)) +
+           flag("epsilon", real(request.epsilon));
+}
+
+/// Seams by the file's vertices: added vertices count as those they stand for.
+std::vector<VertexPair> seams_of(const host::Mesh& mesh, const std::string& set_name,
+                                 const host::ObjDocument& document, const ImportedMesh& imported) {
+    const int set = mesh.find_uv_set(set_name.c_str());
+    if (set < 0)
+        return {};
+    const auto file_vertex = [&](uint32_t vertex) {
+        return vertex < document.vertex_count()
+                   ? vertex
+                   : imported.copy_of[vertex - document.vertex_count()];
+    };
+    std::vector<VertexPair> seams = find_seams(mesh, mesh.uv_set(static_cast<uint32_t>(set)));
+    for (VertexPair& seam : seams)
+        seam = std::minmax({file_vertex(seam.first), file_vertex(seam.second)});
+    std::sort(seams.begin(), seams.end());
+    seams.erase(std::unique(seams.begin(), seams.end()), seams.end());
+    return seams;
 }
 
 /// The polygons of ascending triangles; a polygon of n corners is n - 2 triangles.
@@ -140,12 +149,11 @@ std::vector<uint32_t> polygons_of(const std::vector<uint32_t>& triangles,
 }
 
 /// The corners' coordinates after the unwrap.
-bool take_uvs(const MObject& object, const MString& set_name, host::ObjUvs& uvs) {
-    const host::Mesh* mesh = host::mesh_of(object);
-    const int position = mesh ? mesh->find_uv_set(set_name) : -1;
+bool take_uvs(const host::Mesh& mesh, const std::string& set_name, host::ObjUvs& uvs) {
+    const int position = mesh.find_uv_set(set_name.c_str());
     if (position < 0)
         return false;
-    const host::UvSet& set = mesh->uv_set(static_cast<uint32_t>(position));
+    const host::UvSet& set = mesh.uv_set(static_cast<uint32_t>(position));
     uvs.u = set.u;
     uvs.v = set.v;
     uvs.corner_uv = set.corner_uvs;
@@ -170,51 +178,142 @@ void put_seconds(const StageListener& stages, StageSeconds& seconds) {
     seconds.apply = of("applying UV set");
 }
 
-/// The part between a mesh of the host and its new coordinates.
-void unwrap_object(MObject& object, UnwrapSettings& settings, const host::ObjDocument& document,
-                   const ImportedMesh& mesh, UnwrapOutcome& outcome) {
+/// What scripts say inside the program is said to the person at the command line; what they print
+/// is for nobody.
+class ScriptTalk : public host::script::Output {
+public:
+    ScriptTalk() { host::script::Session::current().set_output(this); }
+    ~ScriptTalk() { host::script::Session::current().set_output(nullptr); }
+    ScriptTalk(const ScriptTalk&) = delete;
+    ScriptTalk& operator=(const ScriptTalk&) = delete;
+    void print(const std::string&) override {}
+    void warning(const std::string& text) override { say(text); }
+    void error(const std::string& text) override { last_ = text; }
+    const std::string& last() const { return last_; }
+
+private:
+    std::string last_;
+};
+
+/// The scene while one mesh is unwrapped in it. Everything goes with it.
+class MeshScene {
+public:
+    ~MeshScene() { host::graph::Scene::current().clear(); }
+
+    /// The mesh as a shape of the scene, selected.
+    void import(const host::Mesh& mesh) {
+        host::graph::Scene& scene = host::graph::Scene::current();
+        const auto transform = scene.make_node(scene.find_type("transform"), "mesh");
+        scene.add(*transform, nullptr);
+        const auto shape = scene.make_node(scene.find_type("mesh"), "meshShape");
+        scene.add(*shape, transform->as_dag_node());
+        shape_ = static_cast<host::graph::MeshNode*>(shape.get());
+        shape_->set_mesh(mesh);
+        scene.select({host::graph::item_of(*transform)});
+    }
+
+    /// The shape's mesh, brought up to date: this is where the unwrap happens.
+    const host::Mesh* pull(MStatus& status) {
+        status = shape_->refresh();
+        return shape_->mesh();
+    }
+
+    /// A number on the node that feeds the shape.
+    double result(const char* attribute) const {
+        const host::graph::Slot* source = shape_->slot("inMesh")->source();
+        const host::graph::Slot* plug = source ? source->node().slot(attribute) : nullptr;
+        return plug ? plug->value.number() : 0.0;
+    }
+
+private:
+    host::graph::MeshNode* shape_ = nullptr;
+};
+
+bool load_plugin(UnwrapOutcome& outcome) {
+    set_search_paths();
+    host::graph::Plugins& plugins = host::graph::Plugins::current();
+    std::string error;
+    if (plugins.is_loaded("tessora") || plugins.load("tessora", error))
+        return true;
+    outcome.reason = "the plug-in cannot be loaded: " + error;
+    return false;
+}
+
+/// The command and the pull, between a mesh of the host and its new coordinates.
+void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
+                 const ImportedMesh& imported, UnwrapOutcome& outcome) {
+    const UnwrapSettingsRequest& settings = outcome.settings;
+    std::vector<VertexPair> existing;
+    if (settings.keep_seams)
+        existing = seams_of(mesh, settings.mapchannel, document, imported);
     MessageListener messages;
-    MIntArray existing_seams, new_seams;
-    Unwrapper unwrapper(&settings);
-    begin_progress();
-    const MStatus status = unwrapper.unwrap(object, &existing_seams, &new_seams);
-    end_progress();
-    if (!status)
+    ScriptTalk talk;
+    MeshScene scene;
+    scene.import(mesh);
+    if (!host::script::Session::current().run(command_text(settings), "unwrap", false).ok)
+        return fail(messages.last().empty() ? talk.last() : messages.last(), outcome);
+    MStatus status;
+    const host::Mesh* unwrapped = scene.pull(status);
+    if (!status || !unwrapped)
         return fail(messages.last(), outcome);
-    outcome.good = take_uvs(object, settings.uv_set, outcome.uvs);
+    outcome.good = take_uvs(*unwrapped, settings.mapchannel, outcome.uvs);
     if (!outcome.good)
-        return fail("the mesh has no UV set " + std::string(settings.uv_set.asChar()), outcome);
-    outcome.result.charts = settings.charts_result;
-    outcome.result.stretch = settings.stretch_result;
-    outcome.result.over_limit = polygons_of(triangles_over_limit(), mesh);
-    outcome.result.existing_seam_edges = count_edges(existing_seams, document, mesh);
-    outcome.result.new_seam_edges = count_edges(new_seams, document, mesh);
+        return fail("the mesh has no UV set " + settings.mapchannel, outcome);
+    outcome.result.charts = static_cast<int>(scene.result("Charts_result"));
+    outcome.result.stretch = scene.result("Stretch_result");
+    outcome.result.over_limit = polygons_of(triangles_over_limit(), imported);
+    outcome.result.existing_seam_edges = existing.size();
+    const std::vector<VertexPair> seams =
+        seams_of(*unwrapped, settings.mapchannel, document, imported);
+    std::vector<VertexPair> added;
+    std::set_difference(seams.begin(), seams.end(), existing.begin(), existing.end(),
+                        std::back_inserter(added));
+    outcome.result.new_seam_edges = added.size();
+}
+
+bool make_mesh(const host::ObjDocument& document, ImportedMesh& imported, host::Mesh& mesh,
+               UnwrapOutcome& outcome) {
+    const MStatus made = import_mesh(document, imported, mesh);
+    if (made) {
+        add_uv_set(document, mesh);
+        return true;
+    }
+    outcome.out_of_memory = made == MS::kInsufficientMemory;
+    outcome.reason = outcome.out_of_memory ? "not enough memory for the mesh"
+                                           : "the host does not take the mesh";
+    return false;
+}
+
+/// What a person should know before the work begins.
+void warn_of(const host::ObjDocument& document, const ImportedMesh& mesh,
+             const UnwrapSettingsRequest& request, const UnwrapWarning& warn) {
+    if (mesh.repeat_polygons)
+        warn("polygons that name a vertex twice: " + std::to_string(mesh.repeat_polygons) +
+             "; each repeat counts as a vertex of its own, and the file keeps its vertices");
+    if (mesh.isolated_polygons)
+        warn("polygons that other polygons leave no way to divide: " +
+             std::to_string(mesh.isolated_polygons) + "; each is laid out by itself");
+    if (request.keep_seams && !document.has_uvs())
+        warn("--keep_seams: the mesh has no texture coordinates, so every edge between two "
+             "polygons counts as a seam and is cut");
 }
 
 } // namespace
 
-UnwrapOutcome run_unwrap(const host::ObjDocument& document, const ImportedMesh& mesh,
-                         const UnwrapSettingsRequest& request, Progress& progress,
-                         StageSeconds& seconds) {
+UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettingsRequest& request,
+                         const UnwrapWarning& warn, Progress& progress, StageSeconds& seconds) {
     UnwrapOutcome outcome;
-    outcome.settings = request;
-    outcome.triangles = mesh.corner_vertex.size() - 2 * (mesh.corner_begin.size() - 1);
-    host::Mesh host_mesh;
-    const MStatus made = make_mesh(document, mesh, host_mesh);
-    if (!made) {
-        outcome.out_of_memory = made == MS::kInsufficientMemory;
-        outcome.reason = outcome.out_of_memory ? "not enough memory for the mesh"
-                                               : "the host does not take the mesh";
+    outcome.settings = in_range(request);
+    outcome.triangles = document.corner_vertex.size() - 2 * document.polygon_count();
+    ImportedMesh imported;
+    host::Mesh mesh;
+    if (!make_mesh(document, imported, mesh, outcome) || !load_plugin(outcome))
         return outcome;
-    }
-    MObject object = host::make_mesh_data(host_mesh);
-    host_mesh = host::Mesh(); // the object alone holds it, so that writing needs no copy
-    UnwrapSettings settings = to_plugin(request);
+    warn_of(document, imported, request, warn);
     StageListener stages(progress);
-    unwrap_object(object, settings, document, mesh, outcome);
+    unwrap_mesh(mesh, document, imported, outcome);
     stages.finish();
     put_seconds(stages, seconds);
-    outcome.settings = from_plugin(settings);
     return outcome;
 }
 

@@ -81,7 +81,8 @@ std::string Plugins::find_file(const std::string& file_or_name) const {
     if (!files::path(file_or_name).is_absolute())
         directories.insert(directories.end(), search_path_.begin(), search_path_.end());
     for (const std::string& directory : directories) {
-        for (const char* extension : {"", k_extension}) {
+        // With the extension first: a program may have the same name without it.
+        for (const char* extension : {k_extension, ""}) {
             files::path path = files::path(directory) / (file_or_name + extension);
             std::error_code error;
             if (files::is_regular_file(path, error))

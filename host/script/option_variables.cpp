@@ -64,6 +64,7 @@ Value append(const Value* before, const Value& value) {
 Value run(Invocation& call, OptionVariables& variables) {
     const Flags flags(call, k_flags);
     flags.require_operands(0, 0);
+    variables.load(call.interpreter.output());
     if (flags.has("exists"))
         return variables.find(flags.text("exists", "")) != nullptr;
     if (flags.has("query")) {
@@ -95,7 +96,10 @@ Value run(Invocation& call, OptionVariables& variables) {
 } // namespace
 
 void OptionVariables::load(Output& output) {
-    if (file_.empty() || !std::filesystem::exists(file_))
+    if (loaded_)
+        return;
+    loaded_ = true;
+    if (!std::filesystem::exists(file_))
         return;
     Silent silent;
     Interpreter reader(silent);

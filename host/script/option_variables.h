@@ -14,8 +14,10 @@ namespace host::script {
 
 class TESSORA_SCRIPT_API OptionVariables {
 public:
-    /// Reads the file if there is one; damaged statements are skipped with a warning.
-    explicit OptionVariables(std::string file = std::string()) : file_(std::move(file)) {}
+    /// The file need not exist; damaged statements in it are skipped with a warning.
+    explicit OptionVariables(std::string file = std::string())
+        : file_(std::move(file)), loaded_(file_.empty()) {}
+    /// Reads the file, the first time only: programs that need no options leave it alone.
     void load(Output& output);
 
     const Value* find(const std::string& name) const;
@@ -28,6 +30,7 @@ public:
 private:
     void save() const;
     std::string file_;
+    bool loaded_;
     std::map<std::string, Value> values_;
 };
 

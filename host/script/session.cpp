@@ -109,7 +109,6 @@ Session& Session::current() {
 Session::Session()
     : interpreter_(output_), ui_(std::make_shared<UiState>()),
       options_(std::make_shared<OptionVariables>(option_variable_file())) {
-    options_->load(output_);
     add_option_variables(interpreter_, options_);
     add_ui_commands(interpreter_, ui_);
     add_attribute_commands(interpreter_);

@@ -1,0 +1,210 @@
+#include "app/script_command.h"
+
+#include "app/exit_code.h"
+#include "app/session_setup.h"
+#include "host/script/session.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <editline/readline.h>
+#include <filesystem>
+#include <iostream>
+#include <unistd.h>
+
+namespace app {
+
+namespace {
+
+using host::script::Session;
+using host::script::Value;
+
+constexpr char k_script_help[] = R"(usage: tessora script FILE.mel [arguments]
+
+Runs a script file in the embedded host. The arguments are the script's global array $argv.
+
+examples:
+  tessora script unwrap_all.mel chair.obj table.obj
+  tessora -c 'loadPlugin tessora; polyCube; tessora; file -f -exportAll "cube.obj";'
+
+exit codes: 0 done, 1 the script failed, 2 wrong usage, 3 the file cannot be read,
+            or the number that the script's `quit -exitCode` gives
+)";
+
+constexpr char k_shell_help[] = R"(usage: tessora shell
+
+A prompt for statements. A statement may span lines; Tab completes commands and $variables; the
+history is kept between sessions. End with `quit` or Ctrl-D.
+)";
+
+bool wants_help(const Words& words) {
+    return !words.empty() && (words[0] == "--help" || words[0] == "-h");
+}
+
+void prepare() { set_search_paths(); }
+
+int finish(bool ok) {
+    std::fflush(stdout);
+    return ok ? exit_done : exit_unexpected;
+}
+
+void print_result(const Value& value) {
+    if (value.is_none())
+        return;
+    const std::string text = value.printed();
+    std::cout << "// Result: " << text << (value.type().array ? "" : "\n") << std::flush;
+}
+
+/// Whether a text failed only because it is not finished.
+bool is_unfinished(const std::string& text) {
+    try {
+        host::script::parse(text, "shell");
+        return false;
+    } catch (const host::script::ScriptError& error) {
+        for (const char* sign : {"end of the script", "is not closed", "Comment is not closed"})
+            if (error.text().find(sign) != std::string::npos &&
+                error.text().find("String") == std::string::npos)
+                return true;
+        return false;
+    }
+}
+
+void run_and_print(const std::string& text) {
+    const Session::Outcome outcome = Session::current().run(text, "shell");
+    if (outcome.ok)
+        print_result(outcome.value);
+}
+
+// --- line editing -------------------------------------------------------------------------------
+
+std::vector<std::string> g_candidates; // the library's callback takes no context
+
+char* next_candidate(const char* prefix, int state) {
+    static size_t at;
+    if (state == 0)
+        at = 0;
+    while (at < g_candidates.size()) {
+        const std::string& name = g_candidates[at++];
+        if (name.compare(0, std::strlen(prefix), prefix) == 0)
+            return strdup(name.c_str());
+    }
+    return nullptr;
+}
+
+char** complete(const char* prefix, int, int) {
+    host::script::Interpreter& interpreter = Session::current().interpreter();
+    g_candidates = interpreter.command_names();
+    for (const std::string& name : interpreter.variable_names())
+        g_candidates.push_back("$" + name);
+    return rl_completion_matches(prefix, next_candidate);
+}
+
+std::string history_file() {
+    const std::string options = host::script::option_variable_file();
+    if (options.empty())
+        return std::string();
+    return (std::filesystem::path(options).parent_path() / "shell_history").string();
+}
+
+int run_prompt() {
+    rl_attempted_completion_function = complete;
+    using_history();
+    const std::string file = history_file();
+    std::error_code failure;
+    if (!file.empty()) {
+        std::filesystem::create_directories(std::filesystem::path(file).parent_path(), failure);
+        read_history(file.c_str());
+    }
+    std::string text;
+    for (;;) {
+        char* line = readline(text.empty() ? "tessora> " : "    ...> ");
+        if (!line)
+            break;
+        text += line;
+        if (*line)
+            add_history(line);
+        std::free(line);
+        if (is_unfinished(text)) {
+            text += '\n';
+            continue;
+        }
+        run_and_print(text);
+        text.clear();
+        if (!file.empty())
+            write_history(file.c_str());
+    }
+    std::puts("");
+    return finish(true);
+}
+
+int run_stream() {
+    std::string text, line;
+    bool ok = true;
+    while (std::getline(std::cin, line)) {
+        text += line + "\n";
+        if (is_unfinished(text))
+            continue;
+        const Session::Outcome outcome = Session::current().run(text, "shell");
+        ok = ok && outcome.ok;
+        if (outcome.ok)
+            print_result(outcome.value);
+        text.clear();
+    }
+    if (!text.empty())
+        ok = Session::current().run(text, "shell").ok && ok;
+    return finish(ok);
+}
+
+} // namespace
+
+int script_command(const Words& words) {
+    if (wants_help(words)) {
+        std::fputs(k_script_help, stdout);
+        return exit_done;
+    }
+    if (words.empty()) {
+        std::fputs(k_script_help, stderr);
+        return exit_usage;
+    }
+    prepare();
+    Session& session = Session::current();
+    std::string text;
+    try {
+        text = host::script::read_script(words[0]);
+    } catch (const host::script::ScriptFault& fault) {
+        say(fault.what());
+        return exit_input;
+    }
+    std::string arguments;
+    for (size_t i = 1; i < words.size(); ++i)
+        arguments += (i > 1 ? "," : "") + host::script::quoted(words[i]);
+    session.run("global string $argv[] = {" + arguments + "};", "arguments", false);
+    return finish(session.run(text, words[0]).ok);
+}
+
+int text_command(const Words& words) {
+    if (words.size() != 1) {
+        say("-c takes one text; see 'tessora script --help'");
+        return exit_usage;
+    }
+    prepare();
+    const Session::Outcome outcome = Session::current().run(words[0], "-c");
+    if (outcome.ok)
+        print_result(outcome.value);
+    return finish(outcome.ok);
+}
+
+int shell_command(const Words& words) {
+    if (wants_help(words)) {
+        std::fputs(k_shell_help, stdout);
+        return exit_done;
+    }
+    if (!words.empty()) {
+        say("shell takes no arguments; see 'tessora shell --help'");
+        return exit_usage;
+    }
+    prepare();
+    return isatty(0) && isatty(1) ? run_prompt() : run_stream();
+}
+
+} // namespace app

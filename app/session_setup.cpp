@@ -1,0 +1,41 @@
+#include "app/session_setup.h"
+
+#include "host/graph/plugins.h"
+#include "host/script/session.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace app {
+
+std::string program_directory() {
+    std::error_code failure;
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", failure);
+    return failure ? std::string(".") : self.parent_path().string();
+}
+
+void set_search_paths() {
+    static bool done = false;
+    if (done)
+        return;
+    done = true;
+    const std::string home = program_directory();
+    std::vector<std::string>& scripts =
+        host::script::Session::current().interpreter().script_path();
+    scripts.emplace_back("scripts");
+    const char* given = std::getenv("MAYA_SCRIPT_PATH");
+    const std::string list = given ? given : "";
+    for (size_t start = 0; start < list.size();) {
+        const size_t end = std::min(list.find(':', start), list.size());
+        if (end > start)
+            scripts.push_back(list.substr(start, end - start));
+        start = end + 1;
+    }
+    scripts.push_back(home + "/scripts");
+    scripts.push_back(home + "/../share/tessora/scripts");
+    std::vector<std::string>& plugins = host::graph::Plugins::current().search_path();
+    plugins.push_back(home);
+    plugins.push_back(home + "/../lib/tessora");
+}
+
+} // namespace app
