@@ -12,20 +12,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-bool host_mesh(const ImportedMesh& source, host::Mesh& mesh, std::string& error) {
-    std::vector<host::Float3> points(source.positions.size() / 3);
-    for (size_t v = 0; v < points.size(); ++v)
-        points[v] = {source.positions[3 * v], source.positions[3 * v + 1],
-                     source.positions[3 * v + 2]};
-    std::vector<uint32_t> counts(source.corner_begin.size() - 1);
-    for (size_t p = 0; p < counts.size(); ++p)
-        counts[p] = source.corner_begin[p + 1] - source.corner_begin[p];
-    if (host::Mesh::make(std::move(points), std::move(counts), source.corner_vertex, mesh))
-        return true;
-    error = "the mesh is too large";
-    return false;
-}
-
 static_assert(measure::k_none == host::k_obj_none);
 
 void take_uvs(const host::ObjDocument& document, const host::ObjUvs* uvs, measure::Layout& layout) {
@@ -174,8 +160,11 @@ void add_fault_lines(const Judgement& judgement, Table& table) {
 bool make_layout(const host::ObjDocument& document, const host::ObjUvs* uvs,
                  measure::Layout& layout, std::string& error) {
     host::Mesh mesh;
-    if (!host_mesh(import_mesh(document), mesh, error))
+    ImportedMesh imported;
+    if (!import_mesh(document, imported, mesh)) {
+        error = "the mesh is too large";
         return false;
+    }
     layout = {};
     layout.positions = document.positions;
     layout.corner_vertex = document.corner_vertex;

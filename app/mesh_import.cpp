@@ -1,30 +1,111 @@
 #include "app/mesh_import.h"
 
-namespace app {
+#include "host/mesh/pair_set.h"
 
-ImportedMesh import_mesh(const host::ObjDocument& document) {
-    ImportedMesh mesh;
-    mesh.positions = document.positions;
-    mesh.corner_begin = document.corner_begin;
-    mesh.corner_vertex = document.corner_vertex;
+#include <utility>
+
+namespace app {
+namespace {
+
+uint32_t add_copy(const host::ObjDocument& document, uint32_t vertex, ImportedMesh& mesh) {
+    const auto file_vertices = static_cast<uint32_t>(document.vertex_count());
+    const uint32_t source = vertex < file_vertices ? vertex : mesh.copy_of[vertex - file_vertices];
+    mesh.copy_of.push_back(source);
+    for (size_t k = 0; k < 3; ++k)
+        mesh.positions.push_back(document.positions[3 * size_t(source) + k]);
+    return static_cast<uint32_t>(file_vertices + mesh.copy_of.size() - 1);
+}
+
+void split_repeats(const host::ObjDocument& document, ImportedMesh& mesh) {
     // The last polygon that named each vertex, counted from 1.
     std::vector<uint32_t> named_by(document.vertex_count(), 0);
     for (uint32_t p = 0; p < document.polygon_count(); ++p) {
         const size_t before = mesh.copy_of.size();
         for (uint32_t c = mesh.corner_begin[p]; c < mesh.corner_begin[p + 1]; ++c) {
             uint32_t& vertex = mesh.corner_vertex[c];
-            if (named_by[vertex] != p + 1) {
+            if (named_by[vertex] == p + 1)
+                vertex = add_copy(document, vertex, mesh);
+            else
                 named_by[vertex] = p + 1;
-                continue;
-            }
-            mesh.copy_of.push_back(vertex);
-            for (size_t k = 0; k < 3; ++k)
-                mesh.positions.push_back(document.positions[3 * size_t(vertex) + k]);
-            vertex = static_cast<uint32_t>(document.vertex_count() + mesh.copy_of.size() - 1);
         }
-        mesh.split_polygons += mesh.copy_of.size() > before;
+        mesh.repeat_polygons += mesh.copy_of.size() > before;
     }
-    return mesh;
+}
+
+MStatus make_mesh(const ImportedMesh& imported, host::Mesh& mesh) {
+    std::vector<host::Float3> points(imported.positions.size() / 3);
+    for (size_t i = 0; i < points.size(); ++i)
+        points[i] = {imported.positions[3 * i], imported.positions[3 * i + 1],
+                     imported.positions[3 * i + 2]};
+    std::vector<uint32_t> counts(imported.corner_begin.size() - 1);
+    for (size_t p = 0; p < counts.size(); ++p)
+        counts[p] = imported.corner_begin[p + 1] - imported.corner_begin[p];
+    return host::Mesh::make(std::move(points), std::move(counts), imported.corner_vertex, mesh);
+}
+
+/// Calls visit(a, b) with the vertices of every diagonal that divides polygon p, twice each.
+template <class Visit>
+void visit_diagonals(const host::Mesh& mesh, uint32_t p, Visit visit) {
+    const uint32_t corners = mesh.connectivity().corners_of(p);
+    if (corners == 3)
+        return;
+    const host::IndexSpan vertices = mesh.connectivity().polygon_vertices(p);
+    const host::IndexSpan triangles = mesh.triangles(p);
+    for (uint32_t i = 0; i < triangles.size(); ++i) {
+        const uint32_t a = triangles[i], b = triangles[i % 3 == 2 ? i - 2 : i + 1];
+        const uint32_t apart = a < b ? b - a : a - b;
+        if (apart != 1 && apart != corners - 1)
+            visit(vertices[a], vertices[b]);
+    }
+}
+
+/// Polygons that some diagonal would tear, ascending.
+std::vector<uint32_t> torn_polygons(const host::Mesh& mesh) {
+    const host::Connectivity& connectivity = mesh.connectivity();
+    std::vector<uint32_t> torn;
+    const uint32_t polygons = connectivity.polygon_count();
+    const uint32_t diagonals = connectivity.corner_count() - 3 * polygons;
+    if (diagonals == 0)
+        return torn;
+    host::PairSet joined(connectivity.edge_count() + diagonals);
+    for (uint32_t e = 0; e < connectivity.edge_count(); ++e)
+        joined.insert(connectivity.edge(e).first, connectivity.edge(e).second);
+    for (uint32_t p = 0; p < polygons; ++p) {
+        bool is_torn = false;
+        visit_diagonals(mesh, p, [&](uint32_t a, uint32_t b) { is_torn |= joined.contains(a, b); });
+        if (is_torn)
+            torn.push_back(p);
+        else
+            visit_diagonals(mesh, p, [&](uint32_t a, uint32_t b) { joined.insert(a, b); });
+    }
+    return torn;
+}
+
+void isolate(const host::ObjDocument& document, uint32_t polygon, ImportedMesh& mesh) {
+    for (uint32_t c = mesh.corner_begin[polygon]; c < mesh.corner_begin[polygon + 1]; ++c)
+        mesh.corner_vertex[c] = add_copy(document, mesh.corner_vertex[c], mesh);
+}
+
+} // namespace
+
+MStatus import_mesh(const host::ObjDocument& document, ImportedMesh& imported, host::Mesh& mesh) {
+    imported = ImportedMesh();
+    imported.positions = document.positions;
+    imported.corner_begin = document.corner_begin;
+    imported.corner_vertex = document.corner_vertex;
+    split_repeats(document, imported);
+    for (;;) {
+        const MStatus status = make_mesh(imported, mesh);
+        if (!status)
+            return status;
+        // The others may be divided otherwise once some are out of their way, so look again.
+        const std::vector<uint32_t> torn = torn_polygons(mesh);
+        if (torn.empty())
+            return status;
+        for (const uint32_t polygon : torn)
+            isolate(document, polygon, imported);
+        imported.isolated_polygons += torn.size();
+    }
 }
 
 } // namespace app

@@ -109,15 +109,10 @@ bool UnwrapRun::open_outputs() {
 }
 
 bool UnwrapRun::unwrap() {
-    const ImportedMesh mesh = import_mesh(document_);
-    if (mesh.split_polygons)
-        warn(request_.input +
-             ": polygons that name a vertex twice: " + std::to_string(mesh.split_polygons) +
-             "; each repeat counts as a vertex of its own, and the file keeps its vertices");
-    if (request_.settings.keep_seams && !document_.has_uvs())
-        warn(request_.input + ": --keep_seams: the mesh has no texture coordinates, so every edge "
-                              "between two polygons counts as a seam and is cut");
-    outcome_ = run_unwrap(document_, mesh, request_.settings, progress_, report_.seconds);
+    const auto warning = [this](const std::string& sentence) {
+        warn(request_.input + ": " + sentence);
+    };
+    outcome_ = run_unwrap(document_, request_.settings, warning, progress_, report_.seconds);
     report_.settings = outcome_.settings;
     report_.mesh =
         MeshCounts{document_.polygon_count(), outcome_.triangles, document_.vertex_count()};

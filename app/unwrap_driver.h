@@ -1,11 +1,11 @@
 /// One unwrap from the program's side: polygons in, texture coordinates per corner out.
 #pragma once
 
-#include "app/mesh_import.h"
 #include "app/progress.h"
 #include "app/report.h"
 #include "host/io/obj_writer.h"
 
+#include <functional>
 #include <string>
 
 namespace app {
@@ -21,11 +21,13 @@ struct UnwrapOutcome {
     UnwrapSettingsRequest settings; ///< as used, out-of-range values corrected
 };
 
-/// Unwraps `mesh`, whose file is `document` (its old texture coordinates matter for kept seams).
+/// Takes sentences that a person should read before the work begins.
+using UnwrapWarning = std::function<void(const std::string& sentence)>;
+
+/// Unwraps the document's mesh; its old texture coordinates matter for kept seams only.
 /// Stages are shown on `progress`; `seconds` gets collect, generate and apply as far as they ran.
-/// Broken contracts inside end in the runtime's abort.
-UnwrapOutcome run_unwrap(const host::ObjDocument& document, const ImportedMesh& mesh,
-                         const UnwrapSettingsRequest& settings, Progress& progress,
-                         StageSeconds& seconds);
+/// Broken contracts inside end in the runtime's abort. Errors: std::bad_alloc.
+UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettingsRequest& settings,
+                         const UnwrapWarning& warn, Progress& progress, StageSeconds& seconds);
 
 } // namespace app

@@ -1,56 +1,132 @@
 #include "app/mesh_import.h"
 #include "host/io/obj_reader.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <map>
+#include <random>
 
 namespace {
 
-app::ImportedMesh import(const std::string& faces) {
+struct Import {
+    app::ImportedMesh imported;
+    host::Mesh mesh;
+};
+
+Import import(const std::string& faces) {
     host::ObjDocument document;
     host::IoError error;
-    EXPECT_TRUE(
-        host::parse_obj("m", "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 5\n" + faces, document, error))
+    EXPECT_TRUE(host::parse_obj(
+        "m", "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 5\nv 2 2 0\nv 3 0 1\n" + faces, document, error))
         << error.message;
-    return app::import_mesh(document);
+    Import result;
+    EXPECT_TRUE(app::import_mesh(document, result.imported, result.mesh));
+    EXPECT_EQ(result.imported.positions.size(), 3 * result.mesh.points().size());
+    EXPECT_EQ(document.polygon_count(), result.mesh.connectivity().polygon_count());
+    EXPECT_EQ(document.corner_begin, result.imported.corner_begin);
+    return result;
 }
 
 using Ids = std::vector<uint32_t>;
 
 TEST(ImportMesh, OrdinaryPolygonsStayAsTheyAre) {
-    const app::ImportedMesh mesh = import("f 1 2 3 4\nf 4 3 1\n");
-    EXPECT_EQ((Ids{0, 1, 2, 3, 3, 2, 0}), mesh.corner_vertex);
+    const app::ImportedMesh mesh = import("f 1 2 3 4\nf 4 3 5\n").imported;
+    EXPECT_EQ((Ids{0, 1, 2, 3, 3, 2, 4}), mesh.corner_vertex);
     EXPECT_EQ((Ids{0, 4, 7}), mesh.corner_begin);
-    EXPECT_EQ(12u, mesh.positions.size());
+    EXPECT_EQ(18u, mesh.positions.size());
     EXPECT_TRUE(mesh.copy_of.empty());
-    EXPECT_EQ(0u, mesh.split_polygons);
+    EXPECT_EQ(0u, mesh.repeat_polygons);
 }
 
 TEST(ImportMesh, RepeatsGetVerticesOfTheirOwnAtTheSamePlace) {
-    const app::ImportedMesh mesh = import("f 1 2 4 1 3\nf 1 2 3\n");
-    EXPECT_EQ((Ids{0, 1, 3, 4, 2, 0, 1, 2}), mesh.corner_vertex);
+    const app::ImportedMesh mesh = import("f 1 2 4 1 3\n").imported;
+    EXPECT_EQ((Ids{0, 1, 3, 6, 2}), mesh.corner_vertex);
     EXPECT_EQ(Ids{0}, mesh.copy_of);
     EXPECT_EQ((std::vector<float>{0, 0, 0}),
               std::vector<float>(mesh.positions.end() - 3, mesh.positions.end()));
-    EXPECT_EQ(1u, mesh.split_polygons);
+    EXPECT_EQ(1u, mesh.repeat_polygons);
 }
 
 TEST(ImportMesh, NeighbouringRepeatsSpikesAndTriples) {
-    const app::ImportedMesh mesh = import("f 1 1 2 3\nf 1 2 4 2\nf 3 3 3\n");
-    EXPECT_EQ((Ids{0, 4, 1, 2, 0, 1, 3, 5, 2, 6, 7}), mesh.corner_vertex);
-    EXPECT_EQ((Ids{0, 1, 2, 2}), mesh.copy_of);
-    EXPECT_EQ(3u, mesh.split_polygons);
-    EXPECT_EQ(24u, mesh.positions.size());
+    const app::ImportedMesh neighbours = import("f 1 1 2 3\n").imported;
+    EXPECT_EQ((Ids{0, 6, 1, 2}), neighbours.corner_vertex);
+    const app::ImportedMesh spike = import("f 1 2 4 2\n").imported;
+    EXPECT_EQ((Ids{0, 1, 3, 6}), spike.corner_vertex);
+    EXPECT_EQ(Ids{1}, spike.copy_of);
+    const app::ImportedMesh triple = import("f 3 3 3\nf 1 2 3\n").imported;
+    EXPECT_EQ((Ids{2, 6, 7, 0, 1, 2}), triple.corner_vertex);
+    EXPECT_EQ((Ids{2, 2}), triple.copy_of);
+    EXPECT_EQ(1u, triple.repeat_polygons);
+    EXPECT_EQ(24u, triple.positions.size());
 }
 
 TEST(ImportMesh, EveryPolygonNamesEveryVertexOnce) {
     std::string face = "f";
     for (int i = 0; i < 1000; ++i)
         face += " " + std::to_string(1 + (i * 7) % 4);
-    const app::ImportedMesh mesh = import(face + "\n");
+    const app::ImportedMesh mesh = import(face + "\n").imported;
     Ids sorted = mesh.corner_vertex;
     std::sort(sorted.begin(), sorted.end());
     EXPECT_EQ(sorted.end(), std::adjacent_find(sorted.begin(), sorted.end()));
     EXPECT_EQ(996u, mesh.copy_of.size());
+}
+
+/// Diagonals that are an edge, or a diagonal of another polygon, too.
+size_t shared_diagonals(const host::Mesh& mesh) {
+    std::map<std::pair<uint32_t, uint32_t>, int> sides;
+    std::vector<std::pair<uint32_t, uint32_t>> diagonals;
+    const host::Connectivity& connectivity = mesh.connectivity();
+    for (uint32_t p = 0; p < connectivity.polygon_count(); ++p) {
+        const uint32_t n = connectivity.corners_of(p);
+        for (uint32_t i = 0; i < mesh.triangles(p).size(); ++i) {
+            const uint32_t a = mesh.triangles(p)[i];
+            const uint32_t b = mesh.triangles(p)[i - i % 3 + (i + 1) % 3];
+            const uint32_t first = connectivity.first_corner(p);
+            const auto pair = std::minmax(
+                {connectivity.corner_vertex(first + a), connectivity.corner_vertex(first + b)});
+            ++sides[pair];
+            if ((a + 1) % n != b && (b + 1) % n != a)
+                diagonals.push_back(pair);
+        }
+    }
+    return static_cast<size_t>(std::count_if(diagonals.begin(), diagonals.end(),
+                                             [&](auto pair) { return sides[pair] != 2; }));
+}
+
+TEST(ImportMesh, CopiesOfAQuadAreDividedApartAsLongAsThereAreDiagonals) {
+    const Import two = import("f 1 2 3 4\nf 1 2 3 4\n");
+    EXPECT_EQ(0u, two.imported.isolated_polygons);
+    EXPECT_EQ(0u, shared_diagonals(two.mesh));
+    const Import three = import("f 1 2 3 4\nf 1 2 3 4\nf 4 3 2 1\nf 1 2 3 4\n");
+    EXPECT_EQ(2u, three.imported.isolated_polygons);
+    EXPECT_EQ(0u, shared_diagonals(three.mesh));
+    EXPECT_EQ((Ids{0, 1, 2, 3, 0, 1, 2, 3, 6, 7, 8, 9, 10, 11, 12, 13}),
+              three.imported.corner_vertex);
+    EXPECT_EQ((Ids{3, 2, 1, 0, 0, 1, 2, 3}), three.imported.copy_of);
+}
+
+TEST(ImportMesh, QuadWhoseDiagonalsAreEdgesIsIsolated) {
+    const Import both = import("f 1 2 3 4\nf 1 3 5\nf 2 4 6\n");
+    EXPECT_EQ(1u, both.imported.isolated_polygons);
+    EXPECT_EQ((Ids{6, 7, 8, 9, 0, 2, 4, 1, 3, 5}), both.imported.corner_vertex);
+    EXPECT_EQ(0u, import("f 1 2 3 4\nf 1 3 5\n").imported.isolated_polygons);
+}
+
+TEST(ImportMesh, PolygonsThatShareAllTheirVerticesNeverShareADiagonal) {
+    std::mt19937 random(42);
+    for (int round = 0; round < 300; ++round) {
+        std::string faces;
+        for (int p = 0; p < 8; ++p) {
+            int ids[] = {1, 2, 3, 4, 5, 6};
+            std::shuffle(ids, ids + 6, random);
+            faces += "f";
+            const size_t corners = 3 + random() % 4;
+            for (size_t i = 0; i < corners; ++i)
+                faces += " " + std::to_string(ids[i]);
+            faces += "\n";
+        }
+        ASSERT_EQ(0u, shared_diagonals(import(faces).mesh)) << "round " << round << "\n" << faces;
+    }
 }
 
 } // namespace

@@ -259,6 +259,17 @@ TEST_F(Program, PolygonsThatRepeatAVertexAreUnwrappedAndKept) {
     EXPECT_EQ(1u, report("odd.obj")["warnings"].size());
 }
 
+TEST_F(Program, PolygonsThatCrowdOneAnotherStayWhole) {
+    const std::string text = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 2 0 1\n"
+                             "f 1 1 2 3\nf 1 2 3 2\nf 1 2 3 1 4\nf 2 5 3\n" +
+                             std::string("f 1 2 3 4\nf 1 2 3 4\nf 4 3 2 1\n");
+    const Ended ended = unwrap("crowd.obj", text);
+    ASSERT_EQ(0, ended.code) << ended.err;
+    EXPECT_EQ(without_texture(text), without_texture(dir.get("crowd_uv.obj")));
+    expect_unwrapped("crowd_uv.obj");
+    EXPECT_EQ(2u, report("crowd.obj")["warnings"].size());
+}
+
 TEST_F(Program, SeveralProcessesShareADirectory) {
     std::vector<std::unique_ptr<Process>> all;
     for (int i = 0; i < 4; ++i)
