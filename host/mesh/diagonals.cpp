@@ -29,16 +29,17 @@ class Diagonals {
 public:
     Diagonals(Outline& outline, const PairSet& taken)
         : outline_(outline), taken_(taken), corners_(outline.triangles),
-          across_(outline.triangles.size(), k_none) {
-        find_neighbours();
-    }
+          across_(outline.triangles.size(), k_none) {}
 
-    void run() {
+    bool run() {
+        if (!find_neighbours() || !is_connected())
+            return false;
         exchange_all();
         const std::uint64_t limit = outline_.steps + 1000 * std::uint64_t{outline_.size()} + 100000;
         for (std::uint32_t side = 0; side < across_.size() && outline_.steps < limit; ++side)
             if (is_diagonal(side) && is_taken(side))
                 remake_patch(side);
+        return true;
     }
 
 private:
@@ -62,7 +63,8 @@ private:
     }
     bool is_taken(std::uint32_t side) const { return joined(from(side), to(side)); }
 
-    void find_neighbours();
+    bool find_neighbours();
+    bool is_connected() const;
     void link(std::uint32_t a, std::uint32_t b);
     void exchange_all();
     bool wants_exchange(std::uint32_t side);
@@ -91,12 +93,16 @@ void Diagonals::link(std::uint32_t a, std::uint32_t b) {
         across_[b] = a;
 }
 
-/// Sides dealt out to the smaller of their corners; a diagonal's two sides then meet there.
-void Diagonals::find_neighbours() {
+/// Sorts sides by their corners, so that the two of a diagonal meet. False unless every side of the
+/// outline occurs once and everything else in pairs that run both ways.
+bool Diagonals::find_neighbours() {
     struct Entry {
         std::uint32_t low;
         std::uint32_t high;
         std::uint32_t side;
+        bool is_same_edge(const Entry& other) const {
+            return low == other.low && high == other.high;
+        }
     };
     std::vector<Entry> entries;
     entries.reserve(corners_.size());
@@ -110,9 +116,41 @@ void Diagonals::find_neighbours() {
             return a.low < b.low;
         return a.high != b.high ? a.high < b.high : a.side < b.side;
     });
-    for (std::size_t i = 1; i < entries.size(); ++i)
-        if (entries[i].low == entries[i - 1].low && entries[i].high == entries[i - 1].high)
-            link(entries[i].side, entries[i - 1].side);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const Entry& here = entries[i];
+        if (i + 1 == entries.size() || !here.is_same_edge(entries[i + 1])) {
+            if (to(here.side) != outline_.next(from(here.side)))
+                return false;
+            continue;
+        }
+        const Entry& other = entries[++i];
+        if (from(here.side) != to(other.side) ||
+            (i + 1 < entries.size() && here.is_same_edge(entries[i + 1])))
+            return false;
+        link(here.side, other.side);
+    }
+    return true;
+}
+
+/// Whether all triangles hang together.
+bool Diagonals::is_connected() const {
+    std::vector<std::uint8_t> is_seen(corners_.size() / 3, 0);
+    std::vector<std::uint32_t> open = {0};
+    is_seen[0] = 1;
+    std::size_t seen = 0;
+    while (!open.empty()) {
+        const std::uint32_t triangle = open.back();
+        open.pop_back();
+        seen += 1;
+        for (std::uint32_t k = 0; k < 3; ++k) {
+            const std::uint32_t beyond = across_[3 * triangle + k];
+            if (beyond != k_none && is_seen[beyond / 3] == 0) {
+                is_seen[beyond / 3] = 1;
+                open.push_back(beyond / 3);
+            }
+        }
+    }
+    return seen == is_seen.size();
 }
 
 /// Sine of the sum of the two angles that look at the diagonal, scaled: negative when the sum is
@@ -317,6 +355,8 @@ void Diagonals::replace(const Patch& patch, const std::vector<std::uint32_t>& be
 
 } // namespace
 
-void improve_diagonals(Outline& outline, const PairSet& taken) { Diagonals(outline, taken).run(); }
+bool improve_diagonals(Outline& outline, const PairSet& taken) {
+    return Diagonals(outline, taken).run();
+}
 
 } // namespace host

@@ -55,8 +55,9 @@ bool clip_ears(Outline& outline);
 class PairSet;
 
 /// Exchanges diagonals until none improves the triangles' angles or gets rid of a diagonal whose
-/// vertices are joined elsewhere (`taken`). Keeps every triangle turning counter-clockwise.
-/// Cost:   O(n) exchanges.
-void improve_diagonals(Outline& outline, const PairSet& taken);
+/// vertices are joined elsewhere (`taken`). Keeps every triangle turning counter-clockwise. False,
+/// with nothing changed, when the triangles do not form one piece bounded by the outline.
+/// Cost:   O(n log n), and O(n) exchanges.
+bool improve_diagonals(Outline& outline, const PairSet& taken);
 
 } // namespace host

@@ -61,7 +61,8 @@ bool cut_quadrilateral(Outline& outline, const PairSet& taken) {
         outline.emit(0, 1, 2);
         outline.emit(0, 2, 3);
     }
-    return (take_odd ? odd : even).flipped == 0;
+    const Way& taken_way = take_odd ? odd : even;
+    return taken_way.flipped == 0 && taken_way.flat < 2;
 }
 
 /// Rotates each triangle to its smallest corner and sorts the triangles.
@@ -78,6 +79,15 @@ void bring_in_order(std::vector<std::uint32_t>& triangles) {
                   triangles.begin() + static_cast<std::ptrdiff_t>(3 * t));
 }
 
+/// Whether any triangle is more than a line.
+bool has_area(Outline& outline) {
+    for (std::size_t t = 0; t < outline.triangles.size(); t += 3)
+        if (outline.turn(outline.triangles[t], outline.triangles[t + 1],
+                         outline.triangles[t + 2]) != 0)
+            return true;
+    return false;
+}
+
 /// Fills `outline.triangles`; false when the outline has no sound triangulation.
 bool triangulate_outline(Outline& outline, const PairSet& taken) {
     if (!project(outline)) {
@@ -91,12 +101,12 @@ bool triangulate_outline(Outline& outline, const PairSet& taken) {
     if (outline.ids.size() == 4)
         return cut_quadrilateral(outline, taken);
     const bool is_long = outline.size() > k_short_outline;
-    const bool is_sound =
-        (is_long && (sweep_triangulate(outline) || sweep_touching(outline))) || clip_ears(outline);
-    if (is_sound)
-        improve_diagonals(outline, taken);
+    bool is_sound = is_long && (sweep_triangulate(outline) || sweep_touching(outline)) &&
+                    improve_diagonals(outline, taken);
+    if (!is_sound)
+        is_sound = clip_ears(outline) && improve_diagonals(outline, taken);
     bring_in_order(outline.triangles);
-    return is_sound;
+    return is_sound && has_area(outline);
 }
 
 /// Joins the vertices at the ends of the polygon's diagonals.

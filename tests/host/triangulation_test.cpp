@@ -352,6 +352,41 @@ TEST(Triangulation, CallsAPolygonWithoutAreaInvalid) {
     EXPECT_EQ(result.corners.size(), 9u);
 }
 
+TEST(Triangulation, CallsASlantedLineInvalid) {
+    for (const std::uint32_t n : {3u, 4u, 5u, 40u}) {
+        Parts parts;
+        std::vector<std::uint32_t> ids;
+        for (std::uint32_t i = 0; i < n; ++i) {
+            const int at = static_cast<int>((i * 7) % n);
+            ids.push_back(parts.point(3 * at, -5 * at, 7 * at));
+        }
+        parts.polygon(ids);
+        EXPECT_FALSE(triangulate(parts).is_valid[0]) << n << " corners";
+    }
+}
+
+TEST(Triangulation, CutsAnythingIntoOnePieceWithoutFlipsWhereItSaysSo) {
+    // Few places for many corners: outlines cross, touch, fold back and run along themselves.
+    std::mt19937 random(11);
+    int valid = 0;
+    for (int round = 0; round < 6000; ++round) {
+        const std::uint32_t n = 3 + random() % 45;
+        const std::uint32_t places = 2 + random() % 12;
+        Outline points;
+        for (std::uint32_t i = 0; i < n; ++i)
+            points.emplace_back(random() % places, random() % places);
+        const Parts parts = outline(points);
+        const Triangulation result = triangulate(parts);
+        const Verdict verdict = judge(parts, result);
+        ASSERT_TRUE(verdict.is_disk) << "round " << round;
+        if (result.is_valid[0]) {
+            ASSERT_EQ(verdict.flipped, 0) << "round " << round;
+            valid += 1;
+        }
+    }
+    EXPECT_GT(valid, 50);
+}
+
 TEST(Triangulation, SurvivesCoordinatesThatAreNotNumbers) {
     Parts parts = outline(star(50, 2));
     parts.points[7].x = std::nanf("");
