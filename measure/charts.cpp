@@ -46,17 +46,41 @@ bool before(const Side& a, const Side& b) {
     return a.half_edge < b.half_edge;
 }
 
+/// For every vertex the lowest one at exactly its place.
+std::vector<uint32_t> first_at_same_place(const Layout& layout) {
+    std::vector<uint32_t> order(layout.vertex_count());
+    std::iota(order.begin(), order.end(), 0u);
+    const auto compare = [&layout](uint32_t a, uint32_t b) {
+        for (uint32_t axis = 0; axis < 3; ++axis) {
+            const float x = layout.positions[3 * a + axis], y = layout.positions[3 * b + axis];
+            if (x != y)
+                return x < y ? -1 : 1;
+        }
+        return 0;
+    };
+    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+        const int turn = compare(a, b);
+        return turn != 0 ? turn < 0 : a < b;
+    });
+    std::vector<uint32_t> first(order.size());
+    for (size_t i = 0; i < order.size(); ++i)
+        first[order[i]] =
+            i > 0 && compare(order[i - 1], order[i]) == 0 ? first[order[i - 1]] : order[i];
+    return first;
+}
+
 /// All sides of all edges, grouped by the lower vertex and sorted inside a group.
 class EdgeTable {
 public:
-    explicit EdgeTable(const Layout& layout) : layout_(layout) {
+    explicit EdgeTable(const Layout& layout)
+        : layout_(layout), same_place_(first_at_same_place(layout)) {
         begin_.assign(layout.vertex_count() + 1u, 0);
-        for_each_half_edge([&](uint32_t low, uint32_t, uint32_t) { ++begin_[low + 1u]; });
+        for_each_half_edge([&](uint32_t low, uint32_t, uint32_t, bool) { ++begin_[low + 1u]; });
         std::partial_sum(begin_.begin(), begin_.end(), begin_.begin());
         sides_.resize(begin_.back());
         std::vector<uint32_t> next(begin_.begin(), begin_.end() - 1);
-        for_each_half_edge([&](uint32_t low, uint32_t high, uint32_t half_edge) {
-            sides_[next[low]++] = make_side(low, high, half_edge);
+        for_each_half_edge([&](uint32_t low, uint32_t high, uint32_t half_edge, bool is_reversed) {
+            sides_[next[low]++] = make_side(high, half_edge, is_reversed);
         });
         for (uint32_t v = 0; v < layout.vertex_count(); ++v)
             std::sort(sides_.begin() + begin_[v], sides_.begin() + begin_[v + 1u], before);
@@ -83,8 +107,13 @@ private:
                 continue;
             for (uint32_t k = 0; k < 3; ++k) {
                 const uint32_t a = vertex(3 * t + k), b = vertex(3 * t + (k + 1) % 3);
-                if (a != b)
-                    visit(std::min(a, b), std::max(a, b), 3 * t + k);
+                // An edge without length keeps its own vertices, so that what it joins stays
+                // joined.
+                const bool has_length = same_place_[a] != same_place_[b];
+                const uint32_t from = has_length ? same_place_[a] : a;
+                const uint32_t to = has_length ? same_place_[b] : b;
+                if (from != to)
+                    visit(std::min(from, to), std::max(from, to), 3 * t + k, from > to);
             }
         }
     }
@@ -93,10 +122,10 @@ private:
         return layout_.corner_vertex[layout_.triangle_corners[slot]];
     }
 
-    Side make_side(uint32_t low, uint32_t high, uint32_t half_edge) const {
+    Side make_side(uint32_t high, uint32_t half_edge, bool is_reversed) const {
         const uint32_t t = half_edge / 3, k = half_edge % 3;
         uint32_t slots[2] = {half_edge, 3 * t + (k + 1) % 3};
-        if (vertex(slots[0]) != low)
+        if (is_reversed)
             std::swap(slots[0], slots[1]);
         Side side{high, {}, half_edge};
         for (int end = 0; end < 2; ++end) {
@@ -109,6 +138,7 @@ private:
     }
 
     const Layout& layout_;
+    std::vector<uint32_t> same_place_;
     std::vector<uint32_t> begin_;
     std::vector<Side> sides_;
 };
@@ -129,7 +159,10 @@ public:
 
 private:
     void visit_edge(uint32_t low, const Side* first, const Side* last) {
-        if (last - first > 1 && !same_uvs(*first, last[-1])) {
+        const bool is_shared = std::any_of(first, last, [first](const Side& side) {
+            return side.half_edge / 3 != first->half_edge / 3;
+        });
+        if (is_shared && !same_uvs(*first, last[-1])) {
             table_.seam_length += edge_length(layout_, low, first->far_vertex);
             ++table_.seam_edges;
         }

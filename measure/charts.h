@@ -1,7 +1,8 @@
 /// Charts, chart borders and seams, found from the layout alone.
 ///
-/// Two triangles hang together where they share a 3D edge (two vertex ids) and their UVs have the
-/// same values at both of its ends. A chart is what hangs together. An edge of two triangles or
+/// Two triangles hang together where they share a 3D edge (two places in space, whether or not the
+/// file has one vertex for each) and their UVs have the same values at both of its ends. A chart is
+/// what hangs together. An edge of two triangles or
 /// more whose UVs do not all agree is a seam.
 #pragma once
 

@@ -1,8 +1,8 @@
 /// A finished layout as the judge sees it: a mesh with one UV set and the triangles that its
 /// polygons are divided into, whoever made them.
 ///
-/// All arrays belong to the caller. Indices are in range; a corner without UV has k_none. UVs may
-/// be anything, not-a-number included. A texture of width x height texels spans the unit square.
+/// Indices are in range and positions finite; a corner without UV has k_none. UVs may be anything,
+/// not-a-number included. A texture of width x height texels spans the unit square.
 #pragma once
 
 #include <cstdint>

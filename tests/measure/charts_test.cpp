@@ -91,3 +91,25 @@ TEST(Charts, ARepeatedVertexMakesNoEdge) {
     add_face(layout, {0, 1, 1}, {{0, 0}, {1, 0}, {0, 1}});
     EXPECT_EQ(find_charts(layout).chart_count, 1u);
 }
+
+TEST(Charts, AnEdgeIsAPlaceInSpaceWhetherOrNotVerticesAreShared) {
+    Layout apart, together;
+    for (const float left : {0.0f, 1.0f}) { // two vertices at each place of the common edge
+        add_polygon(apart, rectangle(left, 0, left + 1, 1),
+                    rectangle(left / 2, 0, left / 2 + 0.25f, 1));
+        add_polygon(together, rectangle(left, 0, left + 1, 1),
+                    rectangle(left / 4, 0, left / 4 + 0.25f, 1));
+    }
+    EXPECT_EQ(find_charts(apart).chart_count, 2u);
+    EXPECT_DOUBLE_EQ(find_charts(apart).seam_length, 1.0);
+    EXPECT_EQ(find_charts(together).chart_count, 1u);
+    EXPECT_EQ(find_charts(together).seam_edges, 0u);
+}
+
+TEST(Charts, AnEdgeWithoutLengthStillJoins) {
+    Layout layout; // vertices 1 and 2 at one place
+    layout.positions = {0, 0, 0, 1, 0, 0, 1, 0, 0, 1, 1, 0};
+    add_face(layout, {0, 1, 2}, {{0, 0}, {0.5f, 0}, {0.5f, 0.1f}});
+    add_face(layout, {1, 3, 2}, {{0.5f, 0}, {1, 0.5f}, {0.5f, 0.1f}});
+    EXPECT_EQ(find_charts(layout).chart_count, 1u);
+}
