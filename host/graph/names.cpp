@@ -45,20 +45,25 @@ std::string Scene::legal_name(const std::string& wanted) {
 }
 
 bool Scene::name_is_free(const std::string& name, const Node* of, const DagNode* parent) const {
+    const std::vector<Node*>& holders = named(name);
+    if (holders.empty() || (holders.size() == 1 && holders.front() == of))
+        return true;
     const bool is_dag = of != nullptr && const_cast<Node*>(of)->as_dag_node() != nullptr;
-    for (Node* other : named(name)) {
-        if (other == of)
-            continue;
-        const DagNode* dag = other->as_dag_node();
-        if (!is_dag || dag == nullptr)
-            return false;
-        // Below different parents two DAG nodes may share a name.
-        const auto& parents = dag->parents_;
-        if (parent == nullptr ? parents.empty()
-                              : std::find(parents.begin(), parents.end(), parent) != parents.end())
-            return false;
-    }
-    return true;
+    // A dependency node shares its name with nobody, so it would be the only one.
+    if (!is_dag || holders.front()->as_dag_node() == nullptr)
+        return false;
+    // Below different parents DAG nodes may share a name. The shorter list answers.
+    const std::vector<DagNode*>& siblings = parent == nullptr ? top_level_ : parent->children_;
+    if (siblings.size() < holders.size())
+        return std::none_of(siblings.begin(), siblings.end(), [&](const DagNode* sibling) {
+            return sibling != of && sibling->name_ == name;
+        });
+    return std::none_of(holders.begin(), holders.end(), [&](Node* holder) {
+        const auto& parents = holder->as_dag_node()->parents_;
+        return holder != of && (parent == nullptr ? parents.empty()
+                                                  : std::find(parents.begin(), parents.end(),
+                                                              parent) != parents.end());
+    });
 }
 
 std::string Scene::free_name(const std::string& wanted, const Node* of,
@@ -66,21 +71,17 @@ std::string Scene::free_name(const std::string& wanted, const Node* of,
     if (name_is_free(wanted, of, parent))
         return wanted;
     const Stem stem = split(wanted);
+    const bool leads_with_zero = stem.digits.size() > 1 && stem.digits.front() == '0';
     const unsigned int start =
         stem.digits.empty() ? 1u : static_cast<unsigned int>(std::stoul(stem.digits)) + 1;
-    unsigned int& hint = next_number_.try_emplace(stem.text, 1u).first->second;
-    const bool leads_with_zero = stem.digits.size() > 1 && stem.digits.front() == '0';
-    unsigned int number = leads_with_zero ? start : std::max(start, hint);
+    unsigned int& number = next_number_.try_emplace(wanted, start).first->second;
     for (;; ++number) {
         std::string digits = std::to_string(number);
         if (leads_with_zero && digits.size() < stem.digits.size())
             digits.insert(0, stem.digits.size() - digits.size(), '0');
         const std::string name = stem.text + digits;
-        if (named(name).empty()) {
-            if (!leads_with_zero && start <= hint)
-                hint = number;
+        if (named(name).empty())
             return name;
-        }
     }
 }
 
@@ -95,10 +96,9 @@ void Scene::unindex(Node& node) {
     if (!list.empty())
         return;
     by_name_.erase(found);
-    const Stem stem = split(node.name_);
-    const auto hint = next_number_.find(stem.text);
-    if (hint != next_number_.end() && !stem.digits.empty())
-        hint->second = std::min(hint->second, static_cast<unsigned int>(std::stoul(stem.digits)));
+    // A number may have become free below those that are tried next.
+    if (!split(node.name_).digits.empty())
+        next_number_.clear();
 }
 
 std::string Scene::rename(Node& node, const std::string& wanted) {
@@ -123,39 +123,73 @@ const std::vector<Node*>& Scene::named(const std::string& name) const {
     return found == by_name_.end() ? none : found->second;
 }
 
-std::vector<SelectionItem> Scene::find_all(std::string_view text) const {
-    const bool absolute = !text.empty() && text.front() == '|';
+namespace {
+
+/// "a|b" as words, the root namespace taken off; empty when a word is missing.
+std::vector<std::string> split_path(std::string_view text) {
     std::vector<std::string> words;
-    size_t start = absolute ? 1 : 0;
+    size_t start = 0;
     while (start <= text.size()) {
         const size_t bar = std::min(text.find('|', start), text.size());
         std::string word(text.substr(start, bar - start));
         if (!word.empty() && word.front() == ':')
-            word.erase(0, 1); // the root namespace
+            word.erase(0, 1);
         if (word.empty())
             return {};
         words.push_back(std::move(word));
         start = bar + 1;
     }
+    return words;
+}
+
+/// Goes on from the end of `path` along children called as `words` say, and collects the ends.
+void descend(const DagPath& path, const std::vector<std::string>& words, size_t next,
+             std::vector<SelectionItem>& found) {
+    if (next == words.size()) {
+        found.push_back({path.back().get(), path, nullptr, {}});
+        return;
+    }
+    for (DagNode* child : path.back()->children()) {
+        if (child->name_text() != words[next])
+            continue;
+        DagPath longer = path;
+        longer.push_back(child);
+        descend(longer, words, next + 1, found);
+    }
+}
+
+} // namespace
+
+std::vector<SelectionItem> Scene::find_all(std::string_view text) const {
+    const bool absolute = !text.empty() && text.front() == '|';
+    const std::vector<std::string> words = split_path(absolute ? text.substr(1) : text);
     std::vector<SelectionItem> found;
     if (words.empty())
         return found;
-    for (Node* node : named(words.back())) {
+    // Starts from the rarest of the names.
+    size_t rarest = words.size() - 1;
+    for (size_t i = words.size() - 1; i-- > 0;)
+        if (named(words[i]).size() < named(words[rarest]).size())
+            rarest = i;
+    for (Node* node : named(words[rarest])) {
         DagNode* dag = node->as_dag_node();
         if (dag == nullptr) {
             if (words.size() == 1 && !absolute)
                 found.push_back({node, {}, nullptr, {}});
             continue;
         }
-        for (DagPath& path : dag->all_paths()) {
-            if (path.size() < words.size() || (absolute && path.size() != words.size()))
+        for (const DagPath& path : dag->all_paths()) {
+            const size_t above = rarest + 1;
+            if (path.size() < above || (absolute && path.size() != above))
                 continue;
-            const bool fits = std::equal(words.rbegin(), words.rend(), path.rbegin(),
-                                         [](const std::string& word, const Ref<DagNode>& one) {
-                                             return word == one->name_text();
-                                         });
+            const bool fits =
+                std::equal(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(above),
+                           path.end() - static_cast<std::ptrdiff_t>(above),
+                           [](const std::string& word, const Ref<DagNode>& one) {
+                               return word == one->name_text();
+                           });
             if (fits)
-                found.push_back({node, std::move(path), nullptr, {}});
+                descend(path, words, above, found);
         }
     }
     return found;
@@ -174,10 +208,11 @@ Node* Scene::find(std::string_view name_or_path) const {
 std::string Scene::partial_name(const DagPath& path) const {
     if (path.empty())
         return "";
-    std::string text;
-    for (size_t taken = 1; taken <= path.size(); ++taken) {
-        const std::string& word = path[path.size() - taken]->name_text();
-        text = taken == 1 ? word : word + "|" + text;
+    std::string text = path.back()->name_text();
+    if (named(text).size() == 1 && path.back()->all_paths().size() == 1)
+        return text;
+    for (size_t taken = 2; taken <= path.size(); ++taken) {
+        text = path[path.size() - taken]->name_text() + "|" + text;
         if (find_all(text).size() == 1)
             return text;
     }

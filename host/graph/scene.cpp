@@ -78,6 +78,8 @@ Ref<Node> Scene::make_node(const NodeTypeRef& type, const std::string& name) {
         node = new Node(type);
     if (name.empty())
         node->name_ = unused_name((type->base_name.empty() ? type->name : type->base_name) + "1");
+    else if (type->shape)
+        node->name_ = legal_name(name); // its siblings are not known before it has a parent
     else
         node->name_ = free_name(legal_name(name), node.get(), nullptr);
     if (type->creator != nullptr && !PluginNodes::create_instance(*node))
@@ -145,7 +147,8 @@ void Scene::collect_subtree(Node& node, std::vector<Ref<Node>>& nodes) const {
     };
     for (DagNode* child : dag->children_) {
         // An instance that is reached another way stays.
-        if (std::all_of(child->parents_.begin(), child->parents_.end(), holds))
+        if (child->parents_.size() == 1 ||
+            std::all_of(child->parents_.begin(), child->parents_.end(), holds))
             collect_subtree(*child, nodes);
     }
 }
