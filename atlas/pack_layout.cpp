@@ -99,17 +99,21 @@ double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
 
 const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot) {
     const Mask* chosen = nullptr;
-    uint32_t top = field_.height();
+    double lowest = 2.0 * field_.height();
     for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
         const Mask& mask = masks.mask(plan, chart, quarter);
+        if (mask.middle >= lowest)
+            continue;
+        const uint32_t top =
+            std::min(field_.height(), uint32_t(lowest - mask.middle) + mask.height);
         uint32_t never = 0, &start = plan.hurry ? start_row(mask) : never;
         const Spot spot = field_.find(mask, start, top);
         start = spot.found ? spot.y : std::max(start, top + 1 - std::min(top + 1, mask.height));
-        if (!spot.found || (chosen != nullptr && spot.y + mask.height >= top))
+        if (!spot.found || (chosen != nullptr && spot.y + mask.middle >= lowest))
             continue;
         chosen = &mask;
         slot = {masks.turn_of(plan, chart, quarter), mask.origin, spot.x, spot.y};
-        top = spot.y + mask.height;
+        lowest = spot.y + mask.middle;
     }
     if (chosen != nullptr)
         field_.place(*chosen, slot.x, slot.y);

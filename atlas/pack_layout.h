@@ -1,4 +1,4 @@
-/// Greedy layouts: charts put down one after another, each where its upper edge ends lowest.
+/// Greedy layouts: charts put down one after another, each where its middle lies lowest.
 #pragma once
 
 #include "atlas/pack_field.h"

@@ -158,8 +158,10 @@ void list_runs(Mask& mask) {
     row_begin[mask.height] = uint32_t(by_row.size());
     for (const Run& run : by_row) {
         mask.cells += run.length;
+        mask.middle += (run.row + 0.5) * run.length;
         mask.run_level = std::max(mask.run_level, 31 - uint32_t(__builtin_clz(run.length)));
     }
+    mask.middle /= std::max(1u, mask.cells);
     // Far apart rows first, from the middle: neighbours say much the same, and where a mask does
     // not fit, its middle mostly tells.
     uint32_t top = 1;

@@ -21,6 +21,7 @@ struct Mask {
     uint32_t height = 0; ///< cells
     uint32_t words = 0;  ///< per row
     uint32_t cells = 0;  ///< how many are set
+    double middle = 0;   ///< mean height of the cells set
     std::vector<uint64_t> bits;
     std::vector<Run> runs;  ///< covers all set cells; the order is the order of testing
     uint32_t run_level = 0; ///< of the longest run: 2^level <= length < 2^(level+1)

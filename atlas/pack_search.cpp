@@ -159,7 +159,7 @@ private:
         return aborted_;
     }
 
-    static double cost(const Layout& layout) { return layout.height + 0.3 * layout.burden; }
+    static double cost(const Layout& layout) { return layout.height + layout.burden; }
 
     /// One random change among the first `n` charts of the order.
     Plan varied(uint32_t n) {
