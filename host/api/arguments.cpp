@@ -244,13 +244,53 @@ MArgParser::MArgParser(const MArgParser& other) = default;
 MArgParser& MArgParser::operator=(const MArgParser& other) = default;
 MArgParser::~MArgParser() = default;
 
+namespace {
+
+/// Takes a flag's arguments from behind `at`, which moves on; says what is wrong if anything is.
+MStatus take_arguments(const MSyntax& syntax, const MSyntax::Flag& flag, const MArgList& list,
+                       unsigned int& at, std::vector<MString>& taken) {
+    for (const MSyntax::MArgType type : flag.arguments) {
+        const bool is_there = at + 1 < list.length();
+        const MString value = is_there ? list.asString(at + 1) : MString();
+        // A text may begin with a dash, but not be the next flag.
+        const bool is_flag = is_there && looks_like_flag(value) &&
+                             (type != MSyntax::kString || syntax.host_find(value.asChar()));
+        if (!is_there || is_flag || !fits(value, type))
+            return refuse(std::string("Flag '-") + flag.long_name.asChar() + "' needs " +
+                          type_name(type) + " argument.");
+        taken.push_back(value);
+        at += 1;
+    }
+    return MS::kSuccess;
+}
+
+MStatus check_positional(const MSyntax& syntax, const std::vector<MString>& given, bool is_query) {
+    const std::vector<MSyntax::MArgType>& declared = syntax.host_arguments();
+    const bool takes_objects = syntax.host_objects() == MSyntax::kSelectionList ||
+                               syntax.host_objects() == MSyntax::kStringObjects;
+    if (!takes_objects && given.size() > declared.size())
+        return refuse(std::string("Argument '") + given[declared.size()].asChar() +
+                      "' is one too many.");
+    if (!takes_objects && !is_query && given.size() < declared.size())
+        return refuse("An argument is missing.");
+    for (size_t i = 0; i < declared.size() && i < given.size(); ++i)
+        if (!fits(given[i], declared[i]))
+            return refuse(std::string("Argument '") + given[i].asChar() + "' has to be " +
+                          type_name(declared[i]) + ".");
+    if (takes_objects && given.size() < syntax.host_minimum_objects() &&
+        !syntax.host_selection_default())
+        return refuse("Too few objects are given.");
+    return MS::kSuccess;
+}
+
+} // namespace
+
 MStatus MArgParser::parse(const MSyntax& syntax, const MArgList& argList) {
     const MStatus fault = pass_fault("MArgParser::parse");
     if (!fault)
         return fault;
     syntax_ = syntax;
-    const unsigned int count = argList.length();
-    for (unsigned int i = 0; i < count; ++i) {
+    for (unsigned int i = 0; i < argList.length(); ++i) {
         const MString text = argList.asString(i);
         if (!looks_like_flag(text)) {
             positional_.push_back(text);
@@ -267,40 +307,18 @@ MStatus MArgParser::parse(const MSyntax& syntax, const MArgList& argList) {
                 return refuse(std::string("Invalid flag '") + text.asChar() + "'.");
             continue;
         }
-        const std::string shown = std::string("Flag '-") + flag->long_name.asChar() + "'";
         if (!flag->multi_use && find(name.asChar(), 0) != NULL)
-            return refuse(shown + " is given more than once.");
+            return refuse(std::string("Flag '-") + flag->long_name.asChar() +
+                          "' is given more than once.");
         Use use = {flag->long_name, {}};
-        for (const MSyntax::MArgType type : flag->arguments) {
-            if (query_)
-                break; // queries name flags without their arguments
-            const bool is_there = i + 1 < count;
-            const MString value = is_there ? argList.asString(i + 1) : MString();
-            const bool is_flag = is_there && looks_like_flag(value) &&
-                                 (type != MSyntax::kString || syntax.host_find(value.asChar()));
-            if (!is_there || is_flag || !fits(value, type))
-                return refuse(shown + " needs " + type_name(type) + " argument.");
-            use.arguments.push_back(value);
-            i += 1;
+        if (!query_) { // queries name flags without their arguments
+            const MStatus status = take_arguments(syntax, *flag, argList, i, use.arguments);
+            if (!status)
+                return status;
         }
         uses_.push_back(use);
     }
-    const bool takes_objects = syntax.host_objects() == MSyntax::kSelectionList ||
-                               syntax.host_objects() == MSyntax::kStringObjects;
-    const auto& declared = syntax.host_arguments();
-    if (!takes_objects && positional_.size() > declared.size())
-        return refuse(std::string("Argument '") + positional_[declared.size()].asChar() +
-                      "' is one too many.");
-    if (!takes_objects && !query_ && positional_.size() < declared.size())
-        return refuse("An argument is missing.");
-    for (size_t i = 0; i < declared.size() && i < positional_.size(); ++i)
-        if (!fits(positional_[i], declared[i]))
-            return refuse(std::string("Argument '") + positional_[i].asChar() + "' has to be " +
-                          type_name(declared[i]) + ".");
-    if (takes_objects && positional_.size() < syntax.host_minimum_objects() &&
-        !syntax.host_selection_default())
-        return refuse("Too few objects are given.");
-    return MS::kSuccess;
+    return check_positional(syntax, positional_, query_);
 }
 
 const MArgParser::Use* MArgParser::find(const char* flag, unsigned int nth) const {

@@ -84,18 +84,33 @@ MStatus Scene::duplicate(Node& node, bool with_tweaks, std::vector<Copy>& copies
     return descend(*root, *top->as_dag_node()) ? MS::kSuccess : MS::kFailure;
 }
 
+namespace {
+
+/// Calls a function for every slot of a node that was made so far.
+void for_each_slot(Node& node, const std::function<void(Slot&)>& each) {
+    const std::function<void(Slot&)> visit = [&](Slot& slot) {
+        each(slot);
+        for (const auto& below : slot.below())
+            visit(*below);
+    };
+    for (Slot* slot : node.slots())
+        visit(*slot);
+}
+
+/// What the node feeds besides the nodes given.
+bool feeds_others(Node& node, const std::function<bool(const Node*)>& is_known) {
+    bool leads_out = false;
+    for_each_slot(node, [&](Slot& slot) {
+        for (const Slot* destination : slot.destinations())
+            leads_out = leads_out || !is_known(&destination->node());
+    });
+    return leads_out;
+}
+
+} // namespace
+
 std::vector<Node*> Scene::history_of(Node& shape, bool exclusive_only) const {
     std::vector<Node*> found;
-    const auto visit_sources = [&](Node& node, const std::function<void(Node&)>& each) {
-        const std::function<void(Slot&)> visit = [&](Slot& slot) {
-            if (slot.source() != nullptr)
-                each(slot.source()->node());
-            for (const auto& below : slot.below())
-                visit(*below);
-        };
-        for (Slot* slot : node.slots())
-            visit(*slot);
-    };
     const auto known = [&](const Node* node) {
         return node == &shape || std::find(found.begin(), found.end(), node) != found.end();
     };
@@ -103,37 +118,25 @@ std::vector<Node*> Scene::history_of(Node& shape, bool exclusive_only) const {
     while (!pending.empty()) {
         Node* node = pending.back();
         pending.pop_back();
-        visit_sources(*node, [&](Node& source) {
-            if (known(&source))
+        for_each_slot(*node, [&](Slot& slot) {
+            Node* source = slot.source() == nullptr ? nullptr : &slot.source()->node();
+            if (source == nullptr || known(source))
                 return;
-            found.push_back(&source);
-            pending.push_back(&source);
+            found.push_back(source);
+            pending.push_back(source);
         });
     }
-    if (!exclusive_only)
-        return found;
-
     // What feeds anything outside the set stays; and so does what feeds what stays.
-    bool changed = true;
-    while (changed) {
-        changed = false;
-        for (size_t i = 0; i < found.size(); ++i) {
-            bool leads_out = found[i]->is_default;
-            const std::function<void(Slot&)> visit = [&](Slot& slot) {
-                for (const Slot* destination : slot.destinations())
-                    leads_out = leads_out || !known(&destination->node());
-                for (const auto& below : slot.below())
-                    visit(*below);
-            };
-            for (Slot* slot : found[i]->slots())
-                visit(*slot);
-            DagNode* dag = found[i]->as_dag_node();
-            if (leads_out || (dag != nullptr && !dag->is_intermediate())) {
-                found.erase(found.begin() + static_cast<std::ptrdiff_t>(i));
-                changed = true;
-                break;
-            }
-        }
+    const auto stays = [&](Node* node) {
+        DagNode* dag = node->as_dag_node();
+        return node->is_default || (dag != nullptr && !dag->is_intermediate()) ||
+               feeds_others(*node, known);
+    };
+    while (exclusive_only) {
+        const auto at = std::find_if(found.begin(), found.end(), stays);
+        if (at == found.end())
+            break;
+        found.erase(at);
     }
     return found;
 }

@@ -242,50 +242,60 @@ struct Cap {
     double v_middle; ///< of the disc of UVs
 };
 
-void add_cap(Builder& builder, const Cap& cap) {
+/// UVs of a ring around the middle of the cap's disc; `part` 1 is the rim.
+int32_t add_disc(Builder& builder, const Cap& cap, double part) {
     constexpr double k_disc = 0.15625;
-    const int around = cap.around;
-    const auto disc = [&](double part) {
-        const int32_t first = builder.uv(0.5 + k_disc * part, cap.v_middle);
-        for (int i = 1; i < around; ++i) {
-            const TurnPart turn = turn_part(i, around);
-            builder.uv(0.5 + k_disc * part * turn.cosine,
-                       cap.v_middle + (cap.faces_up ? 1 : -1) * k_disc * part * turn.sine);
-        }
-        return first;
-    };
-    uint32_t outer = cap.rim;
-    int32_t outer_uv = disc(1.0);
-    const auto add = [&](uint32_t vertex, int32_t uv) { builder.corner(vertex, uv); };
-    if (cap.rings == 0) {
-        for (int i = 0; i < around; ++i) {
-            const int at = cap.faces_up ? i : around - 1 - i;
-            add(outer + static_cast<uint32_t>(at), outer_uv + at);
-        }
-        builder.close();
-        return;
+    const double up = cap.faces_up ? 1.0 : -1.0;
+    const int32_t first = builder.uv(0.5 + k_disc * part, cap.v_middle);
+    for (int i = 1; i < cap.around; ++i) {
+        const TurnPart turn = turn_part(i, cap.around);
+        builder.uv(0.5 + k_disc * part * turn.cosine,
+                   cap.v_middle + up * k_disc * part * turn.sine);
     }
+    return first;
+}
+
+/// A ring of points, and its first number with that of its UVs.
+std::pair<uint32_t, int32_t> add_ring(Builder& builder, const Cap& cap, double part) {
+    const uint32_t first = builder.point(cap.radius * part, cap.y, 0.0);
+    for (int i = 1; i < cap.around; ++i) {
+        const TurnPart turn = turn_part(i, cap.around);
+        builder.point(cap.radius * part * turn.cosine, cap.y, -cap.radius * part * turn.sine);
+    }
+    return {first, add_disc(builder, cap, part)};
+}
+
+void add_polygon(Builder& builder, const Cap& cap, int32_t first_uv) {
+    for (int i = 0; i < cap.around; ++i) {
+        const int at = cap.faces_up ? i : cap.around - 1 - i;
+        builder.corner(cap.rim + static_cast<uint32_t>(at), first_uv + at);
+    }
+    builder.close();
+}
+
+void add_cap(Builder& builder, const Cap& cap) {
+    uint32_t outer = cap.rim;
+    int32_t outer_uv = add_disc(builder, cap, 1.0);
+    if (cap.rings == 0)
+        return add_polygon(builder, cap, outer_uv);
     for (int ring = 1; ring <= cap.rings; ++ring) {
-        const double part = double(cap.rings - ring) / double(cap.rings);
         const bool is_middle = ring == cap.rings;
-        const uint32_t inner = builder.point(cap.radius * part, cap.y, 0.0);
-        for (int i = 1; i < around && !is_middle; ++i) {
-            const TurnPart turn = turn_part(i, around);
-            builder.point(cap.radius * part * turn.cosine, cap.y, -cap.radius * part * turn.sine);
-        }
-        const int32_t inner_uv = is_middle ? builder.uv(0.5, cap.v_middle) : disc(part);
-        for (int i = 0; i < around; ++i) {
+        const double part = double(cap.rings - ring) / double(cap.rings);
+        const auto [inner, inner_uv] = is_middle ? std::make_pair(builder.point(0.0, cap.y, 0.0),
+                                                                  builder.uv(0.5, cap.v_middle))
+                                                 : add_ring(builder, cap, part);
+        for (int i = 0; i < cap.around; ++i) {
             int a = i;
-            int b = (i + 1) % around;
+            int b = (i + 1) % cap.around;
             if (!cap.faces_up)
                 std::swap(a, b);
-            add(outer + static_cast<uint32_t>(a), outer_uv + a);
-            add(outer + static_cast<uint32_t>(b), outer_uv + b);
+            builder.corner(outer + static_cast<uint32_t>(a), outer_uv + a);
+            builder.corner(outer + static_cast<uint32_t>(b), outer_uv + b);
             if (is_middle) {
-                add(inner, inner_uv);
+                builder.corner(inner, inner_uv);
             } else {
-                add(inner + static_cast<uint32_t>(b), inner_uv + b);
-                add(inner + static_cast<uint32_t>(a), inner_uv + a);
+                builder.corner(inner + static_cast<uint32_t>(b), inner_uv + b);
+                builder.corner(inner + static_cast<uint32_t>(a), inner_uv + a);
             }
             builder.close();
         }
