@@ -1,10 +1,11 @@
 /// Packs made-up charts, or the charts of a mesh, and reports coverage and time.
 ///
-///   pack_run [--fast|--quality] [--size W H] [--gutter G] [--picture FILE.ppm] WHAT...
+///   pack_run [--fast|--quality] [--size W H] [--gutter G] [--repeat N] [--picture FILE.ppm]
+///   WHAT...
 ///
 /// WHAT is an OBJ file, or KIND:COUNT with KIND one of blobs, boxes, mixed, strips.
-/// Each line gives: charts, scale, coverage, processor seconds of the packing alone (best of
-/// --repeat).
+/// Each line gives: charts, border edges, coverage, processor seconds of the packing alone (best of
+/// --repeat N), and a fingerprint of the layout.
 #include "atlas/atlas.h"
 #include "atlas/pack.h"
 
@@ -13,6 +14,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <random>
@@ -152,7 +154,24 @@ Charts flattened(const std::string& path, Quality quality) {
     return charts;
 }
 
-/// Every chart in a colour of its own, by even-odd scan lines; three pixels per texel.
+/// A fingerprint of all bits of the placements: equal layouts on every compiler and machine.
+uint32_t fingerprint(const Packing& packing) {
+    uint64_t hash = 14695981039346656037ull;
+    const auto add = [&](double value) {
+        uint64_t bits = 0;
+        std::memcpy(&bits, &value, sizeof bits);
+        hash = (hash ^ bits) * 1099511628211ull;
+        hash ^= hash >> 29;
+    };
+    add(packing.scale);
+    for (const Placement& p : packing.placements)
+        for (double value : {p.cosine, p.sine, p.x, p.y})
+            add(value);
+    return uint32_t(hash >> 32);
+}
+
+/// Every chart in a colour of its own, by even-odd scan lines; two pixels per texel on small
+/// textures.
 void draw(const std::string& path, const Charts& charts, const Packing& packing,
           const PackOptions& options) {
     const uint32_t zoom = options.width * options.height > 200000 ? 1 : 2;
@@ -230,9 +249,10 @@ int main(int argc, char** argv) {
                                options);
                 best = std::min(best, double(std::clock() - start) / CLOCKS_PER_SEC);
             }
-            std::printf("%-40s %6zu charts  %7zu edges  coverage %.4f  %8.4f s%s\n", word.c_str(),
-                        charts.edge_begin.size() - 1, charts.edges.size() / 2, packing.coverage,
-                        best, packing.status == Status::ok ? "" : "  DOES NOT FIT");
+            std::printf("%-40s %6zu charts  %7zu edges  coverage %.4f  %8.4f s  bits %08x%s\n",
+                        word.c_str(), charts.edge_begin.size() - 1, charts.edges.size() / 2,
+                        packing.coverage, best, fingerprint(packing),
+                        packing.status == Status::ok ? "" : "  DOES NOT FIT");
             std::fflush(stdout);
             if (!picture.empty() && packing.status == Status::ok)
                 draw(picture, charts, packing, options);
