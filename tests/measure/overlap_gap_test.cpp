@@ -24,6 +24,39 @@ double gap_of(const Layout& layout, const Texture& texture = k_square) {
     return m.gap ? m.gap->texels : -1.0;
 }
 
+/// Area of the part of triangle `a` that lies in triangle `b`: I. E. Sutherland, G. W. Hodgman,
+/// "Reentrant polygon clipping" (1974).
+double common_area(const UvCorners& a, UvCorners b) {
+    const auto turn = [](const auto& p, const auto& q, const auto& r) {
+        return (double(q[0]) - p[0]) * (double(r[1]) - p[1]) -
+               (double(q[1]) - p[1]) * (double(r[0]) - p[0]);
+    };
+    if (turn(b[0], b[1], b[2]) < 0)
+        std::swap(b[1], b[2]);
+    std::vector<std::array<double, 2>> part;
+    for (const auto& corner : a)
+        part.push_back({corner[0], corner[1]});
+    for (size_t k = 0; k < 3; ++k) {
+        std::vector<std::array<double, 2>> kept;
+        for (size_t i = 0; i < part.size(); ++i) {
+            const auto &p = part[i], &q = part[(i + 1) % part.size()];
+            const double side_p = turn(b[k], b[(k + 1) % 3], p);
+            const double side_q = turn(b[k], b[(k + 1) % 3], q);
+            if (side_p >= 0)
+                kept.push_back(p);
+            if ((side_p > 0 && side_q < 0) || (side_p < 0 && side_q > 0)) {
+                const double t = side_p / (side_p - side_q);
+                kept.push_back({p[0] + t * (q[0] - p[0]), p[1] + t * (q[1] - p[1])});
+            }
+        }
+        part = kept;
+    }
+    double area = 0.0;
+    for (size_t i = 2; i < part.size(); ++i)
+        area += 0.5 * turn(part[0], part[i - 1], part[i]);
+    return std::abs(area);
+}
+
 } // namespace
 
 TEST(Overlap, TwoRectanglesThatCross) {
@@ -156,6 +189,31 @@ TEST(Gap, IsTheLeastOfAllPairsOnRandomCharts) {
         }
         EXPECT_EQ(!m.overlaps.triangles.empty(), overlap) << "run " << run;
     }
+}
+
+// Against the area that is left when one triangle is clipped by the other.
+TEST(Overlap, OfTwoRandomTrianglesIsThereWhenTheirCommonAreaIs) {
+    std::mt19937 random(23);
+    std::uniform_real_distribution<float> place(0.0f, 1.0f);
+    int overlapping = 0;
+    for (int run = 0; run < 3000; ++run) {
+        Layout layout;
+        std::vector<UvCorners> both;
+        for (int i = 0; i < 2; ++i) {
+            both.push_back({{place(random), place(random)},
+                            {place(random), place(random)},
+                            {place(random), place(random)}});
+            add_polygon(layout, {{0, 0}, {1, 0}, {0, 1}}, both.back());
+        }
+        const double common = common_area(both[0], both[1]);
+        if (common > 0.0 && common < 1e-6)
+            continue; // within the tolerance, perhaps
+        overlapping += common > 0.0;
+        EXPECT_EQ(measure::measure(layout, k_square).overlaps.pairs_between, common > 0.0)
+            << "run " << run;
+    }
+    EXPECT_GT(overlapping, 500);
+    EXPECT_LT(overlapping, 2500);
 }
 
 // The tree against a test of all pairs.
