@@ -7,6 +7,7 @@
 
 #include <maya/MProgressWindow.h>
 
+#include <csignal>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -61,7 +62,8 @@ TEST_F(Unwrap, GivesEveryCornerATextureCoordinateInTheUnitSquare) {
     for (const fixtures::Mesh& mesh :
          {fixtures::triangle(), fixtures::cube(), fixtures::hills(5, 1), fixtures::ring(8, 5),
           fixtures::hub(40), fixtures::concave_ngon(5), fixtures::edge_with_three_faces(),
-          fixtures::bowtie_vertex(), fixtures::touching_by_position(), fixtures::tangle(20, 3)}) {
+          fixtures::bowtie_vertex(), fixtures::touching_by_position(),
+          fixtures::tangle(20, 3, false)}) {
         ASSERT_TRUE(unwrap(make_host_mesh(mesh))) << mesh.name;
         EXPECT_EQ(said_, "");
         const UvLayout layout = layout_of(mesh_, "map1");
@@ -297,7 +299,23 @@ TEST_F(Unwrap, StatusOfTheSecondCollectionIsTheResult) {
     EXPECT_EQ(live_blocks, live);
 }
 
-TEST_F(Unwrap, ShapeWithoutTheSetCannotGetIt) {
+using UnwrapDeathTest = Unwrap;
+
+// A corner list that is longer than the triangles have corners runs past the end of the atlas.
+// Whoever hands such polygons in gives every repeat a vertex of its own first.
+TEST_F(UnwrapDeathTest, PolygonThatNamesAVertexTwiceIsABug) {
+    MObject mesh = make_host_mesh(fixtures::polygon_with_repeated_vertices());
+    Unwrapper unwrapper(&settings_);
+    EXPECT_EXIT(
+        {
+            unsetenv("OUTPUT_DEBUG_STRING_FILE");
+            notices().answer = 0; // the line goes to standard error
+            unwrapper.unwrap(mesh, nullptr, nullptr);
+        },
+        testing::KilledBySignal(SIGABRT), literally("assertion ind < cur_elements failed!"));
+}
+
+TEST_F(Unwrap, SetThatCannotBeMadeEndsIt) {
     settings_.uv_set = "lightmap";
     const faultpoint::Scope fault("MFnMesh::createUVSetDataMesh", MStatus::kFailure);
     EXPECT_EQ(unwrap(make_host_mesh(fixtures::cube())), MStatus::kFailure);
