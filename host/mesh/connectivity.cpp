@@ -62,12 +62,10 @@ void Connectivity::find_edges() {
         std::uint32_t corner;
     };
     std::vector<Side> sides(corner_count());
-    {
-        std::vector<std::uint32_t> fill(start.begin(), start.end() - 1);
-        for (std::uint32_t corner = 0; corner < corner_count(); ++corner) {
-            const auto ends = std::minmax(vertices_[corner], vertices_[next_corner(corner)]);
-            sides[fill[ends.first]++] = Side{ends.second, corner};
-        }
+    std::vector<std::uint32_t> fill(start.begin(), start.end() - 1);
+    for (std::uint32_t corner = 0; corner < corner_count(); ++corner) {
+        const auto ends = std::minmax(vertices_[corner], vertices_[next_corner(corner)]);
+        sides[fill[ends.first]++] = Side{ends.second, corner};
     }
     std::vector<std::uint32_t> first_of_run(corner_count());
     for (std::uint32_t vertex = 0; vertex < vertex_count_; ++vertex) {

@@ -77,6 +77,8 @@ private:
     };
     Patch gather(std::uint32_t side, std::uint32_t corner_count) const;
     void remake_patch(std::uint32_t side);
+    static std::vector<std::uint32_t> trace(const std::vector<std::uint32_t>& choice,
+                                            std::uint32_t n);
     bool solve(const Patch& patch, std::vector<std::uint32_t>& best);
     void replace(const Patch& patch, const std::vector<std::uint32_t>& best);
 
@@ -276,6 +278,24 @@ void Diagonals::remake_patch(std::uint32_t side) {
     }
 }
 
+/// Reads the triangles of the whole rim out of the choices made for its stretches.
+std::vector<std::uint32_t> Diagonals::trace(const std::vector<std::uint32_t>& choice,
+                                            std::uint32_t n) {
+    std::vector<std::uint32_t> triangles;
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> open = {{0, n - 1}};
+    while (!open.empty()) {
+        const auto [i, j] = open.back();
+        open.pop_back();
+        if (j - i < 2)
+            continue;
+        const std::uint32_t k = choice[std::size_t{i} * n + j];
+        triangles.insert(triangles.end(), {i, k, j});
+        open.emplace_back(i, k);
+        open.emplace_back(k, j);
+    }
+    return triangles;
+}
+
 /// Best triangulation of a patch: fewest flat triangles, no joined diagonal at all, least length of
 /// diagonals. Dynamic programming over the stretches of the rim; a stretch from i to j is closed by
 /// a diagonal and triangulated by choosing the third corner k. False when there is no such way.
@@ -311,17 +331,7 @@ bool Diagonals::solve(const Patch& patch, std::vector<std::uint32_t>& best) {
         }
     if (!(cost[n - 1] < k_impossible))
         return false;
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> open = {{0, n - 1}};
-    while (!open.empty()) {
-        const auto [i, j] = open.back();
-        open.pop_back();
-        if (j - i < 2)
-            continue;
-        const std::uint32_t k = choice[std::size_t{i} * n + j];
-        best.insert(best.end(), {i, k, j});
-        open.emplace_back(i, k);
-        open.emplace_back(k, j);
-    }
+    best = trace(choice, n);
     return true;
 }
 

@@ -20,32 +20,34 @@ void make_fan(Outline& outline) {
         outline.emit(0, i - 1, i);
 }
 
-/// Both ways to cut a quadrilateral, judged: a way that flips a triangle comes last, then one with
-/// a triangle without area, then one whose diagonal is taken, then the longer diagonal.
+/// One of the two ways to cut a quadrilateral.
+struct Way {
+    int flipped = 0; ///< triangles that turn the wrong way
+    int flat = 0;    ///< triangles without area
+    int joined = 0;  ///< 1: the diagonal is taken
+    double length = 0.0;
+};
+
+/// The way that cuts between corners `a` and `a` + 2, for `a` of 0 or 1.
+Way judge(Outline& outline, const PairSet& taken, std::uint32_t a) {
+    const std::uint32_t c = a + 2;
+    Way way;
+    for (const int turn : {outline.turn(a, a + 1, c), outline.turn(a, c, (a + 3) % 4)}) {
+        way.flipped += turn < 0 ? 1 : 0;
+        way.flat += turn == 0 ? 1 : 0;
+    }
+    const std::uint32_t from = outline.ids[a];
+    const std::uint32_t to = outline.ids[c];
+    way.joined = from == to || taken.contains(from, to) ? 1 : 0;
+    way.length = (outline.space[a] - outline.space[c]).length();
+    return way;
+}
+
+/// A way that flips a triangle comes last, then one with a triangle without area, then one whose
+/// diagonal is taken, then the longer diagonal.
 bool cut_quadrilateral(Outline& outline, const PairSet& taken) {
-    struct Way {
-        int flipped = 0;
-        int flat = 0;
-        int joined = 0;
-        double length = 0.0;
-    };
-    const auto judge = [&](std::uint32_t a) {
-        const std::uint32_t b = a + 1;
-        const std::uint32_t c = a + 2;
-        const std::uint32_t d = (a + 3) % 4;
-        Way way;
-        for (const int turn : {outline.turn(a, b, c), outline.turn(a, c, d)}) {
-            way.flipped += turn < 0 ? 1 : 0;
-            way.flat += turn == 0 ? 1 : 0;
-        }
-        const std::uint32_t from = outline.ids[a];
-        const std::uint32_t to = outline.ids[c];
-        way.joined = from == to || taken.contains(from, to) ? 1 : 0;
-        way.length = (outline.space[a] - outline.space[c]).length();
-        return way;
-    };
-    const Way even = judge(0);
-    const Way odd = judge(1);
+    const Way even = judge(outline, taken, 0);
+    const Way odd = judge(outline, taken, 1);
     bool take_odd = odd.length < even.length * (1.0 - 1e-5);
     if (odd.flipped != even.flipped)
         take_odd = odd.flipped < even.flipped;
@@ -61,8 +63,8 @@ bool cut_quadrilateral(Outline& outline, const PairSet& taken) {
         outline.emit(0, 1, 2);
         outline.emit(0, 2, 3);
     }
-    const Way& taken_way = take_odd ? odd : even;
-    return taken_way.flipped == 0 && taken_way.flat < 2;
+    const Way& way = take_odd ? odd : even;
+    return way.flipped == 0 && way.flat < 2;
 }
 
 /// Rotates each triangle to its smallest corner and sorts the triangles.
