@@ -267,6 +267,7 @@ ClusterTree TreeBuilder::finish() const {
             ClusterTree::Node& node = tree.nodes[n];
             node.left = node.right = ClusterTree::k_leaf;
             node.begin = uint32_t(tree.faces.size());
+            node.normal = moments_[n].normal;
             stack.pop_back();
             if (n >= leaves_) {
                 node.left = children_[n - leaves_].first;

@@ -27,6 +27,7 @@ struct ClusterTree {
     struct Node {
         uint32_t begin, end;  ///< its triangles: a run of `faces`
         uint32_t left, right; ///< k_leaf: a leaf, made of whole atoms
+        Vec3 normal;          ///< sum of area times normal over its triangles
     };
     std::vector<Node> nodes;
     std::vector<uint32_t> roots;

@@ -31,6 +31,13 @@ bool make_charts(Surface& surface, const Options& options, ProgressMeter& progre
     progress.stage(0.5, 0.75);
     if (!merger.run(Merger::Round::free, progress))
         return false;
+    progress.stage(0.75, 0.85);
+    for (size_t i = 0; i < set.charts.size(); i++) {
+        if (!progress.advance(double(i) / double(set.charts.size())))
+            return false;
+        if (set.charts[i].alive)
+            flattener.polish(set.charts[i], thorough ? 8 : 2);
+    }
     merger.zip();
     return true;
 }

@@ -55,20 +55,22 @@ void Flattener::unglue_inside(const std::vector<uint32_t>& faces) {
         }
 }
 
-/// Along the mean normal; the signs keep the orientation. False when a triangle is seen from its
-/// back or too flatly.
-bool Flattener::project(const std::vector<uint32_t>& faces, double least_cosine) {
-    const Surface& s = set.surface;
-    Vec3 n;
-    for (uint32_t t : faces)
-        n = n + s.normal[t] * s.frame[t].area();
-    const double size = length(n);
+bool Flattener::faces_forward(const uint32_t* begin, const uint32_t* end, Vec3 normal,
+                              double least_cosine) const {
+    const double size = length(normal);
     if (!(size > 0))
         return false;
-    n = n * (1 / size);
-    for (uint32_t t : faces)
-        if (!s.degenerate[t] && dot(s.normal[t], n) < least_cosine)
+    const Vec3 n = normal * (1 / size);
+    for (const uint32_t* t = begin; t != end; t++)
+        if (!set.surface.degenerate[*t] && dot(set.surface.normal[*t], n) < least_cosine)
             return false;
+    return true;
+}
+
+/// Along a normal; the signs keep the orientation.
+void Flattener::project(const std::vector<uint32_t>& faces, Vec3 n) {
+    const Surface& s = set.surface;
+    n = n * (1 / length(n));
     const double ax = std::fabs(n.x), ay = std::fabs(n.y), az = std::fabs(n.z);
     Vec3 u = ax <= ay && ax <= az ? Vec3{1, 0, 0} : ay <= az ? Vec3{0, 1, 0} : Vec3{0, 0, 1};
     u = u - n * dot(u, n);
@@ -79,7 +81,6 @@ bool Flattener::project(const std::vector<uint32_t>& faces, double least_cosine)
             const Vec3 p = s.position[s.vertex[c]];
             set.uv[set.node[c]] = {dot(p, u), dot(p, v)};
         }
-    return true;
 }
 
 void Flattener::set_uv_of_triangle(uint32_t t) {
@@ -151,21 +152,39 @@ bool Flattener::improve(Chart& c) {
     return judge(c);
 }
 
-bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, double most) {
+bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
+                               double most) {
+    constexpr double k_least_cosine = 0.4; // 66 degrees; what leans more is better cut first
+    if (end - begin > 1 && !faces_forward(begin, end, normal, k_least_cosine))
+        return false;
     Chart c;
     c.faces.assign(begin, end);
     glue_inside(c.faces, false);
-    bool legal = true;
     if (c.faces.size() == 1)
         set_uv_of_triangle(c.faces[0]);
     else
-        legal = project(c.faces, 0.4);
-    if (legal && improve(c) && c.stretch.l2() <= most) {
+        project(c.faces, normal);
+    if (improve(c) && c.stretch.l2() <= most) {
         set.add_chart(std::move(c));
         return true;
     }
     unglue_inside(c.faces);
     return false;
+}
+
+void Flattener::polish(Chart& c, int sweeps) {
+    const double before = c.stretch.l2();
+    if (before <= 1 + 1e-6)
+        return;
+    load(c);
+    const std::vector<Vec2> original = patch.uv;
+    patch.relax(sweeps);
+    store();
+    if (!judge(c) || c.stretch.l2() > before) {
+        patch.uv = original;
+        store();
+        judge(c);
+    }
 }
 
 /// A convex outline cannot be flipped inside; holes are filled with a vertex each.
@@ -208,9 +227,16 @@ void Flattener::flatten_polygon(std::vector<uint32_t> faces) {
         set.add_chart(std::move(c));
         return;
     }
-    if (project(c.faces, 0.05) && improve(c)) {
-        set.add_chart(std::move(c));
-        return;
+    Vec3 normal;
+    for (uint32_t t : c.faces)
+        normal = normal + set.surface.normal[t] * set.surface.frame[t].area();
+    const uint32_t* begin = c.faces.data();
+    if (faces_forward(begin, begin + c.faces.size(), normal, 0.05)) {
+        project(c.faces, normal);
+        if (improve(c)) {
+            set.add_chart(std::move(c));
+            return;
+        }
     }
     set.trace_border(c);
     if (spread_on_circle(c)) {

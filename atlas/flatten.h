@@ -18,11 +18,14 @@ public:
     Flattener(ChartSet& set, const FlattenOptions& options);
 
     /// Turns connected triangles that are in no chart into one, everything between them glued, by
-    /// projection and relaxation. False, with nothing glued, when no legal chart with an L2 stretch
-    /// of at most `most` came of it.
-    bool flatten_region(const uint32_t* begin, const uint32_t* end, double most);
+    /// projection along `normal` and relaxation. False, with nothing glued, when no legal chart
+    /// with an L2 stretch of at most `most` came of it.
+    bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal, double most);
     /// Turns the triangles of one polygon into a chart, legal except for the limit.
     void flatten_polygon(std::vector<uint32_t> faces);
+
+    /// Lowers the distortion of a legal chart; one that would not stay legal is left as it was.
+    void polish(Chart& c, int sweeps);
 
     /// Copies all of a chart into `patch`; `nodes` tells where to write it back.
     void load(const Chart& c);
@@ -41,7 +44,9 @@ public:
     std::vector<uint32_t> local; ///< per node: number in the patch, or k_none; all k_none at rest
 
 private:
-    bool project(const std::vector<uint32_t>& faces, double least_cosine);
+    bool faces_forward(const uint32_t* begin, const uint32_t* end, Vec3 normal,
+                       double least_cosine) const;
+    void project(const std::vector<uint32_t>& faces, Vec3 normal);
     void glue_inside(const std::vector<uint32_t>& faces, bool false_edges_only);
     void unglue_inside(const std::vector<uint32_t>& faces);
     void set_uv_of_triangle(uint32_t t);

@@ -189,13 +189,17 @@ bool Merger::relax_band(uint32_t rings, bool global) {
                          f.local[set_.node[3 * t + 1]], f.local[set_.node[3 * t + 2]]);
     for (uint32_t n : band_nodes_)
         f.local[n] = k_none;
+    // A few flipped triangles turn over by themselves; many mean that the start is bad.
+    const uint32_t flipped = f.patch.flipped();
+    if (flipped != 0 && flipped < band_faces_.size() / 16 + 4)
+        f.patch.untangle(4);
     if (global || f.patch.flipped() != 0)
         f.patch.arap(options_.thorough ? 4 : 2);
     if (f.patch.flipped() != 0)
         f.patch.untangle(6);
     if (f.patch.flipped() != 0)
         return false;
-    f.patch.relax(4);
+    f.patch.relax(options_.thorough ? 4 : 3);
     for (uint32_t i = 0; i < f.nodes.size(); i++)
         set_uv(f.nodes[i], f.patch.uv[i]);
     return true;
@@ -241,7 +245,7 @@ bool Merger::solve(uint32_t a, uint32_t b, Chart& joined, const std::vector<Vec2
         if (valid && joined.stretch.flipped == 0 && l2 <= options_.limit)
             return true;
         if ((whole && attempt > 0) || (valid && l2 > hopeless) ||
-            (!options_.thorough && attempt > 1))
+            (!options_.thorough && attempt > 0))
             return false;
         rings *= 3;
         if (!whole)
@@ -249,7 +253,7 @@ bool Merger::solve(uint32_t a, uint32_t b, Chart& joined, const std::vector<Vec2
     }
 }
 
-bool Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
+Merger::Outcome Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
     take_arc(a, arc);
     if (round_ == Round::exact)
         keep_fitting_part();
@@ -260,10 +264,10 @@ bool Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
         arc_length += set_.surface.edge_length(h);
     const double most = round_ == Round::exact ? 1e-4 : 0.25;
     if (residual < 0 || residual > most * arc_length)
-        return false;
+        return Outcome::refused;
     const double least = std::min(set_.charts[a].border_length, set_.charts[b].border_length);
     if (round_ == Round::exact && arc_length < 0.08 * least)
-        return false;
+        return Outcome::refused;
     Chart joined;
     splice_border(a, b, joined);
     preview_outline(a, joined, motion);
@@ -271,9 +275,9 @@ bool Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
     const bool exact = residual < 1e-5 * arc_length && set_.charts[a].stretch.l2() < 1 + 1e-5 &&
                        set_.charts[b].stretch.l2() < 1 + 1e-5;
     if (!packable(box, a, b, exact))
-        return false;
+        return Outcome::refused;
     if ((!options_.thorough || residual < 0.05 * arc_length) && !tester_.simple(outline_))
-        return false;
+        return Outcome::refused;
     std::vector<Vec2> gap(node_a_.size());
     for (size_t i = 0; i < gap.size(); i++)
         gap[i] = motion(set_.uv[node_a_[i]]) - set_.uv[node_b_[i]];
@@ -301,7 +305,7 @@ bool Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
     if (!legal) {
         clear_band();
         unglue();
-        return false;
+        return Outcome::failed;
     }
     for (uint32_t t : band_faces_)
         remember_face(t);
@@ -310,7 +314,7 @@ bool Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
     joined.stretch.flipped = 0;
     set_.outline(joined, outline_);
     commit(a, b, std::move(joined), box_of(outline_));
-    return true;
+    return Outcome::merged;
 }
 
 } // namespace tessora::atlas

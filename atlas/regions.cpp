@@ -33,7 +33,7 @@ bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& t
         if (!progress.advance(double(node.begin) / double(tree.faces.size())))
             return false;
         const double most = hard[*begin] ? k_hard_stretch : flattener.options.limit;
-        if (flattener.flatten_region(begin, end, most))
+        if (flattener.flatten_region(begin, end, node.normal, most))
             continue;
         if (node.left == ClusterTree::k_leaf) {
             flatten_polygons(flattener, atoms, begin, end);

@@ -221,7 +221,7 @@ Case random_case(uint64_t seed) {
 
 std::string faults_of(uint64_t seed) {
     const Case c = random_case(seed);
-    const bool packed = seed / k_shards % 8 == 0; // packing takes most of the time
+    const bool packed = seed / k_shards % 16 == 0; // packing takes most of the time
     Result result, again;
     std::vector<uint32_t> adjacency;
     const auto run = [&](Result& out) {
