@@ -125,9 +125,12 @@ void add_shape_lines(const measure::Measures& m, Table& table) {
 
 void add_place_lines(const measure::Measures& m, Table& table) {
     table.line("coverage", m.coverage, "of the unit square");
-    table.line("smallest gap", m.gap ? m.gap->texels : 0.0,
-               m.gap ? "texels between two charts" : "fewer than two charts");
-    table.line("border distance", m.border.value_or(0.0), "texels, negative outside");
+    if (m.gap)
+        table.line("smallest gap", m.gap->texels, "texels between two charts");
+    else
+        table.line("smallest gap", std::string("-"), "fewer than two charts");
+    if (m.border)
+        table.line("border distance", *m.border, "texels, negative outside");
     table.line("density, least chart", m.density.least, "texels per unit of length");
     table.line("density, mean", m.density.mean);
     table.line("density, most", m.density.most);

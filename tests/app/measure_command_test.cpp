@@ -42,6 +42,7 @@ TEST_F(MeasureCommand, PrintsATable) {
     EXPECT_EQ(0, measure({dir.put("square.obj", k_square)}));
     EXPECT_NE(out.find("L2 stretch"), out.npos) << out;
     EXPECT_NE(out.find("coverage                         0.25"), out.npos) << out;
+    EXPECT_NE(out.find("smallest gap                        -  fewer than two charts"), out.npos);
     EXPECT_EQ("", err);
 }
 
