@@ -195,7 +195,7 @@ void MDataHandle::setClean() {
 // === MArrayDataHandle ========================================================================
 
 MArrayDataHandle::MArrayDataHandle(const MDataHandle& handle, MStatus* ReturnStatus)
-    : slot_(handle.host_slot()), position_(0), from_input_(false) {
+    : slot_(handle.host_slot()), position_(0) {
     if (slot_ != NULL && !slot_->is_array())
         slot_ = NULL;
     report(ReturnStatus, slot_ == NULL ? MS::kInvalidParameter : MS::kSuccess);

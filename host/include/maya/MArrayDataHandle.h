@@ -29,6 +29,5 @@ public:
 private:
     host::graph::Slot* slot_;
     unsigned int position_;
-    bool from_input_;
     friend class MDataBlock;
 };
