@@ -4,6 +4,8 @@
 #include "measure/shape.h"
 
 #include <algorithm>
+#include <tuple>
+#include <utility>
 
 namespace measure {
 namespace {
@@ -26,8 +28,33 @@ struct Prepared {
     }
 };
 
+/// A triangle's extents along eight directions. Thin triangles that fan out from one corner meet in
+/// their boxes far more often than in these.
+struct Extents {
+    double low[8], high[8];
+
+    explicit Extents(const Triangle2& corners) {
+        constexpr Point2 directions[8] = {{1, 0}, {0, 1}, {1, 1},  {1, -1},
+                                          {2, 1}, {1, 2}, {2, -1}, {1, -2}};
+        for (int i = 0; i < 8; ++i)
+            std::tie(low[i], high[i]) =
+                std::minmax({dot(directions[i], corners.p[0]), dot(directions[i], corners.p[1]),
+                             dot(directions[i], corners.p[2])});
+    }
+    /// False when a line parts the two, whether or not they touch it.
+    bool meet(const Extents& other) const {
+        for (int i = 0; i < 8; ++i)
+            if (low[i] >= other.high[i] || other.low[i] >= high[i])
+                return false;
+        return true;
+    }
+};
+
 Prepared prepare(const Triangle2& corners, uint32_t triangle, uint32_t chart) {
-    Prepared result{corners, {}, triangle, chart};
+    Prepared result;
+    result.corners = corners;
+    result.triangle = triangle;
+    result.chart = chart;
     if (corners.cross_area() < 0.0)
         std::swap(result.corners.p[1], result.corners.p[2]);
     for (int k = 0; k < 3; ++k) {
@@ -59,6 +86,7 @@ public:
 
     Overlaps find() {
         const BoxTree tree(boxes_);
+        sort_like(tree.order());
         for (uint32_t place = 0; place < tree.order().size(); ++place)
             search(tree, place);
         for (uint32_t t = 0; t < is_hit_.size(); ++t)
@@ -68,20 +96,30 @@ public:
     }
 
 private:
+    /// Puts the items into the tree's order: what is looked at together then lies together.
+    void sort_like(const std::vector<uint32_t>& order) {
+        std::vector<Prepared> items(items_.size());
+        extents_.reserve(items_.size());
+        for (size_t place = 0; place < order.size(); ++place) {
+            items[place] = items_[order[place]];
+            extents_.emplace_back(items[place].corners);
+        }
+        items_ = std::move(items);
+    }
+
     void search(const BoxTree& tree, uint32_t place) {
-        const uint32_t self = tree.order()[place];
-        const Prepared& item = items_[self];
-        const Box& box = boxes_[self];
+        const Prepared& item = items_[place];
+        const Box& box = boxes_[tree.order()[place]];
+        const Extents& extents = extents_[place];
         // Each pair is met once, from the earlier place; when pairs are no longer counted, every
         // triangle looks for one partner anywhere.
         const uint32_t after = result_.is_cut_short ? 0 : place + 1;
         bool is_done = result_.is_cut_short && is_hit_[item.triangle];
         tree.visit([&](const Box& node, uint32_t,
                        uint32_t last) { return !is_done && last > after && node.meets(box); },
-                   [&](uint32_t other_place) {
-                       const uint32_t other = tree.order()[other_place];
-                       if (is_done || other_place < after || other == self ||
-                           !boxes_[other].meets(box))
+                   [&](uint32_t other) {
+                       if (is_done || other < after || other == place ||
+                           !extents.meet(extents_[other]))
                            return;
                        if (item.parts_from(items_[other], depth_) ||
                            items_[other].parts_from(item, depth_))
@@ -102,7 +140,8 @@ private:
 
     double depth_;
     std::vector<Prepared> items_;
-    std::vector<Box> boxes_;
+    std::vector<Box> boxes_; // as they were found
+    std::vector<Extents> extents_;
     std::vector<uint8_t> is_hit_;
     Overlaps result_;
 };
