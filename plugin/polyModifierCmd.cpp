@@ -80,12 +80,19 @@ MStatus duplicate_mesh(const MDagPath& mesh, MObject& transform, MDagPath& shape
     if (!status)
         return status;
     MFnDagNode transform_fn(transform, &status);
+    if (status)
+        status = transform_fn.getPath(shape);
+    if (status)
+        status = shape.extendToShape();
     if (!status)
-        return status;
-    status = transform_fn.getPath(shape);
-    if (!status)
-        return status;
-    return shape.extendToShape();
+        MGlobal::deleteNode(transform);
+    return status;
+}
+
+/// Removes a copied shape together with the transform of its own that it stands below.
+void remove_duplicate(MObject shape) {
+    MObject transform = MFnDagNode(shape).parent(0);
+    MGlobal::deleteNode(transform);
 }
 
 } // namespace
@@ -133,7 +140,10 @@ MStatus polyModifierCmd::doModifyPoly() {
         MObject modifierNode;
         createModifierNode(modifierNode);
         initModifierNode(modifierNode);
-        return connectNodes(modifierNode);
+        const MStatus status = connectNodes(modifierNode);
+        if (!status)
+            abandonHistory();
+        return status;
     }
     cacheMeshData();
     cacheMeshTweaks();
@@ -176,6 +186,18 @@ MStatus polyModifierCmd::undoModifyPoly() {
     }
     const MStatus tweaked = undoTweaks();
     return status ? tweaked : status;
+}
+
+/// The host deletes a command that failed, and so nobody can undo what it did up to there.
+void polyModifierCmd::abandonHistory() {
+    dgModifier.undoIt();
+    MStatus status;
+    const MObject duplicate = duplicatePath.node(&status);
+    if (!hasHistory && status) {
+        dagModifier.undoIt();
+        remove_duplicate(duplicate);
+    }
+    undoTweaks();
 }
 
 // === The state of the mesh ===================================================================
@@ -280,20 +302,32 @@ MStatus polyModifierCmd::detachUpstream(const MPlug& meshIn, MPlug& upstream) {
 
 MStatus polyModifierCmd::insertDuplicate(const MObject& meshTransform, MPlug& upstream) {
     MObject duplicateTransform;
-    MStatus status = duplicate_mesh(meshPath, duplicateTransform, duplicatePath);
+    MDagPath path;
+    MStatus status = duplicate_mesh(meshPath, duplicateTransform, path);
     if (!status)
         return status;
-    MObject duplicateShape = duplicatePath.node();
+    MObject duplicateShape = path.node();
+    status = hangDuplicate(duplicateShape, duplicateTransform, meshTransform, upstream);
+    if (status)
+        status = MDagPath::getAPathTo(duplicateShape, duplicatePath);
+    if (status)
+        return status;
+    dagModifier.undoIt();
+    remove_duplicate(duplicateShape);
+    return status;
+}
 
+MStatus polyModifierCmd::hangDuplicate(MObject& shape, const MObject& ownTransform,
+                                       const MObject& meshTransform, MPlug& upstream) {
     // The copy has to stand below the mesh's transform before its own goes, and the host carries
     // out one of the two a time.
-    status = dagModifier.reparentNode(duplicateShape, meshTransform);
+    MStatus status = dagModifier.reparentNode(shape, meshTransform);
     if (status)
         status = dagModifier.doIt();
     if (!status)
         return status;
 
-    MFnDagNode shape_fn(duplicateShape, &status);
+    MFnDagNode shape_fn(shape, &status);
     if (!status)
         return status;
     shape_fn.setIntermediateObject(true);
@@ -301,12 +335,8 @@ MStatus polyModifierCmd::insertDuplicate(const MObject& meshTransform, MPlug& up
     if (!status)
         return status;
 
-    status = dagModifier.deleteNode(duplicateTransform);
-    if (status)
-        status = dagModifier.doIt();
-    if (!status)
-        return status;
-    return MDagPath::getAPathTo(duplicateShape, duplicatePath);
+    status = dagModifier.deleteNode(ownTransform);
+    return status ? dagModifier.doIt() : status;
 }
 
 MStatus polyModifierCmd::moveTweaks(MObject& tweakNode) {

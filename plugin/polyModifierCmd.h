@@ -54,6 +54,9 @@ private:
     MStatus connectNodes(const MObject& modifierNode);
     MStatus detachUpstream(const MPlug& meshIn, MPlug& upstream);
     MStatus insertDuplicate(const MObject& meshTransform, MPlug& upstream);
+    MStatus hangDuplicate(MObject& shape, const MObject& ownTransform, const MObject& meshTransform,
+                          MPlug& upstream);
+    void abandonHistory();
     MStatus moveTweaks(MObject& tweakNode);
     void zeroMeshTweaks(MPlug& tweaks);
 

@@ -84,26 +84,40 @@ Node& add(const char* type, const std::string& name, DagNode* parent, const std:
     return *node;
 }
 
+/// Gives a shape that nothing feeds its geometry, undoable.
+void put_mesh(graph::MeshNode& node, const Mesh& mesh, const std::string& command) {
+    const Ref<Node> keep(&node);
+    perform(graph::change_slot_edit(*node.slot(*graph::mesh_attributes().in_mesh),
+                                    [keep, mesh](Slot&) {
+                                        return static_cast<graph::MeshNode&>(*keep).set_mesh(mesh);
+                                    }),
+            command, name_of(node));
+}
+
+/// The parameters of a maker that is there.
+Value query_or_edit(Invocation& call, const Creator& creator, const Flags& flags) {
+    flags.require_operands(1, 1);
+    Node& node = node_named(flags.names()[0]);
+    if (node.node_type().name != creator.command)
+        throw ScriptFault(call.name + ": \"" + flags.names()[0] + "\" is no " + creator.command +
+                          ".");
+    Value value;
+    for (const Parameter& parameter : creator.parameters) {
+        if (!flags.has(parameter.long_name))
+            continue;
+        Slot& plug = *node.slot(parameter.attribute);
+        if (flags.query())
+            value = value_of(plug);
+        else
+            set_plug(plug, flags.value(parameter.long_name), call.name);
+    }
+    return value;
+}
+
 Value create(Invocation& call, const Creator& creator) {
     const Flags flags(call, flags_of(creator));
-    if (flags.mode() != Mode::create) {
-        flags.require_operands(1, 1);
-        Node& node = node_named(flags.names()[0]);
-        if (node.node_type().name != creator.command)
-            throw ScriptFault(call.name + ": \"" + flags.names()[0] + "\" is no " +
-                              creator.command + ".");
-        Value value;
-        for (const Parameter& parameter : creator.parameters) {
-            if (!flags.has(parameter.long_name))
-                continue;
-            Slot& plug = *node.slot(parameter.attribute);
-            if (flags.query())
-                value = value_of(plug);
-            else
-                set_plug(plug, flags.value(parameter.long_name), call.name);
-        }
-        return value;
-    }
+    if (flags.mode() != Mode::create)
+        return query_or_edit(call, creator, flags);
     flags.require_operands(0, 0);
     Node& maker = add(creator.command, std::string(creator.command) + "1", nullptr, call.name);
     for (const Parameter& parameter : creator.parameters)
@@ -123,8 +137,11 @@ Value create(Invocation& call, const Creator& creator) {
         names.push_back(name_of(maker));
     } else {
         require(graph::evaluate(input), call.name, shape_name);
+        // Taken over as a value: redo connects and disconnects without a pull in between.
+        const Mesh made = *input.value.as_data()->as_mesh()->mesh();
         perform(graph::disconnect_edit(output, input), call.name, shape_name);
         perform(graph::remove_node_edit(maker), call.name, shape_name);
+        put_mesh(static_cast<graph::MeshNode&>(shape), made, call.name);
     }
     perform(graph::select_edit({graph::item_of(transform)}), call.name, "selection");
     return names;
@@ -214,13 +231,7 @@ void change_mesh(graph::MeshNode& node, const std::function<void(Mesh&)>& change
         throw ScriptFault("polyUVSet: \"" + name_of(node) + "\" holds no mesh.");
     Mesh changed = *held;
     change(changed);
-    const Ref<Node> keep(&node);
-    perform(graph::change_slot_edit(input,
-                                    [keep, changed](Slot&) {
-                                        return static_cast<graph::MeshNode&>(*keep).set_mesh(
-                                            changed);
-                                    }),
-            "polyUVSet", name_of(node));
+    put_mesh(node, changed, "polyUVSet");
 }
 
 Value uv_set(Invocation& call) {

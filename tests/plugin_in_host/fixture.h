@@ -1,0 +1,123 @@
+/// The built plug-in at work in a whole host: driven by statements, as users and scripts drive it.
+#pragma once
+
+#include "faultpoint/faultpoint.h"
+#include "host/graph/callbacks.h"
+#include "host/graph/dag.h"
+#include "host/graph/evaluate.h"
+#include "host/graph/mesh_node.h"
+#include "host/graph/plugins.h"
+#include "host/graph/scene.h"
+#include "host/graph/undo.h"
+#include "host/mesh/mesh.h"
+#include "host/script/session.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace plugin_in_host {
+
+/// Points, faces and every UV set, as bytes: equal strings are equal meshes, bit for bit.
+inline std::string bytes_of(const host::Mesh& mesh) {
+    std::string bytes;
+    const auto add = [&](const void* data, size_t size) {
+        bytes.append(static_cast<const char*>(data), size);
+    };
+    add(mesh.points().data(), mesh.points().size() * sizeof(host::Float3));
+    const host::Connectivity& faces = mesh.connectivity();
+    for (uint32_t corner = 0; corner < faces.corner_count(); ++corner) {
+        const uint32_t ids[] = {faces.corner_polygon(corner), faces.corner_vertex(corner)};
+        add(ids, sizeof(ids));
+    }
+    for (uint32_t s = 0; s < mesh.uv_set_count(); ++s) {
+        const host::UvSet& set = mesh.uv_set(s);
+        bytes += set.name.asChar();
+        add(set.u.data(), set.u.size() * sizeof(float));
+        add(set.v.data(), set.v.size() * sizeof(float));
+        add(set.corner_uvs.data(), set.corner_uvs.size() * sizeof(int32_t));
+    }
+    return bytes;
+}
+
+class InHostTest : public ::testing::Test, protected host::script::Output {
+protected:
+    InHostTest() {
+        session.set_output(this);
+        host::graph::Plugins::current().search_path() = {TESSORA_PLUGIN_FOLDER};
+        session.interpreter().script_path() = {TESSORA_SCRIPTS};
+        EXPECT_TRUE(run("loadPlugin tessora; file -f -new; constructionHistory -tgl on;"));
+        undo_queue.clear();
+        printed.clear();
+    }
+    ~InHostTest() override {
+        faultpoint::disarm_all();
+        run("file -f -new");
+        if (host::graph::Plugins::current().is_loaded("tessora"))
+            run("unloadPlugin -f tessora");
+        session.set_output(nullptr);
+    }
+
+    /// Runs statements; what they say is collected.
+    bool run(const std::string& text) {
+        const auto outcome = session.run(text, "test");
+        last_error = outcome.error;
+        return outcome.ok;
+    }
+    double number_of(const std::string& plug) {
+        host::graph::Slot* const slot = find(plug);
+        EXPECT_NE(slot, nullptr) << plug;
+        return slot == nullptr ? 0.0 : slot->value.number();
+    }
+    host::graph::Slot* find(const std::string& plug) {
+        const size_t dot = plug.find('.');
+        host::graph::Node* const node = scene.find(plug.substr(0, dot));
+        return node == nullptr ? nullptr : node->find_plug(plug.substr(dot + 1));
+    }
+    /// What a shape shows, pulled as a viewport would.
+    std::string shown(host::graph::Node& shape) {
+        host::MeshFace& face = *shape.as_mesh();
+        EXPECT_EQ(face.refresh(), MS::kSuccess);
+        return face.mesh() == nullptr ? "" : bytes_of(*face.mesh());
+    }
+    std::string shown(const std::string& shape) {
+        host::graph::Node* const node = scene.find(shape);
+        EXPECT_NE(node, nullptr) << shape;
+        return node == nullptr ? "" : shown(*node);
+    }
+    std::vector<std::string> names_of_nodes() {
+        std::vector<std::string> names;
+        for (const auto& node : scene.nodes())
+            names.push_back(node->name_text());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    static size_t callbacks_attached() {
+        size_t count = 0;
+        for (const char* panel : {"modelPanel1", "modelPanel2", "modelPanel3", "modelPanel4"})
+            count += host::graph::Callbacks::current().post_render_count(panel);
+        return count;
+    }
+    /// How often results were published since the last call.
+    size_t publications() {
+        size_t count = 0;
+        for (size_t at = printed.find(".Charts_result\""); at != std::string::npos;
+             at = printed.find(".Charts_result\"", at + 1))
+            ++count;
+        printed.clear();
+        return count;
+    }
+
+    void print(const std::string& text) override { printed += text; }
+    void warning(const std::string& text) override { printed += "warning: " + text + "\n"; }
+    void error(const std::string& text) override { printed += "error: " + text + "\n"; }
+
+    host::script::Session& session = host::script::Session::current();
+    host::graph::Scene& scene = host::graph::Scene::current();
+    host::graph::UndoQueue& undo_queue = host::graph::UndoQueue::current();
+    std::string printed;    ///< everything that was said
+    std::string last_error; ///< of the last `run`; empty when it went well
+};
+
+} // namespace plugin_in_host

@@ -1,0 +1,104 @@
+// Loading and unloading with work in the scene.
+#include "host/graph/commands.h"
+#include "host/view/menus.h"
+#include "tests/plugin_in_host/fixture.h"
+
+#include <cstdlib>
+
+namespace plugin_in_host {
+
+using host::graph::Callbacks;
+using host::graph::Plugins;
+
+class InHostRegistrationTest : public InHostTest {
+protected:
+    /// A box with an unwrap that has been pulled: callbacks are attached and undo holds the
+    /// command.
+    void unwrap_box() {
+        ASSERT_TRUE(run("polyCube -n box; tessora")) << last_error;
+        shown("boxShape");
+        ASSERT_EQ(callbacks_attached(), 4u);
+    }
+};
+
+TEST_F(InHostRegistrationTest, ForcedUnloadingTakesTheCallbacksOfLivingNodesAlong) {
+    unwrap_box();
+    ASSERT_TRUE(run("unloadPlugin -f tessora")) << last_error;
+    EXPECT_EQ(callbacks_attached(), 0u);
+    Callbacks::current().fire_post_render("modelPanel1");
+    EXPECT_TRUE(run("delete tessora_node1")) << last_error; // no callback into code that is gone
+}
+
+TEST_F(InHostRegistrationTest, ForcedUnloadingForgetsTheCommandsThatWaitForUndo) {
+    unwrap_box();
+    ASSERT_TRUE(run("unloadPlugin -f tessora")) << last_error;
+    EXPECT_EQ(undo_queue.undo_count(), 0u);
+    EXPECT_FALSE(run("undo"));
+}
+
+TEST_F(InHostRegistrationTest, AfterForcedUnloadingTheMeshIsStillShown) {
+    unwrap_box();
+    const std::string before = shown("boxShape");
+    ASSERT_TRUE(run("unloadPlugin -f tessora")) << last_error;
+    EXPECT_EQ(shown("boxShape"), before);
+}
+
+TEST_F(InHostRegistrationTest, ASecondLoadingWorksBesideNodesThatTheFirstLeft) {
+    unwrap_box();
+    ASSERT_TRUE(run("unloadPlugin -f tessora; loadPlugin tessora")) << last_error;
+    ASSERT_TRUE(run("polyCube -n other; tessora")) << last_error;
+    publications();
+    shown("otherShape");
+    EXPECT_EQ(publications(), 1u);
+    EXPECT_EQ(callbacks_attached(), 4u);
+}
+
+TEST_F(InHostRegistrationTest, TheFifthLoadingWorksLikeTheFirst) {
+    std::string first;
+    for (int round = 0; round < 5; ++round) {
+        unwrap_box();
+        const std::string mesh = shown("boxShape");
+        first = first.empty() ? mesh : first;
+        EXPECT_EQ(mesh, first);
+        ASSERT_TRUE(run("file -f -new; unloadPlugin tessora; loadPlugin tessora")) << last_error;
+        EXPECT_EQ(host::MenuTree::current().items("mainModifyMenu").size(), 1u);
+    }
+}
+
+TEST_F(InHostRegistrationTest, LoadingTwiceLeavesTheFirstOneAtWork) {
+    ::testing::internal::CaptureStderr();
+    EXPECT_FALSE(run("loadPlugin tessora"));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr().rfind("registerCommand: ", 0), 0u);
+    unwrap_box();
+    ASSERT_TRUE(run("file -f -new; unloadPlugin tessora")) << last_error;
+    EXPECT_TRUE(host::MenuTree::current().items("mainModifyMenu").empty());
+    EXPECT_FALSE(host::graph::Commands::current().knows("tessora"));
+}
+
+TEST_F(InHostRegistrationTest, ARefusedNodeDeregistrationTakesTheCommandOnly) {
+    ::testing::internal::CaptureStderr();
+    {
+        faultpoint::Scope refusal("MFnPlugin::deregisterNode", MS::kNotImplemented);
+        EXPECT_FALSE(run("unloadPlugin tessora"));
+    }
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              std::string("failed to deregister \"tessora_node\"\n: ") +
+                  MStatus(MS::kNotImplemented).errorString().asChar() + "\n");
+    EXPECT_FALSE(host::graph::Commands::current().knows("tessora"));
+    EXPECT_TRUE(scene.find_type("tessora_node"));
+    EXPECT_EQ(host::MenuTree::current().items("mainModifyMenu").size(), 1u);
+}
+
+TEST_F(InHostRegistrationTest, ARefusedMenuRemovalDoesNotHoldTheUnloadingUp) {
+    faultpoint::Scope refusal("MFnPlugin::removeMenuItem", MS::kFailure);
+    EXPECT_TRUE(run("unloadPlugin tessora")) << last_error;
+    EXPECT_FALSE(Plugins::current().is_loaded("tessora"));
+}
+
+TEST_F(InHostRegistrationTest, TheLoadPathIsNotNeeded) {
+    ASSERT_TRUE(run("unloadPlugin tessora"));
+    faultpoint::Scope refusal("MFnPlugin::loadPath", MS::kFailure);
+    EXPECT_TRUE(run("loadPlugin tessora")) << last_error;
+}
+
+} // namespace plugin_in_host
