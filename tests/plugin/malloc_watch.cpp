@@ -18,7 +18,7 @@ extern "C" {
 void* __real_malloc(size_t size);
 void __real_free(void* block);
 
-void* __wrap_malloc(size_t size) {
+__attribute__((visibility("default"))) void* __wrap_malloc(size_t size) {
     if (!g_watch.on || g_watch.count == k_max_blocks)
         return __real_malloc(size);
     const size_t number = g_watch.count++;
@@ -28,7 +28,7 @@ void* __wrap_malloc(size_t size) {
     return g_watch.blocks[number];
 }
 
-void __wrap_free(void* block) {
+__attribute__((visibility("default"))) void __wrap_free(void* block) {
     for (size_t i = 0; i < g_watch.count && block != nullptr; ++i)
         if (g_watch.blocks[i] == block)
             g_watch.blocks[i] = nullptr;
