@@ -1,6 +1,8 @@
 /// A directory of a test's own, removed with everything in it when the test ends.
 #pragma once
 
+#include "tests/fixtures/temporary.h"
+
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -14,7 +16,7 @@ namespace test {
 class Scratch {
 public:
     Scratch() {
-        std::string name = testing::TempDir() + "/tessora.XXXXXX";
+        std::string name = fixtures::temporary_template("tessora.");
         root_ = ::mkdtemp(name.data());
     }
     ~Scratch() {

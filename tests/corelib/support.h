@@ -3,6 +3,7 @@
 #pragma once
 
 #include "corelib/memory.h"
+#include "tests/fixtures/temporary.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -65,11 +66,10 @@ inline std::string literally(const std::string& text) {
 class TemporaryFile {
 public:
     TemporaryFile() {
-        char path[] = "/tmp/tessora_corelib_XXXXXX";
-        const int descriptor = mkstemp(path);
+        path_ = fixtures::temporary_template("tessora_corelib_");
+        const int descriptor = mkstemp(path_.data());
         close(descriptor);
-        path_ = path;
-        std::remove(path);
+        std::remove(path_.c_str());
     }
     ~TemporaryFile() { std::remove(path_.c_str()); }
     TemporaryFile(const TemporaryFile&) = delete;

@@ -1,5 +1,6 @@
 #include "faultpoint/faultpoint.h"
 #include "platform/win32/clock.h"
+#include "tests/fixtures/temporary.h"
 
 #include <windows.h>
 
@@ -55,9 +56,9 @@ TEST(SystemTime, FollowsAReplacedClockUntilItIsPutBack) {
     EXPECT_GE(now.wYear, 2026);
 }
 
-std::string text_of(const char* path) {
+std::string text_of(const std::string& path) {
     std::string text;
-    if (std::FILE* const stream = std::fopen(path, "rb")) {
+    if (std::FILE* const stream = std::fopen(path.c_str(), "rb")) {
         for (int c = std::getc(stream); c != EOF; c = std::getc(stream))
             text += static_cast<char>(c);
         std::fclose(stream);
@@ -68,14 +69,14 @@ std::string text_of(const char* path) {
 class DebuggerLine : public testing::Test {
 protected:
     void SetUp() override {
-        close(mkstemp(path_));
-        setenv(k_debugger_file, path_, 1);
+        close(mkstemp(path_.data()));
+        setenv(k_debugger_file, path_.c_str(), 1);
     }
     void TearDown() override {
         unsetenv(k_debugger_file);
-        std::remove(path_);
+        std::remove(path_.c_str());
     }
-    char path_[40] = "/tmp/tessora_win32_XXXXXX";
+    std::string path_ = fixtures::temporary_template("tessora_win32_");
 };
 
 TEST_F(DebuggerLine, IsAppendedToTheNamedFile) {
