@@ -3,6 +3,7 @@
 #include "measure/shape.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
 
 namespace measure {
@@ -152,6 +153,7 @@ public:
         edges_.for_each_edge([&](uint32_t low, const Side* first, const Side* last) {
             visit_edge(low, first, last);
         });
+        join_over_edges_without_length();
         std::sort(table_.outline.begin(), table_.outline.end());
         number_charts();
         return std::move(table_);
@@ -175,6 +177,27 @@ private:
                     table_.outline.push_back(side->half_edge);
             run = end;
         }
+    }
+
+    /// A polygon that comes back to a vertex may be divided along a line from that vertex to
+    /// itself. No edge of the mesh tells that its triangles hang together there; the two corners
+    /// do.
+    void join_over_edges_without_length() {
+        std::vector<std::array<uint32_t, 3>> edges; // lower corner, higher corner, triangle
+        for (uint32_t t = 0; t < layout_.triangle_count(); ++t) {
+            if (!is_mapped(layout_, t))
+                continue;
+            const uint32_t* const corners = &layout_.triangle_corners[3 * t];
+            for (uint32_t k = 0; k < 3; ++k) {
+                const uint32_t a = corners[k], b = corners[(k + 1) % 3];
+                if (layout_.corner_vertex[a] == layout_.corner_vertex[b])
+                    edges.push_back({std::min(a, b), std::max(a, b), t});
+            }
+        }
+        std::sort(edges.begin(), edges.end());
+        for (size_t i = 1; i < edges.size(); ++i)
+            if (std::equal(edges[i].begin(), edges[i].begin() + 2, edges[i - 1].begin()))
+                sets_.join(edges[i - 1][2], edges[i][2]);
     }
 
     /// True when the triangles at the two sides of one UV edge lie on different sides of it.

@@ -1,6 +1,7 @@
 #include "measure/overlaps.h"
 
 #include "measure/box_tree.h"
+#include "measure/fans.h"
 #include "measure/shape.h"
 
 #include <algorithm>
@@ -16,6 +17,7 @@ struct Prepared {
     Point2 inward[3]; ///< unit normals of the edges
     uint32_t triangle = 0;
     uint32_t chart = 0;
+    uint32_t fan = k_none; ///< its pairs within this fan are known already
 
     /// The farthest that any corner of `other` lies inside the line of edge k.
     double reach(int k, const Prepared& other) const {
@@ -70,18 +72,21 @@ public:
     OverlapSearch(const Layout& layout, const Texture& texture, const ChartTable& charts,
                   double depth)
         : depth_(depth), is_hit_(layout.triangle_count(), 0) {
+        std::vector<uint8_t> takes_part(layout.triangle_count(), 0);
         for (uint32_t t = 0; t < layout.triangle_count(); ++t) {
             if (charts.triangle_chart[t] == k_none)
                 continue;
             const Triangle2 corners = texel_triangle(layout, texture, t);
             if (corners.cross_area() == 0.0)
                 continue;
+            takes_part[t] = 1;
             items_.push_back(prepare(corners, t, charts.triangle_chart[t]));
             Box box = Box::empty();
             for (const Point2& p : corners.p)
                 box.add(p.x, p.y);
             boxes_.push_back(box);
         }
+        search_fans(Fans(layout, texture, takes_part));
     }
 
     Overlaps find() {
@@ -96,6 +101,23 @@ public:
     }
 
 private:
+    /// Looks at the pairs within fans, which the tree then leaves out.
+    void search_fans(const Fans& fans) {
+        if (fans.empty())
+            return;
+        std::vector<uint32_t> item_of(is_hit_.size(), k_none);
+        for (uint32_t i = 0; i < items_.size(); ++i)
+            item_of[items_[i].triangle] = i;
+        fans.for_each_pair([&](uint32_t a, uint32_t b) {
+            compare(items_[item_of[a]], items_[item_of[b]]);
+            return !result_.is_cut_short;
+        });
+        if (result_.is_cut_short) // not all of them were looked at
+            return;
+        for (Prepared& item : items_)
+            item.fan = fans.fan_of(item.triangle);
+    }
+
     /// Puts the items into the tree's order: what is looked at together then lies together.
     void sort_like(const std::vector<uint32_t>& order) {
         std::vector<Prepared> items(items_.size());
@@ -105,6 +127,12 @@ private:
             extents_.emplace_back(items[place].corners);
         }
         items_ = std::move(items);
+        fan_end_.resize(items_.size());
+        for (auto place = static_cast<uint32_t>(items_.size()); place-- > 0;) {
+            const bool goes_on =
+                place + 1 < items_.size() && items_[place + 1].fan == items_[place].fan;
+            fan_end_[place] = goes_on ? fan_end_[place + 1] : place + 1;
+        }
     }
 
     void search(const BoxTree& tree, uint32_t place) {
@@ -115,18 +143,28 @@ private:
         // triangle looks for one partner anywhere.
         const uint32_t after = result_.is_cut_short ? 0 : place + 1;
         bool is_done = result_.is_cut_short && is_hit_[item.triangle];
-        tree.visit([&](const Box& node, uint32_t,
-                       uint32_t last) { return !is_done && last > after && node.meets(box); },
-                   [&](uint32_t other) {
-                       if (is_done || other < after || other == place ||
-                           !extents.meet(extents_[other]))
-                           return;
-                       if (item.parts_from(items_[other], depth_) ||
-                           items_[other].parts_from(item, depth_))
-                           return;
-                       count(item, items_[other]);
-                       is_done = result_.is_cut_short;
-                   });
+        const auto is_of_its_fan = [&](uint32_t first, uint32_t last) {
+            return item.fan != k_none && items_[first].fan == item.fan && fan_end_[first] >= last;
+        };
+        tree.visit(
+            [&](const Box& node, uint32_t first, uint32_t last) {
+                return !is_done && last > after && node.meets(box) && !is_of_its_fan(first, last);
+            },
+            [&](uint32_t other) {
+                if (is_done || other < after || other == place || is_of_its_fan(other, other + 1) ||
+                    !extents.meet(extents_[other]))
+                    return;
+                if (compare(item, items_[other]))
+                    is_done = result_.is_cut_short;
+            });
+    }
+
+    /// True when the two overlap.
+    bool compare(const Prepared& a, const Prepared& b) {
+        if (a.parts_from(b, depth_) || b.parts_from(a, depth_))
+            return false;
+        count(a, b);
+        return true;
     }
 
     void count(const Prepared& a, const Prepared& b) {
@@ -142,6 +180,7 @@ private:
     std::vector<Prepared> items_;
     std::vector<Box> boxes_; // as they were found
     std::vector<Extents> extents_;
+    std::vector<uint32_t> fan_end_; // per place: where its run of one fan ends
     std::vector<uint8_t> is_hit_;
     Overlaps result_;
 };

@@ -113,3 +113,10 @@ TEST(Charts, AnEdgeWithoutLengthStillJoins) {
     add_face(layout, {1, 3, 2}, {{0.5f, 0}, {1, 0.5f}, {0.5f, 0.1f}});
     EXPECT_EQ(find_charts(layout).chart_count, 1u);
 }
+
+TEST(Charts, APolygonDividedAtAVertexItComesBackToIsOne) {
+    Layout layout; // the fan of 0 1 2 0 3 4 from its first corner has the diagonal from 0 to 0
+    layout.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, -1, 1, 0, -1, 0, 0};
+    add_face(layout, {0, 1, 2, 0, 3, 4}, {{0.5f, 0}, {1, 0}, {1, 1}, {0.5f, 0.1f}, {0, 1}, {0, 0}});
+    EXPECT_EQ(find_charts(layout).chart_count, 1u);
+}

@@ -245,3 +245,48 @@ TEST(Overlap, FindsAllPairsOfRandomTriangles) {
     EXPECT_GT(pairs, 100u);
     EXPECT_EQ(all.overlaps.pairs_between, pairs);
 }
+
+// Slivers around two points, some upon each other, some over the turn's end. Where they share a
+// vertex they are compared by their angles, where they do not, one by one.
+TEST(Overlap, OfManyTrianglesAroundAPointDoesNotDependOnHowTheVertexIsShared) {
+    std::mt19937 random(12);
+    std::uniform_real_distribution<float> turn(0.0f, 6.2831853f), width(0.001f, 0.02f);
+    Layout shared, apart;
+    shared.positions = {0, 0, 0, 1, 0, 0};
+    for (uint32_t i = 0; i < 600; ++i) {
+        const std::array<float, 2> centre = {i % 2 ? 0.3f : 0.6f, 0.5f};
+        const float from = turn(random), to = from + width(random);
+        const UvCorners corners = {
+            centre,
+            {centre[0] + 0.25f * std::cos(from), centre[1] + 0.25f * std::sin(from)},
+            {centre[0] + 0.25f * std::cos(to), centre[1] + 0.25f * std::sin(to)}};
+        const auto vertex = static_cast<uint32_t>(shared.positions.size() / 3);
+        shared.positions.insert(shared.positions.end(),
+                                {0, float(i), 1, 1, float(i), 1}); // of this triangle alone
+        add_face(shared, {i % 2, vertex, vertex + 1}, corners);
+        add_polygon(apart, {{0, 0}, {1, 0}, {0, 1}}, corners);
+    }
+    const Overlaps by_angle = measure::measure(shared, k_square).overlaps;
+    const Overlaps one_by_one = measure::measure(apart, k_square).overlaps;
+    EXPECT_GT(one_by_one.pairs_between, 600u);
+    EXPECT_EQ(by_angle.pairs_between + by_angle.pairs_within,
+              one_by_one.pairs_between + one_by_one.pairs_within);
+    EXPECT_EQ(by_angle.triangles, one_by_one.triangles);
+}
+
+TEST(Overlap, AFanThatClosesAroundAPointHasNone) {
+    constexpr uint32_t k_count = 4096;
+    Layout layout;
+    layout.positions = {0, 0, 0};
+    UvCorners rim;
+    for (uint32_t i = 0; i < k_count; ++i) {
+        const double angle = 6.283185307179586 * i / k_count;
+        rim.push_back({static_cast<float>(0.5 + 0.45 * std::cos(angle)),
+                       static_cast<float>(0.5 + 0.45 * std::sin(angle))});
+        layout.positions.insert(layout.positions.end(), {rim[i][0], rim[i][1], 0});
+    }
+    for (uint32_t i = 0; i < k_count; ++i)
+        add_face(layout, {0, 1 + i, 1 + (i + 1) % k_count},
+                 {{0.5f, 0.5f}, rim[i], rim[(i + 1) % k_count]});
+    EXPECT_TRUE(measure::measure(layout, k_square).overlaps.triangles.empty());
+}
