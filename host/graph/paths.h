@@ -7,8 +7,8 @@
 
 namespace host::graph {
 
-MDagPath to_interface(const DagPath& path);
+MHOST_EXPORT MDagPath to_interface(const DagPath& path);
 /// Empty for an invalid path, or one of nodes that are not the graph's.
-DagPath to_graph(const MDagPath& path);
+MHOST_EXPORT DagPath to_graph(const MDagPath& path);
 
 } // namespace host::graph

@@ -1,0 +1,136 @@
+#include "host/view/scene_shapes.h"
+
+#include "host/graph/evaluate.h"
+#include "host/graph/scene.h"
+#include "host/mesh/mesh.h"
+
+#include <algorithm>
+
+namespace host {
+
+using graph::DagNode;
+using graph::DagPath;
+using graph::SelectionItem;
+
+namespace {
+
+bool is_hidden(DagNode& node) {
+    graph::Slot* const slot = node.slot(*graph::dag_attributes().visibility);
+    if (node.is_intermediate())
+        return true;
+    if (slot == nullptr)
+        return false;
+    graph::evaluate(*slot);
+    return slot->value.number() == 0.0;
+}
+
+bool is_at_or_below(const DagPath& path, const DagPath& above) {
+    return above.size() <= path.size() && std::equal(above.begin(), above.end(), path.begin());
+}
+
+/// The walk down the hierarchy, with the path and the matrix so far.
+class Walk {
+public:
+    explicit Walk(std::vector<VisibleShape>& found) : found_(found) {}
+
+    void visit(DagNode& node, const MMatrix& above) {
+        if (is_hidden(node))
+            return;
+        path_.push_back(graph::Ref<DagNode>(&node));
+        const MMatrix matrix = node.local_matrix() * above;
+        if (node.as_mesh() != nullptr)
+            add(static_cast<graph::MeshNode&>(node), matrix);
+        for (DagNode* const child : node.children())
+            visit(*child, matrix);
+        path_.pop_back();
+    }
+
+private:
+    void add(graph::MeshNode& node, const MMatrix& matrix) {
+        const graph::Selection& selection = graph::Scene::current().selection();
+        const bool is_selected =
+            std::any_of(selection.begin(), selection.end(), [&](const SelectionItem& item) {
+                return item.plug == nullptr && !item.component && !item.path.empty() &&
+                       is_at_or_below(path_, item.path);
+            });
+        found_.push_back({path_, matrix, &node, is_selected});
+    }
+
+    std::vector<VisibleShape>& found_;
+    DagPath path_;
+};
+
+void add_point(const Float3& point, const MMatrix& matrix, Bounds& bounds) {
+    bounds.add(MPoint(double(point.x), double(point.y), double(point.z)) * matrix);
+}
+
+/// Vertices of the parts of a mesh; UVs have none.
+void add_component(const Mesh& mesh, const graph::Component& component, const MMatrix& matrix,
+                   Bounds& bounds) {
+    const Connectivity& faces = mesh.connectivity();
+    for (const int id : component.ids()) {
+        const auto part = static_cast<uint32_t>(id);
+        if (component.kind() == graph::ComponentKind::vertex && part < mesh.points().size())
+            add_point(mesh.points()[part], matrix, bounds);
+        if (component.kind() == graph::ComponentKind::edge && part < faces.edge_count()) {
+            add_point(mesh.points()[faces.edge(part).first], matrix, bounds);
+            add_point(mesh.points()[faces.edge(part).second], matrix, bounds);
+        }
+        if (component.kind() == graph::ComponentKind::face && part < faces.polygon_count())
+            for (const uint32_t vertex : faces.polygon_vertices(part))
+                add_point(mesh.points()[vertex], matrix, bounds);
+    }
+}
+
+Bounds shape_bounds(const VisibleShape& shape, bool only_selected) {
+    Bounds bounds;
+    shape.node->refresh();
+    const Mesh* const mesh = shape.node->mesh();
+    if (mesh == nullptr)
+        return bounds;
+    if (!only_selected || shape.is_selected)
+        return bounds_of(*mesh).moved(shape.to_world);
+    for (const SelectionItem& item : graph::Scene::current().selection())
+        if (item.component && item.path == shape.path)
+            add_component(*mesh, *item.component, shape.to_world, bounds);
+    return bounds;
+}
+
+} // namespace
+
+std::vector<VisibleShape> visible_shapes() {
+    std::vector<VisibleShape> found;
+    Walk walk(found);
+    // A copy: evaluating a plug may run what changes the scene.
+    const std::vector<DagNode*> roots = graph::Scene::current().top_level();
+    for (DagNode* const root : roots)
+        walk.visit(*root, MMatrix());
+    return found;
+}
+
+Bounds bounds_of(const Mesh& mesh) {
+    Bounds bounds;
+    const std::vector<Float3>& points = mesh.points();
+    if (points.empty())
+        return bounds;
+    Float3 low = points[0], high = points[0];
+    for (const Float3& p : points) {
+        low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+        high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+    }
+    bounds.add(MPoint(double(low.x), double(low.y), double(low.z)));
+    bounds.add(MPoint(double(high.x), double(high.y), double(high.z)));
+    return bounds;
+}
+
+Bounds scene_bounds(bool only_selected) {
+    Bounds bounds;
+    const std::vector<VisibleShape> shapes = visible_shapes();
+    for (const VisibleShape& shape : shapes)
+        bounds.add(shape_bounds(shape, only_selected));
+    if (bounds.is_empty && only_selected)
+        return scene_bounds(false);
+    return bounds;
+}
+
+} // namespace host
