@@ -1,5 +1,6 @@
 #include "app/mesh_import.h"
 
+#include "host/io/obj_mesh.h"
 #include "host/mesh/pair_set.h"
 
 #include <utility>
@@ -7,29 +8,18 @@
 namespace app {
 namespace {
 
-uint32_t add_copy(const host::ObjDocument& document, uint32_t vertex, ImportedMesh& mesh) {
-    const auto file_vertices = static_cast<uint32_t>(document.vertex_count());
-    const uint32_t source = vertex < file_vertices ? vertex : mesh.copy_of[vertex - file_vertices];
-    mesh.copy_of.push_back(source);
+void add_place(const host::ObjDocument& document, uint32_t vertex, ImportedMesh& mesh) {
     for (size_t k = 0; k < 3; ++k)
-        mesh.positions.push_back(document.positions[3 * size_t(source) + k]);
-    return static_cast<uint32_t>(file_vertices + mesh.copy_of.size() - 1);
+        mesh.positions.push_back(document.positions[3 * size_t(vertex) + k]);
 }
 
 void split_repeats(const host::ObjDocument& document, ImportedMesh& mesh) {
-    // The last polygon that named each vertex, counted from 1.
-    std::vector<uint32_t> named_by(document.vertex_count(), 0);
-    for (uint32_t p = 0; p < document.polygon_count(); ++p) {
-        const size_t before = mesh.copy_of.size();
-        for (uint32_t c = mesh.corner_begin[p]; c < mesh.corner_begin[p + 1]; ++c) {
-            uint32_t& vertex = mesh.corner_vertex[c];
-            if (named_by[vertex] == p + 1)
-                vertex = add_copy(document, vertex, mesh);
-            else
-                named_by[vertex] = p + 1;
-        }
-        mesh.repeat_polygons += mesh.copy_of.size() > before;
-    }
+    host::DistinctCorners corners = host::distinct_corners(document);
+    mesh.corner_vertex = std::move(corners.corner_vertex);
+    mesh.copy_of = std::move(corners.copy_of);
+    mesh.repeat_polygons = corners.repeat_polygons;
+    for (const uint32_t vertex : mesh.copy_of)
+        add_place(document, vertex, mesh);
 }
 
 MStatus make_mesh(const ImportedMesh& imported, host::Mesh& mesh) {
@@ -82,8 +72,15 @@ std::vector<uint32_t> torn_polygons(const host::Mesh& mesh) {
 }
 
 void isolate(const host::ObjDocument& document, uint32_t polygon, ImportedMesh& mesh) {
-    for (uint32_t c = mesh.corner_begin[polygon]; c < mesh.corner_begin[polygon + 1]; ++c)
-        mesh.corner_vertex[c] = add_copy(document, mesh.corner_vertex[c], mesh);
+    const auto file_vertices = static_cast<uint32_t>(document.vertex_count());
+    for (uint32_t c = mesh.corner_begin[polygon]; c < mesh.corner_begin[polygon + 1]; ++c) {
+        uint32_t& vertex = mesh.corner_vertex[c];
+        const uint32_t source =
+            vertex < file_vertices ? vertex : mesh.copy_of[vertex - file_vertices];
+        vertex = static_cast<uint32_t>(file_vertices + mesh.copy_of.size());
+        mesh.copy_of.push_back(source);
+        add_place(document, source, mesh);
+    }
 }
 
 } // namespace
@@ -92,7 +89,6 @@ MStatus import_mesh(const host::ObjDocument& document, ImportedMesh& imported, h
     imported = ImportedMesh();
     imported.positions = document.positions;
     imported.corner_begin = document.corner_begin;
-    imported.corner_vertex = document.corner_vertex;
     split_repeats(document, imported);
     for (;;) {
         const MStatus status = make_mesh(imported, mesh);

@@ -39,6 +39,16 @@ MObject make(const char* point, const MString& long_name, const MString& short_n
     return MObject(new Attribute(long_name.asChar(), short_name.asChar(), kind));
 }
 
+/// The same for three floats in one.
+MObject make_triple(const char* point, const MString& long_name, const MString& short_name,
+                    const char* const (&suffixes)[3], MStatus* out) {
+    if (make(point, long_name, short_name, AttributeKind::real32, out).isNull())
+        return MObject();
+    return MObject(Attribute::make_tuple(long_name.asChar(), short_name.asChar(), Tuple::float3,
+                                         host::graph::Unit::none, suffixes)
+                       .get());
+}
+
 template <class T>
 T read(const MObject& object, T Attribute::*member, MStatus* out) {
     const Attribute* const attribute = attached(object);
@@ -205,29 +215,22 @@ MObject MFnNumericAttribute::create(const MString& fullName, const MString& brie
 
 MObject MFnNumericAttribute::createColor(const MString& fullName, const MString& briefName,
                                          MStatus* ReturnStatus) {
-    static const char* const k_suffixes[] = {"R", "G", "B"};
-    const MObject made = make("MFnNumericAttribute::createColor", fullName, briefName,
-                              AttributeKind::real32, ReturnStatus);
+    const MObject made = make_triple("MFnNumericAttribute::createColor", fullName, briefName,
+                                     {"R", "G", "B"}, ReturnStatus);
     if (made.isNull())
         return made;
-    object_ = MObject(Attribute::make_tuple(fullName.asChar(), briefName.asChar(), Tuple::float3,
-                                            host::graph::Unit::none, k_suffixes)
-                          .get());
+    object_ = made;
     setUsedAsColor(true);
     return object_;
 }
 
 MObject MFnNumericAttribute::createPoint(const MString& fullName, const MString& briefName,
                                          MStatus* ReturnStatus) {
-    static const char* const k_suffixes[] = {"X", "Y", "Z"};
-    const MObject made = make("MFnNumericAttribute::createPoint", fullName, briefName,
-                              AttributeKind::real32, ReturnStatus);
-    if (made.isNull())
-        return made;
-    object_ = MObject(Attribute::make_tuple(fullName.asChar(), briefName.asChar(), Tuple::float3,
-                                            host::graph::Unit::none, k_suffixes)
-                          .get());
-    return object_;
+    const MObject made = make_triple("MFnNumericAttribute::createPoint", fullName, briefName,
+                                     {"X", "Y", "Z"}, ReturnStatus);
+    if (!made.isNull())
+        object_ = made;
+    return made;
 }
 
 MFnNumericData::Type MFnNumericAttribute::unitType(MStatus* ReturnStatus) const {

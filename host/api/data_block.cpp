@@ -306,6 +306,18 @@ MDataHandle input(Slot* slot, MStatus status, MStatus* out) {
     return status ? MDataHandle(slot) : MDataHandle();
 }
 
+MDataHandle output(Slot* slot, const MStatus& status, MStatus* out) {
+    report(out, status);
+    return MDataHandle(slot);
+}
+
+MArrayDataHandle array_of(const MDataHandle& place, const MStatus& status, MStatus* out) {
+    MStatus kind;
+    MArrayDataHandle handle(place, &kind);
+    report(out, status ? kind : status);
+    return handle;
+}
+
 } // namespace
 
 MDataHandle MDataBlock::inputValue(const MPlug& plug, MStatus* ReturnStatus) {
@@ -323,51 +335,39 @@ MDataHandle MDataBlock::inputValue(const MObject& attribute, MStatus* ReturnStat
 MDataHandle MDataBlock::outputValue(const MPlug& plug, MStatus* ReturnStatus) {
     MStatus status;
     Slot* const slot = find(plug, "MDataBlock::outputValue", status);
-    report(ReturnStatus, status);
-    return MDataHandle(slot);
+    return output(slot, status, ReturnStatus);
 }
 
 MDataHandle MDataBlock::outputValue(const MObject& attribute, MStatus* ReturnStatus) {
     MStatus status;
     Slot* const slot = find(attribute, "MDataBlock::outputValue", status);
-    report(ReturnStatus, status);
-    return MDataHandle(slot);
+    return output(slot, status, ReturnStatus);
 }
 
 MArrayDataHandle MDataBlock::inputArrayValue(const MPlug& plug, MStatus* ReturnStatus) {
     MStatus status;
     Slot* const slot = find(plug, "MDataBlock::inputArrayValue", status);
-    MStatus kind;
-    MArrayDataHandle handle(input(slot, status, &status), &kind);
-    report(ReturnStatus, status ? kind : status);
-    return handle;
+    const MDataHandle place = input(slot, status, &status);
+    return array_of(place, status, ReturnStatus);
 }
 
 MArrayDataHandle MDataBlock::inputArrayValue(const MObject& attribute, MStatus* ReturnStatus) {
     MStatus status;
     Slot* const slot = find(attribute, "MDataBlock::inputArrayValue", status);
-    MStatus kind;
-    MArrayDataHandle handle(input(slot, status, &status), &kind);
-    report(ReturnStatus, status ? kind : status);
-    return handle;
+    const MDataHandle place = input(slot, status, &status);
+    return array_of(place, status, ReturnStatus);
 }
 
 MArrayDataHandle MDataBlock::outputArrayValue(const MPlug& plug, MStatus* ReturnStatus) {
     MStatus status;
     const MDataHandle place(find(plug, "MDataBlock::outputArrayValue", status));
-    MStatus kind;
-    MArrayDataHandle handle(place, &kind);
-    report(ReturnStatus, status ? kind : status);
-    return handle;
+    return array_of(place, status, ReturnStatus);
 }
 
 MArrayDataHandle MDataBlock::outputArrayValue(const MObject& attribute, MStatus* ReturnStatus) {
     MStatus status;
     const MDataHandle place(find(attribute, "MDataBlock::outputArrayValue", status));
-    MStatus kind;
-    MArrayDataHandle handle(place, &kind);
-    report(ReturnStatus, status ? kind : status);
-    return handle;
+    return array_of(place, status, ReturnStatus);
 }
 
 MStatus MDataBlock::setClean(const MPlug& plug) {

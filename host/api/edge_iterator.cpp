@@ -1,21 +1,16 @@
-#include "host/api/mesh_access.h"
+#include "host/api/mesh_cursor.h"
 
 #include <maya/MItMeshEdge.h>
 
-using host::current_mesh;
 using host::Mesh;
-using host::pass_fault;
 using host::report;
 
 namespace {
 
+constexpr host::Count k_count = &host::Connectivity::edge_count;
+
 const Mesh* begin(const char* point, const MObject& object, int index, MStatus& status) {
-    status = pass_fault(point);
-    const Mesh* const mesh = status ? current_mesh(object) : nullptr;
-    if (status && (mesh == nullptr || index < 0 ||
-                   index >= static_cast<int>(mesh->connectivity().edge_count())))
-        status = MS::kFailure;
-    return mesh;
+    return host::begin_at(k_count, point, object, index, status);
 }
 
 std::uint32_t end_vertex(const Mesh& mesh, int edge, int end) {
@@ -43,47 +38,25 @@ MItMeshEdge::MItMeshEdge(const MDagPath& polyObject, MObject& component, MStatus
 MItMeshEdge::~MItMeshEdge() = default;
 
 bool MItMeshEdge::isDone(MStatus* ReturnStatus) const {
-    const MStatus fault = pass_fault("MItMeshEdge::isDone");
-    const Mesh* const mesh = fault ? current_mesh(object_) : nullptr;
-    report(ReturnStatus, fault && mesh == nullptr ? MStatus(MS::kFailure) : fault);
-    return mesh == nullptr || index_ >= static_cast<int>(mesh->connectivity().edge_count());
+    return index_ >= host::count_all(k_count, "MItMeshEdge::isDone", object_, ReturnStatus);
 }
 
 MStatus MItMeshEdge::next() {
-    MStatus status;
-    begin("MItMeshEdge::next", object_, index_, status);
-    index_ += status ? 1 : 0;
-    return status;
+    return host::move_to_next(k_count, "MItMeshEdge::next", object_, index_);
 }
 
-MStatus MItMeshEdge::reset() {
-    MStatus status = pass_fault("MItMeshEdge::reset");
-    if (status && current_mesh(object_) == nullptr)
-        status = MS::kFailure;
-    if (status)
-        index_ = 0;
-    return status;
-}
+MStatus MItMeshEdge::reset() { return host::move_to_first("MItMeshEdge::reset", object_, index_); }
 
 MStatus MItMeshEdge::reset(MObject& polyObject) {
-    const MObject wanted = polyObject;
-    path_ = MDagPath();
-    index_ = 0;
-    return host::attach_mesh("MItMeshEdge::reset", wanted, MObject(), object_);
+    return host::move_to_mesh("MItMeshEdge::reset", polyObject, object_, path_, index_);
 }
 
 int MItMeshEdge::count(MStatus* ReturnStatus) const {
-    const MStatus fault = pass_fault("MItMeshEdge::count");
-    const Mesh* const mesh = fault ? current_mesh(object_) : nullptr;
-    report(ReturnStatus, fault && mesh == nullptr ? MStatus(MS::kFailure) : fault);
-    return mesh == nullptr ? 0 : static_cast<int>(mesh->connectivity().edge_count());
+    return host::count_all(k_count, "MItMeshEdge::count", object_, ReturnStatus);
 }
 
 int MItMeshEdge::index(MStatus* ReturnStatus) const {
-    MStatus status;
-    begin("MItMeshEdge::index", object_, index_, status);
-    report(ReturnStatus, status);
-    return index_;
+    return host::current_index(k_count, "MItMeshEdge::index", object_, index_, ReturnStatus);
 }
 
 int MItMeshEdge::index(int endPoint, MStatus* ReturnStatus) const {
@@ -96,13 +69,7 @@ int MItMeshEdge::index(int endPoint, MStatus* ReturnStatus) const {
 }
 
 MStatus MItMeshEdge::setIndex(int index, int& prevIndex) {
-    MStatus status;
-    begin("MItMeshEdge::setIndex", object_, index, status);
-    if (status.error())
-        return status;
-    prevIndex = index_;
-    index_ = index;
-    return status;
+    return host::move_to_index(k_count, "MItMeshEdge::setIndex", object_, index, prevIndex, index_);
 }
 
 MPoint MItMeshEdge::point(int endPoint, MSpace::Space space, MStatus* ReturnStatus) const {

@@ -24,6 +24,22 @@ MStatus enter(const char* point, const Slot* slot) {
     return status && slot == nullptr ? MStatus(MS::kInvalidParameter) : status;
 }
 
+/// The same, and the demand that the slot is of a kind.
+MStatus enter(const char* point, const Slot* slot, bool (Slot::*is_kind)() const) {
+    const MStatus status = enter(point, slot);
+    return status && !(slot->*is_kind)() ? MStatus(MS::kFailure) : status;
+}
+
+/// How many of the slots below fit; 0 when the call has failed.
+unsigned int count_below(const Slot* slot, bool (Slot::*fits)() const, const MStatus& status,
+                         MStatus* result) {
+    unsigned int count = 0;
+    if (report(result, status))
+        for (const auto& below : slot->below())
+            count += (below.get()->*fits)() ? 1 : 0;
+    return count;
+}
+
 MString text_of(const Slot& slot, bool long_names) { return slot.path(long_names).c_str(); }
 
 } // namespace
@@ -144,21 +160,12 @@ bool MPlug::connectedTo(MPlugArray& array, bool asDst, bool asSrc, MStatus* Retu
 // === Elements ================================================================================
 
 unsigned int MPlug::numElements(MStatus* ReturnStatus) const {
-    MStatus status = enter("MPlug::numElements", slot_);
-    if (status && !slot_->is_array())
-        status = MS::kFailure;
-    if (!report(ReturnStatus, status))
-        return 0;
-    unsigned int count = 0;
-    for (const auto& element : slot_->below())
-        count += element->is_in_block() ? 1 : 0;
-    return count;
+    return count_below(slot_, &Slot::is_in_block,
+                       enter("MPlug::numElements", slot_, &Slot::is_array), ReturnStatus);
 }
 
 unsigned int MPlug::evaluateNumElements(MStatus* ReturnStatus) {
-    MStatus status = enter("MPlug::evaluateNumElements", slot_);
-    if (status && !slot_->is_array())
-        status = MS::kFailure;
+    MStatus status = enter("MPlug::evaluateNumElements", slot_, &Slot::is_array);
     if (!report(ReturnStatus, status))
         return 0;
     host::graph::evaluate(*slot_);
@@ -166,20 +173,12 @@ unsigned int MPlug::evaluateNumElements(MStatus* ReturnStatus) {
 }
 
 unsigned int MPlug::numConnectedElements(MStatus* ReturnStatus) const {
-    MStatus status = enter("MPlug::numConnectedElements", slot_);
-    if (status && !slot_->is_array())
-        status = MS::kFailure;
-    unsigned int count = 0;
-    if (report(ReturnStatus, status))
-        for (const auto& element : slot_->below())
-            count += element->is_connected() ? 1 : 0;
-    return count;
+    return count_below(slot_, &Slot::is_connected,
+                       enter("MPlug::numConnectedElements", slot_, &Slot::is_array), ReturnStatus);
 }
 
 MPlug MPlug::elementByPhysicalIndex(unsigned int index, MStatus* ReturnStatus) const {
-    MStatus status = enter("MPlug::elementByPhysicalIndex", slot_);
-    if (status && !slot_->is_array())
-        status = MS::kFailure;
+    MStatus status = enter("MPlug::elementByPhysicalIndex", slot_, &Slot::is_array);
     if (status)
         for (const auto& element : slot_->below()) {
             if (!element->is_in_block())
@@ -195,9 +194,7 @@ MPlug MPlug::elementByPhysicalIndex(unsigned int index, MStatus* ReturnStatus) c
 }
 
 MPlug MPlug::elementByLogicalIndex(unsigned int index, MStatus* ReturnStatus) const {
-    MStatus status = enter("MPlug::elementByLogicalIndex", slot_);
-    if (status && !slot_->is_array())
-        status = MS::kFailure;
+    MStatus status = enter("MPlug::elementByLogicalIndex", slot_, &Slot::is_array);
     if (status && index > 0x7FFFFFFFu)
         status = MS::kInvalidParameter;
     if (!report(ReturnStatus, status))
@@ -208,45 +205,32 @@ MPlug MPlug::elementByLogicalIndex(unsigned int index, MStatus* ReturnStatus) co
 }
 
 unsigned int MPlug::logicalIndex(MStatus* ReturnStatus) const {
-    MStatus status = enter("MPlug::logicalIndex", slot_);
-    if (status && !slot_->is_element())
-        status = MS::kFailure;
+    MStatus status = enter("MPlug::logicalIndex", slot_, &Slot::is_element);
     return report(ReturnStatus, status) ? static_cast<unsigned int>(slot_->index()) : 0;
 }
 
 MPlug MPlug::array(MStatus* ReturnStatus) const {
-    MStatus status = enter("MPlug::array", slot_);
-    if (status && !slot_->is_element())
-        status = MS::kFailure;
+    MStatus status = enter("MPlug::array", slot_, &Slot::is_element);
     return report(ReturnStatus, status) ? MPlug(slot_->parent()) : MPlug();
 }
 
 // === Components ==============================================================================
 
 unsigned int MPlug::numChildren(MStatus* ReturnStatus) const {
-    MStatus status = enter("MPlug::numChildren", slot_);
-    if (status && !slot_->is_compound())
-        status = MS::kFailure;
+    MStatus status = enter("MPlug::numChildren", slot_, &Slot::is_compound);
     return report(ReturnStatus, status)
                ? static_cast<unsigned int>(slot_->attribute().children().size())
                : 0;
 }
 
 unsigned int MPlug::numConnectedChildren(MStatus* ReturnStatus) const {
-    MStatus status = enter("MPlug::numConnectedChildren", slot_);
-    if (status && !slot_->is_compound())
-        status = MS::kFailure;
-    unsigned int count = 0;
-    if (report(ReturnStatus, status))
-        for (const auto& child : slot_->below())
-            count += child->is_connected() ? 1 : 0;
-    return count;
+    return count_below(slot_, &Slot::is_connected,
+                       enter("MPlug::numConnectedChildren", slot_, &Slot::is_compound),
+                       ReturnStatus);
 }
 
 MPlug MPlug::child(unsigned int index, MStatus* ReturnStatus) const {
-    MStatus status = enter("MPlug::child", slot_);
-    if (status && !slot_->is_compound())
-        status = MS::kFailure;
+    MStatus status = enter("MPlug::child", slot_, &Slot::is_compound);
     if (status && index >= slot_->attribute().children().size())
         status = MS::kInvalidParameter;
     return report(ReturnStatus, status) ? MPlug(slot_->child(index)) : MPlug();

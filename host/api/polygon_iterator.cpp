@@ -1,24 +1,18 @@
-#include "host/api/mesh_access.h"
+#include "host/api/mesh_cursor.h"
 
 #include <maya/MItMeshPolygon.h>
 
 using host::copy_ids;
-using host::current_mesh;
 using host::IndexSpan;
 using host::Mesh;
-using host::pass_fault;
 using host::report;
 
 namespace {
 
-/// Passes a fault point and finds the mesh, provided that the iterator stands on a polygon.
+constexpr host::Count k_count = &host::Connectivity::polygon_count;
+
 const Mesh* begin(const char* point, const MObject& object, int index, MStatus& status) {
-    status = pass_fault(point);
-    const Mesh* const mesh = status ? current_mesh(object) : nullptr;
-    if (status && (mesh == nullptr || index < 0 ||
-                   index >= static_cast<int>(mesh->connectivity().polygon_count())))
-        status = MS::kFailure;
-    return mesh;
+    return host::begin_at(k_count, point, object, index, status);
 }
 
 IndexSpan vertices_of(const Mesh& mesh, int index) {
@@ -41,57 +35,34 @@ MItMeshPolygon::MItMeshPolygon(const MDagPath& polyObject, MObject& component,
 MItMeshPolygon::~MItMeshPolygon() = default;
 
 bool MItMeshPolygon::isDone(MStatus* ReturnStatus) const {
-    const MStatus fault = pass_fault("MItMeshPolygon::isDone");
-    const Mesh* const mesh = fault ? current_mesh(object_) : nullptr;
-    report(ReturnStatus, fault && mesh == nullptr ? MStatus(MS::kFailure) : fault);
-    return mesh == nullptr || index_ >= static_cast<int>(mesh->connectivity().polygon_count());
+    return index_ >= host::count_all(k_count, "MItMeshPolygon::isDone", object_, ReturnStatus);
 }
 
 MStatus MItMeshPolygon::next() {
-    MStatus status;
-    begin("MItMeshPolygon::next", object_, index_, status);
-    index_ += status ? 1 : 0;
-    return status;
+    return host::move_to_next(k_count, "MItMeshPolygon::next", object_, index_);
 }
 
 MStatus MItMeshPolygon::reset() {
-    MStatus status = pass_fault("MItMeshPolygon::reset");
-    if (status && current_mesh(object_) == nullptr)
-        status = MS::kFailure;
-    if (status)
-        index_ = 0;
-    return status;
+    return host::move_to_first("MItMeshPolygon::reset", object_, index_);
 }
 
 MStatus MItMeshPolygon::reset(const MObject& polyObject) {
-    const MObject wanted = polyObject;
-    path_ = MDagPath();
-    index_ = 0;
-    return host::attach_mesh("MItMeshPolygon::reset", wanted, MObject(), object_);
+    return host::move_to_mesh("MItMeshPolygon::reset", polyObject, object_, path_, index_);
 }
 
 unsigned int MItMeshPolygon::count(MStatus* ReturnStatus) const {
-    const MStatus fault = pass_fault("MItMeshPolygon::count");
-    const Mesh* const mesh = fault ? current_mesh(object_) : nullptr;
-    report(ReturnStatus, fault && mesh == nullptr ? MStatus(MS::kFailure) : fault);
-    return mesh == nullptr ? 0 : mesh->connectivity().polygon_count();
+    return static_cast<unsigned int>(
+        host::count_all(k_count, "MItMeshPolygon::count", object_, ReturnStatus));
 }
 
 unsigned int MItMeshPolygon::index(MStatus* ReturnStatus) const {
-    MStatus status;
-    begin("MItMeshPolygon::index", object_, index_, status);
-    report(ReturnStatus, status);
-    return static_cast<unsigned int>(index_);
+    return static_cast<unsigned int>(
+        host::current_index(k_count, "MItMeshPolygon::index", object_, index_, ReturnStatus));
 }
 
 MStatus MItMeshPolygon::setIndex(int index, int& prevIndex) {
-    MStatus status;
-    begin("MItMeshPolygon::setIndex", object_, index, status);
-    if (status.error())
-        return status;
-    prevIndex = index_;
-    index_ = index;
-    return status;
+    return host::move_to_index(k_count, "MItMeshPolygon::setIndex", object_, index, prevIndex,
+                               index_);
 }
 
 unsigned int MItMeshPolygon::polygonVertexCount(MStatus* ReturnStatus) const {

@@ -1,4 +1,4 @@
-#include "host/api/mesh_access.h"
+#include "host/api/mesh_cursor.h"
 
 #include <maya/MItMeshVertex.h>
 
@@ -6,22 +6,17 @@
 #include <vector>
 
 using host::Connectivity;
-using host::current_mesh;
 using host::IndexSpan;
 using host::Mesh;
-using host::pass_fault;
 using host::report;
 using host::UvSet;
 
 namespace {
 
+constexpr host::Count k_count = &host::Connectivity::vertex_count;
+
 const Mesh* begin(const char* point, const MObject& object, int index, MStatus& status) {
-    status = pass_fault(point);
-    const Mesh* const mesh = status ? current_mesh(object) : nullptr;
-    if (status && (mesh == nullptr || index < 0 ||
-                   index >= static_cast<int>(mesh->connectivity().vertex_count())))
-        status = MS::kFailure;
-    return mesh;
+    return host::begin_at(k_count, point, object, index, status);
 }
 
 /// The corners at a vertex together with a UV set, and how many of them are mapped.
@@ -74,57 +69,32 @@ MItMeshVertex::MItMeshVertex(const MDagPath& polyObject, MObject& component,
 MItMeshVertex::~MItMeshVertex() = default;
 
 bool MItMeshVertex::isDone(MStatus* ReturnStatus) const {
-    const MStatus fault = pass_fault("MItMeshVertex::isDone");
-    const Mesh* const mesh = fault ? current_mesh(object_) : nullptr;
-    report(ReturnStatus, fault && mesh == nullptr ? MStatus(MS::kFailure) : fault);
-    return mesh == nullptr || index_ >= static_cast<int>(mesh->connectivity().vertex_count());
+    return index_ >= host::count_all(k_count, "MItMeshVertex::isDone", object_, ReturnStatus);
 }
 
 MStatus MItMeshVertex::next() {
-    MStatus status;
-    begin("MItMeshVertex::next", object_, index_, status);
-    index_ += status ? 1 : 0;
-    return status;
+    return host::move_to_next(k_count, "MItMeshVertex::next", object_, index_);
 }
 
 MStatus MItMeshVertex::reset() {
-    MStatus status = pass_fault("MItMeshVertex::reset");
-    if (status && current_mesh(object_) == nullptr)
-        status = MS::kFailure;
-    if (status)
-        index_ = 0;
-    return status;
+    return host::move_to_first("MItMeshVertex::reset", object_, index_);
 }
 
 MStatus MItMeshVertex::reset(MObject& polyObject) {
-    const MObject wanted = polyObject;
-    path_ = MDagPath();
-    index_ = 0;
-    return host::attach_mesh("MItMeshVertex::reset", wanted, MObject(), object_);
+    return host::move_to_mesh("MItMeshVertex::reset", polyObject, object_, path_, index_);
 }
 
 int MItMeshVertex::count(MStatus* ReturnStatus) const {
-    const MStatus fault = pass_fault("MItMeshVertex::count");
-    const Mesh* const mesh = fault ? current_mesh(object_) : nullptr;
-    report(ReturnStatus, fault && mesh == nullptr ? MStatus(MS::kFailure) : fault);
-    return mesh == nullptr ? 0 : static_cast<int>(mesh->connectivity().vertex_count());
+    return host::count_all(k_count, "MItMeshVertex::count", object_, ReturnStatus);
 }
 
 int MItMeshVertex::index(MStatus* ReturnStatus) const {
-    MStatus status;
-    begin("MItMeshVertex::index", object_, index_, status);
-    report(ReturnStatus, status);
-    return index_;
+    return host::current_index(k_count, "MItMeshVertex::index", object_, index_, ReturnStatus);
 }
 
 MStatus MItMeshVertex::setIndex(int index, int& prevIndex) {
-    MStatus status;
-    begin("MItMeshVertex::setIndex", object_, index, status);
-    if (status.error())
-        return status;
-    prevIndex = index_;
-    index_ = index;
-    return status;
+    return host::move_to_index(k_count, "MItMeshVertex::setIndex", object_, index, prevIndex,
+                               index_);
 }
 
 MPoint MItMeshVertex::position(MSpace::Space space, MStatus* ReturnStatus) const {

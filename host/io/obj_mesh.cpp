@@ -6,24 +6,6 @@ namespace host {
 
 namespace {
 
-/// Vertex of every corner, with added points for repeats inside a polygon.
-std::vector<uint32_t> distinct_corners(const ObjDocument& document, std::vector<Float3>& points) {
-    std::vector<uint32_t> vertices = document.corner_vertex;
-    // The last polygon that named each vertex, counted from 1.
-    std::vector<uint32_t> named_by(points.size(), 0);
-    for (uint32_t p = 0; p < document.polygon_count(); ++p)
-        for (uint32_t c = document.corner_begin[p]; c < document.corner_begin[p + 1]; ++c) {
-            const uint32_t vertex = vertices[c];
-            if (named_by[vertex] != p + 1) {
-                named_by[vertex] = p + 1;
-                continue;
-            }
-            vertices[c] = uint32_t(points.size());
-            points.push_back(Float3(points[vertex]));
-        }
-    return vertices;
-}
-
 /// Texture coordinates that a corner uses, in the order of the file; the rest are left behind.
 void take_uvs(const ObjDocument& document, UvSet& set) {
     std::vector<int32_t> place(document.texture_count(), -1);
@@ -77,6 +59,28 @@ void write_part(const ObjPart& part, size_t first_point, size_t first_uv, std::s
 
 } // namespace
 
+DistinctCorners distinct_corners(const ObjDocument& document) {
+    DistinctCorners corners;
+    corners.corner_vertex = document.corner_vertex;
+    const auto document_vertices = static_cast<uint32_t>(document.vertex_count());
+    // The last polygon that named each vertex, counted from 1.
+    std::vector<uint32_t> named_by(document_vertices, 0);
+    for (uint32_t p = 0; p < document.polygon_count(); ++p) {
+        const size_t before = corners.copy_of.size();
+        for (uint32_t c = document.corner_begin[p]; c < document.corner_begin[p + 1]; ++c) {
+            uint32_t& vertex = corners.corner_vertex[c];
+            if (named_by[vertex] != p + 1) {
+                named_by[vertex] = p + 1;
+                continue;
+            }
+            corners.copy_of.push_back(vertex);
+            vertex = document_vertices + static_cast<uint32_t>(corners.copy_of.size() - 1);
+        }
+        corners.repeat_polygons += corners.copy_of.size() > before ? 1 : 0;
+    }
+    return corners;
+}
+
 bool mesh_of_document(const ObjDocument& document, Mesh& mesh) {
     std::vector<Float3> points(document.vertex_count());
     for (size_t i = 0; i < points.size(); ++i)
@@ -85,8 +89,10 @@ bool mesh_of_document(const ObjDocument& document, Mesh& mesh) {
     std::vector<uint32_t> counts(document.polygon_count());
     for (size_t p = 0; p < counts.size(); ++p)
         counts[p] = document.corner_begin[p + 1] - document.corner_begin[p];
-    std::vector<uint32_t> vertices = distinct_corners(document, points);
-    if (!Mesh::make(std::move(points), std::move(counts), std::move(vertices), mesh))
+    DistinctCorners corners = distinct_corners(document);
+    for (const uint32_t vertex : corners.copy_of)
+        points.push_back(Float3(points[vertex]));
+    if (!Mesh::make(std::move(points), std::move(counts), std::move(corners.corner_vertex), mesh))
         return false;
     take_uvs(document, mesh.edit_uv_set(mesh.add_uv_set("map1")));
     return true;

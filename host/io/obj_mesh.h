@@ -12,9 +12,17 @@
 
 namespace host {
 
+/// A document's corners with every vertex named once by each polygon: for each repeat there is an
+/// added vertex, at the same place, numbered on from the document's.
+struct DistinctCorners {
+    std::vector<uint32_t> corner_vertex;
+    std::vector<uint32_t> copy_of; ///< for each added vertex, the document's vertex
+    uint64_t repeat_polygons = 0;  ///< polygons that name a vertex twice
+};
+TESSORA_IO_API DistinctCorners distinct_corners(const ObjDocument& document);
+
 /// The document's polygons as one mesh with one UV set, "map1", which is there also when the file
-/// has no texture coordinates. A polygon that names a vertex twice gets a vertex of its own, at the
-/// same place, for each repeat.
+/// has no texture coordinates. Its corners are distinct_corners.
 /// Errors: false when the mesh cannot be made (too many of anything, memory).
 TESSORA_IO_API bool mesh_of_document(const ObjDocument& document, Mesh& mesh);
 
