@@ -1,0 +1,74 @@
+/// What the iterators over a mesh's vertices, edges and polygons do alike: each stands on one of
+/// them, by number. `Count` is the number of what is gone over: a member of Connectivity.
+#pragma once
+
+#include "host/api/mesh_access.h"
+
+namespace host {
+
+using Count = std::uint32_t (Connectivity::*)() const;
+
+/// Passes a fault point and finds the mesh, provided that `index` is one of what is gone over.
+inline const Mesh* begin_at(Count count, const char* point, const MObject& object, int index,
+                            MStatus& status) {
+    status = pass_fault(point);
+    const Mesh* const mesh = status ? current_mesh(object) : nullptr;
+    if (status && (mesh == nullptr || index < 0 ||
+                   index >= static_cast<int>((mesh->connectivity().*count)())))
+        status = MS::kFailure;
+    return mesh;
+}
+
+/// How many there are; 0 without a mesh.
+inline int count_all(Count count, const char* point, const MObject& object, MStatus* result) {
+    const MStatus fault = pass_fault(point);
+    const Mesh* const mesh = fault ? current_mesh(object) : nullptr;
+    report(result, fault && mesh == nullptr ? MStatus(MS::kFailure) : fault);
+    return mesh == nullptr ? 0 : static_cast<int>((mesh->connectivity().*count)());
+}
+
+inline MStatus move_to_next(Count count, const char* point, const MObject& object, int& index) {
+    MStatus status;
+    begin_at(count, point, object, index, status);
+    index += status ? 1 : 0;
+    return status;
+}
+
+inline MStatus move_to_first(const char* point, const MObject& object, int& index) {
+    MStatus status = pass_fault(point);
+    if (status && current_mesh(object) == nullptr)
+        status = MS::kFailure;
+    if (status)
+        index = 0;
+    return status;
+}
+
+/// To the first of another mesh.
+inline MStatus move_to_mesh(const char* point, const MObject& wanted, MObject& object,
+                            MDagPath& path, int& index) {
+    const MObject kept = wanted; // it may be the one that is let go
+    path = MDagPath();
+    index = 0;
+    return attach_mesh(point, kept, MObject(), object);
+}
+
+inline int current_index(Count count, const char* point, const MObject& object, int index,
+                         MStatus* result) {
+    MStatus status;
+    begin_at(count, point, object, index, status);
+    report(result, status);
+    return index;
+}
+
+inline MStatus move_to_index(Count count, const char* point, const MObject& object, int wanted,
+                             int& previous, int& index) {
+    MStatus status;
+    begin_at(count, point, object, wanted, status);
+    if (status.error())
+        return status;
+    previous = index;
+    index = wanted;
+    return status;
+}
+
+} // namespace host
