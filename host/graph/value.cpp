@@ -77,41 +77,12 @@ Value Value::zero(ValueKind kind) {
     return value;
 }
 
-Value Value::of_bool(bool v) {
-    Value value = zero(ValueKind::boolean);
-    value.boolean_ = v;
-    return value;
-}
-
-Value Value::of_byte(char v) {
-    Value value = zero(ValueKind::byte);
-    value.byte_ = v;
-    return value;
-}
-
-Value Value::of_short(short v) {
-    Value value = zero(ValueKind::short_);
-    value.short_ = v;
-    return value;
-}
-
-Value Value::of_int(int32_t v) {
-    Value value = zero(ValueKind::integer);
-    value.integer_ = v;
-    return value;
-}
-
-Value Value::of_float(float v) {
-    Value value = zero(ValueKind::real32);
-    value.real32_ = v;
-    return value;
-}
-
-Value Value::of_double(double v) {
-    Value value = zero(ValueKind::real64);
-    value.real64_ = v;
-    return value;
-}
+Value Value::of_bool(bool v) { return of(ValueKind::boolean, &Value::boolean_, v); }
+Value Value::of_byte(char v) { return of(ValueKind::byte, &Value::byte_, v); }
+Value Value::of_short(short v) { return of(ValueKind::short_, &Value::short_, v); }
+Value Value::of_int(int32_t v) { return of(ValueKind::integer, &Value::integer_, v); }
+Value Value::of_float(float v) { return of(ValueKind::real32, &Value::real32_, v); }
+Value Value::of_double(double v) { return of(ValueKind::real64, &Value::real64_, v); }
 
 Value Value::of_text(const MString& v) {
     Value value = zero(ValueKind::text);

@@ -63,6 +63,13 @@ public:
     void reset();
 
 private:
+    template <class T>
+    static Value of(ValueKind kind, T Value::*member, T v) {
+        Value value = zero(kind);
+        value.*member = v;
+        return value;
+    }
+
     ValueKind kind_ = ValueKind::none;
     union {
         bool boolean_;
