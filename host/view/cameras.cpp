@@ -206,34 +206,75 @@ void ray_through(const CameraView& camera, const Viewport& viewport, double x, d
 
 // === Moving ==================================================================================
 
-void frame_bounds(const DagPath& camera, const Viewport& viewport, const Bounds& bounds,
+namespace {
+
+/// Where a camera must stand to see points, along one direction of the panel.
+///
+/// A point x to the side and z towards the camera is seen from (X, Z) when |x - X| <= t (Z - z),
+/// for the tangent t of half the opening angle. So Z + X / t and Z - X / t have a lower limit each,
+/// and where both are met exactly the points are in the middle and fill the panel.
+struct Reach {
+    double right = -k_far, left = -k_far;
+    void add(double x, double z, double tangent) {
+        right = std::max(right, z + x / tangent);
+        left = std::max(left, z - x / tangent);
+    }
+    double away() const { return 0.5 * (right + left); }
+    double aside(double tangent) const { return 0.5 * (right - left) * tangent; }
+    static constexpr double k_far = 1.0e300;
+};
+
+/// The points' extent along the camera's axes, seen from the origin.
+struct Extent {
+    Bounds box;
+    Reach sideways, upwards;
+};
+
+Extent extent_of(const PointSource& points, const MMatrix& world, double tangent_x,
+                 double tangent_y) {
+    Extent extent;
+    points([&](const MPoint& point) {
+        const MVector p(point);
+        const MPoint seen(p * row(world, 0), p * row(world, 1), p * row(world, 2));
+        extent.box.add(seen);
+        extent.sideways.add(seen.x, seen.z, tangent_x);
+        extent.upwards.add(seen.y, seen.z, tangent_y);
+    });
+    return extent;
+}
+
+} // namespace
+
+void frame_points(const DagPath& camera, const Viewport& viewport, const PointSource& points,
                   double factor) {
-    if (!can_move(camera) || bounds.is_empty || factor <= 0.0)
+    if (!can_move(camera) || !(factor > 0.0))
         return;
-    const CameraView seen = read_camera(camera, viewport, bounds);
+    const CameraView seen = read_camera(camera, viewport, Bounds());
     const MMatrix world = world_matrix(camera);
-    const MPoint center = bounds.center();
-    // Nothing smaller than this can be told from a point: a mesh without any extent is framed as
-    // if it had a little.
-    const double least = std::max(1.0e-6, 1.0e-6 * (center - MPoint()).length());
-    double distance = 0.0, half_width = least;
-    for (int i = 0; i < 8; ++i) {
-        const MVector offset = bounds.corner(i) - center;
-        const double x = std::fabs(offset * row(world, 0)) / factor;
-        const double y = std::fabs(offset * row(world, 1)) / factor;
-        const double need = std::max(x / seen.half_width, y / seen.half_height);
-        distance = std::max(distance, need + offset * row(world, 2));
-        half_width = std::max({half_width, x, y * viewport.aspect()});
-    }
+    const double x = factor * seen.half_width, y = factor * seen.half_height;
+    const Extent extent = extent_of(points, world, x, y);
+    if (extent.box.is_empty)
+        return;
+    MPoint place = extent.box.center();
+    const double middle = place.z;
+    // What has no extent is framed as if it had a little.
+    const double least = 1.0e-6 * (1.0 + (place - MPoint()).length());
+    const double radius = std::max(extent.box.radius(), least);
     if (seen.is_orthographic) {
-        set_number(*camera.back(), "orthographicWidth", 2.0 * half_width);
-        // Far enough for the camera itself to stay outside of what it shows.
+        const MVector size = extent.box.high - extent.box.low;
+        const double width = std::max({size.x, size.y * viewport.aspect(), least}) / factor;
+        set_number(*camera.back(), "orthographicWidth", width);
+        // The camera stays where it is in depth, unless what it shows would reach beyond it.
         const MPoint here(world[3][0], world[3][1], world[3][2]);
-        distance = std::max(2.0 * bounds.radius(), (here - center) * row(world, 2));
+        place.z = std::max(middle + 2.0 * radius, MVector(here) * row(world, 2));
+    } else {
+        place.x = extent.sideways.aside(x);
+        place.y = extent.upwards.aside(y);
+        place.z = std::max({extent.sideways.away(), extent.upwards.away(), middle + radius});
     }
-    distance = std::max(distance, least);
-    set_position(camera, center + row(world, 2) * distance);
-    set_number(*camera.back(), "centerOfInterest", distance);
+    set_position(camera, MPoint(row(world, 0) * place.x + row(world, 1) * place.y +
+                                row(world, 2) * place.z));
+    set_number(*camera.back(), "centerOfInterest", place.z - middle);
 }
 
 void orbit(const DagPath& camera, double right, double up) {

@@ -14,6 +14,9 @@
 #include <maya/MMatrix.h>
 #include <maya/MPoint.h>
 
+#include <functional>
+#include <string>
+
 namespace host {
 
 /// A rectangle in pixels of the framebuffer; the origin is its lower left corner, as in OpenGL.
@@ -70,9 +73,13 @@ void ray_through(const CameraView& camera, const Viewport& viewport, double x, d
 
 // === Moving ==================================================================================
 
-/// Moves the camera back or forth, without turning it, until a box fills `factor` of the panel.
-/// Does nothing for an empty box.
-void frame_bounds(const graph::DagPath& camera, const Viewport& viewport, const Bounds& bounds,
+/// What calls a function for each of the points it knows; it may be asked more than once.
+using PointSink = std::function<void(const MPoint&)>;
+using PointSource = std::function<void(const PointSink&)>;
+
+/// Moves the camera, without turning it, to where the points fill `factor` of the panel in its
+/// tighter direction and are in the middle of both. Does nothing when there are no points.
+void frame_points(const graph::DagPath& camera, const Viewport& viewport, const PointSource& points,
                   double factor = 0.9);
 /// Turns about the centre of interest, in degrees: to the right, and up. Orthographic cameras do
 /// not turn.

@@ -51,6 +51,7 @@ struct GlPanels::Parts {
     };
 
     PanelSurface& surface;
+    PanelRenderer* replaced = nullptr;
     DrawCounts counts;
     MeshBuffers buffers;
     std::array<Viewport, k_panel_count> viewports;
@@ -200,13 +201,17 @@ void GlPanels::leave() {
 // === Life, layout, style =====================================================================
 
 GlPanels::GlPanels(PanelSurface& surface) : parts_(std::make_unique<Parts>(surface)) {
+    parts_->replaced = panel_renderer();
     set_panel_renderer(this);
 }
 
 GlPanels::~GlPanels() {
-    set_panel_renderer(nullptr);
+    if (panel_renderer() == this)
+        set_panel_renderer(parts_->replaced);
     release_buffers();
 }
+
+PanelRenderer* GlPanels::replaced() const { return parts_->replaced; }
 
 void GlPanels::release_buffers() {
     if (!enter())
@@ -249,7 +254,7 @@ bool GlPanels::needs_redraw(int panel) const {
 
 void GlPanels::frame(int panel, bool only_selected, double factor) {
     if (is_panel(panel))
-        frame_bounds(panel_camera(panel), viewport(panel), scene_bounds(only_selected), factor);
+        frame_points(panel_camera(panel), viewport(panel), scene_points(only_selected), factor);
 }
 
 CameraView GlPanels::camera_view(int panel) {

@@ -64,12 +64,15 @@ struct DrawCounts {
 
 class GlPanels : public PanelRenderer {
 public:
-    /// Becomes the application's panel renderer (`set_panel_renderer`); stops being it when it
-    /// goes. The surface is not owned.
+    /// Becomes the application's panel renderer (`set_panel_renderer`); when it goes, the one that
+    /// it replaced is it again. The surface is not owned.
     explicit GlPanels(PanelSurface& surface);
     virtual ~GlPanels();
     GlPanels(const GlPanels&) = delete;
     GlPanels& operator=(const GlPanels&) = delete;
+
+    /// The panel renderer before this one; null if there was none.
+    PanelRenderer* replaced() const;
 
     /// Where a panel is; an empty rectangle hides it.
     void set_viewport(int panel, const Viewport& viewport);

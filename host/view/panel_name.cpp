@@ -17,7 +17,7 @@ constexpr Letter k_letters[] = {
     {'d', "4842 4332120305163645"}, {'e', "044445361605031242"},
     {'f', "48382722 0646"},         {'i', "2226 2728"},
     {'n', "0206 0516364542"},       {'o', "123243453616050312"},
-    {'p', "0006 0312324345361605"}, {'r', "0206 051636"},
+    {'p', "0006 0312324345361605"}, {'r', "0206 05163645"},
     {'s', "4616051434433202"},      {'t', "28233242 0646"},
 };
 
@@ -48,18 +48,21 @@ void paint_letter(const char* strokes, float x, float y, float unit) {
 void paint_name(const std::string& name, const Viewport& viewport) {
     const float unit = viewport.height >= 480 ? 2.0f : 1.5f;
     const float width = unit * float(k_advance * int(name.size()) - 2);
-    float x = 0.5f * (float(viewport.width) - width);
+    const float left = 0.5f * (float(viewport.width) - width);
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     glOrtho(0.0, viewport.width, 0.0, viewport.height, -1.0, 1.0);
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
     glDisable(GL_DEPTH_TEST);
-    glColor3f(0.10f, 0.12f, 0.15f);
-    glLineWidth(1.25f);
-    for (const char character : name) {
-        paint_letter(strokes_of(character), x, 5.0f * unit, unit);
-        x += unit * float(k_advance);
+    // First a light shadow all around, so that the name can be read on anything.
+    for (const bool is_shadow : {true, false}) {
+        const GLfloat shade = is_shadow ? 0.86f : 0.10f;
+        glColor3f(shade, shade, shade);
+        glLineWidth(is_shadow ? 4.0f : 1.25f);
+        for (size_t i = 0; i < name.size(); ++i)
+            paint_letter(strokes_of(name[i]), left + unit * float(k_advance) * float(i),
+                         5.0f * unit, unit);
     }
     glLineWidth(1.0f);
     glEnable(GL_DEPTH_TEST);

@@ -198,7 +198,7 @@ void paint_surface(const DrawnShape& shape, const CameraView& camera) {
     glFrontFace(shape.to_world.det4x4() < 0.0 ? GL_CW : GL_CCW);
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(k_offset, 2.0f);
-    glColor3f(0.80f, 0.79f, 0.77f);
+    glColor3f(0.92f, 0.91f, 0.89f);
     glBindBuffer(GL_ARRAY_BUFFER, buffer.surface);
     glNormalPointer(GL_FLOAT, sizeof(SurfaceVertex),
                     static_cast<const char*>(k_buffer_start) + offsetof(SurfaceVertex, normal));
@@ -213,7 +213,7 @@ void paint_wire(const DrawnShape& shape, const CameraView& camera, const Viewpor
                 bool is_alone) {
     const MeshBuffer& buffer = *shape.buffer;
     const double pixels = pixels_of(buffer.edge_length, shape, camera, viewport);
-    const double room = std::min(std::max((pixels - 3.0) / 12.0, 0.0), 1.0);
+    const double room = std::min(std::max((pixels - 5.0) / 15.0, 0.0), 1.0);
     float alpha = float(0.35 * room);
     if (shape.is_selected)
         alpha = float(0.12 + 0.60 * room);

@@ -48,6 +48,7 @@ void* main_window() { return views().window; }
 void set_main_window(void* handle) { views().window = handle; }
 
 void set_panel_renderer(PanelRenderer* renderer) { views().renderer = renderer; }
+PanelRenderer* panel_renderer() { return views().renderer; }
 
 } // namespace host
 

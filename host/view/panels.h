@@ -39,5 +39,6 @@ protected:
 
 /// Not owned; NULL for none.
 MHOST_EXPORT void set_panel_renderer(PanelRenderer* renderer);
+MHOST_EXPORT PanelRenderer* panel_renderer();
 
 } // namespace host

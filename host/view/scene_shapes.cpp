@@ -60,40 +60,42 @@ private:
     DagPath path_;
 };
 
-void add_point(const Float3& point, const MMatrix& matrix, Bounds& bounds) {
-    bounds.add(MPoint(double(point.x), double(point.y), double(point.z)) * matrix);
+MPoint to_world(const Float3& point, const MMatrix& matrix) {
+    return MPoint(double(point.x), double(point.y), double(point.z)) * matrix;
 }
 
 /// Vertices of the parts of a mesh; UVs have none.
-void add_component(const Mesh& mesh, const graph::Component& component, const MMatrix& matrix,
-                   Bounds& bounds) {
+void visit_component(const Mesh& mesh, const graph::Component& component, const MMatrix& matrix,
+                     const PointSink& sink) {
     const Connectivity& faces = mesh.connectivity();
+    const std::vector<Float3>& points = mesh.points();
     for (const int id : component.ids()) {
         const auto part = static_cast<uint32_t>(id);
-        if (component.kind() == graph::ComponentKind::vertex && part < mesh.points().size())
-            add_point(mesh.points()[part], matrix, bounds);
+        if (component.kind() == graph::ComponentKind::vertex && part < points.size())
+            sink(to_world(points[part], matrix));
         if (component.kind() == graph::ComponentKind::edge && part < faces.edge_count()) {
-            add_point(mesh.points()[faces.edge(part).first], matrix, bounds);
-            add_point(mesh.points()[faces.edge(part).second], matrix, bounds);
+            sink(to_world(points[faces.edge(part).first], matrix));
+            sink(to_world(points[faces.edge(part).second], matrix));
         }
         if (component.kind() == graph::ComponentKind::face && part < faces.polygon_count())
             for (const uint32_t vertex : faces.polygon_vertices(part))
-                add_point(mesh.points()[vertex], matrix, bounds);
+                sink(to_world(points[vertex], matrix));
     }
 }
 
-Bounds shape_bounds(const VisibleShape& shape, bool only_selected) {
-    Bounds bounds;
+void visit_shape(const VisibleShape& shape, bool only_selected, const PointSink& sink) {
     shape.node->refresh();
     const Mesh* const mesh = shape.node->mesh();
     if (mesh == nullptr)
-        return bounds;
-    if (!only_selected || shape.is_selected)
-        return bounds_of(*mesh).moved(shape.to_world);
+        return;
+    if (!only_selected || shape.is_selected) {
+        for (const Float3& point : mesh->points())
+            sink(to_world(point, shape.to_world));
+        return;
+    }
     for (const SelectionItem& item : graph::Scene::current().selection())
         if (item.component && item.path == shape.path)
-            add_component(*mesh, *item.component, shape.to_world, bounds);
-    return bounds;
+            visit_component(*mesh, *item.component, shape.to_world, sink);
 }
 
 } // namespace
@@ -123,14 +125,20 @@ Bounds bounds_of(const Mesh& mesh) {
     return bounds;
 }
 
-Bounds scene_bounds(bool only_selected) {
-    Bounds bounds;
+void visit_scene_points(bool only_selected, const PointSink& sink) {
+    bool is_nothing = true;
     const std::vector<VisibleShape> shapes = visible_shapes();
     for (const VisibleShape& shape : shapes)
-        bounds.add(shape_bounds(shape, only_selected));
-    if (bounds.is_empty && only_selected)
-        return scene_bounds(false);
-    return bounds;
+        visit_shape(shape, only_selected, [&](const MPoint& point) {
+            is_nothing = false;
+            sink(point);
+        });
+    if (is_nothing && only_selected)
+        visit_scene_points(false, sink);
+}
+
+PointSource scene_points(bool only_selected) {
+    return [only_selected](const PointSink& sink) { visit_scene_points(only_selected, sink); };
 }
 
 } // namespace host

@@ -23,8 +23,11 @@ std::vector<VisibleShape> visible_shapes();
 /// The box about a mesh, in its own space.
 Bounds bounds_of(const Mesh& mesh);
 
-/// The box about all visible meshes, or about those that are selected (components: their vertices).
-/// `only_selected` with nothing selected means everything. Brings the meshes up to date.
-Bounds scene_bounds(bool only_selected);
+/// Calls `sink` for every vertex of the visible meshes in world space, or for those of what is
+/// selected: shapes, and the vertices of components. `only_selected` with nothing selected means
+/// everything. Brings the meshes up to date.
+void visit_scene_points(bool only_selected, const PointSink& sink);
+/// The same, as something to frame.
+PointSource scene_points(bool only_selected);
 
 } // namespace host
