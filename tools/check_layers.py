@@ -18,6 +18,7 @@ RULES = {
     "plugin": (["plugin/", "corelib/"], ["maya/", "GL/gl.h"]),
     "host": (["host/", "faultpoint/"], ["maya/", "GL/", "EGL/", "dlfcn.h", "unistd.h", "fcntl.h", "sys/", "png.h", "fnmatch.h", "regex.h"]),
     "app": (["app/", "host/", "measure/"], ["maya/", "nlohmann/", "editline/", "CLI/", "png.h", "dlfcn.h", "unistd.h", "fcntl.h", "sys/", "signal.h", "GL/", "EGL/", "GLFW/", "imgui"]),
+    "window": (["window/", "app/", "host/", "measure/"], ["maya/", "GL/", "GLFW/", "imgui", "backends/", "unistd.h"]),
 }
 # Sources that may include more, each with its reason.
 EXCEPTIONS = {

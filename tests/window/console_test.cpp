@@ -1,0 +1,116 @@
+#include "host/script/session.h"
+#include "window/console.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace {
+
+using window::Console;
+
+class ConsoleTest : public testing::Test {
+protected:
+    ConsoleTest() { console.echoes_to_streams = false; }
+    std::vector<std::string> texts() const {
+        std::vector<std::string> all;
+        for (const Console::Line& line : console.lines())
+            all.push_back(line.text);
+        return all;
+    }
+    using Texts = std::vector<std::string>;
+    Console console;
+};
+
+TEST_F(ConsoleTest, PrintedPiecesBecomeOneLine) {
+    console.print("a");
+    EXPECT_TRUE(console.lines().empty());
+    console.print("b\nc\nd");
+    EXPECT_EQ((Texts{"ab", "c"}), texts());
+    console.print("\n");
+    EXPECT_EQ((Texts{"ab", "c", "d"}), texts());
+}
+
+TEST_F(ConsoleTest, WarningsAndErrorsAreMarked) {
+    console.warning("slow");
+    console.error("x.mel:1:2: no");
+    EXPECT_EQ((Texts{"// Warning: slow", "// Error: x.mel:1:2: no"}), texts());
+    EXPECT_EQ(Console::Kind::warning, console.lines()[0].kind);
+    EXPECT_EQ(Console::Kind::error, console.lines()[1].kind);
+}
+
+TEST_F(ConsoleTest, LastIsTheNewestResultOrComplaint) {
+    EXPECT_EQ(nullptr, console.last());
+    console.result("3");
+    console.echo("polyCube");
+    console.print("hello\n");
+    ASSERT_NE(nullptr, console.last());
+    EXPECT_EQ("// Result: 3", console.last()->text);
+}
+
+TEST_F(ConsoleTest, OldLinesGoWhenThereAreTooMany) {
+    for (size_t i = 0; i < Console::k_most_lines + 10; ++i)
+        console.echo(std::to_string(i));
+    EXPECT_EQ(Console::k_most_lines, console.lines().size());
+    EXPECT_EQ("10", console.lines().front().text);
+}
+
+TEST_F(ConsoleTest, RevisionCountsLines) {
+    const size_t before = console.revision();
+    console.echo("a\nb");
+    EXPECT_EQ(before + 2, console.revision());
+}
+
+TEST_F(ConsoleTest, UpAndDownWalkThroughTheHistory) {
+    console.remember("one");
+    console.remember("two");
+    EXPECT_EQ("two", console.recall(false, "dra"));
+    EXPECT_EQ("one", console.recall(false, "two"));
+    EXPECT_EQ("one", console.recall(false, "one"));
+    EXPECT_EQ("two", console.recall(true, "one"));
+    EXPECT_EQ("dra", console.recall(true, "two"));
+    EXPECT_EQ("dra", console.recall(true, "dra"));
+}
+
+TEST_F(ConsoleTest, TheSameStatementTwiceIsRememberedOnce) {
+    console.remember("one");
+    console.remember("one");
+    console.remember("");
+    EXPECT_EQ(1u, console.history().size());
+}
+
+TEST_F(ConsoleTest, CompletesCommandsAtTheEndOfTheText) {
+    std::string common;
+    const auto found = window::completions(host::script::Session::current().interpreter(),
+                                           "int $a = `polyCub", common);
+    EXPECT_EQ((Texts{"polyCube"}), found);
+    EXPECT_EQ("e", common);
+}
+
+TEST_F(ConsoleTest, CompletesAsFarAsAllNamesAgree) {
+    std::string common;
+    const auto found =
+        window::completions(host::script::Session::current().interpreter(), "polyC", common);
+    EXPECT_GT(found.size(), 1u);
+    EXPECT_EQ("", common.substr(0, 0));
+    for (const std::string& name : found)
+        EXPECT_EQ("polyC" + common, name.substr(0, 5 + common.size()));
+}
+
+TEST_F(ConsoleTest, CompletesVariablesAfterADollarSign) {
+    host::script::Session& session = host::script::Session::current();
+    session.run("global int $completable_thing = 1;", "test");
+    std::string common;
+    const auto found = window::completions(session.interpreter(), "print $completab", common);
+    EXPECT_EQ((Texts{"completable_thing"}), found);
+    EXPECT_EQ("le_thing", common);
+}
+
+TEST_F(ConsoleTest, NothingCompletesNothing) {
+    std::string common;
+    EXPECT_TRUE(
+        window::completions(host::script::Session::current().interpreter(), "print ", common)
+            .empty());
+    EXPECT_EQ("", common);
+}
+
+} // namespace

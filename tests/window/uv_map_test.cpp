@@ -1,0 +1,111 @@
+#include "window/uv_map.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace window;
+
+const measure::Texture k_texture{100.0, 100.0};
+
+/// Two unit squares side by side in space, in the left and the right half of the texture, with a
+/// gap in between: two charts of a quarter by a quarter.
+host::Mesh two_squares() {
+    host::Mesh mesh;
+    EXPECT_TRUE(host::Mesh::make({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {2, 0, 0}, {2, 1, 0}},
+                                 {4, 4}, {0, 1, 2, 3, 1, 4, 5, 2}, mesh));
+    host::UvSet& set = mesh.edit_uv_set(mesh.add_uv_set("map1"));
+    set.u = {0.1f, 0.35f, 0.35f, 0.1f, 0.6f, 0.85f, 0.85f, 0.6f};
+    set.v = {0.1f, 0.1f, 0.35f, 0.35f, 0.5f, 0.5f, 0.75f, 0.75f};
+    set.corner_uvs = {0, 1, 2, 3, 4, 5, 6, 7};
+    return mesh;
+}
+
+TEST(UvMap, FindsChartsWithTheirBoxes) {
+    const UvMap map(two_squares(), 0, k_texture);
+    ASSERT_EQ(2u, map.charts().size());
+    EXPECT_EQ(4u, map.triangle_count());
+    EXPECT_EQ(2u, map.charts()[1].triangles);
+    EXPECT_NEAR(0.6, map.charts()[1].box.low[0], 1e-6);
+    EXPECT_NEAR(0.75, map.charts()[1].box.high[1], 1e-6);
+    EXPECT_NEAR(0.0625, map.charts()[0].area, 1e-6);
+}
+
+TEST(UvMap, PicksTheChartUnderAPlace) {
+    const UvMap map(two_squares(), 0, k_texture);
+    EXPECT_EQ(0u, map.chart_at(0.2, 0.2));
+    EXPECT_EQ(1u, map.chart_at(0.7, 0.7));
+    EXPECT_EQ(k_none, map.chart_at(0.5, 0.5));
+    EXPECT_EQ(k_none, map.chart_at(0.2, 0.6));
+    EXPECT_EQ(k_none, map.chart_at(-1.0, 7.0));
+}
+
+TEST(UvMap, EveryTriangleIsPickedAtItsMiddle) {
+    const UvMap map(two_squares(), 0, k_texture);
+    for (uint32_t t = 0; t < map.triangle_count(); ++t) {
+        const float* c = map.uvs().data() + 6 * t;
+        EXPECT_EQ(t, map.triangle_at(static_cast<double>(c[0] + c[2] + c[4]) / 3.0,
+                                     static_cast<double>(c[1] + c[3] + c[5]) / 3.0));
+    }
+}
+
+TEST(UvMap, OutlineHasTheBordersOfBothCharts) {
+    const UvMap map(two_squares(), 0, k_texture);
+    EXPECT_EQ(8u, map.outline_chart().size());
+    EXPECT_EQ(32u, map.outline().size());
+}
+
+TEST(UvMap, FiguresOfAnIsometry) {
+    const UvMap map(two_squares(), 0, k_texture);
+    EXPECT_NEAR(0.125, map.coverage(), 1e-6);
+    EXPECT_NEAR(0.0, map.worst_stretch(), 1e-6);
+    EXPECT_NEAR(1.0, map.l2_stretch(), 1e-6);
+    for (const float stretch : map.triangle_stretch())
+        EXPECT_NEAR(1.0f, stretch, 1e-5f);
+}
+
+TEST(UvMap, AStretchedChartShows) {
+    host::Mesh mesh = two_squares();
+    host::UvSet& set = mesh.edit_uv_set(0);
+    set.u[5] = set.u[6] = 0.725f; // half as wide
+    const UvMap map(mesh, 0, k_texture);
+    EXPECT_NEAR(0.0, map.charts()[0].stretch, 1e-6);
+    EXPECT_NEAR(map.charts()[1].stretch, map.worst_stretch(), 1e-12);
+    EXPECT_GT(map.worst_stretch(), 0.05);
+}
+
+TEST(UvMap, MeshWithoutUvsHasNoChart) {
+    const UvMap map(two_squares(), -1, k_texture);
+    EXPECT_TRUE(map.charts().empty());
+    EXPECT_EQ(4u, map.unmapped());
+    EXPECT_EQ(36u, map.points().size());
+    EXPECT_EQ(k_none, map.chart_at(0.2, 0.2));
+    EXPECT_EQ(0.0, map.box().low[0]);
+    EXPECT_EQ(1.0, map.box().high[1]);
+}
+
+TEST(UvMap, UnmappedCornersLeaveTheirTrianglesOut) {
+    host::Mesh mesh = two_squares();
+    mesh.edit_uv_set(0).corner_uvs[4] = -1;
+    const UvMap map(mesh, 0, k_texture);
+    EXPECT_GT(map.unmapped(), 0u);
+    EXPECT_EQ(0u, map.chart_at(0.2, 0.2));
+}
+
+TEST(UvMap, CollapsedTrianglesHaveStretchZero) {
+    host::Mesh mesh = two_squares();
+    host::UvSet& set = mesh.edit_uv_set(0);
+    for (int i = 4; i < 8; ++i)
+        set.u[size_t(i)] = set.v[size_t(i)] = 0.7f;
+    const UvMap map(mesh, 0, k_texture);
+    EXPECT_EQ(0.0f, map.triangle_stretch()[3]);
+    EXPECT_EQ(k_none, map.chart_at(0.7, 0.7));
+}
+
+TEST(UvMap, AnEmptyMeshIsFine) {
+    const UvMap map(host::Mesh(), -1, k_texture);
+    EXPECT_EQ(0u, map.triangle_count());
+    EXPECT_EQ(k_none, map.triangle_at(0.5, 0.5));
+}
+
+} // namespace

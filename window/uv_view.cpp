@@ -1,0 +1,61 @@
+#include "window/uv_view.h"
+
+#include <algorithm>
+
+namespace window {
+namespace {
+
+constexpr double k_least_scale = 8.0;
+constexpr double k_most_scale = 1048576.0;
+constexpr double k_margin = 0.06; // of the panel, all around
+
+} // namespace
+
+void UvView::resize(double width, double height) {
+    width_ = std::max(1.0, width);
+    height_ = std::max(1.0, height);
+}
+
+void UvView::to_pixel(double u, double v, double& x, double& y) const {
+    x = 0.5 * width_ + (u - centre_[0]) * scale_;
+    y = 0.5 * height_ - (v - centre_[1]) * scale_;
+}
+
+void UvView::to_uv(double x, double y, double& u, double& v) const {
+    u = centre_[0] + (x - 0.5 * width_) / scale_;
+    v = centre_[1] - (y - 0.5 * height_) / scale_;
+}
+
+void UvView::pan(double dx, double dy) {
+    centre_[0] -= dx / scale_;
+    centre_[1] += dy / scale_;
+}
+
+void UvView::zoom(double factor, double x, double y) {
+    double u, v;
+    to_uv(x, y, u, v);
+    scale_ = std::clamp(scale_ * factor, k_least_scale, k_most_scale);
+    double now_x, now_y;
+    to_pixel(u, v, now_x, now_y);
+    pan(x - now_x, y - now_y);
+}
+
+void UvView::frame(const UvBox& box) {
+    const double size[2] = {std::max(box.high[0] - box.low[0], 1e-6),
+                            std::max(box.high[1] - box.low[1], 1e-6)};
+    const double room = 1.0 - 2.0 * k_margin;
+    scale_ = std::clamp(std::min(room * width_ / size[0], room * height_ / size[1]), k_least_scale,
+                        k_most_scale);
+    for (int axis = 0; axis < 2; ++axis)
+        centre_[axis] = 0.5 * (box.low[axis] + box.high[axis]);
+}
+
+int UvView::grid_step(const measure::Texture& texture, double least) const {
+    const double pixels = scale_ / std::max(texture.width, texture.height);
+    int step = 1;
+    while (step * pixels < least && step < 65536)
+        step *= 2;
+    return step;
+}
+
+} // namespace window
