@@ -5,7 +5,7 @@
 /// one of the libraries ends in the runtime's abort; the program turns that into exit code 70.
 #pragma once
 
-#include <signal.h>
+#include <cstdint>
 #include <string>
 
 namespace app {
@@ -17,6 +17,8 @@ void install_signal_handlers();
 /// At most eight files of up to 4095 bytes; false beyond that.
 bool remove_on_signal(const std::string& path);
 void keep_on_signal(const std::string& path);
+/// Removes what is on the list; safe inside handlers.
+void remove_unfinished_files();
 
 /// Says that the last line on the terminal is unfinished, so that a message must clear it first.
 void set_terminal_line_open(bool open);
@@ -31,7 +33,7 @@ public:
     SignalsHeld& operator=(const SignalsHeld&) = delete;
 
 private:
-    sigset_t before_;
+    uint64_t before_[16] = {}; // the system's own record
 };
 
 } // namespace app

@@ -5,6 +5,7 @@
 #include "app/measure_command.h"
 #include "app/options.h"
 #include "app/script_command.h"
+#include "app/system.h"
 #include "app/unwrap_command.h"
 
 #include <cstdio>
@@ -88,6 +89,7 @@ int run(const app::Words& words) {
 } // namespace
 
 int main(int argc, char** argv) {
+    app::prepare_process();
     app::install_signal_handlers();
     int code = app::exit_unexpected;
     try {

@@ -1,9 +1,9 @@
 #include "app/picture_canvas.h"
 
+#include "app/png_file.h"
+
 #include <algorithm>
 #include <cmath>
-#include <csetjmp>
-#include <png.h>
 
 namespace app {
 namespace {
@@ -69,53 +69,6 @@ const Glyph* find_glyph(char letter) {
         if (glyph.letter == letter)
             return &glyph;
     return nullptr;
-}
-
-/// The library's own way out of a fault is a long jump, past no object with a destructor.
-struct PngFault {
-    std::jmp_buf way_out;
-};
-
-void give_up(png_structp png, png_const_charp) {
-    std::longjmp(static_cast<PngFault*>(png_get_error_ptr(png))->way_out, 1);
-}
-
-void keep_quiet(png_structp, png_const_charp) {}
-
-/// Where the file grows. Memory that runs out must not be thrown through the library.
-struct PngBytes {
-    std::string* bytes;
-    bool is_out_of_memory = false;
-};
-
-void take_bytes(png_structp png, png_bytep data, png_size_t size) {
-    auto* sink = static_cast<PngBytes*>(png_get_io_ptr(png));
-    try {
-        sink->bytes->append(reinterpret_cast<const char*>(data), size);
-    } catch (...) {
-        sink->is_out_of_memory = true;
-    }
-    if (sink->is_out_of_memory)
-        png_error(png, "memory");
-}
-
-void nothing_to_flush(png_structp) {}
-
-bool write_png(png_structp png, png_infop info, PngFault& fault, int width, int height,
-               const uint8_t* pixels) {
-    if (setjmp(fault.way_out))
-        return false;
-    png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
-                 PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                 PNG_FILTER_TYPE_DEFAULT);
-    // Large even areas: plain rows and a quick search compress as well as anything slower.
-    png_set_filter(png, 0, PNG_FILTER_NONE);
-    png_set_compression_level(png, 3);
-    png_write_info(png, info);
-    for (int y = 0; y < height; ++y)
-        png_write_row(png, pixels + static_cast<size_t>(y) * static_cast<size_t>(width) * 3);
-    png_write_end(png, nullptr);
-    return true;
 }
 
 } // namespace
@@ -192,17 +145,7 @@ void Canvas::text(int left, int top, const std::string& words, Colour colour, in
 }
 
 bool Canvas::to_png(std::string& bytes, std::string& error) const {
-    bytes.clear();
-    PngFault fault;
-    PngBytes sink{&bytes};
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &fault, give_up, keep_quiet);
-    png_infop info = png ? png_create_info_struct(png) : nullptr;
-    bool is_good = false;
-    if (info) {
-        png_set_write_fn(png, &sink, take_bytes, nothing_to_flush);
-        is_good = write_png(png, info, fault, width_, height_, pixels_.data());
-    }
-    png_destroy_write_struct(&png, &info);
+    const bool is_good = encode_png(width_, height_, pixels_.data(), bytes);
     if (!is_good)
         error = "the picture cannot be made: not enough memory";
     return is_good;

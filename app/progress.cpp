@@ -2,30 +2,17 @@
 
 #include "app/command.h"
 #include "app/interrupt.h"
+#include "app/system.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace app {
-namespace {
-
-int terminal_columns() {
-    winsize size = {};
-    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
-}
-
-} // namespace
 
 Progress::Style Progress::style_for_stderr(bool quiet) {
     if (quiet)
         return silent;
-    const char* terminal = std::getenv("TERM");
-    const bool can_move = terminal && std::strcmp(terminal, "dumb") != 0;
-    return can_move && ::isatty(STDERR_FILENO) ? bar : lines;
+    return is_terminal_error() ? bar : lines;
 }
 
 Progress::Progress(Style style, std::string name) : style_(style), name_(std::move(name)) {}

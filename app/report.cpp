@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <sys/resource.h>
 
 namespace app {
 namespace {
@@ -84,12 +83,6 @@ std::string to_json(const UnwrapReport& report) {
     out["peak_mb"] = rounded(report.peak_mb, 10.0);
     out["warnings"] = report.warnings;
     return out.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
-double peak_memory_mb() {
-    rusage usage = {};
-    ::getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024.0; // the kernel counts in KiB
 }
 
 } // namespace app

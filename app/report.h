@@ -49,7 +49,4 @@ struct UnwrapReport {
 /// Indented by two blanks, with a line end. Names that are no UTF-8 get replacement characters.
 std::string to_json(const UnwrapReport& report);
 
-/// The largest amount of memory that the process has held so far, in MiB.
-double peak_memory_mb();
-
 } // namespace app

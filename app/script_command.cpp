@@ -1,16 +1,14 @@
 #include "app/script_command.h"
 
 #include "app/exit_code.h"
+#include "app/prompt.h"
 #include "app/session_setup.h"
+#include "app/system.h"
 #include "host/script/session.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <editline/readline.h>
 #include <filesystem>
 #include <iostream>
-#include <unistd.h>
 
 namespace app {
 
@@ -77,26 +75,12 @@ void run_and_print(const std::string& text) {
 
 // --- line editing -------------------------------------------------------------------------------
 
-std::vector<std::string> g_candidates; // the library's callback takes no context
-
-char* next_candidate(const char* prefix, int state) {
-    static size_t at;
-    if (state == 0)
-        at = 0;
-    while (at < g_candidates.size()) {
-        const std::string& name = g_candidates[at++];
-        if (name.compare(0, std::strlen(prefix), prefix) == 0)
-            return strdup(name.c_str());
-    }
-    return nullptr;
-}
-
-char** complete(const char* prefix, int, int) {
+std::vector<std::string> known_names() {
     host::script::Interpreter& interpreter = Session::current().interpreter();
-    g_candidates = interpreter.command_names();
+    std::vector<std::string> names = interpreter.command_names();
     for (const std::string& name : interpreter.variable_names())
-        g_candidates.push_back("$" + name);
-    return rl_completion_matches(prefix, next_candidate);
+        names.push_back("$" + name);
+    return names;
 }
 
 std::string history_file() {
@@ -107,31 +91,17 @@ std::string history_file() {
 }
 
 int run_prompt() {
-    rl_attempted_completion_function = complete;
-    using_history();
-    const std::string file = history_file();
-    std::error_code failure;
-    if (!file.empty()) {
-        std::filesystem::create_directories(std::filesystem::path(file).parent_path(), failure);
-        read_history(file.c_str());
-    }
-    std::string text;
-    for (;;) {
-        char* line = readline(text.empty() ? "tessora> " : "    ...> ");
-        if (!line)
-            break;
+    Prompt prompt(known_names, history_file());
+    std::string text, line;
+    while (prompt.read(text.empty() ? "tessora> " : "    ...> ", line)) {
         text += line;
-        if (*line)
-            add_history(line);
-        std::free(line);
         if (is_unfinished(text)) {
             text += '\n';
             continue;
         }
         run_and_print(text);
         text.clear();
-        if (!file.empty())
-            write_history(file.c_str());
+        prompt.save_history();
     }
     std::puts("");
     return finish(true);
@@ -204,7 +174,7 @@ int shell_command(const Words& words) {
         return exit_usage;
     }
     prepare();
-    return isatty(0) && isatty(1) ? run_prompt() : run_stream();
+    return is_terminal_input_and_output() ? run_prompt() : run_stream();
 }
 
 } // namespace app

@@ -1,18 +1,12 @@
 #include "app/session_setup.h"
 
+#include "app/system.h"
 #include "host/graph/plugins.h"
 #include "host/script/session.h"
 
 #include <cstdlib>
-#include <filesystem>
 
 namespace app {
-
-std::string program_directory() {
-    std::error_code failure;
-    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", failure);
-    return failure ? std::string(".") : self.parent_path().string();
-}
 
 void set_search_paths() {
     static bool done = false;
@@ -26,7 +20,7 @@ void set_search_paths() {
     const char* given = std::getenv("MAYA_SCRIPT_PATH");
     const std::string list = given ? given : "";
     for (size_t start = 0; start < list.size();) {
-        const size_t end = std::min(list.find(':', start), list.size());
+        const size_t end = std::min(list.find(k_path_separator, start), list.size());
         if (end > start)
             scripts.push_back(list.substr(start, end - start));
         start = end + 1;

@@ -1,12 +1,7 @@
 /// Where the program finds what belongs to it: the plug-in and the scripts that ship with it.
 #pragma once
 
-#include <string>
-
 namespace app {
-
-/// Directory of the running program, without a slash at the end; "." if the system will not say.
-std::string program_directory();
 
 /// Adds the plug-in's and the scripts' places to the host's search paths: beside the program (a
 /// build tree), and below ../lib/tessora and ../share/tessora (an installation). Directories of

@@ -7,6 +7,7 @@
 #include "app/picture.h"
 #include "app/progress.h"
 #include "app/report.h"
+#include "app/system.h"
 #include "app/unwrap_driver.h"
 #include "app/unwrap_options.h"
 #include "host/io/obj_reader.h"

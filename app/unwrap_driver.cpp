@@ -5,6 +5,7 @@
 #include "app/mesh_import.h"
 #include "app/seam_count.h"
 #include "app/session_setup.h"
+#include "app/system.h"
 #include "host/graph/edits.h"
 #include "host/graph/mesh_node.h"
 #include "host/graph/plugins.h"
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <dlfcn.h>
 #include <iterator>
 #include <utility>
 
@@ -26,12 +26,7 @@ constexpr int32_t k_out_of_memory = static_cast<int32_t>(0x8007000Eu);
 /// out of sight of everybody else.
 template <class Function>
 Function* atlas_function(const char* name) {
-    void* const library = ::dlopen("libtessora_d3dx9.so", RTLD_LAZY | RTLD_NOLOAD);
-    if (!library)
-        return nullptr;
-    const auto function = reinterpret_cast<Function*>(::dlsym(library, name));
-    ::dlclose(library); // the plug-in still holds it
-    return function;
+    return reinterpret_cast<Function*>(loaded_function("tessora_d3dx9", name));
 }
 
 /// What the last atlas call came to: 0 or an error code.

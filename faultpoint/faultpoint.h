@@ -8,7 +8,11 @@
 
 #include <cstddef>
 
+#if defined(_WIN32)
+#define TESSORA_FAULTPOINT_API // the linker exports everything
+#else
 #define TESSORA_FAULTPOINT_API __attribute__((visibility("default")))
+#endif
 
 namespace faultpoint {
 

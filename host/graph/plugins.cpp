@@ -3,6 +3,7 @@
 #include "host/api/fault.h"
 #include "host/graph/callbacks.h"
 #include "host/graph/commands.h"
+#include "host/graph/library.h"
 #include "host/graph/plugin_object.h"
 #include "host/graph/scene.h"
 #include "host/graph/undo.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <dlfcn.h>
 #include <filesystem>
 
 namespace host::graph {
@@ -19,16 +19,12 @@ namespace {
 
 namespace files = std::filesystem;
 
-/// The entry points have C++ linkage: these are their names in the symbol table.
-constexpr const char* k_initialize = "_Z16initializePlugin7MObject";
-constexpr const char* k_uninitialize = "_Z18uninitializePlugin7MObject";
 constexpr const char* k_version = "MApiVersion";
-constexpr const char* k_extension = ".so";
 
 using EntryPoint = MStatus (*)(MObject);
 
 EntryPoint entry_point(void* library, const char* name) {
-    return reinterpret_cast<EntryPoint>(dlsym(library, name));
+    return reinterpret_cast<EntryPoint>(library::find(library, name));
 }
 
 void run_procedure(const std::string& name) {
@@ -36,11 +32,6 @@ void run_procedure(const std::string& name) {
         return;
     CommandResult ignored;
     script_host()->execute(name, false, false, ignored); // a missing one was shown to the user
-}
-
-std::string last_error() {
-    const char* const text = dlerror();
-    return text == nullptr ? "unknown reason" : text;
 }
 
 } // namespace
@@ -51,12 +42,7 @@ PluginObject::~PluginObject() = default;
 Plugin::Plugin() : object(new PluginObject(*this)) {}
 Plugin::~Plugin() { object->plugin = nullptr; }
 
-bool Plugin::contains(const void* address) const {
-    Dl_info at, here;
-    const void* const inside = dlsym(library, k_version);
-    return address != nullptr && inside != nullptr && dladdr(address, &at) != 0 &&
-           dladdr(inside, &here) != 0 && at.dli_fbase == here.dli_fbase;
-}
+bool Plugin::contains(const void* address) const { return library::contains(library, address); }
 
 Plugins& Plugins::current() {
     static Plugins* const plugins = new Plugins;
@@ -67,7 +53,7 @@ Plugins::Plugins() {
     const char* const list = std::getenv("MAYA_PLUG_IN_PATH");
     std::string rest = list == nullptr ? "" : list;
     while (!rest.empty()) {
-        const size_t colon = rest.find(':');
+        const size_t colon = rest.find(library::k_path_separator);
         if (colon != 0)
             search_path_.push_back(rest.substr(0, colon));
         rest = colon == std::string::npos ? "" : rest.substr(colon + 1);
@@ -82,7 +68,7 @@ std::string Plugins::find_file(const std::string& file_or_name) const {
         directories.insert(directories.end(), search_path_.begin(), search_path_.end());
     for (const std::string& directory : directories) {
         // With the extension first: a program may have the same name without it.
-        for (const char* extension : {k_extension, ""}) {
+        for (const char* extension : {library::k_extension, ""}) {
             files::path path = files::path(directory) / (file_or_name + extension);
             std::error_code error;
             if (files::is_regular_file(path, error))
@@ -119,16 +105,18 @@ MStatus Plugins::load(const std::string& file_or_name, std::string& error) {
     }
     if (plugin == nullptr) {
         auto made = std::make_shared<Plugin>();
-        made->library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        std::string reason;
+        made->library = library::open(path, reason);
         if (made->library == nullptr) {
-            error = "Plug-in \"" + path + "\" could not be loaded: " + last_error();
+            error = "Plug-in \"" + path + "\" could not be loaded: " + reason;
             return MS::kFailure;
         }
-        const char* const version = static_cast<const char*>(dlsym(made->library, k_version));
-        if (version == nullptr || entry_point(made->library, k_initialize) == nullptr ||
-            entry_point(made->library, k_uninitialize) == nullptr) {
+        const char* const version =
+            static_cast<const char*>(library::find(made->library, k_version));
+        if (version == nullptr || entry_point(made->library, library::k_initialize) == nullptr ||
+            entry_point(made->library, library::k_uninitialize) == nullptr) {
             error = "\"" + path + "\" is no plug-in: it lacks an entry point or MApiVersion.";
-            dlclose(made->library);
+            library::close(made->library);
             return MS::kFailure;
         }
         made->info.name = name;
@@ -141,7 +129,8 @@ MStatus Plugins::load(const std::string& file_or_name, std::string& error) {
 }
 
 MStatus Plugins::initialize(Plugin& plugin, std::string& error) {
-    const MStatus status = entry_point(plugin.library, k_initialize)(MObject(plugin.object.get()));
+    const MStatus status =
+        entry_point(plugin.library, library::k_initialize)(MObject(plugin.object.get()));
     if (!status) {
         error = "Initialization of plug-in \"" + plugin.info.name +
                 "\" failed: " + status.errorString().asChar();
@@ -177,7 +166,7 @@ MStatus Plugins::unload(const std::string& name, bool force, std::string& error)
     UndoQueue::current().clear();
     run_procedure(mode == AppMode::interactive ? plugin->delete_ui : plugin->delete_batch);
     const MStatus status =
-        entry_point(plugin->library, k_uninitialize)(MObject(plugin->object.get()));
+        entry_point(plugin->library, library::k_uninitialize)(MObject(plugin->object.get()));
     if (!status) {
         error = "Clean-up of plug-in \"" + plugin->info.name +
                 "\" failed: " + status.errorString().asChar();
@@ -199,10 +188,10 @@ void Plugins::drop(Plugin& plugin) {
         MenuTree::current().remove(item);
     Callbacks::current().remove_code(
         [&](const void* function) { return plugin.contains(function); });
-    void* const library = plugin.library;
+    void* const code = plugin.library;
     plugins_.erase(std::find_if(plugins_.begin(), plugins_.end(),
                                 [&](const auto& held) { return held.get() == &plugin; }));
-    dlclose(library);
+    library::close(code);
 }
 
 bool Plugins::is_loaded(const std::string& name) const {

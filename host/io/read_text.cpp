@@ -1,5 +1,6 @@
 #include "host/io/obj_reader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -7,8 +8,19 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+// Where bytes are text unless told otherwise, and descriptors are not inherited anyway.
+#ifndef O_BINARY
+#define O_BINARY 0
+#endif
+#ifndef O_CLOEXEC
+#define O_CLOEXEC 0
+#endif
+
 namespace host {
 namespace {
+
+/// Systems differ in how much one call may ask for; all take this much.
+constexpr size_t k_most = 1u << 30;
 
 /// Reads to the end; a size known beforehand only saves copies, since a file can change meanwhile.
 bool read_all(int file, size_t expected, std::string& text) {
@@ -17,7 +29,7 @@ bool read_all(int file, size_t expected, std::string& text) {
     for (;;) {
         if (have == text.size())
             text.resize(2 * have);
-        const ssize_t got = ::read(file, text.data() + have, text.size() - have);
+        const ssize_t got = ::read(file, text.data() + have, std::min(text.size() - have, k_most));
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
@@ -34,7 +46,8 @@ bool read_all(int file, size_t expected, std::string& text) {
 
 bool read_text(const std::string& path, std::string& text, IoError& error) {
     const bool standard_input = path == "-";
-    const int file = standard_input ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int file =
+        standard_input ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_BINARY | O_CLOEXEC);
     bool good = file >= 0;
     error = {};
     try {

@@ -1,8 +1,7 @@
 #include "host/script/functions.h"
+#include "host/script/patterns.h"
 
 #include <algorithm>
-#include <fnmatch.h>
-#include <regex.h>
 
 namespace host::script {
 
@@ -12,41 +11,11 @@ std::string text_argument(const Invocation& call, size_t index) {
     return call.arguments[index].to_string();
 }
 
-/// Extended regular expressions, as the language documents them.
-class Regex {
-public:
-    explicit Regex(const std::string& pattern) {
-        const int failure = regcomp(&compiled_, pattern.c_str(), REG_EXTENDED);
-        if (failure == 0)
-            return;
-        char reason[200];
-        regerror(failure, &compiled_, reason, sizeof reason);
-        throw ScriptFault("The pattern \"" + pattern + "\" is no regular expression: " + reason +
-                          ".");
-    }
-    ~Regex() { regfree(&compiled_); }
-    Regex(const Regex&) = delete;
-    Regex& operator=(const Regex&) = delete;
-
-    /// First match as offsets, or false.
-    bool find(const std::string& text, size_t& first, size_t& last) const {
-        regmatch_t match;
-        if (regexec(&compiled_, text.c_str(), 1, &match, 0) != 0)
-            return false;
-        first = size_t(match.rm_so);
-        last = size_t(match.rm_eo);
-        return true;
-    }
-
-private:
-    regex_t compiled_;
-};
-
 Value match(Invocation& call) {
     require_arguments(call, 2, 2);
     const std::string text = text_argument(call, 1);
     size_t first, last;
-    if (!Regex(text_argument(call, 0)).find(text, first, last))
+    if (!find_pattern(text_argument(call, 0), text, first, last))
         return std::string();
     return text.substr(first, last - first);
 }
@@ -55,14 +24,14 @@ Value substitute(Invocation& call) {
     require_arguments(call, 3, 3);
     std::string text = text_argument(call, 1);
     size_t first, last;
-    if (Regex(text_argument(call, 0)).find(text, first, last))
+    if (find_pattern(text_argument(call, 0), text, first, last))
         text.replace(first, last - first, text_argument(call, 2));
     return text;
 }
 
 Value gmatch(Invocation& call) {
     require_arguments(call, 2, 2);
-    return fnmatch(text_argument(call, 1).c_str(), text_argument(call, 0).c_str(), 0) == 0;
+    return fits_wildcards(text_argument(call, 1), text_argument(call, 0));
 }
 
 /// Pieces between any of the delimiters, empty ones left out.

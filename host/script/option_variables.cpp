@@ -179,6 +179,8 @@ void OptionVariables::save() const {
 std::string option_variable_file() {
     if (const char* file = std::getenv("TESSORA_PREFERENCES"))
         return file;
+    if (const char* data = std::getenv("APPDATA")) // Windows
+        return std::string(data) + "/tessora/option_variables.mel";
     const char* config = std::getenv("XDG_CONFIG_HOME");
     if (config && *config)
         return std::string(config) + "/tessora/option_variables.mel";

@@ -1,4 +1,5 @@
 #include "app/report.h"
+#include "app/system.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -2,7 +2,6 @@
 #include "corelib/vertex.h"
 #include "tests/corelib/support.h"
 
-#include <csignal>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -22,16 +21,17 @@ std::vector<uint32_t> contents(const List& list) {
 }
 
 std::string bug(const std::string& operation, const std::string& assertion) {
-    return literally(operation + "() BUG at file \"corelib/array\", line ") + "[0-9]+" +
+    return literally(operation + "() BUG at file \"corelib/array\", line ") + fixtures::k_digits +
            literally(": assertion " + assertion + " failed!");
 }
 
 std::string bug(const std::string& operation) {
-    return literally(operation + "() BUG at file \"corelib/array\", line ") + "[0-9]+!";
+    return literally(operation + "() BUG at file \"corelib/array\", line ") + fixtures::k_digits +
+           "!";
 }
 
 #define EXPECT_BUG(statement, ...)                                                                 \
-    EXPECT_EXIT(statement, testing::KilledBySignal(SIGABRT), bug(__VA_ARGS__))
+    EXPECT_EXIT(statement, fixtures::ended_by_abort(), bug(__VA_ARGS__))
 
 TEST(Array, StartsEmptyWithoutABuffer) {
     const List list;

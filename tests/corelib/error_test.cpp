@@ -1,8 +1,8 @@
 #include "corelib/error.h"
 #include "platform/win32/clock.h"
+#include "tests/corelib/streams.h"
 #include "tests/corelib/support.h"
 
-#include <csignal>
 #include <gtest/gtest.h>
 
 namespace {
@@ -22,14 +22,14 @@ protected:
         });
         notices() = Notices();
         notices().answer = 1;
-        unsetenv(k_debugger_file);
+        fixtures::unset_environment(k_debugger_file);
     }
     void TearDown() override {
         win32::set_clock(nullptr);
         notices() = Notices();
         log_quiet = false;
         log_file_name = "";
-        unsetenv(k_debugger_file);
+        fixtures::unset_environment(k_debugger_file);
     }
 
     template <class Action>
@@ -121,7 +121,7 @@ TEST_F(Log, LongMessagesAreCutAtTheTwoLimits) {
 TEST_F(Log, SinksAreServedInOrder) {
     const TemporaryFile debugger;
     const TemporaryFile log;
-    setenv(k_debugger_file, debugger.path(), 1);
+    fixtures::set_environment(k_debugger_file, debugger.path());
     log_file_name = log.path();
     std::vector<std::string> seen;
     const auto note = [&](const char* sink) {
@@ -129,28 +129,14 @@ TEST_F(Log, SinksAreServedInOrder) {
                        (log.exists() ? " after file" : ""));
     };
     notices().while_showing = [&] { note("box"); };
-    // Streams whose every flush passes through the note-taker.
-    struct Cookie {
-        std::function<void()> written;
-    };
-    Cookie error_cookie{[&] { note("stderr"); }};
-    Cookie output_cookie{[&] { note("stdout"); }};
-    cookie_io_functions_t io = {};
-    io.write = [](void* cookie, const char*, size_t size) {
-        static_cast<Cookie*>(cookie)->written();
-        return static_cast<ssize_t>(size);
-    };
-    std::FILE* const real_error = stderr;
-    std::FILE* const real_output = stdout;
-    stderr = fopencookie(&error_cookie, "w", io);
-    stdout = fopencookie(&output_cookie, "w", io);
-    do_log(LOG_CRITICAL,
-           LOG_TO_STDOUT | LOG_TO_STDERR | LOG_TO_FILE | LOG_TO_MESSAGE_BOX | LOG_TO_DEBUGGER, "%s",
-           "x");
-    std::fclose(stderr);
-    std::fclose(stdout);
-    stderr = real_error;
-    stdout = real_output;
+    note_streams(
+        [] {
+            do_log(LOG_CRITICAL,
+                   LOG_TO_STDOUT | LOG_TO_STDERR | LOG_TO_FILE | LOG_TO_MESSAGE_BOX |
+                       LOG_TO_DEBUGGER,
+                   "%s", "x");
+        },
+        note);
     EXPECT_EQ(seen,
               (std::vector<std::string>{"box after debugger", "stderr after debugger after file",
                                         "stdout after debugger after file"}));
@@ -159,32 +145,35 @@ TEST_F(Log, SinksAreServedInOrder) {
 
 TEST_F(LogDeathTest, LevelAboveFourIsABug) {
     notices().answer = 0;
-    EXPECT_EXIT(do_log(5, LOG_TO_STDERR, "%s", "x"), testing::KilledBySignal(SIGABRT),
-                literally("do_log() BUG at file \"error\", line ") + "[0-9]+!");
+    EXPECT_EXIT(do_log(5, LOG_TO_STDERR, "%s", "x"), fixtures::ended_by_abort(),
+                literally("do_log() BUG at file \"error\", line ") + fixtures::k_digits + "!");
 }
 
+// The formatter of the Windows library writes nothing for what it cannot convert, and never fails.
+#if !defined(_WIN32)
 TEST_F(LogDeathTest, MessageThatCannotBeFormattedIsABug) {
     notices().answer = 0;
-    const wchar_t outside_the_locale[] = {0x1F600, 0};
+    const wchar_t outside_the_locale[] = {0x2603, 0};
     EXPECT_EXIT(do_log(LOG_INFO, LOG_TO_STDERR, "%ls", outside_the_locale),
-                testing::KilledBySignal(SIGABRT),
-                literally("do_log() BUG at file \"error\", line ") + "[0-9]+!");
+                fixtures::ended_by_abort(),
+                literally("do_log() BUG at file \"error\", line ") + fixtures::k_digits + "!");
 }
+#endif
 
 TEST_F(LogDeathTest, BugEndsTheProcessOnlyAfterTheBoxIsDismissed) {
     notices().while_showing = [] { std::fputs("dismissed", stderr); };
-    EXPECT_EXIT(report_bug("f", "s", 1), testing::KilledBySignal(SIGABRT), "^dismissed$");
+    EXPECT_EXIT(report_bug("f", "s", 1), fixtures::ended_by_abort(), "^dismissed$");
 }
 
 TEST_F(LogDeathTest, BugGoesToTheDebuggerTheBoxAndTheFile) {
     const TemporaryFile debugger;
     const TemporaryFile log;
-    setenv(k_debugger_file, debugger.path(), 1);
+    fixtures::set_environment(k_debugger_file, debugger.path());
     log_file_name = log.path();
     notices().answer = 0;
     const std::string line =
         "[CRITICAL]: f() BUG at file \"s\", line 12: assertion a < b failed!\r\n";
-    EXPECT_EXIT(report_bug("f", "s", 12, "a < b"), testing::KilledBySignal(SIGABRT),
+    EXPECT_EXIT(report_bug("f", "s", 12, "a < b"), fixtures::ended_by_abort(),
                 literally("Message: " + line));
     EXPECT_EQ(debugger.text(), line);
     EXPECT_EQ(log.text(), line);
@@ -192,13 +181,13 @@ TEST_F(LogDeathTest, BugGoesToTheDebuggerTheBoxAndTheFile) {
 
 TEST_F(LogDeathTest, BugWithoutAnAssertionHasAShortForm) {
     notices().answer = 0;
-    EXPECT_EXIT(report_bug("f", "s", 12), testing::KilledBySignal(SIGABRT),
+    EXPECT_EXIT(report_bug("f", "s", 12), fixtures::ended_by_abort(),
                 literally("[CRITICAL]: f() BUG at file \"s\", line 12!\r\n"));
 }
 
 TEST_F(LogDeathTest, BugWithAReasonNamesIt) {
     notices().answer = 0;
-    EXPECT_EXIT(report_bug_reason("f", "s", 12, "why"), testing::KilledBySignal(SIGABRT),
+    EXPECT_EXIT(report_bug_reason("f", "s", 12, "why"), fixtures::ended_by_abort(),
                 literally("[CRITICAL]: f() BUG at file \"s\", line 12: why!\r\n"));
 }
 

@@ -1,27 +1,12 @@
 #include "corelib/file.h"
+#include "tests/corelib/streams.h"
 #include "tests/corelib/support.h"
 
-#include <csignal>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace {
 
 bool put(file& f, const std::string& text) { return f.write(text.data(), text.size()); }
-
-/// The descriptor that is open on `path` in this process, or -1.
-int descriptor_of(const char* path) {
-    struct stat wanted;
-    if (stat(path, &wanted) != 0)
-        return -1;
-    for (int descriptor = 3; descriptor < 256; ++descriptor) {
-        struct stat found;
-        if (fstat(descriptor, &found) == 0 && found.st_ino == wanted.st_ino &&
-            found.st_dev == wanted.st_dev)
-            return descriptor;
-    }
-    return -1;
-}
 
 TEST(FileConstruction, StartsClosedAndNameless) {
     const file f;
@@ -171,7 +156,7 @@ class FileOpenDeathTest : public testing::TestWithParam<int> {};
 
 TEST_P(FileOpenDeathTest, UnknownModeIsABug) {
     file f;
-    EXPECT_EXIT(f.open("/dev/null", GetParam()), testing::KilledBySignal(SIGABRT),
+    EXPECT_EXIT(f.open("/dev/null", GetParam()), fixtures::ended_by_abort(),
                 literally("file::open() BUG at file \"file\", line 48: \"unsupported open flag "
                           "combination\"!"));
 }

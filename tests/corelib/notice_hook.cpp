@@ -6,8 +6,7 @@ Notices& notices() {
 }
 
 /// Found by the platform layer at run time, as the application's own hook would be.
-extern "C" __attribute__((visibility("default"))) int host_show_notice(const char* caption,
-                                                                       const char* text) {
+extern "C" FIXTURES_EXPORT int host_show_notice(const char* caption, const char* text) {
     notices().captions.emplace_back(caption);
     notices().texts.emplace_back(text);
     if (notices().while_showing)

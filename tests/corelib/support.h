@@ -3,6 +3,7 @@
 #pragma once
 
 #include "corelib/memory.h"
+#include "tests/fixtures/system.h"
 #include "tests/fixtures/temporary.h"
 
 #include <cstdio>

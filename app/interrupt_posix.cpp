@@ -1,8 +1,8 @@
+#include "app/exit_code.h"
 #include "app/interrupt.h"
 
-#include "app/exit_code.h"
-
 #include <cstring>
+#include <signal.h>
 #include <unistd.h>
 
 namespace app {
@@ -24,9 +24,7 @@ void write_error(const char* text) {
 }
 
 void end_process(int signal) {
-    for (const auto& path : g_paths)
-        if (path[0])
-            ::unlink(path);
+    remove_unfinished_files();
     if (g_line_open)
         write_error("\r\033[K");
     if (signal == SIGABRT) {
@@ -75,6 +73,12 @@ void keep_on_signal(const std::string& path) {
             slot[0] = '\0';
 }
 
+void remove_unfinished_files() {
+    for (const auto& path : g_paths)
+        if (path[0])
+            ::unlink(path);
+}
+
 void set_terminal_line_open(bool open) { g_line_open = open ? 1 : 0; }
 bool terminal_line_open() { return g_line_open != 0; }
 
@@ -83,9 +87,12 @@ SignalsHeld::SignalsHeld() {
     sigemptyset(&set);
     for (const int signal : k_signals)
         sigaddset(&set, signal); // abort() itself takes no notice of this
-    sigprocmask(SIG_BLOCK, &set, &before_);
+    static_assert(sizeof before_ >= sizeof set);
+    sigprocmask(SIG_BLOCK, &set, reinterpret_cast<sigset_t*>(before_));
 }
 
-SignalsHeld::~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+SignalsHeld::~SignalsHeld() {
+    sigprocmask(SIG_SETMASK, reinterpret_cast<sigset_t*>(before_), nullptr);
+}
 
 } // namespace app

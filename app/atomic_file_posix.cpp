@@ -1,5 +1,4 @@
 #include "app/atomic_file.h"
-
 #include "app/interrupt.h"
 
 #include <cerrno>

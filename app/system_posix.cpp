@@ -1,0 +1,53 @@
+#include "app/system.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <filesystem>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace app {
+
+const char k_path_separator = ':';
+
+void prepare_process() {}
+
+std::string program_directory() {
+    std::error_code failure;
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", failure);
+    return failure ? std::string(".") : self.parent_path().string();
+}
+
+double peak_memory_mb() {
+    rusage usage = {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024.0; // the kernel counts in KiB
+}
+
+bool is_terminal_input_and_output() {
+    return ::isatty(STDIN_FILENO) != 0 && ::isatty(STDOUT_FILENO) != 0;
+}
+
+bool is_terminal_error() {
+    const char* terminal = std::getenv("TERM");
+    const bool can_move = terminal && std::strcmp(terminal, "dumb") != 0;
+    return can_move && ::isatty(STDERR_FILENO) != 0;
+}
+
+int terminal_columns() {
+    winsize size = {};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+void* loaded_function(const std::string& library, const char* function) {
+    void* const handle = ::dlopen(("lib" + library + ".so").c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (!handle)
+        return nullptr;
+    void* const found = ::dlsym(handle, function);
+    ::dlclose(handle); // whoever loaded it still holds it
+    return found;
+}
+
+} // namespace app

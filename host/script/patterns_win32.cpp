@@ -1,0 +1,115 @@
+#include "host/script/functions.h"
+#include "host/script/patterns.h"
+
+#include <regex>
+
+namespace host::script {
+
+namespace {
+
+/// The same sentences as other systems have for a pattern that is none.
+const char* reason_of(std::regex_constants::error_type code) {
+    namespace re = std::regex_constants;
+    if (code == re::error_brack)
+        return "Unmatched [, [^, [:, [., or [=";
+    if (code == re::error_paren)
+        return "Unmatched ( or \\(";
+    if (code == re::error_brace)
+        return "Unmatched \\{";
+    if (code == re::error_badbrace)
+        return "Invalid content of \\{\\}";
+    if (code == re::error_range)
+        return "Invalid range end";
+    if (code == re::error_ctype)
+        return "Invalid character class name";
+    if (code == re::error_collate)
+        return "Invalid collation character";
+    if (code == re::error_escape)
+        return "Trailing backslash";
+    if (code == re::error_badrepeat)
+        return "Invalid preceding regular expression";
+    return "Invalid regular expression";
+}
+
+/// One character against the set that begins behind a '['; gives the place behind the set, or npos
+/// when the set has no end.
+size_t fits_set(const std::string& pattern, size_t at, char c, bool& fits) {
+    const bool excludes = at < pattern.size() && (pattern[at] == '!' || pattern[at] == '^');
+    at += excludes;
+    fits = false;
+    for (bool first = true; at < pattern.size() && (first || pattern[at] != ']'); first = false) {
+        if (pattern[at] == '\\' && at + 1 < pattern.size())
+            ++at;
+        const char low = pattern[at++];
+        char high = low;
+        if (at + 1 < pattern.size() && pattern[at] == '-' && pattern[at + 1] != ']') {
+            high = pattern[at + 1];
+            at += 2;
+        }
+        fits = fits || (low <= c && c <= high);
+    }
+    fits = fits != excludes;
+    return at < pattern.size() ? at + 1 : std::string::npos;
+}
+
+/// One character of the text against the next piece of the pattern, which is no '*'; moves behind
+/// the piece.
+bool fits_one(const std::string& pattern, size_t& at, char c) {
+    const char piece = pattern[at++];
+    if (piece == '?')
+        return true;
+    if (piece == '[') {
+        bool fits = false;
+        const size_t end = fits_set(pattern, at, c, fits);
+        if (end == std::string::npos)
+            return c == '['; // no set after all
+        at = end;
+        return fits;
+    }
+    if (piece == '\\' && at < pattern.size())
+        return pattern[at++] == c;
+    return piece == c;
+}
+
+} // namespace
+
+bool find_pattern(const std::string& pattern, const std::string& text, size_t& first,
+                  size_t& last) {
+    try {
+        std::smatch match;
+        if (!std::regex_search(text, match, std::regex(pattern, std::regex::extended)))
+            return false;
+        first = size_t(match.position(0));
+        last = first + size_t(match.length(0));
+        return true;
+    } catch (const std::regex_error& error) {
+        throw ScriptFault("The pattern \"" + pattern +
+                          "\" is no regular expression: " + reason_of(error.code()) + ".");
+    }
+}
+
+/// Only the last '*' is ever gone back to: an earlier one could take no more than that one gives.
+bool fits_wildcards(const std::string& pattern, const std::string& text) {
+    size_t at = 0, i = 0;
+    size_t star = std::string::npos, star_text = 0;
+    while (i < text.size()) {
+        if (at < pattern.size() && pattern[at] == '*') {
+            star = at++;
+            star_text = i;
+            continue;
+        }
+        if (at < pattern.size() && fits_one(pattern, at, text[i])) {
+            ++i;
+            continue;
+        }
+        if (star == std::string::npos)
+            return false;
+        at = star + 1;
+        i = ++star_text;
+    }
+    while (at < pattern.size() && pattern[at] == '*')
+        ++at;
+    return at == pattern.size();
+}
+
+} // namespace host::script

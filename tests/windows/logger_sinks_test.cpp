@@ -1,0 +1,96 @@
+/// The logger over the system's own message box and debugger output: a program of its own logs, and
+/// this one is its debugger and the person at the screen.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+struct Seen {
+    std::string debugger;
+    std::string caption, text; ///< of the message box
+    DWORD exit_code = 0;
+    bool ended_by_itself = false; ///< before the box was dismissed
+};
+
+/// The box of another process; its text is in the control with this number.
+constexpr int k_text_control = 0xFFFF;
+
+bool dismiss_box(Seen& seen) {
+    const HWND box = FindWindowA("#32770", nullptr);
+    if (box == nullptr)
+        return false;
+    char buffer[1000] = "";
+    GetWindowTextA(box, buffer, sizeof buffer);
+    const HWND label = GetDlgItem(box, k_text_control);
+    if (label == nullptr)
+        return false; // still being made
+    seen.caption = buffer;
+    SendMessageA(label, WM_GETTEXT, sizeof buffer, reinterpret_cast<LPARAM>(buffer));
+    seen.text = buffer;
+    PostMessageA(box, WM_COMMAND, IDOK, 0);
+    return true;
+}
+
+std::string debugger_text(HANDLE process, const OUTPUT_DEBUG_STRING_INFO& info) {
+    std::string text(info.nDebugStringLength, '\0');
+    SIZE_T got = 0;
+    ReadProcessMemory(process, info.lpDebugStringData, text.data(), text.size(), &got);
+    text.resize(got);
+    return text.substr(0, text.find('\0'));
+}
+
+/// Runs the logging program until it ends; `wants_box` says whether a box is waited for.
+Seen watch(const std::string& arguments, bool wants_box) {
+    Seen seen;
+    std::string line = std::string("\"") + TESSORA_LOG_LINES + "\" " + arguments;
+    STARTUPINFOA start = {};
+    start.cb = sizeof start;
+    PROCESS_INFORMATION process = {};
+    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS,
+                       nullptr, nullptr, &start, &process) == 0)
+        return seen;
+    bool dismissed = false;
+    const DWORD begin = GetTickCount();
+    for (bool running = true; running && GetTickCount() - begin < 60000;) {
+        DEBUG_EVENT event;
+        if (WaitForDebugEvent(&event, 50) == 0) {
+            dismissed = dismissed || dismiss_box(seen);
+            continue;
+        }
+        DWORD answer = DBG_CONTINUE;
+        if (event.dwDebugEventCode == OUTPUT_DEBUG_STRING_EVENT)
+            seen.debugger += debugger_text(process.hProcess, event.u.DebugString);
+        if (event.dwDebugEventCode == EXCEPTION_DEBUG_EVENT &&
+            event.u.Exception.ExceptionRecord.ExceptionCode != EXCEPTION_BREAKPOINT)
+            answer = DBG_EXCEPTION_NOT_HANDLED;
+        if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT) {
+            seen.exit_code = event.u.ExitProcess.dwExitCode;
+            seen.ended_by_itself = wants_box && !dismissed;
+            running = false;
+        }
+        ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer);
+    }
+    TerminateProcess(process.hProcess, 99); // without effect on one that has ended
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return seen;
+}
+
+TEST(SystemSinks, DebuggerGetsTheLine) {
+    const Seen seen = watch("2 hello", false);
+    EXPECT_EQ(seen.debugger, "[CRITICAL]: hello\r\n");
+    EXPECT_EQ(seen.exit_code, 0u);
+}
+
+TEST(SystemSinks, BoxShowsTheLineUnderItsCaptionAndTheCallReturnsAfterIt) {
+    const Seen seen = watch("3 \"CreateDevice failed\"", true);
+    EXPECT_FALSE(seen.ended_by_itself) << "the program did not wait for the box";
+    EXPECT_EQ(seen.caption, "Message");
+    EXPECT_EQ(seen.text, "[CRITICAL]: CreateDevice failed\r\n");
+    EXPECT_EQ(seen.debugger, "[CRITICAL]: CreateDevice failed\r\n");
+    EXPECT_EQ(seen.exit_code, 0u);
+}
+
+} // namespace
