@@ -6,8 +6,11 @@ it (more of the same shape), with the exponent that fits best.
     bench/growth.py
     bench/growth.py --most 200000 --high_quality
     bench/growth.py --mesh horse.obj --ways replicate
+    bench/growth.py --shapes
 
-Without --mesh a bumpy torus of our own is taken."""
+Without --mesh a bumpy torus of our own is taken. --shapes instead holds the cost of collecting and
+applying per corner of two hard shapes (a vertex of 20,000 triangles, a polygon of 100,000 corners)
+against that of a plain mesh."""
 
 import argparse
 import math
@@ -81,10 +84,22 @@ def replicate(points, triangles, count):
     return many, result
 
 
-def write_obj(path, points, triangles):
+def circle(count):
+    return [(math.cos(2 * math.pi * i / count), math.sin(2 * math.pi * i / count), 0.0)
+            for i in range(count)]
+
+
+def double_cone(count):
+    """Two apexes, each with `count` triangles."""
+    ring = [(i, (i + 1) % count) for i in range(count)]
+    return (circle(count) + [(0.0, 0.0, 1.0), (0.0, 0.0, -1.0)],
+            [(a, b, count) for a, b in ring] + [(b, a, count + 1) for a, b in ring])
+
+
+def write_obj(path, points, polygons):
     with open(path, "w") as file:
         file.writelines("v %.9g %.9g %.9g\n" % p for p in points)
-        file.writelines("f %d %d %d\n" % (a + 1, b + 1, c + 1) for a, b, c in triangles)
+        file.writelines("f %s\n" % " ".join(str(i + 1) for i in p) for p in polygons)
 
 
 def sizes_of(way, base, most):
@@ -101,6 +116,31 @@ def sizes_of(way, base, most):
         yield points, triangles
 
 
+def run_shapes(program, limit):
+    """Nanoseconds per corner, and how many times those of the first row."""
+    shapes = [("torus", torus(256, 128)), ("valence 20,000", double_cone(20_000)),
+              ("polygon of 100,000", (circle(100_000), [tuple(range(100_000))]))]
+    rows, first = [], None
+    with tempfile.TemporaryDirectory(prefix="growth.") as folder:
+        for name, (points, polygons) in shapes:
+            mesh = pathlib.Path(folder) / "mesh.obj"
+            write_obj(mesh, points, polygons)
+            best = math.inf
+            for _ in range(5):
+                run, report = runs.unwrap(program, mesh, mesh.with_name("out.obj"), [], limit)
+                if run.code != 0:
+                    print(f"{name}: exit {run.code}: {run.text.strip()[:200]}")
+                    return False
+                best = min(best, report["seconds"]["collect"] + report["seconds"]["apply"])
+            corners = sum(map(len, polygons))
+            cost = 1e9 * best / corners
+            first = first or cost
+            rows.append([name, corners, f"{cost:.0f}", f"{cost / first:.2f}"])
+    print("collect + apply, best of 5")
+    runs.print_table(["shape", "corners", "ns/corner", "ratio"], rows)
+    return True
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
@@ -110,14 +150,18 @@ def main():
     parser.add_argument("--ways", default="subdivide,replicate")
     parser.add_argument("--high_quality", action="store_true")
     parser.add_argument("--limit", type=int, default=1800, help="seconds for one unwrap")
+    parser.add_argument("--shapes", action="store_true", help="hard shapes instead of growing ones")
     words = parser.parse_args()
     program = runs.find_program(words.program)
+    if words.shapes:
+        return 0 if run_shapes(program, words.limit) else 1
     base = read_triangles(words.mesh) if words.mesh else torus(32, 16)
     # A large texture, so that gutters do not decide how many charts fit.
     options = ["--width", 4096, "--height", 4096] + (["--high_quality"] if words.high_quality else [])
     good = True
     for way in words.ways.split(","):
-        rows, counts, totals, generates = [], [], [], []
+        rows, counts = [], []
+        costs = {"generate": [], "collect + apply": [], "all": []}
         with tempfile.TemporaryDirectory(prefix="growth.") as folder:
             for points, triangles in sizes_of(way, base, words.most):
                 mesh = pathlib.Path(folder) / "mesh.obj"
@@ -136,15 +180,16 @@ def main():
                             [f"{n / run.seconds:.0f}", f"{report['peak_mb']:.0f}",
                              f"{report['peak_mb'] * 2**20 / n:.0f}"])
                 counts.append(n)
-                totals.append(run.seconds)
-                generates.append(seconds["generate"])
+                costs["all"].append(run.seconds)
+                costs["generate"].append(seconds["generate"])
+                costs["collect + apply"].append(seconds["collect"] + seconds["apply"])
         print(f"\n{way} (seconds per stage)")
         runs.print_table(["triangles", "charts"] + STAGES +
                          ["triangles/s", "peak MiB", "bytes/triangle"], rows)
         fit = [i for i, n in enumerate(counts) if n >= FIT_FROM]
         if len(fit) > 1:
-            for name, costs in [("generate", generates), ("all", totals)]:
-                exponent = runs.growth_exponent([counts[i] for i in fit], [costs[i] for i in fit])
+            for name, cost in costs.items():
+                exponent = runs.growth_exponent([counts[i] for i in fit], [cost[i] for i in fit])
                 print(f"exponent of {name} from {counts[fit[0]]} triangles: {exponent:.2f}")
     return 0 if good else 1
 
