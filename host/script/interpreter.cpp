@@ -78,6 +78,8 @@ Value Interpreter::run(std::string_view text, const std::string& file) {
         last_ = Value();
         if (execute_top(statement) == Flow::give)
             return frame.result;
+        if (statement->kind != Kind::expression) // a loop is worth nothing, whatever ran in it
+            last_ = Value();
     }
     return last_;
 }

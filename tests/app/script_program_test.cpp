@@ -1,0 +1,123 @@
+/// Scripts, statements and the prompt of the built program, and scenes that go from one run of it
+/// to the next.
+#include "tests/app/program_fixture.h"
+
+namespace {
+
+using namespace test;
+
+class Script : public Program {
+protected:
+    Ended script(const std::string& text, Words arguments = {}) {
+        arguments.insert(arguments.begin(), {"script", dir.put("script.mel", text)});
+        return run(arguments);
+    }
+    Ended shell(const std::string& input) {
+        Process::Setup setup;
+        setup.input = input;
+        return run({"shell"}, setup);
+    }
+    /// `statements` in a process of their own, all well; what they print.
+    std::string in_a_process(const std::string& statements) {
+        const Ended ended = run({"-c", statements});
+        EXPECT_EQ(0, ended.code) << ended.err;
+        return ended.out;
+    }
+    std::string quoted(const std::string& name) const { return '"' + dir.path(name) + '"'; }
+};
+
+TEST_F(Script, GetsItsArguments) {
+    const Ended ended = script("global string $argv[]; print $argv;", {"one", "two words", "-3"});
+    EXPECT_EQ(0, ended.code) << ended.err;
+    EXPECT_EQ("one\ntwo words\n-3\n", ended.out);
+}
+
+TEST_F(Script, GivesTheExitCodeItQuitsWith) {
+    EXPECT_EQ(9, script("quit -exitCode 9; print \"never\";").code);
+}
+
+TEST_F(Script, ErrorNamesFileLineAndColumn) {
+    const Ended ended = script("print \"before\\n\";\nint $a[2];\n  nonsense;\nprint \"after\";\n");
+    EXPECT_EQ(1, ended.code);
+    EXPECT_EQ("before\n", ended.out);
+    EXPECT_NE(std::string::npos,
+              ended.err.find("script.mel:3:3: Cannot find procedure \"nonsense\"."))
+        << ended.err;
+}
+
+TEST_F(Script, SyntaxErrorRunsNothing) {
+    const Ended ended = script("print \"before\\n\";\nint $a = ;\n");
+    EXPECT_EQ(1, ended.code);
+    EXPECT_EQ("", ended.out);
+    EXPECT_NE(std::string::npos, ended.err.find("script.mel:2:10: Syntax error")) << ended.err;
+}
+
+TEST_F(Script, MissingFileIsAnInputError) {
+    const Ended ended = run({"script", dir.path("none.mel")});
+    EXPECT_EQ(3, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("none.mel")) << ended.err;
+}
+
+TEST_F(Script, WithoutAFileIsAUsageError) {
+    EXPECT_EQ(2, run({"script"}).code);
+    EXPECT_EQ(2, run({"-c"}).code);
+    EXPECT_EQ(2, run({"shell", "surplus"}).code);
+}
+
+TEST_F(Script, UnwrapsAndExports) {
+    const Ended ended =
+        script("global string $argv[]; loadPlugin tessora; polyTorus -n ring; tessora -pad 3; "
+               "file -f -exportAll -type \"OBJexport\" $argv[0];",
+               {dir.path("ring.obj")});
+    EXPECT_EQ(0, ended.code) << ended.err;
+    expect_unwrapped("ring.obj");
+}
+
+TEST_F(Script, ShellGoesOnAfterAnErrorAndTellsItAtTheEnd) {
+    const Ended ended = shell("nonsense;\nprint \"still here\\n\";\n");
+    EXPECT_EQ(1, ended.code);
+    EXPECT_EQ("still here\n", ended.out);
+    EXPECT_NE(std::string::npos, ended.err.find("nonsense")) << ended.err;
+}
+
+TEST_F(Script, ShellStatementSpansLines) {
+    EXPECT_EQ("3\n5\n", shell("for ($i = 1; $i < 3; $i++) {\nint $odd = 1 + 2 * $i;\n"
+                              "print ($odd + \"\\n\");\n}\n")
+                            .out);
+}
+
+TEST_F(Script, ShellEndsWithQuit) {
+    const Ended ended = shell("quit -exitCode 4;\nprint \"never\";\n");
+    EXPECT_EQ(4, ended.code);
+    EXPECT_EQ("", ended.out);
+}
+
+TEST_F(Script, SceneOfAnUnwrappedTweakedMeshGivesTheSameUvsInANewProcess) {
+    in_a_process("loadPlugin tessora; polySphere -n ball -sx 16 -sy 12; "
+                 "move -r 0.1 0 0.05 ball.vtx[20]; tessora -pad 4 -stretch 0.05; "
+                 "dgeval ballShape.outMesh; file -f -exportAll -type \"OBJexport\" " +
+                 quoted("before.obj") + "; file -rename " + quoted("ball.ma") + "; file -save;");
+    in_a_process("file -f -open " + quoted("ball.ma") +
+                 "; setAttr tessora_node1.Skip_compute 0; dgeval ballShape.outMesh; "
+                 "file -f -exportAll -type \"OBJexport\" " +
+                 quoted("after.obj") + ";");
+    expect_unwrapped("before.obj");
+    EXPECT_EQ(dir.get("before.obj"), dir.get("after.obj"));
+}
+
+TEST_F(Script, UnknownNodesKeepEveryLineThroughANewProcess) {
+    const std::string unknown = "createNode strangeLocator -n \"marker1\";\n"
+                                "\taddAttr -ci true -sn \"mk\" -ln \"mark\" -at \"double\";\n"
+                                "\tsetAttr \".mk\" 2.5;\n"
+                                "\tsetAttr \".odd[0:2]\" -type \"strangeArray\" 1 \"two\" 3;\n";
+    dir.put("old.ma", "//Maya ASCII 2008 scene\nrequires maya \"2008\";\n" + unknown +
+                          "createNode transform -n \"known\";\n// End of old.ma\n");
+    in_a_process("file -f -open " + quoted("old.ma") + "; file -rename " + quoted("new.ma") +
+                 "; file -save;");
+    const std::string saved = dir.get("new.ma");
+    std::istringstream lines(unknown);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_NE(std::string::npos, saved.find(line + "\n")) << line << "\n" << saved;
+}
+
+} // namespace
