@@ -77,8 +77,9 @@ void ray_through(const CameraView& camera, const Viewport& viewport, double x, d
 using PointSink = std::function<void(const MPoint&)>;
 using PointSource = std::function<void(const PointSink&)>;
 
-/// Moves the camera, without turning it, to where the points fill `factor` of the panel in its
-/// tighter direction and are in the middle of both. Does nothing when there are no points.
+/// Moves the camera, without turning it, to where the points fill `factor` of the panel in the
+/// tighter direction and are in the middle of it (in the other one nearly so, where perspective
+/// leaves room). Does nothing when there are no points.
 void frame_points(const graph::DagPath& camera, const Viewport& viewport, const PointSource& points,
                   double factor = 0.9);
 /// Turns about the centre of interest, in degrees: to the right, and up. Orthographic cameras do
