@@ -36,11 +36,11 @@ Json charts_json(const measure::Measures& m) {
     Json list = Json::array();
     for (const measure::ChartMeasure& chart : m.charts)
         list.push_back({{"triangles", chart.triangles},
-                        {"area", chart.stretch.area},
+                        {"area", chart.stretch.area * m.unit * m.unit},
                         {"texel_area", chart.stretch.texel_area},
                         {"l2_stretch", chart.stretch.l2},
                         {"max_stretch", chart.stretch.linf},
-                        {"density", chart.density()},
+                        {"density", chart.density() / m.unit},
                         {"mirrored", chart.signed_area < 0.0}});
     return list;
 }
@@ -55,7 +55,7 @@ void add_shape_figures(const measure::Measures& m, Json& out) {
     out["conformal_mean"] = m.distortion.conformal_mean;
     out["area_distortion_mean"] = m.distortion.area_mean;
     out["area_distortion_max"] = m.distortion.area_max;
-    out["seam_length"] = m.seam_length;
+    out["seam_length"] = m.seam_length * m.unit;
     out["seam_length_relative"] = m.seam_relative;
     out["seam_edges"] = m.seam_edges;
 }
@@ -64,9 +64,9 @@ void add_place_figures(const measure::Measures& m, Json& out) {
     out["coverage"] = m.coverage;
     out["gap_texels"] = m.gap ? Json(m.gap->texels) : Json(nullptr);
     out["border_texels"] = texels(m.border);
-    out["density_min"] = m.density.least;
-    out["density_mean"] = m.density.mean;
-    out["density_max"] = m.density.most;
+    out["density_min"] = m.density.least / m.unit;
+    out["density_mean"] = m.density.mean / m.unit;
+    out["density_max"] = m.density.most / m.unit;
     out["density_variation"] = m.density.variation;
     out["uv_min"] = {m.uv_low[0], m.uv_low[1]};
     out["uv_max"] = {m.uv_high[0], m.uv_high[1]};
@@ -119,7 +119,7 @@ void add_shape_lines(const measure::Measures& m, Table& table) {
     table.line("angle error, max", m.distortion.angle_max, "degrees");
     table.line("area distortion, mean", m.distortion.area_mean, "ratio, 1 = even");
     table.line("area distortion, max", m.distortion.area_max);
-    table.line("seam length", m.seam_length, "in the mesh's unit");
+    table.line("seam length", m.seam_length * m.unit, "in the mesh's unit");
     table.line("seam length, relative", m.seam_relative, "over the square root of the area");
 }
 
@@ -131,9 +131,9 @@ void add_place_lines(const measure::Measures& m, Table& table) {
         table.line("smallest gap", std::string("-"), "fewer than two charts");
     if (m.border)
         table.line("border distance", *m.border, "texels, negative outside");
-    table.line("density, least chart", m.density.least, "texels per unit of length");
-    table.line("density, mean", m.density.mean);
-    table.line("density, most", m.density.most);
+    table.line("density, least chart", m.density.least / m.unit, "texels per unit of length");
+    table.line("density, mean", m.density.mean / m.unit);
+    table.line("density, most", m.density.most / m.unit);
     table.line("density, variation", m.density.variation, "standard deviation over mean");
     char range[80];
     std::snprintf(range, sizeof range, "%.6g..%.6g", m.uv_low[0], m.uv_high[0]);
@@ -169,7 +169,8 @@ bool make_layout(const host::ObjDocument& document, const host::ObjUvs* uvs,
         return false;
     }
     layout = {};
-    layout.positions = document.positions;
+    layout.positions = document.unit_positions;
+    layout.unit = document.unit;
     layout.corner_vertex = document.corner_vertex;
     layout.polygon_count = static_cast<uint32_t>(document.polygon_count());
     take_uvs(document, uvs, layout);

@@ -10,7 +10,7 @@ namespace {
 
 void add_place(const host::ObjDocument& document, uint32_t vertex, ImportedMesh& mesh) {
     for (size_t k = 0; k < 3; ++k)
-        mesh.positions.push_back(document.positions[3 * size_t(vertex) + k]);
+        mesh.positions.push_back(document.unit_positions[3 * size_t(vertex) + k]);
 }
 
 void split_repeats(const host::ObjDocument& document, ImportedMesh& mesh) {
@@ -87,7 +87,7 @@ void isolate(const host::ObjDocument& document, uint32_t polygon, ImportedMesh& 
 
 MStatus import_mesh(const host::ObjDocument& document, ImportedMesh& imported, host::Mesh& mesh) {
     imported = ImportedMesh();
-    imported.positions = document.positions;
+    imported.positions = document.unit_positions;
     imported.corner_begin = document.corner_begin;
     split_repeats(document, imported);
     for (;;) {

@@ -23,7 +23,7 @@
 namespace app {
 
 struct ImportedMesh {
-    std::vector<float> positions;       ///< 3 per vertex: the file's, then the added ones
+    std::vector<float> positions; ///< 3 per vertex: the file's, over its unit, then the added ones
     std::vector<uint32_t> corner_begin; ///< polygons + 1 entries
     std::vector<uint32_t> corner_vertex;
     std::vector<uint32_t> copy_of;  ///< for each added vertex, the file's vertex it stands for

@@ -15,13 +15,14 @@ inline constexpr uint32_t k_none = 0xFFFFFFFFu;
 /// Shape: positions[3*nv], uvs[2*nu], corner_vertex[nc], corner_uv[nc], triangle_corners[3*nt],
 ///        triangle_polygon[nt]. Triangles wind like their polygons.
 struct Layout {
-    std::vector<float> positions;           ///< object space
+    std::vector<float> positions;           ///< object space, in lengths of `unit`
     std::vector<float> uvs;                 ///< fractions of the texture
     std::vector<uint32_t> corner_vertex;    ///< per polygon corner: its vertex
     std::vector<uint32_t> corner_uv;        ///< per polygon corner: its UV or k_none
     std::vector<uint32_t> triangle_corners; ///< three polygon corners per triangle
     std::vector<uint32_t> triangle_polygon; ///< ids that findings name
     uint32_t polygon_count = 0;
+    double unit = 1.0; ///< a length of 1 in `positions`, in the mesh's own unit
 
     uint32_t vertex_count() const { return static_cast<uint32_t>(positions.size() / 3); }
     uint32_t triangle_count() const { return static_cast<uint32_t>(triangle_polygon.size()); }

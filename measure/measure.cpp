@@ -27,6 +27,7 @@ public:
 
     Measures run() {
         result_.polygons = layout_.polygon_count;
+        result_.unit = layout_.unit;
         result_.triangles = layout_.triangle_count();
         result_.vertices = layout_.vertex_count();
         find_unmapped();

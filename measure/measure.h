@@ -31,7 +31,9 @@ struct Density {
     double variation = 0.0; ///< standard deviation over the mean, by surface area, per triangle
 };
 
+/// Lengths in space, and what is per length, are in those of the layout's positions.
 struct Measures {
+    double unit = 1.0; ///< such a length in the mesh's own unit
     uint32_t polygons = 0, triangles = 0, vertices = 0;
     uint32_t unmapped_corners = 0; ///< without UV, or with one that is not finite
     std::vector<uint32_t> unmapped_polygons;

@@ -30,9 +30,14 @@ struct ObjStatement {
 };
 
 struct ObjDocument {
-    std::string name;                   ///< what messages call the file
-    std::string text;                   ///< the file's bytes
-    std::vector<float> positions;       ///< 3 per vertex, object space
+    std::string name;             ///< what messages call the file
+    std::string text;             ///< the file's bytes
+    std::vector<float> positions; ///< 3 per vertex, object space
+    /// The same divided by `unit`, a power of ten that makes the largest of them 1 to 10. They are
+    /// rounded to single precision after that, so that a mesh in metres and the same one in
+    /// millimetres have the same.
+    std::vector<float> unit_positions;
+    double unit = 1.0;
     std::vector<float> texture_coords;  ///< 2 per `vt` line (v is 0 where the line has none)
     std::vector<uint32_t> corner_begin; ///< polygons + 1 entries: first corner of each polygon
     std::vector<uint32_t> corner_vertex;

@@ -57,6 +57,13 @@ NumberFault parse_number(std::string_view word, float& value) {
     return std::isfinite(value) ? NumberFault::none : NumberFault::not_finite;
 }
 
+double exact_number(std::string_view word) {
+    word = without_plus(word);
+    double value = 0.0;
+    std::from_chars(word.data(), word.data() + word.size(), value);
+    return value;
+}
+
 NumberFault parse_integer(std::string_view word, int64_t& value) {
     word = without_plus(word);
     const char* end = word.data() + word.size();

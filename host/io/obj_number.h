@@ -17,6 +17,9 @@ enum class NumberFault {
 /// A number too small for single precision becomes zero with its sign. One leading "+" is allowed.
 NumberFault parse_number(std::string_view word, float& value);
 
+/// The nearest double-precision value of a word that the other one has accepted.
+double exact_number(std::string_view word);
+
 /// A whole decimal number with an optional sign.
 NumberFault parse_integer(std::string_view word, int64_t& value);
 

@@ -51,6 +51,7 @@ private:
     bool index(std::string_view word, std::string_view whole, const char* what, uint64_t count,
                uint64_t& id);
     bool check_indices();
+    void find_unit();
     bool check_present();
     bool find_fault(uint64_t polygon);
     void finish_warnings();
@@ -70,6 +71,7 @@ private:
     uint64_t highest_normal_ = 0;
     uint64_t highest_normal_at_ = 0;
     uint64_t unknown_ = 0;
+    std::vector<double> exact_; // positions as the file has them
     bool seen_face_ = false;
     bool insert_after_ = false; // the present statement belongs ahead of new `vt` lines
     Tally small_faces_, bad_textures_, bad_normals_;
@@ -93,6 +95,7 @@ bool Parser::run() {
     }
     if (!check_present() || !check_indices())
         return false;
+    find_unit();
     finish_warnings();
     return true;
 }
@@ -120,6 +123,7 @@ bool Parser::statement() {
 bool Parser::vertex() {
     const auto label = [&] { return "vertex " + std::to_string(doc_.vertex_count() + 1); };
     float value[3] = {0.0f, 0.0f, 0.0f};
+    double exact[3] = {0.0, 0.0, 0.0};
     std::string_view word;
     int have = 0;
     for (; lexer_.next_word(word); ++have) {
@@ -128,10 +132,13 @@ bool Parser::vertex() {
         if (fault == NumberFault::not_a_number || (have < 3 && fault != NumberFault::none))
             return fail(lexer_.offset_of(word),
                         label() + ": " + quoted(word) + " " + fault_text(fault));
+        if (have < 3)
+            exact[have] = exact_number(word);
     }
     if (have < 3)
         return fail(begin_, label() + " needs three coordinates and has " + std::to_string(have));
     doc_.positions.insert(doc_.positions.end(), value, value + 3);
+    exact_.insert(exact_.end(), exact, exact + 3);
     if (doc_.vertex_count() > k_max_count)
         return fail(begin_, "more than 2147483647 vertices", IoError::too_large);
     return true;
@@ -244,6 +251,23 @@ bool Parser::face() {
     doc_.corner_begin.push_back(static_cast<uint32_t>(doc_.corner_vertex.size()));
     doc_.statements.push_back({begin_, ObjStatement::polygon});
     return true;
+}
+
+void Parser::find_unit() {
+    double largest = 0.0;
+    for (const double x : exact_)
+        largest = std::max(largest, std::fabs(x));
+    // Powers of ten up to 1e22 are exact, and so dividing by one rounds once, as a decimal point
+    // that stands elsewhere in the file does.
+    double over = 1.0, under = 1.0;
+    while (largest > 0.0 && largest / over >= 10.0 && over < 1e22)
+        over *= 10.0;
+    while (largest > 0.0 && largest * under < 1.0 && under < 1e22)
+        under *= 10.0;
+    doc_.unit = over / under;
+    doc_.unit_positions.reserve(exact_.size());
+    for (const double x : exact_)
+        doc_.unit_positions.push_back(static_cast<float>(over > 1.0 ? x / over : x * under));
 }
 
 bool Parser::check_present() {

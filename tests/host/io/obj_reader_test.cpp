@@ -173,6 +173,24 @@ TEST(ObjReader, NumbersAreTheNearestSinglePrecisionValue) {
     EXPECT_TRUE(std::signbit(d.positions[4]));
 }
 
+TEST(ObjReader, MeshInAnotherUnitHasTheSamePositionsOverItsUnit) {
+    const std::string rest = "\nv 0 1 0\nf 1 2 3\n";
+    const ObjDocument metres = read("v 1.2345678 0.1 0\nv 0.7 0 0" + rest);
+    const ObjDocument millimetres = read("v 1234.5678 100 0\nv 700 0 0\nv 0 1000 0\nf 1 2 3\n");
+    const ObjDocument miles = read("v 1.2345678e-3 1e-4 0\nv 0.0007 0 0\nv 0 .001 0\nf 1 2 3\n");
+    EXPECT_EQ(metres.positions, metres.unit_positions);
+    EXPECT_EQ(metres.unit_positions, millimetres.unit_positions);
+    EXPECT_EQ(metres.unit_positions, miles.unit_positions);
+    EXPECT_EQ(1.0, metres.unit);
+    EXPECT_EQ(1000.0, millimetres.unit);
+    EXPECT_EQ(0.001, miles.unit);
+}
+
+TEST(ObjReader, PositionsBelowSinglePrecisionKeepTheirShapeOverTheUnit) {
+    const ObjDocument d = read("v 1.25e-43 0 0\nv 0 2.5e-43 0\nv 0 0 0\nf 1 2 3\n");
+    EXPECT_FLOAT_EQ(0.5f * d.unit_positions[4], d.unit_positions[0]);
+}
+
 TEST(ObjReader, TinyNumbersWithoutExponentBecomeZero) {
     const std::string tiny = "0." + std::string(60, '0') + "1";
     EXPECT_EQ(
