@@ -7,6 +7,7 @@
 #include "app/script_command.h"
 #include "app/system.h"
 #include "app/unwrap_command.h"
+#include "app/view_command.h"
 
 #include <cstdio>
 #include <new>
@@ -17,6 +18,7 @@ constexpr app::Command k_commands[] = {
     {"unwrap", "give a mesh new texture coordinates", app::unwrap_command},
     {"measure", "tell how good a mesh's texture coordinates are", app::measure_command},
     {"verify", "check that they keep what an unwrap promises", app::verify_command},
+    {"view", "open the desktop window", app::view_command},
     {"script", "run a script file in the embedded host", app::script_command},
     {"shell", "a prompt for script statements", app::shell_command},
 };

@@ -15,7 +15,7 @@
 
 namespace host {
 
-struct UiControl {
+struct TESSORA_SCRIPT_API UiControl {
     std::string name;
     std::string type; ///< as the command that makes it: "window", "button", "intSliderGrp"
     UiControl* parent = nullptr;

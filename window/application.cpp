@@ -1,0 +1,269 @@
+#include "window/application.h"
+
+#include "app/atomic_file.h"
+#include "app/command.h"
+#include "app/session_setup.h"
+#include "host/graph/plugins.h"
+#include "host/script/session.h"
+#include "host/view/picture.h"
+
+#include <GLFW/glfw3.h>
+#include <backends/imgui_impl_glfw.h>
+#include <backends/imgui_impl_opengl2.h>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+
+namespace window {
+namespace {
+
+using host::script::Session;
+
+/// Takes what plug-ins write to the error stream to the console, line by line.
+class LineBuffer : public std::streambuf {
+public:
+    explicit LineBuffer(std::function<void(const std::string&)> pass) : pass_(std::move(pass)) {}
+
+private:
+    int_type overflow(int_type character) override {
+        if (traits_type::eq_int_type(character, traits_type::eof()))
+            return traits_type::not_eof(character);
+        if (character == '\n') {
+            pass_(line_);
+            line_.clear();
+        } else if (character != '\r') {
+            line_ += traits_type::to_char_type(character);
+        }
+        return character;
+    }
+    std::function<void(const std::string&)> pass_;
+    std::string line_;
+};
+
+std::string last_glfw_error() {
+    const char* text = nullptr;
+    glfwGetError(&text);
+    return text ? std::string(": ") + text : std::string();
+}
+
+Display display_named(const std::string& name) {
+    for (int i = 0; i < 4; ++i) {
+        std::string known = k_display_names[i];
+        known[0] = char(known[0] + 32);
+        if (name == known)
+            return static_cast<Display>(i);
+    }
+    return Display::charts;
+}
+
+} // namespace
+
+Application::Application(const Wanted& wanted, std::string& error)
+    : wanted_(wanted),
+      state_([this](const std::string& text) { run_statements(text); }, wanted.places) {
+    state_.display = display_named(wanted.display);
+    if (!open_window(error))
+        return;
+    Session& session = Session::current();
+    session.set_output(&state_.console);
+    session.on_quit = [this](int) { ends_ = true; };
+    session.ui().ask = [this](const std::string& title, const std::string& message,
+                              const host::script::StringArray& buttons,
+                              const std::string& preferred) {
+        return ask(title, message, buttons, preferred);
+    };
+    error_lines_ = std::make_unique<LineBuffer>(
+        [this](const std::string& line) { state_.console.print(line + "\n"); });
+    error_stream_ = std::cerr.rdbuf();
+    panels_ = std::make_unique<ModelPanels>(state_);
+    panels_->on_redraw = [this] { frame(false); };
+    uvs_ = std::make_unique<UvPanel>();
+    host::set_progress_listener(this);
+    host::set_notice_listener(this);
+    load_plugin(error);
+}
+
+Application::~Application() {
+    if (error_stream_)
+        std::cerr.rdbuf(error_stream_);
+    host::set_progress_listener(nullptr);
+    host::set_notice_listener(nullptr);
+    Session::current().set_output(nullptr);
+    Session::current().on_quit = nullptr;
+    Session::current().ui().ask = nullptr;
+    panels_.reset();
+    uvs_.reset();
+    if (window_) {
+        ImGui_ImplOpenGL2_Shutdown();
+        ImGui_ImplGlfw_Shutdown();
+        ImGui::DestroyContext();
+        glfwDestroyWindow(window_);
+    }
+    glfwTerminate();
+}
+
+bool Application::open_window(std::string& error) {
+    if (!glfwInit()) {
+        error = "there is no screen to open a window on" + last_glfw_error();
+        return false;
+    }
+    glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, 2);
+    glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, 1);
+    glfwWindowHint(GLFW_DEPTH_BITS, 24);
+    window_ = glfwCreateWindow(wanted_.width, wanted_.height, "Tessora", nullptr, nullptr);
+    if (!window_) {
+        error = "the system gives no OpenGL window" + last_glfw_error();
+        return false;
+    }
+    glfwMakeContextCurrent(window_);
+    glfwSwapInterval(1);
+    glfwSetWindowUserPointer(window_, this);
+    glfwSetDropCallback(window_, [](GLFWwindow* window, int count, const char** paths) {
+        static_cast<Application*>(glfwGetWindowUserPointer(window))
+            ->dropped({paths, paths + count});
+    });
+    IMGUI_CHECKVERSION();
+    ImGui::CreateContext();
+    ImGuiIO& io = ImGui::GetIO();
+    io.ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard;
+    io.IniFilename = nullptr;
+    float scale = 1.0f, ignored = 1.0f;
+    glfwGetWindowContentScale(window_, &scale, &ignored);
+    state_.fonts = set_theme(scale);
+    ImGui_ImplGlfw_InitForOpenGL(window_, true);
+    ImGui_ImplOpenGL2_Init();
+    return true;
+}
+
+bool Application::load_plugin(std::string& error) {
+    app::set_search_paths();
+    host::graph::Plugins& plugins = host::graph::Plugins::current();
+    std::string reason;
+    if (plugins.is_loaded("tessora") || plugins.load("tessora", reason))
+        return true;
+    error = "the plug-in cannot be loaded: " + reason;
+    return false;
+}
+
+void Application::run_statements(const std::string& statements) {
+    std::cerr.rdbuf(error_lines_.get());
+    const Session::Outcome outcome = Session::current().run(statements, "window");
+    has_failed_ = !outcome.ok;
+    if (outcome.ok && !outcome.value.is_none())
+        state_.console.result(outcome.value.to_string());
+    if (!update_meshes()) {
+        has_failed_ = true;
+        state_.console.error("A mesh could not be brought up to date; it is shown as it was.");
+    }
+    std::cerr.rdbuf(error_stream_);
+    progress_ = host::ProgressState();
+    const bool had_mesh = static_cast<bool>(state_.subject.shape);
+    const auto* before = state_.subject.shape.get();
+    state_.refresh();
+    if (state_.subject.shape && (!had_mesh || before != state_.subject.shape.get()))
+        panels_->frame_all();
+    set_title();
+}
+
+void Application::set_title() {
+    const Session::Outcome name = Session::current().run("file -q -sceneName", "window", false);
+    state_.scene_name = name.ok ? name.value.to_string() : std::string();
+    const std::string shown = state_.scene_name.empty()
+                                  ? std::string("untitled")
+                                  : std::filesystem::path(state_.scene_name).filename().string();
+    glfwSetWindowTitle(window_,
+                       (shown + (state_.is_modified ? " * - Tessora" : " - Tessora")).c_str());
+}
+
+void Application::start() {
+    if (!wanted_.file.empty()) {
+        const std::string statement = statement_for_file(wanted_.file, false);
+        if (statement.empty())
+            state_.console.error(wanted_.file + ": not an .obj, .ma or .mel file.");
+        is_good_ = !statement.empty();
+        state_.jobs.add(statement);
+    }
+    for (const std::string& statements : wanted_.statements)
+        state_.jobs.add(statements);
+    state_.refresh();
+}
+
+void Application::after_first_frame() {
+    if (wanted_.is_verbose)
+        std::fprintf(stderr, "tessora: the window was ready after %.2f s\n",
+                     std::chrono::duration<double>(Clock::now() - begin_).count());
+}
+
+void Application::main_loop() {
+    bool is_first = true;
+    while (!ends_) {
+        frame(true);
+        if (is_first && state_.jobs.is_empty()) {
+            after_first_frame();
+            is_first = false;
+        }
+        if (!state_.jobs.is_empty()) {
+            state_.jobs.run_all();
+            is_good_ = is_good_ && !(is_first && has_failed_);
+            continue;
+        }
+        if (glfwWindowShouldClose(window_)) {
+            glfwSetWindowShouldClose(window_, GLFW_FALSE);
+            grant(Wish::quit);
+        }
+        if (ends_)
+            break;
+        glfwWaitEventsTimeout(0.25);
+        frame(true); // what an event did may show in the frame after the one that saw it
+    }
+}
+
+bool Application::run() {
+    start();
+    if (wanted_.screenshot.empty()) {
+        main_loop();
+        return is_good_;
+    }
+    frame(true);
+    state_.jobs.run_all();
+    is_good_ = is_good_ && !has_failed_;
+    for (int i = 0; i < 4; ++i) // windows find their sizes
+        frame(true);
+    after_first_frame();
+    return write_screenshot() && is_good_;
+}
+
+bool Application::write_screenshot() {
+    int width = 0, height = 0;
+    glfwGetFramebufferSize(window_, &width, &height);
+    glReadBuffer(GL_BACK);
+    const std::string png = host::png_of(host::read_pixels(0, 0, width, height));
+    app::AtomicFile file;
+    std::string error;
+    if (file.open(wanted_.screenshot, error) && file.write(png, error) && file.commit(error))
+        return true;
+    app::say(error);
+    return false;
+}
+
+void Application::changed(const host::ProgressState& progress) {
+    const bool is_new =
+        progress.is_shown != progress_.is_shown || !(progress.status == progress_.status);
+    progress_ = progress;
+    // Drawing takes longer than many of the steps that are announced.
+    const auto now = Clock::now();
+    if (!is_new && now - last_progress_ < std::chrono::milliseconds(66))
+        return;
+    last_progress_ = now;
+    if (progress.is_shown)
+        frame(false);
+}
+
+bool Application::show(const char* caption, const char* text) {
+    state_.console.warning(text);
+    if (wanted_.screenshot.empty())
+        ask(caption, text, {"OK"}, "OK");
+    return true;
+}
+
+} // namespace window

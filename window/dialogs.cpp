@@ -1,0 +1,272 @@
+#include "window/dialogs.h"
+
+#include "host/script/value.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <imgui.h>
+#include <imgui_stdlib.h>
+
+namespace window {
+namespace {
+
+using host::UiControl;
+
+constexpr float k_label_width = 130.0f;
+
+const host::script::Value* property(const UiControl& control, const char* name) {
+    const auto found = control.properties.find(name);
+    return found == control.properties.end() ? nullptr : &found->second;
+}
+
+double number(const UiControl& control, const char* name, double absent) {
+    const host::script::Value* value = property(control, name);
+    return value ? value->to_real() : absent;
+}
+
+bool truth(const UiControl& control, const char* name, bool absent) {
+    const host::script::Value* value = property(control, name);
+    return value ? value->truth() : absent;
+}
+
+std::string text_of(double value) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.9g", value);
+    return text;
+}
+
+} // namespace
+
+void Dialogs::set(const UiControl& control, const std::string& value) {
+    state_->run("uiSet " + host::script::quoted(control.name) + " " + value + ";");
+}
+
+void Dialogs::label(const UiControl& control) {
+    const std::string text = control.text("label");
+    ImGui::AlignTextToFramePadding();
+    const float room = k_label_width - ImGui::CalcTextSize(text.c_str()).x;
+    ImGui::SetCursorPosX(ImGui::GetCursorPosX() + std::max(0.0f, room));
+    ImGui::TextUnformatted(text.c_str());
+    ImGui::SameLine(0.0f, 10.0f);
+}
+
+void Dialogs::draw_slider(const UiControl& control, bool is_real) {
+    label(control);
+    const double low = number(control, "minValue", 0.0);
+    const double high = number(control, "maxValue", is_real ? 1.0 : 100.0);
+    bool is_done = false;
+    const std::string& name = control.name;
+    const float field = truth(control, "field", false) ? 76.0f : 0.0f;
+    const float room = ImGui::GetContentRegionAvail().x;
+    char format[16];
+    std::snprintf(format, sizeof format, "%%.%df",
+                  static_cast<int>(number(control, "precision", 3.0)));
+    if (is_real) {
+        auto at = reals_.emplace(name, 0.0f);
+        if (at.second)
+            at.first->second = static_cast<float>(number(control, "value", 0.0));
+        float& value = at.first->second;
+        bool is_active = false;
+        if (field > 0.0f) {
+            ImGui::SetNextItemWidth(field);
+            ImGui::InputFloat("##field", &value, 0.0f, 0.0f, format);
+            state_->places.add_item("control/" + name);
+            is_active = ImGui::IsItemActive();
+            is_done = ImGui::IsItemDeactivatedAfterEdit();
+            ImGui::SameLine(0.0f, 6.0f);
+        }
+        ImGui::SetNextItemWidth(std::max(60.0f, room - field - 6.0f));
+        ImGui::SliderFloat("##slider", &value, static_cast<float>(low), static_cast<float>(high),
+                           "", ImGuiSliderFlags_AlwaysClamp | ImGuiSliderFlags_NoInput);
+        is_active = is_active || ImGui::IsItemActive();
+        is_done = is_done || ImGui::IsItemDeactivatedAfterEdit();
+        if (is_done)
+            set(control, text_of(static_cast<double>(value)));
+        if (is_done || !is_active)
+            reals_.erase(name);
+        return;
+    }
+    auto at = integers_.emplace(name, 0);
+    if (at.second)
+        at.first->second = static_cast<int>(number(control, "value", 0.0));
+    int& value = at.first->second;
+    bool is_active = false;
+    if (field > 0.0f) {
+        ImGui::SetNextItemWidth(field);
+        ImGui::InputInt("##field", &value, 0, 0);
+        state_->places.add_item("control/" + name);
+        is_active = ImGui::IsItemActive();
+        is_done = ImGui::IsItemDeactivatedAfterEdit();
+        ImGui::SameLine(0.0f, 6.0f);
+    }
+    ImGui::SetNextItemWidth(std::max(60.0f, room - field - 6.0f));
+    ImGui::SliderInt("##slider", &value, static_cast<int>(low), static_cast<int>(high), "",
+                     ImGuiSliderFlags_AlwaysClamp | ImGuiSliderFlags_NoInput);
+    is_active = is_active || ImGui::IsItemActive();
+    is_done = is_done || ImGui::IsItemDeactivatedAfterEdit();
+    if (is_done)
+        set(control, std::to_string(value));
+    if (is_done || !is_active)
+        integers_.erase(name);
+}
+
+void Dialogs::draw_text_field(const UiControl& control) {
+    label(control);
+    auto at = texts_.emplace(control.name, std::string());
+    if (at.second)
+        at.first->second = control.text("text");
+    ImGui::SetNextItemWidth(-1.0f);
+    ImGui::InputText("##text", &at.first->second);
+    state_->places.add_item("control/" + control.name);
+    const bool is_done = ImGui::IsItemDeactivatedAfterEdit();
+    if (is_done)
+        set(control, host::script::quoted(at.first->second));
+    if (is_done || !ImGui::IsItemActive())
+        texts_.erase(control.name);
+}
+
+void Dialogs::draw_check_box(const UiControl& control) {
+    label(control);
+    bool is_on = truth(control, "value1", false);
+    if (ImGui::Checkbox(control.text("label1").c_str(), &is_on))
+        set(control, is_on ? "on" : "off");
+    state_->places.add_item("control/" + control.name);
+}
+
+void Dialogs::draw_option_menu(const UiControl& control) {
+    label(control);
+    ImGui::SetNextItemWidth(-1.0f);
+    const std::string chosen = control.text("value");
+    const bool is_open = ImGui::BeginCombo("##menu", chosen.c_str());
+    state_->places.add_item("control/" + control.name);
+    if (!is_open)
+        return;
+    for (const auto& item : control.children) {
+        const std::string entry = item->text("label");
+        if (ImGui::Selectable(entry.c_str(), entry == chosen))
+            set(control, host::script::quoted(entry));
+        state_->places.add_item("control/" + control.name + "/" + entry);
+        if (entry == chosen)
+            ImGui::SetItemDefaultFocus();
+    }
+    ImGui::EndCombo();
+}
+
+void Dialogs::draw_button(const UiControl& control, float width) {
+    if (ImGui::Button(control.text("label").c_str(), {width, 0.0f}))
+        state_->run("uiPress " + host::script::quoted(control.name) + ";");
+    state_->places.add_item("control/" + control.name);
+}
+
+void Dialogs::draw_row(const UiControl& row) {
+    const auto count = static_cast<float>(std::max<size_t>(1, row.children.size()));
+    const float gap = ImGui::GetStyle().ItemSpacing.x;
+    // Buttons are as wide as their words need, and share what is left.
+    float words = 0.0f;
+    for (const auto& child : row.children)
+        words += ImGui::CalcTextSize(child->text("label").c_str()).x;
+    const float spare =
+        std::max(12.0f, (ImGui::GetContentRegionAvail().x - words - (count - 1.0f) * gap) / count);
+    bool is_first = true;
+    for (const auto& child : row.children) {
+        if (!is_first)
+            ImGui::SameLine();
+        is_first = false;
+        ImGui::PushID(child->name.c_str());
+        if (child->type == "button")
+            draw_button(*child, ImGui::CalcTextSize(child->text("label").c_str()).x + spare);
+        else
+            draw_control(*child);
+        ImGui::PopID();
+    }
+}
+
+void Dialogs::draw_control(const UiControl& control) {
+    if (!truth(control, "visible", true))
+        return;
+    const bool is_enabled = truth(control, "enable", true);
+    ImGui::BeginDisabled(!is_enabled);
+    if (control.type == "intSliderGrp" || control.type == "floatSliderGrp")
+        draw_slider(control, control.type[0] == 'f');
+    else if (control.type == "textFieldGrp")
+        draw_text_field(control);
+    else if (control.type == "checkBoxGrp")
+        draw_check_box(control);
+    else if (control.type == "optionMenuGrp")
+        draw_option_menu(control);
+    else if (control.type == "button")
+        draw_button(control, -1.0f);
+    else if (control.type == "text")
+        ImGui::TextWrapped("%s", control.text("label").c_str());
+    else if (control.type == "separator")
+        ImGui::Separator();
+    else if (control.type == "rowLayout")
+        draw_row(control);
+    else if (control.type == "frameLayout") {
+        const auto open = truth(control, "collapse", false) ? 0 : ImGuiTreeNodeFlags_DefaultOpen;
+        if (!truth(control, "collapsable", false) ||
+            ImGui::CollapsingHeader(control.text("label").c_str(), open))
+            draw_children(control);
+    } else if (control.is_layout)
+        draw_children(control);
+    ImGui::EndDisabled();
+    const std::string annotation = control.text("annotation");
+    if (!annotation.empty() && ImGui::IsItemHovered())
+        ImGui::SetTooltip("%s", annotation.c_str());
+}
+
+void Dialogs::draw_children(const UiControl& parent) {
+    for (const auto& child : parent.children) {
+        ImGui::PushID(child->name.c_str());
+        draw_control(*child);
+        ImGui::PopID();
+    }
+}
+
+void Dialogs::draw_window(const UiControl& window) {
+    ImVec2 size(420.0f, 0.0f);
+    if (const host::script::Value* given = property(window, "widthHeight")) {
+        const auto words = given->flattened();
+        if (words.size() == 2)
+            size.x = std::clamp(std::strtof(words[0].c_str(), nullptr), 260.0f, 1200.0f);
+    }
+    const ImVec2 middle = ImGui::GetMainViewport()->GetCenter();
+    ImGui::SetNextWindowPos(middle, ImGuiCond_Appearing, {0.5f, 0.5f});
+    ImGui::SetNextWindowSize({size.x, 0.0f}, ImGuiCond_Appearing);
+    if (!seen_[window.name])
+        ImGui::SetNextWindowFocus();
+    bool is_open = true;
+    const std::string title = window.text("title") + "###" + window.name;
+    if (ImGui::Begin(title.c_str(), &is_open,
+                     ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_AlwaysAutoResize |
+                         ImGuiWindowFlags_NoSavedSettings)) {
+        ImGui::Dummy({size.x - 20.0f, 0.0f}); // as wide as the script asked for
+        const ImVec2 at = ImGui::GetWindowPos(), now = ImGui::GetWindowSize();
+        state_->places.add("dialog/" + window.name, at.x, at.y, now.x, now.y);
+        const bool has_focus = ImGui::IsWindowFocused(ImGuiFocusedFlags_RootAndChildWindows);
+        draw_children(window);
+        if (has_focus && !ImGui::IsAnyItemActive() &&
+            ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape), false) &&
+            !ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup))
+            is_open = false;
+    }
+    ImGui::End();
+    if (!is_open)
+        state_->run("deleteUI -window " + host::script::quoted(window.name) + ";");
+}
+
+void Dialogs::draw(State& state, const host::UiModel& model, bool is_live) {
+    state_ = &state;
+    std::map<std::string, bool> seen;
+    ImGui::BeginDisabled(!is_live);
+    for (const auto& window : model.windows()) {
+        if (!window->is_shown)
+            continue;
+        draw_window(*window);
+        seen[window->name] = true;
+    }
+    ImGui::EndDisabled();
+    seen_ = std::move(seen);
+}
+
+} // namespace window

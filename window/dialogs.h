@@ -1,0 +1,39 @@
+/// Shows the dialogs that scripts build (host/view/ui_model.h). What the user does becomes the same
+/// statements that a script would drive them with, uiSet and uiPress.
+#pragma once
+
+#include "host/view/ui_model.h"
+#include "window/state.h"
+
+#include <map>
+#include <string>
+
+namespace window {
+
+class Dialogs {
+public:
+    /// Draws every window that is shown. The model is only read.
+    void draw(State& state, const host::UiModel& model, bool is_live);
+
+private:
+    void draw_window(const host::UiControl& window);
+    void draw_children(const host::UiControl& parent);
+    void draw_control(const host::UiControl& control);
+    void draw_slider(const host::UiControl& control, bool is_real);
+    void draw_text_field(const host::UiControl& control);
+    void draw_check_box(const host::UiControl& control);
+    void draw_option_menu(const host::UiControl& control);
+    void draw_button(const host::UiControl& control, float width);
+    void draw_row(const host::UiControl& row);
+    void label(const host::UiControl& control);
+    void set(const host::UiControl& control, const std::string& value);
+
+    State* state_ = nullptr;
+    /// Values that are being edited and not handed over yet, by control.
+    std::map<std::string, float> reals_;
+    std::map<std::string, int> integers_;
+    std::map<std::string, std::string> texts_;
+    std::map<std::string, bool> seen_; ///< windows that were shown in the last frame
+};
+
+} // namespace window

@@ -1,0 +1,83 @@
+// Scenes and meshes in files, as the window opens and saves them.
+#include "host/script/value.h"
+#include "window/application.h"
+
+#include <filesystem>
+
+namespace window {
+namespace {
+
+namespace fs = std::filesystem;
+using host::script::quoted;
+
+std::string extension_of(const std::string& path) { return fs::path(path).extension().string(); }
+
+} // namespace
+
+void Application::open_file(bool import) {
+    const std::string folder = state_.scene_name.empty() ? wanted_.file : state_.scene_name;
+    const fs::path begin = fs::path(folder).parent_path() / "";
+    chooser_.ask(import ? "Import" : "Open", import ? "Import" : "Open", begin.string(),
+                 {".obj", ".ma", ".mel"}, [this, import](const std::string& path) {
+                     const std::string statement = statement_for_file(path, import);
+                     if (statement.empty())
+                         state_.console.error(path + ": not an .obj, .ma or .mel file.");
+                     else
+                         later_.push_back([this, import, statement] {
+                             if (import || may_discard())
+                                 state_.run(statement);
+                         });
+                 });
+}
+
+void Application::save(bool as_new) {
+    if (!as_new && !state_.scene_name.empty())
+        return state_.run("file -save;");
+    fs::path suggested = state_.scene_name;
+    if (suggested.empty())
+        suggested = fs::path(wanted_.file).replace_extension(".ma");
+    if (suggested.empty())
+        suggested = "untitled.ma";
+    chooser_.ask("Save the scene", "Save", suggested.string(), {".ma"},
+                 [this](const std::string& path) {
+                     const std::string whole = extension_of(path).empty() ? path + ".ma" : path;
+                     if (extension_of(whole) == ".ma")
+                         state_.run("file -rename " + quoted(whole) + "; file -save;");
+                     else
+                         state_.console.error(whole + ": scenes are saved as .ma; "
+                                                      "File > Export mesh writes .obj.");
+                 });
+}
+
+void Application::export_mesh() {
+    fs::path suggested = wanted_.file.empty() ? fs::path("mesh.obj") : fs::path(wanted_.file);
+    suggested.replace_filename(suggested.stem().string() + "_uv.obj");
+    chooser_.ask("Export the mesh", "Export", suggested.string(), {".obj"},
+                 [this](const std::string& path) {
+                     const std::string whole = extension_of(path).empty() ? path + ".obj" : path;
+                     state_.run("file -force -exportAll " + quoted(whole) + ";");
+                 });
+}
+
+bool Application::may_discard() {
+    if (!state_.is_modified)
+        return true;
+    const std::string answer = ask("Unsaved changes", "The scene has changes that were not saved.",
+                                   {"Discard them", "Keep working"}, "Keep working");
+    return answer == "Discard them";
+}
+
+void Application::dropped(const std::vector<std::string>& files) {
+    bool is_first = state_.subject.shape.get() == nullptr;
+    for (const std::string& file : files) {
+        const std::string statement = statement_for_file(file, !is_first);
+        if (statement.empty()) {
+            state_.console.error(file + ": not an .obj, .ma or .mel file.");
+            continue;
+        }
+        state_.run(statement);
+        is_first = false;
+    }
+}
+
+} // namespace window

@@ -1,0 +1,243 @@
+#include "window/map_paint.h"
+
+#include <GL/glext.h>
+
+#include <algorithm>
+
+namespace window {
+namespace {
+
+constexpr double k_checker_texels = 16.0; // side of one square
+constexpr double k_least_grid = 7.0;      // pixels between grid lines
+
+void set_colour(const ImVec4& c, float alpha) { glColor4f(c.x, c.y, c.z, alpha); }
+
+void quad(double left, double bottom, double right, double top) {
+    glBegin(GL_QUADS);
+    glVertex2d(left, bottom);
+    glVertex2d(right, bottom);
+    glVertex2d(right, top);
+    glVertex2d(left, top);
+    glEnd();
+}
+
+/// The plain state that everything here starts from; what was before comes back at the end.
+class Saved {
+public:
+    Saved() {
+        glPushAttrib(GL_ALL_ATTRIB_BITS);
+        glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
+        glMatrixMode(GL_TEXTURE);
+        glPushMatrix();
+        glMatrixMode(GL_PROJECTION);
+        glPushMatrix();
+        glMatrixMode(GL_MODELVIEW);
+        glPushMatrix();
+        glBindBuffer(GL_ARRAY_BUFFER, 0);
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    }
+    ~Saved() {
+        glMatrixMode(GL_TEXTURE);
+        glPopMatrix();
+        glMatrixMode(GL_PROJECTION);
+        glPopMatrix();
+        glMatrixMode(GL_MODELVIEW);
+        glPopMatrix();
+        glPopClientAttrib();
+        glPopAttrib();
+    }
+    Saved(const Saved&) = delete;
+    Saved& operator=(const Saved&) = delete;
+};
+
+} // namespace
+
+MapPaint::~MapPaint() {
+    if (checker_)
+        glDeleteTextures(1, &checker_);
+}
+
+void MapPaint::take(const State& state) {
+    if (checker_ == 0) {
+        const GLubyte texels[] = {255, 150, 150, 255};
+        glGenTextures(1, &checker_);
+        glBindTexture(GL_TEXTURE_2D, checker_);
+        glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+        glTexImage2D(GL_TEXTURE_2D, 0, GL_LUMINANCE8, 2, 2, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE,
+                     texels);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+        glBindTexture(GL_TEXTURE_2D, 0);
+    }
+    if (revision_ == state.map_revision && display_ == state.display && !colours_.empty())
+        return;
+    revision_ = state.map_revision;
+    display_ = state.display;
+    colours_ = corner_colours(state.map, state.display);
+}
+
+void MapPaint::paint_triangles(const State& state, const float* places, int dimensions) {
+    const auto corners = static_cast<GLsizei>(3 * state.map.triangle_count());
+    if (corners == 0)
+        return;
+    const bool is_checker = state.display == Display::checker;
+    if (is_checker) {
+        glEnable(GL_TEXTURE_2D);
+        glBindTexture(GL_TEXTURE_2D, checker_);
+        glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+        glMatrixMode(GL_TEXTURE);
+        glLoadIdentity();
+        glScaled(state.subject.texture.width / (2.0 * k_checker_texels),
+                 state.subject.texture.height / (2.0 * k_checker_texels), 1.0);
+        glMatrixMode(GL_MODELVIEW);
+        glTexCoordPointer(2, GL_FLOAT, 0, state.map.uvs().data());
+        glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+    }
+    glVertexPointer(dimensions, GL_FLOAT, 0, places);
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glColorPointer(4, GL_UNSIGNED_BYTE, 0, colours_.data());
+    glEnableClientState(GL_COLOR_ARRAY);
+    glDrawArrays(GL_TRIANGLES, 0, corners);
+    glDisableClientState(GL_COLOR_ARRAY);
+    glDisableClientState(GL_VERTEX_ARRAY);
+    glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    glDisable(GL_TEXTURE_2D);
+}
+
+void MapPaint::paint_gutter(const State& state, const UvView& view) const {
+    const double texel = view.pixels_per_unit() /
+                         std::max(state.subject.texture.width, state.subject.texture.height);
+    const double wide = state.subject.gutter * texel; // half of it on either side of the outline
+    if (wide < 1.0 || state.map.outline().empty())
+        return;
+    glLineWidth(static_cast<GLfloat>(std::min(wide, 250.0)));
+    glColor4f(0.36f, 0.40f, 0.46f, 1.0f);
+    glVertexPointer(2, GL_FLOAT, 0, state.map.outline().data());
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(2 * state.map.outline_chart().size()));
+    if (wide >= 3.0) { // round the corners
+        glEnable(GL_POINT_SMOOTH);
+        glEnable(GL_BLEND);
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        glPointSize(static_cast<GLfloat>(std::min(wide, 250.0)));
+        glDrawArrays(GL_POINTS, 0, static_cast<GLsizei>(2 * state.map.outline_chart().size()));
+        glDisable(GL_BLEND);
+    }
+    glDisableClientState(GL_VERTEX_ARRAY);
+}
+
+void MapPaint::paint_grid(const State& state, const UvView& view) const {
+    double low[2], high[2];
+    view.to_uv(0.0, view.height(), low[0], low[1]);
+    view.to_uv(view.width(), 0.0, high[0], high[1]);
+    const double texels[2] = {state.subject.texture.width, state.subject.texture.height};
+    const int step = view.grid_step(state.subject.texture, k_least_grid);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glLineWidth(1.0f);
+    glBegin(GL_LINES);
+    for (int axis = 0; axis < 2; ++axis) {
+        const double first = std::clamp(low[axis], 0.0, 1.0) * texels[axis];
+        const double last = std::clamp(high[axis], 0.0, 1.0) * texels[axis];
+        for (int line = static_cast<int>(first) / step * step; line <= last; line += step) {
+            const double at = line / texels[axis];
+            glColor4f(0.0f, 0.0f, 0.0f, line % (8 * step) == 0 ? 0.30f : 0.11f);
+            glVertex2d(axis == 0 ? at : 0.0, axis == 0 ? 0.0 : at);
+            glVertex2d(axis == 0 ? at : 1.0, axis == 0 ? 1.0 : at);
+        }
+    }
+    glEnd();
+    glDisable(GL_BLEND);
+}
+
+void MapPaint::paint_outline(const State& state) const {
+    if (state.map.outline().empty())
+        return;
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    set_colour(colour::line, 0.85f);
+    glLineWidth(1.2f);
+    glVertexPointer(2, GL_FLOAT, 0, state.map.outline().data());
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(2 * state.map.outline_chart().size()));
+    glDisableClientState(GL_VERTEX_ARRAY);
+    glDisable(GL_BLEND);
+}
+
+void MapPaint::paint_lit(const State& state) const {
+    const uint32_t lit = state.lit();
+    if (lit == k_none)
+        return;
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    set_colour(colour::warm, 0.45f);
+    glBegin(GL_TRIANGLES);
+    for (uint32_t t = 0; t < state.map.triangle_count(); ++t)
+        if (state.map.triangle_chart()[t] == lit)
+            for (uint32_t k = 0; k < 3; ++k)
+                glVertex2fv(state.map.uvs().data() + 6 * t + 2 * k);
+    glEnd();
+    set_colour(colour::warm, 1.0f);
+    glLineWidth(2.5f);
+    glBegin(GL_LINES);
+    for (size_t i = 0; i < state.map.outline_chart().size(); ++i)
+        if (state.map.outline_chart()[i] == lit)
+            for (size_t end = 0; end < 2; ++end)
+                glVertex2fv(state.map.outline().data() + 4 * i + 2 * end);
+    glEnd();
+    glDisable(GL_BLEND);
+}
+
+void MapPaint::paint_texture(const State& state, const UvView& view, bool has_grid) {
+    const Saved saved;
+    take(state);
+    glViewport(0, 0, static_cast<GLsizei>(view.width()), static_cast<GLsizei>(view.height()));
+    glDisable(GL_DEPTH_TEST);
+    glDisable(GL_SCISSOR_TEST);
+    glDisable(GL_CULL_FACE);
+    glClearColor(0.140f, 0.145f, 0.155f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glOrtho(0.0, view.width(), view.height(), 0.0, -1.0, 1.0);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    double x, y;
+    view.to_pixel(0.0, 0.0, x, y);
+    glTranslated(x, y, 0.0);
+    glScaled(view.pixels_per_unit(), -view.pixels_per_unit(), 1.0);
+    glColor4f(0.215f, 0.222f, 0.236f, 1.0f);
+    quad(0.0, 0.0, 1.0, 1.0);
+    paint_gutter(state, view);
+    paint_triangles(state, state.map.uvs().data(), 2);
+    if (has_grid)
+        paint_grid(state, view);
+    paint_outline(state);
+    paint_lit(state);
+    glLineWidth(1.0f);
+    glColor4f(0.42f, 0.45f, 0.50f, 1.0f);
+    glBegin(GL_LINE_LOOP);
+    glVertex2d(0.0, 0.0);
+    glVertex2d(1.0, 0.0);
+    glVertex2d(1.0, 1.0);
+    glVertex2d(0.0, 1.0);
+    glEnd();
+}
+
+void MapPaint::paint_mesh(const State& state, const MMatrix& to_world) {
+    if (state.display == Display::plain || state.map.triangle_count() == 0)
+        return;
+    const Saved saved;
+    take(state);
+    glMultMatrixd(&to_world.matrix[0][0]);
+    glDisable(GL_LIGHTING);
+    glDepthMask(GL_FALSE);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_DST_COLOR, GL_ZERO);
+    // Before the surface, behind the lines on it.
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(1.5f, 1.5f);
+    paint_triangles(state, state.map.points().data(), 3);
+}
+
+} // namespace window

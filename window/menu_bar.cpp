@@ -1,0 +1,250 @@
+#include "window/menu_bar.h"
+
+#include "host/view/menus.h"
+
+#include <GLFW/glfw3.h>
+#include <imgui.h>
+
+namespace window {
+namespace {
+
+/// One of the window's own items: a wish or a statement.
+struct Item {
+    const char* label; ///< null: a line
+    const char* keys;
+    Wish wish;
+    const char* statement;
+};
+
+constexpr Item k_file[] = {{"New scene", "Ctrl+N", Wish::new_scene, nullptr},
+                           {"Open…", "Ctrl+O", Wish::open, nullptr},
+                           {"Import…", "Ctrl+I", Wish::import, nullptr},
+                           {nullptr, nullptr, Wish::none, nullptr},
+                           {"Save", "Ctrl+S", Wish::save, nullptr},
+                           {"Save as…", "Ctrl+Shift+S", Wish::save_as, nullptr},
+                           {"Export mesh…", "Ctrl+E", Wish::export_mesh, nullptr},
+                           {nullptr, nullptr, Wish::none, nullptr},
+                           {"Quit", "Ctrl+Q", Wish::quit, nullptr}};
+constexpr Item k_create[] = {{"Cube", nullptr, Wish::none, "polyCube;"},
+                             {"Sphere", nullptr, Wish::none, "polySphere;"},
+                             {"Cylinder", nullptr, Wish::none, "polyCylinder;"},
+                             {"Torus", nullptr, Wish::none, "polyTorus;"},
+                             {"Plane", nullptr, Wish::none, "polyPlane;"}};
+constexpr Item k_display[] = {{"Frame all", "A", Wish::frame_all, nullptr},
+                              {"One panel or four", "Space", Wish::toggle_alone, nullptr}};
+constexpr Item k_window[] = {{"Panels", "F2", Wish::focus_panels, nullptr},
+                             {"UVs", "F3", Wish::focus_uv, nullptr},
+                             {"Attributes", "F4", Wish::focus_attributes, nullptr},
+                             {"Console", "F5", Wish::focus_console, nullptr},
+                             {nullptr, nullptr, Wish::none, nullptr},
+                             {"Next chart", "]", Wish::next_chart, nullptr},
+                             {"Previous chart", "[", Wish::previous_chart, nullptr}};
+constexpr Item k_help[] = {{"Keyboard and mouse", "F1", Wish::help, nullptr}};
+
+template <size_t N>
+Wish draw_items(State& state, const Item (&items)[N]) {
+    Wish wish = Wish::none;
+    for (const Item& item : items) {
+        if (!item.label) {
+            ImGui::Separator();
+            continue;
+        }
+        if (ImGui::MenuItem(item.label, item.keys)) {
+            wish = item.wish;
+            if (item.statement)
+                state.run(item.statement);
+        }
+        state.places.add_item(std::string("menuitem/") + item.label);
+    }
+    return wish;
+}
+
+void draw_edit(State& state) {
+    const auto item = [&](const char* verb, const std::string& what, const char* keys,
+                          const char* statement) {
+        const std::string label = verb + (what.empty() ? "" : " " + what) + "###" + verb;
+        if (ImGui::MenuItem(label.c_str(), keys, false, !what.empty()))
+            state.run(statement);
+        state.places.add_item(std::string("menuitem/") + verb);
+    };
+    item("Undo", state.undo_name, "Ctrl+Z", "undo;");
+    item("Redo", state.redo_name, "Ctrl+Shift+Z", "redo;");
+    ImGui::Separator();
+    if (ImGui::MenuItem("Delete", "Del"))
+        state.run("delete;");
+    if (ImGui::MenuItem("Delete history", nullptr))
+        state.run("delete -constructionHistory;");
+}
+
+void draw_display(State& state) {
+    ImGui::Separator();
+    for (int i = 0; i < 4; ++i) {
+        const char key[] = {static_cast<char>('4' + i), 0};
+        if (ImGui::MenuItem(k_display_names[i], key, static_cast<int>(state.display) == i))
+            state.display = static_cast<Display>(i);
+        state.places.add_item(std::string("menuitem/") + k_display_names[i]);
+    }
+}
+
+/// "mainModifyMenu" -> "Modify".
+std::string label_of(const std::string& menu) {
+    std::string label = menu;
+    if (label.compare(0, 4, "main") == 0)
+        label.erase(0, 4);
+    if (label.size() > 4 && label.compare(label.size() - 4, 4, "Menu") == 0)
+        label.resize(label.size() - 4);
+    return label;
+}
+
+Wish draw_own(State& state, const std::string& label) {
+    if (label == "File")
+        return draw_items(state, k_file);
+    if (label == "Create")
+        return draw_items(state, k_create);
+    if (label == "Window")
+        return draw_items(state, k_window);
+    if (label == "Help")
+        return draw_items(state, k_help);
+    if (label == "Edit")
+        draw_edit(state);
+    if (label == "Display") {
+        const Wish wish = draw_items(state, k_display);
+        draw_display(state);
+        return wish;
+    }
+    return Wish::none;
+}
+
+/// Items that plug-ins and scripts added.
+void draw_added(State& state, const std::string& menu, bool has_own) {
+    const std::vector<host::MenuItem> items = host::MenuTree::current().items(menu);
+    if (items.empty()) {
+        if (!has_own)
+            ImGui::TextDisabled("Nothing here yet");
+        return;
+    }
+    if (has_own)
+        ImGui::Separator();
+    for (const host::MenuItem& item : items) {
+        const char* keys = item.label == "Tessora" ? "Ctrl+U" : nullptr;
+        if (ImGui::MenuItem((item.label + "###" + item.name).c_str(), keys))
+            state.run(item.command);
+        state.places.add_item("menuitem/" + item.label);
+    }
+}
+
+void run_menu_item(State& state, const std::string& menu, const char* label) {
+    for (const host::MenuItem& item : host::MenuTree::current().items(menu))
+        if (item.label == label)
+            return state.run(item.command);
+    state.console.warning(std::string("The menu has no item ") + label + ".");
+}
+
+bool pressed(int key) { return ImGui::IsKeyPressed(key, false); }
+
+Wish control_wish(State& state, bool with_shift) {
+    if (ImGui::IsKeyPressed(GLFW_KEY_Z, true))
+        state.run(with_shift ? "redo;" : "undo;");
+    if (ImGui::IsKeyPressed(GLFW_KEY_Y, true))
+        state.run("redo;");
+    if (pressed(GLFW_KEY_U))
+        run_menu_item(state, "mainModifyMenu", "Tessora");
+    if (pressed(GLFW_KEY_S))
+        return with_shift ? Wish::save_as : Wish::save;
+    const std::pair<int, Wish> keys[] = {{GLFW_KEY_N, Wish::new_scene},
+                                         {GLFW_KEY_O, Wish::open},
+                                         {GLFW_KEY_I, Wish::import},
+                                         {GLFW_KEY_E, Wish::export_mesh},
+                                         {GLFW_KEY_Q, Wish::quit}};
+    for (const auto& [key, wish] : keys)
+        if (pressed(key))
+            return wish;
+    return Wish::none;
+}
+
+} // namespace
+
+Wish draw_menu_bar(State& state, bool is_live) {
+    Wish wish = Wish::none;
+    if (!ImGui::BeginMainMenuBar())
+        return wish;
+    ImGui::BeginDisabled(!is_live);
+    for (const std::string& menu : host::MenuTree::current().menus()) {
+        const std::string label = label_of(menu);
+        const bool is_open = ImGui::BeginMenu(label.c_str());
+        state.places.add_item("menu/" + label);
+        if (!is_open)
+            continue;
+        const float before = ImGui::GetCursorPosY();
+        const Wish own = draw_own(state, label);
+        wish = own == Wish::none ? wish : own;
+        draw_added(state, menu, ImGui::GetCursorPosY() > before);
+        ImGui::EndMenu();
+    }
+    ImGui::EndDisabled();
+    ImGui::EndMainMenuBar();
+    return wish;
+}
+
+Wish pressed_wish(State& state) {
+    const ImGuiIO& io = ImGui::GetIO();
+    if (io.KeyAlt)
+        return Wish::none;
+    if (io.KeyCtrl)
+        // A text field has its own undo.
+        return io.WantTextInput && (pressed(GLFW_KEY_Z) || pressed(GLFW_KEY_Y))
+                   ? Wish::none
+                   : control_wish(state, io.KeyShift);
+    const std::pair<int, Wish> function_keys[] = {{GLFW_KEY_F1, Wish::help},
+                                                  {GLFW_KEY_F2, Wish::focus_panels},
+                                                  {GLFW_KEY_F3, Wish::focus_uv},
+                                                  {GLFW_KEY_F4, Wish::focus_attributes},
+                                                  {GLFW_KEY_F5, Wish::focus_console}};
+    for (const auto& [key, wish] : function_keys)
+        if (pressed(key))
+            return wish;
+    if (io.WantTextInput)
+        return Wish::none;
+    if (pressed(GLFW_KEY_DELETE))
+        state.run("delete;");
+    for (int i = 0; i < 4; ++i)
+        if (pressed(GLFW_KEY_4 + i))
+            state.display = static_cast<Display>(i);
+    if (ImGui::IsKeyPressed(GLFW_KEY_RIGHT_BRACKET))
+        return Wish::next_chart;
+    return ImGui::IsKeyPressed(GLFW_KEY_LEFT_BRACKET) ? Wish::previous_chart : Wish::none;
+}
+
+const std::vector<Shortcut>& shortcuts() {
+    static const std::vector<Shortcut> list = {
+        {"Ctrl+N, O, I", "new scene, open, import"},
+        {"Ctrl+S, Ctrl+Shift+S, Ctrl+E", "save, save as, export the mesh"},
+        {"Ctrl+Z, Ctrl+Shift+Z", "undo, redo"},
+        {"Ctrl+U", "the options of Tessora"},
+        {"Ctrl+Q", "quit"},
+        {"Alt, arrows, Enter", "the menus"},
+        {"Tab, Shift+Tab, arrows, Space", "from control to control in a dialog or panel"},
+        {"Ctrl+Tab", "from window to window"},
+        {"F2, F3, F4, F5", "to the panels, the UVs, the attributes, the console"},
+        {"4, 5, 6, 7", "show plain, charts, checker, stretch"},
+        {"[ and ]", "light up the previous or the next chart; Esc: none"},
+        {"", ""},
+        {"In a model panel", ""},
+        {"left drag, Alt+left drag, arrows", "turn (the flat views: move)"},
+        {"middle drag, Shift+left drag, Shift+arrows", "move"},
+        {"wheel, right drag, + and -", "nearer, farther"},
+        {"F, A", "frame the selection, frame everything"},
+        {"1, 2, 3, 0", "use the top, front, side, persp panel"},
+        {"Space", "that panel alone, or all four"},
+        {"", ""},
+        {"In the UVs", ""},
+        {"drag, arrows; wheel, + and -", "move; zoom"},
+        {"F, A", "show the lit chart, show everything"},
+        {"", ""},
+        {"In the console", ""},
+        {"Enter; up, down; Tab", "run; earlier and later statements; complete"},
+    };
+    return list;
+}
+
+} // namespace window

@@ -1,0 +1,46 @@
+/// The menu bar: the window's own items, and behind them those of the host's menu model, where
+/// plug-ins add theirs.
+#pragma once
+
+#include "window/state.h"
+
+#include <string>
+
+namespace window {
+
+/// What a menu item or a shortcut asks of the window itself; everything else is a statement.
+enum class Wish {
+    none,
+    new_scene,
+    open,
+    import,
+    save,
+    save_as,
+    export_mesh,
+    quit,
+    frame_all,
+    toggle_alone,
+    focus_panels,
+    focus_uv,
+    focus_attributes,
+    focus_console,
+    next_chart,
+    previous_chart,
+    help
+};
+
+/// Draws the bar; gives what was picked.
+Wish draw_menu_bar(State& state, bool is_live);
+
+/// The shortcut pressed in this frame. Not asked while a text field has the keyboard, except for
+/// those with Ctrl.
+Wish pressed_wish(State& state);
+
+/// All shortcuts, as lines of key and meaning.
+struct Shortcut {
+    const char* keys;
+    const char* meaning;
+};
+const std::vector<Shortcut>& shortcuts();
+
+} // namespace window

@@ -1,0 +1,276 @@
+#include "window/model_panels.h"
+
+#include "host/view/panels.h"
+#include "host/view/scene_shapes.h"
+
+#include <GLFW/glfw3.h>
+#include <cmath>
+#include <imgui.h>
+
+namespace window {
+namespace {
+
+constexpr int k_gap = 2; // pixels between panels
+
+double real(float value) { return static_cast<double>(value); }
+
+} // namespace
+
+ModelPanels::ModelPanels(State& state) : state_(state), panels_(*this) {
+    // Registered before any plug-in, so that plug-ins draw on top.
+    for (int panel = 0; panel < host::k_panel_count; ++panel)
+        callbacks_.push_back(host::graph::Callbacks::current().add_post_render(
+            host::panel_name(panel).asChar(), [this](const std::string&) { tint(); }));
+}
+
+ModelPanels::~ModelPanels() {
+    for (const host::graph::CallbackId id : callbacks_)
+        host::graph::Callbacks::current().remove(id);
+}
+
+bool ModelPanels::make_current() {
+    target_.bind();
+    return true;
+}
+
+void ModelPanels::give_back() { target_.unbind(); }
+
+void ModelPanels::redraw(int) {
+    wants_paint_ = true;
+    paint_if_needed();
+    if (on_redraw)
+        on_redraw();
+}
+
+void ModelPanels::tint() {
+    if (!state_.subject.shape)
+        return;
+    for (const host::VisibleShape& shape : host::visible_shapes())
+        if (shape.node == state_.subject.shape.get())
+            paint_.paint_mesh(state_, shape.to_world);
+}
+
+int ModelPanels::active() const {
+    const int panel = host::active_panel();
+    return panel < 0 ? host::k_panel_count - 1 : panel;
+}
+
+void ModelPanels::choose(int panel) {
+    host::set_active_panel(panel);
+    if (is_alone_)
+        lay_out(target_.width(), target_.height());
+    wants_paint_ = true;
+    ImGui::SetWindowFocus("Panels");
+}
+
+void ModelPanels::toggle_alone() {
+    is_alone_ = !is_alone_;
+    lay_out(target_.width(), target_.height());
+}
+
+void ModelPanels::frame_all() {
+    for (int panel = 0; panel < host::k_panel_count; ++panel)
+        panels_.frame(panel, false);
+    wants_paint_ = true;
+}
+
+void ModelPanels::lay_out(int width, int height) {
+    if (is_alone_)
+        panels_.arrange_one(active(), width, height);
+    else
+        panels_.arrange_four(width, height, k_gap);
+    wants_paint_ = true;
+}
+
+void ModelPanels::light() {
+    const uint32_t lit = state_.lit();
+    if (lit == lit_ && lit_revision_ == state_.map_revision)
+        return;
+    lit_ = lit;
+    lit_revision_ = state_.map_revision;
+    wants_paint_ = true;
+    panels_.highlights().clear();
+    if (lit == k_none || !state_.subject.shape)
+        return;
+    std::vector<int> faces;
+    for (uint32_t t = 0; t < state_.map.triangle_count(); ++t) {
+        const int face = static_cast<int>(state_.map.triangle_polygon()[t]);
+        if (state_.map.triangle_chart()[t] == lit && (faces.empty() || faces.back() != face))
+            faces.push_back(face);
+    }
+    host::Highlight highlight;
+    highlight.shape = state_.subject.shape;
+    highlight.parts = new host::graph::Component(host::graph::ComponentKind::face, faces);
+    panels_.highlights().push_back(highlight);
+}
+
+void ModelPanels::paint_if_needed() {
+    bool asked =
+        wants_paint_ || display_ != state_.display || scene_revision_ != state_.scene_revision;
+    for (int panel = 0; panel < host::k_panel_count; ++panel)
+        asked = asked || panels_.needs_redraw(panel);
+    if (!asked)
+        return;
+    wants_paint_ = false;
+    display_ = state_.display;
+    scene_revision_ = state_.scene_revision;
+    target_.bind();
+    glDisable(GL_SCISSOR_TEST);
+    glClearColor(colour::line.x, colour::line.y, colour::line.z, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    target_.unbind();
+    panels_.draw_all();
+}
+
+int ModelPanels::panel_at(double x, double y) const {
+    for (int panel = 0; panel < host::k_panel_count; ++panel) {
+        const host::Viewport& v = panels_.viewport(panel);
+        if (!v.is_empty() && x >= v.x && x < v.x + v.width && y >= v.y && y < v.y + v.height)
+            return panel;
+    }
+    return -1;
+}
+
+void ModelPanels::drag(int panel, float dx, float dy) {
+    const ImGuiIO& io = ImGui::GetIO();
+    const auto camera = host::panel_camera(panel);
+    if (camera.empty())
+        return;
+    const bool is_flat = panels_.camera_view(panel).is_orthographic;
+    if (ImGui::IsMouseDown(ImGuiMouseButton_Right))
+        host::zoom(camera, std::exp(0.01 * real(dx - dy)));
+    else if (ImGui::IsMouseDown(ImGuiMouseButton_Middle) || io.KeyShift || is_flat)
+        host::pan(camera, panels_.viewport(panel), real(dx), -real(dy));
+    else
+        host::orbit(camera, 0.4 * real(dx), -0.4 * real(dy));
+    wants_paint_ = true;
+}
+
+void ModelPanels::hover(int panel, double x, double y) {
+    state_.hovered = k_none;
+    if (panel < 0 || state_.map.charts().empty())
+        return;
+    for (const host::VisibleShape& shape : host::visible_shapes()) {
+        if (shape.node != state_.subject.shape.get())
+            continue;
+        MPoint origin;
+        MVector direction;
+        host::ray_through(panels_.camera_view(panel), panels_.viewport(panel), x, y, origin,
+                          direction);
+        const MMatrix inverse = shape.to_world.inverse();
+        const MPoint from = origin * inverse;
+        const MVector along = direction * inverse;
+        const uint32_t hit =
+            state_.made_picker().first_hit({{from.x, from.y, from.z}, {along.x, along.y, along.z}});
+        if (hit != k_none)
+            state_.hovered = state_.map.triangle_chart()[hit];
+    }
+}
+
+void ModelPanels::react(float left, float top) {
+    const ImGuiIO& io = ImGui::GetIO();
+    const double x = real(io.MousePos.x - left);
+    const double y = target_.height() - 1.0 - real(io.MousePos.y - top);
+    const int under = panel_at(x, y);
+    if (ImGui::IsItemActivated() && under >= 0) {
+        dragged_ = under;
+        host::set_active_panel(under);
+    }
+    if (ImGui::IsItemActive()) {
+        if (dragged_ >= 0 && (io.MouseDelta.x != 0.0f || io.MouseDelta.y != 0.0f))
+            drag(dragged_, io.MouseDelta.x, io.MouseDelta.y);
+        return;
+    }
+    dragged_ = -1;
+    if (!ImGui::IsItemHovered())
+        return;
+    if (under >= 0 && io.MouseWheel != 0.0f) {
+        host::zoom(host::panel_camera(under), std::pow(1.15, real(io.MouseWheel)));
+        wants_paint_ = true;
+    }
+    if (io.MouseDelta.x != 0.0f || io.MouseDelta.y != 0.0f)
+        hover(under, x, y);
+}
+
+void ModelPanels::keys() {
+    const ImGuiIO& io = ImGui::GetIO();
+    const int panel = active();
+    const auto camera = host::panel_camera(panel);
+    if (camera.empty() || io.KeyCtrl)
+        return;
+    const bool moves = io.KeyShift || panels_.camera_view(panel).is_orthographic;
+    const std::pair<int, std::pair<double, double>> arrows[] = {{GLFW_KEY_LEFT, {-1.0, 0.0}},
+                                                                {GLFW_KEY_RIGHT, {1.0, 0.0}},
+                                                                {GLFW_KEY_UP, {0.0, 1.0}},
+                                                                {GLFW_KEY_DOWN, {0.0, -1.0}}};
+    for (const auto& [key, by] : arrows) {
+        if (!ImGui::IsKeyPressed(key))
+            continue;
+        if (moves)
+            host::pan(camera, panels_.viewport(panel), -24.0 * by.first, -24.0 * by.second);
+        else
+            host::orbit(camera, 6.0 * by.first, 6.0 * by.second);
+        wants_paint_ = true;
+    }
+    for (const auto& [key, factor] :
+         {std::pair(GLFW_KEY_EQUAL, 1.2), std::pair(GLFW_KEY_KP_ADD, 1.2),
+          std::pair(GLFW_KEY_MINUS, 1.0 / 1.2), std::pair(GLFW_KEY_KP_SUBTRACT, 1.0 / 1.2)})
+        if (ImGui::IsKeyPressed(key)) {
+            host::zoom(camera, factor);
+            wants_paint_ = true;
+        }
+    for (const auto& [key, only_selected] :
+         {std::pair(GLFW_KEY_F, true), std::pair(GLFW_KEY_A, false)})
+        if (ImGui::IsKeyPressed(key)) {
+            panels_.frame(panel, only_selected);
+            wants_paint_ = true;
+        }
+    if (ImGui::IsKeyPressed(GLFW_KEY_SPACE))
+        toggle_alone();
+}
+
+void ModelPanels::draw(bool is_live) {
+    const ImVec2 corner = ImGui::GetCursorScreenPos();
+    const ImVec2 room = ImGui::GetContentRegionAvail();
+    const int width = std::max(32, static_cast<int>(room.x));
+    const int height = std::max(32, static_cast<int>(room.y));
+    if (target_.resize(width, height)) {
+        lay_out(width, height);
+        if (wants_frame_)
+            frame_all();
+        wants_frame_ = false;
+    }
+    const ImVec2 size(static_cast<float>(width), static_cast<float>(height));
+    ImGui::InvisibleButton("##panels", size,
+                           ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonMiddle |
+                               ImGuiButtonFlags_MouseButtonRight);
+    has_focus_ = ImGui::IsWindowFocused();
+    for (int panel = 0; panel < host::k_panel_count; ++panel) {
+        const host::Viewport& v = panels_.viewport(panel);
+        if (!v.is_empty())
+            state_.places.add(std::string("panel/") + host::panel_name(panel).asChar(),
+                              corner.x + static_cast<float>(v.x),
+                              corner.y + static_cast<float>(height - v.y - v.height),
+                              static_cast<float>(v.width), static_cast<float>(v.height));
+    }
+    if (is_live) {
+        react(corner.x, corner.y);
+        if (has_focus_ && !ImGui::GetIO().WantTextInput)
+            keys();
+        light();
+        paint_if_needed();
+    }
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), corner,
+                   {corner.x + size.x, corner.y + size.y}, {0.0f, 1.0f}, {1.0f, 0.0f});
+    const host::Viewport& v = panels_.viewport(active());
+    if (!v.is_empty()) {
+        const ImVec2 low(corner.x + static_cast<float>(v.x),
+                         corner.y + static_cast<float>(height - v.y - v.height));
+        list->AddRect(low,
+                      {low.x + static_cast<float>(v.width), low.y + static_cast<float>(v.height)},
+                      ImGui::GetColorU32(colour::accent));
+    }
+}
+
+} // namespace window

@@ -1,0 +1,34 @@
+#include "window/places.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <imgui.h>
+
+namespace window {
+
+void Places::add(const std::string& name, float left, float top, float width, float height) {
+    if (file_.empty())
+        return;
+    char numbers[96];
+    std::snprintf(numbers, sizeof numbers, "\t%.0f\t%.0f\t%.0f\t%.0f\n", double(left), double(top),
+                  double(width), double(height));
+    now_ += name + numbers;
+}
+
+void Places::add_item(const std::string& name) {
+    const ImVec2 low = ImGui::GetItemRectMin(), high = ImGui::GetItemRectMax();
+    add(name, low.x, low.y, high.x - low.x, high.y - low.y);
+}
+
+void Places::end_frame() {
+    if (file_.empty() || now_ == written_)
+        return;
+    written_ = now_;
+    const std::string draft = file_ + ".tmp";
+    std::ofstream(draft, std::ios::binary) << now_;
+    std::error_code ignored;
+    std::filesystem::rename(draft, file_, ignored);
+}
+
+} // namespace window

@@ -1,0 +1,151 @@
+#include "window/state.h"
+
+#include "host/graph/undo.h"
+#include "host/script/session.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace window {
+namespace {
+
+constexpr uint32_t k_flat = 0xFF8C8A86u;
+constexpr uint32_t k_fault = 0xFF2A2AE6u;
+
+uint32_t packed(double r, double g, double b) {
+    const auto byte = [](double value) {
+        return static_cast<uint32_t>(std::clamp(value, 0.0, 1.0) * 255.0 + 0.5);
+    };
+    return 0xFF000000u | byte(b) << 16 | byte(g) << 8 | byte(r);
+}
+
+uint32_t from_hsv(double hue, double saturation, double value) {
+    const auto part = [&](double shift) {
+        const double place = std::fmod(shift + 6.0 * hue, 6.0);
+        return value - value * saturation * std::clamp(std::min(place, 4.0 - place), 0.0, 1.0);
+    };
+    return packed(part(5.0), part(3.0), part(1.0));
+}
+
+bool same_mesh(const host::Mesh& a, const host::Mesh& b, int a_set, int b_set) {
+    if (&a.connectivity() != &b.connectivity() || &a.points() != &b.points() || a_set != b_set)
+        return false;
+    return a_set < 0 || &a.uv_set(uint32_t(a_set)) == &b.uv_set(uint32_t(b_set));
+}
+
+bool same_texture(const measure::Texture& a, const measure::Texture& b) {
+    return a.width == b.width && a.height == b.height;
+}
+
+AttributeRow row_of(host::graph::Slot& slot, const std::string& node) {
+    AttributeRow row;
+    row.name = slot.attribute().long_name();
+    row.plug = node + "." + row.name;
+    row.is_input = slot.attribute().flags.writable && !slot.source();
+    row.number = slot.value.number();
+    switch (slot.attribute().kind()) {
+    case host::graph::AttributeKind::boolean:
+        row.kind = AttributeRow::Kind::boolean;
+        break;
+    case host::graph::AttributeKind::text:
+        row.kind = AttributeRow::Kind::text;
+        if (slot.value.kind() == host::graph::ValueKind::text)
+            row.text = slot.value.as_text().asChar();
+        break;
+    case host::graph::AttributeKind::real32:
+    case host::graph::AttributeKind::real64:
+        break;
+    default:
+        row.kind = AttributeRow::Kind::integer;
+    }
+    return row;
+}
+
+} // namespace
+
+void State::refresh() {
+    Subject next = find_subject(subject);
+    const bool has_same_map = next.shape.get() == subject.shape.get() && next.shape &&
+                              same_mesh(next.mesh, subject.mesh, next.uv_set, subject.uv_set) &&
+                              same_texture(next.texture, subject.texture);
+    subject = std::move(next);
+    if (!has_same_map) {
+        picker.reset();
+        map = subject.shape ? UvMap(subject.mesh, subject.uv_set, subject.texture) : UvMap();
+        hovered = chosen = k_none;
+        ++map_revision;
+    }
+    take_rows();
+    const host::graph::UndoQueue& queue = host::graph::UndoQueue::current();
+    undo_name = queue.undo_name();
+    redo_name = queue.redo_name();
+    is_modified = host::graph::Scene::current().is_modified;
+    ++scene_revision;
+}
+
+void State::take_rows() {
+    rows.clear();
+    rows_node.clear();
+    if (!subject.shape)
+        return;
+    host::graph::Node* node = subject.node.get();
+    if (!node) {
+        const auto history = host::graph::Scene::current().history_of(
+            static_cast<host::graph::MeshNode&>(*subject.shape), false);
+        node = history.empty() ? subject.shape.get() : history.front();
+    }
+    rows_node = node->name_text();
+    for (host::graph::Slot* slot : editable_slots(*node))
+        rows.push_back(row_of(*slot, rows_node));
+}
+
+MeshPicker& State::made_picker() {
+    if (!picker)
+        picker.emplace(map.points());
+    return *picker;
+}
+
+void State::run(const std::string& statements) {
+    if (!jobs.add(statements))
+        console.warning("Something is being computed; \"" + statements + "\" was not run.");
+}
+
+uint32_t chart_colour(uint32_t chart) {
+    const double value = chart % 3 == 0 ? 0.86 : chart % 3 == 1 ? 0.72 : 0.79;
+    return from_hsv(std::fmod(chart * 0.61803398875 + 0.56, 1.0), chart % 2 ? 0.50 : 0.38, value);
+}
+
+uint32_t stretch_colour(float stretch) {
+    static constexpr double k_stops[][3] = {{0.12, 0.20, 0.55},
+                                            {0.26, 0.53, 0.85},
+                                            {0.47, 0.76, 0.47},
+                                            {0.93, 0.74, 0.27},
+                                            {0.75, 0.12, 0.13}};
+    if (!(stretch > 0.0f))
+        return k_fault;
+    const double limited = std::clamp(static_cast<double>(stretch), 0.5, 2.0);
+    const double place = 2.0 * (1.0 + std::log2(limited));
+    const int stop = std::clamp(static_cast<int>(place), 0, 3);
+    const double share = place - stop;
+    const auto mix = [&](int i) {
+        return k_stops[stop][i] * (1.0 - share) + k_stops[stop + 1][i] * share;
+    };
+    return packed(mix(0), mix(1), mix(2));
+}
+
+std::vector<uint32_t> corner_colours(const UvMap& map, Display display) {
+    std::vector<uint32_t> colours;
+    colours.reserve(3 * size_t(map.triangle_count()));
+    for (uint32_t t = 0; t < map.triangle_count(); ++t) {
+        const uint32_t chart = map.triangle_chart()[t];
+        uint32_t one = k_flat;
+        if (chart != k_none && display == Display::stretch)
+            one = stretch_colour(map.triangle_stretch()[t]);
+        else if (chart != k_none && display != Display::plain)
+            one = chart_colour(chart);
+        colours.insert(colours.end(), 3, one);
+    }
+    return colours;
+}
+
+} // namespace window

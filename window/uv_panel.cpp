@@ -1,0 +1,166 @@
+#include "window/uv_panel.h"
+
+#include <GLFW/glfw3.h>
+#include <cmath>
+#include <cstdio>
+#include <imgui.h>
+
+namespace window {
+
+void UvPanel::frame_all(const State& state) {
+    UvBox box; // all of the texture, and charts outside of it
+    for (int axis = 0; axis < 2; ++axis) {
+        box.low[axis] = std::min(0.0, state.map.box().low[axis]);
+        box.high[axis] = std::max(1.0, state.map.box().high[axis]);
+    }
+    view_.frame(box);
+    wants_paint_ = true;
+}
+
+void UvPanel::header(State& state) {
+    for (int i = 0; i < 4; ++i) {
+        const bool is_on = static_cast<int>(state.display) == i;
+        if (i > 0)
+            ImGui::SameLine(0.0f, 2.0f);
+        ImGui::PushStyleColor(ImGuiCol_Button,
+                              is_on ? ImGui::GetStyle().Colors[ImGuiCol_Header] : colour::window);
+        if (ImGui::Button(k_display_names[i]))
+            state.display = static_cast<Display>(i);
+        ImGui::PopStyleColor();
+        state.places.add_item(std::string("display/") + k_display_names[i]);
+    }
+    ImGui::SameLine();
+    if (ImGui::Checkbox("Texels", &has_grid))
+        wants_paint_ = true;
+    state.places.add_item("display/Texels");
+}
+
+void UvPanel::keys(State& state) {
+    const double step = 24.0;
+    const std::pair<int, std::pair<double, double>> moves[] = {{GLFW_KEY_LEFT, {step, 0.0}},
+                                                               {GLFW_KEY_RIGHT, {-step, 0.0}},
+                                                               {GLFW_KEY_UP, {0.0, step}},
+                                                               {GLFW_KEY_DOWN, {0.0, -step}}};
+    for (const auto& [key, by] : moves)
+        if (ImGui::IsKeyPressed(key)) {
+            view_.pan(by.first, by.second);
+            wants_paint_ = true;
+        }
+    for (const auto& [key, factor] :
+         {std::pair(GLFW_KEY_EQUAL, 1.25), std::pair(GLFW_KEY_KP_ADD, 1.25),
+          std::pair(GLFW_KEY_MINUS, 0.8), std::pair(GLFW_KEY_KP_SUBTRACT, 0.8)})
+        if (ImGui::IsKeyPressed(key)) {
+            view_.zoom(factor, 0.5 * view_.width(), 0.5 * view_.height());
+            wants_paint_ = true;
+        }
+    if (ImGui::IsKeyPressed(GLFW_KEY_A))
+        frame_all(state);
+    if (ImGui::IsKeyPressed(GLFW_KEY_F)) {
+        if (state.lit() != k_none)
+            view_.frame(state.map.charts()[state.lit()].box);
+        else
+            frame_all(state);
+        wants_paint_ = true;
+    }
+}
+
+void UvPanel::react(State& state, float left, float top) {
+    const ImGuiIO& io = ImGui::GetIO();
+    const bool is_over = ImGui::IsItemHovered();
+    const double x = static_cast<double>(io.MousePos.x - left);
+    const double y = static_cast<double>(io.MousePos.y - top);
+    if (ImGui::IsItemActive() && (io.MouseDelta.x != 0.0f || io.MouseDelta.y != 0.0f)) {
+        if (ImGui::IsMouseDown(ImGuiMouseButton_Right))
+            view_.zoom(std::exp(0.01 * static_cast<double>(io.MouseDelta.x - io.MouseDelta.y)),
+                       0.5 * view_.width(), 0.5 * view_.height());
+        else
+            view_.pan(static_cast<double>(io.MouseDelta.x), static_cast<double>(io.MouseDelta.y));
+        wants_paint_ = true;
+    }
+    if (is_over && io.MouseWheel != 0.0f) {
+        view_.zoom(std::pow(1.18, static_cast<double>(io.MouseWheel)), x, y);
+        wants_paint_ = true;
+    }
+    if (!is_over || ImGui::IsItemActive())
+        return;
+    double u, v;
+    view_.to_uv(x, y, u, v);
+    state.hovered = state.map.chart_at(u, v);
+    const uint32_t lit = state.lit();
+    if (state.hovered == k_none || lit == k_none)
+        return;
+    const UvChart& chart = state.map.charts()[lit];
+    ImGui::SetTooltip("Chart %u\n%u triangles\nstretch %.3f\n%.2f %% of the texture", lit + 1,
+                      chart.triangles, chart.stretch, 100.0 * chart.area);
+}
+
+void UvPanel::paint_if_needed(const State& state) {
+    if (!wants_paint_ && revision_ == state.map_revision && lit_ == state.lit() &&
+        display_ == state.display)
+        return;
+    target_.bind();
+    paint_.paint_texture(state, view_, has_grid);
+    target_.unbind();
+    wants_paint_ = false;
+    revision_ = state.map_revision;
+    lit_ = state.lit();
+    display_ = state.display;
+}
+
+void UvPanel::draw(State& state, bool is_live) {
+    header(state);
+    const ImVec2 corner = ImGui::GetCursorScreenPos();
+    const ImVec2 room = ImGui::GetContentRegionAvail();
+    const int width = std::max(16, static_cast<int>(room.x));
+    const int height = std::max(16, static_cast<int>(room.y));
+    if (target_.resize(width, height)) {
+        view_.resize(width, height);
+        wants_paint_ = true;
+        if (!is_framed_)
+            frame_all(state);
+        is_framed_ = true;
+    }
+    const ImVec2 size(static_cast<float>(width), static_cast<float>(height));
+    ImGui::InvisibleButton("##texture", size,
+                           ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonMiddle |
+                               ImGuiButtonFlags_MouseButtonRight);
+    state.places.add_item("uv/texture");
+    has_focus_ = ImGui::IsWindowFocused(ImGuiFocusedFlags_ChildWindows);
+    if (is_live) {
+        react(state, corner.x, corner.y);
+        if (has_focus_ && !ImGui::GetIO().WantTextInput && !ImGui::GetIO().KeyCtrl)
+            keys(state);
+        paint_if_needed(state);
+    }
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    const ImVec2 end(corner.x + size.x, corner.y + size.y);
+    list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), corner,
+                   end, {0.0f, 1.0f}, {1.0f, 0.0f});
+    char words[160];
+    std::snprintf(words, sizeof words, "%.0f x %.0f texels   gutter %.0f",
+                  state.subject.texture.width, state.subject.texture.height, state.subject.gutter);
+    list->AddText(state.fonts.small, state.fonts.small->FontSize,
+                  {corner.x + 8.0f, end.y - state.fonts.small->FontSize - 6.0f},
+                  ImGui::GetColorU32(colour::faint), words);
+    if (state.subject.shape && state.map.charts().empty())
+        list->AddText({corner.x + 8.0f, corner.y + 8.0f}, ImGui::GetColorU32(colour::faint),
+                      "This mesh has no texture coordinates yet.");
+    if (state.display == Display::stretch && !state.map.charts().empty()) {
+        const float bar = std::min(180.0f, 0.5f * size.x);
+        const ImVec2 at(end.x - bar - 12.0f, end.y - 16.0f);
+        for (int i = 0; i < static_cast<int>(bar); ++i) {
+            const float stretch = std::pow(2.0f, 2.0f * static_cast<float>(i) / bar - 1.0f);
+            const float x = at.x + static_cast<float>(i);
+            list->AddRectFilled({x, at.y}, {x + 1.0f, at.y + 8.0f}, stretch_colour(stretch));
+        }
+        for (const auto& [share, label] :
+             {std::pair(0.0f, "0.5"), std::pair(0.5f, "1"), std::pair(1.0f, "2")}) {
+            const float wide = ImGui::CalcTextSize(label).x;
+            list->AddText(state.fonts.small, state.fonts.small->FontSize,
+                          {at.x + share * (bar - wide), at.y - 17.0f},
+                          ImGui::GetColorU32(colour::text), label);
+        }
+    }
+}
+
+} // namespace window

@@ -1,0 +1,104 @@
+// The command `view`: reads its words and runs the window.
+#include "app/view_command.h"
+
+#include "app/exit_code.h"
+#include "app/options.h"
+#include "window/application.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+
+namespace app {
+namespace {
+
+constexpr char k_usage[] = R"(usage: tessora view [FILE] [options]
+
+Opens the desktop window, with FILE (.obj, .ma or .mel) in it: four model panels, the texture with its
+charts, the menus and dialogs that the plug-in brings, undo and redo, a script console. Files can be
+dropped in. F1 shows the keys.
+
+)";
+
+constexpr char k_examples[] = R"(
+examples:
+  tessora view bunny.obj
+  tessora view --exec 'polyTorus; tessora -padding 4;'
+  tessora view bunny.obj --exec 'select -all; tessora;' --screenshot bunny.png
+
+exit codes: 0 done, 1 FILE or --exec failed, or there is no screen; 2 wrong usage; 3 FILE cannot be read
+)";
+
+bool read_size(const std::string& text, window::Wanted& wanted) {
+    int width = 0, height = 0;
+    char rest = 0;
+    if (std::sscanf(text.c_str(), "%dx%d%c", &width, &height, &rest) != 2 || width < 640 ||
+        height < 480 || width > 16384 || height > 16384)
+        return false;
+    wanted.width = width;
+    wanted.height = height;
+    return true;
+}
+
+int wrong(const std::string& sentence) {
+    say(sentence + "\nsee 'tessora view --help'");
+    return exit_usage;
+}
+
+bool is_display(const std::string& name) {
+    const auto known = {"", "plain", "charts", "checker", "stretch"};
+    return std::find(known.begin(), known.end(), name) != known.end();
+}
+
+} // namespace
+
+int view_command(const Words& words) {
+    window::Wanted wanted;
+    std::string size, statements, error;
+    bool wants_help = false;
+    OptionTable table;
+    table.add("size", &size, "WxH", "size of the window in pixels (1440x900)");
+    table.add("exec", &statements, "TEXT", "script statements to run once the file is open");
+    table.add("display", &wanted.display, "NAME",
+              "plain, charts, checker or stretch, in the texture and on the mesh (charts)");
+    table.add("screenshot", &wanted.screenshot, "FILE.png",
+              "write a picture of the window, then close it");
+    table.add("places", &wanted.places, "FILE",
+              "keep a list of where menus, buttons and fields stand, for programs that drive the "
+              "window");
+    table.add("verbose", &wanted.is_verbose, "", "say how long the start took");
+    table.alias("-v");
+    table.add("help", &wants_help, "", "this text");
+    table.alias("-h");
+    Words operands;
+    if (!table.parse(words, operands, error))
+        return wrong(error);
+    if (wants_help) {
+        std::fputs((k_usage + table.help() + k_examples).c_str(), stdout);
+        return exit_done;
+    }
+    if (operands.size() > 1)
+        return wrong("view takes one file");
+    if (!size.empty() && !read_size(size, wanted))
+        return wrong("--size takes WIDTHxHEIGHT, from 640x480 on: " + size);
+    if (!is_display(wanted.display))
+        return wrong("--display takes plain, charts, checker or stretch, not " + wanted.display);
+    if (!statements.empty())
+        wanted.statements.push_back(statements);
+    if (!operands.empty()) {
+        wanted.file = operands[0];
+        std::error_code failure;
+        if (!std::filesystem::is_regular_file(wanted.file, failure)) {
+            say(wanted.file + ": there is no such file");
+            return exit_input;
+        }
+    }
+    window::Application application(wanted, error);
+    if (!error.empty()) {
+        say(error);
+        return exit_unexpected;
+    }
+    return application.run() ? exit_done : exit_unexpected;
+}
+
+} // namespace app
