@@ -31,16 +31,14 @@ void ChartSet::trace_border(Chart& c) const {
     c.border_length = 0;
     // A half-edge is marked as traced by the loop it is in; borders are short, so a sorted list of
     // the traced ones would cost more than this scan over the chart's own half-edges.
-    static thread_local std::vector<uint8_t> traced;
-    if (traced.size() < glued.size())
-        traced.resize(glued.size(), 0);
+    traced_.resize(glued.size(), 0);
     for (uint32_t t : c.faces)
         for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
-            if (glued[h] || traced[h])
+            if (glued[h] || traced_[h])
                 continue;
             uint32_t at = h;
             do {
-                traced[at] = 1;
+                traced_[at] = 1;
                 c.border.push_back(at);
                 c.border_length += surface.edge_length(at);
                 at = next_border(at);
@@ -48,7 +46,7 @@ void ChartSet::trace_border(Chart& c) const {
             c.loop_end.push_back(uint32_t(c.border.size()));
         }
     for (uint32_t h : c.border)
-        traced[h] = 0;
+        traced_[h] = 0;
 }
 
 StretchSums ChartSet::measure(const std::vector<uint32_t>& faces) const {

@@ -81,6 +81,9 @@ public:
     void outline(const Chart& c, Outline& outline) const;
     /// Makes c a chart of the set; gives its number.
     uint32_t add_chart(Chart&& c);
+
+private:
+    mutable std::vector<uint8_t> traced_; ///< per half-edge: scratch of trace_border; 0 at rest
 };
 
 /// The limit on L2 stretch for a user's 0..1 setting: 1/(1-s), the sampling rate that may be lost.
