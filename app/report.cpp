@@ -63,6 +63,8 @@ std::string to_json(const UnwrapReport& report) {
         out["output"] = report.output;
         if (!report.layout.empty())
             out["layout"] = report.layout;
+        if (!report.view.empty())
+            out["view"] = report.view;
     }
     if (report.mesh) {
         out["polygons"] = report.mesh->polygons;

@@ -34,7 +34,7 @@ struct StageSeconds {
 };
 
 struct UnwrapReport {
-    std::string input, output, layout;
+    std::string input, output, layout, view;
     int code = 0; ///< the program's exit code
     std::string reason;
     std::vector<std::string> warnings;

@@ -1,6 +1,7 @@
 #include "app/script_command.h"
 
 #include "app/exit_code.h"
+#include "app/panel_view.h"
 #include "app/prompt.h"
 #include "app/session_setup.h"
 #include "app/system.h"
@@ -39,7 +40,10 @@ bool wants_help(const Words& words) {
     return !words.empty() && (words[0] == "--help" || words[0] == "-h");
 }
 
-void prepare() { set_search_paths(); }
+void prepare() {
+    set_search_paths();
+    add_panel_commands();
+}
 
 int finish(bool ok) {
     std::fflush(stdout);

@@ -4,6 +4,7 @@
 #include "app/exit_code.h"
 #include "app/interrupt.h"
 #include "app/measure_layout.h"
+#include "app/panel_view.h"
 #include "app/picture.h"
 #include "app/progress.h"
 #include "app/report.h"
@@ -39,6 +40,7 @@ private:
     bool read();
     bool open_outputs();
     bool unwrap();
+    void take_view();
     bool verify();
     bool write_mesh();
     bool write_picture();
@@ -57,7 +59,9 @@ private:
     host::ObjDocument document_;
     UnwrapOutcome outcome_;
     Judgement judgement_;
-    AtomicFile mesh_file_, layout_file_, report_file_, backup_file_;
+    AtomicFile mesh_file_, layout_file_, view_file_, report_file_, backup_file_;
+    std::string view_png_; ///< taken while the mesh is in the scene
+    std::string view_error_;
 };
 
 UnwrapRun::UnwrapRun(const UnwrapRequest& request)
@@ -65,6 +69,7 @@ UnwrapRun::UnwrapRun(const UnwrapRequest& request)
     report_.input = request.input;
     report_.output = request.output;
     report_.layout = request.layout;
+    report_.view = request.view;
     report_.settings = request.settings;
     for (const std::string& warning : request.warnings)
         warn(warning);
@@ -105,15 +110,28 @@ bool UnwrapRun::open_outputs() {
     const bool good = mesh_file_.open(request_.output, error) &&
                       (!request_.in_place || backup_file_.open(request_.input + ".bak", error)) &&
                       (request_.layout.empty() || layout_file_.open(request_.layout, error)) &&
+                      (request_.view.empty() || view_file_.open(request_.view, error)) &&
                       (request_.report.empty() || report_file_.open(request_.report, error));
-    return good || fail(exit_output, error);
+    if (!good)
+        return fail(exit_output, error);
+    return request_.view.empty() || open_panels(error) || fail(exit_unwrap, "--view: " + error);
+}
+
+void UnwrapRun::take_view() {
+    progress_.begin_stage("drawing");
+    std::string error;
+    if (!draw_panels(request_.view_picture, view_png_, error))
+        view_error_ = "--view: " + error;
 }
 
 bool UnwrapRun::unwrap() {
     const auto warning = [this](const std::string& sentence) {
         warn(request_.input + ": " + sentence);
     };
-    outcome_ = run_unwrap(document_, request_.settings, warning, progress_, report_.seconds);
+    UnwrapVisitor visit;
+    if (view_file_.is_open())
+        visit = [this] { take_view(); };
+    outcome_ = run_unwrap(document_, request_.settings, warning, visit, progress_, report_.seconds);
     report_.settings = outcome_.settings;
     report_.mesh =
         MeshCounts{document_.polygon_count(), outcome_.triangles, document_.vertex_count()};
@@ -121,7 +139,7 @@ bool UnwrapRun::unwrap() {
         return fail(outcome_.out_of_memory ? exit_limit : exit_unwrap,
                     request_.input + ": " + outcome_.reason);
     report_.result = outcome_.result;
-    return true;
+    return view_error_.empty() || fail(exit_unwrap, view_error_);
 }
 
 /// Nothing is published that breaks a promise, whatever the engine believes.
@@ -154,13 +172,15 @@ bool UnwrapRun::write_mesh() {
 }
 
 bool UnwrapRun::write_picture() {
+    std::string png, error;
+    if (view_file_.is_open() && !view_file_.write(view_png_, error))
+        return fail(exit_output, error);
     if (!layout_file_.is_open())
         return true;
     const PictureSubject subject = {judgement_.layout, judgement_.measures, texture(),
                                     double(outcome_.settings.padding)};
     PictureKind kind = PictureKind::layout;
     picture_kind(request_.picture, kind);
-    std::string png, error;
     if (!draw_picture(kind, subject, png, error) || !layout_file_.write(png, error))
         return fail(exit_output, error);
     return true;
@@ -173,7 +193,7 @@ bool UnwrapRun::publish() {
     if (report_file_.is_open() && !report_file_.write(to_json(report_), error))
         return fail(exit_output, error);
     const SignalsHeld held;
-    for (AtomicFile* file : {&backup_file_, &mesh_file_, &layout_file_, &report_file_})
+    for (AtomicFile* file : {&backup_file_, &mesh_file_, &layout_file_, &view_file_, &report_file_})
         if (file->is_open() && !file->commit(error))
             return fail(exit_output, error);
     return true;
@@ -183,6 +203,7 @@ void UnwrapRun::write_failure_report() {
     mesh_file_.discard();
     backup_file_.discard();
     layout_file_.discard();
+    view_file_.discard();
     if (request_.report.empty())
         return;
     report_.result.reset();
@@ -207,7 +228,8 @@ void UnwrapRun::say_result() const {
     say(line);
     const std::pair<const char*, const std::string&> files[] = {{"mesh:    ", request_.output},
                                                                 {"report:  ", request_.report},
-                                                                {"picture: ", request_.layout}};
+                                                                {"picture: ", request_.layout},
+                                                                {"view:    ", request_.view}};
     for (const auto& [label, path] : files)
         if (!path.empty() && path != "-")
             say(label + path);

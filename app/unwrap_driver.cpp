@@ -236,7 +236,7 @@ bool load_plugin(UnwrapOutcome& outcome) {
 
 /// The command and the pull, between a mesh of the host and its new coordinates.
 void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
-                 const ImportedMesh& imported, UnwrapOutcome& outcome) {
+                 const ImportedMesh& imported, const UnwrapVisitor& visit, UnwrapOutcome& outcome) {
     const UnwrapSettingsRequest& settings = outcome.settings;
     std::vector<VertexPair> existing;
     if (settings.keep_seams)
@@ -264,6 +264,8 @@ void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
     std::set_difference(seams.begin(), seams.end(), existing.begin(), existing.end(),
                         std::back_inserter(added));
     outcome.result.new_seam_edges = added.size();
+    if (visit)
+        visit();
 }
 
 bool make_mesh(const host::ObjDocument& document, ImportedMesh& imported, host::Mesh& mesh,
@@ -296,7 +298,8 @@ void warn_of(const host::ObjDocument& document, const ImportedMesh& mesh,
 } // namespace
 
 UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettingsRequest& request,
-                         const UnwrapWarning& warn, Progress& progress, StageSeconds& seconds) {
+                         const UnwrapWarning& warn, const UnwrapVisitor& visit, Progress& progress,
+                         StageSeconds& seconds) {
     UnwrapOutcome outcome;
     outcome.settings = in_range(request);
     outcome.triangles = document.corner_vertex.size() - 2 * document.polygon_count();
@@ -306,7 +309,7 @@ UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettings
         return outcome;
     warn_of(document, imported, request, warn);
     StageListener stages(progress);
-    unwrap_mesh(mesh, document, imported, outcome);
+    unwrap_mesh(mesh, document, imported, visit, outcome);
     stages.finish();
     put_seconds(stages, seconds);
     return outcome;

@@ -24,10 +24,15 @@ struct UnwrapOutcome {
 /// Takes sentences that a person should read before the work begins.
 using UnwrapWarning = std::function<void(const std::string& sentence)>;
 
+/// Called while the unwrapped mesh is still in the scene, with the plug-in's overlay attached.
+using UnwrapVisitor = std::function<void()>;
+
 /// Unwraps the document's mesh; its old texture coordinates matter for kept seams only.
 /// Stages are shown on `progress`; `seconds` gets collect, generate and apply as far as they ran.
+/// `visit` may be empty; it is not called when the unwrap failed.
 /// Broken contracts inside end in the runtime's abort. Errors: std::bad_alloc.
 UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettingsRequest& settings,
-                         const UnwrapWarning& warn, Progress& progress, StageSeconds& seconds);
+                         const UnwrapWarning& warn, const UnwrapVisitor& visit, Progress& progress,
+                         StageSeconds& seconds);
 
 } // namespace app

@@ -24,6 +24,8 @@ examples:
       cuts along every edge that is bent by 40 degrees or more
   tessora unwrap head.obj --keep_seams --report head.json --layout head.png
       keeps the cuts of the present layout; writes figures and a picture
+  tessora unwrap boot.obj --keep_seams --view boot.png --view_panel persp
+      a picture of the mesh with its seams
   tessora unwrap scan.obj --stretch 0.05 --high_quality
       less distortion, more charts, more time
 )";
@@ -78,6 +80,13 @@ OptionTable make_table(UnwrapRequest& request) {
     table.add("layout", &request.layout, "FILE.png", "picture of the charts in the texture");
     table.add("picture", &request.picture, "KIND",
               "what the picture shows: layout, checker or stretch");
+    table.add(
+        "view", &request.view, "FILE.png",
+        "picture of the mesh in the model panels, seams on it: kept ones green, new ones blue");
+    table.add("view_panel", &request.view_picture.panel, "NAME",
+              "all four panels, or one: top, front, side, persp");
+    table.add("view_width", &request.view_picture.width, "PIXELS",
+              "width of that picture, 64 to 8192; it is three quarters as high");
     table.add("beside", &request.beside, "",
               "write report and picture beside OUTPUT, as its name with .json and .png");
     table.add("quiet", &request.quiet, "", "say nothing unless something fails");
@@ -128,6 +137,14 @@ bool one_name(const std::string& a, const std::string& b) {
     return !a.empty() && a != "-" && (a == b || same_file(a, b));
 }
 
+bool has_twins(const std::vector<std::string>& names) {
+    for (size_t i = 0; i < names.size(); ++i)
+        for (size_t k = i + 1; k < names.size(); ++k)
+            if (one_name(names[i], names[k]))
+                return true;
+    return false;
+}
+
 bool settle_output(UnwrapRequest& r, std::string& error) {
     if (r.in_place && !r.output.empty())
         error = "--in_place and -o exclude each other";
@@ -145,12 +162,12 @@ bool settle_output(UnwrapRequest& r, std::string& error) {
     }
     if (!r.in_place && one_name(r.output, r.input))
         error = r.output + " is the input; --in_place writes over it";
-    else if (one_name(r.report, r.input) || one_name(r.layout, r.input))
+    else if (one_name(r.report, r.input) || one_name(r.layout, r.input) ||
+             one_name(r.view, r.input))
         error = "the report or the picture would be written over the input";
-    else if (one_name(r.report, r.output) || one_name(r.layout, r.output) ||
-             one_name(r.report, r.layout))
+    else if (has_twins({r.output, r.report, r.layout, r.view}))
         error = "output, report and picture need names of their own";
-    else if ((r.output == "-") + (r.report == "-") + (r.layout == "-") > 1)
+    else if ((r.output == "-") + (r.report == "-") + (r.layout == "-") + (r.view == "-") > 1)
         error = "only one of output, report and picture can go to standard output";
     else if (is_other_format(r.output))
         error = r.output + ": only OBJ files can be written";
@@ -201,7 +218,14 @@ bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& 
         error = "--picture: '" + request.picture + "' is not layout, checker or stretch";
         return false;
     }
+    if (!is_panel_name(request.view_picture.panel)) {
+        error = "--view_panel: '" + request.view_picture.panel +
+                "' is not all, top, front, side or persp";
+        return false;
+    }
     check_ranges(request.settings, request.warnings);
+    check_range("view_width", request.view_picture.width, 64, 8192, request.warnings);
+    request.view_picture.width = std::max(64, std::min(request.view_picture.width, 8192));
     return settle_output(request, error);
 }
 

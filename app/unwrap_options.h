@@ -1,6 +1,8 @@
 /// What `tessora unwrap` is asked to do.
 #pragma once
 
+#include "app/panel_view.h"
+
 #include <string>
 #include <vector>
 
@@ -32,6 +34,8 @@ struct UnwrapRequest {
     std::string report; ///< empty: none
     std::string layout; ///< empty: none
     std::string picture = "layout";
+    std::string view; ///< empty: none
+    PanelPictureRequest view_picture;
     bool in_place = false;
     bool beside = false; ///< report and layout get names after the output's unless they have some
     bool quiet = false;

@@ -238,6 +238,9 @@ bool PanelPictures::take(const Request& request, Picture& picture, std::string& 
         panels_.arrange_four(request.width, request.height, 4);
     else
         panels_.arrange_one(request.panel, request.width, request.height);
+    for (int panel = 0; request.is_framed && panel < k_panel_count; ++panel)
+        if (!panels_.viewport(panel).is_empty())
+            panels_.frame(panel, false);
     PanelRenderer* const other = panel_renderer();
     set_panel_renderer(&panels_);
     const bool drawn = panels_.draw_all();

@@ -51,6 +51,7 @@ public:
         int width = 1280;
         int height = 960;
         int samples = 4;
+        bool is_framed = false; ///< moves the cameras first, to where everything is seen
     };
     /// Errors: false with a sentence in `error`.
     bool take(const Request& request, Picture& picture, std::string& error);

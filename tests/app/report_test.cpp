@@ -13,6 +13,7 @@ TEST(Report, HoldsEveryFigureOfASuccess) {
     report.input = "a.obj";
     report.output = "b.obj";
     report.layout = "c.png";
+    report.view = "d.png";
     report.mesh = app::MeshCounts{6, 12, 8};
     report.result = app::UnwrapResult{3, 0.125, {4, 7}, 5, 9};
     report.settings.padding = 7;
@@ -32,6 +33,7 @@ TEST(Report, HoldsEveryFigureOfASuccess) {
     EXPECT_EQ("a.obj", json["input"]);
     EXPECT_EQ("b.obj", json["output"]);
     EXPECT_EQ("c.png", json["layout"]);
+    EXPECT_EQ("d.png", json["view"]);
     EXPECT_EQ(6, json["polygons"]);
     EXPECT_EQ(12, json["triangles"]);
     EXPECT_EQ(8, json["vertices"]);

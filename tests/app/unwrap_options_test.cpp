@@ -144,7 +144,8 @@ TEST(UnwrapOptions, HelpNamesEveryOptionAndWhatHasNoEffect) {
          {"mapchannel", "charts",       "stretch",          "padding",     "width",
           "height",     "high_quality", "keep_seams",       "use_grooves", "groove_angle",
           "use_ridges", "ridge_angle",  "adjacency_method", "epsilon",     "output",
-          "in_place",   "report",       "layout",           "quiet",       "help"})
+          "in_place",   "report",       "layout",           "quiet",       "help",
+          "view",       "view_panel",   "view_width"})
         EXPECT_NE(help.npos, help.find("--" + std::string(name))) << name;
     const size_t without_effect = help.find("carried without effect:");
     ASSERT_NE(help.npos, without_effect);
@@ -167,6 +168,23 @@ TEST(UnwrapOptionsRefuse, UnknownKindsOfPicture) {
               refusal({"a.obj", "--picture", "sketch"}));
 }
 
+TEST(UnwrapOptions, ViewShowsAllPanelsUnlessOneIsNamed) {
+    const app::UnwrapRequest all = parsed({"m.obj", "--view", "v.png"});
+    EXPECT_EQ("v.png", all.view);
+    EXPECT_EQ("all", all.view_picture.panel);
+    EXPECT_EQ(1280, all.view_picture.width);
+    const app::UnwrapRequest one =
+        parsed({"m.obj", "--view", "v.png", "--view_panel", "persp", "--view_width", "10000"});
+    EXPECT_EQ("persp", one.view_picture.panel);
+    EXPECT_EQ(8192, one.view_picture.width);
+    EXPECT_EQ(Words{"--view_width 10000 counts as 8192"}, one.warnings);
+}
+
+TEST(UnwrapOptionsRefuse, PanelsThatAreNotThere) {
+    EXPECT_EQ("--view_panel: 'left' is not all, top, front, side or persp",
+              refusal({"a.obj", "--view", "v.png", "--view_panel", "left"}));
+}
+
 TEST(UnwrapOptionsRefuse, TheInputAsOutput) {
     test::Scratch dir;
     const std::string file = dir.put("m.obj", "x");
@@ -183,6 +201,12 @@ TEST(UnwrapOptionsRefuse, ContradictionsAboutOutputs) {
     EXPECT_EQ("standard input needs -o OUTPUT ('-o -' for standard output)", refusal({"-"}));
     EXPECT_EQ("output, report and picture need names of their own",
               refusal({"m.obj", "--report", "r", "--layout", "r"}));
+    EXPECT_EQ("output, report and picture need names of their own",
+              refusal({"m.obj", "--layout", "r", "--view", "r"}));
+    EXPECT_EQ("the report or the picture would be written over the input",
+              refusal({"m.obj", "--view", "m.obj"}));
+    EXPECT_EQ("only one of output, report and picture can go to standard output",
+              refusal({"m.obj", "--view", "-", "--layout", "-"}));
     EXPECT_EQ("only one of output, report and picture can go to standard output",
               refusal({"m.obj", "-o", "-", "--report", "-"}));
     EXPECT_EQ("m.fbx: only OBJ files can be written", refusal({"m.obj", "-o", "m.fbx"}));

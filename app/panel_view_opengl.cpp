@@ -1,0 +1,56 @@
+#include "app/panel_view.h"
+#include "host/script/session.h"
+#include "host/view/view_commands.h"
+
+#include <iterator>
+
+namespace app {
+namespace {
+
+constexpr const char* k_panel_names[] = {"top", "front", "side", "persp"};
+
+/// Never destroyed: at the end of the process the OpenGL driver may be gone before it.
+host::PictureStudio& studio() {
+    static auto* const the_studio = new host::PictureStudio;
+    return *the_studio;
+}
+
+/// Position of a name, -1 for all panels.
+int panel_of(const std::string& name) {
+    for (int panel = 0; panel < int(std::size(k_panel_names)); ++panel)
+        if (name == k_panel_names[panel])
+            return panel;
+    return -1;
+}
+
+} // namespace
+
+void add_panel_commands() {
+    host::add_view_commands(host::script::Session::current().interpreter(), studio());
+}
+
+bool open_panels(std::string& error) { return studio().open(error) != nullptr; }
+
+bool is_panel_name(const std::string& name) { return name == "all" || panel_of(name) >= 0; }
+
+bool draw_panels(const PanelPictureRequest& request, std::string& png, std::string& error) {
+    host::PanelPictures* const pictures = studio().open(error);
+    if (!pictures)
+        return false;
+    for (int panel = 0; panel < host::k_panel_count; ++panel)
+        pictures->panels().style(panel).has_selection = false;
+    host::PanelPictures::Request wanted;
+    wanted.panel = panel_of(request.panel);
+    wanted.width = request.width;
+    wanted.height = request.width * 3 / 4;
+    wanted.is_framed = true;
+    host::Picture picture;
+    if (!pictures->take(wanted, picture, error))
+        return false;
+    png = host::png_of(picture);
+    if (png.empty())
+        error = "not enough memory for the picture";
+    return !png.empty();
+}
+
+} // namespace app
