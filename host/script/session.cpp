@@ -4,6 +4,7 @@
 #include "host/graph/undo.h"
 #include "host/script/commands.h"
 #include "host/script/functions.h"
+#include "host/view/panels.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -147,6 +148,9 @@ void Session::add_session_commands() {
         static const FlagTable table = {{"f", "force"}, {"cv", "currentView"}};
         const Flags flags(call, table);
         flags.require_operands(0, 0);
+        const int panel = flags.has("currentView") ? active_panel() : -1;
+        if (panel_renderer())
+            panel_renderer()->refresh(panel, flags.has("force"));
         return Value();
     });
     interpreter_.add_command("about", [](Invocation& call) -> Value {

@@ -65,7 +65,7 @@ Value view_fit(Invocation& call) {
 
 Value get_panel(Invocation& call) {
     static const FlagTable table = {
-        {"typ", "type", "s"}, {"wf", "withFocus"}, {"vis", "visiblePanels"}};
+        {"typ", "type", "s"}, {"wf", "withFocus"}};
     const Flags flags(call, table);
     flags.require_operands(0, 0);
     if (flags.has("withFocus"))

@@ -137,6 +137,23 @@ TEST_F(ViewCommands, ViewFitRefusesWhatIsNoCameraAndNoFactor) {
     expect_error("viewFit -f 1.5", "viewFit: -fitFactor is above 0 and at most 1.");
 }
 
+TEST_F(ViewCommands, RefreshAsksForARedrawOrDrawsAtOnce) {
+    run("refresh; refresh -cv -f"); // nobody draws: nothing to do
+    std::string error;
+    auto surface = host::Offscreen::make(error);
+    ASSERT_TRUE(surface && surface->resize(64, 64, 1, error)) << error;
+    host::GlPanels panels(*surface);
+    surface->set_panels(&panels);
+    panels.arrange_four(64, 64, 0);
+    run("refresh -cv");
+    EXPECT_TRUE(panels.needs_redraw(3));
+    EXPECT_FALSE(panels.needs_redraw(0));
+    EXPECT_EQ(panels.counts().panels, 0u);
+    run("refresh -f");
+    EXPECT_EQ(panels.counts().panels, 4u);
+    EXPECT_FALSE(panels.needs_redraw(3));
+}
+
 TEST_F(ViewCommands, GetPanelNamesThem) {
     EXPECT_EQ(run("getPanel -type modelPanel").size(), 4u);
     EXPECT_EQ(run("getPanel -type outlinerPanel").size(), 0u);
