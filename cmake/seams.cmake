@@ -13,7 +13,7 @@ if(NOT TESSORA_MAYA_DEVKIT)
     target_link_libraries(tessora_host_api INTERFACE tessora_host)
 else()
     find_package(Maya REQUIRED)
-    target_link_libraries(tessora_host_api INTERFACE Maya::OpenMaya Maya::OpenMayaUI)
+    target_link_libraries(tessora_host_api INTERFACE Maya::OpenMaya Maya::OpenMayaUI Maya::Foundation)
 endif()
 
 if(NOT TESSORA_UVATLAS MATCHES "^(platform|portable)$")

@@ -1,6 +1,10 @@
 # Every target links this privately: warnings are errors, and floating-point results must not
 # depend on whether a compiler fuses a multiply with an add.
 add_library(tessora_warnings INTERFACE)
+if(MSVC)
+    target_compile_options(tessora_warnings INTERFACE /W3 /fp:precise /permissive- /EHsc)
+    return()
+endif()
 target_compile_options(tessora_warnings INTERFACE -Wall -Wextra -Wpedantic -Werror -ffp-contract=off)
 
 if(TESSORA_SANITIZE)

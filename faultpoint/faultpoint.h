@@ -8,6 +8,17 @@
 
 #include <cstddef>
 
+#if defined(TESSORA_WITHOUT_FAULT_POINTS)
+
+namespace faultpoint {
+
+inline constexpr int armed_count = 0;
+inline int hit(const char*) { return 0; }
+
+} // namespace faultpoint
+
+#else
+
 #if defined(_WIN32)
 #define TESSORA_FAULTPOINT_API // the linker exports everything
 #else
@@ -52,3 +63,5 @@ private:
 };
 
 } // namespace faultpoint
+
+#endif

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Configures and builds a preset: tools/build.sh [release|debug|asan] [target...]
+# Configures and builds a preset: tools/build.sh [release|debug|asan|windows] [target...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=${1:-release}

@@ -15,6 +15,7 @@ import re
 import shlex
 import subprocess
 import sys
+import tempfile
 
 HEAD = re.compile(r"^// --- (?:prints|exits with (\d+)) ---$", re.M)
 
@@ -36,10 +37,12 @@ def join(script, printed, code):
 
 
 def run(program, path):
-    result = subprocess.run(program + [path.name], cwd=path.parent, stdin=subprocess.DEVNULL,
-                            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
-    printed = result.stdout.decode("utf-8", "replace")
-    return printed, result.returncode
+    # Into a file: what a program leaves running would hold a pipe open.
+    with tempfile.TemporaryFile() as out:
+        result = subprocess.run(program + [path.name], cwd=path.parent, stdin=subprocess.DEVNULL,
+                                stdout=out, stderr=subprocess.STDOUT, timeout=60)
+        out.seek(0)
+        return out.read().decode("utf-8", "replace"), result.returncode
 
 
 def check(program, path, rewrite):

@@ -2,6 +2,9 @@
 # Runs a Windows program: tools/with_wine.sh PROGRAM.exe [arguments]. The registry and the drives live
 # in build/wineprefix (or $WINEPREFIX), which is made when it is missing. With DISPLAY unset Direct3D is
 # absent and message boxes return at once.
+#
+# Processes of Wine's own outlive the program by seconds and hold its output open: whoever captures output
+# does so through a file, not through a pipe whose end it would wait for.
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$here/build/wineprefix}

@@ -66,9 +66,9 @@ std::string Plugins::find_file(const std::string& file_or_name) const {
     std::vector<std::string> directories = {""};
     if (!files::path(file_or_name).is_absolute())
         directories.insert(directories.end(), search_path_.begin(), search_path_.end());
-    for (const std::string& directory : directories) {
-        // With the extension first: a program may have the same name without it.
-        for (const char* extension : {library::k_extension, ""}) {
+    // With the extension first, everywhere: a program may have the same name without it.
+    for (const char* extension : {library::k_extension, ""}) {
+        for (const std::string& directory : directories) {
             files::path path = files::path(directory) / (file_or_name + extension);
             std::error_code error;
             if (files::is_regular_file(path, error))

@@ -43,9 +43,20 @@ class Program(unittest.TestCase):
         (self.folder / "cube.obj").write_text(CUBE)
 
     def run_program(self, *words, program=PROGRAM, **environment):
-        return subprocess.run([WINE, program, *words], cwd=self.folder, stdin=subprocess.DEVNULL,
-                              capture_output=True, text=True, timeout=120,
-                              env={**os.environ, **environment})
+        # Into files: Wine's own processes would hold a pipe open.
+        with tempfile.TemporaryFile("w+") as out, tempfile.TemporaryFile("w+", newline="") as errors:
+            done = subprocess.run([WINE, program, *words], cwd=self.folder, stdin=subprocess.DEVNULL,
+                                  stdout=out, stderr=errors, timeout=120,
+                                  env={**os.environ, **environment})
+            out.seek(0)
+            errors.seek(0)
+            return subprocess.CompletedProcess(done.args, done.returncode, out.read(), errors.read())
+
+    def fresh_server(self):
+        """The desktop belongs to the display that it was started with."""
+        prefix = os.environ.get("WINEPREFIX", str(pathlib.Path(WINE).resolve().parent.parent / "build/wineprefix"))
+        for option in ("-k", "-w"):
+            subprocess.run(["wineserver", option], env={**os.environ, "WINEPREFIX": prefix})
 
     def names(self):
         return sorted(path.name for path in self.folder.iterdir())
@@ -98,6 +109,8 @@ class Program(unittest.TestCase):
         self.assertIn("absent.obj: cannot be read: No such file or directory", done.stderr)
 
     def test_without_a_display_there_is_no_direct3d(self):
+        self.fresh_server()
+        self.addCleanup(self.fresh_server)
         done = self.run_program("unwrap", "cube.obj", "-o", "out.obj", DISPLAY="",
                                 WINEDEBUG="-all,+debugstr")
         self.assertEqual(done.returncode, 5, done.stderr)
@@ -105,6 +118,8 @@ class Program(unittest.TestCase):
         self.assertEqual(self.names(), ["cube.obj"])
 
     def test_a_renderer_without_devices_is_logged(self):
+        self.fresh_server()
+        self.addCleanup(self.fresh_server)
         # The setting belongs to a program of this name alone.
         program = pathlib.Path(PROGRAM).with_name("tessora_no3d.exe")
         shutil.copy(PROGRAM, program)

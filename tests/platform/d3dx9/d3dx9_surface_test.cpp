@@ -1,7 +1,9 @@
 /// The declarations are the published ones: names, argument types and values. What differs here
-/// would compile against one system and not, or wrongly, against the other.
+/// would compile against one system and not, or wrongly, against the other: this list is compiled
+/// against the stand-in headers and against those of the cross compiler.
 
 #include <d3dx9.h>
+#include <windows.h>
 
 #include <gtest/gtest.h>
 #include <type_traits>
@@ -13,6 +15,11 @@ constexpr bool same(Actual) {
     return std::is_same_v<Expected, Actual>;
 }
 
+// "GetSystemTime", "MessageBoxA", "OutputDebugStringA"
+static_assert(std::is_same_v<decltype(&GetSystemTime), void(WINAPI*)(LPSYSTEMTIME)>);
+static_assert(std::is_same_v<decltype(&MessageBoxA), int(WINAPI*)(HWND, LPCSTR, LPCSTR, UINT)>);
+static_assert(std::is_same_v<decltype(&OutputDebugStringA), void(WINAPI*)(LPCSTR)>);
+static_assert(MB_OK == 0 && IDOK == 1 && sizeof(SYSTEMTIME) == 16);
 // "Direct3DCreate9 function"
 static_assert(same<IDirect3D9*(WINAPI*)(UINT)>(&Direct3DCreate9));
 // "IDirect3D9::GetAdapterDisplayMode", "IDirect3D9::CreateDevice"
@@ -26,15 +33,15 @@ static_assert(same<ULONG (IUnknown::*)()>(&IUnknown::Release));
 static_assert(same<HRESULT(WINAPI*)(DWORD, DWORD, DWORD, CONST D3DVERTEXELEMENT9*,
                                     LPDIRECT3DDEVICE9, LPD3DXMESH*)>(&D3DXCreateMesh));
 // "ID3DXBaseMesh::LockVertexBuffer" and its siblings
-static_assert(same<HRESULT (ID3DXBaseMesh::*)(DWORD, LPVOID*)>(&ID3DXMesh::LockVertexBuffer));
-static_assert(same<HRESULT (ID3DXBaseMesh::*)()>(&ID3DXMesh::UnlockVertexBuffer));
-static_assert(same<HRESULT (ID3DXBaseMesh::*)(DWORD, LPVOID*)>(&ID3DXMesh::LockIndexBuffer));
-static_assert(same<HRESULT (ID3DXBaseMesh::*)()>(&ID3DXMesh::UnlockIndexBuffer));
-static_assert(same<DWORD (ID3DXBaseMesh::*)()>(&ID3DXMesh::GetNumFaces));
-static_assert(same<DWORD (ID3DXBaseMesh::*)()>(&ID3DXMesh::GetNumVertices));
+static_assert(same<HRESULT (ID3DXBaseMesh::*)(DWORD, LPVOID*)>(&ID3DXBaseMesh::LockVertexBuffer));
+static_assert(same<HRESULT (ID3DXBaseMesh::*)()>(&ID3DXBaseMesh::UnlockVertexBuffer));
+static_assert(same<HRESULT (ID3DXBaseMesh::*)(DWORD, LPVOID*)>(&ID3DXBaseMesh::LockIndexBuffer));
+static_assert(same<HRESULT (ID3DXBaseMesh::*)()>(&ID3DXBaseMesh::UnlockIndexBuffer));
+static_assert(same<DWORD (ID3DXBaseMesh::*)()>(&ID3DXBaseMesh::GetNumFaces));
+static_assert(same<DWORD (ID3DXBaseMesh::*)()>(&ID3DXBaseMesh::GetNumVertices));
 // "ID3DXBaseMesh::ConvertPointRepsToAdjacency"
 static_assert(same<HRESULT (ID3DXBaseMesh::*)(CONST DWORD*, DWORD*)>(
-    &ID3DXMesh::ConvertPointRepsToAdjacency));
+    &ID3DXBaseMesh::ConvertPointRepsToAdjacency));
 // "LPD3DXUVATLASCB"
 static_assert(std::is_same_v<LPD3DXUVATLASCB, HRESULT(WINAPI*)(FLOAT, LPVOID)>);
 // "D3DXUVAtlasCreate"

@@ -1,0 +1,55 @@
+# Finds the host's development kit in TESSORA_MAYA_DEVKIT: the folder that holds include/maya, either the
+# kit that is downloaded apart or the installation of the application itself.
+#
+# Gives the targets Maya::OpenMaya, Maya::OpenMayaUI and Maya::Foundation, and MAYA_API_VERSION as the
+# headers state it. Where libraries lie:
+#   Windows  lib/OpenMaya.lib
+#   Linux    lib/libOpenMaya.so
+#   macOS    Maya.app/Contents/MacOS/libOpenMaya.dylib, or MacOS/ or lib/ in kits
+find_path(MAYA_INCLUDE_DIR maya/MFnMesh.h
+    PATHS ${TESSORA_MAYA_DEVKIT}/include ${TESSORA_MAYA_DEVKIT}/devkit/include
+    NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+foreach(library IN ITEMS OpenMaya OpenMayaUI Foundation)
+    find_library(MAYA_${library}_LIBRARY NAMES ${library} lib${library}.so lib${library}.dylib ${library}.lib
+        PATHS ${TESSORA_MAYA_DEVKIT}/lib ${TESSORA_MAYA_DEVKIT}/MacOS
+              ${TESSORA_MAYA_DEVKIT}/Maya.app/Contents/MacOS
+              ${TESSORA_MAYA_DEVKIT}/../../Maya.app/Contents/MacOS
+        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+endforeach()
+
+set(MAYA_API_VERSION "")
+foreach(header IN ITEMS MTypes.h MApiVersion.h)
+    if(NOT MAYA_API_VERSION AND EXISTS "${MAYA_INCLUDE_DIR}/maya/${header}")
+        file(STRINGS "${MAYA_INCLUDE_DIR}/maya/${header}" line REGEX "#define[ \t]+MAYA_API_VERSION[ \t]+[0-9]+")
+        string(REGEX MATCH "[0-9][0-9][0-9][0-9][0-9][0-9]+" MAYA_API_VERSION "${line}")
+    endif()
+endforeach()
+
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(Maya
+    REQUIRED_VARS MAYA_INCLUDE_DIR MAYA_OpenMaya_LIBRARY MAYA_OpenMayaUI_LIBRARY MAYA_Foundation_LIBRARY
+    REASON_FAILURE_MESSAGE "no kit in TESSORA_MAYA_DEVKIT (${TESSORA_MAYA_DEVKIT})")
+
+# What the headers expect to be told about the system.
+set(definitions "")
+if(WIN32)
+    set(definitions NT_PLUGIN)
+elseif(APPLE)
+    set(definitions OSMac_ REQUIRE_IOSTREAM)
+else()
+    set(definitions LINUX _BOOL REQUIRE_IOSTREAM Bits64_)
+endif()
+
+if(Maya_FOUND)
+    foreach(library IN ITEMS OpenMaya OpenMayaUI Foundation)
+        if(CMAKE_SCRIPT_MODE_FILE OR TARGET Maya::${library})
+            continue() # a script has no targets
+        endif()
+        add_library(Maya::${library} UNKNOWN IMPORTED)
+        set_target_properties(Maya::${library} PROPERTIES
+            IMPORTED_LOCATION "${MAYA_${library}_LIBRARY}"
+            INTERFACE_INCLUDE_DIRECTORIES "${MAYA_INCLUDE_DIR}"
+            INTERFACE_COMPILE_DEFINITIONS "${definitions}")
+    endforeach()
+endif()
+mark_as_advanced(MAYA_INCLUDE_DIR MAYA_OpenMaya_LIBRARY MAYA_OpenMayaUI_LIBRARY MAYA_Foundation_LIBRARY)

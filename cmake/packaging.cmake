@@ -1,0 +1,79 @@
+# What is installed, and the packages made of it (cpack): a Debian package and a .tar.gz that runs where
+# it is unpacked; on Windows a .zip.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(share ${CMAKE_INSTALL_DATADIR}/tessora)
+if(WIN32)
+    # One folder: that is where the system looks for what a program and a plug-in need.
+    set(program_dir .)
+    set(module_dir .)
+    set(share share/tessora)
+    set(doc_dir doc)
+else()
+    # Libraries out of other programs' sight, each found from where the one that needs it lies.
+    set(program_dir ${CMAKE_INSTALL_BINDIR})
+    set(module_dir lib/tessora)
+    set(doc_dir ${CMAKE_INSTALL_DOCDIR})
+    set_target_properties(tessora PROPERTIES INSTALL_RPATH "$ORIGIN/../lib/tessora")
+endif()
+set(modules tessora_plugin)
+foreach(module IN ITEMS tessora_host tessora_faultpoint tessora_d3dx9)
+    if(TARGET ${module})
+        get_target_property(kind ${module} TYPE)
+        if(kind STREQUAL SHARED_LIBRARY)
+            list(APPEND modules ${module})
+        endif()
+    endif()
+endforeach()
+if(NOT WIN32)
+    set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN")
+endif()
+
+if(TARGET tessora)
+    install(TARGETS tessora RUNTIME DESTINATION ${program_dir} COMPONENT product)
+endif()
+install(TARGETS ${modules} RUNTIME DESTINATION ${module_dir} COMPONENT product
+    LIBRARY DESTINATION ${module_dir} COMPONENT product NAMELINK_SKIP)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/scripts DESTINATION ${share} COMPONENT product
+    FILES_MATCHING PATTERN "*.mel")
+install(FILES README.md CHANGELOG.md LICENSE docs/maya.md DESTINATION ${doc_dir} COMPONENT product)
+if(NOT WIN32)
+    install(FILES packaging/copyright DESTINATION ${doc_dir} COMPONENT product)
+endif()
+
+# The engine alone, for programs of others.
+install(TARGETS tessora_atlas EXPORT tessora_atlas ARCHIVE DESTINATION lib COMPONENT engine)
+install(FILES atlas/atlas.h DESTINATION include/tessora/atlas COMPONENT engine)
+set(config_dir lib/cmake/tessora_atlas)
+install(EXPORT tessora_atlas NAMESPACE tessora:: FILE tessora_atlasConfig.cmake
+    DESTINATION ${config_dir} COMPONENT engine)
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/tessora_atlasConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tessora_atlasConfigVersion.cmake
+    DESTINATION ${config_dir} COMPONENT engine)
+
+set(CPACK_PACKAGE_NAME tessora)
+set(CPACK_PACKAGE_VENDOR "Brightfold Labs")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "Brightfold Labs <tessora@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Automatic UV unwrapping of polygon meshes")
+set(CPACK_PACKAGE_DESCRIPTION "A program and a plug-in that give polygon meshes new texture
+ coordinates: charts without flips or overlaps under a stretch limit, packed with the gutter asked for.
+ The engine is there as a library of its own.")
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_MONOLITHIC_INSTALL ON)
+if(WIN32)
+    set(CPACK_GENERATOR ZIP)
+    set(CPACK_SYSTEM_NAME windows-x86_64)
+else()
+    set(CPACK_GENERATOR DEB TGZ)
+    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+endif()
+include(CPack)
