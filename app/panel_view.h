@@ -21,7 +21,7 @@ struct PanelPictureRequest {
 /// False when a picture cannot be asked for by this name.
 bool is_panel_name(const std::string& name);
 
-/// Everything in the scene, framed in each panel, as a PNG file; selections are not marked.
+/// Everything in the scene, framed in each panel, as a PNG file, without selection and grid.
 /// Errors: false with a sentence in `error`.
 bool draw_panels(const PanelPictureRequest& request, std::string& png, std::string& error);
 

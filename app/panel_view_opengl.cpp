@@ -37,8 +37,10 @@ bool draw_panels(const PanelPictureRequest& request, std::string& png, std::stri
     host::PanelPictures* const pictures = studio().open(error);
     if (!pictures)
         return false;
-    for (int panel = 0; panel < host::k_panel_count; ++panel)
+    for (int panel = 0; panel < host::k_panel_count; ++panel) {
         pictures->panels().style(panel).has_selection = false;
+        pictures->panels().style(panel).has_grid = false; // it would cut through the mesh
+    }
     host::PanelPictures::Request wanted;
     wanted.panel = panel_of(request.panel);
     wanted.width = request.width;

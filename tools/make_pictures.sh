@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Makes the pictures of the documents anew, from the sample mesh that ./unwrap uses:
+#
+#   tools/make_pictures.sh [PROGRAM [FOLDER]]        (build/release/bin/tessora, docs/images)
+#
+# seams.png   the mesh in the perspective panel, the plug-in's overlay on it
+# atlas.png   its charts in the texture
+# window.png  the desktop window with both, where Xvfb is installed and the program has a window
+set -euo pipefail
+root=$(cd "$(dirname "$(readlink -f "$0")")/.." && pwd)
+program=$(readlink -f "${1:-$root/build/release/bin/tessora}")
+folder=${2:-$root/docs/images}
+sample=/usr/share/glmark2/models/bunny.obj
+work=$(mktemp -d)
+server=
+finish() {
+    [ -z "$server" ] || kill "$server" 2>/dev/null || true
+    rm -rf "$work"
+}
+trap finish EXIT
+
+# Few colours are enough, and small files live well in a repository.
+publish() { # FILE WIDTH COLOURS
+    if command -v convert >/dev/null; then
+        convert "$work/$1" -strip -resize "$2" -colors "$3" "PNG8:$folder/$1"
+    else
+        mv "$work/$1" "$folder/$1"
+    fi
+}
+
+mkdir -p "$folder"
+export TESSORA_PREFERENCES=$work/preferences.mel
+"$program" unwrap "$sample" -o "$work/bunny.obj" --high_quality --quiet \
+    --view "$work/seams.png" --view_panel persp --view_width 640 --layout "$work/atlas.png"
+mv "$work/seams.png" "$folder/seams.png" # its soft shades would suffer
+publish atlas.png 480 64
+
+if command -v Xvfb >/dev/null; then
+    # The server picks a free display and says which.
+    Xvfb -displayfd 3 -screen 0 1440x900x24 -nolisten tcp 3>"$work/display" 2>/dev/null &
+    server=$!
+    for _ in $(seq 100); do
+        [ -s "$work/display" ] && break
+        sleep 0.1
+    done
+    DISPLAY=:$(cat "$work/display") "$program" view "$sample" --size 1280x800 \
+        --exec 'select -all; tessora -high_quality 1; select -cl;' --screenshot "$work/window.png"
+    publish window.png 1280 200
+fi
+ls -l "$folder"
