@@ -79,6 +79,8 @@ struct Result {
     std::vector<float> uvs;              ///< 2 per new vertex
     std::vector<uint32_t> chart;         ///< per triangle: 0 <= id < chart_count
     std::vector<uint32_t> over_limit;    ///< triangles of charts that exceed the limit, ascending
+    std::vector<uint32_t> lost; ///< triangles too small for single precision: collapsed or turned
+                                ///< over by rounding, ascending; normally none
     uint32_t chart_count = 0;
     float stretch = 0.0f; ///< reached: max over charts of 1 - 1/L2
 };

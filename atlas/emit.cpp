@@ -67,20 +67,19 @@ public:
     }
 
     /// Rounds exact coordinates to the lattice, then mends triangles that rounding turned over.
-    uint32_t round(const std::vector<Vec2>& exact, const Lattice& lattice, const Finish* finish) {
+    void round(const std::vector<Vec2>& exact, const Lattice& lattice, const Finish* finish) {
         lattice_ = lattice;
         finish_ = finish;
         exact_ = &exact;
         at_.resize(vertices());
         for (size_t v = 0; v < vertices(); ++v)
             at_[v] = {nearest(exact[v].x, lattice.most_u), nearest(exact[v].y, lattice.most_v)};
-        const uint32_t lost = mend();
+        result_.lost = mend();
         result_.uvs.resize(2 * vertices());
         for (size_t v = 0; v < vertices(); ++v) {
             result_.uvs[2 * v] = float(at_[v].x * lattice_.step);
             result_.uvs[2 * v + 1] = float(at_[v].y * lattice_.step);
         }
-        return lost;
     }
 
 private:
@@ -147,14 +146,14 @@ private:
         return 1 + std::max(0.0, -doubled_area(p[0], p[1], p[2]) / square);
     }
 
-    /// Gives the number of triangles that stay unsound.
-    uint32_t mend() {
+    /// Gives the triangles that stay unsound, ascending.
+    std::vector<uint32_t> mend() {
         std::vector<uint32_t> bad, next;
         for (uint32_t t = 0; t < charts_.chart.size; ++t)
             if (fault(t) > 0)
                 bad.push_back(t);
         if (bad.empty())
-            return 0;
+            return bad;
         link_triangles();
         const uint64_t budget = k_mending_base + k_mending_share * charts_.chart.size;
         for (int pass = 0; pass < k_mending_passes && !bad.empty() && tests_ < budget; ++pass) {
@@ -171,7 +170,7 @@ private:
                        next.end());
             bad.swap(next);
         }
-        return uint32_t(bad.size());
+        return bad;
     }
 
     /// Moves a vertex to the nearest lattice point that leaves its triangles least at fault;
@@ -250,8 +249,8 @@ double greatest_inside(double share, float (Finish::*finished)(float) const, con
 
 } // namespace
 
-uint32_t emit(const EmitCharts& charts, const Packing& packing, const PackOptions& options,
-              Result& result) {
+void emit(const EmitCharts& charts, const Packing& packing, const PackOptions& options,
+          Result& result) {
     Emitter emitter(charts, result);
     const InnerRectangle inner = inner_rectangle(options.width, options.height, options.gutter);
     const Finish finish = Finish::of(options);
@@ -267,10 +266,10 @@ uint32_t emit(const EmitCharts& charts, const Packing& packing, const PackOption
             Vec2{at.cosine * p.x - at.sine * p.y + at.x, at.sine * p.x + at.cosine * p.y + at.y} *
             (1 / inner.unit);
     }
-    return emitter.round(exact, lattice, &finish);
+    emitter.round(exact, lattice, &finish);
 }
 
-uint32_t emit_unpacked(const EmitCharts& charts, Result& result) {
+void emit_unpacked(const EmitCharts& charts, Result& result) {
     Emitter emitter(charts, result);
     std::vector<Vec2> corner(charts.chart_stretch.size, {HUGE_VAL, HUGE_VAL});
     std::vector<Vec2> exact(emitter.vertices());
@@ -287,7 +286,7 @@ uint32_t emit_unpacked(const EmitCharts& charts, Result& result) {
     Lattice lattice;
     for (double reach = 1; reach < extent; reach *= 2)
         lattice.step *= 2;
-    return emitter.round(exact, lattice, nullptr);
+    emitter.round(exact, lattice, nullptr);
 }
 
 } // namespace tessora::atlas

@@ -30,12 +30,13 @@ struct EmitCharts {
 /// Fills `result` with placed charts: isotropic coordinates in units of the longer texture side,
 /// within [0, width/M] x [0, height/M] and never above 1.
 /// Rounding: triangles that are positive in `charts` stay so in the returned coordinates and in
-/// the caller's final ones wherever a neighbouring float can do it; returns how many could not.
-uint32_t emit(const EmitCharts& charts, const Packing& packing, const PackOptions& options,
-              Result& result);
+/// the caller's final ones wherever a neighbouring float can do it; those that cannot stand in
+/// `result.lost`.
+void emit(const EmitCharts& charts, const Packing& packing, const PackOptions& options,
+          Result& result);
 
 /// Fills `result` with every chart in its own coordinates, moved so that its lower left corner is
-/// the origin; for a partition without packing. Returns triangles lost to rounding, as above.
-uint32_t emit_unpacked(const EmitCharts& charts, Result& result);
+/// the origin; for a partition without packing. Fills `lost` as above.
+void emit_unpacked(const EmitCharts& charts, Result& result);
 
 } // namespace tessora::atlas

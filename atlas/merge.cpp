@@ -60,7 +60,7 @@ void Merger::push_pairs(uint32_t a) {
     touched_.clear();
 }
 
-/// A pair is tried again once both charts have changed; in fast mode only if the refusal was cheap.
+/// A pair is tried again once both charts have changed; in fast mode never.
 bool Merger::failed_before(const Pair& p) {
     const bool a_shorter = failures_[p.a].size() <= failures_[p.b].size();
     const uint32_t own = a_shorter ? p.a : p.b, other = a_shorter ? p.b : p.a;
@@ -89,14 +89,12 @@ bool Merger::run(Round round, ProgressMeter& progress) {
         if (!set_.charts[p.a].alive || !set_.charts[p.b].alive || version_[p.a] != p.version_a ||
             version_[p.b] != p.version_b || failed_before(p))
             continue;
-        const Outcome outcome = try_pair(p.a, p.b);
-        if (outcome == Outcome::merged) {
+        if (try_pair(p.a, p.b)) {
             if (!progress.advance(double(++done) / double(expected)))
                 return false;
         } else {
-            const bool solved = outcome == Outcome::failed;
-            failures_[p.a].push_back({p.b, version_[p.a], version_[p.b], solved});
-            failures_[p.b].push_back({p.a, version_[p.b], version_[p.a], solved});
+            failures_[p.a].push_back({p.b, version_[p.a], version_[p.b]});
+            failures_[p.b].push_back({p.a, version_[p.b], version_[p.a]});
         }
     }
     return true;
@@ -154,23 +152,19 @@ void Merger::find_arcs(uint32_t a, uint32_t b, std::vector<Arc>& arcs) const {
                      [](const Arc& x, const Arc& y) { return x.length > y.length; });
 }
 
-Merger::Outcome Merger::try_pair(uint32_t a, uint32_t b) {
+bool Merger::try_pair(uint32_t a, uint32_t b) {
     if (set_.charts[a].faces.size() > set_.charts[b].faces.size())
         std::swap(a, b);
     std::vector<Arc> arcs;
     find_arcs(a, b, arcs);
     const size_t most = options_.thorough || round_ == Round::exact ? 2 : 1;
-    Outcome result = Outcome::refused;
     for (size_t i = 0; i < arcs.size() && i < most; i++) {
         if (i > 0 && arcs[i].length < 0.3 * arcs[0].length)
             break;
-        const Outcome outcome = try_arc(a, b, arcs[i]);
-        if (outcome == Outcome::merged)
-            return outcome;
-        if (outcome == Outcome::failed)
-            result = outcome;
+        if (try_arc(a, b, arcs[i]))
+            return true;
     }
-    return result;
+    return false;
 }
 
 void Merger::take_arc(uint32_t a, const Arc& arc) {

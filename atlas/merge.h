@@ -59,10 +59,8 @@ private:
             return Vec2{cosine * p.x - sine * p.y, sine * p.x + cosine * p.y} + shift;
         }
     };
-    enum class Outcome { merged, refused, failed }; ///< refused: before anything was solved
     struct FailedPair {
         uint32_t other, own_version, other_version;
-        bool solved; ///< the refusal cost a solve
     };
     struct FaceSums {
         double inverse = 0, flat_area = 0;
@@ -70,7 +68,7 @@ private:
 
     void push_pairs(uint32_t a);
     bool failed_before(const Pair& p);
-    Outcome try_pair(uint32_t a, uint32_t b);
+    bool try_pair(uint32_t a, uint32_t b);
     void find_arcs(uint32_t a, uint32_t b, std::vector<Arc>& arcs) const;
     void take_arc(uint32_t a, const Arc& arc);
     void keep_fitting_part();
@@ -81,10 +79,10 @@ private:
     void splice_border(uint32_t a, uint32_t b, Chart& joined) const;
     void commit(uint32_t a, uint32_t b, Chart&& joined, const Box& box);
 
-    Outcome try_arc(uint32_t a, uint32_t b, const Arc& arc);
+    bool try_arc(uint32_t a, uint32_t b, const Arc& arc);
     void preview_outline(uint32_t a, const Chart& joined, const Rigid& motion);
     Box box_of(const Outline& outline) const;
-    bool packable(const Box& box, uint32_t a, uint32_t b, bool exact) const;
+    bool packable(const Box& box, uint32_t a, uint32_t b, bool exact, double arc_length) const;
     void glue();
     void unglue();
     void set_uv(uint32_t n, Vec2 p);

@@ -46,18 +46,22 @@ void Merger::preview_outline(uint32_t a, const Chart& joined, const Rigid& motio
     }
 }
 
-bool Merger::packable(const Box& box, uint32_t a, uint32_t b, bool exact) const {
+bool Merger::packable(const Box& box, uint32_t a, uint32_t b, bool exact, double arc_length) const {
     if (!options_.packable)
         return true;
     // Measured in sides of the square that all charts would fill: a strip longer than that wastes
-    // the texture. An exact unfolding (the net of a box, a rolled-out tube) is worth some waste.
+    // the texture. An exact unfolding (the net of a box, a rolled-out tube) is worth some waste:
+    // the longer the border that disappears, the more (docs/atlas.md has the curve).
     const double side = std::sqrt(set_.surface.total_area);
-    if (exact)
-        return box.longer <= 1.7 * side;
     const double area = set_.charts[a].stretch.area + set_.charts[b].stretch.area;
-    if (box.longer > side)
-        return false;
-    return area >= 0.6 * box.area() || box.area() <= box_[a].area() + box_[b].area();
+    const double room = box_[a].area() + box_[b].area();
+    const double share = area / set_.surface.total_area;
+    if (exact && share >= 0.64) // most of the mesh: little else could fill the gaps
+        return box.longer <= (share >= 0.999 ? 2.1 : 1.7) * side;
+    if (exact)
+        return box.longer <= 1.25 * side &&
+               (area >= 0.6 * box.area() || box.area() <= room + 0.4 * arc_length * side);
+    return box.longer <= side && (area >= 0.6 * box.area() || box.area() <= room);
 }
 
 Box Merger::box_of(const Outline& outline) const {
@@ -253,7 +257,7 @@ bool Merger::solve(uint32_t a, uint32_t b, Chart& joined, const std::vector<Vec2
     }
 }
 
-Merger::Outcome Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
+bool Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
     take_arc(a, arc);
     if (round_ == Round::exact)
         keep_fitting_part();
@@ -264,20 +268,20 @@ Merger::Outcome Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
         arc_length += set_.surface.edge_length(h);
     const double most = round_ == Round::exact ? 1e-4 : 0.25;
     if (residual < 0 || residual > most * arc_length)
-        return Outcome::refused;
+        return false;
     const double least = std::min(set_.charts[a].border_length, set_.charts[b].border_length);
     if (round_ == Round::exact && arc_length < 0.08 * least)
-        return Outcome::refused;
+        return false;
     Chart joined;
     splice_border(a, b, joined);
     preview_outline(a, joined, motion);
     const Box box = box_of(outline_);
     const bool exact = residual < 1e-5 * arc_length && set_.charts[a].stretch.l2() < 1 + 1e-5 &&
                        set_.charts[b].stretch.l2() < 1 + 1e-5;
-    if (!packable(box, a, b, exact))
-        return Outcome::refused;
+    if (!packable(box, a, b, exact, arc_length))
+        return false;
     if ((!options_.thorough || residual < 0.05 * arc_length) && !tester_.simple(outline_))
-        return Outcome::refused;
+        return false;
     std::vector<Vec2> gap(node_a_.size());
     for (size_t i = 0; i < gap.size(); i++)
         gap[i] = motion(set_.uv[node_a_[i]]) - set_.uv[node_b_[i]];
@@ -305,7 +309,7 @@ Merger::Outcome Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
     if (!legal) {
         clear_band();
         unglue();
-        return Outcome::failed;
+        return false;
     }
     for (uint32_t t : band_faces_)
         remember_face(t);
@@ -314,7 +318,7 @@ Merger::Outcome Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
     joined.stretch.flipped = 0;
     set_.outline(joined, outline_);
     commit(a, b, std::move(joined), box_of(outline_));
-    return Outcome::merged;
+    return true;
 }
 
 } // namespace tessora::atlas

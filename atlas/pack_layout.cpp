@@ -87,12 +87,16 @@ double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
     needs_.assign(plan.order.size() + 1, {});
     for (size_t i = plan.order.size(); i-- > 0;) {
         needs_[i] = needs_[i + 1];
+        uint32_t flattest = ~0u;
         for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
             const Mask& mask = masks.mask(plan, plan.order[i], quarter);
             needs_[i].run_level = std::max(needs_[i].run_level, mask.run_level);
             needs_[i].square_level = std::max(needs_[i].square_level, mask.square_level);
+            flattest = std::min(flattest, mask.height);
         }
-        cells += masks.mask(plan, plan.order[i], 0).cells;
+        const double own = masks.mask(plan, plan.order[i], 0).cells;
+        needs_[i].burden += own * flattest;
+        cells += own;
     }
     return cells;
 }
@@ -120,7 +124,7 @@ const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart,
     return chosen;
 }
 
-Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan) {
+Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, double most) {
     Layout layout;
     layout.scale = masks.scale();
     layout.slots.resize(masks.outlines().shapes.size());
@@ -144,6 +148,10 @@ Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan) {
         placed += mask->cells;
         layout.burden += double(mask->cells) * top;
         used = std::max(used, top);
+        if (used + (layout.burden + needs_[i + 1].burden) / needed > most) {
+            layout.height = layout.burden = std::numeric_limits<double>::infinity();
+            return layout;
+        }
     }
     layout.height = used;
     layout.burden /= std::max(1.0, placed);

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -74,14 +75,17 @@ private:
 class LayoutMaker {
 public:
     /// Puts the plan's charts down. The field grows past the page's height if it must, so that a
-    /// layout that does not fit tells by how much.
-    Layout make(MaskSet& masks, const Page& page, const Plan& plan);
+    /// layout that does not fit tells by how much. Gives up, with an endless height, as soon as
+    /// height and burden together are sure to exceed `most`.
+    Layout make(MaskSet& masks, const Page& page, const Plan& plan,
+                double most = std::numeric_limits<double>::infinity());
     /// Words looked at by all layouts so far: effort that no clock disturbs.
     uint64_t effort() const { return field_.effort(); }
 
 private:
     struct Need {
         uint32_t run_level = 0, square_level = 0;
+        double burden = 0; ///< what the rest adds to the sum of upper edges at least
     };
     /// Sizes count as the same within an eighth.
     static constexpr uint32_t k_steps = 8, k_buckets = 128;

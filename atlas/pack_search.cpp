@@ -233,8 +233,9 @@ private:
             if (stuck)
                 grown = spent;
             Plan next = stuck ? shaken(n) : varied(n);
-            Layout layout = maker_.make(masks, page, next);
-            if (cost(layout) > least && !stuck)
+            const double most = stuck ? std::numeric_limits<double>::infinity() : least;
+            Layout layout = maker_.make(masks, page, next, most);
+            if (cost(layout) > most)
                 continue;
             least = cost(layout);
             plan_ = std::move(next);

@@ -40,7 +40,8 @@ void Patch::add_face(const Frame& f, uint32_t a, uint32_t b, uint32_t c) {
     corner_.insert(corner_.end(), {a, b, c});
     shape_.push_back(
         {{f.x2 / f.y2, (f.x1 - f.x2) / f.y2, (f.x2 * (f.x2 - f.x1) + f.y2 * f.y2) / (f.x1 * f.y2)},
-         f.area()});
+         f.area(),
+         1 / f.area()});
     frame_.push_back(f);
 }
 
@@ -93,9 +94,8 @@ bool Patch::derivatives(uint32_t v, Quadratic& h, double& energy) const {
         const double norm = 0.5 * (shape.cot[c % 3] * dot(r - q, r - q) + ar * dot(pr, pr) +
                                    aq * dot(pq, pq)); // A |J|^2
         const Vec2 dn = pr * ar + pq * aq;
-        const double inverse_area = 1 / shape.area;
         const double e = 2 * shape.area / doubled, e2 = e * e; // 1/det
-        const Vec2 dd = Vec2{q.y - r.y, r.x - q.x} * (0.5 * inverse_area);
+        const Vec2 dd = Vec2{q.y - r.y, r.x - q.x} * (0.5 * shape.inverse_area);
         const double k1 = 1 + e2, k2 = -2 * e2 * e, k3 = 6 * norm * e2 * e2;
         h.g = h.g + dn * k1 + dd * (k2 * norm);
         const double m = (ar + aq) * k1;
@@ -145,16 +145,26 @@ double Patch::relax_vertex(uint32_t v) {
         Vec2{h.xy * h.g.y - h.yy * h.g.x, h.xy * h.g.x - h.xx * h.g.y} * (1 / det);
     if (!(-dot(direction, h.g) > 1e-12 * energy))
         return 0;
-    double step = longest_step(v, direction);
+    double step = 1;
     for (int i = 0; i < 6; i++, step *= 0.4) {
         const Vec2 p = uv[v] + direction * step;
         const double after = star_energy(v, p);
         if (after < energy) {
             uv[v] = p;
+            stir(v);
             return energy - after;
         }
+        if (i == 0)
+            step = longest_step(v, direction) / 0.4;
     }
     return 0;
+}
+
+void Patch::stir(uint32_t v) {
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
+        const uint32_t* corner = &corner_[star_[i] / 3 * 3];
+        stirred_[corner[0]] = stirred_[corner[1]] = stirred_[corner[2]] = 1;
+    }
 }
 
 double Patch::total_energy() const {
@@ -175,11 +185,15 @@ double Patch::relax(int sweeps) {
     double saved = 0, energy = 0;
     for (const Shape& shape : shape_)
         energy += 4 * shape.area;
+    stirred_.assign(uv.size(), 1);
     for (int i = 0; i < sweeps; i++) {
         saved = 0;
-        for (uint32_t v = 0; v < uv.size(); v++)
-            if (!pinned[v])
-                saved += relax_vertex(v);
+        for (uint32_t v = 0; v < uv.size(); v++) {
+            if (pinned[v] || !stirred_[v])
+                continue;
+            stirred_[v] = 0;
+            saved += relax_vertex(v);
+        }
         if (saved < 1e-6 * energy)
             break;
     }

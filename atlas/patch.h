@@ -66,8 +66,8 @@ public:
     std::vector<uint8_t> pinned;
 
 private:
-    struct Shape { ///< cotangents at the three corners, and the area
-        double cot[3], area;
+    struct Shape { ///< cotangents at the three corners, the area and its inverse
+        double cot[3], area, inverse_area;
     };
     struct Quadratic { ///< gradient and Hessian at one vertex
         Vec2 g;
@@ -78,6 +78,7 @@ private:
     bool derivatives(uint32_t v, Quadratic& q, double& energy) const;
     double longest_step(uint32_t v, Vec2 direction) const;
     double relax_vertex(uint32_t v);
+    void stir(uint32_t v);
     void untangle_vertex(uint32_t v, double offset);
     double offset_energy(uint32_t v, Vec2 p, double offset) const;
     double total_energy() const;
@@ -86,6 +87,7 @@ private:
     std::vector<Shape> shape_;
     std::vector<Frame> frame_;
     std::vector<uint32_t> star_begin_, star_; ///< per vertex: its corners
+    std::vector<uint8_t> stirred_;            ///< per vertex: worth another look while relaxing
 };
 
 } // namespace tessora::atlas

@@ -100,7 +100,7 @@ void Patch::untangle(int rounds) {
         }
         if (clean)
             return;
-        for (int sweep = 0; sweep < 5; sweep++)
+        for (int sweep = 0; sweep < 3; sweep++)
             for (uint32_t v : active)
                 untangle_vertex(v, offset);
     }

@@ -72,6 +72,21 @@ TEST(AtlasCreate, AWasherKeepsItsHoleWithoutASlit) {
     EXPECT_EQ(j.seam, 0.0);
 }
 
+TEST(AtlasCreate, ACubeOfQuadsUnfoldsIntoOneChartWithoutStretch) {
+    for (uint32_t n : {1u, 2u, 3u, 4u, 5u, 8u, 13u, 20u})
+        for (Quality quality : {Quality::fast, Quality::quality}) {
+            SCOPED_TRACE(std::to_string(n) + (quality == Quality::fast ? " fast" : " quality"));
+            const TestMesh mesh = cube_of_quads(n);
+            Options options;
+            options.quality = quality;
+            Result result;
+            ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
+            EXPECT_EQ(result.chart_count, 1u);
+            EXPECT_EQ(result.stretch, 0.0f);
+            EXPECT_EQ(all_faults(judge(mesh, options, result, true, n < 10)), "");
+        }
+}
+
 TEST(AtlasCreate, ClosedSurfacesUnwrap) {
     unwrap(sphere(12));
     unwrap(torus(16, 32));
