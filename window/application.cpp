@@ -10,6 +10,7 @@
 #include <GLFW/glfw3.h>
 #include <backends/imgui_impl_glfw.h>
 #include <backends/imgui_impl_opengl2.h>
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -122,6 +123,13 @@ bool Application::open_window(std::string& error) {
         static_cast<Application*>(glfwGetWindowUserPointer(window))
             ->dropped({paths, paths + count});
     });
+    glfwSetKeyCallback(window_, [](GLFWwindow* window, int key, int, int action, int modifiers) {
+        auto* self = static_cast<Application*>(glfwGetWindowUserPointer(window));
+        const bool is_text = ImGui::GetIO().WantTextInput && key <= GLFW_KEY_GRAVE_ACCENT &&
+                             (modifiers & (GLFW_MOD_CONTROL | GLFW_MOD_ALT)) == 0;
+        if (action == GLFW_PRESS && key >= 0 && key < GLFW_KEY_LEFT_SHIFT && !is_text)
+            self->presses_.push_back({key, modifiers});
+    });
     IMGUI_CHECKVERSION();
     ImGui::CreateContext();
     ImGuiIO& io = ImGui::GetIO();
@@ -213,7 +221,8 @@ void Application::main_loop() {
         }
         if (ends_)
             break;
-        glfwWaitEventsTimeout(0.25);
+        if (presses_.empty() && !had_press_)
+            glfwWaitEventsTimeout(0.25);
         frame(true); // what an event did may show in the frame after the one that saw it
     }
 }
@@ -250,13 +259,14 @@ void Application::changed(const host::ProgressState& progress) {
     const bool is_new =
         progress.is_shown != progress_.is_shown || !(progress.status == progress_.status);
     progress_ = progress;
-    // Drawing takes longer than many of the steps that are announced.
+    // Drawing takes longer than many of the steps that are announced: a fifth of the time at most.
     const auto now = Clock::now();
-    if (!is_new && now - last_progress_ < std::chrono::milliseconds(66))
+    const auto pause = std::max<Clock::duration>(std::chrono::milliseconds(66), 4 * drawing_time_);
+    if (!progress.is_shown || (!is_new && now - last_progress_ < pause))
         return;
-    last_progress_ = now;
-    if (progress.is_shown)
-        frame(false);
+    frame(false);
+    last_progress_ = Clock::now();
+    drawing_time_ = last_progress_ - now;
 }
 
 bool Application::show(const char* caption, const char* text) {

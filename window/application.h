@@ -98,7 +98,17 @@ private:
     std::unique_ptr<UvPanel> uvs_;
     host::ProgressState progress_;
     Clock::time_point last_progress_;
+    Clock::duration drawing_time_{}; ///< of the last frame in the middle of a statement
     bool is_in_frame_ = false;
+    /// Keys that went down, with what was held beside them, one for each frame: a short press that
+    /// begins and ends between two frames counts too.
+    struct KeyPress {
+        int key, modifiers;
+    };
+    std::vector<KeyPress> presses_;
+    bool had_press_ = false; ///< the last frame had one, so this one must see it released
+    void put_press();
+    void take_keys_as_they_are();
     /// A question that waits for its answer, in the middle of whatever asked it.
     struct Question {
         std::string title, message, preferred;

@@ -33,13 +33,13 @@ void Console::print(const std::string& text) {
 
 void Console::warning(const std::string& text) {
     if (echoes_to_streams)
-        std::cerr << "// Warning: " << text << std::endl;
+        errors_ << "// Warning: " << text << std::endl;
     add(Kind::warning, "// Warning: " + text);
 }
 
 void Console::error(const std::string& text) {
     if (echoes_to_streams)
-        std::cerr << "// Error: " << text << std::endl;
+        errors_ << "// Error: " << text << std::endl;
     add(Kind::error, "// Error: " + text);
 }
 

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,9 @@ public:
 
 private:
     void add(Kind kind, const std::string& text);
+
+    /// The error stream as it was first: somebody may lead std::cerr to this console.
+    std::ostream errors_{std::cerr.rdbuf()};
 
     std::deque<Line> lines_;
     std::string unfinished_; ///< printed without a line end so far

@@ -34,6 +34,34 @@ void begin_area(const char* name, float left, float top, float width, float heig
 
 } // namespace
 
+void Application::put_press() {
+    ImGuiIO& io = ImGui::GetIO();
+    for (const KeyPress& press : presses_)
+        io.KeysDown[press.key] = false;
+    if (presses_.empty() || had_press_) {
+        had_press_ = false;
+        return;
+    }
+    const KeyPress press = presses_.front();
+    presses_.erase(presses_.begin());
+    had_press_ = true;
+    io.KeysDown[press.key] = true;
+    io.KeyCtrl = (press.modifiers & GLFW_MOD_CONTROL) != 0;
+    io.KeyShift = (press.modifiers & GLFW_MOD_SHIFT) != 0;
+    io.KeyAlt = (press.modifiers & GLFW_MOD_ALT) != 0;
+}
+
+void Application::take_keys_as_they_are() {
+    ImGuiIO& io = ImGui::GetIO();
+    const auto is_down = [&](int key) { return glfwGetKey(window_, key) == GLFW_PRESS; };
+    for (int key = GLFW_KEY_SPACE; key <= GLFW_KEY_LAST; ++key)
+        if (io.KeysDown[key])
+            io.KeysDown[key] = is_down(key);
+    io.KeyCtrl = is_down(GLFW_KEY_LEFT_CONTROL) || is_down(GLFW_KEY_RIGHT_CONTROL);
+    io.KeyShift = is_down(GLFW_KEY_LEFT_SHIFT) || is_down(GLFW_KEY_RIGHT_SHIFT);
+    io.KeyAlt = is_down(GLFW_KEY_LEFT_ALT) || is_down(GLFW_KEY_RIGHT_ALT);
+}
+
 void Application::frame(bool is_live) {
     if (is_in_frame_)
         return;
@@ -41,6 +69,7 @@ void Application::frame(bool is_live) {
     glfwPollEvents();
     ImGui_ImplOpenGL2_NewFrame();
     ImGui_ImplGlfw_NewFrame();
+    put_press();
     ImGui::NewFrame();
     state_.places.begin_frame();
     draw_everything(is_live);
@@ -56,6 +85,7 @@ void Application::frame(bool is_live) {
     if (wanted_.screenshot.empty())
         glfwSwapBuffers(window_);
     state_.places.end_frame();
+    take_keys_as_they_are();
     is_in_frame_ = false;
     if (!is_live)
         return;
@@ -105,8 +135,8 @@ void Application::draw_areas(bool is_live) {
 }
 
 void Application::draw_right(float left, float top, float width, float height, bool is_live) {
-    const float uvs = std::min(0.56f * height, width + 46.0f);
-    const float results = 9.0f * ImGui::GetTextLineHeightWithSpacing() + 22.0f;
+    const float uvs = std::min(0.54f * height, width + 46.0f);
+    const float results = 8.0f * ImGui::GetTextLineHeightWithSpacing() + 16.0f;
     if (focuses_uvs_)
         ImGui::SetNextWindowFocus();
     focuses_uvs_ = false;
@@ -179,9 +209,11 @@ void Application::draw_progress() {
                      ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoNav);
     const char* title = progress_.title.asChar();
     ImGui::TextUnformatted(*title ? title : "Working");
-    ImGui::PushStyleColor(ImGuiCol_Text, colour::faint);
-    ImGui::TextUnformatted(progress_.status.asChar());
-    ImGui::PopStyleColor();
+    if (!(progress_.status == progress_.title)) {
+        ImGui::PushStyleColor(ImGuiCol_Text, colour::faint);
+        ImGui::TextUnformatted(progress_.status.asChar());
+        ImGui::PopStyleColor();
+    }
     const int range = progress_.maximum - progress_.minimum;
     const float share = range > 0 ? static_cast<float>(progress_.value - progress_.minimum) /
                                         static_cast<float>(range)

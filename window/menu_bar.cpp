@@ -70,6 +70,9 @@ void draw_edit(State& state) {
     item("Undo", state.undo_name, "Ctrl+Z", "undo;");
     item("Redo", state.redo_name, "Ctrl+Shift+Z", "redo;");
     ImGui::Separator();
+    if (ImGui::MenuItem("Select all", "Ctrl+A"))
+        state.run("select -all;");
+    state.places.add_item("menuitem/Select all");
     if (ImGui::MenuItem("Delete", "Del"))
         state.run("delete;");
     if (ImGui::MenuItem("Delete history", nullptr))
@@ -147,6 +150,8 @@ Wish control_wish(State& state, bool with_shift) {
         state.run(with_shift ? "redo;" : "undo;");
     if (ImGui::IsKeyPressed(GLFW_KEY_Y, true))
         state.run("redo;");
+    if (pressed(GLFW_KEY_A) && !ImGui::GetIO().WantTextInput)
+        state.run("select -all;");
     if (pressed(GLFW_KEY_U))
         run_menu_item(state, "mainModifyMenu", "Tessora");
     if (pressed(GLFW_KEY_S))
@@ -220,6 +225,7 @@ const std::vector<Shortcut>& shortcuts() {
         {"Ctrl+N, O, I", "new scene, open, import"},
         {"Ctrl+S, Ctrl+Shift+S, Ctrl+E", "save, save as, export the mesh"},
         {"Ctrl+Z, Ctrl+Shift+Z", "undo, redo"},
+        {"click, Ctrl+A", "select a mesh, all meshes"},
         {"Ctrl+U", "the options of Tessora"},
         {"Ctrl+Q", "quit"},
         {"Alt, arrows, Enter", "the menus"},

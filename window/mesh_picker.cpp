@@ -110,7 +110,7 @@ double MeshPicker::distance(uint32_t triangle, const Ray& ray) const {
     return u >= 0.0 && v >= 0.0 && u + v <= 1.0 && t > 0.0 ? t : k_miss;
 }
 
-uint32_t MeshPicker::first_hit(const Ray& ray) const {
+uint32_t MeshPicker::first_hit(const Ray& ray, double* distance_to) const {
     uint32_t best = k_nothing;
     double nearest = std::numeric_limits<double>::infinity(), entry;
     std::vector<uint32_t> stack;
@@ -143,6 +143,8 @@ uint32_t MeshPicker::first_hit(const Ray& ray) const {
         if (goes_right && !left_first)
             stack.push_back(box.right);
     }
+    if (distance_to && best != k_nothing)
+        *distance_to = nearest;
     return best;
 }
 

@@ -23,7 +23,8 @@ public:
     explicit MeshPicker(const std::vector<float>& points);
 
     /// The nearest triangle ahead of the origin, from either side, or 0xFFFFFFFF.
-    uint32_t first_hit(const Ray& ray) const;
+    /// `distance`: receives how far it is, in lengths of the ray's direction.
+    uint32_t first_hit(const Ray& ray, double* distance = nullptr) const;
 
 private:
     struct Box {

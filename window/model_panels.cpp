@@ -1,5 +1,7 @@
 #include "window/model_panels.h"
 
+#include "host/graph/scene.h"
+#include "host/script/value.h"
 #include "host/view/panels.h"
 #include "host/view/scene_shapes.h"
 
@@ -13,6 +15,17 @@ namespace {
 constexpr int k_gap = 2; // pixels between panels
 
 double real(float value) { return static_cast<double>(value); }
+
+/// The ray through a pixel of a panel, in the space of a shape.
+Ray ray_at(host::GlPanels& panels, int panel, double x, double y, const MMatrix& to_world) {
+    MPoint origin;
+    MVector direction;
+    host::ray_through(panels.camera_view(panel), panels.viewport(panel), x, y, origin, direction);
+    const MMatrix inverse = to_world.inverse();
+    const MPoint from = origin * inverse;
+    const MVector along = direction * inverse;
+    return {{from.x, from.y, from.z}, {along.x, along.y, along.z}};
+}
 
 } // namespace
 
@@ -153,18 +166,36 @@ void ModelPanels::hover(int panel, double x, double y) {
     for (const host::VisibleShape& shape : host::visible_shapes()) {
         if (shape.node != state_.subject.shape.get())
             continue;
-        MPoint origin;
-        MVector direction;
-        host::ray_through(panels_.camera_view(panel), panels_.viewport(panel), x, y, origin,
-                          direction);
-        const MMatrix inverse = shape.to_world.inverse();
-        const MPoint from = origin * inverse;
-        const MVector along = direction * inverse;
         const uint32_t hit =
-            state_.made_picker().first_hit({{from.x, from.y, from.z}, {along.x, along.y, along.z}});
+            state_.made_picker().first_hit(ray_at(panels_, panel, x, y, shape.to_world));
         if (hit != k_none)
             state_.hovered = state_.map.triangle_chart()[hit];
     }
+}
+
+void ModelPanels::select(int panel, double x, double y, bool adds) {
+    std::string nearest;
+    double distance = 0.0;
+    for (const host::VisibleShape& shape : host::visible_shapes()) {
+        if (!shape.node->mesh() || shape.path.size() < 2)
+            continue;
+        const Ray ray = ray_at(panels_, panel, x, y, shape.to_world);
+        double here = 0.0;
+        const bool is_subject = shape.node == state_.subject.shape.get();
+        const UvMap other =
+            is_subject ? UvMap() : UvMap(*shape.node->mesh(), -1, state_.subject.texture);
+        const uint32_t hit = is_subject ? state_.made_picker().first_hit(ray, &here)
+                                        : MeshPicker(other.points()).first_hit(ray, &here);
+        if (hit == k_none || (!nearest.empty() && here >= distance))
+            continue;
+        distance = here;
+        const host::graph::DagPath object(shape.path.begin(), shape.path.end() - 1);
+        nearest = host::graph::full_name(object);
+    }
+    if (!nearest.empty())
+        state_.run((adds ? "select -add " : "select ") + host::script::quoted(nearest) + ";");
+    else if (!adds && !host::graph::Scene::current().selection().empty())
+        state_.run("select -clear;");
 }
 
 void ModelPanels::react(float left, float top) {
@@ -174,9 +205,14 @@ void ModelPanels::react(float left, float top) {
     const int under = panel_at(x, y);
     if (ImGui::IsItemActivated() && under >= 0) {
         dragged_ = under;
+        drag_length_ = 0.0f;
         host::set_active_panel(under);
     }
+    const bool is_click = ImGui::IsItemDeactivated() && dragged_ >= 0 && drag_length_ < 4.0f;
+    if (is_click && ImGui::IsMouseReleased(ImGuiMouseButton_Left))
+        select(dragged_, x, y, io.KeyShift || io.KeyCtrl);
     if (ImGui::IsItemActive()) {
+        drag_length_ += std::fabs(io.MouseDelta.x) + std::fabs(io.MouseDelta.y);
         if (dragged_ >= 0 && (io.MouseDelta.x != 0.0f || io.MouseDelta.y != 0.0f))
             drag(dragged_, io.MouseDelta.x, io.MouseDelta.y);
         return;

@@ -1,10 +1,10 @@
 /// The four model panels in the window: drawn by the host's renderer into one picture that is kept,
 /// moved by mouse and keys, and aware of the chart under the pointer.
 ///
-/// Mouse: left drag (or Alt and left) turns, middle drag (or Shift and left) moves, right drag and
-/// the wheel zoom. Keys act on the panel that was used last: arrows turn or move, Shift and arrows
-/// move, + and - zoom, F frames the selection, A everything, Space shows one panel alone or all
-/// four.
+/// Mouse: a click selects (with Shift or Ctrl one more); left drag (or Alt and left) turns, middle
+/// drag (or Shift and left) moves, right drag and the wheel zoom. Keys act on the panel that was
+/// used last: arrows turn or move, Shift and arrows move, + and - zoom, F frames the selection, A
+/// everything, Space shows one panel alone or all four.
 #pragma once
 
 #include "host/graph/callbacks.h"
@@ -43,6 +43,8 @@ private:
     void react(float left, float top);
     void drag(int panel, float dx, float dy);
     void hover(int panel, double x, double y);
+    /// Selects what is under the pointer; with `adds`, besides what is selected already.
+    void select(int panel, double x, double y, bool adds);
     void keys();
     void light();
     void tint();
@@ -58,6 +60,7 @@ private:
     bool wants_paint_ = true;
     bool wants_frame_ = true;
     int dragged_ = -1;
+    float drag_length_ = 0.0f; ///< pixels since the button went down
     uint32_t lit_ = k_none;
     size_t lit_revision_ = 0, scene_revision_ = 0;
     Display display_ = Display::plain;

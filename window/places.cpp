@@ -19,6 +19,8 @@ void Places::add(const std::string& name, float left, float top, float width, fl
 void Places::add_item(const std::string& name) {
     const ImVec2 low = ImGui::GetItemRectMin(), high = ImGui::GetItemRectMax();
     add(name, low.x, low.y, high.x - low.x, high.y - low.y);
+    if (ImGui::IsItemActive())
+        add(name + "/active", low.x, low.y, high.x - low.x, high.y - low.y);
 }
 
 void Places::end_frame() {

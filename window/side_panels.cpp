@@ -38,11 +38,16 @@ std::string words(const char* format, Values... values) {
 /// "Texture_Width" -> "Texture width"; "subdivisionsWidth" -> "Subdivisions width".
 std::string nice(const std::string& name) {
     std::string text;
-    for (const char c : name) {
-        const bool is_capital = c >= 'A' && c <= 'Z';
+    const auto is_capital = [&](size_t i) {
+        return i < name.size() && name[i] >= 'A' && name[i] <= 'Z';
+    };
+    for (size_t i = 0; i < name.size(); ++i) {
+        const char c = name[i];
         if (c == '_')
             text += ' ';
-        else if (is_capital && !text.empty()) {
+        else if (is_capital(i) && (is_capital(i + 1) || (i > 0 && is_capital(i - 1))))
+            text += c; // an abbreviation
+        else if (is_capital(i) && !text.empty()) {
             if (text.back() != ' ')
                 text += ' ';
             text += char(c + 32);

@@ -44,6 +44,14 @@ MeshNode* choose(const Subject& last) {
     return meshes.empty() ? nullptr : meshes.back();
 }
 
+/// Attributes that every node has say nothing about this one.
+bool is_common(const host::graph::Attribute& attribute) {
+    for (const char* name : {"caching", "isHistoricallyInteresting", "nodeState", "frozen"})
+        if (attribute.long_name() == name)
+            return true;
+    return false;
+}
+
 double number(Node& node, const char* attribute) {
     const Slot* slot = node.slot(attribute);
     return slot ? slot->value.number() : 0.0;
@@ -111,7 +119,7 @@ std::vector<Slot*> editable_slots(Node& node) {
     for (const auto& attribute : node.node_type().attributes()) {
         const bool is_scalar =
             attribute->is_number() || attribute->kind() == host::graph::AttributeKind::text;
-        if (!is_scalar || attribute->is_array() || attribute->flags.hidden)
+        if (!is_scalar || attribute->is_array() || attribute->flags.hidden || is_common(*attribute))
             continue;
         Slot* slot = node.slot(*attribute);
         if (!slot)
