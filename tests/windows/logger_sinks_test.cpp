@@ -2,8 +2,10 @@
 /// this one is its debugger and the person at the screen.
 #include <windows.h>
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -27,8 +29,11 @@ bool dismiss_box(Seen& seen) {
     if (label == nullptr)
         return false; // still being made
     seen.caption = buffer;
-    SendMessageA(label, WM_GETTEXT, sizeof buffer, reinterpret_cast<LPARAM>(buffer));
-    seen.text = buffer;
+    DWORD_PTR length = 0;
+    if (SendMessageTimeoutA(label, WM_GETTEXT, sizeof buffer, reinterpret_cast<LPARAM>(buffer),
+                            SMTO_ABORTIFHUNG, 2000, &length) == 0)
+        return false;
+    seen.text.assign(buffer, length);
     PostMessageA(box, WM_COMMAND, IDOK, 0);
     return true;
 }
@@ -51,14 +56,19 @@ Seen watch(const std::string& arguments, bool wants_box) {
     if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS,
                        nullptr, nullptr, &start, &process) == 0)
         return seen;
-    bool dismissed = false;
-    const DWORD begin = GetTickCount();
-    for (bool running = true; running && GetTickCount() - begin < 60000;) {
-        DEBUG_EVENT event;
-        if (WaitForDebugEvent(&event, 50) == 0) {
-            dismissed = dismissed || dismiss_box(seen);
-            continue;
+    // In a thread of its own: the box can answer only while the debugger lets its process run.
+    std::atomic<bool> running = true, dismissed = false;
+    std::thread person([&] {
+        while (running && !dismissed) {
+            dismissed = wants_box && dismiss_box(seen);
+            Sleep(20);
         }
+    });
+    const DWORD begin = GetTickCount();
+    while (running && GetTickCount() - begin < 60000) {
+        DEBUG_EVENT event;
+        if (WaitForDebugEvent(&event, 50) == 0)
+            continue;
         DWORD answer = DBG_CONTINUE;
         if (event.dwDebugEventCode == OUTPUT_DEBUG_STRING_EVENT)
             seen.debugger += debugger_text(process.hProcess, event.u.DebugString);
@@ -72,6 +82,8 @@ Seen watch(const std::string& arguments, bool wants_box) {
         }
         ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer);
     }
+    running = false;
+    person.join();
     TerminateProcess(process.hProcess, 99); // without effect on one that has ended
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
