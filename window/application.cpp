@@ -8,9 +8,9 @@
 #include "host/view/picture.h"
 
 #include <GLFW/glfw3.h>
+#include <algorithm>
 #include <backends/imgui_impl_glfw.h>
 #include <backends/imgui_impl_opengl2.h>
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>

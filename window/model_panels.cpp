@@ -218,7 +218,11 @@ void ModelPanels::react(float left, float top) {
         return;
     }
     dragged_ = -1;
-    if (!ImGui::IsItemHovered())
+    const bool was_over = is_over_;
+    is_over_ = ImGui::IsItemHovered();
+    if (was_over && !is_over_)
+        state_.hovered = k_none;
+    if (!is_over_)
         return;
     if (under >= 0 && io.MouseWheel != 0.0f) {
         host::zoom(host::panel_camera(under), std::pow(1.15, real(io.MouseWheel)));

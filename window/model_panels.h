@@ -57,6 +57,7 @@ private:
     std::vector<host::graph::CallbackId> callbacks_;
     bool is_alone_ = false;
     bool has_focus_ = false;
+    bool is_over_ = false; ///< the pointer
     bool wants_paint_ = true;
     bool wants_frame_ = true;
     int dragged_ = -1;

@@ -81,6 +81,9 @@ void UvPanel::react(State& state, float left, float top) {
         view_.zoom(std::pow(1.18, static_cast<double>(io.MouseWheel)), x, y);
         wants_paint_ = true;
     }
+    if (was_over_ && !is_over)
+        state.hovered = k_none;
+    was_over_ = is_over;
     if (!is_over || ImGui::IsItemActive())
         return;
     double u, v;
@@ -105,6 +108,43 @@ void UvPanel::paint_if_needed(const State& state) {
     revision_ = state.map_revision;
     lit_ = state.lit();
     display_ = state.display;
+}
+
+/// A spot on each of the first charts, and which one is lit.
+void UvPanel::add_places(State& state, float left, float top) const {
+    constexpr uint32_t k_most = 32;
+    uint32_t next = 0;
+    for (uint32_t t = 0; t < state.map.triangle_count() && next < k_most; ++t) {
+        if (state.map.triangle_chart()[t] != next) // charts are numbered by their first triangles
+            continue;
+        const float* c = state.map.uvs().data() + 6 * t;
+        double x, y;
+        view_.to_pixel(static_cast<double>(c[0] + c[2] + c[4]) / 3.0,
+                       static_cast<double>(c[1] + c[3] + c[5]) / 3.0, x, y);
+        state.places.add("chart/" + std::to_string(++next), left + static_cast<float>(x),
+                         top + static_cast<float>(y), 0.0f, 0.0f);
+    }
+    if (state.lit() != k_none)
+        state.places.add("lit/" + std::to_string(state.lit() + 1), left, top, 0.0f, 0.0f);
+}
+
+/// Stretch from 1/2 to 2 as a bar of colours, even ratios in even steps.
+void UvPanel::draw_legend(State& state, float right, float bottom) const {
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    const float bar = std::min(180.0f, 0.5f * static_cast<float>(view_.width()));
+    const ImVec2 at(right - bar - 12.0f, bottom - 16.0f);
+    for (int i = 0; i < static_cast<int>(bar); ++i) {
+        const float stretch = std::pow(2.0f, 2.0f * static_cast<float>(i) / bar - 1.0f);
+        const float x = at.x + static_cast<float>(i);
+        list->AddRectFilled({x, at.y}, {x + 1.0f, at.y + 8.0f}, stretch_colour(stretch));
+    }
+    for (const auto& [share, label] :
+         {std::pair(0.0f, "0.5"), std::pair(0.5f, "1"), std::pair(1.0f, "2")}) {
+        const float wide = ImGui::CalcTextSize(label).x;
+        list->AddText(state.fonts.small, state.fonts.small->FontSize,
+                      {at.x + share * (bar - wide), at.y - 17.0f}, ImGui::GetColorU32(colour::text),
+                      label);
+    }
 }
 
 void UvPanel::draw(State& state, bool is_live) {
@@ -132,6 +172,7 @@ void UvPanel::draw(State& state, bool is_live) {
             keys(state);
         paint_if_needed(state);
     }
+    add_places(state, corner.x, corner.y);
     ImDrawList* list = ImGui::GetWindowDrawList();
     const ImVec2 end(corner.x + size.x, corner.y + size.y);
     list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), corner,
@@ -145,22 +186,8 @@ void UvPanel::draw(State& state, bool is_live) {
     if (state.subject.shape && state.map.charts().empty())
         list->AddText({corner.x + 8.0f, corner.y + 8.0f}, ImGui::GetColorU32(colour::faint),
                       "This mesh has no texture coordinates yet.");
-    if (state.display == Display::stretch && !state.map.charts().empty()) {
-        const float bar = std::min(180.0f, 0.5f * size.x);
-        const ImVec2 at(end.x - bar - 12.0f, end.y - 16.0f);
-        for (int i = 0; i < static_cast<int>(bar); ++i) {
-            const float stretch = std::pow(2.0f, 2.0f * static_cast<float>(i) / bar - 1.0f);
-            const float x = at.x + static_cast<float>(i);
-            list->AddRectFilled({x, at.y}, {x + 1.0f, at.y + 8.0f}, stretch_colour(stretch));
-        }
-        for (const auto& [share, label] :
-             {std::pair(0.0f, "0.5"), std::pair(0.5f, "1"), std::pair(1.0f, "2")}) {
-            const float wide = ImGui::CalcTextSize(label).x;
-            list->AddText(state.fonts.small, state.fonts.small->FontSize,
-                          {at.x + share * (bar - wide), at.y - 17.0f},
-                          ImGui::GetColorU32(colour::text), label);
-        }
-    }
+    if (state.display == Display::stretch && !state.map.charts().empty())
+        draw_legend(state, end.x, end.y);
 }
 
 } // namespace window

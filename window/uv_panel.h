@@ -23,6 +23,8 @@ private:
     void react(State& state, float left, float top);
     void keys(State& state);
     void header(State& state);
+    void add_places(State& state, float left, float top) const;
+    void draw_legend(State& state, float right, float bottom) const;
     void paint_if_needed(const State& state);
 
     UvView view_;
@@ -30,6 +32,7 @@ private:
     MapPaint paint_;
     bool is_framed_ = false;
     bool has_focus_ = false;
+    bool was_over_ = false; ///< the pointer, in the frame before
     bool wants_paint_ = true;
     size_t revision_ = 0;
     uint32_t lit_ = k_none;
