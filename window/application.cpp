@@ -12,6 +12,7 @@
 #include <backends/imgui_impl_glfw.h>
 #include <backends/imgui_impl_opengl2.h>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <iostream>
 
@@ -198,8 +199,10 @@ void Application::start() {
 
 void Application::after_first_frame() {
     if (wanted_.is_verbose)
-        std::fprintf(stderr, "tessora: the window was ready after %.2f s\n",
-                     std::chrono::duration<double>(Clock::now() - begin_).count());
+        std::fprintf(stderr,
+                     "tessora: the window was ready after %.2f s, %.2f s of processor time\n",
+                     std::chrono::duration<double>(Clock::now() - begin_).count(),
+                     static_cast<double>(std::clock()) / CLOCKS_PER_SEC);
 }
 
 void Application::main_loop() {
