@@ -225,7 +225,7 @@ void MapPaint::paint_texture(const State& state, const UvView& view, bool has_gr
 }
 
 void MapPaint::paint_mesh(const State& state, const MMatrix& to_world) {
-    if (state.display == Display::plain || state.map.triangle_count() == 0)
+    if (state.display == Display::plain || state.map.charts().empty())
         return;
     const Saved saved;
     take(state);
