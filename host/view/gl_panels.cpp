@@ -151,12 +151,30 @@ void GlPanels::Parts::paint(int panel, const graph::DagPath& camera) {
         paint_name(camera_name(camera), viewport);
 }
 
+namespace {
+
+/// Runs something at the end of a scope, however that is left: memory may run out half way.
+template <class Action>
+class AtEnd {
+public:
+    explicit AtEnd(Action action) : action_(action) {}
+    ~AtEnd() { action_(); }
+    AtEnd(const AtEnd&) = delete;
+    AtEnd& operator=(const AtEnd&) = delete;
+
+private:
+    Action action_;
+};
+
+} // namespace
+
 bool GlPanels::draw_entered(int panel) {
     Parts& p = *parts_;
     const graph::DagPath camera = panel_camera(panel);
     if (camera.empty())
         return false;
     p.drawing = panel;
+    const AtEnd finish([&p] { p.drawing = p.set_up_for = -1; });
     if (!p.is_frozen)
         p.collect_shapes();
     {
@@ -165,16 +183,14 @@ bool GlPanels::draw_entered(int panel) {
     }
     p.counts.panels += 1;
     p.wants_redraw[size_t(panel)] = false;
-    p.drawing = -1;
     return true;
 }
 
 bool GlPanels::draw(int panel) {
     if (!is_panel(panel) || parts_->drawing >= 0 || viewport(panel).is_empty() || !enter())
         return false;
-    const bool done = draw_entered(panel);
-    leave();
-    return done;
+    const AtEnd finish([this] { leave(); });
+    return draw_entered(panel);
 }
 
 bool GlPanels::draw_all() {

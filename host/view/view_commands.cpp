@@ -64,8 +64,7 @@ Value view_fit(Invocation& call) {
 }
 
 Value get_panel(Invocation& call) {
-    static const FlagTable table = {
-        {"typ", "type", "s"}, {"wf", "withFocus"}};
+    static const FlagTable table = {{"typ", "type", "s"}, {"wf", "withFocus"}};
     const Flags flags(call, table);
     flags.require_operands(0, 0);
     if (flags.has("withFocus"))
