@@ -50,7 +50,6 @@ struct Options {
     uint32_t height = 512;     ///< texels
     float gutter = 2.0f;       ///< texels between two charts in the final texture
     Quality quality = Quality::quality;
-    bool pack_cuts = false; ///< may cut a chart only because the layout gets fuller
     Progress progress = nullptr;
     void* user = nullptr;
 };

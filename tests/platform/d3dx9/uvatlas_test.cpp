@@ -92,7 +92,6 @@ TEST_F(UvAtlas, HandsEverythingToTheEngine) {
     EXPECT_EQ(state().options.height, 480u);
     EXPECT_EQ(state().options.gutter, 3.5f);
     EXPECT_EQ(state().options.quality, Quality::quality);
-    EXPECT_FALSE(state().options.pack_cuts);
     EXPECT_EQ(state().options.progress, nullptr);
     EXPECT_EQ(state().positions, (std::vector<float>{0, 0, 0, 1, 2, 3, 2, 4, 6, 3, 6, 9}));
     EXPECT_EQ(state().indices, k_quad);
