@@ -8,7 +8,7 @@ if(WIN32)
     # One folder: that is where the system looks for what a program and a plug-in need.
     set(program_dir .)
     set(module_dir .)
-    set(share share/tessora)
+    set(share .)
     set(doc_dir doc)
 else()
     # Libraries out of other programs' sight, each found from where the one that needs it lies.
