@@ -300,6 +300,9 @@ void ModelPanels::draw(bool is_live) {
         light();
         paint_if_needed();
     }
+    if (lit_ != k_none)
+        state_.places.add("lit_on_mesh/" + std::to_string(lit_ + 1), corner.x, corner.y, 0.0f,
+                          0.0f);
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), corner,
                    {corner.x + size.x, corner.y + size.y}, {0.0f, 1.0f}, {1.0f, 0.0f});

@@ -203,15 +203,18 @@ def drive(window, mesh, scene):
     tell(f"unwrapped again: stretch {stretch[0]}, then {stretch[1]}")
 
     window.move_to("chart/2")
-    window.wait(lambda: window.place("lit/2"), "the chart under the pointer to light up")
+    window.wait(lambda: window.place("lit/2") and window.place("lit_on_mesh/2"),
+                "the chart under the pointer to light up, on the mesh too")
     window.picture("chart_under_the_pointer")
+    window.move_to("menu/Help")
+    window.wait(lambda: "\nlit" not in window.places_file.read_text(), "no chart to be lit")
     window.move_to("panel/modelPanel4")
     window.wait(lambda: "\nlit/" in window.places_file.read_text(),
                 "the chart under the pointer in a model panel to light up")
     window.picture("chart_under_the_pointer_on_the_mesh")
     tell("lit charts both ways")
     window.move_to("menu/Help")
-    window.wait(lambda: "\nlit/" not in window.places_file.read_text(), "no chart to be lit")
+    window.wait(lambda: "\nlit" not in window.places_file.read_text(), "no chart to be lit")
     window.key("F2", "ctrl+z", "ctrl+z")
     window.statement("getAttr tessora_node1.Stretch;", r"Result: 0\.15")
     window.picture("undone_twice")
