@@ -16,6 +16,8 @@ function(tessora_test name)
     add_executable(${name} ${T_SOURCES})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name} PRIVATE ${T_LINK} tessora_warnings GTest::gtest_main)
+    # Tests are mostly calls that run once: optimising them costs more time than it saves.
+    target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
     if(CMAKE_CROSSCOMPILING)
         # Starting a Windows program costs more than most tests: each runs all of its own at once.
         add_test(NAME ${name} COMMAND ${name})
