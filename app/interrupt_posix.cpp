@@ -8,13 +8,7 @@
 namespace app {
 namespace {
 
-constexpr int k_slots = 8;
-constexpr size_t k_path_size = 4096;
 constexpr int k_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGABRT};
-
-// Read inside handlers: plain bytes, written only while signals are held back.
-char g_paths[k_slots][k_path_size];
-volatile sig_atomic_t g_line_open = 0;
 
 void write_error(const char* text) {
     const size_t length = std::strlen(text);
@@ -25,7 +19,7 @@ void write_error(const char* text) {
 
 void end_process(int signal) {
     remove_unfinished_files();
-    if (g_line_open)
+    if (terminal_line_open())
         write_error("\r\033[K");
     if (signal == SIGABRT) {
         write_error("tessora: internal error; unfinished files are removed. Please report this "
@@ -53,34 +47,6 @@ void install_signal_handlers() {
     sigaction(SIGPIPE, &action, nullptr);
     sigaction(SIGXFSZ, &action, nullptr);
 }
-
-bool remove_on_signal(const std::string& path) {
-    if (path.size() >= k_path_size)
-        return false;
-    const SignalsHeld held;
-    for (auto& slot : g_paths)
-        if (!slot[0]) {
-            std::memcpy(slot, path.c_str(), path.size() + 1);
-            return true;
-        }
-    return false;
-}
-
-void keep_on_signal(const std::string& path) {
-    const SignalsHeld held;
-    for (auto& slot : g_paths)
-        if (path == slot)
-            slot[0] = '\0';
-}
-
-void remove_unfinished_files() {
-    for (const auto& path : g_paths)
-        if (path[0])
-            ::unlink(path);
-}
-
-void set_terminal_line_open(bool open) { g_line_open = open ? 1 : 0; }
-bool terminal_line_open() { return g_line_open != 0; }
 
 SignalsHeld::SignalsHeld() {
     sigset_t set;

@@ -10,12 +10,6 @@
 namespace app {
 namespace {
 
-constexpr int k_slots = 8;
-constexpr size_t k_path_size = 4096;
-
-char g_paths[k_slots][k_path_size];
-volatile bool g_line_open = false;
-
 /// The console speaks up in a thread of its own: what must happen as a whole holds this.
 CRITICAL_SECTION& held() {
     static CRITICAL_SECTION* const section = [] {
@@ -34,7 +28,7 @@ void write_error(const char* text) {
 
 [[noreturn]] void end_process(const char* text, int code) {
     remove_unfinished_files();
-    if (g_line_open)
+    if (terminal_line_open())
         write_error("\r\033[K");
     write_error(text);
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
@@ -62,34 +56,6 @@ void install_signal_handlers() {
     SetConsoleCtrlHandler(on_console_event, TRUE);
     std::signal(SIGABRT, on_abort);
 }
-
-bool remove_on_signal(const std::string& path) {
-    if (path.size() >= k_path_size)
-        return false;
-    const SignalsHeld hold;
-    for (auto& slot : g_paths)
-        if (!slot[0]) {
-            std::memcpy(slot, path.c_str(), path.size() + 1);
-            return true;
-        }
-    return false;
-}
-
-void keep_on_signal(const std::string& path) {
-    const SignalsHeld hold;
-    for (auto& slot : g_paths)
-        if (path == slot)
-            slot[0] = '\0';
-}
-
-void remove_unfinished_files() {
-    for (const auto& path : g_paths)
-        if (path[0])
-            DeleteFileA(path); // open ones go when the process does
-}
-
-void set_terminal_line_open(bool open) { g_line_open = open; }
-bool terminal_line_open() { return g_line_open; }
 
 SignalsHeld::SignalsHeld() { EnterCriticalSection(&held()); }
 SignalsHeld::~SignalsHeld() { LeaveCriticalSection(&held()); }

@@ -1,0 +1,124 @@
+#include "app/atomic_file.h"
+#include "app/file_calls.h"
+
+#include <windows.h>
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <io.h>
+
+namespace app {
+namespace {
+
+/// The C library's number for the system's last error: messages are the same on every system.
+int last_reason() {
+    switch (GetLastError()) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_NAME:
+        return ENOENT;
+    case ERROR_ACCESS_DENIED:
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_WRITE_PROTECT:
+        return EACCES;
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
+        return EEXIST;
+    case ERROR_DISK_FULL:
+        return ENOSPC;
+    case ERROR_FILENAME_EXCED_RANGE:
+        return ENAMETOOLONG;
+    default:
+        return EIO;
+    }
+}
+
+bool refuse(int reason) {
+    errno = reason;
+    return false;
+}
+
+/// What makes a file the same one under another name.
+bool identity_of(const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
+    const HANDLE handle =
+        CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return false;
+    const bool known = GetFileInformationByHandle(handle, &information) != 0;
+    CloseHandle(handle);
+    return known;
+}
+
+} // namespace
+
+namespace file_calls {
+
+bool find_target(const std::string& path, Target& target) {
+    target.is_direct = path == "-";
+    target.path = path;
+    const DWORD attributes =
+        target.is_direct ? INVALID_FILE_ATTRIBUTES : GetFileAttributesA(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return true;
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return refuse(EISDIR);
+    return (attributes & FILE_ATTRIBUTE_READONLY) == 0 || refuse(EACCES);
+}
+
+/// A new file that can be deleted while it is open, so that an interrupted run leaves none.
+int create_new(const std::string& path) {
+    const HANDLE handle =
+        CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        errno = last_reason();
+        return -1;
+    }
+    return _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY);
+}
+
+int open_direct(const std::string&) { return 1; } // standard output is the only one
+
+void close_direct(int) {}
+
+/// A new file has the permissions that its folder hands down.
+bool set_mode(int, int) { return true; }
+
+bool write_all(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const size_t part = bytes.size() < INT_MAX ? bytes.size() : INT_MAX;
+        const int done = ::_write(file, bytes.data(), static_cast<unsigned>(part));
+        if (done < 0)
+            return false;
+        bytes.remove_prefix(static_cast<size_t>(done));
+    }
+    return true;
+}
+
+bool sync(int file) { return ::_commit(file) == 0; }
+
+bool close(int file) { return ::_close(file) == 0; }
+
+bool replace(const std::string& from, const std::string& to) {
+    return MoveFileExA(from.c_str(), to.c_str(),
+                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0 ||
+           refuse(last_reason());
+}
+
+void remove(const char* path) { DeleteFileA(path); } // an open one goes when it is closed
+
+long process_id() { return static_cast<long>(GetCurrentProcessId()); }
+
+} // namespace file_calls
+
+bool same_file(const std::string& a, const std::string& b) {
+    BY_HANDLE_FILE_INFORMATION first = {}, second = {};
+    return identity_of(a, first) && identity_of(b, second) &&
+           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+           first.nFileIndexHigh == second.nFileIndexHigh &&
+           first.nFileIndexLow == second.nFileIndexLow;
+}
+
+} // namespace app

@@ -1,0 +1,48 @@
+#include "app/interrupt.h"
+
+#include "app/file_calls.h"
+
+#include <csignal>
+#include <cstring>
+
+namespace app {
+namespace {
+
+constexpr int k_slots = 8;
+constexpr size_t k_path_size = 4096;
+
+// Read inside handlers: plain bytes, written only while signals are held back.
+char g_paths[k_slots][k_path_size];
+volatile std::sig_atomic_t g_line_open = 0;
+
+} // namespace
+
+bool remove_on_signal(const std::string& path) {
+    if (path.size() >= k_path_size)
+        return false;
+    const SignalsHeld held;
+    for (auto& slot : g_paths)
+        if (!slot[0]) {
+            std::memcpy(slot, path.c_str(), path.size() + 1);
+            return true;
+        }
+    return false;
+}
+
+void keep_on_signal(const std::string& path) {
+    const SignalsHeld held;
+    for (auto& slot : g_paths)
+        if (path == slot)
+            slot[0] = '\0';
+}
+
+void remove_unfinished_files() {
+    for (const auto& path : g_paths)
+        if (path[0])
+            file_calls::remove(path);
+}
+
+void set_terminal_line_open(bool open) { g_line_open = open ? 1 : 0; }
+bool terminal_line_open() { return g_line_open != 0; }
+
+} // namespace app
