@@ -129,13 +129,15 @@ bool Flattener::judge(Chart& c) {
     return c.stretch.flipped == 0 && c.stretch.l2() <= options.limit && judge_outline(c);
 }
 
-/// Relaxes a chart that has a start; true when it is legal then.
-bool Flattener::improve(Chart& c) {
+/// Relaxes a chart that has a start; true when it is legal then. In fast mode a start whose L2
+/// stretch is at most `enough` goes without the global solve.
+bool Flattener::improve(Chart& c, double enough) {
     load(c);
     StretchSums sums = patch.stretch();
     const bool flat = sums.flipped == 0 && sums.l2() <= 1 + 1e-7;
     if (!flat) {
-        if (!patch.arap(options.thorough ? 4 : 2))
+        const bool good_start = !options.thorough && sums.flipped == 0 && sums.l2() <= enough;
+        if (!good_start && !patch.arap(options.thorough ? 4 : 2))
             return false;
         if (patch.flipped() != 0)
             patch.untangle(10);
@@ -164,7 +166,9 @@ bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 
         set_uv_of_triangle(c.faces[0]);
     else
         project(c.faces, normal);
-    if (improve(c) && c.stretch.l2() <= most) {
+    // Hard surfaces want the exact answer, which vertex by vertex takes too many sweeps.
+    const double enough = most < options.limit ? 0 : most;
+    if (improve(c, enough) && c.stretch.l2() <= most) {
         set.add_chart(std::move(c));
         return true;
     }
@@ -233,7 +237,7 @@ void Flattener::flatten_polygon(std::vector<uint32_t> faces) {
     const uint32_t* begin = c.faces.data();
     if (faces_forward(begin, begin + c.faces.size(), normal, 0.05)) {
         project(c.faces, normal);
-        if (improve(c)) {
+        if (improve(c, 0)) {
             set.add_chart(std::move(c));
             return;
         }

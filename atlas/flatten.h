@@ -50,7 +50,7 @@ private:
     void glue_inside(const std::vector<uint32_t>& faces, bool false_edges_only);
     void unglue_inside(const std::vector<uint32_t>& faces);
     void set_uv_of_triangle(uint32_t t);
-    bool improve(Chart& c);
+    bool improve(Chart& c, double enough);
     bool spread_on_circle(Chart& c);
 
     std::vector<uint32_t> mark_;           ///< per triangle: stamp of the region it was last in

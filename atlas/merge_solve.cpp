@@ -203,7 +203,7 @@ bool Merger::relax_band(uint32_t rings, bool global) {
         f.patch.untangle(6);
     if (f.patch.flipped() != 0)
         return false;
-    f.patch.relax(options_.thorough ? 4 : 3);
+    f.patch.relax(options_.thorough ? 4 : 2);
     for (uint32_t i = 0; i < f.nodes.size(); i++)
         set_uv(f.nodes[i], f.patch.uv[i]);
     return true;

@@ -55,24 +55,28 @@ void Patch::build_stars() {
         star_begin_[v + 1] += star_begin_[v];
     star_.resize(corner_.size());
     std::vector<uint32_t> at(star_begin_.begin(), star_begin_.end() - 1);
-    for (uint32_t c = 0; c < corner_.size(); c++)
-        star_[at[corner_[c]]++] = c;
+    for (uint32_t t = 0; t < shape_.size(); t++) {
+        const uint32_t* v = &corner_[3 * t];
+        const Shape& s = shape_[t];
+        const double* cot = s.cot;
+        star_[at[v[0]]++] = {v[1], v[2], cot[0], cot[1], cot[2], s.area, s.inverse_area};
+        star_[at[v[1]]++] = {v[2], v[0], cot[1], cot[2], cot[0], s.area, s.inverse_area};
+        star_[at[v[2]]++] = {v[0], v[1], cot[2], cot[0], cot[1], s.area, s.inverse_area};
+    }
 }
 
 /// Energy of the triangles around v if it stood at p; infinite when one of them is flipped.
 double Patch::star_energy(uint32_t v, Vec2 p) const {
     double energy = 0;
     for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
-        const uint32_t c = star_[i], c1 = next_corner(c), c2 = previous_corner(c);
-        const Shape& shape = shape_[c / 3];
-        const Vec2 q = uv[corner_[c1]], r = uv[corner_[c2]];
+        const Spoke& s = star_[i];
+        const Vec2 q = uv[s.q], r = uv[s.r];
         const double doubled = doubled_area(p, q, r);
-        if (!(doubled > 2e-9 * shape.area))
+        if (!(doubled > 2e-9 * s.area))
             return std::numeric_limits<double>::infinity();
-        const double norm = shape.cot[c % 3] * dot(r - q, r - q) +
-                            shape.cot[c1 % 3] * dot(p - r, p - r) +
-                            shape.cot[c2 % 3] * dot(p - q, p - q);
-        const double inverse = 2 * shape.area / doubled;
+        const double norm =
+            s.cot_p * dot(r - q, r - q) + s.cot_q * dot(p - r, p - r) + s.cot_r * dot(p - q, p - q);
+        const double inverse = 2 * s.area / doubled;
         energy += 0.5 * norm * (1 + inverse * inverse);
     }
     return energy;
@@ -83,22 +87,20 @@ bool Patch::derivatives(uint32_t v, Quadratic& h, double& energy) const {
     energy = 0;
     const Vec2 p = uv[v];
     for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
-        const uint32_t c = star_[i], c1 = next_corner(c), c2 = previous_corner(c);
-        const Shape& shape = shape_[c / 3];
-        const Vec2 q = uv[corner_[c1]], r = uv[corner_[c2]];
+        const Spoke& s = star_[i];
+        const Vec2 q = uv[s.q], r = uv[s.r];
         const double doubled = doubled_area(p, q, r);
-        if (!(doubled > 2e-9 * shape.area))
+        if (!(doubled > 2e-9 * s.area))
             return false;
-        const double ar = shape.cot[c1 % 3], aq = shape.cot[c2 % 3];
         const Vec2 pr = p - r, pq = p - q;
-        const double norm = 0.5 * (shape.cot[c % 3] * dot(r - q, r - q) + ar * dot(pr, pr) +
-                                   aq * dot(pq, pq)); // A |J|^2
-        const Vec2 dn = pr * ar + pq * aq;
-        const double e = 2 * shape.area / doubled, e2 = e * e; // 1/det
-        const Vec2 dd = Vec2{q.y - r.y, r.x - q.x} * (0.5 * shape.inverse_area);
+        const double norm = 0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(pr, pr) +
+                                   s.cot_r * dot(pq, pq)); // A |J|^2
+        const Vec2 dn = pr * s.cot_q + pq * s.cot_r;
+        const double e = 2 * s.area / doubled, e2 = e * e; // 1/det
+        const Vec2 dd = Vec2{q.y - r.y, r.x - q.x} * (0.5 * s.inverse_area);
         const double k1 = 1 + e2, k2 = -2 * e2 * e, k3 = 6 * norm * e2 * e2;
         h.g = h.g + dn * k1 + dd * (k2 * norm);
-        const double m = (ar + aq) * k1;
+        const double m = (s.cot_q + s.cot_r) * k1;
         h.xx += m + 2 * k2 * dn.x * dd.x + k3 * dd.x * dd.x;
         h.yy += m + 2 * k2 * dn.y * dd.y + k3 * dd.y * dd.y;
         h.xy += k2 * (dn.x * dd.y + dn.y * dd.x) + k3 * dd.x * dd.y;
@@ -113,8 +115,7 @@ double Patch::longest_step(uint32_t v, Vec2 direction) const {
     double step = 1;
     const Vec2 p = uv[v];
     for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
-        const uint32_t c = star_[i];
-        const Vec2 q = uv[corner_[next_corner(c)]], r = uv[corner_[previous_corner(c)]];
+        const Vec2 q = uv[star_[i].q], r = uv[star_[i].r];
         const double now = doubled_area(p, q, r);
         const double change = direction.x * (q.y - r.y) + direction.y * (r.x - q.x);
         if (change * step < -0.9 * now)
@@ -161,10 +162,9 @@ double Patch::relax_vertex(uint32_t v) {
 }
 
 void Patch::stir(uint32_t v) {
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
-        const uint32_t* corner = &corner_[star_[i] / 3 * 3];
-        stirred_[corner[0]] = stirred_[corner[1]] = stirred_[corner[2]] = 1;
-    }
+    stirred_[v] = 1;
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++)
+        stirred_[star_[i].q] = stirred_[star_[i].r] = 1;
 }
 
 double Patch::total_energy() const {

@@ -69,6 +69,11 @@ private:
     struct Shape { ///< cotangents at the three corners, the area and its inverse
         double cot[3], area, inverse_area;
     };
+    /// A triangle seen from its corner p; q and r are the other two, in order.
+    struct Spoke {
+        uint32_t q, r;
+        double cot_p, cot_q, cot_r, area, inverse_area;
+    };
     struct Quadratic { ///< gradient and Hessian at one vertex
         Vec2 g;
         double xx, xy, yy;
@@ -86,8 +91,9 @@ private:
     std::vector<uint32_t> corner_;
     std::vector<Shape> shape_;
     std::vector<Frame> frame_;
-    std::vector<uint32_t> star_begin_, star_; ///< per vertex: its corners
-    std::vector<uint8_t> stirred_;            ///< per vertex: worth another look while relaxing
+    std::vector<uint32_t> star_begin_; ///< per vertex: where its spokes begin in star_
+    std::vector<Spoke> star_;          ///< copies of shape_ and corner_, in the order they are read
+    std::vector<uint8_t> stirred_;     ///< per vertex: worth another look while relaxing
 };
 
 } // namespace tessora::atlas

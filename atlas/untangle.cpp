@@ -18,13 +18,11 @@ double lifted(double d, double offset) {
 double Patch::offset_energy(uint32_t v, Vec2 p, double offset) const {
     double energy = 0;
     for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
-        const uint32_t c = star_[i], c1 = next_corner(c), c2 = previous_corner(c);
-        const Shape& shape = shape_[c / 3];
-        const Vec2 q = uv[corner_[c1]], r = uv[corner_[c2]];
-        const double norm =
-            0.5 * (shape.cot[c % 3] * dot(r - q, r - q) + shape.cot[c1 % 3] * dot(p - r, p - r) +
-                   shape.cot[c2 % 3] * dot(p - q, p - q));
-        const double x = lifted(doubled_area(p, q, r) / (2 * shape.area), offset);
+        const Spoke& s = star_[i];
+        const Vec2 q = uv[s.q], r = uv[s.r];
+        const double norm = 0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(p - r, p - r) +
+                                   s.cot_r * dot(p - q, p - q));
+        const double x = lifted(doubled_area(p, q, r) / (2 * s.area), offset);
         energy += norm * (1 + 1 / (x * x));
     }
     return energy;
@@ -36,23 +34,21 @@ void Patch::untangle_vertex(uint32_t v, double offset) {
     Vec2 g;
     double xx = 0, xy = 0, yy = 0;
     for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
-        const uint32_t c = star_[i], c1 = next_corner(c), c2 = previous_corner(c);
-        const Shape& shape = shape_[c / 3];
-        const Vec2 q = uv[corner_[c1]], r = uv[corner_[c2]];
-        const double ar = shape.cot[c1 % 3], aq = shape.cot[c2 % 3];
+        const Spoke& s = star_[i];
+        const Vec2 q = uv[s.q], r = uv[s.r];
         const Vec2 pr = p - r, pq = p - q;
         const double norm =
-            0.5 * (shape.cot[c % 3] * dot(r - q, r - q) + ar * dot(pr, pr) + aq * dot(pq, pq));
-        const double d = doubled_area(p, q, r) / (2 * shape.area);
+            0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(pr, pr) + s.cot_r * dot(pq, pq));
+        const double d = doubled_area(p, q, r) / (2 * s.area);
         const double x = lifted(d, offset), inverse = 1 / x;
         const double slope = x / std::sqrt(d * d + offset * offset);
-        const Vec2 dn = pr * ar + pq * aq;
-        const Vec2 dx = Vec2{q.y - r.y, r.x - q.x} * (0.5 * slope / shape.area);
+        const Vec2 dn = pr * s.cot_q + pq * s.cot_r;
+        const Vec2 dx = Vec2{q.y - r.y, r.x - q.x} * (0.5 * slope / s.area);
         const double k1 = 1 + inverse * inverse, k2 = -2 * inverse * inverse * inverse;
         const double k3 = 6 * norm * inverse * inverse * inverse * inverse;
         g = g + dn * k1 + dx * (k2 * norm);
-        xx += (ar + aq) * k1 + k3 * dx.x * dx.x;
-        yy += (ar + aq) * k1 + k3 * dx.y * dx.y;
+        xx += (s.cot_q + s.cot_r) * k1 + k3 * dx.x * dx.x;
+        yy += (s.cot_q + s.cot_r) * k1 + k3 * dx.y * dx.y;
         xy += k3 * dx.x * dx.y;
     }
     const double mean = 0.5 * (xx + yy), half = 0.5 * (xx - yy);
@@ -79,6 +75,12 @@ void Patch::untangle(int rounds) {
     build_stars();
     std::vector<uint32_t> active;
     std::vector<uint8_t> chosen(uv.size(), 0);
+    const auto choose = [&](uint32_t v) {
+        if (!chosen[v] && !pinned[v]) {
+            chosen[v] = 1;
+            active.push_back(v);
+        }
+    };
     double offset = 0.3;
     for (int round = 0; round < rounds; round++, offset *= 0.6) {
         bool clean = true;
@@ -88,15 +90,15 @@ void Patch::untangle(int rounds) {
             if (doubled > 2e-9 * shape_[t].area)
                 continue;
             clean = false;
-            for (uint32_t c = 3 * t; c < 3 * t + 3; c++) // the triangle and its neighbours' corners
-                for (uint32_t i = star_begin_[corner_[c]]; i < star_begin_[corner_[c] + 1]; i++)
-                    for (uint32_t k = 0; k < 3; k++) {
-                        const uint32_t v = corner_[star_[i] / 3 * 3 + k];
-                        if (!chosen[v] && !pinned[v]) {
-                            chosen[v] = 1;
-                            active.push_back(v);
-                        }
-                    }
+            for (uint32_t c = 3 * t; c < 3 * t + 3;
+                 c++) { // the triangle and its neighbours' corners
+                const uint32_t hub = corner_[c];
+                choose(hub);
+                for (uint32_t i = star_begin_[hub]; i < star_begin_[hub + 1]; i++) {
+                    choose(star_[i].q);
+                    choose(star_[i].r);
+                }
+            }
         }
         if (clean)
             return;
