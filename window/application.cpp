@@ -156,6 +156,8 @@ bool Application::load_plugin(std::string& error) {
 
 void Application::run_statements(const std::string& statements) {
     std::cerr.rdbuf(error_lines_.get());
+    const size_t map_revision = state_.map_revision;
+    state_.status_revision = state_.console.revision();
     const Session::Outcome outcome = Session::current().run(statements, "window");
     has_failed_ = !outcome.ok;
     if (outcome.ok && !outcome.value.is_none())
@@ -171,7 +173,29 @@ void Application::run_statements(const std::string& statements) {
     state_.refresh();
     if (state_.subject.shape && (!had_mesh || before != state_.subject.shape.get()))
         panels_->frame_all();
+    state_.status = summary(statements, map_revision);
     set_title();
+}
+
+/// What a statement did, for those who did not type it.
+std::string Application::summary(const std::string& statements, size_t map_revision) const {
+    std::string words;
+    if (statements == "undo;")
+        words = "Undone: " + state_.redo_name;
+    else if (statements == "redo;")
+        words = "Redone: " + state_.undo_name;
+    else if (map_revision != state_.map_revision && state_.subject.node) {
+        char text[128];
+        const size_t count = state_.map.charts().size();
+        std::snprintf(text, sizeof text, "%zu %s, worst stretch %.4f, %.1f %% covered", count,
+                      count == 1 ? "chart" : "charts", state_.map.worst_stretch(),
+                      100.0 * state_.map.coverage());
+        words = state_.subject.node_name() + ": " + text;
+    }
+    if (state_.has_changed_rows)
+        words += std::string(words.empty() ? "" : ". ") +
+                 "The UVs stay as they are until \"Unwrap again\"";
+    return words;
 }
 
 void Application::set_title() {

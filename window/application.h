@@ -54,6 +54,7 @@ private:
     bool write_screenshot();
     void start();
     void run_statements(const std::string& statements);
+    std::string summary(const std::string& statements, size_t map_revision) const;
     void main_loop();
     void after_first_frame();
     void set_title();

@@ -43,6 +43,25 @@ void Console::error(const std::string& text) {
     add(Kind::error, "// Error: " + text);
 }
 
+std::string plain_words(const Console::Line& line) {
+    std::string words = line.text;
+    if (words.compare(0, 3, "// ") == 0)
+        words.erase(0, 3);
+    if (line.kind == Console::Kind::result)
+        return words;
+    for (const std::string mark : {"Error: ", "Warning: "})
+        if (words.compare(0, mark.size(), mark) == 0)
+            words.erase(0, mark.size());
+    // "window:1:7: ..."
+    static constexpr char k_place[] = "window:";
+    if (words.compare(0, sizeof k_place - 1, k_place) == 0) {
+        const size_t end = words.find_first_not_of("0123456789:", sizeof k_place - 1);
+        if (end != std::string::npos && words[end] == ' ')
+            words.erase(0, end + 1);
+    }
+    return words;
+}
+
 void Console::echo(const std::string& statements) { add(Kind::input, statements); }
 
 void Console::result(const std::string& text) {
@@ -51,8 +70,9 @@ void Console::result(const std::string& text) {
     add(Kind::result, "// Result: " + text);
 }
 
-const Console::Line* Console::last() const {
-    for (auto line = lines_.rbegin(); line != lines_.rend(); ++line)
+const Console::Line* Console::last(size_t since) const {
+    size_t left = revision_ - std::min(since, revision_);
+    for (auto line = lines_.rbegin(); line != lines_.rend() && left > 0; ++line, --left)
         if (line->kind != Kind::input && line->kind != Kind::output)
             return &*line;
     return nullptr;

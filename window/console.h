@@ -33,8 +33,9 @@ public:
     const std::deque<Line>& lines() const { return lines_; }
     /// Counts up with every line, so that a view knows when to scroll.
     size_t revision() const { return revision_; }
-    /// The newest line of a kind that is a result, a warning or an error; null before any.
-    const Line* last() const;
+    /// The newest line of a kind that is a result, a warning or an error, of those that came after
+    /// a revision; null if there is none.
+    const Line* last(size_t since = 0) const;
     void clear();
     bool echoes_to_streams = true;
 
@@ -60,6 +61,10 @@ private:
     size_t place_ = 0; ///< in history_; its size: at the draft
     std::string draft_;
 };
+
+/// What a line says to somebody who looks at menus and buttons: without the marks of a comment, and
+/// without the place in a statement that the window itself has written.
+std::string plain_words(const Console::Line& line);
 
 /// Names that continue the word at the end of `text`, and what they all continue it with.
 /// "poly" -> polyCube, polySphere ...; `$` begins a variable.

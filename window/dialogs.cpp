@@ -13,6 +13,7 @@ namespace {
 using host::UiControl;
 
 constexpr float k_label_width = 130.0f;
+constexpr float k_field_width = 76.0f;
 
 const host::script::Value* property(const UiControl& control, const char* name) {
     const auto found = control.properties.find(name);
@@ -37,6 +38,16 @@ std::string text_of(double value) {
 
 } // namespace
 
+/// What becomes of a value that may be edited in more than one item.
+struct Dialogs::Editing {
+    bool is_active = false, is_done = false;
+    /// Asked after each item.
+    void note() {
+        is_active = is_active || ImGui::IsItemActive();
+        is_done = is_done || ImGui::IsItemDeactivatedAfterEdit();
+    }
+};
+
 void Dialogs::set(const UiControl& control, const std::string& value) {
     state_->run("uiSet " + host::script::quoted(control.name) + " " + value + ";");
 }
@@ -50,64 +61,57 @@ void Dialogs::label(const UiControl& control) {
     ImGui::SameLine(0.0f, 10.0f);
 }
 
-void Dialogs::draw_slider(const UiControl& control, bool is_real) {
+/// The number as a field; whether it is being edited, and whether that has just ended.
+template <class DrawField>
+void Dialogs::draw_field(const UiControl& control, Editing& editing, DrawField draw) {
+    if (!truth(control, "field", false))
+        return;
+    ImGui::SetNextItemWidth(k_field_width);
+    draw();
+    state_->places.add_item("control/" + control.name);
+    editing.note();
+    ImGui::SameLine(0.0f, 6.0f);
+}
+
+void Dialogs::draw_real_slider(const UiControl& control) {
     label(control);
-    const double low = number(control, "minValue", 0.0);
-    const double high = number(control, "maxValue", is_real ? 1.0 : 100.0);
-    bool is_done = false;
-    const std::string& name = control.name;
-    const float field = truth(control, "field", false) ? 76.0f : 0.0f;
-    const float room = ImGui::GetContentRegionAvail().x;
     char format[16];
     std::snprintf(format, sizeof format, "%%.%df",
                   static_cast<int>(number(control, "precision", 3.0)));
-    if (is_real) {
-        auto at = reals_.emplace(name, 0.0f);
-        if (at.second)
-            at.first->second = static_cast<float>(number(control, "value", 0.0));
-        float& value = at.first->second;
-        bool is_active = false;
-        if (field > 0.0f) {
-            ImGui::SetNextItemWidth(field);
-            ImGui::InputFloat("##field", &value, 0.0f, 0.0f, format);
-            state_->places.add_item("control/" + name);
-            is_active = ImGui::IsItemActive();
-            is_done = ImGui::IsItemDeactivatedAfterEdit();
-            ImGui::SameLine(0.0f, 6.0f);
-        }
-        ImGui::SetNextItemWidth(std::max(60.0f, room - field - 6.0f));
-        ImGui::SliderFloat("##slider", &value, static_cast<float>(low), static_cast<float>(high),
-                           "", ImGuiSliderFlags_AlwaysClamp | ImGuiSliderFlags_NoInput);
-        is_active = is_active || ImGui::IsItemActive();
-        is_done = is_done || ImGui::IsItemDeactivatedAfterEdit();
-        if (is_done)
-            set(control, text_of(static_cast<double>(value)));
-        if (is_done || !is_active)
-            reals_.erase(name);
-        return;
-    }
-    auto at = integers_.emplace(name, 0);
-    if (at.second)
-        at.first->second = static_cast<int>(number(control, "value", 0.0));
-    int& value = at.first->second;
-    bool is_active = false;
-    if (field > 0.0f) {
-        ImGui::SetNextItemWidth(field);
-        ImGui::InputInt("##field", &value, 0, 0);
-        state_->places.add_item("control/" + name);
-        is_active = ImGui::IsItemActive();
-        is_done = ImGui::IsItemDeactivatedAfterEdit();
-        ImGui::SameLine(0.0f, 6.0f);
-    }
-    ImGui::SetNextItemWidth(std::max(60.0f, room - field - 6.0f));
-    ImGui::SliderInt("##slider", &value, static_cast<int>(low), static_cast<int>(high), "",
+    const auto [at, is_new] = reals_.try_emplace(control.name, 0.0f);
+    if (is_new)
+        at->second = static_cast<float>(number(control, "value", 0.0));
+    float& value = at->second;
+    Editing editing;
+    draw_field(control, editing, [&] { ImGui::InputFloat("##field", &value, 0.0f, 0.0f, format); });
+    ImGui::SetNextItemWidth(std::max(60.0f, ImGui::GetContentRegionAvail().x));
+    ImGui::SliderFloat("##slider", &value, static_cast<float>(number(control, "minValue", 0.0)),
+                       static_cast<float>(number(control, "maxValue", 1.0)), "",
+                       ImGuiSliderFlags_AlwaysClamp | ImGuiSliderFlags_NoInput);
+    editing.note();
+    if (editing.is_done)
+        set(control, text_of(static_cast<double>(value)));
+    if (editing.is_done || !editing.is_active)
+        reals_.erase(control.name);
+}
+
+void Dialogs::draw_integer_slider(const UiControl& control) {
+    label(control);
+    const auto [at, is_new] = integers_.try_emplace(control.name, 0);
+    if (is_new)
+        at->second = static_cast<int>(number(control, "value", 0.0));
+    int& value = at->second;
+    Editing editing;
+    draw_field(control, editing, [&] { ImGui::InputInt("##field", &value, 0, 0); });
+    ImGui::SetNextItemWidth(std::max(60.0f, ImGui::GetContentRegionAvail().x));
+    ImGui::SliderInt("##slider", &value, static_cast<int>(number(control, "minValue", 0.0)),
+                     static_cast<int>(number(control, "maxValue", 100.0)), "",
                      ImGuiSliderFlags_AlwaysClamp | ImGuiSliderFlags_NoInput);
-    is_active = is_active || ImGui::IsItemActive();
-    is_done = is_done || ImGui::IsItemDeactivatedAfterEdit();
-    if (is_done)
+    editing.note();
+    if (editing.is_done)
         set(control, std::to_string(value));
-    if (is_done || !is_active)
-        integers_.erase(name);
+    if (editing.is_done || !editing.is_active)
+        integers_.erase(control.name);
 }
 
 void Dialogs::draw_text_field(const UiControl& control) {
@@ -186,8 +190,10 @@ void Dialogs::draw_control(const UiControl& control) {
         return;
     const bool is_enabled = truth(control, "enable", true);
     ImGui::BeginDisabled(!is_enabled);
-    if (control.type == "intSliderGrp" || control.type == "floatSliderGrp")
-        draw_slider(control, control.type[0] == 'f');
+    if (control.type == "floatSliderGrp")
+        draw_real_slider(control);
+    else if (control.type == "intSliderGrp")
+        draw_integer_slider(control);
     else if (control.type == "textFieldGrp")
         draw_text_field(control);
     else if (control.type == "checkBoxGrp")
@@ -240,7 +246,9 @@ void Dialogs::draw_window(const UiControl& window) {
     if (ImGui::Begin(title.c_str(), &is_open,
                      ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_AlwaysAutoResize |
                          ImGuiWindowFlags_NoSavedSettings)) {
+        const float top = ImGui::GetCursorPosY();
         ImGui::Dummy({size.x - 20.0f, 0.0f}); // as wide as the script asked for
+        ImGui::SetCursorPosY(top);
         const ImVec2 at = ImGui::GetWindowPos(), now = ImGui::GetWindowSize();
         state_->places.add("dialog/" + window.name, at.x, at.y, now.x, now.y);
         const bool has_focus = ImGui::IsWindowFocused(ImGuiFocusedFlags_RootAndChildWindows);

@@ -19,7 +19,11 @@ private:
     void draw_window(const host::UiControl& window);
     void draw_children(const host::UiControl& parent);
     void draw_control(const host::UiControl& control);
-    void draw_slider(const host::UiControl& control, bool is_real);
+    struct Editing;
+    template <class DrawField>
+    void draw_field(const host::UiControl& control, Editing& editing, DrawField draw);
+    void draw_real_slider(const host::UiControl& control);
+    void draw_integer_slider(const host::UiControl& control);
     void draw_text_field(const host::UiControl& control);
     void draw_check_box(const host::UiControl& control);
     void draw_option_menu(const host::UiControl& control);

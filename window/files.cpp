@@ -68,16 +68,13 @@ bool Application::may_discard() {
 }
 
 void Application::dropped(const std::vector<std::string>& files) {
-    bool is_first = state_.subject.shape.get() == nullptr;
-    for (const std::string& file : files) {
-        const std::string statement = statement_for_file(file, !is_first);
-        if (statement.empty()) {
-            state_.console.error(file + ": not an .obj, .ma or .mel file.");
-            continue;
-        }
+    // Nothing is asked, so nothing that was not saved may go.
+    const bool replaces = !state_.subject.shape && !state_.is_modified;
+    std::vector<std::string> refused;
+    for (const std::string& statement : statements_for_drop(files, replaces, refused))
         state_.run(statement);
-        is_first = false;
-    }
+    for (const std::string& file : refused)
+        state_.console.error(file + ": not an .obj, .ma or .mel file.");
 }
 
 } // namespace window

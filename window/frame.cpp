@@ -135,8 +135,8 @@ void Application::draw_areas(bool is_live) {
 }
 
 void Application::draw_right(float left, float top, float width, float height, bool is_live) {
-    const float uvs = std::min(0.54f * height, width + 46.0f);
-    const float results = 8.0f * ImGui::GetTextLineHeightWithSpacing() + 16.0f;
+    const float uvs = std::min(0.50f * height, width + 46.0f);
+    const float results = 6.0f * ImGui::GetTextLineHeightWithSpacing() + 20.0f;
     if (focuses_uvs_)
         ImGui::SetNextWindowFocus();
     focuses_uvs_ = false;
@@ -162,13 +162,16 @@ void Application::draw_status(float top, float width) {
                ImGuiWindowFlags_NoNavFocus | ImGuiWindowFlags_NoNavInputs);
     ImGui::SetCursorPosY(4.0f);
     ImGui::PushFont(state_.fonts.small);
-    const Console::Line* last = state_.console.last();
+    const Console::Line* last = state_.console.last(state_.status_revision);
     ImVec4 tone = colour::faint;
     if (last && last->kind == Console::Kind::error)
         tone = colour::error;
     else if (last && last->kind == Console::Kind::warning)
         tone = colour::warning;
-    ImGui::TextColored(tone, "%s", last ? last->text.c_str() : "F1 shows the keys.");
+    const std::string words = last                    ? plain_words(*last)
+                              : state_.status.empty() ? std::string("F1 shows the keys")
+                                                      : state_.status;
+    ImGui::TextColored(tone, "%s", words.c_str());
     state_.places.add_item("status");
     ImGui::PopFont();
     ImGui::End();

@@ -9,6 +9,7 @@ namespace {
 
 constexpr double k_checker_texels = 16.0; // side of one square
 constexpr double k_least_grid = 7.0;      // pixels between grid lines
+constexpr uint32_t k_white = 0xFFFFFFFF;
 
 void set_colour(const ImVec4& c, float alpha) { glColor4f(c.x, c.y, c.z, alpha); }
 
@@ -73,7 +74,20 @@ void MapPaint::take(const State& state) {
         return;
     revision_ = state.map_revision;
     display_ = state.display;
+    plain_chart_ = k_none;
     colours_ = corner_colours(state.map, state.display);
+}
+
+void MapPaint::leave_plain(const State& state, uint32_t chart) {
+    if (plain_chart_ == chart)
+        return;
+    for (uint32_t t = 0; t < state.map.triangle_count(); ++t) {
+        const uint32_t own = state.map.triangle_chart()[t];
+        if (own != k_none && (own == chart || own == plain_chart_))
+            std::fill_n(colours_.begin() + 3 * t, 3,
+                        own == chart ? k_white : triangle_colour(state.map, t, state.display));
+    }
+    plain_chart_ = chart;
 }
 
 void MapPaint::paint_triangles(const State& state, const float* places, int dimensions) {
@@ -105,7 +119,7 @@ void MapPaint::paint_triangles(const State& state, const float* places, int dime
 }
 
 void MapPaint::paint_gutter(const State& state, const UvView& view) const {
-    const double texel = view.pixels_per_unit() /
+    const double texel = view.pixels_per_side() /
                          std::max(state.subject.texture.width, state.subject.texture.height);
     const double wide = state.subject.gutter * texel; // half of it on either side of the outline
     if (wide < 1.0 || state.map.outline().empty())
@@ -170,7 +184,7 @@ void MapPaint::paint_lit(const State& state) const {
         return;
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    set_colour(colour::warm, 0.45f);
+    set_colour(colour::warm, 0.70f);
     glBegin(GL_TRIANGLES);
     for (uint32_t t = 0; t < state.map.triangle_count(); ++t)
         if (state.map.triangle_chart()[t] == lit)
@@ -205,7 +219,7 @@ void MapPaint::paint_texture(const State& state, const UvView& view, bool has_gr
     double x, y;
     view.to_pixel(0.0, 0.0, x, y);
     glTranslated(x, y, 0.0);
-    glScaled(view.pixels_per_unit(), -view.pixels_per_unit(), 1.0);
+    glScaled(view.pixels_per_unit(0), -view.pixels_per_unit(1), 1.0);
     glColor4f(0.215f, 0.222f, 0.236f, 1.0f);
     quad(0.0, 0.0, 1.0, 1.0);
     paint_gutter(state, view);
@@ -237,6 +251,7 @@ void MapPaint::paint_mesh(const State& state, const MMatrix& to_world) {
     // Before the surface, behind the lines on it.
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(1.5f, 1.5f);
+    leave_plain(state, state.lit()); // which the host lights up: that colour is to stay as it is
     paint_triangles(state, state.map.points().data(), 3);
 }
 

@@ -25,6 +25,7 @@ public:
 
 private:
     void take(const State& state);
+    void leave_plain(const State& state, uint32_t chart);
     void paint_triangles(const State& state, const float* places, int dimensions);
     void paint_gutter(const State& state, const UvView& view) const;
     void paint_grid(const State& state, const UvView& view) const;
@@ -34,6 +35,7 @@ private:
     size_t revision_ = 0;
     Display display_ = Display::plain;
     std::vector<uint32_t> colours_;
+    uint32_t plain_chart_ = k_none; ///< the one that is white in colours_
     GLuint checker_ = 0;
 };
 

@@ -31,9 +31,11 @@ Ray ray_at(host::GlPanels& panels, int panel, double x, double y, const MMatrix&
 
 ModelPanels::ModelPanels(State& state) : state_(state), panels_(*this) {
     // Registered before any plug-in, so that plug-ins draw on top.
-    for (int panel = 0; panel < host::k_panel_count; ++panel)
+    for (int panel = 0; panel < host::k_panel_count; ++panel) {
+        panels_.style(panel).has_name = false; // the window has a font for it
         callbacks_.push_back(host::graph::Callbacks::current().add_post_render(
             host::panel_name(panel).asChar(), [this](const std::string&) { tint(); }));
+    }
 }
 
 ModelPanels::~ModelPanels() {
@@ -269,6 +271,68 @@ void ModelPanels::keys() {
         toggle_alone();
 }
 
+void ModelPanels::draw_name(int panel, float left, float top) const {
+    const host::Viewport& v = panels_.viewport(panel);
+    const auto camera = host::panel_camera(panel);
+    if (v.is_empty() || camera.empty())
+        return;
+    const std::string name = host::camera_name(camera);
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    const ImVec2 size = ImGui::CalcTextSize(name.c_str());
+    const ImVec2 at(std::floor(left + 0.5f * (static_cast<float>(v.width) - size.x)),
+                    std::floor(top + static_cast<float>(v.height) - size.y - 8.0f));
+    list->AddRectFilled({at.x - 7.0f, at.y - 2.0f}, {at.x + size.x + 7.0f, at.y + size.y + 3.0f},
+                        IM_COL32(225, 228, 232, 190), 4.0f);
+    list->AddText(at, IM_COL32(30, 33, 38, 255), name.c_str());
+}
+
+/// Names, the border of the active panel, and what to do as long as there is nothing to see.
+void ModelPanels::draw_over(float left, float top) {
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    for (int panel = 0; panel < host::k_panel_count; ++panel) {
+        const host::Viewport& v = panels_.viewport(panel);
+        if (v.is_empty())
+            continue;
+        const ImVec2 low(left + static_cast<float>(v.x),
+                         top + static_cast<float>(target_.height() - v.y - v.height));
+        const ImVec2 size(static_cast<float>(v.width), static_cast<float>(v.height));
+        state_.places.add(std::string("panel/") + host::panel_name(panel).asChar(), low.x, low.y,
+                          size.x, size.y);
+        draw_name(panel, low.x, low.y);
+        if (panel == active())
+            list->AddRect(low, {low.x + size.x, low.y + size.y},
+                          ImGui::GetColorU32(colour::accent));
+    }
+    if (!state_.subject.shape)
+        draw_welcome(left, top);
+}
+
+void ModelPanels::draw_welcome(float left, float top) const {
+    const std::pair<const char*, ImVec4> lines[] = {
+        {"Nothing to unwrap yet", colour::text},
+        {"Ctrl+O opens a mesh (.obj) or a scene (.ma); files can be dropped in", colour::text},
+        {"The Create menu makes a sphere or a torus to try", colour::text},
+        {"F1 shows all keys", colour::faint}};
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    const float step = ImGui::GetTextLineHeight() + 8.0f;
+    const float middle = left + 0.5f * static_cast<float>(target_.width());
+    float width = 0.0f;
+    for (const auto& line : lines)
+        width = std::max(width, ImGui::CalcTextSize(line.first).x);
+    const float height = 4.0f * step + 18.0f;
+    const ImVec2 low(middle - 0.5f * width - 24.0f,
+                     top + 0.5f * (static_cast<float>(target_.height()) - height));
+    list->AddRectFilled(
+        low, {low.x + width + 48.0f, low.y + height},
+        ImGui::GetColorU32({colour::panel.x, colour::panel.y, colour::panel.z, 0.94f}), 6.0f);
+    float y = low.y + 13.0f;
+    for (const auto& [words, tone] : lines) {
+        list->AddText({std::floor(middle - 0.5f * ImGui::CalcTextSize(words).x), std::floor(y)},
+                      ImGui::GetColorU32(tone), words);
+        y += step;
+    }
+}
+
 void ModelPanels::draw(bool is_live) {
     const ImVec2 corner = ImGui::GetCursorScreenPos();
     const ImVec2 room = ImGui::GetContentRegionAvail();
@@ -285,14 +349,6 @@ void ModelPanels::draw(bool is_live) {
                            ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonMiddle |
                                ImGuiButtonFlags_MouseButtonRight);
     has_focus_ = ImGui::IsWindowFocused();
-    for (int panel = 0; panel < host::k_panel_count; ++panel) {
-        const host::Viewport& v = panels_.viewport(panel);
-        if (!v.is_empty())
-            state_.places.add(std::string("panel/") + host::panel_name(panel).asChar(),
-                              corner.x + static_cast<float>(v.x),
-                              corner.y + static_cast<float>(height - v.y - v.height),
-                              static_cast<float>(v.width), static_cast<float>(v.height));
-    }
     if (is_live) {
         react(corner.x, corner.y);
         if (has_focus_ && !ImGui::GetIO().WantTextInput)
@@ -303,17 +359,10 @@ void ModelPanels::draw(bool is_live) {
     if (lit_ != k_none)
         state_.places.add("lit_on_mesh/" + std::to_string(lit_ + 1), corner.x, corner.y, 0.0f,
                           0.0f);
-    ImDrawList* list = ImGui::GetWindowDrawList();
-    list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), corner,
-                   {corner.x + size.x, corner.y + size.y}, {0.0f, 1.0f}, {1.0f, 0.0f});
-    const host::Viewport& v = panels_.viewport(active());
-    if (!v.is_empty()) {
-        const ImVec2 low(corner.x + static_cast<float>(v.x),
-                         corner.y + static_cast<float>(height - v.y - v.height));
-        list->AddRect(low,
-                      {low.x + static_cast<float>(v.width), low.y + static_cast<float>(v.height)},
-                      ImGui::GetColorU32(colour::accent));
-    }
+    ImGui::GetWindowDrawList()->AddImage(
+        reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), corner,
+        {corner.x + size.x, corner.y + size.y}, {0.0f, 1.0f}, {1.0f, 0.0f});
+    draw_over(corner.x, corner.y);
 }
 
 } // namespace window

@@ -48,6 +48,9 @@ private:
     void keys();
     void light();
     void tint();
+    void draw_name(int panel, float left, float top) const;
+    void draw_over(float left, float top);
+    void draw_welcome(float left, float top) const;
     int panel_at(double x, double y) const;
 
     State& state_;

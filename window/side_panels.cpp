@@ -11,20 +11,28 @@
 namespace window {
 namespace {
 
-constexpr const char* k_skip_attribute = "Skip_compute";
 constexpr ImGuiTableFlags k_table = ImGuiTableFlags_SizingStretchProp;
 
-void result_row(State& state, const char* name, const std::string& value,
-                const ImVec4& tone = colour::text) {
-    ImGui::TableNextRow();
+/// A text cut to a width, with an ellipsis for what is missing.
+std::string fitted(const std::string& text, float width) {
+    if (ImGui::CalcTextSize(text.c_str()).x <= width)
+        return text;
+    size_t length = text.size();
+    std::string cut;
+    do {
+        while (length > 0 && (text[--length] & 0xC0) == 0x80) // not within a letter
+            ;
+        cut = text.substr(0, length) + "…";
+    } while (length > 0 && ImGui::CalcTextSize(cut.c_str()).x > width);
+    return cut;
+}
+
+void result(State& state, const char* name, const std::string& value,
+            const ImVec4& tone = colour::text) {
     ImGui::TableNextColumn();
-    ImGui::PushStyleColor(ImGuiCol_Text, colour::faint);
-    ImGui::TextUnformatted(name);
-    ImGui::PopStyleColor();
+    ImGui::TextColored(colour::faint, "%s", name);
     ImGui::TableNextColumn();
-    ImGui::PushStyleColor(ImGuiCol_Text, tone);
-    ImGui::TextUnformatted(value.c_str());
-    ImGui::PopStyleColor();
+    ImGui::TextColored(tone, "%s", value.c_str());
     state.places.add_item(std::string("result/") + name);
 }
 
@@ -33,6 +41,14 @@ std::string words(const char* format, Values... values) {
     char text[128];
     std::snprintf(text, sizeof text, format, values...);
     return text;
+}
+
+/// 69666 -> "69,666".
+std::string counted(uint32_t number) {
+    std::string digits = std::to_string(number);
+    for (size_t i = digits.size(); i > 3; i -= 3)
+        digits.insert(i - 3, ",");
+    return digits;
 }
 
 /// "Texture_Width" -> "Texture width"; "subdivisionsWidth" -> "Subdivisions width".
@@ -57,40 +73,67 @@ std::string nice(const std::string& name) {
     return text;
 }
 
+/// Which mesh this is about.
+void draw_subject(State& state) {
+    const float room = ImGui::GetContentRegionAvail().x;
+    const std::string name = state.subject.shape_name(), shown = fitted(name, room);
+    ImGui::TextUnformatted(shown.c_str());
+    state.places.add_item("result/Mesh");
+    if (shown != name && ImGui::IsItemHovered())
+        ImGui::SetTooltip("%s", name.c_str());
+    const int set = state.subject.uv_set;
+    const std::string uvs =
+        set < 0 ? std::string("no UV set")
+                : std::string("UV set ") + state.subject.mesh.uv_set(uint32_t(set)).name.asChar();
+    ImGui::TextColored(
+        colour::faint, "%s",
+        fitted(counted(state.map.triangle_count()) + " triangles, " + uvs, room).c_str());
+}
+
+/// What is wrong, and the lit chart.
+void draw_remarks(State& state) {
+    const UvMap& map = state.map;
+    if (map.unmapped() > 0)
+        ImGui::TextColored(colour::warning, "%s triangles have no UVs",
+                           counted(map.unmapped()).c_str());
+    else if (map.coverage() > 1.0)
+        ImGui::TextColored(colour::warning, "Charts overlap");
+    const uint32_t lit = state.lit();
+    if (lit == k_none)
+        return;
+    const UvChart& chart = map.charts()[lit];
+    ImGui::TextColored(colour::warm, "Chart %u: %s triangles, stretch %.4f, covers %.1f %%",
+                       lit + 1, counted(chart.triangles).c_str(), chart.stretch,
+                       100.0 * chart.area);
+    state.places.add_item("result/Chart");
+}
+
 } // namespace
 
 void draw_results(State& state) {
     if (!state.subject.shape) {
-        ImGui::TextDisabled("No mesh. Open one with Ctrl+O, or drop a file here.");
+        ImGui::TextDisabled("No mesh");
         return;
     }
+    draw_subject(state);
     const UvMap& map = state.map;
-    if (!ImGui::BeginTable("results", 2, k_table))
-        return;
-    ImGui::TableSetupColumn("name", 0, 0.9f);
-    ImGui::TableSetupColumn("value", 0, 1.1f);
-    result_row(state, "Mesh", state.subject.shape_name());
-    result_row(state, "Triangles", words("%u", map.triangle_count()));
-    const std::string set =
-        state.subject.uv_set < 0
-            ? std::string("none")
-            : state.subject.mesh.uv_set(uint32_t(state.subject.uv_set)).name.asChar();
-    result_row(state, "UV set", set);
-    result_row(state, "Charts", words("%zu", map.charts().size()));
-    result_row(state, "Stretch, worst chart", words("%.4f", map.worst_stretch()));
-    result_row(state, "Stretch, L2", words("%.4f", map.l2_stretch()));
-    result_row(state, "Coverage", words("%.1f %%", 100.0 * map.coverage()));
-    if (map.unmapped() > 0)
-        result_row(state, "Without UVs", words("%u triangles", map.unmapped()), colour::warning);
-    const uint32_t lit = state.lit();
-    if (lit != k_none) {
-        const UvChart& chart = map.charts()[lit];
-        result_row(state, "Chart",
-                   words("%u: %u triangles, stretch %.3f, %.1f %%", lit + 1, chart.triangles,
-                         chart.stretch, 100.0 * chart.area),
-                   colour::warm);
+    if (ImGui::BeginTable("results", 4, k_table)) {
+        ImGui::TableSetupColumn("name", 0, 1.25f);
+        ImGui::TableSetupColumn("value", 0, 0.75f);
+        ImGui::TableSetupColumn("second name", 0, 1.05f);
+        ImGui::TableSetupColumn("second value", 0, 0.75f);
+        const bool has_charts = !map.charts().empty();
+        const auto shown = [&](const char* format, double value) {
+            return has_charts ? words(format, value) : std::string("–");
+        };
+        result(state, "Charts", counted(static_cast<uint32_t>(map.charts().size())));
+        result(state, "Coverage", shown("%.1f %%", 100.0 * map.coverage()),
+               map.coverage() > 1.0 ? colour::warning : colour::text);
+        result(state, "Worst stretch", shown("%.4f", map.worst_stretch()));
+        result(state, "L2 stretch", shown("%.4f", map.l2_stretch()));
+        ImGui::EndTable();
     }
-    ImGui::EndTable();
+    draw_remarks(state);
 }
 
 void AttributePanel::draw_value(State& state, const AttributeRow& row) {
@@ -144,9 +187,12 @@ void AttributePanel::draw_row(State& state, const AttributeRow& row) {
     ImGui::TableNextRow();
     ImGui::TableNextColumn();
     ImGui::AlignTextToFramePadding();
-    ImGui::PushStyleColor(ImGuiCol_Text, row.is_input ? colour::text : colour::faint);
-    ImGui::TextUnformatted(nice(row.name).c_str());
-    ImGui::PopStyleColor();
+    const ImVec4 tone = row.has_changed ? colour::warm
+                        : row.is_input  ? colour::text
+                                        : colour::faint;
+    ImGui::TextColored(tone, "%s", nice(row.name).c_str());
+    if (row.has_changed && ImGui::IsItemHovered())
+        ImGui::SetTooltip("The UVs were made with another value.");
     ImGui::TableNextColumn();
     ImGui::PushID(row.plug.c_str());
     ImGui::BeginDisabled(!row.is_input);
@@ -155,20 +201,37 @@ void AttributePanel::draw_row(State& state, const AttributeRow& row) {
     ImGui::PopID();
 }
 
-void AttributePanel::draw(State& state) {
-    if (state.rows.empty()) {
-        ImGui::TextDisabled("No mesh.");
-        return;
-    }
-    const bool is_unwrap = static_cast<bool>(state.subject.node);
-    if (is_unwrap) {
-        if (ImGui::Button("Unwrap again"))
+void AttributePanel::draw_head(State& state) const {
+    if (state.subject.node) {
+        if (state.has_changed_rows)
+            ImGui::PushStyleColor(ImGuiCol_Button, ImGui::GetColorU32(ImGuiCol_ButtonActive));
+        const bool is_pressed = ImGui::Button("Unwrap again");
+        if (state.has_changed_rows)
+            ImGui::PopStyleColor();
+        if (is_pressed)
             state.run("setAttr \"" + state.rows_node + "." + k_skip_attribute + "\" 0;");
         state.places.add_item("attribute/Unwrap again");
         ImGui::SameLine();
     }
     ImGui::AlignTextToFramePadding();
-    ImGui::TextDisabled("%s", state.rows_node.c_str());
+    if (state.has_changed_rows) {
+        ImGui::TextColored(
+            colour::warm, "%s",
+            fitted("These UVs were made with other settings", ImGui::GetContentRegionAvail().x)
+                .c_str());
+        state.places.add_item("attribute/changed");
+    } else {
+        const std::string name = fitted(state.rows_node, ImGui::GetContentRegionAvail().x);
+        ImGui::TextDisabled("%s", name.c_str());
+    }
+}
+
+void AttributePanel::draw(State& state) {
+    if (state.rows.empty()) {
+        ImGui::TextDisabled("No attributes");
+        return;
+    }
+    draw_head(state);
     ImGui::BeginChild("attributes");
     if (ImGui::BeginTable("attributes", 2, k_table)) {
         ImGui::TableSetupColumn("name", 0, 0.9f);

@@ -17,6 +17,7 @@ public:
     void draw(State& state);
 
 private:
+    void draw_head(State& state) const;
     void draw_row(State& state, const AttributeRow& row);
     void draw_value(State& state, const AttributeRow& row);
     std::map<std::string, float> reals_; ///< being edited, by plug

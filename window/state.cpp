@@ -27,10 +27,16 @@ uint32_t from_hsv(double hue, double saturation, double value) {
     return packed(part(5.0), part(3.0), part(1.0));
 }
 
+/// The very same, not only equal ones: storage is shared until somebody writes.
+bool has_same_uvs(const host::Mesh& a, int a_set, const host::Mesh& b, int b_set) {
+    if (a_set < 0 || b_set < 0)
+        return a_set == b_set;
+    return &a.uv_set(uint32_t(a_set)) == &b.uv_set(uint32_t(b_set));
+}
+
 bool same_mesh(const host::Mesh& a, const host::Mesh& b, int a_set, int b_set) {
-    if (&a.connectivity() != &b.connectivity() || &a.points() != &b.points() || a_set != b_set)
-        return false;
-    return a_set < 0 || &a.uv_set(uint32_t(a_set)) == &b.uv_set(uint32_t(b_set));
+    return &a.connectivity() == &b.connectivity() && &a.points() == &b.points() && a_set == b_set &&
+           has_same_uvs(a, a_set, b, b_set);
 }
 
 bool same_texture(const measure::Texture& a, const measure::Texture& b) {
@@ -86,6 +92,7 @@ void State::refresh() {
 void State::take_rows() {
     rows.clear();
     rows_node.clear();
+    has_changed_rows = false;
     if (!subject.shape)
         return;
     host::graph::Node* node = subject.node.get();
@@ -97,6 +104,29 @@ void State::take_rows() {
     rows_node = node->name_text();
     for (host::graph::Slot* slot : editable_slots(*node))
         rows.push_back(row_of(*slot, rows_node));
+    compare_rows();
+}
+
+void State::compare_rows() {
+    has_changed_rows = false;
+    if (!subject.node)
+        return;
+    for (auto made = made_.begin(); made != made_.end();)
+        made =
+            host::graph::Scene::current().find(made->first) ? std::next(made) : made_.erase(made);
+    const auto [made, is_new] = made_.try_emplace(rows_node);
+    const Made& before = made->second;
+    if (is_new || !has_same_uvs(before.mesh, before.uv_set, subject.mesh, subject.uv_set)) {
+        made->second = {subject.mesh, subject.uv_set, rows};
+        return;
+    }
+    for (size_t i = 0; i < rows.size() && i < before.rows.size(); ++i) {
+        const AttributeRow& old = before.rows[i];
+        rows[i].has_changed = rows[i].is_input && rows[i].name != k_skip_attribute &&
+                              rows[i].name == old.name &&
+                              (rows[i].number != old.number || rows[i].text != old.text);
+        has_changed_rows = has_changed_rows || rows[i].has_changed;
+    }
 }
 
 MeshPicker& State::made_picker() {
@@ -133,18 +163,19 @@ uint32_t stretch_colour(float stretch) {
     return packed(mix(0), mix(1), mix(2));
 }
 
+uint32_t triangle_colour(const UvMap& map, uint32_t triangle, Display display) {
+    const uint32_t chart = map.triangle_chart()[triangle];
+    if (chart == k_none || display == Display::plain)
+        return k_flat;
+    return display == Display::stretch ? stretch_colour(map.triangle_stretch()[triangle])
+                                       : chart_colour(chart);
+}
+
 std::vector<uint32_t> corner_colours(const UvMap& map, Display display) {
     std::vector<uint32_t> colours;
     colours.reserve(3 * size_t(map.triangle_count()));
-    for (uint32_t t = 0; t < map.triangle_count(); ++t) {
-        const uint32_t chart = map.triangle_chart()[t];
-        uint32_t one = k_flat;
-        if (chart != k_none && display == Display::stretch)
-            one = stretch_colour(map.triangle_stretch()[t]);
-        else if (chart != k_none && display != Display::plain)
-            one = chart_colour(chart);
-        colours.insert(colours.end(), 3, one);
-    }
+    for (uint32_t t = 0; t < map.triangle_count(); ++t)
+        colours.insert(colours.end(), 3, triangle_colour(map, t, display));
     return colours;
 }
 

@@ -143,4 +143,19 @@ std::string statement_for_file(const std::string& path, bool import) {
     return (import ? "file -import " : "file -open -force ") + name + ";";
 }
 
+std::vector<std::string> statements_for_drop(const std::vector<std::string>& paths, bool replaces,
+                                             std::vector<std::string>& refused) {
+    std::vector<std::string> statements;
+    for (const std::string& path : paths) {
+        const std::string statement = statement_for_file(path, !replaces);
+        if (statement.empty()) {
+            refused.push_back(path);
+            continue;
+        }
+        statements.push_back(statement);
+        replaces = replaces && statement.compare(0, 5, "file ") != 0;
+    }
+    return statements;
+}
+
 } // namespace window

@@ -44,4 +44,10 @@ std::vector<host::graph::Slot*> editable_slots(host::graph::Node& node);
 /// of .obj, .ma, .mel. `import`: add to the scene instead of replacing it.
 std::string statement_for_file(const std::string& path, bool import);
 
+/// The statements for files that were dropped in, in their order. The first mesh or scene replaces
+/// what is there when `replaces`; every other one is added to it. What is no such file is
+/// `refused`.
+std::vector<std::string> statements_for_drop(const std::vector<std::string>& paths, bool replaces,
+                                             std::vector<std::string>& refused);
+
 } // namespace window

@@ -1,6 +1,7 @@
 #include "window/uv_panel.h"
 
 #include <GLFW/glfw3.h>
+#include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <imgui.h>
@@ -129,37 +130,70 @@ void UvPanel::add_places(State& state, float left, float top) const {
 }
 
 /// Stretch from 1/2 to 2 as a bar of colours, even ratios in even steps.
-void UvPanel::draw_legend(State& state, float right, float bottom) const {
+void UvPanel::draw_legend(const State& state, float right, float middle) const {
     ImDrawList* list = ImGui::GetWindowDrawList();
-    const float bar = std::min(180.0f, 0.5f * static_cast<float>(view_.width()));
-    const ImVec2 at(right - bar - 12.0f, bottom - 16.0f);
+    ImFont* font = state.fonts.small;
+    const auto put = [&](const char* words, float end) {
+        const ImVec2 size = font->CalcTextSizeA(font->FontSize, FLT_MAX, 0.0f, words);
+        list->AddText(font, font->FontSize, {end - size.x, middle - 0.5f * size.y},
+                      ImGui::GetColorU32(colour::text), words);
+        return end - size.x - 6.0f;
+    };
+    const float bar = std::min(140.0f, 0.3f * static_cast<float>(view_.width()));
+    const float end = put("2", right - 8.0f);
     for (int i = 0; i < static_cast<int>(bar); ++i) {
         const float stretch = std::pow(2.0f, 2.0f * static_cast<float>(i) / bar - 1.0f);
-        const float x = at.x + static_cast<float>(i);
-        list->AddRectFilled({x, at.y}, {x + 1.0f, at.y + 8.0f}, stretch_colour(stretch));
+        const float x = end - bar + static_cast<float>(i);
+        list->AddRectFilled({x, middle - 4.0f}, {x + 1.0f, middle + 4.0f}, stretch_colour(stretch));
     }
-    for (const auto& [share, label] :
-         {std::pair(0.0f, "0.5"), std::pair(0.5f, "1"), std::pair(1.0f, "2")}) {
-        const float wide = ImGui::CalcTextSize(label).x;
-        list->AddText(state.fonts.small, state.fonts.small->FontSize,
-                      {at.x + share * (bar - wide), at.y - 17.0f}, ImGui::GetColorU32(colour::text),
-                      label);
-    }
+    put("stretch", put("½", end - bar - 6.0f) - 4.0f);
+}
+
+/// What the texture is, on a line of its own below it.
+void UvPanel::footer(const State& state, float left, float top, float right, float height) const {
+    const float middle = top + 0.5f * height;
+    ImFont* font = state.fonts.small;
+    char words[96];
+    std::snprintf(words, sizeof words, "%.0f × %.0f texels, gutter %.0f",
+                  state.subject.texture.width, state.subject.texture.height, state.subject.gutter);
+    ImGui::GetWindowDrawList()->AddText(font, font->FontSize,
+                                        {left + 2.0f, middle - 0.5f * font->FontSize},
+                                        ImGui::GetColorU32(colour::faint), words);
+    if (state.display == Display::stretch && !state.map.charts().empty())
+        draw_legend(state, right, middle);
+}
+
+void UvPanel::fit(const State& state, int width, int height) {
+    const bool has_other_shape = view_.set_texture(state.subject.texture);
+    const bool has_other_size = target_.resize(width, height);
+    if (has_other_size)
+        view_.resize(width, height);
+    if (has_other_shape || (has_other_size && !is_framed_))
+        frame_all(state);
+    wants_paint_ = wants_paint_ || has_other_size;
+    is_framed_ = true;
+}
+
+void UvPanel::draw_picture(State& state, const ImVec2& low, const ImVec2& high) const {
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), low,
+                   high, {0.0f, 1.0f}, {1.0f, 0.0f});
+    if (!state.subject.shape || !state.map.charts().empty())
+        return;
+    const char* words = "No texture coordinates yet: Ctrl+U unwraps";
+    const ImVec2 size = ImGui::CalcTextSize(words);
+    list->AddText({0.5f * (low.x + high.x - size.x), 0.5f * (low.y + high.y - size.y)},
+                  ImGui::GetColorU32(colour::text), words);
 }
 
 void UvPanel::draw(State& state, bool is_live) {
     header(state);
     const ImVec2 corner = ImGui::GetCursorScreenPos();
     const ImVec2 room = ImGui::GetContentRegionAvail();
+    const float line = state.fonts.small->FontSize + 6.0f;
     const int width = std::max(16, static_cast<int>(room.x));
-    const int height = std::max(16, static_cast<int>(room.y));
-    if (target_.resize(width, height)) {
-        view_.resize(width, height);
-        wants_paint_ = true;
-        if (!is_framed_)
-            frame_all(state);
-        is_framed_ = true;
-    }
+    const int height = std::max(16, static_cast<int>(room.y - line));
+    fit(state, width, height);
     const ImVec2 size(static_cast<float>(width), static_cast<float>(height));
     ImGui::InvisibleButton("##texture", size,
                            ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonMiddle |
@@ -173,21 +207,9 @@ void UvPanel::draw(State& state, bool is_live) {
         paint_if_needed(state);
     }
     add_places(state, corner.x, corner.y);
-    ImDrawList* list = ImGui::GetWindowDrawList();
     const ImVec2 end(corner.x + size.x, corner.y + size.y);
-    list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), corner,
-                   end, {0.0f, 1.0f}, {1.0f, 0.0f});
-    char words[160];
-    std::snprintf(words, sizeof words, "%.0f x %.0f texels   gutter %.0f",
-                  state.subject.texture.width, state.subject.texture.height, state.subject.gutter);
-    list->AddText(state.fonts.small, state.fonts.small->FontSize,
-                  {corner.x + 8.0f, end.y - state.fonts.small->FontSize - 6.0f},
-                  ImGui::GetColorU32(colour::faint), words);
-    if (state.subject.shape && state.map.charts().empty())
-        list->AddText({corner.x + 8.0f, corner.y + 8.0f}, ImGui::GetColorU32(colour::faint),
-                      "This mesh has no texture coordinates yet.");
-    if (state.display == Display::stretch && !state.map.charts().empty())
-        draw_legend(state, end.x, end.y);
+    draw_picture(state, corner, end);
+    footer(state, corner.x, end.y + 2.0f, end.x, line);
 }
 
 } // namespace window

@@ -24,7 +24,10 @@ private:
     void keys(State& state);
     void header(State& state);
     void add_places(State& state, float left, float top) const;
-    void draw_legend(State& state, float right, float bottom) const;
+    void fit(const State& state, int width, int height);
+    void draw_picture(State& state, const ImVec2& low, const ImVec2& high) const;
+    void footer(const State& state, float left, float top, float right, float height) const;
+    void draw_legend(const State& state, float right, float middle) const;
     void paint_if_needed(const State& state);
 
     UvView view_;

@@ -16,19 +16,27 @@ void UvView::resize(double width, double height) {
     height_ = std::max(1.0, height);
 }
 
+bool UvView::set_texture(const measure::Texture& texture) {
+    const double longer = std::max(texture.width, texture.height);
+    const double shape[2] = {texture.width / longer, texture.height / longer};
+    const bool has_changed = shape[0] != shape_[0] || shape[1] != shape_[1];
+    std::copy_n(shape, 2, shape_);
+    return has_changed;
+}
+
 void UvView::to_pixel(double u, double v, double& x, double& y) const {
-    x = 0.5 * width_ + (u - centre_[0]) * scale_;
-    y = 0.5 * height_ - (v - centre_[1]) * scale_;
+    x = 0.5 * width_ + (u - centre_[0]) * pixels_per_unit(0);
+    y = 0.5 * height_ - (v - centre_[1]) * pixels_per_unit(1);
 }
 
 void UvView::to_uv(double x, double y, double& u, double& v) const {
-    u = centre_[0] + (x - 0.5 * width_) / scale_;
-    v = centre_[1] - (y - 0.5 * height_) / scale_;
+    u = centre_[0] + (x - 0.5 * width_) / pixels_per_unit(0);
+    v = centre_[1] - (y - 0.5 * height_) / pixels_per_unit(1);
 }
 
 void UvView::pan(double dx, double dy) {
-    centre_[0] -= dx / scale_;
-    centre_[1] += dy / scale_;
+    centre_[0] -= dx / pixels_per_unit(0);
+    centre_[1] += dy / pixels_per_unit(1);
 }
 
 void UvView::zoom(double factor, double x, double y) {
@@ -41,8 +49,8 @@ void UvView::zoom(double factor, double x, double y) {
 }
 
 void UvView::frame(const UvBox& box) {
-    const double size[2] = {std::max(box.high[0] - box.low[0], 1e-6),
-                            std::max(box.high[1] - box.low[1], 1e-6)};
+    const double size[2] = {std::max(shape_[0] * (box.high[0] - box.low[0]), 1e-6),
+                            std::max(shape_[1] * (box.high[1] - box.low[1]), 1e-6)};
     const double room = 1.0 - 2.0 * k_margin;
     scale_ = std::clamp(std::min(room * width_ / size[0], room * height_ / size[1]), k_least_scale,
                         k_most_scale);

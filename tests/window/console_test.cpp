@@ -47,6 +47,28 @@ TEST_F(ConsoleTest, LastIsTheNewestResultOrComplaint) {
     EXPECT_EQ("// Result: 3", console.last()->text);
 }
 
+TEST_F(ConsoleTest, LastAfterARevisionForgetsWhatCameBefore) {
+    console.error("old");
+    const size_t revision = console.revision();
+    EXPECT_EQ(nullptr, console.last(revision));
+    console.print("said\n");
+    EXPECT_EQ(nullptr, console.last(revision));
+    console.warning("new");
+    ASSERT_NE(nullptr, console.last(revision));
+    EXPECT_EQ("// Warning: new", console.last(revision)->text);
+}
+
+TEST_F(ConsoleTest, PlainWordsAreWithoutMarksAndPlacesOfTheWindowsOwn) {
+    console.error("window:1:12: file: a.obj:3: no such vertex");
+    console.error("user.mel:4:1: Cannot find procedure");
+    console.warning("slow");
+    console.result("window:1: 7");
+    EXPECT_EQ("file: a.obj:3: no such vertex", plain_words(console.lines()[0]));
+    EXPECT_EQ("user.mel:4:1: Cannot find procedure", plain_words(console.lines()[1]));
+    EXPECT_EQ("slow", plain_words(console.lines()[2]));
+    EXPECT_EQ("Result: window:1: 7", plain_words(console.lines()[3]));
+}
+
 TEST_F(ConsoleTest, OldLinesGoWhenThereAreTooMany) {
     for (size_t i = 0; i < Console::k_most_lines + 10; ++i)
         console.echo(std::to_string(i));

@@ -80,4 +80,31 @@ TEST_F(SubjectTest, FilesAreOpenedImportedOrRunByTheirExtension) {
     EXPECT_EQ("", statement_for_file("obj", false));
 }
 
+TEST(FilesDroppedIn, TheFirstOneOpensAndTheOthersAreAdded) {
+    std::vector<std::string> refused;
+    EXPECT_EQ((std::vector<std::string>{"file -open -force \"/a.obj\";", "file -import \"/b.ma\";",
+                                        "file -import \"/c.OBJ\";"}),
+              statements_for_drop({"/a.obj", "/b.ma", "/c.OBJ"}, true, refused));
+    EXPECT_TRUE(refused.empty());
+}
+
+TEST(FilesDroppedIn, NothingIsReplacedWhereSomethingWouldBeLost) {
+    std::vector<std::string> refused;
+    EXPECT_EQ((std::vector<std::string>{"file -import \"/a.obj\";"}),
+              statements_for_drop({"/a.obj"}, false, refused));
+}
+
+TEST(FilesDroppedIn, AScriptLeavesTheOpeningToTheMeshAfterIt) {
+    std::vector<std::string> refused;
+    EXPECT_EQ((std::vector<std::string>{"source \"/s.mel\";", "file -open -force \"/a.obj\";"}),
+              statements_for_drop({"/s.mel", "/a.obj"}, true, refused));
+}
+
+TEST(FilesDroppedIn, OthersAreRefusedByName) {
+    std::vector<std::string> refused;
+    EXPECT_EQ((std::vector<std::string>{"file -open -force \"/a.obj\";"}),
+              statements_for_drop({"/photo.png", "/a.obj", "/noextension"}, true, refused));
+    EXPECT_EQ((std::vector<std::string>{"/photo.png", "/noextension"}), refused);
+}
+
 } // namespace

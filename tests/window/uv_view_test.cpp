@@ -44,9 +44,9 @@ TEST(UvView, ZoomKeepsWhatIsUnderTheMouse) {
 TEST(UvView, ZoomIsBounded) {
     UvView v = view();
     v.zoom(1e30, 0.0, 0.0);
-    EXPECT_EQ(1048576.0, v.pixels_per_unit());
+    EXPECT_EQ(1048576.0, v.pixels_per_side());
     v.zoom(1e-30, 0.0, 0.0);
-    EXPECT_EQ(8.0, v.pixels_per_unit());
+    EXPECT_EQ(8.0, v.pixels_per_side());
 }
 
 TEST(UvView, PanFollowsTheMouse) {
@@ -81,7 +81,7 @@ TEST(UvView, FrameOfAPointStaysFinite) {
     UvBox box;
     box.high[0] = box.low[0] = box.high[1] = box.low[1] = 0.3;
     v.frame(box);
-    EXPECT_LE(v.pixels_per_unit(), 1048576.0);
+    EXPECT_LE(v.pixels_per_side(), 1048576.0);
 }
 
 TEST(UvView, APanelWithoutSizeCountsAsOnePixel) {
@@ -97,6 +97,39 @@ TEST(UvView, GridStepIsThePowerOfTwoThatLeavesRoom) {
     EXPECT_EQ(16, v.grid_step(texture, 8.0)); // 264/512 pixels a texel
     v.zoom(40.0, 0.0, 0.0);
     EXPECT_EQ(1, v.grid_step(texture, 8.0));
+}
+
+TEST(UvView, TexelsAreSquareInATextureThatIsNot) {
+    UvView v = view(400.0, 400.0);
+    EXPECT_TRUE(v.set_texture({2048.0, 256.0}));
+    double left, right, top, bottom;
+    v.to_pixel(0.0, 0.0, left, bottom);
+    v.to_pixel(100.0 / 2048.0, 100.0 / 256.0, right, top);
+    EXPECT_NEAR(right - left, bottom - top, 1e-9);
+    double u, w;
+    v.to_uv(right, top, u, w);
+    EXPECT_NEAR(100.0 / 2048.0, u, 1e-12);
+    EXPECT_NEAR(100.0 / 256.0, w, 1e-12);
+}
+
+TEST(UvView, FrameShowsAllOfAWideTexture) {
+    UvView v = view(400.0, 400.0);
+    v.set_texture({2048.0, 256.0});
+    v.frame(UvBox());
+    double left, right, top, bottom;
+    v.to_pixel(0.0, 0.0, left, bottom);
+    v.to_pixel(1.0, 1.0, right, top);
+    EXPECT_NEAR(24.0, left, 1e-9);
+    EXPECT_NEAR(376.0, right, 1e-9);
+    EXPECT_NEAR(44.0, bottom - top, 1e-9);
+}
+
+TEST(UvView, ATextureOfTheSameShapeChangesNothing) {
+    UvView v = view();
+    EXPECT_FALSE(v.set_texture({512.0, 512.0}));
+    EXPECT_FALSE(v.set_texture({1024.0, 1024.0}));
+    EXPECT_TRUE(v.set_texture({512.0, 1024.0}));
+    EXPECT_FALSE(v.set_texture({256.0, 512.0}));
 }
 
 } // namespace
