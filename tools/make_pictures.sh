@@ -12,12 +12,7 @@ program=$(readlink -f "${1:-$root/build/release/bin/tessora}")
 folder=${2:-$root/docs/images}
 sample=/usr/share/glmark2/models/bunny.obj
 work=$(mktemp -d)
-server=
-finish() {
-    [ -z "$server" ] || kill "$server" 2>/dev/null || true
-    rm -rf "$work"
-}
-trap finish EXIT
+trap 'rm -rf "$work"' EXIT
 
 # Few colours are enough, and small files live well in a repository.
 publish() { # FILE WIDTH COLOURS
@@ -36,14 +31,7 @@ mv "$work/seams.png" "$folder/seams.png" # its soft shades would suffer
 publish atlas.png 480 64
 
 if command -v Xvfb >/dev/null; then
-    # The server picks a free display and says which.
-    Xvfb -displayfd 3 -screen 0 1440x900x24 -nolisten tcp 3>"$work/display" 2>/dev/null &
-    server=$!
-    for _ in $(seq 100); do
-        [ -s "$work/display" ] && break
-        sleep 0.1
-    done
-    DISPLAY=:$(cat "$work/display") "$program" view "$sample" --size 1280x800 \
+    "$root/tools/with_screen.sh" "$program" view "$sample" --size 1280x800 \
         --exec 'select -all; tessora -high_quality 1; select -cl;' --screenshot "$work/window.png"
     publish window.png 1280 200
 fi

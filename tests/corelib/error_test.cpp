@@ -149,17 +149,6 @@ TEST_F(LogDeathTest, LevelAboveFourIsABug) {
                 literally("do_log() BUG at file \"error\", line ") + fixtures::k_digits + "!");
 }
 
-// The formatter of the Windows library writes nothing for what it cannot convert, and never fails.
-#if !defined(_WIN32)
-TEST_F(LogDeathTest, MessageThatCannotBeFormattedIsABug) {
-    notices().answer = 0;
-    const wchar_t outside_the_locale[] = {0x2603, 0};
-    EXPECT_EXIT(do_log(LOG_INFO, LOG_TO_STDERR, "%ls", outside_the_locale),
-                fixtures::ended_by_abort(),
-                literally("do_log() BUG at file \"error\", line ") + fixtures::k_digits + "!");
-}
-#endif
-
 TEST_F(LogDeathTest, BugEndsTheProcessOnlyAfterTheBoxIsDismissed) {
     notices().while_showing = [] { std::fputs("dismissed", stderr); };
     EXPECT_EXIT(report_bug("f", "s", 1), fixtures::ended_by_abort(), "^dismissed$");

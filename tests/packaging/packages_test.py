@@ -9,24 +9,13 @@ a build of its own."""
 
 import os
 import pathlib
-import subprocess
 import sys
 import tempfile
 import unittest
 
+from strangers import run, use_engine, use_program
+
 BUILD, CPACK, CMAKE = sys.argv[1:4]
-HERE = pathlib.Path(__file__).resolve().parent
-
-SCRIPT = """loadPlugin tessora;
-polyCube -name box;
-tessora;
-file -force -exportAll "box.obj";
-print ("charts " + `getAttr tessora_node1.Charts_result` + "\\n");
-"""
-
-
-def run(*words, **options):
-    return subprocess.run([str(word) for word in words], capture_output=True, text=True, timeout=600, **options)
 
 
 class Packages(unittest.TestCase):
@@ -49,17 +38,9 @@ class Packages(unittest.TestCase):
         cls.holder.cleanup()
 
     def use(self, prefix):
-        program = prefix / "bin" / "tessora"
-        with tempfile.TemporaryDirectory() as work:
-            # Nothing of the build may be in reach, nor anything that this user has set.
-            environment = {name: os.environ[name] for name in ("PATH", "HOME") if name in os.environ}
-            (pathlib.Path(work) / "box.mel").write_text(SCRIPT)
-            done = run(program, "script", "box.mel", cwd=work, env=environment)
-            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
-            self.assertRegex(done.stdout, r"charts [1-9]")
-            done = run(program, "unwrap", "box.obj", "-o", "out.obj", cwd=work, env=environment)
-            self.assertEqual(done.returncode, 0, done.stderr)
-            self.assertIn("\nvt ", (pathlib.Path(work) / "out.obj").read_text())
+        # Nothing of the build may be in reach, nor anything that this user has set.
+        use_program(self, [prefix / "bin" / "tessora"],
+                    {name: os.environ[name] for name in ("PATH", "HOME") if name in os.environ})
 
     def test_debian_package_runs_from_its_root(self):
         self.use(self.root / "usr")
@@ -82,13 +63,7 @@ class Packages(unittest.TestCase):
         self.assertLessEqual({"tessoraCreateUI.mel", "tessoraDeleteUI.mel", "tessoraMenuItemClicked.mel"}, shipped)
 
     def test_engine_serves_a_program_of_its_own(self):
-        with tempfile.TemporaryDirectory() as work:
-            done = run(CMAKE, "-S", HERE / "consumer", "-B", work, f"-DCMAKE_PREFIX_PATH={self.moved}")
-            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
-            done = run(CMAKE, "--build", work)
-            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
-            done = run(pathlib.Path(work) / "consumer")
-            self.assertEqual((done.returncode, done.stdout), (0, "the atlas was made, charts: 1\n"))
+        use_engine(self, self.moved, CMAKE, lambda folder: [folder / "consumer"])
 
 
 if __name__ == "__main__":

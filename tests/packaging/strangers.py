@@ -1,0 +1,55 @@
+"""How tests run programs of an unpacked package: as somebody would who has nothing else."""
+
+import pathlib
+import subprocess
+import tempfile
+
+CONSUMER = pathlib.Path(__file__).resolve().parent / "consumer"
+SCRIPT = """loadPlugin tessora;
+polyCube -name box;
+tessora;
+file -force -exportAll "box.obj";
+print ("charts " + `getAttr tessora_node1.Charts_result` + "\\n");
+"""
+
+
+def run(*words, **options):
+    # Into files: what Wine leaves running would hold a pipe open.
+    with tempfile.TemporaryFile("w+") as out, tempfile.TemporaryFile("w+") as errors:
+        done = subprocess.run([str(word) for word in words], stdin=subprocess.DEVNULL, stdout=out, stderr=errors,
+                              timeout=600, **options)
+        out.seek(0)
+        errors.seek(0)
+        return subprocess.CompletedProcess(done.args, done.returncode, out.read(), errors.read())
+
+
+def unpack_one(folder, pattern, target, cmake):
+    """Unpacks the only package of this form; gives the folder that it holds."""
+    package, = pathlib.Path(folder).glob(pattern)
+    target.mkdir()
+    run(cmake, "-E", "tar", "xf", package, cwd=target).check_returncode()
+    content, = target.iterdir()
+    return content
+
+
+def use_program(test, command, environment):
+    """A script makes a mesh, unwraps and exports it; the program unwraps that export."""
+    with tempfile.TemporaryDirectory() as work:
+        (pathlib.Path(work) / "box.mel").write_text(SCRIPT)
+        done = run(*command, "script", "box.mel", cwd=work, env=environment)
+        test.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        test.assertRegex(done.stdout, r"charts [1-9]")
+        done = run(*command, "unwrap", "box.obj", "-o", "out.obj", cwd=work, env=environment)
+        test.assertEqual(done.returncode, 0, done.stderr)
+        test.assertIn("\nvt ", (pathlib.Path(work) / "out.obj").read_text())
+
+
+def use_engine(test, prefix, cmake, consumer, *words):
+    """A program of somebody else's is built over the engine and run; `consumer` makes the command of its path."""
+    with tempfile.TemporaryDirectory() as work:
+        done = run(cmake, "-S", CONSUMER, "-B", work, f"-DCMAKE_PREFIX_PATH={prefix}", *words)
+        test.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        done = run(cmake, "--build", work)
+        test.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        done = run(*consumer(pathlib.Path(work)))
+        test.assertEqual((done.returncode, done.stdout), (0, "the atlas was made, charts: 1\n"))
