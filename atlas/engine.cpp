@@ -2,6 +2,7 @@
 
 #include "atlas/merge.h"
 #include "atlas/regions.h"
+#include "atlas/smooth.h"
 
 namespace tessora::atlas {
 
@@ -31,7 +32,12 @@ bool make_charts(Surface& surface, const Options& options, ProgressMeter& progre
     progress.stage(0.5, 0.75);
     if (!merger.run(Merger::Round::free, progress))
         return false;
-    progress.stage(0.75, 0.85);
+    progress.stage(0.75, 0.78);
+    BorderSmoother smoother(flattener, atoms, clustering.hard);
+    for (int pass = 0; pass < 2; pass++)
+        if (!smoother.run(progress))
+            return false;
+    progress.stage(0.78, 0.85);
     for (size_t i = 0; i < set.charts.size(); i++) {
         if (!progress.advance(double(i) / double(set.charts.size())))
             return false;

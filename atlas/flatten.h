@@ -8,6 +8,8 @@
 
 namespace tessora::atlas {
 
+constexpr double k_hard_stretch = 1.002; ///< on L2, for the pieces of hard surfaces
+
 struct FlattenOptions {
     double limit = 1.176; ///< on L2 stretch
     bool thorough = true; ///< quality mode

@@ -234,36 +234,12 @@ double Merger::align(Rigid& motion) const {
         weight[i] += half;
         weight[i + 1] += half;
     }
-    double total = 0;
-    Vec2 centre_a, centre_b;
+    std::vector<Vec2> from(count), to(count);
     for (size_t i = 0; i < count; i++) {
-        total += weight[i];
-        centre_a = centre_a + set_.uv[node_a_[i]] * weight[i];
-        centre_b = centre_b + set_.uv[node_b_[i]] * weight[i];
+        from[i] = set_.uv[node_a_[i]];
+        to[i] = set_.uv[node_b_[i]];
     }
-    if (!(total > 0))
-        return -1;
-    centre_a = centre_a * (1 / total);
-    centre_b = centre_b * (1 / total);
-    double cosine = 0, sine = 0;
-    for (size_t i = 0; i < count; i++) {
-        const Vec2 p = set_.uv[node_a_[i]] - centre_a, q = set_.uv[node_b_[i]] - centre_b;
-        cosine += weight[i] * dot(p, q);
-        sine += weight[i] * cross(p, q);
-    }
-    const double norm = std::sqrt(cosine * cosine + sine * sine);
-    if (!(norm > 0))
-        return -1;
-    motion.cosine = cosine / norm;
-    motion.sine = sine / norm;
-    motion.shift = {};
-    motion.shift = centre_b - motion(centre_a);
-    double squares = 0;
-    for (size_t i = 0; i < count; i++) {
-        const Vec2 gap = motion(set_.uv[node_a_[i]]) - set_.uv[node_b_[i]];
-        squares += weight[i] * dot(gap, gap);
-    }
-    return std::sqrt(squares / total);
+    return fit_rigid(from, to, weight, motion);
 }
 
 /// The border that a and b have once the arc is glued.

@@ -9,6 +9,7 @@
 #include "atlas/box.h"
 #include "atlas/flatten.h"
 #include "atlas/progress.h"
+#include "atlas/rigid.h"
 
 #include <queue>
 
@@ -50,13 +51,6 @@ private:
             if (a != o.a)
                 return a > o.a;
             return b > o.b;
-        }
-    };
-    struct Rigid {
-        double cosine = 1, sine = 0;
-        Vec2 shift;
-        Vec2 operator()(Vec2 p) const {
-            return Vec2{cosine * p.x - sine * p.y, sine * p.x + cosine * p.y} + shift;
         }
     };
     struct FailedPair {

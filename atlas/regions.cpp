@@ -5,8 +5,6 @@
 namespace tessora::atlas {
 namespace {
 
-constexpr double k_hard_stretch = 1.002; // on L2, of a region of a hard surface
-
 /// A leaf that cannot be flattened as a whole falls apart into its polygons.
 void flatten_polygons(Flattener& flattener, const Atoms& atoms, const uint32_t* begin,
                       const uint32_t* end) {
