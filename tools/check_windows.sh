@@ -53,6 +53,8 @@ wineserver -k || true # which fails where nothing runs
 if [ "$brief" = no ]; then
     step "tests of what only the Windows build has"
     ctest --preset windows -L 'display|slow'
+    step "the plug-in's exports on this system"
+    ctest --preset release -R '^plugin_exports_three_symbols$'
 fi
 step "tests that both systems share"
 if [ "$brief" = yes ]; then

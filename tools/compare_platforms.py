@@ -54,8 +54,8 @@ def unwrap(program, mesh, options, folder):
 
 
 def triangle_count(mesh):
-    return sum(len(line.split()) - 3 for line in mesh.read_text(errors="replace").splitlines()
-               if line.startswith("f "))
+    text = mesh.read_text(errors="replace").replace("\\\n", " ") # lines may be continued
+    return sum(len(line.split()) - 3 for line in text.splitlines() if line.startswith("f "))
 
 
 def compare(a, b):

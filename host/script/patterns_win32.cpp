@@ -7,27 +7,29 @@ namespace host::script {
 
 namespace {
 
+namespace re = std::regex_constants;
+
 /// The same sentences as other systems have for a pattern that is none.
-const char* reason_of(std::regex_constants::error_type code) {
-    namespace re = std::regex_constants;
-    if (code == re::error_brack)
-        return "Unmatched [, [^, [:, [., or [=";
-    if (code == re::error_paren)
-        return "Unmatched ( or \\(";
-    if (code == re::error_brace)
-        return "Unmatched \\{";
-    if (code == re::error_badbrace)
-        return "Invalid content of \\{\\}";
-    if (code == re::error_range)
-        return "Invalid range end";
-    if (code == re::error_ctype)
-        return "Invalid character class name";
-    if (code == re::error_collate)
-        return "Invalid collation character";
-    if (code == re::error_escape)
-        return "Trailing backslash";
-    if (code == re::error_badrepeat)
-        return "Invalid preceding regular expression";
+struct Reason {
+    re::error_type code;
+    const char* text;
+};
+const Reason k_reasons[] = {
+    {re::error_brack, "Unmatched [, [^, [:, [., or [="},
+    {re::error_paren, "Unmatched ( or \\("},
+    {re::error_brace, "Unmatched \\{"},
+    {re::error_badbrace, "Invalid content of \\{\\}"},
+    {re::error_range, "Invalid range end"},
+    {re::error_ctype, "Invalid character class name"},
+    {re::error_collate, "Invalid collation character"},
+    {re::error_escape, "Trailing backslash"},
+    {re::error_badrepeat, "Invalid preceding regular expression"},
+};
+
+const char* reason_of(re::error_type code) {
+    for (const Reason& reason : k_reasons)
+        if (reason.code == code)
+            return reason.text;
     return "Invalid regular expression";
 }
 
