@@ -3,11 +3,11 @@
 #include "faultpoint/faultpoint.h"
 #include "host/graph/plugins.h"
 #include "host/mesh/mesh.h"
+#include "tests/fixtures/library_names.h"
 #include "tests/host/view/panel_fixture.h"
 
 #include <algorithm>
 #include <cmath>
-#include <dlfcn.h>
 #include <set>
 
 namespace {
@@ -53,8 +53,7 @@ class Overlay : public panel_test::PanelTest, protected host::script::Output {
 protected:
     Overlay() {
         host::script::Session::current().set_output(this);
-        // Unloaded for good, it would leave the leak checker without names for what it kept.
-        ::dlopen(TESSORA_PLUGIN_FOLDER "/tessora.so", RTLD_LAZY | RTLD_NODELETE);
+        fixtures::keep_names_of(TESSORA_PLUGIN_FOLDER "/tessora.so");
         host::graph::Plugins::current().search_path() = {TESSORA_PLUGIN_FOLDER};
         host::script::Session::current().interpreter().script_path() = {TESSORA_SCRIPTS};
         run("loadPlugin tessora; file -f -new");

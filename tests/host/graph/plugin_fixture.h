@@ -6,6 +6,7 @@
 #include "host/graph/plugins.h"
 #include "host/mesh/mesh.h"
 #include "host/view/menus.h"
+#include "tests/fixtures/library_names.h"
 #include "tests/host/graph/fixture.h"
 #include "tests/host/graph/small_script.h"
 
@@ -37,7 +38,10 @@ inline std::string bytes_of(const Mesh& mesh) {
 
 class PluginTest : public SceneTest {
 protected:
-    PluginTest() { load(); }
+    PluginTest() {
+        fixtures::keep_names_of(TESSORA_PLUGIN_FILE);
+        load();
+    }
     ~PluginTest() override {
         faultpoint::disarm_all();
         scene.clear();
