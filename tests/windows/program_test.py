@@ -9,10 +9,12 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import zlib
 
@@ -107,6 +109,20 @@ class Program(unittest.TestCase):
         done = self.run_program("unwrap", "absent.obj")
         self.assertEqual(done.returncode, 3)
         self.assertIn("absent.obj: cannot be read: No such file or directory", done.stderr)
+
+    def test_an_interrupt_ends_the_program_with_its_code(self):
+        with open(self.folder / "said", "w+", newline="") as said:
+            program = subprocess.Popen([WINE, PROGRAM, "-c", 'warning "begun"; while (true) {}'], cwd=self.folder,
+                                       stdin=subprocess.DEVNULL, stdout=said, stderr=said)
+            try:
+                end = time.monotonic() + 60
+                while "begun" not in (self.folder / "said").read_text() and time.monotonic() < end:
+                    time.sleep(0.05)
+                program.send_signal(signal.SIGINT) # which Wine makes the console's event of
+                self.assertEqual(program.wait(60), 130)
+            finally:
+                program.kill()
+        self.assertIn("tessora: interrupted", (self.folder / "said").read_text())
 
     def test_without_a_display_there_is_no_direct3d(self):
         self.fresh_server()
