@@ -11,6 +11,10 @@ export WINEPREFIX=${WINEPREFIX:-$here/build/wineprefix}
 export WINEDEBUG=${WINEDEBUG:--all}
 # A crash ends the program with an exit code instead of a dialog; no offers to download anything.
 export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-winedbg.exe=d;mscoree=;mshtml=;winemenubuilder.exe=d}
+# No thread of its own for each Direct3D device: one that is still ending when the program ends is told to
+# end once more, and Wine 8.0 sometimes dies of that (SIGSEGV after everything is done, once in some
+# hundred programs on a busy machine).
+export WINE_D3D_CONFIG=${WINE_D3D_CONFIG:-csmt=0x0}
 
 make_prefix() {
     mkdir -p "$WINEPREFIX"
