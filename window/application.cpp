@@ -126,6 +126,7 @@ bool Application::open_window(std::string& error) {
     });
     glfwSetKeyCallback(window_, [](GLFWwindow* window, int key, int, int action, int modifiers) {
         auto* self = static_cast<Application*>(glfwGetWindowUserPointer(window));
+        self->note_alt(key, action);
         const bool is_text = ImGui::GetIO().WantTextInput && key <= GLFW_KEY_GRAVE_ACCENT &&
                              (modifiers & (GLFW_MOD_CONTROL | GLFW_MOD_ALT)) == 0;
         if (action == GLFW_PRESS && key >= 0 && key < GLFW_KEY_LEFT_SHIFT && !is_text)
@@ -160,8 +161,11 @@ void Application::run_statements(const std::string& statements) {
     state_.status_revision = state_.console.revision();
     const Session::Outcome outcome = Session::current().run(statements, "window");
     has_failed_ = !outcome.ok;
-    if (outcome.ok && !outcome.value.is_none())
-        state_.console.result(outcome.value.to_string());
+    std::string result;
+    for (const std::string& text : outcome.value.flattened())
+        result += (result.empty() ? "" : " ") + text;
+    if (outcome.ok && !result.empty())
+        state_.console.result(result);
     if (!update_meshes()) {
         has_failed_ = true;
         state_.console.error("A mesh could not be brought up to date; it is shown as it was.");

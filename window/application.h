@@ -68,7 +68,9 @@ private:
     void draw_help();
     void draw_progress();
     void draw_question();
+    void take_common_keys();
     void grant(Wish wish);
+    void look(Wish wish);
     void step_chart(int by);
     std::string ask(const std::string& title, const std::string& message,
                     const std::vector<std::string>& buttons, const std::string& preferred);
@@ -77,6 +79,7 @@ private:
     void open_file(bool import);
     void save(bool as_new);
     void export_mesh();
+    void write(const std::string& path, const std::string& statement);
     bool may_discard();
     void dropped(const std::vector<std::string>& files);
 
@@ -107,7 +110,10 @@ private:
         int key, modifiers;
     };
     std::vector<KeyPress> presses_;
-    bool had_press_ = false; ///< the last frame had one, so this one must see it released
+    bool had_press_ = false;    ///< the last frame had one, so this one must see it released
+    bool is_alt_alone_ = false; ///< Alt went down, and nothing was pressed with it so far
+    bool opens_menu_ = false;   ///< in the next frame
+    void note_alt(int key, int action);
     void put_press();
     void take_keys_as_they_are();
     /// A question that waits for its answer, in the middle of whatever asked it.
@@ -120,7 +126,7 @@ private:
     Wish wish_ = Wish::none;                   ///< of this frame
     std::vector<std::function<void()>> later_; ///< what must not happen inside a frame
     bool shows_help_ = false;
-    bool focuses_attributes_ = false, focuses_uvs_ = false, focuses_panels_ = false;
+    bool focuses_uvs_ = false, focuses_panels_ = false;
     bool ends_ = false;
     bool is_good_ = true;
     bool has_failed_ = false; ///< the last statement did

@@ -42,7 +42,7 @@ void Application::save(bool as_new) {
                  [this](const std::string& path) {
                      const std::string whole = extension_of(path).empty() ? path + ".ma" : path;
                      if (extension_of(whole) == ".ma")
-                         state_.run("file -rename " + quoted(whole) + "; file -save;");
+                         write(whole, "file -rename " + quoted(whole) + "; file -save;");
                      else
                          state_.console.error(whole + ": scenes are saved as .ma; "
                                                       "File > Export mesh writes .obj.");
@@ -55,8 +55,18 @@ void Application::export_mesh() {
     chooser_.ask("Export the mesh", "Export", suggested.string(), {".obj"},
                  [this](const std::string& path) {
                      const std::string whole = extension_of(path).empty() ? path + ".obj" : path;
-                     state_.run("file -force -exportAll " + quoted(whole) + ";");
+                     write(whole, "file -force -exportAll " + quoted(whole) + ";");
                  });
+}
+
+void Application::write(const std::string& path, const std::string& statement) {
+    later_.push_back([this, path, statement] {
+        std::error_code ignored;
+        if (path == state_.scene_name || !fs::exists(path, ignored) ||
+            ask("Replace the file", path + " exists already.", {"Replace it", "Cancel"},
+                "Cancel") == "Replace it")
+            state_.run(statement);
+    });
 }
 
 bool Application::may_discard() {

@@ -34,6 +34,15 @@ void begin_area(const char* name, float left, float top, float width, float heig
 
 } // namespace
 
+/// Alt alone leads to the menus, when it goes up again.
+void Application::note_alt(int key, int action) {
+    const bool is_alt = key == GLFW_KEY_LEFT_ALT || key == GLFW_KEY_RIGHT_ALT;
+    if (action == GLFW_PRESS)
+        is_alt_alone_ = is_alt;
+    else if (is_alt && action == GLFW_RELEASE && is_alt_alone_)
+        opens_menu_ = true;
+}
+
 void Application::put_press() {
     ImGuiIO& io = ImGui::GetIO();
     for (const KeyPress& press : presses_)
@@ -46,6 +55,9 @@ void Application::put_press() {
     presses_.erase(presses_.begin());
     had_press_ = true;
     io.KeysDown[press.key] = true;
+    // Enter presses the button or the menu item that has the focus, as Space does.
+    if ((press.key == GLFW_KEY_ENTER || press.key == GLFW_KEY_KP_ENTER) && !io.WantTextInput)
+        io.NavInputs[ImGuiNavInput_Activate] = 1.0f;
     io.KeyCtrl = (press.modifiers & GLFW_MOD_CONTROL) != 0;
     io.KeyShift = (press.modifiers & GLFW_MOD_SHIFT) != 0;
     io.KeyAlt = (press.modifiers & GLFW_MOD_ALT) != 0;
@@ -89,6 +101,7 @@ void Application::frame(bool is_live) {
     is_in_frame_ = false;
     if (!is_live)
         return;
+    take_common_keys();
     grant(wish_);
     const auto now = std::move(later_);
     later_.clear();
@@ -97,7 +110,10 @@ void Application::frame(bool is_live) {
 }
 
 void Application::draw_everything(bool is_live) {
-    wish_ = draw_menu_bar(state_, is_live);
+    is_alt_alone_ = is_alt_alone_ && !ImGui::IsAnyMouseDown();
+    const bool opens_menu = opens_menu_ && is_live && !question_ && !chooser_.is_open();
+    opens_menu_ = false;
+    wish_ = draw_menu_bar(state_, is_live, opens_menu);
     if (is_live && wish_ == Wish::none && !chooser_.is_open())
         wish_ = pressed_wish(state_);
     draw_areas(is_live);
@@ -146,9 +162,6 @@ void Application::draw_right(float left, float top, float width, float height, b
     begin_area("Results", left, top + uvs + k_gap, width, results, true);
     draw_results(state_);
     ImGui::End();
-    if (focuses_attributes_)
-        ImGui::SetNextWindowFocus();
-    focuses_attributes_ = false;
     begin_area("Attributes", left, top + uvs + results + 2.0f * k_gap, width,
                height - uvs - results - 2.0f * k_gap, true);
     ImGui::BeginDisabled(!is_live);
@@ -185,6 +198,8 @@ void Application::draw_help() {
     if (ImGui::Begin("Keyboard and mouse", &shows_help_,
                      ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_AlwaysAutoResize |
                          ImGuiWindowFlags_NoSavedSettings)) {
+        const ImVec2 at = ImGui::GetWindowPos(), size = ImGui::GetWindowSize();
+        state_.places.add("help", at.x, at.y, size.x, size.y);
         if (ImGui::BeginTable("keys", 2, ImGuiTableFlags_SizingFixedFit)) {
             for (const Shortcut& row : shortcuts()) {
                 ImGui::TableNextRow();
@@ -251,7 +266,11 @@ void Application::draw_question() {
         if (button == question_->preferred)
             ImGui::SetItemDefaultFocus();
     }
-    if (ImGui::IsKeyPressed(GLFW_KEY_ESCAPE, false))
+    // Enter presses the button with the focus; after a use of the mouse none shows one.
+    const bool is_entered =
+        ImGui::IsKeyPressed(GLFW_KEY_ENTER, false) || ImGui::IsKeyPressed(GLFW_KEY_KP_ENTER, false);
+    if (ImGui::IsKeyPressed(GLFW_KEY_ESCAPE, false) ||
+        (is_entered && answer_.empty() && !ImGui::GetIO().NavVisible))
         answer_ = question_->preferred;
     if (!answer_.empty())
         ImGui::CloseCurrentPopup();
@@ -285,7 +304,8 @@ void Application::step_chart(int by) {
     state_.hovered = k_none;
 }
 
-void Application::grant(Wish wish) {
+/// Keys that mean something wherever the focus is.
+void Application::take_common_keys() {
     const ImGuiIO& io = ImGui::GetIO();
     if (!io.WantTextInput && !io.KeyCtrl)
         for (const auto& [key, panel] : {std::pair(GLFW_KEY_1, 0), std::pair(GLFW_KEY_2, 1),
@@ -294,34 +314,38 @@ void Application::grant(Wish wish) {
                 panels_->choose(panel);
     if (ImGui::IsKeyPressed(GLFW_KEY_ESCAPE, false))
         state_.chosen = k_none;
+}
+
+void Application::grant(Wish wish) {
     switch (wish) {
-    case Wish::none:
-        break;
     case Wish::new_scene:
         if (may_discard())
             state_.run("file -new -force;");
         break;
     case Wish::open:
     case Wish::import:
-        open_file(wish == Wish::import);
-        break;
+        return open_file(wish == Wish::import);
     case Wish::save:
     case Wish::save_as:
-        save(wish == Wish::save_as);
-        break;
+        return save(wish == Wish::save_as);
     case Wish::export_mesh:
-        export_mesh();
-        break;
+        return export_mesh();
     case Wish::quit:
         ends_ = may_discard();
         break;
+    default:
+        look(wish);
+    }
+}
+
+/// Wishes that change nothing but what is seen and where the keyboard goes.
+void Application::look(Wish wish) {
+    switch (wish) {
     case Wish::frame_all:
         panels_->frame_all();
-        uvs_->frame_all(state_);
-        break;
+        return uvs_->frame_all(state_);
     case Wish::toggle_alone:
-        panels_->toggle_alone();
-        break;
+        return panels_->toggle_alone();
     case Wish::focus_panels:
         focuses_panels_ = true;
         break;
@@ -329,17 +353,20 @@ void Application::grant(Wish wish) {
         focuses_uvs_ = true;
         break;
     case Wish::focus_attributes:
-        focuses_attributes_ = true;
-        break;
+        return attributes_.focus();
     case Wish::focus_console:
-        console_.focus();
-        break;
+        return console_.focus();
     case Wish::next_chart:
     case Wish::previous_chart:
-        step_chart(wish == Wish::next_chart ? 1 : -1);
+        return step_chart(wish == Wish::next_chart ? 1 : -1);
+    case Wish::open_menu:
+        opens_menu_ = true;
         break;
     case Wish::help:
         shows_help_ = !shows_help_;
+        break;
+    default:
+        break;
     }
 }
 

@@ -169,13 +169,16 @@ Wish control_wish(State& state, bool with_shift) {
 
 } // namespace
 
-Wish draw_menu_bar(State& state, bool is_live) {
+Wish draw_menu_bar(State& state, bool is_live, bool opens) {
     Wish wish = Wish::none;
     if (!ImGui::BeginMainMenuBar())
         return wish;
     ImGui::BeginDisabled(!is_live);
     for (const std::string& menu : host::MenuTree::current().menus()) {
         const std::string label = label_of(menu);
+        if (opens)
+            ImGui::OpenPopup(label.c_str());
+        opens = false;
         const bool is_open = ImGui::BeginMenu(label.c_str());
         state.places.add_item("menu/" + label);
         if (!is_open)
@@ -200,11 +203,10 @@ Wish pressed_wish(State& state) {
         return io.WantTextInput && (pressed(GLFW_KEY_Z) || pressed(GLFW_KEY_Y))
                    ? Wish::none
                    : control_wish(state, io.KeyShift);
-    const std::pair<int, Wish> function_keys[] = {{GLFW_KEY_F1, Wish::help},
-                                                  {GLFW_KEY_F2, Wish::focus_panels},
-                                                  {GLFW_KEY_F3, Wish::focus_uv},
-                                                  {GLFW_KEY_F4, Wish::focus_attributes},
-                                                  {GLFW_KEY_F5, Wish::focus_console}};
+    const std::pair<int, Wish> function_keys[] = {
+        {GLFW_KEY_F1, Wish::help},          {GLFW_KEY_F2, Wish::focus_panels},
+        {GLFW_KEY_F3, Wish::focus_uv},      {GLFW_KEY_F4, Wish::focus_attributes},
+        {GLFW_KEY_F5, Wish::focus_console}, {GLFW_KEY_F10, Wish::open_menu}};
     for (const auto& [key, wish] : function_keys)
         if (pressed(key))
             return wish;
@@ -228,7 +230,7 @@ const std::vector<Shortcut>& shortcuts() {
         {"click, Ctrl+A", "select a mesh, all meshes"},
         {"Ctrl+U", "the options of Tessora"},
         {"Ctrl+Q", "quit"},
-        {"Alt, arrows, Enter", "the menus"},
+        {"Alt or F10, arrows, Enter", "the menus"},
         {"Tab, Shift+Tab, arrows, Space", "from control to control in a dialog or panel"},
         {"Ctrl+Tab", "from window to window"},
         {"F2, F3, F4, F5", "to the panels, the UVs, the attributes, the console"},

@@ -26,11 +26,12 @@ enum class Wish {
     focus_console,
     next_chart,
     previous_chart,
+    open_menu,
     help
 };
 
-/// Draws the bar; gives what was picked.
-Wish draw_menu_bar(State& state, bool is_live);
+/// Draws the bar; gives what was picked. `opens`: the first menu, for the keyboard to go on from.
+Wish draw_menu_bar(State& state, bool is_live, bool opens);
 
 /// The shortcut pressed in this frame. Not asked while a text field has the keyboard, except for
 /// those with Ctrl.

@@ -21,6 +21,8 @@ void Places::add_item(const std::string& name) {
     add(name, low.x, low.y, high.x - low.x, high.y - low.y);
     if (ImGui::IsItemActive())
         add(name + "/active", low.x, low.y, high.x - low.x, high.y - low.y);
+    if (ImGui::IsItemFocused())
+        add(name + "/focused", low.x, low.y, high.x - low.x, high.y - low.y);
 }
 
 void Places::end_frame() {

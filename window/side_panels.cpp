@@ -136,46 +136,37 @@ void draw_results(State& state) {
     draw_remarks(state);
 }
 
+/// The value as a field; gives what to set once it was edited.
+std::string AttributePanel::draw_field(const AttributeRow& row) {
+    if (row.kind == AttributeRow::Kind::integer) {
+        int& value = integers_.emplace(row.plug, static_cast<int>(row.number)).first->second;
+        ImGui::InputInt("##value", &value, 0, 0);
+        return " " + std::to_string(value);
+    }
+    if (row.kind == AttributeRow::Kind::real) {
+        float& value = reals_.emplace(row.plug, static_cast<float>(row.number)).first->second;
+        ImGui::InputFloat("##value", &value, 0.0f, 0.0f, "%.4g");
+        return words(" %.9g", static_cast<double>(value));
+    }
+    std::string& value = texts_.emplace(row.plug, row.text).first->second;
+    ImGui::InputText("##value", &value);
+    return " -type \"string\" " + host::script::quoted(value);
+}
+
 void AttributePanel::draw_value(State& state, const AttributeRow& row) {
     ImGui::SetNextItemWidth(-1.0f);
-    bool is_done = false, is_active = false;
-    std::string statement;
-    switch (row.kind) {
-    case AttributeRow::Kind::boolean: {
+    if (row.kind == AttributeRow::Kind::boolean) {
         bool is_on = row.number != 0.0;
         if (ImGui::Checkbox("##value", &is_on))
             state.run("setAttr " + host::script::quoted(row.plug) + (is_on ? " 1;" : " 0;"));
         state.places.add_item("attribute/" + row.name);
         return;
     }
-    case AttributeRow::Kind::integer: {
-        int& value = integers_.emplace(row.plug, static_cast<int>(row.number)).first->second;
-        ImGui::InputInt("##value", &value, 0, 0);
-        is_done = ImGui::IsItemDeactivatedAfterEdit();
-        is_active = ImGui::IsItemActive();
-        statement = " " + std::to_string(value);
-        break;
-    }
-    case AttributeRow::Kind::real: {
-        float& value = reals_.emplace(row.plug, static_cast<float>(row.number)).first->second;
-        ImGui::InputFloat("##value", &value, 0.0f, 0.0f, "%.4g");
-        is_done = ImGui::IsItemDeactivatedAfterEdit();
-        is_active = ImGui::IsItemActive();
-        statement = words(" %.9g", static_cast<double>(value));
-        break;
-    }
-    case AttributeRow::Kind::text: {
-        std::string& value = texts_.emplace(row.plug, row.text).first->second;
-        ImGui::InputText("##value", &value);
-        is_done = ImGui::IsItemDeactivatedAfterEdit();
-        is_active = ImGui::IsItemActive();
-        statement = " -type \"string\" " + host::script::quoted(value);
-        break;
-    }
-    }
+    const std::string value = draw_field(row);
+    const bool is_done = ImGui::IsItemDeactivatedAfterEdit(), is_active = ImGui::IsItemActive();
     state.places.add_item("attribute/" + row.name);
     if (is_done)
-        state.run("setAttr " + host::script::quoted(row.plug) + statement + ";");
+        state.run("setAttr " + host::script::quoted(row.plug) + value + ";");
     if (is_done || !is_active) {
         reals_.erase(row.plug);
         integers_.erase(row.plug);
@@ -232,7 +223,10 @@ void AttributePanel::draw(State& state) {
         return;
     }
     draw_head(state);
-    ImGui::BeginChild("attributes");
+    if (wants_focus_)
+        ImGui::SetNextWindowFocus();
+    wants_focus_ = false;
+    ImGui::BeginChild("attributes", {0.0f, 0.0f}, false, ImGuiWindowFlags_NavFlattened);
     if (ImGui::BeginTable("attributes", 2, k_table)) {
         ImGui::TableSetupColumn("name", 0, 0.9f);
         ImGui::TableSetupColumn("value", 0, 1.1f);

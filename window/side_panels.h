@@ -15,11 +15,15 @@ void draw_results(State& state);
 class AttributePanel {
 public:
     void draw(State& state);
+    /// Tab and the arrows go through the attributes from the next frame on.
+    void focus() { wants_focus_ = true; }
 
 private:
+    bool wants_focus_ = false;
     void draw_head(State& state) const;
     void draw_row(State& state, const AttributeRow& row);
     void draw_value(State& state, const AttributeRow& row);
+    std::string draw_field(const AttributeRow& row);
     std::map<std::string, float> reals_; ///< being edited, by plug
     std::map<std::string, int> integers_;
     std::map<std::string, std::string> texts_;

@@ -28,7 +28,10 @@ void UvPanel::header(State& state) {
         if (ImGui::Button(k_display_names[i]))
             state.display = static_cast<Display>(i);
         ImGui::PopStyleColor();
-        state.places.add_item(std::string("display/") + k_display_names[i]);
+        const std::string place = std::string("display/") + k_display_names[i];
+        state.places.add_item(place);
+        if (is_on)
+            state.places.add_item(place + "/on");
     }
     ImGui::SameLine();
     if (ImGui::Checkbox("Texels", &has_grid))

@@ -78,7 +78,7 @@ void new_scene() {
     Scene::current().is_modified = false;
 }
 
-std::string import_obj(const std::string& path) {
+Mesh read_obj(const std::string& path) {
     IoError error;
     std::string text;
     ObjDocument document;
@@ -87,6 +87,10 @@ std::string import_obj(const std::string& path) {
     Mesh mesh;
     if (!mesh_of_document(document, mesh))
         throw ScriptFault("file: \"" + path + "\" is too large.");
+    return mesh;
+}
+
+std::string add_obj(const Mesh& mesh, const std::string& path) {
     Scene& scene = Scene::current();
     const std::string stem = Scene::legal_name(std::filesystem::path(path).stem().string());
     const Ref<Node> transform = scene.make_node(scene.find_type("transform"), stem);
@@ -146,9 +150,11 @@ void open_file(Invocation& call, const Flags& flags, const std::string& path) {
         throw ScriptFault("file: Cannot read the file \"" + path + "\".");
     // What an opened scene is made of cannot be taken back piece by piece.
     const graph::UndoFrame quiet("file", false);
+    // A mesh that cannot be read leaves the scene as it is.
+    const Mesh mesh = format == Format::obj ? read_obj(path) : Mesh();
     new_scene();
     if (format == Format::obj)
-        import_obj(path);
+        add_obj(mesh, path);
     else
         read_scene_file(call, path);
     graph::UndoQueue::current().clear();
@@ -212,7 +218,7 @@ Value file(Invocation& call) {
         open_file(call, flags, path);
     } else if (flags.has("import")) {
         if (format_of(flags, path) == Format::obj)
-            return import_obj(path);
+            return add_obj(read_obj(path), path);
         read_scene_file(call, path);
     } else if (flags.has("exportAll") || flags.has("exportSelected")) {
         if (format_of(flags, path) == Format::obj)

@@ -1,0 +1,150 @@
+#!/usr/bin/env python3
+"""Drives `tessora view` through its files and its questions.
+
+    drive_files.py PROGRAM FOLDER    screenshots go to FOLDER
+
+Import, New, export, files that cannot be read or that exist already, message boxes, and what is
+asked before unsaved work is lost.
+"""
+import re
+import sys
+
+from window_driver import drive_on_a_screen, fail_unless, run_script, tell
+
+KEEP, DISCARD = "question/Keep working", "question/Discard them"
+
+
+def meshes(window, count):
+    window.statement("size(`ls -type mesh`);", rf"Result: {count}\n")
+
+
+def choose_file(window, keys, file):
+    window.key(keys)
+    window.wait_for("file/path/active")
+    window.type(str(file))
+    window.key("Return")
+
+
+def import_a_mesh(window, scratch):
+    meshes(window, 1)
+    window.key("F2")
+    choose_file(window, "ctrl+i", scratch / "b.obj")
+    window.wait_said(r"Result: b\n")
+    meshes(window, 2)
+    window.picture("imported")
+    tell("imported beside what was there")
+
+
+def keep_and_discard(window):
+    window.key("F2", "ctrl+n")
+    window.wait_for(KEEP)
+    window.picture("discard_question")
+    window.key("Escape")
+    window.wait_gone(KEEP)
+    meshes(window, 2)
+    window.key("F2", "ctrl+n")
+    window.click(KEEP)
+    window.wait_gone(KEEP)
+    meshes(window, 2)
+    window.key("F2", "ctrl+n")
+    window.click(DISCARD)
+    window.wait_gone(DISCARD)
+    meshes(window, 0)
+    window.picture("new_scene")
+    window.key("F2", "ctrl+n")  # nothing to lose: nothing to ask
+    window.settle()
+    fail_unless(not window.has(KEEP), "New asks about an empty scene")
+    tell("asked before unsaved work went")
+
+
+def export(window, scratch):
+    window.click("menu/Create")
+    window.click("menuitem/Torus")
+    window.settle()
+    meshes(window, 1)
+    window.key("F2")
+    choose_file(window, "ctrl+e", scratch / "ring")
+    made = scratch / "ring.obj"
+    window.wait(made.exists, "the exported mesh")
+    lines = made.read_text().splitlines()
+    for kind in ("v ", "vt ", "f "):
+        fail_unless(any(line.startswith(kind) for line in lines), f"no '{kind}' in the export")
+    made.write_text("precious")
+    choose_file(window, "ctrl+e", made)
+    window.wait_for("question/Replace it")
+    window.picture("replace_question")
+    window.key("Escape")
+    window.wait_gone("question/Replace it")
+    window.settle()
+    fail_unless(made.read_text() == "precious", "a file was replaced without leave")
+    choose_file(window, "ctrl+e", made)
+    window.click("question/Replace it")
+    window.wait(lambda: made.read_text() != "precious", "the file to be replaced")
+    tell("exported")
+
+
+def message_boxes(window):
+    window.key("F5")
+    window.wait_for("console/field/active")
+    window.type('confirmDialog -title "Two ways" -message "Which one?" -button "This" '
+                '-button "That" -defaultButton "This";')
+    window.key("Return")
+    window.wait_for("question/That")
+    window.picture("message_box")
+    window.click("question/That")
+    window.wait_said("Result: That")
+    tell("answered a message box")
+
+
+def refuse_a_bad_file(window, scratch):
+    window.key("F2")
+    choose_file(window, "ctrl+o", scratch / "bad.obj")
+    window.click(DISCARD)
+    window.wait_said(r"bad\.obj:3: face uses vertex 9")
+    window.picture("bad_file")
+    window.settle()
+    meshes(window, 1)
+    tell("kept the scene when a file was bad")
+
+
+def quit_with_unsaved_work(window, scratch):
+    window.click("menu/Create")
+    window.click("menuitem/Cube")
+    window.settle()
+    window.key("F2", "ctrl+q")
+    window.wait_for(KEEP)
+    window.key("Return")  # the one that loses nothing
+    window.wait_gone(KEEP)
+    meshes(window, 2)
+    scene = scratch / "kept.ma"
+    window.key("F2")
+    choose_file(window, "ctrl+s", scene)
+    window.wait(scene.exists, "the scene's file")
+    window.settle()
+    window.statement("polyCube;", r"Result: pCube")
+    window.key("F2", "ctrl+q")
+    window.click(DISCARD)
+    window.wait_end()
+    text = scene.read_text()
+    fail_unless(len(re.findall("createNode mesh", text)) == 2, "the saved scene is another one")
+    tell("asked before quitting")
+
+
+def drive(window, scratch):
+    import_a_mesh(window, scratch)
+    keep_and_discard(window)
+    export(window, scratch)
+    message_boxes(window)
+    refuse_a_bad_file(window, scratch)
+    quit_with_unsaved_work(window, scratch)
+
+
+def make_files(scratch):
+    for name, maker in (("a", "polyCube"), ("b", "polySphere")):
+        run_script(sys.argv[1], f'{maker}; file -f -exportAll "{scratch / name}.obj";')
+    (scratch / "bad.obj").write_text("v 0 0 0\nv 1 0 0\nf 1 2 9\n")
+    return (str(scratch / "a.obj"),)
+
+
+if __name__ == "__main__":
+    drive_on_a_screen(drive, make_files)
