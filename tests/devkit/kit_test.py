@@ -28,9 +28,9 @@ ERA, VERSION, PLACE, FORM, TOOLS = {
 }[LAYOUT]
 LIBRARIES = ("OpenMaya", "OpenMayaUI", "Foundation")
 OF_THE_UI = {"M3dView", "MProgressWindow", "MUiMessage"}
-OF_THE_FOUNDATION = {"MStatus", "MString", "MStringArray", "MIntArray", "MFloatArray", "MPointArray", "MFloatVectorArray",
-                     "MCallbackIdArray", "MVector", "MPoint", "MFloatVector", "MMatrix", "MTypeId"}
-HOST_NAME = re.compile(r"(?:(vtable|typeinfo|typeinfo name) for )?(?:OpenMaya\d+::)?(M\w+?)(?:::(\w+|~\w+|operator.*))?(\(.*)?$")
+OF_THE_FOUNDATION = {"MStatus", "MString", "MStringArray", "MIntArray", "MFloatArray", "MPointArray",
+                     "MFloatVectorArray", "MCallbackIdArray", "MVector", "MPoint", "MFloatVector", "MMatrix", "MTypeId"}
+HOST_NAME = re.compile(r"(?:(?:vtable|typeinfo|typeinfo name) for )?(?:OpenMaya\d+::)?(M\w+)[^(]*(\()?")
 
 
 def run(*words):
@@ -73,21 +73,22 @@ def configure():
             sys.exit(f"{library(name)} was not found")
 
 
-def names(tool_words, objects):
-    """(name, readable form) of the symbols that nm lists."""
-    plain, readable = (run(TOOLS + "nm", "-p", "-P", *extra, *tool_words, *objects).splitlines()
-                       for extra in ([], ["-C"]))
-    return {(a.split()[0], b.rsplit(" U", 1)[0].strip()) for a, b in zip(plain, readable) if not a.endswith(":")}
+def undefined_names(objects):
+    """(name, readable form) of what the objects do not define themselves, in order."""
+    plain, readable = (run(TOOLS + "nm", "-u", "-p", "-P", *form, *objects).splitlines() for form in ([], ["-C"]))
+    return sorted({(a.split()[0], b.rsplit(" U", 1)[0].strip()) for a, b in zip(plain, readable)
+                   if not a.endswith(":")})
 
 
 def wanted_names(objects):
     """Library -> C declarations of what the plug-in takes from the host."""
+    classes = set(re.findall(r"(?:class |DEVKIT_ARRAY\()(M\w+)", (HERE / "declarations.h").read_text()))
     stubs = {name: [] for name in LIBRARIES}
-    for name, readable in sorted(names(["-u"], objects)):
+    for name, readable in undefined_names(objects):
         match = HOST_NAME.match(readable)
-        if not match:
+        if not match or match[1] not in classes:
             continue
-        kind, owner, member, call = match.groups()
+        owner, call = match.groups()
         home = "OpenMayaUI" if owner in OF_THE_UI else "Foundation" if owner in OF_THE_FOUNDATION else "OpenMaya"
         stubs[home].append(f"void {name}(void) {{}}" if call else f"char {name}[64];")
     return stubs
