@@ -3,6 +3,7 @@
 #include "atlas/emit.h"
 #include "atlas/engine.h"
 #include "atlas/pack.h"
+#include "atlas/pack_cut.h"
 
 #include <algorithm>
 #include <new>
@@ -93,7 +94,8 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
     ChartSet set(surface);
     if (!make_charts(surface, options, progress, set))
         return {Status::aborted, k_none};
-    const Finished finished(set, stretch_limit(options.max_stretch), 1);
+    const double limit = stretch_limit(options.max_stretch);
+    Finished finished(set, limit, 1);
     const uint32_t chart_count = uint32_t(finished.chart_stretch.size());
     if (options.max_charts != 0 && chart_count > options.max_charts)
         return {Status::chart_limit, chart_count};
@@ -105,7 +107,16 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
     packing_options.triangles = surface.face_count;
     progress.stage(0.85, 0.99);
     packing_options.proceed = [&](double fraction) { return progress.advance(fraction); };
-    const Packing packing = pack(finished.to_pack(), packing_options);
+    Packing packing = pack(finished.to_pack(), packing_options);
+    if (options.cut_to_pack && packing.status == Status::ok) {
+        const auto pack_again = [&] {
+            finished = Finished(set, limit, 1);
+            packing = pack(finished.to_pack(), packing_options);
+            return packing.status == Status::ok ? packing.scale : 0.0;
+        };
+        cut_for_packing(surface, options, set, packing.scale, pack_again);
+        pack_again(); // the last try may have been taken back
+    }
     if (packing.status != Status::ok)
         return {packing.status,
                 packing.status == Status::does_not_fit ? chart_count : uint32_t(k_none)};

@@ -50,6 +50,7 @@ struct Options {
     uint32_t height = 512;     ///< texels
     float gutter = 2.0f;       ///< texels between two charts in the final texture
     Quality quality = Quality::quality;
+    bool cut_to_pack = false; ///< cut large charts in two where that lets all charts grow; create()
     Progress progress = nullptr;
     void* user = nullptr;
 };

@@ -129,6 +129,11 @@ bool Flattener::judge(Chart& c) {
     return c.stretch.flipped == 0 && c.stretch.l2() <= options.limit && judge_outline(c);
 }
 
+bool Flattener::judge_as_it_is(Chart& c) {
+    set.refresh(c);
+    return c.stretch.flipped == 0 && c.stretch.l2() <= options.limit && judge_outline(c);
+}
+
 /// Relaxes a chart that has a start; true when it is legal then. In fast mode a start whose L2
 /// stretch is at most `enough` goes without the global solve.
 bool Flattener::improve(Chart& c, double enough) {

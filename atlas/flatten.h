@@ -32,8 +32,11 @@ public:
     /// Copies all of a chart into `patch`; `nodes` tells where to write it back.
     void load(const Chart& c);
     void store();
-    /// Judges a chart whose triangles and coordinates are set; fills its border and sums.
+    /// Judges a chart whose triangles and coordinates are set, after closing its slits; fills its
+    /// border and sums.
     bool judge(Chart& c);
+    /// The same, moving nothing.
+    bool judge_as_it_is(Chart& c);
     bool judge_outline(const Chart& c);
     /// Makes the sides of slits that lie next to each other coincide exactly; appends the nodes it
     /// moved, with where they were.

@@ -33,7 +33,7 @@ bool BorderSmoother::run(ProgressMeter& progress) {
             return false;
         list_neighbours(a);
         for (uint32_t b : neighbours_)
-            smooth_pair(a, b);
+            smooth(a, b);
     }
     return true;
 }
@@ -50,7 +50,7 @@ void BorderSmoother::list_neighbours(uint32_t a) {
     neighbours_.erase(std::unique(neighbours_.begin(), neighbours_.end()), neighbours_.end());
 }
 
-void BorderSmoother::smooth_pair(uint32_t a, uint32_t b) {
+void BorderSmoother::smooth(uint32_t a, uint32_t b) {
     todo_.clear();
     offer_atoms(a, b);
     offer_atoms(b, a);
@@ -64,7 +64,7 @@ void BorderSmoother::smooth_pair(uint32_t a, uint32_t b) {
     if (undo_.chart.empty())
         return;
     regroup(a, b);
-    if (legal(a) && legal(b))
+    if (flattener_.judge_as_it_is(set_.charts[a]) && flattener_.judge_as_it_is(set_.charts[b]))
         return;
     take_back();
     regroup(a, b);
@@ -256,13 +256,6 @@ void BorderSmoother::regroup(uint32_t a, uint32_t b) {
     set_.charts[b].faces.clear();
     for (uint32_t t : all)
         set_.charts[set_.chart[t]].faces.push_back(t);
-}
-
-bool BorderSmoother::legal(uint32_t a) {
-    Chart& chart = set_.charts[a];
-    set_.refresh(chart);
-    return chart.stretch.flipped == 0 && chart.stretch.l2() <= flattener_.options.limit &&
-           flattener_.judge_outline(chart);
 }
 
 } // namespace tessora::atlas

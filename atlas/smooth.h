@@ -20,6 +20,8 @@ public:
     BorderSmoother(Flattener& flattener, const Atoms& atoms, const std::vector<uint8_t>& hard);
     /// One pass over all pairs of neighbouring charts. False when the callback asked to stop.
     bool run(ProgressMeter& progress);
+    /// The border between two charts alone.
+    void smooth(uint32_t a, uint32_t b);
 
 private:
     /// Everything one ear changed, so that it can be taken back.
@@ -35,7 +37,6 @@ private:
     };
 
     void list_neighbours(uint32_t a);
-    void smooth_pair(uint32_t a, uint32_t b);
     void offer_atoms(uint32_t from, uint32_t to);
     bool find_ear(uint32_t atom, uint32_t from, uint32_t to);
     bool trace_atom(uint32_t atom);
@@ -47,7 +48,6 @@ private:
     void set_glued(uint32_t h, uint8_t value);
     void take_back();
     void regroup(uint32_t a, uint32_t b);
-    bool legal(uint32_t a);
 
     Flattener& flattener_;
     ChartSet& set_;

@@ -1,7 +1,8 @@
 // Runs the engine on a mesh file and prints one CSV row: what came out and how long it took.
 //
 //   atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] [--gutter G] [--cut-angle DEGREES]
-//             [--unpacked] [--check] [--repeat N] [--copies N] [--header] [--dump FILE.obj]
+//             [--unpacked] [--check] [--cut-to-pack] [--repeat N] [--copies N] [--header] [--dump
+//             FILE.obj]
 //
 // --check judges the result by brute force (slow) and lists what it breaks; --copies N sets the
 // mesh N times beside itself; --dump writes the triangles with their coordinates.
@@ -236,6 +237,8 @@ bool parse(int count, char** words, Request& request) {
             request.check = true;
         else if (word == "--header")
             request.header = true;
+        else if (word == "--cut-to-pack")
+            request.options.cut_to_pack = true;
         else if (word == "--repeat")
             request.repeat = std::atoi(value());
         else if (word == "--copies")
@@ -297,9 +300,10 @@ int run(const Request& request) {
 int main(int count, char** words) {
     Request request;
     if (!parse(count, words, request)) {
-        std::fprintf(stderr, "usage: atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] "
-                             "[--gutter G] [--cut-angle DEGREES] [--unpacked] [--check] "
-                             "[--repeat N] [--copies N] [--header] [--dump FILE.obj]\n");
+        std::fprintf(stderr,
+                     "usage: atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] "
+                     "[--gutter G] [--cut-angle DEGREES] [--unpacked] [--check] "
+                     "[--cut-to-pack] [--repeat N] [--copies N] [--header] [--dump FILE.obj]\n");
         return 2;
     }
     return run(request);

@@ -287,6 +287,61 @@ TEST(AtlasCreate, AChartLimitBelowWhatIsNeededIsRefusedWithTheNumber) {
     EXPECT_EQ(create(loose_triangles(3).view(), options, result).status, Status::ok);
 }
 
+/// Unit quads in a row.
+TestMesh row_of_quads(uint32_t count) {
+    TestMesh mesh;
+    for (uint32_t i = 0; i <= count; i++) {
+        mesh.vertex(float(i), 0, 0);
+        mesh.vertex(float(i), 1, 0);
+    }
+    for (uint32_t i = 0; i < count; i++)
+        mesh.polygon({2 * i, 2 * i + 2, 2 * i + 3, 2 * i + 1});
+    mesh.connect();
+    return mesh;
+}
+
+TEST(AtlasCutToPack, ALongStripIsCutUntilItFillsTheTexture) {
+    const TestMesh strip = row_of_quads(40);
+    Options options;
+    const Judgement whole = unwrap(strip, options);
+    EXPECT_EQ(whole.charts, 1u);
+    options.cut_to_pack = true;
+    const Judgement cut = unwrap(strip, options);
+    EXPECT_GT(cut.charts, 3u);
+    EXPECT_LT(cut.charts, 26u);
+    EXPECT_GT(cut.coverage, 5 * whole.coverage);
+    EXPECT_NEAR(cut.l2, 1, 1e-5);
+}
+
+TEST(AtlasCutToPack, WhatFillsTheTextureIsLeftWhole) {
+    Options options;
+    options.cut_to_pack = true;
+    EXPECT_EQ(unwrap(flat_grid(8, true), options).charts, 1u);
+}
+
+TEST(AtlasCutToPack, KeepsTheChartLimit) {
+    Options options;
+    options.cut_to_pack = true;
+    options.max_charts = 3;
+    const Judgement cut = unwrap(row_of_quads(40), options);
+    EXPECT_GT(cut.charts, 1u);
+    EXPECT_LE(cut.charts, 3u);
+}
+
+TEST(AtlasCutToPack, PolygonsStayWhole) {
+    TestMesh strip; // no polygon ends at the middle of the strip
+    const uint32_t a = strip.vertex(0, 0, 0), b = strip.vertex(61, 0, 0),
+                   c = strip.vertex(100, 0, 0);
+    const uint32_t d = strip.vertex(100, 1, 0), e = strip.vertex(61, 1, 0),
+                   f = strip.vertex(0, 1, 0);
+    strip.polygon({a, b, e, f});
+    strip.polygon({b, c, d, e});
+    strip.connect();
+    Options options;
+    options.cut_to_pack = true;
+    EXPECT_EQ(unwrap(strip, options).charts, 2u);
+}
+
 TEST(AtlasCreate, BadInputIsRefusedByName) {
     Result result;
     TestMesh mesh = loose_triangles(2);

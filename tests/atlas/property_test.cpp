@@ -216,6 +216,8 @@ Case random_case(uint64_t seed) {
     c.options.width = random.pick({256u, 512u, 1024u});
     c.options.height = random.pick({256u, 512u, 1024u});
     c.options.gutter = random.pick({0.0f, 1.0f, 2.0f, 3.5f});
+    // Cutting packs many times over, which is slow in quality mode.
+    c.options.cut_to_pack = c.options.quality == Quality::fast && random.chance(0.1f);
     return c;
 }
 

@@ -1,70 +1,15 @@
 // Borders between charts: which polygons change sides, and what is left as it was.
 #include "atlas/smooth.h"
-#include "check_result.h"
+#include "tests/atlas/grid_charts.h"
 
 #include <algorithm>
-#include <functional>
-#include <gtest/gtest.h>
-#include <memory>
 
 namespace {
 
 using namespace tessora::atlas;
-using atlas_test::TestMesh;
 
-/// A grid of unit cells over the plane, laid flat as it is, in two charts.
-class BorderTest : public testing::Test {
+class BorderTest : public atlas_test::GridCharts {
 protected:
-    using Height = std::function<float(int x, int y)>;
-    /// In chart 0 or 1? 2 leaves a hole. `upper` tells the two triangles of a cell apart.
-    using Side = std::function<uint32_t(int x, int y, bool upper)>;
-
-    void build(int columns, int rows, bool quads, const Side& side, const Height& height) {
-        TestMesh mesh;
-        for (int y = 0; y <= rows; y++)
-            for (int x = 0; x <= columns; x++)
-                mesh.vertex(float(x), float(y), height(x, y));
-        std::vector<uint32_t> chart;
-        for (int y = 0; y < rows; y++)
-            for (int x = 0; x < columns; x++) {
-                if (side(x, y, false) == 2)
-                    continue;
-                const uint32_t a = uint32_t(y * (columns + 1) + x), b = a + 1;
-                const uint32_t d = a + uint32_t(columns) + 1, c = d + 1;
-                if (quads) {
-                    mesh.polygon({a, b, c, d});
-                } else {
-                    mesh.triangle(a, b, c);
-                    mesh.triangle(a, c, d);
-                }
-                chart.push_back(side(x, y, false));
-                chart.push_back(side(x, y, !quads));
-            }
-        mesh.connect();
-        ASSERT_EQ(build_surface(mesh.view(), surface).status, Status::ok);
-        atoms = build_atoms(surface);
-        hard.assign(surface.face_count, 0);
-        set = std::make_unique<ChartSet>(surface);
-        Chart charts[2];
-        for (uint32_t t = 0; t < surface.face_count; t++)
-            charts[chart[t]].faces.push_back(t);
-        for (uint32_t h = 0; h < 3 * surface.face_count; h++)
-            if (surface.mate[h] != k_none && chart[h / 3] == chart[surface.mate[h] / 3])
-                set->set_glued(h, true);
-        for (Chart& c : charts) {
-            set->rebuild_nodes(c.faces);
-            for (uint32_t t : c.faces)
-                for (uint32_t corner = 3 * t; corner < 3 * t + 3; corner++) {
-                    const Vec3 p = surface.position[surface.vertex[corner]];
-                    set->uv[set->node[corner]] = {p.x, p.y};
-                }
-            set->refresh(c);
-            set->add_chart(std::move(c));
-        }
-    }
-    void build_flat(int columns, int rows, bool quads, const Side& side) {
-        build(columns, rows, quads, side, [](int, int) { return 0.0f; });
-    }
     void smooth(double limit = 1.176) {
         FlattenOptions options;
         options.limit = limit;
@@ -72,26 +17,6 @@ protected:
         ProgressMeter progress(nullptr, nullptr);
         ASSERT_TRUE(BorderSmoother(flattener, atoms, hard).run(progress));
     }
-    /// Charts of the triangles, two of a cell in a row.
-    std::string sides() const {
-        std::string text;
-        for (uint32_t c : set->chart)
-            text += char('0' + c);
-        return text;
-    }
-    void expect_undistorted() {
-        for (const Chart& c : set->charts) {
-            EXPECT_EQ(c.stretch.flipped, 0u);
-            EXPECT_NEAR(set->measure(c.faces).l2(), 1, 1e-12);
-            for (uint32_t t : c.faces)
-                EXPECT_EQ(set->charts[set->chart[t]].faces.data(), c.faces.data());
-        }
-    }
-
-    Surface surface;
-    Atoms atoms;
-    std::vector<uint8_t> hard;
-    std::unique_ptr<ChartSet> set;
 };
 
 TEST_F(BorderTest, TeethOfTrianglesGoOver) {
