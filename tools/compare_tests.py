@@ -2,6 +2,7 @@
 """Runs the same tests in two builds and holds what ran and what passed against each other.
 
     tools/compare_tests.py BUILD_A BUILD_B [PROGRAM_OR_SUITE...]
+    tools/compare_tests.py --list BUILD     what BUILD_A must have been built of, to be compared with BUILD
 
 Compared are the test programs and script suites that BUILD_B's list of tests has without the label
 display; programs that end in .exe run through tools/with_wine.sh. Exit code 1 when a test fails or is
@@ -75,6 +76,14 @@ def run_some_scripts(build, scripts):
     return outcome
 
 
+def guarded(call, *words):
+    """What cannot be run at all has failed as well."""
+    try:
+        return call(*words)
+    except (OSError, ValueError, subprocess.SubprocessError) as error:
+        return Outcome(set(), {f"({type(error).__name__})"}, 0, f"{error}\n")
+
+
 def jobs_of(build, name):
     """Calls that together run all of a program or suite."""
     if name in SUITES:
@@ -85,8 +94,8 @@ def jobs_of(build, name):
     return [(run_program, build, name, part, parts) for part in range(parts)]
 
 
-def names_in(build):
-    """What the build's own list of tests has for every system."""
+def programs_in(build):
+    """The test programs that the build's own list has for every system."""
     listing = subprocess.run(["ctest", "--test-dir", str(build), "--show-only=json-v1"], check=True,
                              stdout=subprocess.PIPE, text=True).stdout
     programs = []
@@ -96,7 +105,7 @@ def names_in(build):
         if "display" not in labels and file.suffix == ".exe":
             programs.append(file.stem)
     # The longest first: two of them shall not be left at the end.
-    return sorted(programs, key=lambda name: -PARTS.get(name, 0)) + list(SUITES)
+    return sorted(programs, key=lambda name: -PARTS.get(name, 0))
 
 
 def merged(outcomes):
@@ -118,14 +127,17 @@ def complaints(name, builds, outcomes):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    if sys.argv[1:2] == ["--list"] and len(sys.argv) == 3:
+        print("\n".join(programs_in(sys.argv[2]) + ["script_console"]))
+        return 0
     parser.add_argument("builds", nargs=2, type=pathlib.Path)
     parser.add_argument("names", nargs="*")
     arguments = parser.parse_args()
     builds = [build.resolve() for build in arguments.builds]
-    names = arguments.names or names_in(builds[1])
+    names = arguments.names or programs_in(builds[1]) + list(SUITES)
     subprocess.run([str(WITH_WINE), "cmd", "/c", "exit"], check=True, stdin=subprocess.DEVNULL) # the prefix, once
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        pending = {(name, build): [pool.submit(*job) for job in jobs_of(build, name)]
+        pending = {(name, build): [pool.submit(guarded, *job) for job in jobs_of(build, name)]
                    for name in names for build in builds}
         print(f"| tests | {arguments.builds[0]} | seconds | {arguments.builds[1]} | seconds |\n|---|---|---|---|---|")
         wrong, totals = [], [0, 0]
