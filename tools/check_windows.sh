@@ -71,7 +71,7 @@ else
     kinds=(polySphere)
     [ "$brief" = yes ] || kinds=(polySphere polyCube polyTorus polyCylinder)
     for kind in "${kinds[@]}"; do
-        (cd "$work" && "$OLDPWD/build/release/bin/tessora" -c "$kind; file -f -exportAll \"$kind.obj\";")
+        (cd "$work" && "$OLDPWD/build/release/bin/tessora" -c "$kind; file -f -exportAll \"$kind.obj\";" >/dev/null)
         meshes+=("$work/$kind.obj")
     done
 fi
