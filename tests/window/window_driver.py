@@ -30,10 +30,13 @@ class Window:
             number = pipe.readline().strip()
         self.environment = dict(os.environ, DISPLAY=f":{number}",
                                 TESSORA_PREFERENCES=str(scratch / "preferences.mel"))
+        environment = dict(self.environment)
+        if "TESSORA_WINDOW_PRELOAD" in os.environ:  # for the window, not for its helpers
+            environment["LD_PRELOAD"] = os.environ["TESSORA_WINDOW_PRELOAD"]
         with open(self.log, "wb") as log:
             self.program = subprocess.Popen(
                 [program, "view", "--size", "1440x900", "--places", str(self.places_file),
-                 *arguments], env=self.environment, stdout=log, stderr=subprocess.STDOUT)
+                 *arguments], env=environment, stdout=log, stderr=subprocess.STDOUT)
         self.wait(lambda: self.place("menu/File"), "the window to open")
         # Nobody manages windows on this screen, so nobody hands out the keyboard.
         found = self.tool("search", "--name", "Tessora").split()
