@@ -50,15 +50,16 @@ bool is_display(const std::string& name) {
     return std::find(known.begin(), known.end(), name) != known.end();
 }
 
-} // namespace
-
-int view_command(const Words& words) {
-    window::Wanted wanted;
-    std::string size, statements, error;
+/// What was typed, as far as it needs a second look.
+struct Typed {
+    std::string size, statements;
     bool wants_help = false;
+};
+
+OptionTable table_of(window::Wanted& wanted, Typed& typed) {
     OptionTable table;
-    table.add("size", &size, "WxH", "size of the window in pixels (1440x900)");
-    table.add("exec", &statements, "TEXT", "script statements to run once the file is open");
+    table.add("size", &typed.size, "WxH", "size of the window in pixels (1440x900)");
+    table.add("exec", &typed.statements, "TEXT", "script statements to run once the file is open");
     table.add("display", &wanted.display, "NAME",
               "plain, charts, checker or stretch, in the texture and on the mesh (charts)");
     table.add("screenshot", &wanted.screenshot, "FILE.png",
@@ -68,23 +69,43 @@ int view_command(const Words& words) {
               "window");
     table.add("verbose", &wanted.is_verbose, "", "say how long the start took");
     table.alias("-v");
-    table.add("help", &wants_help, "", "this text");
+    table.add("help", &typed.wants_help, "", "this text");
     table.alias("-h");
+    return table;
+}
+
+int show(const window::Wanted& wanted) {
+    std::string error;
+    window::Application application(wanted, error);
+    if (!error.empty()) {
+        say(error);
+        return exit_unexpected;
+    }
+    return application.run() ? exit_done : exit_unexpected;
+}
+
+} // namespace
+
+int view_command(const Words& words) {
+    window::Wanted wanted;
+    Typed typed;
+    std::string error;
+    OptionTable table = table_of(wanted, typed);
     Words operands;
     if (!table.parse(words, operands, error))
         return wrong(error);
-    if (wants_help) {
+    if (typed.wants_help) {
         std::fputs((k_usage + table.help() + k_examples).c_str(), stdout);
         return exit_done;
     }
     if (operands.size() > 1)
         return wrong("view takes one file");
-    if (!size.empty() && !read_size(size, wanted))
-        return wrong("--size takes WIDTHxHEIGHT, from 640x480 on: " + size);
+    if (!typed.size.empty() && !read_size(typed.size, wanted))
+        return wrong("--size takes WIDTHxHEIGHT, from 640x480 on: " + typed.size);
     if (!is_display(wanted.display))
         return wrong("--display takes plain, charts, checker or stretch, not " + wanted.display);
-    if (!statements.empty())
-        wanted.statements.push_back(statements);
+    if (!typed.statements.empty())
+        wanted.statements.push_back(typed.statements);
     if (!operands.empty()) {
         wanted.file = operands[0];
         std::error_code failure;
@@ -93,12 +114,7 @@ int view_command(const Words& words) {
             return exit_input;
         }
     }
-    window::Application application(wanted, error);
-    if (!error.empty()) {
-        say(error);
-        return exit_unexpected;
-    }
-    return application.run() ? exit_done : exit_unexpected;
+    return show(wanted);
 }
 
 } // namespace app
