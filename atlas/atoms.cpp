@@ -1,3 +1,4 @@
+#include "atlas/buckets.h"
 #include "atlas/cluster.h"
 
 #include <algorithm>
@@ -137,20 +138,14 @@ Atoms build_atoms(Surface& s) {
     number_atoms(s, atoms);
     if (atoms.count == s.face_count)
         return atoms;
-    std::vector<uint32_t> begin(atoms.count + 1, 0), faces(s.face_count);
-    for (uint32_t a : atoms.of_face)
-        begin[a + 1]++;
-    for (uint32_t a = 0; a < atoms.count; a++)
-        begin[a + 1] += begin[a];
-    std::vector<uint32_t> at(begin.begin(), begin.end() - 1);
-    for (uint32_t t = 0; t < s.face_count; t++)
-        faces[at[atoms.of_face[t]]++] = t;
+    const Buckets faces(atoms.of_face, atoms.count);
     PolygonTest test(s);
     bool changed = false;
     for (uint32_t a = 0; a < atoms.count; a++) {
-        if (begin[a + 1] - begin[a] < 2)
+        if (faces.begin[a + 1] - faces.begin[a] < 2)
             continue;
-        const std::vector<uint32_t> group(faces.begin() + begin[a], faces.begin() + begin[a + 1]);
+        const std::vector<uint32_t> group(faces.item.begin() + faces.begin[a],
+                                          faces.item.begin() + faces.begin[a + 1]);
         if (test.possible(group))
             continue;
         changed = true;

@@ -1,5 +1,7 @@
 #include "atlas/cluster.h"
 
+#include "atlas/buckets.h"
+
 #include <algorithm>
 #include <queue>
 
@@ -122,20 +124,13 @@ private:
 void TreeBuilder::group_atoms(const Atoms& atoms) {
     constexpr uint32_t k_most_faces = 16;
     constexpr double k_cosine = 0.9659258262890683; // 15 degrees
-    std::vector<uint32_t> begin(atoms.count + 1, 0), faces(s_.face_count);
-    for (uint32_t a : atoms.of_face)
-        begin[a + 1]++;
-    for (uint32_t a = 0; a < atoms.count; a++)
-        begin[a + 1] += begin[a];
-    std::vector<uint32_t> at(begin.begin(), begin.end() - 1);
-    for (uint32_t t = 0; t < s_.face_count; t++)
-        faces[at[atoms.of_face[t]]++] = t;
+    const Buckets faces(atoms.of_face, atoms.count);
     leaf_of_face_.assign(s_.face_count, k_none);
     std::vector<uint32_t> group;
     const auto take = [&](uint32_t atom) {
-        for (uint32_t i = begin[atom]; i < begin[atom + 1]; i++) {
-            leaf_of_face_[faces[i]] = leaves_;
-            group.push_back(faces[i]);
+        for (uint32_t i = faces.begin[atom]; i < faces.begin[atom + 1]; i++) {
+            leaf_of_face_[faces.item[i]] = leaves_;
+            group.push_back(faces.item[i]);
         }
     };
     for (uint32_t t = 0; t < s_.face_count; t++) {
@@ -246,14 +241,7 @@ void TreeBuilder::merge(uint32_t a, uint32_t b) {
 /// Lays the leaves out so that every node's triangles are one run.
 ClusterTree TreeBuilder::finish() const {
     ClusterTree tree;
-    std::vector<uint32_t> begin(leaves_ + 1, 0), faces(s_.face_count);
-    for (uint32_t leaf : leaf_of_face_)
-        begin[leaf + 1]++;
-    for (uint32_t a = 0; a < leaves_; a++)
-        begin[a + 1] += begin[a];
-    std::vector<uint32_t> at(begin.begin(), begin.end() - 1);
-    for (uint32_t t = 0; t < s_.face_count; t++)
-        faces[at[leaf_of_face_[t]]++] = t;
+    const Buckets faces(leaf_of_face_, leaves_);
     const uint32_t count = uint32_t(moments_.size());
     tree.nodes.resize(count);
     std::vector<uint32_t> stack;
@@ -275,8 +263,8 @@ ClusterTree TreeBuilder::finish() const {
                 stack.push_back(node.right);
                 stack.push_back(node.left);
             } else {
-                tree.faces.insert(tree.faces.end(), faces.begin() + begin[n],
-                                  faces.begin() + begin[n + 1]);
+                tree.faces.insert(tree.faces.end(), faces.item.begin() + faces.begin[n],
+                                  faces.item.begin() + faces.begin[n + 1]);
                 node.end = uint32_t(tree.faces.size());
             }
         }

@@ -13,17 +13,8 @@ constexpr size_t k_most_faces = 32; // of an ear; larger polygons are no teeth o
 
 BorderSmoother::BorderSmoother(Flattener& flattener, const Atoms& atoms,
                                const std::vector<uint8_t>& hard)
-    : flattener_(flattener), set_(flattener.set), atoms_(atoms), hard_(hard) {
-    atom_begin_.assign(atoms.count + 1, 0);
-    atom_faces_.resize(atoms.of_face.size());
-    for (uint32_t a : atoms.of_face)
-        atom_begin_[a + 1]++;
-    for (uint32_t a = 0; a < atoms.count; a++)
-        atom_begin_[a + 1] += atom_begin_[a];
-    std::vector<uint32_t> at(atom_begin_.begin(), atom_begin_.end() - 1);
-    for (uint32_t t = 0; t < atoms.of_face.size(); t++)
-        atom_faces_[at[atoms.of_face[t]]++] = t;
-}
+    : flattener_(flattener), set_(flattener.set), atoms_(atoms), hard_(hard),
+      faces_(atoms.of_face, atoms.count) {}
 
 bool BorderSmoother::run(ProgressMeter& progress) {
     for (uint32_t a = 0; a < set_.charts.size(); a++) {
@@ -57,7 +48,7 @@ void BorderSmoother::smooth(uint32_t a, uint32_t b) {
     undo_ = {};
     for (size_t i = 0; i < todo_.size(); i++) { // grows while ears come to light behind ears
         const uint32_t atom = todo_[i];
-        const uint32_t from = set_.chart[atom_faces_[atom_begin_[atom]]], to = from == a ? b : a;
+        const uint32_t from = set_.chart[faces_.item[faces_.begin[atom]]], to = from == a ? b : a;
         if (find_ear(atom, from, to) && place_ear(atom))
             move_ear(atom, to);
     }
@@ -83,13 +74,13 @@ void BorderSmoother::offer_atoms(uint32_t from, uint32_t to) {
 /// The outer half-edges of an atom into loop_; false when it is none that could be an ear.
 bool BorderSmoother::trace_atom(uint32_t atom) {
     loop_.clear();
-    const uint32_t begin = atom_begin_[atom], end = atom_begin_[atom + 1];
+    const uint32_t begin = faces_.begin[atom], end = faces_.begin[atom + 1];
     if (end - begin > k_most_faces)
         return false;
     size_t outer = 0;
     uint32_t first = k_none;
     for (uint32_t i = begin; i < end; i++) {
-        const uint32_t t = atom_faces_[i];
+        const uint32_t t = faces_.item[i];
         if (set_.surface.degenerate[t])
             return false;
         for (uint32_t h = 3 * t; h < 3 * t + 3; h++)
@@ -189,8 +180,8 @@ bool BorderSmoother::place_ear(uint32_t atom) {
         return false;
     placed_.clear();
     StretchSums sums;
-    for (uint32_t i = atom_begin_[atom]; i < atom_begin_[atom + 1]; i++) {
-        const uint32_t t = atom_faces_[i];
+    for (uint32_t i = faces_.begin[atom]; i < faces_.begin[atom + 1]; i++) {
+        const uint32_t t = faces_.item[i];
         for (uint32_t c = 3 * t; c < 3 * t + 3; c++) {
             const auto found = std::find(nodes.begin(), nodes.end(), set_.node[c]);
             placed_.push_back({c, found == nodes.end() ? motion(set_.uv[set_.node[c]])
@@ -230,9 +221,9 @@ void BorderSmoother::move_ear(uint32_t atom, uint32_t to) {
         set_glued(h, 1);
     for (const Placed& p : placed_)
         set_node(p.corner, p.uv);
-    for (uint32_t i = atom_begin_[atom]; i < atom_begin_[atom + 1]; i++) {
-        undo_.chart.push_back({atom_faces_[i], set_.chart[atom_faces_[i]]});
-        set_.chart[atom_faces_[i]] = to;
+    for (uint32_t i = faces_.begin[atom]; i < faces_.begin[atom + 1]; i++) {
+        undo_.chart.push_back({faces_.item[i], set_.chart[faces_.item[i]]});
+        set_.chart[faces_.item[i]] = to;
     }
     for (uint32_t h : stays_)
         todo_.push_back(atoms_.of_face[s.mate[h] / 3]);

@@ -7,6 +7,7 @@
 /// afterwards, all of them are taken back.
 #pragma once
 
+#include "atlas/buckets.h"
 #include "atlas/cluster.h"
 #include "atlas/flatten.h"
 #include "atlas/progress.h"
@@ -53,9 +54,9 @@ private:
     ChartSet& set_;
     const Atoms& atoms_;
     const std::vector<uint8_t>& hard_;
-    std::vector<uint32_t> atom_begin_, atom_faces_; ///< triangles of every atom
-    std::vector<uint32_t> neighbours_;              ///< of the chart at hand, ascending
-    std::vector<uint32_t> todo_;                    ///< atoms that may be ears
+    const Buckets faces_;              ///< triangles of every atom
+    std::vector<uint32_t> neighbours_; ///< of the chart at hand, ascending
+    std::vector<uint32_t> todo_;       ///< atoms that may be ears
     // The ear at hand.
     std::vector<uint32_t> loop_;  ///< its outer half-edges, in order
     std::vector<uint32_t> run_;   ///< those that face the other chart

@@ -1,5 +1,7 @@
 #include "atlas/surface.h"
 
+#include "atlas/buckets.h"
+
 #include <algorithm>
 
 namespace tessora::atlas {
@@ -24,29 +26,6 @@ Failure check_arrays(const Mesh& mesh) {
     return {};
 }
 
-/// Half-edges sorted by their smaller vertex (counting sort), so that equal edges meet.
-struct EdgeBuckets {
-    std::vector<uint32_t> begin, half_edge;
-
-    EdgeBuckets(const Surface& s) : begin(size_t(s.vertex_count) + 1, 0) {
-        const uint32_t count = s.face_count * 3;
-        half_edge.resize(count);
-        for (uint32_t h = 0; h < count; h++)
-            begin[low(s, h) + 1]++;
-        for (uint32_t v = 0; v < s.vertex_count; v++)
-            begin[v + 1] += begin[v];
-        std::vector<uint32_t> at(begin.begin(), begin.end() - 1);
-        for (uint32_t h = 0; h < count; h++)
-            half_edge[at[low(s, h)]++] = h;
-    }
-    static uint32_t low(const Surface& s, uint32_t h) {
-        return std::min(s.vertex[h], s.vertex[next_corner(h)]);
-    }
-    static uint32_t high(const Surface& s, uint32_t h) {
-        return std::max(s.vertex[h], s.vertex[next_corner(h)]);
-    }
-};
-
 void match_pair(const Mesh& mesh, Surface& s, uint32_t g, uint32_t h) {
     const bool opposite = s.vertex[g] == s.vertex[next_corner(h)] && s.vertex[g] != s.vertex[h];
     if (opposite && g / 3 != h / 3 && mesh.adjacency[g] == h / 3 && mesh.adjacency[h] == g / 3) {
@@ -57,12 +36,16 @@ void match_pair(const Mesh& mesh, Surface& s, uint32_t g, uint32_t h) {
 
 void match_half_edges(const Mesh& mesh, Surface& s) {
     s.mate.assign(size_t(s.face_count) * 3, k_none);
-    EdgeBuckets buckets(s);
+    std::vector<uint32_t> low(s.mate.size()); // vertex, of the two
+    const auto high = [&](uint32_t h) { return std::max(s.vertex[h], s.vertex[next_corner(h)]); };
+    for (uint32_t h = 0; h < low.size(); h++)
+        low[h] = std::min(s.vertex[h], s.vertex[next_corner(h)]);
+    const Buckets edges(low, s.vertex_count);          // equal edges meet
     std::vector<std::pair<uint32_t, uint32_t>> sorted; // (other vertex, half-edge)
     for (uint32_t v = 0; v < s.vertex_count; v++) {
         sorted.clear();
-        for (uint32_t i = buckets.begin[v]; i < buckets.begin[v + 1]; i++)
-            sorted.push_back({EdgeBuckets::high(s, buckets.half_edge[i]), buckets.half_edge[i]});
+        for (uint32_t i = edges.begin[v]; i < edges.begin[v + 1]; i++)
+            sorted.push_back({high(edges.item[i]), edges.item[i]});
         std::sort(sorted.begin(), sorted.end());
         for (size_t i = 0, j; i < sorted.size(); i = j) {
             for (j = i; j < sorted.size() && sorted[j].first == sorted[i].first;)
