@@ -6,6 +6,7 @@
 #include "atlas/pack_cut.h"
 
 #include <algorithm>
+#include <memory>
 #include <new>
 #include <stdexcept>
 
@@ -83,74 +84,84 @@ Failure check_options(const Options& options, bool packs) {
     return {};
 }
 
-Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
-    ProgressMeter progress(options.progress, options.user);
-    if (!progress.advance(0))
-        return {Status::aborted, k_none};
+/// What both calls do: charts made and counted, nothing placed yet.
+struct Work {
+    explicit Work(const Options& o) : options(o), progress(o.progress, o.user) {}
+    Failure make(const Mesh& mesh) {
+        if (!progress.advance(0))
+            return {Status::aborted, k_none};
+        const Failure failure = build_surface(mesh, surface);
+        if (failure.status != Status::ok)
+            return failure;
+        set = std::make_unique<ChartSet>(surface);
+        return make_charts(surface, options, progress, *set) ? check_limit()
+                                                             : Failure{Status::aborted, k_none};
+    }
+    Failure check_limit() const {
+        if (options.max_charts != 0 && chart_count() > options.max_charts)
+            return {Status::chart_limit, chart_count()};
+        return {};
+    }
+    uint32_t chart_count() const {
+        return uint32_t(std::count_if(set->charts.begin(), set->charts.end(),
+                                      [](const Chart& c) { return c.alive; }));
+    }
+    Finished finish(double unit) const {
+        return Finished(*set, stretch_limit(options.max_stretch), unit);
+    }
+
+    const Options& options;
+    ProgressMeter progress;
     Surface surface;
-    const Failure failure = build_surface(mesh, surface);
+    std::unique_ptr<ChartSet> set;
+};
+
+Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
+    Work work(options);
+    const Failure failure = work.make(mesh);
     if (failure.status != Status::ok)
         return failure;
-    ChartSet set(surface);
-    if (!make_charts(surface, options, progress, set))
-        return {Status::aborted, k_none};
-    const double limit = stretch_limit(options.max_stretch);
-    Finished finished(set, limit, 1);
-    const uint32_t chart_count = uint32_t(finished.chart_stretch.size());
-    if (options.max_charts != 0 && chart_count > options.max_charts)
-        return {Status::chart_limit, chart_count};
     PackOptions packing_options;
     packing_options.width = options.width;
     packing_options.height = options.height;
     packing_options.gutter = options.gutter;
     packing_options.quality = options.quality;
-    packing_options.triangles = surface.face_count;
-    progress.stage(0.85, 0.99);
-    packing_options.proceed = [&](double fraction) { return progress.advance(fraction); };
+    packing_options.triangles = work.surface.face_count;
+    work.progress.stage(0.85, 0.99);
+    packing_options.proceed = [&](double fraction) { return work.progress.advance(fraction); };
+    Finished finished = work.finish(1);
     Packing packing = pack(finished.to_pack(), packing_options);
     if (options.cut_to_pack && packing.status == Status::ok) {
         const auto pack_again = [&] {
-            finished = Finished(set, limit, 1);
+            finished = work.finish(1);
             packing = pack(finished.to_pack(), packing_options);
             return packing.status == Status::ok ? packing.scale : 0.0;
         };
-        cut_for_packing(surface, options, set, packing.scale, pack_again);
+        cut_for_packing(work.surface, options, *work.set, packing.scale, pack_again);
         pack_again(); // the last try may have been taken back
     }
+    if (packing.status == Status::does_not_fit)
+        return {packing.status, work.chart_count()};
     if (packing.status != Status::ok)
-        return {packing.status,
-                packing.status == Status::does_not_fit ? chart_count : uint32_t(k_none)};
+        return {packing.status, k_none};
     emit(finished.to_emit(mesh), packing, packing_options, result);
-    if (!progress.finish())
-        return {Status::aborted, k_none};
-    return {};
+    return work.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }
 
 Failure partition_charts(const Mesh& mesh, const Options& options, Result& result,
                          std::vector<uint32_t>& partition_adjacency) {
-    ProgressMeter progress(options.progress, options.user);
-    if (!progress.advance(0))
-        return {Status::aborted, k_none};
-    Surface surface;
-    const Failure failure = build_surface(mesh, surface);
+    Work work(options);
+    const Failure failure = work.make(mesh);
     if (failure.status != Status::ok)
         return failure;
-    ChartSet set(surface);
-    if (!make_charts(surface, options, progress, set))
-        return {Status::aborted, k_none};
-    const double unit = surface.total_area > 0 ? 1 / std::sqrt(surface.total_area) : 1;
-    const Finished finished(set, stretch_limit(options.max_stretch), unit);
-    const uint32_t chart_count = uint32_t(finished.chart_stretch.size());
-    if (options.max_charts != 0 && chart_count > options.max_charts)
-        return {Status::chart_limit, chart_count};
+    const double area = work.surface.total_area;
+    const Finished finished = work.finish(area > 0 ? 1 / std::sqrt(area) : 1);
     emit_unpacked(finished.to_emit(mesh), result);
     partition_adjacency.assign(mesh.adjacency.data, mesh.adjacency.data + mesh.adjacency.size);
     for (size_t h = 0; h < partition_adjacency.size(); h++)
-        if (!set.glued[h])
+        if (!work.set->glued[h])
             partition_adjacency[h] = k_none;
-    if (!progress.finish())
-        return {Status::aborted, k_none};
-    return {};
+    return work.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }
 
 /// Runs a call with no exception leaving it and no half-made result left behind.
