@@ -84,6 +84,7 @@ private:
     bool grow_band(uint32_t rings);
     void clear_band();
     void spread_gap(uint32_t a, const std::vector<Vec2>& gap, uint32_t rings);
+    bool patient() const;
     bool relax_band(uint32_t rings, bool global);
     StretchSums joined_sums(uint32_t a, uint32_t b) const;
     void remember_face(uint32_t t);

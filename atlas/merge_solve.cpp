@@ -179,6 +179,13 @@ void Merger::spread_gap(uint32_t a, const std::vector<Vec2>& gap, uint32_t rings
     }
 }
 
+/// Whether a merge that has failed at first is worth more. In fast mode not with a large band: such
+/// merges are few, often fail in the end, and would take a third of the time.
+bool Merger::patient() const {
+    constexpr size_t k_most_faces = 8000;
+    return options_.thorough || band_faces_.size() <= k_most_faces;
+}
+
 /// Solves the band with everything around it held. False when triangles stay flipped.
 bool Merger::relax_band(uint32_t rings, bool global) {
     Flattener& f = flattener_;
@@ -197,6 +204,8 @@ bool Merger::relax_band(uint32_t rings, bool global) {
     const uint32_t flipped = f.patch.flipped();
     if (flipped != 0 && flipped < band_faces_.size() / 16 + 4)
         f.patch.untangle(4);
+    if (f.patch.flipped() != 0 && !patient())
+        return false;
     if (global || f.patch.flipped() != 0)
         f.patch.arap(options_.thorough ? 4 : 2);
     if (f.patch.flipped() != 0)
@@ -248,7 +257,7 @@ bool Merger::solve(uint32_t a, uint32_t b, Chart& joined, const std::vector<Vec2
         const double l2 = joined.stretch.l2();
         if (valid && joined.stretch.flipped == 0 && l2 <= options_.limit)
             return true;
-        if ((whole && attempt > 0) || (valid && l2 > hopeless) ||
+        if ((whole && attempt > 0) || (valid && l2 > hopeless) || !patient() ||
             (!options_.thorough && attempt > 0))
             return false;
         rings *= 3;
