@@ -41,7 +41,7 @@ std::string help() {
     return text + R"(
   -c TEXT   runs script statements and prints their result
   --help    this text; 'tessora COMMAND --help' for a command's options
-  --version the version
+  --version the version, also after a command
 
 examples:
   tessora unwrap bunny.obj
@@ -85,6 +85,8 @@ int run(const app::Words& words) {
     if (name == "-c")
         return app::text_command({words.begin() + 1, words.end()});
     const app::Command* command = find_command(name);
+    if (command && words.size() == 2 && words[1] == "--version")
+        return run({"--version"});
     return command ? command->run({words.begin() + 1, words.end()}) : unknown_command(name);
 }
 

@@ -6,10 +6,12 @@ namespace {
 using namespace test;
 
 TEST_F(Program, VersionIsPrinted) {
-    const Ended ended = run({"--version"});
-    EXPECT_EQ(0, ended.code);
-    EXPECT_EQ("tessora 2.11\n", ended.out);
-    EXPECT_EQ("", ended.err);
+    for (const Words& words : {Words{"--version"}, Words{"unwrap", "--version"}}) {
+        const Ended ended = run(words);
+        EXPECT_EQ(0, ended.code);
+        EXPECT_EQ("tessora 2.11\n", ended.out);
+        EXPECT_EQ("", ended.err);
+    }
 }
 
 TEST_F(Program, HelpGoesToStandardOutput) {
