@@ -137,8 +137,8 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
             packing = pack(finished.to_pack(), packing_options);
             return packing.status == Status::ok ? packing.scale : 0.0;
         };
-        cut_for_packing(work.surface, options, *work.set, packing.scale, pack_again);
-        pack_again(); // the last try may have been taken back
+        if (!cut_for_packing(work.surface, options, *work.set, packing.scale, pack_again))
+            pack_again();
     }
     if (packing.status == Status::does_not_fit)
         return {packing.status, work.chart_count()};

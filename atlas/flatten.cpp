@@ -126,11 +126,15 @@ bool Flattener::judge(Chart& c) {
             set.uv[it->first] = it->second;
         c.stretch = set.measure(c.faces);
     }
-    return c.stretch.flipped == 0 && c.stretch.l2() <= options.limit && judge_outline(c);
+    return passes(c);
 }
 
 bool Flattener::judge_as_it_is(Chart& c) {
     set.refresh(c);
+    return passes(c);
+}
+
+bool Flattener::passes(const Chart& c) {
     return c.stretch.flipped == 0 && c.stretch.l2() <= options.limit && judge_outline(c);
 }
 

@@ -49,6 +49,7 @@ public:
     std::vector<uint32_t> local; ///< per node: number in the patch, or k_none; all k_none at rest
 
 private:
+    bool passes(const Chart& c);
     bool faces_forward(const uint32_t* begin, const uint32_t* end, Vec3 normal,
                        double least_cosine) const;
     void project(const std::vector<uint32_t>& faces, Vec3 normal);

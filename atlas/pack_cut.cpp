@@ -8,7 +8,6 @@ namespace tessora::atlas {
 
 ChartCutter::ChartCutter(Flattener& flattener, const Atoms& atoms, BorderSmoother& smoother)
     : flattener_(flattener), set_(flattener.set), atoms_(atoms), smoother_(smoother) {
-    atom_area_.assign(atoms.count, 0.0);
     atom_along_.assign(atoms.count, 0.0);
     side_.assign(set_.surface.face_count, 0);
     piece_.assign(set_.surface.face_count, k_none);
@@ -41,13 +40,12 @@ void ChartCutter::choose_sides(const Chart& chart) {
     const Vec2 axis = half >= 0 ? Vec2{half + radius, xy} : Vec2{xy, radius - half};
     for (uint32_t t : chart.faces) {
         const double area = set_.surface.frame[t].area();
-        atom_area_[atoms_.of_face[t]] += area;
         atom_along_[atoms_.of_face[t]] += area * dot(middle(t) - mean, axis);
     }
     for (uint32_t t : chart.faces)
         side_[t] = atom_along_[atoms_.of_face[t]] > 0;
     for (uint32_t t : chart.faces)
-        atom_area_[atoms_.of_face[t]] = atom_along_[atoms_.of_face[t]] = 0;
+        atom_along_[atoms_.of_face[t]] = 0;
 }
 
 /// Numbers the connected pieces of the two sides; gives their number.
@@ -183,8 +181,8 @@ uint32_t greediest(const ChartSet& set, const std::vector<uint8_t>& tried) {
 
 } // namespace
 
-uint32_t cut_for_packing(Surface& surface, const Options& options, ChartSet& set, double scale,
-                         const std::function<double()>& pack) {
+bool cut_for_packing(Surface& surface, const Options& options, ChartSet& set, double scale,
+                     const std::function<double()>& pack) {
     constexpr double k_least_growth = 1.025; // of every length: five percent more coverage a cut
     // A cut may show its worth only after its neighbours', for two strips of one length, say.
     constexpr uint32_t k_most_pending = 3, k_most_cuts = 24, k_most_failures = 2;
@@ -201,6 +199,7 @@ uint32_t cut_for_packing(Surface& surface, const Options& options, ChartSet& set
         alive += chart.alive;
     uint32_t cuts = 0, pending = 0, failures = 0;
     double wanted = scale;
+    bool current = true; // the last layout is that of the charts as they are
     const auto give_up = [&] {
         for (; pending > 0; pending--)
             cutter.undo();
@@ -222,7 +221,8 @@ uint32_t cut_for_packing(Surface& surface, const Options& options, ChartSet& set
         tried.resize(set.charts.size(), 0);
         wanted *= k_least_growth;
         const double now = pack();
-        if (now >= wanted) {
+        current = now >= wanted;
+        if (current) {
             cutter.accept();
             scale = wanted = now;
             cuts += pending;
@@ -232,7 +232,7 @@ uint32_t cut_for_packing(Surface& surface, const Options& options, ChartSet& set
             give_up();
         }
     }
-    return cuts;
+    return current;
 }
 
 } // namespace tessora::atlas

@@ -45,9 +45,9 @@ private:
     ChartSet& set_;
     const Atoms& atoms_;
     BorderSmoother& smoother_;
-    std::vector<double> atom_area_, atom_along_; ///< scratch of choose_sides; 0 at rest
-    std::vector<uint8_t> side_;                  ///< per triangle, of the chart at hand
-    std::vector<uint32_t> piece_;                ///< per triangle: connected piece of its side
+    std::vector<double> atom_along_; ///< scratch of choose_sides; 0 at rest
+    std::vector<uint8_t> side_;      ///< per triangle, of the chart at hand
+    std::vector<uint32_t> piece_;    ///< per triangle: connected piece of its side
     std::vector<double> piece_area_;
     std::vector<uint8_t> piece_side_;
     std::vector<Cut> cuts_; ///< that undo() can take back
@@ -55,8 +55,9 @@ private:
 
 /// Cuts while a few more cuts let every chart grow by enough. `pack` lays the charts out as they
 /// are and gives the scale they get, 0 when they do not fit or the caller wants to stop; `scale` is
-/// that of the charts as they came. Gives the number of cuts that stay.
-uint32_t cut_for_packing(Surface& surface, const Options& options, ChartSet& set, double scale,
-                         const std::function<double()>& pack);
+/// that of the charts as they came. False when tries after the last layout that counts were taken
+/// back, so that the charts have to be laid out once more.
+bool cut_for_packing(Surface& surface, const Options& options, ChartSet& set, double scale,
+                     const std::function<double()>& pack);
 
 } // namespace tessora::atlas

@@ -49,7 +49,7 @@ void BorderSmoother::smooth(uint32_t a, uint32_t b) {
     for (size_t i = 0; i < todo_.size(); i++) { // grows while ears come to light behind ears
         const uint32_t atom = todo_[i];
         const uint32_t from = set_.chart[faces_.item[faces_.begin[atom]]], to = from == a ? b : a;
-        if (find_ear(atom, from, to) && place_ear(atom))
+        if (find_ear(atom, to) && place_ear(atom))
             move_ear(atom, to);
     }
     if (undo_.chart.empty())
@@ -101,7 +101,7 @@ bool BorderSmoother::trace_atom(uint32_t atom) {
 
 /// Fills run_ and stays_; false unless moving the atom shortens the border and leaves both charts
 /// what they are topologically.
-bool BorderSmoother::find_ear(uint32_t atom, uint32_t from, uint32_t to) {
+bool BorderSmoother::find_ear(uint32_t atom, uint32_t to) {
     if (!trace_atom(atom))
         return false;
     enum Kind { stays, faces, other };
@@ -139,7 +139,7 @@ bool BorderSmoother::find_ear(uint32_t atom, uint32_t from, uint32_t to) {
     for (size_t i = 1; i < run_.size(); i++)
         if (set_.next_border(set_.surface.mate[run_[i]]) != set_.surface.mate[run_[i - 1]])
             return false;
-    return set_.chart[stays_[0] / 3] == from;
+    return true;
 }
 
 bool BorderSmoother::is_interior(uint32_t corner) const {

@@ -39,7 +39,7 @@ private:
 
     void list_neighbours(uint32_t a);
     void offer_atoms(uint32_t from, uint32_t to);
-    bool find_ear(uint32_t atom, uint32_t from, uint32_t to);
+    bool find_ear(uint32_t atom, uint32_t to);
     bool trace_atom(uint32_t atom);
     bool is_interior(uint32_t corner) const;
     double weight(uint32_t h) const;
