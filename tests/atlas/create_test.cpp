@@ -287,12 +287,12 @@ TEST(AtlasCreate, AChartLimitBelowWhatIsNeededIsRefusedWithTheNumber) {
     EXPECT_EQ(create(loose_triangles(3).view(), options, result).status, Status::ok);
 }
 
-/// Unit quads in a row.
-TestMesh row_of_quads(uint32_t count) {
+/// Quads of the given height in a row, a unit wide.
+TestMesh row_of_quads(uint32_t count, float height = 1) {
     TestMesh mesh;
     for (uint32_t i = 0; i <= count; i++) {
         mesh.vertex(float(i), 0, 0);
-        mesh.vertex(float(i), 1, 0);
+        mesh.vertex(float(i), height, 0);
     }
     for (uint32_t i = 0; i < count; i++)
         mesh.polygon({2 * i, 2 * i + 2, 2 * i + 3, 2 * i + 1});
@@ -317,6 +317,12 @@ TEST(AtlasCutToPack, WhatFillsTheTextureIsLeftWhole) {
     Options options;
     options.cut_to_pack = true;
     EXPECT_EQ(unwrap(flat_grid(8, true), options).charts, 1u);
+}
+
+TEST(AtlasCutToPack, ACutThatLetsNothingGrowIsTakenBack) {
+    Options options;
+    options.cut_to_pack = true;
+    EXPECT_EQ(unwrap(row_of_quads(4, 3), options).charts, 1u);
 }
 
 TEST(AtlasCutToPack, KeepsTheChartLimit) {
