@@ -1,8 +1,9 @@
-/// An attribute: the declaration of a named value on nodes of a type (or, added later, on one
-/// node).
+/// The declaration of a named, typed value: by a node type, for all nodes of that type, or for a
+/// single node (a dynamic attribute).
 ///
-/// Attributes form trees: a compound has children, an array of anything has elements on each node.
-/// An attribute knows nothing of nodes; what a node holds for it is a Slot.
+/// Attributes form trees: a compound has child attributes; any attribute may be an array, whose
+/// elements exist per node. An attribute holds no per-node state: each node stores its value and
+/// connections in a Slot.
 #pragma once
 
 #include "host/graph/value.h"
@@ -25,14 +26,14 @@ enum class AttributeKind : uint8_t {
     mesh,
     matrix,
     message, ///< carries no value, only connections
-    compound ///< children only; `tuple` says whether they are one vector of numbers
+    compound ///< has child attributes and no value of its own; see `tuple`
 };
 
-/// What a number measures. Lengths are stored in centimetres, angles in radians; scripts see
-/// degrees.
+/// The physical quantity of a number. Lengths are stored in centimetres, angles in radians; the
+/// script language shows angles in degrees.
 enum class Unit : uint8_t { none, length, angle, time };
 
-/// Vectors of numbers that travel as one value.
+/// Compounds of equal numbers that are set, read and connected as one vector.
 enum class Tuple : uint8_t {
     none,
     short2,
@@ -70,24 +71,25 @@ public:
     const std::string& short_name() const { return short_name_; }
     AttributeKind kind() const { return kind_; }
     ValueKind value_kind() const;
-    /// "float", "long", "bool", "string", "mesh", "double3": as scripts spell it.
+    /// The type name in the script language: "float", "long", "bool", "string", "mesh", "double3".
     const char* type_text() const;
 
     bool is_compound() const { return kind_ == AttributeKind::compound; }
     bool is_array() const { return flags.array; }
     bool is_number() const { return kind_ <= AttributeKind::enumeration; }
 
-    /// Children of a compound, in order; a child's parent is the compound.
+    /// Child attributes of a compound, in order of addition. Adding one sets its parent.
     void add_child(const Ref<Attribute>& child);
     const std::vector<Ref<Attribute>>& children() const { return children_; }
     Attribute* parent() const { return parent_; }
     unsigned int index_in_parent() const { return index_in_parent_; }
 
-    /// The value a slot holds before anybody set one.
+    /// The value of a slot that was never set.
     const Value& default_value() const { return default_; }
     void set_default(const Value& value) { default_ = value; }
 
-    /// A vector attribute: a compound of numbers with the suffixes given, one per component.
+    /// Creates a vector attribute: a compound of numbers, one child per component, named by
+    /// appending the suffixes.
     static Ref<Attribute> make_tuple(const std::string& long_name, const std::string& short_name,
                                      Tuple tuple, Unit unit, const char* const suffixes[],
                                      double default_value = 0.0);
@@ -97,8 +99,8 @@ public:
     Unit unit = Unit::none;
     std::optional<double> minimum;
     std::optional<double> maximum;
-    std::vector<std::pair<std::string, short>> fields; ///< of an enumeration
-    bool dynamic = false;                              ///< added to one node, not by its type
+    std::vector<std::pair<std::string, short>> fields; ///< name and value pairs, of an enumeration
+    bool dynamic = false; ///< belongs to a single node instead of a node type
     std::string nice_name;
 
 private:
@@ -108,11 +110,11 @@ private:
     AttributeKind kind_;
     Value default_;
     std::vector<Ref<Attribute>> children_;
-    Attribute* parent_ = nullptr; ///< owns this attribute through its list of children
+    Attribute* parent_ = nullptr; ///< not owned: the parent owns this attribute
     unsigned int index_in_parent_ = 0;
 };
 
-/// How many components a vector has, and what each of them is.
+/// The number of components of a vector and the type of each.
 unsigned int tuple_size(Tuple tuple);
 AttributeKind tuple_component(Tuple tuple);
 

@@ -42,7 +42,7 @@ void Callbacks::fire_pre_removal(Node& node) {
     for (const CallbackId id : of_node(node)) {
         const Entry* entry = find(id);
         if (entry == nullptr)
-            continue; // an earlier one removed it
+            continue; // removed by a callback called before it
         const auto function = entry->on_removal;
         const CallbackId outer = running_;
         running_ = id;

@@ -1,7 +1,9 @@
-/// Callbacks that plug-ins ask for: before a node goes, after a panel was drawn.
+/// Callbacks registered by plug-ins: before a node is removed from the scene, and after a panel was
+/// drawn.
 ///
-/// An id names one registration and is never used again. Callbacks may remove callbacks, their own
-/// included, and add new ones; those added during a round are not called in it.
+/// Every registration has its own id; ids are never reused. A callback may remove any callback,
+/// itself included, and may add callbacks; those added while an event is being delivered are called
+/// from the next event on.
 #pragma once
 
 #include "host/graph/node.h"
@@ -16,34 +18,35 @@ class MHOST_EXPORT Callbacks {
 public:
     static Callbacks& current();
 
-    /// `code`: the address of the plug-in's function, so that it can be found when the plug-in
-    /// goes.
+    /// `code`: address of the plug-in's function; identifies the plug-in's callbacks when its
+    /// library is unloaded.
     CallbackId add_pre_removal(Node& node, std::function<void(Node&)> function,
                                const void* code = nullptr);
     CallbackId add_post_render(const std::string& panel,
                                std::function<void(const std::string&)> function,
                                const void* code = nullptr);
-    /// Removes everything whose code the question says yes to.
+    /// Removes every callback for whose code address `is_gone` returns true.
     void remove_code(const std::function<bool(const void* code)>& is_gone);
-    /// Removes what watches a node.
+    /// Removes all callbacks registered on a node.
     void forget(const Node& node);
-    /// False when the id names nothing (any more).
+    /// Returns false if no callback has this id.
     bool remove(CallbackId id);
 
     void fire_pre_removal(Node& node);
     void fire_post_render(const std::string& panel);
 
-    /// How many post-render callbacks a panel has; of a node, the ids registered.
+    /// The number of post-render callbacks of a panel, and the ids of a node's pre-removal
+    /// callbacks.
     size_t post_render_count(const std::string& panel) const;
     std::vector<CallbackId> of_node(const Node& node) const;
-    /// The callback that runs now; 0 outside of any.
+    /// The id of the callback being called, 0 if none.
     CallbackId running() const { return running_; }
     void clear();
 
 private:
     struct Entry {
         CallbackId id;
-        const Node* node; ///< watched, not owned; entries go when the node does
+        const Node* node; ///< not owned; null for panel callbacks. Removed with the node
         std::string panel;
         std::function<void(Node&)> on_removal;
         std::function<void(const std::string&)> on_render;

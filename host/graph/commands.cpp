@@ -8,7 +8,7 @@ namespace host::graph {
 
 namespace {
 
-/// A command in the undo queue, with what the host did for it meanwhile.
+/// A command on the undo queue, with the scene edits that were recorded while it ran.
 class CommandEdit : public Edit {
 public:
     CommandEdit(std::unique_ptr<MPxCommand> command, std::vector<EditPtr> edits)
@@ -118,7 +118,7 @@ MStatus Commands::run(const std::string& name, const std::vector<std::string>& a
     if (status && command->isUndoable() && records) {
         queue.record(std::make_unique<CommandEdit>(std::move(command), std::move(edits)));
     } else if (status) {
-        // What it had the host do stays undoable even if it is not.
+        // A command that is not undoable still leaves the scene edits it caused on the undo queue.
         for (EditPtr& edit : edits)
             queue.record(std::move(edit));
     }

@@ -1,4 +1,4 @@
-/// Commands of plug-ins: their table, how one runs, how it comes back from the undo queue.
+/// Commands that plug-ins register: the table of commands, running one, undoing and redoing it.
 #pragma once
 
 #include "host/graph/edits.h"
@@ -20,7 +20,7 @@ public:
 
     static Commands& current();
 
-    /// kInvalidParameter when the name is empty or taken.
+    /// Errors: kInvalidParameter if the name is empty or already in use.
     MStatus add(const std::string& name, Creator creator, SyntaxCreator syntax,
                 const std::string& plugin);
     MStatus remove(const std::string& name);
@@ -28,20 +28,22 @@ public:
     std::vector<std::string> names() const;
     std::vector<std::string> of_plugin(const std::string& plugin) const;
 
-    /// Runs a command with its arguments as they were typed, flags included. When it succeeds and
-    /// is undoable it goes to the undo queue together with what the host changed on its behalf
-    /// (copies, deletions): undo first asks the command, then takes those back; redo the other way
-    /// round. kUnknownParameter for a name that is not known; kInsufficientMemory when its creator
-    /// gave none.
+    /// Runs a command with its arguments as typed, flags included. A command that succeeds and is
+    /// undoable is put on the undo queue together with the scene edits that the host recorded while
+    /// it ran. Undo calls the command's undoIt and then reverts those edits; redo re-applies the
+    /// edits and then calls redoIt.
+    /// Errors: kUnknownParameter for an unknown name; kInsufficientMemory if the creator returns
+    ///         NULL; otherwise the status of doIt.
     MStatus run(const std::string& name, const std::vector<std::string>& arguments,
                 CommandResult& result);
 
-    /// Result of the command that runs now, or that ran, was undone or redone last.
+    /// The result of the running command, or else of the last command that was run, undone or
+    /// redone.
     CommandResult& result() { return result_; }
-    /// The syntax a command was registered with; an empty one without.
+    /// The syntax that a command was registered with; empty if it has none.
     MSyntax syntax_of(const std::string& name) const;
 
-    /// Undo and redo of an instance, for the undo queue.
+    /// Called by the undo queue.
     MStatus undo(MPxCommand& command);
     MStatus redo(MPxCommand& command);
 

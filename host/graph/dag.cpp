@@ -12,7 +12,7 @@ const char* const k_axes[] = {"X", "Y", "Z"};
 
 Ref<Attribute> make_vector(const char* long_name, const char* short_name, Unit unit,
                            double default_value) {
-    // Long names get capital suffixes, short ones small letters: "translateX", "tx".
+    // Suffixes are capitals in long names and small letters in short names: "translateX", "tx".
     static const char* const k_letters[] = {"x", "y", "z"};
     Ref<Attribute> vector = new Attribute(long_name, short_name, AttributeKind::compound);
     vector->tuple = Tuple::double3;
@@ -46,7 +46,7 @@ Ref<Attribute> make_shear() {
     return vector;
 }
 
-/// The three numbers of a vector attribute; its defaults when no slot was made.
+/// Reads the three components of a vector attribute; the defaults if the slot does not exist.
 void read_vector(const Node& node, const Attribute& attribute, double out[3]) {
     const Slot* slot = node.existing_slot(attribute);
     for (unsigned int i = 0; i < 3; ++i) {
@@ -122,7 +122,7 @@ MMatrix DagNode::local_matrix() const {
     const DagAttributes& a = dag_attributes();
     if (is_shape() || !owns(*a.translate))
         return MMatrix();
-    // Transforms that are driven by connections are brought up to date first.
+    // Evaluates the transform attributes that are driven by connections.
     for (const auto& attribute : {a.translate, a.rotate, a.scale})
         if (Slot* slot = existing_slot(*attribute))
             evaluate(*slot);

@@ -1,4 +1,4 @@
-/// Nodes that have a place in the scene's hierarchy: transforms, and shapes below them.
+/// Nodes of the scene's hierarchy: transforms, and the shapes below them.
 #pragma once
 
 #include "host/graph/node.h"
@@ -9,7 +9,7 @@ namespace host::graph {
 
 class DagNode;
 
-/// The way from a top-level node down to a node; never empty when valid.
+/// The nodes from a top-level node down to some node. Empty means invalid.
 using DagPath = std::vector<Ref<DagNode>>;
 
 class MHOST_EXPORT DagNode : public Node, public DagFace {
@@ -22,7 +22,7 @@ public:
     MObject parent(unsigned int index) const override;
     unsigned int child_count() const override;
     MObject child(unsigned int index) const override;
-    /// Scale, then rotation (in the node's rotate order), then translation, about the pivots.
+    /// Scales, then rotates (in the node's rotate order), then translates, about the pivots.
     MMatrix local_matrix() const override;
 
     bool is_shape() const { return node_type().shape; }
@@ -31,7 +31,7 @@ public:
     bool is_ancestor_of(const DagNode& other) const;
     bool is_intermediate();
 
-    /// The path through the first parents, and all paths.
+    /// The path through the first parent at every level, and the paths through all parents.
     DagPath path() const;
     std::vector<DagPath> all_paths() const;
 
@@ -40,14 +40,14 @@ protected:
 
 private:
     friend class Scene;
-    std::vector<DagNode*> parents_; ///< none: top level, or not in the scene
+    std::vector<DagNode*> parents_; ///< empty for top-level nodes and for nodes outside the scene
     std::vector<DagNode*> children_;
 };
 
-/// "|group|shape".
+/// The full path as text: "|group|shape".
 MHOST_EXPORT std::string full_name(const DagPath& path);
 
-/// Attributes that transforms, shapes, cameras share or that the host's own code reads.
+/// Attributes that transforms, shapes and cameras share or that the host itself reads.
 struct DagAttributes {
     Ref<Attribute> visibility;
     Ref<Attribute> intermediate;

@@ -1,5 +1,5 @@
-/// Data that travels through connections as an object: vectors of numbers, texts, matrices. Mesh
-/// data is made by the mesh part of the host and known here only as an object that holds a mesh.
+/// Values that travel along connections as objects: vectors of numbers, strings, matrices. Mesh
+/// data is implemented in host/mesh; here it is only an object that holds a mesh.
 #pragma once
 
 #include "host/graph/attribute.h"
@@ -41,10 +41,10 @@ private:
     ~MatrixData() override;
 };
 
-/// New mesh data that holds a copy of a mesh (NULL: none yet).
+/// Creates mesh data with a copy of `mesh`, or empty mesh data if `mesh` is NULL.
 MHOST_EXPORT Ref<Object> mesh_data(const Mesh* mesh);
 
-/// An independent copy; data that cannot be copied comes back itself.
+/// Returns an independent copy, or the same object if its type cannot be copied.
 Ref<Object> copy_of_data(Object& data);
 
 } // namespace host::graph

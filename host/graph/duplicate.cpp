@@ -1,4 +1,4 @@
-// Copies of nodes, and the history that a shape hangs on.
+// Duplicates nodes, and finds the construction history of a shape.
 #include "host/graph/mesh_node.h"
 #include "host/graph/scene.h"
 
@@ -9,8 +9,8 @@ namespace host::graph {
 
 namespace {
 
-/// Gives a copy every value that the original holds by itself or was given by a connection.
-/// Outputs are computed anew; messages carry nothing.
+/// Copies all values that the original stores or received through connections. Computed outputs are
+/// not copied; message attributes hold no value.
 MStatus copy_slots(Node& from, Node& to, bool with_tweaks) {
     for (const Ref<Attribute>& attribute : from.dynamic_attributes()) {
         const MStatus status = to.add_attribute(attribute);
@@ -30,7 +30,7 @@ MStatus copy_slots(Node& from, Node& to, bool with_tweaks) {
         Slot* copy = to.slot(attribute);
         if (copy == nullptr)
             continue;
-        // Elements have to be there before they can take a value.
+        // Elements must exist before they can be assigned.
         const SlotState state = save_state(*slot);
         make_elements(*copy, state);
         restore_state(*copy, state);
@@ -57,7 +57,8 @@ MStatus Scene::duplicate(Node& node, bool with_tweaks, std::vector<Copy>& copies
     if (dag == nullptr)
         return copy_one(node, nullptr, true) ? MS::kSuccess : MS::kFailure;
 
-    // A shape comes with a transform of its own, which stands beside the original's.
+    // A shape is duplicated together with its transform; the new transform is a sibling of the
+    // original's.
     DagNode* root = dag->is_shape() && !dag->parents_.empty() ? dag->parents_.front() : dag;
     const Ref<Node> top =
         copy_one(*root, root->parents_.empty() ? nullptr : root->parents_.front(), true);
@@ -67,14 +68,14 @@ MStatus Scene::duplicate(Node& node, bool with_tweaks, std::vector<Copy>& copies
         const Ref<Node> shape = copy_one(*dag, top->as_dag_node(), true);
         if (!shape)
             return MS::kFailure;
-        // Whatever the original is to the user, its copy is a mesh of its own.
+        // Even if the original is an intermediate object, the copy is visible.
         reset_state(*shape->slot(*dag_attributes().intermediate));
         return MS::kSuccess;
     }
     const std::function<bool(DagNode&, DagNode&)> descend = [&](DagNode& from, DagNode& to) {
         for (DagNode* child : from.children_) {
             if (child->is_intermediate())
-                continue; // it fed a history that the copy does not have
+                continue; // an intermediate object feeds history that the copy does not have
             const Ref<Node> copy = copy_one(*child, &to, &from == root && child->is_shape());
             if (!copy || !descend(*child, *copy->as_dag_node()))
                 return false;
@@ -86,7 +87,7 @@ MStatus Scene::duplicate(Node& node, bool with_tweaks, std::vector<Copy>& copies
 
 namespace {
 
-/// Calls a function for every slot of a node that was made so far.
+/// Calls `each` for every existing slot of a node.
 void for_each_slot(Node& node, const std::function<void(Slot&)>& each) {
     const std::function<void(Slot&)> visit = [&](Slot& slot) {
         each(slot);
@@ -97,7 +98,7 @@ void for_each_slot(Node& node, const std::function<void(Slot&)>& each) {
         visit(*slot);
 }
 
-/// What the node feeds besides the nodes given.
+/// Whether the node feeds any node for which `is_known` is false.
 bool feeds_others(Node& node, const std::function<bool(const Node*)>& is_known) {
     bool leads_out = false;
     for_each_slot(node, [&](Slot& slot) {
@@ -126,7 +127,7 @@ std::vector<Node*> Scene::history_of(Node& shape, bool exclusive_only) const {
             pending.push_back(source);
         });
     }
-    // What feeds anything outside the set stays; and so does what feeds what stays.
+    // A node stays if it feeds anything outside the set, or a node that stays.
     const auto stays = [&](Node* node) {
         DagNode* dag = node->as_dag_node();
         return node->is_default || (dag != nullptr && !dag->is_intermediate()) ||

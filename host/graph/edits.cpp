@@ -136,7 +136,7 @@ private:
     std::function<MStatus(Slot&)> change_;
     bool done_ = false;
     SlotState before_;
-    SlotState after_; ///< taken when the change is undone
+    SlotState after_; ///< saved by undo
 };
 
 class Rename : public Edit {

@@ -1,8 +1,8 @@
-/// Changes of the scene that can be taken back. Graph modifiers record them, the undo queue keeps
-/// them, script commands perform them: there is one implementation of every change.
+/// Undoable changes of the scene. Graph modifiers, the undo queue and script commands all make
+/// their changes through these edits, so every kind of change is implemented once.
 ///
-/// An edit is made unapplied; then `redo` and `undo` alternate, `redo` first. An edit whose redo
-/// failed changed nothing. Edits keep the nodes they speak of alive.
+/// A new edit has not been applied yet: the first call is `redo`, then `undo` and `redo` alternate.
+/// An edit whose `redo` fails changes nothing. Edits keep the nodes they refer to alive.
 #pragma once
 
 #include "host/graph/scene.h"
@@ -24,26 +24,27 @@ public:
 };
 using EditPtr = std::unique_ptr<Edit>;
 
-/// The node enters the scene, below `parent` when it is a DAG node that has one. Its name is made
-/// unique at that moment.
+/// Adds a node to the scene, a DAG node below `parent` (NULL: at the top level). If the name is
+/// taken at that moment, the node gets a unique one.
 MHOST_EXPORT EditPtr add_node_edit(Node& node, DagNode* parent);
-/// The node leaves the scene with everything below it; connections go with it and come back.
+/// Removes a node and everything below it, with its connections; undo restores both.
 MHOST_EXPORT EditPtr remove_node_edit(Node& node);
-/// `retain`: after undo the destination keeps what came through the connection, as the graph
-/// modifiers have it. Otherwise undo brings its former value back.
+/// `retain`: whether, after undo, the destination keeps the value that came through the connection
+/// (as undo of a graph modifier does) or gets back the value it had before.
 MHOST_EXPORT EditPtr connect_edit(Slot& source, Slot& destination, bool retain);
 MHOST_EXPORT EditPtr disconnect_edit(Slot& source, Slot& destination);
 MHOST_EXPORT EditPtr set_value_edit(Slot& slot, const Value& value);
-/// Any change of one slot's values and of nothing else, with the state before it kept.
+/// Any change that affects the values of one slot only. The slot's previous state is saved and
+/// restored on undo.
 MHOST_EXPORT EditPtr change_slot_edit(Slot& slot, std::function<MStatus(Slot&)> change);
 MHOST_EXPORT EditPtr rename_edit(Node& node, const std::string& name);
-/// NULL: to the top level. Below a node itself or one of its descendants it fails.
+/// NULL moves the node to the top level. Fails if `parent` is the node itself or below it.
 MHOST_EXPORT EditPtr reparent_edit(DagNode& node, DagNode* parent);
-/// A further way to the node: an instance.
+/// Makes `node` an additional child of `parent`: an instance.
 MHOST_EXPORT EditPtr instance_edit(DagNode& node, DagNode& parent);
 MHOST_EXPORT EditPtr add_attribute_edit(Node& node, const Ref<Attribute>& attribute);
 MHOST_EXPORT EditPtr remove_attribute_edit(Node& node, const Ref<Attribute>& attribute);
-/// Locked, keyable and channel box marks of a plug.
+/// Properties of a plug that are not part of its value.
 enum class PlugMark { locked, keyable, channel_box };
 MHOST_EXPORT EditPtr mark_edit(Slot& slot, PlugMark mark, bool on);
 MHOST_EXPORT EditPtr select_edit(const Selection& selection);

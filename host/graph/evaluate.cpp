@@ -7,8 +7,8 @@ namespace host::graph {
 
 namespace {
 
-/// One walk downstream. Marks do not stop at slots that are stale already: a plug-in may have
-/// cleaned an output although one of its inputs stayed stale, and must hear of the next change.
+/// One dirty propagation. It does not stop at slots that are already dirty: a plug-in may have
+/// marked an output clean while one of its inputs was dirty, and that output must be marked again.
 class Propagation {
 public:
     explicit Propagation(Slot& start) {
@@ -70,7 +70,7 @@ private:
     }
 
     void make_stale(Node& node, const Attribute& attribute) {
-        // Outputs that nobody asked for yet are born stale.
+        // Output slots that do not exist yet are created dirty.
         if (Slot* output = node.existing_slot(attribute)) {
             mark(*output);
             push(*output);
@@ -87,7 +87,7 @@ private:
     std::vector<Slot*> pending_;
 };
 
-/// The output that computing `slot` is about: the slot itself, or what it is a part of.
+/// Whether computing a node sets this slot: it or a slot above it is an output.
 bool is_output(const Slot& slot) {
     const NodeType& type = slot.node().node_type();
     for (const Slot* at = &slot; at != nullptr; at = at->parent())
@@ -107,14 +107,14 @@ MStatus compute(Slot& slot) {
     else if (node.node_type().compute != nullptr)
         status = node.node_type().compute(node, slot);
     if (status == MS::kUnknownParameter) {
-        // Nobody computes this one: it is what it holds.
+        // Not a computed plug: its stored value is valid.
         set_clean(slot);
         return MS::kSuccess;
     }
     return status;
 }
 
-/// Brings over what the connection into `slot` delivers.
+/// Copies the value of the source connected to `slot`.
 MStatus fetch(Slot& slot) {
     Slot& source = *slot.source();
     const MStatus status = evaluate(source);
@@ -152,7 +152,7 @@ bool is_clean(const Slot& slot) {
 
 MStatus evaluate(Slot& slot) {
     if (slot.busy)
-        return MS::kSuccess; // a cycle: what is there has to do
+        return MS::kSuccess; // cycle: use the current value
     slot.busy = true;
     MStatus status;
     if (Slot* fed = slot.fed_ancestor()) {
@@ -212,7 +212,7 @@ bool assign(Slot& slot, const Value& value) {
 
 bool copy_values(Slot& from, Slot& to) {
     if (from.is_leaf() && to.is_leaf()) {
-        // Nothing computed yet: what was there before stays.
+        // The source was never computed: keep the destination's value.
         if (from.value.is_none() && from.attribute().value_kind() == ValueKind::data)
             return true;
         if (from.attribute().kind() == AttributeKind::message ||

@@ -1,9 +1,9 @@
-/// Dirty marks travel downstream at once; values are pulled upstream on demand.
+/// Evaluation of the graph: dirty marks are pushed downstream at once, values are pulled on demand.
 ///
-/// A change marks stale what it affects on its node and everything that connections lead to from
-/// there. Nothing is computed until somebody asks. A node's compute is called only for a stale
-/// output, and the output stays stale unless the compute says it is clean; what is fed by it then
-/// stays stale too and asks again on the next pull.
+/// Changing a plug marks dirty the outputs that it affects on its node, and everything connected
+/// downstream of them. Nothing is computed until a value is read. A node's compute is called only
+/// for a dirty output. The output stays dirty unless compute marks it clean; plugs that it feeds
+/// then stay dirty too, and the next read evaluates again.
 #pragma once
 
 #include "host/graph/node.h"
@@ -12,33 +12,36 @@
 
 namespace host::graph {
 
-/// Announces that a slot's value changed (or will): everything downstream becomes stale.
+/// Marks dirty everything downstream of a slot whose value changed or is about to change.
 MHOST_EXPORT void announce_change(Slot& slot);
-/// Marks a slot and all below it as not stale.
+/// Marks a slot and everything below it clean.
 MHOST_EXPORT void set_clean(Slot& slot);
-/// True when a pull would not compute or fetch anything.
+/// True if evaluating the slot would neither compute nor copy anything.
 MHOST_EXPORT bool is_clean(const Slot& slot);
 
-/// Brings a slot, its elements and its components up to date as far as its node and what feeds it
-/// allow. A failure of a compute is returned; the slot then keeps what it held.
+/// Brings a slot with its elements and components up to date. Returns the status of a failed
+/// compute; the slot then keeps its previous value.
 MHOST_EXPORT MStatus evaluate(Slot& slot);
 
-/// Gives a slot a value of another kind as far as numbers convert; false when they do not fit.
+/// Stores a value, converting numbers to the slot's type. Returns false if the types are not
+/// compatible.
 MHOST_EXPORT bool assign(Slot& slot, const Value& value);
-/// Copies values from slot to slot, components included; false when the shapes differ.
+/// Copies a value from slot to slot, including elements and components. Returns false if the
+/// structures differ.
 MHOST_EXPORT bool copy_values(Slot& from, Slot& to);
-/// Whether values of one attribute may travel to another along a connection.
+/// Whether the two attributes have compatible types for a connection.
 MHOST_EXPORT bool can_connect(const Slot& from, const Slot& to);
 
-/// Sets a plug as a user or a plug-in does: kFailure when it is locked, not writable or fed by a
-/// connection, kInvalidParameter when the value does not fit. A vector whose components are fed by
-/// connections takes the value all the same; the fed components hold it once the connection goes.
-/// (docs/decisions/setting-a-connected-plug.md)
+/// Sets a plug on behalf of a user or a plug-in. A vector may be set even if some of its components
+/// are connected; those take the value once they are disconnected
+/// (docs/decisions/setting-a-connected-plug.md).
+/// Errors: kFailure if the plug is locked, not writable or fed by a connection; kInvalidParameter
+///         if the value has an incompatible type.
 MHOST_EXPORT MStatus set_value(Slot& slot, const Value& value);
-/// The slot that keeps what is written to a plug: the plug's own, except that an output may pass it
-/// on (a mesh shape's outMesh is written through to its inMesh).
+/// The slot that stores a value written to `slot`: usually the slot itself, but writing a mesh
+/// shape's outMesh writes its inMesh.
 MHOST_EXPORT Slot& value_target(Slot& slot);
-/// Whether a plug may be set at all; `set_value` begins with this.
+/// Whether a plug may be set at all. `set_value` checks this first.
 MHOST_EXPORT MStatus may_set(Slot& slot);
 
 } // namespace host::graph

@@ -5,7 +5,7 @@
 namespace host::graph::library {
 
 const char* const k_extension = ".so";
-// The entry points have C++ linkage: these are their names in the symbol table.
+// Mangled names, because the entry points have C++ linkage.
 const char* const k_initialize = "_Z16initializePlugin7MObject";
 const char* const k_uninitialize = "_Z18uninitializePlugin7MObject";
 const char k_path_separator = ':';

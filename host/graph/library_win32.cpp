@@ -5,7 +5,7 @@
 namespace host::graph::library {
 
 const char* const k_extension = ".mll";
-// Plug-ins export plain names here.
+// Plug-ins export these under unmangled names on Windows.
 const char* const k_initialize = "initializePlugin";
 const char* const k_uninitialize = "uninitializePlugin";
 const char k_path_separator = ';';
@@ -27,7 +27,7 @@ std::string last_reason() {
 } // namespace
 
 void* open(const std::string& path, std::string& error) {
-    // Libraries that the plug-in needs may lie beside it.
+    // This search order finds other libraries in the plug-in's own folder.
     const HMODULE library = LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (library == nullptr)
         error = last_reason();

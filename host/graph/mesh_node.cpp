@@ -12,7 +12,7 @@ Ref<Attribute> make_mesh(const char* long_name, const char* short_name) {
     return new Attribute(long_name, short_name, AttributeKind::mesh);
 }
 
-/// An array of float3 whose components have the names given.
+/// An array of float3 with the given component names.
 Ref<Attribute> make_offsets(const char* long_name, const char* short_name,
                             const char* const longs[], const char* const shorts[]) {
     Ref<Attribute> offsets = new Attribute(long_name, short_name, AttributeKind::compound);
@@ -80,7 +80,7 @@ bool MeshNode::has_tweaks() const {
     return false;
 }
 
-/// outMesh from what inMesh and pnts hold now.
+/// Sets outMesh from the current values of inMesh and pnts, without evaluating them.
 void MeshNode::combine() const {
     auto& self = const_cast<MeshNode&>(*this);
     Slot& in = *self.slot(*mesh_attributes().in_mesh);
@@ -91,7 +91,7 @@ void MeshNode::combine() const {
     else if (has_tweaks())
         out.value = Value::of_data(tweaked(*mesh, *existing_slot(*mesh_attributes().tweaks)).get());
     else
-        out.value = in.value; // one object: edits in place show at once
+        out.value = in.value; // same object: in-place edits of inMesh show up in outMesh
     edited_ = false;
 }
 
@@ -133,7 +133,7 @@ Mesh* MeshNode::edit() {
     if (data == nullptr)
         return nullptr;
     if (!edited_) {
-        // The tweaked copy would keep the storage shared, and every edit would copy it.
+        // A tweaked copy in outMesh would share storage with inMesh and make every edit copy it.
         out.value = Value();
         edited_ = true;
         in.was_set = true;

@@ -1,9 +1,9 @@
-/// The mesh shape: what arrives at inMesh (or was left there), with the tweaks of pnts on top, is
-/// what outMesh gives.
+/// The mesh shape node: outMesh is inMesh with the vertex offsets of pnts (the tweaks) added.
 ///
-/// A shape without history keeps its geometry in inMesh, and so does one that lost its history: the
-/// last value that came through the connection stays. Writing outMesh writes inMesh, unless a
-/// connection feeds it. Edits in place change inMesh as well; tweaks stay on top of them.
+/// A shape without construction history stores its geometry in inMesh. A shape whose history is
+/// disconnected keeps the last mesh that came through the connection. Writing outMesh writes inMesh
+/// unless inMesh is connected. Editing the mesh in place also edits inMesh; tweaks are added on
+/// top.
 #pragma once
 
 #include "host/graph/dag.h"
@@ -29,18 +29,18 @@ public:
     MStatus set_mesh(const Mesh& mesh) override;
 
     bool has_tweaks() const;
-    /// outMesh and worldMesh.
+    /// Computes outMesh or worldMesh.
     MStatus compute_output(Slot& output);
 
 private:
     ~MeshNode() override;
     void combine() const;
-    /// inMesh was edited in place and outMesh is behind it.
+    /// inMesh was edited in place since outMesh was last computed.
     mutable bool edited_ = false;
 };
 
-/// A mesh with offsets added to points: entry i of an array of float3 is the offset of point i.
-/// Offsets of points that do not exist are ignored.
+/// Returns a mesh with `offsets` added to its points: element i of the float3 array is added to
+/// point i. Elements beyond the last point are ignored.
 Ref<Object> tweaked(const Mesh& mesh, const Slot& offsets);
 
 } // namespace host::graph

@@ -1,4 +1,5 @@
-/// What a graph modifier of the interface holds: recorded edits and how far they were carried out.
+/// Implementation of MDGModifier and MDagModifier: the recorded edits and how many of them are
+/// done.
 #pragma once
 
 #include "host/graph/edits.h"
@@ -8,10 +9,10 @@ namespace host::graph {
 class Modifier {
 public:
     void record(EditPtr edit) { edits_.push_back(std::move(edit)); }
-    /// From the mark to the end; stops at the first edit that fails, which is tried again next
-    /// time.
+    /// Applies the edits that are not done yet. Stops at the first failure; the next call retries
+    /// that edit.
     MStatus redo();
-    /// Everything that was done, in reverse order.
+    /// Reverts all done edits, in reverse order.
     MStatus undo();
 
 private:

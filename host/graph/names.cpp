@@ -1,4 +1,4 @@
-// Names: which are free, who has which, what a path means.
+// Node names: finding free ones, looking up nodes by name and path.
 #include "host/graph/scene.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@ namespace host::graph {
 
 namespace {
 
-/// A name without the number at its end, and that number as text.
+/// A name split into its text and its trailing digits.
 struct Stem {
     std::string text;
     std::string digits;
@@ -16,7 +16,7 @@ struct Stem {
 
 Stem split(const std::string& name) {
     size_t end = name.size();
-    // More digits than an int holds are part of the name.
+    // At most nine digits count as a number, so that it fits an int.
     while (end > 0 && name.size() - end < 9 &&
            std::isdigit(static_cast<unsigned char>(name[end - 1])))
         --end;
@@ -49,10 +49,10 @@ bool Scene::name_is_free(const std::string& name, const Node* of, const DagNode*
     if (holders.empty() || (holders.size() == 1 && holders.front() == of))
         return true;
     const bool is_dag = of != nullptr && const_cast<Node*>(of)->as_dag_node() != nullptr;
-    // A dependency node shares its name with nobody, so it would be the only one.
+    // Dependency nodes never share a name, so the only holder is one that may not share.
     if (!is_dag || holders.front()->as_dag_node() == nullptr)
         return false;
-    // Below different parents DAG nodes may share a name. The shorter list answers.
+    // DAG nodes below different parents may share a name. Searches the shorter list.
     const std::vector<DagNode*>& siblings = parent == nullptr ? top_level_ : parent->children_;
     if (siblings.size() < holders.size())
         return std::none_of(siblings.begin(), siblings.end(), [&](const DagNode* sibling) {
@@ -96,7 +96,7 @@ void Scene::unindex(Node& node) {
     if (!list.empty())
         return;
     by_name_.erase(found);
-    // A number may have become free below those that are tried next.
+    // Freeing this name may have freed a number below the next one to try.
     if (!split(node.name_).digits.empty())
         next_number_.clear();
 }
@@ -125,7 +125,7 @@ const std::vector<Node*>& Scene::named(const std::string& name) const {
 
 namespace {
 
-/// "a|b" as words, the root namespace taken off; empty when a word is missing.
+/// Splits "a|b" into names without root namespace; empty if one of the names is empty.
 std::vector<std::string> split_path(std::string_view text) {
     std::vector<std::string> words;
     size_t start = 0;
@@ -142,7 +142,8 @@ std::vector<std::string> split_path(std::string_view text) {
     return words;
 }
 
-/// Goes on from the end of `path` along children called as `words` say, and collects the ends.
+/// Extends `path` downwards along children named by `words` from position `next` on; appends
+/// complete matches.
 void descend(const DagPath& path, const std::vector<std::string>& words, size_t next,
              std::vector<SelectionItem>& found) {
     if (next == words.size()) {
@@ -166,7 +167,7 @@ std::vector<SelectionItem> Scene::find_all(std::string_view text) const {
     std::vector<SelectionItem> found;
     if (words.empty())
         return found;
-    // Starts from the rarest of the names.
+    // Starts from the name with the fewest nodes.
     size_t rarest = words.size() - 1;
     for (size_t i = words.size() - 1; i-- > 0;)
         if (named(words[i]).size() < named(words[rarest]).size())

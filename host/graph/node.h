@@ -1,8 +1,9 @@
-/// A node of the dependency graph: its name, its slots, the instance that a plug-in gave it.
+/// A node of the dependency graph: its name, its slots and, for plug-in types, the plug-in's
+/// instance.
 ///
-/// A node is created outside the scene and enters it by `Scene::add`. One that was deleted may be
-/// kept by the undo queue: alive, but not valid. Nodes of types whose plug-in went keep their
-/// attributes and values under the type "unknown".
+/// A node is created outside the scene and enters it by `Scene::add`. A deleted node that the undo
+/// queue still holds is alive but not valid. When a plug-in is unloaded, nodes of its types become
+/// nodes of type "unknown"; they keep their attributes and values.
 #pragma once
 
 #include "host/graph/node_type.h"
@@ -33,32 +34,32 @@ public:
     const NodeTypeRef& type_ref() const { return type_; }
     MPxNode* user_node() const { return user_node_; }
 
-    /// An attribute of the type or one that was added to this node, by long or short name.
+    /// Finds an attribute of the node's type or a dynamic attribute by long or short name.
     Attribute* find_attribute(std::string_view name) const;
     bool owns(const Attribute& attribute) const;
-    /// Attributes that only this node has, in order of addition.
+    /// Attributes added to this node only, in order of addition.
     const std::vector<Ref<Attribute>>& dynamic_attributes() const { return dynamic_; }
-    /// Fails when the name is taken.
+    /// Fails if the name is taken.
     MStatus add_attribute(const Ref<Attribute>& attribute);
-    /// Only dynamic ones; their slot is put aside, so that plugs on it do no harm.
+    /// Removes a dynamic attribute. Its slot is kept aside, so that plugs on it stay usable.
     MStatus remove_attribute(const Attribute& attribute);
 
-    /// The slot of an attribute. Null when the attribute is not this node's, or lies below an array
-    /// (which element is meant?).
+    /// The slot of an attribute, created on first use. NULL if the node does not have the attribute
+    /// or if it belongs to an array element (an index would be needed).
     Slot* slot(const Attribute& attribute);
-    /// The same if it exists already: a node makes slots on first use.
+    /// Like `slot`, but returns NULL instead of creating the slot.
     Slot* existing_slot(const Attribute& attribute) const;
     Slot* slot(std::string_view attribute_name);
-    /// A plug by its path as scripts write it: "translate", "tx", "pnts[3].pntx", "pt[3]". Elements
-    /// are made when `make` says so. Null when there is no such plug.
+    /// Finds a plug by its path: "translate", "tx", "pnts[3].pntx", "pt[3]". Missing array elements
+    /// are created if `make` is true. Returns NULL if there is no such plug.
     Slot* find_plug(std::string_view path, bool make = true);
-    /// Roots of all slots made so far, in the order of making.
+    /// Root slots in order of creation.
     const std::vector<Slot*>& slots() const { return order_; }
 
-    /// The value of nodeState: 0 normal, 1 has no effect, 2 blocking.
+    /// The nodeState attribute: 0 normal, 1 has no effect, 2 blocking.
     int state();
 
-    bool is_default = false; ///< came with the scene and stays: the standard cameras
+    bool is_default = false; ///< created with the scene and not deletable: the standard cameras
     bool locked = false;
 
 protected:
@@ -79,7 +80,8 @@ private:
     std::vector<Ref<Attribute>> put_aside_attributes_;
 };
 
-/// The node, attribute or slot that an object handle refers to; null for other objects.
+/// The node, attribute or slot that a handle refers to; NULL if the handle refers to something
+/// else.
 MHOST_EXPORT Node* node_of(const MObject& object);
 MHOST_EXPORT Attribute* attribute_of(const MObject& object);
 

@@ -1,6 +1,6 @@
-/// A type of node: its attributes, which of them affect which, and how nodes of it behave.
+/// A node type: its attributes, which attributes affect which, and the behaviour of its nodes.
 ///
-/// The host's own types and those of plug-ins are alike from here on. A node keeps its type alive.
+/// Built-in types and plug-in types are represented alike. A node keeps its type alive.
 #pragma once
 
 #include "host/graph/attribute.h"
@@ -27,44 +27,45 @@ public:
     NodeType(const std::string& name, unsigned int id, MFn::Type function_set)
         : name(name), id(id), function_set(function_set) {}
 
-    /// Fails when the long or short name of the attribute or of a child is taken.
+    /// Fails if the long or short name of the attribute or of one of its children is taken.
     MStatus add(const Ref<Attribute>& attribute);
-    /// Declares that a change of one attribute makes the other one's value stale. Both must have
-    /// been added.
+    /// Declares that changing `when_changes` makes `is_affected` dirty. Both must have been added
+    /// before.
     MStatus affects(const Attribute& when_changes, Attribute& is_affected);
-    /// Takes over everything another type declares.
+    /// Adds all attributes and dependencies of another type.
     MStatus inherit(const NodeType& other);
 
-    /// By long or short name, children included; null when unknown.
+    /// Finds an attribute or child attribute by long or short name; NULL if there is none.
     Attribute* find(std::string_view name) const;
-    /// An attribute of this type, or a child of one.
+    /// Whether the type has this attribute, at the top level or as a child.
     bool owns(const Attribute& attribute) const;
     const std::vector<Ref<Attribute>>& attributes() const { return attributes_; }
     const std::vector<Attribute*>& affected_by(const Attribute& attribute) const;
-    /// Something affects it: its value is computed.
+    /// Whether the attribute is computed, that is, affected by another one.
     bool is_output(const Attribute& attribute) const;
     const std::vector<Attribute*>& outputs() const { return outputs_; }
 
     std::string name;
     unsigned int id;
     MFn::Type function_set;
-    std::string plugin;    ///< who registered it; empty for the host's own
-    std::string base_name; ///< new nodes are called so, with a number; empty: as the type
+    std::string plugin; ///< name of the plug-in that registered the type; empty for built-in types
+    std::string base_name; ///< stem of the names of new nodes; empty: the type's name
     std::string classification;
     bool dag = false;
     bool shape = false;
-    bool is_unknown = false; ///< the plug-in that gave it life is gone
+    bool is_unknown = false; ///< placeholder for a type whose plug-in was unloaded
 
-    /// Makes the bare node; null: a plain dependency, DAG or mesh node as the flags say.
+    /// Creates the node object; NULL: a plain dependency node or DAG node, depending on `dag`.
     Ref<Node> (*make)(const NodeTypeRef& type) = nullptr;
-    /// Computes an output of one of the host's own nodes; cleans it when it could.
+    /// Computes an output of a built-in node and marks it clean on success.
     MStatus (*compute)(Node& node, Slot& output) = nullptr;
-    /// Where a value goes that somebody writes to an output; null: the output's own slot holds it.
+    /// Redirects values written to an output (see `value_target`); NULL: the output stores them
+    /// itself.
     Slot& (*write_target)(Node& node, Slot& output) = nullptr;
-    /// Makes a plug-in's instance.
+    /// Creates the plug-in's instance for a node.
     void* (*creator)() = nullptr;
 
-    /// All nodes of the type that are in memory, deleted ones that wait for undo included.
+    /// All nodes of this type in memory, including deleted ones held by the undo queue.
     std::vector<Node*> instances;
 
 private:
@@ -84,7 +85,7 @@ struct BaseAttributes {
 };
 MHOST_EXPORT const BaseAttributes& base_attributes();
 
-/// A type with the base attributes and nothing else.
+/// Creates a type that has only the base attributes.
 MHOST_EXPORT NodeTypeRef make_node_type(const std::string& name, unsigned int id,
                                         MFn::Type function_set);
 

@@ -1,4 +1,4 @@
-/// The interface's names for numeric types and what the graph calls them.
+/// Conversion between the public numeric types (MFnNumericData) and the graph's own.
 #pragma once
 
 #include "host/graph/attribute.h"
@@ -7,14 +7,14 @@
 
 namespace host::graph {
 
-/// Tuple::none for everything that is no pair or triple.
+/// Tuple::none if the type is not a pair or triple.
 Tuple tuple_of(MFnNumericData::Type type);
-/// The tuple of so many components of a kind; Tuple::none when there is no such thing.
+/// The tuple of `count` components of a type; Tuple::none if no such tuple exists.
 Tuple tuple_of(AttributeKind kind, unsigned int count);
-/// False for types that are no single number.
+/// Returns false if the type is not a single number.
 bool number_kind_of(MFnNumericData::Type type, AttributeKind& kind);
 MFnNumericData::Type numeric_type_of(Tuple tuple);
-/// Of a number or a tuple; kInvalid for other attributes.
+/// The public type of a number or tuple; kInvalid for other attributes.
 MFnNumericData::Type numeric_type_of(const Attribute& attribute);
 
 } // namespace host::graph

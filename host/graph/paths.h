@@ -1,4 +1,4 @@
-/// DAG paths as the interface has them and as the graph has them.
+/// Conversion of DAG paths between the public interface and the graph.
 #pragma once
 
 #include "host/graph/selection.h"
@@ -8,7 +8,7 @@
 namespace host::graph {
 
 MHOST_EXPORT MDagPath to_interface(const DagPath& path);
-/// Empty for an invalid path, or one of nodes that are not the graph's.
+/// Returns an empty path if `path` is invalid or holds nodes that do not belong to the scene.
 MHOST_EXPORT DagPath to_graph(const MDagPath& path);
 
 } // namespace host::graph

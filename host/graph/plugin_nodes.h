@@ -1,4 +1,4 @@
-/// Where the graph meets the node instances of plug-ins: the only part of it that calls them.
+/// All calls from the graph into node instances of plug-ins.
 #pragma once
 
 #include "host/graph/node.h"
@@ -9,12 +9,13 @@ namespace host::graph {
 
 class PluginNodes {
 public:
-    /// Makes the plug-in's instance for a new node; kInsufficientMemory when its creator gave none.
+    /// Creates the plug-in's instance for a new node.
+    /// Errors: kInsufficientMemory if the creator returns NULL.
     static MStatus create_instance(Node& node);
-    /// Deletes the instance, if there is one. The node is plain data afterwards.
+    /// Deletes the instance, if any. The node keeps its attributes and values.
     static void destroy_instance(Node& node);
     static MStatus compute(Slot& slot);
-    /// Asks the instance what else a change of one of its plugs makes stale.
+    /// Calls setDependentsDirty, and calls `stale` for each plug that the instance adds.
     static void report_dirty(Slot& slot, const std::function<void(Slot&)>& stale);
     static void connection_made(Slot& source, Slot& destination);
     static void connection_broken(Slot& source, Slot& destination);

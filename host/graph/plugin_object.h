@@ -1,4 +1,4 @@
-/// A loaded plug-in, as the function set for plug-ins sees it.
+/// A loaded plug-in, as MFnPlugin accesses it.
 #pragma once
 
 #include "host/graph/plugins.h"
@@ -6,11 +6,11 @@
 
 namespace host::graph {
 
-/// Names the plug-in to its entry points; may outlive it.
+/// The object passed to a plug-in's entry points. It may outlive the plug-in.
 class PluginObject : public Object {
 public:
     explicit PluginObject(Plugin& owner);
-    Plugin* plugin; ///< null: gone
+    Plugin* plugin; ///< NULL once the plug-in is unloaded
 
 private:
     ~PluginObject() override;
@@ -24,9 +24,10 @@ public:
     PluginInfo info;
     void* library = nullptr;
     Ref<PluginObject> object;
-    /// Script procedures: with a user interface, and without.
+    /// Names of the script procedures to run at load and unload, with a user interface and in batch
+    /// mode.
     std::string create_ui, delete_ui, create_batch, delete_batch;
-    std::vector<std::string> menu_items; ///< what it added and did not remove
+    std::vector<std::string> menu_items; ///< items added and not yet removed
 
     /// Whether an address lies in the plug-in's library.
     bool contains(const void* address) const;

@@ -31,7 +31,8 @@ void run_procedure(const std::string& name) {
     if (name.empty() || script_host() == nullptr)
         return;
     CommandResult ignored;
-    script_host()->execute(name, false, false, ignored); // a missing one was shown to the user
+    script_host()->execute(name, false, false,
+                           ignored); // an unknown procedure was reported to the user
 }
 
 } // namespace
@@ -66,7 +67,8 @@ std::string Plugins::find_file(const std::string& file_or_name) const {
     std::vector<std::string> directories = {""};
     if (!files::path(file_or_name).is_absolute())
         directories.insert(directories.end(), search_path_.begin(), search_path_.end());
-    // With the extension first, everywhere: a program may have the same name without it.
+    // The extension comes first in all directories: an executable may have the same name without
+    // it.
     for (const char* extension : {library::k_extension, ""}) {
         for (const std::string& directory : directories) {
             files::path path = files::path(directory) / (file_or_name + extension);
@@ -162,7 +164,7 @@ MStatus Plugins::unload(const std::string& name, bool force, std::string& error)
         error = "Plug-in \"" + plugin->info.name + "\" could not be unloaded.";
         return fault;
     }
-    // Commands and nodes that wait for undo are made of the plug-in's code.
+    // The undo queue may hold commands and nodes that are implemented in the plug-in.
     UndoQueue::current().clear();
     run_procedure(mode == AppMode::interactive ? plugin->delete_ui : plugin->delete_batch);
     const MStatus status =
@@ -178,7 +180,7 @@ MStatus Plugins::unload(const std::string& name, bool force, std::string& error)
     return status;
 }
 
-/// Removes whatever is left of a plug-in, then its code.
+/// Removes everything the plug-in still has registered, then closes its library.
 void Plugins::drop(Plugin& plugin) {
     for (const std::string& command : std::vector<std::string>(plugin.info.commands))
         Commands::current().remove(command);

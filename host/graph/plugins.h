@@ -1,10 +1,9 @@
-/// Plug-ins: libraries that are loaded at run time and tell the host about themselves through two
-/// entry points. The host links none of them.
+/// Loading and unloading of plug-ins: shared libraries that register commands and node types
+/// through two entry points.
 ///
-/// A plug-in is named after its file, without directory and extension. It must export the entry
-/// points with C++ linkage and the text MApiVersion. Code of a plug-in stays mapped as long as
-/// anything refers to it: when initialization fails, what was registered before stays registered,
-/// and so the library stays loaded.
+/// A plug-in's name is its file name without directory and extension. Its library must export both
+/// entry points with C++ linkage, and the string MApiVersion. If initialization fails, the items it
+/// registered before the failure stay registered and the library therefore stays loaded.
 #pragma once
 
 #include "host/graph/script_host.h"
@@ -19,16 +18,17 @@ namespace host::graph {
 
 class Plugin;
 
-/// Whether there is a user interface: decides which procedures of a plug-in run.
+/// Whether the application has a user interface. Selects the script procedures that a plug-in's
+/// loading and unloading run.
 enum class AppMode { interactive, batch };
 
 struct PluginInfo {
     std::string name;
-    std::string path; ///< of the file
+    std::string path; ///< of the library file
     std::string vendor;
     std::string version;
-    std::string api_version; ///< what it was built with
-    bool loaded = false;     ///< false: initialization failed, but parts are registered
+    std::string api_version; ///< interface version that the plug-in was built with
+    bool loaded = false;     ///< false if initialization failed but items are registered
     std::vector<std::string> commands;
     std::vector<std::string> node_types;
 };
@@ -37,25 +37,27 @@ class MHOST_EXPORT Plugins {
 public:
     static Plugins& current();
 
-    /// Loads a file, or a name that is looked for in the search path with and without the system's
-    /// extension. A plug-in that is loaded already is initialized once more, and it is up to its
-    /// registrations to fail; `is_loaded` tells beforehand. On failure `error` says why.
+    /// Loads a plug-in by file, or by a name that is searched in the search path with and without
+    /// the system's extension. A plug-in that is already loaded is initialized again, which
+    /// normally fails at its first registration; `is_loaded` tells beforehand. On failure `error`
+    /// holds the reason.
     MStatus load(const std::string& file_or_name, std::string& error);
-    /// Runs the plug-in's own clean-up, then removes what it left registered and the library. Undo
-    /// is forgotten. Refused while nodes of its types are in the scene, unless forced: those become
-    /// unknown nodes. A failing clean-up leaves the plug-in loaded, unless forced: its status is
-    /// returned, but the plug-in is gone.
+    /// Calls the plug-in's uninitializePlugin, removes everything it left registered and closes the
+    /// library. Clears the undo queue. Fails while the scene has nodes of the plug-in's types,
+    /// unless `force` is true; such nodes then become unknown nodes. If uninitializePlugin fails
+    /// its status is returned and the plug-in stays loaded, or is removed all the same if `force`
+    /// is true.
     MStatus unload(const std::string& name, bool force, std::string& error);
 
     bool is_loaded(const std::string& name) const;
-    /// False when the name is not known; the file's path or name will do as well.
+    /// Looks up a plug-in by name, file path or file name. Returns false if it is not known.
     bool info(const std::string& name, PluginInfo& info) const;
-    /// In the order of loading.
+    /// In order of loading.
     std::vector<std::string> names() const;
-    /// Nodes of a plug-in's types that are in the scene.
+    /// Names of the scene's nodes whose type belongs to the plug-in.
     std::vector<std::string> nodes_in_use(const std::string& name) const;
 
-    /// Directories for names without one. Starts as MAYA_PLUG_IN_PATH has it.
+    /// Directories searched for a plug-in given by name. Initialized from MAYA_PLUG_IN_PATH.
     std::vector<std::string>& search_path() { return search_path_; }
     AppMode mode = AppMode::batch;
 

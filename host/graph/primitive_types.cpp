@@ -1,4 +1,4 @@
-// The creators of primitives: nodes with sizes and subdivisions, and a mesh as their output.
+// Node types that create primitives: size and subdivision attributes and an output mesh.
 #include "host/graph/data.h"
 #include "host/graph/primitives.h"
 #include "host/graph/standard_types.h"

@@ -8,7 +8,7 @@ namespace host::graph {
 
 namespace {
 
-/// Collects points, polygons and one UV set.
+/// Accumulates points, polygons and one UV set.
 class Builder {
 public:
     uint32_t point(double x, double y, double z) {
@@ -45,7 +45,7 @@ private:
     uint32_t open_ = 0;
 };
 
-/// Cosine and sine of an angle of at most an eighth of a turn, in radians.
+/// Cosine and sine of an angle in radians of at most an eighth of a turn.
 TurnPart small_angle(double x) {
     const double x2 = x * x;
     double cosine = 1.0;
@@ -57,8 +57,8 @@ TurnPart small_angle(double x) {
     return {cosine, sine * x};
 }
 
-/// Quads between rows of points; where there are no more points than quads the grid closes on
-/// itself.
+/// A grid of quads between rows of points. In a direction with as many points as quads it wraps
+/// around.
 struct Grid {
     int columns;
     int rows;
@@ -83,8 +83,8 @@ void add_quads(Builder& builder, const Grid& grid, uint32_t first_point, int poi
     }
 }
 
-/// The six sides of a box on integer coordinates. Corners that fall on the same place of the box,
-/// or of the unfolded cross of UVs, are shared.
+/// The six sides of a box on integer coordinates. Vertices at the same position on the box, and UVs
+/// at the same position on the unfolded cross, are shared.
 class BoxBuilder {
 public:
     BoxBuilder(const double size[3], const int parts[3]) {
@@ -94,7 +94,7 @@ public:
 
     Mesh build() {
         const int w = parts_[0], h = parts_[1], d = parts_[2];
-        // Column by column and row by row of the cross: front, top, back, bottom; right; left.
+        // Side by side in the unfolded cross of UVs: front, top, back, bottom, right, left.
         side(w, h, w + d, 0, [=](int i, int j) { return Cell{i, j, d}; });
         side(w, d, w + d, h, [=](int i, int j) { return Cell{i, h, d - j}; });
         side(w, h, w + d, h + d, [=](int i, int j) { return Cell{i, h - j, 0}; });
@@ -134,7 +134,7 @@ private:
     int32_t uv(int u, int v) {
         const auto [at, is_new] = uvs_.try_emplace(std::make_pair(u, v), 0);
         if (is_new) {
-            // The cross is as high as the box is around, and sits in the middle of the square.
+            // The cross is as high as the girth of the box; it is centred in the unit square.
             const double around = 2.0 * (parts_[1] + parts_[2]);
             const double middle = parts_[0] * 1.5 + parts_[2];
             at->second = builder_.uv(0.5 + (u - middle) / around, v / around);
@@ -152,7 +152,7 @@ private:
 } // namespace
 
 TurnPart turn_part(int k, int n) {
-    // Eighths of a turn, so that every angle left is small.
+    // Reduction to eighths of a turn keeps the argument of the series small.
     const int64_t eighths = int64_t(k % n + (k < 0 ? n : 0)) * 8;
     const int octant = static_cast<int>(eighths / n) % 8;
     const int64_t rest = eighths % n;
@@ -233,16 +233,17 @@ Mesh make_sphere(double radius, int around, int along) {
 
 namespace {
 
-/// One end of a cylinder: rings of faces inwards from a rim of points that exists already.
+/// One end of a cylinder: rings of faces from an existing rim of points inwards.
 struct Cap {
     double radius, y;
     int around, rings;
     uint32_t rim; ///< first point of the rim
     bool faces_up;
-    double v_middle; ///< of the disc of UVs
+    double v_middle; ///< v coordinate of the centre of the cap's UVs
 };
 
-/// UVs of a ring around the middle of the cap's disc; `part` 1 is the rim.
+/// Adds a ring of UVs around the centre of the cap; `part` is its radius relative to the rim's.
+/// Returns the first UV.
 int32_t add_disc(Builder& builder, const Cap& cap, double part) {
     constexpr double k_disc = 0.15625;
     const double up = cap.faces_up ? 1.0 : -1.0;
@@ -255,7 +256,7 @@ int32_t add_disc(Builder& builder, const Cap& cap, double part) {
     return first;
 }
 
-/// A ring of points, and its first number with that of its UVs.
+/// Adds a ring of points and UVs. Returns the first of each.
 std::pair<uint32_t, int32_t> add_ring(Builder& builder, const Cap& cap, double part) {
     const uint32_t first = builder.point(cap.radius * part, cap.y, 0.0);
     for (int i = 1; i < cap.around; ++i) {

@@ -1,4 +1,4 @@
-/// Owning handle on a host object: what MObject is to plug-ins, with the type kept.
+/// Owning, typed handle of a host object: MObject for the host's own code.
 #pragma once
 
 #include "host/api/object.h"

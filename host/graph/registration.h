@@ -1,14 +1,14 @@
-/// The node type whose plug-in initializer is running: what MPxNode's static members work on.
+/// Registration of plug-in node types. MPxNode's static members act on the type being registered.
 #pragma once
 
 #include "host/graph/scene.h"
 
 namespace host::graph {
 
-/// Null outside of an initializer.
+/// NULL unless a plug-in's node initializer is running.
 NodeType* type_being_registered();
 
-/// Makes a type the one being registered for the length of a scope.
+/// Makes `type` the one being registered while the scope exists.
 class MHOST_EXPORT RegistrationScope {
 public:
     explicit RegistrationScope(NodeType& type);
@@ -20,8 +20,8 @@ private:
     NodeType* outer_;
 };
 
-/// Registers a plug-in's node type: runs the initializer, then adds the type to the scene. The
-/// initializer's failure, or a name or id that is taken, fails the whole.
+/// Registers a plug-in's node type: runs the initializer, then adds the type to the scene. Fails if
+/// the initializer fails or if the name or the id is taken.
 MHOST_EXPORT MStatus register_node_type(const std::string& name, unsigned int id,
                                         void* (*creator)(), MStatus (*initializer)(),
                                         const std::string& plugin,

@@ -10,7 +10,8 @@
 namespace host::graph {
 
 Scene& Scene::current() {
-    // Never destroyed: plug-in libraries may be gone when the process ends.
+    // Never destroyed: at process exit, plug-in code that its nodes refer to may already be
+    // unloaded.
     static Scene* const scene = [] {
         auto* made = new Scene;
         add_standard_types(*made);
@@ -46,7 +47,7 @@ MStatus Scene::remove_type(const std::string& name) {
     type->creator = nullptr;
     type->compute = nullptr;
     for (Node* node : type->instances) {
-        // Its callbacks were about the instance that goes.
+        // Callbacks on the node were registered by the plug-in's instance.
         Callbacks::current().forget(*node);
         PluginNodes::destroy_instance(*node);
         node->set_type(MFn::kUnknown);
@@ -79,7 +80,8 @@ Ref<Node> Scene::make_node(const NodeTypeRef& type, const std::string& name) {
     if (name.empty())
         node->name_ = unused_name((type->base_name.empty() ? type->name : type->base_name) + "1");
     else if (type->shape)
-        node->name_ = legal_name(name); // its siblings are not known before it has a parent
+        node->name_ = legal_name(
+            name); // a unique name is found when it is added, because that depends on its parent
     else
         node->name_ = free_name(legal_name(name), node.get(), nullptr);
     if (type->creator != nullptr && !PluginNodes::create_instance(*node))
@@ -92,7 +94,7 @@ MStatus Scene::add(Node& node, DagNode* parent) {
     if (node.in_scene_ || (parent != nullptr && (dag == nullptr || !parent->in_scene_)))
         return MS::kFailure;
     if (dag != nullptr && parent == nullptr && dag->is_shape())
-        return MS::kInvalidParameter; // shapes do not stand at the top level
+        return MS::kInvalidParameter; // shapes cannot be at the top level
     node.name_ = free_name(node.name_, &node, parent);
     enter(node);
     if (dag != nullptr)
@@ -146,7 +148,7 @@ void Scene::collect_subtree(Node& node, std::vector<Ref<Node>>& nodes) const {
                            [&](const Ref<Node>& held) { return held.get() == one; });
     };
     for (DagNode* child : dag->children_) {
-        // An instance that is reached another way stays.
+        // A node with another parent outside the removed hierarchy stays in the scene.
         if (child->parents_.size() == 1 ||
             std::all_of(child->parents_.begin(), child->parents_.end(), holds))
             collect_subtree(*child, nodes);
@@ -171,7 +173,7 @@ Removal Scene::remove(Node& node) {
             std::vector<DagNode*> parents = dag->parents_;
             if (parents.empty())
                 parents.push_back(nullptr);
-            // Children that stay behind elsewhere lose only this parent.
+            // Children that stay in the scene are only detached from this parent.
             for (DagNode* child : std::vector<DagNode*>(dag->children_))
                 take_place(*child, dag, removal);
             for (DagNode* parent : parents)
@@ -321,7 +323,7 @@ MStatus Scene::reparent(DagNode& node, DagNode* parent, size_t index) {
         (parent != nullptr && parent->is_shape()) || (parent == nullptr && node.is_shape()))
         return MS::kInvalidParameter;
     detach(node, node.parents_.empty() ? nullptr : node.parents_.front());
-    attach(node, parent, index, 0); // in front: "any path" goes through the new place
+    attach(node, parent, index, 0); // first, so that the node's default path leads through it
     if (!name_is_free(node.name_, &node, parent))
         rename(node, node.name_);
     is_modified = true;

@@ -1,9 +1,8 @@
-/// The scene: which nodes there are, how they are called, how they hang together.
+/// The scene: its nodes, their names, hierarchy and connections.
 ///
-/// There is one scene at a time. What changes it in a way that a user can take back goes through
-/// edits (edits.h) and `Scene::perform`; the functions here are what edits are made of, and do not
-/// record anything. The script language and the file readers are written against this header,
-/// edits.h, selection.h, undo.h, commands.h and plugins.h.
+/// There is one scene at a time. Undoable changes go through edits (edits.h) and `Scene::perform`;
+/// the functions here implement those edits and record nothing themselves. The script language and
+/// the file readers use this header, edits.h, selection.h, undo.h, commands.h and plugins.h.
 #pragma once
 
 #include "host/graph/dag.h"
@@ -23,7 +22,7 @@ namespace host::graph {
 
 class Edit;
 
-/// A connection that went with a removed node, and what lay under it.
+/// A connection removed together with a node, and the destination's value under it (Links::under).
 struct BrokenConnection {
     Ref<Node> source_node, destination_node;
     Slot* source;
@@ -31,18 +30,19 @@ struct BrokenConnection {
     Value under;
 };
 
-/// What leaving the scene took apart; restoring puts it together again.
+/// Everything needed to restore a removed node.
 struct Removal {
     struct Place {
-        Ref<DagNode> parent; ///< null: top level
+        Ref<DagNode> parent; ///< NULL: top level
         Ref<DagNode> child;
-        size_t index; ///< among the parent's children
-        size_t rank;  ///< of the parent among the child's parents
+        size_t index; ///< position among the parent's children
+        size_t rank;  ///< position of the parent among the child's parents
     };
-    std::vector<Ref<Node>> nodes; ///< the node and what went with it, top down
+    std::vector<Ref<Node>>
+        nodes; ///< the node and the nodes removed with it, parents before children
     std::vector<Place> places;
     std::vector<BrokenConnection> connections;
-    Selection selection; ///< before the removal
+    Selection selection; ///< the selection before the removal
     bool selection_changed = false;
 };
 
@@ -51,73 +51,73 @@ public:
     static Scene& current();
 
     // === Types ===============================================================================
-    /// Fails with kInvalidParameter when the name or a non-zero id is taken.
+    /// Errors: kInvalidParameter if the name or a non-zero id is taken.
     MStatus add_type(const NodeTypeRef& type);
-    /// Nodes of the type that exist become unknown ones: they keep names, values and connections
-    /// and compute nothing. Success with live nodes.
+    /// Removes a type. Existing nodes of it become unknown nodes, which keep names, values and
+    /// connections but compute nothing.
     MStatus remove_type(const std::string& name);
     NodeTypeRef find_type(const std::string& name) const;
     NodeTypeRef find_type(unsigned int id) const;
     const std::vector<NodeTypeRef>& types() const { return types_; }
 
     // === Nodes ===============================================================================
-    /// A node outside the scene with a name that is free now. Null when the type is unknown or its
-    /// creator failed. An empty name gives the type's own.
+    /// Creates a node outside the scene under a name that is free now; if `name` is empty, under a
+    /// name derived from its type. Returns NULL if the type is unknown or its creator fails.
     Ref<Node> make_node(const NodeTypeRef& type, const std::string& name = "");
-    /// Enters the scene, DAG nodes below a parent or at the top level.
+    /// Adds a node to the scene; a DAG node below `parent`, or at the top level if NULL.
     MStatus add(Node& node, DagNode* parent);
-    /// Leaves the scene, with everything below it; fires pre-removal callbacks first.
+    /// Removes a node and everything below it; calls the pre-removal callbacks first.
     Removal remove(Node& node);
     void restore(const Removal& removal);
 
-    /// All nodes in the order in which they entered.
+    /// All nodes in the order in which they entered the scene.
     const std::vector<Ref<Node>>& nodes() const;
     const std::vector<DagNode*>& top_level() const { return top_level_; }
-    /// Empties the scene and makes the default nodes anew. Undo and selection are forgotten.
+    /// Empties the scene, the selection and the undo queue and creates the default nodes again.
     void clear();
 
     // === Names ===============================================================================
-    /// A name that nobody has: as wanted, or with the number at its end counted up. Names of DAG
-    /// nodes need to be unique among their siblings only.
+    /// Returns `wanted` if it is free for the node `of` below `parent`, else a name with the
+    /// trailing number counted up. Names of DAG nodes need to be unique among siblings only.
     std::string free_name(const std::string& wanted, const Node* of, const DagNode* parent) const;
-    /// The same for a name that no node at all may have.
+    /// Returns a name that no node of the scene has.
     std::string unused_name(const std::string& wanted) const {
         return free_name(wanted, nullptr, nullptr);
     }
-    /// Characters that names cannot have become underscores; empty becomes "node".
+    /// Replaces characters that are not allowed in names by underscores; empty becomes "node".
     static std::string legal_name(const std::string& wanted);
-    /// Gives the name the node got.
+    /// Renames a node and returns the name actually given.
     std::string rename(Node& node, const std::string& wanted);
-    /// Nodes that go by a name, in the order in which they got it.
+    /// All nodes with a name, in the order in which they received it.
     const std::vector<Node*>& named(const std::string& name) const;
-    /// The one node that a name or path ("a", "|a|b", "b|c") means; null when none or several do.
+    /// Finds a node by name or path ("a", "|a|b", "b|c"); NULL if there is no match or more than
+    /// one.
     Node* find(std::string_view name_or_path) const;
-    /// All DAG paths and nodes that a name or path means.
+    /// All DAG paths and nodes that match a name or path.
     std::vector<SelectionItem> find_all(std::string_view name_or_path) const;
-    /// The shortest path that means only this one: "shape" or "group|shape".
+    /// The shortest path that identifies the node uniquely: "shape" or "group|shape".
     std::string partial_name(const DagPath& path) const;
 
     // === Connections and hierarchy ===========================================================
-    /// kFailure when the destination is fed already, locked or not writable; kInvalidParameter when
-    /// the types do not go together or one of the plugs cannot be connected.
+    /// Errors: kFailure if the destination is already connected, locked or not writable;
+    ///         kInvalidParameter if the types are incompatible or a plug is not connectable.
     MStatus connect(Slot& source, Slot& destination);
-    /// The destination keeps what it holds, or what was set while it was fed.
+    /// The destination keeps its current value, or the value that was set while it was connected.
     MStatus disconnect(Slot& source, Slot& destination);
-    /// `index`: place among the new siblings, at the end when too large.
+    /// `index`: position among the new siblings; clamped to the end.
     MStatus reparent(DagNode& node, DagNode* parent, size_t index);
     MStatus add_instance(DagNode& node, DagNode& parent);
     MStatus remove_instance(DagNode& node, DagNode& parent);
-    /// Copies a node and what is below it, without connections. Shapes copy what they hold; the
-    /// tweaks of meshes come along when `with_tweaks` says so
-    /// (docs/decisions/duplicate-and-tweaks.md). Not in the scene yet: every node of the answer is
-    /// to be added below its parent.
+    /// Copies a node and everything below it, without connections. Meshes are copied with their
+    /// tweaks (pnts) if `with_tweaks` is true (docs/decisions/duplicate-and-tweaks.md). The copies
+    /// are not in the scene yet: the caller adds each one below its `parent`.
     struct Copy {
         Ref<Node> node;
-        DagNode* parent; ///< an original's parent, or a copy
+        DagNode* parent; ///< a node of the scene or another copy
     };
     MStatus duplicate(Node& node, bool with_tweaks, std::vector<Copy>& copies);
-    /// Nodes upstream of a node that nothing but the node's removal keeps from being useless:
-    /// makers and modifiers of a mesh whose outputs lead nowhere else.
+    /// Nodes that create and modify the mesh of `shape`. `exclusive_only`: without those that also
+    /// feed nodes outside this history.
     std::vector<Node*> history_of(Node& shape, bool exclusive_only) const;
 
     // === Selection ===========================================================================
@@ -125,9 +125,9 @@ public:
     void select(const Selection& selection) { selection_ = selection; }
 
     // === Doing things ========================================================================
-    /// Applies an edit and hands it to the undo queue when somebody records.
+    /// Applies an edit and records it if the undo queue is recording.
     MStatus perform(std::unique_ptr<Edit> edit);
-    bool records_history = true; ///< construction history, "constructionHistory -toggle"
+    bool records_history = true; ///< keep construction history: "constructionHistory -toggle"
     bool is_modified = false;
 
 private:
@@ -150,11 +150,11 @@ private:
     std::unordered_map<unsigned int, NodeTypeRef> types_by_id_;
     std::map<uint64_t, Ref<Node>> entered_;
     uint64_t entered_count_ = 0;
-    mutable std::vector<Ref<Node>> list_; ///< of what entered_ holds, made when somebody asks
+    mutable std::vector<Ref<Node>> list_; ///< cached contents of `entered_`
     mutable bool list_is_stale_ = true;
     std::vector<DagNode*> top_level_;
     std::unordered_map<std::string, std::vector<Node*>> by_name_;
-    /// Per stem: every number below this one is taken, so that counting up need not start over.
+    /// Per stem: all numbers below this one are taken, so the search for a free number starts here.
     mutable std::unordered_map<std::string, unsigned int> next_number_;
     Selection selection_;
 };

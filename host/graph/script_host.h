@@ -1,5 +1,5 @@
-/// What the graph needs from the script language: to run statements, to show lines to the user, to
-/// know the commands of plug-ins. The language registers itself here, so that the graph does not
+/// The graph's interface to the script language: running statements, printing lines, announcing
+/// plug-in commands. The language registers its implementation here, so that the graph does not
 /// depend on it.
 #pragma once
 
@@ -10,12 +10,12 @@
 
 namespace host::graph {
 
-/// What a command or a statement gives back.
+/// The result of a command or statement.
 struct MHOST_EXPORT CommandResult {
     enum class Kind { none, integer, real, text };
     Kind kind = Kind::none;
     bool is_array = false;
-    /// One entry, or as many as the array has; the list of the kind is the one in use.
+    /// The list of the current kind holds one entry, or all elements if the result is an array.
     std::vector<int> integers;
     std::vector<double> reals;
     std::vector<std::string> texts;
@@ -25,12 +25,13 @@ struct MHOST_EXPORT CommandResult {
     void set(int value);
     void set(double value);
     void set(const std::string& value);
-    /// A result that holds something becomes an array; an int meets a text as text.
+    /// Appending to a result that is not empty makes it an array; a number appended to text becomes
+    /// text.
     void append(int value);
     void append(double value);
     void append(const std::string& value);
-    /// Conversions as the script language has them; false when there is none (an array to a
-    /// scalar, text that is no number, nothing at all).
+    /// Conversions by the rules of the script language. Return false if there is none: from an
+    /// array to a scalar, from text that is not a number, from an empty result.
     bool to(int& value) const;
     bool to(double& value) const;
     bool to(std::string& value) const;
@@ -42,20 +43,21 @@ enum class Line { info, warning, error };
 class MHOST_EXPORT ScriptHost {
 public:
     virtual ~ScriptHost();
-    /// Runs statements at once, re-entrantly. `display`: echo them to the user. A failure was shown
-    /// to the user before this returns.
+    /// Runs statements immediately; may be called while other statements run. `display`: echo them
+    /// to the user. Errors have been shown to the user when it returns.
     virtual MStatus execute(const std::string& text, bool display, bool undoable,
                             CommandResult& result) = 0;
     virtual MStatus source(const std::string& file) = 0;
-    /// A line for the user, without prefix or newline.
+    /// Prints a line for the user; `text` has no prefix and no newline.
     virtual void show(Line line, const std::string& text) = 0;
-    /// A plug-in brought a command, or took it away. Calls go to Commands::run.
+    /// Called when a plug-in registers or deregisters a command. The language runs it by
+    /// Commands::run.
     virtual void command_added(const std::string& name) = 0;
     virtual void command_removed(const std::string& name) = 0;
 };
 
-/// Not owned; null for none: then execution fails, and lines go to standard output and error as
-/// "// Warning: ..." and "// Error: ...".
+/// The implementation is not owned and may be NULL; `execute` then fails, and lines go to standard
+/// output and standard error as "// Warning: ..." and "// Error: ...".
 MHOST_EXPORT void set_script_host(ScriptHost* script);
 MHOST_EXPORT ScriptHost* script_host();
 

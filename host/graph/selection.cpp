@@ -46,7 +46,7 @@ bool fits(const char* pattern, const char* text) {
     return *text == '\0';
 }
 
-/// How many components of a kind a mesh shape has.
+/// Number of components of a kind in a mesh shape.
 int component_count(DagNode& shape, ComponentKind kind) {
     MeshFace* face = shape.as_mesh();
     if (face == nullptr || !face->refresh() || face->mesh() == nullptr)
@@ -66,7 +66,7 @@ int component_count(DagNode& shape, ComponentKind kind) {
     return 0;
 }
 
-/// "[3]", "[0:7]", "[*]" as ids below `count`; false when it is none of these or out of range.
+/// Parses "[3]", "[0:7]" or "[*]" into ids; returns false on other text or ids outside 0..count-1.
 bool parse_range(const std::string& text, int count, std::vector<int>& ids) {
     if (text.size() < 3 || text.front() != '[' || text.back() != ']')
         return false;
@@ -99,7 +99,7 @@ bool parse_range(const std::string& text, int count, std::vector<int>& ids) {
     return !ids.empty();
 }
 
-/// The shape that components of a path belong to: itself, or the one visible shape below.
+/// The mesh shape whose components a path refers to: the node itself or its only visible shape.
 DagNode* component_shape(SelectionItem& item) {
     if (item.path.empty())
         return nullptr;
@@ -115,7 +115,7 @@ DagNode* component_shape(SelectionItem& item) {
     return nullptr;
 }
 
-/// What stands behind the first dot of a pattern: a component or a plug of `item`.
+/// Resolves the text after the first dot of a pattern, a component or a plug, into `item`.
 bool add_part(SelectionItem& item, const std::string& part) {
     const size_t bracket = part.find('[');
     if (bracket != std::string::npos) {
@@ -136,7 +136,7 @@ bool add_part(SelectionItem& item, const std::string& part) {
     item.plug = item.node->find_plug(part, false);
     if (item.plug != nullptr || item.path.empty())
         return item.plug != nullptr;
-    // A transform answers for the attributes of its one visible shape.
+    // Attributes not found on a transform are looked up on its visible shape.
     for (DagNode* child : item.path.back()->children()) {
         if (!child->is_shape() || child->is_intermediate())
             continue;
@@ -226,7 +226,7 @@ std::vector<std::string> names_of(const SelectionItem& item, bool full) {
         return {name + "." + item.plug->path()};
     if (!item.component)
         return {name};
-    // Components are named after the transform, as users know it.
+    // Components are listed with the name of the transform, as users expect.
     if (!full && item.path.size() > 1) {
         DagPath above = item.path;
         above.pop_back();

@@ -1,4 +1,4 @@
-/// What can be selected: nodes, DAG nodes by path, plugs, components of shapes.
+/// Selectable items: nodes, DAG nodes by path, plugs, components of shapes.
 #pragma once
 
 #include "host/graph/dag.h"
@@ -9,7 +9,7 @@ namespace host::graph {
 
 enum class ComponentKind { vertex, edge, face, uv };
 
-/// Parts of a mesh by id, in rising order.
+/// Vertices, edges, faces or UVs of a mesh, by ascending id.
 class MHOST_EXPORT Component : public Object {
 public:
     Component(ComponentKind kind, std::vector<int> ids);
@@ -24,21 +24,22 @@ private:
 
 struct SelectionItem {
     Ref<Node> node;
-    DagPath path;             ///< of DAG nodes
-    Slot* plug = nullptr;     ///< of node, when a plug is meant
-    Ref<Component> component; ///< of the shape at the end of the path
+    DagPath path;             ///< of DAG nodes only
+    Slot* plug = nullptr;     ///< of `node`, if the item is a plug
+    Ref<Component> component; ///< of the shape at the end of `path`
 
     bool same_thing(const SelectionItem& other) const;
 };
 
 using Selection = std::vector<SelectionItem>;
 
-/// Resolves a name as scripts write it: node, path ("|a|b", "a|b"), plug ("a.tx"), components
-/// ("a.vtx[0:3]", "a.f[*]"), with * and ? as wild cards. Empty when nothing matches. Wild cards
-/// give matches in the order in which the nodes were made.
+/// Resolves a name as written in scripts: node, path ("|a|b", "a|b"), plug ("a.tx"), components
+/// ("a.vtx[0:3]", "a.f[*]"), with the wildcards * and ?. Empty if nothing matches. Matches of
+/// wildcards are in order of node creation.
 MHOST_EXPORT Selection resolve(const std::string& pattern);
 MHOST_EXPORT SelectionItem item_of(Node& node);
-/// The name of an item as `ls -sl` shows it: shortest unique name, plug or component appended.
+/// The names of an item as listed by `ls -sl`: shortest unique name, with plug or components
+/// appended.
 MHOST_EXPORT std::vector<std::string> names_of(const SelectionItem& item, bool full = false);
 
 } // namespace host::graph

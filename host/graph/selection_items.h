@@ -1,4 +1,4 @@
-/// What a selection list of the interface holds.
+/// Implementation of MSelectionList.
 #pragma once
 
 #include "host/graph/selection.h"

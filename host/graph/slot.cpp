@@ -84,7 +84,7 @@ std::string Slot::path(bool long_names) const {
     std::string text;
     if (is_element())
         return parent_->path(long_names) + "[" + std::to_string(index_) + "]";
-    // Components of a plain top-level compound go by their own name: "translateX".
+    // Components of a plain top-level compound are addressed directly: "translateX".
     const bool nested =
         parent_ != nullptr && (parent_->is_element() || parent_->parent_ != nullptr);
     if (nested)
@@ -174,7 +174,7 @@ void restore_state(Slot& slot, const SlotState& state) {
                 continue;
             }
         }
-        reset_state(*below); // nothing was there when the state was saved
+        reset_state(*below); // the element did not exist when the state was saved
     }
 }
 

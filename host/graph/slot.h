@@ -1,9 +1,9 @@
-/// What one node holds for one attribute, array element or component: value, state, connections.
+/// The state of a node's attribute, array element or component: value, flags, connections.
 ///
-/// Slots form the same trees as attributes. They are made when somebody first asks for them and
-/// live as long as their node, so a plug may keep a pointer to its slot together with a reference
-/// to the node. `dirty` means something only for computed outputs and for connected destinations:
-/// an input that nothing feeds is always clean.
+/// Slots form the same trees as attributes. They are created on first use and live as long as their
+/// node, so a plug can hold a pointer to its slot together with a reference to the node. `dirty`
+/// matters for computed outputs and for connected destinations only: an unconnected input is always
+/// clean.
 #pragma once
 
 #include "host/graph/attribute.h"
@@ -17,12 +17,13 @@ namespace host::graph {
 class Node;
 class Slot;
 
-/// The connections of a slot; most slots have none and no record.
+/// The connections of a slot; allocated only for slots that are or were connected.
 struct Links {
-    Slot* source = nullptr;          ///< what feeds this slot
-    std::vector<Slot*> destinations; ///< what this slot feeds, in the order of connecting
-    /// A value that was set while a connection fed the slot: it is what the slot holds when the
-    /// connection goes. Kind none: the slot keeps what came last through the connection.
+    Slot* source = nullptr;          ///< the slot that feeds this one
+    std::vector<Slot*> destinations; ///< the slots fed by this one, in order of connection
+    /// The value that was set while the slot was connected; it becomes the slot's value on
+    /// disconnection. ValueKind::none: the slot keeps the last value that came through the
+    /// connection.
     Value under;
 };
 
@@ -36,25 +37,27 @@ public:
     Node& node() const { return node_; }
     Attribute& attribute() const { return attribute_; }
     Slot* parent() const { return parent_; }
-    /// Logical index of an array element, -1 for everything else.
+    /// Logical index of an array element, else -1.
     int index() const { return index_; }
 
     bool is_element() const { return index_ >= 0; }
     bool is_in_block() const { return in_block; }
-    /// From now on this element, and those it lies in, count as existing.
+    /// Marks this element, and any elements that contain it, as existing.
     void enter_block();
-    /// The array itself, not one of its elements.
+    /// The array as a whole, not one of its elements.
     bool is_array() const { return attribute_.is_array() && !is_element(); }
-    /// Has components (an array of compounds has elements instead).
+    /// Has components. An array of compounds has elements instead.
     bool is_compound() const { return attribute_.is_compound() && !is_array(); }
     bool is_leaf() const { return !is_array() && !is_compound(); }
 
-    /// Component of a compound; made on first use. `index` below the attribute's children.
+    /// A component of a compound, created on first use. `index` must be less than the number of
+    /// children.
     Slot* child(unsigned int index);
-    /// Element of an array by logical index, made if missing; or null if missing.
+    /// An array element by logical index. `element` creates a missing one, `find_element` returns
+    /// NULL.
     Slot* element(unsigned int logical_index);
     Slot* find_element(unsigned int logical_index) const;
-    /// Elements or components made so far, elements in order of their logical index.
+    /// The elements (ordered by logical index) or components created so far.
     const std::vector<std::unique_ptr<Slot>>& below() const { return below_; }
     /// Takes an element out of its array and drops it, when nothing is connected to it.
     bool drop_element(unsigned int logical_index);
@@ -62,26 +65,26 @@ public:
     Slot* source() const { return links_ ? links_->source : nullptr; }
     const std::vector<Slot*>& destinations() const;
     bool is_connected() const { return source() != nullptr || !destinations().empty(); }
-    /// Connections that feed this slot's elements and components, at any depth.
+    /// Number of connections into elements and components of this slot, at any depth.
     unsigned int fed_below() const { return fed_below_; }
-    /// This slot or one above it is fed by a connection.
+    /// The nearest slot that has an incoming connection: this one or an ancestor; NULL if none.
     Slot* fed_ancestor();
 
-    /// Components and elements by path: "pnts[2].pntx" (long names), "pt[2].px" (short).
+    /// The plug's path from its attribute: "pnts[2].pntx" in long names, "pt[2].px" in short names.
     std::string path(bool long_names = true) const;
 
     Value value;
     bool dirty = false;
     bool locked = false;
-    bool was_set =
-        false;         ///< somebody gave it a value other than the default's: saved with the scene
-    bool busy = false; ///< being evaluated right now
+    bool was_set = false; ///< was given a value explicitly: saved with the scene
+    bool busy = false;    ///< is being evaluated
     bool keyable = false;
     bool channel_box = false;
-    bool in_block = false; ///< an element that counts: it was asked for, set or evaluated
-    uint32_t visit = 0;    ///< last dirty propagation that came by
+    bool in_block =
+        false;          ///< for array elements: exists, because it was requested, set or evaluated
+    uint32_t visit = 0; ///< number of the last dirty propagation that visited this slot
 
-    /// Plain surgery on the connection lists of both ends; no checks, no propagation.
+    /// Edits the connection lists of both ends, without checks and without propagating dirty marks.
     static void link(Slot& source, Slot& destination);
     static void unlink(Slot& source, Slot& destination);
     Links& links();
@@ -97,7 +100,7 @@ private:
     std::vector<std::unique_ptr<Slot>> below_;
 };
 
-/// Bit-for-bit comparison and copy of whole slots, components and elements included.
+/// Values of a slot with all its elements and components, for undo and copies.
 struct SlotState {
     Value value;
     bool was_set = false;
@@ -106,12 +109,12 @@ struct SlotState {
     std::vector<SlotState> below;
 };
 MHOST_EXPORT SlotState save_state(const Slot& slot);
-/// Gives the slot and all below it the defaults of their attributes.
+/// Resets the slot and everything below it to default values.
 MHOST_EXPORT void reset_state(Slot& slot);
-/// Makes the elements that a saved state has and the slot lacks.
+/// Creates the elements of a saved state that the slot lacks.
 MHOST_EXPORT void make_elements(Slot& slot, const SlotState& state);
-/// Gives the slot the saved values back. Elements that came into being since then keep existing
-/// with their defaults. Fed slots take the value as what lies under the connection.
+/// Restores saved values. Elements created since are reset to defaults. A slot that is connected
+/// now takes the value for the time after disconnection (Links::under).
 MHOST_EXPORT void restore_state(Slot& slot, const SlotState& state);
 
 } // namespace host::graph

@@ -1,4 +1,4 @@
-/// The host's own node types.
+/// The built-in node types.
 #pragma once
 
 #include "host/graph/scene.h"
@@ -7,7 +7,8 @@ namespace host::graph {
 
 inline constexpr double k_degree = 3.14159265358979323846 / 180.0;
 
-/// transform, mesh, camera, polyTweak, the primitive creators; called once by the scene.
+/// Adds transform, mesh, camera, polyTweak and the creators of primitives. Called once by the
+/// scene.
 void add_standard_types(Scene& scene);
 
 void add_dag_types(Scene& scene);

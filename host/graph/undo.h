@@ -1,8 +1,8 @@
-/// The undo queue: what users take back and do again.
+/// The undo queue.
 ///
-/// A frame collects the edits of one statement. Frames nest: an inner one hands its edits to the
+/// A frame collects the edits of one statement. Frames nest: an inner frame passes its edits to the
 /// outer one, and the outermost becomes one entry of the queue. Edits made while no frame is open
-/// are not recorded: what a plug-in changes by itself is its own affair.
+/// are not recorded.
 #pragma once
 
 #include "host/graph/edits.h"
@@ -16,35 +16,36 @@ class MHOST_EXPORT UndoQueue {
 public:
     static UndoQueue& current();
 
-    /// Opens a frame. `recording` false: whatever happens until `close` is forgotten.
+    /// Opens a frame. If `recording` is false, edits are discarded until it is closed.
     void open(const std::string& name, bool recording = true);
-    /// Closes the innermost frame; an empty one leaves no trace.
+    /// Closes the innermost frame. A frame without edits leaves no entry.
     void close();
-    /// Closes the innermost frame and hands its edits out instead of keeping them.
+    /// Closes the innermost frame and returns its edits instead of keeping them.
     std::vector<EditPtr> take();
-    /// Keeps an edit that was applied. Without an open frame, or when it does not record, the edit
-    /// is dropped.
+    /// Keeps an edit that has been applied. It is discarded if no frame is open or the frame does
+    /// not record.
     void record(EditPtr edit);
     bool is_recording() const;
     bool has_frames() const { return !frames_.empty(); }
 
-    /// kFailure when there is nothing to undo or when an edit failed; the entry moves all the same.
+    /// Errors: kFailure if there is nothing to undo; otherwise the status of the first edit that
+    ///         failed. The entry moves to the redo list in either case.
     MStatus undo();
     MStatus redo();
     bool is_undoing() const { return undoing_; }
     bool is_redoing() const { return redoing_; }
 
-    /// Empty when there is nothing.
+    /// Name of the entry that undo or redo would act on; empty if there is none.
     std::string undo_name() const;
     std::string redo_name() const;
     size_t undo_count() const { return done_.size(); }
     size_t redo_count() const { return undone_.size(); }
     std::vector<std::string> names() const;
 
-    /// Off: nothing is recorded and what was is forgotten.
+    /// Disabling also clears the queue.
     void set_enabled(bool enabled);
     bool enabled() const { return enabled_; }
-    /// 0: without end. Older entries are dropped.
+    /// Maximum number of entries, the oldest are dropped; 0: unlimited.
     void set_limit(size_t limit);
     size_t limit() const { return limit_; }
     void clear();
@@ -65,7 +66,7 @@ private:
     size_t limit_ = 0;
 };
 
-/// A frame for the length of a scope.
+/// Opens a frame for the duration of a scope.
 class UndoFrame {
 public:
     explicit UndoFrame(const std::string& name, bool recording = true) {

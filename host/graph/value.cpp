@@ -9,7 +9,7 @@ namespace host::graph {
 
 namespace {
 
-/// Truncates towards zero; what does not fit becomes the nearest number that does, NaN becomes 0.
+/// Truncates towards zero and clamps to the range of T; NaN becomes 0.
 template <class T>
 T clamped(double number) {
     if (number != number)

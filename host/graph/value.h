@@ -1,9 +1,9 @@
-/// What a plug holds: nothing yet, a number of one exact type, a text, or data (a mesh, a matrix).
+/// The value of a plug: empty, a number of a fixed type, a string, or a data object (mesh, matrix).
 ///
-/// Numbers keep their type: data handles give references to them, so a float attribute really
-/// stores a float. Conversion between number types happens in `assign_number` only. Data is shared
-/// until written (copying a Value that holds a mesh copies a handle; `deep_copy` makes it
-/// independent, which for meshes is cheap too, since their storage is shared until written).
+/// Numbers keep their type, because data handles return references to them: a float attribute
+/// stores a float. Only `assign_number` converts between number types. Data objects are shared:
+/// copying a Value that holds a mesh copies a handle. `deep_copy` makes an independent copy; for
+/// meshes this is cheap, because their storage is shared until written.
 #pragma once
 
 #include "host/graph/ref.h"
@@ -32,7 +32,7 @@ public:
     static Value of_double(double v);
     static Value of_text(const MString& v);
     static Value of_data(Object* v);
-    /// A zero of a kind: false, 0, "", or nothing for data.
+    /// The zero of a kind: false, 0, "", or no object.
     static Value zero(ValueKind kind);
 
     ValueKind kind() const { return kind_; }
@@ -50,15 +50,16 @@ public:
     const MString& as_text() const { return *text_; }
     Object* as_data() const { return kind_ == ValueKind::data ? data_ : nullptr; }
 
-    /// The number as a double; 0 for everything that is none.
+    /// The number converted to double; 0 if the value is not a number.
     double number() const;
-    /// Takes a number over, converted to this value's own kind: narrowing, truncating towards zero
-    /// and clamping to the range of the kind. False when this value is no number.
+    /// Stores a number, converted to this value's kind: narrowed, truncated towards zero and
+    /// clamped to the kind's range. Returns false if this value is not a number.
     bool assign_number(double number);
 
-    /// Bit for bit: equal kind and equal content; data are equal when they are one object.
+    /// Bitwise equality: same kind and same content. Data objects are equal if they are the same
+    /// object.
     bool same_bits(const Value& other) const;
-    /// A value that shares nothing with this one.
+    /// Returns a copy that shares no data object with this value.
     Value deep_copy() const;
     void reset();
 
