@@ -1,7 +1,7 @@
 /// What the engine's kernels cost per triangle, and the whole engine, on a bumpy sheet.
-#include "atlas/box.h"
-#include "atlas/cluster.h"
-#include "atlas/patch.h"
+#include "atlas/charts/clusters.h"
+#include "atlas/charts/patch.h"
+#include "atlas/geometry/box.h"
 
 #include <benchmark/benchmark.h>
 #include <cmath>

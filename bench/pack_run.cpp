@@ -7,7 +7,7 @@
 /// Each line gives: charts, border edges, coverage, processor seconds of the packing alone (best of
 /// --repeat N), and a fingerprint of the layout.
 #include "atlas/atlas.h"
-#include "atlas/pack.h"
+#include "atlas/pack/pack.h"
 
 #include <algorithm>
 #include <array>

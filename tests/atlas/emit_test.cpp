@@ -1,4 +1,4 @@
-#include "atlas/emit.h"
+#include "atlas/road/emit.h"
 #include "tests/atlas/pack_fixture.h"
 
 #include <cmath>

@@ -1,8 +1,8 @@
 /// Two charts on a grid, laid flat without any of the engine's decisions.
 #pragma once
 
-#include "atlas/cluster.h"
-#include "atlas/flatten.h"
+#include "atlas/charts/clusters.h"
+#include "atlas/charts/flatten.h"
 #include "tests/atlas/check_result.h"
 
 #include <functional>

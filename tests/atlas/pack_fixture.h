@@ -3,7 +3,7 @@
 /// they are, without any grid of cells.
 #pragma once
 
-#include "atlas/pack.h"
+#include "atlas/pack/pack.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "atlas/pack.h"
+#include "atlas/pack/pack.h"
 #include "tests/atlas/pack_fixture.h"
 
 #include <gtest/gtest.h>

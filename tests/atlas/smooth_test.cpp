@@ -1,5 +1,5 @@
 // Borders between charts: which polygons change sides, and what is left as it was.
-#include "atlas/smooth.h"
+#include "atlas/charts/smooth.h"
 #include "tests/atlas/grid_charts.h"
 
 #include <algorithm>

@@ -32,6 +32,19 @@ class Layers(unittest.TestCase):
     def test_engine_may_not_see_the_host(self):
         self.refused("atlas/x.cpp", '#include <maya/MFnMesh.h>\n')
 
+    def test_charts_and_packing_may_not_see_each_other(self):
+        self.refused("atlas/charts/x.cpp", '#include "atlas/pack/pack.h"\n')
+        self.refused("atlas/pack/x.cpp", '#include "atlas/charts/merge.h"\n')
+
+    def test_engine_geometry_may_not_see_the_stages(self):
+        self.refused("atlas/geometry/x.cpp", '#include "atlas/charts/merge.h"\n')
+
+    def test_public_header_of_the_engine_may_not_include_a_stage(self):
+        self.refused("atlas/atlas.h", '#include "atlas/geometry/surface.h"\n')
+
+    def test_engine_driver_may_see_every_stage(self):
+        self.taken("atlas/road/x.cpp", '#include "atlas/charts/merge.h"\n#include "atlas/pack/pack.h"\n')
+
     def test_plugin_may_not_see_the_engine(self):
         self.refused("plugin/x.cpp", '#include "atlas/atlas.h"\n')
 

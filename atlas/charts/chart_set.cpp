@@ -1,0 +1,102 @@
+#include "atlas/charts/chart_set.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace tessora::atlas {
+
+ChartSet::ChartSet(const Surface& s) : surface(s) {
+    const size_t corners = 3 * size_t(s.face_count);
+    glued.assign(corners, 0);
+    node.resize(corners);
+    for (uint32_t c = 0; c < corners; c++)
+        node[c] = c;
+    uv.resize(corners);
+    chart.assign(s.face_count, k_none);
+}
+
+void ChartSet::rebuild_nodes(const std::vector<uint32_t>& faces) {
+    for (uint32_t t : faces)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+            node[c] = k_none;
+    for (uint32_t t : faces)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+            if (node[c] == k_none)
+                rename_node(c);
+}
+
+void ChartSet::trace_border(Chart& c) const {
+    c.border.clear();
+    c.loop_end.clear();
+    c.border_length = 0;
+    // A half-edge is marked as traced by the loop it is in; borders are short, so a sorted list of
+    // the traced ones would cost more than this scan over the chart's own half-edges.
+    traced_.resize(glued.size(), 0);
+    for (uint32_t t : c.faces)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
+            if (glued[h] || traced_[h])
+                continue;
+            uint32_t at = h;
+            do {
+                traced_[at] = 1;
+                c.border.push_back(at);
+                c.border_length += surface.edge_length(at);
+                at = next_border(at);
+            } while (at != h);
+            c.loop_end.push_back(uint32_t(c.border.size()));
+        }
+    for (uint32_t h : c.border)
+        traced_[h] = 0;
+}
+
+StretchSums ChartSet::measure(const std::vector<uint32_t>& faces) const {
+    StretchSums sums;
+    for (uint32_t t : faces)
+        sums.add(measure_face(t));
+    return sums;
+}
+
+double ChartSet::true_l2(const Chart& c) const {
+    StretchSums sums;
+    for (uint32_t t : c.faces) {
+        if (surface.degenerate[t])
+            continue;
+        const Vec3 a = surface.position[surface.vertex[3 * t]];
+        const Vec3 e = surface.position[surface.vertex[3 * t + 1]] - a;
+        const Vec3 f = surface.position[surface.vertex[3 * t + 2]] - a;
+        const double x1 = length(e);
+        const Frame frame{x1, dot(e, f) / x1, length(cross(e, f)) / x1};
+        sums.add(
+            triangle_stretch(frame, uv[node[3 * t]], uv[node[3 * t + 1]], uv[node[3 * t + 2]]));
+    }
+    return sums.area > 0 ? sums.l2() : 1;
+}
+
+void ChartSet::refresh(Chart& c) const {
+    trace_border(c);
+    c.stretch = measure(c.faces);
+}
+
+void ChartSet::outline(const Chart& c, Outline& outline) const {
+    outline.clear();
+    for (uint32_t h : c.border)
+        outline.point.push_back(uv[node[h]]);
+    outline.loop_end = c.loop_end;
+}
+
+uint32_t ChartSet::add_chart(Chart&& c) {
+    const uint32_t id = uint32_t(charts.size());
+    for (uint32_t t : c.faces)
+        chart[t] = id;
+    charts.push_back(std::move(c));
+    return id;
+}
+
+double stretch_limit(float max_stretch) {
+    if (max_stretch >= 1)
+        return std::numeric_limits<double>::infinity();
+    // Rounding to float in the output takes its share; an isometric limit leaves room for it.
+    return std::max(1 / (1 - double(max_stretch)) * (1 - 1e-6), 1 + 1e-6);
+}
+
+} // namespace tessora::atlas

@@ -1,0 +1,231 @@
+#include "atlas/charts/patch.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace tessora::atlas {
+
+StretchSums triangle_stretch(const Frame& f, Vec2 a, Vec2 b, Vec2 c) {
+    StretchSums sums;
+    sums.area = f.area();
+    const double inverse_x = 1 / f.x1, inverse_y = 1 / f.y2;
+    const Vec2 s = (b - a) * inverse_x;
+    const Vec2 t = ((c - a) - s * f.x2) * inverse_y;
+    const double det = cross(s, t);
+    if (!(det > 1e-9)) {
+        sums.flipped = 1;
+        return sums;
+    }
+    sums.inverse = sums.area * 0.5 * (dot(s, s) + dot(t, t)) / (det * det);
+    sums.flat_area = sums.area * det;
+    return sums;
+}
+
+void Patch::clear() {
+    uv.clear();
+    pinned.clear();
+    corner_.clear();
+    shape_.clear();
+    frame_.clear();
+    star_begin_.clear();
+}
+
+uint32_t Patch::add_vertex(Vec2 p, bool pin) {
+    uv.push_back(p);
+    pinned.push_back(pin);
+    return uint32_t(uv.size() - 1);
+}
+
+void Patch::add_face(const Frame& f, uint32_t a, uint32_t b, uint32_t c) {
+    corner_.insert(corner_.end(), {a, b, c});
+    shape_.push_back(
+        {{f.x2 / f.y2, (f.x1 - f.x2) / f.y2, (f.x2 * (f.x2 - f.x1) + f.y2 * f.y2) / (f.x1 * f.y2)},
+         f.area(),
+         1 / f.area()});
+    frame_.push_back(f);
+}
+
+void Patch::build_stars() {
+    if (!star_begin_.empty())
+        return;
+    star_begin_.assign(uv.size() + 1, 0);
+    for (uint32_t v : corner_)
+        star_begin_[v + 1]++;
+    for (size_t v = 0; v < uv.size(); v++)
+        star_begin_[v + 1] += star_begin_[v];
+    star_.resize(corner_.size());
+    std::vector<uint32_t> at(star_begin_.begin(), star_begin_.end() - 1);
+    for (uint32_t t = 0; t < shape_.size(); t++) {
+        const uint32_t* v = &corner_[3 * t];
+        const Shape& s = shape_[t];
+        const double* cot = s.cot;
+        star_[at[v[0]]++] = {v[1], v[2], cot[0], cot[1], cot[2], s.area, s.inverse_area};
+        star_[at[v[1]]++] = {v[2], v[0], cot[1], cot[2], cot[0], s.area, s.inverse_area};
+        star_[at[v[2]]++] = {v[0], v[1], cot[2], cot[0], cot[1], s.area, s.inverse_area};
+    }
+}
+
+/// Energy of the triangles around v if it stood at p; infinite when one of them is flipped.
+double Patch::star_energy(uint32_t v, Vec2 p) const {
+    double energy = 0;
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
+        const Spoke& s = star_[i];
+        const Vec2 q = uv[s.q], r = uv[s.r];
+        const double doubled = doubled_area(p, q, r);
+        if (!(doubled > 2e-9 * s.area))
+            return std::numeric_limits<double>::infinity();
+        const double norm =
+            s.cot_p * dot(r - q, r - q) + s.cot_q * dot(p - r, p - r) + s.cot_r * dot(p - q, p - q);
+        const double inverse = 2 * s.area / doubled;
+        energy += 0.5 * norm * (1 + inverse * inverse);
+    }
+    return energy;
+}
+
+bool Patch::derivatives(uint32_t v, Quadratic& h, double& energy) const {
+    h = {};
+    energy = 0;
+    const Vec2 p = uv[v];
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
+        const Spoke& s = star_[i];
+        const Vec2 q = uv[s.q], r = uv[s.r];
+        const double doubled = doubled_area(p, q, r);
+        if (!(doubled > 2e-9 * s.area))
+            return false;
+        const Vec2 pr = p - r, pq = p - q;
+        const double norm = 0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(pr, pr) +
+                                   s.cot_r * dot(pq, pq)); // A |J|^2
+        const Vec2 dn = pr * s.cot_q + pq * s.cot_r;
+        const double e = 2 * s.area / doubled, e2 = e * e; // 1/det
+        const Vec2 dd = Vec2{q.y - r.y, r.x - q.x} * (0.5 * s.inverse_area);
+        const double k1 = 1 + e2, k2 = -2 * e2 * e, k3 = 6 * norm * e2 * e2;
+        h.g = h.g + dn * k1 + dd * (k2 * norm);
+        const double m = (s.cot_q + s.cot_r) * k1;
+        h.xx += m + 2 * k2 * dn.x * dd.x + k3 * dd.x * dd.x;
+        h.yy += m + 2 * k2 * dn.y * dd.y + k3 * dd.y * dd.y;
+        h.xy += k2 * (dn.x * dd.y + dn.y * dd.x) + k3 * dd.x * dd.y;
+        energy += norm * k1;
+    }
+    return true;
+}
+
+/// The largest part of `direction` (at most all of it) that keeps every triangle's area above a
+/// tenth of what it is.
+double Patch::longest_step(uint32_t v, Vec2 direction) const {
+    double step = 1;
+    const Vec2 p = uv[v];
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
+        const Vec2 q = uv[star_[i].q], r = uv[star_[i].r];
+        const double now = doubled_area(p, q, r);
+        const double change = direction.x * (q.y - r.y) + direction.y * (r.x - q.x);
+        if (change * step < -0.9 * now)
+            step = -0.9 * now / change;
+    }
+    return step;
+}
+
+/// Gives the energy saved.
+double Patch::relax_vertex(uint32_t v) {
+    Quadratic h;
+    double energy;
+    if (!derivatives(v, h, energy))
+        return 0;
+    const double mean = 0.5 * (h.xx + h.yy);
+    const double half = 0.5 * (h.xx - h.yy);
+    const double radius = std::sqrt(half * half + h.xy * h.xy);
+    const double floor = 1e-2 * (std::fabs(mean) + radius);
+    if (mean - radius < floor) {
+        const double shift = floor - (mean - radius);
+        h.xx += shift;
+        h.yy += shift;
+    }
+    const double det = h.xx * h.yy - h.xy * h.xy;
+    if (!(det > 0))
+        return 0;
+    const Vec2 direction =
+        Vec2{h.xy * h.g.y - h.yy * h.g.x, h.xy * h.g.x - h.xx * h.g.y} * (1 / det);
+    if (!(-dot(direction, h.g) > 1e-12 * energy))
+        return 0;
+    double step = 1;
+    for (int i = 0; i < 6; i++, step *= 0.4) {
+        const Vec2 p = uv[v] + direction * step;
+        const double after = star_energy(v, p);
+        if (after < energy) {
+            uv[v] = p;
+            stir(v);
+            return energy - after;
+        }
+        if (i == 0)
+            step = longest_step(v, direction) / 0.4;
+    }
+    return 0;
+}
+
+void Patch::stir(uint32_t v) {
+    stirred_[v] = 1;
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++)
+        stirred_[star_[i].q] = stirred_[star_[i].r] = 1;
+}
+
+double Patch::total_energy() const {
+    double energy = 0;
+    for (uint32_t t = 0; t < shape_.size(); t++) {
+        const Vec2 a = uv[corner_[3 * t]], b = uv[corner_[3 * t + 1]], c = uv[corner_[3 * t + 2]];
+        const double* cot = shape_[t].cot;
+        const double norm =
+            cot[0] * dot(c - b, c - b) + cot[1] * dot(a - c, a - c) + cot[2] * dot(b - a, b - a);
+        const double inverse = 2 * shape_[t].area / doubled_area(a, b, c);
+        energy += 0.5 * norm * (1 + inverse * inverse);
+    }
+    return energy;
+}
+
+double Patch::relax(int sweeps) {
+    build_stars();
+    double saved = 0, energy = 0;
+    for (const Shape& shape : shape_)
+        energy += 4 * shape.area;
+    stirred_.assign(uv.size(), 1);
+    for (int i = 0; i < sweeps; i++) {
+        saved = 0;
+        for (uint32_t v = 0; v < uv.size(); v++) {
+            if (pinned[v] || !stirred_[v])
+                continue;
+            stirred_[v] = 0;
+            saved += relax_vertex(v);
+        }
+        if (saved < 1e-6 * energy)
+            break;
+    }
+    return saved / energy;
+}
+
+StretchSums Patch::stretch() const {
+    StretchSums sums;
+    for (uint32_t t = 0; t < shape_.size(); t++) {
+        const Vec2 a = uv[corner_[3 * t]], b = uv[corner_[3 * t + 1]], c = uv[corner_[3 * t + 2]];
+        const Shape& shape = shape_[t];
+        sums.area += shape.area;
+        const double doubled = doubled_area(a, b, c);
+        if (!(doubled > 2e-9 * shape.area)) {
+            sums.flipped++;
+            continue;
+        }
+        const double norm = shape.cot[0] * dot(c - b, c - b) + shape.cot[1] * dot(a - c, a - c) +
+                            shape.cot[2] * dot(b - a, b - a);
+        const double inverse = 2 * shape.area / doubled;
+        sums.inverse += 0.25 * norm * inverse * inverse;
+        sums.flat_area += 0.5 * doubled;
+    }
+    return sums;
+}
+
+uint32_t Patch::flipped() const {
+    uint32_t count = 0;
+    for (uint32_t t = 0; t < shape_.size(); t++)
+        count += !(doubled_area(uv[corner_[3 * t]], uv[corner_[3 * t + 1]],
+                                uv[corner_[3 * t + 2]]) > 2e-9 * shape_[t].area);
+    return count;
+}
+
+} // namespace tessora::atlas

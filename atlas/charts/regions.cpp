@@ -1,0 +1,46 @@
+#include "atlas/charts/regions.h"
+
+#include <algorithm>
+
+namespace tessora::atlas {
+namespace {
+
+/// A leaf that cannot be flattened as a whole falls apart into its polygons.
+void flatten_polygons(Flattener& flattener, const Atoms& atoms, const uint32_t* begin,
+                      const uint32_t* end) {
+    std::vector<uint32_t> faces(begin, end);
+    std::stable_sort(faces.begin(), faces.end(),
+                     [&](uint32_t a, uint32_t b) { return atoms.of_face[a] < atoms.of_face[b]; });
+    for (auto first = faces.begin(), last = first; first != faces.end(); first = last) {
+        while (last != faces.end() && atoms.of_face[*last] == atoms.of_face[*first])
+            ++last;
+        flattener.flatten_polygon(std::vector<uint32_t>(first, last));
+    }
+}
+
+} // namespace
+
+bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
+                  const std::vector<uint8_t>& hard, ProgressMeter& progress) {
+    std::vector<uint32_t> stack(tree.roots.rbegin(), tree.roots.rend());
+    while (!stack.empty()) {
+        const ClusterTree::Node& node = tree.nodes[stack.back()];
+        stack.pop_back();
+        const uint32_t* begin = tree.faces.data() + node.begin;
+        const uint32_t* end = tree.faces.data() + node.end;
+        if (!progress.advance(double(node.begin) / double(tree.faces.size())))
+            return false;
+        const double most = hard[*begin] ? k_hard_stretch : flattener.options.limit;
+        if (flattener.flatten_region(begin, end, node.normal, most))
+            continue;
+        if (node.left == ClusterTree::k_leaf) {
+            flatten_polygons(flattener, atoms, begin, end);
+        } else {
+            stack.push_back(node.right);
+            stack.push_back(node.left);
+        }
+    }
+    return true;
+}
+
+} // namespace tessora::atlas

@@ -1,0 +1,55 @@
+/// Decides whether the outline of a flattened chart is free of self-contact.
+///
+/// Together with "every triangle is positively oriented" this proves that a chart does not overlap
+/// itself: the winding number of the outline counts how often a point is covered, and it is one
+/// inside exactly one positive simple loop and zero inside its holes (Lipman, "Bijective mappings
+/// of meshes with boundary", 2014; Smith and Schaefer, "Bijective parameterization with free
+/// boundaries", 2015). The test is exact; coinciding sides of an unopened slit are legal.
+#pragma once
+
+#include "atlas/geometry/vec.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace tessora::atlas {
+
+/// Closed polygons, one after the other. The inside lies on the left of every segment.
+struct Outline {
+    std::vector<Vec2> point;
+    std::vector<uint32_t> loop_end; ///< per loop: one past its last point
+
+    void clear() {
+        point.clear();
+        loop_end.clear();
+    }
+};
+
+/// Reuses its memory between calls.
+class OutlineTester {
+public:
+    /// True when no two segments cross, no loop runs into the inside of another, and exactly one
+    /// loop runs counter-clockwise.
+    bool simple(const Outline& outline);
+
+private:
+    struct Cell {
+        uint32_t begin = 0, count = 0;
+    };
+    void link_neighbours(const Outline& outline);
+    bool one_positive_loop(const Outline& outline) const;
+    void build_grid(const Outline& outline);
+    template <class Visit>
+    void visit_cells(Vec2 a, Vec2 b, Visit visit) const;
+    bool pair_is_legal(const Outline& outline, uint32_t i, uint32_t j) const;
+    bool contact_is_legal(const Outline& outline, uint32_t segment, uint32_t vertex) const;
+
+    std::vector<uint32_t> next_, previous_;
+    std::vector<Cell> cells_;
+    std::vector<uint32_t> entries_;
+    Vec2 origin_;
+    double inverse_size_ = 1;
+    int columns_ = 1, rows_ = 1;
+};
+
+} // namespace tessora::atlas

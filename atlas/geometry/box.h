@@ -1,0 +1,20 @@
+/// The smallest box around a set of points, in any direction.
+#pragma once
+
+#include "atlas/geometry/vec.h"
+
+#include <vector>
+
+namespace tessora::atlas {
+
+struct Box {
+    double longer = 0, shorter = 0; ///< sides
+    double area() const { return longer * shorter; }
+};
+
+/// Box of least area: one side lies along an edge of the convex hull (Freeman and Shapira,
+/// "Determining the minimum-area encasing rectangle for an arbitrary closed curve", 1975).
+/// `points` is reordered. Cost: O(n log n).
+Box least_box(std::vector<Vec2>& points);
+
+} // namespace tessora::atlas

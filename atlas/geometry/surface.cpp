@@ -1,0 +1,159 @@
+#include "atlas/geometry/surface.h"
+
+#include "atlas/geometry/buckets.h"
+
+#include <algorithm>
+
+namespace tessora::atlas {
+namespace {
+
+Failure check_arrays(const Mesh& mesh) {
+    const size_t corners = mesh.indices.size;
+    if (mesh.positions.size % 3 != 0 || corners % 3 != 0 || mesh.adjacency.size != corners ||
+        (mesh.false_edges.size != 0 && mesh.false_edges.size != corners) || corners >= k_none ||
+        mesh.positions.size / 3 >= k_none)
+        return {Status::invalid_argument, k_none};
+    const size_t vertices = mesh.positions.size / 3;
+    for (size_t i = 0; i < corners; i++)
+        if (mesh.indices[i] >= vertices)
+            return {Status::index_out_of_range, uint32_t(i)};
+    for (size_t i = 0; i < corners; i++)
+        if (mesh.adjacency[i] != k_none && mesh.adjacency[i] >= corners / 3)
+            return {Status::adjacency_out_of_range, uint32_t(i)};
+    for (size_t i = 0; i < mesh.positions.size; i++)
+        if (!std::isfinite(mesh.positions[i]))
+            return {Status::non_finite_position, uint32_t(i / 3)};
+    return {};
+}
+
+void match_pair(const Mesh& mesh, Surface& s, uint32_t g, uint32_t h) {
+    const bool opposite = s.vertex[g] == s.vertex[next_corner(h)] && s.vertex[g] != s.vertex[h];
+    if (opposite && g / 3 != h / 3 && mesh.adjacency[g] == h / 3 && mesh.adjacency[h] == g / 3) {
+        s.mate[g] = h;
+        s.mate[h] = g;
+    }
+}
+
+void match_half_edges(const Mesh& mesh, Surface& s) {
+    s.mate.assign(size_t(s.face_count) * 3, k_none);
+    std::vector<uint32_t> low(s.mate.size()); // vertex, of the two
+    const auto high = [&](uint32_t h) { return std::max(s.vertex[h], s.vertex[next_corner(h)]); };
+    for (uint32_t h = 0; h < low.size(); h++)
+        low[h] = std::min(s.vertex[h], s.vertex[next_corner(h)]);
+    const Buckets edges(low, s.vertex_count);          // equal edges meet
+    std::vector<std::pair<uint32_t, uint32_t>> sorted; // (other vertex, half-edge)
+    for (uint32_t v = 0; v < s.vertex_count; v++) {
+        sorted.clear();
+        for (uint32_t i = edges.begin[v]; i < edges.begin[v + 1]; i++)
+            sorted.push_back({high(edges.item[i]), edges.item[i]});
+        std::sort(sorted.begin(), sorted.end());
+        for (size_t i = 0, j; i < sorted.size(); i = j) {
+            for (j = i; j < sorted.size() && sorted[j].first == sorted[i].first;)
+                j++;
+            if (j - i == 2)
+                match_pair(mesh, s, sorted[i].second, sorted[i + 1].second);
+        }
+    }
+}
+
+/// Origin at the centre of the bounding box of what is used, unit = sqrt(mean triangle area), or
+/// the size of the box for a mesh without area.
+void normalise_positions(const Mesh& mesh, Surface& s) {
+    s.position.assign(s.vertex_count, Vec3{});
+    if (s.face_count == 0)
+        return;
+    const auto point = [&](uint32_t v) {
+        return Vec3{mesh.positions[3 * size_t(v)], mesh.positions[3 * size_t(v) + 1],
+                    mesh.positions[3 * size_t(v) + 2]};
+    };
+    Vec3 low = point(s.vertex[0]), high = low;
+    for (uint32_t v : s.vertex) {
+        const Vec3 p = point(v);
+        low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+        high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+    }
+    const Vec3 centre = (low + high) * 0.5;
+    double area = 0;
+    for (uint32_t t = 0; t < s.face_count; t++) {
+        const Vec3 a = point(s.vertex[3 * t]), b = point(s.vertex[3 * t + 1]);
+        area += 0.5 * length(cross(b - a, point(s.vertex[3 * t + 2]) - a));
+    }
+    double unit = std::sqrt(area / s.face_count);
+    if (!(unit > 0))
+        unit = length(high - low);
+    if (!(unit > 0))
+        unit = 1;
+    for (uint32_t v : s.vertex)
+        s.position[v] = (point(v) - centre) * (1 / unit);
+}
+
+/// The frame of a triangle with the longest edge as its base, so that slivers keep their length.
+/// The height is never below a millionth of the base: that much fattening costs no stretch (only
+/// shrinking does) and keeps every solve regular.
+Frame sliver_frame(Vec3 a, Vec3 b, Vec3 c, double least_area) {
+    const double ab = length(b - a), bc = length(c - b), ca = length(a - c);
+    const double base = std::max({ab, bc, ca});
+    if (!(base > 0)) {
+        const double side = std::sqrt(2 * least_area);
+        return {side, 0, side};
+    }
+    const double doubled = length(cross(b - a, c - a));
+    const double height = std::max({doubled / base, 1e-6 * base, 2 * least_area / base});
+    // Lay the longest edge along x, then turn the result so that edge 0 lies along x.
+    const auto foot = [base](double left, double right) {
+        return std::min(base, std::max(0.0, 0.5 * (base + (left * left - right * right) / base)));
+    };
+    Vec2 p[3];
+    if (base == ab)
+        p[0] = {0, 0}, p[1] = {base, 0}, p[2] = {foot(ca, bc), height};
+    else if (base == bc)
+        p[1] = {0, 0}, p[2] = {base, 0}, p[0] = {foot(ab, ca), height};
+    else
+        p[2] = {0, 0}, p[0] = {base, 0}, p[1] = {foot(bc, ab), height};
+    const Vec2 e = p[1] - p[0], f = p[2] - p[0];
+    const double x1 = length(e);
+    return {x1, dot(e, f) / x1, cross(e, f) / x1};
+}
+
+void build_frames(Surface& s) {
+    s.frame.resize(s.face_count);
+    s.normal.assign(s.face_count, Vec3{});
+    s.degenerate.assign(s.face_count, 0);
+    s.total_area = 0;
+    const double least_area = 1e-9; // of the mean triangle
+    for (uint32_t t = 0; t < s.face_count; t++) {
+        const uint32_t* v = &s.vertex[3 * size_t(t)];
+        const Vec3 a = s.position[v[0]], b = s.position[v[1]], c = s.position[v[2]];
+        const Vec3 n = cross(b - a, c - a);
+        const double doubled = length(n);
+        s.frame[t] = sliver_frame(a, b, c, least_area);
+        if (doubled <= 2 * least_area || v[0] == v[1] || v[1] == v[2] || v[2] == v[0])
+            s.degenerate[t] = 1;
+        else
+            s.normal[t] = n * (1 / doubled);
+        s.total_area += s.frame[t].area();
+    }
+}
+
+} // namespace
+
+Failure build_surface(const Mesh& mesh, Surface& s) {
+    const Failure failure = check_arrays(mesh);
+    if (failure.status != Status::ok)
+        return failure;
+    s.face_count = uint32_t(mesh.indices.size / 3);
+    s.vertex_count = uint32_t(mesh.positions.size / 3);
+    s.vertex.assign(mesh.indices.data, mesh.indices.data + mesh.indices.size);
+    match_half_edges(mesh, s);
+    s.false_edge.assign(mesh.indices.size, 0);
+    if (mesh.false_edges.size != 0)
+        for (uint32_t h = 0; h < 3 * s.face_count; h++)
+            if (s.mate[h] != k_none &&
+                (mesh.false_edges[h] != k_none || mesh.false_edges[s.mate[h]] != k_none))
+                s.false_edge[h] = 1;
+    normalise_positions(mesh, s);
+    build_frames(s);
+    return {};
+}
+
+} // namespace tessora::atlas

@@ -1,0 +1,48 @@
+/// The input mesh made safe to work on.
+///
+/// Whatever the caller's adjacency says, two half-edges are mates only if they name each other, run
+/// between the same two vertices in opposite directions and no third triangle uses that edge. So
+/// every set of triangles joined over mates is an oriented manifold, and nothing behind this file
+/// ever meets a non-manifold edge.
+///
+/// Half-edge 3t+k runs from corner k to corner (k+1)%3 of triangle t; a corner has the number of
+/// the half-edge that leaves it. Lengths are in units of sqrt(mean triangle area).
+#pragma once
+
+#include "atlas/atlas.h"
+#include "atlas/geometry/vec.h"
+
+namespace tessora::atlas {
+
+inline uint32_t next_corner(uint32_t h) { return h % 3 == 2 ? h - 2 : h + 1; }
+inline uint32_t previous_corner(uint32_t h) { return h % 3 == 0 ? h + 2 : h - 1; }
+
+/// A triangle laid flat: what distortion is measured against.
+/// Corner 0 lies at the origin, corner 1 at (x1, 0), corner 2 at (x2, y2); x1 > 0, y2 > 0.
+struct Frame {
+    double x1, x2, y2;
+    double area() const { return 0.5 * x1 * y2; }
+};
+
+struct Surface {
+    uint32_t face_count = 0;
+    uint32_t vertex_count = 0;
+    std::vector<uint32_t> vertex;    ///< 3 per triangle
+    std::vector<Vec3> position;      ///< per vertex
+    std::vector<uint32_t> mate;      ///< 3 per triangle; k_none on a border
+    std::vector<uint8_t> false_edge; ///< 3 per triangle; 1 only where there is a mate
+    std::vector<Frame> frame;        ///< per triangle; degenerate ones get a sliver of a frame
+    std::vector<Vec3> normal;        ///< per triangle, unit length; zero when degenerate
+    std::vector<uint8_t> degenerate; ///< 1 for triangles without measurable area
+    double total_area = 0;
+
+    /// Length of a half-edge in space.
+    double edge_length(uint32_t h) const {
+        return length(position[vertex[next_corner(h)]] - position[vertex[h]]);
+    }
+};
+
+/// Checks the caller's arrays and builds the surface. On failure `surface` is unspecified.
+Failure build_surface(const Mesh& mesh, Surface& surface);
+
+} // namespace tessora::atlas

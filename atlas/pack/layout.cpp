@@ -1,0 +1,175 @@
+#include "atlas/pack/layout.h"
+
+#include <algorithm>
+
+namespace tessora::atlas {
+namespace {
+
+/// Cosine and sine of i * 11.25 degrees.
+constexpr Turn k_fine_turns[MaskSet::k_fine] = {{1, 0},
+                                                {0.98078528040323044913, 0.19509032201612826785},
+                                                {0.92387953251128675613, 0.38268343236508977173},
+                                                {0.83146961230254523708, 0.55557023301960222474},
+                                                {0.70710678118654752440, 0.70710678118654752440},
+                                                {0.55557023301960222474, 0.83146961230254523708},
+                                                {0.38268343236508977173, 0.92387953251128675613},
+                                                {0.19509032201612826785, 0.98078528040323044913}};
+
+/// The grid may grow to this many times the page before a layout gives up.
+constexpr double k_overflow = 1.5;
+
+Turn quarter_turns(Turn t, uint32_t quarters) {
+    for (uint32_t i = 0; i < quarters % 4; ++i)
+        t = {-t.sine, t.cosine};
+    return t;
+}
+
+} // namespace
+
+Page make_page(double width, double height, double gutter, double cells, bool turned) {
+    Page page;
+    page.gutter = gutter;
+    page.turned = turned;
+    page.span = width;
+    if (turned)
+        std::swap(width, height);
+    width += gutter;
+    height += gutter;
+    page.density = cells / std::sqrt(width * height);
+    page.width = uint32_t(width * page.density * (1 - 1e-12));
+    page.height = uint32_t(height * page.density * (1 - 1e-12));
+    return page;
+}
+
+void MaskSet::reset(const Page& page, double scale) {
+    texel_scale_ = scale;
+    scale_ = scale * page.density;
+    radius_ = page.gutter / 2 * page.density + outlines_.tolerance * scale_;
+    masks_.clear();
+    masks_.resize(outlines_.shapes.size() * k_fine);
+}
+
+Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const {
+    const Vec2 axis = outlines_.shapes[chart].axis;
+    const Turn fine = k_fine_turns[plan.fine[chart]];
+    const Turn base{axis.x * fine.cosine + axis.y * fine.sine,
+                    axis.x * fine.sine - axis.y * fine.cosine};
+    return quarter_turns(base, quarter);
+}
+
+const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter) {
+    std::unique_ptr<Quarters>& slot = masks_[size_t(chart) * k_fine + plan.fine[chart]];
+    if (slot == nullptr) {
+        slot = std::make_unique<Quarters>();
+        draw_mask(outlines_, outlines_.shapes[chart], turn_of(plan, chart, 0), scale_, radius_,
+                  (*slot)[0]);
+    }
+    Mask& mask = (*slot)[quarter];
+    if (mask.width == 0)
+        turn_mask((*slot)[0], quarter, mask);
+    return mask;
+}
+
+uint32_t& LayoutMaker::start_row(const Mask& mask) {
+    const auto bucket = [](uint32_t size) {
+        if (size < k_steps)
+            return size;
+        const uint32_t level = 31 - uint32_t(__builtin_clz(size));
+        return std::min(k_buckets - 1,
+                        k_steps * (level - 2) + ((size >> (level - 3)) & (k_steps - 1)));
+    };
+    return start_rows_[size_t(bucket(mask.width)) * k_buckets + bucket(mask.height)];
+}
+
+/// Finds out how large the masks from each place of the order on still are.
+double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
+    double cells = 0;
+    needs_.assign(plan.order.size() + 1, {});
+    for (size_t i = plan.order.size(); i-- > 0;) {
+        needs_[i] = needs_[i + 1];
+        uint32_t flattest = ~0u;
+        for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
+            const Mask& mask = masks.mask(plan, plan.order[i], quarter);
+            needs_[i].run_level = std::max(needs_[i].run_level, mask.run_level);
+            needs_[i].square_level = std::max(needs_[i].square_level, mask.square_level);
+            flattest = std::min(flattest, mask.height);
+        }
+        const double own = masks.mask(plan, plan.order[i], 0).cells;
+        needs_[i].burden += own * flattest;
+        cells += own;
+    }
+    return cells;
+}
+
+const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot) {
+    const Mask* chosen = nullptr;
+    double lowest = 2.0 * field_.height();
+    for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
+        const Mask& mask = masks.mask(plan, chart, quarter);
+        if (mask.middle >= lowest)
+            continue;
+        const uint32_t top =
+            std::min(field_.height(), uint32_t(lowest - mask.middle) + mask.height);
+        uint32_t never = 0, &start = plan.hurry ? start_row(mask) : never;
+        const Spot spot = field_.find(mask, start, top);
+        start = spot.found ? spot.y : std::max(start, top + 1 - std::min(top + 1, mask.height));
+        if (!spot.found || (chosen != nullptr && spot.y + mask.middle >= lowest))
+            continue;
+        chosen = &mask;
+        slot = {masks.turn_of(plan, chart, quarter), mask.origin, spot.x, spot.y};
+        lowest = spot.y + mask.middle;
+    }
+    if (chosen != nullptr)
+        field_.place(*chosen, slot.x, slot.y);
+    return chosen;
+}
+
+Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, double most) {
+    Layout layout;
+    layout.scale = masks.scale();
+    layout.slots.resize(masks.outlines().shapes.size());
+    const double needed = look_ahead(masks, plan);
+    field_.reset(page.width, uint32_t(page.height * k_overflow) + 1, needs_[0].run_level,
+                 needs_[0].square_level);
+    if (plan.hurry)
+        start_rows_.assign(k_buckets * k_buckets, 0);
+    double placed = 0;
+    uint32_t used = 0;
+    for (size_t i = 0; i < plan.order.size(); ++i) {
+        field_.narrow(needs_[i].run_level, needs_[i].square_level);
+        Slot& slot = layout.slots[plan.order[i]];
+        const Mask* mask = place(masks, plan, plan.order[i], slot);
+        if (mask == nullptr) {
+            layout.height = field_.height() * std::max(1.0, needed / std::max(1.0, placed));
+            layout.burden = layout.height;
+            return layout;
+        }
+        const uint32_t top = slot.y + mask->height;
+        placed += mask->cells;
+        layout.burden += double(mask->cells) * top;
+        used = std::max(used, top);
+        if (used + (layout.burden + needs_[i + 1].burden) / needed > most) {
+            layout.height = layout.burden = std::numeric_limits<double>::infinity();
+            return layout;
+        }
+    }
+    layout.height = used;
+    layout.burden /= std::max(1.0, placed);
+    layout.complete = used <= page.height;
+    return layout;
+}
+
+void write_placements(const Layout& layout, const Page& page, std::vector<Placement>& placements) {
+    placements.assign(layout.slots.size(), Placement());
+    for (size_t i = 0; i < layout.slots.size(); ++i) {
+        const Slot& slot = layout.slots[i];
+        const Vec2 at = (Vec2{double(slot.x), double(slot.y)} - slot.origin) * (1 / page.density) -
+                        Vec2{page.gutter / 2, page.gutter / 2};
+        if (page.turned)
+            placements[i] = {-slot.turn.sine, slot.turn.cosine, page.span - at.y, at.x};
+        else
+            placements[i] = {slot.turn.cosine, slot.turn.sine, at.x, at.y};
+    }
+}
+
+} // namespace tessora::atlas

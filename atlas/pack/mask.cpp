@@ -1,0 +1,347 @@
+#include "atlas/pack/mask.h"
+
+#include <algorithm>
+
+namespace tessora::atlas {
+namespace {
+
+/// Widens every drawn span: far above the rounding of the few operations that find it (below 1e-11
+/// cells on grids of up to 65536), far below anything that costs room.
+constexpr double k_rounding = 1e-7;
+
+void set_span(uint64_t* row, uint32_t first, uint32_t last) {
+    const uint32_t a = first / 64, b = last / 64;
+    const uint64_t head = ~uint64_t(0) << (first % 64), tail = ~uint64_t(0) >> (63 - last % 64);
+    if (a == b) {
+        row[a] |= head & tail;
+        return;
+    }
+    row[a] |= head;
+    for (uint32_t i = a + 1; i < b; ++i)
+        row[i] = ~uint64_t(0);
+    row[b] |= tail;
+}
+
+/// The points at distance `radius` from a segment on one side: the greatest x at a given height.
+/// `mirror` = -1 gives the least x (of the mirrored segment, negated).
+class Flank {
+public:
+    Flank(Vec2 a, Vec2 b, double radius, double mirror) : radius_(radius), mirror_(mirror) {
+        low_ = {a.x * mirror, a.y};
+        high_ = {b.x * mirror, b.y};
+        const Vec2 d = high_ - low_;
+        const double size = length(d);
+        level_ = !(d.y > 0);
+        if (level_) {
+            low_.x = high_.x = std::max(low_.x, high_.x);
+            line_low_ = line_high_ = low_.y;
+        } else {
+            const Vec2 normal{d.y / size * radius, -d.x / size * radius};
+            line_low_ = low_.y + normal.y;
+            line_high_ = high_.y + normal.y;
+            line_x_ = low_.x + normal.x;
+            slope_ = d.x / d.y;
+        }
+        peak_ = low_.x >= high_.x ? low_.y : high_.y;
+    }
+
+    /// Greatest x (least, if mirrored) over heights bottom..top; both ends touch the widened
+    /// segment's range.
+    double extreme(double bottom, double top) const {
+        const double y = std::min(std::max(peak_, bottom), top);
+        return mirror_ * at(y);
+    }
+
+private:
+    double at(double y) const {
+        if (!level_ && y > line_low_ && y < line_high_)
+            return line_x_ + (y - line_low_) * slope_;
+        const Vec2 centre = y <= line_low_ ? low_ : high_;
+        const double dy = y - centre.y, left = radius_ * radius_ - dy * dy;
+        return centre.x + (left > 0 ? std::sqrt(left) : 0);
+    }
+
+    double radius_, mirror_;
+    Vec2 low_, high_;
+    double line_low_ = 0, line_high_ = 0, line_x_ = 0, slope_ = 0, peak_ = 0;
+    bool level_ = false;
+};
+
+/// Draws one widened segment, points already in cells.
+void draw_segment(Mask& mask, Vec2 a, Vec2 b, double radius) {
+    if (a.y > b.y)
+        std::swap(a, b);
+    const double wide = radius + k_rounding;
+    const Flank right(a, b, wide, 1), left(a, b, wide, -1);
+    const double bottom = a.y - wide, top = b.y + wide;
+    const uint32_t first = uint32_t(std::max(0.0, std::floor(bottom)));
+    const uint32_t last = uint32_t(std::min(double(mask.height - 1), std::floor(top)));
+    const double width = double(mask.width - 1);
+    for (uint32_t y = first; y <= last; ++y) {
+        const double low = std::max(double(y), bottom), high = std::min(double(y) + 1, top);
+        const double from = std::floor(left.extreme(low, high) - k_rounding);
+        const double to = std::floor(right.extreme(low, high) + k_rounding);
+        set_span(&mask.bits[size_t(y) * mask.words], uint32_t(std::max(0.0, from)),
+                 uint32_t(std::min(width, to)));
+    }
+}
+
+/// Flips every cell right of the segment on the rows whose centre line it crosses.
+void mark_crossings(Mask& mask, std::vector<uint64_t>& flips, Vec2 a, Vec2 b) {
+    if (a.y > b.y)
+        std::swap(a, b);
+    if (!(b.y > a.y))
+        return;
+    const double slope = (b.x - a.x) / (b.y - a.y);
+    const uint32_t first = uint32_t(std::max(0.0, std::ceil(a.y - 0.5)));
+    const uint32_t stop =
+        uint32_t(std::min(double(mask.height), std::max(0.0, std::ceil(b.y - 0.5))));
+    for (uint32_t y = first; y < stop; ++y) {
+        const double x = a.x + (y + 0.5 - a.y) * slope;
+        const double cell = std::max(0.0, std::ceil(x - 0.5));
+        if (cell < mask.width)
+            flips[size_t(y) * mask.words + uint32_t(cell) / 64] ^= uint64_t(1)
+                                                                   << (uint32_t(cell) % 64);
+    }
+}
+
+/// Bit i of the result is the parity of bits 0..i.
+uint64_t running_parity(uint64_t w) {
+    for (int shift = 1; shift < 64; shift *= 2)
+        w ^= w << shift;
+    return w;
+}
+
+/// Cells whose centre is inside. A cell that no widened border touches is all inside or all
+/// outside, so the centre decides for it.
+void fill_inside(Mask& mask, const std::vector<uint64_t>& flips) {
+    const uint32_t spare = mask.words * 64 - mask.width;
+    for (uint32_t y = 0; y < mask.height; ++y) {
+        uint64_t carry = 0;
+        for (uint32_t i = 0; i < mask.words; ++i) {
+            const size_t at = size_t(y) * mask.words + i;
+            const uint64_t inside = running_parity(flips[at]) ^ carry;
+            carry = uint64_t(0) - (inside >> 63);
+            mask.bits[at] |= i + 1 == mask.words ? inside << spare >> spare : inside;
+        }
+    }
+}
+
+void list_runs(Mask& mask) {
+    mask.runs.clear();
+    mask.cells = 0;
+    std::vector<Run> by_row;
+    std::vector<uint32_t> row_begin(mask.height + 1);
+    for (uint32_t y = 0; y < mask.height; ++y) {
+        row_begin[y] = uint32_t(by_row.size());
+        uint32_t x = 0;
+        bool inside = false;
+        uint32_t start = 0;
+        for (uint32_t i = 0; i < mask.words; ++i) {
+            uint64_t w = mask.row_word(y, i);
+            x = 0;
+            while (x < 64) {
+                const uint64_t rest = (inside ? ~w : w) >> x;
+                if (rest == 0)
+                    break;
+                x += uint32_t(__builtin_ctzll(rest));
+                if (inside)
+                    by_row.push_back({y, start, i * 64 + x - start});
+                else
+                    start = i * 64 + x;
+                inside = !inside;
+            }
+        }
+        if (inside)
+            by_row.push_back({y, start, mask.words * 64 - start});
+    }
+    row_begin[mask.height] = uint32_t(by_row.size());
+    for (const Run& run : by_row) {
+        mask.cells += run.length;
+        mask.middle += (run.row + 0.5) * run.length;
+        mask.run_level = std::max(mask.run_level, 31 - uint32_t(__builtin_clz(run.length)));
+    }
+    mask.middle /= std::max(1u, mask.cells);
+    // Far apart rows first, from the middle: neighbours say much the same, and where a mask does
+    // not fit, its middle mostly tells.
+    uint32_t top = 1;
+    while (top < mask.height)
+        top *= 2;
+    mask.runs.reserve(by_row.size());
+    const auto append = [&](uint32_t y) {
+        for (uint32_t i = row_begin[y]; i < row_begin[y + 1]; ++i)
+            mask.runs.push_back(by_row[i]);
+    };
+    for (uint32_t stride = top / 2; stride >= 1; stride /= 2)
+        for (uint32_t y = stride; y < mask.height; y += 2 * stride)
+            append(y);
+    append(0);
+}
+
+/// Cell (x+by, y) moved to (x, y), zeros from beyond the row.
+uint64_t shifted_word(const std::vector<uint64_t>& bits, size_t row, uint32_t words, uint32_t word,
+                      uint32_t by) {
+    const uint32_t from = word + by / 64, shift = by % 64;
+    const uint64_t low = from < words ? bits[row + from] : 0;
+    if (shift == 0)
+        return low;
+    const uint64_t high = from + 1 < words ? bits[row + from + 1] : 0;
+    return low >> shift | high << (64 - shift);
+}
+
+/// Erodes by squares of doubling size until nothing is left; remembers a middle survivor.
+void find_square(Mask& mask) {
+    std::vector<uint64_t> now = mask.bits, next;
+    uint32_t height = mask.height;
+    const uint32_t words = mask.words;
+    for (uint32_t level = 0;; ++level) {
+        std::vector<uint32_t> rows;
+        for (uint32_t y = 0; y < height; ++y)
+            if (std::any_of(&now[size_t(y) * words], &now[size_t(y) * words] + words,
+                            [](uint64_t w) { return w != 0; }))
+                rows.push_back(y);
+        if (rows.empty())
+            return;
+        mask.square_level = level;
+        mask.square_y = rows[rows.size() / 2];
+        const uint64_t* row = &now[size_t(mask.square_y) * words];
+        uint32_t word = 0;
+        while (row[word] == 0)
+            ++word;
+        mask.square_x = word * 64 + uint32_t(__builtin_ctzll(row[word]));
+        const uint32_t step = uint32_t(1) << level;
+        if (height <= step)
+            return;
+        height -= step;
+        next.resize(size_t(height) * words);
+        for (uint32_t y = 0; y < height; ++y)
+            for (uint32_t i = 0; i < words; ++i) {
+                const size_t a = size_t(y) * words, b = size_t(y + step) * words;
+                next[a + i] = now[a + i] & now[b + i] & shifted_word(now, a, words, i, step) &
+                              shifted_word(now, b, words, i, step);
+            }
+        now.swap(next);
+    }
+}
+
+/// Bit j of word i and bit i of word j change places (Warren, "Hacker's Delight", 2002, chapter 7).
+void transpose_block(uint64_t* block) {
+    uint64_t low = 0x00000000FFFFFFFFull;
+    for (uint32_t half = 32; half != 0; half /= 2, low ^= low << half)
+        for (uint32_t i = 0; i < 64; i = (i + half + 1) & ~half) {
+            const uint64_t t = (block[i] >> half ^ block[i + half]) & low;
+            block[i] ^= t << half;
+            block[i + half] ^= t;
+        }
+}
+
+uint64_t reversed(uint64_t w) {
+    w = (w >> 1 & 0x5555555555555555ull) | (w & 0x5555555555555555ull) << 1;
+    w = (w >> 2 & 0x3333333333333333ull) | (w & 0x3333333333333333ull) << 2;
+    w = (w >> 4 & 0x0F0F0F0F0F0F0F0Full) | (w & 0x0F0F0F0F0F0F0F0Full) << 4;
+    return __builtin_bswap64(w);
+}
+
+/// Turns the bits of one row end to end.
+void reverse_row(uint64_t* row, uint32_t words, uint32_t width) {
+    const uint32_t spare = words * 64 - width;
+    std::reverse(row, row + words);
+    for (uint32_t i = 0; i < words; ++i)
+        row[i] = reversed(row[i]);
+    for (uint32_t i = 0; i < words && spare != 0; ++i)
+        row[i] = row[i] >> spare | (i + 1 < words ? row[i + 1] << (64 - spare) : 0);
+}
+
+/// Rows become columns.
+void transpose_bits(const Mask& from, Mask& to) {
+    uint64_t block[64];
+    for (uint32_t by = 0; by < to.words; ++by)
+        for (uint32_t bx = 0; bx < from.words; ++bx) {
+            for (uint32_t i = 0; i < 64; ++i)
+                block[i] = by * 64 + i < from.height ? from.row_word(by * 64 + i, bx) : 0;
+            transpose_block(block);
+            for (uint32_t i = 0; i < 64 && bx * 64 + i < to.height; ++i)
+                to.bits[size_t(bx * 64 + i) * to.words + by] = block[i];
+        }
+}
+
+} // namespace
+
+void draw_mask(const Outlines& outlines, const Shape& shape, Turn turn, double scale, double radius,
+               Mask& mask) {
+    mask = Mask();
+    if (shape.chain_begin == shape.chain_end)
+        return;
+    const uint32_t first = outlines.chain_begin[shape.chain_begin];
+    const uint32_t last = outlines.chain_begin[shape.chain_end];
+    std::vector<Vec2> points(last - first);
+    const Turn scaled{turn.cosine * scale, turn.sine * scale};
+    Vec2 low{}, high{};
+    for (uint32_t i = first; i < last; ++i) {
+        const Vec2 p = turned(outlines.points[i], scaled);
+        points[i - first] = p;
+        low = i == first ? p : Vec2{std::min(low.x, p.x), std::min(low.y, p.y)};
+        high = i == first ? p : Vec2{std::max(high.x, p.x), std::max(high.y, p.y)};
+    }
+    const double border = radius + 2 * k_rounding;
+    mask.origin = {low.x - border, low.y - border};
+    mask.width = uint32_t(std::floor(high.x + border - mask.origin.x)) + 1;
+    mask.height = uint32_t(std::floor(high.y + border - mask.origin.y)) + 1;
+    mask.words = (mask.width + 63) / 64;
+    mask.bits.assign(size_t(mask.words) * mask.height, 0);
+    std::vector<uint64_t> flips(mask.bits.size(), 0);
+    for (Vec2& p : points)
+        p = p - mask.origin;
+    for (uint32_t chain = shape.chain_begin; chain < shape.chain_end; ++chain) {
+        const uint32_t begin = outlines.chain_begin[chain] - first;
+        const uint32_t end = outlines.chain_begin[chain + 1] - first;
+        if (end - begin == 1)
+            draw_segment(mask, points[begin], points[begin], radius);
+        for (uint32_t i = begin; i + 1 < end; ++i) {
+            draw_segment(mask, points[i], points[i + 1], radius);
+            mark_crossings(mask, flips, points[i], points[i + 1]);
+        }
+    }
+    fill_inside(mask, flips);
+    list_runs(mask);
+    find_square(mask);
+}
+
+void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned) {
+    turned = Mask();
+    if (mask.width == 0)
+        return;
+    const bool across = quarters % 2 == 1;
+    const uint32_t size = uint32_t(1) << mask.square_level;
+    const uint32_t right = mask.width - mask.square_x - size;
+    const uint32_t above = mask.height - mask.square_y - size;
+    const Vec2 far = mask.origin + Vec2{double(mask.width), double(mask.height)};
+    turned.width = across ? mask.height : mask.width;
+    turned.height = across ? mask.width : mask.height;
+    turned.words = (turned.width + 63) / 64;
+    turned.square_level = mask.square_level;
+    turned.bits.assign(size_t(turned.words) * turned.height, 0);
+    if (across)
+        transpose_bits(mask, turned);
+    else
+        turned.bits = mask.bits;
+    if (quarters >= 2)
+        for (uint32_t y = 0; y < turned.height / 2; ++y)
+            std::swap_ranges(&turned.bits[size_t(y) * turned.words],
+                             &turned.bits[size_t(y) * turned.words] + turned.words,
+                             &turned.bits[size_t(turned.height - 1 - y) * turned.words]);
+    if (quarters <= 2)
+        for (uint32_t y = 0; y < turned.height; ++y)
+            reverse_row(&turned.bits[size_t(y) * turned.words], turned.words, turned.width);
+    if (quarters == 1)
+        turned.origin = {-far.y, mask.origin.x};
+    else if (quarters == 2)
+        turned.origin = {-far.x, -far.y};
+    else
+        turned.origin = {mask.origin.y, -far.x};
+    turned.square_x = quarters == 1 ? above : quarters == 2 ? right : mask.square_y;
+    turned.square_y = quarters == 1 ? mask.square_x : quarters == 2 ? above : right;
+    list_runs(turned);
+}
+
+} // namespace tessora::atlas

@@ -1,0 +1,47 @@
+/// A chart as a set of grid cells: every cell that comes within a given distance of it.
+#pragma once
+
+#include "atlas/pack/chains.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace tessora::atlas {
+
+/// Cells x .. x+length-1 of a mask's row.
+struct Run {
+    uint32_t row = 0;
+    uint32_t x = 0;
+    uint32_t length = 0;
+};
+
+/// Cell (x, y) is bit x%64 of word y*words + x/64. Bits at and beyond `width` are 0.
+struct Mask {
+    uint32_t width = 0;  ///< cells
+    uint32_t height = 0; ///< cells
+    uint32_t words = 0;  ///< per row
+    uint32_t cells = 0;  ///< how many are set
+    double middle = 0;   ///< mean height of the cells set
+    std::vector<uint64_t> bits;
+    std::vector<Run> runs;  ///< covers all set cells; the order is the order of testing
+    uint32_t run_level = 0; ///< of the longest run: 2^level <= length < 2^(level+1)
+    Vec2 origin;            ///< cell = scale * turned point - origin
+    /// A full square of 2^level cells with its lower left corner here; the largest power of two.
+    uint32_t square_level = 0, square_x = 0, square_y = 0;
+
+    uint64_t row_word(uint32_t y, uint32_t word) const { return bits[size_t(y) * words + word]; }
+};
+
+/// Draws chart `shape`, turned and scaled, widened by `radius`: sets every cell whose closed square
+/// comes within `radius` cells of the chart, and hardly any other. `scale` is cells per chart unit,
+/// `radius` > 0 is in cells and must already contain the outlines' tolerance. A shape without
+/// chains gives an empty mask.
+/// Cost: O(border length in cells * radius + cells / 64).
+void draw_mask(const Outlines& outlines, const Shape& shape, Turn turn, double scale, double radius,
+               Mask& mask);
+
+/// The same cells turned by `quarters` * 90 degrees counter-clockwise, 1 to 3: the mask of the
+/// chart turned further by as much. Far cheaper than drawing it again.
+void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned);
+
+} // namespace tessora::atlas

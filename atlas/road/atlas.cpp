@@ -1,0 +1,228 @@
+#include "atlas/atlas.h"
+
+#include "atlas/charts/cut.h"
+#include "atlas/pack/pack.h"
+#include "atlas/road/emit.h"
+#include "atlas/road/make_charts.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <stdexcept>
+
+namespace tessora::atlas {
+namespace {
+
+template <class T>
+Span<T> span(const std::vector<T>& v) {
+    return {v.data(), v.size()};
+}
+
+/// The finished charts as packing and emission want them: dense numbers, common scale.
+struct Finished {
+    std::vector<uint32_t> corner_class, chart;
+    std::vector<double> class_uv, chart_stretch;
+    std::vector<uint8_t> over_limit;
+    std::vector<uint32_t> edges, edge_begin;
+
+    Finished(const ChartSet& set, double limit, double unit);
+    EmitCharts to_emit(const Mesh& mesh) const {
+        return {mesh.indices, span(corner_class),  span(class_uv),
+                span(chart),  span(chart_stretch), span(over_limit)};
+    }
+    PackCharts to_pack() const { return {span(class_uv), span(edges), span(edge_begin)}; }
+};
+
+/// Charts are numbered by their first triangle, classes by their first corner; every chart is
+/// scaled so that its area is that of its triangles in space.
+Finished::Finished(const ChartSet& set, double limit, double unit) {
+    const uint32_t faces = set.surface.face_count;
+    std::vector<uint32_t> number(set.charts.size(), k_none), source;
+    std::vector<double> scale;
+    chart.resize(faces);
+    for (uint32_t t = 0; t < faces; t++) {
+        const uint32_t c = set.chart[t];
+        if (number[c] == k_none) {
+            number[c] = uint32_t(source.size());
+            source.push_back(c);
+            const StretchSums& sums = set.charts[c].stretch;
+            scale.push_back(unit * std::sqrt(sums.area / sums.flat_area));
+            const double l2 = set.true_l2(set.charts[c]);
+            chart_stretch.push_back(std::max(0.0, 1 - 1 / l2));
+            over_limit.push_back(l2 > limit * (1 + 1e-6));
+        }
+        chart[t] = number[c];
+    }
+    std::vector<uint32_t> class_of_node(set.node.size(), k_none);
+    corner_class.resize(set.node.size());
+    for (uint32_t c = 0; c < set.node.size(); c++) {
+        uint32_t& id = class_of_node[set.node[c]];
+        if (id == k_none) {
+            id = uint32_t(class_uv.size() / 2);
+            const Vec2 p = set.uv[set.node[c]] * scale[chart[c / 3]];
+            class_uv.push_back(p.x);
+            class_uv.push_back(p.y);
+        }
+        corner_class[c] = id;
+    }
+    edge_begin.push_back(0);
+    for (uint32_t c : source) {
+        for (uint32_t h : set.charts[c].border) {
+            edges.push_back(corner_class[h]);
+            edges.push_back(corner_class[next_corner(h)]);
+        }
+        edge_begin.push_back(uint32_t(edges.size() / 2));
+    }
+}
+
+Failure check_options(const Options& options, bool packs) {
+    const bool stretch_ok = options.max_stretch >= 0 && options.max_stretch <= 1;
+    const bool pack_ok = options.width > 0 && options.height > 0 && options.gutter >= 0 &&
+                         std::isfinite(options.gutter);
+    if (!stretch_ok || (packs && !pack_ok))
+        return {Status::invalid_argument, k_none};
+    return {};
+}
+
+/// What both calls do: charts made and counted, nothing placed yet.
+struct Work {
+    explicit Work(const Options& o) : options(o), progress(o.progress, o.user) {}
+    Failure make(const Mesh& mesh) {
+        if (!progress.advance(0))
+            return {Status::aborted, k_none};
+        const Failure failure = build_surface(mesh, surface);
+        if (failure.status != Status::ok)
+            return failure;
+        set = std::make_unique<ChartSet>(surface);
+        return make_charts(surface, options, progress, *set) ? check_limit()
+                                                             : Failure{Status::aborted, k_none};
+    }
+    Failure check_limit() const {
+        if (options.max_charts != 0 && chart_count() > options.max_charts)
+            return {Status::chart_limit, chart_count()};
+        return {};
+    }
+    uint32_t chart_count() const {
+        return uint32_t(std::count_if(set->charts.begin(), set->charts.end(),
+                                      [](const Chart& c) { return c.alive; }));
+    }
+    Finished finish(double unit) const {
+        return Finished(*set, stretch_limit(options.max_stretch), unit);
+    }
+
+    const Options& options;
+    ProgressMeter progress;
+    Surface surface;
+    std::unique_ptr<ChartSet> set;
+};
+
+Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
+    Work work(options);
+    const Failure failure = work.make(mesh);
+    if (failure.status != Status::ok)
+        return failure;
+    PackOptions packing_options;
+    packing_options.width = options.width;
+    packing_options.height = options.height;
+    packing_options.gutter = options.gutter;
+    packing_options.quality = options.quality;
+    packing_options.triangles = work.surface.face_count;
+    work.progress.stage(0.85, 0.99);
+    packing_options.proceed = [&](double fraction) { return work.progress.advance(fraction); };
+    Finished finished = work.finish(1);
+    Packing packing = pack(finished.to_pack(), packing_options);
+    if (options.cut_to_pack && packing.status == Status::ok) {
+        const auto pack_again = [&] {
+            finished = work.finish(1);
+            packing = pack(finished.to_pack(), packing_options);
+            return packing.status == Status::ok ? packing.scale : 0.0;
+        };
+        if (!cut_for_packing(work.surface, options, *work.set, packing.scale, pack_again))
+            pack_again();
+    }
+    if (packing.status == Status::does_not_fit)
+        return {packing.status, work.chart_count()};
+    if (packing.status != Status::ok)
+        return {packing.status, k_none};
+    emit(finished.to_emit(mesh), packing, packing_options, result);
+    return work.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
+}
+
+Failure partition_charts(const Mesh& mesh, const Options& options, Result& result,
+                         std::vector<uint32_t>& partition_adjacency) {
+    Work work(options);
+    const Failure failure = work.make(mesh);
+    if (failure.status != Status::ok)
+        return failure;
+    const double area = work.surface.total_area;
+    const Finished finished = work.finish(area > 0 ? 1 / std::sqrt(area) : 1);
+    emit_unpacked(finished.to_emit(mesh), result);
+    partition_adjacency.assign(mesh.adjacency.data, mesh.adjacency.data + mesh.adjacency.size);
+    for (size_t h = 0; h < partition_adjacency.size(); h++)
+        if (!work.set->glued[h])
+            partition_adjacency[h] = k_none;
+    return work.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
+}
+
+/// Runs a call with no exception leaving it and no half-made result left behind.
+template <class Call>
+Failure guarded(Result& result, Call call) noexcept {
+    Failure failure;
+    try {
+        result = Result{};
+        failure = call();
+    } catch (const std::bad_alloc&) {
+        failure = {Status::out_of_memory, k_none};
+    } catch (const std::length_error&) {
+        failure = {Status::out_of_memory, k_none};
+    }
+    if (failure.status != Status::ok)
+        result = Result{};
+    return failure;
+}
+
+} // namespace
+
+Failure create(const Mesh& mesh, const Options& options, Result& result) noexcept {
+    return guarded(result, [&]() -> Failure {
+        const Failure failure = check_options(options, true);
+        return failure.status != Status::ok ? failure : create_charts(mesh, options, result);
+    });
+}
+
+Failure partition(const Mesh& mesh, const Options& options, Result& result,
+                  std::vector<uint32_t>& partition_adjacency) noexcept {
+    return guarded(result, [&]() -> Failure {
+        partition_adjacency.clear();
+        const Failure failure = check_options(options, false);
+        return failure.status != Status::ok
+                   ? failure
+                   : partition_charts(mesh, options, result, partition_adjacency);
+    });
+}
+
+const char* describe(Status status) noexcept {
+    switch (status) {
+    case Status::ok:
+        return "the atlas was made";
+    case Status::invalid_argument:
+        return "an array or an option is out of range";
+    case Status::index_out_of_range:
+        return "a triangle names a vertex that does not exist";
+    case Status::adjacency_out_of_range:
+        return "the adjacency names a triangle that does not exist";
+    case Status::non_finite_position:
+        return "a vertex position is not a finite number";
+    case Status::does_not_fit:
+        return "the gutter leaves no room for the charts in a texture of this size";
+    case Status::chart_limit:
+        return "more charts are needed than the chart limit allows";
+    case Status::aborted:
+        return "the caller stopped the work";
+    case Status::out_of_memory:
+        return "memory ran out";
+    }
+    return "unknown status";
+}
+
+} // namespace tessora::atlas

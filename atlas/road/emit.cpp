@@ -1,0 +1,292 @@
+#include "atlas/road/emit.h"
+
+#include "atlas/geometry/predicates.h"
+#include "atlas/geometry/vec.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessora::atlas {
+namespace {
+
+/// What the caller makes of a returned coordinate, operation by operation in single precision: the
+/// aspect correction, then the margin. Triangles must survive this rounding too.
+struct Finish {
+    float stretch_u = 1, stretch_v = 1, shrink = 1, half = 0;
+
+    static Finish of(const PackOptions& options) {
+        const float w = float(options.width), h = float(options.height);
+        Finish finish;
+        finish.stretch_u = h / w < 1.0f ? 1.0f : h / w;
+        finish.stretch_v = w / h < 1.0f ? 1.0f : w / h;
+        const float g = options.gutter / std::max(w, h);
+        finish.shrink = 1.0f - g * (w / h > h / w ? w / h : h / w);
+        finish.half = g / 2.0f;
+        return finish;
+    }
+    float u(float x) const { return x * stretch_u * shrink + half; }
+    float v(float y) const { return y * stretch_v * shrink + half; }
+};
+
+/// A lattice that single precision holds exactly, so that only the choice of lattice points and
+/// never the arithmetic on them rounds.
+struct Lattice {
+    double step = 1.0 / 16777216;
+    double most_u = 16777216, most_v = 16777216; ///< greatest lattice numbers
+};
+
+/// Lattice steps tried around a rounded vertex to keep its triangles from flipping, widening.
+constexpr int k_reach[] = {1, 2, 3, 6};
+constexpr int k_mending_passes = 24;
+/// Triangles judged before mending gives up: hopeless meshes must not cost more than all else.
+constexpr uint64_t k_mending_base = 500000, k_mending_share = 20;
+constexpr double k_farthest = 8; ///< lattice steps; see safe_gutter
+
+class Emitter {
+public:
+    Emitter(const EmitCharts& charts, Result& result) : charts_(charts), result_(result) {
+        number_vertices();
+        result_.chart.assign(charts.chart.data, charts.chart.data + charts.chart.size);
+        result_.chart_count = uint32_t(charts.chart_stretch.size);
+        result_.stretch = 0;
+        for (size_t i = 0; i < charts.chart_stretch.size; ++i)
+            result_.stretch = std::max(result_.stretch, float(charts.chart_stretch[i]));
+        if (result_.stretch < 1e-6f)
+            result_.stretch = 0; // what rounding leaves of an isometry
+        result_.over_limit.clear();
+        for (uint32_t t = 0; t < charts.chart.size && charts.chart_over_limit.size > 0; ++t)
+            if (charts.chart_over_limit[charts.chart[t]] != 0)
+                result_.over_limit.push_back(t);
+    }
+
+    size_t vertices() const { return class_of_.size(); }
+    uint32_t chart_of(size_t vertex) const { return chart_of_vertex_[vertex]; }
+    Vec2 position(size_t vertex) const {
+        const size_t c = class_of_[vertex];
+        return {charts_.class_uv[2 * c], charts_.class_uv[2 * c + 1]};
+    }
+
+    /// Rounds exact coordinates to the lattice, then mends triangles that rounding turned over.
+    void round(const std::vector<Vec2>& exact, const Lattice& lattice, const Finish* finish) {
+        lattice_ = lattice;
+        finish_ = finish;
+        exact_ = &exact;
+        at_.resize(vertices());
+        for (size_t v = 0; v < vertices(); ++v)
+            at_[v] = {nearest(exact[v].x, lattice.most_u), nearest(exact[v].y, lattice.most_v)};
+        result_.lost = mend();
+        result_.uvs.resize(2 * vertices());
+        for (size_t v = 0; v < vertices(); ++v) {
+            result_.uvs[2 * v] = float(at_[v].x * lattice_.step);
+            result_.uvs[2 * v + 1] = float(at_[v].y * lattice_.step);
+        }
+    }
+
+private:
+    /// Source vertices in increasing order, the classes of each by first corner.
+    void number_vertices() {
+        const size_t classes = charts_.class_uv.size / 2, corners = charts_.indices.size;
+        std::vector<uint32_t> first_corner, seen(classes, k_none);
+        uint32_t sources = 0;
+        for (uint32_t corner = 0; corner < corners; ++corner) {
+            uint32_t& number = seen[charts_.corner_class[corner]];
+            if (number == k_none) {
+                number = uint32_t(first_corner.size());
+                first_corner.push_back(corner);
+            }
+            sources = std::max(sources, charts_.indices[corner] + 1);
+        }
+        std::vector<uint32_t> begin(size_t(sources) + 1, 0);
+        for (uint32_t corner : first_corner)
+            ++begin[charts_.indices[corner] + 1];
+        for (size_t s = 0; s < sources; ++s)
+            begin[s + 1] += begin[s];
+        class_of_.resize(first_corner.size());
+        chart_of_vertex_.resize(first_corner.size());
+        result_.source_vertex.resize(first_corner.size());
+        for (uint32_t corner : first_corner) {
+            const uint32_t source = charts_.indices[corner], vertex = begin[source]++;
+            class_of_[vertex] = charts_.corner_class[corner];
+            chart_of_vertex_[vertex] = charts_.chart[corner / 3];
+            result_.source_vertex[vertex] = source;
+            seen[class_of_[vertex]] = vertex;
+        }
+        result_.indices.resize(corners);
+        for (size_t corner = 0; corner < corners; ++corner)
+            result_.indices[corner] = seen[charts_.corner_class[corner]];
+    }
+
+    double nearest(double value, double most) const {
+        return std::min(most, std::max(0.0, std::floor(value / lattice_.step + 0.5)));
+    }
+
+    /// How far a triangle is from being sound, in doubled lattice areas; 0 when it is. A triangle
+    /// is sound when it is neither turned over nor collapsed, in the returned and in the final
+    /// coordinates; one that was flat to begin with may stay flat, one turned over may stay so.
+    double fault(uint32_t t) const {
+        Vec2 p[3], q[3], f[3];
+        for (int k = 0; k < 3; ++k) {
+            const uint32_t v = result_.indices[3 * size_t(t) + k];
+            p[k] = position(v);
+            q[k] = at_[v] * lattice_.step;
+            if (finish_ != nullptr)
+                f[k] = {finish_->u(float(q[k].x)), finish_->v(float(q[k].y))};
+        }
+        const int before = side_of_line(p[0], p[1], p[2]);
+        if (before < 0)
+            return 0;
+        const double returned = fault_of(q, before);
+        return finish_ == nullptr ? returned : returned + fault_of(f, before);
+    }
+
+    double fault_of(const Vec2* p, int before) const {
+        if (side_of_line(p[0], p[1], p[2]) >= before)
+            return 0;
+        const double square = lattice_.step * lattice_.step;
+        return 1 + std::max(0.0, -doubled_area(p[0], p[1], p[2]) / square);
+    }
+
+    /// Gives the triangles that stay unsound, ascending.
+    std::vector<uint32_t> mend() {
+        std::vector<uint32_t> bad, next;
+        for (uint32_t t = 0; t < charts_.chart.size; ++t)
+            if (fault(t) > 0)
+                bad.push_back(t);
+        if (bad.empty())
+            return bad;
+        link_triangles();
+        const uint64_t budget = k_mending_base + k_mending_share * charts_.chart.size;
+        for (int pass = 0; pass < k_mending_passes && !bad.empty() && tests_ < budget; ++pass) {
+            const int reach = k_reach[pass * 4 / k_mending_passes];
+            next.clear();
+            for (uint32_t t : bad)
+                for (int k = 0; k < 3 && tests_ < budget && fault(t) > 0; ++k)
+                    move_vertex(result_.indices[3 * size_t(t) + k], reach, next);
+            next.insert(next.end(), bad.begin(), bad.end());
+            std::sort(next.begin(), next.end());
+            next.erase(std::unique(next.begin(), next.end()), next.end());
+            next.erase(std::remove_if(next.begin(), next.end(),
+                                      [&](uint32_t t) { return !(fault(t) > 0); }),
+                       next.end());
+            bad.swap(next);
+        }
+        return bad;
+    }
+
+    /// Moves a vertex to the nearest lattice point that leaves its triangles least at fault;
+    /// appends them all to `touched` when it moves.
+    void move_vertex(uint32_t v, int reach, std::vector<uint32_t>& touched) {
+        const Vec2 home = at_[v];
+        Vec2 best = home;
+        double least = fault_around(v);
+        // Staying counts as the worst of equals: handing a fault on lets a row of needles open up.
+        int best_distance = reach * reach * 2 + 1;
+        for (int dy = -reach; dy <= reach; ++dy)
+            for (int dx = -reach; dx <= reach; ++dx) {
+                at_[v] = home + Vec2{double(dx), double(dy)};
+                if (at_[v].x < 0 || at_[v].y < 0 || at_[v].x > lattice_.most_u ||
+                    at_[v].y > lattice_.most_v || strayed(v))
+                    continue;
+                const double total = fault_around(v);
+                const int distance = dx * dx + dy * dy;
+                if (total < least || (total == least && distance < best_distance)) {
+                    least = total;
+                    best = at_[v];
+                    best_distance = distance;
+                }
+            }
+        at_[v] = best;
+        if (!(best == home))
+            touched.insert(touched.end(), star_.begin() + star_begin_[v],
+                           star_.begin() + star_begin_[v + 1]);
+    }
+
+    /// The gutter's reserve allows a vertex to end so far from where it belongs and no farther.
+    bool strayed(uint32_t v) const {
+        const Vec2 off = at_[v] - (*exact_)[v] * (1 / lattice_.step);
+        return std::abs(off.x) > k_farthest || std::abs(off.y) > k_farthest;
+    }
+
+    double fault_around(uint32_t v) {
+        double sum = 0;
+        tests_ += star_begin_[v + 1] - star_begin_[v];
+        for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i)
+            sum += fault(star_[i]);
+        return sum;
+    }
+
+    void link_triangles() {
+        star_begin_.assign(vertices() + 1, 0);
+        for (uint32_t v : result_.indices)
+            ++star_begin_[v + 1];
+        for (size_t v = 0; v < vertices(); ++v)
+            star_begin_[v + 1] += star_begin_[v];
+        std::vector<uint32_t> fill(star_begin_.begin(), star_begin_.end() - 1);
+        star_.resize(result_.indices.size());
+        for (size_t corner = 0; corner < result_.indices.size(); ++corner)
+            star_[fill[result_.indices[corner]]++] = uint32_t(corner / 3);
+    }
+
+    const EmitCharts& charts_;
+    Result& result_;
+    std::vector<uint32_t> class_of_, chart_of_vertex_; ///< per new vertex
+    std::vector<Vec2> at_;                             ///< per new vertex: lattice numbers
+    std::vector<uint32_t> star_begin_, star_;          ///< per new vertex: its triangles
+    const std::vector<Vec2>* exact_ = nullptr;         ///< while rounding
+    uint64_t tests_ = 0;                               ///< triangles judged while mending
+    Lattice lattice_;
+    const Finish* finish_ = nullptr;
+};
+
+/// The greatest lattice number whose final coordinate does not leave the texture.
+double greatest_inside(double share, float (Finish::*finished)(float) const, const Finish& finish,
+                       double step) {
+    double most = std::floor(share / step);
+    while (most > 0 && (finish.*finished)(float(most * step)) > 1.0f)
+        --most;
+    return most;
+}
+
+} // namespace
+
+void emit(const EmitCharts& charts, const Packing& packing, const PackOptions& options,
+          Result& result) {
+    Emitter emitter(charts, result);
+    const InnerRectangle inner = inner_rectangle(options.width, options.height, options.gutter);
+    const Finish finish = Finish::of(options);
+    Lattice lattice;
+    const double longer = std::max(options.width, options.height);
+    lattice.most_u = greatest_inside(options.width / longer, &Finish::u, finish, lattice.step);
+    lattice.most_v = greatest_inside(options.height / longer, &Finish::v, finish, lattice.step);
+    std::vector<Vec2> exact(emitter.vertices());
+    for (size_t v = 0; v < exact.size(); ++v) {
+        const Placement& at = packing.placements[emitter.chart_of(v)];
+        const Vec2 p = emitter.position(v) * packing.scale;
+        exact[v] =
+            Vec2{at.cosine * p.x - at.sine * p.y + at.x, at.sine * p.x + at.cosine * p.y + at.y} *
+            (1 / inner.unit);
+    }
+    emitter.round(exact, lattice, &finish);
+}
+
+void emit_unpacked(const EmitCharts& charts, Result& result) {
+    Emitter emitter(charts, result);
+    std::vector<Vec2> corner(charts.chart_stretch.size, {HUGE_VAL, HUGE_VAL});
+    std::vector<Vec2> exact(emitter.vertices());
+    for (size_t v = 0; v < exact.size(); ++v) {
+        Vec2& low = corner[emitter.chart_of(v)];
+        exact[v] = emitter.position(v);
+        low = {std::min(low.x, exact[v].x), std::min(low.y, exact[v].y)};
+    }
+    double extent = 0;
+    for (size_t v = 0; v < exact.size(); ++v) {
+        exact[v] = exact[v] - corner[emitter.chart_of(v)];
+        extent = std::max(extent, std::max(exact[v].x, exact[v].y));
+    }
+    Lattice lattice;
+    for (double reach = 1; reach < extent; reach *= 2)
+        lattice.step *= 2;
+    emitter.round(exact, lattice, nullptr);
+}
+
+} // namespace tessora::atlas
