@@ -1,4 +1,4 @@
-/// Arguments of commands: the list as typed, the syntax, the parser.
+/// Command arguments: argument list, syntax, parser.
 #include "host/api/fault.h"
 #include "host/graph/script_host.h"
 #include "host/graph/selection_items.h"
@@ -26,7 +26,7 @@ bool to_number(const MString& text, double& number) {
     return true;
 }
 
-/// Whole numbers only: 4.7 is no integer.
+/// Accepts whole numbers only: 4.7 is not an integer.
 bool to_int(const MString& text, int& number) {
     double value = 0.0;
     if (!to_number(text, value) || !(value >= -2147483648.0 && value <= 2147483647.0) ||
@@ -52,7 +52,7 @@ bool to_bool(const MString& text, bool& value) {
     return true;
 }
 
-/// A dash and then a letter: "-hq". "-3" is a number.
+/// A dash followed by a letter: "-hq" is a flag, "-3" a number.
 bool looks_like_flag(const MString& text) {
     const char* const chars = text.asChar();
     return chars[0] == '-' && (std::isalpha(static_cast<unsigned char>(chars[1])) != 0);
@@ -246,13 +246,14 @@ MArgParser::~MArgParser() = default;
 
 namespace {
 
-/// Takes a flag's arguments from behind `at`, which moves on; says what is wrong if anything is.
+/// Checks a flag's arguments, starting at position `at`, and moves `at` past them. Reports the
+/// first error to the user.
 MStatus take_arguments(const MSyntax& syntax, const MSyntax::Flag& flag, const MArgList& list,
                        unsigned int& at, std::vector<MString>& taken) {
     for (const MSyntax::MArgType type : flag.arguments) {
         const bool is_there = at + 1 < list.length();
         const MString value = is_there ? list.asString(at + 1) : MString();
-        // A text may begin with a dash, but not be the next flag.
+        // A string argument may begin with a dash unless it is a flag of this syntax.
         const bool is_flag = is_there && looks_like_flag(value) &&
                              (type != MSyntax::kString || syntax.host_find(value.asChar()));
         if (!is_there || is_flag || !fits(value, type))
@@ -311,7 +312,7 @@ MStatus MArgParser::parse(const MSyntax& syntax, const MArgList& argList) {
             return refuse(std::string("Flag '-") + flag->long_name.asChar() +
                           "' is given more than once.");
         Use use = {flag->long_name, {}};
-        if (!query_) { // queries name flags without their arguments
+        if (!query_) { // in a query, flags have no arguments
             const MStatus status = take_arguments(syntax, *flag, argList, i, use.arguments);
             if (!status)
                 return status;

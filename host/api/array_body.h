@@ -1,4 +1,4 @@
-/// Bodies of the members of host::Array, for the sources that instantiate an array class.
+/// Member definitions of host::Array, for the sources that instantiate array classes.
 #pragma once
 
 #include "host/api/fault.h"
@@ -9,7 +9,7 @@
 
 namespace host {
 
-/// Name of the fault point of `append`: every array class has its own.
+/// Name of the fault point of `append`; specialized for every array class.
 template <class T>
 const char* append_point();
 
@@ -56,7 +56,7 @@ MStatus Array<T>::append(const T& element) {
         return MS::kSuccess;
     }
     return guard_memory([&] {
-        const T kept = element; // it may live in the memory that growing gives up
+        const T kept = element; // a copy, because it may refer to memory that growing frees
         const std::size_t size = items_.size();
         items_.reserve(std::max<std::size_t>(size + increment_, size * 2));
         items_.push_back(kept);
@@ -95,7 +95,7 @@ MStatus Array<T>::get(T values[]) const {
 
 } // namespace host
 
-/// Defines the members of an array class of the interface over host::Array<TYPE>.
+/// Defines the members of public array class CLASS, derived from host::Array<TYPE>.
 #define MHOST_DEFINE_ARRAY(CLASS, TYPE, VALUE)                                                     \
     template <>                                                                                    \
     const char* host::append_point<TYPE>() {                                                       \

@@ -1,4 +1,4 @@
-/// The function sets for attributes.
+/// Function sets for attributes.
 #include "host/api/fault.h"
 #include "host/graph/data.h"
 #include "host/graph/node.h"
@@ -28,7 +28,7 @@ MStatus named(const MString& long_name, const MString& short_name) {
                                                                : MS::kSuccess;
 }
 
-/// Passes the point, makes the attribute when the names will do, and reports.
+/// Passes the fault point and creates an attribute if both names are valid.
 MObject make(const char* point, const MString& long_name, const MString& short_name,
              AttributeKind kind, MStatus* out) {
     MStatus status = pass_fault(point);
@@ -39,7 +39,7 @@ MObject make(const char* point, const MString& long_name, const MString& short_n
     return MObject(new Attribute(long_name.asChar(), short_name.asChar(), kind));
 }
 
-/// The same for three floats in one.
+/// Same for an attribute of three floats.
 MObject make_triple(const char* point, const MString& long_name, const MString& short_name,
                     const char* const (&suffixes)[3], MStatus* out) {
     if (make(point, long_name, short_name, AttributeKind::real32, out).isNull())
@@ -274,7 +274,7 @@ MStatus MFnNumericAttribute::setMax(double value) {
     return MS::kSuccess;
 }
 
-// Soft limits say what a slider shows; there are no sliders on attributes here.
+// Soft limits affect slider ranges only, and this host shows no sliders.
 MStatus MFnNumericAttribute::setSoftMin(double) {
     return attached(object_) == nullptr ? MS::kFailure : MS::kSuccess;
 }

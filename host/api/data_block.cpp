@@ -1,4 +1,4 @@
-/// Data blocks and the handles into them.
+/// Data blocks and data handles.
 #include "host/api/fault.h"
 #include "host/graph/data.h"
 #include "host/graph/evaluate.h"
@@ -32,8 +32,8 @@ const MDGContext MDGContext::fsNormal;
 
 namespace {
 
-/// What a reader gets when the accessor is not that of the attribute: a zero that belongs to
-/// nobody.
+/// Returned by accessors that do not match the attribute's type: a zero that is not stored
+/// anywhere.
 template <class T>
 T& nothing() {
     static T zero;

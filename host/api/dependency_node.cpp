@@ -1,4 +1,4 @@
-/// What the function sets for nodes do with the scene: attributes, plugs, making, copying.
+/// Function sets for nodes, scene side: attributes, plugs, creation, duplication.
 #include "host/api/fault.h"
 #include "host/graph/edits.h"
 #include "host/graph/paths.h"
@@ -22,7 +22,7 @@ using host::graph::Slot;
 
 namespace {
 
-/// The node behind a function set; else the status says that there is none.
+/// The node that a function set is attached to; sets `status` to a failure if there is none.
 Node* node_for(const char* point, const MObject& object, MStatus& status) {
     status = pass_fault(point);
     Node* const node = status ? host::graph::node_of(object) : nullptr;
@@ -31,7 +31,7 @@ Node* node_for(const char* point, const MObject& object, MStatus& status) {
     return node;
 }
 
-/// Does it now and lets the running command, if any, take it back on undo.
+/// Applies an edit and records it, so that undo of the running command reverts it.
 MStatus perform(host::graph::EditPtr edit) { return Scene::current().perform(std::move(edit)); }
 
 MObject create(const NodeTypeRef& type, const MString& name, DagNode* parent, MStatus& status) {
@@ -220,7 +220,7 @@ bool MFnDependencyNode::isFromReferencedFile(MStatus* ReturnStatus) const {
     MStatus status;
     node_for("MFnDependencyNode::isFromReferencedFile", object_, status);
     report(ReturnStatus, status);
-    return false; // this host has no references
+    return false; // this host has no file references
 }
 
 MStatus MFnDependencyNode::setLocked(bool locked) {
@@ -276,7 +276,7 @@ MObject MFnDagNode::duplicate(bool instance, bool instanceLeaf, MStatus* ReturnS
     DagNode* const node = dag_for("MFnDagNode::duplicate", object_, status);
     Scene& scene = Scene::current();
     if (status && instance) {
-        // An instance of a transform is a further one with the same things below.
+        // Instancing a transform creates a new transform that shares the original's children.
         const Ref<Node> made = scene.make_node(scene.find_type("transform"), node->name_text());
         DagNode* const shown =
             node->is_shape() && !node->parents().empty() ? node->parents().front() : node;

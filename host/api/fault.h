@@ -1,4 +1,4 @@
-/// Small helpers that every method of the interface uses to pass its fault point and to report.
+/// Helpers for public methods: fault points, status output and conversion of exceptions.
 #pragma once
 
 #include "faultpoint/faultpoint.h"
@@ -10,19 +10,20 @@
 
 namespace host {
 
-/// Success unless the point is armed; then the armed status code.
+/// Success unless the fault point is armed, else the status it is armed with.
 inline MStatus pass_fault(const char* name) {
     return MStatus(static_cast<MStatus::MStatusCode>(faultpoint::hit(name)));
 }
 
-/// Writes the status through an optional pointer and hands it on.
+/// Stores the status through an optional pointer and returns it.
 inline MStatus report(MStatus* status_out, const MStatus& status) {
     if (status_out != NULL)
         *status_out = status;
     return status;
 }
 
-/// Runs a step that may need memory. What the standard containers throw then ends here.
+/// Runs a step that may allocate. Converts std::bad_alloc and std::length_error to
+/// kInsufficientMemory.
 template <class Step>
 MStatus guard_memory(Step step) {
     try {

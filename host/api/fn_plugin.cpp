@@ -1,4 +1,4 @@
-/// MFnPlugin: what a plug-in registers, kept with the plug-in so that it can be removed with it.
+/// MFnPlugin. Registrations are stored with the plug-in, so that unloading can remove them.
 #define MNoVersionString
 #define MNoPluginEntry
 
@@ -27,7 +27,7 @@ Plugin* plugin_of(const MObject& object) {
                                       : nullptr;
 }
 
-/// The fault point, then the demand that the function set is attached to a loaded plug-in.
+/// Passes the fault point and checks that the function set is attached to a loaded plug-in.
 Plugin* enter(const char* point, const MObject& object, MStatus& status) {
     status = pass_fault(point);
     Plugin* const plugin = status ? plugin_of(object) : nullptr;
@@ -52,7 +52,7 @@ MFnPlugin::MFnPlugin(MObject& object, const char* vendor, const char* version, c
                      MStatus* ReturnStatus) {
     const MStatus status = attach(object, "MFnPlugin::MFnPlugin");
     Plugin* const plugin = plugin_of(object_);
-    // The clean-up attaches with placeholders; what the plug-in said at first stands.
+    // Keeps the vendor and version given at load: uninitializePlugin attaches with default values.
     if (status && plugin != nullptr && !plugin->info.loaded) {
         plugin->info.vendor = vendor;
         plugin->info.version = version;
@@ -200,7 +200,8 @@ MStringArray MFnPlugin::addMenuItem(const MString& menuItemName, const MString& 
     if (!add(command, false))
         status = MS::kInvalidParameter;
     if (status && needOptionBox) {
-        // The second half can fail on its own: the names made so far are given all the same.
+        // The option box can fail separately; the names of the items created before are returned
+        // anyway.
         status = pass_fault("MFnPlugin::addMenuItem option box");
         if (status && (optBoxFunction == NULL || !add(*optBoxFunction, true)))
             status = MS::kInvalidParameter;

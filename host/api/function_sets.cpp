@@ -1,4 +1,4 @@
-/// The bases of all function sets, and those for nodes as such and for data as such.
+/// MFnBase, and the parts of the node and data function sets that do not need the scene.
 #include "host/api/fault.h"
 #include "host/api/object.h"
 #include "host/mesh/mesh_object.h"

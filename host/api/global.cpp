@@ -1,4 +1,4 @@
-/// MGlobal: the application as a whole.
+/// MGlobal.
 #include "host/api/fault.h"
 #include "host/graph/edits.h"
 #include "host/graph/plugins.h"

@@ -74,8 +74,8 @@ MMatrix MMatrix::transpose() const {
 
 namespace {
 
-/// Gauss-Jordan elimination with row pivoting. Turns `left` into the identity and `right` into the
-/// inverse of what `left` was, when there is one; returns the determinant.
+/// Gauss-Jordan elimination with row pivoting. Reduces `left` to the identity and turns `right`
+/// (the identity on entry) into its inverse, unless `left` is singular. Returns the determinant.
 double eliminate(MMatrix& left, MMatrix& right) {
     double determinant = 1.0;
     for (int column = 0; column < 4; ++column) {

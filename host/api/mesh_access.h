@@ -1,4 +1,4 @@
-/// What the mesh function set and the mesh iterators share.
+/// Functions shared by MFnMesh and the mesh iterators.
 #pragma once
 
 #include "host/api/fault.h"
@@ -11,37 +11,38 @@
 
 namespace host {
 
-/// The mesh of an attached object; NULL when nothing is attached or it holds none.
+/// The mesh of an attached object; NULL if no object is attached or it holds no mesh.
 inline const Mesh* current_mesh(const MObject& object) {
     const MeshFace* const face = mesh_face(object);
     return face == nullptr ? nullptr : face->mesh();
 }
 
-/// Attaches an iterator: passes the fault point, brings the mesh up to date and checks that the
-/// object is one that holds a mesh. `component` must be null: iterators go over whole meshes.
-/// Errors: kInvalidParameter for another kind of object or a component; kFailure without geometry.
+/// Attaches an iterator: passes the fault point, updates the mesh and checks that the object can
+/// hold one. `component` must be null, because iterators always visit the whole mesh.
+/// Errors: kInvalidParameter for another kind of object or a component; kFailure if it has no
+///         geometry.
 MStatus attach_mesh(const char* point, const MObject& object, const MObject& component,
                     MObject& attached);
-/// The same for a path, which may end at the transform above the shape.
+/// Same for a path, which may end at the shape or at the transform above it.
 MStatus attach_mesh(const char* point, const MDagPath& path, const MObject& component,
                     MObject& attached, MDagPath& attached_path);
 
-/// Position of a UV set: by name, the current one for NULL.
-/// Errors: kInvalidParameter for an unknown name; kFailure when there is no set at all.
+/// Finds a UV set by name; NULL means the current one.
+/// Errors: kInvalidParameter for an unknown name; kFailure if the mesh has no UV sets.
 MStatus find_set(const Mesh& mesh, const MString* name, std::uint32_t& set);
 
-/// Works out the triangles or the normals if nobody has yet.
+/// Computes triangles or normals if they are not cached yet.
 MStatus ready_triangles(const Mesh& mesh);
 MStatus ready_normals(const Mesh& mesh);
 
-/// Whether an array got the length that was asked for.
+/// Resizes an array; returns false if that failed.
 template <class A>
 MStatus resize(A& array, std::size_t length) {
     return array.length() == length ? MStatus(MS::kSuccess)
                                     : array.setLength(static_cast<unsigned int>(length));
 }
 
-/// Copies ids to an array of the interface.
+/// Copies ids to a public array.
 template <class A>
 MStatus copy_ids(const IndexSpan& ids, A& array) {
     const MStatus status = resize(array, ids.size());
@@ -50,23 +51,23 @@ MStatus copy_ids(const IndexSpan& ids, A& array) {
     return status;
 }
 
-/// Turns object-space points and normals into the space asked for.
+/// Transforms object-space points and normals into the requested space.
 class SpaceMap {
 public:
-    /// `status` is kInvalidParameter when the space needs a path and there is none.
+    /// Sets `status` to kInvalidParameter if the space requires a path and `path` is invalid.
     SpaceMap(MSpace::Space space, const MDagPath& path, MStatus& status);
     MPoint point(const Float3& p) const {
         const MPoint result(static_cast<double>(p.x), static_cast<double>(p.y),
                             static_cast<double>(p.z));
         return is_world_ ? result * matrix_ : result;
     }
-    /// Unit length in, unit length out.
+    /// Takes and returns unit normals.
     MVector normal(const MVector& n) const { return is_world_ ? (n * normals_).normal() : n; }
 
 private:
     bool is_world_;
     MMatrix matrix_;
-    MMatrix normals_; ///< inverse transpose
+    MMatrix normals_; ///< inverse transpose of the transformation
 };
 
 } // namespace host

@@ -1,5 +1,5 @@
-/// What the iterators over a mesh's vertices, edges and polygons do alike: each stands on one of
-/// them, by number. `Count` is the number of what is gone over: a member of Connectivity.
+/// Functions shared by the iterators over vertices, edges and polygons. `Count` is the member of
+/// Connectivity that returns the number of elements to iterate over.
 #pragma once
 
 #include "host/api/mesh_access.h"
@@ -8,7 +8,7 @@ namespace host {
 
 using Count = std::uint32_t (Connectivity::*)() const;
 
-/// Passes a fault point and finds the mesh, provided that `index` is one of what is gone over.
+/// Passes a fault point and returns the mesh if `index` is a valid element, else NULL.
 inline const Mesh* begin_at(Count count, const char* point, const MObject& object, int index,
                             MStatus& status) {
     status = pass_fault(point);
@@ -19,7 +19,7 @@ inline const Mesh* begin_at(Count count, const char* point, const MObject& objec
     return mesh;
 }
 
-/// How many there are; 0 without a mesh.
+/// Number of elements; 0 without a mesh.
 inline int count_all(Count count, const char* point, const MObject& object, MStatus* result) {
     const MStatus fault = pass_fault(point);
     const Mesh* const mesh = fault ? current_mesh(object) : nullptr;
@@ -43,10 +43,10 @@ inline MStatus move_to_first(const char* point, const MObject& object, int& inde
     return status;
 }
 
-/// To the first of another mesh.
+/// Restarts the iteration at the first element of another mesh.
 inline MStatus move_to_mesh(const char* point, const MObject& wanted, MObject& object,
                             MDagPath& path, int& index) {
-    const MObject kept = wanted; // it may be the one that is let go
+    const MObject kept = wanted; // a copy: `wanted` may alias `object`, which is overwritten
     path = MDagPath();
     index = 0;
     return attach_mesh(point, kept, MObject(), object);

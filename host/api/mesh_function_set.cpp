@@ -1,4 +1,4 @@
-/// MFnMesh: attaching, making and reading geometry. Its UV half is in mesh_uvs.cpp.
+/// MFnMesh: attaching, creating and reading geometry. mesh_uvs.cpp has its UV methods.
 #include "host/api/mesh_access.h"
 #include "host/mesh/mesh_object.h"
 
@@ -13,7 +13,7 @@ using host::report;
 
 namespace {
 
-/// Passes a fault point and finds the mesh; the status says why there is none.
+/// Passes a fault point and returns the mesh; on failure NULL and a failing status.
 const Mesh* begin(const char* point, const MObject& object, MStatus& status) {
     status = pass_fault(point);
     const Mesh* const mesh = status ? current_mesh(object) : nullptr;
@@ -26,7 +26,7 @@ bool is_polygon(const Mesh& mesh, int polygon) {
     return polygon >= 0 && polygon < static_cast<int>(mesh.connectivity().polygon_count());
 }
 
-/// Turns the arguments of `create` into a mesh with the UV set that every new mesh has.
+/// Builds the mesh described by the arguments of `create`, with the UV set that every new mesh has.
 MStatus build(int vertex_count, int polygon_count, const MPointArray& points,
               const MIntArray& counts, const MIntArray& connects, Mesh& mesh) {
     if (vertex_count < 0 || polygon_count < 0 ||
@@ -38,7 +38,7 @@ MStatus build(int vertex_count, int polygon_count, const MPointArray& points,
         coordinates[i] =
             host::Float3{static_cast<float>(points[i].x), static_cast<float>(points[i].y),
                          static_cast<float>(points[i].z)};
-    // Negative numbers turn into ones that are far too large, which `make` refuses.
+    // Negative ids become huge unsigned values, which `Mesh::make` rejects.
     std::vector<std::uint32_t> sizes(static_cast<std::size_t>(polygon_count));
     for (unsigned int i = 0; i < sizes.size(); ++i)
         sizes[i] = static_cast<std::uint32_t>(counts[i]);
@@ -124,7 +124,7 @@ MObject MFnMesh::copy(const MObject& source, MObject parentOrOwner, MStatus* Ret
         status = MS::kInvalidParameter;
     MObject result = parentOrOwner;
     if (status && owner != nullptr) {
-        const Mesh kept = *mesh; // the owner may be the source
+        const Mesh kept = *mesh; // a copy, because the owner may be the source
         status = owner->set_mesh(kept);
         object_ = parentOrOwner;
         path_ = MDagPath();

@@ -1,4 +1,4 @@
-/// MFnMesh: UV sets, their UVs and what the corners are assigned.
+/// MFnMesh: UV sets, UVs and their assignment to face corners.
 #include "host/api/mesh_access.h"
 
 #include <maya/MFnMesh.h>
@@ -21,7 +21,7 @@ const Mesh* begin(const char* point, const MObject& object, MStatus& status) {
     return mesh;
 }
 
-/// A UV set for reading; NULL with the reason.
+/// Finds a UV set for reading; on failure NULL and a failing status.
 const UvSet* begin_read(const char* point, const MObject& object, const MString* name,
                         MStatus& status) {
     const Mesh* const mesh = begin(point, object, status);
@@ -31,8 +31,8 @@ const UvSet* begin_read(const char* point, const MObject& object, const MString*
     return status ? &mesh->uv_set(set) : nullptr;
 }
 
-/// Changing a mesh passes its fault point, then looks for the set, and only then asks for the
-/// mesh to write, so that a failure leaves no trace.
+/// Access to a UV set for writing. Fault point and name are checked before the mesh is requested
+/// for writing, so that a failure changes nothing.
 struct SetToEdit {
     Mesh* mesh = nullptr;
     std::uint32_t set = 0;
@@ -51,7 +51,7 @@ SetToEdit begin_edit(const char* point, const MObject& object, const MString* na
     return found;
 }
 
-/// Runs a change of a set; copying a shared set may need memory.
+/// Runs a change of a UV set. Writing to a set shared with a copy allocates.
 template <class Change>
 MStatus change(const SetToEdit& target, Change apply) {
     return host::guard_memory([&] { apply(target.mesh->edit_uv_set(target.set)); });
@@ -59,7 +59,7 @@ MStatus change(const SetToEdit& target, Change apply) {
 
 bool has_uv(const UvSet& set, int uv) { return uv >= 0 && uv < static_cast<int>(set.u.size()); }
 
-/// First corner of a polygon plus a corner number; false when either is out of range.
+/// Index of a polygon's corner `number` in the mesh's corner list; false if either is out of range.
 bool find_corner(const Mesh& mesh, int polygon, int number, std::size_t& corner) {
     const host::Connectivity& connectivity = mesh.connectivity();
     if (polygon < 0 || polygon >= static_cast<int>(connectivity.polygon_count()))

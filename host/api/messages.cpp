@@ -1,4 +1,4 @@
-/// Callbacks: registration and removal.
+/// Registration and removal of callbacks.
 #include "host/api/fault.h"
 #include "host/graph/callbacks.h"
 #include "host/view/panels.h"

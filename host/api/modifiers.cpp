@@ -1,4 +1,4 @@
-/// Graph modifiers: recording goes to edits, carrying out to the scene.
+/// MDGModifier and MDagModifier: recording edits and applying them.
 #include "host/api/fault.h"
 #include "host/graph/modifier.h"
 #include "host/graph/script_host.h"
@@ -22,7 +22,7 @@ using host::graph::Value;
 
 namespace {
 
-/// Runs script statements; taking them back takes back what they recorded.
+/// Runs script statements; undo reverts the edits that they recorded.
 class RunCommand : public Edit {
 public:
     explicit RunCommand(const MString& text) : text_(text.asChar()) {}
@@ -51,7 +51,7 @@ private:
     std::vector<EditPtr> edits_;
 };
 
-/// Makes a node and records that it joins the scene.
+/// Creates a node and records an edit that adds it to the scene.
 MObject create(Modifier& modifier, const NodeTypeRef& type, DagNode* parent, MStatus& status) {
     const Ref<Node> node = Scene::current().make_node(type);
     if (!node) {

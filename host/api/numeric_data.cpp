@@ -1,4 +1,4 @@
-/// The function sets for vectors of numbers and for texts as data.
+/// MFnNumericData and MFnStringData.
 #include "host/api/fault.h"
 #include "host/graph/data.h"
 #include "host/graph/numeric_types.h"
@@ -34,7 +34,7 @@ constexpr ValueKind kind_of() {
                                          : ValueKind::real32;
 }
 
-/// The data when it holds `count` values of type T; else the status says why not.
+/// The data if it holds `count` values of type T, else NULL and a failing status.
 template <class T>
 NumericData* holding(const MObject& object, const char* point, unsigned int count,
                      MStatus& status) {

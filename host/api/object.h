@@ -1,10 +1,10 @@
-/// What an MObject refers to. Objects count their references; the last handle that goes deletes
-/// the object, so a handle never dangles. Whether a node is still part of the scene is another
-/// question, which `is_valid` and `is_alive` answer.
+/// The object behind an MObject. Objects are reference counted and deleted with their last handle,
+/// so handles never dangle. Whether a node is still in the scene is a separate matter: see
+/// `is_valid` and `is_alive`.
 ///
-/// The interface classes know objects only through this header. An object says what it is by its
-/// type and offers what it can do as faces: a dependency node, a DAG node, a holder of a mesh. The
-/// graph derives its nodes, attributes and data from `Object` and implements the faces that apply.
+/// The public classes access objects only through this header. An object has a type and provides
+/// interfaces (faces): dependency node, DAG node, mesh holder. The graph derives nodes, attributes
+/// and data from `Object` and implements the applicable faces.
 #pragma once
 
 #include <maya/MFn.h>
@@ -17,7 +17,7 @@ namespace host {
 
 class Mesh;
 
-/// Name and type name, which every node of the dependency graph has.
+/// Name and type name of a dependency node.
 class NodeFace {
 public:
     virtual MString name() const = 0;
@@ -27,32 +27,32 @@ protected:
     ~NodeFace() = default;
 };
 
-/// A node's place in the DAG. The world itself is no node here: top-level nodes have no parent.
-/// Parent 0 is the one that "any path" goes through; an instanced node has several.
+/// Position of a node in the DAG. The world is not represented: top-level nodes have no parent.
+/// Parent 0 defines the default path; an instanced node has several parents.
 class DagFace {
 public:
     virtual unsigned int parent_count() const = 0;
     virtual MObject parent(unsigned int index) const = 0;
     virtual unsigned int child_count() const = 0;
     virtual MObject child(unsigned int index) const = 0;
-    /// Own matrix, without those above; the identity for a shape.
+    /// The node's own matrix, without those of its ancestors; the identity for shapes.
     virtual MMatrix local_matrix() const = 0;
 
 protected:
     ~DagFace() = default;
 };
 
-/// Something that holds a polygon mesh: a shape node, or mesh data.
+/// An object with a polygon mesh: a shape node or mesh data.
 class MeshFace {
 public:
-    /// Brings the mesh up to date (a node evaluates what feeds it); called once when a function set
-    /// or an iterator is attached.
+    /// Updates the mesh by evaluating the node; called once when a function set or iterator is
+    /// attached.
     virtual MStatus refresh() = 0;
-    /// The mesh as of now, NULL while there is none. Called per iterator step, so it is O(1).
+    /// The current mesh, NULL if there is none. O(1), because iterators call it for every element.
     virtual const Mesh* mesh() const = 0;
-    /// For changing it in place; announces the change. NULL while there is none.
+    /// The mesh for in-place changes, NULL if there is none. Marks dependent plugs dirty.
     virtual Mesh* edit() = 0;
-    /// Replaces the whole mesh.
+    /// Replaces the mesh.
     virtual MStatus set_mesh(const Mesh& mesh) = 0;
 
 protected:
@@ -65,16 +65,16 @@ public:
     Object& operator=(const Object&) = delete;
 
     MFn::Type type() const { return type_; }
-    /// Whether a function set of this type fits. The default knows the tree of types, and that mesh
-    /// data takes the mesh function set.
+    /// Whether a function set of this type can be attached. By default this follows from the type
+    /// hierarchy; mesh data also accepts the mesh function set.
     virtual bool has_fn(MFn::Type type) const;
 
-    /// Part of the scene; data always is.
+    /// Whether the object is in the scene; always true for data.
     virtual bool is_valid() const { return true; }
-    /// Not yet thrown away for good: in the scene, or waiting in the undo queue.
+    /// Whether the object is in the scene or may return to it by undo.
     virtual bool is_alive() const { return true; }
 
-    /// The faces this object offers; NULL where it does not.
+    /// The interfaces of this object; NULL if it does not provide one.
     virtual NodeFace* as_node() { return nullptr; }
     virtual DagFace* as_dag() { return nullptr; }
     virtual MeshFace* as_mesh() { return nullptr; }
@@ -89,7 +89,7 @@ public:
 protected:
     explicit Object(MFn::Type type) : type_(type) {}
     virtual ~Object();
-    /// A node whose plug-in went becomes kUnknown.
+    /// Used when a node's plug-in is unloaded: the type becomes kUnknown.
     void set_type(MFn::Type type) { type_ = type; }
 
 private:
@@ -97,7 +97,7 @@ private:
     unsigned int references_ = 0;
 };
 
-/// The faces of what a handle refers to; NULL for the null object too.
+/// The interfaces of the object behind a handle; NULL also for the null object.
 inline NodeFace* node_face(const MObject& object) {
     return object.host_object() == nullptr ? nullptr : object.host_object()->as_node();
 }
@@ -108,7 +108,7 @@ inline MeshFace* mesh_face(const MObject& object) {
     return object.host_object() == nullptr ? nullptr : object.host_object()->as_mesh();
 }
 
-/// The name of a type, "kMesh"; and the type right above it in the tree, kInvalid at the root.
+/// The name of a type, such as "kMesh", and its parent in the type hierarchy, kInvalid at the root.
 MHOST_EXPORT const char* type_text(MFn::Type type);
 MHOST_EXPORT MFn::Type type_above(MFn::Type type);
 

@@ -1,4 +1,4 @@
-/// MPlug: a slot of a node, by name; values go in and out through the graph.
+/// MPlug: reading, writing and navigating slots.
 #include "host/api/fault.h"
 #include "host/graph/data.h"
 #include "host/graph/evaluate.h"
@@ -18,19 +18,19 @@ using host::graph::ValueKind;
 
 namespace {
 
-/// The fault point, then the demand that there is a slot to work on.
+/// Passes the fault point and checks that the plug is not null.
 MStatus enter(const char* point, const Slot* slot) {
     const MStatus status = pass_fault(point);
     return status && slot == nullptr ? MStatus(MS::kInvalidParameter) : status;
 }
 
-/// The same, and the demand that the slot is of a kind.
+/// Same, and checks that the slot has the required kind.
 MStatus enter(const char* point, const Slot* slot, bool (Slot::*is_kind)() const) {
     const MStatus status = enter(point, slot);
     return status && !(slot->*is_kind)() ? MStatus(MS::kFailure) : status;
 }
 
-/// How many of the slots below fit; 0 when the call has failed.
+/// Number of child slots for which `fits` is true; 0 if `status` is a failure.
 unsigned int count_below(const Slot* slot, bool (Slot::*fits)() const, const MStatus& status,
                          MStatus* result) {
     unsigned int count = 0;
@@ -259,7 +259,7 @@ MPlug MPlug::parent(MStatus* ReturnStatus) const {
 
 namespace {
 
-/// Brings the plug up to date and demands that it holds one number.
+/// Evaluates the plug and checks that it holds a single number.
 MStatus read_number(const char* point, Slot* slot, double& number) {
     MStatus status = enter(point, slot);
     if (!status)
@@ -284,7 +284,7 @@ MStatus read_as(const char* point, Slot* slot, ValueKind kind, T& value, T& (Val
     return status;
 }
 
-/// The value as an object of its own.
+/// The value as an independent data object.
 host::graph::Ref<host::Object> read_object(Slot& slot) {
     if (slot.is_compound()) {
         const Attribute& attribute = slot.attribute();

@@ -1,4 +1,4 @@
-/// The arrays whose elements belong to the graph.
+/// Arrays of the graph's classes: plugs and callback ids.
 #include "host/api/array_body.h"
 
 #include <maya/MCallbackIdArray.h>

@@ -1,4 +1,4 @@
-/// MPxCommand: the plug-in's side of a command; its results belong to the command that runs.
+/// MPxCommand. Results belong to the command that is running.
 #include "host/graph/commands.h"
 #include "host/graph/scene.h"
 

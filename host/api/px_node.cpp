@@ -1,4 +1,4 @@
-/// MPxNode: the plug-in's side of a node.
+/// MPxNode.
 #include "host/api/fault.h"
 #include "host/graph/registration.h"
 

@@ -1,4 +1,4 @@
-/// Selection lists and the walk over them.
+/// MSelectionList and MItSelectionList.
 #include "host/api/fault.h"
 #include "host/graph/paths.h"
 #include "host/graph/selection_items.h"
@@ -183,7 +183,7 @@ bool MSelectionList::hasItem(const MObject& object, MStatus* ReturnStatus) const
 
 namespace {
 
-/// The item itself when it is of the type, else everything of the type below it.
+/// Adds the item if it matches the filter, else all matching nodes below it.
 void collect(const SelectionItem& item, MFn::Type filter, std::vector<SelectionItem>& found) {
     if (filter == MFn::kInvalid || item.node->has_fn(filter)) {
         found.push_back(item);

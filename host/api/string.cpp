@@ -10,14 +10,14 @@
 
 namespace {
 
-/// Shortest of the usual forms that scripts print: six significant digits.
+/// Formats a number with up to six significant digits, as scripts print it.
 std::string number_text(double value) {
     char buffer[64];
     std::snprintf(buffer, sizeof(buffer), "%g", value);
     return buffer;
 }
 
-/// A whole number that takes up the text, blanks around it aside.
+/// Parses a whole number; the text may have blanks around it but nothing else.
 bool parse_int(const std::string& text, int& value) {
     const char* begin = text.c_str();
     char* end = NULL;
@@ -60,7 +60,8 @@ MString& MString::operator=(const MString& other) = default;
 MString& MString::operator=(MString&& other) noexcept = default;
 
 MString& MString::operator=(const char* text) {
-    text_ = std::string(text == NULL ? "" : text); // the text may lie inside this string
+    text_ =
+        std::string(text == NULL ? "" : text); // a copy first: `text` may point into this string
     return *this;
 }
 
@@ -113,7 +114,8 @@ unsigned int MString::length() const { return static_cast<unsigned int>(text_.si
 
 int MString::numChars() const {
     return static_cast<int>(std::count_if(text_.begin(), text_.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u; // not a continuation byte
+        return (static_cast<unsigned char>(c) & 0xC0u) !=
+               0x80u; // count all bytes but UTF-8 continuation bytes
     }));
 }
 

@@ -13,7 +13,7 @@ struct TypeRow {
 #define ROW(TYPE, ABOVE)                                                                           \
     { MFn::TYPE, #TYPE, MFn::ABOVE }
 
-/// The tree of types: what a function set for the right one also accepts is on the left.
+/// Type hierarchy: a function set for the type in the second column also accepts the first.
 constexpr TypeRow k_types[] = {
     ROW(kInvalid, kInvalid),
     ROW(kBase, kInvalid),

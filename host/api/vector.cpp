@@ -35,7 +35,7 @@ MStatus MVector::normalize() {
 }
 
 double MVector::angle(const MVector& other) const {
-    // The two-argument form keeps its digits where the arc cosine of a product loses them.
+    // More accurate for small angles than the arc cosine of the dot product.
     return std::atan2((*this ^ other).length(), *this * other);
 }
 

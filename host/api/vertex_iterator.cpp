@@ -19,7 +19,7 @@ const Mesh* begin(const char* point, const MObject& object, int index, MStatus& 
     return host::begin_at(k_count, point, object, index, status);
 }
 
-/// The corners at a vertex together with a UV set, and how many of them are mapped.
+/// The corners at a vertex in a UV set, and how many of them are mapped.
 struct Corners {
     const Mesh* mesh = nullptr;
     const UvSet* set = nullptr;
@@ -29,7 +29,7 @@ struct Corners {
     std::int32_t uv(std::uint32_t corner) const { return set->corner_uvs[corner]; }
 };
 
-/// kFailure when no corner is mapped.
+/// Errors: kFailure if no corner is mapped.
 Corners begin_corners(const char* point, const MObject& object, int index, const MString* name,
                       MStatus& status) {
     Corners corners;
@@ -155,7 +155,7 @@ MStatus MItMeshVertex::numConnectedFaces(int& count) const {
     const Mesh* const mesh = begin("MItMeshVertex::numConnectedFaces", object_, index_, status);
     if (status.error())
         return status;
-    // Corners stand in ascending order, so a polygon's corners at the vertex follow each other.
+    // Corners are in ascending order, so those of one polygon are adjacent.
     const Connectivity& connectivity = mesh->connectivity();
     std::uint32_t last = 0xFFFFFFFFu;
     count = 0;
@@ -241,12 +241,12 @@ MStatus MItMeshVertex::numUVs(int& count, const MString* uvSet) const {
     MStatus status;
     const Corners corners = begin_corners("MItMeshVertex::numUVs", object_, index_, uvSet, status);
     if (corners.set != nullptr && corners.mapped == 0) {
-        count = 0; // nothing mapped is an answer here, no failure
+        count = 0; // no mapped corner counts as 0, not as a failure
         return MS::kSuccess;
     }
     if (status.error())
         return status;
-    static std::vector<std::int32_t> ids; // kept, so that it stops allocating
+    static std::vector<std::int32_t> ids; // static, so that its memory is reused
     return host::guard_memory([&] {
         ids.clear();
         for (const std::uint32_t corner : corners.all)

@@ -38,8 +38,7 @@ struct Removal {
         size_t index; ///< position among the parent's children
         size_t rank;  ///< position of the parent among the child's parents
     };
-    std::vector<Ref<Node>>
-        nodes; ///< the node and the nodes removed with it, parents before children
+    std::vector<Ref<Node>> nodes; ///< the node and its descendants, parents first
     std::vector<Place> places;
     std::vector<BrokenConnection> connections;
     Selection selection; ///< the selection before the removal

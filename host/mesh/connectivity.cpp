@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint32_t k_none = 0xFFFFFFFFu;
 
-/// Turns counts at positions 1..n into starts: entry i becomes the sum of all before it.
+/// Exclusive prefix sum: turns counts at positions 1..n into start offsets.
 void counts_to_starts(std::vector<std::uint32_t>& counts) {
     for (std::size_t i = 1; i < counts.size(); ++i)
         counts[i] += counts[i - 1];
@@ -49,9 +49,9 @@ void Connectivity::list_vertex_corners() {
         vertex_corners_[fill[vertices_[corner]]++] = corner;
 }
 
-/// The sides of all polygons are dealt out to the smaller of their two vertices. Those of one
-/// vertex, sorted by the other vertex, lie in runs of equal sides: one edge per run. The first
-/// corner of a run stands for it until a walk over all corners hands out the numbers.
+/// Collects the sides of all polygons at the smaller of their two vertices. Sorted by the other
+/// vertex, equal sides are adjacent and form one edge. The first corner of each group represents
+/// the edge until a pass over all corners numbers the edges.
 void Connectivity::find_edges() {
     std::vector<std::uint32_t> start(vertex_count_ + 1, 0);
     for (std::uint32_t corner = 0; corner < corner_count(); ++corner)
@@ -106,7 +106,7 @@ void Connectivity::list_edge_polygons() {
         for (std::uint32_t corner = 0; corner < corner_count(); ++corner) {
             const std::uint32_t edge = corner_edges_[corner];
             const std::uint32_t polygon = corner_polygons_[corner];
-            if (last[edge] == polygon) // a polygon that runs along the edge twice
+            if (last[edge] == polygon) // a polygon that visits the edge twice
                 continue;
             last[edge] = polygon;
             if (pass == 0)

@@ -1,11 +1,11 @@
-/// Who touches whom in a polygon mesh: vertices, edges, polygons and corners, as flat arrays built
-/// once from the polygon list. A corner is one vertex of one polygon; corners are numbered through
-/// the whole mesh, polygon after polygon. Lists "per X" are stored end to end: those of X are the
-/// entries `start[X]` to `start[X + 1] - 1`.
+/// Adjacency of a polygon mesh (vertices, edges, polygons, corners) as flat arrays, built once from
+/// the polygon list. A corner is one vertex of one polygon; corners are numbered through the whole
+/// mesh, polygon after polygon. Lists per X are stored end to end: the list of X has the entries
+/// `start[X]` to `start[X + 1] - 1`.
 ///
-/// Edges are numbered in the order in which the corners first meet them, and point the way they
-/// were met. Any number of polygons may share an edge, and a polygon may come by a vertex or an
-/// edge more than once; every list names a thing once. Lists are in ascending order.
+/// Edges are numbered, and directed, as corner order first visits them. Any number of polygons may
+/// share an edge, and a polygon may visit a vertex or edge repeatedly; each list contains an id
+/// once. Lists are in ascending order.
 #pragma once
 
 #include <maya/MTypes.h>
@@ -16,7 +16,7 @@
 
 namespace host {
 
-/// A read-only run of entries in one of the arrays.
+/// A read-only range of one of the arrays.
 class IndexSpan {
 public:
     IndexSpan(const std::uint32_t* begin, const std::uint32_t* end) : begin_(begin), end_(end) {}
@@ -32,10 +32,11 @@ private:
 
 class MHOST_EXPORT Connectivity {
 public:
-    /// Shape:  counts[np] corners per polygon, vertices[sum of counts] -> everything below.
-    /// Limits: every count is at least 3, every vertex id below `vertex_count`; the caller checked.
+    /// Shape:  counts[np] corners per polygon, vertices[sum of counts].
+    /// Limits: the caller has checked that every count is at least 3 and every vertex id is below
+    ///         `vertex_count`.
     /// Errors: std::bad_alloc.
-    /// Cost:   O(corners + sum over vertices of v log v for valence v).
+    /// Cost:   O(corners + sum of v log v over vertices of valence v).
     Connectivity(std::uint32_t vertex_count, std::vector<std::uint32_t> counts,
                  std::vector<std::uint32_t> vertices);
 
@@ -50,7 +51,8 @@ public:
     std::uint32_t corners_of(std::uint32_t polygon) const {
         return polygon_start_[polygon + 1] - polygon_start_[polygon];
     }
-    /// Vertex ids of a polygon in winding order; and the edges, edge i leaving corner i.
+    /// Vertex ids of a polygon in winding order; and its edges, where edge i runs from corner i to
+    /// the next.
     IndexSpan polygon_vertices(std::uint32_t polygon) const {
         return span(polygon_start_, vertices_, polygon);
     }
@@ -60,7 +62,7 @@ public:
     std::uint32_t corner_vertex(std::uint32_t corner) const { return vertices_[corner]; }
     std::uint32_t corner_polygon(std::uint32_t corner) const { return corner_polygons_[corner]; }
 
-    /// The two ends of an edge.
+    /// The two vertices of an edge.
     const std::pair<std::uint32_t, std::uint32_t>& edge(std::uint32_t edge) const {
         return edges_[edge];
     }
@@ -70,7 +72,7 @@ public:
     IndexSpan vertex_edges(std::uint32_t vertex) const {
         return span(vertex_edge_start_, vertex_edges_, vertex);
     }
-    /// Corners at a vertex, and so the polygons there: a polygon that comes by twice has two.
+    /// Corners at a vertex. A polygon that visits the vertex twice has two of them.
     IndexSpan vertex_corners(std::uint32_t vertex) const {
         return span(vertex_corner_start_, vertex_corners_, vertex);
     }

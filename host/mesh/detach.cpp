@@ -7,7 +7,7 @@ namespace host {
 
 namespace {
 
-/// Corners that share their place with another corner.
+/// Corners at the same position as another corner.
 std::vector<std::uint32_t> coincident_corners(const std::vector<Point2>& flat) {
     std::vector<std::uint32_t> order(flat.size());
     for (std::uint32_t i = 0; i < order.size(); ++i)
@@ -34,7 +34,8 @@ Point2 unit(const Point2& from, const Point2& to) {
     return length > 0.0 ? Point2{x / length, y / length} : Point2{0.0, 0.0};
 }
 
-/// Where a corner goes when its two edges move inwards by a distance; a spike's tip stays.
+/// A corner's position after moving both of its edges inwards by a distance; the tip of a spike is
+/// not moved.
 Point2 moved_in(const Outline& outline, std::uint32_t corner, double distance) {
     const Point2& here = outline.flat[corner];
     const Point2 in = unit(outline.flat[outline.previous(corner)], here);
@@ -48,8 +49,9 @@ Point2 moved_in(const Outline& outline, std::uint32_t corner, double distance) {
 
 } // namespace
 
-/// The distance is far below what single-precision points can differ by and far above the last
-/// digit of the flat coordinates, so that whatever does not touch keeps its sides.
+/// The distance is far below the spacing of single-precision points and far above the rounding
+/// error of the projected coordinates, so corners that do not touch stay on the same sides of each
+/// other.
 bool sweep_touching(Outline& outline) {
     const std::vector<std::uint32_t> touching = coincident_corners(outline.flat);
     if (touching.empty())

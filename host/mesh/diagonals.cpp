@@ -1,11 +1,12 @@
-/// Better triangles by exchanging diagonals.
+/// Improvement of a triangulation by flipping diagonals.
 ///
-/// Two neighbouring triangles form a quadrilateral; taking its other diagonal is an improvement
-/// when that raises the smaller of the angles (the Delaunay condition), and a necessity when the
-/// present diagonal joins vertices that are joined elsewhere. Where no single exchange gets rid of
-/// such a diagonal, a patch of triangles around it is triangulated anew, best of all ways. Sources:
-/// C. L. Lawson, "Software for C1 Surface Interpolation" (1977), for exchanges; G. T. Klincsek,
-/// "Minimal Triangulations of Polygonal Domains" (1980), for the best of all ways.
+/// Two adjacent triangles form a quadrilateral. Its diagonal is flipped if that increases the
+/// smallest angle (the Delaunay criterion), or if it joins vertices that are already joined
+/// elsewhere. If no single flip removes such a diagonal, a patch of triangles around it is
+/// retriangulated optimally.
+/// Sources: C. L. Lawson, "Software for C1 Surface Interpolation" (1977), for flips; G. T.
+///         Klincsek, "Minimal Triangulations of Polygonal Domains" (1980), for the optimal
+///         triangulation.
 #include "host/mesh/outline.h"
 #include "host/mesh/pair_set.h"
 
@@ -19,10 +20,10 @@ namespace host {
 namespace {
 
 constexpr std::uint32_t k_none = 0xFFFFFFFFu;
-/// Corners of the largest patch that is triangulated anew; its cost grows with the cube.
+/// Corners of the largest patch that is retriangulated; cost is cubic in this number.
 constexpr std::uint32_t k_patch_corners = 48;
-/// Differences below this share are taken for noise, so that a regular shape keeps its pattern
-/// whatever its position and unit of length.
+/// Relative differences below this are ignored, so that rounding does not decide between equal
+/// diagonals of regular shapes.
 constexpr double k_noise = 1e-5;
 
 class Diagonals {
@@ -43,7 +44,7 @@ public:
     }
 
 private:
-    // A side is a corner position 3 t + k and stands for triangle t's edge from corner k to k + 1.
+    // Side 3 t + k is the edge of triangle t from its corner k to the next.
     static std::uint32_t next_side(std::uint32_t side) {
         return side % 3 == 2 ? side - 2 : side + 1;
     }
@@ -73,7 +74,7 @@ private:
 
     struct Patch {
         std::vector<std::uint32_t> triangles;
-        std::vector<std::uint32_t> outer; ///< sides of the rim, in order around
+        std::vector<std::uint32_t> outer; ///< sides on the patch's boundary, in cyclic order
     };
     Patch gather(std::uint32_t side, std::uint32_t corner_count) const;
     void remake_patch(std::uint32_t side);
@@ -85,7 +86,7 @@ private:
     Outline& outline_;
     const PairSet& taken_;
     std::vector<std::uint32_t>& corners_;
-    std::vector<std::uint32_t> across_; ///< per side: the side that shares its edge
+    std::vector<std::uint32_t> across_; ///< per side: the same edge's side in the adjacent triangle
 };
 
 void Diagonals::link(std::uint32_t a, std::uint32_t b) {
@@ -95,8 +96,8 @@ void Diagonals::link(std::uint32_t a, std::uint32_t b) {
         across_[b] = a;
 }
 
-/// Sorts sides by their corners, so that the two of a diagonal meet. False unless every side of the
-/// outline occurs once and everything else in pairs that run both ways.
+/// Pairs up the two sides of every diagonal by sorting. Returns false unless every edge of the
+/// outline occurs once and all other sides form oppositely directed pairs.
 bool Diagonals::find_neighbours() {
     struct Entry {
         std::uint32_t low;
@@ -134,7 +135,7 @@ bool Diagonals::find_neighbours() {
     return true;
 }
 
-/// Whether all triangles hang together.
+/// Whether the triangles form one connected piece.
 bool Diagonals::is_connected() const {
     std::vector<std::uint8_t> is_seen(corners_.size() / 3, 0);
     std::vector<std::uint32_t> open = {0};
@@ -155,8 +156,8 @@ bool Diagonals::is_connected() const {
     return seen == is_seen.size();
 }
 
-/// Sine of the sum of the two angles that look at the diagonal, scaled: negative when the sum is
-/// over 180 degrees. Noise counts as zero.
+/// Scaled sine of the sum of the two angles opposite the diagonal: negative if the sum exceeds 180
+/// degrees, in which case a flip improves the angles. Values within rounding noise become zero.
 double Diagonals::angle_excess(std::uint32_t side) const {
     const MVector& a = outline_.space[from(side)];
     const MVector& b = outline_.space[to(side)];
@@ -182,7 +183,7 @@ bool Diagonals::wants_exchange(std::uint32_t side) {
     return outline_.turn(c, from(side), d) > 0 && outline_.turn(d, to(side), c) > 0;
 }
 
-/// Triangles (a, b, c) and (b, a, d) become (d, c, a) and (c, d, b).
+/// Flips a diagonal: triangles (a, b, c) and (b, a, d) become (d, c, a) and (c, d, b).
 void Diagonals::exchange(std::uint32_t side) {
     const std::uint32_t other = across_[side];
     const std::uint32_t a = from(side);
@@ -208,9 +209,8 @@ void Diagonals::exchange(std::uint32_t side) {
     link(last_side(other), bc);
 }
 
-/// Works through a list of diagonals that may want an exchange; each exchange puts its four outer
-/// sides on the list again. The limit stands against endless exchanges between corners that do not
-/// lie in a plane.
+/// Flips diagonals from a work list; each flip adds the quadrilateral's four sides to it. The step
+/// limit prevents endless flips between corners that are not coplanar.
 void Diagonals::exchange_all() {
     std::vector<std::uint32_t> pending;
     for (std::uint32_t side = static_cast<std::uint32_t>(across_.size()); side-- > 0;)
@@ -233,7 +233,7 @@ void Diagonals::exchange_all() {
     }
 }
 
-/// Triangles around a diagonal, breadth first, until the patch has so many corners.
+/// Collects triangles around a diagonal, breadth first, until the patch has `corner_count` corners.
 Diagonals::Patch Diagonals::gather(std::uint32_t side, std::uint32_t corner_count) const {
     Patch patch;
     std::vector<std::uint32_t>& triangles = patch.triangles;
@@ -247,7 +247,7 @@ Diagonals::Patch Diagonals::gather(std::uint32_t side, std::uint32_t corner_coun
             if (beyond != k_none && !has(beyond / 3))
                 triangles.push_back(beyond / 3);
         }
-    // Walk around the rim: at a side's end, turn inside the patch until a side leads out.
+    // Walks around the boundary: from a side's end, turns through the patch to the next outer side.
     const auto is_outer = [&](std::uint32_t s) {
         return across_[s] == k_none || !has(across_[s] / 3);
     };
@@ -264,7 +264,7 @@ Diagonals::Patch Diagonals::gather(std::uint32_t side, std::uint32_t corner_coun
     return patch;
 }
 
-/// Tries ever larger patches until one has a way without diagonals that are joined elsewhere.
+/// Tries growing patches until one has a triangulation without joined diagonals.
 void Diagonals::remake_patch(std::uint32_t side) {
     for (std::uint32_t size = 6;; size *= 2) {
         const Patch patch = gather(side, std::min(size, k_patch_corners));
@@ -278,7 +278,7 @@ void Diagonals::remake_patch(std::uint32_t side) {
     }
 }
 
-/// Reads the triangles of the whole rim out of the choices made for its stretches.
+/// Reconstructs the triangles from the third corners chosen for each stretch of the boundary.
 std::vector<std::uint32_t> Diagonals::trace(const std::vector<std::uint32_t>& choice,
                                             std::uint32_t n) {
     std::vector<std::uint32_t> triangles;
@@ -296,9 +296,10 @@ std::vector<std::uint32_t> Diagonals::trace(const std::vector<std::uint32_t>& ch
     return triangles;
 }
 
-/// Best triangulation of a patch: fewest flat triangles, no joined diagonal at all, least length of
-/// diagonals. Dynamic programming over the stretches of the rim; a stretch from i to j is closed by
-/// a diagonal and triangulated by choosing the third corner k. False when there is no such way.
+/// Optimal triangulation of a patch: avoids diagonals that are joined elsewhere, then minimizes the
+/// number of degenerate triangles, then the total length of diagonals. Dynamic programming over
+/// stretches of the boundary: stretch i..j is closed by diagonal ij, and its third corner k is
+/// chosen. Returns false if every triangulation uses a joined diagonal.
 bool Diagonals::solve(const Patch& patch, std::vector<std::uint32_t>& best) {
     const std::uint32_t n = static_cast<std::uint32_t>(patch.outer.size());
     const auto corner = [&](std::uint32_t i) { return from(patch.outer[i]); };
@@ -335,7 +336,7 @@ bool Diagonals::solve(const Patch& patch, std::vector<std::uint32_t>& best) {
     return true;
 }
 
-/// Writes new triangles, given by rim positions, over those of the patch.
+/// Replaces the patch's triangles by new ones given as boundary positions.
 void Diagonals::replace(const Patch& patch, const std::vector<std::uint32_t>& best) {
     const std::uint32_t n = static_cast<std::uint32_t>(patch.outer.size());
     std::vector<std::uint32_t> ring(n);

@@ -1,8 +1,8 @@
-/// Triangulation by cutting off ears: a corner goes when the triangle with its two neighbours holds
-/// no other part of the outline. Only reflex corners can be in the way; a grid finds those near a
-/// triangle.
-/// Source: M. Held, "FIST: Fast Industrial-Strength Triangulation of Polygons" (2001), for ear
-/// tests on outlines that touch themselves.
+/// Triangulation by ear clipping: a corner is cut off if the triangle with its two neighbours
+/// contains no other part of the outline. Only reflex corners can lie in it; a grid finds those
+/// near the triangle.
+/// Source: M. Held, "FIST: Fast Industrial-Strength Triangulation of Polygons" (2001), for the
+///         tests on outlines that touch themselves.
 #include "host/mesh/outline.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace host {
 
 namespace {
 
-/// Buckets of reflex corners over the outline's bounding box.
+/// Grid of reflex corners over the outline's bounding box.
 class CornerGrid {
 public:
     CornerGrid(const std::vector<Point2>& points, const std::vector<std::uint32_t>& members) {
@@ -33,7 +33,7 @@ public:
             items_[fill[cell(points[member])]++] = member;
     }
 
-    /// Calls `visit(corner)` for the members around the box until one call returns true.
+    /// Calls `visit(corner)` for the corners in the cells around a box until a call returns true.
     template <class Visit>
     bool any_in(const Point2& low, const Point2& high, std::uint64_t& steps, Visit visit) const {
         const std::uint32_t last_column = column(high.x);
@@ -75,7 +75,8 @@ public:
     bool run();
 
 private:
-    /// How strict a cut is: a true ear; one without area; one that may hide other corners; any.
+    /// Which corners may be cut off: proper ears; those without area; any convex corner; any
+    /// corner.
     enum Level { k_ear, k_flat, k_convex, k_any };
 
     std::vector<std::uint32_t> reflex_corners();
@@ -87,8 +88,9 @@ private:
     bool cut_one(Level level);
 
     Outline& outline_;
-    std::vector<std::uint32_t> before_; ///< ring of the corners that are left
-    std::vector<std::uint32_t> after_;  ///< equal to the corner itself once it is cut off
+    std::vector<std::uint32_t> before_; ///< cyclic list of the remaining corners
+    std::vector<std::uint32_t>
+        after_; ///< next remaining corner; the corner itself once it is cut off
     std::vector<std::uint32_t> reflex_;
     CornerGrid grid_;
     std::uint32_t left_;
@@ -96,7 +98,7 @@ private:
     std::uint64_t step_limit_;
 };
 
-/// Sets up the ring and lists the corners that do not turn left, spikes included.
+/// Initializes the cyclic list and returns the corners that do not turn left, spikes included.
 std::vector<std::uint32_t> EarClipper::reflex_corners() {
     std::vector<std::uint32_t> reflex;
     for (std::uint32_t i = 0; i < outline_.size(); ++i) {
@@ -108,8 +110,8 @@ std::vector<std::uint32_t> EarClipper::reflex_corners() {
     return reflex;
 }
 
-/// Whether the outline goes from p, which lies on corner b of the turn a-b-c, into that turn, or
-/// along both of its arms so that nothing of the inside is left between.
+/// Whether the outline leaves p, which coincides with corner b of the turn a-b-c, into that turn's
+/// interior, or runs along both of its arms.
 bool EarClipper::points_inside(std::uint32_t p, std::uint32_t a, std::uint32_t b, std::uint32_t c) {
     bool is_on_first_arm = false;
     bool is_on_second_arm = false;
@@ -124,7 +126,7 @@ bool EarClipper::points_inside(std::uint32_t p, std::uint32_t a, std::uint32_t b
     return is_on_first_arm && is_on_second_arm;
 }
 
-/// Whether p, another corner of what is left, forbids to cut off the triangle a, b, c.
+/// Whether p, another remaining corner, prevents cutting off the triangle a, b, c.
 bool EarClipper::blocks(std::uint32_t p, std::uint32_t a, std::uint32_t b, std::uint32_t c) {
     const std::vector<Point2>& flat = outline_.flat;
     if (flat[p] == flat[a])
@@ -139,8 +141,8 @@ bool EarClipper::blocks(std::uint32_t p, std::uint32_t a, std::uint32_t b, std::
     if (ab < 0 || bc < 0 || ca < 0)
         return false;
     if (ab > 0 && bc > 0)
-        return true; // inside, or on the new side c-a
-    // On one of the two old sides: it touches from outside or comes in.
+        return true; // inside the triangle or on its new side c-a
+    // On one of the two existing sides: blocks only if the outline enters the triangle there.
     const std::uint32_t from = ab == 0 ? a : b;
     const std::uint32_t to = ab == 0 ? b : c;
     return outline_.turn(from, to, before_[p]) > 0 || outline_.turn(from, to, after_[p]) > 0;
@@ -182,10 +184,10 @@ void EarClipper::cut(std::uint32_t corner) {
     before_[c] = a;
     after_[corner] = corner;
     left_ -= 1;
-    here_ = after_[c]; // not the next one: that would make a fan
+    here_ = after_[c]; // skipping one corner avoids fans of thin triangles
 }
 
-/// Goes once around and cuts off the first corner that the level allows.
+/// Goes around once and cuts off the first corner permitted by `level`.
 bool EarClipper::cut_one(Level level) {
     for (std::uint32_t tries = 0; tries < left_; ++tries) {
         if (can_cut(here_, level)) {
@@ -200,7 +202,7 @@ bool EarClipper::cut_one(Level level) {
 bool EarClipper::run() {
     bool sound = true;
     while (left_ > 3) {
-        // Past the limit the outline is a hopeless tangle; what is left is cut off as it comes.
+        // Past the step limit, corners are cut off without further tests.
         if (outline_.steps > step_limit_) {
             cut(here_);
             sound = false;

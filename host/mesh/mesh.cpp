@@ -11,7 +11,7 @@
 
 namespace host {
 
-/// Points and what follows from them. The derived parts are filled in on demand.
+/// Points and the data derived from them, which is computed on first use.
 struct Mesh::Geometry {
     std::vector<Float3> points;
     mutable std::unique_ptr<const Triangulation> triangulation;
@@ -20,9 +20,9 @@ struct Mesh::Geometry {
 
 namespace {
 
-/// Newell's method, with the first corner as the origin so that far-away meshes keep their digits.
+/// Newell's method, relative to the first corner to stay accurate far from the origin.
 /// Source: Sutherland, Sproull, Schumacker, "A Characterization of Ten Hidden-Surface Algorithms"
-/// (1974), appendix, where the method is credited to M. E. Newell.
+///         (1974), appendix, where the method is credited to M. E. Newell.
 MVector newell(const Connectivity& connectivity, const std::vector<Float3>& points,
                std::uint32_t polygon) {
     const IndexSpan vertices = connectivity.polygon_vertices(polygon);

@@ -1,10 +1,10 @@
-/// A polygon mesh as a value: copying one is cheap, because copies share their immutable parts
-/// until one of them is written. The parts are the polygons with their connectivity, the points
-/// with what follows from them (triangles, normals), and each UV set.
+/// A polygon mesh with value semantics. Copies are cheap: they share immutable parts until one copy
+/// is written. The parts are the polygons with their connectivity, the points with derived data
+/// (triangles, normals), and each UV set.
 ///
-/// Points are single precision. Triangles and normals are worked out when first asked for and kept.
-/// A UV set is a list of UVs and, per corner, an index into it or -1. Set names are unique and not
-/// empty. The first set made becomes the current one.
+/// Points are single precision. Triangles and normals are computed on first use and cached. A UV
+/// set is a list of UVs and, per corner, an index into it or -1. Set names are unique and not
+/// empty. The first set added becomes the current one.
 #pragma once
 
 #include "host/api/object.h"
@@ -30,14 +30,14 @@ struct UvSet {
     MString name;
     std::vector<float> u;
     std::vector<float> v;
-    std::vector<std::int32_t> corner_uvs; ///< one per corner; -1 is unmapped
+    std::vector<std::int32_t> corner_uvs; ///< one per corner; -1: unmapped
 };
 
 struct Triangulation;
 
 class MHOST_EXPORT Mesh {
 public:
-    /// No vertices, no polygons, no UV sets.
+    /// An empty mesh.
     Mesh();
     Mesh(const Mesh& other);
     Mesh(Mesh&& other) noexcept;
@@ -47,38 +47,40 @@ public:
 
     /// Makes a mesh without UV sets.
     /// Shape:  points[nv], counts[np] corners per polygon, vertices[sum of counts] -> mesh.
-    /// Limits: a polygon has three corners at least; its vertices need not differ. At most 2^31 - 1
-    ///         of anything.
-    /// Errors: kInvalidParameter (a count, an id or a total is wrong), kInsufficientMemory; `mesh`
-    ///         then stays as it is.
+    /// Limits: at least three corners per polygon, whose vertices may repeat; at most 2^31 - 1
+    ///         points, polygons and corners.
+    /// Errors: kInvalidParameter (wrong count, id or total), kInsufficientMemory; `mesh` is
+    ///         unchanged on failure.
     static MStatus make(std::vector<Float3> points, std::vector<std::uint32_t> counts,
                         std::vector<std::uint32_t> vertices, Mesh& mesh);
 
     const Connectivity& connectivity() const { return *connectivity_; }
     const std::vector<Float3>& points() const;
-    /// Replaces all points; there are as many as before.
+    /// Replaces all points; their number must not change.
     MStatus set_points(std::vector<Float3> points);
 
-    /// Unit normal of a polygon (Newell's method); zero when it has no area.
+    /// Unit normal of a polygon (Newell's method); zero if the polygon has no area.
     MVector normal(std::uint32_t polygon) const;
 
-    /// Triangles of a polygon with n corners: n - 2, as local corner numbers, three each.
+    /// Triangles of a polygon with n corners: n - 2 triples of polygon-relative corner numbers.
     IndexSpan triangles(std::uint32_t polygon) const;
-    /// False when the outline crosses itself or has no area: some triangles overlap or are flat.
+    /// False if the outline is self-intersecting or has no area: some triangles overlap or are
+    /// degenerate.
     bool is_triangulation_valid(std::uint32_t polygon) const;
 
     // UV sets, by position ------------------------------------------------------------------
 
     std::uint32_t uv_set_count() const { return static_cast<std::uint32_t>(uv_sets_.size()); }
     const UvSet& uv_set(std::uint32_t set) const { return *uv_sets_[set]; }
-    /// For writing; whoever shares the set keeps what it was. Sizes and ids are the caller's care.
+    /// The set for writing; copies that share it are not affected. The caller keeps sizes and ids
+    /// consistent.
     UvSet& edit_uv_set(std::uint32_t set);
-    /// Position of a name, -1 when there is no such set.
+    /// Position of the set with this name, -1 if there is none.
     int find_uv_set(const MString& name) const;
     int current_uv_set() const { return current_uv_set_; } ///< -1: the mesh has no sets
     void set_current_uv_set(int set) { current_uv_set_ = set; }
-    /// Adds an empty set. The name, "map1" if empty, gets another number until it is unique.
-    /// Returns the set's position.
+    /// Adds an empty set and returns its position. An empty name becomes "map1"; a name that is
+    /// taken gets another number.
     std::uint32_t add_uv_set(const MString& name);
     void remove_uv_set(std::uint32_t set);
 

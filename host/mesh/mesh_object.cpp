@@ -7,7 +7,7 @@ namespace host {
 
 namespace {
 
-/// The mesh part that data and plain shapes share.
+/// MeshFace of mesh data and standalone shapes.
 class HeldMesh : public MeshFace {
 public:
     MStatus refresh() override { return MS::kSuccess; }
@@ -31,8 +31,8 @@ private:
     HeldMesh held_;
 };
 
-/// A node that belongs to no scene. A parent holds its children; a child knows its parent as long
-/// as that exists.
+/// A node outside of any scene. A parent owns its children; children refer back to their parent
+/// while it exists.
 class PlainNode : public Object, public NodeFace, public DagFace {
 public:
     PlainNode(MFn::Type type, const MString& name, const MMatrix& matrix)
@@ -92,7 +92,7 @@ const Mesh* mesh_of(const MObject& object) {
 
 MDagPath make_mesh_node(const MString& name, const Mesh& mesh, const MMatrix& matrix) {
     auto* const transform = new PlainNode(MFn::kTransform, name, matrix);
-    const MObject holder(transform); // deletes the nodes should anything below fail
+    const MObject holder(transform); // deletes both nodes if a step below throws
     auto* const shape = new PlainMeshNode(name + "Shape");
     transform->add_child(*shape);
     shape->as_mesh()->set_mesh(mesh);

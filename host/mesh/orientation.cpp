@@ -6,7 +6,7 @@ namespace host {
 
 namespace {
 
-/// A number as the exact sum of what rounding kept and what it dropped.
+/// A number as the exact sum of a rounded value and its rounding error.
 struct Sum2 {
     double high;
     double low;
@@ -20,7 +20,7 @@ Sum2 exact_difference(double a, double b) {
 }
 
 Sum2 exact_product(double a, double b) {
-    constexpr double k_splitter = 134217729.0; // 2^27 + 1: halves of 26 bits each
+    constexpr double k_splitter = 134217729.0; // 2^27 + 1: splits into halves of 26 bits
     const double a_big = k_splitter * a;
     const double a_high = a_big - (a_big - a);
     const double a_low = a - a_high;
@@ -32,7 +32,7 @@ Sum2 exact_product(double a, double b) {
     return Sum2{high, error + a_low * b_low};
 }
 
-/// A growing exact sum: its parts do not overlap and stand in ascending order of size.
+/// An exact sum in progress: non-overlapping components of increasing magnitude.
 struct Expansion {
     double parts[16];
     int count = 0;

@@ -1,9 +1,9 @@
-/// The sign of a triangle's area in the plane, without error.
+/// Exact sign of a triangle's area in the plane.
 ///
-/// Differences, products and sums of floating-point numbers are kept as sums of two or more numbers
-/// that lose nothing; that costs time only when the rounded result is too small to be trusted.
+/// A floating-point filter decides most cases; otherwise differences, products and sums are
+/// computed exactly as expansions of two or more numbers.
 /// Source: J. R. Shewchuk, "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric
-/// Predicates" (1997), sections 2 and 4.
+///         Predicates" (1997), sections 2 and 4.
 #pragma once
 
 #include <maya/MTypes.h>
@@ -18,9 +18,9 @@ struct Point2 {
 inline bool operator==(const Point2& a, const Point2& b) { return a.x == b.x && a.y == b.y; }
 inline bool operator!=(const Point2& a, const Point2& b) { return !(a == b); }
 
-/// +1 when a, b, c turn counter-clockwise, -1 when clockwise, 0 when they lie on a line.
-/// Limits: finite coordinates below 1e150 in magnitude; products must not underflow (either side of
-///         the single-precision range is far from both).
+/// +1 if a, b, c turn counter-clockwise, -1 if clockwise, 0 if collinear.
+/// Limits: finite coordinates below 1e150 in magnitude; products must not underflow
+///         (single-precision coordinates are far from both limits).
 MHOST_EXPORT int orientation(const Point2& a, const Point2& b, const Point2& c);
 
 } // namespace host

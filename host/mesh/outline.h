@@ -1,4 +1,4 @@
-/// One polygon on its way to triangles: its corners seen along its normal, counter-clockwise.
+/// A polygon being triangulated: its corners projected along its normal, counter-clockwise.
 #pragma once
 
 #include "host/mesh/mesh.h"
@@ -10,11 +10,12 @@
 namespace host {
 
 struct Outline {
-    std::vector<Point2> flat;             ///< corners in the plane of projection
-    std::vector<MVector> space;           ///< corners as they are
-    std::vector<std::uint32_t> ids;       ///< mesh vertex of each corner
-    std::vector<std::uint32_t> triangles; ///< result: local corner numbers, counter-clockwise
-    std::uint64_t steps = 0;              ///< elementary steps so far
+    std::vector<Point2> flat;       ///< corners projected to the plane
+    std::vector<MVector> space;     ///< corners in object space
+    std::vector<std::uint32_t> ids; ///< mesh vertex of each corner
+    std::vector<std::uint32_t>
+        triangles;           ///< result: polygon-relative corner numbers, counter-clockwise
+    std::uint64_t steps = 0; ///< elementary steps so far
 
     std::uint32_t size() const { return static_cast<std::uint32_t>(flat.size()); }
     std::uint32_t next(std::uint32_t corner) const { return corner + 1 == size() ? 0 : corner + 1; }
@@ -32,32 +33,33 @@ struct Outline {
     }
 };
 
-/// Fills in `flat` from `space`. False when that cannot be done: coordinates that are not finite,
-/// or no area to look at.
+/// Computes `flat` from `space`. Returns false if coordinates are not finite or the polygon has no
+/// area.
 bool project(Outline& outline);
 
-/// Triangulates a simple outline by one sweep. False when it proves not to be simple; `triangles`
-/// is then worthless.
+/// Triangulates a simple outline by one sweep. Returns false, with unspecified `triangles`, if the
+/// outline proves not to be simple.
 /// Cost:   O(n log n).
 bool sweep_triangulate(Outline& outline);
 
-/// The same for an outline whose corners touch each other, such as one that reaches a hole by a
-/// bridge walked twice: corners in one place are moved apart by a hair before the sweep. False when
-/// no corners touch or something crosses all the same.
+/// Same for an outline with coincident corners, such as a bridge to a hole that is walked in both
+/// directions: moves coincident corners slightly apart before the sweep. Returns false if no
+/// corners coincide or the outline still is not simple.
 bool sweep_touching(Outline& outline);
 
-/// Triangulates any outline by cutting off ears. Handles outlines that touch themselves. True when
-/// every triangle is sound; an outline that crosses itself still gets n - 2 triangles. Cost: about
-/// O(n) for short outlines; the tests against other corners stop after a number
-///         proportional to n.
+/// Triangulates any outline by ear clipping, including outlines that touch themselves. Returns true
+/// if all triangles are counter-clockwise and do not overlap; a self-intersecting outline still
+/// gets n - 2 triangles.
+/// Cost:   about O(n) for short outlines; the number of tests against other corners is limited to a
+///         multiple of n.
 bool clip_ears(Outline& outline);
 
 class PairSet;
 
-/// Exchanges diagonals until none improves the triangles' angles or gets rid of a diagonal whose
-/// vertices are joined elsewhere (`taken`). Keeps every triangle turning counter-clockwise. False,
-/// with nothing changed, when the triangles do not form one piece bounded by the outline.
-/// Cost:   O(n log n), and O(n) exchanges.
+/// Flips diagonals while that improves the smallest angles or removes a diagonal whose vertices are
+/// already joined elsewhere (`taken`). All triangles stay counter-clockwise. Returns false, with
+/// nothing changed, if the triangles do not form one connected piece bounded by the outline.
+/// Cost:   O(n log n), and O(n) flips.
 bool improve_diagonals(Outline& outline, const PairSet& taken);
 
 } // namespace host

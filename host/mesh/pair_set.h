@@ -1,5 +1,5 @@
-/// A set of unordered pairs of vertex ids, for telling in constant time whether two vertices are
-/// joined already. Open addressing with linear probing; only added to.
+/// A set of unordered pairs of vertex ids, to test in constant time whether two vertices are
+/// joined. Open addressing with linear probing; pairs are never removed.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace host {
 
 class PairSet {
 public:
-    /// Room for `count` pairs without growing.
+    /// Allocates for `count` pairs.
     explicit PairSet(std::size_t count) : slots_(table_size(count), k_empty) {}
 
     bool contains(std::uint32_t a, std::uint32_t b) const {
@@ -41,7 +41,7 @@ private:
         return (std::uint64_t{std::min(a, b)} << 32) | std::max(a, b);
     }
 
-    /// Where the key is, or the free place where it would go.
+    /// The key's slot, or the free slot where it would be inserted.
     std::size_t slot(std::uint64_t key) const {
         const std::uint64_t mixed = key * 0x9E3779B97F4A7C15u;
         std::size_t place = static_cast<std::size_t>(mixed ^ (mixed >> 32)) & (slots_.size() - 1);

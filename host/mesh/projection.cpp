@@ -13,14 +13,14 @@ MVector area_vector(const std::vector<MVector>& space) {
     return sum;
 }
 
-/// A slope of at most 1, in steps of 2^-12.
+/// Rounds a slope in -1..1 to a multiple of 2^-12.
 double short_slope(double slope) { return std::nearbyint(slope * 4096.0) / 4096.0; }
 
 } // namespace
 
-/// The view goes along the polygon's normal, or rather along a direction near it whose slopes are
-/// short binary fractions: the flat coordinates of single-precision points then come out without
-/// rounding, and corners that lie on a line in space lie on a line in the plane.
+/// Projects along a direction close to the polygon's normal whose slopes are short binary
+/// fractions. The projection of single-precision points is then exact, and collinear corners stay
+/// collinear.
 bool project(Outline& outline) {
     const MVector area = area_vector(outline.space);
     const double size = std::fabs(area.x) + std::fabs(area.y) + std::fabs(area.z);

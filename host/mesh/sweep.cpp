@@ -1,7 +1,8 @@
-/// Triangulation by one sweep from top to bottom. Between the outline's edges that the sweep line
-/// crosses lie the strips of the inside; each strip keeps, as a chain from its left edge to its
-/// right edge, the lower rim of what is triangulated already. A new corner cuts off what it can see
-/// of the rim. The rim bulges downwards everywhere, so that what a corner can see is at its end.
+/// Triangulation by a sweep from top to bottom. The inside between two neighbouring edges crossed
+/// by the sweep line is a strip. A strip keeps the lower boundary of the part triangulated so far
+/// (its rim) as a chain of links from its left to its right edge. A new corner is joined to the rim
+/// corners that it sees. The rim is convex downwards, so the visible corners are always at its
+/// ends.
 /// Source: S. Hertel, K. Mehlhorn, "Fast Triangulation of Simple Polygons" (1983).
 #include "host/mesh/outline.h"
 
@@ -31,13 +32,13 @@ public:
     }
 
 private:
-    /// An edge is named by the corner that it leaves. Left edges run down, right edges run up.
+    /// Edges are identified by their start corner. Left edges run down, right edges run up.
     struct Strip {
         std::uint32_t left_edge;
         std::uint32_t right_edge;
         std::uint32_t front; ///< link at the left end of the rim
         std::uint32_t back;  ///< link at the right end
-        std::uint32_t last;  ///< link of the corner visited last: the lowest of the rim
+        std::uint32_t last;  ///< link of the corner visited last, the lowest of the rim
     };
     struct Link {
         std::uint32_t corner;
@@ -72,7 +73,7 @@ private:
     int side(std::uint32_t left_edge, std::uint32_t corner) {
         return outline_.turn(left_edge, outline_.next(left_edge), corner);
     }
-    /// Of two left edges the one that begins lower decides, by the side on which it begins.
+    /// Compares at the height of the lower start point of the two edges.
     bool is_left_of(std::uint32_t a, std::uint32_t b) {
         const std::uint32_t edge_a = strips_[a].left_edge;
         const std::uint32_t edge_b = strips_[b].left_edge;
@@ -95,15 +96,15 @@ private:
 
     Outline& outline_;
     std::vector<std::uint32_t> order_; ///< corners from top to bottom
-    std::vector<std::uint32_t> rank_;  ///< position of a corner in that order
+    std::vector<std::uint32_t> rank_;  ///< position of each corner in `order_`
     std::vector<Strip> strips_;
     std::vector<Link> links_;
-    std::vector<std::uint32_t> strip_of_left_;  ///< per edge
-    std::vector<std::uint32_t> strip_of_right_; ///< per edge
+    std::vector<std::uint32_t> strip_of_left_;  ///< strip bounded by each edge on its left
+    std::vector<std::uint32_t> strip_of_right_; ///< strip bounded by each edge on its right
     std::set<std::uint32_t, LeftToRight> open_; ///< strips under the sweep line, left to right
 };
 
-/// Ties in height are broken from left to right. Two corners in one place are not simple.
+/// Sorts by height, then left to right. Returns false if two corners coincide.
 bool Sweep::sort_corners() {
     for (std::uint32_t i = 0; i < outline_.size(); ++i)
         order_[i] = i;
@@ -129,7 +130,7 @@ bool Sweep::visit(std::uint32_t corner) {
     if (before_is_above != after_is_above)
         return before_is_above ? pass_left(corner) : pass_right(corner);
     const int turn = outline_.turn(before, corner, after);
-    if (turn == 0) // there and back on one line
+    if (turn == 0) // the edges overlap
         return false;
     if (before_is_above)
         return turn > 0 ? end(corner) : merge(corner);
@@ -144,7 +145,7 @@ std::uint32_t Sweep::new_strip(std::uint32_t left_edge, std::uint32_t right_edge
     return strip;
 }
 
-/// Puts a corner before the left end of the rim and cuts off what it sees.
+/// Joins a corner to the left end of the rim and adds the triangles it sees from there.
 void Sweep::add_front(Strip& strip, std::uint32_t link) {
     const std::uint32_t corner = links_[link].corner;
     std::uint32_t end = strip.front;
@@ -161,7 +162,7 @@ void Sweep::add_front(Strip& strip, std::uint32_t link) {
         strip.back = end;
 }
 
-/// The same at the right end.
+/// Same at the right end.
 void Sweep::add_back(Strip& strip, std::uint32_t link) {
     const std::uint32_t corner = links_[link].corner;
     std::uint32_t end = strip.back;
@@ -211,7 +212,7 @@ bool Sweep::pass_right(std::uint32_t corner) {
     return true;
 }
 
-/// The strip ends: from its lowest corner the whole rim is in sight.
+/// Ends a strip: its lowest corner sees the entire rim.
 bool Sweep::end(std::uint32_t corner) {
     const std::uint32_t found = strip_of_left_[outline_.previous(corner)];
     if (found == k_none || found != strip_of_right_[corner])
@@ -228,7 +229,7 @@ bool Sweep::end(std::uint32_t corner) {
     return open_.erase(found) == 1;
 }
 
-/// A corner inside a strip: it sees the strip's lowest corner, where the rim comes apart.
+/// Splits a strip at a corner inside it, which sees the strip's lowest corner.
 bool Sweep::split(std::uint32_t corner) {
     const auto above = open_.lower_bound(LeftToRight::Corner{corner});
     if (above == open_.begin())
@@ -259,7 +260,7 @@ bool Sweep::split(std::uint32_t corner) {
     return open_.insert(right).second;
 }
 
-/// Two strips become one; the corner between them is the lowest of the common rim.
+/// Merges two strips; the corner between them is the lowest of the common rim.
 bool Sweep::merge(std::uint32_t corner) {
     const std::uint32_t left = strip_of_right_[corner];
     const std::uint32_t right = strip_of_left_[outline_.previous(corner)];

@@ -10,25 +10,25 @@ namespace host {
 
 namespace {
 
-/// Outlines up to this size go straight to the ears: a sweep does not pay off.
+/// Outlines up to this size are ear-clipped directly: setting up a sweep is slower.
 constexpr std::uint32_t k_short_outline = 24;
 
-/// Triangles from the first corner; the answer when there is nothing to see.
+/// A fan from the first corner, for polygons that cannot be projected.
 void make_fan(Outline& outline) {
     outline.triangles.clear();
     for (std::uint32_t i = 2; i < outline.ids.size(); ++i)
         outline.emit(0, i - 1, i);
 }
 
-/// One of the two ways to cut a quadrilateral.
+/// One of the two triangulations of a quadrilateral.
 struct Way {
-    int flipped = 0; ///< triangles that turn the wrong way
+    int flipped = 0; ///< clockwise triangles
     int flat = 0;    ///< triangles without area
-    int joined = 0;  ///< 1: the diagonal is taken
+    int joined = 0;  ///< 1: the diagonal joins vertices that are already joined
     double length = 0.0;
 };
 
-/// The way that cuts between corners `a` and `a` + 2, for `a` of 0 or 1.
+/// Evaluates the diagonal between corners `a` and `a` + 2, for `a` of 0 or 1.
 Way judge(Outline& outline, const PairSet& taken, std::uint32_t a) {
     const std::uint32_t c = a + 2;
     Way way;
@@ -43,8 +43,8 @@ Way judge(Outline& outline, const PairSet& taken, std::uint32_t a) {
     return way;
 }
 
-/// A way that flips a triangle comes last, then one with a triangle without area, then one whose
-/// diagonal is taken, then the longer diagonal.
+/// Criteria in order: no flipped triangle, no triangle without area, diagonal not taken, shorter
+/// diagonal.
 bool cut_quadrilateral(Outline& outline, const PairSet& taken) {
     const Way even = judge(outline, taken, 0);
     const Way odd = judge(outline, taken, 1);
@@ -67,7 +67,7 @@ bool cut_quadrilateral(Outline& outline, const PairSet& taken) {
     return way.flipped == 0 && way.flat < 2;
 }
 
-/// Rotates each triangle to its smallest corner and sorts the triangles.
+/// Rotates each triangle to start at its smallest corner and sorts the triangles.
 void bring_in_order(std::vector<std::uint32_t>& triangles) {
     std::vector<std::array<std::uint32_t, 3>> sorted(triangles.size() / 3);
     for (std::size_t t = 0; t < sorted.size(); ++t) {
@@ -81,7 +81,7 @@ void bring_in_order(std::vector<std::uint32_t>& triangles) {
                   triangles.begin() + static_cast<std::ptrdiff_t>(3 * t));
 }
 
-/// Whether any triangle is more than a line.
+/// Whether any triangle has a non-zero area.
 bool has_area(Outline& outline) {
     for (std::size_t t = 0; t < outline.triangles.size(); t += 3)
         if (outline.turn(outline.triangles[t], outline.triangles[t + 1],
@@ -90,7 +90,7 @@ bool has_area(Outline& outline) {
     return false;
 }
 
-/// Fills `outline.triangles`; false when the outline has no sound triangulation.
+/// Sets `outline.triangles`. Returns false if the triangles overlap or are degenerate.
 bool triangulate_outline(Outline& outline, const PairSet& taken) {
     if (!project(outline)) {
         make_fan(outline);
@@ -111,7 +111,7 @@ bool triangulate_outline(Outline& outline, const PairSet& taken) {
     return is_sound && has_area(outline);
 }
 
-/// Joins the vertices at the ends of the polygon's diagonals.
+/// Adds the polygon's diagonals to the set of joined vertex pairs.
 void take_diagonals(const Outline& outline, PairSet& taken) {
     const std::uint32_t n = static_cast<std::uint32_t>(outline.ids.size());
     for (std::size_t i = 0; i < outline.triangles.size(); ++i) {
