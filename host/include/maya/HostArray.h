@@ -1,7 +1,7 @@
-/// What the array classes of the interface share. Elements are numbered from 0 and access by index
-/// is not checked. Shrinking (`clear`, `setLength`, `remove`) keeps the memory, so an array that is
-/// filled over and over stops allocating once it has grown. An operation that cannot get memory
-/// fails with kInsufficientMemory and leaves the array as it was.
+/// Base of the public array classes. Indices start at 0; access by index is not range-checked.
+/// `clear`, `setLength` and `remove` keep the allocated memory, so an array that is refilled
+/// repeatedly stops allocating. An operation that runs out of memory returns kInsufficientMemory
+/// and leaves the array unchanged.
 #pragma once
 
 #include <maya/MStatus.h>
@@ -17,19 +17,20 @@ public:
     T& operator[](unsigned int index) { return items_[index]; }
     unsigned int length() const { return static_cast<unsigned int>(items_.size()); }
 
-    /// Replaces one element; kInvalidParameter outside the array.
+    /// Replaces an element.
+    /// Errors: kInvalidParameter if the index is out of range.
     MStatus set(const T& element, unsigned int index);
-    /// New elements are zero or empty.
+    /// Additional elements are zero or empty.
     MStatus setLength(unsigned int length);
     MStatus append(const T& element);
-    /// Puts an element before `index` (the length itself is allowed).
+    /// Inserts an element before `index`, which may equal the length.
     MStatus insert(const T& element, unsigned int index);
     MStatus remove(unsigned int index);
     MStatus clear();
-    /// Copies all elements into a buffer of at least `length()` elements.
+    /// Copies all elements into a buffer with room for `length()` elements.
     MStatus get(T values[]) const;
 
-    /// How many elements more than needed an array asks for when it grows; a hint.
+    /// Number of spare elements to allocate when the array grows; a hint.
     void setSizeIncrement(unsigned int increment) { increment_ = increment; }
     unsigned int sizeIncrement() const { return increment_; }
 

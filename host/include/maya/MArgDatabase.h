@@ -1,4 +1,4 @@
-/// An argument parser that also resolves names to things in the scene.
+/// An argument parser that also resolves names to nodes, plugs and components.
 #pragma once
 
 #include <maya/MArgParser.h>

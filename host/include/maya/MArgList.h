@@ -1,4 +1,4 @@
-/// The arguments of a command as they were typed, flags included, one text each.
+/// The arguments of a command as typed, flags included, one string each.
 #pragma once
 
 #include <maya/MStatus.h>
@@ -15,7 +15,7 @@ public:
     ~MArgList();
 
     unsigned int length(MStatus* ReturnStatus = NULL) const;
-    /// Fail outside the list and when the text is not of the kind asked for.
+    /// Fail if the index is out of range or the argument cannot be converted.
     bool asBool(unsigned int index, MStatus* ReturnStatus = NULL) const;
     int asInt(unsigned int index, MStatus* ReturnStatus = NULL) const;
     double asDouble(unsigned int index, MStatus* ReturnStatus = NULL) const;
@@ -25,7 +25,7 @@ public:
     MStatus addArg(bool arg);
     MStatus addArg(int arg);
     MStatus addArg(double arg);
-    /// Where a flag stands; kInvalidArgIndex when it is not there. Names with or without the dash.
+    /// Position of a flag, kInvalidArgIndex if it is absent. Flag names may omit the dash.
     unsigned int flagIndex(const char* flag, const char* flagLong = NULL) const;
 
 private:

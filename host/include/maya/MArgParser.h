@@ -1,6 +1,5 @@
-/// Reads an argument list by a syntax. An unknown or repeated flag, an argument that is missing, of
-/// the wrong type or too many: the constructor's status fails and the user has seen a line that
-/// says what was wrong.
+/// Parses an argument list according to a syntax. The constructor fails, after reporting the error
+/// to the user, on an unknown or repeated flag and on missing, surplus or mistyped arguments.
 #pragma once
 
 #include <maya/MArgList.h>
@@ -18,21 +17,21 @@ public:
     MArgParser& operator=(const MArgParser& other);
     virtual ~MArgParser();
 
-    /// By short or long name, with or without the dash.
+    /// `flag`: short or long name, with or without the dash.
     bool isFlagSet(const char* flag, MStatus* ReturnStatus = NULL) const;
     bool isEdit(MStatus* ReturnStatus = NULL) const;
     bool isQuery(MStatus* ReturnStatus = NULL) const;
     unsigned int numberOfFlagsUsed() const;
     unsigned int numberOfFlagUses(const char* flag) const;
 
-    /// The argument of a flag's first use. Fails and leaves the result alone when the flag was not
-    /// used, has no such argument, or when the types do not go together.
+    /// Reads argument `index` of a flag's first use. Fails, with `result` unchanged, if the flag
+    /// was not used, has no such argument, or has one of another type.
     MStatus getFlagArgument(const char* flag, unsigned int index, bool& result) const;
     MStatus getFlagArgument(const char* flag, unsigned int index, int& result) const;
     MStatus getFlagArgument(const char* flag, unsigned int index, double& result) const;
     MStatus getFlagArgument(const char* flag, unsigned int index, MString& result) const;
     MStatus getFlagArgument(const char* flag, unsigned int index, unsigned int& result) const;
-    /// The argument list of the n-th use.
+    /// The arguments of a flag's use number `index`.
     MStatus getFlagArgumentList(const char* flag, unsigned int index, MArgList& args) const;
 
     MStatus getCommandArgument(unsigned int index, bool& result) const;

@@ -1,4 +1,4 @@
-/// A place in a node's data block that holds an array: a cursor over its elements.
+/// A handle to an array attribute in a node's data block: a cursor over the array's elements.
 #pragma once
 
 #include <maya/MDataHandle.h>
@@ -10,18 +10,18 @@ public:
     MArrayDataHandle& operator=(const MArrayDataHandle& other);
     ~MArrayDataHandle();
 
-    /// The element at the cursor; inputValue brings it up to date first.
+    /// The current element; inputValue evaluates it first.
     MDataHandle inputValue(MStatus* ReturnStatus = NULL);
     MDataHandle outputValue(MStatus* ReturnStatus = NULL);
 
-    /// Past the last element it fails with kFailure.
+    /// Errors: kFailure past the last element.
     MStatus next();
     unsigned int elementCount(MStatus* ReturnStatus = NULL);
-    /// Logical index of the element at the cursor.
+    /// Logical index of the current element.
     unsigned int elementIndex(MStatus* ReturnStatus = NULL);
-    /// By logical index; fails when there is no such element.
+    /// Moves to an element by logical index; fails if it does not exist.
     MStatus jumpToElement(unsigned int index);
-    /// By physical index.
+    /// Moves to an element by physical index.
     MStatus jumpToArrayElement(unsigned int position);
     MStatus setClean();
     MStatus setAllClean();

@@ -1,5 +1,4 @@
-/// An array of callback ids.
-/// What all arrays have in common stands in HostArray.h.
+/// An array of callback ids. See HostArray.h for members common to all arrays.
 #pragma once
 
 #include <maya/HostArray.h>
@@ -15,6 +14,6 @@ public:
     ~MCallbackIdArray();
     MCallbackIdArray& operator=(const MCallbackIdArray& other);
 
-    /// Makes this array equal to another.
+    /// Replaces the contents by those of `source`.
     MStatus copy(const MCallbackIdArray& source);
 };

@@ -1,4 +1,4 @@
-/// In what circumstances the graph is evaluated. This host knows the normal context only: now.
+/// The context of a graph evaluation. This host supports only the normal context: the current time.
 #pragma once
 
 #include <maya/MStatus.h>

@@ -1,7 +1,7 @@
-/// Records changes of the dependency graph and carries them out. `doIt` does what was recorded
-/// since the last time, so rounds of recording and doing add up; `undoIt` takes all of it back; a
-/// `doIt` after that does everything again. A failing `doIt` leaves done what was done before the
-/// failure. A modifier that is destroyed neither undoes nor does anything.
+/// Records changes of the dependency graph and applies them. `doIt` applies the changes recorded
+/// since the previous call, so calls accumulate; `undoIt` reverts all applied changes; `doIt` then
+/// applies all of them again. If `doIt` fails, the changes before the failing one remain applied.
+/// Destroying a modifier does not undo its changes.
 #pragma once
 
 #include <maya/MObject.h>
@@ -23,14 +23,14 @@ public:
     MDGModifier();
     virtual ~MDGModifier();
 
-    /// A node that is usable at once (its plugs, its values) and joins the graph with `doIt`. DAG
-    /// types fail: they need an MDagModifier.
+    /// Creates a node that can be used at once (plugs, values) but enters the graph with `doIt`.
+    /// Fails for DAG types, which need an MDagModifier.
     MObject createNode(const MTypeId& typeId, MStatus* ReturnStatus = NULL);
     MObject createNode(const MString& type, MStatus* ReturnStatus = NULL);
     MStatus deleteNode(const MObject& node);
     MStatus renameNode(const MObject& node, const MString& newName);
 
-    /// The destination must be free by the time this is done.
+    /// `dest` must not be connected when `doIt` runs.
     MStatus connect(const MPlug& source, const MPlug& dest);
     MStatus connect(const MObject& sourceNode, const MObject& sourceAttr, const MObject& destNode,
                     const MObject& destAttr);

@@ -1,4 +1,4 @@
-/// Records changes of the hierarchy besides those of the dependency graph.
+/// Extends MDGModifier by changes of the DAG hierarchy.
 #pragma once
 
 #include <maya/MDGModifier.h>
@@ -8,13 +8,13 @@ public:
     MDagModifier();
     ~MDagModifier() override;
 
-    /// Below `parent`, at the top level without one. A shape without a parent gets a transform, and
-    /// that is what is returned.
+    /// Creates a node below `parent`, or at the top level if null. A shape without a parent gets a
+    /// new transform; the transform is returned.
     MObject createNode(const MString& type, const MObject& parent = MObject::kNullObj,
                        MStatus* ReturnStatus = NULL);
     MObject createNode(const MTypeId& typeId, const MObject& parent = MObject::kNullObj,
                        MStatus* ReturnStatus = NULL);
-    /// Null: to the top level, where shapes cannot go.
+    /// A null parent moves the node to the top level, which fails for shapes.
     MStatus reparentNode(const MObject& node, const MObject& newParent = MObject::kNullObj);
 
 private:

@@ -1,5 +1,5 @@
-/// The way from the world down to a DAG node. One shape may be reached by several paths; world
-/// space means: through this one. Methods on an invalid path fail.
+/// A path from the world to a DAG node. An instanced node has several paths; world space is
+/// relative to one of them. Methods of an invalid path fail.
 #pragma once
 
 #include <maya/MMatrix.h>
@@ -11,49 +11,52 @@
 
 class MHOST_EXPORT MDagPath {
 public:
-    /// An invalid path.
+    /// Constructs an invalid path.
     MDagPath();
     MDagPath(const MDagPath& other);
     MDagPath& operator=(const MDagPath& other);
     ~MDagPath();
 
     bool isValid(MStatus* ReturnStatus = NULL) const;
-    /// Type of the node at the end.
+    /// Type of the path's last node.
     MFn::Type apiType(MStatus* ReturnStatus = NULL) const;
     bool hasFn(MFn::Type type, MStatus* ReturnStatus = NULL) const;
     MObject node(MStatus* ReturnStatus = NULL) const;
     /// The lowest transform on the path.
     MObject transform(MStatus* ReturnStatus = NULL) const;
-    /// Number of nodes on the path, the world not counted.
+    /// Number of nodes on the path, without the world.
     unsigned int length(MStatus* ReturnStatus = NULL) const;
 
-    /// Goes down to the only shape right below a transform; does nothing at a shape. Several
-    /// shapes, hidden ones included, or none: kFailure, and the path stays.
+    /// Extends the path by the only shape directly below its last transform; no effect if it
+    /// already ends at a shape.
+    /// Errors: kFailure if there is no shape or more than one, including hidden shapes; the path is
+    ///         unchanged.
     MStatus extendToShape();
     MStatus extendToShapeDirectlyBelow(unsigned int index);
     MStatus numberOfShapesDirectlyBelow(unsigned int& count) const;
     unsigned int childCount(MStatus* ReturnStatus = NULL) const;
     MObject child(unsigned int index, MStatus* ReturnStatus = NULL) const;
-    /// Adds a child of the end node to the path; removes nodes from its end.
+    /// `push` appends a child of the last node; `pop` removes nodes from the end.
     MStatus push(const MObject& child);
     MStatus pop(unsigned int count = 1);
 
     /// "|group|shape".
     MString fullPathName(MStatus* ReturnStatus = NULL) const;
-    /// As short as it can be while it still names this path only: "shape", "group|shape".
+    /// The shortest unique name of this path: "shape" or "group|shape".
     MString partialPathName(MStatus* ReturnStatus = NULL) const;
 
-    /// Object to world: with the end node's own matrix when it is a transform, or without.
+    /// Matrix from object space to world space; `inclusiveMatrix` includes the last node if it is a
+    /// transform, `exclusiveMatrix` does not.
     MMatrix inclusiveMatrix(MStatus* ReturnStatus = NULL) const;
     MMatrix exclusiveMatrix(MStatus* ReturnStatus = NULL) const;
 
     bool operator==(const MDagPath& other) const;
     bool operator!=(const MDagPath& other) const;
 
-    /// Any path to a DAG node; fails for everything else and leaves `path` alone.
+    /// Finds a path to a DAG node; fails for other objects and leaves `path` unchanged.
     static MStatus getAPathTo(const MObject& node, MDagPath& path);
 
-    /// For the host's own code: the nodes from the top level down.
+    /// Internal: constructs a path from its nodes, top level first.
     explicit MDagPath(const std::vector<MObject>& nodes);
     const std::vector<MObject>& host_nodes() const { return nodes_; }
 

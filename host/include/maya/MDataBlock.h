@@ -1,4 +1,4 @@
-/// The values of one node, as its compute sees them.
+/// The data of one node during compute.
 #pragma once
 
 #include <maya/MArrayDataHandle.h>
@@ -12,10 +12,10 @@ public:
     MDataBlock& operator=(const MDataBlock& other);
     ~MDataBlock();
 
-    /// Valid for reading: evaluates what feeds the attribute, if anything does.
+    /// Handle for reading; evaluates the attribute if it is connected and dirty.
     MDataHandle inputValue(const MPlug& plug, MStatus* ReturnStatus = NULL);
     MDataHandle inputValue(const MObject& attribute, MStatus* ReturnStatus = NULL);
-    /// For writing: evaluates nothing; holds what was there before.
+    /// Handle for writing; does not evaluate, and holds the previous value.
     MDataHandle outputValue(const MPlug& plug, MStatus* ReturnStatus = NULL);
     MDataHandle outputValue(const MObject& attribute, MStatus* ReturnStatus = NULL);
     MArrayDataHandle inputArrayValue(const MPlug& plug, MStatus* ReturnStatus = NULL);
@@ -29,7 +29,7 @@ public:
     bool isClean(const MObject& attribute, MStatus* ReturnStatus = NULL);
     MDGContext context(MStatus* ReturnStatus = NULL);
 
-    /// For the host's own code.
+    /// Internal.
     explicit MDataBlock(const MObject& node);
 
 private:

@@ -1,5 +1,5 @@
-/// A place in a node's data block. Handles must not outlive the compute that asked for them. There
-/// is no conversion between types: the accessor must be that of the attribute.
+/// A handle to an attribute's value in a data block; valid only during the compute that requested
+/// it. Accessors do not convert: use the one for the attribute's type.
 #pragma once
 
 #include <maya/MFnData.h>
@@ -31,20 +31,20 @@ public:
     MFnNumericData::Type numericType() const;
     MObject attribute();
 
-    /// References into the block.
+    /// References to the stored value.
     bool& asBool() const;
     char& asChar() const;
     short& asShort() const;
     int& asInt() const;
     float& asFloat() const;
     double& asDouble() const;
-    /// Empty when nobody set a text.
+    /// Empty if no string was set.
     MString& asString() const;
-    /// The mesh in the block, for the mesh function set and the iterators; null while there is
-    /// none. Edits through it change the block.
+    /// The stored mesh, for MFnMesh and the mesh iterators; null if there is none. Changing it
+    /// changes the data block.
     MObject asMesh() const;
     MMatrix& asMatrix() const;
-    /// Data that is an object: meshes, matrices, texts.
+    /// Data objects: meshes, matrices, strings.
     MObject data();
 
     void setBool(bool value);
@@ -54,7 +54,7 @@ public:
     void setFloat(float value);
     void setDouble(double value);
     void setString(const MString& value);
-    /// The block gets a copy of the data.
+    /// Stores a copy of the data object.
     MStatus setMObject(const MObject& value);
     void set3Float(float x, float y, float z);
     void set3Double(double x, double y, double z);
@@ -73,10 +73,10 @@ public:
 
     MStatus copy(const MDataHandle& source);
     MDataHandle child(const MObject& attribute) const;
-    /// The value is up to date now.
+    /// Marks the value as up to date.
     void setClean();
 
-    /// For the host's own code.
+    /// Internal.
     explicit MDataHandle(host::graph::Slot* slot);
     host::graph::Slot* host_slot() const { return slot_; }
 

@@ -1,5 +1,4 @@
-/// An array of double precision numbers.
-/// What all arrays have in common stands in HostArray.h.
+/// An array of double precision numbers. See HostArray.h for members common to all arrays.
 #pragma once
 
 #include <maya/HostArray.h>
@@ -10,11 +9,11 @@ class MHOST_EXPORT MDoubleArray : public host::Array<double> {
 public:
     MDoubleArray();
     MDoubleArray(const MDoubleArray& other);
-    /// `initialSize` elements of one value.
+    /// `initialSize` copies of one value.
     MDoubleArray(unsigned int initialSize, double initialValue = 0.0);
     ~MDoubleArray();
     MDoubleArray& operator=(const MDoubleArray& other);
 
-    /// Makes this array equal to another.
+    /// Replaces the contents by those of `source`.
     MStatus copy(const MDoubleArray& source);
 };

@@ -1,5 +1,5 @@
-/// An array of single precision numbers, such as the u or v values of a UV set. The common
-/// behaviour of arrays stands in HostArray.h.
+/// An array of single precision numbers, such as the u or v values of a UV set. See HostArray.h for
+/// members common to all arrays.
 #pragma once
 
 #include <maya/HostArray.h>
@@ -10,11 +10,11 @@ class MHOST_EXPORT MFloatArray : public host::Array<float> {
 public:
     MFloatArray();
     MFloatArray(const MFloatArray& other);
-    /// `initialSize` elements of one value.
+    /// `initialSize` copies of one value.
     MFloatArray(unsigned int initialSize, float initialValue = 0.0f);
     ~MFloatArray();
     MFloatArray& operator=(const MFloatArray& other);
 
-    /// Makes this array equal to another.
+    /// Replaces the contents by those of `source`.
     MStatus copy(const MFloatArray& source);
 };

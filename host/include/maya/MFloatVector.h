@@ -13,7 +13,7 @@ public:
 
     MFloatVector() = default;
     MFloatVector(float xx, float yy, float zz = 0.0f) : x(xx), y(yy), z(zz) {}
-    MFloatVector(const MVector& other); ///< narrows each number
+    MFloatVector(const MVector& other); ///< rounds each component
 
     float operator[](unsigned int index) const { return index == 0 ? x : (index == 1 ? y : z); }
     float& operator[](unsigned int index) { return index == 0 ? x : (index == 1 ? y : z); }
@@ -30,7 +30,7 @@ public:
     MFloatVector& operator+=(const MFloatVector& b) { return *this = *this + b; }
     MFloatVector& operator-=(const MFloatVector& b) { return *this = *this - b; }
 
-    /// Dot product, and cross product.
+    /// operator* is the dot product, operator^ the cross product.
     float operator*(const MFloatVector& b) const { return x * b.x + y * b.y + z * b.z; }
     MFloatVector operator^(const MFloatVector& b) const {
         return MFloatVector(y * b.z - z * b.y, z * b.x - x * b.z, x * b.y - y * b.x);
@@ -41,7 +41,7 @@ public:
     bool isEquivalent(const MFloatVector& other, float tolerance = 1.0e-5f) const;
 
     float length() const;
-    /// The vector at unit length; a vector of length zero stays as it is.
+    /// The unit vector; a zero vector is returned unchanged.
     MFloatVector normal() const;
     MStatus normalize();
 };

@@ -1,5 +1,4 @@
-/// An array of single precision vectors.
-/// What all arrays have in common stands in HostArray.h.
+/// An array of single precision vectors. See HostArray.h for members common to all arrays.
 #pragma once
 
 #include <maya/HostArray.h>
@@ -11,11 +10,11 @@ class MHOST_EXPORT MFloatVectorArray : public host::Array<MFloatVector> {
 public:
     MFloatVectorArray();
     MFloatVectorArray(const MFloatVectorArray& other);
-    /// `initialSize` elements of one value.
+    /// `initialSize` copies of one value.
     MFloatVectorArray(unsigned int initialSize, const MFloatVector& initialValue = MFloatVector());
     ~MFloatVectorArray();
     MFloatVectorArray& operator=(const MFloatVectorArray& other);
 
-    /// Makes this array equal to another.
+    /// Replaces the contents by those of `source`.
     MStatus copy(const MFloatVectorArray& source);
 };

@@ -1,5 +1,5 @@
-/// Names for the kinds of host objects. Numbers differ between versions of the host: use the names
-/// only and never store a number in a file.
+/// Type identifiers of host objects and function sets. Their numeric values differ between versions
+/// of the application: never store them in a file.
 #pragma once
 
 #include <maya/MTypes.h>

@@ -1,5 +1,5 @@
-/// Base of the function sets for attributes. The setters are meant for the time between making an
-/// attribute and adding it to a node type.
+/// Base of the function sets for attributes. Setters must be called before the attribute is added
+/// to a node type.
 #pragma once
 
 #include <maya/MFnBase.h>
@@ -16,7 +16,7 @@ public:
 
     MString name(MStatus* ReturnStatus = NULL) const;
     MString shortName(MStatus* ReturnStatus = NULL) const;
-    /// The compound it is a component of; null for others.
+    /// The compound that contains this attribute; null if there is none.
     MObject parent(MStatus* ReturnStatus = NULL) const;
 
     bool isReadable(MStatus* ReturnStatus = NULL) const;
@@ -29,9 +29,10 @@ public:
     bool isHidden(MStatus* ReturnStatus = NULL) const;
     bool isDynamic(MStatus* ReturnStatus = NULL) const;
 
-    /// Readable, writable, connectable, storable and cached start true, the others false.
+    /// Defaults: readable, writable, connectable, storable and cached are true, all others false.
     MStatus setReadable(bool state);
-    MStatus setWritable(bool state); ///< false: can be neither set nor fed by a connection
+    MStatus setWritable(
+        bool state); ///< false: the plug can neither be set nor be the destination of a connection
     MStatus setConnectable(bool state);
     MStatus setStorable(bool state);
     MStatus setCached(bool state);

@@ -1,5 +1,5 @@
-/// Base of the function sets. A function set is attached to an object and works on it; its methods
-/// fail when nothing is attached or when the object is of another kind.
+/// Base of the function sets. A function set is attached to an object and operates on it; its
+/// methods fail if it is not attached or if the object has an incompatible type.
 #pragma once
 
 #include <maya/MObject.h>
@@ -10,21 +10,21 @@ public:
     MFnBase();
     virtual ~MFnBase();
 
-    /// The kind of objects this function set works on.
+    /// The object type that this function set operates on.
     virtual MFn::Type type() const;
     /// Whether this function set could be attached to the object.
     bool hasObj(const MObject& object) const;
     bool hasObj(MFn::Type type) const;
 
     MObject object(MStatus* ReturnStatus = NULL) const;
-    /// Attaches; on failure nothing is attached.
+    /// Attaches to an object; on failure the function set is detached.
     virtual MStatus setObject(MObject& object);
     MStatus setObject(const MObject& object);
 
 protected:
     MFnBase(const MFnBase& other);
     MFnBase& operator=(const MFnBase& other);
-    /// What a function set demands beyond the type; kSuccess when the object will do.
+    /// Additional checks of derived function sets; kSuccess if `object` is acceptable.
     virtual MStatus accepts(const MObject& object) const;
     MStatus attach(const MObject& object, const char* point);
 

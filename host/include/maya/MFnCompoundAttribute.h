@@ -1,4 +1,4 @@
-/// Function set for attributes that are made of other attributes.
+/// Function set for attributes that have child attributes.
 #pragma once
 
 #include <maya/MFnAttribute.h>

@@ -1,4 +1,4 @@
-/// Function set for nodes of the DAG: transforms and shapes.
+/// Function set for DAG nodes: transforms and shapes.
 #pragma once
 
 #include <maya/MDagPath.h>
@@ -15,34 +15,36 @@ public:
     MFn::Type type() const override;
     using MFnBase::setObject;
     MStatus setObject(MObject& object) override;
-    /// Attaches to the node at the end of a path; world space is then available.
+    /// Attaches to the path's last node; world space is then available.
     virtual MStatus setObject(const MDagPath& path);
 
     unsigned int parentCount(MStatus* ReturnStatus = NULL) const;
     MObject parent(unsigned int index, MStatus* ReturnStatus = NULL) const;
     unsigned int childCount(MStatus* ReturnStatus = NULL) const;
     MObject child(unsigned int index, MStatus* ReturnStatus = NULL) const;
-    /// The node's own transformation; the identity for a shape.
+    /// The node's local transformation; the identity for a shape.
     MMatrix transformationMatrix(MStatus* ReturnStatus = NULL) const;
 
-    /// A path to the node: always found for a DAG node, never for data objects.
+    /// A path to the node. Succeeds for every DAG node and fails for data objects.
     MStatus getPath(MDagPath& path) const;
-    /// The path this function set was attached with; fails when it was attached without one.
+    /// The path this function set was attached with; fails if it was attached without one.
     MDagPath dagPath(MStatus* ReturnStatus = NULL) const;
     MString fullPathName(MStatus* ReturnStatus = NULL) const;
-    /// As short as it can be while it still names the node.
+    /// The shortest unique name of the node's path.
     MString partialPathName(MStatus* ReturnStatus = NULL) const;
 
     using MFnDependencyNode::create;
-    /// A new node below `parent`; a shape without a parent gets a transform, which is returned.
+    /// Creates a node below `parent`. A shape without a parent gets a new transform; the transform
+    /// is returned.
     MObject create(const MString& type, const MString& name, MObject& parent = MObject::kNullObj,
                    MStatus* ReturnStatus = NULL);
-    /// Copies the node and what is below it, without connections, beside the original. A shape gets
-    /// a transform of its own, which is returned. Vertex tweaks of meshes stay behind: the copy has
-    /// the shape's geometry without them (docs/decisions/duplicate-and-tweaks.md).
+    /// Copies the node and everything below it, without connections, next to the original. A shape
+    /// is copied with a new transform, which is returned. Vertex tweaks of meshes are not copied:
+    /// the copy has the untweaked geometry (docs/decisions/duplicate-and-tweaks.md).
     MObject duplicate(bool instance = false, bool instanceLeaf = false,
                       MStatus* ReturnStatus = NULL) const;
-    /// Hidden shapes that only feed a history. At once, and not undoable by itself.
+    /// Intermediate objects are hidden shapes that only feed construction history. Takes effect at
+    /// once and is not undoable by itself.
     MStatus setIntermediateObject(bool isIntermediate);
     bool isIntermediateObject(MStatus* ReturnStatus = NULL) const;
     bool hasParent(const MObject& node, MStatus* ReturnStatus = NULL) const;

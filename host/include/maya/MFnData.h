@@ -1,4 +1,4 @@
-/// Base of the function sets for data: the values that travel along connections.
+/// Base of the function sets for data: values that travel along connections.
 #pragma once
 
 #include <maya/MFnBase.h>

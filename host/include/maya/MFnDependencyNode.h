@@ -1,5 +1,5 @@
-/// Function set for nodes of the dependency graph. Data objects may be attached through derived
-/// function sets; what needs a node then fails.
+/// Function set for dependency nodes. Derived function sets may be attached to data objects;
+/// methods that require a node then fail.
 #pragma once
 
 #include <maya/MFnBase.h>
@@ -19,24 +19,24 @@ public:
 
     MFn::Type type() const override;
 
-    /// The node's name without any path; fails on data objects.
+    /// The node's name without a path; fails on data objects.
     MString name(MStatus* ReturnStatus = NULL) const;
-    /// The name of the node's type in ASCII scene files.
+    /// The node's type name in ASCII scene files.
     MString typeName(MStatus* ReturnStatus = NULL) const;
     MTypeId typeId(MStatus* ReturnStatus = NULL) const;
-    /// Gives the name that the node really got.
+    /// Renames the node and returns the name actually given.
     MString setName(const MString& name, MStatus* ReturnStatus = NULL);
-    /// The plug-in's instance; NULL for the host's own nodes.
+    /// The plug-in's instance; NULL for built-in nodes.
     MPxNode* userNode(MStatus* ReturnStatus = NULL) const;
 
-    /// A new node in the scene; what is made through a running command is taken back with it.
+    /// Creates a node in the scene. If a command is running, undo of the command deletes the node.
     MObject create(const MString& type, MStatus* ReturnStatus = NULL);
     MObject create(const MTypeId& typeId, MStatus* ReturnStatus = NULL);
 
     unsigned int attributeCount(MStatus* ReturnStatus = NULL) const;
-    /// In order of addition, those of the type first.
+    /// Attributes are numbered in order of addition; those of the type come before dynamic ones.
     MObject attribute(unsigned int index, MStatus* ReturnStatus = NULL) const;
-    /// By long or short name; the null object and a failure when there is none.
+    /// Finds an attribute by long or short name; null and a failure if there is none.
     MObject attribute(const MString& attrName, MStatus* ReturnStatus = NULL) const;
     bool hasAttribute(const MString& name, MStatus* ReturnStatus = NULL) const;
     MStatus addAttribute(const MObject& attribute);
@@ -45,7 +45,7 @@ public:
                    MStatus* ReturnStatus = NULL) const;
     MPlug findPlug(const MObject& attribute, bool wantNetworkedPlug,
                    MStatus* ReturnStatus = NULL) const;
-    /// All connections of the node, as plugs of it.
+    /// All plugs of the node that have connections.
     MStatus getConnections(MPlugArray& array) const;
 
     bool isDefaultNode(MStatus* ReturnStatus = NULL) const;

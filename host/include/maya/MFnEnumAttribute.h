@@ -1,4 +1,4 @@
-/// Function set for attributes that choose one of several named values.
+/// Function set for attributes whose value is one of several named integers.
 #pragma once
 
 #include <maya/MFnAttribute.h>

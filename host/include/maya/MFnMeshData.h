@@ -1,5 +1,5 @@
-/// Function set for mesh data: a mesh that lives in a data block or travels along a connection.
-/// What is inside is worked on with MFnMesh and the mesh iterators.
+/// Function set for mesh data: a mesh in a data block or on a connection. Use MFnMesh and the mesh
+/// iterators for its contents.
 #pragma once
 
 #include <maya/MFnData.h>
@@ -13,6 +13,6 @@ public:
 
     MFn::Type type() const override;
 
-    /// Makes mesh data that holds no geometry yet and attaches to it.
+    /// Creates mesh data without geometry and attaches to it.
     MObject create(MStatus* ReturnStatus = NULL);
 };

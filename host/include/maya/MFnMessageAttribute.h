@@ -1,4 +1,4 @@
-/// Function set for attributes that carry no value and only say that two nodes belong together.
+/// Function set for message attributes: they have no value; a connection only relates two nodes.
 #pragma once
 
 #include <maya/MFnAttribute.h>

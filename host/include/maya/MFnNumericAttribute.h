@@ -1,4 +1,4 @@
-/// Function set for attributes that are numbers, or vectors of numbers.
+/// Function set for attributes that are numbers or vectors of numbers.
 #pragma once
 
 #include <maya/MFnAttribute.h>
@@ -13,11 +13,11 @@ public:
 
     MFn::Type type() const override;
 
-    /// Makes an attribute and attaches to it. Vectors get components named like the attribute with
+    /// Creates an attribute and attaches to it. The components of a vector are named after it, with
     /// 0, 1, 2 appended.
     MObject create(const MString& fullName, const MString& briefName, MFnNumericData::Type unitType,
                    double defaultValue = 0.0, MStatus* ReturnStatus = NULL);
-    /// A vector of three named components; the third may be missing.
+    /// Creates a vector from two or three existing component attributes.
     MObject create(const MString& fullName, const MString& briefName, const MObject& child1,
                    const MObject& child2, const MObject& child3 = MObject::kNullObj,
                    MStatus* ReturnStatus = NULL);

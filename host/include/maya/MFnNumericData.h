@@ -1,4 +1,4 @@
-/// Function set for vectors of numbers as data, and the names of the numeric types.
+/// Function set for pairs and triples of numbers as data; also defines the numeric types.
 #pragma once
 
 #include <maya/MFnData.h>
@@ -36,11 +36,11 @@ public:
 
     MFn::Type type() const override;
 
-    /// Makes data of a pair or triple type, all zero, and attaches to it.
+    /// Creates data of a pair or triple type, initialized to zero, and attaches to it.
     MObject create(MFnNumericData::Type dataType, MStatus* ReturnStatus = NULL);
     MFnNumericData::Type numericType(MStatus* ReturnStatus = NULL) const;
 
-    /// The number of values and their type must be those of the data.
+    /// Fail unless the number of values and their type match the data.
     MStatus getData(short& value0, short& value1);
     MStatus getData(int& value0, int& value1);
     MStatus getData(float& value0, float& value1);

@@ -1,6 +1,7 @@
-/// What a plug-in tells the host about itself, from its two entry points. Include this header in
-/// exactly one source of a plug-in: it emits the symbol that says which interface the plug-in was
-/// built with. Others define MNoVersionString first.
+/// Registration of a plug-in's commands, nodes and menu items, called from its two entry points.
+/// Include this header in exactly one source file of a plug-in: it defines the symbol that holds
+/// the interface version the plug-in was built with. Other files must define MNoVersionString
+/// before including it.
 #pragma once
 
 #include <maya/MFnBase.h>
@@ -17,7 +18,7 @@ PLUGIN_EXPORT char MApiVersion[] = MHOST_VERSION_TEXT(MAYA_API_VERSION);
 #endif
 
 #ifndef MNoPluginEntry
-/// Called after loading and before unloading. A failure makes the host give the plug-in up.
+/// Called after loading and before unloading.
 PLUGIN_EXPORT MStatus initializePlugin(MObject object);
 PLUGIN_EXPORT MStatus uninitializePlugin(MObject object);
 #endif
@@ -38,30 +39,30 @@ public:
     MString version(MStatus* ReturnStatus = NULL) const;
     MString apiVersion(MStatus* ReturnStatus = NULL) const;
     MString name(MStatus* ReturnStatus = NULL) const;
-    /// The directory that the library was loaded from.
+    /// The directory of the plug-in's library.
     MString loadPath(MStatus* ReturnStatus = NULL) const;
     MStatus setName(const MString& name, bool allowRename = true);
     MStatus setVersion(const MString& version);
 
-    /// Fails when the name is taken. The command goes with the plug-in.
+    /// Fails if the name is taken. Unloading the plug-in removes the command.
     MStatus registerCommand(const MString& commandName, MCreatorFunction creatorFunction,
                             MCreateSyntaxFunction createSyntaxFunction = NULL);
     MStatus deregisterCommand(const MString& commandName);
-    /// Fails when name or id are taken, or with the status of the initializer.
+    /// Fails if the name or id is taken, or with the status of the initializer.
     MStatus registerNode(const MString& typeName, const MTypeId& typeId,
                          MCreatorFunction creatorFunction, MInitializeFunction initFunction,
                          MPxNode::Type type = MPxNode::kDependNode,
                          const MString* classification = NULL);
-    /// Nodes that exist become unknown ones: they keep their values and compute nothing.
+    /// Existing nodes become unknown nodes: they keep their values and compute nothing.
     MStatus deregisterNode(const MTypeId& typeId);
 
-    /// Script procedures to be run after loading and before unloading; the second pair is used when
-    /// there is no user interface. Empty: none.
+    /// Names of script procedures to run after loading and before unloading; the second pair is
+    /// used in batch mode. Empty: no procedure.
     MStatus registerUI(const MString& creationProc, const MString& deletionProc,
                        const MString& creationBatchProc = "",
                        const MString& deletionBatchProc = "");
-    /// Adds an item to a menu, and an option box to the item when asked for. Gives the names of
-    /// what was made, also when a later part failed.
+    /// Adds an item to a menu, optionally with an option box. Returns the names of the items
+    /// created, even if a later step failed.
     MStringArray addMenuItem(const MString& menuItemName, const MString& parentName,
                              const MString& commandName, const MString& commandParams,
                              bool needOptionBox = false, const MString* optBoxFunction = NULL,

@@ -1,4 +1,4 @@
-/// Function set for texts as data.
+/// Function set for strings as data.
 #pragma once
 
 #include <maya/MFnData.h>

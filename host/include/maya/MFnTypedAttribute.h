@@ -1,4 +1,4 @@
-/// Function set for attributes that hold data: texts, meshes, matrices.
+/// Function set for attributes that hold data: strings, meshes, matrices.
 #pragma once
 
 #include <maya/MFnAttribute.h>
@@ -14,8 +14,8 @@ public:
 
     MFn::Type type() const override;
 
-    /// Makes an attribute and attaches to it. Data types that this host does not know fail with
-    /// kNotImplemented.
+    /// Creates an attribute and attaches to it.
+    /// Errors: kNotImplemented for data types that this host does not support.
     MObject create(const MString& fullName, const MString& briefName, MFnData::Type type,
                    MObject defaultData = MObject::kNullObj, MStatus* ReturnStatus = NULL);
     MFnData::Type attrType(MStatus* ReturnStatus = NULL) const;

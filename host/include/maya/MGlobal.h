@@ -1,4 +1,4 @@
-/// The application as a whole: script commands, selection, messages.
+/// Application-wide functions: script commands, selection, messages.
 #pragma once
 
 #include <maya/MDoubleArray.h>
@@ -26,8 +26,8 @@ public:
     static bool isUndoing();
     static bool isRedoing();
 
-    /// Runs script statements at once, also from within a compute. The result forms fail when the
-    /// last statement's result cannot be converted.
+    /// Runs script statements immediately, also during compute. The forms with a result fail if the
+    /// result of the last statement cannot be converted.
     static MStatus executeCommand(const MString& command, bool displayEnabled = false,
                                   bool undoEnabled = false);
     static MStatus executeCommand(const MString& command, int& result, bool displayEnabled = false,
@@ -47,7 +47,7 @@ public:
                                               MStatus* ReturnStatus = NULL);
     static MStatus sourceFile(const MString& fileName);
 
-    /// A copy of what is selected.
+    /// Copies the active selection to `dest`.
     static MStatus getActiveSelectionList(MSelectionList& dest,
                                           bool orderedSelectionIfAvailable = false);
     static MStatus setActiveSelectionList(const MSelectionList& src,
@@ -56,11 +56,11 @@ public:
     static MStatus selectByName(const MString& name, ListAdjustment listAdjustment = kAddToList);
     static MStatus getSelectionListByName(const MString& name, MSelectionList& list);
 
-    /// Lines for the user: "// Warning: ..." and the like.
+    /// Print a line for the user, with a prefix such as "// Warning: ".
     static void displayInfo(const MString& theMessage);
     static void displayWarning(const MString& theWarning);
     static void displayError(const MString& theError);
 
-    /// At once, DAG or DG; what is below a DAG node goes too.
+    /// Deletes a node immediately; a DAG node with everything below it.
     static MStatus deleteNode(MObject& object);
 };

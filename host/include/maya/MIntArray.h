@@ -1,5 +1,5 @@
-/// An array of integers: vertex, edge, face and UV ids among them.
-/// What all arrays have in common stands in HostArray.h.
+/// An array of integers, such as vertex, edge, face or UV ids. See HostArray.h for members common
+/// to all arrays.
 #pragma once
 
 #include <maya/HostArray.h>
@@ -10,11 +10,11 @@ class MHOST_EXPORT MIntArray : public host::Array<int> {
 public:
     MIntArray();
     MIntArray(const MIntArray& other);
-    /// `initialSize` elements of one value.
+    /// `initialSize` copies of one value.
     MIntArray(unsigned int initialSize, int initialValue = 0);
     ~MIntArray();
     MIntArray& operator=(const MIntArray& other);
 
-    /// Makes this array equal to another.
+    /// Replaces the contents by those of `source`.
     MStatus copy(const MIntArray& source);
 };

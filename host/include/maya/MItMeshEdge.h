@@ -1,6 +1,6 @@
 /// Iterator over the edges of a mesh, in id order. Output arrays are overwritten and keep their
-/// memory. An edge may have any number of faces: one at a border, more than two where the surface
-/// branches. The order of connected ids means nothing.
+/// memory. An edge has one face at a border, two inside a surface, and more where the mesh is
+/// non-manifold. The order of connected ids is unspecified.
 #pragma once
 
 #include <maya/MDagPath.h>
@@ -20,12 +20,12 @@ public:
     MStatus next();
     MStatus reset();
     MStatus reset(MObject& polyObject);
-    int count(MStatus* ReturnStatus = NULL) const; ///< edges of the mesh
+    int count(MStatus* ReturnStatus = NULL) const; ///< number of edges of the mesh
 
     int index(MStatus* ReturnStatus = NULL) const; ///< id of the current edge
     /// Vertex id at end 0 or end 1 of the current edge.
     int index(int endPoint, MStatus* ReturnStatus = NULL) const;
-    /// Jumps to an edge and tells where the iterator was; fails and stays when out of range.
+    /// Moves to an edge and returns the previous position; fails without effect if out of range.
     MStatus setIndex(int index, int& prevIndex);
 
     /// Position of end 0 or end 1.
@@ -33,7 +33,7 @@ public:
                  MStatus* ReturnStatus = NULL) const;
     MStatus getLength(double& length, MSpace::Space space = MSpace::kObject) const;
 
-    /// Fills in the ids of the faces at this edge, each once, and returns how many there are.
+    /// The distinct faces at this edge; returns their number.
     int getConnectedFaces(MIntArray& faceList, MStatus* ReturnStatus = NULL) const;
     bool onBoundary(MStatus* ReturnStatus = NULL) const; ///< fewer than two faces
 

@@ -1,5 +1,5 @@
-/// Iterator over the polygons of a mesh, in id order. Out of order access is by `setIndex`. Output
-/// arrays are overwritten and keep their memory; no method allocates once they have grown.
+/// Iterator over the polygons of a mesh, in id order; `setIndex` gives random access. Output arrays
+/// are overwritten and keep their memory; once they have grown, no method allocates.
 #pragma once
 
 #include <maya/MDagPath.h>
@@ -18,9 +18,9 @@ public:
     MStatus next();
     MStatus reset();
     MStatus reset(const MObject& polyObject);
-    unsigned int count(MStatus* ReturnStatus = NULL) const; ///< polygons of the mesh
+    unsigned int count(MStatus* ReturnStatus = NULL) const; ///< number of polygons of the mesh
     unsigned int index(MStatus* ReturnStatus = NULL) const; ///< id of the current polygon
-    /// Jumps to a polygon and tells where the iterator was; fails and stays when out of range.
+    /// Moves to a polygon and returns the previous position; fails without effect if out of range.
     MStatus setIndex(int index, int& prevIndex);
 
     unsigned int polygonVertexCount(MStatus* ReturnStatus = NULL) const;
@@ -29,15 +29,15 @@ public:
     int vertexIndex(int index, MStatus* ReturnStatus = NULL) const;
     MStatus getPoints(MPointArray& points, MSpace::Space space = MSpace::kObject) const;
 
-    /// Unit normal by Newell's method; zero for a polygon without area.
+    /// Unit normal by Newell's method; zero if the polygon has no area.
     MStatus getNormal(MVector& normal, MSpace::Space space = MSpace::kObject) const;
 
-    /// A polygon of n corners always has n - 2 triangles. `hasValidTriangulation` is false when
-    /// the outline crosses itself or has no area, so that some of them overlap or are flat.
+    /// A polygon of n corners always has n - 2 triangles. `hasValidTriangulation` returns false if
+    /// some of them overlap or have no area, because the outline is self-intersecting or has no
+    /// area.
     bool hasValidTriangulation(MStatus* ReturnStatus = NULL) const;
     MStatus numTriangles(int& count) const;
-    /// Points and mesh-relative vertex ids of one triangle, of all triangles; the polygon's
-    /// winding.
+    /// Points and mesh-relative vertex ids of one or of all triangles, wound like the polygon.
     MStatus getTriangle(int localIndex, MPointArray& points, MIntArray& vertexList,
                         MSpace::Space space = MSpace::kObject) const;
     MStatus getTriangles(MPointArray& points, MIntArray& vertexList,
@@ -48,7 +48,7 @@ public:
     bool onBoundary(MStatus* ReturnStatus = NULL) const;
     bool zeroArea(MStatus* ReturnStatus = NULL) const;
 
-    /// Whether every corner of the polygon is mapped.
+    /// Whether every corner of the polygon has a UV.
     bool hasUVs(MStatus* ReturnStatus = NULL) const;
     bool hasUVs(const MString& uvSet, MStatus* ReturnStatus = NULL) const;
     MStatus getUVIndex(int vertex, int& index, const MString* uvSet = NULL) const;

@@ -1,6 +1,5 @@
 /// Iterator over the vertices of a mesh, in id order. Output arrays are overwritten and keep their
-/// memory, except where a method fails: then they stay as they were. The order of connected ids
-/// means nothing.
+/// memory; a method that fails leaves them unchanged. The order of connected ids is unspecified.
 #pragma once
 
 #include <maya/MDagPath.h>
@@ -21,14 +20,14 @@ public:
     MStatus next();
     MStatus reset();
     MStatus reset(MObject& polyObject);
-    int count(MStatus* ReturnStatus = NULL) const; ///< vertices of the mesh
+    int count(MStatus* ReturnStatus = NULL) const; ///< number of vertices of the mesh
     int index(MStatus* ReturnStatus = NULL) const; ///< id of the current vertex
-    /// Jumps to a vertex and tells where the iterator was; fails and stays when out of range.
+    /// Moves to a vertex and returns the previous position; fails without effect if out of range.
     MStatus setIndex(int index, int& prevIndex);
 
     MPoint position(MSpace::Space space = MSpace::kObject, MStatus* ReturnStatus = NULL) const;
 
-    /// Edges, faces and neighbouring vertices, each id once.
+    /// Distinct edges, faces and neighbouring vertices.
     MStatus getConnectedEdges(MIntArray& edgeList) const;
     MStatus numConnectedEdges(int& count) const;
     MStatus getConnectedFaces(MIntArray& faceList) const;
@@ -36,15 +35,15 @@ public:
     MStatus getConnectedVertices(MIntArray& vertexList) const;
     bool onBoundary(MStatus* ReturnStatus = NULL) const;
 
-    /// One entry per mapped face at the vertex (per corner, where a face comes by twice), the
-    /// three arrays aligned with each other and with `getUVIndices`; equal UVs are listed again.
-    /// Both fail when no face here is mapped or the set is unknown.
+    /// The UVs of the mapped faces at the vertex: one entry per mapped corner, so equal UVs repeat.
+    /// The three arrays are parallel to each other and to the array of `getUVIndices`. Both methods
+    /// fail if no face at the vertex is mapped or the set is unknown.
     MStatus getUVs(MFloatArray& uArray, MFloatArray& vArray, MIntArray& faceIds,
                    const MString* uvSet = NULL) const;
     MStatus getUVIndices(MIntArray& uvIndices, const MString* uvSet = NULL) const;
-    /// How many different UV ids the vertex has.
+    /// Number of distinct UV ids at the vertex.
     MStatus numUVs(int& count, const MString* uvSet = NULL) const;
-    /// The UV that all mapped faces share; fails when they do not share one.
+    /// The UV shared by all mapped faces; fails if they have different UVs.
     MStatus getUV(float2& uvPoint, const MString* uvSet = NULL) const;
     MStatus getUV(int faceId, float2& uvPoint, const MString* uvSet = NULL) const;
 

@@ -1,6 +1,6 @@
-/// Walks over a copy of a selection list, in its order. With a filter, an item of another type is
-/// searched downwards: a transform gives its shapes of the type asked for, those of the groups
-/// below it and intermediate ones included.
+/// Iterates over a copy of a selection list, in list order. With a filter, items that do not match
+/// are searched downwards: a transform yields all matching shapes below it, including intermediate
+/// objects.
 #pragma once
 
 #include <maya/MFn.h>
@@ -19,7 +19,7 @@ public:
     bool isDone(MStatus* ReturnStatus = NULL) const;
     MStatus next();
     MStatus reset();
-    /// Starts again, at the first match.
+    /// Sets the filter and restarts at the first match.
     MStatus setFilter(MFn::Type filter = MFn::kInvalid);
     ItemType itemType(MStatus* ReturnStatus = NULL) const;
     bool hasComponents(MStatus* ReturnStatus = NULL) const;

@@ -1,5 +1,5 @@
-/// A 4x4 transformation. Row-vector convention: a point p becomes p * M, the translation stands in
-/// row 3, and the sixteen numbers in memory order are what OpenGL's column vectors expect.
+/// A 4x4 transformation matrix. Row vectors: a point p is transformed to p * M, and the translation
+/// is in row 3. The memory layout is that of glLoadMatrixd.
 #pragma once
 
 #include <maya/MStatus.h>
@@ -8,7 +8,7 @@ class MHOST_EXPORT MMatrix {
 public:
     double matrix[4][4];
 
-    /// The identity.
+    /// Constructs the identity.
     MMatrix();
     MMatrix(const double values[4][4]);
     MMatrix(const float values[4][4]);
@@ -28,7 +28,7 @@ public:
     bool isEquivalent(const MMatrix& other, double tolerance = 1.0e-10) const;
 
     MMatrix transpose() const;
-    /// The identity when the matrix has no inverse.
+    /// The inverse; the identity if the matrix is singular.
     MMatrix inverse() const;
     double det4x4() const;
     MMatrix& setToIdentity();

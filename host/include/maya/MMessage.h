@@ -1,5 +1,5 @@
-/// Callbacks: what the host calls when something happens. A registration is named by an id, which
-/// is never used again; 0 names none.
+/// Base of the callback registrations. Registrations have unique ids, which are never reused; 0 is
+/// not a valid id.
 #pragma once
 
 #include <maya/MObject.h>
@@ -15,11 +15,11 @@ public:
     typedef void (*MNodeFunction)(MObject& node, void* clientData);
     typedef void (*MStringFunction)(const MString& str, void* clientData);
 
-    /// Fails for an id that names nothing (any more).
+    /// Fails if no callback has this id.
     static MStatus removeCallback(MCallbackId id);
-    /// Removes all; fails when one of the ids named nothing.
+    /// Removes all of them; fails if one of the ids was invalid.
     static MStatus removeCallbacks(MCallbackIdArray& ids);
     static MStatus nodeCallbacks(MObject& node, MCallbackIdArray& ids);
-    /// The callback that is running; 0 and a failure outside of any.
+    /// The id of the callback being called; 0 and a failure outside of callbacks.
     static MCallbackId currentCallbackId(MStatus* ReturnStatus = NULL);
 };

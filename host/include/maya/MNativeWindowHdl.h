@@ -1,4 +1,4 @@
-/// The windowing system's own handle of a window. Opaque: pass it on, test it for NULL.
+/// Native window handle, opaque.
 #pragma once
 
 typedef void* MNativeWindowHdl;

@@ -1,6 +1,6 @@
-/// A handle on something inside the host: a node, an attribute, a piece of data. Cheap to copy; two
-/// handles are equal when they name the same thing. A handle on data keeps the data; a handle on a
-/// node does not keep the node in the scene, and MObjectHandle tells whether it is still there.
+/// A handle to an internal object: a node, an attribute or data. Handles are cheap to copy and
+/// compare equal if they refer to the same object. A handle keeps data alive; it does not keep a
+/// node in the scene (see MObjectHandle).
 #pragma once
 
 #include <maya/MFn.h>
@@ -11,7 +11,7 @@ class Object;
 
 class MHOST_EXPORT MObject {
 public:
-    /// The null object.
+    /// Constructs the null object.
     MObject();
     MObject(const MObject& other);
     MObject(MObject&& other) noexcept;
@@ -20,9 +20,9 @@ public:
     ~MObject();
 
     bool isNull() const;
-    /// True when a function set of this type could be attached; false for the null object.
+    /// Whether a function set of this type can be attached; false for the null object.
     bool hasFn(MFn::Type type) const;
-    MFn::Type apiType() const; ///< the most exact type; kInvalid for the null object
+    MFn::Type apiType() const; ///< the most derived type; kInvalid for the null object
     const char* apiTypeStr() const;
 
     bool operator==(const MObject& other) const;
@@ -30,7 +30,7 @@ public:
 
     static MObject kNullObj;
 
-    /// For the host's own code: what the handle refers to, and a handle on it.
+    /// Internal.
     explicit MObject(host::Object* object);
     host::Object* host_object() const { return object_; }
 

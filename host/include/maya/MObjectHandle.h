@@ -1,5 +1,5 @@
-/// Watches an object without trusting that it still exists. A deleted node that waits in the undo
-/// queue is alive but not valid.
+/// Tells whether an object still exists. A deleted node that is held by the undo queue is alive but
+/// not valid.
 #pragma once
 
 #include <maya/MObject.h>
@@ -13,14 +13,14 @@ public:
     MObjectHandle& operator=(const MObject& object);
     ~MObjectHandle();
 
-    /// The object, or the null object when it is not valid.
+    /// The object; the null object if it is not valid.
     MObject object() const;
-    /// The object without any check.
+    /// The object, unchecked.
     const MObject& objectRef() const;
 
-    bool isValid() const; ///< exists and is part of the scene
-    bool isAlive() const; ///< still in memory, perhaps only for undo
-    /// Equal for handles on the same object; 0 for a handle on nothing.
+    bool isValid() const; ///< exists in the scene
+    bool isAlive() const; ///< still in memory, possibly only for undo
+    /// Equal for handles to the same object; 0 for the null object.
     unsigned int hashCode() const;
 
     bool operator==(const MObjectHandle& other) const;

@@ -1,6 +1,6 @@
-/// An attribute on a particular node: the place where values are set, read and connected. Elements
-/// of arrays have a logical index (as scripts write it, with gaps) and a physical one (position
-/// among the elements that exist). A plug that refers to no attribute is null.
+/// An attribute of a particular node; used to set, read and connect values. Array elements have a
+/// logical index (sparse, as written in scripts) and a physical index (position among the existing
+/// elements). A plug without attribute is null.
 #pragma once
 
 #include <maya/MDGContext.h>
@@ -19,9 +19,9 @@ class Slot;
 
 class MHOST_EXPORT MPlug {
 public:
-    /// The null plug.
+    /// Constructs the null plug.
     MPlug();
-    /// Null when the attribute is not the node's.
+    /// Null if the node does not have the attribute.
     MPlug(const MObject& node, const MObject& attribute);
     MPlug(const MPlug& other);
     MPlug& operator=(const MPlug& other);
@@ -31,7 +31,8 @@ public:
     MObject attribute(MStatus* ReturnStatus = NULL) const;
     /// "node.attribute[3].component".
     MString name(MStatus* ReturnStatus = NULL) const;
-    /// Without the node, in short names unless told otherwise; instancing and aliases do not apply.
+    /// The name without node, in short names by default; the parameters about instancing and
+    /// aliases are ignored.
     MString partialName(bool includeNodeName = false, bool includeNonMandatoryIndices = false,
                         bool includeInstancedIndices = false, bool useAlias = false,
                         bool useFullAttributePath = false, bool useLongNames = false,
@@ -46,33 +47,33 @@ public:
     bool isKeyable(MStatus* ReturnStatus = NULL) const;
     bool isLocked(MStatus* ReturnStatus = NULL) const;
 
-    /// True for a source as well as for a destination. Connections of elements and components are
-    /// theirs, not those of what they are a part of.
+    /// Whether the plug is source or destination of a connection. Connections of its elements and
+    /// components do not count.
     bool isConnected(MStatus* ReturnStatus = NULL) const;
-    /// Fills the list with what feeds this plug (`asDst`) and what it feeds (`asSrc`). Returns
-    /// whether there is any connection at all, asked for or not.
+    /// Lists the source that feeds this plug (`asDst`) and the destinations it feeds (`asSrc`).
+    /// Returns whether the plug has any connection, whether requested or not.
     bool connectedTo(MPlugArray& array, bool asDst, bool asSrc, MStatus* ReturnStatus = NULL) const;
 
-    /// Elements that exist; those that are connected but were never evaluated are not counted.
+    /// Number of existing elements. Connected elements count only after their first evaluation.
     unsigned int numElements(MStatus* ReturnStatus = NULL) const;
     unsigned int evaluateNumElements(MStatus* ReturnStatus = NULL);
     unsigned int numConnectedElements(MStatus* ReturnStatus = NULL) const;
-    /// Never makes an element; the null plug and a failure when there is none.
+    /// Never creates an element; null and a failure if there is none.
     MPlug elementByPhysicalIndex(unsigned int index, MStatus* ReturnStatus = NULL) const;
-    /// Makes the element when it is missing; it stays for as long as the node does.
+    /// Creates the element if it does not exist; it then exists as long as the node.
     MPlug elementByLogicalIndex(unsigned int index, MStatus* ReturnStatus = NULL) const;
     unsigned int logicalIndex(MStatus* ReturnStatus = NULL) const;
-    /// The array that an element belongs to.
+    /// The array that this element belongs to.
     MPlug array(MStatus* ReturnStatus = NULL) const;
 
     unsigned int numChildren(MStatus* ReturnStatus = NULL) const;
     unsigned int numConnectedChildren(MStatus* ReturnStatus = NULL) const;
     MPlug child(unsigned int index, MStatus* ReturnStatus = NULL) const;
     MPlug child(const MObject& attribute, MStatus* ReturnStatus = NULL) const;
-    /// The compound that a component belongs to.
+    /// The compound that this component belongs to.
     MPlug parent(MStatus* ReturnStatus = NULL) const;
 
-    /// Reading evaluates what is out of date. Data comes as an independent copy.
+    /// Reading evaluates dirty plugs. Data objects are returned as independent copies.
     MStatus getValue(MObject& value) const;
     MStatus getValue(double& value) const;
     MStatus getValue(float& value) const;
@@ -89,9 +90,8 @@ public:
     bool asBool(MStatus* ReturnStatus = NULL) const;
     MString asString(MStatus* ReturnStatus = NULL) const;
 
-    /// Numbers are converted to the attribute's own type. Fails on a plug that is locked, not
-    /// writable or fed by a connection, and when the types do not go together. What depends on the
-    /// plug is out of date afterwards.
+    /// Numbers are converted to the attribute's type. Fails if the plug is locked, not writable or
+    /// fed by a connection, or if the types are incompatible. Marks dependent plugs dirty.
     MStatus setValue(const MObject& value);
     MStatus setValue(double value);
     MStatus setValue(float value);
@@ -110,12 +110,12 @@ public:
     bool operator==(const MObject& attribute) const;
     bool operator!=(const MObject& attribute) const;
 
-    /// For the host's own code.
+    /// Internal.
     explicit MPlug(host::graph::Slot* slot);
     host::graph::Slot* host_slot() const { return slot_; }
 
 private:
-    host::graph::Slot* slot_; ///< NULL: null, or an element that is not named yet
+    host::graph::Slot* slot_; ///< NULL for the null plug
     MObject node_;
     MObject attribute_;
 };

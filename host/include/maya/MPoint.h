@@ -1,4 +1,4 @@
-/// A position: three coordinates and a weight w, which is 1 for ordinary points.
+/// A point with homogeneous coordinates: x, y, z and a weight w, normally 1.
 #pragma once
 
 #include <maya/MVector.h>
@@ -23,7 +23,7 @@ public:
         return index == 0 ? x : (index == 1 ? y : (index == 2 ? z : w));
     }
 
-    /// Difference of two points; weights are divided out first.
+    /// Difference of two points, after division by their weights.
     MVector operator-(const MPoint& other) const;
     MPoint operator+(const MVector& v) const { return MPoint(x + v.x, y + v.y, z + v.z, w); }
     MPoint operator-(const MVector& v) const { return MPoint(x - v.x, y - v.y, z - v.z, w); }
@@ -38,7 +38,7 @@ public:
     bool isEquivalent(const MPoint& other, double tolerance = 1.0e-10) const;
 
     double distanceTo(const MPoint& other) const;
-    /// Divides by w, so that w becomes 1; a point with w = 0 stays.
+    /// Divides by w, making w 1; no effect if w is 0.
     MPoint& cartesianize();
     MStatus get(double values[4]) const;
 };

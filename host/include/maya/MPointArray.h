@@ -1,5 +1,4 @@
-/// An array of points.
-/// What all arrays have in common stands in HostArray.h.
+/// An array of points. See HostArray.h for members common to all arrays.
 #pragma once
 
 #include <maya/HostArray.h>
@@ -11,7 +10,7 @@ class MHOST_EXPORT MPointArray : public host::Array<MPoint> {
 public:
     MPointArray();
     MPointArray(const MPointArray& other);
-    /// `initialSize` elements of one value.
+    /// `initialSize` copies of one value.
     MPointArray(unsigned int initialSize, const MPoint& initialValue = MPoint());
     ~MPointArray();
     MPointArray& operator=(const MPointArray& other);
@@ -19,6 +18,6 @@ public:
     using host::Array<MPoint>::append;
     MStatus append(double x, double y, double z = 0.0, double w = 1.0);
 
-    /// Makes this array equal to another.
+    /// Replaces the contents by those of `source`.
     MStatus copy(const MPointArray& source);
 };

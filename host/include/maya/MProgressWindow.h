@@ -1,6 +1,6 @@
-/// The one progress window of the application. Whoever reserves it owns it until `endProgress`;
-/// without a reservation every call that changes something fails. Without a user interface there
-/// is no window and `reserve` returns false. `setProgress` may let the application handle events.
+/// The application's only progress window. `reserve` gives the caller exclusive use until
+/// `endProgress`; without a reservation all changes fail. In batch mode there is no window and
+/// `reserve` returns false. `setProgress` may process user interface events.
 #pragma once
 
 #include <maya/MStatus.h>
@@ -8,16 +8,16 @@
 
 class MHOST_EXPORT MProgressWindow {
 public:
-    /// False while somebody else holds the window, or when there is none.
+    /// Returns false if the window is already reserved or does not exist.
     static bool reserve();
     static MStatus startProgress();
-    /// Closes the window and gives up the reservation.
+    /// Closes the window and ends the reservation.
     static MStatus endProgress();
 
     static MStatus setProgressRange(int minValue, int maxValue);
     static MStatus setProgressMin(int minValue);
     static MStatus setProgressMax(int maxValue);
-    /// Values are clamped to the range.
+    /// The value is clamped to the progress range.
     static MStatus setProgress(int progress);
     static MStatus advanceProgress(int amount);
     static MStatus setTitle(const MString& title);

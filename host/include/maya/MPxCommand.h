@@ -1,6 +1,6 @@
-/// Base of the commands that plug-ins bring. An instance runs `doIt` once. When that succeeds and
-/// `isUndoable` says so it is kept in the undo queue, and `undoIt` and `redoIt` alternate;
-/// otherwise it is deleted. The results belong to the command that is running.
+/// Base of plug-in commands. `doIt` is called once per instance. If it succeeds and `isUndoable`
+/// returns true, the instance goes to the undo queue, which calls `undoIt` and `redoIt`
+/// alternately; otherwise it is deleted. Results belong to the running command.
 #pragma once
 
 #include <maya/MArgList.h>
@@ -42,7 +42,7 @@ public:
     static void setResult(unsigned int result);
     static void setResult(int result);
     static void setResult(double result);
-    static void setResult(bool result); ///< kept as an int
+    static void setResult(bool result); ///< stored as int
     static void setResult(const MString& result);
     static void setResult(const char* result);
     static void setResult(const MIntArray& result);

@@ -1,5 +1,5 @@
-/// Base of the nodes that plug-ins bring. The host makes an instance by the creator that was
-/// registered with the type; `thisMObject` is valid from `postConstructor` on.
+/// Base of plug-in nodes. The host creates instances by the creator registered with the type;
+/// `thisMObject` is valid from `postConstructor` on.
 #pragma once
 
 #include <maya/MDataBlock.h>
@@ -26,10 +26,10 @@ public:
     virtual ~MPxNode();
 
     virtual void postConstructor();
-    /// Computes one plug. Success without marking the plug clean leaves it out of date: the next
-    /// pull computes again. kUnknownParameter: the host deals with the plug.
+    /// Computes a plug. If it succeeds without marking the plug clean, the plug stays dirty and the
+    /// next read computes it again. Return kUnknownParameter for plugs handled by the host.
     virtual MStatus compute(const MPlug& plug, MDataBlock& block);
-    /// Adds to the plugs that a change of `plug` makes out of date.
+    /// Adds plugs that become dirty when `plug` changes.
     virtual MStatus setDependentsDirty(const MPlug& plug, MPlugArray& affectedPlugs);
     virtual MStatus connectionMade(const MPlug& plug, const MPlug& otherPlug, bool asSrc);
     virtual MStatus connectionBroken(const MPlug& plug, const MPlug& otherPlug, bool asSrc);
@@ -43,7 +43,7 @@ public:
     MDataBlock forceCache(MDGContext& context);
     MDataBlock forceCache();
 
-    /// Valid only while the type is being registered.
+    /// These static members may be called only while the type is being registered.
     static MStatus addAttribute(const MObject& attribute);
     static MStatus attributeAffects(const MObject& whenChanges, const MObject& isAffected);
     static MStatus inheritAttributesFrom(const MString& parentClassName);
@@ -58,5 +58,5 @@ private:
     MPxNode(const MPxNode&);
     MPxNode& operator=(const MPxNode&);
     friend class host::graph::PluginNodes;
-    host::Object* node_; ///< not owned: the node owns this
+    host::Object* node_; ///< not owned: the node owns this instance
 };

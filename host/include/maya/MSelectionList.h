@@ -1,4 +1,4 @@
-/// A list of things: nodes, DAG paths with or without components, plugs. Order is that of adding.
+/// A list of nodes, DAG paths with optional components, and plugs, in order of addition.
 #pragma once
 
 #include <maya/MDagPath.h>
@@ -24,8 +24,8 @@ public:
     MSelectionList& operator=(const MSelectionList& other);
     virtual ~MSelectionList();
 
-    /// By name as scripts write it; wild cards may add several. Fails when nothing matches, and the
-    /// list stays as it was.
+    /// Adds items by name, as written in scripts; wildcards may add several. Fails, without effect,
+    /// if nothing matches.
     MStatus add(const MString& matchString, bool searchChildNamespaces = false);
     MStatus add(const MObject& object, bool mergeWithExisting = false);
     MStatus add(const MDagPath& object, const MObject& component = MObject::kNullObj,
@@ -37,7 +37,7 @@ public:
     unsigned int length(MStatus* ReturnStatus = NULL) const;
     bool isEmpty(MStatus* ReturnStatus = NULL) const;
 
-    /// On failure the arguments stay as they were.
+    /// On failure the output arguments are unchanged.
     MStatus getDagPath(unsigned int index, MDagPath& dagPath) const;
     MStatus getDagPath(unsigned int index, MDagPath& dagPath, MObject& component) const;
     MStatus getDependNode(unsigned int index, MObject& depNode) const;
@@ -46,7 +46,7 @@ public:
     MStatus getSelectionStrings(unsigned int index, MStringArray& array) const;
     bool hasItem(const MObject& object, MStatus* ReturnStatus = NULL) const;
 
-    /// For the host's own code.
+    /// Internal.
     host::graph::SelectionItems& host_items();
     const host::graph::SelectionItems& host_items() const;
 

@@ -1,5 +1,5 @@
-/// The coordinate system that a method reads or writes in. Object space is the shape's own; world
-/// space includes every transform above it and therefore needs a DAG path.
+/// Coordinate spaces. Object space is local to the shape; world space includes the transforms above
+/// it and therefore requires a DAG path.
 #pragma once
 
 #include <maya/MTypes.h>

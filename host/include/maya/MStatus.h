@@ -1,5 +1,5 @@
-/// The result of a host operation. A method that takes an `MStatus*` writes success as well as
-/// failure through it and accepts NULL; a method that returns one must be looked at.
+/// The result of an operation. Methods with an `MStatus*` parameter write success as well as
+/// failure through it and accept NULL.
 #pragma once
 
 #include <maya/MTypes.h>
@@ -20,7 +20,7 @@ public:
         kEndOfFile
     };
 
-    /// Success, until something else is assigned.
+    /// Constructs success.
     MStatus() : code_(kSuccess) {}
     MStatus(MStatusCode code) : code_(code) {}
 
@@ -34,14 +34,14 @@ public:
     bool operator!() const { return code_ != kSuccess; }
     bool error() const { return code_ != kSuccess; }
 
-    /// Forgets a failure: behaves as success from here on.
+    /// Resets to success.
     void clear() { code_ = kSuccess; }
     MStatusCode statusCode() const { return code_; }
 
-    /// "(kCode): text", for people.
+    /// "(kCode): text", for messages.
     MString errorString() const;
 
-    /// Writes "PREFIX: " and the error string, with a newline, to standard error.
+    /// Writes "PREFIX: ", the error string and a newline to standard error.
     void perror(const char* prefix) const;
     void perror(const MString& prefix) const;
 
@@ -49,7 +49,7 @@ private:
     MStatusCode code_;
 };
 
-/// Without these a code on the left would be compared with the status' truth value.
+/// Without these overloads a code on the left would be compared with the status converted to bool.
 inline bool operator==(const MStatus::MStatusCode code, const MStatus& status) {
     return status == code;
 }

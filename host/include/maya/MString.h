@@ -1,5 +1,5 @@
-/// Text in the host's interface: a byte string with value semantics. Positions and lengths count
-/// bytes; positions start at 0. `asChar` is never NULL and stays valid until the next change.
+/// A string in the public interface: bytes with value semantics. Positions and lengths count bytes;
+/// positions start at 0. `asChar` never returns NULL; its result is valid until the string changes.
 #pragma once
 
 #include <maya/MStatus.h>
@@ -12,7 +12,7 @@ class MStringArray;
 class MHOST_EXPORT MString {
 public:
     MString();
-    MString(const char* text); ///< NULL gives the empty string
+    MString(const char* text); ///< NULL constructs the empty string
     MString(const char* text, int length);
     MString(const MString& other);
     MString(MString&& other) noexcept;
@@ -43,26 +43,26 @@ public:
     bool operator!=(const char* text) const;
 
     const char* asChar() const;
-    unsigned int length() const; ///< bytes
-    int numChars() const;        ///< characters (code points of UTF-8)
+    unsigned int length() const; ///< in bytes
+    int numChars() const;        ///< number of code points, assuming UTF-8
 
     MStatus set(const char* text);
     MStatus set(double value);
     MStatus set(int value);
     void clear();
 
-    /// Bytes `start` to `end`, both included; clipped to the string, empty when nothing is left.
+    /// Bytes `start` to `end`, inclusive; clipped to the string.
     MString substring(int start, int end) const;
-    /// First and last place of a byte, -1 when absent.
+    /// Position of the first or last occurrence of a byte, -1 if absent.
     int index(char c) const;
     int rindex(char c) const;
-    /// Pieces between separators; empty pieces are dropped. Fails when there is none.
+    /// Splits at separators and drops empty pieces. Fails if no piece remains.
     MStatus split(char separator, MStringArray& pieces) const;
 
     bool isInt() const;
     bool isDouble() const;
-    int asInt() const;       ///< 0 when the text is not a number
-    double asDouble() const; ///< 0 when the text is not a number
+    int asInt() const;       ///< 0 if the text is not a number
+    double asDouble() const; ///< 0 if the text is not a number
 
 private:
     std::string text_;

@@ -1,5 +1,4 @@
-/// An array of strings.
-/// What all arrays have in common stands in HostArray.h.
+/// An array of strings. See HostArray.h for members common to all arrays.
 #pragma once
 
 #include <maya/HostArray.h>
@@ -11,11 +10,11 @@ class MHOST_EXPORT MStringArray : public host::Array<MString> {
 public:
     MStringArray();
     MStringArray(const MStringArray& other);
-    /// `initialSize` elements of one value.
+    /// `initialSize` copies of one value.
     MStringArray(unsigned int initialSize, const MString& initialValue = MString());
     ~MStringArray();
     MStringArray& operator=(const MStringArray& other);
 
-    /// Makes this array equal to another.
+    /// Replaces the contents by those of `source`.
     MStatus copy(const MStringArray& source);
 };

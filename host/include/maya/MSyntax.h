@@ -1,4 +1,4 @@
-/// What arguments a command takes.
+/// The flags and positional arguments that a command accepts.
 #pragma once
 
 #include <maya/MStatus.h>
@@ -29,22 +29,22 @@ public:
     MSyntax& operator=(const MSyntax& other);
     ~MSyntax();
 
-    /// Short names have at most three characters, long ones four at least; the dash is optional.
-    /// Fails for other lengths and for names that are taken.
+    /// Short names have at most three characters, long names at least four; the dash is optional.
+    /// Fails on other lengths and on names that are taken.
     MStatus addFlag(const char* shortName, const char* longName, MArgType argType1 = kNoArg,
                     MArgType argType2 = kNoArg, MArgType argType3 = kNoArg,
                     MArgType argType4 = kNoArg, MArgType argType5 = kNoArg,
                     MArgType argType6 = kNoArg);
     MStatus makeFlagMultiUse(const char* flag);
-    /// A positional argument.
+    /// Adds a positional argument.
     MStatus addArg(MArgType type);
     MStatus setObjectType(MObjectFormat format, unsigned int minimumObjects = 0);
     void useSelectionAsDefault(bool state = false);
-    /// "-q" and "-e" are ordinary flags unless these are on.
+    /// Unless enabled here, "-q" and "-e" are ordinary flags.
     void enableQuery(bool supportsQuery = true);
     void enableEdit(bool supportsEdit = true);
 
-    /// For the host's own code.
+    /// Internal.
     struct Flag {
         MString short_name; ///< without the dash
         MString long_name;

@@ -1,5 +1,5 @@
-/// The four-byte number that names a node type in binary scene files. A type keeps its number for
-/// good; two types with one number cannot be registered together.
+/// The four-byte id of a node type in binary scene files. A type keeps its id forever; ids must be
+/// unique among registered types.
 #pragma once
 
 #include <maya/MTypes.h>
@@ -8,7 +8,7 @@ class MHOST_EXPORT MTypeId {
 public:
     MTypeId() : id_(0) {}
     MTypeId(unsigned int id) : id_(id) {}
-    /// A number out of a registered block: 24 bits of prefix, 8 bits of number within it.
+    /// An id from a registered block: 24 bits of prefix and 8 bits of id.
     MTypeId(unsigned int prefix, unsigned int id) : id_((prefix << 8) | (id & 0xFFu)) {}
 
     unsigned int id() const { return id_; }

@@ -1,13 +1,13 @@
-/// Basic definitions of the host's interface: the version number, the export marks and the types
-/// that several classes share. Every other header of this folder includes this one.
+/// Basic definitions of the public interface: version number, export macros and shared types.
+/// Included by all other headers of this folder.
 #pragma once
 
 #include <cstddef>
 
-/// Version of the interface, six digits: year, then two digits of update. Compare with >= only.
+/// Interface version: year and a two-digit update number. Compare with >= only.
 #define MAYA_API_VERSION 200800
 
-/// Marks what the host library offers to plug-ins. Everything else in it stays hidden.
+/// Exports a symbol from the host library; all other symbols are hidden.
 #if defined(_WIN32)
 #if defined(MHOST_BUILDING)
 #define MHOST_EXPORT __declspec(dllexport)
@@ -18,7 +18,7 @@
 #define MHOST_EXPORT __attribute__((visibility("default")))
 #endif
 
-/// Marks a plug-in's entry points, which the host looks up by their C++ names.
+/// Exports a plug-in's entry points, which the host looks up by their C++ names.
 #ifndef PLUGIN_EXPORT
 #if defined(_WIN32)
 #define PLUGIN_EXPORT __declspec(dllexport)
@@ -27,7 +27,7 @@
 #endif
 #endif
 
-/// Pair and triple shorthands used by mesh methods.
+/// Pairs and triples used by mesh methods.
 typedef float float2[2];
 typedef float float3[3];
 typedef double double2[2];

@@ -1,5 +1,4 @@
-/// An array of unsigned integers.
-/// What all arrays have in common stands in HostArray.h.
+/// An array of unsigned integers. See HostArray.h for members common to all arrays.
 #pragma once
 
 #include <maya/HostArray.h>
@@ -10,11 +9,11 @@ class MHOST_EXPORT MUintArray : public host::Array<unsigned int> {
 public:
     MUintArray();
     MUintArray(const MUintArray& other);
-    /// `initialSize` elements of one value.
+    /// `initialSize` copies of one value.
     MUintArray(unsigned int initialSize, unsigned int initialValue = 0);
     ~MUintArray();
     MUintArray& operator=(const MUintArray& other);
 
-    /// Makes this array equal to another.
+    /// Replaces the contents by those of `source`.
     MStatus copy(const MUintArray& source);
 };

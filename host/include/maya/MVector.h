@@ -1,4 +1,5 @@
-/// A vector of three double precision numbers: a direction, a difference of points, a normal.
+/// A vector of three double precision numbers, such as a direction, a difference of points or a
+/// normal.
 #pragma once
 
 #include <maya/MStatus.h>
@@ -32,24 +33,24 @@ public:
     MVector& operator*=(double s) { return *this = *this * s; }
     MVector& operator/=(double s) { return *this = *this / s; }
 
-    /// Dot product, and cross product.
+    /// operator* is the dot product, operator^ the cross product.
     double operator*(const MVector& b) const { return x * b.x + y * b.y + z * b.z; }
     MVector operator^(const MVector& b) const {
         return MVector(y * b.z - z * b.y, z * b.x - x * b.z, x * b.y - y * b.x);
     }
-    /// Row vector times matrix; translation does not apply to directions.
+    /// Row vector times matrix; vectors are not affected by translation.
     MVector operator*(const MMatrix& matrix) const;
 
     bool operator==(const MVector& b) const { return x == b.x && y == b.y && z == b.z; }
     bool operator!=(const MVector& b) const { return !(*this == b); }
-    /// True when the difference is no longer than `tolerance`.
+    /// Whether the length of the difference is at most `tolerance`.
     bool isEquivalent(const MVector& other, double tolerance = 1.0e-10) const;
 
     double length() const;
-    /// The vector at unit length; a vector of length zero stays as it is.
+    /// The unit vector; a zero vector is returned unchanged.
     MVector normal() const;
     MStatus normalize();
-    /// Angle between two vectors in radians, 0 to pi; 0 when either has no length.
+    /// Angle between the vectors in radians, 0 to pi; 0 if either is a zero vector.
     double angle(const MVector& other) const;
     MStatus get(double values[3]) const;
 };
