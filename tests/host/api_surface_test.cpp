@@ -1,7 +1,7 @@
-/// Holds the interface to its published form, call by call, as the compiler sees it: the class
+/// Compile-time checks of the public interface against its published form, call by call: the class
 /// reference pages of 2008 to 2013 for the mesh function set, the mesh iterators, the progress
-/// window and the 3D view, and the 2008 reference for the value types. A plug-in that compiles
-/// against these headers must compile against those of the real application.
+/// window and the 3D view, and the 2008 reference for value types. A plug-in that compiles with
+/// these headers must compile with those of the real application.
 #include <maya/M3dView.h>
 #include <maya/MDagPath.h>
 #include <maya/MDoubleArray.h>
@@ -31,7 +31,7 @@ T& lvalue();
 template <class T>
 const T& constant();
 
-/// CALL compiles with these operands and gives exactly this type.
+/// The call compiles and has exactly this type.
 #define EXPECT_CALL_TYPE(TYPE, ...)                                                                \
     static_assert(std::is_same<decltype(__VA_ARGS__), TYPE>::value, #__VA_ARGS__)
 
@@ -195,7 +195,7 @@ EXPECT_CALL_TYPE(MStatus, lvalue<M3dView>().getCamera(lvalue<MDagPath>()));
 EXPECT_CALL_TYPE(MStatus, lvalue<M3dView>().beginGL());
 EXPECT_CALL_TYPE(MStatus, lvalue<M3dView>().endGL());
 
-TEST(ApiSurface, HasSixDigitsOfVersion) {
+TEST(ApiSurface, VersionHasSixDigits) {
     EXPECT_GE(MAYA_API_VERSION, 100000);
     EXPECT_LT(MAYA_API_VERSION, 1000000);
     EXPECT_EQ(st, nullptr);

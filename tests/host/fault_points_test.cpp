@@ -1,4 +1,4 @@
-/// Every mesh operation that can fail fails at its fault point, with the status that was armed.
+/// Every mesh operation that can fail has a fault point and fails with the armed status.
 #include "faultpoint/faultpoint.h"
 #include "host/mesh/mesh_object.h"
 #include "tests/host/mesh_builder.h"
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// A mapped grid, as data and as a node, and somewhere to put results.
+/// A mapped grid, as data and as a node, with result variables.
 struct World {
     World() {
         host::Mesh value = mesh_builder::grid(2, 2).mesh();
@@ -62,7 +62,7 @@ struct Case {
     MStatus (*run)(World& w);
 };
 
-/// The status that a call writes through its last argument.
+/// The status written by a call through its last argument.
 #define OUT(CALL) ((void)(CALL), w.status)
 
 const Case k_cases[] = {
@@ -215,7 +215,7 @@ const Case k_cases[] = {
 
 class FaultPoints : public testing::TestWithParam<Case> {};
 
-TEST_P(FaultPoints, FailWhenArmedAndSucceedOtherwise) {
+TEST_P(FaultPoints, ReturnTheArmedStatusAndSucceedUnarmed) {
     World world;
     {
         const faultpoint::Scope scope(GetParam().point, MStatus::kLicenseFailure);
@@ -226,7 +226,7 @@ TEST_P(FaultPoints, FailWhenArmedAndSucceedOtherwise) {
     EXPECT_TRUE(status) << status.errorString();
 }
 
-TEST_P(FaultPoints, LeaveTheMeshAloneWhenArmed) {
+TEST_P(FaultPoints, LeaveTheMeshUnchangedWhenArmed) {
     World world;
     const host::Mesh before = *host::mesh_of(world.data);
     {

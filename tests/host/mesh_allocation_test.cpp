@@ -1,4 +1,4 @@
-/// Counts allocations: what a plug-in calls per corner, edge or vertex must not need the allocator.
+/// Counts allocations: methods that plug-ins call per corner, edge or vertex must not allocate.
 #include "host/mesh/mesh_object.h"
 #include "tests/host/mesh_builder.h"
 
@@ -80,7 +80,7 @@ protected:
     }
 };
 
-TEST_P(MeshAllocation, IsNotNeededOnceOutputsHaveGrown) {
+TEST_P(MeshAllocation, DoesNotHappenOnceOutputArraysHaveGrown) {
     host::Mesh mesh = value();
     mesh.add_uv_set("map1");
     MObject data = host::make_mesh_data(mesh);

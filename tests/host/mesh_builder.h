@@ -1,4 +1,4 @@
-/// Meshes for the tests of the host, made by rules.
+/// Meshes for tests, generated.
 #pragma once
 
 #include "host/mesh/mesh.h"
@@ -29,7 +29,7 @@ struct Parts {
     }
 };
 
-/// Unit cube, six quads wound outwards.
+/// Unit cube: six quads with outward winding.
 inline Parts cube() {
     Parts parts;
     for (int i = 0; i < 8; ++i)
@@ -54,7 +54,7 @@ inline Parts grid(std::uint32_t columns, std::uint32_t rows) {
     return parts;
 }
 
-/// A ring of triangles around vertex 0.
+/// A disk of triangles around vertex 0.
 inline Parts fan(std::uint32_t spokes) {
     Parts parts;
     parts.point(0, 0, 1);
@@ -67,7 +67,7 @@ inline Parts fan(std::uint32_t spokes) {
     return parts;
 }
 
-/// One polygon from points in the plane, laid into space by three vectors.
+/// Embeds a planar polygon in space: point (x, y) becomes origin + x * right + y * up.
 struct Placement {
     MVector origin;
     MVector right = MVector(1, 0, 0);

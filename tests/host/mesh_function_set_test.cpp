@@ -68,7 +68,7 @@ TEST(FnMesh, AttachesToAShapeAndToAPath) {
     EXPECT_TRUE(status);
 }
 
-TEST(FnMesh, AttachesToThePathOfTheTransformAbove) {
+TEST(FnMesh, AttachesToTheTransformAboveAShape) {
     MDagPath path = make_mesh_node("box", cube().mesh());
     const MObject kept = path.transform();
     path.pop();
@@ -78,7 +78,7 @@ TEST(FnMesh, AttachesToThePathOfTheTransformAbove) {
     EXPECT_EQ(mesh.fullPathName(), "|box|boxShape");
 }
 
-TEST(FnMesh, RefusesWhatIsNoMesh) {
+TEST(FnMesh, RejectsObjectsWithoutAMesh) {
     const MDagPath path = make_mesh_node("box", cube().mesh());
     for (MObject object : {MObject(), path.transform()}) {
         MStatus status;
@@ -89,7 +89,7 @@ TEST(FnMesh, RefusesWhatIsNoMesh) {
     }
 }
 
-TEST(FnMesh, RefusesMeshDataWithoutGeometry) {
+TEST(FnMesh, RejectsMeshDataWithoutGeometry) {
     MFnMeshData maker;
     MObject data = maker.create();
     MStatus status;
@@ -97,7 +97,7 @@ TEST(FnMesh, RefusesMeshDataWithoutGeometry) {
     EXPECT_TRUE(status.error());
 }
 
-TEST(FnMesh, TakesAnotherObjectLater) {
+TEST(FnMesh, AttachesToAnotherObjectBySetObject) {
     MFnMesh mesh;
     MObject data = make_mesh_data(grid(3, 3).mesh());
     EXPECT_TRUE(mesh.setObject(data));
@@ -105,7 +105,7 @@ TEST(FnMesh, TakesAnotherObjectLater) {
     EXPECT_TRUE(mesh.object() == data);
 }
 
-TEST(FnMesh, HoldsNothingAfterAFailedAttachment) {
+TEST(FnMesh, IsDetachedAfterAFailedSetObject) {
     MObject data = make_mesh_data(cube().mesh());
     MFnMesh mesh(data);
     MObject nothing;
@@ -149,7 +149,7 @@ TEST(FnMesh, CreatesTheUvSetMap1) {
     EXPECT_EQ(mesh.numUVs(), 0);
 }
 
-TEST(FnMesh, RefusesToCreateFromWrongLists) {
+TEST(FnMesh, RejectsInconsistentLists) {
     MFnMeshData maker;
     MObject data = maker.create();
     struct Case {
@@ -172,7 +172,7 @@ TEST(FnMesh, RefusesToCreateFromWrongLists) {
     }
 }
 
-TEST(FnMesh, NarrowsPointsToSinglePrecision) {
+TEST(FnMesh, RoundsPointsToSinglePrecision) {
     MPointArray points = square_points();
     points[2] = MPoint(0.1, 1, 0);
     MFnMeshData maker;
@@ -195,7 +195,7 @@ TEST(FnMesh, CopiesIntoAnotherObject) {
     EXPECT_EQ(MFnMesh(data).numPolygons(), 6);
 }
 
-TEST(FnMesh, LeavesTheSourceAloneWhenTheCopyChanges) {
+TEST(FnMesh, CopyIsIndependentOfItsSource) {
     host::Mesh value = cube().mesh();
     value.add_uv_set("map1");
     const MObject source = make_mesh_data(value);
@@ -208,7 +208,7 @@ TEST(FnMesh, LeavesTheSourceAloneWhenTheCopyChanges) {
     EXPECT_EQ(MFnMesh(source).numUVs(), 0);
 }
 
-TEST(FnMesh, ReplacesItsGeometryInPlace) {
+TEST(FnMesh, CopyInPlaceReplacesTheGeometry) {
     MObject data = make_mesh_data(cube().mesh());
     MFnMesh mesh(data);
     EXPECT_TRUE(mesh.copyInPlace(make_mesh_data(grid(2, 2).mesh())));
@@ -219,7 +219,7 @@ TEST(FnMesh, ReplacesItsGeometryInPlace) {
 
 // === Reading =====================================================================================
 
-TEST(FnMesh, CountsWhatThereIs) {
+TEST(FnMesh, CountsVerticesEdgesPolygonsAndCorners) {
     MObject data = make_mesh_data(cube().mesh());
     const MFnMesh mesh(data);
     EXPECT_EQ(mesh.numVertices(), 8);
@@ -229,7 +229,7 @@ TEST(FnMesh, CountsWhatThereIs) {
     EXPECT_EQ(mesh.polygonVertexCount(2), 4);
 }
 
-TEST(FnMesh, GivesPointsInObjectSpace) {
+TEST(FnMesh, ReturnsPointsInObjectSpace) {
     MObject data = make_mesh_data(cube().mesh());
     MPointArray points(3);
     EXPECT_TRUE(MFnMesh(data).getPoints(points));
@@ -237,14 +237,14 @@ TEST(FnMesh, GivesPointsInObjectSpace) {
     EXPECT_EQ(points[7], MPoint(1, 1, 1));
 }
 
-TEST(FnMesh, GivesPointsInWorldSpaceAlongItsPath) {
+TEST(FnMesh, ReturnsPointsInWorldSpaceAlongItsPath) {
     const MDagPath path = make_mesh_node("box", cube().mesh(), moved_and_stretched());
     MPointArray points;
     EXPECT_TRUE(MFnMesh(path).getPoints(points, MSpace::kWorld));
     EXPECT_EQ(points[7], MPoint(2, 1, 11));
 }
 
-TEST(FnMesh, RefusesWorldSpaceWithoutAPath) {
+TEST(FnMesh, RejectsWorldSpaceWithoutAPath) {
     const MDagPath path = make_mesh_node("box", cube().mesh());
     MObject node = path.node();
     MObject data = make_mesh_data(cube().mesh());
@@ -255,7 +255,7 @@ TEST(FnMesh, RefusesWorldSpaceWithoutAPath) {
     EXPECT_EQ(points.length(), 2u);
 }
 
-TEST(FnMesh, GivesUnitNormals) {
+TEST(FnMesh, ReturnsUnitNormals) {
     const MDagPath path = make_mesh_node("box", cube().mesh(), moved_and_stretched());
     MFloatVectorArray normals;
     MVector normal;
@@ -266,7 +266,7 @@ TEST(FnMesh, GivesUnitNormals) {
     EXPECT_TRUE(MFnMesh(path).getPolygonNormal(6, normal) == MS::kInvalidParameter);
 }
 
-TEST(FnMesh, TurnsNormalsByTheInverseTranspose) {
+TEST(FnMesh, TransformsNormalsByTheInverseTranspose) {
     mesh_builder::Parts parts;
     parts.point(0, 0, 0);
     parts.point(1, 0, 1);
@@ -280,7 +280,7 @@ TEST(FnMesh, TurnsNormalsByTheInverseTranspose) {
     EXPECT_TRUE(normal.isEquivalent(MVector(-1, 0, 3).normal()));
 }
 
-TEST(FnMesh, GivesTheVerticesOfPolygonsAndEdges) {
+TEST(FnMesh, ReturnsTheVerticesOfPolygonsAndEdges) {
     MObject data = make_mesh_data(grid(2, 1).mesh());
     const MFnMesh mesh(data);
     MIntArray ids;
@@ -291,7 +291,7 @@ TEST(FnMesh, GivesTheVerticesOfPolygonsAndEdges) {
     EXPECT_EQ(ends[0] * 10 + ends[1], 14);
 }
 
-TEST(FnMesh, GivesTriangles) {
+TEST(FnMesh, ReturnsTriangles) {
     MObject data = make_mesh_data(grid(2, 1).mesh());
     const MFnMesh mesh(data);
     MIntArray counts;
@@ -304,7 +304,7 @@ TEST(FnMesh, GivesTriangles) {
     EXPECT_EQ(triangle[1], 5);
 }
 
-TEST(FnMesh, RefusesIdsOutOfRange) {
+TEST(FnMesh, RejectsIdsOutOfRange) {
     MObject data = make_mesh_data(cube().mesh());
     const MFnMesh mesh(data);
     MIntArray ids;
@@ -323,7 +323,7 @@ TEST(FnMesh, RefusesIdsOutOfRange) {
 
 // === Names and paths =============================================================================
 
-TEST(FnMesh, HasANameOnANodeOnly) {
+TEST(FnMesh, HasANameOnNodesOnly) {
     const MDagPath path = make_mesh_node("box", cube().mesh());
     MObject data = make_mesh_data(cube().mesh());
     MStatus status;
@@ -334,7 +334,7 @@ TEST(FnMesh, HasANameOnANodeOnly) {
     EXPECT_TRUE(status.error());
 }
 
-TEST(FnMesh, FindsAPathForANodeOnly) {
+TEST(FnMesh, FindsAPathForNodesOnly) {
     const MDagPath path = make_mesh_node("box", cube().mesh());
     MObject node = path.node();
     MObject data = make_mesh_data(cube().mesh());
@@ -345,7 +345,7 @@ TEST(FnMesh, FindsAPathForANodeOnly) {
     EXPECT_TRUE(found == path);
 }
 
-TEST(FnMesh, KnowsItsPathOnlyWhenAttachedWithOne) {
+TEST(FnMesh, HasADagPathOnlyIfAttachedWithOne) {
     const MDagPath path = make_mesh_node("box", cube().mesh());
     MObject node = path.node();
     MStatus status;
@@ -357,7 +357,7 @@ TEST(FnMesh, KnowsItsPathOnlyWhenAttachedWithOne) {
 
 // === Objects and paths ===========================================================================
 
-TEST(Object, IsNullAtFirst) {
+TEST(Object, IsNullByDefault) {
     EXPECT_TRUE(MObject().isNull());
     EXPECT_TRUE(MObject() == MObject::kNullObj);
     EXPECT_FALSE(MObject().hasFn(MFn::kMesh));
@@ -365,14 +365,14 @@ TEST(Object, IsNullAtFirst) {
     EXPECT_STREQ(MObject().apiTypeStr(), "kInvalid");
 }
 
-TEST(Object, EqualsHandlesOnTheSameThing) {
+TEST(Object, EqualsOtherHandlesToTheSameObject) {
     const MObject a = make_mesh_data(cube().mesh());
     const MObject b = a;
     EXPECT_TRUE(a == b);
     EXPECT_TRUE(a != make_mesh_data(cube().mesh()));
 }
 
-TEST(Object, KnowsWhichFunctionSetsFit) {
+TEST(Object, HasTheFunctionSetsOfItsType) {
     const MDagPath path = make_mesh_node("box", cube().mesh());
     EXPECT_TRUE(path.node().hasFn(MFn::kMesh));
     EXPECT_TRUE(path.node().hasFn(MFn::kDagNode));
@@ -385,7 +385,7 @@ TEST(Object, KnowsWhichFunctionSetsFit) {
     EXPECT_FALSE(data.hasFn(MFn::kDependencyNode));
 }
 
-TEST(ObjectHandle, IsNeitherValidNorAliveOnNothing) {
+TEST(ObjectHandle, OfTheNullObjectIsNeitherValidNorAlive) {
     const MObjectHandle handle;
     EXPECT_FALSE(handle.isValid());
     EXPECT_FALSE(handle.isAlive());
@@ -393,7 +393,7 @@ TEST(ObjectHandle, IsNeitherValidNorAliveOnNothing) {
     EXPECT_EQ(handle.hashCode(), 0u);
 }
 
-TEST(ObjectHandle, GivesTheObjectThatItWatches) {
+TEST(ObjectHandle, ReturnsItsObject) {
     const MObject data = make_mesh_data(cube().mesh());
     const MObjectHandle handle(data);
     EXPECT_TRUE(handle.isValid());
@@ -404,7 +404,7 @@ TEST(ObjectHandle, GivesTheObjectThatItWatches) {
     EXPECT_EQ(handle.hashCode(), MObjectHandle(data).hashCode());
 }
 
-TEST(DagPath, IsInvalidAtFirst) {
+TEST(DagPath, IsInvalidByDefault) {
     const MDagPath path;
     MStatus status;
     EXPECT_FALSE(path.isValid());
@@ -414,7 +414,7 @@ TEST(DagPath, IsInvalidAtFirst) {
     EXPECT_TRUE(status.error());
 }
 
-TEST(DagPath, NamesTheWayFromTheTop) {
+TEST(DagPath, NamesItsNodesFromTheTopLevelDown) {
     const MDagPath path = make_mesh_node("box", cube().mesh());
     EXPECT_EQ(path.fullPathName(), "|box|boxShape");
     EXPECT_EQ(path.length(), 2u);
@@ -433,7 +433,7 @@ TEST(DagPath, ExtendsFromATransformToItsOnlyShape) {
     EXPECT_TRUE(path.node() == shape);
 }
 
-TEST(DagPath, RefusesToGoWhereNothingIs) {
+TEST(DagPath, RejectsStepsToNodesThatAreNotThere) {
     MDagPath path = make_mesh_node("box", cube().mesh());
     const MObject kept = path.transform();
     EXPECT_TRUE(path.pop(3) == MS::kInvalidParameter);
@@ -444,7 +444,7 @@ TEST(DagPath, RefusesToGoWhereNothingIs) {
     EXPECT_TRUE(MDagPath().extendToShape().error());
 }
 
-TEST(DagPath, IncludesTheEndsMatrixOrNot) {
+TEST(DagPath, InclusiveMatrixIncludesTheTransformAtItsEnd) {
     MDagPath path = make_mesh_node("box", cube().mesh(), moved_and_stretched());
     EXPECT_EQ(path.inclusiveMatrix(), moved_and_stretched());
     EXPECT_EQ(path.exclusiveMatrix(), moved_and_stretched());
@@ -454,7 +454,7 @@ TEST(DagPath, IncludesTheEndsMatrixOrNot) {
     EXPECT_EQ(path.exclusiveMatrix(), MMatrix::identity);
 }
 
-TEST(DagPath, IsNotFoundForData) {
+TEST(DagPath, DoesNotExistForData) {
     MDagPath path = make_mesh_node("box", cube().mesh());
     EXPECT_TRUE(MDagPath::getAPathTo(make_mesh_data(cube().mesh()), path).error());
     EXPECT_EQ(path.fullPathName(), "|box|boxShape");

@@ -33,7 +33,7 @@ MMatrix lifted() {
     return matrix;
 }
 
-/// Two quads side by side: 3 4 5 over 0 1 2.
+/// Two quads side by side: vertices 3 4 5 above 0 1 2.
 class Iterators : public testing::Test {
 protected:
     Iterators() {
@@ -42,7 +42,7 @@ protected:
         data = host::make_mesh_data(value);
         path = host::make_mesh_node("strip", value, lifted());
     }
-    /// Maps both quads; the right one has UVs of its own unless they are `shared`.
+    /// Assigns UVs to both quads; they share the UVs of their common edge if `shared`.
     void map_corners(bool shared) {
         MFnMesh mesh(data);
         for (int i = 0; i < 12; ++i)
@@ -62,7 +62,7 @@ protected:
 
 // === Polygons ====================================================================================
 
-TEST_F(Iterators, VisitPolygonsInTheOrderOfIds) {
+TEST_F(Iterators, VisitPolygonsInIdOrder) {
     MItMeshPolygon polygons(data);
     EXPECT_EQ(polygons.count(), 2u);
     Ints visited;
@@ -74,7 +74,7 @@ TEST_F(Iterators, VisitPolygonsInTheOrderOfIds) {
     EXPECT_EQ(polygons.index(), 0u);
 }
 
-TEST_F(Iterators, RefuseToAttachToWhatIsNoMesh) {
+TEST_F(Iterators, RejectObjectsWithoutAMesh) {
     MStatus status;
     EXPECT_TRUE(MItMeshPolygon(nothing, &status).isDone());
     EXPECT_TRUE(status == MS::kInvalidParameter);
@@ -84,7 +84,7 @@ TEST_F(Iterators, RefuseToAttachToWhatIsNoMesh) {
     EXPECT_TRUE(status == MS::kInvalidParameter);
 }
 
-TEST_F(Iterators, RefuseComponents) {
+TEST_F(Iterators, RejectComponents) {
     MStatus status;
     MItMeshPolygon(path, data, &status);
     EXPECT_TRUE(status == MS::kInvalidParameter);
@@ -98,7 +98,7 @@ TEST_F(Iterators, RefuseComponents) {
     EXPECT_TRUE(status == MS::kInvalidParameter);
 }
 
-TEST_F(Iterators, AttachToThePathOfATransform) {
+TEST_F(Iterators, AttachToTheTransformAboveAShape) {
     const MObject kept = path.transform();
     path.pop();
     MStatus status;
@@ -106,7 +106,7 @@ TEST_F(Iterators, AttachToThePathOfATransform) {
     EXPECT_TRUE(status);
 }
 
-TEST_F(Iterators, FailEverywhereOnceDone) {
+TEST_F(Iterators, FailInEveryMethodOnceDone) {
     MItMeshPolygon polygons(data);
     polygons.next();
     polygons.next();
@@ -125,7 +125,7 @@ TEST_F(Iterators, FailEverywhereOnceDone) {
     EXPECT_EQ(count, 5);
 }
 
-TEST_F(Iterators, JumpAndTellWhereTheyWere) {
+TEST_F(Iterators, SetIndexReturnsThePreviousIndex) {
     MItMeshPolygon polygons(data);
     EXPECT_TRUE(polygons.setIndex(1, previous));
     EXPECT_EQ(previous, 0);
@@ -135,7 +135,7 @@ TEST_F(Iterators, JumpAndTellWhereTheyWere) {
     EXPECT_EQ(previous, 0);
 }
 
-TEST_F(Iterators, StartOverOnAnotherMesh) {
+TEST_F(Iterators, RestartOnAnotherMesh) {
     MItMeshPolygon polygons(data);
     polygons.next();
     EXPECT_TRUE(polygons.reset(host::make_mesh_data(mesh_builder::cube().mesh())));
@@ -143,7 +143,7 @@ TEST_F(Iterators, StartOverOnAnotherMesh) {
     EXPECT_EQ(polygons.count(), 6u);
 }
 
-TEST_F(Iterators, GiveVerticesInWindingOrder) {
+TEST_F(Iterators, ReturnVerticesInWindingOrder) {
     MItMeshPolygon polygons(data);
     polygons.setIndex(1, previous);
     MIntArray ids;
@@ -156,7 +156,7 @@ TEST_F(Iterators, GiveVerticesInWindingOrder) {
     EXPECT_TRUE(status == MS::kInvalidParameter);
 }
 
-TEST_F(Iterators, GivePolygonPoints) {
+TEST_F(Iterators, ReturnPolygonPoints) {
     MItMeshPolygon polygons(path);
     MPointArray points;
     EXPECT_TRUE(polygons.getPoints(points, MSpace::kWorld));
@@ -166,7 +166,7 @@ TEST_F(Iterators, GivePolygonPoints) {
     EXPECT_EQ(points[2], MPoint(1, 1, 0));
 }
 
-TEST_F(Iterators, GiveUnitNormals) {
+TEST_F(Iterators, ReturnUnitNormals) {
     MVector normal;
     EXPECT_TRUE(MItMeshPolygon(path).getNormal(normal, MSpace::kWorld));
     EXPECT_EQ(normal, MVector(0, 0, 1));
@@ -175,7 +175,7 @@ TEST_F(Iterators, GiveUnitNormals) {
     EXPECT_TRUE(MItMeshPolygon(data).getNormal(normal, MSpace::kWorld).error());
 }
 
-TEST_F(Iterators, GiveTrianglesWithIdsAndPoints) {
+TEST_F(Iterators, ReturnTrianglesWithIdsAndPoints) {
     MItMeshPolygon polygons(data);
     int count = 0;
     EXPECT_TRUE(polygons.numTriangles(count));
@@ -190,7 +190,7 @@ TEST_F(Iterators, GiveTrianglesWithIdsAndPoints) {
     EXPECT_TRUE(polygons.getTriangle(-1, points, ids) == MS::kInvalidParameter);
 }
 
-TEST_F(Iterators, GiveAllTrianglesAtOnce) {
+TEST_F(Iterators, ReturnAllTrianglesAtOnce) {
     MPointArray points;
     MIntArray ids;
     EXPECT_TRUE(MItMeshPolygon(path).getTriangles(points, ids, MSpace::kWorld));
@@ -199,7 +199,7 @@ TEST_F(Iterators, GiveAllTrianglesAtOnce) {
     EXPECT_EQ(points[1], MPoint(2, 0, 10));
 }
 
-TEST_F(Iterators, TellWhetherATriangulationIsValid) {
+TEST_F(Iterators, ReportWhetherATriangulationIsValid) {
     EXPECT_TRUE(MItMeshPolygon(data).hasValidTriangulation());
     const MObject bow_tie =
         host::make_mesh_data(mesh_builder::outline({{0, 0}, {2, 1}, {2, 0}, {0, 1.5}}).mesh());
@@ -210,7 +210,7 @@ TEST_F(Iterators, TellWhetherATriangulationIsValid) {
     EXPECT_EQ(count, 2);
 }
 
-TEST_F(Iterators, GivePolygonEdgesAndBoundaries) {
+TEST_F(Iterators, ReturnPolygonEdgesAndBoundaries) {
     MItMeshPolygon polygons(data);
     MIntArray edges;
     EXPECT_TRUE(polygons.getEdges(edges));
@@ -224,7 +224,7 @@ TEST_F(Iterators, GivePolygonEdgesAndBoundaries) {
     EXPECT_TRUE(MItMeshPolygon(needle).zeroArea());
 }
 
-TEST_F(Iterators, TellWhetherAPolygonIsMapped) {
+TEST_F(Iterators, ReportWhetherAPolygonIsMapped) {
     MItMeshPolygon polygons(data);
     int uv = 9;
     EXPECT_FALSE(polygons.hasUVs());
@@ -243,7 +243,7 @@ TEST_F(Iterators, TellWhetherAPolygonIsMapped) {
 
 // === Edges =======================================================================================
 
-TEST_F(Iterators, VisitEdgesInTheOrderOfIds) {
+TEST_F(Iterators, VisitEdgesInIdOrder) {
     MItMeshEdge edges(data);
     EXPECT_EQ(edges.count(), 7);
     Ints visited;
@@ -256,7 +256,7 @@ TEST_F(Iterators, VisitEdgesInTheOrderOfIds) {
     EXPECT_TRUE(edges.reset(data));
 }
 
-TEST_F(Iterators, GiveBothEndsOfAnEdge) {
+TEST_F(Iterators, ReturnBothEndsOfAnEdge) {
     MItMeshEdge edges(data);
     edges.setIndex(1, previous);
     EXPECT_EQ(edges.index(0), 1);
@@ -267,7 +267,7 @@ TEST_F(Iterators, GiveBothEndsOfAnEdge) {
     EXPECT_EQ(edges.point(1), MPoint(1, 1, 0));
 }
 
-TEST_F(Iterators, MeasureEdges) {
+TEST_F(Iterators, ReturnEdgeLengths) {
     MItMeshEdge edges(path);
     double length = 0.0;
     EXPECT_TRUE(edges.getLength(length));
@@ -277,7 +277,7 @@ TEST_F(Iterators, MeasureEdges) {
     EXPECT_EQ(edges.point(1, MSpace::kWorld), MPoint(2, 0, 10));
 }
 
-TEST_F(Iterators, GiveTheFacesOfAnEdge) {
+TEST_F(Iterators, ReturnTheFacesOfAnEdge) {
     MItMeshEdge edges(data);
     MIntArray faces;
     MStatus status;
@@ -292,7 +292,7 @@ TEST_F(Iterators, GiveTheFacesOfAnEdge) {
     EXPECT_TRUE(edges.onBoundary());
 }
 
-TEST_F(Iterators, GiveAllFacesOfABranchingEdge) {
+TEST_F(Iterators, ReturnAllFacesOfANonManifoldEdge) {
     mesh_builder::Parts parts = mesh_builder::grid(1, 1);
     const std::uint32_t tip = parts.point(0, 0, 1);
     parts.polygon({0, 1, tip});
@@ -304,7 +304,7 @@ TEST_F(Iterators, GiveAllFacesOfABranchingEdge) {
     EXPECT_EQ(sorted(faces), (Ints{0, 1, 2}));
 }
 
-TEST_F(Iterators, RefuseEdgesOutOfRange) {
+TEST_F(Iterators, RejectEdgesOutOfRange) {
     MItMeshEdge edges(data);
     EXPECT_TRUE(edges.setIndex(7, previous).error());
     EXPECT_TRUE(edges.setIndex(-1, previous).error());
@@ -313,7 +313,7 @@ TEST_F(Iterators, RefuseEdgesOutOfRange) {
 
 // === Vertices ====================================================================================
 
-TEST_F(Iterators, VisitVerticesInTheOrderOfIds) {
+TEST_F(Iterators, VisitVerticesInIdOrder) {
     MItMeshVertex vertices(data);
     EXPECT_EQ(vertices.count(), 6);
     int visited = 0;
@@ -326,7 +326,7 @@ TEST_F(Iterators, VisitVerticesInTheOrderOfIds) {
     EXPECT_EQ(vertices.index(), 0);
 }
 
-TEST_F(Iterators, GivePositions) {
+TEST_F(Iterators, ReturnPositions) {
     MItMeshVertex vertices(path);
     vertices.setIndex(5, previous);
     EXPECT_EQ(vertices.position(), MPoint(2, 1, 0));
@@ -336,7 +336,7 @@ TEST_F(Iterators, GivePositions) {
     EXPECT_TRUE(status.error());
 }
 
-TEST_F(Iterators, GiveWhatSurroundsAVertex) {
+TEST_F(Iterators, ReturnTheNeighbourhoodOfAVertex) {
     MItMeshVertex vertices(data);
     vertices.setIndex(4, previous);
     MIntArray ids;
@@ -354,7 +354,7 @@ TEST_F(Iterators, GiveWhatSurroundsAVertex) {
     EXPECT_TRUE(vertices.onBoundary());
 }
 
-TEST_F(Iterators, NameAFaceOnceThatComesByTwice) {
+TEST_F(Iterators, ListAFaceOnceThatVisitsTheVertexTwice) {
     mesh_builder::Parts parts;
     for (int i = 0; i < 5; ++i)
         parts.point(i, i % 2, 0);
@@ -367,7 +367,7 @@ TEST_F(Iterators, NameAFaceOnceThatComesByTwice) {
     EXPECT_EQ(list(ids), (Ints{0}));
 }
 
-TEST_F(Iterators, GiveALonelyVertexNothing) {
+TEST_F(Iterators, ReturnNoEdgesAtAnIsolatedVertex) {
     mesh_builder::Parts parts = mesh_builder::grid(1, 1);
     const std::uint32_t lonely = parts.point(9, 9, 9);
     MObject mesh = host::make_mesh_data(parts.mesh());
@@ -379,7 +379,7 @@ TEST_F(Iterators, GiveALonelyVertexNothing) {
     EXPECT_FALSE(vertices.onBoundary());
 }
 
-TEST_F(Iterators, ListOneUvPerMappedFaceWithItsFace) {
+TEST_F(Iterators, ReturnOneUvPerMappedFace) {
     map_corners(false);
     MItMeshVertex vertices(data);
     vertices.setIndex(4, previous);
@@ -395,7 +395,7 @@ TEST_F(Iterators, ListOneUvPerMappedFaceWithItsFace) {
     EXPECT_EQ(u[1], 0.1f * 10);
 }
 
-TEST_F(Iterators, ListEqualUvsAgain) {
+TEST_F(Iterators, RepeatEqualUvs) {
     map_corners(true);
     MItMeshVertex vertices(data);
     vertices.setIndex(4, previous);
@@ -407,7 +407,7 @@ TEST_F(Iterators, ListEqualUvsAgain) {
     EXPECT_EQ(count, 1);
 }
 
-TEST_F(Iterators, ListMappedFacesOnly) {
+TEST_F(Iterators, SkipUnmappedFaces) {
     MFnMesh mesh(data);
     mesh.setUV(0, 0.5f, 0.5f);
     mesh.assignUV(1, 0, 0); // vertex 1 of the right quad
@@ -423,7 +423,7 @@ TEST_F(Iterators, ListMappedFacesOnly) {
     EXPECT_EQ(list(faces), (Ints{1}));
 }
 
-TEST_F(Iterators, LeaveArraysAloneWhereNothingIsMapped) {
+TEST_F(Iterators, LeaveArraysUnchangedWhereNoFaceIsMapped) {
     MItMeshVertex vertices(data);
     MIntArray ids(2, 7);
     MIntArray faces(2, 8);
@@ -443,7 +443,7 @@ TEST_F(Iterators, LeaveArraysAloneWhereNothingIsMapped) {
     EXPECT_TRUE(vertices.numUVs(count, &unknown) == MS::kInvalidParameter);
 }
 
-TEST_F(Iterators, GiveTheUvThatAllFacesShare) {
+TEST_F(Iterators, ReturnTheUvSharedByAllFaces) {
     map_corners(true);
     MItMeshVertex vertices(data);
     vertices.setIndex(4, previous);
@@ -457,7 +457,7 @@ TEST_F(Iterators, GiveTheUvThatAllFacesShare) {
     EXPECT_TRUE(vertices.getUV(2, uv) == MS::kInvalidParameter);
 }
 
-TEST_F(Iterators, SeeChangesOfTheMeshTheyWalk) {
+TEST_F(Iterators, SeeChangesOfTheMesh) {
     MItMeshVertex vertices(data);
     map_corners(true);
     MIntArray ids;

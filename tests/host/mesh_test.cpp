@@ -25,25 +25,26 @@ using Ids = std::vector<std::uint32_t>;
 
 // === Orientation =================================================================================
 
-TEST(Orientation, TellsTheTurn) {
+TEST(Orientation, IsTheSignOfTheTurn) {
     EXPECT_EQ(host::orientation({0, 0}, {1, 0}, {0, 1}), 1);
     EXPECT_EQ(host::orientation({0, 0}, {0, 1}, {1, 0}), -1);
     EXPECT_EQ(host::orientation({0, 0}, {1, 1}, {2, 2}), 0);
 }
 
-TEST(Orientation, IsExactWhereRoundingErrs) {
-    // Points near a line, off it by the last digit of a number.
+TEST(Orientation, IsExactWhereRoundingGivesWrongSigns) {
+    // Points on or near a line, at distances of one unit in the last place.
     const double step = std::ldexp(1.0, -53);
     for (int i = 0; i < 64; ++i)
         for (int j = 0; j < 64; ++j) {
-            // Right of the diagonal when x is larger; the diagonal then is on its left.
+            // Turns left if the point is below the line through the other two, that is, if x is
+            // larger.
             const host::Point2 p{0.5 + i * step, 0.5 + j * step};
             const int expected = i == j ? 0 : (i > j ? 1 : -1);
             EXPECT_EQ(host::orientation(p, {24, 24}, {12, 12}), expected) << i << ' ' << j;
         }
 }
 
-TEST(Orientation, ChangesSignWithTheOrderOfPoints) {
+TEST(Orientation, ChangesSignWhenPointsAreSwapped) {
     const host::Point2 a{0.1, 0.3};
     const host::Point2 b{0.2, 0.6000000000000001};
     const host::Point2 c{0.30000000000000004, 0.8999999999999999};
@@ -63,24 +64,24 @@ TEST(Connectivity, CountsTheEdgesOfACube) {
     EXPECT_EQ(mesh.connectivity().corner_count(), 24u);
 }
 
-TEST(Connectivity, NumbersEdgesInTheOrderOfTheCorners) {
+TEST(Connectivity, NumbersEdgesInCornerOrder) {
     const Mesh mesh = grid(2, 1).mesh();
     EXPECT_EQ(list(mesh.connectivity().polygon_edges(0)), (Ids{0, 1, 2, 3}));
     EXPECT_EQ(list(mesh.connectivity().polygon_edges(1)), (Ids{4, 5, 6, 1}));
 }
 
-TEST(Connectivity, PointsEdgesTheWayTheyWereMet) {
+TEST(Connectivity, DirectsEdgesAsFirstVisited) {
     const Mesh mesh = grid(2, 1).mesh();
     EXPECT_EQ(mesh.connectivity().edge(1), (std::pair<std::uint32_t, std::uint32_t>(1, 4)));
 }
 
-TEST(Connectivity, GivesAnEdgeBothItsPolygons) {
+TEST(Connectivity, ListsBothPolygonsOfAnEdge) {
     const Mesh mesh = grid(2, 1).mesh();
     EXPECT_EQ(list(mesh.connectivity().edge_polygons(1)), (Ids{0, 1}));
     EXPECT_EQ(list(mesh.connectivity().edge_polygons(0)), (Ids{0}));
 }
 
-TEST(Connectivity, GivesABranchingEdgeAllItsPolygons) {
+TEST(Connectivity, ListsAllPolygonsOfANonManifoldEdge) {
     Parts parts;
     for (int i = 0; i < 5; ++i)
         parts.point(i, i * i, 0);
@@ -91,7 +92,7 @@ TEST(Connectivity, GivesABranchingEdgeAllItsPolygons) {
     EXPECT_EQ(list(mesh.connectivity().edge_polygons(0)), (Ids{0, 1, 2}));
 }
 
-TEST(Connectivity, ListsThePolygonThatRunsAlongAnEdgeTwiceOnce) {
+TEST(Connectivity, ListsAPolygonOnceThatVisitsAnEdgeTwice) {
     Parts parts;
     for (int i = 0; i < 5; ++i)
         parts.point(i, i % 2, 0);
@@ -103,7 +104,7 @@ TEST(Connectivity, ListsThePolygonThatRunsAlongAnEdgeTwiceOnce) {
     EXPECT_EQ(list(mesh.connectivity().vertex_corners(1)), (Ids{1, 3}));
 }
 
-TEST(Connectivity, KeepsAnEdgeFromAVertexToItselfOnce) {
+TEST(Connectivity, ListsAnEdgeFromAVertexToItselfOnce) {
     Parts parts;
     for (int i = 0; i < 3; ++i)
         parts.point(i, i % 2, 0);
@@ -112,7 +113,7 @@ TEST(Connectivity, KeepsAnEdgeFromAVertexToItselfOnce) {
     EXPECT_EQ(list(mesh.connectivity().vertex_edges(0)), (Ids{0, 1, 3}));
 }
 
-TEST(Connectivity, GivesAVertexWithoutPolygonsNothing) {
+TEST(Connectivity, ListsNoEdgesAtAnIsolatedVertex) {
     Parts parts = grid(1, 1);
     const std::uint32_t lonely = parts.point(9, 9, 9);
     const Mesh mesh = parts.mesh();
@@ -120,14 +121,14 @@ TEST(Connectivity, GivesAVertexWithoutPolygonsNothing) {
     EXPECT_EQ(mesh.connectivity().vertex_corners(lonely).size(), 0u);
 }
 
-TEST(Connectivity, GivesAHubAllItsEdges) {
+TEST(Connectivity, ListsAllEdgesOfAHub) {
     const Mesh mesh = fan(20000).mesh();
     EXPECT_EQ(mesh.connectivity().vertex_edges(0).size(), 20000u);
     EXPECT_EQ(mesh.connectivity().vertex_corners(0).size(), 20000u);
     EXPECT_EQ(mesh.connectivity().edge_count(), 40000u);
 }
 
-TEST(Connectivity, AgreesWithASlowCountOnAMixedMesh) {
+TEST(Connectivity, AgreesWithABruteForceCountOnAMixedMesh) {
     Parts parts = cube();
     parts.polygon({0, 7, 3});
     parts.polygon({0, 7, 5, 2, 6});
@@ -162,7 +163,7 @@ MStatus make(const std::vector<std::uint32_t>& counts, const std::vector<std::ui
     return Mesh::make(std::vector<Float3>(4), counts, vertices, mesh);
 }
 
-TEST(Mesh, IsEmptyAtFirst) {
+TEST(Mesh, IsEmptyByDefault) {
     const Mesh mesh;
     EXPECT_EQ(mesh.connectivity().polygon_count(), 0u);
     EXPECT_TRUE(mesh.points().empty());
@@ -170,25 +171,23 @@ TEST(Mesh, IsEmptyAtFirst) {
     EXPECT_EQ(mesh.current_uv_set(), -1);
 }
 
-TEST(Mesh, RefusesAPolygonOfTwoCorners) { EXPECT_TRUE(make({2}, {0, 1}) == MS::kInvalidParameter); }
-TEST(Mesh, RefusesAVertexThatDoesNotExist) {
-    EXPECT_TRUE(make({3}, {0, 1, 4}) == MS::kInvalidParameter);
-}
-TEST(Mesh, RefusesTooFewOrTooManyCorners) {
+TEST(Mesh, RejectsAPolygonOfTwoCorners) { EXPECT_TRUE(make({2}, {0, 1}) == MS::kInvalidParameter); }
+TEST(Mesh, RejectsAVertexOutOfRange) { EXPECT_TRUE(make({3}, {0, 1, 4}) == MS::kInvalidParameter); }
+TEST(Mesh, RejectsTooFewOrTooManyCorners) {
     EXPECT_TRUE(make({3}, {0, 1}) == MS::kInvalidParameter);
     EXPECT_TRUE(make({3}, {0, 1, 2, 3}) == MS::kInvalidParameter);
 }
-TEST(Mesh, RefusesCountsThatOverflowTogether) {
+TEST(Mesh, RejectsCountsWhoseSumOverflows) {
     EXPECT_TRUE(make({0x80000000u, 0x80000003u}, {0, 1, 2}) == MS::kInvalidParameter);
 }
 
-TEST(Mesh, KeepsTheOldMeshWhenMakingFails) {
+TEST(Mesh, IsUnchangedWhenMakingFails) {
     Mesh mesh = cube().mesh();
     EXPECT_TRUE(Mesh::make({}, {3}, {0, 1, 2}, mesh).error());
     EXPECT_EQ(mesh.connectivity().polygon_count(), 6u);
 }
 
-TEST(Mesh, TakesPointsWithoutPolygons) {
+TEST(Mesh, MayHavePointsWithoutPolygons) {
     Mesh mesh;
     EXPECT_TRUE(Mesh::make(std::vector<Float3>(3), {}, {}, mesh));
     EXPECT_EQ(mesh.points().size(), 3u);
@@ -204,7 +203,7 @@ TEST(Mesh, SharesItsStorageWithCopies) {
     EXPECT_EQ(a.points().data(), b.points().data());
 }
 
-TEST(Mesh, PartsFromACopyWhenItsPointsChange) {
+TEST(Mesh, CopiesAreIndependentOncePointsChange) {
     const Mesh a = cube().mesh();
     Mesh b = a;
     std::vector<Float3> points = a.points();
@@ -215,13 +214,13 @@ TEST(Mesh, PartsFromACopyWhenItsPointsChange) {
     EXPECT_EQ(&a.connectivity(), &b.connectivity());
 }
 
-TEST(Mesh, RefusesPointsOfAnotherNumber) {
+TEST(Mesh, RejectsADifferentNumberOfPoints) {
     Mesh mesh = cube().mesh();
     EXPECT_TRUE(mesh.set_points(std::vector<Float3>(7)) == MS::kInvalidParameter);
     EXPECT_EQ(mesh.points().size(), 8u);
 }
 
-TEST(Mesh, PartsFromACopyWhenAUvSetIsWritten) {
+TEST(Mesh, CopiesAreIndependentOnceAUvSetIsWritten) {
     Mesh a = cube().mesh();
     a.add_uv_set("one");
     a.add_uv_set("two");
@@ -232,7 +231,7 @@ TEST(Mesh, PartsFromACopyWhenAUvSetIsWritten) {
     EXPECT_EQ(&a.uv_set(1), &b.uv_set(1));
 }
 
-TEST(Mesh, WritesInPlaceWhenNobodyShares) {
+TEST(Mesh, WritesInPlaceUnlessShared) {
     Mesh mesh = cube().mesh();
     mesh.add_uv_set("one");
     const host::UvSet* const place = &mesh.uv_set(0);
@@ -240,13 +239,13 @@ TEST(Mesh, WritesInPlaceWhenNobodyShares) {
     EXPECT_EQ(&mesh.uv_set(0), place);
 }
 
-TEST(Mesh, TriangulatesOnceForAllCopies) {
+TEST(Mesh, SharesTriangulationWithCopies) {
     const Mesh a = cube().mesh();
     const Mesh b = a;
     EXPECT_EQ(a.triangles(0).begin(), b.triangles(0).begin());
 }
 
-TEST(Mesh, TriangulatesAnewWhenPointsChange) {
+TEST(Mesh, TriangulatesAgainWhenPointsChange) {
     Mesh mesh = grid(1, 1).mesh();
     EXPECT_EQ(list(mesh.triangles(0)), (Ids{0, 1, 2, 0, 2, 3}));
     EXPECT_TRUE(mesh.set_points({{0, 0, 0}, {3, -1, 0}, {3, 1, 0}, {4, 0, 0}}));
@@ -277,7 +276,7 @@ TEST(Mesh, KeepsNormalsExactFarFromTheOrigin) {
     EXPECT_EQ(parts.mesh().normal(3), MVector(0, 1, 0));
 }
 
-TEST(Mesh, AveragesTheNormalOfAPolygonThatIsNotFlat) {
+TEST(Mesh, AveragesTheNormalOfANonPlanarPolygon) {
     Parts parts;
     parts.point(0, 0, 0);
     parts.point(1, 0, 1);
@@ -289,12 +288,12 @@ TEST(Mesh, AveragesTheNormalOfAPolygonThatIsNotFlat) {
 
 // === UV sets =====================================================================================
 
-TEST(Mesh, NamesASetMap1WhenNoNameIsGiven) {
+TEST(Mesh, NamesAUvSetMap1ByDefault) {
     Mesh mesh = cube().mesh();
     EXPECT_EQ(mesh.uv_set(mesh.add_uv_set("")).name, "map1");
 }
 
-TEST(Mesh, CountsUpNamesThatAreTaken) {
+TEST(Mesh, MakesUvSetNamesUnique) {
     Mesh mesh = cube().mesh();
     mesh.add_uv_set("map1");
     EXPECT_EQ(mesh.uv_set(mesh.add_uv_set("map1")).name, "map2");
@@ -303,14 +302,14 @@ TEST(Mesh, CountsUpNamesThatAreTaken) {
     EXPECT_EQ(mesh.uv_set(mesh.add_uv_set("uv")).name, "uv1");
 }
 
-TEST(Mesh, MakesTheFirstSetCurrent) {
+TEST(Mesh, MakesTheFirstUvSetCurrent) {
     Mesh mesh = cube().mesh();
     mesh.add_uv_set("one");
     mesh.add_uv_set("two");
     EXPECT_EQ(mesh.current_uv_set(), 0);
 }
 
-TEST(Mesh, FindsSetsByName) {
+TEST(Mesh, FindsUvSetsByName) {
     Mesh mesh = cube().mesh();
     mesh.add_uv_set("one");
     mesh.add_uv_set("two");
@@ -318,7 +317,7 @@ TEST(Mesh, FindsSetsByName) {
     EXPECT_EQ(mesh.find_uv_set("three"), -1);
 }
 
-TEST(Mesh, KeepsTheCurrentSetWhenAnotherGoes) {
+TEST(Mesh, KeepsTheCurrentUvSetWhenAnotherIsRemoved) {
     Mesh mesh = cube().mesh();
     mesh.add_uv_set("one");
     mesh.add_uv_set("two");
@@ -327,14 +326,14 @@ TEST(Mesh, KeepsTheCurrentSetWhenAnotherGoes) {
     EXPECT_EQ(mesh.uv_set(static_cast<std::uint32_t>(mesh.current_uv_set())).name, "two");
 }
 
-TEST(Mesh, HasNoCurrentSetOnceTheLastIsGone) {
+TEST(Mesh, HasNoCurrentUvSetWithoutUvSets) {
     Mesh mesh = cube().mesh();
     mesh.add_uv_set("one");
     mesh.remove_uv_set(0);
     EXPECT_EQ(mesh.current_uv_set(), -1);
 }
 
-TEST(Mesh, StartsASetWithEveryCornerUnmapped) {
+TEST(Mesh, NewUvSetsAreUnmapped) {
     Mesh mesh = cube().mesh();
     const auto& corners = mesh.uv_set(mesh.add_uv_set("one")).corner_uvs;
     EXPECT_EQ(corners, std::vector<std::int32_t>(24, -1));

@@ -49,7 +49,7 @@ protected:
     MFnMesh mesh;
 };
 
-TEST_F(FnMeshUvs, ListsSetsInTheOrderOfMaking) {
+TEST_F(FnMeshUvs, ListsSetsInOrderOfCreation) {
     MString name("second");
     mesh.createUVSetDataMesh(name);
     MStringArray names;
@@ -60,7 +60,7 @@ TEST_F(FnMeshUvs, ListsSetsInTheOrderOfMaking) {
     EXPECT_EQ(mesh.numUVSets(), 2);
 }
 
-TEST_F(FnMeshUvs, WritesBackTheNameThatItMadeUnique) {
+TEST_F(FnMeshUvs, WritesBackTheUniqueNameOfANewSet) {
     MString name("map1");
     EXPECT_TRUE(mesh.createUVSetDataMesh(name));
     EXPECT_EQ(name, "map2");
@@ -85,7 +85,7 @@ TEST_F(FnMeshUvs, CreatesShapeSetsOnShapesOnly) {
     EXPECT_TRUE(status.error());
 }
 
-TEST_F(FnMeshUvs, RefusesSetsPerInstance) {
+TEST_F(FnMeshUvs, RejectsPerInstanceSets) {
     const MDagPath path = host::make_mesh_node("box", mesh_builder::cube().mesh());
     const MUintArray instances(1, 0);
     MStatus status;
@@ -103,7 +103,7 @@ TEST_F(FnMeshUvs, SwitchesTheCurrentSet) {
     EXPECT_EQ(mesh.currentUVSetName(), "second");
 }
 
-TEST_F(FnMeshUvs, HasNoCurrentNameWithoutSets) {
+TEST_F(FnMeshUvs, HasNoCurrentSetNameWithoutSets) {
     MObject bare = host::make_mesh_data(mesh_builder::cube().mesh());
     EXPECT_EQ(MFnMesh(bare).currentUVSetName(), "");
     MStatus status;
@@ -117,7 +117,7 @@ TEST_F(FnMeshUvs, DeletesSets) {
     EXPECT_TRUE(mesh.deleteUVSet("map1") == MS::kInvalidParameter);
 }
 
-TEST_F(FnMeshUvs, RenamesSetsToNamesThatAreFree) {
+TEST_F(FnMeshUvs, RenamesSetsToFreeNamesOnly) {
     MString other("other");
     mesh.createUVSetDataMesh(other);
     EXPECT_TRUE(mesh.renameUVSet("map1", "other") == MS::kInvalidParameter);
@@ -127,7 +127,7 @@ TEST_F(FnMeshUvs, RenamesSetsToNamesThatAreFree) {
     EXPECT_EQ(mesh.currentUVSetName(), "base");
 }
 
-TEST_F(FnMeshUvs, StoresWhatItIsGiven) {
+TEST_F(FnMeshUvs, SetUVsStoresTheValues) {
     EXPECT_TRUE(mesh.setUVs(floats({0.0f, 0.25f}), floats({1.0f, 0.75f})));
     MFloatArray u;
     MFloatArray v;
@@ -138,12 +138,12 @@ TEST_F(FnMeshUvs, StoresWhatItIsGiven) {
     EXPECT_EQ(mesh.numUVs(), 2);
 }
 
-TEST_F(FnMeshUvs, RefusesListsOfTwoLengths) {
+TEST_F(FnMeshUvs, SetUVsRejectsListsOfDifferentLength) {
     EXPECT_TRUE(mesh.setUVs(floats({0, 1}), floats({0})) == MS::kInvalidParameter);
     EXPECT_EQ(mesh.numUVs(), 0);
 }
 
-TEST_F(FnMeshUvs, RefusesAShorterListUntilCleared) {
+TEST_F(FnMeshUvs, SetUVsRejectsAShorterListUntilCleared) {
     mesh.setUVs(floats({0, 1, 2}), floats({0, 1, 2}));
     EXPECT_TRUE(mesh.setUVs(floats({5}), floats({5})) == MS::kInvalidParameter);
     EXPECT_EQ(mesh.numUVs(), 3);
@@ -152,7 +152,7 @@ TEST_F(FnMeshUvs, RefusesAShorterListUntilCleared) {
     EXPECT_EQ(mesh.numUVs(), 1);
 }
 
-TEST_F(FnMeshUvs, GrowsWithALongerListAndKeepsAssignments) {
+TEST_F(FnMeshUvs, SetUVsGrowsTheListAndKeepsAssignments) {
     mesh.setUVs(floats({0}), floats({0}));
     mesh.assignUV(0, 2, 0);
     EXPECT_TRUE(mesh.setUVs(floats({3, 4}), floats({3, 4})));
@@ -161,7 +161,7 @@ TEST_F(FnMeshUvs, GrowsWithALongerListAndKeepsAssignments) {
     EXPECT_EQ(uv, 0);
 }
 
-TEST_F(FnMeshUvs, ClearsUvsAndAssignments) {
+TEST_F(FnMeshUvs, ClearUVsRemovesUvsAndAssignments) {
     mesh.setUVs(floats({0}), floats({0}));
     mesh.assignUV(0, 0, 0);
     EXPECT_TRUE(mesh.clearUVs());
@@ -171,13 +171,13 @@ TEST_F(FnMeshUvs, ClearsUvsAndAssignments) {
     EXPECT_EQ(uv, 7);
 }
 
-TEST_F(FnMeshUvs, GrowsForASingleUv) {
+TEST_F(FnMeshUvs, SetUVGrowsTheList) {
     EXPECT_TRUE(mesh.setUV(2, 0.5f, 0.25f));
     EXPECT_EQ(mesh.numUVs(), 3);
     EXPECT_TRUE(mesh.setUV(-1, 0, 0) == MS::kInvalidParameter);
 }
 
-TEST_F(FnMeshUvs, SetsSomeUvs) {
+TEST_F(FnMeshUvs, SetSomeUVsSetsUvsById) {
     EXPECT_TRUE(mesh.setSomeUVs(ints({3, 1}), floats({3, 1}), floats({30, 10})));
     MFloatArray u;
     MFloatArray v;
@@ -188,13 +188,13 @@ TEST_F(FnMeshUvs, SetsSomeUvs) {
     EXPECT_EQ(u[0], 0.0f);
 }
 
-TEST_F(FnMeshUvs, RefusesToSetSomeUvsFromWrongLists) {
+TEST_F(FnMeshUvs, SetSomeUVsRejectsInconsistentLists) {
     EXPECT_TRUE(mesh.setSomeUVs(ints({0, 1}), floats({0}), floats({0, 1})).error());
     EXPECT_TRUE(mesh.setSomeUVs(ints({0, -1}), floats({0, 1}), floats({0, 1})).error());
     EXPECT_EQ(mesh.numUVs(), 0);
 }
 
-TEST_F(FnMeshUvs, AssignsOneCorner) {
+TEST_F(FnMeshUvs, AssignUVAssignsOneCorner) {
     mesh.setUVs(floats({0, 1}), floats({0, 1}));
     EXPECT_TRUE(mesh.assignUV(1, 3, 1));
     int uv = -1;
@@ -203,7 +203,7 @@ TEST_F(FnMeshUvs, AssignsOneCorner) {
     EXPECT_TRUE(mesh.getPolygonUVid(1, 2, uv).error());
 }
 
-TEST_F(FnMeshUvs, RefusesToAssignAnythingOutOfRange) {
+TEST_F(FnMeshUvs, AssignUVRejectsIndicesOutOfRange) {
     mesh.setUVs(floats({0}), floats({0}));
     struct Case {
         int polygon, corner, uv;
@@ -214,20 +214,20 @@ TEST_F(FnMeshUvs, RefusesToAssignAnythingOutOfRange) {
     expect_assigned({0, 0}, {});
 }
 
-TEST_F(FnMeshUvs, AssignsAllCornersAtOnce) {
+TEST_F(FnMeshUvs, AssignUVsAssignsAllCorners) {
     mesh.setUVs(floats({0, 1, 2}), floats({0, 1, 2}));
     EXPECT_TRUE(mesh.assignUVs(ints({4, 4}), ints({0, 1, 2, 0, 2, 1, 0, 2})));
     expect_assigned({4, 4}, {0, 1, 2, 0, 2, 1, 0, 2});
 }
 
-TEST_F(FnMeshUvs, LeavesAFaceUnmappedOnACountOfZero) {
+TEST_F(FnMeshUvs, AssignUVsLeavesAFaceWithCountZeroUnmapped) {
     mesh.setUVs(floats({0}), floats({0}));
     mesh.assignUVs(ints({4, 4}), ints({0, 0, 0, 0, 0, 0, 0, 0}));
     EXPECT_TRUE(mesh.assignUVs(ints({0, 4}), ints({0, 0, 0, 0})));
     expect_assigned({0, 4}, {0, 0, 0, 0});
 }
 
-TEST_F(FnMeshUvs, RefusesToAssignFromWrongListsAndChangesNothing) {
+TEST_F(FnMeshUvs, AssignUVsRejectsInconsistentListsWithoutEffect) {
     mesh.setUVs(floats({0}), floats({0}));
     EXPECT_TRUE(mesh.assignUVs(ints({4}), ints({0, 0, 0, 0})).error());
     EXPECT_TRUE(mesh.assignUVs(ints({4, 3}), ints({0, 0, 0, 0, 0, 0, 0})).error());
@@ -245,7 +245,7 @@ TEST_F(FnMeshUvs, WorksOnANamedSet) {
     EXPECT_EQ(mesh.numUVs(), 0);
 }
 
-TEST_F(FnMeshUvs, RefusesASetThatDoesNotExist) {
+TEST_F(FnMeshUvs, RejectsAnUnknownSet) {
     const MString name("nowhere");
     MStatus status;
     MFloatArray u(1);
@@ -265,7 +265,7 @@ TEST_F(FnMeshUvs, RefusesASetThatDoesNotExist) {
     EXPECT_TRUE(status == MS::kInvalidParameter);
 }
 
-TEST_F(FnMeshUvs, RefusesAPolygonOrCornerOutOfRange) {
+TEST_F(FnMeshUvs, RejectsAPolygonOrCornerOutOfRange) {
     int uv = 5;
     EXPECT_TRUE(mesh.getPolygonUVid(2, 0, uv) == MS::kInvalidParameter);
     EXPECT_TRUE(mesh.getPolygonUVid(0, 4, uv) == MS::kInvalidParameter);

@@ -33,18 +33,18 @@ TEST_F(ProgressWindow, CanBeReservedOnce) {
     EXPECT_FALSE(MProgressWindow::reserve());
 }
 
-TEST_F(ProgressWindow, CannotBeReservedWhenNobodyShowsIt) {
+TEST_F(ProgressWindow, CannotBeReservedWithoutAListener) {
     host::set_progress_listener(nullptr);
     EXPECT_FALSE(MProgressWindow::reserve());
 }
 
-TEST_F(ProgressWindow, IsFreeAgainAfterItsEnd) {
+TEST_F(ProgressWindow, CanBeReservedAgainAfterItsEnd) {
     MProgressWindow::reserve();
     EXPECT_TRUE(MProgressWindow::endProgress());
     EXPECT_TRUE(MProgressWindow::reserve());
 }
 
-TEST_F(ProgressWindow, RefusesEveryChangeWithoutAReservation) {
+TEST_F(ProgressWindow, RejectsEveryChangeWithoutAReservation) {
     EXPECT_TRUE(MProgressWindow::startProgress().error());
     EXPECT_TRUE(MProgressWindow::endProgress().error());
     EXPECT_TRUE(MProgressWindow::setProgressRange(0, 10).error());
@@ -58,7 +58,7 @@ TEST_F(ProgressWindow, RefusesEveryChangeWithoutAReservation) {
     EXPECT_TRUE(recorder.seen.empty());
 }
 
-TEST_F(ProgressWindow, TellsTheListenerEveryChange) {
+TEST_F(ProgressWindow, NotifiesTheListenerOfEveryChange) {
     MProgressWindow::reserve();
     MProgressWindow::startProgress();
     MProgressWindow::setProgressRange(0, 10);
@@ -75,7 +75,7 @@ TEST_F(ProgressWindow, TellsTheListenerEveryChange) {
     EXPECT_FALSE(recorder.seen.back().is_shown);
 }
 
-TEST_F(ProgressWindow, KeepsItsValueInTheRange) {
+TEST_F(ProgressWindow, ClampsItsValueToTheRange) {
     MProgressWindow::reserve();
     MProgressWindow::setProgressRange(10, 20);
     EXPECT_EQ(MProgressWindow::progress(), 10);
@@ -94,13 +94,13 @@ TEST_F(ProgressWindow, KeepsItsValueInTheRange) {
     EXPECT_EQ(MProgressWindow::progressMax(), 15);
 }
 
-TEST_F(ProgressWindow, RefusesARangeUpsideDown) {
+TEST_F(ProgressWindow, RejectsAnInvertedRange) {
     MProgressWindow::reserve();
     EXPECT_TRUE(MProgressWindow::setProgressRange(5, 4) == MS::kInvalidParameter);
     EXPECT_EQ(MProgressWindow::progressMax(), 100);
 }
 
-TEST_F(ProgressWindow, GivesBackWhatItWasTold) {
+TEST_F(ProgressWindow, ReturnsTheValuesSet) {
     MProgressWindow::reserve();
     MProgressWindow::setTitle("Title");
     MProgressWindow::setProgressStatus("Status");
@@ -110,7 +110,7 @@ TEST_F(ProgressWindow, GivesBackWhatItWasTold) {
     EXPECT_TRUE(MProgressWindow::isInterruptable());
 }
 
-TEST_F(ProgressWindow, ForgetsEverythingAtItsEnd) {
+TEST_F(ProgressWindow, ResetsAtItsEnd) {
     MProgressWindow::reserve();
     MProgressWindow::setTitle("Title");
     MProgressWindow::setInterruptable(true);
@@ -119,7 +119,7 @@ TEST_F(ProgressWindow, ForgetsEverythingAtItsEnd) {
     EXPECT_FALSE(MProgressWindow::isInterruptable());
 }
 
-TEST_F(ProgressWindow, AsksForACancelOnlyWhenInterruptable) {
+TEST_F(ProgressWindow, CanBeCancelledOnlyIfInterruptable) {
     recorder.cancels = true;
     MProgressWindow::reserve();
     EXPECT_FALSE(MProgressWindow::isCancelled());
@@ -128,13 +128,13 @@ TEST_F(ProgressWindow, AsksForACancelOnlyWhenInterruptable) {
     EXPECT_TRUE(MProgressWindow::isCancelled());
 }
 
-TEST_F(ProgressWindow, FailsToTellACancelWithoutAReservation) {
+TEST_F(ProgressWindow, IsCancelledFailsWithoutAReservation) {
     MStatus status;
     EXPECT_FALSE(MProgressWindow::isCancelled(&status));
     EXPECT_TRUE(status.error());
 }
 
-TEST_F(ProgressWindow, ClosesForTheOldListenerWhenANewOneComes) {
+TEST_F(ProgressWindow, EndsForTheOldListenerWhenANewOneIsSet) {
     Recorder other;
     MProgressWindow::reserve();
     MProgressWindow::startProgress();

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(Status, IsSuccessAtFirst) {
+TEST(Status, IsSuccessByDefault) {
     const MStatus status;
     EXPECT_TRUE(status);
     EXPECT_FALSE(status.error());
@@ -28,11 +28,11 @@ TEST(Status, ComparesWithCodesOnEitherSide) {
     EXPECT_TRUE(MS::kFailure != status);
 }
 
-TEST(Status, ComparesCodesNotTruth) {
+TEST(Status, ComparesCodesRatherThanSuccess) {
     EXPECT_FALSE(MStatus(MS::kFailure) == MStatus(MS::kNotFound));
 }
 
-TEST(Status, BehavesAsSuccessOnceCleared) {
+TEST(Status, IsSuccessOnceCleared) {
     MStatus status(MS::kFailure);
     status.clear();
     EXPECT_TRUE(status == MS::kSuccess);
@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::make_pair(MStatus::kEndOfFile, "kEndOfFile")),
     [](const auto& info) { return std::string(info.param.second); });
 
-TEST(Status, NamesACodeOutsideTheListAsUnknown) {
+TEST(Status, NamesACodeOutsideTheEnumerationAsUnknown) {
     EXPECT_EQ(MStatus(static_cast<MStatus::MStatusCode>(15)).errorString(),
               "(unknown): Unknown status code");
 }

@@ -7,21 +7,21 @@
 
 namespace {
 
-TEST(String, IsEmptyAtFirst) {
+TEST(String, IsEmptyByDefault) {
     EXPECT_STREQ(MString().asChar(), "");
     EXPECT_EQ(MString().length(), 0u);
 }
 
-TEST(String, TakesNullForNothing) {
+TEST(String, TreatsNullAsEmpty) {
     const char* nothing = NULL;
     EXPECT_STREQ(MString(nothing).asChar(), "");
     EXPECT_TRUE(MString() == nothing);
     EXPECT_TRUE(MString("a").set(nothing).error());
 }
 
-TEST(String, KeepsBytesBeyondAZero) { EXPECT_EQ(MString("a\0b", 3).length(), 3u); }
+TEST(String, KeepsBytesAfterAZeroByte) { EXPECT_EQ(MString("a\0b", 3).length(), 3u); }
 
-TEST(String, CopiesByValue) {
+TEST(String, IsCopiedByValue) {
     MString a("one");
     MString b = a;
     b += " two";
@@ -35,9 +35,11 @@ TEST(String, CanBeAssignedItsOwnText) {
     EXPECT_EQ(a, "two");
 }
 
-TEST(String, JoinsTextOnEitherSide) { EXPECT_EQ("a" + MString("b") + "c" + MString("d"), "abcd"); }
+TEST(String, ConcatenatesTextOnEitherSide) {
+    EXPECT_EQ("a" + MString("b") + "c" + MString("d"), "abcd");
+}
 
-TEST(String, JoinsNumbers) {
+TEST(String, ConcatenatesNumbers) {
     MString text("n");
     text += 7;
     text += 2u;
@@ -56,13 +58,13 @@ TEST(String, ComparesWithText) {
     EXPECT_TRUE(text != "abd" && "abd" != text && text != MString("ab"));
 }
 
-TEST(String, CountsCharactersNotBytesWhenAskedTo) {
+TEST(String, CountsCharactersOfUtf8) {
     const MString text("a\xC3\xA4\xE2\x82\xAC");
     EXPECT_EQ(text.length(), 6u);
     EXPECT_EQ(text.numChars(), 3);
 }
 
-TEST(String, TakesNumbersAsText) {
+TEST(String, CanBeSetToNumbers) {
     MString text;
     EXPECT_TRUE(text.set(12));
     EXPECT_EQ(text, "12");
@@ -74,7 +76,7 @@ TEST(String, TakesNumbersAsText) {
     EXPECT_EQ(text, "");
 }
 
-TEST(String, CutsPiecesWithBothEndsIncluded) {
+TEST(String, SubstringIncludesBothEnds) {
     const MString text("abcdef");
     EXPECT_EQ(text.substring(1, 3), "bcd");
     EXPECT_EQ(text.substring(-5, 1), "ab");
@@ -90,7 +92,7 @@ TEST(String, FindsBytesFromEitherEnd) {
     EXPECT_EQ(text.rindex('x'), -1);
 }
 
-TEST(String, SplitsAndDropsEmptyPieces) {
+TEST(String, SplitDropsEmptyPieces) {
     MStringArray pieces;
     EXPECT_TRUE(MString("|a||bc|").split('|', pieces));
     ASSERT_EQ(pieces.length(), 2u);
@@ -98,13 +100,13 @@ TEST(String, SplitsAndDropsEmptyPieces) {
     EXPECT_EQ(pieces[1], "bc");
 }
 
-TEST(String, FailsToSplitNothing) {
+TEST(String, SplitFailsWithoutPieces) {
     MStringArray pieces;
     EXPECT_TRUE(MString("||").split('|', pieces).error());
     EXPECT_EQ(pieces.length(), 0u);
 }
 
-TEST(String, ReadsWholeNumbers) {
+TEST(String, ParsesWholeNumbers) {
     EXPECT_TRUE(MString(" -12 ").isInt());
     EXPECT_EQ(MString("-12").asInt(), -12);
     for (const char* text : {"", "1.5", "12x", "99999999999", "x"}) {
@@ -113,7 +115,7 @@ TEST(String, ReadsWholeNumbers) {
     }
 }
 
-TEST(String, ReadsRealNumbers) {
+TEST(String, ParsesRealNumbers) {
     EXPECT_TRUE(MString("1.5e3").isDouble());
     EXPECT_EQ(MString("1.5e3").asDouble(), 1500.0);
     for (const char* text : {"", "1.5x", "inf", "nan", "--1"}) {
@@ -122,7 +124,7 @@ TEST(String, ReadsRealNumbers) {
     }
 }
 
-TEST(String, GoesToAStream) {
+TEST(String, PrintsToAStream) {
     std::ostringstream stream;
     stream << MString("text") << 1;
     EXPECT_EQ(stream.str(), "text1");

@@ -42,12 +42,12 @@ struct Verdict {
     std::size_t triangles = 0;
     int flipped = 0;
     int flat = 0;
-    double area = 0.0;         ///< sum over the triangles, along the polygon's normal
+    double area = 0.0;         ///< sum over the triangles, projected along the polygon's normal
     double polygon_area = 0.0; ///< length of the polygon's area vector
     bool is_disk = false; ///< the triangles' sides are the polygon's sides and shared diagonals
 };
 
-/// Checks the triangles of polygon 0 by plain geometry that knows nothing of how they were made.
+/// Checks the triangles of polygon 0 by independent geometric tests.
 Verdict judge(const Parts& parts, const Triangulation& result) {
     Verdict verdict;
     const std::uint32_t n = parts.counts[0];
@@ -106,7 +106,7 @@ Outline star(std::uint32_t n, unsigned seed) {
     return points;
 }
 
-/// Teeth of uneven length, pointing up.
+/// A comb with teeth of uneven length, pointing up.
 Outline comb(std::uint32_t teeth) {
     Outline points = {{static_cast<double>(teeth), -1.0}};
     for (std::uint32_t i = teeth; i > 0; --i) {
@@ -140,7 +140,7 @@ Placement tilted() {
     return placement;
 }
 
-/// A square plate with square holes, each reached by a bridge that is walked twice.
+/// A square plate with square holes, each connected to the outline by a bridge walked twice.
 Outline plate(std::uint32_t holes) {
     Outline points;
     const double width = 3.0 * holes + 1.0;
@@ -176,7 +176,7 @@ TEST(Triangulation, CutsManyRandomStarsOfEverySize) {
         }
 }
 
-/// Grows a simple polygon by moving the middle of an edge wherever that keeps it simple.
+/// Grows a simple polygon by moving edge midpoints wherever the result is simple.
 Outline grown(std::uint32_t n, unsigned seed) {
     std::mt19937 random(seed);
     const auto crosses = [](const std::pair<double, double>& a, const std::pair<double, double>& b,
@@ -188,7 +188,7 @@ Outline grown(std::uint32_t n, unsigned seed) {
         };
         return turn(a, b, c) * turn(a, b, d) <= 0 && turn(c, d, a) * turn(c, d, b) <= 0;
     };
-    // Whole numbers: many corners lie on a line or at one height.
+    // Integer coordinates: many corners are collinear or at the same height.
     Outline points = {{0, 0}, {40, 0}, {20, 40}};
     for (int tries = 0; points.size() < n && tries < 20000; ++tries) {
         const std::size_t at = random() % points.size();
@@ -222,14 +222,14 @@ Outline grown(std::uint32_t n, unsigned seed) {
     return points;
 }
 
-TEST(Triangulation, CutsRandomSimplePolygonsOnWholeNumbers) {
+TEST(Triangulation, CutsRandomSimplePolygonsOnIntegerCoordinates) {
     for (unsigned seed = 0; seed < 300; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         expect_sound(outline(grown(4 + seed % 90, seed)));
     }
 }
 
-TEST(Triangulation, KeepsCornersOnALineWithoutFlatTriangles) {
+TEST(Triangulation, AvoidsFlatTrianglesAtCollinearCorners) {
     Outline square;
     for (int i = 0; i < 10; ++i)
         square.emplace_back(i, 0);
@@ -244,7 +244,7 @@ TEST(Triangulation, KeepsCornersOnALineWithoutFlatTriangles) {
     EXPECT_EQ(judge(parts, triangulate(parts)).flat, 0);
 }
 
-TEST(Triangulation, CutsAPolygonThatIsNotFlat) {
+TEST(Triangulation, CutsANonPlanarPolygon) {
     Parts parts = outline(star(40, 12));
     for (std::size_t i = 0; i < parts.points.size(); ++i)
         parts.points[i].z = 0.15f * std::sin(7.0f * parts.points[i].x);
@@ -262,7 +262,7 @@ TEST(Triangulation, CutsAConcaveQuadrilateralThroughItsReflexCorner) {
     EXPECT_EQ(result.corners, (std::vector<std::uint32_t>{0, 1, 2, 0, 2, 3}));
 }
 
-TEST(Triangulation, TakesTheShorterDiagonalOfAQuadrilateral) {
+TEST(Triangulation, UsesTheShorterDiagonalOfAQuadrilateral) {
     const Triangulation result = triangulate(outline({{0, 0}, {3, -1}, {4, 0}, {3, 1}}));
     EXPECT_EQ(result.corners, (std::vector<std::uint32_t>{0, 1, 3, 1, 2, 3}));
 }
@@ -290,8 +290,8 @@ TEST(Triangulation, DoesNotDependOnTheUnitOfLength) {
 TEST(Triangulation, HasFewThinTriangles) {
     const Parts parts = outline(circle(200));
     const Triangulation result = triangulate(parts);
-    // Of all ways to cut a polygon inscribed in a circle none is better than another by the angle
-    // criterion; a wavy outline has a best one, where no exchange of a diagonal helps.
+    // All triangulations of a polygon inscribed in a circle are equal by the angle criterion; for a
+    // wavy outline there is a best one, which no flip improves.
     const Parts wavy = outline(star(200, 3));
     const Triangulation best = triangulate(wavy);
     int improvable = 0;
@@ -320,23 +320,23 @@ TEST(Triangulation, HasFewThinTriangles) {
 
 // === Outlines that are not simple ================================================================
 
-TEST(Triangulation, FollowsABridgeToAHole) { expect_sound(outline(plate(1))); }
-TEST(Triangulation, FollowsManyBridgesToHoles) { expect_sound(outline(plate(300))); }
-TEST(Triangulation, FollowsBridgesOnATiltedPlate) {
+TEST(Triangulation, CutsAPolygonWithABridgeToAHole) { expect_sound(outline(plate(1))); }
+TEST(Triangulation, CutsAPolygonWithManyBridgesToHoles) { expect_sound(outline(plate(300))); }
+TEST(Triangulation, CutsATiltedPolygonWithBridges) {
     const Parts parts = outline(plate(40), tilted());
     const Verdict verdict = judge(parts, triangulate(parts));
     EXPECT_TRUE(verdict.is_disk);
     EXPECT_EQ(verdict.flipped, 0);
 }
 
-TEST(Triangulation, CallsABowTieInvalidAndStillCutsIt) {
+TEST(Triangulation, MarksABowTieInvalidAndStillCutsIt) {
     const Parts parts = outline({{0, 0}, {2, 1}, {2, 0}, {0, 1.5}});
     const Triangulation result = triangulate(parts);
     EXPECT_FALSE(result.is_valid[0]);
     EXPECT_TRUE(judge(parts, result).is_disk);
 }
 
-TEST(Triangulation, CallsASelfCrossingStarInvalidAndStillCutsIt) {
+TEST(Triangulation, MarksASelfCrossingStarInvalidAndStillCutsIt) {
     Outline pentagram;
     for (std::uint32_t i = 0; i < 5; ++i)
         pentagram.push_back(circle(5)[(2 * i) % 5]);
@@ -345,14 +345,14 @@ TEST(Triangulation, CallsASelfCrossingStarInvalidAndStillCutsIt) {
     EXPECT_TRUE(judge(parts, result).is_disk);
 }
 
-TEST(Triangulation, CallsAPolygonWithoutAreaInvalid) {
+TEST(Triangulation, MarksAPolygonWithoutAreaInvalid) {
     const Parts parts = outline({{0, 0}, {1, 0}, {2, 0}, {3, 0}, {1.5, 0}});
     const Triangulation result = triangulate(parts);
     EXPECT_FALSE(result.is_valid[0]);
     EXPECT_EQ(result.corners.size(), 9u);
 }
 
-TEST(Triangulation, CallsASlantedLineInvalid) {
+TEST(Triangulation, MarksASlantedLineInvalid) {
     for (const std::uint32_t n : {3u, 4u, 5u, 40u}) {
         Parts parts;
         std::vector<std::uint32_t> ids;
@@ -365,8 +365,8 @@ TEST(Triangulation, CallsASlantedLineInvalid) {
     }
 }
 
-TEST(Triangulation, CutsAnythingIntoOnePieceWithoutFlipsWhereItSaysSo) {
-    // Few places for many corners: outlines cross, touch, fold back and run along themselves.
+TEST(Triangulation, ValidTriangulationsOfArbitraryOutlinesAreDisksWithoutFlips) {
+    // Many corners on few positions: outlines cross, touch, fold back and overlap themselves.
     std::mt19937 random(11);
     int valid = 0;
     for (int round = 0; round < 6000; ++round) {
@@ -387,7 +387,7 @@ TEST(Triangulation, CutsAnythingIntoOnePieceWithoutFlipsWhereItSaysSo) {
     EXPECT_GT(valid, 50);
 }
 
-TEST(Triangulation, SurvivesCoordinatesThatAreNotNumbers) {
+TEST(Triangulation, SurvivesNanAndInfiniteCoordinates) {
     Parts parts = outline(star(50, 2));
     parts.points[7].x = std::nanf("");
     parts.points[9].y = INFINITY;
@@ -396,7 +396,7 @@ TEST(Triangulation, SurvivesCoordinatesThatAreNotNumbers) {
     EXPECT_EQ(result.corners.size(), 3u * 48u);
 }
 
-TEST(Triangulation, StaysLinearOnATangle) {
+TEST(Triangulation, TakesLinearTimeOnATangledOutline) {
     for (const std::uint32_t n : {2000u, 20000u}) {
         std::mt19937 random(9);
         Outline tangle;
@@ -411,7 +411,7 @@ TEST(Triangulation, StaysLinearOnATangle) {
 
 // === Diagonals that are taken ====================================================================
 
-/// Pairs of vertices joined by diagonals of a triangulation, each as often as it occurs.
+/// Vertex pairs joined by diagonals of a triangulation, with multiplicity.
 std::multiset<std::pair<std::uint32_t, std::uint32_t>> diagonals(const Parts& parts,
                                                                  const Triangulation& result) {
     std::multiset<std::pair<std::uint32_t, std::uint32_t>> found;
@@ -432,7 +432,7 @@ std::multiset<std::pair<std::uint32_t, std::uint32_t>> diagonals(const Parts& pa
 }
 
 TEST(Triangulation, AvoidsADiagonalThatIsAMeshEdge) {
-    // A triangle stands on the diagonal that the square would take.
+    // A triangle whose side is the diagonal that the square would otherwise use.
     Parts parts = outline({{0, 0}, {1, 0}, {1, 1}, {0, 1}});
     const std::uint32_t tip = parts.point(0.5, 0.5, 1);
     parts.polygon({0, 2, tip});
@@ -441,7 +441,7 @@ TEST(Triangulation, AvoidsADiagonalThatIsAMeshEdge) {
     EXPECT_EQ(found.count({1, 3}), 1u);
 }
 
-TEST(Triangulation, TakesAMeshEdgeWhereThereIsNoOtherDiagonal) {
+TEST(Triangulation, UsesAMeshEdgeAsDiagonalIfThereIsNoAlternative) {
     Parts parts = outline({{0, 0}, {4, 0}, {1, 1}, {0, 4}});
     const std::uint32_t tip = parts.point(0.5, 0.5, 1);
     parts.polygon({0, 2, tip});
@@ -452,7 +452,7 @@ TEST(Triangulation, CutsTheTwoSidesOfASheetDifferently) {
     for (const std::uint32_t n : {4u, 5u, 6u, 7u, 9u, 16u, 40u, 200u}) {
         SCOPED_TRACE(n);
         Parts parts = outline(star(n, 77));
-        for (host::Float3& p : parts.points) { // convex: then there is always a choice
+        for (host::Float3& p : parts.points) { // convex, so there is always an alternative
             const double size = std::hypot(static_cast<double>(p.x), static_cast<double>(p.y));
             p.x = static_cast<float>(static_cast<double>(p.x) / size);
             p.y = static_cast<float>(static_cast<double>(p.y) / size);
@@ -465,8 +465,9 @@ TEST(Triangulation, CutsTheTwoSidesOfASheetDifferently) {
     }
 }
 
-TEST(Triangulation, AvoidsTheAxisOfABookOfQuadrilaterals) {
-    // Quadrilaterals between two hubs: all but one must leave the hubs unjoined.
+TEST(Triangulation, AvoidsADiagonalSharedByManyQuadrilaterals) {
+    // All quadrilaterals have the same two opposite vertices; only one may use the diagonal between
+    // them.
     Parts parts;
     const std::uint32_t n = 2000;
     const std::uint32_t low = parts.point(0, 0, -0.1);
@@ -482,8 +483,8 @@ TEST(Triangulation, AvoidsTheAxisOfABookOfQuadrilaterals) {
     EXPECT_LT(result.steps, 20u * n);
 }
 
-TEST(Triangulation, PartsTwoLobesThatMeetInOneVertex) {
-    // The outline comes by its first vertex twice.
+TEST(Triangulation, SeparatesTwoLobesThatMeetInOneVertex) {
+    // The outline visits its first vertex twice.
     Parts parts = outline({{0, 0}, {2, -1}, {2, 2}, {0, 0}, {-2, 1}, {-2, -1}});
     parts.vertices[3] = 0;
     const Triangulation result = triangulate(parts);
@@ -493,7 +494,7 @@ TEST(Triangulation, PartsTwoLobesThatMeetInOneVertex) {
 
 // === Cost ========================================================================================
 
-/// Triangles of a counter-clockwise outline in the xy plane that turn clockwise.
+/// Number of triangles of a counter-clockwise outline in the xy plane that turn clockwise.
 int flipped_in_the_plane(const Parts& parts, const Triangulation& result) {
     const auto flat = [&](std::size_t i) {
         const host::Float3& p = parts.points[result.corners[i]];
@@ -524,7 +525,7 @@ Outline big_ellipse(std::uint32_t n) {
 
 class TriangulationCost : public testing::TestWithParam<Family> {};
 
-TEST_P(TriangulationCost, HasOneBoundPerCornerForShortAndLongOutlines) {
+TEST_P(TriangulationCost, StepsPerCornerAreBoundedForShortAndLongOutlines) {
     for (const std::uint32_t n : {1000u, 10000u, 100000u}) {
         const Parts parts = outline(GetParam().make(n));
         const Triangulation result = triangulate(parts);

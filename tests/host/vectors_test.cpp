@@ -18,7 +18,7 @@ MMatrix translation(double x, double y, double z) {
     return matrix;
 }
 
-/// A quarter turn about z: x goes to y.
+/// A quarter turn about z, taking x to y.
 MMatrix quarter_turn() {
     MMatrix matrix;
     matrix[0][0] = matrix[1][1] = 0.0;
@@ -27,15 +27,15 @@ MMatrix quarter_turn() {
     return matrix;
 }
 
-TEST(Vector, CrossesByTheRightHand) {
+TEST(Vector, CrossProductIsRightHanded) {
     EXPECT_EQ(MVector(1, 0, 0) ^ MVector(0, 1, 0), MVector(0, 0, 1));
 }
-TEST(Vector, MultipliesToADotProduct) { EXPECT_EQ(MVector(1, 2, 3) * MVector(4, 5, 6), 32.0); }
+TEST(Vector, DotProductSumsTheProducts) { EXPECT_EQ(MVector(1, 2, 3) * MVector(4, 5, 6), 32.0); }
 TEST(Vector, ScalesFromEitherSide) { EXPECT_EQ(2.0 * MVector(1, 2, 3), MVector(1, 2, 3) * 2.0); }
 TEST(Vector, HasALength) { EXPECT_EQ(MVector(2, 3, 6).length(), 7.0); }
 TEST(Vector, HasANormal) { EXPECT_EQ(MVector(0, 0, -5).normal(), MVector(0, 0, -1)); }
 
-TEST(Vector, StaysAsItIsWhenItHasNoLengthToNormalize) {
+TEST(Vector, NormalOfAZeroVectorIsUnchanged) {
     MVector zero;
     EXPECT_TRUE(zero.normalize());
     EXPECT_EQ(zero, MVector());
@@ -51,7 +51,7 @@ TEST(Vector, MeasuresTinyAnglesExactly) {
     EXPECT_NEAR(MVector(1, 0, 0).angle(MVector(1, 1e-9, 0)), 1e-9, 1e-15);
 }
 
-TEST(Vector, IsNotMovedByATranslation) {
+TEST(Vector, IsNotAffectedByTranslation) {
     EXPECT_EQ(MVector(1, 2, 3) * translation(5, 6, 7), MVector(1, 2, 3));
 }
 
@@ -60,7 +60,7 @@ TEST(Vector, IsEquivalentWithinATolerance) {
     EXPECT_FALSE(MVector(1, 0, 0).isEquivalent(MVector(1.1, 0, 0)));
 }
 
-TEST(Vector, IsReadAndWrittenByIndex) {
+TEST(Vector, IsAccessibleByIndex) {
     MVector vector(1, 2, 3);
     vector[1] = 9;
     EXPECT_EQ(vector[0] + vector[1] + vector[2], 13.0);
@@ -69,13 +69,13 @@ TEST(Vector, IsReadAndWrittenByIndex) {
     EXPECT_EQ(values[1], 9.0);
 }
 
-TEST(FloatVector, NarrowsFromDouble) {
+TEST(FloatVector, RoundsFromDouble) {
     const MFloatVector vector(MVector(0.1, 0.2, 0.3));
     EXPECT_EQ(vector.x, 0.1f);
     EXPECT_EQ(MVector(vector).y, static_cast<double>(0.2f));
 }
 
-TEST(FloatVector, CalculatesAsVectorsDo) {
+TEST(FloatVector, HasTheArithmeticOfVectors) {
     EXPECT_EQ(MFloatVector(1, 0, 0) ^ MFloatVector(0, 1, 0), MFloatVector(0, 0, 1));
     EXPECT_EQ(MFloatVector(1, 2, 3) * MFloatVector(1, 1, 1), 6.0f);
     EXPECT_EQ(MFloatVector(3, 4).length(), 5.0f);
@@ -83,15 +83,15 @@ TEST(FloatVector, CalculatesAsVectorsDo) {
     EXPECT_TRUE(MFloatVector(1, 0).isEquivalent(MFloatVector(1.000001f, 0)));
 }
 
-TEST(Point, HasWeightOne) { EXPECT_EQ(MPoint(1, 2, 3).w, 1.0); }
+TEST(Point, HasWeightOneByDefault) { EXPECT_EQ(MPoint(1, 2, 3).w, 1.0); }
 
 TEST(Point, DifferenceIsAVector) { EXPECT_EQ(MPoint(4, 4, 4) - MPoint(1, 2, 3), MVector(3, 2, 1)); }
 
-TEST(Point, DifferenceDividesWeightsOut) {
+TEST(Point, DifferenceDividesByTheWeights) {
     EXPECT_EQ(MPoint(4, 4, 4, 2) - MPoint(1, 1, 1), MVector(1, 1, 1));
 }
 
-TEST(Point, MovesAlongAVector) {
+TEST(Point, IsMovedByAddingAVector) {
     EXPECT_EQ(MPoint(1, 2, 3) + MVector(1, 1, 1), MPoint(2, 3, 4));
     EXPECT_EQ(MPoint(1, 2, 3) - MVector(1, 1, 1), MPoint(0, 1, 2));
 }
@@ -100,7 +100,7 @@ TEST(Point, IsMovedByATranslation) {
     EXPECT_EQ(MPoint(1, 2, 3) * translation(5, 6, 7), MPoint(6, 8, 10));
 }
 
-TEST(Point, DividesItsWeightOut) {
+TEST(Point, CartesianizeDividesByTheWeight) {
     MPoint point(2, 4, 6, 2);
     EXPECT_EQ(point.cartesianize(), MPoint(1, 2, 3));
     MPoint at_infinity(1, 2, 3, 0);
@@ -113,7 +113,7 @@ TEST(Point, MeasuresDistances) {
     EXPECT_FALSE(MPoint(0, 0, 0).isEquivalent(MPoint(0, 0, 1e-9)));
 }
 
-TEST(Point, IsReadAndWrittenByIndex) {
+TEST(Point, IsAccessibleByIndex) {
     MPoint point(1, 2, 3, 4);
     point[3] = 8;
     double values[4];
@@ -122,39 +122,41 @@ TEST(Point, IsReadAndWrittenByIndex) {
     EXPECT_EQ(point[2], 3.0);
 }
 
-TEST(Matrix, IsTheIdentityAtFirst) {
+TEST(Matrix, IsTheIdentityByDefault) {
     EXPECT_EQ(MMatrix(), MMatrix::identity);
     EXPECT_EQ(MPoint(1, 2, 3) * MMatrix(), MPoint(1, 2, 3));
 }
 
-TEST(Matrix, AppliesTheLeftFactorFirst) {
+TEST(Matrix, ProductAppliesTheLeftFactorFirst) {
     const MPoint moved = MPoint(1, 0, 0) * (translation(1, 0, 0) * quarter_turn());
     EXPECT_EQ(moved, MPoint(0, 2, 0));
 }
 
-TEST(Matrix, UndoesItselfByItsInverse) {
+TEST(Matrix, TimesItsInverseIsTheIdentity) {
     MMatrix matrix = translation(1, 2, 3) * quarter_turn();
     matrix[0][0] = 5.0;
     matrix[1][2] = -0.5;
     EXPECT_TRUE((matrix * matrix.inverse()).isEquivalent(MMatrix::identity, 1e-12));
 }
 
-TEST(Matrix, HasTheIdentityForAnInverseThatDoesNotExist) {
+TEST(Matrix, InverseOfASingularMatrixIsTheIdentity) {
     MMatrix flat;
     flat[1][1] = 0.0;
     EXPECT_EQ(flat.inverse(), MMatrix::identity);
     EXPECT_EQ(flat.det4x4(), 0.0);
 }
 
-TEST(Matrix, HasADeterminant) {
+TEST(Matrix, ComputesTheDeterminant) {
     MMatrix matrix = quarter_turn();
     matrix[2][2] = 3.0;
     EXPECT_DOUBLE_EQ(matrix.det4x4(), 3.0);
 }
 
-TEST(Matrix, TransposesRowsToColumns) { EXPECT_EQ(translation(1, 2, 3).transpose()[0][3], 1.0); }
+TEST(Matrix, TransposeSwapsRowsAndColumns) {
+    EXPECT_EQ(translation(1, 2, 3).transpose()[0][3], 1.0);
+}
 
-TEST(Matrix, ListsItsNumbersRowByRow) {
+TEST(Matrix, CopiesItsNumbersRowByRow) {
     const MMatrix matrix = translation(1, 2, 3);
     double wide[4][4];
     float narrow[4][4];
@@ -167,7 +169,7 @@ TEST(Matrix, ListsItsNumbersRowByRow) {
     EXPECT_EQ(matrix(3, 0), 1.0);
 }
 
-TEST(Matrix, KeepsItsNumbersInTheOrderThatOpenGlTakes) {
+TEST(Matrix, HasTheMemoryLayoutOfOpenGl) {
     const MMatrix matrix = translation(1, 2, 3);
     const double* const numbers = &matrix.matrix[0][0];
     EXPECT_EQ(numbers[12], 1.0);

@@ -55,14 +55,14 @@ protected:
     MStatus status = MS::kFailure;
 };
 
-TEST_F(Views, HaveTheLastPanelActiveAtFirst) {
+TEST_F(Views, TheLastPanelIsActiveByDefault) {
     M3dView view = M3dView::active3dView(&status);
     EXPECT_TRUE(status);
     EXPECT_TRUE(view.refresh());
     EXPECT_EQ(renderer.calls, (std::vector<std::string>{"refresh 3"}));
 }
 
-TEST_F(Views, FailToBeActiveWhenThereAreNone) {
+TEST_F(Views, NoneIsActiveWithoutPanels) {
     host::set_active_panel(-1);
     M3dView view = M3dView::active3dView(&status);
     EXPECT_TRUE(status.error());
@@ -74,25 +74,25 @@ TEST_F(Views, HaveAMainWindowEvenWithoutAScreen) {
     EXPECT_TRUE(status);
 }
 
-TEST_F(Views, FailWhenThereIsNoMainWindow) {
+TEST_F(Views, FailWithoutAMainWindow) {
     host::set_main_window(nullptr);
     EXPECT_EQ(M3dView::applicationShell(&status), nullptr);
     EXPECT_TRUE(status.error());
 }
 
-TEST_F(Views, FailToGiveAMainWindowAtTheFaultPoint) {
+TEST_F(Views, MainWindowFailsAtItsFaultPoint) {
     const faultpoint::Scope scope("M3dView::applicationShell", MStatus::kNotFound);
     EXPECT_EQ(M3dView::applicationShell(&status), nullptr);
     EXPECT_TRUE(status == MS::kNotFound);
 }
 
-TEST_F(Views, FailToBeActiveAtTheFaultPoint) {
+TEST_F(Views, ActiveViewFailsAtItsFaultPoint) {
     const faultpoint::Scope scope("M3dView::active3dView", MStatus::kNotFound);
     M3dView::active3dView(&status);
     EXPECT_TRUE(status == MS::kNotFound);
 }
 
-TEST_F(Views, AreFoundByTheNamesOfTheirPanels) {
+TEST_F(Views, AreFoundByPanelName) {
     M3dView view;
     for (const char* name : {"modelPanel1", "modelPanel2", "modelPanel3", "modelPanel4"})
         EXPECT_TRUE(M3dView::getM3dViewFromModelPanel(name, view)) << name;
@@ -100,7 +100,7 @@ TEST_F(Views, AreFoundByTheNamesOfTheirPanels) {
     EXPECT_EQ(view.portWidth(), 640); // still the last one found
 }
 
-TEST_F(Views, FailBeforeTheyReferToAPanel) {
+TEST_F(Views, FailWithoutAPanel) {
     M3dView view;
     MDagPath camera;
     EXPECT_TRUE(view.getCamera(camera).error());
@@ -118,7 +118,7 @@ TEST_F(Views, FailWithoutARenderer) {
     EXPECT_TRUE(view.beginGL().error());
 }
 
-TEST_F(Views, AskTheRenderer) {
+TEST_F(Views, CallTheRenderer) {
     M3dView view = M3dView::active3dView();
     MDagPath camera;
     EXPECT_TRUE(view.getCamera(camera));
@@ -131,7 +131,7 @@ TEST_F(Views, AskTheRenderer) {
     EXPECT_EQ(renderer.calls, (std::vector<std::string>{"begin 3", "end 3", "refresh -1 now"}));
 }
 
-TEST_F(Views, ReferToTheSamePanelWhenCopied) {
+TEST_F(Views, CopiesReferToTheSamePanel) {
     M3dView view;
     M3dView::getM3dViewFromModelPanel("modelPanel2", view);
     M3dView copy = view;
@@ -156,7 +156,7 @@ private:
 
 TEST(Notices, AreNotShownWithoutAListener) { EXPECT_EQ(host_show_notice("Caption", "Text"), 0); }
 
-TEST(Notices, GoToTheListener) {
+TEST(Notices, CallTheListener) {
     Reader reader(true);
     host::set_notice_listener(&reader);
     EXPECT_NE(host_show_notice("Caption", "Text"), 0);
@@ -166,14 +166,14 @@ TEST(Notices, GoToTheListener) {
     host::set_notice_listener(nullptr);
 }
 
-TEST(Notices, CountAsNotShownWhenTheListenerCannot) {
+TEST(Notices, CountAsNotShownIfTheListenerFails) {
     Reader reader(false);
     host::set_notice_listener(&reader);
     EXPECT_EQ(host_show_notice("Caption", "Text"), 0);
     host::set_notice_listener(nullptr);
 }
 
-TEST(Notices, AreFoundByNameAtRunTime) {
+TEST(Notices, TheHookIsFoundByNameAtRunTime) {
     EXPECT_EQ(dlsym(RTLD_DEFAULT, "host_show_notice"), reinterpret_cast<void*>(&host_show_notice));
 }
 

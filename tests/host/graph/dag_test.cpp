@@ -14,7 +14,7 @@ namespace host::graph::testing {
 
 using DagTest = SceneTest;
 
-TEST_F(DagTest, AFreshSceneHasFourCameras) {
+TEST_F(DagTest, ANewSceneHasFourCameras) {
     for (const char* name : {"persp", "top", "front", "side"}) {
         Node* node = scene.find(name);
         ASSERT_NE(node, nullptr) << name;
@@ -25,7 +25,7 @@ TEST_F(DagTest, AFreshSceneHasFourCameras) {
     EXPECT_EQ(remove_node_edit(*scene.find("persp"))->redo(), MS::kFailure);
 }
 
-TEST_F(DagTest, NamesCountUpUntilTheyAreFree) {
+TEST_F(DagTest, NamesAreCountedUpUntilTheyAreFree) {
     EXPECT_EQ(add("polyCube").name_text(), "polyCube1");
     EXPECT_EQ(add("polyCube").name_text(), "polyCube2");
     EXPECT_EQ(add("polyCube", "thing").name_text(), "thing");
@@ -43,13 +43,13 @@ TEST_F(DagTest, AFreedNumberIsUsedAgain) {
     EXPECT_EQ(add("polyCube").name_text(), "polyCube4");
 }
 
-TEST_F(DagTest, CharactersThatNamesCannotHaveBecomeUnderscores) {
+TEST_F(DagTest, InvalidCharactersInNamesBecomeUnderscores) {
     EXPECT_EQ(add("polyCube", "a b-c").name_text(), "a_b_c");
     EXPECT_EQ(add("polyCube", "1st").name_text(), "_1st");
     EXPECT_EQ(add("polyCube", "ns:box").name_text(), "ns:box");
 }
 
-TEST_F(DagTest, NodesBelowDifferentParentsMayShareANameAndNeedPaths) {
+TEST_F(DagTest, NodesBelowDifferentParentsMayShareAName) {
     DagNode& a = add_dag("transform", "a");
     DagNode& b = add_dag("transform", "b");
     DagNode& first = add_dag("transform", "leaf", &a);
@@ -63,7 +63,7 @@ TEST_F(DagTest, NodesBelowDifferentParentsMayShareANameAndNeedPaths) {
     EXPECT_EQ(scene.find("|leaf"), nullptr);
 }
 
-TEST_F(DagTest, ReparentingRenamesOnAClashAndUndoGivesTheNameBack) {
+TEST_F(DagTest, ReparentingRenamesOnAClashAndUndoRestoresTheName) {
     DagNode& a = add_dag("transform", "a");
     add_dag("transform", "leaf", &a);
     DagNode& loose = add_dag("transform", "leaf");
@@ -74,7 +74,7 @@ TEST_F(DagTest, ReparentingRenamesOnAClashAndUndoGivesTheNameBack) {
     EXPECT_EQ(full_name(loose.path()), "|leaf");
 }
 
-TEST_F(DagTest, DeletingATransformTakesWhatIsBelowAndUndoBringsItBack) {
+TEST_F(DagTest, DeletingATransformDeletesItsDescendantsAndUndoRestoresThem) {
     MeshNode& shape = add_cube();
     DagNode& transform = *shape.parents().front();
     set(transform, "translateX", 3);
@@ -91,18 +91,18 @@ TEST_F(DagTest, DeletingATransformTakesWhatIsBelowAndUndoBringsItBack) {
     EXPECT_EQ(pull(transform, "tx"), 3.0);
 }
 
-TEST_F(DagTest, MatricesScaleRotateAndMoveInThisOrder) {
+TEST_F(DagTest, MatricesScaleThenRotateThenTranslate) {
     DagNode& node = add_dag("transform");
     set(node, "scaleX", 2);
     set(node, "rotateZ", std::acos(0.0));
     set(node, "translateY", 5);
     const MMatrix m = node.local_matrix();
-    EXPECT_NEAR(m[0][1], 2.0, 1e-12); // x goes to y
+    EXPECT_NEAR(m[0][1], 2.0, 1e-12); // the x axis turns to y
     EXPECT_NEAR(m[1][0], -1.0, 1e-12);
     EXPECT_NEAR(m[3][1], 5.0, 1e-12);
 }
 
-TEST_F(DagTest, PivotsStayWhereTheyAre) {
+TEST_F(DagTest, PivotsAreFixedPoints) {
     DagNode& node = add_dag("transform");
     for (const char* name : {"rotatePivotX", "scalePivotX"})
         set(node, name, 4);
@@ -113,7 +113,7 @@ TEST_F(DagTest, PivotsStayWhereTheyAre) {
     EXPECT_NEAR(4 * m[0][2] + m[3][2], 0.0, 1e-12);
 }
 
-TEST_F(DagTest, InstancesHaveSeveralPathsAndLiveUntilTheLastGoes) {
+TEST_F(DagTest, AnInstanceIsDeletedWithItsLastPath) {
     DagNode& a = add_dag("transform", "a");
     DagNode& b = add_dag("transform", "b");
     DagNode& leaf = add_dag("transform", "leaf", &a);
@@ -130,7 +130,7 @@ TEST_F(DagTest, InstancesHaveSeveralPathsAndLiveUntilTheLastGoes) {
 
 // === Copies ==================================================================================
 
-TEST_F(DagTest, CopyingAShapeGivesATransformWithTheShapeAndNoTweaks) {
+TEST_F(DagTest, DuplicatingAShapeMakesATransformWithAShapeWithoutTweaks) {
     MeshNode& shape = add_cube();
     set(shape, "pnts[0].pntx", 10);
     EXPECT_EQ(point(shape, 0).x, 9.5f);
@@ -146,7 +146,7 @@ TEST_F(DagTest, CopyingAShapeGivesATransformWithTheShapeAndNoTweaks) {
     EXPECT_FALSE(copied.has_tweaks());
 }
 
-TEST_F(DagTest, CopyingWithTweaksShowsWhatTheOriginalShows) {
+TEST_F(DagTest, DuplicatingWithTweaksGivesTheSamePoints) {
     MeshNode& shape = add_cube();
     set(shape, "pnts[0].pntx", 10);
     std::vector<Scene::Copy> copies;
@@ -156,7 +156,7 @@ TEST_F(DagTest, CopyingWithTweaksShowsWhatTheOriginalShows) {
     EXPECT_EQ(point(static_cast<MeshNode&>(*copies[1].node), 0).x, point(shape, 0).x);
 }
 
-TEST_F(DagTest, ACopyHoldsWhatTheHistoryGaveAndIsFedByNothing) {
+TEST_F(DagTest, ADuplicateHasTheEvaluatedMeshButNoConnections) {
     Node& maker = add("polyCube");
     MeshNode& shape = add_cube();
     connect(maker, "output", shape, "inMesh");
@@ -182,7 +182,7 @@ TEST_F(DagTest, ATweakNodeAddsItsOffsets) {
     EXPECT_EQ(point(shape, 1).y, before);
 }
 
-TEST_F(DagTest, AShapeThatLosesItsHistoryKeepsTheMesh) {
+TEST_F(DagTest, AShapeKeepsItsMeshWhenItsHistoryIsDisconnected) {
     Node& maker = add("polyCube");
     MeshNode& shape = add_cube();
     connect(maker, "output", shape, "inMesh");
@@ -192,7 +192,7 @@ TEST_F(DagTest, AShapeThatLosesItsHistoryKeepsTheMesh) {
     EXPECT_EQ(point(shape, 0).y, -4.0f);
 }
 
-TEST_F(DagTest, EditingAShapeInPlaceKeepsItsTweaksOnTop) {
+TEST_F(DagTest, EditingAShapeInPlaceKeepsItsTweaks) {
     MeshNode& shape = add_cube();
     set(shape, "pnts[0].pntx", 10);
     const float x = point(shape, 0).x;
@@ -210,7 +210,8 @@ TEST_F(DagTest, NamesResolveToNodesPlugsAndComponents) {
     EXPECT_EQ(resolve("box*").size(), 2u);
     EXPECT_EQ(resolve("nothing").size(), 0u);
     ASSERT_EQ(resolve("box.translateX").size(), 1u);
-    ASSERT_EQ(resolve("box.outMesh").size(), 1u); // the shape's, asked for through its transform
+    ASSERT_EQ(resolve("box.outMesh").size(),
+              1u); // an attribute of the shape, found through its transform
     EXPECT_EQ(resolve("box.outMesh")[0].node.get(), &shape);
     const Selection vertices = resolve("box.vtx[2:4]");
     ASSERT_EQ(vertices.size(), 1u);
@@ -240,7 +241,7 @@ TEST_F(DagTest, AFilterFindsShapesBelowSelectedTransformsInOrder) {
     EXPECT_EQ(found, (std::vector<Node*>{&first, &second}));
 }
 
-TEST_F(DagTest, AFailedLookUpLeavesListAndPathAlone) {
+TEST_F(DagTest, AFailedLookUpLeavesListAndPathUnchanged) {
     add_cube();
     MSelectionList list;
     list.add("box");
@@ -253,7 +254,7 @@ TEST_F(DagTest, AFailedLookUpLeavesListAndPathAlone) {
     EXPECT_EQ(path.fullPathName(), "|box");
 }
 
-TEST_F(DagTest, APathThroughAnInstanceIsKept) {
+TEST_F(DagTest, ASelectedPathThroughAnInstanceIsKept) {
     DagNode& a = add_dag("transform", "a");
     DagNode& b = add_dag("transform", "b");
     DagNode& leaf = add_dag("transform", "leaf", &a);
@@ -277,7 +278,7 @@ void count_call(MObject& node, void*) {
 }
 } // namespace
 
-TEST_F(DagTest, PreRemovalCallbacksRunOnEveryRemovalWithConnectionsInPlace) {
+TEST_F(DagTest, PreRemovalCallbacksAreCalledOnEveryRemovalBeforeDisconnection) {
     g_calls = 0;
     EditPtr making = add_node_edit(*scene.make_node(scene.find_type("scaleNode")), nullptr);
     making->redo();
@@ -317,7 +318,7 @@ TEST(Primitives, HaveTheCountsOfTheirSubdivisions) {
     EXPECT_EQ(make_torus(1, 0.5, 20, 10).connectivity().vertex_count(), 200u);
 }
 
-/// Every edge between two polygons that run along it in opposite directions, so that all face out.
+/// Every edge has two polygons that run along it in opposite directions, and all normals face out.
 void expect_closed_and_outward(const Mesh& mesh) {
     const Connectivity& c = mesh.connectivity();
     for (uint32_t edge = 0; edge < c.edge_count(); ++edge)
@@ -345,7 +346,7 @@ TEST(Primitives, SolidsAreClosedAndFaceOutward) {
 
 TEST(Primitives, APlaneFacesUp) { EXPECT_EQ(make_plane(1, 1, 2, 2).normal(0).y, 1.0); }
 
-TEST(Primitives, EveryCornerHasATextureCoordinateWithinTheSquare) {
+TEST(Primitives, EveryCornerHasAUvInTheUnitSquare) {
     for (const Mesh& mesh :
          {make_cube(1, 1, 1, 1, 1, 1), make_plane(1, 1, 2, 2), make_sphere(1, 8, 6),
           make_cylinder(1, 2, 8, 2, 2), make_torus(1, 0.25, 8, 6)}) {
@@ -360,7 +361,7 @@ TEST(Primitives, EveryCornerHasATextureCoordinateWithinTheSquare) {
     }
 }
 
-TEST(Primitives, PartsOfATurnAreExactAtTheQuartersAndCloseElsewhere) {
+TEST(Primitives, PartsOfATurnAreExactAtQuarterTurnsAndAccurateElsewhere) {
     for (int k = -8; k <= 16; ++k) {
         const TurnPart t = turn_part(k, 8);
         const double angle = k * 0.78539816339744830962;

@@ -4,14 +4,14 @@ namespace host::graph::testing {
 
 using EvaluationTest = SceneTest;
 
-TEST_F(EvaluationTest, ANewNodeHoldsTheDefaultsOfItsAttributes) {
+TEST_F(EvaluationTest, ANewNodeHasTheDefaultsOfItsAttributes) {
     Node& node = add("scaleNode");
     EXPECT_EQ(pull(node, "input"), 1.0);
     EXPECT_EQ(pull(node, "factor"), 2.0);
     EXPECT_EQ(pull(node, "other"), 0.0);
 }
 
-TEST_F(EvaluationTest, AnOutputIsComputedOnTheFirstPullAndNotAgain) {
+TEST_F(EvaluationTest, AnOutputIsComputedOnFirstReadOnly) {
     Node& node = add("scaleNode");
     set(node, "input", 3.0);
     EXPECT_EQ(ScaleNode::computes, 0);
@@ -20,7 +20,7 @@ TEST_F(EvaluationTest, AnOutputIsComputedOnTheFirstPullAndNotAgain) {
     EXPECT_EQ(ScaleNode::computes, 1);
 }
 
-TEST_F(EvaluationTest, SettingAnInputThatAffectsAnOutputMakesItStale) {
+TEST_F(EvaluationTest, SettingAnInputDirtiesTheOutputsItAffects) {
     Node& node = add("scaleNode");
     pull(node, "result");
     set(node, "factor", 5.0);
@@ -28,7 +28,7 @@ TEST_F(EvaluationTest, SettingAnInputThatAffectsAnOutputMakesItStale) {
     EXPECT_EQ(pull(node, "result"), 5.0);
 }
 
-TEST_F(EvaluationTest, SettingAnInputThatAffectsNothingLeavesOutputsClean) {
+TEST_F(EvaluationTest, SettingAnInputThatAffectsNoOutputLeavesOutputsClean) {
     Node& node = add("scaleNode");
     pull(node, "result");
     set(node, "other", 5.0);
@@ -46,7 +46,7 @@ TEST_F(EvaluationTest, ValuesTravelAlongConnections) {
     EXPECT_EQ(ScaleNode::computes, 4);
 }
 
-TEST_F(EvaluationTest, StaleMarksTravelThroughSeveralNodes) {
+TEST_F(EvaluationTest, DirtyMarksPropagateThroughSeveralNodes) {
     Node* chain[4];
     for (Node*& node : chain)
         node = &add("scaleNode");
@@ -58,7 +58,7 @@ TEST_F(EvaluationTest, StaleMarksTravelThroughSeveralNodes) {
     EXPECT_EQ(pull(*chain[3], "result"), 32.0);
 }
 
-TEST_F(EvaluationTest, SuccessWithoutCleaningLeavesThePlugStaleAndTheNextPullComputesAgain) {
+TEST_F(EvaluationTest, AnOutputThatComputeDoesNotCleanIsComputedAgain) {
     Node& node = add("scaleNode");
     ScaleNode::cleans = false;
     EXPECT_EQ(pull(node, "result"), 2.0);
@@ -67,7 +67,7 @@ TEST_F(EvaluationTest, SuccessWithoutCleaningLeavesThePlugStaleAndTheNextPullCom
     EXPECT_EQ(ScaleNode::computes, 2);
 }
 
-TEST_F(EvaluationTest, WhatIsFedByAStalePlugAsksAgain) {
+TEST_F(EvaluationTest, APlugFedByADirtyPlugIsEvaluatedAgain) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     connect(first, "result", second, "other");
@@ -81,7 +81,7 @@ TEST_F(EvaluationTest, WhatIsFedByAStalePlugAsksAgain) {
     EXPECT_EQ(ScaleNode::computes, 3);
 }
 
-TEST_F(EvaluationTest, AFailingComputeLeavesTheDestinationItsOldValue) {
+TEST_F(EvaluationTest, AFailingComputeLeavesTheDestinationUnchanged) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     connect(first, "result", second, "input");
@@ -105,23 +105,23 @@ TEST_F(EvaluationTest, ABlockingNodeIsNotComputed) {
     EXPECT_EQ(pull(node, "result"), 14.0);
 }
 
-TEST_F(EvaluationTest, ChangingTheNodeStateMakesOutputsStale) {
+TEST_F(EvaluationTest, ChangingNodeStateDirtiesTheOutputs) {
     Node& node = add("scaleNode");
     pull(node, "result");
     set(node, "nodeState", 1);
     EXPECT_FALSE(is_clean(plug(node, "result")));
 }
 
-TEST_F(EvaluationTest, ACycleEndsWithWhatIsThere) {
+TEST_F(EvaluationTest, ACycleUsesCurrentValues) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     connect(first, "result", second, "input");
     connect(second, "result", first, "input");
-    EXPECT_EQ(pull(first, "result"), 0.0); // nothing was computed before the circle closed
+    EXPECT_EQ(pull(first, "result"), 0.0); // no value was computed before the cycle closed
     EXPECT_EQ(ScaleNode::computes, 2);
 }
 
-TEST_F(EvaluationTest, NumbersConvertToTheTypeOfTheAttribute) {
+TEST_F(EvaluationTest, NumbersAreConvertedToTheAttributesType) {
     Node& node = add("polyCube");
     set(node, "sw", 3.9);
     EXPECT_EQ(plug(node, "sw").value.kind(), ValueKind::integer);
@@ -131,20 +131,20 @@ TEST_F(EvaluationTest, NumbersConvertToTheTypeOfTheAttribute) {
     EXPECT_EQ(pull(transform, "visibility"), 1.0);
 }
 
-TEST_F(EvaluationTest, ATextIsNotANumber) {
+TEST_F(EvaluationTest, TextIsNotConvertedToNumbers) {
     Node& node = add("scaleNode");
     EXPECT_EQ(set_value(plug(node, "input"), Value::of_text("4")), MS::kInvalidParameter);
     EXPECT_EQ(pull(node, "input"), 1.0);
 }
 
-TEST_F(EvaluationTest, APlugThatIsNotWritableRefusesValuesAndConnections) {
+TEST_F(EvaluationTest, ANonWritablePlugRejectsValuesAndConnections) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     EXPECT_EQ(set_value(plug(first, "result"), Value::of_double(1)), MS::kFailure);
     EXPECT_EQ(scene.connect(plug(second, "other"), plug(first, "result")), MS::kFailure);
 }
 
-TEST_F(EvaluationTest, ALockedPlugRefusesValuesAndConnections) {
+TEST_F(EvaluationTest, ALockedPlugRejectsValuesAndConnections) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     plug(first, "input").locked = true;
@@ -152,7 +152,7 @@ TEST_F(EvaluationTest, ALockedPlugRefusesValuesAndConnections) {
     EXPECT_EQ(scene.connect(plug(second, "result"), plug(first, "input")), MS::kFailure);
 }
 
-TEST_F(EvaluationTest, AFedPlugRefusesValuesAndFurtherConnections) {
+TEST_F(EvaluationTest, AConnectedPlugRejectsValuesAndFurtherConnections) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     connect(first, "result", second, "input");
@@ -160,7 +160,7 @@ TEST_F(EvaluationTest, AFedPlugRefusesValuesAndFurtherConnections) {
     EXPECT_EQ(scene.connect(plug(first, "other"), plug(second, "input")), MS::kFailure);
 }
 
-TEST_F(EvaluationTest, ADestinationKeepsTheLastValueThatCameThroughTheConnection) {
+TEST_F(EvaluationTest, ADestinationKeepsTheLastValueAfterDisconnection) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     connect(first, "result", second, "input");
@@ -170,7 +170,7 @@ TEST_F(EvaluationTest, ADestinationKeepsTheLastValueThatCameThroughTheConnection
     EXPECT_EQ(pull(second, "result"), 4.0);
 }
 
-TEST_F(EvaluationTest, AVectorSetWhileAComponentIsFedHoldsTheValueOnceTheConnectionGoes) {
+TEST_F(EvaluationTest, AVectorSetWhileAComponentIsConnectedHasTheValueAfterDisconnection) {
     Node& driver = add("scaleNode");
     MeshNode& shape = add_cube();
     set(shape, "pnts[2].pntx", 0.5);

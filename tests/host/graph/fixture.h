@@ -1,4 +1,4 @@
-/// A scene for tests: empty at the start of each, with plug-in like node types on request.
+/// Test fixture: an empty scene, and a node type of the kind that plug-ins register.
 #pragma once
 
 #include "host/graph/edits.h"
@@ -18,7 +18,7 @@
 
 namespace host::graph::testing {
 
-/// A plug-in node: out = in * factor. What its compute does next is up to the test.
+/// A plug-in node: out = in * factor. Tests choose what its compute returns and marks clean.
 class ScaleNode : public MPxNode {
 public:
     MStatus compute(const MPlug& plug, MDataBlock& block) override {
@@ -79,7 +79,7 @@ protected:
     Scene& scene = Scene::current();
     UndoQueue& undo = UndoQueue::current();
 
-    /// A node in the scene, made without undo.
+    /// Adds a node to the scene without undo.
     Node& add(const char* type, const char* name = "", DagNode* parent = nullptr) {
         const Ref<Node> node = scene.make_node(scene.find_type(type), name);
         EXPECT_TRUE(node);
@@ -89,7 +89,7 @@ protected:
     DagNode& add_dag(const char* type, const char* name = "", DagNode* parent = nullptr) {
         return *add(type, name, parent).as_dag_node();
     }
-    /// A transform NAME with a mesh shape NAME + "Shape" below it that holds a cube.
+    /// Adds a transform NAME with a mesh shape NAME + "Shape" that holds a cube.
     MeshNode& add_cube(const char* name = "box") {
         DagNode& transform = add_dag("transform", name);
         auto& shape =
@@ -113,7 +113,7 @@ protected:
     void connect(Node& from, const char* source, Node& to, const char* destination) {
         EXPECT_EQ(scene.connect(plug(from, source), plug(to, destination)), MS::kSuccess);
     }
-    /// Point `index` of what a mesh shape shows.
+    /// Point `index` of the shape's evaluated mesh.
     Float3 point(MeshNode& shape, size_t index) {
         EXPECT_EQ(shape.refresh(), MS::kSuccess);
         return shape.mesh()->points()[index];

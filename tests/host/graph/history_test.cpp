@@ -1,4 +1,5 @@
-// The three ways of unwrapping a mesh, with and without vertex tweaks, done and undone.
+// Unwraps a mesh on each of the plug-in's three paths, with and without vertex tweaks, with undo
+// and redo.
 #include "tests/host/graph/plugin_fixture.h"
 
 namespace host::graph::testing {
@@ -43,7 +44,7 @@ protected:
         select(*shape_->parents().front());
     }
 
-    /// What a direct unwrap makes of the mesh as it is shown now.
+    /// Bytes of a copy of the evaluated mesh after a direct unwrap.
     std::string unwrapped_copy() {
         const Mesh mesh = (shape_->refresh(), *shape_->mesh());
         DagNode& transform = add_dag("transform", "reference");
@@ -75,13 +76,13 @@ protected:
     Node* driver_;
 };
 
-TEST_P(HistoryTest, ShowsWhatADirectUnwrapOfTheTweakedMeshGives) {
+TEST_P(HistoryTest, ResultEqualsADirectUnwrapOfTheTweakedMesh) {
     const std::string expected = unwrapped_copy();
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     EXPECT_EQ(shown(*shape_), expected);
 }
 
-TEST_P(HistoryTest, UndoBringsTheMeshBackBitForBit) {
+TEST_P(HistoryTest, UndoRestoresTheMeshBitForBit) {
     const std::string before = shown(*shape_);
     const std::vector<std::string> tweaks_before = tweaks();
     ASSERT_EQ(run("tessora"), MS::kSuccess);
@@ -91,14 +92,14 @@ TEST_P(HistoryTest, UndoBringsTheMeshBackBitForBit) {
     EXPECT_EQ(tweaks(), tweaks_before);
 }
 
-TEST_P(HistoryTest, UndoBeforeTheFirstPullBringsTheMeshBack) {
+TEST_P(HistoryTest, UndoBeforeTheFirstEvaluationRestoresTheMesh) {
     const std::string before = shown(*shape_);
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     EXPECT_EQ(undo.undo(), MS::kSuccess);
     EXPECT_EQ(shown(*shape_), before);
 }
 
-TEST_P(HistoryTest, RedoShowsTheUnwrapAgainAndASecondUndoTakesItBack) {
+TEST_P(HistoryTest, UndoAndRedoCanBeRepeated) {
     const std::string before = shown(*shape_);
     const std::string expected = unwrapped_copy();
     ASSERT_EQ(run("tessora"), MS::kSuccess);
@@ -111,7 +112,7 @@ TEST_P(HistoryTest, RedoShowsTheUnwrapAgainAndASecondUndoTakesItBack) {
     }
 }
 
-TEST_P(HistoryTest, UndoRemovesEveryNodeThatDoingMade) {
+TEST_P(HistoryTest, UndoRemovesAllNodesThatTheCommandMade) {
     const size_t before = scene.nodes().size();
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     shown(*shape_);

@@ -1,4 +1,4 @@
-// Graph modifiers: what they record, when it happens, how it comes back.
+// Graph modifiers: recording, doIt, undoIt.
 #include "faultpoint/faultpoint.h"
 #include "tests/host/graph/fixture.h"
 
@@ -12,7 +12,7 @@ namespace host::graph::testing {
 
 using ModifierTest = SceneTest;
 
-TEST_F(ModifierTest, ANodeIsUsableBeforeItJoinsTheScene) {
+TEST_F(ModifierTest, ANodeIsUsableBeforeDoIt) {
     MDGModifier modifier;
     const MObject object = modifier.createNode("scaleNode");
     Node& node = *node_of(object);
@@ -24,7 +24,7 @@ TEST_F(ModifierTest, ANodeIsUsableBeforeItJoinsTheScene) {
     EXPECT_EQ(pull(node, "result"), 6.0);
 }
 
-TEST_F(ModifierTest, ANodeTakenBackIsAliveButNotValid) {
+TEST_F(ModifierTest, ANodeAfterUndoIsAliveButNotValid) {
     MDGModifier modifier;
     const MObjectHandle handle(modifier.createNode(MTypeId(0x1234)));
     modifier.doIt();
@@ -34,7 +34,7 @@ TEST_F(ModifierTest, ANodeTakenBackIsAliveButNotValid) {
     EXPECT_TRUE(handle.object().isNull());
 }
 
-TEST_F(ModifierTest, RoundsOfRecordingAndDoingAddUp) {
+TEST_F(ModifierTest, RepeatedDoItAccumulatesChanges) {
     Node& first = add("scaleNode");
     MDGModifier modifier;
     Node& second = *node_of(modifier.createNode("scaleNode"));
@@ -52,14 +52,14 @@ TEST_F(ModifierTest, RoundsOfRecordingAndDoingAddUp) {
     EXPECT_EQ(plug(second, "input").source(), &plug(first, "result"));
 }
 
-TEST_F(ModifierTest, AFailureLeavesDoneWhatWasDoneBeforeIt) {
+TEST_F(ModifierTest, AFailureLeavesEarlierChangesInPlace) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     connect(first, "result", second, "input");
     MDGModifier modifier;
     Node& third = *node_of(modifier.createNode("scaleNode"));
     modifier.connect(MPlug(&plug(first, "other")), MPlug(&plug(second, "input")));
-    EXPECT_EQ(modifier.doIt(), MS::kFailure); // fed already
+    EXPECT_EQ(modifier.doIt(), MS::kFailure); // already connected
     EXPECT_TRUE(third.is_valid());
     scene.disconnect(plug(first, "result"), plug(second, "input"));
     EXPECT_EQ(modifier.doIt(), MS::kSuccess);
@@ -67,7 +67,7 @@ TEST_F(ModifierTest, AFailureLeavesDoneWhatWasDoneBeforeIt) {
     EXPECT_FALSE(third.is_valid());
 }
 
-TEST_F(ModifierTest, UndoOfAConnectionKeepsWhatCameThroughIt) {
+TEST_F(ModifierTest, UndoOfAConnectionKeepsTheValueThatCameThroughIt) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     MDGModifier modifier;
@@ -88,7 +88,7 @@ TEST_F(ModifierTest, DestroyingAModifierChangesNothing) {
     EXPECT_TRUE(node->is_valid());
 }
 
-TEST_F(ModifierTest, DagTypesNeedTheDagModifier) {
+TEST_F(ModifierTest, DagTypesRequireTheDagModifier) {
     MDGModifier modifier;
     MStatus status;
     EXPECT_TRUE(modifier.createNode("transform", &status).isNull());
@@ -97,13 +97,13 @@ TEST_F(ModifierTest, DagTypesNeedTheDagModifier) {
     EXPECT_EQ(status, MS::kInvalidParameter);
 }
 
-TEST_F(ModifierTest, ConnectingTheNullPlugIsRefused) {
+TEST_F(ModifierTest, ConnectingTheNullPlugFails) {
     MDGModifier modifier;
     EXPECT_EQ(modifier.connect(MPlug(), MPlug()), MS::kInvalidParameter);
     EXPECT_EQ(modifier.disconnect(MPlug(), MPlug()), MS::kInvalidParameter);
 }
 
-TEST_F(ModifierTest, DeletingANodeBringsItsConnectionsBackOnUndo) {
+TEST_F(ModifierTest, DeletingANodeRestoresItsConnectionsOnUndo) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     Node& third = add("scaleNode");
@@ -122,7 +122,7 @@ TEST_F(ModifierTest, DeletingANodeBringsItsConnectionsBackOnUndo) {
     EXPECT_EQ(pull(third, "result"), 16.0);
 }
 
-TEST_F(ModifierTest, RenamingAndSettingComeBack) {
+TEST_F(ModifierTest, RenamingAndSettingAreUndone) {
     Node& node = add("scaleNode", "old");
     MDGModifier modifier;
     modifier.renameNode(MObject(&node), "fresh");
@@ -137,7 +137,7 @@ TEST_F(ModifierTest, RenamingAndSettingComeBack) {
     EXPECT_EQ(pull(node, "input"), 8.0);
 }
 
-TEST_F(ModifierTest, AttributesAddedToANodeComeAndGo) {
+TEST_F(ModifierTest, AddedAttributesAreUndone) {
     Node& node = add("scaleNode");
     MFnNumericAttribute number;
     const MObject extra = number.create("extra", "ex", MFnNumericData::kLong, 5);
@@ -163,7 +163,7 @@ TEST_F(ModifierTest, AShapeWithoutAParentGetsATransform) {
     EXPECT_FALSE(node_of(made)->is_valid());
 }
 
-TEST_F(ModifierTest, ReparentingComesBackToTheOldPlace) {
+TEST_F(ModifierTest, ReparentingIsUndoneToTheOldPosition) {
     DagNode& a = add_dag("transform", "a");
     DagNode& b = add_dag("transform", "b");
     DagNode& first = add_dag("transform", "first", &a);
@@ -177,7 +177,7 @@ TEST_F(ModifierTest, ReparentingComesBackToTheOldPlace) {
     EXPECT_EQ(a.children()[0], &first);
 }
 
-TEST_F(ModifierTest, ShapesDoNotGoToTheTopLevelAndNodesNotBelowThemselves) {
+TEST_F(ModifierTest, ShapesCannotMoveToTheTopLevelNorNodesBelowThemselves) {
     MeshNode& shape = add_cube();
     DagNode& outer = add_dag("transform", "outer");
     DagNode& inner = add_dag("transform", "inner", &outer);
@@ -188,7 +188,7 @@ TEST_F(ModifierTest, ShapesDoNotGoToTheTopLevelAndNodesNotBelowThemselves) {
     EXPECT_EQ(two.doIt(), MS::kInvalidParameter);
 }
 
-TEST_F(ModifierTest, FaultPointsFailRecordingAndDoing) {
+TEST_F(ModifierTest, FaultPointsFailRecordingAndDoIt) {
     MDGModifier modifier;
     MStatus status;
     {

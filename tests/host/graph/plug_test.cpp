@@ -1,4 +1,4 @@
-// MPlug and the attribute function sets, as plug-ins use them.
+// MPlug and the attribute function sets.
 #include "faultpoint/faultpoint.h"
 #include "tests/host/graph/fixture.h"
 
@@ -26,7 +26,7 @@ TEST_F(PlugTest, IsFoundByLongAndByShortName) {
     EXPECT_EQ(find(node, "input"), ScaleNode::in);
 }
 
-TEST_F(PlugTest, AnUnknownNameGivesTheNullPlugAndAFailure) {
+TEST_F(PlugTest, FindingAnUnknownNameFails) {
     Node& node = add("scaleNode");
     MStatus status;
     const MPlug plug = MFnDependencyNode(MObject(&node)).findPlug("nothing", true, &status);
@@ -34,7 +34,7 @@ TEST_F(PlugTest, AnUnknownNameGivesTheNullPlugAndAFailure) {
     EXPECT_EQ(status, MS::kInvalidParameter);
 }
 
-TEST_F(PlugTest, OfAnAttributeThatIsNotTheNodesIsNull) {
+TEST_F(PlugTest, OfAnAttributeOfAnotherTypeIsNull) {
     Node& node = add("polyCube");
     EXPECT_TRUE(MPlug(MObject(&node), ScaleNode::in).isNull());
 }
@@ -49,7 +49,7 @@ TEST_F(PlugTest, NameIsNodeDotAttributeWithIndexAndComponent) {
     EXPECT_EQ(find(transform, "translate").child(0).name(), "box.translateX");
 }
 
-TEST_F(PlugTest, KnowsWhatKindOfPlugItIs) {
+TEST_F(PlugTest, ReportsItsKind) {
     MeshNode& shape = add_cube();
     const MPlug array = find(shape, "pnts");
     const MPlug element = array.elementByLogicalIndex(0);
@@ -63,7 +63,7 @@ TEST_F(PlugTest, KnowsWhatKindOfPlugItIs) {
     EXPECT_EQ(element.child(2).parent(), element);
 }
 
-TEST_F(PlugTest, ElementsByLogicalIndexAreMadeAndStay) {
+TEST_F(PlugTest, ElementByLogicalIndexCreatesTheElement) {
     MeshNode& shape = add_cube();
     MPlug array = find(shape, "pnts");
     EXPECT_EQ(array.numElements(), 0u);
@@ -74,7 +74,7 @@ TEST_F(PlugTest, ElementsByLogicalIndexAreMadeAndStay) {
     EXPECT_EQ(array.elementByPhysicalIndex(1).logicalIndex(), 9u);
 }
 
-TEST_F(PlugTest, ElementsByPhysicalIndexAreNeverMade) {
+TEST_F(PlugTest, ElementByPhysicalIndexNeverCreatesAnElement) {
     MeshNode& shape = add_cube();
     MPlug array = find(shape, "pnts");
     MStatus status;
@@ -83,7 +83,7 @@ TEST_F(PlugTest, ElementsByPhysicalIndexAreNeverMade) {
     EXPECT_EQ(array.numElements(), 0u);
 }
 
-TEST_F(PlugTest, ConnectedElementsCountOnceTheyWereEvaluated) {
+TEST_F(PlugTest, ConnectedElementsCountOnceEvaluated) {
     MeshNode& shape = add_cube();
     Node& driver = add("scaleNode");
     connect(driver, "result", shape, "pnts[3].pntx");
@@ -92,7 +92,7 @@ TEST_F(PlugTest, ConnectedElementsCountOnceTheyWereEvaluated) {
     EXPECT_EQ(array.evaluateNumElements(), 1u);
 }
 
-TEST_F(PlugTest, ConnectedToFillsOnlyTheKindsAskedForButSaysWhetherThereIsAny) {
+TEST_F(PlugTest, ConnectedToListsOnlyTheRequestedDirectionButReturnsWhetherAnyExists) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     connect(first, "result", second, "input");
@@ -108,7 +108,7 @@ TEST_F(PlugTest, ConnectedToFillsOnlyTheKindsAskedForButSaysWhetherThereIsAny) {
     EXPECT_FALSE(find(first, "other").connectedTo(plugs, true, true));
 }
 
-TEST_F(PlugTest, ConnectionsOfComponentsAreNotThoseOfTheWhole) {
+TEST_F(PlugTest, ConnectionsOfComponentsAreNotThoseOfTheCompound) {
     MeshNode& shape = add_cube();
     Node& driver = add("scaleNode");
     connect(driver, "result", shape, "pnts[3].pntx");
@@ -136,14 +136,14 @@ TEST_F(PlugTest, AVectorReadsAndWritesAsNumericData) {
     EXPECT_EQ(result.getData(d, d, d), MS::kInvalidParameter);
 }
 
-TEST_F(PlugTest, ADoubleSetOnAFloatNarrows) {
+TEST_F(PlugTest, ADoubleSetOnAFloatIsRounded) {
     MeshNode& shape = add_cube();
     MPlug plug = find(shape, "pnts").elementByLogicalIndex(0).child(0);
     EXPECT_EQ(plug.setValue(0.1), MS::kSuccess);
     EXPECT_EQ(plug.asDouble(), double(0.1f));
 }
 
-TEST_F(PlugTest, AStringLiteralIsATextAndNotABoolean) {
+TEST_F(PlugTest, AStringLiteralIsTextAndNotABoolean) {
     NodeTypeRef type = make_node_type("textNode", 0, MFn::kDependencyNode);
     type->add(new Attribute("label", "lb", AttributeKind::text));
     const Ref<Node> node = scene.make_node(type);
@@ -159,7 +159,7 @@ TEST_F(PlugTest, AStringLiteralIsATextAndNotABoolean) {
     EXPECT_EQ(plug.getValue(number), MS::kInvalidParameter);
 }
 
-TEST_F(PlugTest, AMeshComesAsAnIndependentCopy) {
+TEST_F(PlugTest, AMeshIsReturnedAsAnIndependentCopy) {
     MeshNode& shape = add_cube();
     MObject data;
     ASSERT_EQ(find(shape, "outMesh").getValue(data), MS::kSuccess);
@@ -184,7 +184,7 @@ TEST_F(PlugTest, EveryOperationOnTheNullPlugFails) {
     EXPECT_EQ(null.getValue(text), MS::kInvalidParameter);
 }
 
-TEST_F(PlugTest, FaultPointsFailWithTheirOwnStatus) {
+TEST_F(PlugTest, FaultPointsFailWithTheArmedStatus) {
     Node& node = add("scaleNode");
     MPlug plug = find(node, "input");
     {
@@ -207,7 +207,7 @@ TEST(Attributes, ANewAttributeIsReadableWritableConnectableStorableAndCached) {
     EXPECT_FALSE(set.isArray() || set.isKeyable() || set.isHidden());
 }
 
-TEST(Attributes, VectorsGetNumberedComponents) {
+TEST(Attributes, VectorsHaveNumberedComponents) {
     MFnNumericAttribute set;
     const MObject vector = set.create("where", "wh", MFnNumericData::k3Double, 0.5);
     MFnCompoundAttribute compound(vector);
@@ -246,7 +246,7 @@ TEST(Attributes, EnumerationsKnowTheirFields) {
     EXPECT_EQ(status, MS::kInvalidParameter);
 }
 
-TEST(Attributes, AreAddedOnlyWhileATypeIsBeingRegistered) {
+TEST(Attributes, CanBeAddedOnlyDuringRegistrationOfAType) {
     MFnNumericAttribute set;
     const MObject one = set.create("one", "on1", MFnNumericData::kLong);
     EXPECT_EQ(MPxNode::addAttribute(one), MS::kFailure);
@@ -264,7 +264,7 @@ TEST(Attributes, ANameCanBeUsedOnlyOncePerType) {
               MS::kInvalidParameter);
 }
 
-TEST(Attributes, AffectingNeedsBothToBeAdded) {
+TEST(Attributes, AttributeAffectsRequiresBothToBeAdded) {
     NodeType type("t", 0, MFn::kDependencyNode);
     RegistrationScope scope(type);
     MFnNumericAttribute set;

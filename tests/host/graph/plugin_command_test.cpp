@@ -1,4 +1,4 @@
-// The plug-in's command and its registration: flags, writes, results, menu, failures.
+// The plug-in's command and its registration: flags, attribute writes, results, menu, failures.
 #include "tests/host/graph/plugin_fixture.h"
 
 #include <maya/MSyntax.h>
@@ -10,7 +10,7 @@ namespace host::graph::testing {
 
 namespace {
 
-/// A flag, how its default shows in the node, a value to give, and how that shows.
+/// A flag, its attribute's default as text, an argument for it, and the attribute's text then.
 struct FlagRow {
     const char* short_name;
     const char* long_name;
@@ -37,7 +37,7 @@ constexpr FlagRow k_flags[] = {
     {"-ra", "-ridge_angle", "Ridge_Angle", "90", "-3", "-3"},
 };
 
-/// What the command writes into a new node besides the flags.
+/// Attributes that the command always sets to the same values.
 constexpr const char* k_constant_writes[][2] = {
     {"Skip_compute", "1"},  {"Stretch_result", "0"},
     {"Charts_result", "0"}, {"Mesh_path", "|pCube1|pCubeShape1"},
@@ -77,31 +77,31 @@ protected:
 
 class PluginFlagTest : public PluginCommandTest, public ::testing::WithParamInterface<FlagRow> {};
 
-TEST_P(PluginFlagTest, AbsentItHasItsDefault) {
+TEST_P(PluginFlagTest, DefaultsWhenAbsent) {
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     EXPECT_EQ(shows(node(), GetParam().attribute), GetParam().standard);
 }
 
-TEST_P(PluginFlagTest, ItsShortNameSetsTheAttribute) {
+TEST_P(PluginFlagTest, ShortNameSetsTheAttribute) {
     ASSERT_EQ(run(std::string("tessora ") + GetParam().short_name + " " + GetParam().given),
               MS::kSuccess);
     EXPECT_EQ(shows(node(), GetParam().attribute), GetParam().shows);
 }
 
-TEST_P(PluginFlagTest, ItsLongNameDoesTheSame) {
+TEST_P(PluginFlagTest, LongNameSetsTheAttribute) {
     ASSERT_EQ(run(std::string("tessora ") + GetParam().long_name + " " + GetParam().given),
               MS::kSuccess);
     EXPECT_EQ(shows(node(), GetParam().attribute), GetParam().shows);
 }
 
-TEST_P(PluginFlagTest, ALaterRunStartsFromTheDefaultAgain) {
+TEST_P(PluginFlagTest, ValueIsNotKeptForLaterRuns) {
     ASSERT_EQ(run(std::string("tessora ") + GetParam().short_name + " " + GetParam().given),
               MS::kSuccess);
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     EXPECT_EQ(shows(node(), GetParam().attribute), GetParam().standard);
 }
 
-TEST_P(PluginFlagTest, WithoutItsArgumentTheCommandFailsAndChangesNothing) {
+TEST_P(PluginFlagTest, MissingArgumentFailsTheCommandWithoutEffect) {
     const size_t before = scene.nodes().size();
     EXPECT_EQ(run(std::string("tessora ") + GetParam().short_name), MS::kFailure);
     EXPECT_EQ(run(std::string("tessora ") + GetParam().short_name + " -ks true"), MS::kFailure);
@@ -112,7 +112,7 @@ TEST_P(PluginFlagTest, WithoutItsArgumentTheCommandFailsAndChangesNothing) {
 INSTANTIATE_TEST_SUITE_P(Table, PluginFlagTest, ::testing::ValuesIn(k_flags),
                          [](const auto& row) { return std::string(row.param.long_name + 1); });
 
-TEST_F(PluginCommandTest, DeclaresFourteenFlagsAndNothingElse) {
+TEST_F(PluginCommandTest, DeclaresExactlyFourteenFlags) {
     const MSyntax syntax = Commands::current().syntax_of("tessora");
     ASSERT_EQ(syntax.host_flags().size(), std::size(k_flags));
     for (size_t i = 0; i < std::size(k_flags); ++i) {
@@ -121,10 +121,10 @@ TEST_F(PluginCommandTest, DeclaresFourteenFlagsAndNothingElse) {
         EXPECT_EQ(syntax.host_flags()[i].arguments.size(), 1u);
     }
     EXPECT_TRUE(syntax.host_arguments().empty());
-    EXPECT_EQ(run("tessora pCube1"), MS::kFailure); // the mesh comes from the selection
+    EXPECT_EQ(run("tessora pCube1"), MS::kFailure); // the mesh is taken from the selection
 }
 
-TEST_F(PluginCommandTest, WrongTypesAreRefused) {
+TEST_F(PluginCommandTest, ArgumentsOfWrongTypeAreRejected) {
     for (const char* text : {"tessora -cr many", "tessora -cr 1.5", "tessora -st wide",
                              "tessora -hq perhaps", "tessora -w 1 -w 2"})
         EXPECT_EQ(run(text), MS::kFailure) << text;
@@ -137,7 +137,7 @@ TEST_F(PluginCommandTest, AnArgumentThatCannotBeReadLeavesTheDefault) {
     EXPECT_EQ(shows(node(), "Texture_Width"), "64");
 }
 
-TEST_F(PluginCommandTest, AParserThatFailsFailsTheCommandAsSuch) {
+TEST_F(PluginCommandTest, AFailingParserFailsTheCommand) {
     faultpoint::Scope scope("MArgDatabase::MArgDatabase", MS::kLicenseFailure);
     EXPECT_EQ(run("tessora"), MS::kFailure);
     EXPECT_EQ(undo.undo_count(), 0u);
@@ -145,13 +145,13 @@ TEST_F(PluginCommandTest, AParserThatFailsFailsTheCommandAsSuch) {
 
 // === What it works on ========================================================================
 
-TEST_F(PluginCommandTest, WithoutASelectedMeshItSucceedsAndDoesNothing) {
+TEST_F(PluginCommandTest, WithoutASelectedMeshItSucceedsWithoutEffect) {
     const size_t before = scene.nodes().size();
     for (const char* name : {"", "persp"}) {
         scene.select(*name == '\0' ? Selection() : resolve(name));
         EXPECT_EQ(run("tessora"), MS::kSuccess);
         EXPECT_EQ(scene.nodes().size(), before);
-        EXPECT_EQ(undo.undo(), MS::kSuccess); // nothing to take back, and no harm done
+        EXPECT_EQ(undo.undo(), MS::kSuccess); // nothing to undo
         EXPECT_EQ(undo.redo(), MS::kSuccess);
     }
     EXPECT_TRUE(script.lines.empty());
@@ -177,15 +177,16 @@ TEST_F(PluginCommandTest, TheDirectPathWritesTheUvSetAtOnceAndMakesNoNode) {
     EXPECT_NE(shown(box), before);
 }
 
-TEST_F(PluginCommandTest, TheDirectPathReturnsTheUnwrapsStatus) {
+TEST_F(PluginCommandTest, TheDirectPathReturnsTheStatusOfTheUnwrap) {
     scene.records_history = false;
     MeshNode& box = add_cube("box");
     select(*box.parents().front());
-    errors_of([&] { EXPECT_FALSE(run("tessora -mc newset")); }); // a node takes no new set
+    errors_of(
+        [&] { EXPECT_FALSE(run("tessora -mc newset")); }); // createUVSetDataMesh fails on a node
     EXPECT_EQ(undo.undo_count(), 0u);
 }
 
-TEST_F(PluginCommandTest, ZeroTweaksCountAsNone) {
+TEST_F(PluginCommandTest, ZeroTweaksCountAsNoTweaks) {
     set(shape_, "pnts[3].pntx", 0.0);
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     EXPECT_EQ(scene.find("polyTweak1"), nullptr);
@@ -202,7 +203,7 @@ TEST_F(PluginCommandTest, EveryAttributeIsWritten) {
 class PluginWriteFaultTest : public PluginCommandTest,
                              public ::testing::WithParamInterface<unsigned> {};
 
-TEST_P(PluginWriteFaultTest, SaysWhichWriteFailedAndStillConnects) {
+TEST_P(PluginWriteFaultTest, ReportsWhichWriteFailedAndStillConnects) {
     static const char* const k_tags[] = {
         "uv set",      "charts",       "stretch",          "padding",      "tex_width",
         "tex_height",  "high_quality", "keep_seams",       "use_grooves",  "groove_angle",
@@ -212,12 +213,12 @@ TEST_P(PluginWriteFaultTest, SaysWhichWriteFailedAndStillConnects) {
     const std::string text = errors_of([&] { EXPECT_EQ(run("tessora"), MS::kSuccess); });
     EXPECT_EQ(text, std::string("Failed to connect node attribute: ") + k_tags[GetParam()] + "\n");
     EXPECT_EQ(node().node_type().name, "tessora_node");
-    EXPECT_EQ(shows(node(), "Visualization"), "0"); // later ones were not written
+    EXPECT_EQ(shows(node(), "Visualization"), "0"); // writes after the failed one were skipped
 }
 
 INSTANTIATE_TEST_SUITE_P(Writes, PluginWriteFaultTest, ::testing::Range(0u, 19u));
 
-TEST_F(PluginCommandTest, TheFailuresOfThePathAndTheNodeAreReported) {
+TEST_F(PluginCommandTest, FailuresOfThePathAndTheNodeAreReported) {
     faultpoint::Scope path("MDagPath::fullPathName", MS::kEndOfFile);
     const std::string text = errors_of([&] { EXPECT_EQ(run("tessora"), MS::kSuccess); });
     EXPECT_EQ(text, "Failed to retrieve mesh_path\n");
@@ -226,7 +227,7 @@ TEST_F(PluginCommandTest, TheFailuresOfThePathAndTheNodeAreReported) {
     EXPECT_EQ(shows(node(), "Visualization"), "0");
 }
 
-TEST_F(PluginCommandTest, ANodeThatCannotBeMadeIsNamedAndTheConnectionDecides) {
+TEST_F(PluginCommandTest, AFailureToCreateTheNodeIsReportedAndTheConnectionFails) {
     faultpoint::Scope scope("MDGModifier::createNode", MS::kFailure);
     errors_of([&] { EXPECT_FALSE(run("tessora")); });
     ASSERT_FALSE(script.lines.empty());
@@ -237,7 +238,7 @@ TEST_F(PluginCommandTest, ANodeThatCannotBeMadeIsNamedAndTheConnectionDecides) {
 
 // === Results =================================================================================
 
-TEST_F(PluginCommandTest, TheResultsOfDoingUndoingAndRedoingDiffer) {
+TEST_F(PluginCommandTest, DoUndoAndRedoReturnDifferentResults) {
     CommandResult result;
     ASSERT_EQ(Commands::current().run("tessora", {}, result), MS::kSuccess);
     EXPECT_EQ(result.kind, CommandResult::Kind::none);
@@ -248,7 +249,7 @@ TEST_F(PluginCommandTest, TheResultsOfDoingUndoingAndRedoingDiffer) {
     EXPECT_EQ(result_text(), "1");
 }
 
-TEST_F(PluginCommandTest, AFailedUndoAndRedoSaySo) {
+TEST_F(PluginCommandTest, AFailedUndoAndRedoAreReported) {
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     {
         faultpoint::Scope scope("MDGModifier::undoIt", MS::kLicenseFailure);
@@ -272,7 +273,7 @@ struct StepFault {
 class PluginRegistrationTest : public PluginCommandTest,
                                public ::testing::WithParamInterface<StepFault> {};
 
-TEST_P(PluginRegistrationTest, AFailingStepIsReportedAndWhatCameBeforeItStays) {
+TEST_P(PluginRegistrationTest, AFailingStepIsReportedAndEarlierStepsStay) {
     scene.clear();
     ASSERT_EQ(Plugins::current().unload("tessora", false, error), MS::kSuccess) << error;
     const StepFault& fault = GetParam();
@@ -300,7 +301,7 @@ INSTANTIATE_TEST_SUITE_P(
                       StepFault{"MFnPlugin::registerUI", "registerUI", true, true},
                       StepFault{"MFnPlugin::addMenuItem", "addMenuItem", true, true}));
 
-TEST_F(PluginCommandTest, ACopyOfTheLibraryFindsTheNamesTaken) {
+TEST_F(PluginCommandTest, ACopyOfTheLibraryFailsBecauseNamesAreTaken) {
     namespace files = std::filesystem;
     const files::path copy = files::temp_directory_path() / "tessora_copy.so";
     files::copy_file(TESSORA_PLUGIN_FILE, copy, files::copy_options::overwrite_existing);
@@ -311,7 +312,7 @@ TEST_F(PluginCommandTest, ACopyOfTheLibraryFindsTheNamesTaken) {
     files::remove(copy);
 }
 
-TEST_F(PluginCommandTest, AFailingCommandDeregistrationStopsTheUnloading) {
+TEST_F(PluginCommandTest, AFailingCommandDeregistrationStopsUnloading) {
     scene.clear();
     faultpoint::Scope scope("MFnPlugin::deregisterCommand", MS::kEndOfFile);
     const std::string text = errors_of(
@@ -338,20 +339,20 @@ TEST_F(PluginCommandTest, AFailingNodeDeregistrationLeavesTheMenuItem) {
     EXPECT_TRUE(MenuTree::current().items("mainModifyMenu").empty());
 }
 
-TEST_F(PluginCommandTest, TheUserInterfaceProceduresRunOnlyWithAUserInterface) {
+TEST_F(PluginCommandTest, UserInterfaceProceduresRunOnlyInInteractiveMode) {
     scene.clear();
     EXPECT_TRUE(script.called.empty());
     ASSERT_EQ(Plugins::current().unload("tessora", false, error), MS::kSuccess);
     EXPECT_TRUE(script.called.empty());
     Plugins::current().mode = AppMode::interactive;
-    EXPECT_EQ(load(), MS::kSuccess); // a missing procedure does not fail the loading
+    EXPECT_EQ(load(), MS::kSuccess); // a missing procedure does not fail the load
     EXPECT_EQ(script.called, std::vector<std::string>{"tessoraCreateUI"});
     ASSERT_EQ(Plugins::current().unload("tessora", false, error), MS::kSuccess);
     EXPECT_EQ(script.called.back(), "tessoraDeleteUI");
     Plugins::current().mode = AppMode::batch;
 }
 
-TEST_F(PluginCommandTest, TheScriptLanguageHearsOfTheCommand) {
+TEST_F(PluginCommandTest, TheScriptLanguageIsNotifiedOfTheCommand) {
     scene.clear();
     script.commands.clear();
     ASSERT_EQ(Plugins::current().unload("tessora", false, error), MS::kSuccess);
@@ -359,7 +360,7 @@ TEST_F(PluginCommandTest, TheScriptLanguageHearsOfTheCommand) {
     EXPECT_EQ(script.commands, (std::vector<std::string>{"-tessora", "+tessora"}));
 }
 
-TEST_F(PluginCommandTest, AFileThatIsNoPluginIsRefused) {
+TEST_F(PluginCommandTest, AFileThatIsNotAPluginIsRejected) {
     namespace files = std::filesystem;
     EXPECT_EQ(Plugins::current().load("no_such_plugin", error), MS::kNotFound);
     EXPECT_EQ(error, "Plug-in \"no_such_plugin\" was not found on MAYA_PLUG_IN_PATH.");

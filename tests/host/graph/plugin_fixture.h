@@ -1,4 +1,4 @@
-/// The plug-in library loaded into an empty scene, as the program loads it.
+/// Test fixture: the plug-in library loaded into an empty scene.
 #pragma once
 
 #include "faultpoint/faultpoint.h"
@@ -14,7 +14,7 @@
 
 namespace host::graph::testing {
 
-/// Everything a mesh is made of, as bytes: equal strings are equal meshes, bit for bit.
+/// Serializes a mesh; two meshes are bitwise equal if and only if the strings are.
 inline std::string bytes_of(const Mesh& mesh) {
     std::string bytes;
     const auto add = [&](const void* data, size_t size) {
@@ -57,7 +57,7 @@ protected:
         return script.execute(text, false, true, result);
     }
     void select(Node& node) { scene.select({item_of(node)}); }
-    /// polyCube -> shape, as the script command makes it.
+    /// A mesh shape with construction history: polyCube -> shape.
     MeshNode& add_cube_with_history() {
         Node& maker = add("polyCube");
         DagNode& transform = add_dag("transform", "pCube1");
@@ -65,7 +65,7 @@ protected:
         connect(maker, "output", shape, "inMesh");
         return shape;
     }
-    /// What the shape shows, pulled as a viewport would.
+    /// The shape's evaluated mesh as bytes.
     std::string shown(MeshNode& shape) {
         EXPECT_EQ(shape.refresh(), MS::kSuccess);
         EXPECT_NE(shape.mesh(), nullptr);

@@ -1,4 +1,4 @@
-// The node of the plug-in: its attributes, when it works, what it publishes and shows.
+// The plug-in's node: attributes, compute, published results, seams in the panels.
 #include "tests/host/graph/plugin_fixture.h"
 
 #include <maya/MFnMesh.h>
@@ -14,7 +14,7 @@ struct AttributeRow {
     bool affects;
 };
 
-/// The table that scenes on disk and scripts of studios rely on.
+/// Attributes that scene files and users' scripts depend on.
 constexpr AttributeRow k_rows[] = {
     {"inMesh", "im", "mesh", true},
     {"outMesh", "om", "mesh", false},
@@ -39,7 +39,7 @@ constexpr AttributeRow k_rows[] = {
     {"Visualization", "p_vis", "bool", true},
 };
 
-constexpr size_t k_base_attributes = 4; ///< every node has these before its own
+constexpr size_t k_base_attributes = 4; ///< attributes of every node, before the plug-in's own
 
 size_t callbacks_attached() {
     size_t count = 0;
@@ -52,14 +52,14 @@ size_t callbacks_attached() {
 
 class PluginNodeTest : public PluginTest {
 protected:
-    /// A cube with history, unwrapped by the command but not pulled yet.
+    /// A cube with history, unwrapped by the command but not evaluated yet.
     Node& unwrapped() {
         shape_ = &add_cube_with_history();
         select(*shape_->parents().front());
         EXPECT_EQ(run("tessora"), MS::kSuccess);
         return plug(*shape_, "inMesh").source()->node();
     }
-    /// How often an unwrap was published since the last call.
+    /// Number of unwraps published since the last call.
     size_t unwraps() {
         size_t count = 0;
         for (const std::string& text : script.texts)
@@ -102,7 +102,7 @@ TEST_P(PluginAttributeTest, HasItsNamesTypeDefaultAndFlags) {
     }
 }
 
-TEST_P(PluginAttributeTest, DirtiesTheOutputOrDoesNot) {
+TEST_P(PluginAttributeTest, AffectsTheOutputAsListed) {
     const AttributeRow& row = GetParam();
     const std::string name = row.long_name;
     Node& node = add("tessora_node");
@@ -124,7 +124,7 @@ TEST_P(PluginAttributeTest, DirtiesTheOutputOrDoesNot) {
 INSTANTIATE_TEST_SUITE_P(Table, PluginAttributeTest, ::testing::ValuesIn(k_rows),
                          [](const auto& row) { return std::string(row.param.long_name); });
 
-TEST_F(PluginNodeTest, TheAttributesComeInTheOrderOfTheTable) {
+TEST_F(PluginNodeTest, AttributesAreInTheOrderOfTheTable) {
     const NodeTypeRef type = scene.find_type("tessora_node");
     ASSERT_EQ(type->attributes().size(), k_base_attributes + std::size(k_rows));
     for (size_t i = 0; i < std::size(k_rows); ++i)
@@ -141,7 +141,7 @@ TEST_F(PluginNodeTest, SkipComputeAcceptsAnyInteger) {
 
 // === Compute =================================================================================
 
-TEST_F(PluginNodeTest, TheFirstPassWithoutVisualizationOnlyDetachesAndTheNextUnwraps) {
+TEST_F(PluginNodeTest, TheFirstPassWithoutVisualizationOnlyDetachesAndTheSecondUnwraps) {
     Node& maker = add("polyCube");
     Node& node = add("tessora_node");
     connect(maker, "output", node, "inMesh");
@@ -154,7 +154,7 @@ TEST_F(PluginNodeTest, TheFirstPassWithoutVisualizationOnlyDetachesAndTheNextUnw
     EXPECT_EQ(unwraps(), 1u);
 }
 
-TEST_F(PluginNodeTest, AfterTheFirstUnwrapTheNodeSkipsUntilToldOtherwise) {
+TEST_F(PluginNodeTest, AfterTheFirstUnwrapTheNodeSkipsUntilSkipComputeChanges) {
     Node& node = unwrapped();
     shown(*shape_);
     EXPECT_EQ(unwraps(), 1u);
@@ -162,18 +162,19 @@ TEST_F(PluginNodeTest, AfterTheFirstUnwrapTheNodeSkipsUntilToldOtherwise) {
         set(node, "Padding", 3 + i);
         shown(*shape_);
         EXPECT_EQ(unwraps(), 0u);
-        EXPECT_FALSE(is_clean(plug(node, "outMesh"))); // every pull asks again
+        EXPECT_FALSE(
+            is_clean(plug(node, "outMesh"))); // stays dirty: every read calls compute again
     }
 }
 
-TEST_F(PluginNodeTest, SkippingLeavesThePreviousOutputInPlace) {
+TEST_F(PluginNodeTest, SkippingKeepsThePreviousOutput) {
     Node& node = unwrapped();
     const std::string before = shown(*shape_);
     set(plug(node, "inMesh").source()->node(), "width", 5);
     EXPECT_EQ(shown(*shape_), before);
 }
 
-TEST_F(PluginNodeTest, AnyOtherValueUnwrapsOnceMoreAndArmsTheSkipAgain) {
+TEST_F(PluginNodeTest, AnyOtherSkipComputeValueUnwrapsOnceAndThenSkips) {
     Node& node = unwrapped();
     shown(*shape_);
     unwraps();
@@ -187,7 +188,7 @@ TEST_F(PluginNodeTest, AnyOtherValueUnwrapsOnceMoreAndArmsTheSkipAgain) {
     }
 }
 
-TEST_F(PluginNodeTest, TurningVisualizationActsOnOnePassAndTheNextOneUnwraps) {
+TEST_F(PluginNodeTest, ChangingVisualizationTakesOnePassAndTheNextOneUnwraps) {
     Node& node = unwrapped();
     shown(*shape_);
     unwraps();
@@ -197,7 +198,7 @@ TEST_F(PluginNodeTest, TurningVisualizationActsOnOnePassAndTheNextOneUnwraps) {
     shown(*shape_);
     EXPECT_EQ(callbacks_attached(), 0u);
     EXPECT_EQ(unwraps(), 0u);
-    shown(*shape_); // the unwrap brings the drawing back, switched off or not
+    shown(*shape_); // unwrapping attaches the callbacks again, even with Visualization off
     EXPECT_EQ(unwraps(), 1u);
     EXPECT_EQ(callbacks_attached(), 4u);
     set(node, "Visualization", 1);
@@ -206,7 +207,7 @@ TEST_F(PluginNodeTest, TurningVisualizationActsOnOnePassAndTheNextOneUnwraps) {
     EXPECT_EQ(unwraps(), 0u);
 }
 
-TEST_F(PluginNodeTest, WithTheStateHasNoEffectTheOutputIsTheInputAndTheSeamsDisappear) {
+TEST_F(PluginNodeTest, WithNodeStateHasNoEffectTheOutputIsTheInputAndSeamsDisappear) {
     Node& node = unwrapped();
     shown(*shape_);
     EXPECT_EQ(callbacks_attached(), 4u);
@@ -227,7 +228,7 @@ TEST_F(PluginNodeTest, WithTheStateHasNoEffectTheOutputIsTheInputAndTheSeamsDisa
     EXPECT_EQ(callbacks_attached(), 4u);
 }
 
-TEST_F(PluginNodeTest, TheResultsArePublishedByOneCommandWithTheNodesName) {
+TEST_F(PluginNodeTest, ResultsArePublishedByOneCommandWithTheNodesName) {
     Node& node = unwrapped();
     scene.rename(node, "a_rather_long_name_" + std::string(3000, 'x'));
     shown(*shape_);
@@ -244,7 +245,7 @@ TEST_F(PluginNodeTest, TheResultsArePublishedByOneCommandWithTheNodesName) {
     EXPECT_GT(pull(node, "Charts_result"), 0.0);
 }
 
-TEST_F(PluginNodeTest, PublishingLeavesTheOutputCleanAndNothingToUndo) {
+TEST_F(PluginNodeTest, PublishingLeavesTheOutputCleanAndRecordsNoUndo) {
     Node& node = unwrapped();
     const size_t entries = undo.undo_count();
     shown(*shape_);
@@ -252,7 +253,7 @@ TEST_F(PluginNodeTest, PublishingLeavesTheOutputCleanAndNothingToUndo) {
     EXPECT_EQ(undo.undo_count(), entries);
 }
 
-TEST_F(PluginNodeTest, TheInputKeepsItsTextureCoordinates) {
+TEST_F(PluginNodeTest, TheInputMeshKeepsItsUvs) {
     Node& node = unwrapped();
     Slot& source = *plug(node, "inMesh").source();
     evaluate(source);
@@ -261,13 +262,13 @@ TEST_F(PluginNodeTest, TheInputKeepsItsTextureCoordinates) {
     EXPECT_EQ(bytes_of(*source.value.as_data()->as_mesh()->mesh()), before);
 }
 
-TEST_F(PluginNodeTest, AnUnknownMeshPathStillAttaches) {
+TEST_F(PluginNodeTest, AnUnknownMeshPathStillAttachesTheOverlay) {
     Node& node = unwrapped();
     EXPECT_EQ(set_value(plug(node, "Mesh_path"), Value::of_text("|no|where")), MS::kSuccess);
     shown(*shape_);
     EXPECT_EQ(callbacks_attached(), 4u);
     EXPECT_EQ(unwraps(), 1u);
-    // The path stayed empty: the first drawing finds no mesh and takes the callbacks away.
+    // The path stayed empty: the first redraw finds no mesh and removes the callbacks.
     Callbacks::current().fire_post_render("modelPanel1");
     EXPECT_EQ(callbacks_attached(), 0u);
 }
@@ -283,7 +284,7 @@ TEST_F(PluginNodeTest, UnwrappingTwiceLeavesOneCallbackPerPanel) {
         EXPECT_EQ(Callbacks::current().post_render_count(panel), 1u);
 }
 
-TEST_F(PluginNodeTest, DeletingTheNodeTakesItsCallbacksAway) {
+TEST_F(PluginNodeTest, DeletingTheNodeRemovesItsCallbacks) {
     Node& node = unwrapped();
     shown(*shape_);
     EXPECT_EQ(callbacks_attached(), 4u);
@@ -291,14 +292,14 @@ TEST_F(PluginNodeTest, DeletingTheNodeTakesItsCallbacksAway) {
     EXPECT_EQ(callbacks_attached(), 0u);
 }
 
-TEST_F(PluginNodeTest, UndoingTheCommandTakesTheCallbacksAway) {
+TEST_F(PluginNodeTest, UndoingTheCommandRemovesTheCallbacks) {
     unwrapped();
     shown(*shape_);
     undo.undo();
     EXPECT_EQ(callbacks_attached(), 0u);
 }
 
-TEST_F(PluginNodeTest, TheFirstDrawingAfterTheMeshIsGoneTakesTheCallbacksAway) {
+TEST_F(PluginNodeTest, TheFirstRedrawAfterTheMeshIsDeletedRemovesTheCallbacks) {
     unwrapped();
     shown(*shape_);
     scene.remove(*shape_->parents().front());
@@ -307,7 +308,7 @@ TEST_F(PluginNodeTest, TheFirstDrawingAfterTheMeshIsGoneTakesTheCallbacksAway) {
     EXPECT_EQ(callbacks_attached(), 0u);
 }
 
-TEST_F(PluginNodeTest, APanelThatRefusesIsReportedAndTheOthersDraw) {
+TEST_F(PluginNodeTest, AFailingPanelCallbackIsReportedAndOtherPanelsAreAttached) {
     Node& node = unwrapped();
     std::string text;
     {
@@ -322,7 +323,7 @@ TEST_F(PluginNodeTest, APanelThatRefusesIsReportedAndTheOthersDraw) {
               std::string::npos)
         << text;
     EXPECT_NE(text.find("\n\nCould not attach viewport callback\n"), std::string::npos) << text;
-    // The id of the failed registration was kept: taking it away reports its own line.
+    // The id of the failed registration was stored; removing it fails and is reported.
     set(node, "Visualization", 0);
     text = errors_of([&] { pull_mesh(node); });
     EXPECT_EQ(text, "Failed to clear viewport callback 2\n\n");
@@ -339,9 +340,9 @@ struct ReadFault {
 class PluginReadFaultTest : public PluginNodeTest,
                             public ::testing::WithParamInterface<ReadFault> {};
 
-TEST_P(PluginReadFaultTest, WritesItsTextAndReturnsTheStatus) {
+TEST_P(PluginReadFaultTest, IsReportedAndReturned) {
     Node& node = unwrapped();
-    // The second pass reads everything that any pass reads.
+    // The second pass reads every input.
     shown(*shape_);
     set(node, "Skip_compute", 0);
     const ReadFault& fault = GetParam();
@@ -374,7 +375,7 @@ INSTANTIATE_TEST_SUITE_P(
         ReadFault{"MDataBlock::inputValue", 17, "Retrieving settings failed (epsilon)"},
         ReadFault{"MDataBlock::inputValue", 18, "Retrieving settings failed (str_mesh_path)"}));
 
-TEST_F(PluginNodeTest, ARefusedPreRemovalCallbackIsAWarning) {
+TEST_F(PluginNodeTest, AFailingPreRemovalRegistrationIsAWarning) {
     Node& node = unwrapped();
     faultpoint::Scope scope("MNodeMessage::addNodePreRemovalCallback", MS::kFailure);
     EXPECT_EQ(pull_mesh(node), MS::kSuccess);
@@ -383,14 +384,14 @@ TEST_F(PluginNodeTest, ARefusedPreRemovalCallbackIsAWarning) {
     EXPECT_EQ(unwraps(), 1u);
 }
 
-TEST_F(PluginNodeTest, AFailedPublicationIsIgnored) {
+TEST_F(PluginNodeTest, FailingToPublishResultsIsIgnored) {
     Node& node = unwrapped();
     faultpoint::Scope scope("MGlobal::executeCommand", MS::kFailure);
     EXPECT_EQ(pull_mesh(node), MS::kSuccess);
     EXPECT_EQ(callbacks_attached(), 4u);
 }
 
-TEST_F(PluginNodeTest, AFailingUnwrapCleansTheOutputAndPublishesNothing) {
+TEST_F(PluginNodeTest, AFailingUnwrapCleansTheOutputAndPublishesNoResults) {
     Node& node = unwrapped();
     EXPECT_EQ(set_value(plug(node, "UV_Set"), Value::of_text("unwrap")), MS::kSuccess);
     faultpoint::Scope scope("MFnMesh::createUVSetDataMesh", MS::kLicenseFailure);
@@ -411,7 +412,7 @@ struct AttributeFault {
 class PluginInitializerTest : public PluginNodeTest,
                               public ::testing::WithParamInterface<AttributeFault> {};
 
-TEST_P(PluginInitializerTest, StopsWithItsTextAndTheStatus) {
+TEST_P(PluginInitializerTest, IsReportedAndReturned) {
     ASSERT_EQ(Plugins::current().unload("tessora", false, error), MS::kSuccess);
     const AttributeFault& fault = GetParam();
     MStatus status;
@@ -423,7 +424,7 @@ TEST_P(PluginInitializerTest, StopsWithItsTextAndTheStatus) {
     EXPECT_EQ(status, MS::kEndOfFile);
     EXPECT_EQ(text, std::string(fault.text) + "\nFailed to register \"tessora_node\"\n: " +
                         MStatus(MS::kEndOfFile).errorString().asChar() + "\n");
-    EXPECT_TRUE(Commands::current().knows("tessora")); // what came before the failure stays
+    EXPECT_TRUE(Commands::current().knows("tessora")); // registered before the failure
     EXPECT_FALSE(Plugins::current().is_loaded("tessora"));
     EXPECT_EQ(Plugins::current().unload("tessora", true, error), MS::kInvalidParameter);
 }

@@ -1,4 +1,4 @@
-// The plug-in library, loaded as the program loads it.
+// Loading and unloading the plug-in library, and unwrapping by its command.
 #include "faultpoint/faultpoint.h"
 #include "tests/host/graph/plugin_fixture.h"
 
@@ -42,7 +42,7 @@ TEST_F(PluginTest, LoadingTwiceFailsAtTheFirstRegistration) {
     EXPECT_EQ(MenuTree::current().items("mainModifyMenu").size(), 1u);
 }
 
-TEST_F(PluginTest, UnloadingIsRefusedWhileNodesAreInUse) {
+TEST_F(PluginTest, UnloadingFailsWhileNodesAreInUse) {
     add("tessora_node", "unwrap1");
     EXPECT_FALSE(Plugins::current().unload("tessora", false, error));
     EXPECT_NE(error.find("unwrap1"), std::string::npos);
@@ -93,7 +93,7 @@ TEST_F(PluginTest, AMeshWithoutHistoryGetsAHiddenCopyThatUndoRemoves) {
     EXPECT_EQ(scene.nodes().size(), before + 2);
 }
 
-TEST_F(PluginTest, AFailingFlagLeavesTheSceneAlone) {
+TEST_F(PluginTest, AnUnknownFlagLeavesTheSceneUnchanged) {
     MeshNode& shape = add_cube("box");
     select(*shape.parents().front());
     const size_t before = scene.nodes().size();

@@ -1,4 +1,5 @@
-/// A script host for tests that need no language: statements of words, as plug-ins send them.
+/// A minimal script host for tests without the script language. Runs the simple statements that
+/// plug-ins send.
 #pragma once
 
 #include "host/graph/commands.h"
@@ -43,7 +44,7 @@ public:
     std::vector<std::string> texts, sourced, lines, commands, called;
 
 private:
-    /// Words; quotes and brackets are taken off, and every statement ends with ";".
+    /// Splits a statement into words without quotes and brackets; statements end with ";".
     static std::vector<std::string> split(const std::string& text) {
         std::vector<std::string> words;
         std::string word;

@@ -1,4 +1,4 @@
-// The undo queue, and a long random walk against a simple model.
+// The undo queue, also tested by a long random walk against a simple model.
 #include "tests/host/graph/fixture.h"
 #include "tests/host/graph/small_script.h"
 
@@ -27,7 +27,7 @@ TEST_F(UndoTest, OneStatementIsOneEntry) {
     EXPECT_EQ(pull(node, "result"), 20.0);
 }
 
-TEST_F(UndoTest, NestedFramesBelongToTheOutermost) {
+TEST_F(UndoTest, NestedFramesBecomePartOfTheOutermost) {
     Node& node = add("scaleNode");
     {
         UndoFrame outer("outer");
@@ -37,7 +37,7 @@ TEST_F(UndoTest, NestedFramesBelongToTheOutermost) {
     EXPECT_EQ(undo.names(), std::vector<std::string>{"outer"});
 }
 
-TEST_F(UndoTest, AFrameThatDoesNotRecordLeavesNoTrace) {
+TEST_F(UndoTest, AFrameThatDoesNotRecordLeavesNoEntry) {
     Node& node = add("scaleNode");
     {
         UndoFrame frame("quiet", false);
@@ -48,7 +48,7 @@ TEST_F(UndoTest, AFrameThatDoesNotRecordLeavesNoTrace) {
     EXPECT_EQ(pull(node, "input"), 4.0);
 }
 
-TEST_F(UndoTest, ANewEntryForgetsWhatWasUndone) {
+TEST_F(UndoTest, ANewEntryClearsTheRedoList) {
     Node& node = add("scaleNode");
     for (const double value : {4.0, 5.0}) {
         UndoFrame frame("set");
@@ -63,7 +63,7 @@ TEST_F(UndoTest, ANewEntryForgetsWhatWasUndone) {
     EXPECT_EQ(undo.redo(), MS::kFailure);
 }
 
-TEST_F(UndoTest, OldEntriesFallOffTheEnd) {
+TEST_F(UndoTest, TheOldestEntriesAreDroppedAtTheLimit) {
     Node& node = add("scaleNode");
     undo.set_limit(2);
     for (int i = 0; i < 5; ++i) {
@@ -74,7 +74,7 @@ TEST_F(UndoTest, OldEntriesFallOffTheEnd) {
     undo.set_limit(0);
 }
 
-TEST_F(UndoTest, SwitchedOffItRecordsNothing) {
+TEST_F(UndoTest, WhenDisabledItRecordsNothing) {
     Node& node = add("scaleNode");
     undo.set_enabled(false);
     {
@@ -85,7 +85,7 @@ TEST_F(UndoTest, SwitchedOffItRecordsNothing) {
     EXPECT_EQ(undo.undo_count(), 0u);
 }
 
-TEST_F(UndoTest, UndoOfAUsersConnectionBringsTheOldValueBack) {
+TEST_F(UndoTest, UndoOfAUsersConnectionRestoresTheOldValue) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     {
@@ -101,7 +101,7 @@ TEST_F(UndoTest, UndoOfAUsersConnectionBringsTheOldValueBack) {
 
 namespace {
 
-/// Says what happened to it; doing makes a node by the function set for nodes.
+/// Logs its calls; doIt creates a node through MFnDependencyNode.
 class LoudCommand : public MPxCommand {
 public:
     ~LoudCommand() override { log.push_back("delete"); }
@@ -150,7 +150,7 @@ protected:
     CommandResult result;
 };
 
-TEST_F(CommandTest, AnUndoableCommandStaysInTheQueueAndIsDoneOnce) {
+TEST_F(CommandTest, AnUndoableCommandStaysOnTheQueueAndIsDoneOnce) {
     EXPECT_EQ(run(), MS::kSuccess);
     int number = 0;
     EXPECT_TRUE(result.to(number));
@@ -166,7 +166,7 @@ TEST_F(CommandTest, AnUndoableCommandStaysInTheQueueAndIsDoneOnce) {
     EXPECT_EQ(LoudCommand::log, (std::vector<std::string>{"do once", "undo", "redo", "delete"}));
 }
 
-TEST_F(CommandTest, WhatTheHostMadeForItGoesAndComesWithIt) {
+TEST_F(CommandTest, NodesCreatedByTheCommandAreUndoneAndRedoneWithIt) {
     run();
     ASSERT_NE(scene.find("scaleNode1"), nullptr);
     undo.undo();
@@ -207,7 +207,7 @@ TEST_F(CommandTest, ANameCanBeRegisteredOnlyOnce) {
     EXPECT_EQ(Commands::current().remove("nobody"), MS::kInvalidParameter);
 }
 
-TEST(CommandResults, GrowAsTheyAreAppendedTo) {
+TEST(CommandResults, AppendingMakesAnArray) {
     CommandResult result;
     int number = 0;
     EXPECT_FALSE(result.to(number));
@@ -224,11 +224,11 @@ TEST(CommandResults, GrowAsTheyAreAppendedTo) {
 
 namespace {
 
-/// What the walk expects: numbers and connections of scale nodes, nothing else.
+/// The model of the scene: numbers and connections of scale nodes.
 struct Model {
     struct One {
         double input = 1.0, factor = 2.0;
-        int source = -1; ///< index of the node that feeds input
+        int source = -1; ///< index of the node that feeds `in`, -1 if none
     };
     std::map<int, One> nodes;
 
@@ -251,7 +251,7 @@ struct Model {
 
 class RandomWalk : public SceneTest, public ::testing::WithParamInterface<unsigned> {
 protected:
-    /// A copy of the model after a pull of everything: what connections delivered stays behind.
+    /// The model after evaluating everything: destinations hold the values of their sources.
     void settle(Model& model) {
         std::map<int, double> inputs;
         for (const auto& one : model.nodes)
@@ -270,7 +270,7 @@ protected:
         std::advance(at, random() % model.nodes.size());
         return at->first;
     }
-    /// One step on both sides; false when it is not possible now.
+    /// Performs one step in scene and model; returns false if it is not possible now.
     bool step(Model& model);
 
     std::mt19937 random{GetParam()};
@@ -284,7 +284,7 @@ bool RandomWalk::step(Model& model) {
     const int a = model.nodes.empty() ? -1 : pick(model);
     const int b = model.nodes.empty() ? -1 : pick(model);
     UndoFrame frame("step");
-    if (kind == 0) { // make
+    if (kind == 0) { // create
         if (model.nodes.size() > 12)
             return false;
         nodes.push_back(scene.make_node(scene.find_type("scaleNode")));
@@ -355,10 +355,10 @@ TEST_P(RandomWalk, AgreesWithASimpleModel) {
                 undone.clear();
             }
         }
-        // Everything is pulled after each step, so that what connections leave behind is known.
+        // Everything is evaluated after each step, so that values after disconnections are known.
         compare(done.back());
         settle(done.back());
-        if (done.size() > 200) { // keeps the walk's memory bounded
+        if (done.size() > 200) { // bounds the memory of the walk
             undo.clear();
             done.erase(done.begin(), done.end() - 1);
             undone.clear();
