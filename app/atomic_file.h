@@ -1,11 +1,11 @@
-/// A file that appears under its name when it is whole, or not at all.
+/// A file that appears under its name complete, or not at all.
 ///
 /// The bytes go to a temporary file in the same directory, named after the target and the process
-/// (so that several processes can write into one directory), which `commit` renames. Until then an
+/// (so that several processes can write into one directory); `commit` renames it. Until then an
 /// older file of that name stays as it was. Destruction, `discard` and signals (interrupt.h) remove
-/// the temporary file. Symbolic links are followed, so that a link stays a link; a replaced file
-/// hands on its permissions. Targets that are no regular files (standard output as "-", devices,
-/// pipes) are written directly, in `commit`.
+/// the temporary file. Symbolic links are followed, so that a link stays a link; the new file gets
+/// the permissions of the file it replaces. Targets that are not regular files (standard output,
+/// named "-", devices, pipes) are written directly, in `commit`.
 #pragma once
 
 #include <string>
@@ -20,14 +20,14 @@ public:
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
 
-    /// Makes sure that the file can be written, before long work is begun for it.
+    /// Checks that the file can be written, before any long work for it begins.
     /// Errors (here and below): false with "PATH: cannot be written: reason" in `error`.
     bool open(const std::string& path, std::string& error);
     bool is_open() const { return state_ != closed; }
 
-    /// Gives the file its content and waits until the disk has it. Call it once.
+    /// Writes the whole content and waits until it is on disk. Call once.
     bool write(std::string_view bytes, std::string& error);
-    /// Publishes the file.
+    /// Makes the file appear under its name.
     bool commit(std::string& error);
     /// Leaves the target as it was.
     void discard();
@@ -40,14 +40,14 @@ private:
     bool fail(int reason, std::string& error) const;
 
     std::string path_;   // as the caller named it
-    std::string target_; // behind symbolic links
+    std::string target_; // path_ with symbolic links resolved
     std::string temporary_;
-    std::string pending_; // content of a direct target
+    std::string pending_; // content of a direct target, until commit
     int file_ = -1;
     State state_ = closed;
 };
 
-/// True when both names lead to one existing file.
+/// True if both names lead to the same existing file.
 bool same_file(const std::string& a, const std::string& b);
 
 } // namespace app

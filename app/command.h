@@ -1,4 +1,4 @@
-/// The program's commands. Each has a file of its own; main.cpp holds the table.
+/// The program's subcommands. Each has its own source file; main.cpp holds the table of them.
 #pragma once
 
 #include <string>
@@ -12,12 +12,12 @@ using Words = std::vector<std::string>;
 struct Command {
     const char* name;
     const char* summary; ///< one line of `tessora --help`
-    /// Runs the command and gives the process's exit code (exit_code.h). Messages have been
-    /// written; memory that runs out may come up as std::bad_alloc, which the caller reports.
+    /// Runs the command, prints its messages and returns the process's exit code (exit_code.h).
+    /// Errors: std::bad_alloc, which the caller reports.
     int (*run)(const Words& words);
 };
 
-/// Text for a person on standard error: "tessora: " and the sentence, with a line end.
+/// Prints "tessora: SENTENCE" and a line end to standard error.
 void say(const std::string& sentence);
 
 /// The product's version, as the plug-in registers it with the host.

@@ -1,4 +1,4 @@
-/// What AtomicFile asks of the system, on each system. Calls that fail leave their reason in errno.
+/// The system calls behind AtomicFile, one source per system. A call that fails sets errno.
 #pragma once
 
 #include <string>
@@ -7,29 +7,29 @@
 namespace app::file_calls {
 
 struct Target {
-    bool is_direct = false; ///< no regular file: written as it is
-    std::string path;       ///< behind symbolic links
-    int mode = -1;          ///< permissions of the file that is there; -1 for none
+    bool is_direct = false; ///< not a regular file, so written directly
+    std::string path;       ///< with symbolic links resolved
+    int mode = -1;          ///< permissions of the existing file; -1 if there is none
 };
 
-/// Looks at the file that is to be written. False when it never can be.
+/// Examines the file to be written. Returns false if it cannot be written.
 bool find_target(const std::string& path, Target& target);
 
-/// Opens a file that must not exist yet; below 0 on failure.
+/// Creates a file that must not exist yet; returns its descriptor, or a negative number on failure.
 int create_new(const std::string& path);
-/// Opens what is no regular file, "-" being standard output; below 0 on failure.
+/// Opens a target that is not a regular file ("-" is standard output); negative on failure.
 int open_direct(const std::string& path);
-/// Closes what open_direct gave.
+/// Closes a descriptor that open_direct returned.
 void close_direct(int file);
 
 bool set_mode(int file, int mode);
 bool write_all(int file, std::string_view bytes);
-/// Waits until the disk has the content.
+/// Waits until the content is on disk.
 bool sync(int file);
 bool close(int file);
-/// Puts one file in another's place, to outlast a power cut.
+/// Renames `from` to `to`, replacing it, and waits until the rename is on disk.
 bool replace(const std::string& from, const std::string& to);
-/// Safe inside signal handlers. A failure is nobody's business.
+/// Safe inside signal handlers. Failures are ignored.
 void remove(const char* path);
 long process_id();
 

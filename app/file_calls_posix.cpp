@@ -24,7 +24,8 @@ std::string directory_of(const std::string& path) {
     return slash == path.npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
 }
 
-/// Makes a rename outlast a power cut. File systems that cannot do it lose nothing else.
+/// Makes a rename survive a power cut. Failure is ignored: some file systems cannot sync
+/// directories.
 void sync_directory(const std::string& directory) {
     const int file = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (file < 0)

@@ -11,7 +11,7 @@
 namespace app {
 namespace {
 
-/// The C library's number for the system's last error: messages are the same on every system.
+/// The errno value for the system's last error, so that messages are the same on every system.
 int last_reason() {
     switch (GetLastError()) {
     case ERROR_FILE_NOT_FOUND:
@@ -39,7 +39,7 @@ bool refuse(int reason) {
     return false;
 }
 
-/// What makes a file the same one under another name.
+/// Volume and file index: equal for all names of one file.
 bool identity_of(const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
     const HANDLE handle =
         CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -67,7 +67,7 @@ bool find_target(const std::string& path, Target& target) {
     return (attributes & FILE_ATTRIBUTE_READONLY) == 0 || refuse(EACCES);
 }
 
-/// A new file that can be deleted while it is open, so that an interrupted run leaves none.
+/// The file can be deleted while it is open, so that an interrupted run leaves nothing behind.
 int create_new(const std::string& path) {
     const HANDLE handle =
         CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
@@ -79,11 +79,11 @@ int create_new(const std::string& path) {
     return _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY);
 }
 
-int open_direct(const std::string&) { return 1; } // standard output is the only one
+int open_direct(const std::string&) { return 1; } // standard output is the only direct target
 
 void close_direct(int) {}
 
-/// A new file has the permissions that its folder hands down.
+/// New files inherit the permissions of their folder.
 bool set_mode(int, int) { return true; }
 
 bool write_all(int file, std::string_view bytes) {
@@ -107,7 +107,7 @@ bool replace(const std::string& from, const std::string& to) {
            refuse(last_reason());
 }
 
-void remove(const char* path) { DeleteFileA(path); } // an open one goes when it is closed
+void remove(const char* path) { DeleteFileA(path); } // an open file disappears when closed
 
 long process_id() { return static_cast<long>(GetCurrentProcessId()); }
 

@@ -11,7 +11,7 @@ namespace {
 constexpr int k_slots = 8;
 constexpr size_t k_path_size = 4096;
 
-// Read inside handlers: plain bytes, written only while signals are held back.
+// Read inside handlers: plain bytes, written only while signals are blocked.
 char g_paths[k_slots][k_path_size];
 volatile std::sig_atomic_t g_line_open = 0;
 

@@ -1,8 +1,7 @@
-/// What must happen when the process is told to end, or finds that it cannot go on: unfinished
-/// files vanish, and the exit code says why.
+/// Signals: unfinished files are removed, and the exit code tells which signal ended the process.
 ///
-/// Interrupt, termination and hang-up end with 128 plus the signal's number. A broken contract in
-/// one of the libraries ends in the runtime's abort; the program turns that into exit code 70.
+/// Interrupt, termination and hang-up end with 128 plus the signal's number. A failed assertion in
+/// one of the libraries calls abort(); the program turns that into exit code 70.
 #pragma once
 
 #include <cstdint>
@@ -10,21 +9,23 @@
 
 namespace app {
 
-/// Installs the handlers; a closed pipe and a file size limit become ordinary write errors.
+/// Installs the handlers. Writing to a closed pipe or beyond the file size limit fails with an
+/// ordinary write error instead of a signal.
 void install_signal_handlers();
 
-/// Puts a file on the list of what a signal removes, or takes it off. Paths are kept as given.
-/// At most eight files of up to 4095 bytes; false beyond that.
+/// Adds a file to the list of files that a signal removes, or takes it off the list. At most eight
+/// paths of at most 4095 bytes; returns false beyond that.
 bool remove_on_signal(const std::string& path);
 void keep_on_signal(const std::string& path);
-/// Removes what is on the list; safe inside handlers.
+/// Removes the files on the list; safe inside handlers.
 void remove_unfinished_files();
 
-/// Says that the last line on the terminal is unfinished, so that a message must clear it first.
+/// Tells whether the terminal's current line holds a progress bar, which the next message must
+/// clear first.
 void set_terminal_line_open(bool open);
 bool terminal_line_open();
 
-/// Holds signals back for the length of a scope, so that what happens inside happens as a whole.
+/// Blocks signals while it lives, so that the code in its scope is not interrupted half-way.
 class SignalsHeld {
 public:
     SignalsHeld();
@@ -33,7 +34,7 @@ public:
     SignalsHeld& operator=(const SignalsHeld&) = delete;
 
 private:
-    uint64_t before_[16] = {}; // the system's own record
+    uint64_t before_[16] = {}; // the signal mask to restore, in the system's own format
 };
 
 } // namespace app

@@ -12,7 +12,7 @@ constexpr int k_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGABRT};
 
 void write_error(const char* text) {
     const size_t length = std::strlen(text);
-    // Nothing can be done about a failure here.
+    // The result must be used, but a failure cannot be handled here.
     if (::write(STDERR_FILENO, text, length) < 0)
         return;
 }
@@ -37,7 +37,7 @@ void install_signal_handlers() {
     action.sa_handler = end_process;
     sigfillset(&action.sa_mask);
     for (const int signal : k_signals) {
-        // A hang-up that the starter of the process chose to ignore (nohup) stays ignored.
+        // A signal that the parent process ignores (nohup) stays ignored.
         struct sigaction before = {};
         sigaction(signal, nullptr, &before);
         if (signal == SIGABRT || before.sa_handler != SIG_IGN)
@@ -52,7 +52,7 @@ SignalsHeld::SignalsHeld() {
     sigset_t set;
     sigemptyset(&set);
     for (const int signal : k_signals)
-        sigaddset(&set, signal); // abort() itself takes no notice of this
+        sigaddset(&set, signal); // abort() itself works even when blocked
     static_assert(sizeof before_ >= sizeof set);
     sigprocmask(SIG_BLOCK, &set, reinterpret_cast<sigset_t*>(before_));
 }

@@ -10,7 +10,7 @@
 namespace app {
 namespace {
 
-/// The console speaks up in a thread of its own: what must happen as a whole holds this.
+/// Console events arrive in a thread of their own; code that must not be interrupted holds this.
 CRITICAL_SECTION& held() {
     static CRITICAL_SECTION* const section = [] {
         static CRITICAL_SECTION made;
@@ -32,11 +32,11 @@ void write_error(const char* text) {
         write_error("\r\033[K");
     write_error(text);
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
-    for (;;) // until the system has done so
+    for (;;) // termination is asynchronous
         Sleep(INFINITE);
 }
 
-/// Numbers as elsewhere: 2 for an interrupt, 15 for being told to end.
+/// The same exit codes as on POSIX: SIGINT is 2, SIGTERM is 15.
 BOOL WINAPI on_console_event(DWORD event) {
     EnterCriticalSection(&held());
     end_process("tessora: interrupted; unfinished files are removed\n",

@@ -1,4 +1,4 @@
-/// The program `tessora`: finds the command and runs it.
+/// The program `tessora`: finds the subcommand and runs it.
 #include "app/command.h"
 #include "app/exit_code.h"
 #include "app/interrupt.h"
@@ -102,7 +102,7 @@ int main(int argc, char** argv) {
         app::say("not enough memory; no result was written");
         return app::exit_limit;
     }
-    // A full disk behind standard output shows only when the buffer is written.
+    // A write error on standard output appears only when the buffer is flushed.
     if (std::fflush(stdout) != 0 && code == app::exit_done) {
         app::say("standard output cannot be written");
         return app::exit_output;

@@ -2,9 +2,9 @@
 
 #include "app/atomic_file.h"
 #include "app/exit_code.h"
+#include "app/layout_picture.h"
 #include "app/measure_layout.h"
 #include "app/options.h"
-#include "app/picture.h"
 #include "app/unwrap_options.h"
 #include "host/io/obj_reader.h"
 
@@ -57,7 +57,7 @@ struct Request {
     int height = 512;
     int padding = 2;
     double stretch = 0.15;
-    std::string layout; // file of the picture, empty: none
+    std::string layout; // file of the picture; empty if not requested
     std::string picture = "layout";
     bool json = false;
     bool per_chart = false;
@@ -169,7 +169,7 @@ void print_verdict(const Request& request, const Judgement& judgement) {
     print(out);
 }
 
-/// The exit code.
+/// Draws and writes the picture, if requested; returns the exit code.
 int write_picture(const Request& request, const Judgement& judgement,
                   const measure::Texture& texture) {
     if (request.layout.empty())

@@ -1,15 +1,15 @@
-/// `tessora measure MESH` and `tessora verify MESH`: judge the texture coordinates in a file,
-/// whoever made them.
+/// `tessora measure MESH` and `tessora verify MESH`: measure and check the texture coordinates in a
+/// file, whichever program made them.
 #pragma once
 
 #include "app/command.h"
 
 namespace app {
 
-/// Prints the figures of a layout. Layouts full of faults are measured like others.
+/// Prints the figures of a layout, even of one with flips and overlaps.
 int measure_command(const Words& words);
 
-/// Ends with exit_verification and names the polygons when a guarantee is broken.
+/// Returns exit_verification and prints the polygons at fault if a guarantee is broken.
 int verify_command(const Words& words);
 
 } // namespace app

@@ -224,9 +224,9 @@ std::string measures_table(const Judgement& judgement) {
 }
 
 std::string breach_text(const measure::Breach& breach) {
-    constexpr size_t k_most = 20;
+    constexpr size_t k_max_shown = 20;
     std::string text = breach.sentence;
-    const size_t count = breach.polygons.size(), shown = std::min(count, k_most);
+    const size_t count = breach.polygons.size(), shown = std::min(count, k_max_shown);
     for (size_t i = 0; i < shown; ++i)
         text += (i == 0 ? (count == 1 ? ": polygon " : ": polygons ") : ", ") +
                 std::to_string(breach.polygons[i]);

@@ -1,4 +1,4 @@
-/// The program's door to measure/: makes layouts of documents, judges them, words the figures.
+/// Measures and verifies the layout of a mesh file, and formats the figures as JSON or a table.
 #pragma once
 
 #include "host/io/obj_document.h"
@@ -10,31 +10,31 @@
 
 namespace app {
 
-/// The document's polygons, divided as an unwrap divides them, with its own texture coordinates or,
-/// when `uvs` is given, with those. Polygon ids are the document's.
-/// Errors: false with a sentence in `error` (the mesh is beyond what the host takes).
+/// Builds a layout from the document's polygons, triangulated as an unwrap triangulates them, with
+/// `uvs` as texture coordinates or, if null, the document's own. Polygon ids are the document's.
+/// Errors: false with a sentence in `error` if the mesh is too large for the host.
 bool make_layout(const host::ObjDocument& document, const host::ObjUvs* uvs,
                  measure::Layout& layout, std::string& error);
 
-/// What is known of a layout, and which promises it breaks.
+/// The measurements of a layout and the guarantees it breaks.
 struct Judgement {
     measure::Layout layout;
     measure::Measures measures;
-    std::vector<measure::Breach> breaches; ///< empty: it may be published
+    std::vector<measure::Breach> breaches; ///< empty if every guarantee holds
     measure::OverLimit over_limit;
 };
 
-/// Measures a layout and holds it against the promise.
+/// Measures a layout and checks it against `promise`.
 /// Errors: as make_layout; std::bad_alloc.
 bool judge_layout(const host::ObjDocument& document, const host::ObjUvs* uvs,
                   const measure::Texture& texture, const measure::Promise& promise,
                   Judgement& judgement, std::string& error);
 
-/// The figures as one JSON object, for reports; every key is in docs/measures.md. With `per_chart`
-/// a list of all charts is in it.
+/// The figures as one JSON object; docs/measures.md defines every key. `per_chart` adds a list of
+/// all charts.
 std::string measures_json(const Judgement& judgement, bool per_chart);
 
-/// The figures as lines of name and value, for a person.
+/// The figures as a table of names and values.
 std::string measures_table(const Judgement& judgement);
 
 /// "SENTENCE: polygons 1, 5, 7 and 12 more", ids from 0 in the order of the file's faces.

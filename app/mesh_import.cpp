@@ -33,7 +33,8 @@ MStatus make_mesh(const ImportedMesh& imported, host::Mesh& mesh) {
     return host::Mesh::make(std::move(points), std::move(counts), imported.corner_vertex, mesh);
 }
 
-/// Calls visit(a, b) with the vertices of every diagonal that divides polygon p, twice each.
+/// Calls visit(a, b) with the end vertices of every diagonal of polygon p's triangulation, twice
+/// per diagonal.
 template <class Visit>
 void visit_diagonals(const host::Mesh& mesh, uint32_t p, Visit visit) {
     const uint32_t corners = mesh.connectivity().corners_of(p);
@@ -49,7 +50,7 @@ void visit_diagonals(const host::Mesh& mesh, uint32_t p, Visit visit) {
     }
 }
 
-/// Polygons that some diagonal would tear, ascending.
+/// Polygons with a diagonal that another polygon uses too, ascending.
 std::vector<uint32_t> torn_polygons(const host::Mesh& mesh) {
     const host::Connectivity& connectivity = mesh.connectivity();
     std::vector<uint32_t> torn;
@@ -94,7 +95,7 @@ MStatus import_mesh(const host::ObjDocument& document, ImportedMesh& imported, h
         const MStatus status = make_mesh(imported, mesh);
         if (!status)
             return status;
-        // The others may be divided otherwise once some are out of their way, so look again.
+        // With these polygons isolated, the others may triangulate differently: check again.
         const std::vector<uint32_t> torn = torn_polygons(mesh);
         if (torn.empty())
             return status;

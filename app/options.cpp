@@ -41,7 +41,7 @@ bool read_number(std::string word, Number& value) {
     return true;
 }
 
-/// Stores `word`, or says what it should have been.
+/// Stores `word` in the target and returns null, or returns what kind of value was expected.
 struct Store {
     const std::string& word;
     const char* operator()(bool* target) const {
@@ -69,7 +69,8 @@ struct DefaultText {
     std::string operator()(const std::string* value) const { return *value; }
 };
 
-/// Words of `text` in lines of at most `width`, each after the first indented by `indent`.
+/// `text` wrapped at `width` columns; the first line starts at column `indent`, the others are
+/// indented by it.
 std::string wrapped(const std::string& text, size_t indent, size_t width) {
     std::string out;
     size_t column = indent;
@@ -89,7 +90,7 @@ std::string wrapped(const std::string& text, size_t indent, size_t width) {
     return out;
 }
 
-/// Insertions, deletions and replacements that turn one word into the other.
+/// Levenshtein distance: the fewest insertions, deletions and replacements from `a` to `b`.
 size_t edit_distance(const std::string& a, const std::string& b) {
     std::vector<size_t> row(b.size() + 1);
     for (size_t j = 0; j <= b.size(); ++j)

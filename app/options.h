@@ -1,9 +1,9 @@
-/// Long options of a command line, as a table that parses words and prints its own help.
+/// A table of long options that parses a command line and prints its own help text.
 ///
-/// `--name VALUE` or `--name=VALUE`; `-` and `_` are the same inside a name; there are no
-/// abbreviations. A switch takes the next word as its value only when that word is one of on, off,
-/// yes, no, true, false, 1, 0. `--` ends the options, and `-` alone is an operand. When an option
-/// is given twice, the last one counts.
+/// `--name VALUE` or `--name=VALUE`; `-` and `_` are the same inside a name; abbreviations are not
+/// accepted. A switch takes the next word as its value only if that word is on, off, yes, no, true,
+/// false, 1 or 0. `--` ends the options; `-` alone is an operand. If an option is given twice, the
+/// last one counts.
 #pragma once
 
 #include <string>
@@ -16,27 +16,27 @@ class OptionTable {
 public:
     using Target = std::variant<bool*, int*, double*, std::string*>;
 
-    /// A heading of the help text for the options that follow.
+    /// Adds a heading to the help text, above the options added next.
     void heading(const std::string& text);
 
-    /// `target` holds the default and receives the value; it must outlive the table. `value_name`
-    /// stands in the help text ("" for switches), and so does the default of numbers.
+    /// Adds an option. `target` holds the default and receives the value; it must outlive the
+    /// table. The help text shows `value_name` ("" for switches) and the default.
     void add(const std::string& name, Target target, const std::string& value_name,
              const std::string& help);
-    /// Another spelling of the option added last, with its dashes ("-o").
+    /// Adds another spelling of the last option, with its dashes ("-o").
     void alias(const std::string& spelling);
 
-    /// Reads the words; operands are appended to `operands` in order.
-    /// Errors: false with a sentence in `error`; targets may have been written by then.
+    /// Reads the options in `words` and appends the operands to `operands`, in order.
+    /// Errors: false with a sentence in `error`; earlier options have been stored by then.
     bool parse(const std::vector<std::string>& words, std::vector<std::string>& operands,
                std::string& error) const;
 
-    /// One block a line or more per option, headings between, 80 columns.
+    /// The help text: headings and options, at most 80 columns wide.
     std::string help() const;
 
 private:
     struct Row {
-        std::string name; // empty: a heading, whose text is in `help`
+        std::string name; // empty for a heading, whose text is in `help`
         std::string alias;
         Target target;
         std::string value_name;
@@ -49,8 +49,8 @@ private:
     std::vector<Row> rows_;
 };
 
-/// The candidate nearest to `word` by edit distance, if it is near enough to be a slip of the
-/// fingers; else "".
+/// The candidate nearest to `word` by edit distance, if it is near enough for `word` to be a typing
+/// error; else "".
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates);
 
 } // namespace app

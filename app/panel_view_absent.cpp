@@ -1,4 +1,4 @@
-// Stands in for the panels in builds without OpenGL.
+// The panel functions for builds without OpenGL: each fails with an error.
 #include "app/panel_view.h"
 
 namespace app {

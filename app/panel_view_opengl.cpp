@@ -9,13 +9,13 @@ namespace {
 
 constexpr const char* k_panel_names[] = {"top", "front", "side", "persp"};
 
-/// Never destroyed: at the end of the process the OpenGL driver may be gone before it.
+/// Never destroyed: at process exit the OpenGL driver may be unloaded first.
 host::PictureStudio& studio() {
     static auto* const the_studio = new host::PictureStudio;
     return *the_studio;
 }
 
-/// Position of a name, -1 for all panels.
+/// Index of the panel with that name, or -1 (all panels).
 int panel_of(const std::string& name) {
     for (int panel = 0; panel < int(std::size(k_panel_names)); ++panel)
         if (name == k_panel_names[panel])
@@ -39,15 +39,15 @@ bool draw_panels(const PanelPictureRequest& request, std::string& png, std::stri
         return false;
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
         pictures->panels().style(panel).has_selection = false;
-        pictures->panels().style(panel).has_grid = false; // it would cut through the mesh
+        pictures->panels().style(panel).has_grid = false; // its lines would cut through the mesh
     }
-    host::PanelPictures::Request wanted;
-    wanted.panel = panel_of(request.panel);
-    wanted.width = request.width;
-    wanted.height = request.width * 3 / 4;
-    wanted.is_framed = true;
+    host::PanelPictures::Request size_and_panel;
+    size_and_panel.panel = panel_of(request.panel);
+    size_and_panel.width = request.width;
+    size_and_panel.height = request.width * 3 / 4;
+    size_and_panel.is_framed = true;
     host::Picture picture;
-    if (!pictures->take(wanted, picture, error))
+    if (!pictures->take(size_and_panel, picture, error))
         return false;
     png = host::png_of(picture);
     if (png.empty())

@@ -1,15 +1,15 @@
-/// What the pictures share.
+/// Colours and drawing functions shared by the kinds of pictures.
 #pragma once
 
-#include "app/picture.h"
-#include "app/picture_canvas.h"
+#include "app/canvas.h"
+#include "app/layout_picture.h"
 
 namespace app {
 
-/// Neighbouring numbers get colours far apart: hues go round by the golden section.
+/// A colour per chart. Hues advance by the golden ratio, so that consecutive charts differ clearly.
 Colour chart_colour(uint32_t chart);
 
-/// The colour of an L2 stretch, 1 = even: blue below, green, red above, dark at 1/2 and 2.
+/// The colour of an L2 stretch: dark blue at 1/2, green at 1 (isometric), dark red at 2.
 Colour stretch_colour(double stretch);
 
 Canvas draw_layout(const PictureSubject& subject);

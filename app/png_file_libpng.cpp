@@ -6,7 +6,7 @@
 namespace app {
 namespace {
 
-/// The library's own way out of a fault is a long jump, past no object with a destructor.
+/// libpng reports errors by longjmp; no object with a destructor may live in the frames it skips.
 struct PngFault {
     std::jmp_buf way_out;
 };
@@ -17,7 +17,7 @@ void give_up(png_structp png, png_const_charp) {
 
 void keep_quiet(png_structp, png_const_charp) {}
 
-/// Where the file grows. Memory that runs out must not be thrown through the library.
+/// Receives the file's bytes. std::bad_alloc must not propagate through libpng's C frames.
 struct PngBytes {
     std::string* bytes;
     bool is_out_of_memory = false;
@@ -43,7 +43,7 @@ bool write_png(png_structp png, png_infop info, PngFault& fault, int width, int 
     png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
                  PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
-    // Large even areas: plain rows and a quick search compress as well as anything slower.
+    // Large flat areas: no filter and a fast level compress as well as slower settings.
     png_set_filter(png, 0, PNG_FILTER_NONE);
     png_set_compression_level(png, 3);
     png_write_info(png, info);

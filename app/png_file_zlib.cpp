@@ -1,5 +1,5 @@
-// The same files over zlib alone, for systems whose packages have no PNG library: one image, no
-// filter, no interlace. Source: "Portable Network Graphics (PNG) Specification", second edition,
+// PNG files made with zlib alone, for systems without a packaged PNG library: one image, no filter,
+// no interlace. Source: "Portable Network Graphics (PNG) Specification", second edition,
 // W3C, 2003.
 #include "app/png_file.h"
 
@@ -19,7 +19,7 @@ std::string big_endian(uint32_t value) {
     return bytes;
 }
 
-/// Length, type, content, and the check value over the latter two.
+/// A PNG chunk: length, type, content, and the CRC of type and content.
 std::string chunk(const std::string& type, const std::string& content) {
     const std::string body = type + content;
     const uLong check = crc32(0, reinterpret_cast<const Bytef*>(body.data()), uInt(body.size()));
@@ -27,7 +27,7 @@ std::string chunk(const std::string& type, const std::string& content) {
            big_endian(static_cast<uint32_t>(check));
 }
 
-/// Every row begins with the number of its filter, 0 for none.
+/// Every row begins with the number of its filter; 0 means no filter.
 std::vector<uint8_t> filtered_rows(int width, int height, const uint8_t* pixels) {
     const size_t row = static_cast<size_t>(width) * 3;
     std::vector<uint8_t> rows;
@@ -50,7 +50,7 @@ bool encode_png(int width, int height, const uint8_t* pixels, std::string& bytes
                       static_cast<uLong>(rows.size()), k_level) != Z_OK)
             return false;
         packed.resize(size);
-        // 8 bits a channel, red green blue, then the only kinds of compression, filter, interlace.
+        // 8 bits per channel, RGB, then compression 0, filter 0, interlace 0.
         const std::string header = big_endian(static_cast<uint32_t>(width)) +
                                    big_endian(static_cast<uint32_t>(height)) +
                                    std::string({8, 2, 0, 0, 0});

@@ -1,5 +1,5 @@
-/// Lines that a person types at a terminal: with editing, completion and a history where the system
-/// has a library for it.
+/// Reads lines typed at a terminal, with editing, completion and history where the system has a
+/// library for them.
 #pragma once
 
 #include <string>
@@ -9,14 +9,14 @@ namespace app {
 
 class Prompt {
 public:
-    /// Names that could stand at the cursor, asked for when the person wants a completion.
+    /// Returns all names that can be completed; called when the user presses Tab.
     using Names = std::vector<std::string> (*)();
 
-    /// `history_file` keeps the lines between sessions; "" for none.
+    /// `history_file` keeps the lines between sessions; no history is kept if it is "".
     Prompt(Names names, std::string history_file);
-    /// False at the end of the input.
+    /// Reads a line after printing `mark`. Returns false at end of input.
     bool read(const std::string& mark, std::string& line);
-    /// Writes the history so far.
+    /// Writes the history file.
     void save_history() const;
 
 private:

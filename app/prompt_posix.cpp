@@ -10,7 +10,7 @@ namespace app {
 
 namespace {
 
-// The library's callback takes no context.
+// Globals, because the library's callbacks have no context argument.
 Prompt::Names g_names = nullptr;
 std::vector<std::string> g_candidates;
 

@@ -1,8 +1,8 @@
 /// The report of one unwrap, as JSON for programs.
 ///
-/// One object, keys in a fixed order, schema number first. Lengths of time in seconds, memory in
-/// MiB, polygon ids from 0 in the order of the file's faces of three corners or more. A figure that
-/// was not reached is absent: after a failure `status` and `reason` say why.
+/// One object, keys in a fixed order, schema number first. Times in seconds, memory in MiB; polygon
+/// ids count from 0, in file order, over faces of three corners or more. Figures of stages that
+/// were not reached are absent; `status` and `reason` tell why.
 #pragma once
 
 #include "app/unwrap_options.h"
@@ -16,19 +16,20 @@ namespace app {
 
 struct MeshCounts {
     uint64_t polygons = 0;
-    uint64_t triangles = 0; ///< what the polygons are divided into
-    uint64_t vertices = 0;  ///< of the file, used or not
+    uint64_t triangles = 0; ///< of the triangulated polygons
+    uint64_t vertices = 0;  ///< in the file, used or not
 };
 
 struct UnwrapResult {
     int charts = 0;
-    double stretch = 0.0;             ///< largest L2 stretch of a chart, less one
-    std::vector<uint32_t> over_limit; ///< polygons that cannot meet the limit even alone
-    uint64_t existing_seam_edges = 0; ///< kept UV borders of the input
-    uint64_t new_seam_edges = 0;      ///< seams that the unwrap introduced
+    double stretch = 0.0; ///< largest L2 stretch of a chart, minus one
+    std::vector<uint32_t>
+        over_limit; ///< polygons that exceed the limit even as charts of their own
+    uint64_t existing_seam_edges = 0; ///< UV borders of the input that were kept
+    uint64_t new_seam_edges = 0;      ///< seams added by the unwrap
 };
 
-/// Time by stage; absent stages did not run.
+/// Seconds per stage; empty for stages that did not run.
 struct StageSeconds {
     std::optional<double> read, collect, generate, apply, verify, write;
 };
@@ -40,13 +41,14 @@ struct UnwrapReport {
     std::vector<std::string> warnings;
     std::optional<MeshCounts> mesh;
     std::optional<UnwrapResult> result;
-    UnwrapSettingsRequest settings; ///< as used, out-of-range values corrected
+    UnwrapSettingsRequest settings; ///< as used, clamped to their ranges
     StageSeconds seconds;
     double peak_mb = 0.0;
-    std::string measures; ///< JSON object of the verification, or empty
+    std::string measures; ///< JSON object from measures_json, or ""
 };
 
-/// Indented by two blanks, with a line end. Names that are no UTF-8 get replacement characters.
+/// The report as JSON, indented by two blanks, with a line end. Bytes in file names that are not
+/// valid UTF-8 become replacement characters.
 std::string to_json(const UnwrapReport& report);
 
 } // namespace app

@@ -57,7 +57,7 @@ void print_result(const Value& value) {
     std::cout << "// Result: " << text << (value.type().array ? "" : "\n") << std::flush;
 }
 
-/// Whether a text failed only because it is not finished.
+/// True if the text fails to parse only because more input must follow.
 bool is_unfinished(const std::string& text) {
     try {
         host::script::parse(text, "shell");

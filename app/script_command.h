@@ -1,4 +1,4 @@
-/// Scripts at the command line: a file, a text, a prompt.
+/// The commands `script`, `-c` and `shell`: run script statements from a file, a word or a prompt.
 #pragma once
 
 #include "app/command.h"
@@ -6,13 +6,14 @@
 namespace app {
 
 /// `tessora script FILE.mel [arguments]`: runs a file; the arguments are the script's global array
-/// $argv. Exit codes: 0, 1 after an error, 3 when the file cannot be read, or what `quit` says.
+/// $argv. Exit codes: 0, 1 after an error, 3 if the file cannot be read, or the code given to
+/// `quit`.
 int script_command(const Words& words);
 
-/// `tessora -c 'statements'`: runs a text and prints its result.
+/// `tessora -c 'statements'`: runs the statements and prints the result of the last one.
 int text_command(const Words& words);
 
-/// `tessora shell`: a prompt with history, line editing and completion on a terminal; elsewhere it
+/// `tessora shell`: on a terminal, a prompt with history, line editing and completion; otherwise
 /// reads statements from standard input.
 int shell_command(const Words& words);
 

@@ -8,7 +8,7 @@ namespace {
 
 constexpr int32_t k_unseen = -2;
 
-/// The UVs that the first face of an edge has at its two ends.
+/// UV ids at the two ends of an edge, in the first face visited.
 struct EndUvs {
     int32_t first = k_unseen;
     int32_t second = k_unseen;

@@ -1,4 +1,4 @@
-/// Seams of a mesh: edges along which its texture coordinates part.
+/// Seams of a mesh: edges across which its texture coordinates are discontinuous.
 #pragma once
 
 #include "host/mesh/mesh.h"
@@ -9,12 +9,12 @@
 
 namespace app {
 
-/// Two vertices, the smaller first.
+/// Vertex ids of an edge, the smaller first.
 using VertexPair = std::pair<uint32_t, uint32_t>;
 
-/// The edges of a UV set between two faces that have other UVs at one of the ends (an unmapped
-/// corner counts as another UV), and all edges of three or more faces; sorted, each once. Borders
-/// of the surface are none. Cost: O(corners), and the sorting of the seams.
+/// Returns the seams of a UV set, sorted, without duplicates: edges whose two faces have different
+/// UV ids at an end (an unmapped corner differs from everything), and all edges of three or more
+/// faces. Borders of the surface are not seams. Cost: O(corners), plus sorting the seams.
 std::vector<VertexPair> find_seams(const host::Mesh& mesh, const host::UvSet& set);
 
 } // namespace app

@@ -32,4 +32,14 @@ void set_search_paths() {
     plugins.push_back(home + "/../lib/tessora");
 }
 
+bool load_plugin(std::string& error) {
+    set_search_paths();
+    host::graph::Plugins& plugins = host::graph::Plugins::current();
+    std::string reason;
+    if (plugins.is_loaded("tessora") || plugins.load("tessora", reason))
+        return true;
+    error = "the plug-in cannot be loaded: " + reason;
+    return false;
+}
+
 } // namespace app

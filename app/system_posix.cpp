@@ -46,7 +46,7 @@ void* loaded_function(const std::string& library, const char* function) {
     if (!handle)
         return nullptr;
     void* const found = ::dlsym(handle, function);
-    ::dlclose(handle); // whoever loaded it still holds it
+    ::dlclose(handle); // drops this reference only; the library stays loaded
     return found;
 }
 

@@ -17,7 +17,7 @@ const char k_path_separator = ';';
 
 namespace {
 
-/// What a platform raises in place of an operation that its library exports but does not have.
+/// Exception raised by a platform library for a function that it exports without implementing.
 constexpr DWORD k_unimplemented = 0x80000100u;
 
 void say_directly(const char* text) {
@@ -25,8 +25,8 @@ void say_directly(const char* text) {
     std::fflush(stderr);
 }
 
-/// The last stop for exceptions of the system's kind. A filter of the process, because a plug-in
-/// has no business deciding how its host ends.
+/// Handles every unhandled exception. A process-wide filter, so that the plug-in need not decide
+/// how its host ends.
 LONG WINAPI end_process(EXCEPTION_POINTERS* exception) {
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
     remove_unfinished_files();
@@ -81,7 +81,7 @@ double peak_memory_mb() {
 bool is_terminal_input_and_output() { return _isatty(0) != 0 && _isatty(1) != 0; }
 
 bool is_terminal_error() {
-    // Consoles move the cursor only after being asked to understand the sequences for it.
+    // Consoles interpret cursor sequences only after this mode is set.
     const HANDLE console = GetStdHandle(STD_ERROR_HANDLE);
     DWORD mode = 0;
     return GetConsoleMode(console, &mode) != 0 &&

@@ -3,10 +3,10 @@
 #include "app/atomic_file.h"
 #include "app/exit_code.h"
 #include "app/interrupt.h"
+#include "app/layout_picture.h"
 #include "app/measure_layout.h"
 #include "app/panel_view.h"
-#include "app/picture.h"
-#include "app/progress.h"
+#include "app/progress_display.h"
 #include "app/report.h"
 #include "app/system.h"
 #include "app/unwrap_driver.h"
@@ -29,8 +29,8 @@ private:
     Clock::time_point begin_ = Clock::now();
 };
 
-/// One run of the command. Every step sets the exit code and the reason when it fails; nothing is
-/// published until all files are whole.
+/// One run of the command. A step that fails sets the exit code and the reason. Files appear under
+/// their names only after all of them are complete.
 class UnwrapRun {
 public:
     explicit UnwrapRun(const UnwrapRequest& request);
@@ -54,18 +54,19 @@ private:
     void say_result() const;
 
     const UnwrapRequest& request_;
-    Progress progress_;
+    ProgressDisplay progress_;
     UnwrapReport report_;
     host::ObjDocument document_;
     UnwrapOutcome outcome_;
     Judgement judgement_;
     AtomicFile mesh_file_, layout_file_, view_file_, report_file_, backup_file_;
-    std::string view_png_; ///< taken while the mesh is in the scene
+    std::string view_png_; ///< drawn while the mesh is in the scene
     std::string view_error_;
 };
 
 UnwrapRun::UnwrapRun(const UnwrapRequest& request)
-    : request_(request), progress_(Progress::style_for_stderr(request.quiet), request.input) {
+    : request_(request),
+      progress_(ProgressDisplay::style_for_stderr(request.quiet), request.input) {
     report_.input = request.input;
     report_.output = request.output;
     report_.layout = request.layout;
@@ -104,7 +105,7 @@ bool UnwrapRun::read() {
     return true;
 }
 
-/// Finds out before the work, not after it, that there is no place for the results.
+/// Opens all outputs before the work, so that an unwritable one is not found only after it.
 bool UnwrapRun::open_outputs() {
     std::string error;
     const bool good = mesh_file_.open(request_.output, error) &&
@@ -186,7 +187,7 @@ bool UnwrapRun::write_picture() {
     return true;
 }
 
-/// All files are whole; only renames are left. A signal waits until they are done.
+/// All files are complete; only the renames are left. Signals are blocked until they are done.
 bool UnwrapRun::publish() {
     report_.peak_mb = peak_memory_mb();
     std::string error;

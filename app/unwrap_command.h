@@ -1,4 +1,4 @@
-/// `tessora unwrap`: reads a mesh, has it unwrapped, writes the mesh, the report and the picture.
+/// `tessora unwrap`: reads a mesh file, unwraps it, writes the mesh, the report and the pictures.
 #pragma once
 
 #include "app/command.h"

@@ -1,14 +1,14 @@
 #include "app/unwrap_driver.h"
 
+#include "app/atlas_library.h"
 #include "app/command.h"
-#include "app/host_talk.h"
 #include "app/mesh_import.h"
+#include "app/message_listener.h"
 #include "app/seam_count.h"
 #include "app/session_setup.h"
-#include "app/system.h"
+#include "app/stage_times.h"
 #include "host/graph/edits.h"
 #include "host/graph/mesh_node.h"
-#include "host/graph/plugins.h"
 #include "host/script/session.h"
 
 #include <algorithm>
@@ -20,40 +20,12 @@
 namespace app {
 namespace {
 
-constexpr int32_t k_out_of_memory = static_cast<int32_t>(0x8007000Eu);
-
-/// A function of the atlas library, which the program does not link: the plug-in brings it along,
-/// out of sight of everybody else.
-template <class Function>
-Function* atlas_function(const char* name) {
-    return reinterpret_cast<Function*>(loaded_function("tessora_d3dx9", name));
-}
-
-/// What the last atlas call came to: 0 or an error code.
-int32_t last_atlas_result() {
-    const auto function = atlas_function<int32_t()>("d3dx9_last_result");
-    return function ? function() : 0;
-}
-
-std::string last_atlas_reason() {
-    const auto function = atlas_function<const char*()>("d3dx9_last_reason");
-    return function ? function() : "";
-}
-
-std::vector<uint32_t> triangles_over_limit() {
-    const auto function = atlas_function<unsigned(const uint32_t**)>("d3dx9_over_limit");
-    const uint32_t* triangles = nullptr;
-    const unsigned count = function ? function(&triangles) : 0;
-    return {triangles, triangles + count};
-}
-
-/// The file's coordinates as the set "map1", which every mesh has. The set starts without a corner
-/// mapped.
+/// Adds the UV set "map1", which every mesh has, with the file's texture coordinates, if any.
 void add_uv_set(const host::ObjDocument& document, host::Mesh& mesh) {
     host::UvSet& set = mesh.edit_uv_set(mesh.add_uv_set("map1"));
     const size_t count = document.has_uvs() ? document.texture_count() : 0;
     for (size_t i = 0; i < count; ++i) {
-        // Coordinates that are no number are used by no corner.
+        // No corner uses a NaN or infinite coordinate: the reader has unmapped those.
         const float u = document.texture_coords[2 * i], v = document.texture_coords[2 * i + 1];
         set.u.push_back(std::isfinite(u) ? u : 0.0f);
         set.v.push_back(std::isfinite(v) ? v : 0.0f);
@@ -65,13 +37,13 @@ void add_uv_set(const host::ObjDocument& document, host::Mesh& mesh) {
 
 template <class T>
 void clamp(T& value, T low, T high) {
-    if (!(value > low)) // a value that is no number goes to the lower end
+    if (!(value > low)) // NaN becomes the lower end
         value = low;
     else if (value > high)
         value = high;
 }
 
-/// The settings as the plug-in's driver will use them.
+/// The settings clamped as the plug-in clamps them.
 UnwrapSettingsRequest in_range(UnwrapSettingsRequest request) {
     clamp(request.charts, 0, 64);
     clamp(request.stretch, 0.0, 1.0);
@@ -85,7 +57,7 @@ UnwrapSettingsRequest in_range(UnwrapSettingsRequest request) {
     return request;
 }
 
-/// The statement that a user would type. Numbers keep all their digits.
+/// The script statement that runs the plug-in's command. %.17g keeps doubles exact.
 std::string command_text(const UnwrapSettingsRequest& request) {
     const auto real = [](double value) {
         char text[40];
@@ -110,7 +82,7 @@ std::string command_text(const UnwrapSettingsRequest& request) {
            flag("epsilon", real(request.epsilon));
 }
 
-/// Seams by the file's vertices: added vertices count as those they stand for.
+/// Seams as pairs of the file's vertices; an added vertex counts as the one it copies.
 std::vector<VertexPair> seams_of(const host::Mesh& mesh, const std::string& set_name,
                                  const host::ObjDocument& document, const ImportedMesh& imported) {
     const int set = mesh.find_uv_set(set_name.c_str());
@@ -129,7 +101,7 @@ std::vector<VertexPair> seams_of(const host::Mesh& mesh, const std::string& set_
     return seams;
 }
 
-/// The polygons of ascending triangles; a polygon of n corners is n - 2 triangles.
+/// Maps ascending triangle ids to polygon ids; a polygon of n corners has n - 2 triangles.
 std::vector<uint32_t> polygons_of(const std::vector<uint32_t>& triangles,
                                   const ImportedMesh& mesh) {
     std::vector<uint32_t> polygons;
@@ -143,7 +115,7 @@ std::vector<uint32_t> polygons_of(const std::vector<uint32_t>& triangles,
     return polygons;
 }
 
-/// The corners' coordinates after the unwrap.
+/// Copies the result out of the mesh. Returns false if the UV set is missing.
 bool take_uvs(const host::Mesh& mesh, const std::string& set_name, host::ObjUvs& uvs) {
     const int position = mesh.find_uv_set(set_name.c_str());
     if (position < 0)
@@ -157,24 +129,13 @@ bool take_uvs(const host::Mesh& mesh, const std::string& set_name, host::ObjUvs&
 
 void fail(const std::string& message, UnwrapOutcome& outcome) {
     const bool atlas_failed = last_atlas_result() < 0;
-    outcome.out_of_memory = last_atlas_result() == k_out_of_memory;
+    outcome.out_of_memory = atlas_ran_out_of_memory();
     outcome.reason = atlas_failed ? last_atlas_reason() : message;
     if (outcome.reason.empty())
         outcome.reason = "the mesh could not be unwrapped";
 }
 
-void put_seconds(const StageListener& stages, StageSeconds& seconds) {
-    const auto of = [&](const char* stage) -> std::optional<double> {
-        const auto found = stages.seconds().find(stage);
-        return found == stages.seconds().end() ? std::nullopt : std::optional(found->second);
-    };
-    seconds.collect = of("extracting required data");
-    seconds.generate = of("generating UV set");
-    seconds.apply = of("applying UV set");
-}
-
-/// What scripts say inside the program is said to the person at the command line; what they print
-/// is for nobody.
+/// During an unwrap, prints warnings of scripts, keeps the last error and discards printed text.
 class ScriptTalk : public host::script::Output {
 public:
     ScriptTalk() { host::script::Session::current().set_output(this); }
@@ -190,12 +151,12 @@ private:
     std::string last_;
 };
 
-/// The scene while one mesh is unwrapped in it. Everything goes with it.
+/// The host's scene with the mesh to unwrap; the destructor clears the scene.
 class MeshScene {
 public:
     ~MeshScene() { host::graph::Scene::current().clear(); }
 
-    /// The mesh as a shape of the scene, selected.
+    /// Adds the mesh to the scene as a shape and selects it.
     void import(const host::Mesh& mesh) {
         host::graph::Scene& scene = host::graph::Scene::current();
         const auto transform = scene.make_node(scene.find_type("transform"), "mesh");
@@ -207,13 +168,13 @@ public:
         scene.select({host::graph::item_of(*transform)});
     }
 
-    /// The shape's mesh, brought up to date: this is where the unwrap happens.
+    /// Evaluates the shape's mesh; the plug-in's node computes the unwrap here.
     const host::Mesh* pull(MStatus& status) {
         status = shape_->refresh();
         return shape_->mesh();
     }
 
-    /// A number on the node that feeds the shape.
+    /// A numeric attribute of the node connected to the shape's inMesh; 0 if there is no node.
     double result(const char* attribute) const {
         const host::graph::Slot* source = shape_->slot("inMesh")->source();
         const host::graph::Slot* plug = source ? source->node().slot(attribute) : nullptr;
@@ -224,17 +185,7 @@ private:
     host::graph::MeshNode* shape_ = nullptr;
 };
 
-bool load_plugin(UnwrapOutcome& outcome) {
-    set_search_paths();
-    host::graph::Plugins& plugins = host::graph::Plugins::current();
-    std::string error;
-    if (plugins.is_loaded("tessora") || plugins.load("tessora", error))
-        return true;
-    outcome.reason = "the plug-in cannot be loaded: " + error;
-    return false;
-}
-
-/// The command and the pull, between a mesh of the host and its new coordinates.
+/// Runs the plug-in's command on the mesh, evaluates the node and collects the results.
 void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
                  const ImportedMesh& imported, const UnwrapVisitor& visit, UnwrapOutcome& outcome) {
     const UnwrapSettingsRequest& settings = outcome.settings;
@@ -281,7 +232,7 @@ bool make_mesh(const host::ObjDocument& document, ImportedMesh& imported, host::
     return false;
 }
 
-/// What a person should know before the work begins.
+/// Warns about peculiarities of the mesh, before the work begins.
 void warn_of(const host::ObjDocument& document, const ImportedMesh& mesh,
              const UnwrapSettingsRequest& request, const UnwrapWarning& warn) {
     if (mesh.repeat_polygons)
@@ -298,20 +249,20 @@ void warn_of(const host::ObjDocument& document, const ImportedMesh& mesh,
 } // namespace
 
 UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettingsRequest& request,
-                         const UnwrapWarning& warn, const UnwrapVisitor& visit, Progress& progress,
-                         StageSeconds& seconds) {
+                         const UnwrapWarning& warn, const UnwrapVisitor& visit,
+                         ProgressDisplay& progress, StageSeconds& seconds) {
     UnwrapOutcome outcome;
     outcome.settings = in_range(request);
     outcome.triangles = document.corner_vertex.size() - 2 * document.polygon_count();
     ImportedMesh imported;
     host::Mesh mesh;
-    if (!make_mesh(document, imported, mesh, outcome) || !load_plugin(outcome))
+    if (!make_mesh(document, imported, mesh, outcome) || !load_plugin(outcome.reason))
         return outcome;
     warn_of(document, imported, request, warn);
-    StageListener stages(progress);
+    StageTimes stages(progress);
     unwrap_mesh(mesh, document, imported, visit, outcome);
     stages.finish();
-    put_seconds(stages, seconds);
+    stages.store(seconds);
     return outcome;
 }
 

@@ -1,7 +1,7 @@
-/// One unwrap from the program's side: polygons in, texture coordinates per corner out.
+/// Unwraps one mesh through the host and the plug-in: polygons in, UVs per corner out.
 #pragma once
 
-#include "app/progress.h"
+#include "app/progress_display.h"
 #include "app/report.h"
 #include "host/io/obj_writer.h"
 
@@ -10,29 +10,28 @@
 
 namespace app {
 
-/// What came of it.
 struct UnwrapOutcome {
     bool good = false;
-    bool out_of_memory = false; ///< why it is not good
-    std::string reason;         ///< a sentence without full stop when it is not
-    host::ObjUvs uvs;           ///< of the document's corners, when it is
+    bool out_of_memory = false; ///< the reason of the failure
+    std::string reason;         ///< after a failure, a sentence without full stop
+    host::ObjUvs uvs;           ///< after a success, the UVs of the document's corners
     uint64_t triangles = 0;
     UnwrapResult result;
-    UnwrapSettingsRequest settings; ///< as used, out-of-range values corrected
+    UnwrapSettingsRequest settings; ///< as used, clamped to their ranges
 };
 
-/// Takes sentences that a person should read before the work begins.
+/// Receives warnings that the user should see before the work begins.
 using UnwrapWarning = std::function<void(const std::string& sentence)>;
 
 /// Called while the unwrapped mesh is still in the scene, with the plug-in's overlay attached.
 using UnwrapVisitor = std::function<void()>;
 
-/// Unwraps the document's mesh; its old texture coordinates matter for kept seams only.
-/// Stages are shown on `progress`; `seconds` gets collect, generate and apply as far as they ran.
-/// `visit` may be empty; it is not called when the unwrap failed.
-/// Broken contracts inside end in the runtime's abort. Errors: std::bad_alloc.
+/// Unwraps the document's mesh. Its old texture coordinates have an effect only with kept seams.
+/// `progress` shows the stages; `seconds` receives collect, generate and apply for those that ran.
+/// `visit` may be empty; it is not called after a failure.
+/// Errors: std::bad_alloc; failed assertions in the libraries call abort().
 UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettingsRequest& settings,
-                         const UnwrapWarning& warn, const UnwrapVisitor& visit, Progress& progress,
-                         StageSeconds& seconds);
+                         const UnwrapWarning& warn, const UnwrapVisitor& visit,
+                         ProgressDisplay& progress, StageSeconds& seconds);
 
 } // namespace app

@@ -1,8 +1,8 @@
 #include "app/unwrap_options.h"
 
 #include "app/atomic_file.h"
+#include "app/layout_picture.h"
 #include "app/options.h"
-#include "app/picture.h"
 
 #include <algorithm>
 #include <cctype>
@@ -95,7 +95,7 @@ OptionTable make_table(UnwrapRequest& request) {
     return table;
 }
 
-/// The name's last dot and what follows; "" without one. A leading dot belongs to the name.
+/// The extension with its dot, or "". A file name that starts with a dot has no extension.
 std::string extension_of(const std::string& path) {
     const size_t slash = path.rfind('/'), begin = slash == path.npos ? 0 : slash + 1;
     const size_t dot = path.rfind('.');
@@ -107,9 +107,9 @@ std::string with_extension(const std::string& path, const char* extension) {
 }
 
 template <class Number>
-void check_range(const char* name, Number value, Number least, Number most,
+void check_range(const char* name, Number value, Number min, Number max,
                  std::vector<std::string>& warnings) {
-    if (value >= least && value <= most)
+    if (value >= min && value <= max)
         return;
     const auto text = [](Number n) {
         std::string digits = std::to_string(n);
@@ -118,7 +118,7 @@ void check_range(const char* name, Number value, Number least, Number most,
         return digits;
     };
     warnings.push_back(std::string("--") + name + " " + text(value) + " counts as " +
-                       text(value < least ? least : most));
+                       text(value < min ? min : max));
 }
 
 void check_ranges(const UnwrapSettingsRequest& s, std::vector<std::string>& warnings) {

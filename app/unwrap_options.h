@@ -1,4 +1,5 @@
-/// What `tessora unwrap` is asked to do.
+/// The command line of `tessora unwrap`. To add a flag: a member here, a line in
+/// unwrap_options.cpp.
 #pragma once
 
 #include "app/panel_view.h"
@@ -8,8 +9,8 @@
 
 namespace app {
 
-/// The plug-in command's settings under its long flags' names, with its defaults. Sizes in texels,
-/// angles in degrees. The unwrap driver brings values outside their range to its ends.
+/// The plug-in's settings, named like the long flags of its command, with their defaults. Sizes in
+/// texels, angles in degrees. Values may be out of range; run_unwrap clamps them.
 struct UnwrapSettingsRequest {
     std::string mapchannel = "map1";
     int charts = 0;
@@ -31,19 +32,19 @@ struct UnwrapRequest {
     UnwrapSettingsRequest settings;
     std::string input;  ///< "-" is standard input
     std::string output; ///< "-" is standard output
-    std::string report; ///< empty: none
-    std::string layout; ///< empty: none
+    std::string report; ///< empty if not requested
+    std::string layout; ///< empty if not requested
     std::string picture = "layout";
-    std::string view; ///< empty: none
+    std::string view; ///< empty if not requested
     PanelPictureRequest view_picture;
     bool in_place = false;
-    bool beside = false; ///< report and layout get names after the output's unless they have some
+    bool beside = false; ///< name report and layout after the output unless given
     bool quiet = false;
-    bool help = false; ///< nothing else is asked
+    bool help = false; ///< print the help text and stop
     std::vector<std::string> warnings;
 };
 
-/// Reads the command line and settles the output's name.
+/// Parses the command line, checks values and file names, and fills in default names.
 /// Errors: false with a sentence in `error`.
 bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& request,
                           std::string& error);
@@ -51,10 +52,10 @@ bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& 
 /// The text of `tessora unwrap --help`.
 std::string unwrap_help();
 
-/// Mesh formats that are certainly not OBJ, by the name's extension.
+/// True if the file's extension names a mesh format other than OBJ.
 bool is_other_format(const std::string& path);
 
-/// INPUT's name with "_uv" ahead of its extension.
+/// INPUT with "_uv" before its extension.
 std::string default_output(const std::string& input);
 
 } // namespace app

@@ -1,4 +1,4 @@
-// Stands in for the desktop window in builds without the libraries that it needs.
+// `tessora view` for builds without the window's libraries: prints an error.
 #include "app/exit_code.h"
 #include "app/view_command.h"
 

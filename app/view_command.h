@@ -1,5 +1,4 @@
-/// The command `view`: the desktop window. Where the program was built without it, the command says
-/// so.
+/// `tessora view`: opens the desktop window. In builds without it, the command prints an error.
 #pragma once
 
 #include "app/command.h"

@@ -2,8 +2,8 @@
 
 #include "app/atomic_file.h"
 #include "app/command.h"
+#include "app/line_buffer.h"
 #include "app/session_setup.h"
-#include "host/graph/plugins.h"
 #include "host/script/session.h"
 #include "host/view/picture.h"
 
@@ -20,27 +20,6 @@ namespace window {
 namespace {
 
 using host::script::Session;
-
-/// Takes what plug-ins write to the error stream to the console, line by line.
-class LineBuffer : public std::streambuf {
-public:
-    explicit LineBuffer(std::function<void(const std::string&)> pass) : pass_(std::move(pass)) {}
-
-private:
-    int_type overflow(int_type character) override {
-        if (traits_type::eq_int_type(character, traits_type::eof()))
-            return traits_type::not_eof(character);
-        if (character == '\n') {
-            pass_(line_);
-            line_.clear();
-        } else if (character != '\r') {
-            line_ += traits_type::to_char_type(character);
-        }
-        return character;
-    }
-    std::function<void(const std::string&)> pass_;
-    std::string line_;
-};
 
 std::string last_glfw_error() {
     const char* text = nullptr;
@@ -60,10 +39,10 @@ Display display_named(const std::string& name) {
 
 } // namespace
 
-Application::Application(const Wanted& wanted, std::string& error)
-    : wanted_(wanted),
-      state_([this](const std::string& text) { run_statements(text); }, wanted.places) {
-    state_.display = display_named(wanted.display);
+Application::Application(const LaunchOptions& options, std::string& error)
+    : options_(options),
+      state_([this](const std::string& text) { run_statements(text); }, options.places) {
+    state_.display = display_named(options.display);
     if (!open_window(error))
         return;
     Session& session = Session::current();
@@ -74,7 +53,7 @@ Application::Application(const Wanted& wanted, std::string& error)
                               const std::string& preferred) {
         return ask(title, message, buttons, preferred);
     };
-    error_lines_ = std::make_unique<LineBuffer>(
+    error_lines_ = std::make_unique<app::LineBuffer>(
         [this](const std::string& line) { state_.console.print(line + "\n"); });
     error_stream_ = std::cerr.rdbuf();
     panels_ = std::make_unique<ModelPanels>(state_);
@@ -82,7 +61,7 @@ Application::Application(const Wanted& wanted, std::string& error)
     uvs_ = std::make_unique<UvPanel>();
     host::set_progress_listener(this);
     host::set_notice_listener(this);
-    load_plugin(error);
+    app::load_plugin(error);
 }
 
 Application::~Application() {
@@ -112,7 +91,7 @@ bool Application::open_window(std::string& error) {
     glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, 2);
     glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, 1);
     glfwWindowHint(GLFW_DEPTH_BITS, 24);
-    window_ = glfwCreateWindow(wanted_.width, wanted_.height, "Tessora", nullptr, nullptr);
+    window_ = glfwCreateWindow(options_.width, options_.height, "Tessora", nullptr, nullptr);
     if (!window_) {
         error = "the system gives no OpenGL window" + last_glfw_error();
         return false;
@@ -143,16 +122,6 @@ bool Application::open_window(std::string& error) {
     ImGui_ImplGlfw_InitForOpenGL(window_, true);
     ImGui_ImplOpenGL2_Init();
     return true;
-}
-
-bool Application::load_plugin(std::string& error) {
-    app::set_search_paths();
-    host::graph::Plugins& plugins = host::graph::Plugins::current();
-    std::string reason;
-    if (plugins.is_loaded("tessora") || plugins.load("tessora", reason))
-        return true;
-    error = "the plug-in cannot be loaded: " + reason;
-    return false;
 }
 
 void Application::run_statements(const std::string& statements) {
@@ -213,20 +182,20 @@ void Application::set_title() {
 }
 
 void Application::start() {
-    if (!wanted_.file.empty()) {
-        const std::string statement = statement_for_file(wanted_.file, false);
+    if (!options_.file.empty()) {
+        const std::string statement = statement_for_file(options_.file, false);
         if (statement.empty())
-            state_.console.error(wanted_.file + ": not an .obj, .ma or .mel file.");
+            state_.console.error(options_.file + ": not an .obj, .ma or .mel file.");
         is_good_ = !statement.empty();
         state_.jobs.add(statement);
     }
-    for (const std::string& statements : wanted_.statements)
+    for (const std::string& statements : options_.statements)
         state_.jobs.add(statements);
     state_.refresh();
 }
 
 void Application::after_first_frame() {
-    if (wanted_.is_verbose)
+    if (options_.is_verbose)
         std::fprintf(stderr,
                      "tessora: the window was ready after %.2f s, %.2f s of processor time\n",
                      std::chrono::duration<double>(Clock::now() - begin_).count(),
@@ -248,7 +217,7 @@ void Application::main_loop() {
         }
         if (glfwWindowShouldClose(window_)) {
             glfwSetWindowShouldClose(window_, GLFW_FALSE);
-            grant(Wish::quit);
+            perform(Action::quit);
         }
         if (ends_)
             break;
@@ -260,7 +229,7 @@ void Application::main_loop() {
 
 bool Application::run() {
     start();
-    if (wanted_.screenshot.empty()) {
+    if (options_.screenshot.empty()) {
         main_loop();
         return is_good_;
     }
@@ -280,7 +249,7 @@ bool Application::write_screenshot() {
     const std::string png = host::png_of(host::read_pixels(0, 0, width, height));
     app::AtomicFile file;
     std::string error;
-    if (file.open(wanted_.screenshot, error) && file.write(png, error) && file.commit(error))
+    if (file.open(options_.screenshot, error) && file.write(png, error) && file.commit(error))
         return true;
     app::say(error);
     return false;
@@ -302,7 +271,7 @@ void Application::changed(const host::ProgressState& progress) {
 
 bool Application::show(const char* caption, const char* text) {
     state_.console.warning(text);
-    if (wanted_.screenshot.empty())
+    if (options_.screenshot.empty())
         ask(caption, text, {"OK"}, "OK");
     return true;
 }

@@ -24,7 +24,7 @@ struct GLFWwindow;
 
 namespace window {
 
-struct Wanted {
+struct LaunchOptions {
     std::string file;                    ///< to open; empty for none
     int width = 1440, height = 900;      ///< of the window, in pixels
     std::vector<std::string> statements; ///< to run after the file was opened
@@ -37,12 +37,12 @@ struct Wanted {
 class Application : private host::ProgressListener, private host::NoticeListener {
 public:
     /// Errors: `error` is a sentence when there is no screen, no OpenGL or no plug-in.
-    explicit Application(const Wanted& wanted, std::string& error);
+    explicit Application(const LaunchOptions& options, std::string& error);
     virtual ~Application();
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-    /// Until the user quits. False: something that was wanted failed.
+    /// Until the user quits. False if a statement, the file or the screenshot failed.
     bool run();
 
 private:
@@ -50,7 +50,6 @@ private:
 
     // application.cpp: life and jobs
     bool open_window(std::string& error);
-    bool load_plugin(std::string& error);
     bool write_screenshot();
     void start();
     void run_statements(const std::string& statements);
@@ -69,8 +68,8 @@ private:
     void draw_progress();
     void draw_question();
     void take_common_keys();
-    void grant(Wish wish);
-    void look(Wish wish);
+    void perform(Action action);
+    void change_view(Action action);
     void step_chart(int by);
     std::string ask(const std::string& title, const std::string& message,
                     const std::vector<std::string>& buttons, const std::string& preferred);
@@ -88,7 +87,7 @@ private:
     bool is_cancelled() override { return false; }
     bool show(const char* caption, const char* text) override;
 
-    Wanted wanted_;
+    LaunchOptions options_;
     Clock::time_point begin_ = Clock::now();
     GLFWwindow* window_ = nullptr;
     std::unique_ptr<std::streambuf> error_lines_; ///< passes std::cerr on to the console
@@ -123,7 +122,7 @@ private:
     };
     const Question* question_ = nullptr;
     std::string answer_;
-    Wish wish_ = Wish::none;                   ///< of this frame
+    Action action_ = Action::none;             ///< of this frame
     std::vector<std::function<void()>> later_; ///< what must not happen inside a frame
     bool shows_help_ = false;
     bool focuses_uvs_ = false, focuses_panels_ = false;

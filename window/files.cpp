@@ -15,7 +15,7 @@ std::string extension_of(const std::string& path) { return fs::path(path).extens
 } // namespace
 
 void Application::open_file(bool import) {
-    const std::string folder = state_.scene_name.empty() ? wanted_.file : state_.scene_name;
+    const std::string folder = state_.scene_name.empty() ? options_.file : state_.scene_name;
     const fs::path begin = fs::path(folder).parent_path() / "";
     chooser_.ask(import ? "Import" : "Open", import ? "Import" : "Open", begin.string(),
                  {".obj", ".ma", ".mel"}, [this, import](const std::string& path) {
@@ -35,7 +35,7 @@ void Application::save(bool as_new) {
         return state_.run("file -save;");
     fs::path suggested = state_.scene_name;
     if (suggested.empty())
-        suggested = fs::path(wanted_.file).replace_extension(".ma");
+        suggested = fs::path(options_.file).replace_extension(".ma");
     if (suggested.empty())
         suggested = "untitled.ma";
     chooser_.ask("Save the scene", "Save", suggested.string(), {".ma"},
@@ -50,7 +50,7 @@ void Application::save(bool as_new) {
 }
 
 void Application::export_mesh() {
-    fs::path suggested = wanted_.file.empty() ? fs::path("mesh.obj") : fs::path(wanted_.file);
+    fs::path suggested = options_.file.empty() ? fs::path("mesh.obj") : fs::path(options_.file);
     suggested.replace_filename(suggested.stem().string() + "_uv.obj");
     chooser_.ask("Export the mesh", "Export", suggested.string(), {".obj"},
                  [this](const std::string& path) {

@@ -94,7 +94,7 @@ void Application::frame(bool is_live) {
     glClearColor(colour::line.x, colour::line.y, colour::line.z, 1.0f);
     glClear(GL_COLOR_BUFFER_BIT);
     ImGui_ImplOpenGL2_RenderDrawData(ImGui::GetDrawData());
-    if (wanted_.screenshot.empty())
+    if (options_.screenshot.empty())
         glfwSwapBuffers(window_);
     state_.places.end_frame();
     take_keys_as_they_are();
@@ -102,7 +102,7 @@ void Application::frame(bool is_live) {
     if (!is_live)
         return;
     take_common_keys();
-    grant(wish_);
+    perform(action_);
     const auto now = std::move(later_);
     later_.clear();
     for (const auto& act : now)
@@ -113,9 +113,9 @@ void Application::draw_everything(bool is_live) {
     is_alt_alone_ = is_alt_alone_ && !ImGui::IsAnyMouseDown();
     const bool opens_menu = opens_menu_ && is_live && !question_ && !chooser_.is_open();
     opens_menu_ = false;
-    wish_ = draw_menu_bar(state_, is_live, opens_menu);
-    if (is_live && wish_ == Wish::none && !chooser_.is_open())
-        wish_ = pressed_wish(state_);
+    action_ = draw_menu_bar(state_, is_live, opens_menu);
+    if (is_live && action_ == Action::none && !chooser_.is_open())
+        action_ = pressed_action(state_);
     draw_areas(is_live);
     dialogs_.draw(state_, host::script::Session::current().ui().model, is_live);
     chooser_.draw(state_);
@@ -280,7 +280,7 @@ void Application::draw_question() {
 std::string Application::ask(const std::string& title, const std::string& message,
                              const std::vector<std::string>& buttons,
                              const std::string& preferred) {
-    if (is_in_frame_ || question_ || !wanted_.screenshot.empty())
+    if (is_in_frame_ || question_ || !options_.screenshot.empty())
         return preferred; // nobody can answer now
     const Question question{title, message, preferred, buttons};
     question_ = &question;
@@ -316,53 +316,53 @@ void Application::take_common_keys() {
         state_.chosen = k_none;
 }
 
-void Application::grant(Wish wish) {
-    switch (wish) {
-    case Wish::new_scene:
+void Application::perform(Action action) {
+    switch (action) {
+    case Action::new_scene:
         if (may_discard())
             state_.run("file -new -force;");
         break;
-    case Wish::open:
-    case Wish::import:
-        return open_file(wish == Wish::import);
-    case Wish::save:
-    case Wish::save_as:
-        return save(wish == Wish::save_as);
-    case Wish::export_mesh:
+    case Action::open:
+    case Action::import:
+        return open_file(action == Action::import);
+    case Action::save:
+    case Action::save_as:
+        return save(action == Action::save_as);
+    case Action::export_mesh:
         return export_mesh();
-    case Wish::quit:
+    case Action::quit:
         ends_ = may_discard();
         break;
     default:
-        look(wish);
+        change_view(action);
     }
 }
 
-/// Wishes that change nothing but what is seen and where the keyboard goes.
-void Application::look(Wish wish) {
-    switch (wish) {
-    case Wish::frame_all:
+/// Actions that change only the view and the keyboard focus.
+void Application::change_view(Action action) {
+    switch (action) {
+    case Action::frame_all:
         panels_->frame_all();
         return uvs_->frame_all(state_);
-    case Wish::toggle_alone:
+    case Action::toggle_alone:
         return panels_->toggle_alone();
-    case Wish::focus_panels:
+    case Action::focus_panels:
         focuses_panels_ = true;
         break;
-    case Wish::focus_uv:
+    case Action::focus_uv:
         focuses_uvs_ = true;
         break;
-    case Wish::focus_attributes:
+    case Action::focus_attributes:
         return attributes_.focus();
-    case Wish::focus_console:
+    case Action::focus_console:
         return console_.focus();
-    case Wish::next_chart:
-    case Wish::previous_chart:
-        return step_chart(wish == Wish::next_chart ? 1 : -1);
-    case Wish::open_menu:
+    case Action::next_chart:
+    case Action::previous_chart:
+        return step_chart(action == Action::next_chart ? 1 : -1);
+    case Action::open_menu:
         opens_menu_ = true;
         break;
-    case Wish::help:
+    case Action::help:
         shows_help_ = !shows_help_;
         break;
     default:

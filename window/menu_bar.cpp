@@ -8,55 +8,55 @@
 namespace window {
 namespace {
 
-/// One of the window's own items: a wish or a statement.
+/// One of the window's own items: an action or a statement.
 struct Item {
     const char* label; ///< null: a line
     const char* keys;
-    Wish wish;
+    Action action;
     const char* statement;
 };
 
-constexpr Item k_file[] = {{"New scene", "Ctrl+N", Wish::new_scene, nullptr},
-                           {"Open…", "Ctrl+O", Wish::open, nullptr},
-                           {"Import…", "Ctrl+I", Wish::import, nullptr},
-                           {nullptr, nullptr, Wish::none, nullptr},
-                           {"Save", "Ctrl+S", Wish::save, nullptr},
-                           {"Save as…", "Ctrl+Shift+S", Wish::save_as, nullptr},
-                           {"Export mesh…", "Ctrl+E", Wish::export_mesh, nullptr},
-                           {nullptr, nullptr, Wish::none, nullptr},
-                           {"Quit", "Ctrl+Q", Wish::quit, nullptr}};
-constexpr Item k_create[] = {{"Cube", nullptr, Wish::none, "polyCube;"},
-                             {"Sphere", nullptr, Wish::none, "polySphere;"},
-                             {"Cylinder", nullptr, Wish::none, "polyCylinder;"},
-                             {"Torus", nullptr, Wish::none, "polyTorus;"},
-                             {"Plane", nullptr, Wish::none, "polyPlane;"}};
-constexpr Item k_display[] = {{"Frame all", "A", Wish::frame_all, nullptr},
-                              {"One panel or four", "Space", Wish::toggle_alone, nullptr}};
-constexpr Item k_window[] = {{"Panels", "F2", Wish::focus_panels, nullptr},
-                             {"UVs", "F3", Wish::focus_uv, nullptr},
-                             {"Attributes", "F4", Wish::focus_attributes, nullptr},
-                             {"Console", "F5", Wish::focus_console, nullptr},
-                             {nullptr, nullptr, Wish::none, nullptr},
-                             {"Next chart", "]", Wish::next_chart, nullptr},
-                             {"Previous chart", "[", Wish::previous_chart, nullptr}};
-constexpr Item k_help[] = {{"Keyboard and mouse", "F1", Wish::help, nullptr}};
+constexpr Item k_file[] = {{"New scene", "Ctrl+N", Action::new_scene, nullptr},
+                           {"Open…", "Ctrl+O", Action::open, nullptr},
+                           {"Import…", "Ctrl+I", Action::import, nullptr},
+                           {nullptr, nullptr, Action::none, nullptr},
+                           {"Save", "Ctrl+S", Action::save, nullptr},
+                           {"Save as…", "Ctrl+Shift+S", Action::save_as, nullptr},
+                           {"Export mesh…", "Ctrl+E", Action::export_mesh, nullptr},
+                           {nullptr, nullptr, Action::none, nullptr},
+                           {"Quit", "Ctrl+Q", Action::quit, nullptr}};
+constexpr Item k_create[] = {{"Cube", nullptr, Action::none, "polyCube;"},
+                             {"Sphere", nullptr, Action::none, "polySphere;"},
+                             {"Cylinder", nullptr, Action::none, "polyCylinder;"},
+                             {"Torus", nullptr, Action::none, "polyTorus;"},
+                             {"Plane", nullptr, Action::none, "polyPlane;"}};
+constexpr Item k_display[] = {{"Frame all", "A", Action::frame_all, nullptr},
+                              {"One panel or four", "Space", Action::toggle_alone, nullptr}};
+constexpr Item k_window[] = {{"Panels", "F2", Action::focus_panels, nullptr},
+                             {"UVs", "F3", Action::focus_uv, nullptr},
+                             {"Attributes", "F4", Action::focus_attributes, nullptr},
+                             {"Console", "F5", Action::focus_console, nullptr},
+                             {nullptr, nullptr, Action::none, nullptr},
+                             {"Next chart", "]", Action::next_chart, nullptr},
+                             {"Previous chart", "[", Action::previous_chart, nullptr}};
+constexpr Item k_help[] = {{"Keyboard and mouse", "F1", Action::help, nullptr}};
 
 template <size_t N>
-Wish draw_items(State& state, const Item (&items)[N]) {
-    Wish wish = Wish::none;
+Action draw_items(State& state, const Item (&items)[N]) {
+    Action action = Action::none;
     for (const Item& item : items) {
         if (!item.label) {
             ImGui::Separator();
             continue;
         }
         if (ImGui::MenuItem(item.label, item.keys)) {
-            wish = item.wish;
+            action = item.action;
             if (item.statement)
                 state.run(item.statement);
         }
         state.places.add_item(std::string("menuitem/") + item.label);
     }
-    return wish;
+    return action;
 }
 
 void draw_edit(State& state) {
@@ -99,7 +99,7 @@ std::string label_of(const std::string& menu) {
     return label;
 }
 
-Wish draw_own(State& state, const std::string& label) {
+Action draw_own(State& state, const std::string& label) {
     if (label == "File")
         return draw_items(state, k_file);
     if (label == "Create")
@@ -111,11 +111,11 @@ Wish draw_own(State& state, const std::string& label) {
     if (label == "Edit")
         draw_edit(state);
     if (label == "Display") {
-        const Wish wish = draw_items(state, k_display);
+        const Action action = draw_items(state, k_display);
         draw_display(state);
-        return wish;
+        return action;
     }
-    return Wish::none;
+    return Action::none;
 }
 
 /// Items that plug-ins and scripts added.
@@ -145,7 +145,7 @@ void run_menu_item(State& state, const std::string& menu, const char* label) {
 
 bool pressed(int key) { return ImGui::IsKeyPressed(key, false); }
 
-Wish control_wish(State& state, bool with_shift) {
+Action control_action(State& state, bool with_shift) {
     if (ImGui::IsKeyPressed(GLFW_KEY_Z, true))
         state.run(with_shift ? "redo;" : "undo;");
     if (ImGui::IsKeyPressed(GLFW_KEY_Y, true))
@@ -155,24 +155,24 @@ Wish control_wish(State& state, bool with_shift) {
     if (pressed(GLFW_KEY_U))
         run_menu_item(state, "mainModifyMenu", "Tessora");
     if (pressed(GLFW_KEY_S))
-        return with_shift ? Wish::save_as : Wish::save;
-    const std::pair<int, Wish> keys[] = {{GLFW_KEY_N, Wish::new_scene},
-                                         {GLFW_KEY_O, Wish::open},
-                                         {GLFW_KEY_I, Wish::import},
-                                         {GLFW_KEY_E, Wish::export_mesh},
-                                         {GLFW_KEY_Q, Wish::quit}};
-    for (const auto& [key, wish] : keys)
+        return with_shift ? Action::save_as : Action::save;
+    const std::pair<int, Action> keys[] = {{GLFW_KEY_N, Action::new_scene},
+                                           {GLFW_KEY_O, Action::open},
+                                           {GLFW_KEY_I, Action::import},
+                                           {GLFW_KEY_E, Action::export_mesh},
+                                           {GLFW_KEY_Q, Action::quit}};
+    for (const auto& [key, action] : keys)
         if (pressed(key))
-            return wish;
-    return Wish::none;
+            return action;
+    return Action::none;
 }
 
 } // namespace
 
-Wish draw_menu_bar(State& state, bool is_live, bool opens) {
-    Wish wish = Wish::none;
+Action draw_menu_bar(State& state, bool is_live, bool opens) {
+    Action action = Action::none;
     if (!ImGui::BeginMainMenuBar())
-        return wish;
+        return action;
     ImGui::BeginDisabled(!is_live);
     for (const std::string& menu : host::MenuTree::current().menus()) {
         const std::string label = label_of(menu);
@@ -184,42 +184,42 @@ Wish draw_menu_bar(State& state, bool is_live, bool opens) {
         if (!is_open)
             continue;
         const float before = ImGui::GetCursorPosY();
-        const Wish own = draw_own(state, label);
-        wish = own == Wish::none ? wish : own;
+        const Action own = draw_own(state, label);
+        action = own == Action::none ? action : own;
         draw_added(state, menu, ImGui::GetCursorPosY() > before);
         ImGui::EndMenu();
     }
     ImGui::EndDisabled();
     ImGui::EndMainMenuBar();
-    return wish;
+    return action;
 }
 
-Wish pressed_wish(State& state) {
+Action pressed_action(State& state) {
     const ImGuiIO& io = ImGui::GetIO();
     if (io.KeyAlt)
-        return Wish::none;
+        return Action::none;
     if (io.KeyCtrl)
         // A text field has its own undo.
         return io.WantTextInput && (pressed(GLFW_KEY_Z) || pressed(GLFW_KEY_Y))
-                   ? Wish::none
-                   : control_wish(state, io.KeyShift);
-    const std::pair<int, Wish> function_keys[] = {
-        {GLFW_KEY_F1, Wish::help},          {GLFW_KEY_F2, Wish::focus_panels},
-        {GLFW_KEY_F3, Wish::focus_uv},      {GLFW_KEY_F4, Wish::focus_attributes},
-        {GLFW_KEY_F5, Wish::focus_console}, {GLFW_KEY_F10, Wish::open_menu}};
-    for (const auto& [key, wish] : function_keys)
+                   ? Action::none
+                   : control_action(state, io.KeyShift);
+    const std::pair<int, Action> function_keys[] = {
+        {GLFW_KEY_F1, Action::help},          {GLFW_KEY_F2, Action::focus_panels},
+        {GLFW_KEY_F3, Action::focus_uv},      {GLFW_KEY_F4, Action::focus_attributes},
+        {GLFW_KEY_F5, Action::focus_console}, {GLFW_KEY_F10, Action::open_menu}};
+    for (const auto& [key, action] : function_keys)
         if (pressed(key))
-            return wish;
+            return action;
     if (io.WantTextInput)
-        return Wish::none;
+        return Action::none;
     if (pressed(GLFW_KEY_DELETE))
         state.run("delete;");
     for (int i = 0; i < 4; ++i)
         if (pressed(GLFW_KEY_4 + i))
             state.display = static_cast<Display>(i);
     if (ImGui::IsKeyPressed(GLFW_KEY_RIGHT_BRACKET))
-        return Wish::next_chart;
-    return ImGui::IsKeyPressed(GLFW_KEY_LEFT_BRACKET) ? Wish::previous_chart : Wish::none;
+        return Action::next_chart;
+    return ImGui::IsKeyPressed(GLFW_KEY_LEFT_BRACKET) ? Action::previous_chart : Action::none;
 }
 
 const std::vector<Shortcut>& shortcuts() {

@@ -9,7 +9,7 @@
 namespace window {
 
 /// What a menu item or a shortcut asks of the window itself; everything else is a statement.
-enum class Wish {
+enum class Action {
     none,
     new_scene,
     open,
@@ -31,11 +31,11 @@ enum class Wish {
 };
 
 /// Draws the bar; gives what was picked. `opens`: the first menu, for the keyboard to go on from.
-Wish draw_menu_bar(State& state, bool is_live, bool opens);
+Action draw_menu_bar(State& state, bool is_live, bool opens);
 
 /// The shortcut pressed in this frame. Not asked while a text field has the keyboard, except for
 /// those with Ctrl.
-Wish pressed_wish(State& state);
+Action pressed_action(State& state);
 
 /// All shortcuts, as lines of key and meaning.
 struct Shortcut {

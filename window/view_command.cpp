@@ -29,14 +29,14 @@ examples:
 exit codes: 0 done, 1 FILE or --exec failed, or there is no screen; 2 wrong usage; 3 FILE cannot be read
 )";
 
-bool read_size(const std::string& text, window::Wanted& wanted) {
+bool read_size(const std::string& text, window::LaunchOptions& options) {
     int width = 0, height = 0;
     char rest = 0;
     if (std::sscanf(text.c_str(), "%dx%d%c", &width, &height, &rest) != 2 || width < 640 ||
         height < 480 || width > 16384 || height > 16384)
         return false;
-    wanted.width = width;
-    wanted.height = height;
+    options.width = width;
+    options.height = height;
     return true;
 }
 
@@ -56,27 +56,27 @@ struct Typed {
     bool wants_help = false;
 };
 
-OptionTable table_of(window::Wanted& wanted, Typed& typed) {
+OptionTable table_of(window::LaunchOptions& options, Typed& typed) {
     OptionTable table;
     table.add("size", &typed.size, "WxH", "size of the window in pixels (1440x900)");
     table.add("exec", &typed.statements, "TEXT", "script statements to run once the file is open");
-    table.add("display", &wanted.display, "NAME",
+    table.add("display", &options.display, "NAME",
               "plain, charts, checker or stretch, in the texture and on the mesh (charts)");
-    table.add("screenshot", &wanted.screenshot, "FILE.png",
+    table.add("screenshot", &options.screenshot, "FILE.png",
               "write a picture of the window, then close it");
-    table.add("places", &wanted.places, "FILE",
+    table.add("places", &options.places, "FILE",
               "keep a list of where menus, buttons and fields stand, for programs that drive the "
               "window");
-    table.add("verbose", &wanted.is_verbose, "", "say how long the start took");
+    table.add("verbose", &options.is_verbose, "", "say how long the start took");
     table.alias("-v");
     table.add("help", &typed.wants_help, "", "this text");
     table.alias("-h");
     return table;
 }
 
-int show(const window::Wanted& wanted) {
+int show(const window::LaunchOptions& options) {
     std::string error;
-    window::Application application(wanted, error);
+    window::Application application(options, error);
     if (!error.empty()) {
         say(error);
         return exit_unexpected;
@@ -87,10 +87,10 @@ int show(const window::Wanted& wanted) {
 } // namespace
 
 int view_command(const Words& words) {
-    window::Wanted wanted;
+    window::LaunchOptions options;
     Typed typed;
     std::string error;
-    OptionTable table = table_of(wanted, typed);
+    OptionTable table = table_of(options, typed);
     Words operands;
     if (!table.parse(words, operands, error))
         return wrong(error);
@@ -100,21 +100,21 @@ int view_command(const Words& words) {
     }
     if (operands.size() > 1)
         return wrong("view takes one file");
-    if (!typed.size.empty() && !read_size(typed.size, wanted))
+    if (!typed.size.empty() && !read_size(typed.size, options))
         return wrong("--size takes WIDTHxHEIGHT, from 640x480 on: " + typed.size);
-    if (!is_display(wanted.display))
-        return wrong("--display takes plain, charts, checker or stretch, not " + wanted.display);
+    if (!is_display(options.display))
+        return wrong("--display takes plain, charts, checker or stretch, not " + options.display);
     if (!typed.statements.empty())
-        wanted.statements.push_back(typed.statements);
+        options.statements.push_back(typed.statements);
     if (!operands.empty()) {
-        wanted.file = operands[0];
+        options.file = operands[0];
         std::error_code failure;
-        if (!std::filesystem::is_regular_file(wanted.file, failure)) {
-            say(wanted.file + ": there is no such file");
+        if (!std::filesystem::is_regular_file(options.file, failure)) {
+            say(options.file + ": there is no such file");
             return exit_input;
         }
     }
-    return show(wanted);
+    return show(options);
 }
 
 } // namespace app

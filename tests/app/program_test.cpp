@@ -78,9 +78,15 @@ TEST_F(Program, ReportHoldsTheFigures) {
     EXPECT_EQ(0, json["existing_seam_edges"]);
     EXPECT_GT(json["new_seam_edges"].get<int>(), 0);
     EXPECT_EQ("map1", json["settings"]["mapchannel"]);
-    for (const char* stage : {"read", "collect", "generate", "apply", "write", "total"})
-        EXPECT_GE(json["seconds"].at(stage).get<double>(), 0.0) << stage;
     EXPECT_GT(json["peak_mb"].get<double>(), 1.0);
+}
+
+// Fails when the plug-in words a stage differently: see app/stage_times.h.
+TEST_F(Program, ReportHoldsTheTimeOfEveryStage) {
+    ASSERT_EQ(0, unwrap("cube.obj", k_cube).code);
+    const Json seconds = report("cube.obj")["seconds"];
+    for (const char* stage : {"read", "collect", "generate", "apply", "verify", "write", "total"})
+        EXPECT_GE(seconds.value(stage, -1.0), 0.0) << stage;
 }
 
 TEST_F(Program, LayoutIsAPictureOfTheTexture) {

@@ -1,4 +1,4 @@
-#include "app/progress.h"
+#include "app/progress_display.h"
 
 #include "app/command.h"
 #include "app/interrupt.h"
@@ -9,15 +9,16 @@
 
 namespace app {
 
-Progress::Style Progress::style_for_stderr(bool quiet) {
+ProgressDisplay::Style ProgressDisplay::style_for_stderr(bool quiet) {
     if (quiet)
         return silent;
     return is_terminal_error() ? bar : lines;
 }
 
-Progress::Progress(Style style, std::string name) : style_(style), name_(std::move(name)) {}
+ProgressDisplay::ProgressDisplay(Style style, std::string name)
+    : style_(style), name_(std::move(name)) {}
 
-void Progress::begin_stage(const std::string& stage) {
+void ProgressDisplay::begin_stage(const std::string& stage) {
     if (stage == stage_)
         return;
     stage_ = stage;
@@ -29,7 +30,7 @@ void Progress::begin_stage(const std::string& stage) {
         draw();
 }
 
-void Progress::set_percent(int percent) {
+void ProgressDisplay::set_percent(int percent) {
     percent = std::clamp(percent, 0, 100);
     if (percent == percent_)
         return;
@@ -42,15 +43,15 @@ void Progress::set_percent(int percent) {
     say(name_ + ": " + stage_ + " " + std::to_string(percent_) + "%");
 }
 
-void Progress::draw() const {
-    // The last column stays free: writing into it makes some terminals move on.
+void ProgressDisplay::draw() const {
+    // The last column stays free: some terminals wrap after a character in it.
     const std::string text = progress_bar(name_, stage_, percent_, terminal_columns() - 1);
     set_terminal_line_open(true);
     std::fprintf(stderr, "\r%s\033[K", text.c_str());
     std::fflush(stderr);
 }
 
-void Progress::clear() {
+void ProgressDisplay::clear() {
     if (!terminal_line_open())
         return;
     std::fputs("\r\033[K", stderr);

@@ -1,4 +1,4 @@
-#include "app/picture.h"
+#include "app/layout_picture.h"
 
 #include "app/picture_parts.h"
 
@@ -12,18 +12,18 @@ constexpr Colour k_background = {24, 26, 31};
 constexpr Colour k_red = {235, 25, 25};
 constexpr Colour k_ink = {10, 10, 12};
 constexpr Colour k_paper = {232, 234, 238};
-constexpr int k_wanted_side = 2048; // pixels, for textures that are smaller
+constexpr int k_min_side = 2048;    // pixels; smaller textures are enlarged by a whole factor
 constexpr int k_legend_height = 72; // pixels
-constexpr double k_most_stretch = 2.0;
-constexpr uint16_t k_contested = 65535; // the gutter of two charts
+constexpr double k_max_stretch = 2.0;
+constexpr uint16_t k_contested = 65535; // claimed by the gutters of two charts
 
-/// Draws the texture, enlarged by a whole factor, layer upon layer.
+/// Draws the texture in layers, enlarged by a whole factor.
 class TexturePainter {
 public:
     TexturePainter(const PictureSubject& subject, int strip_below)
         : layout_(subject.layout), measures_(subject.measures), subject_(subject),
-          zoom_(std::max(1, k_wanted_side / static_cast<int>(std::max(subject.texture.width,
-                                                                      subject.texture.height)))),
+          zoom_(std::max(1, k_min_side / static_cast<int>(std::max(subject.texture.width,
+                                                                   subject.texture.height)))),
           width_(static_cast<int>(subject.texture.width) * zoom_),
           height_(static_cast<int>(subject.texture.height) * zoom_),
           canvas_(width_, height_ + strip_below, k_background),
@@ -43,7 +43,7 @@ public:
         }
     }
 
-    /// The half of the gutter that belongs to each chart, red where it belongs to two.
+    /// A band of half the gutter's width around each chart; red where two bands overlap.
     void draw_gutter() {
         const double radius = 0.5 * subject_.gutter * zoom_ - 0.75;
         if (radius <= 0.5)
@@ -65,7 +65,7 @@ public:
         }
     }
 
-    /// Lines between texels, or between groups of texels where single ones are too small to see.
+    /// Lines between texels, or between blocks of texels if single texels are under 4 pixels.
     void draw_grid() {
         int step = zoom_;
         while (step < 4)
@@ -82,7 +82,8 @@ public:
             }
     }
 
-    /// Borders of polygons inside charts, unless they would blacken the picture.
+    /// Polygon edges inside charts, unless triangles are so small that the picture would turn
+    /// black.
     void draw_polygon_edges() {
         const double pixels = measures_.coverage * width_ * height_;
         if (pixels < 80.0 * layout_.triangle_count())
@@ -102,7 +103,7 @@ public:
     void draw_faults() {
         for (const auto* list : {&measures_.overlaps.triangles, &measures_.flipped})
             for (uint32_t t : *list)
-                visit(t, [&](int x, int y) { // stripes, so that the charts below are still seen
+                visit(t, [&](int x, int y) { // striped, so that the charts below stay visible
                     if ((x + y) % 8 < 4)
                         canvas_.put(x, y, k_red);
                 });
@@ -132,14 +133,14 @@ private:
         });
     }
 
-    /// Calls step(x, y) at places along a half-edge, at most `stride` pixels apart.
+    /// Calls step(x, y) at points along a half-edge, at most `stride` pixels apart.
     template <class Step>
     void along(uint32_t half_edge, double stride, Step step) const {
         const uint32_t t = half_edge / 3, k = half_edge % 3;
         const PixelPoint a = point(half_edge), b = point(3 * t + (k + 1) % 3);
         const double dx = b.x - a.x, dy = b.y - a.y;
         const double longest = std::max(std::abs(dx), std::abs(dy));
-        if (!(longest < 16.0 * (width_ + height_))) // far outside, most of it
+        if (!(longest < 16.0 * (width_ + height_))) // mostly far outside the picture, or NaN
             return;
         const int steps = std::max(1, static_cast<int>(longest / stride) + 1);
         for (int i = 0; i <= steps; ++i)
@@ -177,7 +178,7 @@ private:
         }
     }
 
-    /// Diagonals join corners that are not neighbours in their polygon.
+    /// False for diagonals of the triangulation: they join corners that are not adjacent.
     bool is_polygon_edge(uint32_t half_edge) const {
         const uint32_t t = half_edge / 3, polygon = layout_.triangle_polygon[t];
         const uint32_t a = layout_.triangle_corners[half_edge];
@@ -191,17 +192,17 @@ private:
     const PictureSubject& subject_;
     int zoom_, width_, height_;
     Canvas canvas_;
-    std::vector<uint16_t> owner_; // 0: no chart there
-    std::vector<uint32_t> first_, last_;
+    std::vector<uint16_t> owner_;        // chart tag per pixel; 0 if no chart covers it
+    std::vector<uint32_t> first_, last_; // first and last corner of each polygon
 };
 
-/// Stretch from 1/2 to 2 as a colour bar, even ratios in even steps.
+/// A colour bar of stretch from 1/2 to 2, on a logarithmic scale.
 void draw_legend(Canvas& canvas, int top) {
     const int left = 40, right = canvas.width() - 40;
     canvas.fill(0, top, canvas.width(), canvas.height(), k_ink);
     for (int x = left; x < right; ++x) {
         const double share = static_cast<double>(x - left) / (right - left);
-        const double stretch = std::pow(k_most_stretch, 2.0 * share - 1.0);
+        const double stretch = std::pow(k_max_stretch, 2.0 * share - 1.0);
         canvas.fill(x, top + 30, x + 1, top + 50, stretch_colour(stretch));
     }
     canvas.text(left, top + 8, "L2 STRETCH PER TRIANGLE AT MEAN DENSITY", k_paper, 2);
@@ -236,8 +237,8 @@ Colour chart_colour(uint32_t chart) {
 Colour stretch_colour(double stretch) {
     constexpr Colour k_stops[] = {
         {20, 30, 110}, {60, 130, 220}, {120, 200, 120}, {240, 190, 60}, {150, 10, 20}};
-    const double limited = std::clamp(stretch, 1.0 / k_most_stretch, k_most_stretch);
-    const double place = 2.0 * (1.0 + std::log2(limited) / std::log2(k_most_stretch));
+    const double limited = std::clamp(stretch, 1.0 / k_max_stretch, k_max_stretch);
+    const double place = 2.0 * (1.0 + std::log2(limited) / std::log2(k_max_stretch));
     const int stop = std::clamp(static_cast<int>(place), 0, 3);
     return mix(k_stops[stop], k_stops[stop + 1], place - stop);
 }

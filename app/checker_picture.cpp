@@ -25,12 +25,12 @@ Point3 unit(Point3 a) {
     return size > 0.0 ? Point3{a.x / size, a.y / size, a.z / size} : Point3{};
 }
 
-/// An orthographic look at the mesh from one corner of its bounding box; y is up.
+/// An orthographic camera that looks at the mesh from one corner of its bounding box; y is up.
 struct Look {
     Point3 right, up, back; ///< unit vectors; `back` points at the eye
     double scale = 1.0;     ///< pixels per unit of length
     Point3 centre;
-    int left = 0; ///< of the view in the picture
+    int left = 0; ///< first column of the view in the picture
 
     Point3 project(Point3 p) const {
         const Point3 q = p - centre;
@@ -44,7 +44,7 @@ public:
     explicit CheckerPainter(const PictureSubject& subject)
         : layout_(subject.layout), measures_(subject.measures), texture_(subject.texture),
           canvas_(2 * k_side, k_side, k_background) {
-        // About 40 squares along the longer side of the texture, of whole texels.
+        // Squares of whole texels, about 40 along the longer side of the texture.
         square_ = std::max(1.0, std::floor(std::max(texture_.width, texture_.height) / 40.0));
     }
 
@@ -103,7 +103,7 @@ private:
             (p[1].x - p[0].x) * (p[2].y - p[0].y) - (p[1].y - p[0].y) * (p[2].x - p[0].x);
         if (area == 0.0)
             return;
-        // The mesh may be open; backs are shown darker.
+        // The mesh may be open, so back faces are drawn too, darker.
         const Point3 normal = unit(
             cross(position(3 * t + 1) - position(3 * t), position(3 * t + 2) - position(3 * t)));
         const double facing = dot(normal, look.back);

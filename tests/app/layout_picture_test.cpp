@@ -1,4 +1,4 @@
-#include "app/picture.h"
+#include "app/layout_picture.h"
 #include "app/picture_parts.h"
 #include "tests/measure/layouts.h"
 

@@ -1,4 +1,4 @@
-#include "app/picture_canvas.h"
+#include "app/canvas.h"
 
 #include "app/png_file.h"
 
@@ -12,7 +12,7 @@ uint8_t to_byte(double value) {
     return static_cast<uint8_t>(std::clamp(value * 255.0 + 0.5, 0.0, 255.0));
 }
 
-/// Seven rows of five pixels, highest bit left.
+/// Seven rows of five pixels; bit 4 is the leftmost pixel.
 struct Glyph {
     char letter;
     uint8_t rows[7];
@@ -113,22 +113,6 @@ void Canvas::fill(int left, int top, int right, int bottom, Colour colour) {
     for (int y = std::max(top, 0); y < std::min(bottom, height_); ++y)
         for (int x = std::max(left, 0); x < std::min(right, width_); ++x)
             put(x, y, colour);
-}
-
-void Canvas::line(PixelPoint from, PixelPoint to, Colour colour) {
-    // Far outside there is nothing to see, and steps would not end.
-    const double reach = 4.0 * (width_ + height_);
-    for (double value : {from.x, from.y, to.x, to.y})
-        if (!(std::abs(value) <= reach))
-            return;
-    const double dx = to.x - from.x, dy = to.y - from.y;
-    const int steps =
-        std::max(1, static_cast<int>(std::ceil(std::max(std::abs(dx), std::abs(dy)))));
-    for (int i = 0; i <= steps; ++i) {
-        const double t = static_cast<double>(i) / steps;
-        put(static_cast<int>(std::floor(from.x + t * dx)),
-            static_cast<int>(std::floor(from.y + t * dy)), colour);
-    }
 }
 
 void Canvas::text(int left, int top, const std::string& words, Colour colour, int size) {

@@ -1,4 +1,4 @@
-#include "app/progress.h"
+#include "app/progress_display.h"
 
 #include <gtest/gtest.h>
 
@@ -18,10 +18,10 @@ TEST(ProgressBar, NeverExceedsTheTerminal) {
     EXPECT_EQ("", app::progress_bar("m.obj", "reading", 50, -1));
 }
 
-TEST(Progress, LinesTellOfStagesOnce) {
+TEST(ProgressDisplay, LinesTellOfStagesOnce) {
     testing::internal::CaptureStderr();
     {
-        app::Progress progress(app::Progress::lines, "m.obj");
+        app::ProgressDisplay progress(app::ProgressDisplay::lines, "m.obj");
         progress.begin_stage("reading");
         progress.begin_stage("reading");
         progress.set_percent(10); // too soon after the stage's line
@@ -31,10 +31,10 @@ TEST(Progress, LinesTellOfStagesOnce) {
               testing::internal::GetCapturedStderr());
 }
 
-TEST(Progress, BarIsRedrawnAndCleared) {
+TEST(ProgressDisplay, BarIsRedrawnAndCleared) {
     testing::internal::CaptureStderr();
     {
-        app::Progress progress(app::Progress::bar, "m");
+        app::ProgressDisplay progress(app::ProgressDisplay::bar, "m");
         progress.begin_stage("s");
         progress.set_percent(50);
         progress.set_percent(50);
@@ -46,15 +46,15 @@ TEST(Progress, BarIsRedrawnAndCleared) {
               testing::internal::GetCapturedStderr());
 }
 
-TEST(Progress, SilentSaysNothing) {
+TEST(ProgressDisplay, SilentSaysNothing) {
     testing::internal::CaptureStderr();
     {
-        app::Progress progress(app::Progress::silent, "m");
+        app::ProgressDisplay progress(app::ProgressDisplay::silent, "m");
         progress.begin_stage("s");
         progress.set_percent(50);
     }
     EXPECT_EQ("", testing::internal::GetCapturedStderr());
-    EXPECT_EQ(app::Progress::silent, app::Progress::style_for_stderr(true));
+    EXPECT_EQ(app::ProgressDisplay::silent, app::ProgressDisplay::style_for_stderr(true));
 }
 
 } // namespace

@@ -1,7 +1,7 @@
-/// A picture in memory: what the program's pictures are drawn on.
+/// An RGB picture in memory, with simple drawing.
 ///
 /// Colours are 8-bit red, green, blue. Pixel (0, 0) is at the top left; the centre of pixel (x, y)
-/// lies at (x + 0.5, y + 0.5). Everything drawn is clipped to the canvas.
+/// is (x + 0.5, y + 0.5). Drawing is clipped to the canvas.
 #pragma once
 
 #include <cstddef>
@@ -17,10 +17,10 @@ struct Colour {
 
 inline bool operator==(Colour a, Colour b) { return a.r == b.r && a.g == b.g && a.b == b.b; }
 
-/// `share` of b, the rest of a.
+/// Linear blend: (1 - share) * a + share * b.
 Colour mix(Colour a, Colour b, double share);
 
-/// Hue in turns (0 red, 1/3 green, 2/3 blue), the others 0..1.
+/// Hue in turns (0 red, 1/3 green, 2/3 blue); saturation and value 0..1.
 Colour hsv(double hue, double saturation, double value);
 
 struct PixelPoint {
@@ -37,14 +37,14 @@ public:
     Colour at(int x, int y) const;
     void put(int x, int y, Colour colour);
 
-    /// Calls visit(x, y) for the pixels whose centres lie in the triangle, its edges included on
-    /// one side only, so that neighbouring triangles share no pixel and leave none out.
+    /// Calls visit(x, y) for each pixel whose centre lies in the triangle. A centre on an edge
+    /// counts on one side only, so that adjacent triangles neither share a pixel nor leave a gap.
     template <class Visit>
     void visit_triangle(const PixelPoint (&p)[3], Visit visit) const;
 
-    void line(PixelPoint from, PixelPoint to, Colour colour);
     void fill(int left, int top, int right, int bottom, Colour colour);
-    /// Capital letters, digits and " .-%/=:x" in cells of 6 x 8 pixels, each `size` times as large.
+    /// Draws capital letters, digits and " .-%/=:x" in cells of 6 x 8 pixels, enlarged `size`
+    /// times.
     void text(int left, int top, const std::string& words, Colour colour, int size);
 
     /// The picture as a PNG file.
@@ -56,25 +56,25 @@ private:
     std::vector<uint8_t> pixels_; // rows from the top, 3 bytes a pixel
 };
 
-// Rows are sampled at pixel centres; a span runs from the first centre at or right of its left edge
-// to the last one left of its right edge.
+// Rows are sampled at pixel centres; a span runs from the first centre at or right of the left edge
+// to the last centre left of the right edge.
 template <class Visit>
 void Canvas::visit_triangle(const PixelPoint (&p)[3], Visit visit) const {
     const PixelPoint* c[3] = {&p[0], &p[1], &p[2]};
-    for (int i : {0, 1, 0}) // by height
+    for (int i : {0, 1, 0}) // sort by y
         if (c[i]->y > c[i + 1]->y) {
             const PixelPoint* other = c[i];
             c[i] = c[i + 1];
             c[i + 1] = other;
         }
-    const auto clamp_to = [](double value, int most) {
-        return value <= 0.0 ? 0 : value >= most ? most : static_cast<int>(value);
+    const auto clamp_to = [](double value, int max) {
+        return value <= 0.0 ? 0 : value >= max ? max : static_cast<int>(value);
     };
-    // The first centre at or beyond a coordinate is the next whole number of (coordinate - 0.5).
-    const auto first_centre = [&](double at, int most) {
+    // The first centre at or beyond a coordinate has index ceil(coordinate - 0.5).
+    const auto first_centre = [&](double at, int max) {
         const double shifted = at - 0.5;
-        const int whole = clamp_to(shifted, most);
-        return whole + (whole < shifted && whole < most ? 1 : 0);
+        const int whole = clamp_to(shifted, max);
+        return whole + (whole < shifted && whole < max ? 1 : 0);
     };
     const auto across = [](const PixelPoint& a, const PixelPoint& b, double y) {
         return a.x + (b.x - a.x) * ((y - a.y) / (b.y - a.y));

@@ -1,0 +1,35 @@
+#include "app/message_listener.h"
+
+#include "app/command.h"
+
+#include <iostream>
+
+namespace app {
+
+MessageListener::MessageListener()
+    : lines_([this](const std::string& line) { print(line); }),
+      error_stream_(std::cerr.rdbuf(&lines_)) {
+    host::set_notice_listener(this);
+}
+
+MessageListener::~MessageListener() {
+    lines_.end_line();
+    std::cerr.rdbuf(error_stream_);
+    host::set_notice_listener(nullptr);
+}
+
+bool MessageListener::show(const char*, const char* text) {
+    for (; *text; ++text)
+        lines_.sputc(*text);
+    lines_.end_line();
+    return true;
+}
+
+void MessageListener::print(const std::string& line) {
+    if (line.empty())
+        return;
+    last_ = line;
+    say(last_);
+}
+
+} // namespace app

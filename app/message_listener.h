@@ -1,0 +1,34 @@
+/// Captures message boxes and the error stream during an unwrap.
+#pragma once
+
+#include "app/line_buffer.h"
+#include "host/view/notices.h"
+
+#include <string>
+
+namespace app {
+
+/// While it lives, prints message boxes and writes to std::cerr as lines of the program's own, so
+/// that a box does not wait for a click and no line runs into the progress bar. Keeps the last
+/// line.
+class MessageListener : public host::NoticeListener {
+public:
+    MessageListener();
+    ~MessageListener();
+    MessageListener(const MessageListener&) = delete;
+    MessageListener& operator=(const MessageListener&) = delete;
+
+    bool show(const char* caption, const char* text) override;
+
+    /// The last line captured, or "".
+    const std::string& last() const { return last_; }
+
+private:
+    void print(const std::string& line);
+
+    LineBuffer lines_;
+    std::streambuf* error_stream_; ///< std::cerr's own buffer, restored at the end
+    std::string last_;
+};
+
+} // namespace app
