@@ -101,7 +101,7 @@ const char* type_name(MSyntax::MArgType type) {
 }
 
 MStatus refuse(const std::string& text) {
-    host::graph::show_line(host::graph::Line::error, text);
+    host::graph::show_line(host::graph::Severity::error, text);
     return MS::kFailure;
 }
 

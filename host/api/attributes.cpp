@@ -350,7 +350,7 @@ MFnData::Type MFnTypedAttribute::attrType(MStatus* ReturnStatus) const {
     }
 }
 
-// === The others ==============================================================================
+// === Other attribute types ===================================================================
 
 MObject MFnEnumAttribute::create(const MString& fullName, const MString& briefName,
                                  short defaultValue, MStatus* ReturnStatus) {

@@ -344,7 +344,7 @@ bool MFnDagNode::isInstanced(bool indirect, MStatus* ReturnStatus) const {
     return indirect ? self->all_paths().size() > 1 : self->parent_count() > 1;
 }
 
-// === MDagPath, the part that asks the scene ==================================================
+// === MDagPath: methods that need the scene ===================================================
 
 MDagPath::MDagPath(const std::vector<MObject>& nodes) : nodes_(nodes) {}
 

@@ -112,8 +112,7 @@ MStatus MFnPlugin::registerCommand(const MString& commandName, MCreatorFunction 
     Plugin* const plugin = enter("MFnPlugin::registerCommand", object_, status);
     if (!status)
         return status;
-    status = Commands::current().add(commandName.asChar(), creatorFunction, createSyntaxFunction,
-                                     plugin->info.name);
+    status = Commands::current().add(commandName.asChar(), creatorFunction, createSyntaxFunction);
     if (status)
         plugin->info.commands.push_back(commandName.asChar());
     return status;

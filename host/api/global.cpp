@@ -13,10 +13,10 @@
 using host::pass_fault;
 using host::report;
 using host::graph::CommandResult;
-using host::graph::Line;
 using host::graph::Scene;
 using host::graph::Selection;
 using host::graph::SelectionItem;
+using host::graph::Severity;
 
 MGlobal::MMayaState MGlobal::mayaState(MStatus* ReturnStatus) {
     report(ReturnStatus, MS::kSuccess);
@@ -206,13 +206,13 @@ MStatus MGlobal::getSelectionListByName(const MString& name, MSelectionList& lis
 // === Messages, deletion ======================================================================
 
 void MGlobal::displayInfo(const MString& theMessage) {
-    host::graph::show_line(Line::info, theMessage.asChar());
+    host::graph::show_line(Severity::info, theMessage.asChar());
 }
 void MGlobal::displayWarning(const MString& theWarning) {
-    host::graph::show_line(Line::warning, theWarning.asChar());
+    host::graph::show_line(Severity::warning, theWarning.asChar());
 }
 void MGlobal::displayError(const MString& theError) {
-    host::graph::show_line(Line::error, theError.asChar());
+    host::graph::show_line(Severity::error, theError.asChar());
 }
 
 MStatus MGlobal::deleteNode(MObject& object) {

@@ -95,7 +95,7 @@ MString MPlug::partialName(bool includeNodeName, bool, bool, bool, bool, bool us
     return includeNodeName ? slot_->node().name() + "." + text : text;
 }
 
-// === What kind of plug =======================================================================
+// === Kind of plug ============================================================================
 
 bool MPlug::isNull(MStatus* ReturnStatus) const {
     report(ReturnStatus, MS::kSuccess);

@@ -184,7 +184,7 @@ MStatus MItMeshPolygon::getTriangles(MPointArray& points, MIntArray& vertexList,
     return status;
 }
 
-// === Surroundings ================================================================================
+// === Adjacency ===================================================================================
 
 MStatus MItMeshPolygon::getEdges(MIntArray& edges) const {
     MStatus status;

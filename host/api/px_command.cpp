@@ -6,7 +6,7 @@
 
 using host::graph::CommandResult;
 using host::graph::Commands;
-using host::graph::Line;
+using host::graph::Severity;
 
 MPxCommand::MPxCommand() = default;
 MPxCommand::~MPxCommand() = default;
@@ -22,13 +22,13 @@ MString MPxCommand::commandString() const { return text_; }
 bool MPxCommand::isHistoryOn() const { return host::graph::Scene::current().records_history; }
 
 void MPxCommand::displayInfo(const MString& theMessage) {
-    host::graph::show_line(Line::info, theMessage.asChar());
+    host::graph::show_line(Severity::info, theMessage.asChar());
 }
 void MPxCommand::displayWarning(const MString& theWarning, bool) {
-    host::graph::show_line(Line::warning, theWarning.asChar());
+    host::graph::show_line(Severity::warning, theWarning.asChar());
 }
 void MPxCommand::displayError(const MString& theError, bool) {
-    host::graph::show_line(Line::error, theError.asChar());
+    host::graph::show_line(Severity::error, theError.asChar());
 }
 
 // === Results =================================================================================

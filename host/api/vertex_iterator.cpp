@@ -109,7 +109,7 @@ MPoint MItMeshVertex::position(MSpace::Space space, MStatus* ReturnStatus) const
     return point;
 }
 
-// === Surroundings ================================================================================
+// === Adjacency ===================================================================================
 
 MStatus MItMeshVertex::getConnectedEdges(MIntArray& edgeList) const {
     MStatus status;

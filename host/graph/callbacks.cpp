@@ -24,15 +24,15 @@ CallbackId Callbacks::add_post_render(const std::string& panel,
 
 bool Callbacks::remove(CallbackId id) {
     const auto at = std::find_if(entries_.begin(), entries_.end(),
-                                 [&](const Entry& entry) { return entry.id == id; });
+                                 [&](const Registration& entry) { return entry.id == id; });
     if (at == entries_.end())
         return false;
     entries_.erase(at);
     return true;
 }
 
-const Callbacks::Entry* Callbacks::find(CallbackId id) const {
-    for (const Entry& entry : entries_)
+const Callbacks::Registration* Callbacks::find(CallbackId id) const {
+    for (const Registration& entry : entries_)
         if (entry.id == id)
             return &entry;
     return nullptr;
@@ -40,7 +40,7 @@ const Callbacks::Entry* Callbacks::find(CallbackId id) const {
 
 void Callbacks::fire_pre_removal(Node& node) {
     for (const CallbackId id : of_node(node)) {
-        const Entry* entry = find(id);
+        const Registration* entry = find(id);
         if (entry == nullptr)
             continue; // removed by a callback called before it
         const auto function = entry->on_removal;
@@ -52,12 +52,8 @@ void Callbacks::fire_pre_removal(Node& node) {
 }
 
 void Callbacks::fire_post_render(const std::string& panel) {
-    std::vector<CallbackId> ids;
-    for (const Entry& entry : entries_)
-        if (entry.on_render && entry.panel == panel)
-            ids.push_back(entry.id);
-    for (const CallbackId id : ids) {
-        const Entry* entry = find(id);
+    for (const CallbackId id : of_panel(panel)) {
+        const Registration* entry = find(id);
         if (entry == nullptr)
             continue;
         const auto function = entry->on_render;
@@ -68,29 +64,31 @@ void Callbacks::fire_post_render(const std::string& panel) {
     }
 }
 
-size_t Callbacks::post_render_count(const std::string& panel) const {
-    return static_cast<size_t>(
-        std::count_if(entries_.begin(), entries_.end(),
-                      [&](const Entry& entry) { return entry.on_render && entry.panel == panel; }));
-}
-
 std::vector<CallbackId> Callbacks::of_node(const Node& node) const {
     std::vector<CallbackId> ids;
-    for (const Entry& entry : entries_)
+    for (const Registration& entry : entries_)
         if (entry.node == &node && entry.on_removal)
+            ids.push_back(entry.id);
+    return ids;
+}
+
+std::vector<CallbackId> Callbacks::of_panel(const std::string& panel) const {
+    std::vector<CallbackId> ids;
+    for (const Registration& entry : entries_)
+        if (entry.on_render && entry.panel == panel)
             ids.push_back(entry.id);
     return ids;
 }
 
 void Callbacks::forget(const Node& node) {
     entries_.erase(std::remove_if(entries_.begin(), entries_.end(),
-                                  [&](const Entry& entry) { return entry.node == &node; }),
+                                  [&](const Registration& entry) { return entry.node == &node; }),
                    entries_.end());
 }
 
 void Callbacks::remove_code(const std::function<bool(const void*)>& is_gone) {
     entries_.erase(std::remove_if(entries_.begin(), entries_.end(),
-                                  [&](const Entry& entry) { return is_gone(entry.code); }),
+                                  [&](const Registration& entry) { return is_gone(entry.code); }),
                    entries_.end());
 }
 

@@ -35,16 +35,15 @@ public:
     void fire_pre_removal(Node& node);
     void fire_post_render(const std::string& panel);
 
-    /// The number of post-render callbacks of a panel, and the ids of a node's pre-removal
-    /// callbacks.
-    size_t post_render_count(const std::string& panel) const;
+    /// The ids of a node's pre-removal callbacks and of a panel's post-render callbacks.
     std::vector<CallbackId> of_node(const Node& node) const;
+    std::vector<CallbackId> of_panel(const std::string& panel) const;
     /// The id of the callback being called, 0 if none.
     CallbackId running() const { return running_; }
     void clear();
 
 private:
-    struct Entry {
+    struct Registration {
         CallbackId id;
         const Node* node; ///< not owned; null for panel callbacks. Removed with the node
         std::string panel;
@@ -52,8 +51,8 @@ private:
         std::function<void(const std::string&)> on_render;
         const void* code;
     };
-    const Entry* find(CallbackId id) const;
-    std::vector<Entry> entries_;
+    const Registration* find(CallbackId id) const;
+    std::vector<Registration> entries_;
     CallbackId next_ = 1;
     CallbackId running_ = 0;
 };

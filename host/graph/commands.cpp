@@ -45,11 +45,10 @@ Commands& Commands::current() {
     return *commands;
 }
 
-MStatus Commands::add(const std::string& name, Creator creator, SyntaxCreator syntax,
-                      const std::string& plugin) {
+MStatus Commands::add(const std::string& name, Creator creator, SyntaxCreator syntax) {
     if (name.empty() || creator == nullptr || knows(name))
         return MS::kInvalidParameter;
-    table_[name] = {creator, syntax, plugin};
+    table_[name] = {creator, syntax};
     if (script_host() != nullptr)
         script_host()->command_added(name);
     return MS::kSuccess;
@@ -67,14 +66,6 @@ std::vector<std::string> Commands::names() const {
     std::vector<std::string> names;
     for (const auto& entry : table_)
         names.push_back(entry.first);
-    return names;
-}
-
-std::vector<std::string> Commands::of_plugin(const std::string& plugin) const {
-    std::vector<std::string> names;
-    for (const auto& entry : table_)
-        if (entry.second.plugin == plugin)
-            names.push_back(entry.first);
     return names;
 }
 
@@ -103,18 +94,13 @@ MStatus Commands::run(const std::string& name, const std::vector<std::string>& a
     }
 
     UndoQueue& queue = UndoQueue::current();
-    const bool is_outermost = !queue.has_frames();
-    if (is_outermost)
+    const bool is_nested = queue.has_frames();
+    if (!is_nested)
         queue.open(name);
     const bool records = queue.is_recording();
-    const CommandResult outer = result_;
-    result_.clear();
     queue.open(name);
-    const MStatus status = command->doIt(list);
+    const MStatus status = do_it(*command, list, is_nested, result);
     std::vector<EditPtr> edits = queue.take();
-    result = result_;
-    if (!is_outermost)
-        result_ = outer;
     if (status && command->isUndoable() && records) {
         queue.record(std::make_unique<CommandEdit>(std::move(command), std::move(edits)));
     } else if (status) {
@@ -122,8 +108,20 @@ MStatus Commands::run(const std::string& name, const std::vector<std::string>& a
         for (EditPtr& edit : edits)
             queue.record(std::move(edit));
     }
-    if (is_outermost)
+    if (!is_nested)
         queue.close();
+    return status;
+}
+
+/// Calls doIt; afterwards an outer command that called this one has its own result again.
+MStatus Commands::do_it(MPxCommand& command, const MArgList& arguments, bool is_nested,
+                        CommandResult& result) {
+    const CommandResult outer = result_;
+    result_.clear();
+    const MStatus status = command.doIt(arguments);
+    result = result_;
+    if (is_nested)
+        result_ = outer;
     return status;
 }
 

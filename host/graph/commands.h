@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+class MArgList;
 class MPxCommand;
 class MSyntax;
 
@@ -21,12 +22,10 @@ public:
     static Commands& current();
 
     /// Errors: kInvalidParameter if the name is empty or already in use.
-    MStatus add(const std::string& name, Creator creator, SyntaxCreator syntax,
-                const std::string& plugin);
+    MStatus add(const std::string& name, Creator creator, SyntaxCreator syntax);
     MStatus remove(const std::string& name);
     bool knows(const std::string& name) const { return table_.count(name) != 0; }
     std::vector<std::string> names() const;
-    std::vector<std::string> of_plugin(const std::string& plugin) const;
 
     /// Runs a command with its arguments as typed, flags included. A command that succeeds and is
     /// undoable is put on the undo queue together with the scene edits that the host recorded while
@@ -48,12 +47,13 @@ public:
     MStatus redo(MPxCommand& command);
 
 private:
-    struct Entry {
+    struct Registration {
         Creator creator;
         SyntaxCreator syntax;
-        std::string plugin;
     };
-    std::map<std::string, Entry> table_;
+    MStatus do_it(MPxCommand& command, const MArgList& arguments, bool is_nested,
+                  CommandResult& result);
+    std::map<std::string, Registration> table_;
     CommandResult result_;
 };
 

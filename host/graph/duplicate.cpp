@@ -40,49 +40,58 @@ MStatus copy_slots(Node& from, Node& to, bool with_tweaks) {
 
 } // namespace
 
+Ref<Node> Scene::copy_node(Node& original, bool with_tweaks, bool new_name) {
+    if (original.node_type().is_unknown)
+        return {};
+    Ref<Node> copy = make_node(original.type_, original.name_);
+    if (!copy || !copy_slots(original, *copy, with_tweaks))
+        return {};
+    copy->name_ = new_name ? unused_name(original.name_) : original.name_;
+    return copy;
+}
+
+MStatus Scene::copy_children(DagNode& from, DagNode& to, bool with_tweaks, bool new_shape_names,
+                             std::vector<Copy>& copies) {
+    for (DagNode* child : from.children_) {
+        if (child->is_intermediate())
+            continue; // an intermediate object feeds history that the copy does not have
+        const Ref<Node> copy = copy_node(*child, with_tweaks, new_shape_names && child->is_shape());
+        if (!copy)
+            return MS::kFailure;
+        copies.push_back({copy, &to});
+        const MStatus status =
+            copy_children(*child, *copy->as_dag_node(), with_tweaks, false, copies);
+        if (!status)
+            return status;
+    }
+    return MS::kSuccess;
+}
+
 MStatus Scene::duplicate(Node& node, bool with_tweaks, std::vector<Copy>& copies) {
-    DagNode* dag = node.as_dag_node();
     if (!node.in_scene_)
         return MS::kFailure;
-    const auto copy_one = [&](Node& original, DagNode* parent, bool new_name) -> Ref<Node> {
-        if (original.node_type().is_unknown)
-            return {};
-        Ref<Node> copy = make_node(original.type_, original.name_);
-        if (!copy || !copy_slots(original, *copy, with_tweaks))
-            return {};
-        copy->name_ = new_name ? unused_name(original.name_) : original.name_;
-        copies.push_back({copy, parent});
-        return copy;
-    };
-    if (dag == nullptr)
-        return copy_one(node, nullptr, true) ? MS::kSuccess : MS::kFailure;
-
+    DagNode* dag = node.as_dag_node();
+    DagNode* root = dag;
     // A shape is duplicated together with its transform; the new transform is a sibling of the
     // original's.
-    DagNode* root = dag->is_shape() && !dag->parents_.empty() ? dag->parents_.front() : dag;
-    const Ref<Node> top =
-        copy_one(*root, root->parents_.empty() ? nullptr : root->parents_.front(), true);
+    if (dag != nullptr && dag->is_shape() && !dag->parents_.empty())
+        root = dag->parents_.front();
+    const Ref<Node> top = copy_node(root == nullptr ? node : *root, with_tweaks, true);
     if (!top)
         return MS::kFailure;
-    if (dag->is_shape()) {
-        const Ref<Node> shape = copy_one(*dag, top->as_dag_node(), true);
-        if (!shape)
-            return MS::kFailure;
-        // Even if the original is an intermediate object, the copy is visible.
-        reset_state(*shape->slot(*dag_attributes().intermediate));
+    const bool is_nested = root != nullptr && !root->parents_.empty();
+    copies.push_back({top, is_nested ? root->parents_.front() : nullptr});
+    if (dag == nullptr)
         return MS::kSuccess;
-    }
-    const std::function<bool(DagNode&, DagNode&)> descend = [&](DagNode& from, DagNode& to) {
-        for (DagNode* child : from.children_) {
-            if (child->is_intermediate())
-                continue; // an intermediate object feeds history that the copy does not have
-            const Ref<Node> copy = copy_one(*child, &to, &from == root && child->is_shape());
-            if (!copy || !descend(*child, *copy->as_dag_node()))
-                return false;
-        }
-        return true;
-    };
-    return descend(*root, *top->as_dag_node()) ? MS::kSuccess : MS::kFailure;
+    if (!dag->is_shape())
+        return copy_children(*root, *top->as_dag_node(), with_tweaks, true, copies);
+    const Ref<Node> shape = copy_node(*dag, with_tweaks, true);
+    if (!shape)
+        return MS::kFailure;
+    copies.push_back({shape, top->as_dag_node()});
+    // Even if the original is an intermediate object, the copy is visible.
+    reset_state(*shape->slot(*dag_attributes().intermediate));
+    return MS::kSuccess;
 }
 
 namespace {

@@ -89,13 +89,13 @@ public:
           destination_(destination) {}
 
     MStatus redo() override {
-        under_ = destination_.source() == nullptr ? Value() : destination_.links().under;
+        own_value_ = destination_.source() == nullptr ? Value() : destination_.links().own_value;
         return scene().disconnect(source_, destination_);
     }
     MStatus undo() override {
         const MStatus status = scene().connect(source_, destination_);
         if (status)
-            destination_.links().under = under_;
+            destination_.links().own_value = own_value_;
         return status;
     }
 
@@ -103,7 +103,7 @@ private:
     Ref<Node> source_node_, destination_node_;
     Slot& source_;
     Slot& destination_;
-    Value under_;
+    Value own_value_;
 };
 
 class ChangeSlot : public Edit {

@@ -286,9 +286,9 @@ bool fits(const NumericData& data, const Slot& slot) {
 void store(Slot& slot, const Value& value) {
     slot.was_set = true;
     if (slot.source() != nullptr) {
-        Value under = slot.attribute().default_value();
-        if (under.assign_number(value.number()))
-            slot.links().under = under;
+        Value own = slot.attribute().default_value();
+        if (own.assign_number(value.number()))
+            slot.links().own_value = own;
         return;
     }
     assign(slot, value);

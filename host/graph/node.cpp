@@ -101,36 +101,47 @@ Slot* Node::slot(std::string_view attribute_name) {
     return attribute == nullptr ? nullptr : slot(*attribute);
 }
 
+namespace {
+
+/// The component with this long or short name; NULL if `slot` is not a compound or has none.
+Slot* find_component(Slot& slot, std::string_view name) {
+    if (!slot.is_compound())
+        return nullptr;
+    const auto& children = slot.attribute().children();
+    for (unsigned int i = 0; i < children.size(); ++i)
+        if (children[i]->long_name() == name || children[i]->short_name() == name)
+            return slot.child(i);
+    return nullptr;
+}
+
+/// Removes "[INDEX]" from the front of `path` and returns INDEX; -1 if that is not at the front.
+int take_index(std::string_view& path) {
+    unsigned int index = 0;
+    const char* const last = path.data() + path.size();
+    const auto [stop, error] = std::from_chars(path.data() + 1, last, index);
+    if (error != std::errc() || stop == last || *stop != ']' || index > 0x7FFFFFFFu)
+        return -1;
+    path.remove_prefix(static_cast<size_t>(stop - path.data()) + 1);
+    return static_cast<int>(index);
+}
+
+} // namespace
+
 Slot* Node::find_plug(std::string_view path, bool make) {
     Slot* at = nullptr;
     while (!path.empty()) {
         const size_t end = path.find_first_of(".[");
         const std::string_view word = path.substr(0, end);
-        if (at == nullptr) {
-            at = slot(word);
-        } else {
-            if (!at->is_compound())
-                return nullptr;
-            Slot* next = nullptr;
-            const auto& children = at->attribute().children();
-            for (unsigned int i = 0; i < children.size(); ++i)
-                if (children[i]->long_name() == word || children[i]->short_name() == word)
-                    next = at->child(i);
-            at = next;
-        }
+        at = at == nullptr ? slot(word) : find_component(*at, word);
         if (at == nullptr || end == std::string_view::npos)
             return at;
         path.remove_prefix(end);
         if (path.front() == '[') {
-            unsigned int index = 0;
-            const char* const first = path.data() + 1;
-            const char* const last = path.data() + path.size();
-            const auto [stop, error] = std::from_chars(first, last, index);
-            if (error != std::errc() || stop == last || *stop != ']' || index > 0x7FFFFFFFu ||
-                !at->is_array())
+            const int index = take_index(path);
+            if (index < 0 || !at->is_array())
                 return nullptr;
-            at = make ? at->element(index) : at->find_element(index);
-            path.remove_prefix(static_cast<size_t>(stop - first) + 2);
+            const auto logical = static_cast<unsigned int>(index);
+            at = make ? at->element(logical) : at->find_element(logical);
             if (at == nullptr || path.empty())
                 return at;
             if (path.front() != '.')

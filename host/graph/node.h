@@ -31,7 +31,6 @@ public:
 
     const std::string& name_text() const { return name_; }
     const NodeType& node_type() const { return *type_; }
-    const NodeTypeRef& type_ref() const { return type_; }
     MPxNode* user_node() const { return user_node_; }
 
     /// Finds an attribute of the node's type or a dynamic attribute by long or short name.

@@ -4,11 +4,11 @@ namespace host::graph {
 
 namespace {
 
-struct Row {
+struct NumericTypeRow {
     MFnNumericData::Type type;
     Tuple tuple;
 };
-constexpr Row k_tuples[] = {
+constexpr NumericTypeRow k_tuples[] = {
     {MFnNumericData::k2Short, Tuple::short2},   {MFnNumericData::k3Short, Tuple::short3},
     {MFnNumericData::k2Long, Tuple::int2},      {MFnNumericData::k3Long, Tuple::int3},
     {MFnNumericData::k2Float, Tuple::float2},   {MFnNumericData::k3Float, Tuple::float3},
@@ -33,14 +33,14 @@ constexpr KindRow k_kinds[] = {
 } // namespace
 
 Tuple tuple_of(MFnNumericData::Type type) {
-    for (const Row& row : k_tuples)
+    for (const NumericTypeRow& row : k_tuples)
         if (row.type == type)
             return row.tuple;
     return Tuple::none;
 }
 
 Tuple tuple_of(AttributeKind kind, unsigned int count) {
-    for (const Row& row : k_tuples)
+    for (const NumericTypeRow& row : k_tuples)
         if (tuple_component(row.tuple) == kind && tuple_size(row.tuple) == count)
             return row.tuple;
     return Tuple::none;
@@ -56,7 +56,7 @@ bool number_kind_of(MFnNumericData::Type type, AttributeKind& kind) {
 }
 
 MFnNumericData::Type numeric_type_of(Tuple tuple) {
-    for (const Row& row : k_tuples)
+    for (const NumericTypeRow& row : k_tuples)
         if (row.tuple == tuple)
             return row.type;
     return MFnNumericData::kInvalid;

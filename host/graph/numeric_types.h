@@ -9,7 +9,7 @@ namespace host::graph {
 
 /// Tuple::none if the type is not a pair or triple.
 Tuple tuple_of(MFnNumericData::Type type);
-/// The tuple of `count` components of a type; Tuple::none if no such tuple exists.
+/// The tuple of `count` components of a type; Tuple::none if there is none.
 Tuple tuple_of(AttributeKind kind, unsigned int count);
 /// Returns false if the type is not a single number.
 bool number_kind_of(MFnNumericData::Type type, AttributeKind& kind);

@@ -105,29 +105,31 @@ MStatus Plugins::load(const std::string& file_or_name, std::string& error) {
         error = "A plug-in \"" + name + "\" is loaded already, from " + plugin->info.path + ".";
         return MS::kFailure;
     }
-    if (plugin == nullptr) {
-        auto made = std::make_shared<Plugin>();
-        std::string reason;
-        made->library = library::open(path, reason);
-        if (made->library == nullptr) {
-            error = "Plug-in \"" + path + "\" could not be loaded: " + reason;
-            return MS::kFailure;
-        }
-        const char* const version =
-            static_cast<const char*>(library::find(made->library, k_version));
-        if (version == nullptr || entry_point(made->library, library::k_initialize) == nullptr ||
-            entry_point(made->library, library::k_uninitialize) == nullptr) {
-            error = "\"" + path + "\" is no plug-in: it lacks an entry point or MApiVersion.";
-            library::close(made->library);
-            return MS::kFailure;
-        }
-        made->info.name = name;
-        made->info.path = path;
-        made->info.api_version = version;
-        plugin = made.get();
-        plugins_.push_back(std::move(made));
+    if (plugin == nullptr)
+        plugin = open_library(path, error);
+    return plugin == nullptr ? MS::kFailure : initialize(*plugin, error);
+}
+
+Plugin* Plugins::open_library(const std::string& path, std::string& error) {
+    auto plugin = std::make_shared<Plugin>();
+    std::string reason;
+    plugin->library = library::open(path, reason);
+    if (plugin->library == nullptr) {
+        error = "Plug-in \"" + path + "\" could not be loaded: " + reason;
+        return nullptr;
     }
-    return initialize(*plugin, error);
+    const char* const version = static_cast<const char*>(library::find(plugin->library, k_version));
+    if (version == nullptr || entry_point(plugin->library, library::k_initialize) == nullptr ||
+        entry_point(plugin->library, library::k_uninitialize) == nullptr) {
+        error = "\"" + path + "\" is no plug-in: it lacks an entry point or MApiVersion.";
+        library::close(plugin->library);
+        return nullptr;
+    }
+    plugin->info.name = name_of(path);
+    plugin->info.path = path;
+    plugin->info.api_version = version;
+    plugins_.push_back(std::move(plugin));
+    return plugins_.back().get();
 }
 
 MStatus Plugins::initialize(Plugin& plugin, std::string& error) {

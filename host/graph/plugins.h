@@ -67,6 +67,7 @@ private:
     Plugins();
     std::string find_file(const std::string& file_or_name) const;
     Plugin* find(const std::string& name) const;
+    Plugin* open_library(const std::string& path, std::string& error);
     MStatus initialize(Plugin& plugin, std::string& error);
     void drop(Plugin& plugin);
     std::vector<std::shared_ptr<Plugin>> plugins_;

@@ -80,8 +80,7 @@ Ref<Node> Scene::make_node(const NodeTypeRef& type, const std::string& name) {
     if (name.empty())
         node->name_ = unused_name((type->base_name.empty() ? type->name : type->base_name) + "1");
     else if (type->shape)
-        node->name_ = legal_name(
-            name); // a unique name is found when it is added, because that depends on its parent
+        node->name_ = legal_name(name); // made unique by add(), because that depends on its parent
     else
         node->name_ = free_name(legal_name(name), node.get(), nullptr);
     if (type->creator != nullptr && !PluginNodes::create_instance(*node))
@@ -175,9 +174,9 @@ Removal Scene::remove(Node& node) {
                 parents.push_back(nullptr);
             // Children that stay in the scene are only detached from this parent.
             for (DagNode* child : std::vector<DagNode*>(dag->children_))
-                take_place(*child, dag, removal);
+                detach_recorded(*child, dag, removal);
             for (DagNode* parent : parents)
-                take_place(*dag, parent, removal);
+                detach_recorded(*dag, parent, removal);
         }
         leave(**one);
     }
@@ -194,7 +193,7 @@ Removal Scene::remove(Node& node) {
     return removal;
 }
 
-void Scene::take_place(DagNode& child, DagNode* parent, Removal& removal) {
+void Scene::detach_recorded(DagNode& child, DagNode* parent, Removal& removal) {
     const std::vector<DagNode*>& siblings = parent == nullptr ? top_level_ : parent->children_;
     const auto at = std::find(siblings.begin(), siblings.end(), &child);
     if (at == siblings.end())
@@ -210,7 +209,7 @@ void Scene::break_connections(Node& node, std::vector<BrokenConnection>& broken)
     const std::function<void(Slot&)> visit = [&](Slot& slot) {
         const auto cut = [&](Slot& source, Slot& destination) {
             broken.push_back({&source.node(), &destination.node(), &source, &destination,
-                              destination.links().under});
+                              destination.links().own_value});
             sever(source, destination);
         };
         if (slot.source() != nullptr)
@@ -234,7 +233,7 @@ void Scene::restore(const Removal& removal) {
         if (one->destination->source() != nullptr)
             continue;
         join(*one->source, *one->destination);
-        one->destination->links().under = one->under;
+        one->destination->links().own_value = one->own_value;
     }
     if (removal.selection_changed)
         selection_ = removal.selection;
@@ -269,18 +268,18 @@ void Scene::clear() {
 
 void Scene::join(Slot& source, Slot& destination) {
     Slot::link(source, destination);
-    destination.links().under = Value();
+    destination.links().own_value = Value();
     destination.dirty = true;
     announce_change(destination);
     PluginNodes::connection_made(source, destination);
 }
 
 void Scene::sever(Slot& source, Slot& destination) {
-    Value under = std::move(destination.links().under);
-    destination.links().under = Value();
+    Value own_value = std::move(destination.links().own_value);
+    destination.links().own_value = Value();
     Slot::unlink(source, destination);
-    if (!under.is_none())
-        destination.value = under;
+    if (!own_value.is_none())
+        destination.value = own_value;
     destination.was_set = true;
     destination.dirty = false;
     announce_change(destination);
@@ -347,7 +346,7 @@ MStatus Scene::remove_instance(DagNode& node, DagNode& parent) {
     return MS::kSuccess;
 }
 
-// === Doing things ============================================================================
+// === Edits ============================================================================
 
 MStatus Scene::perform(std::unique_ptr<Edit> edit) {
     const MStatus status = edit->redo();

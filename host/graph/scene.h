@@ -22,12 +22,13 @@ namespace host::graph {
 
 class Edit;
 
-/// A connection removed together with a node, and the destination's value under it (Links::under).
+/// A connection removed together with a node, and the value that the destination had by itself
+/// (Links::own_value).
 struct BrokenConnection {
     Ref<Node> source_node, destination_node;
     Slot* source;
     Slot* destination;
-    Value under;
+    Value own_value;
 };
 
 /// Everything needed to restore a removed node.
@@ -123,13 +124,16 @@ public:
     const Selection& selection() const { return selection_; }
     void select(const Selection& selection) { selection_ = selection; }
 
-    // === Doing things ========================================================================
+    // === Edits ========================================================================
     /// Applies an edit and records it if the undo queue is recording.
     MStatus perform(std::unique_ptr<Edit> edit);
     bool records_history = true; ///< keep construction history: "constructionHistory -toggle"
     bool is_modified = false;
 
 private:
+    Ref<Node> copy_node(Node& original, bool with_tweaks, bool new_name);
+    MStatus copy_children(DagNode& from, DagNode& to, bool with_tweaks, bool new_shape_names,
+                          std::vector<Copy>& copies);
     Scene();
     void make_default_nodes();
     void collect_subtree(Node& node, std::vector<Ref<Node>>& nodes) const;
@@ -139,7 +143,7 @@ private:
     void detach(DagNode& node, DagNode* parent);
     void unindex(Node& node);
     bool name_is_free(const std::string& name, const Node* of, const DagNode* parent) const;
-    void take_place(DagNode& child, DagNode* parent, Removal& removal);
+    void detach_recorded(DagNode& child, DagNode* parent, Removal& removal);
     void break_connections(Node& node, std::vector<BrokenConnection>& broken);
     void join(Slot& source, Slot& destination);
     void sever(Slot& source, Slot& destination);

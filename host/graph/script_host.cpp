@@ -139,18 +139,18 @@ ScriptHost::~ScriptHost() = default;
 void set_script_host(ScriptHost* script) { g_script = script; }
 ScriptHost* script_host() { return g_script; }
 
-void show_line(Line line, const std::string& text) {
+void show_line(Severity severity, const std::string& text) {
     if (g_script != nullptr)
-        return g_script->show(line, text);
-    switch (line) {
-    case Line::info:
+        return g_script->show(severity, text);
+    switch (severity) {
+    case Severity::info:
         std::printf("// %s\n", text.c_str());
         std::fflush(stdout);
         break;
-    case Line::warning:
+    case Severity::warning:
         std::fprintf(stderr, "// Warning: %s\n", text.c_str());
         break;
-    case Line::error:
+    case Severity::error:
         std::fprintf(stderr, "// Error: %s\n", text.c_str());
         break;
     }

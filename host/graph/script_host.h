@@ -38,7 +38,7 @@ struct MHOST_EXPORT CommandResult {
     std::vector<std::string> to_texts() const;
 };
 
-enum class Line { info, warning, error };
+enum class Severity { info, warning, error };
 
 class MHOST_EXPORT ScriptHost {
 public:
@@ -49,7 +49,7 @@ public:
                             CommandResult& result) = 0;
     virtual MStatus source(const std::string& file) = 0;
     /// Prints a line for the user; `text` has no prefix and no newline.
-    virtual void show(Line line, const std::string& text) = 0;
+    virtual void show(Severity severity, const std::string& text) = 0;
     /// Called when a plug-in registers or deregisters a command. The language runs it by
     /// Commands::run.
     virtual void command_added(const std::string& name) = 0;
@@ -61,6 +61,6 @@ public:
 MHOST_EXPORT void set_script_host(ScriptHost* script);
 MHOST_EXPORT ScriptHost* script_host();
 
-MHOST_EXPORT void show_line(Line line, const std::string& text);
+MHOST_EXPORT void show_line(Severity severity, const std::string& text);
 
 } // namespace host::graph

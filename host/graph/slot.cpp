@@ -51,18 +51,6 @@ Slot* Slot::element(unsigned int logical_index) {
     return at->get();
 }
 
-bool Slot::drop_element(unsigned int logical_index) {
-    for (size_t i = 0; i < below_.size(); ++i) {
-        if (below_[i]->index_ != static_cast<int>(logical_index))
-            continue;
-        if (below_[i]->is_connected() || below_[i]->fed_below_ > 0)
-            return false;
-        below_.erase(below_.begin() + static_cast<std::ptrdiff_t>(i));
-        return true;
-    }
-    return false;
-}
-
 void Slot::enter_block() {
     for (Slot* slot = this; slot != nullptr; slot = slot->parent_)
         slot->in_block = true;
@@ -121,7 +109,7 @@ void reset_state(Slot& slot) {
     if (slot.is_leaf()) {
         slot.value = slot.attribute().default_value();
         if (slot.source() != nullptr)
-            slot.links().under = slot.value;
+            slot.links().own_value = slot.value;
     }
     for (const auto& below : slot.below())
         reset_state(*below);
@@ -155,7 +143,7 @@ void restore_state(Slot& slot, const SlotState& state) {
     slot.in_block = slot.in_block || state.in_block;
     if (slot.is_leaf()) {
         if (slot.source() != nullptr)
-            slot.links().under = state.value.deep_copy();
+            slot.links().own_value = state.value.deep_copy();
         slot.value = state.value.deep_copy();
         return;
     }

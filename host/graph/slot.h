@@ -24,7 +24,7 @@ struct Links {
     /// The value that was set while the slot was connected; it becomes the slot's value on
     /// disconnection. ValueKind::none: the slot keeps the last value that came through the
     /// connection.
-    Value under;
+    Value own_value;
 };
 
 class MHOST_EXPORT Slot {
@@ -59,8 +59,6 @@ public:
     Slot* find_element(unsigned int logical_index) const;
     /// The elements (ordered by logical index) or components created so far.
     const std::vector<std::unique_ptr<Slot>>& below() const { return below_; }
-    /// Takes an element out of its array and drops it, when nothing is connected to it.
-    bool drop_element(unsigned int logical_index);
 
     Slot* source() const { return links_ ? links_->source : nullptr; }
     const std::vector<Slot*>& destinations() const;
@@ -114,7 +112,7 @@ MHOST_EXPORT void reset_state(Slot& slot);
 /// Creates the elements of a saved state that the slot lacks.
 MHOST_EXPORT void make_elements(Slot& slot, const SlotState& state);
 /// Restores saved values. Elements created since are reset to defaults. A slot that is connected
-/// now takes the value for the time after disconnection (Links::under).
+/// now takes the value for the time after disconnection (Links::own_value).
 MHOST_EXPORT void restore_state(Slot& slot, const SlotState& state);
 
 } // namespace host::graph

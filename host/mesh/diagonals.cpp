@@ -312,8 +312,8 @@ bool Diagonals::solve(const Patch& patch, std::vector<std::uint32_t>& best) {
     for (std::uint32_t width = 2; width < n; ++width)
         for (std::uint32_t i = 0; i + width < n; ++i) {
             const std::uint32_t j = i + width;
-            double& least = cost[std::size_t{i} * n + j];
-            least = k_impossible;
+            double& best_cost = cost[std::size_t{i} * n + j];
+            best_cost = k_impossible;
             const bool is_rim = i == 0 && j == n - 1;
             if (!is_rim && joined(corner(i), corner(j)))
                 continue;
@@ -324,8 +324,8 @@ bool Diagonals::solve(const Patch& patch, std::vector<std::uint32_t>& best) {
                 const double flat = turn == 0 ? 1e3 * scale : 0.0;
                 const double total =
                     cost[std::size_t{i} * n + k] + cost[std::size_t{k} * n + j] + own + flat;
-                if (turn >= 0 && total < least) {
-                    least = total;
+                if (turn >= 0 && total < best_cost) {
+                    best_cost = total;
                     choice[std::size_t{i} * n + j] = k;
                 }
             }

@@ -21,7 +21,7 @@ void make_fan(Outline& outline) {
 }
 
 /// One of the two triangulations of a quadrilateral.
-struct Way {
+struct DiagonalQuality {
     int flipped = 0; ///< clockwise triangles
     int flat = 0;    ///< triangles without area
     int joined = 0;  ///< 1: the diagonal joins vertices that are already joined
@@ -29,25 +29,25 @@ struct Way {
 };
 
 /// Evaluates the diagonal between corners `a` and `a` + 2, for `a` of 0 or 1.
-Way judge(Outline& outline, const PairSet& taken, std::uint32_t a) {
+DiagonalQuality judge(Outline& outline, const PairSet& taken, std::uint32_t a) {
     const std::uint32_t c = a + 2;
-    Way way;
+    DiagonalQuality quality;
     for (const int turn : {outline.turn(a, a + 1, c), outline.turn(a, c, (a + 3) % 4)}) {
-        way.flipped += turn < 0 ? 1 : 0;
-        way.flat += turn == 0 ? 1 : 0;
+        quality.flipped += turn < 0 ? 1 : 0;
+        quality.flat += turn == 0 ? 1 : 0;
     }
     const std::uint32_t from = outline.ids[a];
     const std::uint32_t to = outline.ids[c];
-    way.joined = from == to || taken.contains(from, to) ? 1 : 0;
-    way.length = (outline.space[a] - outline.space[c]).length();
-    return way;
+    quality.joined = from == to || taken.contains(from, to) ? 1 : 0;
+    quality.length = (outline.space[a] - outline.space[c]).length();
+    return quality;
 }
 
 /// Criteria in order: no flipped triangle, no triangle without area, diagonal not taken, shorter
 /// diagonal.
 bool cut_quadrilateral(Outline& outline, const PairSet& taken) {
-    const Way even = judge(outline, taken, 0);
-    const Way odd = judge(outline, taken, 1);
+    const DiagonalQuality even = judge(outline, taken, 0);
+    const DiagonalQuality odd = judge(outline, taken, 1);
     bool take_odd = odd.length < even.length * (1.0 - 1e-5);
     if (odd.flipped != even.flipped)
         take_odd = odd.flipped < even.flipped;
@@ -63,8 +63,8 @@ bool cut_quadrilateral(Outline& outline, const PairSet& taken) {
         outline.emit(0, 1, 2);
         outline.emit(0, 2, 3);
     }
-    const Way& way = take_odd ? odd : even;
-    return way.flipped == 0 && way.flat < 2;
+    const DiagonalQuality& quality = take_odd ? odd : even;
+    return quality.flipped == 0 && quality.flat < 2;
 }
 
 /// Rotates each triangle to start at its smallest corner and sorts the triangles.

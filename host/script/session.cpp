@@ -187,10 +187,10 @@ MStatus Session::source(const std::string& file) {
     }
 }
 
-void Session::show(graph::Line line, const std::string& text) {
-    if (line == graph::Line::error)
+void Session::show(graph::Severity severity, const std::string& text) {
+    if (severity == graph::Severity::error)
         output_.error(text);
-    else if (line == graph::Line::warning)
+    else if (severity == graph::Severity::warning)
         output_.warning(text);
     else
         output_.print(text + "\n");

@@ -45,7 +45,7 @@ private:
     MStatus execute(const std::string& text, bool display, bool undoable,
                     graph::CommandResult& result) override;
     MStatus source(const std::string& file) override;
-    void show(graph::Line line, const std::string& text) override;
+    void show(graph::Severity severity, const std::string& text) override;
     void command_added(const std::string& name) override;
     void command_removed(const std::string& name) override;
 

@@ -115,7 +115,7 @@ TEST(FnMesh, IsDetachedAfterAFailedSetObject) {
     EXPECT_TRUE(status.error());
 }
 
-// === Making ======================================================================================
+// === Creation ====================================================================================
 
 TEST(FnMesh, CreatesIntoMeshData) {
     MFnMeshData maker;

@@ -156,7 +156,7 @@ TEST(Connectivity, AgreesWithABruteForceCountOnAMixedMesh) {
     }
 }
 
-// === Making ======================================================================================
+// === Creation ====================================================================================
 
 MStatus make(const std::vector<std::uint32_t>& counts, const std::vector<std::uint32_t>& vertices) {
     Mesh mesh;

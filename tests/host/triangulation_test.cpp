@@ -318,7 +318,7 @@ TEST(Triangulation, HasFewThinTriangles) {
     EXPECT_EQ(judge(parts, result).flat, 0);
 }
 
-// === Outlines that are not simple ================================================================
+// === Self-touching and self-crossing outlines ====================================================
 
 TEST(Triangulation, CutsAPolygonWithABridgeToAHole) { expect_sound(outline(plate(1))); }
 TEST(Triangulation, CutsAPolygonWithManyBridgesToHoles) { expect_sound(outline(plate(300))); }
@@ -409,7 +409,7 @@ TEST(Triangulation, TakesLinearTimeOnATangledOutline) {
     }
 }
 
-// === Diagonals that are taken ====================================================================
+// === Joined vertices =============================================================================
 
 /// Vertex pairs joined by diagonals of a triangulation, with multiplicity.
 std::multiset<std::pair<std::uint32_t, std::uint32_t>> diagonals(const Parts& parts,

@@ -46,8 +46,8 @@ protected:
     static size_t attached() {
         size_t sum = 0;
         for (int panel = 0; panel < host::k_panel_count; ++panel)
-            sum += host::graph::Callbacks::current().post_render_count(
-                host::panel_name(panel).asChar());
+            sum +=
+                host::graph::Callbacks::current().of_panel(host::panel_name(panel).asChar()).size();
         return sum;
     }
     template <class Action>

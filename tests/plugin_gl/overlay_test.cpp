@@ -94,7 +94,7 @@ protected:
     size_t attached() const {
         size_t sum = 0;
         for (int panel = 0; panel < host::k_panel_count; ++panel)
-            sum += callbacks.post_render_count(host::panel_name(panel).asChar());
+            sum += callbacks.of_panel(host::panel_name(panel).asChar()).size();
         return sum;
     }
     MPoint point(uint32_t vertex) {
@@ -289,7 +289,7 @@ TEST_F(Overlay, IsDrawnInThePanelsThatAreThere) {
     EXPECT_EQ(attached(), 3u);
     // Frozen: a redraw would pull the shape, whose output is not clean, and attach again.
     for (int panel = 0; panel < host::k_panel_count; ++panel)
-        EXPECT_EQ(callbacks.post_render_count(host::panel_name(panel).asChar()),
+        EXPECT_EQ(callbacks.of_panel(host::panel_name(panel).asChar()).size(),
                   panel == 2 ? 0u : 1u);
 }
 

@@ -96,7 +96,7 @@ protected:
     static size_t callbacks_attached() {
         size_t count = 0;
         for (const char* panel : {"modelPanel1", "modelPanel2", "modelPanel3", "modelPanel4"})
-            count += host::graph::Callbacks::current().post_render_count(panel);
+            count += host::graph::Callbacks::current().of_panel(panel).size();
         return count;
     }
     /// How often results were published since the last call.

@@ -143,7 +143,7 @@ TEST_F(PluginCommandTest, AFailingParserFailsTheCommand) {
     EXPECT_EQ(undo.undo_count(), 0u);
 }
 
-// === What it works on ========================================================================
+// === Selected mesh ===========================================================================
 
 TEST_F(PluginCommandTest, WithoutASelectedMeshItSucceedsWithoutEffect) {
     const size_t before = scene.nodes().size();
@@ -192,7 +192,7 @@ TEST_F(PluginCommandTest, ZeroTweaksCountAsNoTweaks) {
     EXPECT_EQ(scene.find("polyTweak1"), nullptr);
 }
 
-// === Writes ==================================================================================
+// === Attribute writes ========================================================================
 
 TEST_F(PluginCommandTest, EveryAttributeIsWritten) {
     ASSERT_EQ(run("tessora"), MS::kSuccess);

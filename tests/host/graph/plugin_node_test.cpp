@@ -44,7 +44,7 @@ constexpr size_t k_base_attributes = 4; ///< attributes of every node, before th
 size_t callbacks_attached() {
     size_t count = 0;
     for (const char* panel : {"modelPanel1", "modelPanel2", "modelPanel3", "modelPanel4"})
-        count += Callbacks::current().post_render_count(panel);
+        count += Callbacks::current().of_panel(panel).size();
     return count;
 }
 
@@ -281,7 +281,7 @@ TEST_F(PluginNodeTest, UnwrappingTwiceLeavesOneCallbackPerPanel) {
     set(node, "Skip_compute", 0);
     shown(*shape_);
     for (const char* panel : {"modelPanel1", "modelPanel2", "modelPanel3", "modelPanel4"})
-        EXPECT_EQ(Callbacks::current().post_render_count(panel), 1u);
+        EXPECT_EQ(Callbacks::current().of_panel(panel).size(), 1u);
 }
 
 TEST_F(PluginNodeTest, DeletingTheNodeRemovesItsCallbacks) {

@@ -37,7 +37,7 @@ public:
         sourced.push_back(file);
         return MS::kSuccess;
     }
-    void show(Line, const std::string& text) override { lines.push_back(text); }
+    void show(Severity, const std::string& text) override { lines.push_back(text); }
     void command_added(const std::string& name) override { commands.push_back("+" + name); }
     void command_removed(const std::string& name) override { commands.push_back("-" + name); }
 

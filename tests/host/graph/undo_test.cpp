@@ -143,7 +143,7 @@ protected:
         LoudCommand::answer = MS::kSuccess;
         LoudCommand::undoable = true;
         LoudCommand::fails = false;
-        Commands::current().add("loud", LoudCommand::create, nullptr, "test");
+        Commands::current().add("loud", LoudCommand::create, nullptr);
     }
     ~CommandTest() override { Commands::current().remove("loud"); }
     MStatus run() { return Commands::current().run("loud", {"once"}, result); }
@@ -202,8 +202,7 @@ TEST_F(CommandTest, UnknownCommandsAndFailingCreatorsAreReported) {
 }
 
 TEST_F(CommandTest, ANameCanBeRegisteredOnlyOnce) {
-    EXPECT_EQ(Commands::current().add("loud", LoudCommand::create, nullptr, "x"),
-              MS::kInvalidParameter);
+    EXPECT_EQ(Commands::current().add("loud", LoudCommand::create, nullptr), MS::kInvalidParameter);
     EXPECT_EQ(Commands::current().remove("nobody"), MS::kInvalidParameter);
 }
 
