@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/line_buffer.h"
-#include "host/view/notices.h"
+#include "host/ui/notices.h"
 
 #include <string>
 

@@ -1,5 +1,5 @@
 #include "app/panel_view.h"
-#include "host/script/session.h"
+#include "host/commands/session.h"
 #include "host/view/view_commands.h"
 
 #include <iterator>

@@ -5,7 +5,7 @@
 #include "app/prompt.h"
 #include "app/session_setup.h"
 #include "app/system.h"
-#include "host/script/session.h"
+#include "host/commands/session.h"
 
 #include <cstdio>
 #include <filesystem>

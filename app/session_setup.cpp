@@ -1,8 +1,8 @@
 #include "app/session_setup.h"
 
 #include "app/system.h"
+#include "host/commands/session.h"
 #include "host/graph/plugins.h"
-#include "host/script/session.h"
 
 #include <cstdlib>
 

@@ -7,7 +7,7 @@
 
 #include "app/progress_display.h"
 #include "app/report.h"
-#include "host/view/progress_window.h"
+#include "host/ui/progress_window.h"
 
 #include <chrono>
 #include <map>

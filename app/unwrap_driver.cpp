@@ -7,9 +7,9 @@
 #include "app/seam_count.h"
 #include "app/session_setup.h"
 #include "app/stage_times.h"
+#include "host/commands/session.h"
 #include "host/graph/edits.h"
 #include "host/graph/mesh_node.h"
-#include "host/script/session.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,9 +6,9 @@
 /// The mesh is a wavy sheet. The overlay is drawn by the plug-in's own routine; its lines are the
 /// borders of square patches, new seams every other one. Prints one JSON object: milliseconds of
 /// wall-clock and processor time (all threads of the software renderer), the least of the frames.
+#include "host/commands/session.h"
 #include "host/graph/scene.h"
 #include "host/mesh/mesh.h"
-#include "host/script/session.h"
 #include "host/view/offscreen.h"
 #include "plugin/viewport.h"
 

@@ -4,7 +4,7 @@
 #include "app/command.h"
 #include "app/line_buffer.h"
 #include "app/session_setup.h"
-#include "host/script/session.h"
+#include "host/commands/session.h"
 #include "host/view/picture.h"
 
 #include <GLFW/glfw3.h>

@@ -5,8 +5,8 @@
 /// within the host's progress window, with all controls switched off.
 #pragma once
 
-#include "host/view/notices.h"
-#include "host/view/progress_window.h"
+#include "host/ui/notices.h"
+#include "host/ui/progress_window.h"
 #include "window/dialogs.h"
 #include "window/file_chooser.h"
 #include "window/menu_bar.h"

@@ -2,7 +2,7 @@
 /// statements that a script would drive them with, uiSet and uiPress.
 #pragma once
 
-#include "host/view/ui_model.h"
+#include "host/commands/ui_model.h"
 #include "window/state.h"
 
 #include <map>

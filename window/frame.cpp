@@ -1,6 +1,6 @@
 // One frame of the window.
-#include "host/script/session.h"
-#include "host/view/panels.h"
+#include "host/commands/session.h"
+#include "host/ui/panels.h"
 #include "window/application.h"
 
 #include <GLFW/glfw3.h>

@@ -1,6 +1,6 @@
 #include "window/menu_bar.h"
 
-#include "host/view/menus.h"
+#include "host/ui/menus.h"
 
 #include <GLFW/glfw3.h>
 #include <imgui.h>

@@ -2,7 +2,7 @@
 
 #include "host/graph/scene.h"
 #include "host/script/value.h"
-#include "host/view/panels.h"
+#include "host/ui/panels.h"
 #include "host/view/scene_shapes.h"
 
 #include <GLFW/glfw3.h>

@@ -1,6 +1,6 @@
 #include "window/side_panels.h"
 
-#include "host/script/session.h"
+#include "host/commands/session.h"
 #include "host/script/value.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "window/state.h"
 
+#include "host/commands/session.h"
 #include "host/graph/undo.h"
-#include "host/script/session.h"
 
 #include <algorithm>
 #include <cmath>

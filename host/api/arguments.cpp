@@ -1,5 +1,5 @@
 /// Command arguments: argument list, syntax, parser.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/script_host.h"
 #include "host/graph/selection_items.h"
 

@@ -1,7 +1,7 @@
 /// Member definitions of host::Array, for the sources that instantiate array classes.
 #pragma once
 
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 
 #include <maya/HostArray.h>
 

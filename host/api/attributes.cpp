@@ -1,5 +1,5 @@
 /// Function sets for attributes.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/data.h"
 #include "host/graph/node.h"
 #include "host/graph/numeric_types.h"

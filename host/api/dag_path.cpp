@@ -1,5 +1,5 @@
-#include "host/api/fault.h"
-#include "host/api/object.h"
+#include "host/base/fault.h"
+#include "host/base/object.h"
 
 #include <maya/MDagPath.h>
 

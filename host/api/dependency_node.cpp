@@ -1,5 +1,5 @@
 /// Function sets for nodes, scene side: attributes, plugs, creation, duplication.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/edits.h"
 #include "host/graph/paths.h"
 #include "host/graph/undo.h"

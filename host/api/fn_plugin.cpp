@@ -2,11 +2,11 @@
 #define MNoVersionString
 #define MNoPluginEntry
 
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/commands.h"
 #include "host/graph/plugin_object.h"
 #include "host/graph/registration.h"
-#include "host/view/menus.h"
+#include "host/ui/menus.h"
 
 #include <maya/MFnPlugin.h>
 

@@ -1,6 +1,6 @@
 /// MFnBase, and the parts of the node and data function sets that do not need the scene.
-#include "host/api/fault.h"
-#include "host/api/object.h"
+#include "host/base/fault.h"
+#include "host/base/object.h"
 #include "host/mesh/mesh_object.h"
 
 #include <maya/MFnDagNode.h>

@@ -1,5 +1,5 @@
 /// MGlobal.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/edits.h"
 #include "host/graph/plugins.h"
 #include "host/graph/script_host.h"

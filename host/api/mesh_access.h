@@ -1,7 +1,7 @@
 /// Functions shared by MFnMesh and the mesh iterators.
 #pragma once
 
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/mesh/mesh.h"
 
 #include <maya/MDagPath.h>

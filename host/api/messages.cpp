@@ -1,7 +1,7 @@
 /// Registration and removal of callbacks.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/callbacks.h"
-#include "host/view/panels.h"
+#include "host/ui/panels.h"
 
 #include <maya/MCallbackIdArray.h>
 #include <maya/MNodeMessage.h>

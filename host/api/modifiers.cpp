@@ -1,5 +1,5 @@
 /// MDGModifier and MDagModifier: recording edits and applying them.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/modifier.h"
 #include "host/graph/script_host.h"
 #include "host/graph/undo.h"

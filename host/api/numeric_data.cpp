@@ -1,5 +1,5 @@
 /// MFnNumericData and MFnStringData.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/data.h"
 #include "host/graph/numeric_types.h"
 

@@ -1,5 +1,5 @@
 /// MPlug: reading, writing and navigating slots.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/data.h"
 #include "host/graph/evaluate.h"
 

@@ -1,5 +1,5 @@
 /// MPxNode.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/registration.h"
 
 #include <maya/MPlugArray.h>

@@ -1,5 +1,5 @@
 /// MSelectionList and MItSelectionList.
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/paths.h"
 #include "host/graph/selection_items.h"
 

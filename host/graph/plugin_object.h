@@ -1,8 +1,8 @@
 /// A loaded plug-in, as MFnPlugin accesses it.
 #pragma once
 
+#include "host/base/ref.h"
 #include "host/graph/plugins.h"
-#include "host/graph/ref.h"
 
 namespace host::graph {
 

@@ -1,13 +1,13 @@
 #include "host/graph/plugins.h"
 
-#include "host/api/fault.h"
+#include "host/base/fault.h"
 #include "host/graph/callbacks.h"
 #include "host/graph/commands.h"
 #include "host/graph/library.h"
 #include "host/graph/plugin_object.h"
 #include "host/graph/scene.h"
 #include "host/graph/undo.h"
-#include "host/view/menus.h"
+#include "host/ui/menus.h"
 
 #include <algorithm>
 #include <cstdlib>

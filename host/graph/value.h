@@ -6,7 +6,7 @@
 /// meshes this is cheap, because their storage is shared until written.
 #pragma once
 
-#include "host/graph/ref.h"
+#include "host/base/ref.h"
 
 #include <cstdint>
 #include <string>

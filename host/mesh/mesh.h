@@ -7,7 +7,7 @@
 /// empty. The first set added becomes the current one.
 #pragma once
 
-#include "host/api/object.h"
+#include "host/base/object.h"
 #include "host/mesh/connectivity.h"
 
 #include <maya/MStatus.h>

@@ -2,7 +2,7 @@
 
 #include "host/graph/evaluate.h"
 #include "host/graph/scene.h"
-#include "host/view/panels.h"
+#include "host/ui/panels.h"
 
 #include <algorithm>
 #include <cmath>

@@ -10,8 +10,8 @@
 #pragma once
 
 #include "host/graph/selection.h"
+#include "host/ui/panels.h"
 #include "host/view/cameras.h"
-#include "host/view/panels.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 /// Somebody who shows the host's progress window, and remembers every change.
 #pragma once
 
-#include "host/view/progress_window.h"
+#include "host/ui/progress_window.h"
 
 #include <string>
 #include <vector>

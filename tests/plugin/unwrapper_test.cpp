@@ -1,5 +1,5 @@
 #include "faultpoint/faultpoint.h"
-#include "host/view/panels.h"
+#include "host/ui/panels.h"
 #include "plugin/unwrapper.h"
 #include "tests/corelib/math/support.h"
 #include "tests/plugin/collected.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "faultpoint/faultpoint.h"
+#include "host/commands/session.h"
 #include "host/graph/callbacks.h"
 #include "host/graph/dag.h"
 #include "host/graph/evaluate.h"
@@ -10,7 +11,6 @@
 #include "host/graph/scene.h"
 #include "host/graph/undo.h"
 #include "host/mesh/mesh.h"
-#include "host/script/session.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // Loading and unloading with work in the scene.
 #include "host/graph/commands.h"
-#include "host/view/menus.h"
+#include "host/ui/menus.h"
 #include "tests/plugin_in_host/fixture.h"
 
 #include <cstdlib>

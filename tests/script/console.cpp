@@ -1,7 +1,7 @@
 // Runs script files in the embedded host, with the shipped scripts and the built plug-in in reach.
 
+#include "host/commands/session.h"
 #include "host/graph/plugins.h"
-#include "host/script/session.h"
 
 #include <iostream>
 

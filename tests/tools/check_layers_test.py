@@ -54,6 +54,22 @@ class Layers(unittest.TestCase):
     def test_host_may_not_see_the_plugin(self):
         self.refused("host/mesh/x.cpp", '#include "plugin/unwrapper.h"\n')
 
+    def test_a_host_folder_may_not_see_one_below_it(self):
+        floors = ["base", "mesh", "ui", "graph", "api", "script", "io", "commands", "view"]
+        for above, below in zip(floors, floors[1:]):
+            self.refused(f"host/{above}/x.cpp", f'#include "host/{below}/y.h"\n')
+
+    def test_a_host_folder_may_see_itself_and_those_above_it(self):
+        self.taken("host/graph/x.cpp", '#include "host/graph/y.h"\n#include "host/base/ref.h"\n')
+
+    def test_public_interface_sees_no_folder_of_the_host(self):
+        self.refused("host/include/maya/MX.h", '#include "host/base/object.h"\n')
+
+    def test_a_host_folder_without_a_row_is_named(self):
+        code, out = run_check("host/new/x.cpp", "#include <vector>\n")
+        self.assertEqual(code, 1, out)
+        self.assertIn("host/new/x.cpp", out)
+
     def test_corelib_may_not_see_the_extension_library(self):
         self.refused("corelib/x.cpp", "#include <d3dx9.h>\n")
 

@@ -1,4 +1,4 @@
-#include "host/script/session.h"
+#include "host/commands/session.h"
 #include "window/console.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
+#include "host/commands/session.h"
 #include "host/graph/scene.h"
-#include "host/script/session.h"
 #include "window/subject.h"
 
 #include <gtest/gtest.h>

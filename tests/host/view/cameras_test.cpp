@@ -1,7 +1,7 @@
+#include "host/commands/session.h"
 #include "host/graph/scene.h"
-#include "host/script/session.h"
+#include "host/ui/panels.h"
 #include "host/view/cameras.h"
-#include "host/view/panels.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "host/view/mesh_buffers.h"
-#include "tests/host/mesh_builder.h"
+#include "tests/host/mesh/mesh_builder.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,12 +1,12 @@
 /// Panels drawn for real, without a screen; and questions about the picture.
 #pragma once
 
+#include "host/commands/session.h"
 #include "host/graph/callbacks.h"
 #include "host/graph/evaluate.h"
 #include "host/graph/mesh_node.h"
 #include "host/graph/scene.h"
 #include "host/graph/undo.h"
-#include "host/script/session.h"
 #include "host/view/offscreen.h"
 #include "host/view/scene_shapes.h"
 

@@ -1,0 +1,241 @@
+#include "host/commands/commands.h"
+#include "host/graph/edits.h"
+#include "host/graph/mesh_node.h"
+#include "host/graph/undo.h"
+#include "host/io/obj_mesh.h"
+#include "host/io/obj_reader.h"
+#include "host/io/scene_file.h"
+#include "host/io/scene_notes.h"
+#include "host/script/functions.h"
+#include "host/script/plugs.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+namespace host::script {
+
+namespace {
+
+using graph::DagNode;
+using graph::MeshNode;
+using graph::Node;
+using graph::Ref;
+using graph::Scene;
+
+/// The scene's file; empty before it was saved or opened.
+std::string& scene_file() {
+    static std::string name;
+    return name;
+}
+
+/// Whole or not at all: under another name first, then in place of the old file.
+void write_file(const std::string& path, const std::string& text) {
+    const std::string draft = path + ".tmp." + std::to_string(getpid());
+    std::ofstream out(draft, std::ios::binary);
+    out << text;
+    out.close();
+    std::error_code failure;
+    if (out)
+        std::filesystem::rename(draft, path, failure);
+    if (out && !failure)
+        return;
+    std::filesystem::remove(draft, failure);
+    throw ScriptFault("file: \"" + path + "\" cannot be written.");
+}
+
+std::string lower_extension(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char& c : extension)
+        if (c >= 'A' && c <= 'Z')
+            c = char(c + 32);
+    return extension;
+}
+
+enum class Format { obj, scene };
+
+Format format_of(const Flags& flags, const std::string& path) {
+    const std::string type = flags.text("type", "");
+    if (type == "OBJ" || type == "OBJexport")
+        return Format::obj;
+    if (type == "mayaAscii")
+        return Format::scene;
+    if (!type.empty())
+        throw ScriptFault("file: The type \"" + type + "\" is not known.");
+    const std::string extension = lower_extension(path);
+    if (extension == ".obj")
+        return Format::obj;
+    if (extension == ".ma")
+        return Format::scene;
+    throw ScriptFault("file: \"" + path + "\" is neither an .obj nor an .ma file.");
+}
+
+void new_scene() {
+    Scene::current().clear();
+    SceneNotes::current().clear();
+    scene_file().clear();
+    Scene::current().is_modified = false;
+}
+
+Mesh read_obj(const std::string& path) {
+    IoError error;
+    std::string text;
+    ObjDocument document;
+    if (!read_text(path, text, error) || !parse_obj(path, std::move(text), document, error))
+        throw ScriptFault("file: " + error.message);
+    Mesh mesh;
+    if (!mesh_of_document(document, mesh))
+        throw ScriptFault("file: \"" + path + "\" is too large.");
+    return mesh;
+}
+
+std::string add_obj(const Mesh& mesh, const std::string& path) {
+    Scene& scene = Scene::current();
+    const std::string stem = Scene::legal_name(std::filesystem::path(path).stem().string());
+    const Ref<Node> transform = scene.make_node(scene.find_type("transform"), stem);
+    perform(graph::add_node_edit(*transform, nullptr), "file", stem);
+    const Ref<Node> shape =
+        scene.make_node(scene.find_type("mesh"), transform->name_text() + "Shape");
+    perform(graph::add_node_edit(*shape, transform->as_dag_node()), "file", stem);
+    require(static_cast<MeshNode&>(*shape).set_mesh(mesh), "file", stem);
+    perform(graph::select_edit({graph::item_of(*transform)}), "file", stem);
+    return name_of(*transform);
+}
+
+MMatrix world_matrix(const DagNode* node) {
+    MMatrix matrix;
+    for (; node; node = node->parents().empty() ? nullptr : node->parents()[0])
+        matrix = matrix * node->local_matrix();
+    return matrix;
+}
+
+void gather(DagNode& node, std::vector<MeshNode*>& meshes) {
+    if (auto* mesh = dynamic_cast<MeshNode*>(&node))
+        if (!mesh->is_intermediate())
+            meshes.push_back(mesh);
+    for (DagNode* child : node.children())
+        gather(*child, meshes);
+}
+
+void export_obj(const std::string& path, bool selected) {
+    std::vector<MeshNode*> meshes;
+    if (selected) {
+        for (const graph::SelectionItem& item : Scene::current().selection())
+            if (DagNode* dag = item.node->as_dag_node())
+                gather(*dag, meshes);
+    } else {
+        for (DagNode* node : Scene::current().top_level())
+            gather(*node, meshes);
+    }
+    std::vector<ObjPart> parts;
+    for (MeshNode* node : meshes) {
+        require(node->refresh(), "file", name_of(*node));
+        if (const Mesh* mesh = node->mesh())
+            parts.push_back({name_of(*node), mesh, world_matrix(node)});
+    }
+    if (parts.empty())
+        throw ScriptFault("file: There is no mesh to export.");
+    write_file(path, obj_of_meshes(parts));
+}
+
+void read_scene_file(Invocation& call, const std::string& path) {
+    const std::string text = read_script(path);
+    host::read_scene(text, path, call.interpreter);
+}
+
+void open_file(Invocation& call, const Flags& flags, const std::string& path) {
+    const Format format = format_of(flags, path);
+    if (!std::ifstream(path))
+        throw ScriptFault("file: Cannot read the file \"" + path + "\".");
+    // What an opened scene is made of cannot be taken back piece by piece.
+    const graph::UndoFrame quiet("file", false);
+    // A mesh that cannot be read leaves the scene as it is.
+    const Mesh mesh = format == Format::obj ? read_obj(path) : Mesh();
+    new_scene();
+    if (format == Format::obj)
+        add_obj(mesh, path);
+    else
+        read_scene_file(call, path);
+    graph::UndoQueue::current().clear();
+    scene_file() = format == Format::scene ? path : std::string();
+    perform(graph::select_edit({}), "file", path);
+    Scene::current().is_modified = false;
+}
+
+Value save(const Flags& flags) {
+    const std::string path = scene_file();
+    if (path.empty())
+        throw ScriptFault("file: The scene has no name yet; give one with -rename.");
+    if (flags.has("type") && format_of(flags, path) != Format::scene)
+        throw ScriptFault(
+            "file: A scene is saved as \"mayaAscii\"; export meshes with -exportAll.");
+    write_file(path, host::write_scene(std::filesystem::path(path).filename().string()));
+    Scene::current().is_modified = false;
+    return path;
+}
+
+Value query(const Flags& flags) {
+    if (flags.count() != 1)
+        throw ScriptFault("file answers one flag at a time.");
+    if (flags.has("modified"))
+        return Scene::current().is_modified;
+    return scene_file();
+}
+
+Value file(Invocation& call) {
+    static const FlagTable table = {{"new", "newFile"},
+                                    {"o", "open"},
+                                    {"i", "import"},
+                                    {"s", "save"},
+                                    {"ea", "exportAll"},
+                                    {"es", "exportSelected"},
+                                    {"rn", "rename", "s"},
+                                    {"typ", "type", "s"},
+                                    {"f", "force"},
+                                    {"sn", "sceneName", "", "q"},
+                                    {"mf", "modified", "", "q"}};
+    const Flags flags(call, table);
+    if (flags.query())
+        return query(flags);
+    if (flags.has("rename"))
+        scene_file() = flags.text("rename", "");
+    const bool discards = flags.has("newFile") || flags.has("open");
+    if (discards && Scene::current().is_modified && !flags.has("force"))
+        throw ScriptFault("file: There are unsaved changes; save them or use -force.");
+    if (flags.has("newFile")) {
+        flags.require_operands(0, 0);
+        new_scene();
+        return Value();
+    }
+    if (flags.has("save"))
+        return save(flags);
+    if (flags.has("rename") && flags.operands().empty())
+        return scene_file();
+    flags.require_operands(1, 1);
+    const std::string path = flags.names()[0];
+    if (flags.has("open")) {
+        open_file(call, flags, path);
+    } else if (flags.has("import")) {
+        if (format_of(flags, path) == Format::obj)
+            return add_obj(read_obj(path), path);
+        read_scene_file(call, path);
+    } else if (flags.has("exportAll") || flags.has("exportSelected")) {
+        if (format_of(flags, path) == Format::obj)
+            export_obj(path, flags.has("exportSelected"));
+        else if (flags.has("exportSelected"))
+            throw ScriptFault(
+                "file: Selected objects are exported as OBJ; a scene is saved whole.");
+        else
+            write_file(path, host::write_scene(std::filesystem::path(path).filename().string()));
+    } else {
+        throw ScriptFault("file needs -new, -open, -import, -save, -exportAll or -exportSelected.");
+    }
+    return path;
+}
+
+} // namespace
+
+void add_file_commands(Interpreter& interpreter) { interpreter.add_command("file", file); }
+
+} // namespace host::script

@@ -1,0 +1,300 @@
+#include "host/commands/commands.h"
+#include "host/graph/edits.h"
+#include "host/graph/mesh_node.h"
+#include "host/mesh/mesh.h"
+#include "host/script/functions.h"
+#include "host/script/plugs.h"
+
+namespace host::script {
+
+namespace {
+
+using graph::DagNode;
+using graph::Node;
+using graph::Ref;
+using graph::Scene;
+using graph::Slot;
+
+// --- creators -----------------------------------------------------------------------------------
+
+/// A flag of a creator command and the attribute it sets.
+struct Parameter {
+    const char* short_name;
+    const char* long_name;
+    const char* attribute;
+};
+
+struct Creator {
+    const char* command; ///< and node type
+    const char* base;    ///< "pCube"
+    std::vector<Parameter> parameters;
+};
+
+const std::vector<Creator>& creators() {
+    static const std::vector<Creator> table = {{"polyCube",
+                                                "pCube",
+                                                {{"w", "width", "width"},
+                                                 {"h", "height", "height"},
+                                                 {"d", "depth", "depth"},
+                                                 {"sx", "subdivisionsX", "subdivisionsWidth"},
+                                                 {"sy", "subdivisionsY", "subdivisionsHeight"},
+                                                 {"sz", "subdivisionsZ", "subdivisionsDepth"}}},
+                                               {"polyPlane",
+                                                "pPlane",
+                                                {{"w", "width", "width"},
+                                                 {"h", "height", "height"},
+                                                 {"sx", "subdivisionsX", "subdivisionsWidth"},
+                                                 {"sy", "subdivisionsY", "subdivisionsHeight"}}},
+                                               {"polySphere",
+                                                "pSphere",
+                                                {{"r", "radius", "radius"},
+                                                 {"sx", "subdivisionsX", "subdivisionsAxis"},
+                                                 {"sy", "subdivisionsY", "subdivisionsHeight"}}},
+                                               {"polyCylinder",
+                                                "pCylinder",
+                                                {{"r", "radius", "radius"},
+                                                 {"h", "height", "height"},
+                                                 {"sx", "subdivisionsX", "subdivisionsAxis"},
+                                                 {"sy", "subdivisionsY", "subdivisionsHeight"},
+                                                 {"sz", "subdivisionsZ", "subdivisionsCaps"}}},
+                                               {"polyTorus",
+                                                "pTorus",
+                                                {{"r", "radius", "radius"},
+                                                 {"sr", "sectionRadius", "sectionRadius"},
+                                                 {"sx", "subdivisionsX", "subdivisionsAxis"},
+                                                 {"sy", "subdivisionsY", "subdivisionsHeight"}}}};
+    return table;
+}
+
+FlagTable flags_of(const Creator& creator) {
+    FlagTable table = {{"n", "name", "s"}, {"ch", "constructionHistory", "b"}};
+    for (const Parameter& parameter : creator.parameters) {
+        const bool count = std::string(parameter.long_name).rfind("subdivisions", 0) == 0;
+        table.push_back({parameter.short_name, parameter.long_name, count ? "i" : "f", "cqe"});
+    }
+    return table;
+}
+
+Node& add(const char* type, const std::string& name, DagNode* parent, const std::string& command) {
+    Scene& scene = Scene::current();
+    const Ref<Node> node = scene.make_node(scene.find_type(type), name);
+    if (!node)
+        throw ScriptFault(command + ": A " + type + " could not be made.");
+    perform(graph::add_node_edit(*node, parent), command, name);
+    return *node;
+}
+
+/// Gives a shape that nothing feeds its geometry, undoable.
+void put_mesh(graph::MeshNode& node, const Mesh& mesh, const std::string& command) {
+    const Ref<Node> keep(&node);
+    perform(graph::change_slot_edit(*node.slot(*graph::mesh_attributes().in_mesh),
+                                    [keep, mesh](Slot&) {
+                                        return static_cast<graph::MeshNode&>(*keep).set_mesh(mesh);
+                                    }),
+            command, name_of(node));
+}
+
+/// The parameters of a maker that is there.
+Value query_or_edit(Invocation& call, const Creator& creator, const Flags& flags) {
+    flags.require_operands(1, 1);
+    Node& node = node_named(flags.names()[0]);
+    if (node.node_type().name != creator.command)
+        throw ScriptFault(call.name + ": \"" + flags.names()[0] + "\" is no " + creator.command +
+                          ".");
+    Value value;
+    for (const Parameter& parameter : creator.parameters) {
+        if (!flags.has(parameter.long_name))
+            continue;
+        Slot& plug = *node.slot(parameter.attribute);
+        if (flags.query())
+            value = value_of(plug);
+        else
+            set_plug(plug, flags.value(parameter.long_name), call.name);
+    }
+    return value;
+}
+
+Value create(Invocation& call, const Creator& creator) {
+    const Flags flags(call, flags_of(creator));
+    if (flags.mode() != Mode::create)
+        return query_or_edit(call, creator, flags);
+    flags.require_operands(0, 0);
+    Node& maker = add(creator.command, std::string(creator.command) + "1", nullptr, call.name);
+    for (const Parameter& parameter : creator.parameters)
+        if (flags.has(parameter.long_name))
+            set_plug(*maker.slot(parameter.attribute), flags.value(parameter.long_name), call.name);
+    Node& transform =
+        add("transform", flags.text("name", (creator.base + std::string("1")).c_str()), nullptr,
+            call.name);
+    std::string shape_name = transform.name_text();
+    shape_name.insert(shape_name.find_last_not_of("0123456789") + 1, "Shape");
+    Node& shape = add("mesh", shape_name, transform.as_dag_node(), call.name);
+    Slot& output = *maker.slot("output");
+    Slot& input = *shape.slot(*graph::mesh_attributes().in_mesh);
+    perform(graph::connect_edit(output, input, false), call.name, shape_name);
+    StringArray names = {name_of(transform)};
+    if (flags.boolean("constructionHistory", Scene::current().records_history)) {
+        names.push_back(name_of(maker));
+    } else {
+        require(graph::evaluate(input), call.name, shape_name);
+        // Taken over as a value: redo connects and disconnects without a pull in between.
+        const Mesh made = *input.value.as_data()->as_mesh()->mesh();
+        perform(graph::disconnect_edit(output, input), call.name, shape_name);
+        perform(graph::remove_node_edit(maker), call.name, shape_name);
+        put_mesh(static_cast<graph::MeshNode&>(shape), made, call.name);
+    }
+    perform(graph::select_edit({graph::item_of(transform)}), call.name, "selection");
+    return names;
+}
+
+// --- meshes -------------------------------------------------------------------------------------
+
+graph::MeshNode& mesh_node(const graph::SelectionItem& item, const std::string& command) {
+    DagNode* dag = item.node->as_dag_node();
+    if (dag && !dag->is_shape())
+        for (DagNode* child : dag->children())
+            if (child->node_type().name == "mesh" && !child->is_intermediate())
+                dag = child;
+    auto* mesh = dynamic_cast<graph::MeshNode*>(dag);
+    if (!mesh)
+        throw ScriptFault(command + ": \"" + name_of(*item.node) + "\" is no mesh.");
+    return *mesh;
+}
+
+const Mesh& mesh_of(graph::MeshNode& node, const std::string& command) {
+    require(node.refresh(), command, name_of(node));
+    const Mesh* mesh = node.mesh();
+    if (!mesh)
+        throw ScriptFault(command + ": \"" + name_of(node) + "\" holds no mesh.");
+    return *mesh;
+}
+
+int32_t triangle_count(const Mesh& mesh) {
+    const Connectivity& connectivity = mesh.connectivity();
+    return int32_t(connectivity.corner_count()) - 2 * int32_t(connectivity.polygon_count());
+}
+
+Value evaluate_mesh(Invocation& call) {
+    static const FlagTable table = {{"v", "vertex"},   {"e", "edge"},
+                                    {"f", "face"},     {"t", "triangle"},
+                                    {"uv", "uvcoord"}, {"uvs", "uvSetName", "s"}};
+    const Flags flags(call, table);
+    int32_t vertices = 0, edges = 0, faces = 0, triangles = 0, uvs = 0;
+    const graph::Selection items = items_named(flags.names());
+    if (items.empty())
+        throw ScriptFault("polyEvaluate: Nothing is named or selected.");
+    for (const graph::SelectionItem& item : items) {
+        const Mesh& mesh = mesh_of(mesh_node(item, call.name), call.name);
+        vertices += int32_t(mesh.connectivity().vertex_count());
+        edges += int32_t(mesh.connectivity().edge_count());
+        faces += int32_t(mesh.connectivity().polygon_count());
+        triangles += triangle_count(mesh);
+        int set = mesh.current_uv_set();
+        if (flags.has("uvSetName"))
+            set = mesh.find_uv_set(flags.text("uvSetName", "").c_str());
+        if (set >= 0)
+            uvs += int32_t(mesh.uv_set(uint32_t(set)).u.size());
+    }
+    IntArray asked;
+    for (const std::string& flag : flags.given()) {
+        if (flag == "vertex")
+            asked.push_back(vertices);
+        if (flag == "edge")
+            asked.push_back(edges);
+        if (flag == "face")
+            asked.push_back(faces);
+        if (flag == "triangle")
+            asked.push_back(triangles);
+        if (flag == "uvcoord")
+            asked.push_back(uvs);
+    }
+    if (asked.size() == 1)
+        return asked[0];
+    if (!asked.empty())
+        return asked;
+    return "vertices: " + std::to_string(vertices) + " edges: " + std::to_string(edges) +
+           " faces: " + std::to_string(faces) + " triangles: " + std::to_string(triangles) +
+           " uvs: " + std::to_string(uvs);
+}
+
+// --- UV sets ------------------------------------------------------------------------------------
+
+/// Changes a mesh that has no history, undoable.
+void change_mesh(graph::MeshNode& node, const std::function<void(Mesh&)>& change) {
+    Slot& input = *node.slot(*graph::mesh_attributes().in_mesh);
+    if (input.source())
+        throw ScriptFault(
+            "polyUVSet: \"" + name_of(node) +
+            "\" has construction history, which would undo the change; delete it first.");
+    const Mesh* held = input.value.as_data() ? input.value.as_data()->as_mesh()->mesh() : nullptr;
+    if (!held)
+        throw ScriptFault("polyUVSet: \"" + name_of(node) + "\" holds no mesh.");
+    Mesh changed = *held;
+    change(changed);
+    put_mesh(node, changed, "polyUVSet");
+}
+
+Value uv_set(Invocation& call) {
+    static const FlagTable table = {{"cr", "create"},
+                                    {"d", "delete"},
+                                    {"rn", "rename"},
+                                    {"uvs", "uvSet", "s"},
+                                    {"nuv", "newUVSet", "s"},
+                                    {"cuv", "currentUVSet", "", "cq"},
+                                    {"auv", "allUVSets", "", "q"}};
+    const Flags flags(call, table);
+    const graph::Selection items = items_named(flags.names());
+    if (items.size() != 1)
+        throw ScriptFault("polyUVSet needs one mesh.");
+    graph::MeshNode& node = mesh_node(items[0], call.name);
+    if (flags.query()) {
+        const Mesh& mesh = mesh_of(node, call.name);
+        StringArray names;
+        for (uint32_t i = 0; i < mesh.uv_set_count(); ++i)
+            if (flags.has("allUVSets") || int(i) == mesh.current_uv_set())
+                names.emplace_back(mesh.uv_set(i).name.asChar());
+        return names;
+    }
+    const std::string name = flags.text("uvSet", "");
+    const auto position = [&](const Mesh& mesh) {
+        const int set = mesh.find_uv_set(name.c_str());
+        if (set < 0)
+            throw ScriptFault("polyUVSet: There is no UV set \"" + name + "\".");
+        return uint32_t(set);
+    };
+    std::string result = name;
+    change_mesh(node, [&](Mesh& mesh) {
+        if (flags.has("create")) {
+            const uint32_t set = mesh.add_uv_set(name.c_str());
+            mesh.edit_uv_set(set).corner_uvs.assign(mesh.connectivity().corner_count(), -1);
+            result = mesh.uv_set(set).name.asChar();
+        } else if (flags.has("delete")) {
+            if (mesh.uv_set_count() < 2)
+                throw ScriptFault("polyUVSet: The last UV set cannot be deleted.");
+            mesh.remove_uv_set(position(mesh));
+        } else if (flags.has("rename")) {
+            const std::string wanted = flags.text("newUVSet", "");
+            if (wanted.empty() || mesh.find_uv_set(wanted.c_str()) >= 0)
+                throw ScriptFault("polyUVSet: The name \"" + wanted + "\" cannot be given.");
+            mesh.edit_uv_set(position(mesh)).name = wanted.c_str();
+            result = wanted;
+        } else if (flags.has("currentUVSet")) {
+            mesh.set_current_uv_set(int(position(mesh)));
+        } else {
+            throw ScriptFault("polyUVSet needs -create, -delete, -rename or -currentUVSet.");
+        }
+    });
+    return result;
+}
+
+} // namespace
+
+void add_mesh_commands(Interpreter& interpreter) {
+    for (const Creator& creator : creators())
+        interpreter.add_command(creator.command,
+                                [&creator](Invocation& call) { return create(call, creator); });
+    interpreter.add_command("polyEvaluate", evaluate_mesh);
+    interpreter.add_command("polyUVSet", uv_set);
+}
+
+} // namespace host::script

@@ -1,0 +1,65 @@
+/// The script language at work on the scene: one interpreter with every command the host has.
+///
+/// Each statement of a text that is run from outside is one entry of the undo queue. There is one
+/// session at a time, as there is one scene.
+#pragma once
+
+#include "host/commands/commands_ui.h"
+#include "host/commands/option_variables.h"
+#include "host/graph/script_host.h"
+#include "host/script/interpreter.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace host::script {
+
+class TESSORA_SCRIPT_API Session : private graph::ScriptHost {
+public:
+    /// Made on first use. Talks to standard output and, for warnings and errors, standard error.
+    static Session& current();
+
+    Interpreter& interpreter() { return interpreter_; }
+    UiState& ui() { return *ui_; }
+    OptionVariables& options() { return *options_; }
+    /// Null: back to the standard streams. Not owned.
+    void set_output(Output* output) { output_.target = output; }
+    /// What `quit` does, with its exit code; the default ends the process.
+    std::function<void(int)> on_quit;
+
+    /// Runs a text and reports its error, if any, to the output. `undoable` false: it leaves no
+    /// trace in the undo queue.
+    struct Outcome {
+        bool ok = false;
+        Value value;
+        std::string error; ///< FILE:LINE:COLUMN: TEXT
+    };
+    Outcome run(const std::string& text, const std::string& file, bool undoable = true);
+
+private:
+    Session();
+    void add_session_commands();
+
+    // What the graph asks of the language.
+    MStatus execute(const std::string& text, bool display, bool undoable,
+                    graph::CommandResult& result) override;
+    MStatus source(const std::string& file) override;
+    void show(graph::Severity severity, const std::string& text) override;
+    void command_added(const std::string& name) override;
+    void command_removed(const std::string& name) override;
+
+    /// Lets the output change while the interpreter keeps its reference.
+    struct Forward : Output {
+        void print(const std::string& text) override;
+        void warning(const std::string& text) override;
+        void error(const std::string& text) override;
+        Output* target = nullptr;
+    } output_;
+    Interpreter interpreter_;
+    std::shared_ptr<UiState> ui_;
+    std::shared_ptr<OptionVariables> options_;
+    bool undoable_ = true;
+};
+
+} // namespace host::script
