@@ -1,8 +1,8 @@
-# Finds the host's development kit in TESSORA_MAYA_DEVKIT: the folder that holds include/maya, either the
-# kit that is downloaded apart or the installation of the application itself.
+# Finds the host's development kit in TESSORA_MAYA_DEVKIT: the folder that contains include/maya, either of
+# the separate kit or of the installed application.
 #
-# Gives the targets Maya::OpenMaya, Maya::OpenMayaUI and Maya::Foundation, and MAYA_API_VERSION as the
-# headers state it. Where libraries lie:
+# Defines the targets Maya::OpenMaya, Maya::OpenMayaUI and Maya::Foundation, and the variable
+# MAYA_API_VERSION as the headers state it. Places of the libraries:
 #   Windows  lib/OpenMaya.lib
 #   Linux    lib/libOpenMaya.so
 #   macOS    Maya.app/Contents/MacOS/libOpenMaya.dylib, or MacOS/ or lib/ in kits
@@ -30,7 +30,7 @@ find_package_handle_standard_args(Maya
     REQUIRED_VARS MAYA_INCLUDE_DIR MAYA_OpenMaya_LIBRARY MAYA_OpenMayaUI_LIBRARY MAYA_Foundation_LIBRARY
     REASON_FAILURE_MESSAGE "no kit in TESSORA_MAYA_DEVKIT (${TESSORA_MAYA_DEVKIT})")
 
-# What the headers expect to be told about the system.
+# Macros by which the kit's headers recognise the system.
 set(definitions "")
 if(WIN32)
     set(definitions NT_PLUGIN)
@@ -43,7 +43,7 @@ endif()
 if(Maya_FOUND)
     foreach(library IN ITEMS OpenMaya OpenMayaUI Foundation)
         if(CMAKE_SCRIPT_MODE_FILE OR TARGET Maya::${library})
-            continue() # a script has no targets
+            continue() # targets do not exist in script mode (cmake -P)
         endif()
         add_library(Maya::${library} UNKNOWN IMPORTED)
         set_target_properties(Maya::${library} PROPERTIES

@@ -1,17 +1,17 @@
-# What is installed, and the packages made of it (cpack): a Debian package and a .tar.gz that runs where
-# it is unpacked; on Windows a .zip.
+# Install rules, and the packages that cpack makes: a Debian package and a relocatable .tar.gz; on Windows a
+# .zip.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(share ${CMAKE_INSTALL_DATADIR}/tessora)
 if(WIN32)
-    # One folder: that is where the system looks for what a program and a plug-in need.
+    # Everything in one folder: Windows looks for the DLLs of a program beside it.
     set(program_dir .)
     set(module_dir .)
     set(share .)
     set(doc_dir doc)
 else()
-    # Libraries out of other programs' sight, each found from where the one that needs it lies.
+    # Private libraries in a folder of their own, found by a run path relative to the module that needs them.
     set(program_dir ${CMAKE_INSTALL_BINDIR})
     set(module_dir lib/tessora)
     set(doc_dir ${CMAKE_INSTALL_DOCDIR})
@@ -28,12 +28,12 @@ endforeach()
 if(NOT WIN32)
     set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN")
     if(TESSORA_MAYA_DEVKIT)
-        # What is built is copied to where the application finds it, whose own libraries it then takes.
+        # The built plug-in is copied to the application's plug-in folder, and uses the application's libraries.
         set_target_properties(${modules} PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
     endif()
 endif()
 
-if(TARGET tessora) # which a build for a kit has not
+if(TARGET tessora) # absent in a build against a development kit
     if(NOT WIN32)
         set_target_properties(tessora PROPERTIES INSTALL_RPATH "$ORIGIN/../lib/tessora")
     endif()
@@ -48,7 +48,7 @@ if(NOT WIN32)
     install(FILES packaging/copyright DESTINATION ${doc_dir} COMPONENT product)
 endif()
 
-# The engine alone, for programs of others.
+# The engine as a library for other programs.
 install(TARGETS tessora_atlas EXPORT tessora_atlas ARCHIVE DESTINATION lib COMPONENT engine)
 install(FILES atlas/atlas.h DESTINATION include/tessora/atlas COMPONENT engine)
 set(config_dir lib/cmake/tessora_atlas)

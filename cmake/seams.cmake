@@ -1,5 +1,6 @@
-# The only file that knows which side of a seam a build stands on. A seam is an include directory
-# plus a link target: sources include <maya/...> and <d3dx9.h> and never ask whose they are.
+# Chooses which implementation of the host API (<maya/...>) and of the platform API (<d3dx9.h>) a build uses:
+# ours, or that of a development kit or of Windows. Each is an include directory plus a link target, so that
+# sources need no #ifdef. No other file makes this choice.
 set(TESSORA_MAYA_DEVKIT "" CACHE PATH "devkit to build the plug-in against; empty: the embedded host")
 set(TESSORA_UVATLAS platform CACHE STRING "platform | portable (Windows only)")
 
@@ -23,7 +24,8 @@ if(NOT WIN32)
     add_subdirectory(platform)
     target_link_libraries(tessora_seam_d3dx INTERFACE tessora_platform)
 else()
-    # The first library that has a call gives it: ours the two of the atlas, the system's the rest.
+    # The linker takes a function from the first library that defines it: the two atlas functions from ours,
+    # all others from the system's.
     if(TESSORA_UVATLAS STREQUAL portable)
         add_subdirectory(platform/d3dx9)
         target_link_libraries(tessora_seam_d3dx INTERFACE tessora_d3dx9)

@@ -1,5 +1,5 @@
 if(CMAKE_CROSSCOMPILING)
-    # The package holds the library for this system only, and the sources for any.
+    # The package contains the library for this system only, but also its sources.
     set(INSTALL_GTEST OFF)
     add_subdirectory(/usr/src/googletest/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
     if(NOT TARGET GTest::gtest_main)
@@ -16,10 +16,10 @@ function(tessora_test name)
     add_executable(${name} ${T_SOURCES})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name} PRIVATE ${T_LINK} tessora_warnings GTest::gtest_main)
-    # Tests are mostly calls that run once: optimising them costs more time than it saves.
+    # Most test code runs once: optimizing it would cost more time than it saves.
     target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
     if(CMAKE_CROSSCOMPILING)
-        # Starting a Windows program costs more than most tests: each runs all of its own at once.
+        # Starting a program through Wine takes longer than most tests: one CTest test per program.
         add_test(NAME ${name} COMMAND ${name})
         set_tests_properties(${name} PROPERTIES LABELS "${T_LABELS}" TIMEOUT 600)
         return()

@@ -1,5 +1,5 @@
-# Every target links this privately: warnings are errors, and floating-point results must not
-# depend on whether a compiler fuses a multiply with an add.
+# Compile options of every target: warnings are errors, and no fused multiply-add, so that floating-point
+# results do not depend on the compiler.
 add_library(tessora_warnings INTERFACE)
 if(MSVC)
     target_compile_options(tessora_warnings INTERFACE /W3 /fp:precise /permissive- /EHsc)

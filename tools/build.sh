@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 preset=${1:-release}
 shift || true
 
-quietly() { # runs a command; shows its output only when it fails
+quietly() { # runs a command; shows its output only if it fails
     local log
     log=$(mktemp)
     if ! "$@" >"$log" 2>&1; then
@@ -18,7 +18,7 @@ quietly() { # runs a command; shows its output only when it fails
 }
 
 [ -f "build/$preset/build.ninja" ] || quietly cmake --preset "$preset"
-# Sanitizer builds of the linear algebra headers need about 1.5 GB a compile job.
+# One job per processor: with sanitizers, a source that includes Eigen takes about 1.5 GB to compile.
 jobs=$(nproc)
 if [ -t 2 ]; then
     cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"} >&2

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fails when a source is not formatted by the pinned clang-format.
+# Fails if a source differs from what clang-format 14 makes of it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 tool=$(command -v clang-format-14 || command -v clang-format)

@@ -1,18 +1,18 @@
 #!/usr/bin/env bash
-# Builds for Windows and runs the result through Wine under a screen of its own.
+# Cross-compiles for Windows, runs the result through Wine on a virtual screen, and compares it with the
+# Linux build.
 #
-#   tools/check_windows.sh           every test of the Windows build, those that it shares with this system
-#                                    beside this system's results, then unwraps and adjacency of meshes
-#                                    compared
-#   tools/check_windows.sh --brief   the program, the core library's tests and one whole unwrap, compared
+#   tools/check_windows.sh           runs every test of the Windows build, compares the results of the tests
+#                                    that both builds have, then compares unwraps and adjacency of meshes
+#   tools/check_windows.sh --brief   compares the core library's tests and one whole unwrap
 #
-# Compared are a few primitives, or the meshes in the folder $TESSORA_MODELS.
+# The meshes are a few primitives, or those in the folder $TESSORA_MODELS if that is set.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 brief=no
 [ "${1:-}" != --brief ] || brief=yes
 
-# Steps print how long they took, in all: a check that nobody waits for is not run.
+# Every step prints how long it took, so that a slow one is noticed.
 current=
 end_step() { [ -z "$current" ] || printf -- '-- %s: %d s\n' "$current" $((SECONDS - began)); }
 step() {
@@ -41,17 +41,17 @@ else
     mapfile -t shared < <(tools/compare_tests.py --list build/windows)
     shared+=(adjacency_dump)
 fi
-# Of this system's build, only what the other one is held against.
+# Of the Linux build only what is compared with the Windows build.
 step "build (release)"
 tools/build.sh release tessora "${shared[@]}"
 
-# What an earlier run left behind may still be bound to a screen that is gone.
+# An earlier run's Wine server may still use a screen that no longer exists.
 WINEPREFIX=${WINEPREFIX:-$PWD/build/wineprefix}
 export WINEPREFIX
-wineserver -k || true # which fails where nothing runs
+wineserver -k || true # fails if no server is running
 
 if [ "$brief" = no ]; then
-    step "tests of what only the Windows build has"
+    step "tests that only the Windows build has"
     ctest --preset windows -L 'display|slow'
     step "the plug-in's exports on this system"
     ctest --preset release -R '^plugin_exports_three_symbols$'

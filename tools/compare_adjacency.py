@@ -4,9 +4,8 @@
     tools/compare_adjacency.py DUMP_A DUMP_B MESH...
 
 DUMP is the path of the program adjacency_dump in a build; one that ends in .exe runs through
-tools/with_wine.sh. Exit code 1 when a difference is of none of the kinds that are known: an edge of three
-or more triangles, two triangles that run along an edge in the same direction, a triangle that uses an
-edge twice."""
+tools/with_wine.sh. Exit code 1 if a difference has none of the known causes: an edge with three or more
+triangles, two triangles that traverse an edge in the same direction, a triangle that uses an edge twice."""
 
 import argparse
 import array
@@ -29,7 +28,8 @@ def dump(program, mesh, folder):
 
 
 def users_of_edges(corners):
-    """Undirected edge -> [(triangle, whether it runs from the lower vertex to the higher)]"""
+    """Maps each undirected edge to its triangles: [(triangle, whether it traverses the edge from the lower to
+    the higher vertex)]."""
     users = {}
     for triangle in range(len(corners) // 3):
         for k in range(3):
@@ -49,7 +49,8 @@ def kind_of(uses):
 
 
 def compare(corners, a, b):
-    """Differing entries by kind, and the first of each as (edge, uses, entry of a, entry of b)."""
+    """Counts the differing entries by kind; also returns the first of each kind as (index of the entry,
+    triangles of its edge, entry of a, entry of b)."""
     counts, firsts = dict.fromkeys(KINDS, 0), {}
     users = users_of_edges(corners)
     for entry, (x, y) in enumerate(zip(a, b)):

@@ -3,9 +3,9 @@
 
     tools/compare_platforms.py BUILD_A BUILD_B MESH... [-- unwrap options]
 
-BUILD is the path of a program; one that ends in .exe runs through tools/with_wine.sh. Meshes of more than
---most triangles are left out. Exit code 1 when any mesh differs: other charts, texture coordinates more
-than 1e-5 apart, or faces that name coordinates in another order."""
+BUILD is the path of a program; one that ends in .exe runs through tools/with_wine.sh. Meshes with more
+than --max-triangles triangles are skipped. Exit code 1 if any mesh differs: in the number of charts, in the
+order in which faces use texture coordinates, or by more than 1e-5 in a coordinate."""
 
 import argparse
 import json
@@ -19,7 +19,7 @@ WITH_WINE = pathlib.Path(__file__).resolve().parent / "with_wine.sh"
 
 
 def read_layout(text):
-    """Texture coordinates, and face lines as they stand."""
+    """The texture coordinates, and the face lines verbatim."""
     uvs, faces = [], []
     for line in text.splitlines():
         if line.startswith("vt "):
@@ -31,7 +31,7 @@ def read_layout(text):
 
 
 def difference(a, b):
-    """Largest distance of two coordinates at the same place; None when there are no such pairs."""
+    """Largest difference of two coordinates with the same index; None if the counts differ."""
     if len(a) != len(b):
         return None
     return max((max(abs(p[0] - q[0]), abs(p[1] - q[1])) for p, q in zip(a, b)), default=0.0)
@@ -54,12 +54,12 @@ def unwrap(program, mesh, options, folder):
 
 
 def triangle_count(mesh):
-    text = mesh.read_text(errors="replace").replace("\\\n", " ") # lines may be continued
+    text = mesh.read_text(errors="replace").replace("\\\n", " ") # a backslash continues a line
     return sum(len(line.split()) - 3 for line in text.splitlines() if line.startswith("f "))
 
 
 def compare(a, b):
-    """(row cells, agrees)"""
+    """The cells of the table's row, and whether the results are equal."""
     same_order = a["faces"] == b["faces"]
     apart = difference(a["uvs"], b["uvs"])
     agrees = (a["code"] == b["code"] == 0 and a["charts"] == b["charts"] and same_order
@@ -74,7 +74,7 @@ def main():
     options = words[words.index("--") + 1:] if "--" in words else []
     words = words[:words.index("--")] if "--" in words else words
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--most", type=int, default=50000)
+    parser.add_argument("--max-triangles", type=int, default=50000)
     parser.add_argument("programs", nargs=2, type=pathlib.Path)
     parser.add_argument("meshes", nargs="+", type=pathlib.Path)
     arguments = parser.parse_args(words)
@@ -83,7 +83,7 @@ def main():
     different = 0
     for mesh in arguments.meshes:
         count = triangle_count(mesh)
-        if count > arguments.most:
+        if count > arguments.max_triangles:
             continue
         with tempfile.TemporaryDirectory() as folder:
             results = [unwrap(program.resolve(), mesh.resolve(), options, pathlib.Path(folder))

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Runs the same tests in two builds and holds what ran and what passed against each other.
+"""Runs the same tests in two builds and compares which ran and which passed.
 
     tools/compare_tests.py BUILD_A BUILD_B [PROGRAM_OR_SUITE...]
-    tools/compare_tests.py --list BUILD     what BUILD_A must have been built of, to be compared with BUILD
+    tools/compare_tests.py --list BUILD     prints the targets to build in BUILD_A before comparing it with BUILD
 
-Compared are the test programs and script suites that BUILD_B's list of tests has without the label
-display; programs that end in .exe run through tools/with_wine.sh. Exit code 1 when a test fails or is
-skipped in either build, or when one build has a test that the other has not."""
+Takes the test programs and script suites that BUILD_B registers with ctest without the label display;
+programs that end in .exe run through tools/with_wine.sh. Exit code 1 if a test fails or is skipped in
+either build, or if only one build has it."""
 
 import argparse
 import concurrent.futures
@@ -24,7 +24,7 @@ from run_scripts import check
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WITH_WINE = ROOT / "tools" / "with_wine.sh"
 SUITES = ("language", "scene", "plugin")
-# Programs that are cut into parts, and the number of scripts in a part of a suite.
+# Slow programs run as this many shards, and suites as shards of this many scripts.
 PARTS = {"atlas_property_test": 4, "atlas_create_test": 2, "atlas_pack_test": 2}
 SCRIPTS_IN_A_PART = 25
 
@@ -38,7 +38,7 @@ class Outcome:
 
 
 def command_of(program):
-    """The program of a build, through Wine where it is one of Windows."""
+    """The command that runs a program of a build; a Windows program runs through Wine."""
     windows = program.with_name(program.name + ".exe")
     return [str(WITH_WINE), str(windows)] if windows.is_file() else [str(program)]
 
@@ -77,7 +77,7 @@ def run_some_scripts(build, scripts):
 
 
 def guarded(call, *words):
-    """What cannot be run at all has failed as well."""
+    """Runs call; if it cannot be run at all, that is a failed test."""
     try:
         return call(*words)
     except (OSError, ValueError, subprocess.SubprocessError) as error:
@@ -85,7 +85,7 @@ def guarded(call, *words):
 
 
 def jobs_of(build, name):
-    """Calls that together run all of a program or suite."""
+    """The calls that run the shards of a program or suite."""
     if name in SUITES:
         scripts = sorted((ROOT / "tests/script" / name).glob("*.mel"))
         return [(run_some_scripts, build, scripts[i:i + SCRIPTS_IN_A_PART])
@@ -95,7 +95,7 @@ def jobs_of(build, name):
 
 
 def programs_in(build):
-    """The test programs that the build's own list has for every system."""
+    """The test programs that ctest lists for a build, without those that need a display."""
     listing = subprocess.run(["ctest", "--test-dir", str(build), "--show-only=json-v1"], check=True,
                              stdout=subprocess.PIPE, text=True).stdout
     programs = []
@@ -104,7 +104,7 @@ def programs_in(build):
         file = pathlib.Path(test["command"][-1])
         if "display" not in labels and file.suffix == ".exe":
             programs.append(file.stem)
-    # The longest first: two of them shall not be left at the end.
+    # Longest first, so that no processor idles while a long one finishes.
     return sorted(programs, key=lambda name: -PARTS.get(name, 0))
 
 
@@ -135,7 +135,7 @@ def main():
     arguments = parser.parse_args()
     builds = [build.resolve() for build in arguments.builds]
     names = arguments.names or programs_in(builds[1]) + list(SUITES)
-    subprocess.run([str(WITH_WINE), "cmd", "/c", "exit"], check=True, stdin=subprocess.DEVNULL) # the prefix, once
+    subprocess.run([str(WITH_WINE), "cmd", "/c", "exit"], check=True, stdin=subprocess.DEVNULL) # creates the Wine prefix before tests run in parallel
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         pending = {(name, build): [pool.submit(guarded, *job) for job in jobs_of(build, name)]
                    for name in names for build in builds}

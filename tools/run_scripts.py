@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Runs script tests: text files that carry their own expectations.
+"""Runs script tests: text files that contain the output expected of them.
 
-A test is a script NAME.mel. What it must print stands at its end, as comments behind a line
-"// --- prints ---"; an exit code other than 0 stands behind "// --- exits with N ---" instead.
+A test is a script NAME.mel. The expected output stands at its end, as comments after a line
+"// --- prints ---", or "// --- exits with N ---" if the exit code is to be N instead of 0.
 The program runs in the test's folder, so that messages name files without a path.
 
-    tools/run_scripts.py PROGRAM FOLDER_OR_FILE...            compare, print differences
-    tools/run_scripts.py --rewrite PROGRAM FOLDER_OR_FILE...  put what was printed in place
+    tools/run_scripts.py PROGRAM FOLDER_OR_FILE...            compares, prints differences
+    tools/run_scripts.py --rewrite PROGRAM FOLDER_OR_FILE...  replaces expectations by the output
 """
 import argparse
 import difflib
@@ -21,7 +21,8 @@ HEAD = re.compile(r"^// --- (?:prints|exits with (\d+)) ---$", re.M)
 
 
 def split(text):
-    """The script, what it must print, its exit code; (text, None, 0) without an expectation."""
+    """Returns the script, the output expected of it and its exit code; (text, None, 0) if the file states no
+    expectation."""
     head = HEAD.search(text)
     if not head:
         return text, None, 0
@@ -37,7 +38,7 @@ def join(script, printed, code):
 
 
 def run(program, path):
-    # Into a file: what a program leaves running would hold a pipe open.
+    # Into a file: a process that the program leaves running would keep a pipe open.
     with tempfile.TemporaryFile() as out:
         result = subprocess.run(program + [path.name], cwd=path.parent, stdin=subprocess.DEVNULL,
                                 stdout=out, stderr=subprocess.STDOUT, timeout=60)
@@ -46,7 +47,7 @@ def run(program, path):
 
 
 def check(program, path, rewrite):
-    """True when the test holds, or was rewritten."""
+    """Runs one test; returns True if it passes or was rewritten."""
     text = path.read_text(encoding="utf-8")
     script, _, _ = split(text)
     printed, code = run(program, path)
@@ -66,7 +67,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--rewrite", action="store_true")
-    parser.add_argument("program", help="with its leading arguments, in one word")
+    parser.add_argument("program", help="the program and its first arguments, quoted as one word")
     parser.add_argument("paths", nargs="+", type=pathlib.Path)
     options = parser.parse_args()
     program = shlex.split(options.program)

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that are missing. Costs a fraction of a second when none is.
-# Works as root and with sudo.
+# Installs the missing Debian packages of a list: tools/setup.sh [LIST] (tools/packages.txt).
+# Works as root and with sudo; takes a fraction of a second if nothing is missing.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 

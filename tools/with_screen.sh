@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs a command on an X screen of its own, of 1440 by 900 points: tools/with_screen.sh COMMAND [arguments].
-# Ends with the command's exit code; the screen ends with it.
+# Runs a command on a virtual X screen of 1440 by 900 pixels: tools/with_screen.sh COMMAND [arguments].
+# Exits with the command's exit code; the X server is stopped then.
 set -euo pipefail
 work=$(mktemp -d)
 server=
@@ -12,7 +12,7 @@ trap finish EXIT
 trap 'exit 143' TERM
 trap 'exit 130' INT
 
-# The server picks a free display and says which.
+# The server picks a free display and writes its number to descriptor 3.
 Xvfb -displayfd 3 -screen 0 1440x900x24 -nolisten tcp 3>"$work/display" >"$work/log" 2>&1 &
 server=$!
 for _ in $(seq 300); do

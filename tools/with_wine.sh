@@ -1,19 +1,19 @@
 #!/usr/bin/env bash
 # Runs a Windows program: tools/with_wine.sh PROGRAM.exe [arguments]. The registry and the drives live
-# in build/wineprefix (or $WINEPREFIX), which is made when it is missing. With DISPLAY unset Direct3D is
+# in build/wineprefix (or $WINEPREFIX), which is created if missing. With DISPLAY unset Direct3D is
 # absent and message boxes return at once.
 #
-# Processes of Wine's own outlive the program by seconds and hold its output open: whoever captures output
-# does so through a file, not through a pipe whose end it would wait for.
+# Wine's background processes outlive the program by seconds and keep its output open. Capture output in a
+# file: a reader of a pipe would wait for them.
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$here/build/wineprefix}
 export WINEDEBUG=${WINEDEBUG:--all}
-# A crash ends the program with an exit code instead of a dialog; no offers to download anything.
+# A crash ends the program with an exit code instead of a dialog; Wine does not offer to download anything.
 export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-winedbg.exe=d;mscoree=;mshtml=;winemenubuilder.exe=d}
-# No thread of its own for each Direct3D device: one that is still ending when the program ends is told to
-# end once more, and Wine 8.0 sometimes dies of that (SIGSEGV after everything is done, once in some
-# hundred programs on a busy machine).
+# Without Direct3D's command-stream threads: Wine 8.0 stops such a thread twice if it is still ending when
+# the program exits, which sometimes crashes (SIGSEGV at exit, about once in some hundred programs on a busy
+# machine).
 export WINE_D3D_CONFIG=${WINE_D3D_CONFIG:-csmt=0x0}
 
 make_prefix() {
@@ -21,11 +21,11 @@ make_prefix() {
     exec 9>"$WINEPREFIX/.making"
     flock 9
     [ ! -f "$WINEPREFIX/.made" ] || return 0
-    # Without a display: the prefix serves programs with one and without one alike.
+    # Created without a display, so that the prefix serves programs with and without one.
     (
         unset DISPLAY
         wine wineboot -i
-        # Message boxes close at once where no window manager answers.
+        # Let message boxes close at once if there is no window manager.
         wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /t REG_SZ /d N /f
         wineserver -w
     ) >"$WINEPREFIX/.log" 2>&1 9>&- || { cat "$WINEPREFIX/.log" >&2; exit 1; }

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Makes the packages of a build and uses them as strangers would.
+"""Makes the packages of a build and tests them outside of the build tree.
 
     packages_test.py BUILD CPACK CMAKE [unittest arguments]
 
-The Debian package is unpacked into an empty root, the .tar.gz into a folder of another name; in each a
-script makes, unwraps and exports a mesh and the program unwraps that export. The engine's part is used by
-a build of its own."""
+Unpacks the Debian package into an empty root and the .tar.gz into a folder of another name. From each, a
+script makes, unwraps and exports a mesh, and the command line unwraps the export. A project of its own is
+built against the packaged engine."""
 
 import os
 import pathlib
@@ -38,31 +38,31 @@ class Packages(unittest.TestCase):
         cls.holder.cleanup()
 
     def use(self, prefix):
-        # Nothing of the build may be in reach, nor anything that this user has set.
+        # No variable but these: none may lead into the build tree or to the user's settings.
         use_program(self, [prefix / "bin" / "tessora"],
                     {name: os.environ[name] for name in ("PATH", "HOME") if name in os.environ})
 
-    def test_debian_package_runs_from_its_root(self):
+    def test_debian_package_runs_after_installation(self):
         self.use(self.root / "usr")
 
-    def test_archive_runs_where_it_is_unpacked(self):
+    def test_archive_runs_from_any_folder(self):
         self.use(self.moved)
 
-    def test_no_library_is_taken_from_the_build(self):
+    def test_run_paths_do_not_lead_into_the_build_tree(self):
         for module in (self.moved / "lib" / "tessora").iterdir():
             done = run("readelf", "-d", module)
             self.assertNotIn(BUILD, done.stdout, module)
 
-    def test_debian_package_names_what_it_needs(self):
+    def test_debian_package_declares_its_dependencies(self):
         done = run("dpkg", "-f", self.deb, "Package", "Version", "Architecture", "Depends")
         self.assertIn("Package: tessora", done.stdout)
         self.assertRegex(done.stdout, r"Depends: .*libc6 .*libstdc\+\+6")
 
-    def test_scripts_are_shipped(self):
+    def test_archive_contains_the_scripts(self):
         shipped = {path.name for path in (self.moved / "share/tessora/scripts").glob("*.mel")}
         self.assertLessEqual({"tessoraCreateUI.mel", "tessoraDeleteUI.mel", "tessoraMenuItemClicked.mel"}, shipped)
 
-    def test_engine_serves_a_program_of_its_own(self):
+    def test_another_project_builds_against_the_packaged_engine(self):
         use_engine(self, self.moved, CMAKE, lambda folder: [folder / "consumer"])
 
 

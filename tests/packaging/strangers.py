@@ -1,4 +1,4 @@
-"""How tests run programs of an unpacked package: as somebody would who has nothing else."""
+"""Runs programs of an unpacked package without access to the build tree."""
 
 import pathlib
 import subprocess
@@ -14,7 +14,7 @@ print ("charts " + `getAttr tessora_node1.Charts_result` + "\\n");
 
 
 def run(*words, **options):
-    # Into files: what Wine leaves running would hold a pipe open.
+    # Into files: processes that Wine leaves running would keep a pipe open.
     with tempfile.TemporaryFile("w+") as out, tempfile.TemporaryFile("w+") as errors:
         done = subprocess.run([str(word) for word in words], stdin=subprocess.DEVNULL, stdout=out, stderr=errors,
                               timeout=600, **options)
@@ -24,7 +24,7 @@ def run(*words, **options):
 
 
 def unpack_one(folder, pattern, target, cmake):
-    """Unpacks the only package of this form; gives the folder that it holds."""
+    """Unpacks the only package that matches pattern; returns the folder that it contains."""
     package, = pathlib.Path(folder).glob(pattern)
     target.mkdir()
     run(cmake, "-E", "tar", "xf", package, cwd=target).check_returncode()
@@ -33,7 +33,7 @@ def unpack_one(folder, pattern, target, cmake):
 
 
 def use_program(test, command, environment):
-    """A script makes a mesh, unwraps and exports it; the program unwraps that export."""
+    """Makes, unwraps and exports a mesh by a script, then unwraps the export from the command line."""
     with tempfile.TemporaryDirectory() as work:
         (pathlib.Path(work) / "box.mel").write_text(SCRIPT)
         done = run(*command, "script", "box.mel", cwd=work, env=environment)
@@ -45,7 +45,8 @@ def use_program(test, command, environment):
 
 
 def use_engine(test, prefix, cmake, consumer, *words):
-    """A program of somebody else's is built over the engine and run; `consumer` makes the command of its path."""
+    """Builds tests/packaging/consumer against the packaged engine and runs it. consumer: maps the folder it was
+    built in to the command that runs it."""
     with tempfile.TemporaryDirectory() as work:
         done = run(cmake, "-S", CONSUMER, "-B", work, f"-DCMAKE_PREFIX_PATH={prefix}", *words)
         test.assertEqual(done.returncode, 0, done.stdout + done.stderr)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Makes the .zip of a Windows build and uses it, in a folder of another name, as strangers would.
+"""Makes the .zip of a Windows build and tests it in a folder of another name.
 
     zip_test.py BUILD CPACK CMAKE WITH_WINE TOOLCHAIN [unittest arguments]
 
-DISPLAY must lead to an X server with OpenGL."""
+DISPLAY must name an X server with OpenGL."""
 
 import os
 import pathlib
@@ -32,19 +32,19 @@ class Zip(unittest.TestCase):
     def tearDownClass(cls):
         cls.holder.cleanup()
 
-    def test_program_runs_where_it_is_unpacked(self):
+    def test_program_runs_from_any_folder(self):
         use_program(self, [WINE, self.root / "tessora.exe"], dict(os.environ))
 
-    def test_engine_serves_a_program_of_its_own(self):
+    def test_another_project_builds_against_the_packaged_engine(self):
         use_engine(self, self.root, CMAKE, lambda folder: [WINE, folder / "consumer.exe"],
                    f"-DCMAKE_TOOLCHAIN_FILE={TOOLCHAIN}", f"-DCMAKE_FIND_ROOT_PATH={self.root}")
 
-    def test_holds_host_plugin_and_scripts(self):
+    def test_archive_contains_host_plugin_and_scripts(self):
         names = {path.relative_to(self.root).as_posix() for path in self.root.rglob("*")}
         self.assertLessEqual({"tessora.exe", "tessora.mll", "tessora_host.dll", "tessora_d3dx9.dll",
                               "scripts/tessoraCreateUI.mel", "include/tessora/atlas/atlas.h"}, names)
 
-    def test_needs_nothing_but_itself_and_the_system(self):
+    def test_modules_depend_on_each_other_and_the_system_only(self):
         own = {path.name.lower() for path in self.root.iterdir()}
         for module in self.root.iterdir():
             if module.suffix not in (".exe", ".dll", ".mll"):

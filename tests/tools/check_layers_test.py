@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Plants one wrong include (or switch name) at a time in a small tree and expects it to be named."""
+"""Puts one include (or switch name) at a time into an empty tree and checks whether it is reported."""
 
 import pathlib
 import subprocess
