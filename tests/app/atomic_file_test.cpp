@@ -75,7 +75,7 @@ TEST(AtomicFile, FollowsASymbolicLink) {
     EXPECT_EQ("new", dir.get("real.obj"));
 }
 
-TEST(AtomicFile, StaleTemporaryFileOfTheSameNameIsNoObstacle) {
+TEST(AtomicFile, WorksDespiteAStaleTemporaryFileOfTheSameName) {
     Scratch dir;
     const std::string stale = "m.obj.tmp." + std::to_string(::getpid());
     dir.put(stale, "stale");
@@ -85,7 +85,7 @@ TEST(AtomicFile, StaleTemporaryFileOfTheSameNameIsNoObstacle) {
     EXPECT_EQ("stale", dir.get(stale));
 }
 
-TEST(AtomicFile, NamesOfTheGreatestLengthAreWritten) {
+TEST(AtomicFile, WritesFilesWithNamesOf255Bytes) {
     Scratch dir;
     const std::string name(255, 'n');
     std::string error;
@@ -93,7 +93,7 @@ TEST(AtomicFile, NamesOfTheGreatestLengthAreWritten) {
     EXPECT_EQ(Names{name}, dir.names());
 }
 
-TEST(AtomicFile, BlanksAndUnicodeInNames) {
+TEST(AtomicFile, WritesFilesWithBlanksAndUnicodeInTheirNames) {
     Scratch dir;
     std::string error;
     ASSERT_TRUE(publish(dir.path("Stra\xC3\x9F"
@@ -103,7 +103,7 @@ TEST(AtomicFile, BlanksAndUnicodeInNames) {
                            "e \xE5\xBD\xA2.obj"));
 }
 
-TEST(AtomicFile, MissingDirectoryIsNamed) {
+TEST(AtomicFile, MissingDirectoryIsAnErrorThatNamesThePath) {
     Scratch dir;
     std::string error;
     EXPECT_FALSE(publish(dir.path("none/m.obj"), "x", error));
@@ -118,7 +118,7 @@ TEST(AtomicFile, DirectoryIsRefused) {
     EXPECT_EQ(dir.root() + ": cannot be written: Is a directory", error);
 }
 
-TEST(AtomicFile, NameTooLongForTheSystemIsNamed) {
+TEST(AtomicFile, TooLongNameIsAnErrorThatNamesThePath) {
     Scratch dir;
     const std::string path = dir.path(std::string(300, 'n'));
     std::string error;
@@ -134,7 +134,7 @@ TEST(AtomicFile, DevicesAreWrittenDirectly) {
     EXPECT_EQ("/dev/full: cannot be written: No space left on device", error);
 }
 
-TEST(AtomicFile, FailedWriteLeavesNothing) {
+TEST(AtomicFile, FailedWriteLeavesTheOldFileAndNoTemporary) {
     Scratch dir;
     dir.put("m.obj", "old");
     rlimit before = {};
@@ -153,19 +153,19 @@ TEST(AtomicFile, FailedWriteLeavesNothing) {
     EXPECT_EQ(Names{"m.obj"}, dir.names());
 }
 
-TEST(AtomicFile, FailedRenameLeavesNothing) {
+TEST(AtomicFile, FailedRenameLeavesNoTemporary) {
     Scratch dir;
     AtomicFile file;
     std::string error;
     ASSERT_TRUE(file.open(dir.path("m.obj"), error));
     ASSERT_TRUE(file.write("x", error));
-    std::filesystem::create_directory(dir.path("m.obj")); // somebody takes the name meanwhile
+    std::filesystem::create_directory(dir.path("m.obj")); // rename cannot replace a directory
     EXPECT_FALSE(file.commit(error));
     EXPECT_EQ(dir.path("m.obj") + ": cannot be written: Is a directory", error);
     EXPECT_EQ(Names{"m.obj"}, dir.names());
 }
 
-TEST(SameFile, SeesThroughLinksAndSpellings) {
+TEST(SameFile, IgnoresLinksAndSpellingOfThePath) {
     Scratch dir;
     const std::string file = dir.put("m.obj", "x");
     std::filesystem::create_symlink("m.obj", dir.path("link.obj"));

@@ -1,5 +1,5 @@
-/// The options dialog in whole processes: what one run of the program leaves, the next one finds,
-/// and what the dialog does to a mesh that was unwrapped before.
+/// Tests of the options dialog in the built program: settings persist between processes, and the
+/// dialog edits the node of an earlier unwrap.
 #include "tests/app/program_fixture.h"
 
 #include <cstdlib>
@@ -15,7 +15,7 @@ protected:
     }
     void TearDown() override { ::unsetenv("TESSORA_PREFERENCES"); }
 
-    /// What statements print in a process of their own, with the dialog open on a cube.
+    /// Runs statements in a new process with a cube and the open dialog; returns the printed text.
     std::string in_a_process(const std::string& statements) {
         const Ended ended =
             run({"-c", "loadPlugin tessora; polyCube; tessoraMenuItemClicked; " + statements});
@@ -24,7 +24,7 @@ protected:
     }
 };
 
-TEST_F(DialogMemory, ValuesComeBackInANewProcess) {
+TEST_F(DialogMemory, AppliedValuesAreRestoredInANewProcess) {
     in_a_process("uiSet tessora_padding 9; uiSet tessora_stretch 0.33; uiSet tessora_keepSeams on; "
                  "uiSet tessora_uvSet \"my \\\"set\\\"\"; uiSet tessora_uvSet \"map1\"; "
                  "uiPress tessora_apply;");
@@ -35,7 +35,7 @@ TEST_F(DialogMemory, ValuesComeBackInANewProcess) {
                            "`textFieldGrp -q -text tessora_uvSet` + \"\\n\");"));
 }
 
-TEST_F(DialogMemory, PresetComesBackInANewProcessWithItsValues) {
+TEST_F(DialogMemory, PresetIsRestoredInANewProcessWithItsValues) {
     in_a_process("uiSet tessora_preset \"Paint\"; uiPress tessora_unwrap;");
     EXPECT_EQ("Paint 8 2048\n",
               in_a_process("print (`optionMenuGrp -q -value tessora_preset` + \" \" + "
@@ -43,18 +43,18 @@ TEST_F(DialogMemory, PresetComesBackInANewProcessWithItsValues) {
                            "`intSliderGrp -q -value tessora_width` + \"\\n\");"));
 }
 
-TEST_F(DialogMemory, ResetIsRememberedToo) {
+TEST_F(DialogMemory, ResetIsRestoredInANewProcess) {
     in_a_process("uiSet tessora_padding 9; uiPress tessora_apply;");
     in_a_process("uiPress tessora_reset;");
     EXPECT_EQ("2\n", in_a_process("print (`intSliderGrp -q -value tessora_padding` + \"\\n\");"));
 }
 
-TEST_F(DialogMemory, ClosingWithoutApplyingRemembersNothing) {
+TEST_F(DialogMemory, ClosingWithoutApplyingStoresNothing) {
     in_a_process("uiSet tessora_padding 9; uiPress tessora_close;");
     EXPECT_EQ("2\n", in_a_process("print (`intSliderGrp -q -value tessora_padding` + \"\\n\");"));
 }
 
-TEST_F(DialogMemory, ChangingTheExistingNodeUnwrapsAgain) {
+TEST_F(DialogMemory, ApplyingToAnExistingNodeUnwrapsAgain) {
     const Ended ended = run({"-c", R"(
         loadPlugin tessora;
         polySphere -n ball -sx 30 -sy 20;

@@ -8,7 +8,7 @@ namespace {
 
 using test::Scratch;
 
-/// Opens a file and meets `signal` before it is whole.
+/// Raises `signal` while an AtomicFile is written but not committed.
 [[noreturn]] void meet_signal(const std::string& path, int signal) {
     app::install_signal_handlers();
     app::AtomicFile file;
@@ -19,7 +19,7 @@ using test::Scratch;
     ::_exit(2);
 }
 
-TEST(InterruptDeathTest, SignalsRemoveUnfinishedFilesAndNameThemselves) {
+TEST(InterruptDeathTest, SignalsRemoveUnfinishedFilesAndSetTheExitCode) {
     Scratch dir;
     const std::pair<int, int> codes[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
     for (const auto& [signal, code] : codes) {
@@ -29,14 +29,14 @@ TEST(InterruptDeathTest, SignalsRemoveUnfinishedFilesAndNameThemselves) {
     }
 }
 
-TEST(InterruptDeathTest, AbortIsAnInternalError) {
+TEST(InterruptDeathTest, AbortEndsWithTheExitCodeOfAnInternalError) {
     Scratch dir;
     EXPECT_EXIT(meet_signal(dir.path("m.obj"), SIGABRT), testing::ExitedWithCode(70),
                 "tessora: internal error; unfinished files are removed");
     EXPECT_TRUE(dir.names().empty());
 }
 
-TEST(InterruptDeathTest, HangUpThatTheStarterIgnoresStaysIgnored) {
+TEST(InterruptDeathTest, HangUpStaysIgnoredIfTheParentIgnoresIt) {
     Scratch dir;
     const auto run = [&] {
         ::signal(SIGHUP, SIG_IGN);
@@ -45,7 +45,7 @@ TEST(InterruptDeathTest, HangUpThatTheStarterIgnoresStaysIgnored) {
     EXPECT_EXIT(run(), testing::ExitedWithCode(2), "");
 }
 
-TEST(InterruptDeathTest, HeldSignalsArriveAfterwards) {
+TEST(InterruptDeathTest, BlockedSignalsArriveAtTheEndOfTheScope) {
     const auto run = [] {
         app::install_signal_handlers();
         {
@@ -58,7 +58,7 @@ TEST(InterruptDeathTest, HeldSignalsArriveAfterwards) {
     EXPECT_EXIT(run(), testing::ExitedWithCode(143), "still here\ntessora: interrupted");
 }
 
-TEST(InterruptDeathTest, FinishedFilesStay) {
+TEST(InterruptDeathTest, CommittedFilesSurviveASignal) {
     Scratch dir;
     const auto run = [&] {
         app::install_signal_handlers();
@@ -72,7 +72,7 @@ TEST(InterruptDeathTest, FinishedFilesStay) {
     EXPECT_EQ("whole", dir.get("m.obj"));
 }
 
-TEST(Interrupt, TheListOfFilesHasRoomForEight) {
+TEST(Interrupt, ListOfUnfinishedFilesHoldsEight) {
     for (int i = 0; i < 8; ++i)
         EXPECT_TRUE(app::remove_on_signal("/nonexistent/" + std::to_string(i)));
     EXPECT_FALSE(app::remove_on_signal("/nonexistent/8"));

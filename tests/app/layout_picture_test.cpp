@@ -50,7 +50,7 @@ Picture draw(PictureKind kind, const measure::Layout& layout,
 
 constexpr Colour k_red = {235, 25, 25};
 
-/// Two quads 1/4 wide, the second `gap` texels of 64 to the right of the first.
+/// Two charts, each a square 1/4 of a 64-texel texture wide, `gap` texels apart in u.
 measure::Layout two_charts(float gap) {
     measure::Layout layout;
     add_polygon(layout, rectangle(0, 0, 1, 1), rectangle(0.25f, 0.25f, 0.5f, 0.5f));
@@ -61,7 +61,7 @@ measure::Layout two_charts(float gap) {
 
 } // namespace
 
-TEST(PictureKindTest, KnowsThreeNames) {
+TEST(PictureKindTest, AcceptsLayoutCheckerAndStretch) {
     PictureKind kind = PictureKind::layout;
     EXPECT_TRUE(picture_kind("stretch", kind));
     EXPECT_EQ(kind, PictureKind::stretch);
@@ -71,7 +71,7 @@ TEST(PictureKindTest, KnowsThreeNames) {
     EXPECT_FALSE(picture_kind("", kind));
 }
 
-TEST(LayoutPicture, HasTheTexturesShapeAtItsResolutionOrLarger) {
+TEST(LayoutPicture, HasTheAspectRatioOfTheTextureAndAtLeastItsSize) {
     const Picture small = draw(PictureKind::layout, cube_net(), {100, 50});
     EXPECT_EQ(small.width, 2000);
     EXPECT_EQ(small.height, 1000);
@@ -80,7 +80,7 @@ TEST(LayoutPicture, HasTheTexturesShapeAtItsResolutionOrLarger) {
     EXPECT_EQ(large.height, 16);
 }
 
-TEST(LayoutPicture, PutsVUpAndUToTheRight) {
+TEST(LayoutPicture, DrawsVUpwardsAndUToTheRight) {
     measure::Layout layout = one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 0.25f, 0.25f));
     const Picture picture = draw(PictureKind::layout, layout);
     const Colour inside = picture.at(120, 2048 - 120), outside = picture.at(120, 120);
@@ -88,7 +88,7 @@ TEST(LayoutPicture, PutsVUpAndUToTheRight) {
     EXPECT_LT(outside.r + outside.g + outside.b, 200);
 }
 
-TEST(LayoutPicture, GivesChartsColoursOfTheirOwn) {
+TEST(LayoutPicture, DrawsChartsInDifferentColours) {
     const Picture picture = draw(PictureKind::layout, two_charts(8));
     const Colour first = picture.at(16 * 32 + 112, 2048 - 24 * 32 + 16);
     const Colour second = picture.at(40 * 32 + 112, 2048 - 24 * 32 + 16);
@@ -101,42 +101,42 @@ TEST(LayoutPicture, GivesChartsColoursOfTheirOwn) {
     EXPECT_GT(colours.size(), 190u);
 }
 
-TEST(LayoutPicture, ShowsNoRedWhereTheGutterIsKept) {
+TEST(LayoutPicture, ContainsNoRedIfTheGutterIsKept) {
     EXPECT_EQ(draw(PictureKind::layout, two_charts(2)).count(k_red), 0u);
 }
 
-TEST(LayoutPicture, ShowsTheGutterAroundCharts) {
+TEST(LayoutPicture, DrawsHalfTheGutterAroundEachChart) {
     const Picture with = draw(PictureKind::layout, two_charts(8), {64, 64}, 4);
     const Picture without = draw(PictureKind::layout, two_charts(8), {64, 64}, 0);
     const int x = 33 * 32 + 16, y = 2048 - 24 * 32 + 16; // 1.5 texels right of the first chart
     EXPECT_GT(with.at(x, y).g, without.at(x, y).g + 20);
-    const int far = 36 * 32 + 16; // 4.5 texels from either: nobody's gutter
+    const int far = 36 * 32 + 16; // at least 3.5 texels from both charts, outside both gutters
     EXPECT_EQ(with.at(far, y).g, without.at(far, y).g);
 }
 
-TEST(LayoutPicture, ShowsRedWhereTheGutterIsBroken) {
+TEST(LayoutPicture, DrawsChartsTooCloseTogetherInRed) {
     EXPECT_GT(draw(PictureKind::layout, two_charts(1)).count(k_red), 100u);
 }
 
-TEST(LayoutPicture, ShowsOverlapsInRed) {
+TEST(LayoutPicture, DrawsOverlapsInRed) {
     EXPECT_GT(draw(PictureKind::layout, two_charts(-8)).count(k_red), 10000u);
 }
 
-TEST(LayoutPicture, ShowsTheTexelGrid) {
+TEST(LayoutPicture, DrawsTheTexelGrid) {
     const Picture picture = draw(PictureKind::layout, measure::Layout(), {64, 64});
-    EXPECT_FALSE(picture.at(32, 5) == picture.at(33, 5)); // a line between texels
+    EXPECT_FALSE(picture.at(32, 5) == picture.at(33, 5)); // a grid line and the texel beside it
     EXPECT_TRUE(picture.at(33, 5) == picture.at(50, 5));
-    EXPECT_FALSE(picture.at(512, 5) == picture.at(32, 5)); // every 16th is stronger
+    EXPECT_FALSE(picture.at(512, 5) == picture.at(32, 5)); // every 16th line is stronger
 }
 
-TEST(LayoutPicture, ClipsWhatLiesOutside) {
+TEST(LayoutPicture, ClipsUvsOutsideTheTexture) {
     measure::Layout layout = one_quad(rectangle(0, 0, 1, 1), rectangle(-1e6f, 0.4f, 1e6f, 0.6f));
     const Picture picture = draw(PictureKind::layout, layout);
     const Colour inside = picture.at(1024 + 8, 1024 + 8);
     EXPECT_GT(inside.r + inside.g + inside.b, 250);
 }
 
-TEST(StretchPicture, AnIsometricLayoutHasTheMiddleColourAndALegend) {
+TEST(StretchPicture, DrawsIsometricTrianglesInTheMiddleColourWithALegend) {
     const Picture picture = draw(PictureKind::stretch, cube_net());
     EXPECT_EQ(picture.height, 2048 + 72);
     EXPECT_GT(picture.count(stretch_colour(1.0)), 100000u);
@@ -144,7 +144,7 @@ TEST(StretchPicture, AnIsometricLayoutHasTheMiddleColourAndALegend) {
     EXPECT_GT(picture.count(stretch_colour(0.5)), 1u);
 }
 
-TEST(StretchPicture, TellsTooFewTexelsFromTooMany) {
+TEST(StretchPicture, DrawsTooFewTexelsInRedAndTooManyInBlue) {
     measure::Layout layout;
     add_polygon(layout, rectangle(0, 0, 1, 1), rectangle(0, 0, 0.25f, 0.25f));
     add_polygon(layout, rectangle(0, 2, 1, 3), rectangle(0.5f, 0, 1, 0.5f));
@@ -174,19 +174,19 @@ TEST(CheckerPicture, HasLightAndDarkSquares) {
     EXPECT_GT(high - low, 60);
 }
 
-TEST(CheckerPicture, AMeshWithoutUvsIsRed) {
+TEST(CheckerPicture, DrawsAMeshWithoutUvsInRed) {
     measure::Layout layout = cube_net();
     layout.corner_uv.assign(layout.corner_uv.size(), measure::k_none);
     const Colour c = draw(PictureKind::checker, layout).at(512, 512);
     EXPECT_GT(c.r, 3 * c.g);
 }
 
-TEST(AllPictures, TakeAnEmptyMesh) {
+TEST(AllPictures, AcceptAnEmptyMesh) {
     for (const PictureKind kind : {PictureKind::layout, PictureKind::checker, PictureKind::stretch})
         EXPECT_GT(draw(kind, measure::Layout()).width, 0);
 }
 
-TEST(CanvasTriangles, ShareNoPixelAndLeaveNoneOut) {
+TEST(CanvasTriangles, AdjacentTrianglesCoverEveryPixelExactlyOnce) {
     const Canvas canvas(64, 64, {});
     std::vector<int> hits(64 * 64, 0);
     const PixelPoint middle = {31.3, 29.7};

@@ -12,7 +12,7 @@ namespace {
 const char* const k_square = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n"
                              "vt 0.25 0.25\nvt 0.75 0.25\nvt 0.75 0.75\nvt 0.25 0.75\n"
                              "f 1/1 2/2 3/3 4/4\n";
-/// The same face twice: once more upon itself, from the other side.
+/// Two coincident faces of opposite orientation with the same UVs.
 const char* const k_stacked = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n"
                               "vt 0.25 0.25\nvt 0.75 0.25\nvt 0.75 0.75\nvt 0.25 0.75\n"
                               "f 1/1 2/2 3/3 4/4\nf 4/1 3/2 2/3 1/4\n";
@@ -75,12 +75,12 @@ TEST_F(MeasureCommand, MeasuresAMeshWithoutUvs) {
     EXPECT_EQ(0, m["charts"]);
 }
 
-TEST_F(MeasureCommand, MeasuresLayoutsFullOfFaults) {
+TEST_F(MeasureCommand, MeasuresLayoutsWithOverlaps) {
     EXPECT_EQ(0, measure({dir.put("stacked.obj", k_stacked), "--json"}));
     EXPECT_EQ(2, Json::parse(out)["measures"]["overlap_pairs_between"]);
 }
 
-TEST_F(MeasureCommand, MeasuresConcavePolygonsByTheirRealTriangles) {
+TEST_F(MeasureCommand, TriangulatesConcavePolygonsInsideTheirOutline) {
     EXPECT_EQ(0, measure({dir.put("arrow.obj", "v 0 0 0\nv 1 1 0\nv 0 0.2 0\nv -1 1 0\n"
                                                "vt 0.5 0\nvt 1 0.5\nvt 0.5 0.1\nvt 0 0.5\n"
                                                "f 1/1 2/2 3/3 4/4\n"),
@@ -99,13 +99,13 @@ TEST_F(MeasureCommand, DrawsEachKindOfPicture) {
     }
 }
 
-TEST_F(MeasureCommand, APictureThatCannotBeWrittenIsSaid) {
+TEST_F(MeasureCommand, UnwritablePictureIsAnOutputError) {
     EXPECT_EQ(app::exit_output,
               measure({dir.put("square.obj", k_square), "--layout", dir.path("missing/p.png")}));
     EXPECT_NE(err.find("cannot be written"), err.npos) << err;
 }
 
-TEST_F(MeasureCommand, RefusesWordsThatMeanNothing) {
+TEST_F(MeasureCommand, RefusesInvalidCommandLines) {
     const std::string mesh = dir.put("square.obj", k_square);
     const std::pair<app::Words, const char*> cases[] = {
         {{}, "which mesh?"},
@@ -124,7 +124,7 @@ TEST_F(MeasureCommand, RefusesWordsThatMeanNothing) {
     }
 }
 
-TEST_F(MeasureCommand, NamesTheFileThatIsMissingOrNoMesh) {
+TEST_F(MeasureCommand, MissingOrInvalidInputIsAnErrorThatNamesTheFile) {
     EXPECT_EQ(app::exit_input, measure({dir.path("none.obj")}));
     EXPECT_NE(err.find("none.obj"), err.npos);
     EXPECT_EQ(app::exit_input, measure({dir.put("bad.obj", "v 0 0 zero\n")}));
@@ -140,18 +140,18 @@ TEST_F(MeasureCommand, HelpHasExamplesAndEveryOption) {
         EXPECT_NE(out.find(word), out.npos) << word;
 }
 
-TEST_F(MeasureCommand, VerifyHoldsAGoodLayoutGood) {
+TEST_F(MeasureCommand, VerifyAcceptsALayoutThatKeepsAllGuarantees) {
     EXPECT_EQ(0, verify({dir.put("square.obj", k_square)})) << out;
     EXPECT_NE(out.find("all guarantees hold"), out.npos);
 }
 
-TEST_F(MeasureCommand, VerifyEndsWithSixAndNamesThePolygons) {
+TEST_F(MeasureCommand, VerifyReturnsSixAndNamesThePolygonsAtFault) {
     EXPECT_EQ(6, verify({dir.put("stacked.obj", k_stacked)}));
     EXPECT_NE(out.find("overlaps: 2 pairs of triangles overlap"), out.npos) << out;
     EXPECT_NE(out.find("polygons 0, 1"), out.npos) << out;
 }
 
-TEST_F(MeasureCommand, VerifyTellsProgramsWhatIsBroken) {
+TEST_F(MeasureCommand, VerifyListsBreachesAsJson) {
     EXPECT_EQ(6, verify({dir.put("stacked.obj", k_stacked), "--json"}));
     const Json json = Json::parse(out);
     EXPECT_EQ("broken", json["status"]);
@@ -159,7 +159,7 @@ TEST_F(MeasureCommand, VerifyTellsProgramsWhatIsBroken) {
     EXPECT_EQ(Json({0, 1}), json["breaches"][0]["polygons"]);
 }
 
-TEST_F(MeasureCommand, VerifyNamesUnmappedPolygonsByTheFilesOrder) {
+TEST_F(MeasureCommand, VerifyNumbersPolygonsInFileOrder) {
     EXPECT_EQ(6, verify({dir.put("half.obj", std::string(k_square) + "f 1 2 3\n")}));
     EXPECT_NE(out.find("unmapped: 1 polygon has corners without texture coordinates: polygon 1"),
               out.npos)

@@ -29,7 +29,7 @@ Import import(const std::string& faces) {
 
 using Ids = std::vector<uint32_t>;
 
-TEST(ImportMesh, OrdinaryPolygonsStayAsTheyAre) {
+TEST(ImportMesh, KeepsPolygonsWithoutRepeatedVertices) {
     const app::ImportedMesh mesh = import("f 1 2 3 4\nf 4 3 5\n").imported;
     EXPECT_EQ((Ids{0, 1, 2, 3, 3, 2, 4}), mesh.corner_vertex);
     EXPECT_EQ((Ids{0, 4, 7}), mesh.corner_begin);
@@ -38,7 +38,7 @@ TEST(ImportMesh, OrdinaryPolygonsStayAsTheyAre) {
     EXPECT_EQ(0u, mesh.repeat_polygons);
 }
 
-TEST(ImportMesh, RepeatsGetVerticesOfTheirOwnAtTheSamePlace) {
+TEST(ImportMesh, RepeatedVerticesBecomeAddedVerticesAtTheSamePosition) {
     const app::ImportedMesh mesh = import("f 1 2 4 1 3\n").imported;
     EXPECT_EQ((Ids{0, 1, 3, 6, 2}), mesh.corner_vertex);
     EXPECT_EQ(Ids{0}, mesh.copy_of);
@@ -47,7 +47,7 @@ TEST(ImportMesh, RepeatsGetVerticesOfTheirOwnAtTheSamePlace) {
     EXPECT_EQ(1u, mesh.repeat_polygons);
 }
 
-TEST(ImportMesh, NeighbouringRepeatsSpikesAndTriples) {
+TEST(ImportMesh, SplitsAdjacentRepeatsSpikesAndTriples) {
     const app::ImportedMesh neighbours = import("f 1 1 2 3\n").imported;
     EXPECT_EQ((Ids{0, 6, 1, 2}), neighbours.corner_vertex);
     const app::ImportedMesh spike = import("f 1 2 4 2\n").imported;
@@ -60,7 +60,7 @@ TEST(ImportMesh, NeighbouringRepeatsSpikesAndTriples) {
     EXPECT_EQ(24u, triple.positions.size());
 }
 
-TEST(ImportMesh, EveryPolygonNamesEveryVertexOnce) {
+TEST(ImportMesh, NoPolygonOfTheResultRepeatsAVertex) {
     std::string face = "f";
     for (int i = 0; i < 1000; ++i)
         face += " " + std::to_string(1 + (i * 7) % 4);
@@ -71,7 +71,7 @@ TEST(ImportMesh, EveryPolygonNamesEveryVertexOnce) {
     EXPECT_EQ(996u, mesh.copy_of.size());
 }
 
-/// Diagonals that are an edge, or a diagonal of another polygon, too.
+/// Number of diagonals that are also an edge or a diagonal of another polygon.
 size_t shared_diagonals(const host::Mesh& mesh) {
     std::map<std::pair<uint32_t, uint32_t>, int> sides;
     std::vector<std::pair<uint32_t, uint32_t>> diagonals;
@@ -93,7 +93,7 @@ size_t shared_diagonals(const host::Mesh& mesh) {
                                              [&](auto pair) { return sides[pair] != 2; }));
 }
 
-TEST(ImportMesh, CopiesOfAQuadAreDividedApartAsLongAsThereAreDiagonals) {
+TEST(ImportMesh, CoincidentQuadsUseDifferentDiagonalsAndAreIsolatedWhenNoneIsLeft) {
     const Import two = import("f 1 2 3 4\nf 1 2 3 4\n");
     EXPECT_EQ(0u, two.imported.isolated_polygons);
     EXPECT_EQ(0u, shared_diagonals(two.mesh));
@@ -105,7 +105,7 @@ TEST(ImportMesh, CopiesOfAQuadAreDividedApartAsLongAsThereAreDiagonals) {
     EXPECT_EQ((Ids{3, 2, 1, 0, 0, 1, 2, 3}), three.imported.copy_of);
 }
 
-TEST(ImportMesh, QuadWhoseDiagonalsAreEdgesIsIsolated) {
+TEST(ImportMesh, QuadIsIsolatedIfBothDiagonalsAreEdges) {
     const Import both = import("f 1 2 3 4\nf 1 3 5\nf 2 4 6\n");
     EXPECT_EQ(1u, both.imported.isolated_polygons);
     EXPECT_EQ((Ids{6, 7, 8, 9, 0, 2, 4, 1, 3, 5}), both.imported.corner_vertex);

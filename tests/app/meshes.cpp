@@ -36,7 +36,8 @@ std::string cube_grid(int n, double scale) {
                 for (int j = 0; j < n; ++j) {
                     int corner[4];
                     for (int k = 0; k < 4; ++k) {
-                        // The far side runs the other way round, so that all normals point out.
+                        // Opposite sides have opposite corner order, so that all normals point
+                        // outwards.
                         const int turn = side ? k : 3 - k;
                         std::array<int, 3> p;
                         p[axis] = side;

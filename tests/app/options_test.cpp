@@ -28,7 +28,7 @@ struct OptionTableTest : testing::Test {
     Words operands;
 };
 
-TEST_F(OptionTableTest, ValuesFollowOrAreAttached) {
+TEST_F(OptionTableTest, ReadsValuesFromTheNextWordOrAfterAnEqualsSign) {
     ASSERT_TRUE(parse({"--padding", "4", "--stretch=0.5", "--output", "a=b"})) << error;
     EXPECT_EQ(4, padding);
     EXPECT_EQ(0.5, stretch);
@@ -72,17 +72,17 @@ TEST_F(OptionTableTest, SwitchTakesTheNextWordOnlyWhenItIsAValue) {
     EXPECT_EQ(Words{"1"}, operands);
 }
 
-TEST_F(OptionTableTest, TheLastOfTwoCounts) {
+TEST_F(OptionTableTest, LastOccurrenceOfARepeatedOptionCounts) {
     ASSERT_TRUE(parse({"--padding", "4", "--padding", "5"}));
     EXPECT_EQ(5, padding);
 }
 
-TEST_F(OptionTableTest, TwoDashesEndTheOptionsAndOneIsAnOperand) {
+TEST_F(OptionTableTest, DoubleDashEndsTheOptionsAndSingleDashIsAnOperand) {
     ASSERT_TRUE(parse({"-", "--", "--padding", "--"}));
     EXPECT_EQ((Words{"-", "--padding", "--"}), operands);
 }
 
-TEST_F(OptionTableTest, UnknownOptionsAreRefusedWithAGuess) {
+TEST_F(OptionTableTest, UnknownOptionIsAnErrorWithASuggestion) {
     EXPECT_FALSE(parse({"--paddng", "4"}));
     EXPECT_EQ("unknown option --paddng; did you mean --padding?", error);
     EXPECT_FALSE(parse({"--keep-seam"}));
@@ -93,12 +93,12 @@ TEST_F(OptionTableTest, UnknownOptionsAreRefusedWithAGuess) {
     EXPECT_EQ("unknown option -p", error);
 }
 
-TEST_F(OptionTableTest, AbbreviationsAreUnknown) {
+TEST_F(OptionTableTest, AbbreviatedOptionIsUnknown) {
     EXPECT_FALSE(parse({"--pad", "4"}));
     EXPECT_EQ(0u, error.find("unknown option --pad"));
 }
 
-TEST_F(OptionTableTest, BadValuesAreNamed) {
+TEST_F(OptionTableTest, InvalidValueIsAnErrorThatQuotesIt) {
     EXPECT_FALSE(parse({"--padding", "4.5"}));
     EXPECT_EQ("--padding: '4.5' is not a whole number", error);
     EXPECT_FALSE(parse({"--padding", "99999999999"}));
@@ -115,7 +115,7 @@ TEST_F(OptionTableTest, BadValuesAreNamed) {
     EXPECT_EQ(0.15, stretch);
 }
 
-TEST_F(OptionTableTest, MissingValueIsNamed) {
+TEST_F(OptionTableTest, MissingValueIsAnError) {
     EXPECT_FALSE(parse({"--padding"}));
     EXPECT_EQ("--padding needs a value: TEXELS", error);
 }
@@ -141,7 +141,7 @@ TEST_F(OptionTableTest, HelpWrapsAtEightyColumns) {
     EXPECT_NE(help.npos, help.find("  --a_very_long_option_name VALUE\n"));
 }
 
-TEST(Nearest, GivesNothingForStrangers) {
+TEST(Nearest, ReturnsNothingForDissimilarWords) {
     EXPECT_EQ("", app::nearest("qqqqqq", {"unwrap", "measure"}));
     EXPECT_EQ("unwrap", app::nearest("unrwap", {"measure", "unwrap"}));
     EXPECT_EQ("", app::nearest(std::string(100000, 'x'), {"unwrap"}));

@@ -23,7 +23,7 @@ void must(bool good, const char* what) {
     std::abort();
 }
 
-/// A file that holds `bytes`, already unlinked, at its beginning.
+/// Descriptor of an unlinked file that contains `bytes`, positioned at its start.
 int input_file(const std::string& bytes) {
     std::FILE* file = std::tmpfile();
     must(file && std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() &&
@@ -35,7 +35,7 @@ int input_file(const std::string& bytes) {
     return copy;
 }
 
-/// Both ends of a pseudo terminal of 100 columns: {ours, the program's}.
+/// Opens a pseudo terminal of 100 columns; returns {the test's end, the program's end}.
 std::pair<int, int> open_terminal() {
     const int ours = ::posix_openpt(O_RDWR | O_NOCTTY);
     must(ours >= 0 && ::grantpt(ours) == 0 && ::unlockpt(ours) == 0, "terminal");
@@ -47,14 +47,14 @@ std::pair<int, int> open_terminal() {
     ::ioctl(theirs, TIOCSWINSZ, &size);
     termios modes = {};
     ::tcgetattr(theirs, &modes);
-    modes.c_oflag &= ~static_cast<tcflag_t>(OPOST); // bytes arrive as they were written
+    modes.c_oflag &= ~static_cast<tcflag_t>(OPOST); // no translation of line ends
     ::tcsetattr(theirs, TCSANOW, &modes);
     return {ours, theirs};
 }
 
-void limit(int what, unsigned long most) {
-    const rlimit limits = {most, most};
-    if (most)
+void set_limit(int what, unsigned long max) {
+    const rlimit limits = {max, max};
+    if (max)
         ::setrlimit(static_cast<__rlimit_resource_t>(what), &limits);
 }
 
@@ -85,9 +85,9 @@ Process::Process(const std::vector<std::string>& words, const Setup& setup) {
         ::setenv("TERM", "xterm", 1);
         if (!setup.directory.empty() && ::chdir(setup.directory.c_str()) != 0)
             ::_exit(127);
-        limit(RLIMIT_AS, setup.memory_limit);
-        limit(RLIMIT_FSIZE, setup.file_limit);
-        limit(RLIMIT_CORE, 1);
+        set_limit(RLIMIT_AS, setup.memory_limit);
+        set_limit(RLIMIT_FSIZE, setup.file_limit);
+        set_limit(RLIMIT_CORE, 1);
         ::execv(TESSORA_PROGRAM, arguments.data());
         ::_exit(127);
     }
@@ -124,7 +124,7 @@ Ended Process::wait() {
             const ssize_t got = ::read(files[i].fd, bytes, sizeof bytes);
             if (got > 0)
                 texts[i]->append(bytes, static_cast<size_t>(got));
-            else // a terminal whose other end is closed gives an error, not an end
+            else // end of file; a terminal whose other end is closed reports an error instead
                 files[i].fd = -1;
         }
     }

@@ -1,4 +1,4 @@
-/// Runs the built program as a stranger would: words, streams, signals, exit code.
+/// Runs the built program as a child process and collects its output and exit code.
 #pragma once
 
 #include <string>
@@ -9,20 +9,20 @@ namespace test {
 
 struct Ended {
     int code = -1;  ///< exit code, or -1 when a signal ended it
-    int signal = 0; ///< that signal
+    int signal = 0; ///< the signal that ended the program, or 0
     std::string out, err;
 };
 
 class Process {
 public:
-    /// Ways to start the program that differ from the plain one.
+    /// How to start the program; the defaults are an ordinary start with pipes.
     struct Setup {
-        std::string input;              ///< what standard input holds
-        std::string directory;          ///< working directory, "" for the test's own
+        std::string input;              ///< content of standard input
+        std::string directory;          ///< working directory; "" for that of the test
         bool terminal = false;          ///< standard error is a terminal
-        bool closed_output = false;     ///< nobody reads standard output
-        unsigned long memory_limit = 0; ///< bytes of address space, 0 for any
-        unsigned long file_limit = 0;   ///< bytes of a written file, 0 for any
+        bool closed_output = false;     ///< standard output is a pipe without a reader
+        unsigned long memory_limit = 0; ///< bytes of address space; 0 for no limit
+        unsigned long file_limit = 0;   ///< size of written files in bytes; 0 for no limit
     };
 
     explicit Process(const std::vector<std::string>& words) : Process(words, Setup()) {}
@@ -32,9 +32,9 @@ public:
     Process& operator=(const Process&) = delete;
 
     void send(int signal) const;
-    /// Process id, as temporary files carry it.
+    /// Process id; it is part of the names of temporary files.
     pid_t id() const { return id_; }
-    /// Collects the streams until the program has ended.
+    /// Reads the program's output until it ends.
     Ended wait();
 
 private:
@@ -42,7 +42,7 @@ private:
     int out_ = -1, err_ = -1;
 };
 
-/// Starts the program and waits for its end.
+/// Starts the program and waits until it ends.
 Ended run(const std::vector<std::string>& words, const Process::Setup& setup = {});
 
 } // namespace test

@@ -1,4 +1,4 @@
-/// The program from outside: every way to fail, and what is left behind.
+/// Failures of the built program: exit codes, messages and the files left behind.
 #include "tests/app/program_fixture.h"
 
 #include <csignal>
@@ -12,8 +12,8 @@ using namespace test;
 
 class ProgramFailure : public Program {
 protected:
-    /// The program refuses `text` with `code`; an older output stays, nothing else appears but the
-    /// report, which gives the reason that standard error gave. Returns that reason.
+    /// Expects that unwrapping `text` fails with `code`, keeps an older output and writes only the
+    /// report, with the same reason as standard error. Returns the reason without the file name.
     std::string expect_refused(const std::string& text, int code, const Words& words = {}) {
         dir.put("bad_uv.obj", "older result");
         const Ended ended = unwrap("bad.obj", text, words);
@@ -41,7 +41,7 @@ protected:
 
 // Usage ---------------------------------------------------------------------------------------
 
-TEST_F(ProgramFailure, WithoutACommandTheHelpIsShown) {
+TEST_F(ProgramFailure, NoCommandIsAUsageErrorThatPrintsTheHelp) {
     const Ended ended = run({});
     EXPECT_EQ(2, ended.code);
     EXPECT_EQ("", ended.out);
@@ -54,7 +54,7 @@ TEST_F(ProgramFailure, UnknownCommandIsAUsageError) {
     expect_usage_error({"frobnicate"}, "unknown command frobnicate\nsee 'tessora --help'");
 }
 
-TEST_F(ProgramFailure, BadOptionsAreUsageErrors) {
+TEST_F(ProgramFailure, InvalidOptionIsAUsageError) {
     expect_usage_error({"unwrap"}, "which mesh? unwrap needs an INPUT file");
     expect_usage_error({"unwrap", "m.obj", "--paddin", "2"},
                        "unknown option --paddin; did you mean --padding?");
@@ -64,7 +64,7 @@ TEST_F(ProgramFailure, BadOptionsAreUsageErrors) {
     expect_usage_error({"unwrap", "m.obj", "-pad", "2"}, "unknown option -pad");
 }
 
-TEST_F(ProgramFailure, TheInputIsNotWrittenOver) {
+TEST_F(ProgramFailure, OutputOverTheInputIsAUsageError) {
     const std::string file = dir.put("cube.obj", k_cube);
     expect_usage_error({"unwrap", file, "-o", file},
                        file + " is the input; --in_place writes over");
@@ -73,7 +73,7 @@ TEST_F(ProgramFailure, TheInputIsNotWrittenOver) {
 
 // Input ---------------------------------------------------------------------------------------
 
-TEST_F(ProgramFailure, MissingInput) {
+TEST_F(ProgramFailure, MissingInputIsAnInputError) {
     const Ended ended = run({"unwrap", dir.path("none.obj")});
     EXPECT_EQ(3, ended.code);
     EXPECT_NE(std::string::npos, ended.err.find("tessora: " + dir.path("none.obj") +
@@ -81,19 +81,19 @@ TEST_F(ProgramFailure, MissingInput) {
     EXPECT_TRUE(dir.names().empty());
 }
 
-TEST_F(ProgramFailure, DirectoryAsInput) {
+TEST_F(ProgramFailure, DirectoryAsInputIsAnInputError) {
     const Ended ended = run({"unwrap", dir.root(), "-o", dir.path("x.obj")});
     EXPECT_EQ(3, ended.code);
     EXPECT_NE(std::string::npos, ended.err.find("cannot be read: Is a directory"));
 }
 
-TEST_F(ProgramFailure, OtherFormats) {
+TEST_F(ProgramFailure, OtherMeshFormatsAreInputErrors) {
     const Ended ended = run({"unwrap", dir.put("m.FBX", "x"), "-o", dir.path("x.obj")});
     EXPECT_EQ(3, ended.code);
     EXPECT_NE(std::string::npos, ended.err.find("m.FBX: only OBJ files can be read"));
 }
 
-TEST_F(ProgramFailure, FilesWithoutAMesh) {
+TEST_F(ProgramFailure, FileWithoutAMeshIsAnInputError) {
     EXPECT_EQ(" no mesh in the file: it is empty", expect_refused("", 3));
     EXPECT_EQ(" no mesh in the file: it has neither vertices nor faces",
               expect_refused("# nothing\n\n", 3));
@@ -108,7 +108,7 @@ TEST_F(ProgramFailure, FilesWithoutAMesh) {
               expect_refused(noise, 3));
 }
 
-TEST_F(ProgramFailure, BrokenNumbersAreNamedWithTheirLine) {
+TEST_F(ProgramFailure, InvalidNumberIsAnErrorWithItsLine) {
     EXPECT_EQ("9: vertex 9: 'nan' is not a finite number",
               expect_refused(k_cube_vertices + "v 0 nan 0\n" + k_cube_faces, 3));
     EXPECT_EQ("9: vertex 9: '-inf' is not a finite number",
@@ -121,7 +121,7 @@ TEST_F(ProgramFailure, BrokenNumbersAreNamedWithTheirLine) {
               expect_refused(k_cube_vertices + "v 1 0", 3));
 }
 
-TEST_F(ProgramFailure, BrokenIndicesAreNamedWithTheirLine) {
+TEST_F(ProgramFailure, InvalidIndexIsAnErrorWithItsLine) {
     EXPECT_EQ("9: face uses vertex 9, but the file has 8",
               expect_refused(k_cube_vertices + "f 1 2 9\n", 3));
     EXPECT_EQ("9: face uses vertex 0, but numbers start at 1",
@@ -136,7 +136,7 @@ TEST_F(ProgramFailure, BrokenIndicesAreNamedWithTheirLine) {
 
 // Output --------------------------------------------------------------------------------------
 
-TEST_F(ProgramFailure, OutputsThatCannotBeWrittenAreFoundBeforeTheWork) {
+TEST_F(ProgramFailure, UnwritableOutputIsFoundBeforeTheUnwrap) {
     const std::string file = dir.put("cube.obj", k_cube), bad = dir.path("none/x");
     for (const Words& words : {Words{"-o", bad}, Words{"--report", bad}, Words{"--layout", bad}}) {
         Words all = {"unwrap", file};
@@ -152,7 +152,7 @@ TEST_F(ProgramFailure, OutputsThatCannotBeWrittenAreFoundBeforeTheWork) {
     }
 }
 
-TEST_F(ProgramFailure, FullDisk) {
+TEST_F(ProgramFailure, FullDiskIsAnOutputError) {
     const std::string file = dir.put("cube.obj", k_cube);
     const Ended ended = run({"unwrap", file, "-o", "/dev/full"});
     EXPECT_EQ(7, ended.code);
@@ -160,7 +160,7 @@ TEST_F(ProgramFailure, FullDisk) {
               ended.err.find("/dev/full: cannot be written: No space left on device"));
 }
 
-TEST_F(ProgramFailure, FileSizeLimitLeavesNoPartOfTheResult) {
+TEST_F(ProgramFailure, ReachingTheFileSizeLimitLeavesNoPartialFile) {
     Process::Setup setup;
     setup.file_limit = 4096;
     const std::string file = dir.put("sheet.obj", dome(20));
@@ -172,8 +172,8 @@ TEST_F(ProgramFailure, FileSizeLimitLeavesNoPartOfTheResult) {
 
 // Limits --------------------------------------------------------------------------------------
 
-#if !defined(__SANITIZE_ADDRESS__) // its shadow memory alone is beyond any limit
-TEST_F(ProgramFailure, MemoryThatRunsOutIsALimit) {
+#if !defined(__SANITIZE_ADDRESS__) // the sanitizer's shadow memory exceeds any limit
+TEST_F(ProgramFailure, RunningOutOfMemoryReturnsTheLimitCode) {
     Process::Setup setup;
     setup.memory_limit = 64ul << 20;
     const std::string file = dir.put("long.obj", "#" + std::string(80 << 20, 'x') + "\n" + k_cube);
@@ -185,7 +185,7 @@ TEST_F(ProgramFailure, MemoryThatRunsOutIsALimit) {
 }
 #endif
 
-TEST_F(ProgramFailure, TooManyChartsForTheTexture) {
+TEST_F(ProgramFailure, TooManyChartsForTheTextureIsAnUnwrapError) {
     const std::string reason = expect_refused(
         cube_grid(4), 5, {"--keep_seams", "--width", "8", "--height", "8", "--padding", "32"});
     EXPECT_NE(std::string::npos, reason.find("charts")) << reason;
@@ -197,7 +197,8 @@ TEST_F(ProgramFailure, TooManyChartsForTheTexture) {
 
 class ProgramSignal : public Program {
 protected:
-    /// Starts a long unwrap, waits until it has files open, and sends a signal.
+    /// Starts a long unwrap, sends a signal once its temporary file exists, and checks that the
+    /// temporary file is gone and the older output kept.
     Ended interrupted(int signal, int code) {
         dir.put("sheet_uv.obj", "older result");
         const std::string file = dir.put("sheet.obj", dome(300));
@@ -222,7 +223,7 @@ TEST_F(ProgramSignal, InterruptRemovesUnfinishedFiles) {
 
 TEST_F(ProgramSignal, TerminationRemovesUnfinishedFiles) { interrupted(SIGTERM, 143); }
 
-TEST_F(ProgramSignal, BrokenContractEndsWithItsOwnCode) {
+TEST_F(ProgramSignal, AbortReturnsTheCodeOfAnInternalError) {
     const Ended ended = interrupted(SIGABRT, 70);
     EXPECT_NE(std::string::npos, ended.err.find("tessora: internal error"));
 }

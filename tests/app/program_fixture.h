@@ -1,4 +1,4 @@
-/// What the tests of the whole program share.
+/// Fixture for tests that run the built program.
 #pragma once
 
 #include "host/io/obj_reader.h"
@@ -15,7 +15,7 @@ using Json = nlohmann::json;
 
 class Program : public testing::Test {
 protected:
-    /// Writes `text` as NAME and unwraps it with further words; the report goes to NAME.json.
+    /// Writes `text` as NAME and runs `tessora unwrap` on it with `words`; the report is NAME.json.
     Ended unwrap(const std::string& name, const std::string& text, Words words = {},
                  const Process::Setup& setup = {}) {
         words.insert(words.begin(),
@@ -24,14 +24,14 @@ protected:
     }
     Json report(const std::string& name) const { return Json::parse(dir.get(name + ".json")); }
 
-    /// The mesh in a file that the program wrote.
+    /// Parses an OBJ file that the program wrote.
     host::ObjDocument read(const std::string& name) const {
         host::ObjDocument document;
         host::IoError error;
         EXPECT_TRUE(host::parse_obj(name, dir.get(name), document, error)) << error.message;
         return document;
     }
-    /// Every corner is mapped, and into the unit square.
+    /// Expects that every corner has a UV inside the unit square.
     void expect_unwrapped(const std::string& name) const {
         const host::ObjDocument document = read(name);
         for (const uint32_t id : document.corner_texture)
@@ -41,13 +41,13 @@ protected:
             ASSERT_LE(value, 1.0f) << name;
         }
     }
-    /// Charts of a mesh of `text` when unwrapped with `words`.
+    /// Number of charts after unwrapping `text` with `words`.
     int charts(const std::string& text, const Words& words) {
         const Ended ended = unwrap("charts.obj", text, words);
         EXPECT_EQ(0, ended.code) << ended.err;
         return ended.code == 0 ? report("charts.obj")["charts"].get<int>() : -1;
     }
-    /// The bytes that unwrapping `text` gives.
+    /// The output file's content after unwrapping `text` with `words`.
     std::string result(const std::string& text, Words words = {}) {
         words.insert(words.end(), {"-o", dir.path("result.obj")});
         const Ended ended = unwrap("source.obj", text, words);
@@ -58,7 +58,7 @@ protected:
     Scratch dir;
 };
 
-/// `text` without its `vt` lines, and without the texture numbers of its face corners.
+/// `text` without its `vt` lines and without the texture indices of its face corners.
 inline std::string without_texture(const std::string& text) {
     std::istringstream in(text);
     std::string line, out;

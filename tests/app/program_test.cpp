@@ -1,11 +1,11 @@
-/// The program from outside: what it writes, says and answers when all is well.
+/// Successful runs of the built program: files, messages and exit codes.
 #include "tests/app/program_fixture.h"
 
 namespace {
 
 using namespace test;
 
-TEST_F(Program, VersionIsPrinted) {
+TEST_F(Program, VersionGoesToStandardOutput) {
     for (const Words& words : {Words{"--version"}, Words{"unwrap", "--version"}}) {
         const Ended ended = run(words);
         EXPECT_EQ(0, ended.code);
@@ -54,7 +54,7 @@ TEST_F(Program, OldTextureCoordinatesAreReplaced) {
     expect_unwrapped("result.obj");
 }
 
-TEST_F(Program, InPlaceReplacesTheInputAndKeepsTheOldFile) {
+TEST_F(Program, InPlaceReplacesTheInputAndKeepsABackup) {
     const Ended ended = run({"unwrap", "--in_place", dir.put("cube.obj", k_cube)});
     EXPECT_EQ(0, ended.code) << ended.err;
     EXPECT_EQ((Names{"cube.obj", "cube.obj.bak"}), dir.names());
@@ -62,7 +62,7 @@ TEST_F(Program, InPlaceReplacesTheInputAndKeepsTheOldFile) {
     expect_unwrapped("cube.obj");
 }
 
-TEST_F(Program, ReportHoldsTheFigures) {
+TEST_F(Program, ReportContainsTheFigures) {
     const Ended ended = unwrap("cube.obj", k_cube);
     ASSERT_EQ(0, ended.code) << ended.err;
     const Json json = report("cube.obj");
@@ -81,15 +81,15 @@ TEST_F(Program, ReportHoldsTheFigures) {
     EXPECT_GT(json["peak_mb"].get<double>(), 1.0);
 }
 
-// Fails when the plug-in words a stage differently: see app/stage_times.h.
-TEST_F(Program, ReportHoldsTheTimeOfEveryStage) {
+// Fails if the plug-in changes the text of a stage (see app/stage_times.h).
+TEST_F(Program, ReportContainsTheTimeOfEveryStage) {
     ASSERT_EQ(0, unwrap("cube.obj", k_cube).code);
     const Json seconds = report("cube.obj")["seconds"];
     for (const char* stage : {"read", "collect", "generate", "apply", "verify", "write", "total"})
         EXPECT_GE(seconds.value(stage, -1.0), 0.0) << stage;
 }
 
-TEST_F(Program, LayoutIsAPictureOfTheTexture) {
+TEST_F(Program, LayoutPictureHasTheAspectRatioOfTheTexture) {
     const Ended ended =
         unwrap("cube.obj", k_cube,
                {"--width", "300", "--height", "200", "--layout", dir.path("cube.png")});
@@ -106,7 +106,7 @@ TEST_F(Program, LayoutIsAPictureOfTheTexture) {
     EXPECT_EQ(dir.path("cube.png"), report("cube.obj")["layout"]);
 }
 
-TEST_F(Program, BesideWritesReportAndPictureToo) {
+TEST_F(Program, BesideAlsoWritesReportAndPicture) {
     const Ended ended = run({"unwrap", "--beside", dir.put("cube.obj", k_cube)});
     EXPECT_EQ(0, ended.code) << ended.err;
     EXPECT_EQ((Names{"cube.obj", "cube_uv.json", "cube_uv.obj", "cube_uv.png"}), dir.names());
@@ -114,7 +114,7 @@ TEST_F(Program, BesideWritesReportAndPictureToo) {
         EXPECT_NE(std::string::npos, ended.err.find(dir.path(name)));
 }
 
-TEST_F(Program, QuietSaysNothing) {
+TEST_F(Program, QuietPrintsNothing) {
     const Ended ended = unwrap("cube.obj", k_cube, {"--quiet", "--padding", "99"});
     EXPECT_EQ(0, ended.code);
     EXPECT_EQ("", ended.err);
@@ -122,7 +122,7 @@ TEST_F(Program, QuietSaysNothing) {
     EXPECT_EQ(Json{"--padding 99 counts as 32"}, report("cube.obj")["warnings"]);
 }
 
-TEST_F(Program, PlainLinesNameTheFileAndTheStages) {
+TEST_F(Program, ProgressLinesContainFileAndStage) {
     const Ended ended = unwrap("cube.obj", k_cube);
     for (const char* stage :
          {"reading", "extracting required data", "generating UV set", "applying UV set", "writing"})
@@ -133,7 +133,7 @@ TEST_F(Program, PlainLinesNameTheFileAndTheStages) {
     EXPECT_EQ(std::string::npos, ended.err.find('\r'));
 }
 
-TEST_F(Program, TerminalGetsABarThatIsTakenAway) {
+TEST_F(Program, TerminalShowsABarThatIsCleared) {
     Process::Setup setup;
     setup.terminal = true;
     const Ended ended = unwrap("sheet.obj", dome(40), {}, setup);
@@ -141,13 +141,13 @@ TEST_F(Program, TerminalGetsABarThatIsTakenAway) {
     EXPECT_NE(std::string::npos, ended.err.find("\r["));
     EXPECT_NE(std::string::npos, ended.err.find("] 100%"));
     EXPECT_NE(std::string::npos, ended.err.find("generating UV set"));
-    // What stands after the last clearing is the result alone.
+    // Only the result follows the last clearing of the line.
     const std::string rest = ended.err.substr(ended.err.rfind("\033[K") + 3);
     EXPECT_EQ(0u, rest.find("tessora: ")) << rest;
     EXPECT_EQ(std::string::npos, rest.find('\r'));
 }
 
-TEST_F(Program, StandardInputAndOutput) {
+TEST_F(Program, ReadsStandardInputAndWritesStandardOutput) {
     const std::string expected = result(k_cube);
     Process::Setup setup;
     setup.input = k_cube;
@@ -156,7 +156,7 @@ TEST_F(Program, StandardInputAndOutput) {
     EXPECT_EQ(expected, ended.out);
 }
 
-TEST_F(Program, PathsWithBlanksUnicodeAndDashes) {
+TEST_F(Program, AcceptsPathsWithBlanksUnicodeAndDashes) {
     Process::Setup setup;
     setup.directory = dir.root();
     dir.put("-a \xC3\xA9\xE5\xBD\xA2.obj", k_cube);
@@ -172,7 +172,7 @@ TEST_F(Program, SameInputGivesSameBytes) {
     EXPECT_EQ(dir.get("1.png"), dir.get("2.png"));
 }
 
-TEST_F(Program, UnitOfLengthDoesNotMatter) {
+TEST_F(Program, ScalingTheMeshDoesNotChangeTheUvs) {
     const auto uvs = [this](double scale) {
         result(dome(12, scale), {"--stretch", "0.02"});
         return read("result.obj").texture_coords;
@@ -182,7 +182,7 @@ TEST_F(Program, UnitOfLengthDoesNotMatter) {
     EXPECT_EQ(expected, uvs(0.001));
 }
 
-TEST_F(Program, OldUvsDoNotMatterUnlessSeamsAreKept) {
+TEST_F(Program, OldUvsHaveNoEffectUnlessSeamsAreKept) {
     EXPECT_EQ(result(k_cube), result(k_cube_with_uvs));
 }
 
@@ -193,7 +193,7 @@ TEST_F(Program, KeepSeamsCutsWhereTheOldUvsWereCut) {
     EXPECT_EQ(std::string::npos, ended.err.find("warning"));
 }
 
-TEST_F(Program, KeepSeamsOnAMeshWithoutUvsWarnsBeforeItStarts) {
+TEST_F(Program, KeepSeamsOnAMeshWithoutUvsWarnsBeforeTheUnwrap) {
     const Ended ended = unwrap("cube.obj", k_cube, {"--keep_seams"});
     ASSERT_EQ(0, ended.code) << ended.err;
     const size_t warning = ended.err.find("warning: " + dir.path("cube.obj") +
@@ -204,17 +204,17 @@ TEST_F(Program, KeepSeamsOnAMeshWithoutUvsWarnsBeforeItStarts) {
     EXPECT_EQ(1u, report("cube.obj")["warnings"].size());
 }
 
-TEST_F(Program, RidgesAndGroovesAreCutFromTheirAngle) {
+TEST_F(Program, RidgesAndGroovesAreCutAtTheirAngleAndAbove) {
     EXPECT_EQ(6, charts(cube_grid(2), {"--use_ridges", "--ridge_angle", "40"}));
     EXPECT_LT(charts(cube_grid(2), {"--use_ridges", "--ridge_angle", "100"}), 6);
     EXPECT_LT(charts(cube_grid(2), {"--use_ridges", "off", "--ridge_angle", "40"}), 6);
     const int sides = charts(l_shape(), {"--use_ridges", "--ridge_angle", "40"});
     EXPECT_EQ(8, charts(l_shape(), {"--use_ridges", "--ridge_angle", "40", "--use_grooves",
                                     "--groove_angle", "40"}));
-    EXPECT_EQ(7, sides); // the two sides of the groove stay together
+    EXPECT_EQ(7, sides); // the faces beside the groove share a chart
 }
 
-TEST_F(Program, SmallerStretchLimitIsKept) {
+TEST_F(Program, SmallStretchLimitIsMetWithMoreCharts) {
     const std::string text = dome(12);
     const int loose = charts(text, {"--stretch", "1"});
     const int tight = charts(text, {"--stretch", "0.0001"});
@@ -222,7 +222,7 @@ TEST_F(Program, SmallerStretchLimitIsKept) {
     EXPECT_LE(report("charts.obj")["stretch"].get<double>(), 0.0001 + 1e-6);
 }
 
-TEST_F(Program, SizeAndPaddingShapeTheResult) {
+TEST_F(Program, TextureSizeAndPaddingChangeTheUvs) {
     const std::string text = cube_grid(3);
     const std::string plain = result(text);
     EXPECT_NE(plain, result(text, {"--padding", "20"}));
@@ -236,21 +236,21 @@ TEST_F(Program, HighQualityIsAcceptedAndReported) {
     EXPECT_EQ(true, report("cube.obj")["settings"]["high_quality"]);
 }
 
-TEST_F(Program, CarriedSettingsChangeNothing) {
+TEST_F(Program, SettingsWithoutEffectDoNotChangeTheResult) {
     const std::string plain = result(k_cube);
     EXPECT_EQ(plain, result(k_cube, {"--charts", "5"}));
     EXPECT_EQ(plain, result(k_cube, {"--adjacency_method", "1"}));
     EXPECT_EQ(plain, result(k_cube, {"--epsilon", "10"}));
 }
 
-TEST_F(Program, MapchannelNamesTheSetThatIsWritten) {
+TEST_F(Program, MapchannelDoesNotChangeTheWrittenUvs) {
     const std::string plain = result(k_cube);
     EXPECT_EQ(plain, result(k_cube, {"--mapchannel", "lightmap"}));
     EXPECT_EQ("lightmap", report("source.obj")["settings"]["mapchannel"]);
     EXPECT_EQ(plain, result(k_cube_with_uvs, {"--mapchannel", "lightmap"}));
 }
 
-TEST_F(Program, ValuesOutOfRangeAreCorrectedAndReported) {
+TEST_F(Program, OutOfRangeValuesAreClampedWithAWarning) {
     const Ended ended = unwrap("cube.obj", k_cube, {"--width", "4", "--stretch", "7"});
     EXPECT_EQ(0, ended.code) << ended.err;
     EXPECT_NE(std::string::npos, ended.err.find("warning: --width 4 counts as 8"));
@@ -260,7 +260,7 @@ TEST_F(Program, ValuesOutOfRangeAreCorrectedAndReported) {
     EXPECT_EQ(2u, json["warnings"].size());
 }
 
-TEST_F(Program, PolygonsThatRepeatAVertexAreUnwrappedAndKept) {
+TEST_F(Program, PolygonsThatRepeatAVertexAreUnwrapped) {
     const std::string text = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 2 0 1\n"
                              "f 1 1 2 3\nf 1 3 4 4\nf 2 5 3\n";
     const Ended ended = unwrap("odd.obj", text);
@@ -271,7 +271,7 @@ TEST_F(Program, PolygonsThatRepeatAVertexAreUnwrappedAndKept) {
     EXPECT_EQ(1u, report("odd.obj")["warnings"].size());
 }
 
-TEST_F(Program, PolygonsThatCrowdOneAnotherStayWhole) {
+TEST_F(Program, CoincidentPolygonsAreNotTorn) {
     const std::string text = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 2 0 1\n"
                              "f 1 1 2 3\nf 1 2 3 2\nf 2 5 3\n" +
                              std::string("f 1 2 3 4\nf 1 2 3 4\nf 4 3 2 1\n");
@@ -282,7 +282,7 @@ TEST_F(Program, PolygonsThatCrowdOneAnotherStayWhole) {
     EXPECT_EQ(2u, report("crowd.obj")["warnings"].size());
 }
 
-TEST_F(Program, SeveralProcessesShareADirectory) {
+TEST_F(Program, SeveralProcessesCanWriteIntoOneDirectory) {
     std::vector<std::unique_ptr<Process>> all;
     for (int i = 0; i < 4; ++i)
         all.push_back(std::make_unique<Process>(

@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(ProgressBar, ShowsTheShareDone) {
+TEST(ProgressBar, ShowsThePercentageAsABar) {
     EXPECT_EQ("[------------------------]   0%  m.obj: reading",
               app::progress_bar("m.obj", "reading", 0, 79));
     EXPECT_EQ("[############------------]  50%  m.obj: reading",
@@ -13,18 +13,18 @@ TEST(ProgressBar, ShowsTheShareDone) {
               app::progress_bar("m.obj", "reading", 100, 79));
 }
 
-TEST(ProgressBar, NeverExceedsTheTerminal) {
+TEST(ProgressBar, IsCutToTheWidthOfTheTerminal) {
     EXPECT_EQ(20u, app::progress_bar("m.obj", "reading", 50, 20).size());
     EXPECT_EQ("", app::progress_bar("m.obj", "reading", 50, -1));
 }
 
-TEST(ProgressDisplay, LinesTellOfStagesOnce) {
+TEST(ProgressDisplay, LinesPrintEachStageOnce) {
     testing::internal::CaptureStderr();
     {
         app::ProgressDisplay progress(app::ProgressDisplay::lines, "m.obj");
         progress.begin_stage("reading");
         progress.begin_stage("reading");
-        progress.set_percent(10); // too soon after the stage's line
+        progress.set_percent(10); // within a second of the stage's line, so not printed
         progress.begin_stage("writing");
     }
     EXPECT_EQ("tessora: m.obj: reading\ntessora: m.obj: writing\n",
@@ -46,7 +46,7 @@ TEST(ProgressDisplay, BarIsRedrawnAndCleared) {
               testing::internal::GetCapturedStderr());
 }
 
-TEST(ProgressDisplay, SilentSaysNothing) {
+TEST(ProgressDisplay, SilentPrintsNothing) {
     testing::internal::CaptureStderr();
     {
         app::ProgressDisplay progress(app::ProgressDisplay::silent, "m");

@@ -8,7 +8,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-TEST(Report, HoldsEveryFigureOfASuccess) {
+TEST(Report, ContainsEveryFigureAfterASuccess) {
     app::UnwrapReport report;
     report.input = "a.obj";
     report.output = "b.obj";
@@ -55,7 +55,7 @@ TEST(Report, HoldsEveryFigureOfASuccess) {
     EXPECT_EQ(Json{"w"}, json["warnings"]);
 }
 
-TEST(Report, EmptyListsAreLists) {
+TEST(Report, EmptyListsAreJsonArrays) {
     app::UnwrapReport report;
     report.result = app::UnwrapResult{};
     const Json json = Json::parse(to_json(report));
@@ -63,7 +63,7 @@ TEST(Report, EmptyListsAreLists) {
     EXPECT_EQ(Json::array(), json["warnings"]);
 }
 
-TEST(Report, FailureHasAReasonAndNoResult) {
+TEST(Report, FailureContainsAReasonAndNoResult) {
     app::UnwrapReport report;
     report.code = 3;
     report.reason = "no mesh";
@@ -76,19 +76,19 @@ TEST(Report, FailureHasAReasonAndNoResult) {
         EXPECT_EQ(0u, json.count(key)) << key;
 }
 
-TEST(Report, MeasuresBecomeAnObject) {
+TEST(Report, MeasuresAreAJsonObject) {
     app::UnwrapReport report;
     report.measures = "{\"flips\": 0}";
     EXPECT_EQ(0, Json::parse(to_json(report))["measures"]["flips"]);
 }
 
-TEST(Report, NamesThatAreNoUtf8DoNotBreakIt) {
+TEST(Report, FileNamesWithInvalidUtf8AreReplaced) {
     app::UnwrapReport report;
     report.input = "a\xFF.obj";
     EXPECT_EQ("a\xEF\xBF\xBD.obj", Json::parse(to_json(report))["input"]);
 }
 
-TEST(Report, PeakMemoryIsMeasured) {
+TEST(Report, PeakMemoryGrowsWithAllocations) {
     const double before = app::peak_memory_mb();
     EXPECT_GT(before, 0.5);
     const std::vector<char> block(64 << 20, 'x');

@@ -1,4 +1,4 @@
-/// A directory of a test's own, removed with everything in it when the test ends.
+/// A temporary directory, removed with its content when the test ends.
 #pragma once
 
 #include "tests/fixtures/temporary.h"
@@ -40,7 +40,7 @@ public:
         return out.str();
     }
     bool has(const std::string& name) const { return std::filesystem::exists(path(name)); }
-    /// Names in the directory, sorted.
+    /// File names in the directory, sorted.
     std::vector<std::string> names() const {
         std::vector<std::string> found;
         for (const auto& entry : std::filesystem::directory_iterator(root_))

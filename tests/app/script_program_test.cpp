@@ -1,5 +1,5 @@
-/// Scripts, statements and the prompt of the built program, and scenes that go from one run of it
-/// to the next.
+/// The commands `script`, `-c` and `shell` of the built program, and scenes saved by one process
+/// and opened by the next.
 #include "tests/app/program_fixture.h"
 
 namespace {
@@ -17,7 +17,7 @@ protected:
         setup.input = input;
         return run({"shell"}, setup);
     }
-    /// `statements` in a process of their own, all well; what they print.
+    /// Runs statements in a new process, expects success, and returns the printed text.
     std::string in_a_process(const std::string& statements) {
         const Ended ended = run({"-c", statements});
         EXPECT_EQ(0, ended.code) << ended.err;
@@ -26,13 +26,13 @@ protected:
     std::string quoted(const std::string& name) const { return '"' + dir.path(name) + '"'; }
 };
 
-TEST_F(Script, GetsItsArguments) {
+TEST_F(Script, ReceivesItsArgumentsInArgv) {
     const Ended ended = script("global string $argv[]; print $argv;", {"one", "two words", "-3"});
     EXPECT_EQ(0, ended.code) << ended.err;
     EXPECT_EQ("one\ntwo words\n-3\n", ended.out);
 }
 
-TEST_F(Script, GivesTheExitCodeItQuitsWith) {
+TEST_F(Script, QuitSetsTheExitCode) {
     EXPECT_EQ(9, script("quit -exitCode 9; print \"never\";").code);
 }
 
@@ -58,7 +58,7 @@ TEST_F(Script, MissingFileIsAnInputError) {
     EXPECT_NE(std::string::npos, ended.err.find("none.mel")) << ended.err;
 }
 
-TEST_F(Script, WithoutAFileIsAUsageError) {
+TEST_F(Script, MissingOrSurplusArgumentsAreUsageErrors) {
     EXPECT_EQ(2, run({"script"}).code);
     EXPECT_EQ(2, run({"-c"}).code);
     EXPECT_EQ(2, run({"shell", "surplus"}).code);
@@ -73,14 +73,14 @@ TEST_F(Script, UnwrapsAndExports) {
     expect_unwrapped("ring.obj");
 }
 
-TEST_F(Script, ShellGoesOnAfterAnErrorAndTellsItAtTheEnd) {
+TEST_F(Script, ShellContinuesAfterAnErrorAndReturnsOneAtTheEnd) {
     const Ended ended = shell("nonsense;\nprint \"still here\\n\";\n");
     EXPECT_EQ(1, ended.code);
     EXPECT_EQ("still here\n", ended.out);
     EXPECT_NE(std::string::npos, ended.err.find("nonsense")) << ended.err;
 }
 
-TEST_F(Script, ShellStatementSpansLines) {
+TEST_F(Script, ShellStatementsMaySpanLines) {
     EXPECT_EQ("3\n5\n", shell("for ($i = 1; $i < 3; $i++) {\nint $odd = 1 + 2 * $i;\n"
                               "print ($odd + \"\\n\");\n}\n")
                             .out);
@@ -92,7 +92,7 @@ TEST_F(Script, ShellEndsWithQuit) {
     EXPECT_EQ("", ended.out);
 }
 
-TEST_F(Script, SceneOfAnUnwrappedTweakedMeshGivesTheSameUvsInANewProcess) {
+TEST_F(Script, SavedSceneOfATweakedUnwrapComputesTheSameUvsInANewProcess) {
     in_a_process("loadPlugin tessora; polySphere -n ball -sx 16 -sy 12; "
                  "move -r 0.1 0 0.05 ball.vtx[20]; tessora -pad 4 -stretch 0.05; "
                  "dgeval ballShape.outMesh; file -f -exportAll -type \"OBJexport\" " +
@@ -105,7 +105,7 @@ TEST_F(Script, SceneOfAnUnwrappedTweakedMeshGivesTheSameUvsInANewProcess) {
     EXPECT_EQ(dir.get("before.obj"), dir.get("after.obj"));
 }
 
-TEST_F(Script, UnknownNodesKeepEveryLineThroughANewProcess) {
+TEST_F(Script, UnknownNodesAreSavedUnchangedByANewProcess) {
     const std::string unknown = "createNode strangeLocator -n \"marker1\";\n"
                                 "\taddAttr -ci true -sn \"mk\" -ln \"mark\" -at \"double\";\n"
                                 "\tsetAttr \".mk\" 2.5;\n"

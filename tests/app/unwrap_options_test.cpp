@@ -19,7 +19,7 @@ std::string refusal(const Words& words) {
     return error;
 }
 
-TEST(UnwrapOptions, DefaultsAreTheCommandsOwn) {
+TEST(UnwrapOptions, DefaultsEqualThoseOfThePluginCommand) {
     const app::UnwrapRequest r = parsed({"m.obj"});
     EXPECT_EQ("map1", r.settings.mapchannel);
     EXPECT_EQ(0, r.settings.charts);
@@ -91,7 +91,7 @@ TEST(UnwrapOptions, EverySettingIsRead) {
     EXPECT_TRUE(r.quiet);
 }
 
-TEST(UnwrapOptions, ValuesOutOfRangeAreWarnedOf) {
+TEST(UnwrapOptions, OutOfRangeValuesAddWarnings) {
     EXPECT_EQ(Words{"--padding -1 counts as 0"}, parsed({"m.obj", "--padding", "-1"}).warnings);
     EXPECT_EQ((Words{"--stretch 1.5 counts as 1.0", "--width 4 counts as 8"}),
               parsed({"m.obj", "--width", "4", "--stretch", "1.5"}).warnings);
@@ -110,7 +110,7 @@ TEST(UnwrapOptions, OutputIsNamedAfterTheInput) {
     EXPECT_EQ("a/.obj_uv", app::default_output("a/.obj"));
 }
 
-TEST(UnwrapOptions, BesideNamesReportAndPictureAfterTheOutput) {
+TEST(UnwrapOptions, BesideDerivesReportAndPictureNamesFromTheOutput) {
     const app::UnwrapRequest plain = parsed({"--beside", "a.b/m.obj"});
     EXPECT_EQ("a.b/m_uv.json", plain.report);
     EXPECT_EQ("a.b/m_uv.png", plain.layout);
@@ -126,19 +126,19 @@ TEST(UnwrapOptions, InPlaceWritesOverTheInput) {
     EXPECT_EQ("m.obj", parsed({"--in-place", "m.obj"}).output);
 }
 
-TEST(UnwrapOptions, StandardStreamsHaveADash) {
+TEST(UnwrapOptions, DashMeansStandardInputOrOutput) {
     const app::UnwrapRequest r = parsed({"-", "-o", "-"});
     EXPECT_EQ("-", r.input);
     EXPECT_EQ("-", r.output);
 }
 
-TEST(UnwrapOptions, NamesThatStartWithADashFollowTwo) {
+TEST(UnwrapOptions, NamesThatStartWithADashAreAcceptedAfterADoubleDash) {
     EXPECT_EQ("-m.obj", parsed({"--", "-m.obj"}).input);
 }
 
 TEST(UnwrapOptions, HelpNeedsNoInput) { EXPECT_TRUE(parsed({"--help"}).help); }
 
-TEST(UnwrapOptions, HelpNamesEveryOptionAndWhatHasNoEffect) {
+TEST(UnwrapOptions, HelpListsEveryOptionAndThoseWithoutEffect) {
     const std::string help = app::unwrap_help();
     for (const char* name :
          {"mapchannel", "charts",       "stretch",          "padding",     "width",
@@ -155,7 +155,7 @@ TEST(UnwrapOptions, HelpNamesEveryOptionAndWhatHasNoEffect) {
     EXPECT_NE(help.npos, help.find("exit codes:"));
 }
 
-TEST(UnwrapOptionsRefuse, NoInputAndTwoInputs) {
+TEST(UnwrapOptionsRefuse, MissingInputAndSecondInput) {
     EXPECT_EQ("which mesh? unwrap needs an INPUT file", refusal({}));
     EXPECT_EQ("which mesh? unwrap needs an INPUT file", refusal({""}));
     EXPECT_EQ("one INPUT at a time, and 'b.obj' is a second; -o names the output",
@@ -180,12 +180,12 @@ TEST(UnwrapOptions, ViewShowsAllPanelsUnlessOneIsNamed) {
     EXPECT_EQ(Words{"--view_width 10000 counts as 8192"}, one.warnings);
 }
 
-TEST(UnwrapOptionsRefuse, PanelsThatAreNotThere) {
+TEST(UnwrapOptionsRefuse, UnknownPanels) {
     EXPECT_EQ("--view_panel: 'left' is not all, top, front, side or persp",
               refusal({"a.obj", "--view", "v.png", "--view_panel", "left"}));
 }
 
-TEST(UnwrapOptionsRefuse, TheInputAsOutput) {
+TEST(UnwrapOptionsRefuse, InputAsOutput) {
     test::Scratch dir;
     const std::string file = dir.put("m.obj", "x");
     const std::string other = dir.root() + "/./m.obj";
@@ -195,7 +195,7 @@ TEST(UnwrapOptionsRefuse, TheInputAsOutput) {
               refusal({"m.obj", "--report", "m.obj"}));
 }
 
-TEST(UnwrapOptionsRefuse, ContradictionsAboutOutputs) {
+TEST(UnwrapOptionsRefuse, ContradictoryOutputs) {
     EXPECT_EQ("--in_place and -o exclude each other", refusal({"m.obj", "--in_place", "-o", "n"}));
     EXPECT_EQ("--in_place needs a file; standard input has no place", refusal({"-", "--in_place"}));
     EXPECT_EQ("standard input needs -o OUTPUT ('-o -' for standard output)", refusal({"-"}));

@@ -1,4 +1,4 @@
-/// Pictures of the panels that the program takes.
+/// `tessora unwrap --view` and `panelPicture`: pictures of the model panels.
 #include "tests/app/program_fixture.h"
 
 #include <cstdlib>
@@ -32,14 +32,14 @@ struct Pixels {
     size_t blue() const { return count(0, 0, 255); }
 };
 
-/// A cube with the coordinates that a first unwrap gives it: they have seams.
+/// `mapped` is a cube that was unwrapped before, so its UVs have seams.
 class ViewPicture : public Program {
 protected:
     ViewPicture() : mapped(result(k_cube, {})) {}
     std::string mapped;
 };
 
-TEST_F(ViewPicture, ShowsKeptSeamsGreenAndNewOnesBlue) {
+TEST_F(ViewPicture, DrawsKeptSeamsGreenAndNewSeamsBlue) {
     const Ended kept =
         unwrap("m.obj", mapped, {"--keep_seams", "--use_ridges", "--view", dir.path("kept.png")});
     ASSERT_EQ(0, kept.code) << kept.err;
@@ -56,7 +56,7 @@ TEST_F(ViewPicture, ShowsKeptSeamsGreenAndNewOnesBlue) {
     EXPECT_GT(Pixels(dir.get("new.png")).blue(), 300u);
 }
 
-TEST_F(ViewPicture, ShowsOnePanelInTheSizeAsked) {
+TEST_F(ViewPicture, DrawsOnePanelInTheRequestedSize) {
     const Ended ended =
         unwrap("m.obj", mapped,
                {"--view", dir.path("v.png"), "--view_panel", "persp", "--view_width", "320"});
@@ -67,7 +67,7 @@ TEST_F(ViewPicture, ShowsOnePanelInTheSizeAsked) {
     EXPECT_EQ(picture.count(0, 0, 0), 0u); // no gap between panels
 }
 
-TEST_F(ViewPicture, IsTheSameForTheSameMesh) {
+TEST_F(ViewPicture, IsIdenticalForTheSameMesh) {
     for (const char* name : {"1.png", "2.png"})
         ASSERT_EQ(0, unwrap("m.obj", mapped, {"--view", dir.path(name)}).code);
     EXPECT_EQ(dir.get("1.png"), dir.get("2.png"));
@@ -83,7 +83,7 @@ TEST_F(ViewPicture, GoesToStandardOutputWhenAsked) {
     EXPECT_EQ(Pixels(ended.out).width, 64u);
 }
 
-TEST_F(ViewPicture, ThatCannotBeWrittenLeavesNothing) {
+TEST_F(ViewPicture, UnwritableViewLeavesNoOutput) {
     const Ended ended = unwrap("m.obj", mapped, {"--view", dir.path("none/v.png")});
     EXPECT_EQ(7, ended.code);
     EXPECT_NE(ended.err.find("none/v.png: cannot be written: No such file or directory"),
@@ -93,7 +93,7 @@ TEST_F(ViewPicture, ThatCannotBeWrittenLeavesNothing) {
         EXPECT_EQ(name.find("m_uv"), std::string::npos) << name;
 }
 
-TEST_F(ViewPicture, WithoutAContextIsRefusedBeforeTheWork) {
+TEST_F(ViewPicture, MissingOpenGlIsFoundBeforeTheUnwrap) {
     ASSERT_EQ(0, ::setenv("__EGL_VENDOR_LIBRARY_FILENAMES", "/none", 1));
     const Ended ended = unwrap("m.obj", mapped, {"--view", dir.path("v.png")});
     ::unsetenv("__EGL_VENDOR_LIBRARY_FILENAMES");
@@ -104,7 +104,7 @@ TEST_F(ViewPicture, WithoutAContextIsRefusedBeforeTheWork) {
     EXPECT_EQ(ended.err.find("generating"), std::string::npos) << ended.err;
 }
 
-TEST_F(ViewPicture, IsWrittenByScriptsToo) {
+TEST_F(ViewPicture, CanBeWrittenByAScript) {
     const Ended ended = run({"-c", "polySphere; viewFit -all; panelPicture -panel modelPanel4 "
                                    "-w 320 -h 240 \"" +
                                        dir.path("ball.png") + "\""});
