@@ -17,14 +17,14 @@ struct Sheet {
 
     explicit Sheet(int64_t triangles) {
         const uint32_t n = uint32_t(std::sqrt(double(triangles) / 2));
-        for (uint32_t y = 0; y <= n; y++)
-            for (uint32_t x = 0; x <= n; x++) {
+        for (uint32_t y = 0; y <= n; ++y)
+            for (uint32_t x = 0; x <= n; ++x) {
                 const float u = float(x) / float(n), v = float(y) / float(n);
                 for (float p : {u, v, 0.12f * std::sin(21 * u) * std::cos(17 * v)})
                     positions.push_back(p);
             }
         // Neighbours across the edges that start at corners 0, 1 and 2.
-        for (uint32_t cell = 0; cell < n * n; cell++) {
+        for (uint32_t cell = 0; cell < n * n; ++cell) {
             const uint32_t x = cell % n, y = cell / n, a = y * (n + 1) + x, t = 2 * cell;
             for (uint32_t v : {a, a + 1, a + n + 2, a, a + n + 2, a + n + 1})
                 indices.push_back(v);
@@ -68,9 +68,9 @@ void clusters(benchmark::State& state) {
 /// The sheet projected along its middle normal, ready to be relaxed.
 Patch projected(const Surface& s) {
     Patch patch;
-    for (uint32_t v = 0; v < s.vertex_count; v++)
+    for (uint32_t v = 0; v < s.vertex_count; ++v)
         patch.add_vertex({s.position[v].x, s.position[v].y}, false);
-    for (uint32_t t = 0; t < s.face_count; t++)
+    for (uint32_t t = 0; t < s.face_count; ++t)
         patch.add_face(s.frame[t], s.vertex[3 * t], s.vertex[3 * t + 1], s.vertex[3 * t + 2]);
     return patch;
 }
@@ -99,14 +99,14 @@ void arap_two_steps(benchmark::State& state) {
 
 void smallest_box(benchmark::State& state) {
     std::vector<Vec2> ring(size_t(state.range(0)));
-    for (size_t i = 0; i < ring.size(); i++) {
+    for (size_t i = 0; i < ring.size(); ++i) {
         const double turn = 6.283185307179586 * double(i) / double(ring.size());
         const double radius = 1 + 0.1 * std::sin(9 * turn);
         ring[i] = {radius * std::cos(turn), radius * std::sin(turn)};
     }
     for (auto _ : state) {
         std::vector<Vec2> points = ring;
-        benchmark::DoNotOptimize(least_box(points));
+        benchmark::DoNotOptimize(min_area_box(points));
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }

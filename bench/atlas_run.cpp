@@ -71,20 +71,20 @@ double turn(Point a, Point b, Point c) {
 void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
     const size_t count = corners.size();
     double n[3] = {0, 0, 0};
-    for (size_t i = 0; i < count; i++) {
+    for (size_t i = 0; i < count; ++i) {
         const float* a = &mesh.positions[3 * corners[i]];
         const float* b = &mesh.positions[3 * corners[(i + 1) % count]];
-        for (int k = 0; k < 3; k++)
+        for (int k = 0; k < 3; ++k)
             n[k] +=
                 double(a[(k + 1) % 3] - b[(k + 1) % 3]) * double(a[(k + 2) % 3] + b[(k + 2) % 3]);
     }
     int drop = 0;
-    for (int k = 1; k < 3; k++)
+    for (int k = 1; k < 3; ++k)
         if (std::fabs(n[k]) > std::fabs(n[drop]))
             drop = k;
     std::vector<Point> flat(count);
     std::vector<uint32_t> left(count);
-    for (uint32_t i = 0; i < count; i++) {
+    for (uint32_t i = 0; i < count; ++i) {
         const float* p = &mesh.positions[3 * corners[i]];
         flat[i] = {p[(drop + 1) % 3], p[(drop + 2) % 3] * (n[drop] < 0 ? -1.0 : 1.0)};
         left[i] = i;
@@ -95,7 +95,7 @@ void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
     while (left.size() > 3) {
         size_t best = left.size();
         double best_quality = 0;
-        for (size_t i = 0; i < left.size(); i++) {
+        for (size_t i = 0; i < left.size(); ++i) {
             const size_t m = left.size();
             const Point a = flat[left[(i + m - 1) % m]], b = flat[left[i]],
                         c = flat[left[(i + 1) % m]];
@@ -103,7 +103,7 @@ void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
             if (!(area > 0))
                 continue;
             bool ear = true;
-            for (size_t j = 0; j < m && ear; j++) {
+            for (size_t j = 0; j < m && ear; ++j) {
                 const Point p = flat[left[j]];
                 const auto same = [&](Point q) { return p.x == q.x && p.y == q.y; };
                 if (!same(a) && !same(b) && !same(c))
@@ -126,7 +126,7 @@ void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
         left.erase(left.begin() + long(best));
     }
     mesh.triangle(corners[left[0]], corners[left[1]], corners[left[2]]);
-    for (size_t i = 0; i < 3; i++)
+    for (size_t i = 0; i < 3; ++i)
         sides.push_back({left[i], left[(i + 1) % 3]});
     for (auto [a, b] : sides)
         mesh.false_edges.push_back((a + 1) % count == b ? k_none : 0u);
@@ -146,14 +146,14 @@ bool load(const Request& request, TestMesh& mesh) {
         low = std::min(low, document.positions[i]);
         high = std::max(high, document.positions[i]);
     }
-    for (int copy = 0; copy < request.copies; copy++) {
+    for (int copy = 0; copy < request.copies; ++copy) {
         const uint32_t base = uint32_t(mesh.positions.size() / 3);
-        for (size_t i = 0; i < document.positions.size(); i++)
+        for (size_t i = 0; i < document.positions.size(); ++i)
             mesh.positions.push_back(document.positions[i] +
                                      (i % 3 == 0 ? float(copy) * (high - low) : 0.0f));
-        for (size_t p = 0; p < document.polygon_count(); p++) {
+        for (size_t p = 0; p < document.polygon_count(); ++p) {
             std::vector<uint32_t> corners;
-            for (uint32_t c = document.corner_begin[p]; c < document.corner_begin[p + 1]; c++) {
+            for (uint32_t c = document.corner_begin[p]; c < document.corner_begin[p + 1]; ++c) {
                 uint32_t v = base + document.corner_vertex[c];
                 if (std::find(corners.begin(), corners.end(), v) != corners.end())
                     v = mesh.vertex(mesh.positions[3 * v], mesh.positions[3 * v + 1],
@@ -172,21 +172,21 @@ void cut_bends(TestMesh& mesh, double degrees) {
     const double limit = std::cos(degrees * 3.14159265358979 / 180);
     const auto normal = [&](uint32_t t, double* n) {
         const float* p[3];
-        for (int k = 0; k < 3; k++)
+        for (int k = 0; k < 3; ++k)
             p[k] = &mesh.positions[3 * mesh.indices[3 * t + k]];
         double e[3], f[3];
-        for (int k = 0; k < 3; k++)
+        for (int k = 0; k < 3; ++k)
             e[k] = p[1][k] - p[0][k], f[k] = p[2][k] - p[0][k];
         double size = 0;
-        for (int k = 0; k < 3; k++) {
+        for (int k = 0; k < 3; ++k) {
             n[k] = e[(k + 1) % 3] * f[(k + 2) % 3] - e[(k + 2) % 3] * f[(k + 1) % 3];
             size += n[k] * n[k];
         }
-        for (int k = 0; k < 3 && size > 0; k++)
+        for (int k = 0; k < 3 && size > 0; ++k)
             n[k] /= std::sqrt(size);
     };
     std::vector<uint32_t> open;
-    for (uint32_t h = 0; h < mesh.indices.size(); h++) {
+    for (uint32_t h = 0; h < mesh.indices.size(); ++h) {
         if (mesh.adjacency[h] == k_none || mesh.false_edges[h] != k_none)
             continue;
         double a[3], b[3];
@@ -208,9 +208,9 @@ void dump(const std::string& file, const TestMesh& mesh, const Result& result) {
                      double(mesh.positions[i + 1]), double(mesh.positions[i + 2]));
     for (size_t i = 0; i < result.uvs.size(); i += 2)
         std::fprintf(out, "vt %.9g %.9g\n", double(result.uvs[i]), double(result.uvs[i + 1]));
-    for (uint32_t t = 0; t < mesh.faces(); t++) {
+    for (uint32_t t = 0; t < mesh.faces(); ++t) {
         std::fprintf(out, "f");
-        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
             std::fprintf(out, " %u/%u", mesh.indices[c] + 1, result.indices[c] + 1);
         std::fprintf(out, "\n");
     }
@@ -218,7 +218,7 @@ void dump(const std::string& file, const TestMesh& mesh, const Result& result) {
 }
 
 bool parse(int count, char** words, Request& request) {
-    for (int i = 1; i < count; i++) {
+    for (int i = 1; i < count; ++i) {
         const std::string word = words[i];
         const auto value = [&]() { return i + 1 < count ? words[++i] : words[0]; };
         if (word == "--fast")
@@ -265,7 +265,7 @@ int run(const Request& request) {
     Failure failure;
     double best = 1e30;
     const double held = reset_peak(); // the mesh and what is left of reading it
-    for (int i = 0; i < request.repeat; i++) {
+    for (int i = 0; i < request.repeat; ++i) {
         const double start = cpu_seconds();
         failure = request.packed ? create(view, request.options, result)
                                  : partition(view, request.options, result, adjacency);

@@ -24,14 +24,14 @@ void join(std::vector<uint32_t>& parent, uint32_t a, uint32_t b) {
 
 void number_atoms(const Surface& s, Atoms& atoms) {
     std::vector<uint32_t> parent(s.face_count);
-    for (uint32_t t = 0; t < s.face_count; t++)
+    for (uint32_t t = 0; t < s.face_count; ++t)
         parent[t] = t;
-    for (uint32_t h = 0; h < 3 * s.face_count; h++)
+    for (uint32_t h = 0; h < 3 * s.face_count; ++h)
         if (s.false_edge[h])
             join(parent, h / 3, s.mate[h] / 3);
     atoms.count = 0;
     atoms.of_face.assign(s.face_count, k_none);
-    for (uint32_t t = 0; t < s.face_count; t++) {
+    for (uint32_t t = 0; t < s.face_count; ++t) {
         const uint32_t root = find(parent, t);
         if (root == t)
             atoms.of_face[t] = atoms.count++;
@@ -40,39 +40,40 @@ void number_atoms(const Surface& s, Atoms& atoms) {
     }
 }
 
-/// Whether an atom's triangles, joined over their false edges, form a piece of a plane: one or more
-/// border loops, no handle, no triangle with two corners in one place.
+/// Checks whether triangles joined across their false edges can be a polygon, possibly with holes:
+/// at least one border loop, no handle, no triangle with two corners glued together.
 class PolygonTest {
 public:
     explicit PolygonTest(const Surface& s) : s_(s), seen_(3 * size_t(s.face_count), 0) {
         class_.resize(3 * size_t(s.face_count));
     }
-    bool possible(const std::vector<uint32_t>& faces) {
-        int nodes = 0, borders = 0, loops = 0, joined = 0;
+    bool can_be_polygon(const std::vector<uint32_t>& faces) {
+        int nodes = 0, borders = 0, loops = 0, inner = 0;
         for (uint32_t t : faces)
-            for (uint32_t c = 3 * t; c < 3 * t + 3; c++) {
+            for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
                 if (!seen_[c]) {
                     mark_corner_fan(c);
-                    nodes++;
+                    ++nodes;
                 }
-                s_.false_edge[c] ? joined++ : borders++;
+                ++(s_.false_edge[c] ? inner : borders);
             }
         for (uint32_t t : faces)
-            for (uint32_t c = 3 * t; c < 3 * t + 3; c++) {
+            for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
                 if (class_[c] == class_[next_corner(c)])
                     return false;
                 if (!s_.false_edge[c] && seen_[c] == 1) {
-                    loops++;
+                    ++loops;
                     trace(c);
                 }
             }
-        const int characteristic = nodes - (borders + joined / 2) + int(faces.size());
+        const int characteristic = nodes - (borders + inner / 2) + int(faces.size());
         return loops > 0 && characteristic == 2 - loops;
     }
 
 private:
+    /// Gives all corners around c's vertex, joined across false edges, the class c.
     void mark_corner_fan(uint32_t c) {
-        uint32_t first = c; // the clockwise end of the fan, or c again for a closed one
+        uint32_t first = c; // the clockwise end of the fan; c itself if the fan is closed
         while (s_.false_edge[first]) {
             first = next_corner(s_.mate[first]);
             if (first == c)
@@ -88,6 +89,7 @@ private:
             at = s_.mate[in];
         } while (at != first);
     }
+    /// Marks the half-edges of h's border loop.
     void trace(uint32_t h) {
         for (uint32_t at = h; seen_[at] == 1;) {
             seen_[at] = 2;
@@ -98,7 +100,7 @@ private:
     }
 
     const Surface& s_;
-    std::vector<uint8_t> seen_; ///< 1: corner has a class; 2: half-edge traced as well
+    std::vector<uint8_t> seen_; ///< 1: the corner has a class; 2: its half-edge was traced too
     std::vector<uint32_t> class_;
 };
 
@@ -106,15 +108,15 @@ private:
 
 std::vector<uint8_t> find_hard_faces(const Surface& s) {
     constexpr double k_sharp_cosine = 0.8660254037844387; // 30 degrees
-    constexpr double k_sharp_share = 0.66;
+    constexpr double k_sharp_share = 0.66;                // docs/atlas.md, "Hard surfaces"
     std::vector<uint32_t> parent(s.face_count);
-    for (uint32_t t = 0; t < s.face_count; t++)
+    for (uint32_t t = 0; t < s.face_count; ++t)
         parent[t] = t;
-    for (uint32_t h = 0; h < 3 * s.face_count; h++)
+    for (uint32_t h = 0; h < 3 * s.face_count; ++h)
         if (s.mate[h] != k_none && s.mate[h] > h)
             join(parent, h / 3, s.mate[h] / 3);
     std::vector<double> all(s.face_count, 0.0), sharp(s.face_count, 0.0);
-    for (uint32_t h = 0; h < 3 * s.face_count; h++) {
+    for (uint32_t h = 0; h < 3 * s.face_count; ++h) {
         const uint32_t t = h / 3, other = s.mate[h] / 3;
         if (s.mate[h] == k_none || s.mate[h] < h || s.degenerate[t] || s.degenerate[other])
             continue;
@@ -126,7 +128,7 @@ std::vector<uint8_t> find_hard_faces(const Surface& s) {
             sharp[component] += bend;
     }
     std::vector<uint8_t> hard(s.face_count);
-    for (uint32_t t = 0; t < s.face_count; t++) {
+    for (uint32_t t = 0; t < s.face_count; ++t) {
         const uint32_t component = find(parent, t);
         hard[t] = sharp[component] > k_sharp_share * all[component];
     }
@@ -141,16 +143,16 @@ Atoms build_atoms(Surface& s) {
     const Buckets faces(atoms.of_face, atoms.count);
     PolygonTest test(s);
     bool changed = false;
-    for (uint32_t a = 0; a < atoms.count; a++) {
+    for (uint32_t a = 0; a < atoms.count; ++a) {
         if (faces.begin[a + 1] - faces.begin[a] < 2)
             continue;
         const std::vector<uint32_t> group(faces.item.begin() + faces.begin[a],
                                           faces.item.begin() + faces.begin[a + 1]);
-        if (test.possible(group))
+        if (test.can_be_polygon(group))
             continue;
         changed = true;
         for (uint32_t t : group)
-            for (uint32_t h = 3 * t; h < 3 * t + 3; h++)
+            for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
                 s.false_edge[h] = 0;
     }
     if (changed)

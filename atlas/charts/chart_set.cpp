@@ -9,7 +9,7 @@ ChartSet::ChartSet(const Surface& s) : surface(s) {
     const size_t corners = 3 * size_t(s.face_count);
     glued.assign(corners, 0);
     node.resize(corners);
-    for (uint32_t c = 0; c < corners; c++)
+    for (uint32_t c = 0; c < corners; ++c)
         node[c] = c;
     uv.resize(corners);
     chart.assign(s.face_count, k_none);
@@ -17,10 +17,10 @@ ChartSet::ChartSet(const Surface& s) : surface(s) {
 
 void ChartSet::rebuild_nodes(const std::vector<uint32_t>& faces) {
     for (uint32_t t : faces)
-        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
             node[c] = k_none;
     for (uint32_t t : faces)
-        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
             if (node[c] == k_none)
                 rename_node(c);
 }
@@ -29,11 +29,9 @@ void ChartSet::trace_border(Chart& c) const {
     c.border.clear();
     c.loop_end.clear();
     c.border_length = 0;
-    // A half-edge is marked as traced by the loop it is in; borders are short, so a sorted list of
-    // the traced ones would cost more than this scan over the chart's own half-edges.
     traced_.resize(glued.size(), 0);
     for (uint32_t t : c.faces)
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
             if (glued[h] || traced_[h])
                 continue;
             uint32_t at = h;
@@ -95,7 +93,7 @@ uint32_t ChartSet::add_chart(Chart&& c) {
 double stretch_limit(float max_stretch) {
     if (max_stretch >= 1)
         return std::numeric_limits<double>::infinity();
-    // Rounding to float in the output takes its share; an isometric limit leaves room for it.
+    // The margin is for rounding the output to single precision; even the limit 0 needs it.
     return std::max(1 / (1 - double(max_stretch)) * (1 - 1e-6), 1 + 1e-6);
 }
 

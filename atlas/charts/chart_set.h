@@ -1,11 +1,11 @@
-/// The atlas in the making: which triangle is in which chart, which half-edges are glued, and where
-/// every UV vertex lies.
+/// The charts under construction: which triangle is in which chart, which half-edges are glued, and
+/// where every UV vertex lies.
 ///
-/// A chart is a set of triangles plus a set of *glued* half-edge pairs. A UV vertex ("node") is a
-/// class of corners joined by walking around a vertex over glued half-edges; it carries the number
-/// of one of its corners. A half-edge that is not glued is a border, even when both of its sides
-/// are in the same chart (a slit). So every chart is an oriented manifold by construction, whatever
-/// the input was, and no two corners are ever joined across a cut.
+/// A chart is a set of triangles plus a set of glued half-edge pairs. A UV vertex ("node") is an
+/// equivalence class of corners, joined by walking around a mesh vertex across glued half-edges;
+/// its number is that of one of its corners. A half-edge that is not glued is border, even if the
+/// triangles on both sides are in the same chart (a slit). So every chart is an oriented manifold
+/// by construction, whatever the input was, and no two corners are ever joined across a cut.
 #pragma once
 
 #include "atlas/charts/patch.h"
@@ -20,7 +20,7 @@ struct Chart {
     std::vector<uint32_t> loop_end; ///< per loop: one past its last entry in `border`
     StretchSums stretch;
     double border_length = 0; ///< in space
-    bool alive = true;
+    bool alive = true;        ///< false once it was merged into another chart
 };
 
 class ChartSet {
@@ -31,29 +31,29 @@ public:
     std::vector<uint8_t> glued;  ///< per half-edge
     std::vector<uint32_t> node;  ///< per corner
     std::vector<Vec2> uv;        ///< per node
-    std::vector<uint32_t> chart; ///< per triangle; k_none while in none
+    std::vector<uint32_t> chart; ///< per triangle; k_none before it has one
     std::vector<Chart> charts;
 
-    bool glue_able(uint32_t h) const { return surface.mate[h] != k_none; }
+    /// Glues or unglues h and its mate; nodes are not updated. h must have a mate.
     void set_glued(uint32_t h, bool value) {
         glued[h] = value;
         glued[surface.mate[h]] = value;
     }
-    /// The next half-edge of the border that h is on.
+    /// The half-edge after h on the border loop of h.
     uint32_t next_border(uint32_t h) const {
         uint32_t x = next_corner(h);
         while (glued[x])
             x = next_corner(surface.mate[x]);
         return x;
     }
-    /// Calls visit(corner) for the corners of c's node.
+    /// Calls visit(corner) for every corner of the node that corner c belongs to.
     template <class Visit>
     void for_node(uint32_t c, Visit visit) const {
         uint32_t at = c;
         do {
             visit(at);
             const uint32_t in = previous_corner(at);
-            if (!glued[in]) { // came to a border: the rest lies on the other side of c
+            if (!glued[in]) { // border: visit the remaining corners, on the other side of c
                 for (at = c; glued[at]; visit(at))
                     at = next_corner(surface.mate[at]);
                 return;
@@ -61,32 +61,36 @@ public:
             at = surface.mate[in];
         } while (at != c);
     }
-    /// Gives the corners of c's node the number of c.
+    /// Renumbers the node of corner c to c.
     void rename_node(uint32_t c) {
         for_node(c, [&](uint32_t at) { node[at] = c; });
     }
-    /// Nodes of the given triangles anew from what is glued.
+    /// Recomputes the nodes of the given triangles from the glued half-edges.
     void rebuild_nodes(const std::vector<uint32_t>& faces);
-    /// Border, stretch sums and lengths of a chart anew from its triangles.
+    /// Recomputes a chart's border, border length and stretch sums from its triangles.
     void refresh(Chart& c) const;
+    /// Recomputes a chart's border and border length.
     void trace_border(Chart& c) const;
     StretchSums measure(const std::vector<uint32_t>& faces) const;
     StretchSums measure_face(uint32_t t) const {
         return triangle_stretch(surface.frame[t], uv[node[3 * t]], uv[node[3 * t + 1]],
                                 uv[node[3 * t + 2]]);
     }
-    /// The L2 stretch of a chart against the triangles as they are, without the floor under
-    /// slivers; 1 when no triangle has area.
+    /// The L2 stretch of a chart measured on the original triangles instead of their frames, which
+    /// fatten slivers; 1 if no triangle has area.
     double true_l2(const Chart& c) const;
+    /// The UV polygons of a chart's border.
     void outline(const Chart& c, Outline& outline) const;
-    /// Makes c a chart of the set; gives its number.
+    /// Appends a chart and returns its number.
     uint32_t add_chart(Chart&& c);
 
 private:
-    mutable std::vector<uint8_t> traced_; ///< per half-edge: scratch of trace_border; 0 at rest
+    mutable std::vector<uint8_t>
+        traced_; ///< per half-edge: workspace of trace_border; 0 between calls
 };
 
-/// The limit on L2 stretch for a user's 0..1 setting: 1/(1-s), the sampling rate that may be lost.
+/// The limit on L2 stretch for the option max_stretch = s: 1/(1-s), where s is the share of the
+/// linear sampling rate that may be lost.
 double stretch_limit(float max_stretch);
 
 } // namespace tessora::atlas

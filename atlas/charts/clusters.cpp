@@ -8,7 +8,11 @@
 namespace tessora::atlas {
 namespace {
 
-/// What the cost of a region needs; adds up over triangles.
+/// How far a region may be from developable; docs/atlas.md, "Hard surfaces".
+constexpr double k_max_smooth_deviation = 0.2;
+constexpr double k_max_hard_deviation = 0.01;
+
+/// Sums over the triangles of a region that determine its cost.
 struct Moments {
     double area = 0, perimeter = 0;
     Vec3 normal;                                           ///< sum of area times normal
@@ -35,9 +39,9 @@ struct Moments {
         yz += o.yz;
         zz += o.zz;
     }
-    /// Smallest eigenvalue of the covariance of the normals. Newton's method on the characteristic
-    /// polynomial from below: it is monotone and needs no trigonometry.
-    double least_variance() const {
+    /// Smallest eigenvalue of the covariance of the normals: Newton's method on the characteristic
+    /// polynomial, starting below all roots, where it converges monotonically.
+    double min_variance() const {
         const double w = 1 / area;
         const Vec3 m = normal * w;
         const double a = xx * w - m.x * m.x, b = yy * w - m.y * m.y, c = zz * w - m.z * m.z;
@@ -46,7 +50,7 @@ struct Moments {
         const double minors = a * b - d * d + a * c - e * e + b * c - f * f;
         const double det = a * (b * c - f * f) - d * (d * c - f * e) + e * (d * f - b * e);
         double x = 0; // root of det - minors x + trace x^2 - x^3
-        for (int i = 0; i < 6; i++) {
+        for (int i = 0; i < 6; ++i) {
             const double value = det + x * (-minors + x * (trace - x));
             const double slope = minors - x * (2 * trace - 3 * x);
             if (!(value > 0) || !(slope > 0))
@@ -55,9 +59,11 @@ struct Moments {
         }
         return x;
     }
+    /// How far the region is from developable; 0 for a plane.
     double deviation() const {
-        return 4 * least_variance() + 0.05 * std::max(0.0, 1 - length(normal) / area);
+        return 4 * min_variance() + 0.05 * std::max(0.0, 1 - length(normal) / area);
     }
+    /// Priority of merging; `shape` is 1 for a flat disk and grows with an irregular outline.
     double cost(double deviation) const {
         const double shape = perimeter * perimeter / (12.566370614359172 * area);
         return (deviation + 0.002) * shape * shape * shape;
@@ -69,10 +75,11 @@ struct Neighbour {
     double shared; ///< length of the common border
 };
 
+/// A pair of regions to merge.
 struct Candidate {
     double cost;
     uint32_t a, b;
-    bool operator<(const Candidate& o) const { // the queue gives the greatest
+    bool operator<(const Candidate& o) const { // std::priority_queue pops the largest
         if (cost != o.cost)
             return cost > o.cost;
         if (a != o.a)
@@ -113,53 +120,53 @@ private:
     std::vector<uint32_t> leaf_of_face_;
     uint32_t leaves_ = 0;
     std::vector<Moments> moments_;
-    std::vector<double> deviation_; ///< per node: how much its component may deviate
+    std::vector<double> max_deviation_;              ///< per region
     std::vector<std::vector<Neighbour>> neighbours_; ///< sorted by id
     std::vector<uint8_t> alive_;
-    std::vector<std::pair<uint32_t, uint32_t>> children_; ///< of node leaves_ + i
+    std::vector<std::pair<uint32_t, uint32_t>> children_; ///< of region leaves_ + i
     std::priority_queue<Candidate> queue_;
 };
 
-/// Breadth-first groups around seeds, in the order of the triangles.
+/// Makes the leaves: breadth-first groups of atoms around seeds, taken in the order of triangles.
 void TreeBuilder::group_atoms(const Atoms& atoms) {
-    constexpr uint32_t k_most_faces = 16;
+    constexpr uint32_t k_max_faces = 16;
     constexpr double k_cosine = 0.9659258262890683; // 15 degrees
     const Buckets faces(atoms.of_face, atoms.count);
     leaf_of_face_.assign(s_.face_count, k_none);
     std::vector<uint32_t> group;
     const auto take = [&](uint32_t atom) {
-        for (uint32_t i = faces.begin[atom]; i < faces.begin[atom + 1]; i++) {
+        for (uint32_t i = faces.begin[atom]; i < faces.begin[atom + 1]; ++i) {
             leaf_of_face_[faces.item[i]] = leaves_;
             group.push_back(faces.item[i]);
         }
     };
-    for (uint32_t t = 0; t < s_.face_count; t++) {
+    for (uint32_t t = 0; t < s_.face_count; ++t) {
         if (leaf_of_face_[t] != k_none)
             continue;
         group.clear();
         take(atoms.of_face[t]);
-        for (size_t i = 0; i < group.size() && group.size() < k_most_faces; i++)
-            for (uint32_t h = 3 * group[i]; h < 3 * group[i] + 3; h++) {
-                if (s_.mate[h] == k_none || group.size() >= k_most_faces)
+        for (size_t i = 0; i < group.size() && group.size() < k_max_faces; ++i)
+            for (uint32_t h = 3 * group[i]; h < 3 * group[i] + 3; ++h) {
+                if (s_.mate[h] == k_none || group.size() >= k_max_faces)
                     continue;
                 const uint32_t other = s_.mate[h] / 3;
                 if (leaf_of_face_[other] == k_none &&
                     dot(s_.normal[other], s_.normal[t]) >= k_cosine)
                     take(atoms.of_face[other]);
             }
-        leaves_++;
+        ++leaves_;
     }
 }
 
 void TreeBuilder::collect_leaves() {
-    deviation_.assign(leaves_, options_.smooth_deviation);
-    for (uint32_t t = 0; t < s_.face_count; t++)
+    max_deviation_.assign(leaves_, k_max_smooth_deviation);
+    for (uint32_t t = 0; t < s_.face_count; ++t)
         if (options_.hard[t])
-            deviation_[leaf_of_face_[t]] = options_.hard_deviation;
+            max_deviation_[leaf_of_face_[t]] = k_max_hard_deviation;
     moments_.assign(leaves_, Moments{});
     neighbours_.assign(leaves_, {});
     alive_.assign(leaves_, 1);
-    for (uint32_t h = 0; h < 3 * s_.face_count; h++) {
+    for (uint32_t h = 0; h < 3 * s_.face_count; ++h) {
         const uint32_t leaf = leaf_of_face_[h / 3];
         if (h % 3 == 0)
             moments_[leaf].add_face(s_.frame[h / 3].area(), s_.normal[h / 3]);
@@ -182,7 +189,7 @@ void TreeBuilder::collect_leaves() {
                 list[kept++] = n;
         list.resize(kept);
     }
-    for (uint32_t a = 0; a < leaves_; a++)
+    for (uint32_t a = 0; a < leaves_; ++a)
         for (const Neighbour& n : neighbours_[a])
             if (n.id > a)
                 consider(a, n.id, n.shared);
@@ -193,7 +200,7 @@ void TreeBuilder::consider(uint32_t a, uint32_t b, double shared) {
     both.add(moments_[b]);
     both.perimeter -= 2 * shared;
     const double deviation = both.deviation();
-    if (deviation <= deviation_[a])
+    if (deviation <= max_deviation_[a])
         queue_.push({both.cost(deviation), a, b});
 }
 
@@ -226,7 +233,7 @@ void TreeBuilder::merge(uint32_t a, uint32_t b) {
     both.add(moments_[b]);
     both.perimeter -= 2 * shared;
     moments_.push_back(both);
-    deviation_.push_back(deviation_[a]);
+    max_deviation_.push_back(max_deviation_[a]);
     for (const Neighbour& n : joined) {
         auto& list = neighbours_[n.id];
         list.erase(std::remove_if(list.begin(), list.end(),
@@ -238,39 +245,39 @@ void TreeBuilder::merge(uint32_t a, uint32_t b) {
     neighbours_.push_back(std::move(joined));
 }
 
-/// Lays the leaves out so that every node's triangles are one run.
+/// Orders the triangles so that those of every region are consecutive.
 ClusterTree TreeBuilder::finish() const {
     ClusterTree tree;
     const Buckets faces(leaf_of_face_, leaves_);
     const uint32_t count = uint32_t(moments_.size());
-    tree.nodes.resize(count);
+    tree.regions.resize(count);
     std::vector<uint32_t> stack;
-    for (uint32_t root = 0; root < count; root++) {
+    for (uint32_t root = 0; root < count; ++root) {
         if (!alive_[root])
             continue;
         tree.roots.push_back(root);
         stack.push_back(root);
         while (!stack.empty()) {
             const uint32_t n = stack.back();
-            ClusterTree::Node& node = tree.nodes[n];
-            node.left = node.right = ClusterTree::k_leaf;
-            node.begin = uint32_t(tree.faces.size());
-            node.normal = moments_[n].normal;
+            ClusterTree::Region& region = tree.regions[n];
+            region.left = region.right = ClusterTree::k_no_child;
+            region.begin = uint32_t(tree.faces.size());
+            region.normal = moments_[n].normal;
             stack.pop_back();
             if (n >= leaves_) {
-                node.left = children_[n - leaves_].first;
-                node.right = children_[n - leaves_].second;
-                stack.push_back(node.right);
-                stack.push_back(node.left);
+                region.left = children_[n - leaves_].first;
+                region.right = children_[n - leaves_].second;
+                stack.push_back(region.right);
+                stack.push_back(region.left);
             } else {
                 tree.faces.insert(tree.faces.end(), faces.item.begin() + faces.begin[n],
                                   faces.item.begin() + faces.begin[n + 1]);
-                node.end = uint32_t(tree.faces.size());
+                region.end = uint32_t(tree.faces.size());
             }
         }
     }
-    for (uint32_t n = leaves_; n < count; n++) // children come before their parents
-        tree.nodes[n].end = tree.nodes[tree.nodes[n].right].end;
+    for (uint32_t n = leaves_; n < count; ++n) // children precede their parents
+        tree.regions[n].end = tree.regions[tree.regions[n].right].end;
     return tree;
 }
 

@@ -1,49 +1,50 @@
-/// Groups triangles into a hierarchy of nearly developable regions.
+/// Groups triangles into a binary tree of nearly developable regions.
 ///
-/// Neighbours are merged pair by pair, cheapest first (Garland, Willmott and Heckbert,
+/// Neighbouring regions are merged pair by pair, cheapest first (Garland, Willmott and Heckbert,
 /// "Hierarchical face clustering on polygonal surfaces", 2001; Attene, Falcidieno and Spagnuolo,
 /// "Hierarchical mesh segmentation based on fitting primitives", 2006). The cost of a pair measures
-/// how far the union is from a developable surface, the smallest eigenvalue of the covariance of
-/// its normals (it vanishes for planes, cylinders and cones; the idea of Julius, Kraevoy and
-/// Sheffer, "D-Charts", 2005), times a power of its compactness.
+/// how far the union is from a developable surface, times a power of how far it is from a disk. The
+/// first factor uses the smallest eigenvalue of the covariance of the normals, which vanishes for
+/// planes, cylinders and cones (Julius, Kraevoy and Sheffer, "D-Charts", 2005).
 #pragma once
 
 #include "atlas/geometry/surface.h"
 
 namespace tessora::atlas {
 
-/// Triangles that only move together: the polygons, as far as false edges tell.
+/// Atoms: groups of triangles that no stage may separate. An atom is a polygon of the input, as
+/// described by its false edges; a triangle without false edges is an atom of its own.
 struct Atoms {
     std::vector<uint32_t> of_face; ///< atom of each triangle; numbered by first triangle
     uint32_t count = 0;
 };
 
-/// Joins triangles over false edges. A group that no polygon can be (closed, with a handle, or with
-/// two of its corners glued in one triangle) has its false edges turned into real ones.
+/// Joins triangles across false edges. Groups that cannot be a polygon (a closed surface, a handle,
+/// two corners of a triangle glued together) have their false edges turned into real ones.
 Atoms build_atoms(Surface& surface);
 
 struct ClusterTree {
-    static constexpr uint32_t k_leaf = k_none;
-    struct Node {
-        uint32_t begin, end;  ///< its triangles: a run of `faces`
-        uint32_t left, right; ///< k_leaf: a leaf, made of whole atoms
-        Vec3 normal;          ///< sum of area times normal over its triangles
+    static constexpr uint32_t k_no_child = k_none;
+    struct Region {
+        uint32_t begin, end; ///< its triangles: faces[begin] .. faces[end - 1]
+        uint32_t left,
+            right;   ///< regions, or both k_no_child in a leaf; a leaf is made of whole atoms
+        Vec3 normal; ///< sum of area times normal over its triangles
     };
-    std::vector<Node> nodes;
-    std::vector<uint32_t> roots;
+    std::vector<Region> regions; ///< children come before their parents
+    std::vector<uint32_t> roots; ///< regions that were not merged any further
     std::vector<uint32_t> faces;
 };
 
-/// Per triangle: 1 in components that are hard surfaces, where most of the bending sits on edges
-/// bent by more than 30 degrees. There the flat and developable pieces between the sharp edges have
-/// to survive as they are.
+/// Returns 1 for every triangle of a hard surface, else 0. A connected component is a hard surface
+/// if most of its bending is at edges bent by more than 30 degrees. The flat and developable pieces
+/// between its sharp edges should stay undistorted; see docs/atlas.md, "Hard surfaces".
 std::vector<uint8_t> find_hard_faces(const Surface& surface);
 
 struct ClusterOptions {
-    std::vector<uint8_t> hard;     ///< per triangle, from find_hard_faces
-    double smooth_deviation = 0.2; ///< regions that deviate more from developable stay apart
-    double hard_deviation = 0.01;  ///< the same, in components whose bending sits on sharp edges
-    bool seed_groups = false;      ///< start from groups of up to 16 triangles within 15 degrees
+    std::vector<uint8_t> hard; ///< per triangle, from find_hard_faces
+    bool seed_groups = false; ///< start from groups of up to 16 triangles within 15 degrees instead
+                              ///< of single atoms; faster
 };
 
 ClusterTree build_cluster_tree(const Surface& surface, const Atoms& atoms,

@@ -1,7 +1,7 @@
-/// Cuts charts in two where the texture becomes fuller by it.
+/// Cutting for the texture: parts charts in two where that lets all charts grow.
 ///
-/// One chart that is long, or bent around much empty space, sets the scale of the whole atlas. Half
-/// of a legal chart needs no solving: it keeps its coordinates.
+/// One chart that is long, or bent around much empty space, limits the scale of the whole atlas.
+/// Half of a legal chart needs no solving: it keeps its coordinates.
 #pragma once
 
 #include "atlas/charts/smooth.h"
@@ -10,21 +10,22 @@
 
 namespace tessora::atlas {
 
-/// Takes charts apart, and puts them together again, last first.
+/// Cuts charts in two and can undo its cuts in reverse order.
 class ChartCutter {
 public:
     ChartCutter(Flattener& flattener, const Atoms& atoms, BorderSmoother& smoother);
-    /// Cuts a chart across its long axis, between polygons, through the middle of its area, and
-    /// straightens the cut. The second half becomes the last chart. False, with everything as it
-    /// was, when the halves are not two legal charts.
+    /// Cuts a chart between polygons, across its principal axis, through the middle of its area,
+    /// and smooths the cut. The second half becomes the last chart of the set. False, with nothing
+    /// changed, if the halves are not two legal charts.
     bool cut(uint32_t chart);
-    /// Makes the two halves of the last cut that is left one chart again.
+    /// Rejoins the two halves of the latest cut that was neither undone nor accepted.
     void undo();
-    /// Lets all cuts stay.
+    /// Makes all cuts so far permanent.
     void accept() { cuts_.clear(); }
+    const ChartSet& set() const { return set_; }
 
 private:
-    struct Corner {
+    struct CornerState {
         uint32_t node;
         Vec2 uv;
         uint8_t glued;
@@ -33,11 +34,17 @@ private:
     struct Cut {
         uint32_t chart;
         Chart before;
-        std::vector<Corner> corners; ///< of its triangles, three each
+        std::vector<CornerState> corners; ///< of its triangles, three each
+    };
+    /// Connected sets of triangles on one side of the cut.
+    struct Pieces {
+        std::vector<uint32_t> of_face; ///< per triangle, for the chart being cut
+        std::vector<double> area;
+        std::vector<uint8_t> side;
     };
     void choose_sides(const Chart& chart);
-    bool settle_sides(const Chart& chart);
-    uint32_t mark_pieces(const Chart& chart);
+    bool connect_sides(const Chart& chart);
+    void find_pieces(const Chart& chart);
     void remember(uint32_t chart);
     void split(const Cut& cut);
 
@@ -45,19 +52,18 @@ private:
     ChartSet& set_;
     const Atoms& atoms_;
     BorderSmoother& smoother_;
-    std::vector<double> atom_along_; ///< scratch of choose_sides; 0 at rest
-    std::vector<uint8_t> side_;      ///< per triangle, of the chart at hand
-    std::vector<uint32_t> piece_;    ///< per triangle: connected piece of its side
-    std::vector<double> piece_area_;
-    std::vector<uint8_t> piece_side_;
-    std::vector<Cut> cuts_; ///< that undo() can take back
+    std::vector<double> atom_along_; ///< workspace of choose_sides; 0 between calls
+    std::vector<uint8_t> side_;      ///< per triangle: half of the chart being cut, 0 or 1
+    Pieces pieces_;
+    std::vector<Cut> cuts_; ///< cuts that undo() can take back, oldest first
 };
 
-/// Cuts while a few more cuts let every chart grow by enough. `pack` lays the charts out as they
-/// are and gives the scale they get, 0 when they do not fit or the caller wants to stop; `scale` is
-/// that of the charts as they came. False when tries after the last layout that counts were taken
-/// back, so that the charts have to be laid out once more.
-bool cut_for_packing(Surface& surface, const Options& options, ChartSet& set, double scale,
+/// Cuts as long as a few more cuts let every chart grow by enough, but not beyond max_charts (0: no
+/// limit). `pack` lays out the current charts and returns their scale, or 0 if they do not fit or
+/// the caller wants to stop; `scale` is that of the charts before any cut. Returns whether the
+/// latest call of `pack`, if there was one, laid out the charts as they are now; otherwise cuts
+/// were undone after it and the charts have to be laid out again.
+bool cut_for_packing(ChartCutter& cutter, uint32_t max_charts, double scale,
                      const std::function<double()>& pack);
 
 } // namespace tessora::atlas

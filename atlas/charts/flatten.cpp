@@ -4,43 +4,31 @@
 
 namespace tessora::atlas {
 
-Flattener::Flattener(ChartSet& charts, const FlattenOptions& o) : set(charts), options(o) {
-    local.assign(charts.node.size(), k_none);
+Flattener::Flattener(ChartSet& charts, const FlattenOptions& o)
+    : set(charts), options(o), copy(charts.node.size()) {
     mark_.assign(charts.surface.face_count, 0);
     node_of_vertex_.assign(charts.surface.vertex_count, k_none);
 }
 
 void Flattener::load(const Chart& c) {
-    patch.clear();
-    nodes.clear();
+    copy.clear();
     for (uint32_t t : c.faces) {
         uint32_t v[3];
-        for (uint32_t k = 0; k < 3; k++) {
+        for (uint32_t k = 0; k < 3; ++k) {
             const uint32_t n = set.node[3 * t + k];
-            if (local[n] == k_none) {
-                local[n] = patch.add_vertex(set.uv[n], false);
-                nodes.push_back(n);
-            }
-            v[k] = local[n];
+            v[k] = copy.add_node(n, set.uv[n], false);
         }
-        patch.add_face(set.surface.frame[t], v[0], v[1], v[2]);
+        copy.patch.add_face(set.surface.frame[t], v[0], v[1], v[2]);
     }
-    for (uint32_t n : nodes)
-        local[n] = k_none;
-}
-
-void Flattener::store() {
-    for (uint32_t i = 0; i < nodes.size(); i++)
-        set.uv[nodes[i]] = patch.uv[i];
 }
 
 void Flattener::glue_inside(const std::vector<uint32_t>& faces, bool false_edges_only) {
     const Surface& s = set.surface;
-    stamp_++;
+    ++stamp_;
     for (uint32_t t : faces)
         mark_[t] = stamp_;
     for (uint32_t t : faces)
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
             if (s.mate[h] != k_none && mark_[s.mate[h] / 3] == stamp_ &&
                 (!false_edges_only || s.false_edge[h]))
                 set.glued[h] = 1;
@@ -49,25 +37,27 @@ void Flattener::glue_inside(const std::vector<uint32_t>& faces, bool false_edges
 
 void Flattener::unglue_inside(const std::vector<uint32_t>& faces) {
     for (uint32_t t : faces)
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
             set.glued[h] = 0;
             set.node[h] = h;
         }
 }
 
+/// Whether no triangle's normal is further from `normal` than min_cosine allows.
 bool Flattener::faces_forward(const uint32_t* begin, const uint32_t* end, Vec3 normal,
-                              double least_cosine) const {
+                              double min_cosine) const {
     const double size = length(normal);
     if (!(size > 0))
         return false;
     const Vec3 n = normal * (1 / size);
-    for (const uint32_t* t = begin; t != end; t++)
-        if (!set.surface.degenerate[*t] && dot(set.surface.normal[*t], n) < least_cosine)
+    for (const uint32_t* t = begin; t != end; ++t)
+        if (!set.surface.degenerate[*t] && dot(set.surface.normal[*t], n) < min_cosine)
             return false;
     return true;
 }
 
-/// Along a normal; the signs keep the orientation.
+/// Orthogonal projection along n. The axes are chosen so that triangles facing along n stay
+/// positively oriented.
 void Flattener::project(const std::vector<uint32_t>& faces, Vec3 n) {
     const Surface& s = set.surface;
     n = n * (1 / length(n));
@@ -77,7 +67,7 @@ void Flattener::project(const std::vector<uint32_t>& faces, Vec3 n) {
     u = u * (1 / length(u));
     const Vec3 v = cross(n, u);
     for (uint32_t t : faces)
-        for (uint32_t c = 3 * t; c < 3 * t + 3; c++) {
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
             const Vec3 p = s.position[s.vertex[c]];
             set.uv[set.node[c]] = {dot(p, u), dot(p, v)};
         }
@@ -91,10 +81,11 @@ void Flattener::set_uv_of_triangle(uint32_t t) {
 }
 
 void Flattener::close_slits(const Chart& c, std::vector<std::pair<uint32_t, Vec2>>& moved) {
+    constexpr double k_squared_gap = 1e-8; // of the squared length of the border edge
     for (uint32_t h : c.border) {
         const uint32_t n = set.node[h];
         if (set.surface.degenerate[h / 3])
-            continue; // may have the same vertex at two corners
+            continue; // two of its corners may be the same vertex
         uint32_t& seen = node_of_vertex_[set.surface.vertex[h]];
         if (seen == k_none || seen == n) {
             seen = n;
@@ -102,7 +93,7 @@ void Flattener::close_slits(const Chart& c, std::vector<std::pair<uint32_t, Vec2
         }
         const Vec2 gap = set.uv[n] - set.uv[seen];
         const Vec2 edge = set.uv[set.node[next_corner(h)]] - set.uv[n];
-        if (dot(gap, gap) < 1e-8 * dot(edge, edge) && dot(gap, gap) > 0) {
+        if (dot(gap, gap) < k_squared_gap * dot(edge, edge) && dot(gap, gap) > 0) {
             moved.push_back({n, set.uv[n]});
             set.uv[n] = set.uv[seen];
         }
@@ -121,7 +112,7 @@ bool Flattener::judge(Chart& c) {
     moved_.clear();
     close_slits(c, moved_);
     c.stretch = set.measure(c.faces);
-    if (c.stretch.flipped != 0 && !moved_.empty()) {
+    if (c.stretch.flipped != 0 && !moved_.empty()) { // better open slits than flipped triangles
         for (auto it = moved_.rbegin(); it != moved_.rend(); ++it)
             set.uv[it->first] = it->second;
         c.stretch = set.measure(c.faces);
@@ -129,7 +120,7 @@ bool Flattener::judge(Chart& c) {
     return passes(c);
 }
 
-bool Flattener::judge_as_it_is(Chart& c) {
+bool Flattener::judge_without_moving(Chart& c) {
     set.refresh(c);
     return passes(c);
 }
@@ -138,35 +129,38 @@ bool Flattener::passes(const Chart& c) {
     return c.stretch.flipped == 0 && c.stretch.l2() <= options.limit && judge_outline(c);
 }
 
-/// Relaxes a chart that has a start; true when it is legal then. In fast mode a start whose L2
-/// stretch is at most `enough` goes without the global solve.
-bool Flattener::improve(Chart& c, double enough) {
+/// Relaxes a chart from its current coordinates; true if it is legal afterwards. Fast mode skips
+/// the global solve if the L2 stretch is at most `good_enough` already.
+bool Flattener::improve(Chart& c, double good_enough) {
+    constexpr double k_hopeless = 2.5; // times the limit's excess over 1
     load(c);
-    StretchSums sums = patch.stretch();
+    Patch& patch = copy.patch;
+    const StretchSums sums = patch.stretch();
     const bool flat = sums.flipped == 0 && sums.l2() <= 1 + 1e-7;
-    if (!flat) {
-        const bool good_start = !options.thorough && sums.flipped == 0 && sums.l2() <= enough;
-        if (!good_start && !patch.arap(options.thorough ? 4 : 2))
-            return false;
-        if (patch.flipped() != 0)
-            patch.untangle(10);
-        if (patch.flipped() != 0)
-            return false;
-        for (int round = 0; round < (options.thorough ? 4 : 2); round++) {
-            patch.relax(3);
-            const double l2 = patch.stretch().l2();
-            if (l2 <= options.limit || l2 > 1 + 2.5 * (options.limit - 1))
-                break;
-        }
-        store();
+    if (flat)
+        return judge(c);
+    const int steps = options.thorough ? 4 : 2;
+    const bool good_start = !options.thorough && sums.flipped == 0 && sums.l2() <= good_enough;
+    if (!good_start && !patch.arap(steps))
+        return false;
+    if (patch.flipped() != 0)
+        patch.untangle(10);
+    if (patch.flipped() != 0)
+        return false;
+    for (int round = 0; round < steps; ++round) {
+        patch.relax(3);
+        const double l2 = patch.stretch().l2();
+        if (l2 <= options.limit || l2 > 1 + k_hopeless * (options.limit - 1))
+            break;
     }
+    copy.store(set);
     return judge(c);
 }
 
 bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
-                               double most) {
-    constexpr double k_least_cosine = 0.4; // 66 degrees; what leans more is better cut first
-    if (end - begin > 1 && !faces_forward(begin, end, normal, k_least_cosine))
+                               double max_stretch) {
+    constexpr double k_min_cosine = 0.4; // 66 degrees; steeper regions are better split first
+    if (end - begin > 1 && !faces_forward(begin, end, normal, k_min_cosine))
         return false;
     Chart c;
     c.faces.assign(begin, end);
@@ -175,9 +169,10 @@ bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 
         set_uv_of_triangle(c.faces[0]);
     else
         project(c.faces, normal);
-    // Hard surfaces want the exact answer, which vertex by vertex takes too many sweeps.
-    const double enough = most < options.limit ? 0 : most;
-    if (improve(c, enough) && c.stretch.l2() <= most) {
+    // Hard surfaces need a nearly isometric result; vertex-wise relaxation alone would take too
+    // many sweeps to reach it, so they always get the global solve.
+    const double good_enough = max_stretch < options.limit ? 0 : max_stretch;
+    if (improve(c, good_enough) && c.stretch.l2() <= max_stretch) {
         set.add_chart(std::move(c));
         return true;
     }
@@ -190,44 +185,83 @@ void Flattener::polish(Chart& c, int sweeps) {
     if (before <= 1 + 1e-6)
         return;
     load(c);
-    const std::vector<Vec2> original = patch.uv;
-    patch.relax(sweeps);
-    store();
+    const std::vector<Vec2> original = copy.patch.uv;
+    copy.patch.relax(sweeps);
+    copy.store(set);
     if (!judge(c) || c.stretch.l2() > before) {
-        patch.uv = original;
-        store();
+        copy.patch.uv = original;
+        copy.store(set);
         judge(c);
     }
 }
 
-/// A convex outline cannot be flipped inside; holes are filled with a vertex each.
-bool Flattener::spread_on_circle(Chart& c) {
+/// Lays a chart out with its longest border loop on a circle. Every other loop is a hole; it gets a
+/// temporary vertex in its middle, so that the whole is a disk and no triangle can flip.
+bool Flattener::spread_on_circle(const Chart& c) {
     load(c);
-    for (uint32_t i = 0; i < nodes.size(); i++)
-        local[nodes[i]] = i;
     uint32_t longest = 0;
-    for (uint32_t l = 1; l < c.loop_end.size(); l++)
+    for (uint32_t l = 1; l < c.loop_end.size(); ++l)
         if (c.loop_end[l] - c.loop_end[l - 1] >
             c.loop_end[longest] - (longest ? c.loop_end[longest - 1] : 0))
             longest = l;
     std::vector<uint32_t> outer;
-    for (uint32_t l = 0; l < c.loop_end.size(); l++) {
+    for (uint32_t l = 0; l < c.loop_end.size(); ++l) {
         const uint32_t begin = l ? c.loop_end[l - 1] : 0;
-        const uint32_t hub = l == longest ? 0 : patch.add_vertex({}, false);
-        for (uint32_t i = begin; i < c.loop_end[l]; i++) {
+        const uint32_t hub = l == longest ? 0 : copy.patch.add_vertex({}, false);
+        for (uint32_t i = begin; i < c.loop_end[l]; ++i) {
             const uint32_t h = c.border[i];
             if (l == longest)
-                outer.push_back(local[set.node[h]]);
+                outer.push_back(copy.vertex(set.node[h]));
             else
-                patch.add_face({1, 0, 1}, local[set.node[next_corner(h)]], local[set.node[h]], hub);
+                copy.patch.add_face({1, 0, 1}, copy.vertex(set.node[next_corner(h)]),
+                                    copy.vertex(set.node[h]), hub);
         }
     }
-    for (uint32_t n : nodes)
-        local[n] = k_none;
-    if (!patch.tutte(outer))
+    if (!copy.patch.tutte(outer))
         return false;
-    store();
+    copy.store(set);
     return true;
+}
+
+/// Relaxes for as long as the outline stays simple.
+void Flattener::relax_while_simple(Chart& c) {
+    constexpr int k_rounds = 20, k_sweeps = 5;
+    load(c);
+    std::vector<Vec2> last_simple;
+    for (int round = 0; round < k_rounds; ++round) {
+        last_simple = copy.patch.uv;
+        const double drop = copy.patch.relax(k_sweeps);
+        copy.store(set);
+        if (!judge_outline(c)) {
+            copy.patch.uv = last_simple;
+            break;
+        }
+        if (drop < 1e-5)
+            break;
+    }
+    copy.store(set);
+}
+
+bool Flattener::flatten_by_projection(Chart& c) {
+    constexpr double k_min_cosine = 0.05;
+    Vec3 normal;
+    for (uint32_t t : c.faces)
+        normal = normal + set.surface.normal[t] * set.surface.frame[t].area();
+    const uint32_t* begin = c.faces.data();
+    if (!faces_forward(begin, begin + c.faces.size(), normal, k_min_cosine))
+        return false;
+    project(c.faces, normal);
+    return improve(c, 0);
+}
+
+/// The fallback for polygons that cannot be projected: always without flips, whatever the stretch.
+bool Flattener::flatten_on_circle(Chart& c) {
+    set.trace_border(c);
+    if (!spread_on_circle(c))
+        return false;
+    relax_while_simple(c);
+    judge(c);
+    return c.stretch.flipped == 0 && judge_outline(c);
 }
 
 void Flattener::flatten_polygon(std::vector<uint32_t> faces) {
@@ -240,40 +274,12 @@ void Flattener::flatten_polygon(std::vector<uint32_t> faces) {
         set.add_chart(std::move(c));
         return;
     }
-    Vec3 normal;
-    for (uint32_t t : c.faces)
-        normal = normal + set.surface.normal[t] * set.surface.frame[t].area();
-    const uint32_t* begin = c.faces.data();
-    if (faces_forward(begin, begin + c.faces.size(), normal, 0.05)) {
-        project(c.faces, normal);
-        if (improve(c, 0)) {
-            set.add_chart(std::move(c));
-            return;
-        }
+    if (flatten_by_projection(c) || flatten_on_circle(c)) {
+        set.add_chart(std::move(c));
+        return;
     }
-    set.trace_border(c);
-    if (spread_on_circle(c)) {
-        load(c);
-        std::vector<Vec2> safe;
-        for (int round = 0; round < 20; round++) { // sweeps as long as the outline stays simple
-            safe = patch.uv;
-            const double drop = patch.relax(5);
-            store();
-            if (!judge_outline(c)) {
-                patch.uv = safe;
-                break;
-            }
-            if (drop < 1e-5)
-                break;
-        }
-        store();
-        judge(c);
-        if (c.stretch.flipped == 0 && judge_outline(c)) {
-            set.add_chart(std::move(c));
-            return;
-        }
-    }
-    // No polygon looks like this: two triangles that share all their corners, say.
+    // Not a polygon after all (two triangles that share all three corners, for example): every
+    // triangle becomes a chart.
     unglue_inside(c.faces);
     for (uint32_t t : c.faces)
         flatten_polygon({t});

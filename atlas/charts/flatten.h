@@ -1,14 +1,17 @@
-/// Flattening of whole charts, and the judgement whether a flattened chart may stay.
+/// Flattening of whole charts, and the decision whether a flattened chart is legal.
 ///
-/// A chart is legal when every triangle is positively oriented, its L2 stretch is within the limit
-/// and its outline does not touch itself (border.h); nothing else in the engine decides that.
+/// A chart is legal if every triangle is positively oriented, its L2 stretch is within the limit
+/// and its outline does not cross or overlap itself (geometry/border.h). Every stage asks this
+/// class; none has a rule of its own.
 #pragma once
 
 #include "atlas/charts/chart_set.h"
+#include "atlas/charts/patch_copy.h"
 
 namespace tessora::atlas {
 
-constexpr double k_hard_stretch = 1.002; ///< on L2, for the pieces of hard surfaces
+/// Maximum L2 stretch of the first charts of a hard surface; see docs/atlas.md, "Hard surfaces".
+constexpr double k_hard_stretch = 1.002;
 
 struct FlattenOptions {
     double limit = 1.176; ///< on L2 stretch
@@ -19,50 +22,52 @@ class Flattener {
 public:
     Flattener(ChartSet& set, const FlattenOptions& options);
 
-    /// Turns connected triangles that are in no chart into one, everything between them glued, by
-    /// projection along `normal` and relaxation. False, with nothing glued, when no legal chart
-    /// with an L2 stretch of at most `most` came of it.
-    bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal, double most);
-    /// Turns the triangles of one polygon into a chart, legal except for the limit.
+    /// Makes a chart of connected triangles that are in no chart yet: glues all edges between them,
+    /// projects them along `normal` and relaxes. False, with nothing glued, if the result is not
+    /// legal or its L2 stretch exceeds `max_stretch`.
+    bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
+                        double max_stretch);
+    /// Makes a chart of the triangles of one polygon. It is legal except that its stretch may
+    /// exceed the limit.
     void flatten_polygon(std::vector<uint32_t> faces);
 
-    /// Lowers the distortion of a legal chart; one that would not stay legal is left as it was.
+    /// Lowers the distortion of a legal chart; leaves it unchanged if it would not stay legal.
     void polish(Chart& c, int sweeps);
 
-    /// Copies all of a chart into `patch`; `nodes` tells where to write it back.
-    void load(const Chart& c);
-    void store();
-    /// Judges a chart whose triangles and coordinates are set, after closing its slits; fills its
-    /// border and sums.
+    /// Traces the border of a chart whose triangles and coordinates are set, closes its slits,
+    /// measures it, and returns whether it is legal.
     bool judge(Chart& c);
-    /// The same, moving nothing.
-    bool judge_as_it_is(Chart& c);
+    /// The same without moving any node.
+    bool judge_without_moving(Chart& c);
+    /// The outline's part of the decision alone.
     bool judge_outline(const Chart& c);
-    /// Makes the sides of slits that lie next to each other coincide exactly; appends the nodes it
-    /// moved, with where they were.
+    /// Makes the two sides of a slit coincide exactly where they almost do; appends the nodes that
+    /// it moved, with their old coordinates.
     void close_slits(const Chart& c, std::vector<std::pair<uint32_t, Vec2>>& moved);
 
     ChartSet& set;
     const FlattenOptions options;
-    Patch patch;
-    std::vector<uint32_t> nodes; ///< of the patch's vertices
-    std::vector<uint32_t> local; ///< per node: number in the patch, or k_none; all k_none at rest
+    PatchCopy copy; ///< shared with the stages that solve parts of charts
 
 private:
+    void load(const Chart& c);
     bool passes(const Chart& c);
     bool faces_forward(const uint32_t* begin, const uint32_t* end, Vec3 normal,
-                       double least_cosine) const;
+                       double min_cosine) const;
     void project(const std::vector<uint32_t>& faces, Vec3 normal);
     void glue_inside(const std::vector<uint32_t>& faces, bool false_edges_only);
     void unglue_inside(const std::vector<uint32_t>& faces);
     void set_uv_of_triangle(uint32_t t);
-    bool improve(Chart& c, double enough);
-    bool spread_on_circle(Chart& c);
+    bool improve(Chart& c, double good_enough);
+    bool flatten_by_projection(Chart& c);
+    bool flatten_on_circle(Chart& c);
+    bool spread_on_circle(const Chart& c);
+    void relax_while_simple(Chart& c);
 
-    std::vector<uint32_t> mark_;           ///< per triangle: stamp of the region it was last in
-    std::vector<uint32_t> node_of_vertex_; ///< per source vertex: scratch of close_slits
+    std::vector<uint32_t> mark_; ///< per triangle: value of stamp_ when glue_inside last saw it
     uint32_t stamp_ = 0;
-    std::vector<std::pair<uint32_t, Vec2>> moved_;
+    std::vector<uint32_t> node_of_vertex_;         ///< per mesh vertex: workspace of close_slits
+    std::vector<std::pair<uint32_t, Vec2>> moved_; ///< workspace of judge
     Outline outline_;
     OutlineTester tester_;
 };

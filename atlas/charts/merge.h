@@ -1,11 +1,13 @@
-/// Greedy merging of charts along common borders, with re-parametrisation.
+/// Greedy merging of charts along common borders.
 ///
-/// Two disks glued along one connected arc of their borders are a disk, so merging never needs a
-/// cutting step: closed shells and handles get their cut graph as the arcs that were never glued.
-/// A merge is solved locally, in a band around the glued arc that grows only when it has to, so
-/// that the work per triangle stays logarithmic in the size of the charts.
+/// Two disks glued along one connected arc of their borders are a disk again, so merging never
+/// needs a cutting step: a closed surface or a handle keeps its cut where no arc was glued. A merge
+/// solves only a band around the glued arc, which grows when the result is not legal, so the work
+/// per triangle stays logarithmic in the size of the charts.
+/// docs/atlas.md, "Merging", explains the rules and holds the measurements behind their thresholds.
 #pragma once
 
+#include "atlas/charts/band.h"
 #include "atlas/charts/flatten.h"
 #include "atlas/geometry/box.h"
 #include "atlas/geometry/rigid.h"
@@ -18,8 +20,8 @@ namespace tessora::atlas {
 struct MergeOptions {
     std::vector<uint8_t> hard; ///< per triangle, from find_hard_faces
     double limit = 1.176;      ///< on L2 stretch
-    bool thorough = true;      ///< quality mode: global solves, more arcs, a second round
-    bool packable = true;      ///< refuse shapes that waste the texture
+    bool thorough = true;      ///< quality mode: solves the whole chart if needed, tries two arcs
+                               ///< per pair and retries pairs that have changed
 };
 
 class Merger {
@@ -27,21 +29,30 @@ public:
     Merger(Flattener& flattener, const MergeOptions& options);
     /// Which merges a round looks for.
     enum class Round {
-        exact, ///< only along stretches of border where both sides fit without any solving
-        free   ///< whatever the limit allows
+        exact, ///< hard surfaces only: arcs along which both charts match without any solving
+        free   ///< any merge whose stretch stays within the limit
     };
-    /// Merges until no pair is left. False when the callback asked to stop.
+    /// Merges until no pair is left. False if the callback asked to stop.
     bool run(Round round, ProgressMeter& progress);
-    /// Glues slits whose two sides coincide: it moves nothing.
+    /// Glues the two sides of every slit that coincide in UV space; no coordinate changes.
     void zip();
 
 private:
-    /// A run of border half-edges of one chart whose mates are a run, reversed, of another.
-    struct Arc {
+    /// Consecutive border half-edges of one chart whose mates are consecutive, in reverse, on the
+    /// border of another.
+    struct BorderRun {
         uint32_t loop = 0;             ///< of the first chart
-        uint32_t first = 0, count = 0; ///< in its border; wraps around within the loop
+        uint32_t first = 0, count = 0; ///< entries of its border; wraps around within the loop
         double length = 0;
     };
+    /// The arc being glued, seen from both charts. Chart a moves onto chart b.
+    struct Arc {
+        uint32_t a = 0, b = 0;
+        std::vector<uint32_t> edges;          ///< half-edges of a, in the order of its border
+        std::vector<uint32_t> node_a, node_b; ///< per arc vertex, one more than edges
+        double length = 0;                    ///< in space
+    };
+    /// Two charts that share a border, in the order of merging.
     struct Pair {
         double priority;
         uint32_t a, b, version_a, version_b;
@@ -56,6 +67,19 @@ private:
     struct FailedPair {
         uint32_t other, own_version, other_version;
     };
+    /// What merging knows about a chart besides the chart itself.
+    struct History {
+        uint32_t version = 0; ///< merges so far; pairs queued for an earlier version are stale
+        uint32_t parent = 0;  ///< the chart that absorbed this one; itself if none has
+        Box box;              ///< of its outline
+        std::vector<FailedPair> failures;
+    };
+    /// Workspace of push_pairs.
+    struct SharedBorders {
+        std::vector<double> length; ///< per chart: of the border shared with it; 0 when unused
+        std::vector<uint32_t> charts;
+    };
+    /// Stretch sums that a triangle currently contributes to its chart's.
     struct FaceSums {
         double inverse = 0, flat_area = 0;
     };
@@ -63,30 +87,36 @@ private:
     void push_pairs(uint32_t a);
     bool failed_before(const Pair& p);
     bool try_pair(uint32_t a, uint32_t b);
-    void find_arcs(uint32_t a, uint32_t b, std::vector<Arc>& arcs) const;
-    void take_arc(uint32_t a, const Arc& arc);
-    void keep_fitting_part();
+    void find_runs(uint32_t a, uint32_t b, std::vector<BorderRun>& runs) const;
+    void find_runs_of_loop(uint32_t a, uint32_t b, uint32_t loop,
+                           std::vector<BorderRun>& runs) const;
+    bool try_run(uint32_t a, uint32_t b, const BorderRun& run);
+    void commit(Chart&& joined);
     bool zip_edge(uint32_t h);
     bool hard(uint32_t a) const { return options_.hard[set_.charts[a].faces[0]] != 0; }
-    bool pays(uint32_t a, uint32_t b, const Chart& joined, double arc_length) const;
-    double align(Rigid& motion) const;
-    void splice_border(uint32_t a, uint32_t b, Chart& joined) const;
-    void commit(uint32_t a, uint32_t b, Chart&& joined, const Box& box);
 
-    bool try_arc(uint32_t a, uint32_t b, const Arc& arc);
-    void preview_outline(uint32_t a, const Chart& joined, const Rigid& motion);
+    void take_arc(uint32_t a, uint32_t b, const BorderRun& run);
+    void list_arc_nodes();
+    void keep_matching_part();
+    double align(Rigid& motion) const;
+    bool sides_fit(double residual) const;
+    void splice_border(Chart& joined) const;
+    void preview_outline(const Chart& joined, const Rigid& motion);
     Box box_of(const Outline& outline) const;
-    bool packable(const Box& box, uint32_t a, uint32_t b, bool exact, double arc_length) const;
-    void glue();
+    bool is_exact(double residual) const;
+    bool box_allowed(const Box& box, bool exact) const;
+    bool stretch_pays(const Chart& joined) const;
+
+    void glue(const Rigid& motion);
     void unglue();
-    void set_uv(uint32_t n, Vec2 p);
-    bool solve(uint32_t a, uint32_t b, Chart& joined, const std::vector<Vec2>& gap);
-    bool grow_band(uint32_t rings);
-    void clear_band();
-    void spread_gap(uint32_t a, const std::vector<Vec2>& gap, uint32_t rings);
-    bool patient() const;
+    void set_uv(uint32_t node, Vec2 p);
+    bool solve(Chart& joined, const std::vector<Vec2>& gap);
+    bool close_without_solving(Chart& joined, const std::vector<Vec2>& gap);
+    void spread_gap(const std::vector<Vec2>& gap, uint32_t rings);
+    bool worth_more_work() const;
     bool relax_band(uint32_t rings, bool global);
-    StretchSums joined_sums(uint32_t a, uint32_t b) const;
+    bool legal_once_slits_close(Chart& joined);
+    StretchSums joined_sums() const;
     void remember_face(uint32_t t);
 
     Flattener& flattener_;
@@ -94,23 +124,14 @@ private:
     const MergeOptions options_;
     Round round_ = Round::free;
     std::priority_queue<Pair> queue_;
-    std::vector<uint32_t> version_; ///< per chart: merges it has seen
-    std::vector<uint32_t> parent_;  ///< per chart: the one that took it over, or itself
-    std::vector<std::vector<FailedPair>> failures_;
-    std::vector<Box> box_;       ///< per chart
-    std::vector<double> shared_; ///< per chart: scratch of push_pairs
-    std::vector<uint32_t> touched_;
-    std::vector<FaceSums> face_sums_; ///< per triangle: what it adds to its chart's sums
-
-    // The arc at hand.
-    std::vector<uint32_t> edges_;           ///< half-edges of the chart that moves
-    std::vector<uint32_t> node_a_, node_b_; ///< per arc vertex, of the two charts
-    // The band around it.
-    std::vector<uint32_t> band_faces_, band_nodes_;
-    std::vector<uint32_t> depth_;  ///< per node: rings from the arc; k_none at rest
-    std::vector<uint8_t> in_band_; ///< per triangle; 0 at rest
-    std::vector<Vec2> shift_;      ///< per node: scratch of spread_gap
-    std::vector<std::pair<uint32_t, Vec2>> backup_;
+    std::vector<History> history_;    ///< per chart
+    std::vector<FaceSums> face_sums_; ///< per triangle
+    SharedBorders shared_;
+    Arc arc_;
+    Band band_;
+    std::vector<Vec2> shift_; ///< per node: workspace of spread_gap
+    std::vector<std::pair<uint32_t, Vec2>>
+        moved_; ///< nodes with their coordinates before the merge
     Outline outline_;
     OutlineTester tester_;
 };

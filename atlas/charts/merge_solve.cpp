@@ -1,40 +1,203 @@
-// The geometry of one merge: cheap refusals, gluing, the local solve, and the way back.
+// The geometry of one merge: the arc, cheap refusals, gluing, the local solve, and taking it back.
 #include "atlas/charts/merge.h"
 
 #include <algorithm>
 
 namespace tessora::atlas {
+namespace {
+
+// Thresholds of the merge rules. docs/atlas.md, "Merging", says what each is for; those of the
+// exact rules (share, length and waste) were measured in its table.
+constexpr double k_max_residual = 0.25;       ///< of the alignment, relative to the arc
+constexpr double k_max_exact_residual = 1e-4; ///< the same in the exact round
+constexpr double k_min_exact_arc = 0.08;      ///< of the shorter border, in the exact round
+constexpr double k_max_length = 1;            ///< of a union's box, in sides of the mesh's square
+constexpr double k_max_exact_length = 1.25;   ///< the same for an exact union
+constexpr double k_min_fill = 0.6;            ///< area of a union over that of its box
+constexpr double k_waste_per_arc = 0.4;       ///< growth of boxes that a glued arc may cost
+constexpr double k_most_of_mesh = 0.64;       ///< share of the area from which charts are lenient
+constexpr double k_max_length_most = 1.7;     ///< of the box of such an exact union
+constexpr double k_whole_mesh = 0.999;        ///< share that counts as the whole mesh
+constexpr double k_max_length_whole = 2.1;    ///< of the box of an exact union of the whole mesh
+
+// On hard surfaces; docs/atlas.md, "Hard surfaces".
+constexpr double k_seam_per_stretch = 100;
+constexpr double k_max_hard_stretch = 1.03; ///< L2
+
+// The band; docs/atlas.md, "Merging".
+constexpr uint32_t k_first_rings = 4;
+constexpr double k_rings_per_gap = 3; ///< more for each mean edge length of the widest gap
+constexpr double k_max_extra_rings = 200;
+constexpr uint32_t k_band_growth = 3;
+constexpr double k_hopeless = 2.5; ///< times the limit's excess over 1: no larger band will help
+constexpr size_t k_max_fast_band = 8000; ///< triangles
+
+} // namespace
 
 void Merger::remember_face(uint32_t t) {
     const StretchSums sums = set_.measure_face(t);
     face_sums_[t] = {sums.inverse, sums.flat_area};
 }
 
-/// The outline as it will be after gluing, if the rest of each chart stays rigid: a's part moved,
-/// the gap at the two ends of the arc closed gradually along the border.
-void Merger::preview_outline(uint32_t a, const Chart& joined, const Rigid& motion) {
+void Merger::take_arc(uint32_t a, uint32_t b, const BorderRun& run) {
+    const Chart& chart = set_.charts[a];
+    const uint32_t begin = run.loop == 0 ? 0 : chart.loop_end[run.loop - 1];
+    const uint32_t end = chart.loop_end[run.loop];
+    arc_.a = a;
+    arc_.b = b;
+    arc_.edges.clear();
+    for (uint32_t k = 0, i = run.first; k < run.count; ++k, i = i + 1 == end ? begin : i + 1)
+        arc_.edges.push_back(chart.border[i]);
+    list_arc_nodes();
+    // A loop glued all around would close the chart: one edge stays open.
+    if (arc_.edges.size() > 1 &&
+        (arc_.node_a.front() == arc_.node_a.back() || arc_.node_b.front() == arc_.node_b.back())) {
+        arc_.edges.pop_back();
+        list_arc_nodes();
+    }
+}
+
+void Merger::list_arc_nodes() {
+    const Surface& s = set_.surface;
+    arc_.node_a.clear();
+    arc_.node_b.clear();
+    for (uint32_t h : arc_.edges) {
+        arc_.node_a.push_back(set_.node[h]);
+        arc_.node_b.push_back(set_.node[next_corner(s.mate[h])]);
+    }
+    arc_.node_a.push_back(set_.node[next_corner(arc_.edges.back())]);
+    arc_.node_b.push_back(set_.node[s.mate[arc_.edges.back()]]);
+}
+
+/// Cuts the arc down to its longest part along which both sides turn by the same angles.
+void Merger::keep_matching_part() {
+    constexpr double k_same_turn = 1e-3; // distance of two unit vectors
+    const auto direction = [&](uint32_t from, uint32_t to) {
+        const Vec2 d = set_.uv[to] - set_.uv[from];
+        const double size = length(d);
+        return size > 0 ? d * (1 / size) : Vec2{};
+    };
+    const auto turn = [&](const std::vector<uint32_t>& node, size_t i) { // as cosine and sine
+        const Vec2 in = direction(node[i - 1], node[i]), out = direction(node[i], node[i + 1]);
+        return Vec2{dot(in, out), cross(in, out)};
+    };
+    size_t best = 0, best_count = 0;
+    double best_length = 0;
+    for (size_t first = 0, i = 0; i < arc_.edges.size(); first = i) {
+        double size = 0;
+        do {
+            size += set_.surface.edge_length(arc_.edges[i]);
+            ++i;
+        } while (i < arc_.edges.size() &&
+                 length(turn(arc_.node_a, i) - turn(arc_.node_b, i)) < k_same_turn);
+        if (size > best_length) {
+            best_length = size;
+            best = first;
+            best_count = i - first;
+        }
+    }
+    const auto cut = [&](std::vector<uint32_t>& v, size_t count) {
+        v = std::vector<uint32_t>(v.begin() + long(best), v.begin() + long(best + count));
+    };
+    cut(arc_.edges, best_count);
+    cut(arc_.node_a, best_count + 1);
+    cut(arc_.node_b, best_count + 1);
+}
+
+/// The rigid motion that lays a's side of the arc onto b's. Returns the root mean square residual,
+/// or -1 if the arc determines no motion.
+double Merger::align(Rigid& motion) const {
+    const size_t count = arc_.node_a.size();
+    std::vector<double> weight(count, 0.0);
+    for (size_t i = 0; i + 1 < count; ++i) {
+        const double half = 0.5 * set_.surface.edge_length(arc_.edges[i]);
+        weight[i] += half;
+        weight[i + 1] += half;
+    }
+    std::vector<Vec2> from(count), to(count);
+    for (size_t i = 0; i < count; ++i) {
+        from[i] = set_.uv[arc_.node_a[i]];
+        to[i] = set_.uv[arc_.node_b[i]];
+    }
+    return fit_rigid(from, to, weight, motion);
+}
+
+/// Whether the aligned sides of the arc lie close enough together. The exact round also refuses
+/// arcs that are short against the borders of both charts.
+bool Merger::sides_fit(double residual) const {
+    const bool exact = round_ == Round::exact;
+    if (residual < 0 || residual > (exact ? k_max_exact_residual : k_max_residual) * arc_.length)
+        return false;
+    const double shorter =
+        std::min(set_.charts[arc_.a].border_length, set_.charts[arc_.b].border_length);
+    return !exact || arc_.length >= k_min_exact_arc * shorter;
+}
+
+/// The border that both charts will have once the arc is glued. Its last loop is the one that the
+/// arc was on: first b's part, from the arc's first vertex to its last, then a's part back.
+void Merger::splice_border(Chart& joined) const {
+    struct Opened { // the loop that contains the arc
+        uint32_t at = k_none, begin = 0, end = 0;
+    };
+    const auto copy_other_loops = [&](const Chart& from, uint32_t arc_edge) {
+        Opened opened;
+        for (uint32_t loop = 0, start = 0; loop < from.loop_end.size(); ++loop) {
+            const auto first = from.border.begin() + start;
+            const auto last = from.border.begin() + from.loop_end[loop];
+            const auto found = opened.at == k_none ? std::find(first, last, arc_edge) : last;
+            if (found != last) {
+                opened = {uint32_t(found - from.border.begin()), start, from.loop_end[loop]};
+            } else {
+                joined.border.insert(joined.border.end(), first, last);
+                joined.loop_end.push_back(uint32_t(joined.border.size()));
+            }
+            start = from.loop_end[loop];
+        }
+        return opened;
+    };
+    const auto append_rest = [&](const Chart& from, const Opened& opened) {
+        uint32_t at = opened.at;
+        for (size_t k = arc_.edges.size(); k < opened.end - opened.begin; ++k) {
+            at = at + 1 == opened.end ? opened.begin : at + 1;
+            joined.border.push_back(from.border[at]);
+        }
+    };
+    const Chart& chart_a = set_.charts[arc_.a];
+    const Chart& chart_b = set_.charts[arc_.b];
+    const Opened opened_a = copy_other_loops(chart_a, arc_.edges.back());
+    const Opened opened_b = copy_other_loops(chart_b, set_.surface.mate[arc_.edges.front()]);
+    append_rest(chart_b, opened_b);
+    append_rest(chart_a, opened_a);
+    joined.loop_end.push_back(uint32_t(joined.border.size()));
+    joined.border_length = chart_a.border_length + chart_b.border_length - 2 * arc_.length;
+}
+
+/// The joined outline if each chart stayed rigid: a's part moved, and the gap at the two ends of
+/// the arc faded out over a few border vertices on both sides.
+void Merger::preview_outline(const Chart& joined, const Rigid& motion) {
+    constexpr uint32_t k_fade = 5; // border vertices
     outline_.clear();
     for (uint32_t h : joined.border) {
         const Vec2 p = set_.uv[set_.node[h]];
-        outline_.point.push_back(set_.chart[h / 3] == a ? motion(p) : p);
+        outline_.point.push_back(set_.chart[h / 3] == arc_.a ? motion(p) : p);
     }
     outline_.loop_end = joined.loop_end;
-    // The last loop runs first along b (from the arc's start to its end), then along a.
     const uint32_t begin = joined.loop_end.size() > 1 ? *(joined.loop_end.end() - 2) : 0;
     const uint32_t end = joined.loop_end.back(), size = end - begin;
     if (size == 0)
         return;
-    uint32_t split = begin;
-    while (split < end && set_.chart[joined.border[split] / 3] != a)
-        split++;
+    uint32_t split = begin; // where b's part of the last loop ends and a's begins
+    while (split < end && set_.chart[joined.border[split] / 3] != arc_.a)
+        ++split;
     const auto at = [&](uint32_t i) -> Vec2& { return outline_.point[begin + (i - begin) % size]; };
-    const Vec2 a_start = motion(set_.uv[node_a_.front()]), b_start = set_.uv[node_b_.front()];
-    const Vec2 a_end = motion(set_.uv[node_a_.back()]), b_end = set_.uv[node_b_.back()];
-    const uint32_t fade = 5;
-    const Vec2 start_gap = (a_start - b_start) * 0.5, end_gap = (a_end - b_end) * 0.5;
+    const auto half_gap = [&](uint32_t node_a, uint32_t node_b) {
+        return (motion(set_.uv[node_a]) - set_.uv[node_b]) * 0.5;
+    };
+    const Vec2 start_gap = half_gap(arc_.node_a.front(), arc_.node_b.front());
+    const Vec2 end_gap = half_gap(arc_.node_a.back(), arc_.node_b.back());
     const uint32_t b_size = split - begin, a_size = end - split;
-    for (uint32_t i = 0; i < fade; i++) {
-        const double part = 1 - double(i) / fade;
+    for (uint32_t i = 0; i < k_fade; ++i) {
+        const double part = 1 - double(i) / k_fade;
         if (i < b_size)
             at(begin + i) = at(begin + i) + start_gap * part;
         if (i < a_size)
@@ -46,183 +209,153 @@ void Merger::preview_outline(uint32_t a, const Chart& joined, const Rigid& motio
     }
 }
 
-bool Merger::packable(const Box& box, uint32_t a, uint32_t b, bool exact, double arc_length) const {
-    if (!options_.packable)
-        return true;
-    // Measured in sides of the square that all charts would fill: a strip longer than that wastes
-    // the texture. An exact unfolding (the net of a box, a rolled-out tube) is worth some waste:
-    // the longer the border that disappears, the more (docs/atlas.md has the curve).
-    const double side = std::sqrt(set_.surface.total_area);
-    const double area = set_.charts[a].stretch.area + set_.charts[b].stretch.area;
-    const double room = box_[a].area() + box_[b].area();
-    const double share = area / set_.surface.total_area;
-    if (exact && share >= 0.64) // most of the mesh: little else could fill the gaps
-        return box.longer <= (share >= 0.999 ? 2.1 : 1.7) * side;
-    if (exact)
-        return box.longer <= 1.25 * side &&
-               (area >= 0.6 * box.area() || box.area() <= room + 0.4 * arc_length * side);
-    return box.longer <= side && (area >= 0.6 * box.area() || box.area() <= room);
-}
-
 Box Merger::box_of(const Outline& outline) const {
     std::vector<Vec2> points = outline.point;
-    return least_box(points);
+    return min_area_box(points);
 }
 
-/// On hard surfaces stretch has to buy seams: what was flat should stay undistorted unless the
-/// border that disappears is long.
-bool Merger::pays(uint32_t a, uint32_t b, const Chart& joined, double arc_length) const {
-    if (!hard(a))
+/// Whether gluing unfolds undistorted charts without distorting them.
+bool Merger::is_exact(double residual) const {
+    constexpr double k_tolerance = 1e-5;
+    return residual < k_tolerance * arc_.length &&
+           set_.charts[arc_.a].stretch.l2() < 1 + k_tolerance &&
+           set_.charts[arc_.b].stretch.l2() < 1 + k_tolerance;
+}
+
+/// Refuses unions whose box would waste the texture. Lengths are measured in sides of the square
+/// that has the area of the mesh: a strip longer than that square wastes room whatever else there
+/// is to pack. An exact union (the net of a box, an unrolled tube) may waste more, the longer the
+/// border that it removes.
+bool Merger::box_allowed(const Box& box, bool exact) const {
+    const double side = std::sqrt(set_.surface.total_area);
+    const double area = set_.charts[arc_.a].stretch.area + set_.charts[arc_.b].stretch.area;
+    const double room = history_[arc_.a].box.area() + history_[arc_.b].box.area();
+    const double share = area / set_.surface.total_area;
+    if (exact && share >= k_most_of_mesh) // few other charts are left to fill the gaps
+        return box.longer <=
+               (share >= k_whole_mesh ? k_max_length_whole : k_max_length_most) * side;
+    const bool filled = area >= k_min_fill * box.area();
+    if (exact)
+        return box.longer <= k_max_exact_length * side &&
+               (filled || box.area() <= room + k_waste_per_arc * arc_.length * side);
+    return box.longer <= k_max_length * side && (filled || box.area() <= room);
+}
+
+/// On hard surfaces added stretch has to be paid for by the length of the border that is removed.
+bool Merger::stretch_pays(const Chart& joined) const {
+    if (!hard(arc_.a))
         return true;
     const auto loss = [](const StretchSums& s) { return s.area * (s.l2() - 1); };
-    const double price =
-        (loss(joined.stretch) - loss(set_.charts[a].stretch) - loss(set_.charts[b].stretch)) /
-        set_.surface.total_area;
-    constexpr double k_seam_per_stretch = 100, k_most_stretch = 1.03;
-    return joined.stretch.l2() <= k_most_stretch &&
-           price * k_seam_per_stretch <= arc_length / std::sqrt(set_.surface.total_area);
+    const double price = (loss(joined.stretch) - loss(set_.charts[arc_.a].stretch) -
+                          loss(set_.charts[arc_.b].stretch)) /
+                         set_.surface.total_area;
+    return joined.stretch.l2() <= k_max_hard_stretch &&
+           price * k_seam_per_stretch <= arc_.length / std::sqrt(set_.surface.total_area);
 }
 
-void Merger::glue() {
-    for (uint32_t h : edges_)
+/// Glues the arc, whose nodes become b's, and moves chart a onto b.
+void Merger::glue(const Rigid& motion) {
+    for (uint32_t h : arc_.edges)
         set_.set_glued(h, true);
-    for (uint32_t n : node_b_)
+    for (uint32_t n : arc_.node_b)
         set_.rename_node(n);
+    for (uint32_t t : set_.charts[arc_.a].faces)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
+            if (set_.node[c] == c) // once per node
+                set_uv(c, motion(set_.uv[c]));
 }
 
+/// Restores both charts to the state before glue().
 void Merger::unglue() {
-    for (uint32_t h : edges_)
+    for (uint32_t h : arc_.edges)
         set_.set_glued(h, false);
-    for (uint32_t n : node_a_)
+    for (uint32_t n : arc_.node_a)
         set_.rename_node(n);
-    for (uint32_t n : node_b_)
+    for (uint32_t n : arc_.node_b)
         set_.rename_node(n);
-    for (auto it = backup_.rbegin(); it != backup_.rend(); ++it)
+    for (auto it = moved_.rbegin(); it != moved_.rend(); ++it)
         set_.uv[it->first] = it->second;
-    backup_.clear();
+    moved_.clear();
 }
 
-void Merger::set_uv(uint32_t n, Vec2 p) {
-    backup_.push_back({n, set_.uv[n]});
-    set_.uv[n] = p;
+void Merger::set_uv(uint32_t node, Vec2 p) {
+    moved_.push_back({node, set_.uv[node]});
+    set_.uv[node] = p;
 }
 
-/// Triangles and nodes within `rings` of the arc. True when that is all of both charts.
-bool Merger::grow_band(uint32_t rings) {
-    clear_band();
-    for (uint32_t n : node_b_) {
-        depth_[n] = 0;
-        band_nodes_.push_back(n);
-    }
-    bool whole = true;
-    for (size_t i = 0; i < band_nodes_.size(); i++) {
-        const uint32_t n = band_nodes_[i], depth = depth_[n];
-        if (depth == rings) {
-            whole = false;
-            continue;
-        }
-        set_.for_node(n, [&](uint32_t c) {
-            const uint32_t t = c / 3;
-            if (in_band_[t])
-                return;
-            in_band_[t] = 1;
-            band_faces_.push_back(t);
-            for (uint32_t k = 3 * t; k < 3 * t + 3; k++) {
-                const uint32_t m = set_.node[k];
-                if (depth_[m] == k_none) {
-                    depth_[m] = depth + 1;
-                    band_nodes_.push_back(m);
-                }
-            }
-        });
-    }
-    return whole;
-}
-
-void Merger::clear_band() {
-    for (uint32_t n : band_nodes_)
-        depth_[n] = k_none;
-    for (uint32_t t : band_faces_)
-        in_band_[t] = 0;
-    band_nodes_.clear();
-    band_faces_.clear();
-}
-
-/// Lets the gap between the two sides of the arc fade out over the band, ring by ring: a node moves
-/// like the mean of its neighbours one ring further in.
-void Merger::spread_gap(uint32_t a, const std::vector<Vec2>& gap, uint32_t rings) {
-    // gap[i]: from b's side to a's at arc vertex i. Node numbers of the arc are those of b.
+/// Fades the gap between the two sides of the arc out over the band, ring by ring: a node moves by
+/// the mean of its neighbours one ring closer to the arc, slightly reduced.
+void Merger::spread_gap(const std::vector<Vec2>& gap, uint32_t rings) {
     std::vector<Vec2>& shift = shift_;
     shift.resize(set_.node.size());
-    for (size_t i = 0; i < node_b_.size(); i++) {
-        shift[node_b_[i]] = gap[i] * 0.5;
-        set_uv(node_b_[i], set_.uv[node_b_[i]] + gap[i] * 0.5);
+    for (size_t i = 0; i < arc_.node_b.size(); ++i) {
+        const uint32_t n = arc_.node_b[i];
+        shift[n] = gap[i] * 0.5;
+        set_uv(n, set_.uv[n] + gap[i] * 0.5);
     }
-    for (size_t i = node_b_.size(); i < band_nodes_.size(); i++) {
-        const uint32_t n = band_nodes_[i], depth = depth_[n];
-        if (depth >= rings)
+    for (size_t i = arc_.node_b.size(); i < band_.nodes().size(); ++i) {
+        const uint32_t n = band_.nodes()[i], ring = band_.ring(n);
+        if (ring >= rings)
             continue;
         Vec2 sum;
         uint32_t count = 0;
         set_.for_node(n, [&](uint32_t c) {
             for (uint32_t m : {set_.node[next_corner(c)], set_.node[previous_corner(c)]})
-                if (depth_[m] == depth - 1) {
-                    // a's side moves against the gap, b's along it; only arc nodes know both.
-                    const double sign = depth == 1 && set_.chart[c / 3] == a ? -1 : 1;
+                if (band_.ring(m) == ring - 1) {
+                    // a's side moves against the gap, b's side with it. The arc's nodes belong to
+                    // both, so the sign is chosen where the first ring reads them.
+                    const double sign = ring == 1 && set_.chart[c / 3] == arc_.a ? -1 : 1;
                     sum = sum + shift[m] * sign;
-                    count++;
+                    ++count;
                 }
         });
-        const double fade = double(rings - depth) / double(rings + 1 - depth);
+        const double fade = double(rings - ring) / double(rings + 1 - ring);
         shift[n] = sum * (fade / count);
         set_uv(n, set_.uv[n] + shift[n]);
     }
 }
 
-/// Whether a merge that has failed at first is worth more. In fast mode not with a large band: such
-/// merges are few, often fail in the end, and would take a third of the time.
-bool Merger::patient() const {
-    constexpr size_t k_most_faces = 8000;
-    return options_.thorough || band_faces_.size() <= k_most_faces;
+/// Whether a merge that has failed at first deserves a more expensive solve. In fast mode it does
+/// not if the band is large: such merges are few and often fail in the end, but would take a third
+/// of the time.
+bool Merger::worth_more_work() const {
+    return options_.thorough || band_.faces().size() <= k_max_fast_band;
 }
 
-/// Solves the band with everything around it held. False when triangles stay flipped.
+/// Solves the band; nodes of its outermost ring stay fixed. False if triangles remain flipped.
 bool Merger::relax_band(uint32_t rings, bool global) {
-    Flattener& f = flattener_;
-    f.patch.clear();
-    f.nodes.clear();
-    for (uint32_t n : band_nodes_) {
-        f.local[n] = f.patch.add_vertex(set_.uv[n], depth_[n] >= rings);
-        f.nodes.push_back(n);
-    }
-    for (uint32_t t : band_faces_)
-        f.patch.add_face(set_.surface.frame[t], f.local[set_.node[3 * t]],
-                         f.local[set_.node[3 * t + 1]], f.local[set_.node[3 * t + 2]]);
-    for (uint32_t n : band_nodes_)
-        f.local[n] = k_none;
-    // A few flipped triangles turn over by themselves; many mean that the start is bad.
-    const uint32_t flipped = f.patch.flipped();
-    if (flipped != 0 && flipped < band_faces_.size() / 16 + 4)
-        f.patch.untangle(4);
-    if (f.patch.flipped() != 0 && !patient())
+    PatchCopy& copy = flattener_.copy;
+    Patch& patch = copy.patch;
+    copy.clear();
+    for (uint32_t n : band_.nodes())
+        copy.add_node(n, set_.uv[n], band_.ring(n) >= rings);
+    for (uint32_t t : band_.faces())
+        patch.add_face(set_.surface.frame[t], copy.vertex(set_.node[3 * t]),
+                       copy.vertex(set_.node[3 * t + 1]), copy.vertex(set_.node[3 * t + 2]));
+    // A few flipped triangles can be untangled at once; many mean that the start is bad.
+    const uint32_t flipped = patch.flipped();
+    if (flipped != 0 && flipped < band_.faces().size() / 16 + 4)
+        patch.untangle(4);
+    if (patch.flipped() != 0 && !worth_more_work())
         return false;
-    if (global || f.patch.flipped() != 0)
-        f.patch.arap(options_.thorough ? 4 : 2);
-    if (f.patch.flipped() != 0)
-        f.patch.untangle(6);
-    if (f.patch.flipped() != 0)
+    const int steps = options_.thorough ? 4 : 2;
+    if (global || patch.flipped() != 0)
+        patch.arap(steps);
+    if (patch.flipped() != 0)
+        patch.untangle(6);
+    if (patch.flipped() != 0)
         return false;
-    f.patch.relax(options_.thorough ? 4 : 2);
-    for (uint32_t i = 0; i < f.nodes.size(); i++)
-        set_uv(f.nodes[i], f.patch.uv[i]);
+    patch.relax(steps);
+    for (uint32_t i = 0; i < copy.nodes.size(); ++i)
+        set_uv(copy.nodes[i], patch.uv[i]);
     return true;
 }
 
-/// The sums of the joined chart, the band's triangles measured anew.
-StretchSums Merger::joined_sums(uint32_t a, uint32_t b) const {
-    StretchSums sums = set_.charts[a].stretch;
-    sums.add(set_.charts[b].stretch);
-    for (uint32_t t : band_faces_) {
+/// The stretch sums of both charts together, with the band's triangles measured again.
+StretchSums Merger::joined_sums() const {
+    StretchSums sums = set_.charts[arc_.a].stretch;
+    sums.add(set_.charts[arc_.b].stretch);
+    for (uint32_t t : band_.faces()) {
         const StretchSums now = set_.measure_face(t);
         sums.inverse += now.inverse - face_sums_[t].inverse;
         sums.flat_area += now.flat_area - face_sums_[t].flat_area;
@@ -231,103 +364,58 @@ StretchSums Merger::joined_sums(uint32_t a, uint32_t b) const {
     return sums;
 }
 
-bool Merger::solve(uint32_t a, uint32_t b, Chart& joined, const std::vector<Vec2>& gap) {
-    double largest = 0, edge = 0;
+/// Puts the arc's nodes in the middle of a negligible gap. False if that flips a triangle.
+bool Merger::close_without_solving(Chart& joined, const std::vector<Vec2>& gap) {
+    band_.grow(arc_.node_b, 1);
+    for (size_t i = 0; i < gap.size(); ++i)
+        set_uv(arc_.node_b[i], set_.uv[arc_.node_b[i]] + gap[i] * 0.5);
+    joined.stretch = joined_sums();
+    return joined.stretch.flipped == 0;
+}
+
+/// Closes the gap and brings the joined chart within the stretch limit; fills joined.stretch.
+bool Merger::solve(Chart& joined, const std::vector<Vec2>& gap) {
+    constexpr double k_negligible_gap = 1e-7; // of the mean edge length
+    double widest = 0;
     for (const Vec2 g : gap)
-        largest = std::max(largest, length(g));
-    for (uint32_t h : edges_)
-        edge += set_.surface.edge_length(h);
-    edge /= double(edges_.size());
-    if (largest <= 1e-7 * edge) { // the sides fit: nothing to solve
-        grow_band(1);
-        for (size_t i = 0; i < gap.size(); i++)
-            set_uv(node_b_[i], set_.uv[node_b_[i]] + gap[i] * 0.5);
-        joined.stretch = joined_sums(a, b);
-        if (joined.stretch.flipped == 0)
-            return joined.stretch.l2() <= options_.limit;
-    }
-    const double reach = 3 * largest / edge;
-    uint32_t rings = 4 + uint32_t(std::min(200.0, reach));
-    bool whole = grow_band(rings);
-    spread_gap(a, gap, rings);
-    const double hopeless = 1 + 2.5 * (options_.limit - 1);
-    for (int attempt = 0;; attempt++) {
+        widest = std::max(widest, length(g));
+    const double edge = arc_.length / double(arc_.edges.size());
+    if (widest <= k_negligible_gap * edge && close_without_solving(joined, gap))
+        return joined.stretch.l2() <= options_.limit;
+    const double extra = k_rings_per_gap * widest / edge;
+    uint32_t rings = k_first_rings + uint32_t(std::min(k_max_extra_rings, extra));
+    bool whole = band_.grow(arc_.node_b, rings);
+    spread_gap(gap, rings);
+    const double hopeless = 1 + k_hopeless * (options_.limit - 1);
+    for (int attempt = 0;; ++attempt) {
         const bool valid = relax_band(rings, whole && attempt > 0);
-        joined.stretch = joined_sums(a, b);
+        joined.stretch = joined_sums();
         const double l2 = joined.stretch.l2();
         if (valid && joined.stretch.flipped == 0 && l2 <= options_.limit)
             return true;
-        if ((whole && attempt > 0) || (valid && l2 > hopeless) || !patient() ||
+        if ((whole && attempt > 0) || (valid && l2 > hopeless) || !worth_more_work() ||
             (!options_.thorough && attempt > 0))
             return false;
-        rings *= 3;
+        rings *= k_band_growth;
         if (!whole)
-            whole = grow_band(rings);
+            whole = band_.grow(arc_.node_b, rings);
     }
 }
 
-bool Merger::try_arc(uint32_t a, uint32_t b, const Arc& arc) {
-    take_arc(a, arc);
-    if (round_ == Round::exact)
-        keep_fitting_part();
-    Rigid motion;
-    const double residual = align(motion);
-    double arc_length = 0;
-    for (uint32_t h : edges_)
-        arc_length += set_.surface.edge_length(h);
-    const double most = round_ == Round::exact ? 1e-4 : 0.25;
-    if (residual < 0 || residual > most * arc_length)
-        return false;
-    const double least = std::min(set_.charts[a].border_length, set_.charts[b].border_length);
-    if (round_ == Round::exact && arc_length < 0.08 * least)
-        return false;
-    Chart joined;
-    splice_border(a, b, joined);
-    preview_outline(a, joined, motion);
-    const Box box = box_of(outline_);
-    const bool exact = residual < 1e-5 * arc_length && set_.charts[a].stretch.l2() < 1 + 1e-5 &&
-                       set_.charts[b].stretch.l2() < 1 + 1e-5;
-    if (!packable(box, a, b, exact, arc_length))
-        return false;
-    if ((!options_.thorough || residual < 0.05 * arc_length) && !tester_.simple(outline_))
-        return false;
-    std::vector<Vec2> gap(node_a_.size());
-    for (size_t i = 0; i < gap.size(); i++)
-        gap[i] = motion(set_.uv[node_a_[i]]) - set_.uv[node_b_[i]];
-    glue();
-    for (uint32_t t : set_.charts[a].faces)
-        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
-            if (set_.node[c] == c) // one corner of each node; the arc's nodes are b's
-                set_uv(c, motion(set_.uv[c]));
-    bool legal = solve(a, b, joined, gap);
-    if (legal) {
-        const size_t before = backup_.size();
-        flattener_.close_slits(joined, backup_);
-        for (size_t i = before; i < backup_.size(); i++)
-            set_.for_node(backup_[i].first, [&](uint32_t c) {
-                legal = legal && set_.measure_face(c / 3).flipped == 0;
-                if (!in_band_[c / 3]) {
-                    in_band_[c / 3] = 1;
-                    band_faces_.push_back(c / 3);
-                }
-            });
-        joined.stretch = joined_sums(a, b);
-        legal = legal && joined.stretch.l2() <= options_.limit && pays(a, b, joined, arc_length) &&
-                flattener_.judge_outline(joined);
-    }
-    if (!legal) {
-        clear_band();
-        unglue();
-        return false;
-    }
-    for (uint32_t t : band_faces_)
-        remember_face(t);
-    clear_band();
-    backup_.clear();
-    joined.stretch.flipped = 0;
-    set_.outline(joined, outline_);
-    commit(a, b, std::move(joined), box_of(outline_));
-    return true;
+/// Closes the joined chart's slits and judges it. Triangles that this moves join the band, so that
+/// their sums are measured again.
+bool Merger::legal_once_slits_close(Chart& joined) {
+    bool legal = true;
+    const size_t before = moved_.size();
+    flattener_.close_slits(joined, moved_);
+    for (size_t i = before; i < moved_.size(); ++i)
+        set_.for_node(moved_[i].first, [&](uint32_t c) {
+            legal = legal && set_.measure_face(c / 3).flipped == 0;
+            band_.add_face(c / 3);
+        });
+    joined.stretch = joined_sums();
+    return legal && joined.stretch.l2() <= options_.limit && stretch_pays(joined) &&
+           flattener_.judge_outline(joined);
 }
 
 } // namespace tessora::atlas

@@ -4,6 +4,12 @@
 #include <limits>
 
 namespace tessora::atlas {
+namespace {
+
+/// A triangle whose area shrinks below this factor counts as flipped.
+constexpr double k_min_determinant = 1e-9;
+
+} // namespace
 
 StretchSums triangle_stretch(const Frame& f, Vec2 a, Vec2 b, Vec2 c) {
     StretchSums sums;
@@ -12,7 +18,7 @@ StretchSums triangle_stretch(const Frame& f, Vec2 a, Vec2 b, Vec2 c) {
     const Vec2 s = (b - a) * inverse_x;
     const Vec2 t = ((c - a) - s * f.x2) * inverse_y;
     const double det = cross(s, t);
-    if (!(det > 1e-9)) {
+    if (!(det > k_min_determinant)) {
         sums.flipped = 1;
         return sums;
     }
@@ -50,14 +56,14 @@ void Patch::build_stars() {
         return;
     star_begin_.assign(uv.size() + 1, 0);
     for (uint32_t v : corner_)
-        star_begin_[v + 1]++;
-    for (size_t v = 0; v < uv.size(); v++)
+        ++star_begin_[v + 1];
+    for (size_t v = 0; v < uv.size(); ++v)
         star_begin_[v + 1] += star_begin_[v];
     star_.resize(corner_.size());
     std::vector<uint32_t> at(star_begin_.begin(), star_begin_.end() - 1);
-    for (uint32_t t = 0; t < shape_.size(); t++) {
+    for (uint32_t t = 0; t < shape_.size(); ++t) {
         const uint32_t* v = &corner_[3 * t];
-        const Shape& s = shape_[t];
+        const FaceShape& s = shape_[t];
         const double* cot = s.cot;
         star_[at[v[0]]++] = {v[1], v[2], cot[0], cot[1], cot[2], s.area, s.inverse_area};
         star_[at[v[1]]++] = {v[2], v[0], cot[1], cot[2], cot[0], s.area, s.inverse_area};
@@ -65,14 +71,14 @@ void Patch::build_stars() {
     }
 }
 
-/// Energy of the triangles around v if it stood at p; infinite when one of them is flipped.
+/// Energy of the triangles around v with v moved to p; infinite if one of them is flipped.
 double Patch::star_energy(uint32_t v, Vec2 p) const {
     double energy = 0;
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
         const Spoke& s = star_[i];
         const Vec2 q = uv[s.q], r = uv[s.r];
         const double doubled = doubled_area(p, q, r);
-        if (!(doubled > 2e-9 * s.area))
+        if (!(doubled > 2 * k_min_determinant * s.area))
             return std::numeric_limits<double>::infinity();
         const double norm =
             s.cot_p * dot(r - q, r - q) + s.cot_q * dot(p - r, p - r) + s.cot_r * dot(p - q, p - q);
@@ -82,15 +88,16 @@ double Patch::star_energy(uint32_t v, Vec2 p) const {
     return energy;
 }
 
+/// At v, over the triangles around it. False if one of them is flipped.
 bool Patch::derivatives(uint32_t v, Quadratic& h, double& energy) const {
     h = {};
     energy = 0;
     const Vec2 p = uv[v];
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
         const Spoke& s = star_[i];
         const Vec2 q = uv[s.q], r = uv[s.r];
         const double doubled = doubled_area(p, q, r);
-        if (!(doubled > 2e-9 * s.area))
+        if (!(doubled > 2 * k_min_determinant * s.area))
             return false;
         const Vec2 pr = p - r, pq = p - q;
         const double norm = 0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(pr, pr) +
@@ -109,12 +116,12 @@ bool Patch::derivatives(uint32_t v, Quadratic& h, double& energy) const {
     return true;
 }
 
-/// The largest part of `direction` (at most all of it) that keeps every triangle's area above a
-/// tenth of what it is.
+/// The largest factor <= 1 for `direction` with which every triangle around v keeps at least a
+/// tenth of its area.
 double Patch::longest_step(uint32_t v, Vec2 direction) const {
     double step = 1;
     const Vec2 p = uv[v];
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
         const Vec2 q = uv[star_[i].q], r = uv[star_[i].r];
         const double now = doubled_area(p, q, r);
         const double change = direction.x * (q.y - r.y) + direction.y * (r.x - q.x);
@@ -124,16 +131,14 @@ double Patch::longest_step(uint32_t v, Vec2 direction) const {
     return step;
 }
 
-/// Gives the energy saved.
-double Patch::relax_vertex(uint32_t v) {
-    Quadratic h;
-    double energy;
-    if (!derivatives(v, h, energy))
-        return 0;
+/// Newton's direction. The Hessian is shifted first so that its smaller eigenvalue is at least
+/// `min_curvature` times the larger magnitude, which makes it a descent direction. False if the
+/// Hessian vanishes.
+bool Patch::descent_direction(Quadratic h, double min_curvature, Vec2& direction) {
     const double mean = 0.5 * (h.xx + h.yy);
     const double half = 0.5 * (h.xx - h.yy);
     const double radius = std::sqrt(half * half + h.xy * h.xy);
-    const double floor = 1e-2 * (std::fabs(mean) + radius);
+    const double floor = min_curvature * (std::fabs(mean) + radius);
     if (mean - radius < floor) {
         const double shift = floor - (mean - radius);
         h.xx += shift;
@@ -141,57 +146,55 @@ double Patch::relax_vertex(uint32_t v) {
     }
     const double det = h.xx * h.yy - h.xy * h.xy;
     if (!(det > 0))
+        return false;
+    direction = Vec2{h.xy * h.g.y - h.yy * h.g.x, h.xy * h.g.x - h.xx * h.g.y} * (1 / det);
+    return true;
+}
+
+/// One damped Newton step at a vertex. Returns the energy saved.
+double Patch::relax_vertex(uint32_t v) {
+    constexpr double k_min_curvature = 1e-2, k_min_gain = 1e-12, k_backtrack = 0.4;
+    constexpr int k_tries = 6;
+    Quadratic h;
+    double energy;
+    Vec2 direction;
+    if (!derivatives(v, h, energy) || !descent_direction(h, k_min_curvature, direction))
         return 0;
-    const Vec2 direction =
-        Vec2{h.xy * h.g.y - h.yy * h.g.x, h.xy * h.g.x - h.xx * h.g.y} * (1 / det);
-    if (!(-dot(direction, h.g) > 1e-12 * energy))
+    if (!(-dot(direction, h.g) > k_min_gain * energy))
         return 0;
     double step = 1;
-    for (int i = 0; i < 6; i++, step *= 0.4) {
+    for (int i = 0; i < k_tries; ++i, step *= k_backtrack) {
         const Vec2 p = uv[v] + direction * step;
         const double after = star_energy(v, p);
         if (after < energy) {
             uv[v] = p;
-            stir(v);
+            activate_star(v);
             return energy - after;
         }
         if (i == 0)
-            step = longest_step(v, direction) / 0.4;
+            step = longest_step(v, direction) / k_backtrack;
     }
     return 0;
 }
 
-void Patch::stir(uint32_t v) {
-    stirred_[v] = 1;
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++)
-        stirred_[star_[i].q] = stirred_[star_[i].r] = 1;
-}
-
-double Patch::total_energy() const {
-    double energy = 0;
-    for (uint32_t t = 0; t < shape_.size(); t++) {
-        const Vec2 a = uv[corner_[3 * t]], b = uv[corner_[3 * t + 1]], c = uv[corner_[3 * t + 2]];
-        const double* cot = shape_[t].cot;
-        const double norm =
-            cot[0] * dot(c - b, c - b) + cot[1] * dot(a - c, a - c) + cot[2] * dot(b - a, b - a);
-        const double inverse = 2 * shape_[t].area / doubled_area(a, b, c);
-        energy += 0.5 * norm * (1 + inverse * inverse);
-    }
-    return energy;
+void Patch::activate_star(uint32_t v) {
+    active_[v] = 1;
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i)
+        active_[star_[i].q] = active_[star_[i].r] = 1;
 }
 
 double Patch::relax(int sweeps) {
     build_stars();
     double saved = 0, energy = 0;
-    for (const Shape& shape : shape_)
-        energy += 4 * shape.area;
-    stirred_.assign(uv.size(), 1);
-    for (int i = 0; i < sweeps; i++) {
+    for (const FaceShape& shape : shape_)
+        energy += 4 * shape.area; // that of an isometry
+    active_.assign(uv.size(), 1);
+    for (int i = 0; i < sweeps; ++i) {
         saved = 0;
-        for (uint32_t v = 0; v < uv.size(); v++) {
-            if (pinned[v] || !stirred_[v])
+        for (uint32_t v = 0; v < uv.size(); ++v) {
+            if (pinned[v] || !active_[v])
                 continue;
-            stirred_[v] = 0;
+            active_[v] = 0;
             saved += relax_vertex(v);
         }
         if (saved < 1e-6 * energy)
@@ -202,13 +205,13 @@ double Patch::relax(int sweeps) {
 
 StretchSums Patch::stretch() const {
     StretchSums sums;
-    for (uint32_t t = 0; t < shape_.size(); t++) {
+    for (uint32_t t = 0; t < shape_.size(); ++t) {
         const Vec2 a = uv[corner_[3 * t]], b = uv[corner_[3 * t + 1]], c = uv[corner_[3 * t + 2]];
-        const Shape& shape = shape_[t];
+        const FaceShape& shape = shape_[t];
         sums.area += shape.area;
         const double doubled = doubled_area(a, b, c);
-        if (!(doubled > 2e-9 * shape.area)) {
-            sums.flipped++;
+        if (!(doubled > 2 * k_min_determinant * shape.area)) {
+            ++sums.flipped;
             continue;
         }
         const double norm = shape.cot[0] * dot(c - b, c - b) + shape.cot[1] * dot(a - c, a - c) +
@@ -220,11 +223,16 @@ StretchSums Patch::stretch() const {
     return sums;
 }
 
+bool Patch::is_flipped(uint32_t t) const {
+    const uint32_t* v = &corner_[3 * t];
+    const double doubled = doubled_area(uv[v[0]], uv[v[1]], uv[v[2]]);
+    return !(doubled > 2 * k_min_determinant * shape_[t].area);
+}
+
 uint32_t Patch::flipped() const {
     uint32_t count = 0;
-    for (uint32_t t = 0; t < shape_.size(); t++)
-        count += !(doubled_area(uv[corner_[3 * t]], uv[corner_[3 * t + 1]],
-                                uv[corner_[3 * t + 2]]) > 2e-9 * shape_[t].area);
+    for (uint32_t t = 0; t < shape_.size(); ++t)
+        count += is_flipped(t);
     return count;
 }
 

@@ -1,21 +1,24 @@
-/// A piece of a chart, or all of it, copied out for solving: local numbering, flat arrays.
+/// A triangulated piece of a chart, copied into flat arrays with its own vertex numbers, and the
+/// solvers that flatten it.
 ///
 /// Distortion is the symmetric Dirichlet energy sum A (|J|^2 + |J^-1|^2) (Smith and Schaefer,
-/// "Bijective parameterization with free boundaries", 2015): it is least for an isometry, its
-/// second term is the L2 stretch of Sander, Snyder, Gortler and Hoppe ("Texture mapping progressive
-/// meshes", 2001), and it is infinite where a triangle flips.
+/// "Bijective parameterization with free boundaries", 2015), where J is the Jacobian of a
+/// triangle's map to the plane and A its area in space. It is smallest for an isometry, its second
+/// term is the L2 stretch of Sander, Snyder, Gortler and Hoppe ("Texture mapping progressive
+/// meshes", 2001), and it tends to infinity where a triangle collapses.
 #pragma once
 
 #include "atlas/geometry/surface.h"
 
 namespace tessora::atlas {
 
-/// What decides about a chart's stretch; sums over triangles, so parts can be added up.
+/// The sums over triangles that determine a chart's L2 stretch; sums of parts can be added.
+/// s1 >= s2 are the singular values of J, A is the area in space.
 struct StretchSums {
-    double area = 0;      ///< in space
+    double area = 0;      ///< sum A
     double inverse = 0;   ///< sum A (s1^-2 + s2^-2) / 2
     double flat_area = 0; ///< sum A s1 s2
-    uint32_t flipped = 0; ///< triangles without positive area
+    uint32_t flipped = 0; ///< number of triangles without positive area
 
     void add(const StretchSums& o) {
         area += o.area;
@@ -23,77 +26,78 @@ struct StretchSums {
         flat_area += o.flat_area;
         flipped += o.flipped;
     }
-    void remove(const StretchSums& o) {
-        area -= o.area;
-        inverse -= o.inverse;
-        flat_area -= o.flat_area;
-        flipped -= o.flipped;
-    }
-    /// L2 stretch, 1 for an isometry up to scale; only meaningful without flipped triangles.
+    /// L2 stretch, 1 for an isometry up to scale; meaningless if a triangle is flipped.
     double l2() const { return std::sqrt(inverse * flat_area) / area; }
 };
 
-/// One triangle's share.
+/// The sums of a single triangle with the UV corners a, b, c.
 StretchSums triangle_stretch(const Frame& frame, Vec2 a, Vec2 b, Vec2 c);
 
 class Patch {
 public:
     void clear();
-    /// Appends a vertex, gives its local number.
+    /// Appends a vertex and returns its number. A pinned vertex is not moved by any solver.
     uint32_t add_vertex(Vec2 uv, bool pinned);
     void add_face(const Frame& frame, uint32_t a, uint32_t b, uint32_t c);
 
-    /// Minimises rigidity-weighted deviation from rotations (Liu, Zhang, Xu, Gotsman and Gortler,
-    /// "A local/global approach to mesh parameterization", 2008). Needs no valid start, may flip
-    /// triangles. False when the linear system cannot be factored.
+    /// As-rigid-as-possible flattening (Liu, Zhang, Xu, Gotsman and Gortler, "A local/global
+    /// approach to mesh parameterization", 2008): `steps` alternations of per-triangle rotations
+    /// and a global solve. Accepts any start and may flip triangles. False if the linear system
+    /// cannot be factored.
     bool arap(int steps);
-    /// Newton steps vertex by vertex on the symmetric Dirichlet energy. Never flips a triangle and
-    /// never raises the energy; vertices next to a flipped triangle stay. Gives the energy's drop
-    /// in the last sweep, relative to the energy.
+    /// Newton steps on the symmetric Dirichlet energy, one vertex after another. Never flips a
+    /// triangle and never raises the energy; vertices of flipped triangles are not moved. Returns
+    /// the drop of the energy in the last sweep, relative to the smallest possible energy.
     double relax(int sweeps);
-    /// Tries to turn flipped triangles over: descends on an energy whose determinant is kept
-    /// positive by a shrinking offset (Garanzha, Kaporin, Kudryavtseva, Protais, Ray and Sokolov,
-    /// "Foldover-free maps in 50 lines of code", 2021), around the flipped triangles only.
+    /// Tries to turn flipped triangles over, moving only vertices near them: minimises an energy
+    /// whose determinant is kept positive by an offset that shrinks from round to round (Garanzha,
+    /// Kaporin, Kudryavtseva, Protais, Ray and Sokolov, "Foldover-free maps in 50 lines of code",
+    /// 2021).
     void untangle(int rounds);
-    /// Places the vertices so that no triangle can flip, provided the outer loop is given in order
-    /// and the triangulation is a disk (Tutte, "How to draw a graph", 1963; Floater,
-    /// "Parametrization and smooth approximation of surface triangulations", 1997).
+    /// Tutte's embedding: the outer loop, given in order, on a circle and every other vertex at the
+    /// mean of its neighbours (Tutte, "How to draw a graph", 1963; Floater, "Parametrization and
+    /// smooth approximation of surface triangulations", 1997). No triangle flips if the patch is a
+    /// disk. Ignores pins. False if the linear system cannot be factored.
     bool tutte(const std::vector<uint32_t>& loop);
     StretchSums stretch() const;
-    uint32_t flipped() const;
+    uint32_t flipped() const; ///< number of triangles without positive area
 
     std::vector<Vec2> uv;
     std::vector<uint8_t> pinned;
 
 private:
-    struct Shape { ///< cotangents at the three corners, the area and its inverse
+    /// Cotangents at a triangle's corners, its area in space and the inverse of that.
+    struct FaceShape {
         double cot[3], area, inverse_area;
     };
-    /// A triangle seen from its corner p; q and r are the other two, in order.
+    /// A triangle seen from one of its corners, p; q and r are the other two, in order.
     struct Spoke {
         uint32_t q, r;
         double cot_p, cot_q, cot_r, area, inverse_area;
     };
-    struct Quadratic { ///< gradient and Hessian at one vertex
+    /// Gradient and Hessian of an energy at one vertex.
+    struct Quadratic {
         Vec2 g;
-        double xx, xy, yy;
+        double xx = 0, xy = 0, yy = 0;
     };
     void build_stars();
     double star_energy(uint32_t v, Vec2 p) const;
     bool derivatives(uint32_t v, Quadratic& q, double& energy) const;
+    static bool descent_direction(Quadratic q, double min_curvature, Vec2& direction);
     double longest_step(uint32_t v, Vec2 direction) const;
     double relax_vertex(uint32_t v);
-    void stir(uint32_t v);
-    void untangle_vertex(uint32_t v, double offset);
+    void activate_star(uint32_t v);
+    bool is_flipped(uint32_t t) const;
     double offset_energy(uint32_t v, Vec2 p, double offset) const;
-    double total_energy() const;
+    Quadratic offset_derivatives(uint32_t v, double offset) const;
+    void untangle_vertex(uint32_t v, double offset);
 
-    std::vector<uint32_t> corner_;
-    std::vector<Shape> shape_;
-    std::vector<Frame> frame_;
+    std::vector<uint32_t> corner_;     ///< 3 per triangle: vertex
+    std::vector<FaceShape> shape_;     ///< per triangle
+    std::vector<Frame> frame_;         ///< per triangle
     std::vector<uint32_t> star_begin_; ///< per vertex: where its spokes begin in star_
-    std::vector<Spoke> star_;          ///< copies of shape_ and corner_, in the order they are read
-    std::vector<uint8_t> stirred_;     ///< per vertex: worth another look while relaxing
+    std::vector<Spoke> star_; ///< repeats shape_ and corner_ in the order in which relax reads them
+    std::vector<uint8_t> active_; ///< per vertex: its star has changed since relax last moved it
 };
 
 } // namespace tessora::atlas

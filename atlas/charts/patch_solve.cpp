@@ -10,135 +10,155 @@ namespace {
 using Matrix = Eigen::SparseMatrix<double, Eigen::ColMajor, int>;
 using Columns = Eigen::Matrix<double, Eigen::Dynamic, 2>;
 
-/// Numbers the vertices that a solve moves; the others get -1.
+/// Numbers the free vertices 0, 1, ... as unknowns; the others get -1. Returns their count.
 int number_free(const std::vector<uint8_t>& pinned, std::vector<int>& number) {
     int count = 0;
     number.resize(pinned.size());
-    for (size_t v = 0; v < pinned.size(); v++)
-        number[v] = pinned[v] ? -1 : count++;
+    for (size_t v = 0; v < pinned.size(); ++v) {
+        number[v] = pinned[v] ? -1 : count;
+        count += pinned[v] ? 0 : 1;
+    }
     return count;
+}
+
+/// The free block of a graph Laplacian, lower triangle, one edge after another.
+class Laplacian {
+public:
+    explicit Laplacian(size_t edges) { entries_.reserve(3 * edges); }
+    /// a and b are the numbers of the edge's ends, -1 for pinned ones.
+    void add_edge(int a, int b, double weight) {
+        if (a >= 0)
+            entries_.emplace_back(a, a, weight);
+        if (b >= 0)
+            entries_.emplace_back(b, b, weight);
+        if (a >= 0 && b >= 0)
+            entries_.emplace_back(std::max(a, b), std::min(a, b), -weight);
+    }
+    /// False if the matrix cannot be factored.
+    bool factor(int count) {
+        Matrix matrix(count, count);
+        matrix.setFromTriplets(entries_.begin(), entries_.end());
+        solver_.compute(matrix);
+        return solver_.info() == Eigen::Success;
+    }
+    /// Writes the solution for the free vertices into uv.
+    void solve(const Columns& right, const std::vector<int>& number, std::vector<Vec2>& uv) const {
+        const Columns solution = solver_.solve(right);
+        for (size_t v = 0; v < uv.size(); ++v)
+            if (number[v] >= 0)
+                uv[v] = {solution(number[v], 0), solution(number[v], 1)};
+    }
+
+private:
+    std::vector<Eigen::Triplet<double>> entries_;
+    Eigen::SimplicialLDLT<Matrix, Eigen::Lower> solver_;
+};
+
+/// The rotation, as (cosine, sine), that best maps a triangle's rest edges onto its current ones.
+/// Entry k of all three arrays belongs to the edge opposite corner k.
+Vec2 best_rotation(const Vec2* rest, const Vec2* edge, const double* weight) {
+    double cosine = 0, sine = 0;
+    for (uint32_t k = 0; k < 3; ++k) {
+        cosine += weight[k] * dot(edge[k], rest[k]);
+        sine += weight[k] * cross(rest[k], edge[k]);
+    }
+    const double norm = std::sqrt(cosine * cosine + sine * sine);
+    if (norm > 0)
+        return {cosine / norm, sine / norm};
+    return {1, sine};
+}
+
+/// Fixes the loop's vertices at equal arcs of a circle. Uses the rational parametrisation of each
+/// quarter instead of sine and cosine, which are not exactly rounded.
+void place_on_circle(const std::vector<uint32_t>& loop, double radius, std::vector<Vec2>& uv) {
+    for (size_t i = 0; i < loop.size(); ++i) {
+        const double turn = 4.0 * double(i) / double(loop.size());
+        const int quarter = std::min(3, int(turn));
+        const double t = turn - quarter, d = radius / (1 + t * t);
+        Vec2 p{(1 - t * t) * d, 2 * t * d};
+        for (int q = 0; q < quarter; ++q)
+            p = {-p.y, p.x};
+        uv[loop[i]] = p;
+    }
 }
 
 } // namespace
 
 bool Patch::arap(int steps) {
+    constexpr double k_min_weight = 1e-3, k_max_weight = 1e4; // of cotangents, for regular solves
     std::vector<uint8_t> held = pinned;
     if (std::find(held.begin(), held.end(), 1) == held.end())
-        held[0] = 1; // only rotations and translations are left undecided by the energy
+        held[0] = 1; // the energy leaves a translation undetermined
     std::vector<int> number;
     const int count = number_free(held, number);
     if (count == 0)
         return true;
-    const size_t faces = shape_.size();
-    std::vector<double> weight(3 * faces); // of the edge opposite each corner
-    std::vector<Eigen::Triplet<double>> entries;
-    entries.reserve(9 * faces);
-    for (uint32_t c = 0; c < 3 * faces; c++) {
-        weight[c] = std::min(1e4, std::max(1e-3, shape_[c / 3].cot[c % 3]));
-        const int a = number[corner_[next_corner(c)]], b = number[corner_[previous_corner(c)]];
-        if (a >= 0)
-            entries.emplace_back(a, a, weight[c]);
-        if (b >= 0)
-            entries.emplace_back(b, b, weight[c]);
-        if (a >= 0 && b >= 0)
-            entries.emplace_back(std::max(a, b), std::min(a, b), -weight[c]);
+    std::vector<double> weight(corner_.size()); // of the edge opposite each corner
+    Laplacian laplacian(corner_.size());
+    for (uint32_t c = 0; c < corner_.size(); ++c) {
+        weight[c] = std::min(k_max_weight, std::max(k_min_weight, shape_[c / 3].cot[c % 3]));
+        laplacian.add_edge(number[corner_[next_corner(c)]], number[corner_[previous_corner(c)]],
+                           weight[c]);
     }
-    Matrix laplacian(count, count);
-    laplacian.setFromTriplets(entries.begin(), entries.end());
-    Eigen::SimplicialLDLT<Matrix, Eigen::Lower> solver(laplacian);
-    if (solver.info() != Eigen::Success)
+    if (!laplacian.factor(count))
         return false;
     Columns right(count, 2);
-    for (int step = 0; step < steps; step++) {
+    const auto add_to_right = [&](uint32_t v, uint32_t other, double w, Vec2 e) {
+        const int row = number[v];
+        if (row < 0)
+            return;
+        const bool other_is_free = number[other] >= 0;
+        right(row, 0) += other_is_free ? e.x : w * uv[other].x + e.x;
+        right(row, 1) += other_is_free ? e.y : w * uv[other].y + e.y;
+    };
+    for (int step = 0; step < steps; ++step) {
         right.setZero();
-        for (uint32_t t = 0; t < faces; t++) {
+        for (uint32_t t = 0; t < shape_.size(); ++t) {
+            const uint32_t* v = &corner_[3 * t];
             const Frame& f = frame_[t];
-            const Vec2 rest[3] = {{0, 0}, {f.x1, 0}, {f.x2, f.y2}};
-            double cosine = 0, sine = 0;
-            for (uint32_t k = 0; k < 3; k++) {
-                const uint32_t i = (k + 1) % 3, j = (k + 2) % 3;
-                const Vec2 e = uv[corner_[3 * t + j]] - uv[corner_[3 * t + i]];
-                const Vec2 r = rest[j] - rest[i];
-                cosine += weight[3 * t + k] * dot(e, r);
-                sine += weight[3 * t + k] * cross(r, e);
-            }
-            const double norm = std::sqrt(cosine * cosine + sine * sine);
-            if (norm > 0)
-                cosine /= norm, sine /= norm;
-            else
-                cosine = 1;
-            for (uint32_t k = 0; k < 3; k++) {
-                const uint32_t i = (k + 1) % 3, j = (k + 2) % 3;
-                const Vec2 r = rest[j] - rest[i];
-                const Vec2 e =
-                    Vec2{cosine * r.x - sine * r.y, sine * r.x + cosine * r.y} * weight[3 * t + k];
-                const uint32_t vi = corner_[3 * t + i], vj = corner_[3 * t + j];
-                const int a = number[vi], b = number[vj];
+            const Vec2 rest[3] = {{f.x2 - f.x1, f.y2}, {0 - f.x2, 0 - f.y2}, {f.x1, 0}};
+            const Vec2 edge[3] = {uv[v[2]] - uv[v[1]], uv[v[0]] - uv[v[2]], uv[v[1]] - uv[v[0]]};
+            const Vec2 turn = best_rotation(rest, edge, &weight[3 * t]);
+            for (uint32_t k = 0; k < 3; ++k) {
                 const double w = weight[3 * t + k];
-                if (a >= 0) {
-                    right(a, 0) += b >= 0 ? -e.x : w * uv[vj].x - e.x;
-                    right(a, 1) += b >= 0 ? -e.y : w * uv[vj].y - e.y;
-                }
-                if (b >= 0) {
-                    right(b, 0) += a >= 0 ? e.x : w * uv[vi].x + e.x;
-                    right(b, 1) += a >= 0 ? e.y : w * uv[vi].y + e.y;
-                }
+                const Vec2 r = rest[k];
+                const Vec2 e = Vec2{turn.x * r.x - turn.y * r.y, turn.y * r.x + turn.x * r.y} * w;
+                const uint32_t from = v[(k + 1) % 3], to = v[(k + 2) % 3];
+                add_to_right(from, to, w, {-e.x, -e.y});
+                add_to_right(to, from, w, e);
             }
         }
-        const Columns solution = solver.solve(right);
-        for (size_t v = 0; v < uv.size(); v++)
-            if (number[v] >= 0)
-                uv[v] = {solution(number[v], 0), solution(number[v], 1)};
+        laplacian.solve(right, number, uv);
     }
     return true;
 }
 
 bool Patch::tutte(const std::vector<uint32_t>& loop) {
-    std::vector<uint8_t> held(uv.size(), 0);
-    // Points on a circle without sine and cosine: the rational parametrisation, per quarter.
     double area = 0;
-    for (const Shape& shape : shape_)
+    for (const FaceShape& shape : shape_)
         area += shape.area;
-    const double radius = std::sqrt(area / 3.14159265358979);
-    for (size_t i = 0; i < loop.size(); i++) {
-        const double turn = 4.0 * double(i) / double(loop.size());
-        const int quarter = std::min(3, int(turn));
-        const double t = turn - quarter, d = radius / (1 + t * t);
-        Vec2 p{(1 - t * t) * d, 2 * t * d};
-        for (int q = 0; q < quarter; q++)
-            p = {-p.y, p.x};
-        uv[loop[i]] = p;
-        held[loop[i]] = 1;
-    }
+    place_on_circle(loop, std::sqrt(area / 3.14159265358979), uv);
+    std::vector<uint8_t> held(uv.size(), 0);
+    for (uint32_t v : loop)
+        held[v] = 1;
     std::vector<int> number;
     const int count = number_free(held, number);
     if (count == 0)
         return true;
-    std::vector<Eigen::Triplet<double>> entries;
+    Laplacian laplacian(corner_.size());
     Columns right = Columns::Zero(count, 2);
-    for (uint32_t c = 0; c < corner_.size(); c++) {
+    for (uint32_t c = 0; c < corner_.size(); ++c) {
         const uint32_t va = corner_[c], vb = corner_[next_corner(c)];
         const int a = number[va], b = number[vb];
-        if (a >= 0)
-            entries.emplace_back(a, a, 1.0);
-        if (b >= 0)
-            entries.emplace_back(b, b, 1.0);
-        if (a >= 0 && b >= 0)
-            entries.emplace_back(std::max(a, b), std::min(a, b), -1.0);
+        laplacian.add_edge(a, b, 1);
         if (a >= 0 && b < 0)
             right(a, 0) += uv[vb].x, right(a, 1) += uv[vb].y;
         if (b >= 0 && a < 0)
             right(b, 0) += uv[va].x, right(b, 1) += uv[va].y;
     }
-    Matrix graph(count, count);
-    graph.setFromTriplets(entries.begin(), entries.end());
-    Eigen::SimplicialLDLT<Matrix, Eigen::Lower> solver(graph);
-    if (solver.info() != Eigen::Success)
+    if (!laplacian.factor(count))
         return false;
-    const Columns solution = solver.solve(right);
-    for (size_t v = 0; v < uv.size(); v++)
-        if (number[v] >= 0)
-            uv[v] = {solution(number[v], 0), solution(number[v], 1)};
+    laplacian.solve(right, number, uv);
     return true;
 }
 

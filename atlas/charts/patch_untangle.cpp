@@ -6,8 +6,8 @@
 namespace tessora::atlas {
 namespace {
 
-/// A positive stand-in for the determinant: nearly d when d is well above the offset, small and
-/// still falling with d below it.
+/// A positive, increasing stand-in for the determinant d: close to d where d is well above the
+/// offset, small but never 0 below it.
 double lifted(double d, double offset) {
     const double root = std::sqrt(d * d + offset * offset);
     return d >= 0 ? 0.5 * (d + root) : 0.5 * offset * offset / (root - d);
@@ -15,9 +15,11 @@ double lifted(double d, double offset) {
 
 } // namespace
 
+/// The symmetric Dirichlet energy around v with v moved to p and every determinant lifted: finite
+/// for flipped triangles too.
 double Patch::offset_energy(uint32_t v, Vec2 p, double offset) const {
     double energy = 0;
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
         const Spoke& s = star_[i];
         const Vec2 q = uv[s.q], r = uv[s.r];
         const double norm = 0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(p - r, p - r) +
@@ -28,12 +30,11 @@ double Patch::offset_energy(uint32_t v, Vec2 p, double offset) const {
     return energy;
 }
 
-/// One damped Gauss-Newton step at v.
-void Patch::untangle_vertex(uint32_t v, double offset) {
+/// Gradient and Gauss-Newton approximation of the Hessian of offset_energy at v.
+Patch::Quadratic Patch::offset_derivatives(uint32_t v, double offset) const {
+    Quadratic h;
     const Vec2 p = uv[v];
-    Vec2 g;
-    double xx = 0, xy = 0, yy = 0;
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; i++) {
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
         const Spoke& s = star_[i];
         const Vec2 q = uv[s.q], r = uv[s.r];
         const Vec2 pr = p - r, pq = p - q;
@@ -46,25 +47,25 @@ void Patch::untangle_vertex(uint32_t v, double offset) {
         const Vec2 dx = Vec2{q.y - r.y, r.x - q.x} * (0.5 * slope / s.area);
         const double k1 = 1 + inverse * inverse, k2 = -2 * inverse * inverse * inverse;
         const double k3 = 6 * norm * inverse * inverse * inverse * inverse;
-        g = g + dn * k1 + dx * (k2 * norm);
-        xx += (s.cot_q + s.cot_r) * k1 + k3 * dx.x * dx.x;
-        yy += (s.cot_q + s.cot_r) * k1 + k3 * dx.y * dx.y;
-        xy += k3 * dx.x * dx.y;
+        h.g = h.g + dn * k1 + dx * (k2 * norm);
+        h.xx += (s.cot_q + s.cot_r) * k1 + k3 * dx.x * dx.x;
+        h.yy += (s.cot_q + s.cot_r) * k1 + k3 * dx.y * dx.y;
+        h.xy += k3 * dx.x * dx.y;
     }
-    const double mean = 0.5 * (xx + yy), half = 0.5 * (xx - yy);
-    const double radius = std::sqrt(half * half + xy * xy);
-    const double floor = 1e-6 * (std::fabs(mean) + radius);
-    if (mean - radius < floor) {
-        xx += floor - (mean - radius);
-        yy += floor - (mean - radius);
-    }
-    const double det = xx * yy - xy * xy;
-    if (!(det > 0))
+    return h;
+}
+
+/// One damped step at v.
+void Patch::untangle_vertex(uint32_t v, double offset) {
+    constexpr double k_min_curvature = 1e-6;
+    constexpr int k_halvings = 8;
+    Vec2 direction;
+    if (!descent_direction(offset_derivatives(v, offset), k_min_curvature, direction))
         return;
-    const Vec2 direction = Vec2{xy * g.y - yy * g.x, xy * g.x - xx * g.y} * (1 / det);
+    const Vec2 p = uv[v];
     const double before = offset_energy(v, p, offset);
     double step = 1;
-    for (int i = 0; i < 8; i++, step *= 0.5)
+    for (int i = 0; i < k_halvings; ++i, step *= 0.5)
         if (offset_energy(v, p + direction * step, offset) < before) {
             uv[v] = p + direction * step;
             return;
@@ -72,38 +73,37 @@ void Patch::untangle_vertex(uint32_t v, double offset) {
 }
 
 void Patch::untangle(int rounds) {
+    constexpr double k_first_offset = 0.3, k_offset_factor = 0.6;
+    constexpr int k_sweeps = 3;
     build_stars();
-    std::vector<uint32_t> active;
-    std::vector<uint8_t> chosen(uv.size(), 0);
-    const auto choose = [&](uint32_t v) {
-        if (!chosen[v] && !pinned[v]) {
-            chosen[v] = 1;
-            active.push_back(v);
+    std::vector<uint32_t> moving;
+    std::vector<uint8_t> is_moving(uv.size(), 0);
+    const auto add = [&](uint32_t v) {
+        if (!is_moving[v] && !pinned[v]) {
+            is_moving[v] = 1;
+            moving.push_back(v);
         }
     };
-    double offset = 0.3;
-    for (int round = 0; round < rounds; round++, offset *= 0.6) {
+    double offset = k_first_offset;
+    for (int round = 0; round < rounds; ++round, offset *= k_offset_factor) {
         bool clean = true;
-        for (uint32_t t = 0; t < shape_.size(); t++) {
-            const double doubled =
-                doubled_area(uv[corner_[3 * t]], uv[corner_[3 * t + 1]], uv[corner_[3 * t + 2]]);
-            if (doubled > 2e-9 * shape_[t].area)
+        for (uint32_t t = 0; t < shape_.size(); ++t) {
+            if (!is_flipped(t))
                 continue;
             clean = false;
-            for (uint32_t c = 3 * t; c < 3 * t + 3;
-                 c++) { // the triangle and its neighbours' corners
+            for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) { // its corners and their neighbours
                 const uint32_t hub = corner_[c];
-                choose(hub);
-                for (uint32_t i = star_begin_[hub]; i < star_begin_[hub + 1]; i++) {
-                    choose(star_[i].q);
-                    choose(star_[i].r);
+                add(hub);
+                for (uint32_t i = star_begin_[hub]; i < star_begin_[hub + 1]; ++i) {
+                    add(star_[i].q);
+                    add(star_[i].r);
                 }
             }
         }
         if (clean)
             return;
-        for (int sweep = 0; sweep < 3; sweep++)
-            for (uint32_t v : active)
+        for (int sweep = 0; sweep < k_sweeps; ++sweep)
+            for (uint32_t v : moving)
                 untangle_vertex(v, offset);
     }
 }

@@ -5,7 +5,7 @@
 namespace tessora::atlas {
 namespace {
 
-/// A leaf that cannot be flattened as a whole falls apart into its polygons.
+/// Makes one chart per polygon of a leaf.
 void flatten_polygons(Flattener& flattener, const Atoms& atoms, const uint32_t* begin,
                       const uint32_t* end) {
     std::vector<uint32_t> faces(begin, end);
@@ -24,20 +24,20 @@ bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& t
                   const std::vector<uint8_t>& hard, ProgressMeter& progress) {
     std::vector<uint32_t> stack(tree.roots.rbegin(), tree.roots.rend());
     while (!stack.empty()) {
-        const ClusterTree::Node& node = tree.nodes[stack.back()];
+        const ClusterTree::Region& region = tree.regions[stack.back()];
         stack.pop_back();
-        const uint32_t* begin = tree.faces.data() + node.begin;
-        const uint32_t* end = tree.faces.data() + node.end;
-        if (!progress.advance(double(node.begin) / double(tree.faces.size())))
+        const uint32_t* begin = tree.faces.data() + region.begin;
+        const uint32_t* end = tree.faces.data() + region.end;
+        if (!progress.advance(double(region.begin) / double(tree.faces.size())))
             return false;
-        const double most = hard[*begin] ? k_hard_stretch : flattener.options.limit;
-        if (flattener.flatten_region(begin, end, node.normal, most))
+        const double max_stretch = hard[*begin] ? k_hard_stretch : flattener.options.limit;
+        if (flattener.flatten_region(begin, end, region.normal, max_stretch))
             continue;
-        if (node.left == ClusterTree::k_leaf) {
+        if (region.left == ClusterTree::k_no_child) {
             flatten_polygons(flattener, atoms, begin, end);
         } else {
-            stack.push_back(node.right);
-            stack.push_back(node.left);
+            stack.push_back(region.right);
+            stack.push_back(region.left);
         }
     }
     return true;

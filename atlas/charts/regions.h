@@ -1,4 +1,4 @@
-/// The first charts: the largest regions of a cluster hierarchy that can be flattened legally.
+/// The first charts: the largest regions of the cluster tree that can be flattened legally.
 #pragma once
 
 #include "atlas/charts/clusters.h"
@@ -7,9 +7,10 @@
 
 namespace tessora::atlas {
 
-/// Goes down the hierarchy until every triangle is in a legal chart (polygons that cannot be laid
-/// flat within the limit excepted). False when the callback asked to stop.
-/// Where `hard` is set (per triangle), regions have to be all but undistorted.
+/// Descends the tree until every triangle is in a legal chart, or in one that is legal except that
+/// it is a single polygon beyond the stretch limit. Regions of hard surfaces (`hard`, per triangle,
+/// from find_hard_faces) must reach an L2 stretch of k_hard_stretch.
+/// False if the callback asked to stop.
 bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
                   const std::vector<uint8_t>& hard, ProgressMeter& progress);
 

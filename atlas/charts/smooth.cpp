@@ -7,7 +7,13 @@
 namespace tessora::atlas {
 namespace {
 
-constexpr size_t k_most_faces = 32; // of an ear; larger polygons are no teeth of a border
+constexpr size_t k_max_ear_faces = 32; // larger polygons are not teeth of a border
+/// An ear moves if the border becomes shorter by at least this factor.
+constexpr double k_min_shortening = 0.98;
+/// How much less an edge weighs where the surface bends by 45 degrees or more.
+constexpr double k_crease_discount = 0.7;
+constexpr double k_full_bend = 0.2928932188134524; // 1 - cos(45 degrees)
+constexpr double k_max_ear_stretch = 2;            // L2, if the limit allows more
 
 } // namespace
 
@@ -17,7 +23,7 @@ BorderSmoother::BorderSmoother(Flattener& flattener, const Atoms& atoms,
       faces_(atoms.of_face, atoms.count) {}
 
 bool BorderSmoother::run(ProgressMeter& progress) {
-    for (uint32_t a = 0; a < set_.charts.size(); a++) {
+    for (uint32_t a = 0; a < set_.charts.size(); ++a) {
         if (!set_.charts[a].alive)
             continue;
         if (!progress.advance(double(a) / double(set_.charts.size())))
@@ -29,7 +35,7 @@ bool BorderSmoother::run(ProgressMeter& progress) {
     return true;
 }
 
-/// Charts with a higher number that a shares a border with.
+/// Lists the charts with higher numbers that share a border with a.
 void BorderSmoother::list_neighbours(uint32_t a) {
     neighbours_.clear();
     for (uint32_t h : set_.charts[a].border) {
@@ -42,12 +48,13 @@ void BorderSmoother::list_neighbours(uint32_t a) {
 }
 
 void BorderSmoother::smooth(uint32_t a, uint32_t b) {
-    todo_.clear();
+    candidates_.clear();
     offer_atoms(a, b);
     offer_atoms(b, a);
     undo_ = {};
-    for (size_t i = 0; i < todo_.size(); i++) { // grows while ears come to light behind ears
-        const uint32_t atom = todo_[i];
+    for (size_t i = 0; i < candidates_.size();
+         ++i) { // grows: an ear that leaves may uncover another
+        const uint32_t atom = candidates_[i];
         const uint32_t from = set_.chart[faces_.item[faces_.begin[atom]]], to = from == a ? b : a;
         if (find_ear(atom, to) && place_ear(atom))
             move_ear(atom, to);
@@ -55,93 +62,106 @@ void BorderSmoother::smooth(uint32_t a, uint32_t b) {
     if (undo_.chart.empty())
         return;
     regroup(a, b);
-    if (flattener_.judge_as_it_is(set_.charts[a]) && flattener_.judge_as_it_is(set_.charts[b]))
+    if (flattener_.judge_without_moving(set_.charts[a]) &&
+        flattener_.judge_without_moving(set_.charts[b]))
         return;
-    take_back();
+    undo();
     regroup(a, b);
     set_.refresh(set_.charts[a]);
     set_.refresh(set_.charts[b]);
 }
 
+/// Appends the atoms of chart `from` along its border with chart `to` to the candidates.
 void BorderSmoother::offer_atoms(uint32_t from, uint32_t to) {
     for (uint32_t h : set_.charts[from].border) {
         const uint32_t mate = set_.surface.mate[h], atom = atoms_.of_face[h / 3];
-        if (mate != k_none && set_.chart[mate / 3] == to && (todo_.empty() || todo_.back() != atom))
-            todo_.push_back(atom);
+        if (mate != k_none && set_.chart[mate / 3] == to &&
+            (candidates_.empty() || candidates_.back() != atom))
+            candidates_.push_back(atom);
     }
 }
 
-/// The outer half-edges of an atom into loop_; false when it is none that could be an ear.
+/// Lists the outer half-edges of an atom in ear_.loop. False if it has too many triangles, a
+/// degenerate one, or holes.
 bool BorderSmoother::trace_atom(uint32_t atom) {
-    loop_.clear();
+    ear_.loop.clear();
     const uint32_t begin = faces_.begin[atom], end = faces_.begin[atom + 1];
-    if (end - begin > k_most_faces)
+    if (end - begin > k_max_ear_faces)
         return false;
     size_t outer = 0;
     uint32_t first = k_none;
-    for (uint32_t i = begin; i < end; i++) {
+    for (uint32_t i = begin; i < end; ++i) {
         const uint32_t t = faces_.item[i];
         if (set_.surface.degenerate[t])
             return false;
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
             if (!set_.surface.false_edge[h]) {
-                outer++;
+                ++outer;
                 first = std::min(first, h);
             }
     }
     uint32_t h = first;
     do {
-        loop_.push_back(h);
+        ear_.loop.push_back(h);
         h = next_corner(h);
         while (set_.surface.false_edge[h])
             h = next_corner(set_.surface.mate[h]);
     } while (h != first);
-    return loop_.size() == outer;
+    return ear_.loop.size() == outer;
 }
 
-/// Fills run_ and stays_; false unless moving the atom shortens the border and leaves both charts
-/// what they are topologically.
+/// Whether an atom is an ear that may move to chart `to`; fills ear_ except for `placed`.
 bool BorderSmoother::find_ear(uint32_t atom, uint32_t to) {
-    if (!trace_atom(atom))
+    if (!trace_atom(atom) || !find_runs(to))
         return false;
-    enum Kind { stays, faces, other };
+    double saved = 0, added = 0;
+    for (uint32_t h : ear_.facing)
+        saved += weight(h);
+    for (uint32_t h : ear_.holding)
+        added += weight(h);
+    return added <= k_min_shortening * saved && keeps_topology();
+}
+
+/// Collects the edges of the loop that face chart `to` and those glued to the ear's own chart.
+/// False unless both are exactly one run.
+bool BorderSmoother::find_runs(uint32_t to) {
+    enum Kind { holding, facing, other };
+    const std::vector<uint32_t>& loop = ear_.loop;
     const auto kind = [&](size_t i) {
-        const uint32_t h = loop_[i % loop_.size()], mate = set_.surface.mate[h];
+        const uint32_t h = loop[i % loop.size()], mate = set_.surface.mate[h];
         if (set_.glued[h])
-            return stays;
-        return mate != k_none && set_.chart[mate / 3] == to ? faces : other;
+            return holding;
+        return mate != k_none && set_.chart[mate / 3] == to ? facing : other;
     };
     const auto one_run = [&](Kind wanted, std::vector<uint32_t>& run) {
         run.clear();
-        size_t start = loop_.size(), runs = 0;
-        for (size_t i = 0; i < loop_.size(); i++)
+        size_t start = loop.size(), runs = 0;
+        for (size_t i = 0; i < loop.size(); ++i)
             if (kind(i) != wanted && kind(i + 1) == wanted) {
                 start = i + 1;
-                runs++;
+                ++runs;
             }
-        for (size_t i = start; runs == 1 && kind(i) == wanted; i++)
-            run.push_back(loop_[i % loop_.size()]);
+        for (size_t i = start; runs == 1 && kind(i) == wanted; ++i)
+            run.push_back(loop[i % loop.size()]);
         return runs == 1;
     };
-    if (!one_run(faces, run_) || !one_run(stays, stays_))
-        return false;
-    double saved = 0, added = 0;
-    for (uint32_t h : run_)
-        saved += weight(h);
-    for (uint32_t h : stays_)
-        added += weight(h);
-    constexpr double k_worth = 0.98;
-    if (added > k_worth * saved)
-        return false;
-    for (size_t i = 1; i < stays_.size(); i++)
-        if (!is_interior(stays_[i])) // the chart hangs together at this corner alone
+    return one_run(facing, ear_.facing) && one_run(holding, ear_.holding);
+}
+
+/// Whether both charts keep their topology if the ear moves: its own chart must not hang together
+/// by a single corner of the ear, and the other chart must face the ear with one run of its border.
+bool BorderSmoother::keeps_topology() const {
+    for (size_t i = 1; i < ear_.holding.size(); ++i)
+        if (!is_interior(ear_.holding[i]))
             return false;
-    for (size_t i = 1; i < run_.size(); i++)
-        if (set_.next_border(set_.surface.mate[run_[i]]) != set_.surface.mate[run_[i - 1]])
+    const std::vector<uint32_t>& mate = set_.surface.mate;
+    for (size_t i = 1; i < ear_.facing.size(); ++i)
+        if (set_.next_border(mate[ear_.facing[i]]) != mate[ear_.facing[i - 1]])
             return false;
     return true;
 }
 
+/// Whether the node of a corner is in the interior of its chart.
 bool BorderSmoother::is_interior(uint32_t corner) const {
     uint32_t at = corner;
     do {
@@ -153,48 +173,50 @@ bool BorderSmoother::is_interior(uint32_t corner) const {
     return true;
 }
 
-/// Length, but down to a third of it where the surface bends by 45 degrees or more.
+/// Length of an edge, reduced on creases.
 double BorderSmoother::weight(uint32_t h) const {
-    constexpr double k_full_bend = 0.2928932188134524; // 1 - cos 45
     const Surface& s = set_.surface;
     const double bend = 1 - dot(s.normal[h / 3], s.normal[s.mate[h] / 3]);
     const double part = std::sqrt(std::min(1.0, std::max(0.0, bend / k_full_bend)));
-    return s.edge_length(h) * (1 - 0.7 * part);
+    return s.edge_length(h) * (1 - k_crease_discount * part);
 }
 
-/// Where the ear's corners would lie in the other chart; false when they do not fit there.
+/// Fills ear_.placed: corners on the run take the other chart's coordinates, the others follow
+/// rigidly. False if the ear is flipped or stretched too much there.
 bool BorderSmoother::place_ear(uint32_t atom) {
     const Surface& s = set_.surface;
     std::vector<uint32_t> nodes;
     std::vector<Vec2> from, to;
-    for (uint32_t h : run_) {
+    for (uint32_t h : ear_.facing) {
         nodes.push_back(set_.node[h]);
         to.push_back(set_.uv[set_.node[next_corner(s.mate[h])]]);
     }
-    nodes.push_back(set_.node[next_corner(run_.back())]);
-    to.push_back(set_.uv[set_.node[s.mate[run_.back()]]]);
+    nodes.push_back(set_.node[next_corner(ear_.facing.back())]);
+    to.push_back(set_.uv[set_.node[s.mate[ear_.facing.back()]]]);
     for (uint32_t n : nodes)
         from.push_back(set_.uv[n]);
     Rigid motion;
     if (fit_rigid(from, to, std::vector<double>(nodes.size(), 1), motion) < 0)
         return false;
-    placed_.clear();
+    ear_.placed.clear();
     StretchSums sums;
-    for (uint32_t i = faces_.begin[atom]; i < faces_.begin[atom + 1]; i++) {
+    for (uint32_t i = faces_.begin[atom]; i < faces_.begin[atom + 1]; ++i) {
         const uint32_t t = faces_.item[i];
-        for (uint32_t c = 3 * t; c < 3 * t + 3; c++) {
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
             const auto found = std::find(nodes.begin(), nodes.end(), set_.node[c]);
-            placed_.push_back({c, found == nodes.end() ? motion(set_.uv[set_.node[c]])
-                                                       : to[size_t(found - nodes.begin())]});
+            ear_.placed.push_back({c, found == nodes.end() ? motion(set_.uv[set_.node[c]])
+                                                           : to[size_t(found - nodes.begin())]});
         }
-        const Placed* p = &placed_[placed_.size() - 3];
+        const PlacedCorner* p = &ear_.placed[ear_.placed.size() - 3];
         sums.add(triangle_stretch(s.frame[t], p[0].uv, p[1].uv, p[2].uv));
     }
-    const double most =
-        hard_[run_[0] / 3] ? k_hard_stretch : std::min(2.0, flattener_.options.limit);
-    return sums.flipped == 0 && sums.l2() <= most;
+    const double max_stretch = hard_[ear_.facing[0] / 3]
+                                   ? k_hard_stretch
+                                   : std::min(k_max_ear_stretch, flattener_.options.limit);
+    return sums.flipped == 0 && sums.l2() <= max_stretch;
 }
 
+/// Makes the corners that are now glued around `corner` one node, at p.
 void BorderSmoother::set_node(uint32_t corner, Vec2 p) {
     set_.for_node(corner, [&](uint32_t c) {
         undo_.node.push_back({c, set_.node[c]});
@@ -211,25 +233,25 @@ void BorderSmoother::set_glued(uint32_t h, uint8_t value) {
 
 void BorderSmoother::move_ear(uint32_t atom, uint32_t to) {
     const Surface& s = set_.surface;
-    for (const std::vector<uint32_t>* side : {&stays_, &run_})
-        for (uint32_t h : *side) // what the neighbours keep, on both sides
+    for (const std::vector<uint32_t>* side : {&ear_.holding, &ear_.facing})
+        for (uint32_t h : *side) // the neighbours of the ear keep their coordinates
             for (uint32_t c : {s.mate[h], next_corner(s.mate[h])})
-                placed_.push_back({c, set_.uv[set_.node[c]]});
-    for (uint32_t h : stays_)
+                ear_.placed.push_back({c, set_.uv[set_.node[c]]});
+    for (uint32_t h : ear_.holding)
         set_glued(h, 0);
-    for (uint32_t h : run_)
+    for (uint32_t h : ear_.facing)
         set_glued(h, 1);
-    for (const Placed& p : placed_)
+    for (const PlacedCorner& p : ear_.placed)
         set_node(p.corner, p.uv);
-    for (uint32_t i = faces_.begin[atom]; i < faces_.begin[atom + 1]; i++) {
+    for (uint32_t i = faces_.begin[atom]; i < faces_.begin[atom + 1]; ++i) {
         undo_.chart.push_back({faces_.item[i], set_.chart[faces_.item[i]]});
         set_.chart[faces_.item[i]] = to;
     }
-    for (uint32_t h : stays_)
-        todo_.push_back(atoms_.of_face[s.mate[h] / 3]);
+    for (uint32_t h : ear_.holding)
+        candidates_.push_back(atoms_.of_face[s.mate[h] / 3]);
 }
 
-void BorderSmoother::take_back() {
+void BorderSmoother::undo() {
     const auto restore = [](const auto& log, auto&& put) {
         for (auto it = log.rbegin(); it != log.rend(); ++it)
             put(it->first, it->second);
@@ -240,6 +262,7 @@ void BorderSmoother::take_back() {
     restore(undo_.uv, [&](uint32_t node, Vec2 p) { set_.uv[node] = p; });
 }
 
+/// Rebuilds the triangle lists of two charts from the charts of their triangles.
 void BorderSmoother::regroup(uint32_t a, uint32_t b) {
     std::vector<uint32_t> all = std::move(set_.charts[a].faces);
     all.insert(all.end(), set_.charts[b].faces.begin(), set_.charts[b].faces.end());

@@ -1,10 +1,10 @@
 /// Straightens the borders between charts.
 ///
-/// An ear is a polygon of one chart that a neighbouring chart surrounds along one run of its edges
-/// longer than what holds it to its own chart. It goes over to the neighbour, into the gap that the
-/// neighbour's outline has there. Edges on a crease count less, so that borders slide into creases.
-/// The moves between two charts stand or fall together: when one of the charts is not legal
-/// afterwards, all of them are taken back.
+/// An ear is an atom whose border to a neighbouring chart, one run of edges, is longer than the run
+/// that is glued to its own chart. It moves to the neighbour, into the notch that the neighbour's
+/// outline has there, which shortens the border. Edges on a crease count less, so borders slide
+/// into creases. The moves between two charts are one transaction: if either chart is not legal
+/// afterwards, all of them are undone.
 #pragma once
 
 #include "atlas/charts/clusters.h"
@@ -16,30 +16,39 @@ namespace tessora::atlas {
 
 class BorderSmoother {
 public:
-    /// `hard`, per triangle, is that of find_hard_faces: ears of a hard surface have to fit as
-    /// exactly as its regions. Both arguments have to outlive the smoother.
+    /// `hard`: per triangle, from find_hard_faces; ears of a hard surface have to fit as exactly as
+    /// its regions (k_hard_stretch). All arguments must outlive the smoother.
     BorderSmoother(Flattener& flattener, const Atoms& atoms, const std::vector<uint8_t>& hard);
-    /// One pass over all pairs of neighbouring charts. False when the callback asked to stop.
+    /// One pass over all pairs of neighbouring charts. False if the callback asked to stop.
     bool run(ProgressMeter& progress);
-    /// The border between two charts alone.
+    /// Smooths the border between two charts only.
     void smooth(uint32_t a, uint32_t b);
 
 private:
-    /// Everything one ear changed, so that it can be taken back.
+    /// Old values of everything that moving the ears between two charts has changed.
     struct Undo {
-        std::vector<std::pair<uint32_t, uint32_t>> node;  ///< corner, its node before
-        std::vector<std::pair<uint32_t, Vec2>> uv;        ///< node, where it was
-        std::vector<std::pair<uint32_t, uint8_t>> glued;  ///< half-edge, whether it was
-        std::vector<std::pair<uint32_t, uint32_t>> chart; ///< triangle, its chart before
+        std::vector<std::pair<uint32_t, uint32_t>> node;  ///< corner, its node
+        std::vector<std::pair<uint32_t, Vec2>> uv;        ///< node, its coordinates
+        std::vector<std::pair<uint32_t, uint8_t>> glued;  ///< half-edge, whether it was glued
+        std::vector<std::pair<uint32_t, uint32_t>> chart; ///< triangle, its chart
     };
-    struct Placed {
+    struct PlacedCorner {
         uint32_t corner;
         Vec2 uv;
+    };
+    /// An atom that may move to another chart.
+    struct Ear {
+        std::vector<uint32_t> loop;       ///< its outer half-edges, in order
+        std::vector<uint32_t> facing;     ///< those whose mates are in the other chart
+        std::vector<uint32_t> holding;    ///< those glued to its own chart
+        std::vector<PlacedCorner> placed; ///< its corners where they would lie in the other chart
     };
 
     void list_neighbours(uint32_t a);
     void offer_atoms(uint32_t from, uint32_t to);
     bool find_ear(uint32_t atom, uint32_t to);
+    bool find_runs(uint32_t to);
+    bool keeps_topology() const;
     bool trace_atom(uint32_t atom);
     bool is_interior(uint32_t corner) const;
     double weight(uint32_t h) const;
@@ -47,21 +56,17 @@ private:
     void move_ear(uint32_t atom, uint32_t to);
     void set_node(uint32_t corner, Vec2 p);
     void set_glued(uint32_t h, uint8_t value);
-    void take_back();
+    void undo();
     void regroup(uint32_t a, uint32_t b);
 
     Flattener& flattener_;
     ChartSet& set_;
     const Atoms& atoms_;
     const std::vector<uint8_t>& hard_;
-    const Buckets faces_;              ///< triangles of every atom
-    std::vector<uint32_t> neighbours_; ///< of the chart at hand, ascending
-    std::vector<uint32_t> todo_;       ///< atoms that may be ears
-    // The ear at hand.
-    std::vector<uint32_t> loop_;  ///< its outer half-edges, in order
-    std::vector<uint32_t> run_;   ///< those that face the other chart
-    std::vector<uint32_t> stays_; ///< those glued to its own
-    std::vector<Placed> placed_;  ///< its corners where they would lie
+    const Buckets faces_;              ///< triangles by atom
+    std::vector<uint32_t> neighbours_; ///< workspace of run: of the current chart, ascending
+    std::vector<uint32_t> candidates_; ///< workspace of smooth: atoms that may be ears
+    Ear ear_;
     Undo undo_;
 };
 

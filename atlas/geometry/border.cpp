@@ -46,7 +46,7 @@ void OutlineTester::link_neighbours(const Outline& outline) {
     previous_.resize(count);
     uint32_t begin = 0;
     for (uint32_t end : outline.loop_end) {
-        for (uint32_t i = begin; i < end; i++) {
+        for (uint32_t i = begin; i < end; ++i) {
             next_[i] = i + 1 < end ? i + 1 : begin;
             previous_[next_[i]] = i;
         }
@@ -59,7 +59,7 @@ bool OutlineTester::one_positive_loop(const Outline& outline) const {
     for (uint32_t end : outline.loop_end) {
         double doubled = 0, spread = 0;
         const Vec2 base = outline.point[begin];
-        for (uint32_t i = begin; i < end; i++) {
+        for (uint32_t i = begin; i < end; ++i) {
             const Vec2 a = outline.point[i] - base, b = outline.point[next_[i]] - base;
             doubled += cross(a, b);
             spread += dot(b - a, b - a);
@@ -81,17 +81,17 @@ void OutlineTester::visit_cells(Vec2 a, Vec2 b, Visit visit) const {
     const int row1 = std::clamp(int((b.y - origin_.y) * inverse_size_), 0, rows_ - 1);
     if (row0 == row1) {
         const int c0 = column(std::min(a.x, b.x)), c1 = column(std::max(a.x, b.x));
-        for (int c = c0; c <= c1; c++)
+        for (int c = c0; c <= c1; ++c)
             visit(row0 * columns_ + c);
         return;
     }
     const double slope = (b.x - a.x) / (b.y - a.y), slack = 1e-6 / inverse_size_;
-    for (int row = row0; row <= row1; row++) {
+    for (int row = row0; row <= row1; ++row) {
         const double y0 = std::max(a.y, origin_.y + row / inverse_size_ - slack);
         const double y1 = std::min(b.y, origin_.y + (row + 1) / inverse_size_ + slack);
         const double x0 = a.x + (y0 - a.y) * slope, x1 = a.x + (y1 - a.y) * slope;
         const int c0 = column(std::min(x0, x1) - slack), c1 = column(std::max(x0, x1) + slack);
-        for (int c = c0; c <= c1; c++)
+        for (int c = c0; c <= c1; ++c)
             visit(row * columns_ + c);
     }
 }
@@ -100,7 +100,7 @@ void OutlineTester::build_grid(const Outline& outline) {
     const uint32_t count = uint32_t(outline.point.size());
     Vec2 low = outline.point[0], high = low;
     double total = 0;
-    for (uint32_t i = 0; i < count; i++) {
+    for (uint32_t i = 0; i < count; ++i) {
         const Vec2 p = outline.point[i];
         low = {std::min(low.x, p.x), std::min(low.y, p.y)};
         high = {std::max(high.x, p.x), std::max(high.y, p.y)};
@@ -115,7 +115,7 @@ void OutlineTester::build_grid(const Outline& outline) {
     columns_ = int(extent.x * inverse_size_) + 1;
     rows_ = int(extent.y * inverse_size_) + 1;
     cells_.assign(size_t(columns_) * rows_, Cell{});
-    for (uint32_t i = 0; i < count; i++)
+    for (uint32_t i = 0; i < count; ++i)
         visit_cells(outline.point[i], outline.point[next_[i]], [&](int c) { cells_[c].count++; });
     uint32_t total_entries = 0;
     for (Cell& cell : cells_) {
@@ -124,7 +124,7 @@ void OutlineTester::build_grid(const Outline& outline) {
         cell.count = 0;
     }
     entries_.resize(total_entries);
-    for (uint32_t i = 0; i < count; i++)
+    for (uint32_t i = 0; i < count; ++i)
         visit_cells(outline.point[i], outline.point[next_[i]],
                     [&](int c) { entries_[cells_[c].begin + cells_[c].count++] = i; });
 }
@@ -170,8 +170,8 @@ bool OutlineTester::simple(const Outline& outline) {
         return false;
     build_grid(outline);
     for (const Cell& cell : cells_)
-        for (uint32_t i = 0; i < cell.count; i++)
-            for (uint32_t j = 0; j < i; j++)
+        for (uint32_t i = 0; i < cell.count; ++i)
+            for (uint32_t j = 0; j < i; ++j)
                 if (!pair_is_legal(outline, entries_[cell.begin + j], entries_[cell.begin + i]))
                     return false;
     return true;

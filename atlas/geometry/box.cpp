@@ -11,14 +11,14 @@ void convex_hull(std::vector<Vec2>& points, std::vector<Vec2>& hull) {
               [](Vec2 a, Vec2 b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
     hull.resize(2 * points.size());
     size_t size = 0;
-    for (int side = 0; side < 2; side++) {
+    for (int side = 0; side < 2; ++side) {
         const size_t start = size;
         for (const Vec2 p : points) {
             while (size >= start + 2 && doubled_area(hull[size - 2], hull[size - 1], p) <= 0)
-                size--;
+                --size;
             hull[size++] = p;
         }
-        size--;
+        --size;
         std::reverse(points.begin(), points.end());
     }
     hull.resize(size);
@@ -26,7 +26,7 @@ void convex_hull(std::vector<Vec2>& points, std::vector<Vec2>& hull) {
 
 } // namespace
 
-Box least_box(std::vector<Vec2>& points) {
+Box min_area_box(std::vector<Vec2>& points) {
     std::vector<Vec2> hull;
     if (points.size() > 1)
         convex_hull(points, hull);
@@ -36,14 +36,14 @@ Box least_box(std::vector<Vec2>& points) {
         return best;
     bool first = true;
     size_t right = 1, top = 1, left = 1;
-    for (size_t i = 0; i < n; i++) {
+    for (size_t i = 0; i < n; ++i) {
         const Vec2 edge = hull[(i + 1) % n] - hull[i];
         const double size = length(edge);
         if (!(size > 0))
             continue;
         const Vec2 u = edge * (1 / size), v{-u.y, u.x};
         const auto advance = [&](size_t& at, Vec2 direction) {
-            for (size_t steps = 0; steps < n; steps++, at = (at + 1) % n)
+            for (size_t steps = 0; steps < n; ++steps, at = (at + 1) % n)
                 if (dot(hull[(at + 1) % n] - hull[at], direction) <= 0)
                     break;
         };

@@ -15,6 +15,6 @@ struct Box {
 /// Box of least area: one side lies along an edge of the convex hull (Freeman and Shapira,
 /// "Determining the minimum-area encasing rectangle for an arbitrary closed curve", 1975).
 /// `points` is reordered. Cost: O(n log n).
-Box least_box(std::vector<Vec2>& points);
+Box min_area_box(std::vector<Vec2>& points);
 
 } // namespace tessora::atlas

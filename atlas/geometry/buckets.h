@@ -15,11 +15,11 @@ struct Buckets {
     Buckets(const std::vector<uint32_t>& key, uint32_t count)
         : begin(std::size_t(count) + 1, 0), item(key.size()) {
         for (uint32_t k : key)
-            begin[k + 1]++;
-        for (uint32_t k = 0; k < count; k++)
+            ++begin[k + 1];
+        for (uint32_t k = 0; k < count; ++k)
             begin[k + 1] += begin[k];
         std::vector<uint32_t> at(begin.begin(), begin.end() - 1);
-        for (uint32_t i = 0; i < key.size(); i++)
+        for (uint32_t i = 0; i < key.size(); ++i)
             item[at[key[i]]++] = i;
     }
 };

@@ -27,7 +27,7 @@ struct Expansion {
 
     void add(double value) {
         int kept = 0;
-        for (int i = 0; i < count; i++) {
+        for (int i = 0; i < count; ++i) {
             double low;
             two_sum(value, part[i], value, low);
             if (low != 0)

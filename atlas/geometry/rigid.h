@@ -22,7 +22,7 @@ inline double fit_rigid(const std::vector<Vec2>& from, const std::vector<Vec2>& 
                         const std::vector<double>& weight, Rigid& motion) {
     double total = 0;
     Vec2 centre_from, centre_to;
-    for (size_t i = 0; i < from.size(); i++) {
+    for (size_t i = 0; i < from.size(); ++i) {
         total += weight[i];
         centre_from = centre_from + from[i] * weight[i];
         centre_to = centre_to + to[i] * weight[i];
@@ -32,7 +32,7 @@ inline double fit_rigid(const std::vector<Vec2>& from, const std::vector<Vec2>& 
     centre_from = centre_from * (1 / total);
     centre_to = centre_to * (1 / total);
     double cosine = 0, sine = 0;
-    for (size_t i = 0; i < from.size(); i++) {
+    for (size_t i = 0; i < from.size(); ++i) {
         const Vec2 p = from[i] - centre_from, q = to[i] - centre_to;
         cosine += weight[i] * dot(p, q);
         sine += weight[i] * cross(p, q);
@@ -45,7 +45,7 @@ inline double fit_rigid(const std::vector<Vec2>& from, const std::vector<Vec2>& 
     motion.shift = {};
     motion.shift = centre_to - motion(centre_from);
     double squares = 0;
-    for (size_t i = 0; i < from.size(); i++) {
+    for (size_t i = 0; i < from.size(); ++i) {
         const Vec2 gap = motion(from[i]) - to[i];
         squares += weight[i] * dot(gap, gap);
     }

@@ -14,13 +14,13 @@ Failure check_arrays(const Mesh& mesh) {
         mesh.positions.size / 3 >= k_none)
         return {Status::invalid_argument, k_none};
     const size_t vertices = mesh.positions.size / 3;
-    for (size_t i = 0; i < corners; i++)
+    for (size_t i = 0; i < corners; ++i)
         if (mesh.indices[i] >= vertices)
             return {Status::index_out_of_range, uint32_t(i)};
-    for (size_t i = 0; i < corners; i++)
+    for (size_t i = 0; i < corners; ++i)
         if (mesh.adjacency[i] != k_none && mesh.adjacency[i] >= corners / 3)
             return {Status::adjacency_out_of_range, uint32_t(i)};
-    for (size_t i = 0; i < mesh.positions.size; i++)
+    for (size_t i = 0; i < mesh.positions.size; ++i)
         if (!std::isfinite(mesh.positions[i]))
             return {Status::non_finite_position, uint32_t(i / 3)};
     return {};
@@ -38,18 +38,18 @@ void match_half_edges(const Mesh& mesh, Surface& s) {
     s.mate.assign(size_t(s.face_count) * 3, k_none);
     std::vector<uint32_t> low(s.mate.size()); // vertex, of the two
     const auto high = [&](uint32_t h) { return std::max(s.vertex[h], s.vertex[next_corner(h)]); };
-    for (uint32_t h = 0; h < low.size(); h++)
+    for (uint32_t h = 0; h < low.size(); ++h)
         low[h] = std::min(s.vertex[h], s.vertex[next_corner(h)]);
     const Buckets edges(low, s.vertex_count);          // equal edges meet
     std::vector<std::pair<uint32_t, uint32_t>> sorted; // (other vertex, half-edge)
-    for (uint32_t v = 0; v < s.vertex_count; v++) {
+    for (uint32_t v = 0; v < s.vertex_count; ++v) {
         sorted.clear();
-        for (uint32_t i = edges.begin[v]; i < edges.begin[v + 1]; i++)
+        for (uint32_t i = edges.begin[v]; i < edges.begin[v + 1]; ++i)
             sorted.push_back({high(edges.item[i]), edges.item[i]});
         std::sort(sorted.begin(), sorted.end());
         for (size_t i = 0, j; i < sorted.size(); i = j) {
             for (j = i; j < sorted.size() && sorted[j].first == sorted[i].first;)
-                j++;
+                ++j;
             if (j - i == 2)
                 match_pair(mesh, s, sorted[i].second, sorted[i + 1].second);
         }
@@ -74,7 +74,7 @@ void normalise_positions(const Mesh& mesh, Surface& s) {
     }
     const Vec3 centre = (low + high) * 0.5;
     double area = 0;
-    for (uint32_t t = 0; t < s.face_count; t++) {
+    for (uint32_t t = 0; t < s.face_count; ++t) {
         const Vec3 a = point(s.vertex[3 * t]), b = point(s.vertex[3 * t + 1]);
         area += 0.5 * length(cross(b - a, point(s.vertex[3 * t + 2]) - a));
     }
@@ -121,7 +121,7 @@ void build_frames(Surface& s) {
     s.degenerate.assign(s.face_count, 0);
     s.total_area = 0;
     const double least_area = 1e-9; // of the mean triangle
-    for (uint32_t t = 0; t < s.face_count; t++) {
+    for (uint32_t t = 0; t < s.face_count; ++t) {
         const uint32_t* v = &s.vertex[3 * size_t(t)];
         const Vec3 a = s.position[v[0]], b = s.position[v[1]], c = s.position[v[2]];
         const Vec3 n = cross(b - a, c - a);
@@ -147,7 +147,7 @@ Failure build_surface(const Mesh& mesh, Surface& s) {
     match_half_edges(mesh, s);
     s.false_edge.assign(mesh.indices.size, 0);
     if (mesh.false_edges.size != 0)
-        for (uint32_t h = 0; h < 3 * s.face_count; h++)
+        for (uint32_t h = 0; h < 3 * s.face_count; ++h)
             if (s.mate[h] != k_none &&
                 (mesh.false_edges[h] != k_none || mesh.false_edges[s.mate[h]] != k_none))
                 s.false_edge[h] = 1;

@@ -1,6 +1,5 @@
 #include "atlas/atlas.h"
 
-#include "atlas/charts/cut.h"
 #include "atlas/pack/pack.h"
 #include "atlas/road/emit.h"
 #include "atlas/road/make_charts.h"
@@ -18,14 +17,15 @@ Span<T> span(const std::vector<T>& v) {
     return {v.data(), v.size()};
 }
 
-/// The finished charts as packing and emission want them: dense numbers, common scale.
-struct Finished {
+/// The charts as flat arrays for packing and emission, with consecutive numbers and one common
+/// scale. See EmitCharts and PackCharts for the arrays.
+struct ChartArrays {
     std::vector<uint32_t> corner_class, chart;
     std::vector<double> class_uv, chart_stretch;
     std::vector<uint8_t> over_limit;
     std::vector<uint32_t> edges, edge_begin;
 
-    Finished(const ChartSet& set, double limit, double unit);
+    ChartArrays(const ChartSet& set, double limit, double unit);
     EmitCharts to_emit(const Mesh& mesh) const {
         return {mesh.indices, span(corner_class),  span(class_uv),
                 span(chart),  span(chart_stretch), span(over_limit)};
@@ -33,14 +33,14 @@ struct Finished {
     PackCharts to_pack() const { return {span(class_uv), span(edges), span(edge_begin)}; }
 };
 
-/// Charts are numbered by their first triangle, classes by their first corner; every chart is
-/// scaled so that its area is that of its triangles in space.
-Finished::Finished(const ChartSet& set, double limit, double unit) {
+/// Charts are numbered by their first triangle, classes by their first corner. Every chart gets the
+/// area of its triangles in space, times unit squared.
+ChartArrays::ChartArrays(const ChartSet& set, double limit, double unit) {
     const uint32_t faces = set.surface.face_count;
     std::vector<uint32_t> number(set.charts.size(), k_none), source;
     std::vector<double> scale;
     chart.resize(faces);
-    for (uint32_t t = 0; t < faces; t++) {
+    for (uint32_t t = 0; t < faces; ++t) {
         const uint32_t c = set.chart[t];
         if (number[c] == k_none) {
             number[c] = uint32_t(source.size());
@@ -55,7 +55,7 @@ Finished::Finished(const ChartSet& set, double limit, double unit) {
     }
     std::vector<uint32_t> class_of_node(set.node.size(), k_none);
     corner_class.resize(set.node.size());
-    for (uint32_t c = 0; c < set.node.size(); c++) {
+    for (uint32_t c = 0; c < set.node.size(); ++c) {
         uint32_t& id = class_of_node[set.node[c]];
         if (id == k_none) {
             id = uint32_t(class_uv.size() / 2);
@@ -84,87 +84,88 @@ Failure check_options(const Options& options, bool packs) {
     return {};
 }
 
-/// What both calls do: charts made and counted, nothing placed yet.
-struct Work {
-    explicit Work(const Options& o) : options(o), progress(o.progress, o.user) {}
-    Failure make(const Mesh& mesh) {
+/// Everything that lives during one call of create() or partition(): the surface, its charts and
+/// the progress.
+struct ChartingCall {
+    explicit ChartingCall(const Options& o) : options(o), progress(o.progress, o.user) {}
+    /// Makes the charts and checks their number.
+    Failure run(const Mesh& mesh) {
         if (!progress.advance(0))
             return {Status::aborted, k_none};
         const Failure failure = build_surface(mesh, surface);
         if (failure.status != Status::ok)
             return failure;
-        set = std::make_unique<ChartSet>(surface);
-        return make_charts(surface, options, progress, *set) ? check_limit()
-                                                             : Failure{Status::aborted, k_none};
-    }
-    Failure check_limit() const {
+        stages = std::make_unique<ChartStages>(surface, options);
+        if (!make_charts(*stages, progress))
+            return {Status::aborted, k_none};
         if (options.max_charts != 0 && chart_count() > options.max_charts)
             return {Status::chart_limit, chart_count()};
         return {};
     }
     uint32_t chart_count() const {
-        return uint32_t(std::count_if(set->charts.begin(), set->charts.end(),
-                                      [](const Chart& c) { return c.alive; }));
+        const std::vector<Chart>& charts = stages->set.charts;
+        return uint32_t(
+            std::count_if(charts.begin(), charts.end(), [](const Chart& c) { return c.alive; }));
     }
-    Finished finish(double unit) const {
-        return Finished(*set, stretch_limit(options.max_stretch), unit);
+    ChartArrays arrays(double unit) const {
+        return ChartArrays(stages->set, stretch_limit(options.max_stretch), unit);
     }
 
     const Options& options;
     ProgressMeter progress;
     Surface surface;
-    std::unique_ptr<ChartSet> set;
+    std::unique_ptr<ChartStages> stages;
 };
 
 Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
-    Work work(options);
-    const Failure failure = work.make(mesh);
+    ChartingCall call(options);
+    const Failure failure = call.run(mesh);
     if (failure.status != Status::ok)
         return failure;
-    PackOptions packing_options;
-    packing_options.width = options.width;
-    packing_options.height = options.height;
-    packing_options.gutter = options.gutter;
-    packing_options.quality = options.quality;
-    packing_options.triangles = work.surface.face_count;
-    work.progress.stage(0.85, 0.99);
-    packing_options.proceed = [&](double fraction) { return work.progress.advance(fraction); };
-    Finished finished = work.finish(1);
-    Packing packing = pack(finished.to_pack(), packing_options);
+    PackOptions pack_options;
+    pack_options.width = options.width;
+    pack_options.height = options.height;
+    pack_options.gutter = options.gutter;
+    pack_options.quality = options.quality;
+    pack_options.triangles = call.surface.face_count;
+    call.progress.stage(0.85, 0.99);
+    pack_options.proceed = [&](double fraction) { return call.progress.advance(fraction); };
+    ChartArrays arrays = call.arrays(1);
+    Packing packing = pack(arrays.to_pack(), pack_options);
     if (options.cut_to_pack && packing.status == Status::ok) {
         const auto pack_again = [&] {
-            finished = work.finish(1);
-            packing = pack(finished.to_pack(), packing_options);
+            arrays = call.arrays(1);
+            packing = pack(arrays.to_pack(), pack_options);
             return packing.status == Status::ok ? packing.scale : 0.0;
         };
-        if (!cut_for_packing(work.surface, options, *work.set, packing.scale, pack_again))
+        if (!cut_charts(*call.stages, options.max_charts, packing.scale, pack_again))
             pack_again();
     }
     if (packing.status == Status::does_not_fit)
-        return {packing.status, work.chart_count()};
+        return {packing.status, call.chart_count()};
     if (packing.status != Status::ok)
         return {packing.status, k_none};
-    emit(finished.to_emit(mesh), packing, packing_options, result);
-    return work.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
+    emit(arrays.to_emit(mesh), packing, pack_options, result);
+    return call.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }
 
 Failure partition_charts(const Mesh& mesh, const Options& options, Result& result,
                          std::vector<uint32_t>& partition_adjacency) {
-    Work work(options);
-    const Failure failure = work.make(mesh);
+    ChartingCall call(options);
+    const Failure failure = call.run(mesh);
     if (failure.status != Status::ok)
         return failure;
-    const double area = work.surface.total_area;
-    const Finished finished = work.finish(area > 0 ? 1 / std::sqrt(area) : 1);
-    emit_unpacked(finished.to_emit(mesh), result);
+    const double area = call.surface.total_area;
+    const ChartArrays arrays = call.arrays(area > 0 ? 1 / std::sqrt(area) : 1);
+    emit_unpacked(arrays.to_emit(mesh), result);
     partition_adjacency.assign(mesh.adjacency.data, mesh.adjacency.data + mesh.adjacency.size);
-    for (size_t h = 0; h < partition_adjacency.size(); h++)
-        if (!work.set->glued[h])
+    for (size_t h = 0; h < partition_adjacency.size(); ++h)
+        if (!call.stages->set.glued[h])
             partition_adjacency[h] = k_none;
-    return work.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
+    return call.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }
 
-/// Runs a call with no exception leaving it and no half-made result left behind.
+/// Runs a call; lets no exception escape and leaves no partial result behind.
 template <class Call>
 Failure guarded(Result& result, Call call) noexcept {
     Failure failure;

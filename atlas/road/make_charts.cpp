@@ -2,30 +2,40 @@
 
 #include "atlas/charts/merge.h"
 #include "atlas/charts/regions.h"
-#include "atlas/charts/smooth.h"
 
 namespace tessora::atlas {
+namespace {
 
-bool make_charts(Surface& surface, const Options& options, ProgressMeter& progress, ChartSet& set) {
-    const bool thorough = options.quality == Quality::quality;
+bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
+    const int sweeps = stages.flattener.options.thorough ? 8 : 2;
+    std::vector<Chart>& charts = stages.set.charts;
+    for (size_t i = 0; i < charts.size(); ++i) {
+        if (!progress.advance(double(i) / double(charts.size())))
+            return false;
+        if (charts[i].alive)
+            stages.flattener.polish(charts[i], sweeps);
+    }
+    return true;
+}
+
+} // namespace
+
+ChartStages::ChartStages(Surface& s, const Options& options)
+    : surface(s), atoms(build_atoms(s)), hard(find_hard_faces(s)), set(s),
+      flattener(set, {stretch_limit(options.max_stretch), options.quality == Quality::quality}),
+      smoother(flattener, atoms, hard) {}
+
+bool make_charts(ChartStages& stages, ProgressMeter& progress) {
+    const FlattenOptions& options = stages.flattener.options;
     progress.stage(0.05, 0.15);
-    const Atoms atoms = build_atoms(surface);
     ClusterOptions clustering;
-    clustering.seed_groups = !thorough;
-    clustering.hard = find_hard_faces(surface);
-    const ClusterTree tree = build_cluster_tree(surface, atoms, clustering);
-    FlattenOptions flattening;
-    flattening.limit = stretch_limit(options.max_stretch);
-    flattening.thorough = thorough;
-    Flattener flattener(set, flattening);
+    clustering.seed_groups = !options.thorough;
+    clustering.hard = stages.hard;
+    const ClusterTree tree = build_cluster_tree(stages.surface, stages.atoms, clustering);
     progress.stage(0.15, 0.35);
-    if (!make_regions(flattener, atoms, tree, clustering.hard, progress))
+    if (!make_regions(stages.flattener, stages.atoms, tree, stages.hard, progress))
         return false;
-    MergeOptions merging;
-    merging.limit = flattening.limit;
-    merging.thorough = thorough;
-    merging.hard = clustering.hard;
-    Merger merger(flattener, merging);
+    Merger merger(stages.flattener, {stages.hard, options.limit, options.thorough});
     progress.stage(0.35, 0.5);
     if (!merger.run(Merger::Round::exact, progress))
         return false;
@@ -33,19 +43,20 @@ bool make_charts(Surface& surface, const Options& options, ProgressMeter& progre
     if (!merger.run(Merger::Round::free, progress))
         return false;
     progress.stage(0.75, 0.78);
-    BorderSmoother smoother(flattener, atoms, clustering.hard);
-    for (int pass = 0; pass < 2; pass++)
-        if (!smoother.run(progress))
+    for (int pass = 0; pass < 2; ++pass)
+        if (!stages.smoother.run(progress))
             return false;
     progress.stage(0.78, 0.85);
-    for (size_t i = 0; i < set.charts.size(); i++) {
-        if (!progress.advance(double(i) / double(set.charts.size())))
-            return false;
-        if (set.charts[i].alive)
-            flattener.polish(set.charts[i], thorough ? 8 : 2);
-    }
+    if (!polish_charts(stages, progress))
+        return false;
     merger.zip();
     return true;
+}
+
+bool cut_charts(ChartStages& stages, uint32_t max_charts, double scale,
+                const std::function<double()>& pack) {
+    ChartCutter cutter(stages.flattener, stages.atoms, stages.smoother);
+    return cut_for_packing(cutter, max_charts, scale, pack);
 }
 
 } // namespace tessora::atlas

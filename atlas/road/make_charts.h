@@ -1,14 +1,35 @@
-/// The stages between a safe surface and packing, in their order.
+/// Runs the chart stages in order, from atoms to polished charts.
 #pragma once
 
-#include "atlas/charts/chart_set.h"
+#include "atlas/charts/cut.h"
+#include "atlas/charts/smooth.h"
 #include "atlas/progress.h"
+
+#include <functional>
 
 namespace tessora::atlas {
 
-/// Partitions and flattens. Charts that lost their triangles to others are no longer alive; the
-/// others are legal, but for single polygons that cannot be laid flat within the limit.
-/// False when the callback asked to stop.
-bool make_charts(Surface& surface, const Options& options, ProgressMeter& progress, ChartSet& set);
+/// The charts of a surface and what the chart stages share. It stays alive after make_charts(), so
+/// that cutting for the texture continues with the same atoms, flattener and smoother.
+/// `surface` must outlive it; false edges that no polygon can have become real edges there.
+struct ChartStages {
+    ChartStages(Surface& surface, const Options& options);
+
+    const Surface& surface;
+    const Atoms atoms;
+    const std::vector<uint8_t> hard; ///< per triangle, from find_hard_faces
+    ChartSet set;
+    Flattener flattener;
+    BorderSmoother smoother;
+};
+
+/// Partitions and flattens. Charts that were merged into others are no longer alive; the others are
+/// legal, except single polygons that cannot be flattened within the limit.
+/// False if the callback asked to stop.
+bool make_charts(ChartStages& stages, ProgressMeter& progress);
+
+/// Cuts charts in two where that lets all charts grow; see cut_for_packing in charts/cut.h.
+bool cut_charts(ChartStages& stages, uint32_t max_charts, double scale,
+                const std::function<double()>& pack);
 
 } // namespace tessora::atlas

@@ -84,7 +84,7 @@ bool Judge::shape_is_right() {
         fault("array sizes");
         return false;
     }
-    for (size_t c = 0; c < mesh.indices.size(); c++)
+    for (size_t c = 0; c < mesh.indices.size(); ++c)
         if (result.indices[c] >= vertices ||
             result.source_vertex[result.indices[c]] != mesh.indices[c]) {
             fault("corner " + std::to_string(c) + " names a wrong vertex");
@@ -105,7 +105,7 @@ void Judge::measure_triangles() {
     area_.resize(mesh.faces());
     std::vector<Sums> sums(result.chart_count);
     Sums all;
-    for (uint32_t t = 0; t < mesh.faces(); t++) {
+    for (uint32_t t = 0; t < mesh.faces(); ++t) {
         const P3 a = position(mesh.indices[3 * t]), b = position(mesh.indices[3 * t + 1]);
         const P3 e = minus(b, a), f = minus(position(mesh.indices[3 * t + 2]), a);
         const P3 n = cross(e, f);
@@ -116,7 +116,7 @@ void Judge::measure_triangles() {
     std::vector<uint8_t> over(mesh.faces(), 0);
     for (uint32_t t : result.over_limit)
         over[t] = 1;
-    for (uint32_t t = 0; t < mesh.faces(); t++) {
+    for (uint32_t t = 0; t < mesh.faces(); ++t) {
         const double flat = 0.5 * cross(uv(3 * t), uv(3 * t + 1), uv(3 * t + 2));
         texture += flat;
         if (result.chart[t] >= result.chart_count) {
@@ -152,7 +152,7 @@ void Judge::measure_triangles() {
     for (uint32_t t : result.over_limit)
         chart_over[result.chart[t]] = 1;
     double reported = 0;
-    for (uint32_t c = 0; c < result.chart_count; c++) {
+    for (uint32_t c = 0; c < result.chart_count; ++c) {
         if (!(sums[c].area > 0))
             continue;
         reported = std::max(reported, 1 - 1 / sums[c].l2());
@@ -174,7 +174,7 @@ void Judge::measure_triangles() {
 /// over open edges (not cut, not of three triangles); false edges with a neighbour are joined.
 void Judge::check_gluing() {
     std::map<std::pair<uint32_t, uint32_t>, std::vector<uint32_t>> uses;
-    for (uint32_t h = 0; h < mesh.indices.size(); h++) {
+    for (uint32_t h = 0; h < mesh.indices.size(); ++h) {
         const uint32_t a = mesh.indices[h], b = mesh.indices[h % 3 == 2 ? h - 2 : h + 1];
         uses[{std::min(a, b), std::max(a, b)}].push_back(h);
     }
@@ -210,7 +210,7 @@ void Judge::check_gluing() {
         }
         double difference = 0;
         const P3 e = minus(position(ends.first), position(ends.second));
-        for (size_t i = 1; i < list.size(); i++)
+        for (size_t i = 1; i < list.size(); ++i)
             for (uint32_t v : {ends.first, ends.second}) {
                 const auto at = [&](uint32_t h) {
                     return uv(mesh.indices[h] == v ? h : (h % 3 == 2 ? h - 2 : h + 1));
@@ -224,7 +224,7 @@ void Judge::check_gluing() {
     if (total > 0)
         out.seam /= std::sqrt(total);
     std::map<uint32_t, uint32_t> root_of;
-    for (uint32_t c = 0; c < mesh.indices.size(); c++) {
+    for (uint32_t c = 0; c < mesh.indices.size(); ++c) {
         const auto [it, fresh] = root_of.insert({result.indices[c], find(c)});
         if (!fresh && it->second != find(c))
             fault("corner " + std::to_string(c) + " is joined across an open edge");
@@ -233,7 +233,7 @@ void Judge::check_gluing() {
 
 void Judge::check_charts() {
     std::map<uint32_t, uint32_t> chart_of_vertex;
-    for (uint32_t c = 0; c < mesh.indices.size(); c++) {
+    for (uint32_t c = 0; c < mesh.indices.size(); ++c) {
         const auto [it, fresh] = chart_of_vertex.insert({result.indices[c], result.chart[c / 3]});
         if (!fresh && it->second != result.chart[c / 3])
             fault("a new vertex is in two charts");
@@ -245,18 +245,18 @@ void Judge::check_charts() {
             x = parent[x] = parent[parent[x]];
         return x;
     };
-    for (uint32_t h = 0; h < mesh.indices.size(); h++) {
+    for (uint32_t h = 0; h < mesh.indices.size(); ++h) {
         const uint32_t n = mesh.adjacency[h];
         if (n == k_none)
             continue;
-        for (uint32_t k = 0; k < 3; k++) {
+        for (uint32_t k = 0; k < 3; ++k) {
             const uint32_t g = 3 * n + k, g1 = 3 * n + (k + 1) % 3, h1 = h % 3 == 2 ? h - 2 : h + 1;
             if (result.indices[g] == result.indices[h1] && result.indices[g1] == result.indices[h])
                 parent[find(h / 3)] = find(n);
         }
     }
     std::map<uint32_t, uint32_t> root_of_chart;
-    for (uint32_t t = 0; t < mesh.faces(); t++) {
+    for (uint32_t t = 0; t < mesh.faces(); ++t) {
         const auto [it, fresh] = root_of_chart.insert({result.chart[t], find(t)});
         if (!fresh && it->second != find(t))
             fault("chart " + std::to_string(result.chart[t]) + " falls apart");
@@ -268,7 +268,7 @@ void Judge::check_charts() {
 
 void Judge::check_range() {
     const double longer = std::max(options.width, options.height);
-    for (size_t i = 0; i < result.uvs.size(); i++) {
+    for (size_t i = 0; i < result.uvs.size(); ++i) {
         const double most = (i % 2 ? options.height : options.width) / longer;
         if (result.uvs[i] < 0 || result.uvs[i] > most)
             fault("coordinate " + std::to_string(result.uvs[i]) + " is outside");
@@ -279,14 +279,14 @@ void Judge::check_range() {
 bool Judge::triangles_overlap(uint32_t a, uint32_t b, double tolerance) const {
     const uint32_t both[2] = {a, b};
     for (uint32_t t : both)
-        for (uint32_t k = 0; k < 3; k++) {
+        for (uint32_t k = 0; k < 3; ++k) {
             const P2 p = uv(3 * t + k), q = uv(3 * t + (k + 1) % 3);
             const double length = std::sqrt((q.x - p.x) * (q.x - p.x) + (q.y - p.y) * (q.y - p.y));
             if (!(length > 0))
                 return false;
             const uint32_t other = t == a ? b : a;
             bool apart = true;
-            for (uint32_t i = 0; i < 3; i++)
+            for (uint32_t i = 0; i < 3; ++i)
                 apart = apart && cross(p, q, uv(3 * other + i)) <= tolerance * length;
             if (apart)
                 return false;
@@ -296,7 +296,7 @@ bool Judge::triangles_overlap(uint32_t a, uint32_t b, double tolerance) const {
 
 void Judge::check_overlaps() {
     double low[2] = {1e30, 1e30}, high[2] = {-1e30, -1e30};
-    for (size_t i = 0; i < result.uvs.size(); i++) {
+    for (size_t i = 0; i < result.uvs.size(); ++i) {
         low[i % 2] = std::min(low[i % 2], double(result.uvs[i]));
         high[i % 2] = std::max(high[i % 2], double(result.uvs[i]));
     }
@@ -305,22 +305,22 @@ void Judge::check_overlaps() {
     const double cell = extent / size * 1.0001;
     std::vector<std::vector<uint32_t>> grid(size_t(size) * size);
     // Unpacked charts lie on top of each other: only triangles of one chart are compared then.
-    for (uint32_t t = 0; t < mesh.faces(); t++) {
+    for (uint32_t t = 0; t < mesh.faces(); ++t) {
         int range[4] = {size, -1, size, -1};
-        for (uint32_t c = 3 * t; c < 3 * t + 3; c++) {
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
             const int x = int((uv(c).x - low[0]) / cell), y = int((uv(c).y - low[1]) / cell);
             range[0] = std::min(range[0], x);
             range[1] = std::max(range[1], x);
             range[2] = std::min(range[2], y);
             range[3] = std::max(range[3], y);
         }
-        for (int y = range[2]; y <= range[3]; y++)
-            for (int x = range[0]; x <= range[1]; x++)
+        for (int y = range[2]; y <= range[3]; ++y)
+            for (int x = range[0]; x <= range[1]; ++x)
                 grid[size_t(y) * size + x].push_back(t);
     }
     for (const auto& list : grid)
-        for (size_t i = 0; i < list.size(); i++)
-            for (size_t j = i + 1; j < list.size(); j++) {
+        for (size_t i = 0; i < list.size(); ++i)
+            for (size_t j = i + 1; j < list.size(); ++j) {
                 const uint32_t a = list[i], b = list[j];
                 if (!packed_ && result.chart[a] != result.chart[b])
                     continue;
@@ -337,7 +337,7 @@ void Judge::check_overlaps() {
 void TestMesh::polygon(const std::vector<uint32_t>& corners) {
     const size_t first = indices.size();
     false_edges.resize(first, k_none);
-    for (size_t i = 1; i + 1 < corners.size(); i++) {
+    for (size_t i = 1; i + 1 < corners.size(); ++i) {
         triangle(corners[0], corners[i], corners[i + 1]);
         false_edges.push_back(i > 1 ? 0u : k_none);
         false_edges.push_back(k_none);
@@ -348,7 +348,7 @@ void TestMesh::polygon(const std::vector<uint32_t>& corners) {
 void TestMesh::connect() {
     const uint32_t count = uint32_t(indices.size());
     std::vector<std::pair<uint64_t, uint32_t>> edges(count);
-    for (uint32_t h = 0; h < count; h++) {
+    for (uint32_t h = 0; h < count; ++h) {
         const uint64_t a = indices[h], b = indices[h % 3 == 2 ? h - 2 : h + 1];
         edges[h] = {std::min(a, b) << 32 | std::max(a, b), h};
     }
@@ -358,7 +358,7 @@ void TestMesh::connect() {
         false_edges.resize(count, k_none);
     for (size_t i = 0, j; i < count; i = j) {
         for (j = i; j < count && edges[j].first == edges[i].first;)
-            j++;
+            ++j;
         if (j - i == 2 && edges[i].second / 3 != edges[i + 1].second / 3) {
             adjacency[edges[i].second] = edges[i + 1].second / 3;
             adjacency[edges[i + 1].second] = edges[i].second / 3;
@@ -378,7 +378,7 @@ double smallest_gap(const TestMesh& mesh, const Options& options, const Result& 
     const float longer = std::max(w, h), shorter = std::min(w, h);
     const float margin = options.gutter / longer, s = margin * (longer / shorter);
     std::vector<P2> point(result.source_vertex.size()); // in texels
-    for (size_t v = 0; v < point.size(); v++) {
+    for (size_t v = 0; v < point.size(); ++v) {
         const float u = result.uvs[2 * v] * std::max(1.0f, h / w) * (1 - s) + margin / 2;
         const float t = result.uvs[2 * v + 1] * std::max(1.0f, w / h) * (1 - s) + margin / 2;
         point[v] = {double(u) * double(w), double(t) * double(h)};
@@ -391,8 +391,8 @@ double smallest_gap(const TestMesh& mesh, const Options& options, const Result& 
         return ex * ex + ey * ey;
     };
     double least = 1e300;
-    for (uint32_t g = 0; g < mesh.indices.size(); g++)
-        for (uint32_t c = 0; c < mesh.indices.size(); c++) {
+    for (uint32_t g = 0; g < mesh.indices.size(); ++g)
+        for (uint32_t c = 0; c < mesh.indices.size(); ++c) {
             if (result.chart[g / 3] == result.chart[c / 3])
                 continue;
             const uint32_t g1 = g % 3 == 2 ? g - 2 : g + 1;

@@ -202,11 +202,11 @@ TEST(AtlasCreate, APolygonWithAHoleIsNeverOpened) {
 TEST(AtlasCreate, AFoldedPolygonThatCannotBeFlatIsNamedOverTheLimit) {
     TestMesh mesh;
     std::vector<uint32_t> corners;
-    for (int i = 0; i < 8; i++) // a crown
+    for (int i = 0; i < 8; ++i) // a crown
         corners.push_back(mesh.vertex(float(std::cos(i * 0.785)), float(std::sin(i * 0.785)),
                                       i % 2 ? 3.0f : -3.0f));
     const uint32_t hub = mesh.vertex(0, 0, 0);
-    for (int i = 0; i < 8; i++)
+    for (int i = 0; i < 8; ++i)
         mesh.triangle(hub, corners[size_t(i)], corners[size_t(i + 1) % 8]);
     mesh.connect();
     for (uint32_t n : mesh.adjacency)
@@ -219,11 +219,11 @@ TEST(AtlasCreate, AFoldedPolygonThatCannotBeFlatIsNamedOverTheLimit) {
 TEST(AtlasCreate, SliversOfOneToAMillionUnwrap) {
     TestMesh mesh;
     std::vector<uint32_t> low, high;
-    for (int i = 0; i < 20; i++) {
+    for (int i = 0; i < 20; ++i) {
         low.push_back(mesh.vertex(float(i) * 1e-6f, 0, 0));
         high.push_back(mesh.vertex(float(i) * 1e-6f, 1, 0.1f * float(i % 2)));
     }
-    for (size_t i = 0; i + 1 < low.size(); i++)
+    for (size_t i = 0; i + 1 < low.size(); ++i)
         mesh.polygon({low[i], low[i + 1], high[i + 1], high[i]});
     mesh.connect();
     unwrap(mesh);
@@ -290,11 +290,11 @@ TEST(AtlasCreate, AChartLimitBelowWhatIsNeededIsRefusedWithTheNumber) {
 /// Quads of the given height in a row, a unit wide.
 TestMesh row_of_quads(uint32_t count, float height = 1) {
     TestMesh mesh;
-    for (uint32_t i = 0; i <= count; i++) {
+    for (uint32_t i = 0; i <= count; ++i) {
         mesh.vertex(float(i), 0, 0);
         mesh.vertex(float(i), height, 0);
     }
-    for (uint32_t i = 0; i < count; i++)
+    for (uint32_t i = 0; i < count; ++i)
         mesh.polygon({2 * i, 2 * i + 2, 2 * i + 3, 2 * i + 1});
     mesh.connect();
     return mesh;
@@ -410,12 +410,12 @@ TEST(AtlasProgress, RisesToOneInElevenCallsAtMost) {
     ASSERT_EQ(create(torus(16, 32).view(), options, result).status, Status::ok);
     EXPECT_LE(calls.fractions.size(), 11u);
     EXPECT_EQ(calls.fractions.back(), 1.0f);
-    for (size_t i = 1; i < calls.fractions.size(); i++)
+    for (size_t i = 1; i < calls.fractions.size(); ++i)
         EXPECT_LT(calls.fractions[i - 1], calls.fractions[i]);
 }
 
 TEST(AtlasProgress, ANonZeroAnswerStopsTheWorkAtAnyCall) {
-    for (size_t stop = 1; stop <= 11; stop++) {
+    for (size_t stop = 1; stop <= 11; ++stop) {
         Calls calls;
         calls.stop_after = stop;
         Options options;
@@ -435,7 +435,7 @@ TEST(AtlasPartition, OpensTheAdjacencyAlongChartBorders) {
     ASSERT_EQ(partition(mesh.view(), {}, result, adjacency).status, Status::ok);
     EXPECT_EQ(all_faults(judge(mesh, {}, result, false, true)), "");
     ASSERT_EQ(adjacency.size(), mesh.adjacency.size());
-    for (size_t h = 0; h < adjacency.size(); h++) {
+    for (size_t h = 0; h < adjacency.size(); ++h) {
         if (adjacency[h] != k_none) {
             EXPECT_EQ(adjacency[h], mesh.adjacency[h]);
             EXPECT_EQ(result.chart[h / 3], result.chart[adjacency[h]]);
@@ -449,7 +449,7 @@ TEST(AtlasPartition, ChartsHaveTheAreaOfTheirTriangles) {
     std::vector<uint32_t> adjacency;
     ASSERT_EQ(partition(mesh.view(), {}, result, adjacency).status, Status::ok);
     double area = 0;
-    for (uint32_t t = 0; t < mesh.faces(); t++) {
+    for (uint32_t t = 0; t < mesh.faces(); ++t) {
         const auto u = [&](uint32_t k) {
             return double(result.uvs[2 * result.indices[3 * t + k]]);
         };
@@ -462,7 +462,7 @@ TEST(AtlasPartition, ChartsHaveTheAreaOfTheirTriangles) {
 }
 
 TEST(AtlasDescribe, EveryStatusHasASentence) {
-    for (int s = 0; s <= int(Status::out_of_memory); s++)
+    for (int s = 0; s <= int(Status::out_of_memory); ++s)
         EXPECT_GT(std::string(describe(Status(s))).size(), 10u);
 }
 

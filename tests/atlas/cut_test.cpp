@@ -49,7 +49,7 @@ TEST_F(ChartCutterTest, UndoPutsEverythingBackLastCutFirst) {
     ASSERT_TRUE(cutter->cut(2));
     ASSERT_TRUE(cutter->cut(0));
     EXPECT_EQ(set->charts.size(), 5u);
-    for (int i = 0; i < 3; i++)
+    for (int i = 0; i < 3; ++i)
         cutter->undo();
     EXPECT_EQ(set->chart, before.chart);
     EXPECT_EQ(set->glued, before.glued);
@@ -57,7 +57,7 @@ TEST_F(ChartCutterTest, UndoPutsEverythingBackLastCutFirst) {
     for (uint32_t n : before.node)
         EXPECT_TRUE(set->uv[n] == before.uv[n]);
     ASSERT_EQ(set->charts.size(), before.charts.size());
-    for (size_t i = 0; i < before.charts.size(); i++) {
+    for (size_t i = 0; i < before.charts.size(); ++i) {
         EXPECT_EQ(set->charts[i].faces, before.charts[i].faces);
         EXPECT_EQ(set->charts[i].border, before.charts[i].border);
     }

@@ -23,12 +23,12 @@ protected:
 
     void build(int columns, int rows, bool quads, const Side& side, const Height& height) {
         TestMesh mesh;
-        for (int y = 0; y <= rows; y++)
-            for (int x = 0; x <= columns; x++)
+        for (int y = 0; y <= rows; ++y)
+            for (int x = 0; x <= columns; ++x)
                 mesh.vertex(float(x), float(y), height(x, y));
         std::vector<uint32_t> chart;
-        for (int y = 0; y < rows; y++)
-            for (int x = 0; x < columns; x++) {
+        for (int y = 0; y < rows; ++y)
+            for (int x = 0; x < columns; ++x) {
                 if (side(x, y, false) == 2)
                     continue;
                 const uint32_t a = uint32_t(y * (columns + 1) + x), b = a + 1;
@@ -48,15 +48,15 @@ protected:
         hard.assign(surface.face_count, 0);
         set = std::make_unique<ChartSet>(surface);
         Chart charts[2];
-        for (uint32_t t = 0; t < surface.face_count; t++)
+        for (uint32_t t = 0; t < surface.face_count; ++t)
             charts[chart[t]].faces.push_back(t);
-        for (uint32_t h = 0; h < 3 * surface.face_count; h++)
+        for (uint32_t h = 0; h < 3 * surface.face_count; ++h)
             if (surface.mate[h] != k_none && chart[h / 3] == chart[surface.mate[h] / 3])
                 set->set_glued(h, true);
         for (Chart& c : charts) {
             set->rebuild_nodes(c.faces);
             for (uint32_t t : c.faces)
-                for (uint32_t corner = 3 * t; corner < 3 * t + 3; corner++) {
+                for (uint32_t corner = 3 * t; corner < 3 * t + 3; ++corner) {
                     const Vec3 p = surface.position[surface.vertex[corner]];
                     set->uv[set->node[corner]] = {p.x, p.y};
                 }

@@ -53,8 +53,8 @@ void add_sheet(Random& random, TestMesh& mesh) {
     const float squash = random.chance(0.1f) ? 1e-4f : 1.0f;
     const uint32_t columns = around ? m : m + 1, rows = along ? n : n + 1;
     std::vector<uint32_t> id(columns * rows);
-    for (uint32_t j = 0; j < rows; j++)
-        for (uint32_t i = 0; i < columns; i++) {
+    for (uint32_t j = 0; j < rows; ++j)
+        for (uint32_t i = 0; i < columns; ++i) {
             const float a = 6.2831853f * float(i) / float(m), b = 6.2831853f * float(j) / float(n);
             float x = float(i), y = float(j), z = bend * random.unit();
             if (around) {
@@ -69,8 +69,8 @@ void add_sheet(Random& random, TestMesh& mesh) {
                                               z + noise * (random.unit() - 0.5f));
         }
     const bool clash = random.chance(0.1f);
-    for (uint32_t j = 0; j < n; j++)
-        for (uint32_t i = 0; i < m; i++) {
+    for (uint32_t j = 0; j < n; ++j)
+        for (uint32_t i = 0; i < m; ++i) {
             const uint32_t i1 = (i + 1) % columns, j1 = (j + 1) % rows;
             const uint32_t a = id[j * columns + i], b = id[j * columns + i1];
             const uint32_t c = id[j1 * columns + i1], d = id[j1 * columns + i];
@@ -92,13 +92,13 @@ void add_soup(Random& random, TestMesh& mesh) {
     const uint32_t vertices = 4 + random.below(8), count = 1 + random.below(25);
     const uint32_t base = uint32_t(mesh.positions.size() / 3);
     const bool lattice = random.chance(0.5f);
-    for (uint32_t i = 0; i < vertices; i++) {
+    for (uint32_t i = 0; i < vertices; ++i) {
         float p[3];
         for (float& x : p)
             x = lattice ? float(random.below(3)) : random.unit() * 3;
         mesh.vertex(p[0], p[1], p[2]);
     }
-    for (uint32_t i = 0; i < count; i++)
+    for (uint32_t i = 0; i < count; ++i)
         mesh.triangle(base + random.below(vertices), base + random.below(vertices),
                       base + random.below(vertices));
 }
@@ -109,12 +109,12 @@ void add_fan(Random& random, TestMesh& mesh) {
     const float height = random.unit() * 4;
     const uint32_t hub = mesh.vertex(0, 0, 0);
     std::vector<uint32_t> rim;
-    for (uint32_t i = 0; i < count; i++) {
+    for (uint32_t i = 0; i < count; ++i) {
         const float a = 6.2831853f * float(i) / float(count);
         rim.push_back(mesh.vertex(std::cos(a), std::sin(a), height * (random.unit() - 0.5f)));
     }
     const bool open = random.chance(0.3f);
-    for (uint32_t i = 0; i + (open ? 1 : 0) < count; i++)
+    for (uint32_t i = 0; i + (open ? 1 : 0) < count; ++i)
         mesh.triangle(hub, rim[i], rim[(i + 1) % count]);
 }
 
@@ -122,18 +122,18 @@ void add_fan(Random& random, TestMesh& mesh) {
 void add_polygons(Random& random, TestMesh& mesh) {
     mesh.false_edges.assign(mesh.indices.size(), k_none);
     std::vector<uint8_t> used(mesh.faces(), 0);
-    for (uint32_t t = 0; t < mesh.faces(); t++) {
+    for (uint32_t t = 0; t < mesh.faces(); ++t) {
         if (used[t] || random.chance(0.4f))
             continue;
         std::vector<uint32_t> corners(mesh.indices.begin() + 3 * t,
                                       mesh.indices.begin() + 3 * t + 3);
         uint32_t at = t;
         used[t] = 1;
-        for (uint32_t more = 1 + random.below(4); more > 0; more--) {
+        for (uint32_t more = 1 + random.below(4); more > 0; --more) {
             const uint32_t h = 3 * at + random.below(3), other = mesh.adjacency[h];
             if (other == k_none || used[other])
                 continue;
-            for (uint32_t g = 3 * other; g < 3 * other + 3; g++) {
+            for (uint32_t g = 3 * other; g < 3 * other + 3; ++g) {
                 const uint32_t apex = mesh.indices[g % 3 == 0 ? g + 2 : g - 1];
                 const uint32_t g1 = g % 3 == 2 ? g - 2 : g + 1, h1 = h % 3 == 2 ? h - 2 : h + 1;
                 if (mesh.indices[g] != mesh.indices[h1] || mesh.indices[g1] != mesh.indices[h] ||
@@ -152,13 +152,13 @@ void add_polygons(Random& random, TestMesh& mesh) {
 
 void add_cuts(Random& random, TestMesh& mesh) {
     const float share = random.unit() * 0.4f;
-    for (uint32_t h = 0; h < mesh.indices.size(); h++) {
+    for (uint32_t h = 0; h < mesh.indices.size(); ++h) {
         const bool inside = !mesh.false_edges.empty() && mesh.false_edges[h] != k_none;
         if (mesh.adjacency[h] == k_none || inside || !random.chance(share))
             continue;
         const uint32_t other = mesh.adjacency[h];
         if (random.chance(0.7f)) // both sides, else one only
-            for (uint32_t g = 3 * other; g < 3 * other + 3; g++)
+            for (uint32_t g = 3 * other; g < 3 * other + 3; ++g)
                 if (mesh.adjacency[g] == h / 3 &&
                     mesh.indices[g] == mesh.indices[h % 3 == 2 ? h - 2 : h + 1])
                     mesh.adjacency[g] = k_none;
@@ -169,7 +169,7 @@ void add_cuts(Random& random, TestMesh& mesh) {
 Case random_case(uint64_t seed) {
     Random random(seed);
     Case c;
-    for (uint32_t parts = 1 + random.below(3); parts > 0; parts--) {
+    for (uint32_t parts = 1 + random.below(3); parts > 0; --parts) {
         const uint32_t kind = random.below(10);
         if (kind < 5)
             add_sheet(random, c.mesh);
@@ -179,19 +179,19 @@ Case random_case(uint64_t seed) {
             add_fan(random, c.mesh);
     }
     if (random.chance(0.2f)) // a degenerate or duplicate triangle
-        for (uint32_t i = 1 + random.below(3); i > 0; i--) {
+        for (uint32_t i = 1 + random.below(3); i > 0; --i) {
             const uint32_t t = random.below(c.mesh.faces());
             uint32_t v[3];
-            for (uint32_t k = 0; k < 3; k++)
+            for (uint32_t k = 0; k < 3; ++k)
                 v[k] = c.mesh.indices[3 * t + k];
             random.chance(0.5f) ? c.mesh.triangle(v[0], v[1], v[random.below(2)])
                                 : c.mesh.triangle(v[1], v[2], v[0]);
         }
     if (random.chance(0.2f)) // vertices that coincide
-        for (uint32_t i = 0; i < 3; i++) {
+        for (uint32_t i = 0; i < 3; ++i) {
             const uint32_t n = uint32_t(c.mesh.positions.size() / 3);
             const uint32_t from = random.below(n), to = random.below(n);
-            for (uint32_t k = 0; k < 3; k++)
+            for (uint32_t k = 0; k < 3; ++k)
                 c.mesh.positions[3 * to + k] = c.mesh.positions[3 * from + k];
         }
     if (random.chance(0.2f)) {

@@ -29,7 +29,7 @@ private:
 void add_strip(TestMesh& mesh, const std::vector<uint32_t>& low, const std::vector<uint32_t>& high,
                bool closed) {
     const size_t n = low.size();
-    for (size_t i = 0; i + 1 < n + (closed ? 1 : 0); i++)
+    for (size_t i = 0; i + 1 < n + (closed ? 1 : 0); ++i)
         mesh.polygon({low[i], low[(i + 1) % n], high[(i + 1) % n], high[i]});
 }
 
@@ -39,13 +39,13 @@ TestMesh cube_of_quads(uint32_t n) {
     TestMesh mesh;
     Lattice lattice(mesh);
     const int m = int(n);
-    for (int axis = 0; axis < 3; axis++)
-        for (int side = 0; side < 2; side++)
-            for (int i = 0; i < m; i++)
-                for (int j = 0; j < m; j++) {
+    for (int axis = 0; axis < 3; ++axis)
+        for (int side = 0; side < 2; ++side)
+            for (int i = 0; i < m; ++i)
+                for (int j = 0; j < m; ++j) {
                     std::vector<uint32_t> corners;
                     const int di[4] = {0, 1, 1, 0}, dj[4] = {0, 0, 1, 1};
-                    for (int k = 0; k < 4; k++) {
+                    for (int k = 0; k < 4; ++k) {
                         int p[3];
                         p[axis] = side * m;
                         p[(axis + 1) % 3] = i + (side != 0 ? di[k] : dj[k]);
@@ -61,8 +61,8 @@ TestMesh cube_of_quads(uint32_t n) {
 TestMesh flat_grid(uint32_t n, bool quads) {
     TestMesh mesh;
     Lattice lattice(mesh);
-    for (int i = 0; i < int(n); i++)
-        for (int j = 0; j < int(n); j++)
+    for (int i = 0; i < int(n); ++i)
+        for (int j = 0; j < int(n); ++j)
             mesh.polygon({lattice.at(i, j, 0), lattice.at(i + 1, j, 0), lattice.at(i + 1, j + 1, 0),
                           lattice.at(i, j + 1, 0)});
     if (!quads)
@@ -74,13 +74,13 @@ TestMesh flat_grid(uint32_t n, bool quads) {
 TestMesh cylinder(uint32_t around, uint32_t along, bool caps) {
     TestMesh mesh;
     std::vector<std::vector<uint32_t>> rows(along + 1);
-    for (uint32_t j = 0; j <= along; j++)
-        for (uint32_t i = 0; i < around; i++) {
+    for (uint32_t j = 0; j <= along; ++j)
+        for (uint32_t i = 0; i < around; ++i) {
             const double a = 2 * k_pi * i / around;
             rows[j].push_back(
                 mesh.vertex(float(std::cos(a)), float(std::sin(a)), float(3.0 * j / along)));
         }
-    for (uint32_t j = 0; j < along; j++)
+    for (uint32_t j = 0; j < along; ++j)
         add_strip(mesh, rows[j], rows[j + 1], true);
     if (caps) {
         mesh.polygon(std::vector<uint32_t>(rows[0].rbegin(), rows[0].rend()));
@@ -95,19 +95,19 @@ TestMesh sphere(uint32_t rings) {
     const uint32_t around = 2 * rings;
     const uint32_t south = mesh.vertex(0, 0, -1), north = mesh.vertex(0, 0, 1);
     std::vector<std::vector<uint32_t>> rows;
-    for (uint32_t j = 1; j < rings; j++) {
+    for (uint32_t j = 1; j < rings; ++j) {
         rows.emplace_back();
         const double b = k_pi * j / rings - k_pi / 2;
-        for (uint32_t i = 0; i < around; i++) {
+        for (uint32_t i = 0; i < around; ++i) {
             const double a = 2 * k_pi * i / around;
             rows.back().push_back(mesh.vertex(float(std::cos(a) * std::cos(b)),
                                               float(std::sin(a) * std::cos(b)),
                                               float(std::sin(b))));
         }
     }
-    for (size_t j = 0; j + 1 < rows.size(); j++)
+    for (size_t j = 0; j + 1 < rows.size(); ++j)
         add_strip(mesh, rows[j], rows[j + 1], true);
-    for (uint32_t i = 0; i < around; i++) {
+    for (uint32_t i = 0; i < around; ++i) {
         mesh.triangle(south, rows.front()[(i + 1) % around], rows.front()[i]);
         mesh.triangle(north, rows.back()[i], rows.back()[(i + 1) % around]);
     }
@@ -119,14 +119,14 @@ TestMesh sphere(uint32_t rings) {
 TestMesh torus(uint32_t around, uint32_t along) {
     TestMesh mesh;
     std::vector<std::vector<uint32_t>> rows(along);
-    for (uint32_t j = 0; j < along; j++)
-        for (uint32_t i = 0; i < around; i++) {
+    for (uint32_t j = 0; j < along; ++j)
+        for (uint32_t i = 0; i < around; ++i) {
             const double a = 2 * k_pi * i / around, b = 2 * k_pi * j / along;
             const double r = 3 + std::cos(a);
             rows[j].push_back(
                 mesh.vertex(float(r * std::cos(b)), float(r * std::sin(b)), float(std::sin(a))));
         }
-    for (uint32_t j = 0; j < along; j++)
+    for (uint32_t j = 0; j < along; ++j)
         add_strip(mesh, rows[(j + 1) % along], rows[j], true);
     mesh.connect();
     return mesh;
@@ -135,7 +135,7 @@ TestMesh torus(uint32_t around, uint32_t along) {
 TestMesh moebius(uint32_t along) {
     TestMesh mesh;
     std::vector<uint32_t> low, high;
-    for (uint32_t i = 0; i < along; i++) {
+    for (uint32_t i = 0; i < along; ++i) {
         const double a = 2 * k_pi * i / along, b = a / 2;
         for (int side = -1; side <= 1; side += 2) {
             const double r = 2 + 0.5 * side * std::cos(b);
@@ -154,12 +154,12 @@ TestMesh fan(uint32_t count, double turns) {
     TestMesh mesh;
     const uint32_t hub = mesh.vertex(0, 0, 0);
     std::vector<uint32_t> rim;
-    for (uint32_t i = 0; i < count; i++) { // waves up and down, so that the angles grow
+    for (uint32_t i = 0; i < count; ++i) { // waves up and down, so that the angles grow
         const double a = 2 * k_pi * i / count;
         const double height = std::sqrt(std::max(0.0, turns * turns - 1)) * (i % 2 ? 1.0 : -1.0);
         rim.push_back(mesh.vertex(float(std::cos(a)), float(std::sin(a)), float(height)));
     }
-    for (uint32_t i = 0; i < count; i++)
+    for (uint32_t i = 0; i < count; ++i)
         mesh.triangle(hub, rim[i], rim[(i + 1) % count]);
     mesh.connect();
     return mesh;
@@ -168,8 +168,8 @@ TestMesh fan(uint32_t count, double turns) {
 TestMesh washer(uint32_t n) {
     TestMesh mesh;
     Lattice lattice(mesh);
-    for (int i = 0; i < int(3 * n); i++)
-        for (int j = 0; j < int(3 * n); j++) {
+    for (int i = 0; i < int(3 * n); ++i)
+        for (int j = 0; j < int(3 * n); ++j) {
             const bool hole = i >= int(n) && i < int(2 * n) && j >= int(n) && j < int(2 * n);
             if (!hole)
                 mesh.polygon({lattice.at(i, j, 0), lattice.at(i + 1, j, 0),
@@ -186,8 +186,8 @@ TestMesh pierced_plate(uint32_t holes) {
     const auto solid = [&](int i, int j) {
         return i >= 0 && j >= 0 && i < columns && j < 3 && !(j == 1 && i % 2 == 1);
     };
-    for (int i = 0; i < columns; i++)
-        for (int j = 0; j < 3; j++) {
+    for (int i = 0; i < columns; ++i)
+        for (int j = 0; j < 3; ++j) {
             if (!solid(i, j))
                 continue;
             mesh.polygon({lattice.at(i, j, 1), lattice.at(i + 1, j, 1), lattice.at(i + 1, j + 1, 1),
@@ -199,7 +199,7 @@ TestMesh pierced_plate(uint32_t holes) {
                                     {i + 1, j + 1, i, j + 1},
                                     {i, j + 1, i, j}};
             const int beyond[4][2] = {{i, j - 1}, {i + 1, j}, {i, j + 1}, {i - 1, j}};
-            for (int k = 0; k < 4; k++)
+            for (int k = 0; k < 4; ++k)
                 if (!solid(beyond[k][0], beyond[k][1]))
                     mesh.polygon({lattice.at(side[k][0], side[k][1], 0),
                                   lattice.at(side[k][2], side[k][3], 0),
@@ -212,7 +212,7 @@ TestMesh pierced_plate(uint32_t holes) {
 
 TestMesh loose_triangles(uint32_t count) {
     TestMesh mesh;
-    for (uint32_t i = 0; i < count; i++) {
+    for (uint32_t i = 0; i < count; ++i) {
         const float x = float(2 * i);
         const uint32_t a = mesh.vertex(x, 0, 0), b = mesh.vertex(x + 1, 0, 0);
         mesh.triangle(a, b, mesh.vertex(x, 1, 0));
@@ -224,12 +224,12 @@ TestMesh loose_triangles(uint32_t count) {
 TestMesh ring_polygon(uint32_t sides) {
     TestMesh mesh;
     std::vector<uint32_t> inner, outer;
-    for (uint32_t i = 0; i < sides; i++) {
+    for (uint32_t i = 0; i < sides; ++i) {
         const double a = 2 * k_pi * i / sides;
         inner.push_back(mesh.vertex(float(std::cos(a)), float(std::sin(a)), 0));
         outer.push_back(mesh.vertex(float(2 * std::cos(a)), float(2 * std::sin(a)), 0));
     }
-    for (uint32_t i = 0; i < sides; i++) {
+    for (uint32_t i = 0; i < sides; ++i) {
         const uint32_t j = (i + 1) % sides;
         mesh.triangle(outer[i], outer[j], inner[i]);
         mesh.triangle(outer[j], inner[j], inner[i]);

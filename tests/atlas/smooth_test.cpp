@@ -62,7 +62,7 @@ TEST_F(BorderTest, AnEarOfAHardSurfaceHasToFitExactly) {
         build_flat(4, 3, true, side);
         hard.assign(surface.face_count, is_hard);
         for (uint32_t t : set->charts[1].faces) // chart 1 lies there a tenth too high
-            for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+            for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
                 if (set->node[c] == c)
                     set->uv[c].y *= 1.1;
         set->refresh(set->charts[1]);
@@ -92,7 +92,7 @@ TEST_F(BorderTest, WhatHoldsAChartTogetherStays) {
 TEST_F(BorderTest, AllGoesBackWhenAChartIsNotLegalAfterwards) {
     build_flat(5, 3, true, [](int x, int y, bool) { return x < 2 || (x < 4 && y == 1) ? 0 : 1; });
     for (uint32_t t : set->charts[1].faces) // a far corner of chart 1 lies across its other side
-        for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
             if (surface.vertex[c] == 5 && set->node[c] == c)
                 set->uv[c].y += 100;
     set->refresh(set->charts[1]);
@@ -102,7 +102,7 @@ TEST_F(BorderTest, AllGoesBackWhenAChartIsNotLegalAfterwards) {
     EXPECT_EQ(set->glued, before.glued);
     EXPECT_EQ(set->node, before.node);
     EXPECT_TRUE(set->uv == before.uv);
-    for (size_t i = 0; i < 2; i++) {
+    for (size_t i = 0; i < 2; ++i) {
         std::vector<uint32_t> now = set->charts[i].faces;
         std::sort(now.begin(), now.end());
         EXPECT_EQ(now, before.charts[i].faces);

@@ -1,0 +1,56 @@
+#include "atlas/charts/band.h"
+
+namespace tessora::atlas {
+
+Band::Band(const ChartSet& set) : set_(set) {
+    ring_.assign(set.node.size(), k_none);
+    has_face_.assign(set.surface.face_count, 0);
+}
+
+bool Band::grow(const std::vector<uint32_t>& arc_nodes, uint32_t rings) {
+    clear();
+    for (uint32_t n : arc_nodes) {
+        ring_[n] = 0;
+        nodes_.push_back(n);
+    }
+    bool whole = true;
+    for (size_t i = 0; i < nodes_.size(); ++i) {
+        const uint32_t n = nodes_[i], ring = ring_[n];
+        if (ring == rings) {
+            whole = false;
+            continue;
+        }
+        set_.for_node(n, [&](uint32_t c) {
+            const uint32_t t = c / 3;
+            if (has_face_[t])
+                return;
+            add_face(t);
+            for (uint32_t k = 3 * t; k < 3 * t + 3; ++k) {
+                const uint32_t m = set_.node[k];
+                if (ring_[m] == k_none) {
+                    ring_[m] = ring + 1;
+                    nodes_.push_back(m);
+                }
+            }
+        });
+    }
+    return whole;
+}
+
+void Band::add_face(uint32_t t) {
+    if (has_face_[t])
+        return;
+    has_face_[t] = 1;
+    faces_.push_back(t);
+}
+
+void Band::clear() {
+    for (uint32_t n : nodes_)
+        ring_[n] = k_none;
+    for (uint32_t t : faces_)
+        has_face_[t] = 0;
+    nodes_.clear();
+    faces_.clear();
+}
+
+} // namespace tessora::atlas

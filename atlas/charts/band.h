@@ -1,0 +1,33 @@
+/// The neighbourhood of a glued arc: the only part of two charts that a merge solves.
+#pragma once
+
+#include "atlas/charts/chart_set.h"
+
+namespace tessora::atlas {
+
+/// Triangles and nodes within a number of rings of an arc. Ring 0 is the arc's own nodes; a node is
+/// in ring r + 1 if it shares a triangle with a node of ring r and is in no lower ring.
+/// Keeps arrays over the whole mesh between uses; clear() resets only the entries in use.
+class Band {
+public:
+    explicit Band(const ChartSet& set);
+    /// Collects everything within `rings` of the arc, in breadth-first order, after clearing.
+    /// True if that is all of both charts.
+    bool grow(const std::vector<uint32_t>& arc_nodes, uint32_t rings);
+    /// Adds a triangle without its nodes, if it is not in the band yet.
+    void add_face(uint32_t t);
+    void clear();
+
+    const std::vector<uint32_t>& faces() const { return faces_; }
+    const std::vector<uint32_t>& nodes() const { return nodes_; } ///< rings in ascending order
+    /// Ring of a node; k_none outside the band.
+    uint32_t ring(uint32_t node) const { return ring_[node]; }
+
+private:
+    const ChartSet& set_;
+    std::vector<uint32_t> faces_, nodes_;
+    std::vector<uint32_t> ring_;    ///< per node; k_none outside the band
+    std::vector<uint8_t> has_face_; ///< per triangle; 0 outside the band
+};
+
+} // namespace tessora::atlas
