@@ -64,9 +64,9 @@ void add_place_figures(const measure::Measures& m, Json& out) {
     out["coverage"] = m.coverage;
     out["gap_texels"] = m.gap ? Json(m.gap->texels) : Json(nullptr);
     out["border_texels"] = texels(m.border);
-    out["density_min"] = m.density.least / m.unit;
+    out["density_min"] = m.density.min / m.unit;
     out["density_mean"] = m.density.mean / m.unit;
-    out["density_max"] = m.density.most / m.unit;
+    out["density_max"] = m.density.max / m.unit;
     out["density_variation"] = m.density.variation;
     out["uv_min"] = {m.uv_low[0], m.uv_low[1]};
     out["uv_max"] = {m.uv_high[0], m.uv_high[1]};
@@ -131,9 +131,9 @@ void add_place_lines(const measure::Measures& m, Table& table) {
         table.line("smallest gap", std::string("-"), "fewer than two charts");
     if (m.border)
         table.line("border distance", *m.border, "texels, negative outside");
-    table.line("density, least chart", m.density.least / m.unit, "texels per unit of length");
+    table.line("density, least chart", m.density.min / m.unit, "texels per unit of length");
     table.line("density, mean", m.density.mean / m.unit);
-    table.line("density, most", m.density.most / m.unit);
+    table.line("density, most", m.density.max / m.unit);
     table.line("density, variation", m.density.variation, "standard deviation over mean");
     char range[80];
     std::snprintf(range, sizeof range, "%.6g..%.6g", m.uv_low[0], m.uv_high[0]);

@@ -6,7 +6,7 @@
 namespace measure {
 namespace {
 
-uint64_t spread(uint64_t bits) { // 0000abcd -> 0a0b0c0d
+uint64_t spread(uint64_t bits) { // inserts a 0 before each bit: 0000abcd -> 0a0b0c0d
     bits = (bits | (bits << 16)) & 0x0000FFFF0000FFFFu;
     bits = (bits | (bits << 8)) & 0x00FF00FF00FF00FFu;
     bits = (bits | (bits << 4)) & 0x0F0F0F0F0F0F0F0Fu;
@@ -24,7 +24,7 @@ std::vector<Keyed> morton_keys(const std::vector<Box>& boxes) {
     for (const Box& box : boxes)
         all.add(box);
     const double side = std::max(all.high[0] - all.low[0], all.high[1] - all.low[1]);
-    const double scale = side > 0.0 ? 2097151.0 / side : 0.0; // 21 bits an axis
+    const double scale = side > 0.0 ? 2097151.0 / side : 0.0; // 21 bits per axis
     std::vector<Keyed> keys(boxes.size());
     for (uint32_t i = 0; i < boxes.size(); ++i) {
         uint64_t at[2];

@@ -1,8 +1,7 @@
-/// A tree of boxes in the plane, for finding what lies near what.
+/// A bounding volume hierarchy of boxes in the plane, for overlap and distance queries.
 ///
-/// Items are sorted along a Morton curve and packed four to a node, level upon level, so that the
-/// tree is a few flat arrays and building it costs one sort. No coordinate is rounded outwards:
-/// boxes are exact unions.
+/// Items are sorted along a Morton curve and packed four to a node, level by level (a packed
+/// R-tree): a few flat arrays, built by one sort. Node boxes are exact unions, without rounding.
 #pragma once
 
 #include <array>
@@ -23,7 +22,7 @@ struct Box {
         return low[0] <= other.high[0] && other.low[0] <= high[0] && low[1] <= other.high[1] &&
                other.low[1] <= high[1];
     }
-    /// Squared distance of two boxes; 0 when they meet.
+    /// Squared distance between two boxes; 0 if they intersect.
     double distance2(const Box& other) const;
 };
 
@@ -33,11 +32,11 @@ public:
 
     explicit BoxTree(const std::vector<Box>& boxes);
 
-    /// Item numbers in the order in which the tree holds them.
+    /// Item indices in tree order.
     const std::vector<uint32_t>& order() const { return order_; }
 
-    /// Walks the tree from the top: enter(box, first, last) says whether to look at the items
-    /// order()[first .. last), leaf(place) gets each place in order() that is left.
+    /// Traverses the tree from the root: enter(box, first, last) returns whether to descend to the
+    /// items order()[first .. last); leaf(i) is called for each index i into order() reached.
     template <class Enter, class Leaf>
     void visit(Enter enter, Leaf leaf) const {
         if (order_.empty())
@@ -70,7 +69,7 @@ public:
 
 private:
     std::vector<uint32_t> order_;
-    std::vector<std::vector<Box>> levels_; // lowest first; level l holds 4^(l+1) items per box
+    std::vector<std::vector<Box>> levels_; // leaves first; a box of level l covers 4^(l+1) items
 };
 
 } // namespace measure

@@ -29,10 +29,10 @@ private:
     std::vector<uint32_t> parent_;
 };
 
-/// One side of an edge, seen from its lower vertex.
+/// One triangle's use of an edge; the edge runs from its lower to its higher vertex index.
 struct Side {
-    uint32_t far_vertex; ///< the higher of the two vertices
-    float uv[4];         ///< at the lower vertex, at the higher vertex
+    uint32_t far_vertex; ///< the higher vertex index
+    float uv[4];         ///< u v at the lower vertex, u v at the higher
     uint32_t half_edge;
 };
 
@@ -47,7 +47,7 @@ bool before(const Side& a, const Side& b) {
     return a.half_edge < b.half_edge;
 }
 
-/// For every vertex the lowest one at exactly its place.
+/// Shape: per vertex, the lowest vertex with exactly the same position.
 std::vector<uint32_t> first_at_same_place(const Layout& layout) {
     std::vector<uint32_t> order(layout.vertex_count());
     std::iota(order.begin(), order.end(), 0u);
@@ -70,7 +70,7 @@ std::vector<uint32_t> first_at_same_place(const Layout& layout) {
     return first;
 }
 
-/// All sides of all edges, grouped by the lower vertex and sorted inside a group.
+/// All sides of all edges, grouped by lower vertex and sorted within a group.
 class EdgeTable {
 public:
     explicit EdgeTable(const Layout& layout)
@@ -108,8 +108,7 @@ private:
                 continue;
             for (uint32_t k = 0; k < 3; ++k) {
                 const uint32_t a = vertex(3 * t + k), b = vertex(3 * t + (k + 1) % 3);
-                // An edge without length keeps its own vertices, so that what it joins stays
-                // joined.
+                // Do not merge the ends of a zero-length edge: it still connects triangles.
                 const bool has_length = same_place_[a] != same_place_[b];
                 const uint32_t from = has_length ? same_place_[a] : a;
                 const uint32_t to = has_length ? same_place_[b] : b;
@@ -131,7 +130,7 @@ private:
         Side side{high, {}, half_edge};
         for (int end = 0; end < 2; ++end) {
             const uint32_t uv = layout_.corner_uv[layout_.triangle_corners[slots[end]]];
-            // Adding zero makes -0 and 0 one value.
+            // Adding zero turns -0 into +0.
             side.uv[2 * end] = layout_.uvs[2 * uv] + 0.0f;
             side.uv[2 * end + 1] = layout_.uvs[2 * uv + 1] + 0.0f;
         }
@@ -179,11 +178,12 @@ private:
         }
     }
 
-    /// A polygon that comes back to a vertex may be divided along a line from that vertex to
-    /// itself. No edge of the mesh tells that its triangles hang together there; the two corners
-    /// do.
+    /// Connects triangles of one polygon along a diagonal from a vertex to itself, which occurs if
+    /// the polygon visits a vertex twice. Such diagonals are not edges between two vertices, so
+    /// they are matched by polygon corner instead.
     void join_over_edges_without_length() {
-        std::vector<std::array<uint32_t, 3>> edges; // lower corner, higher corner, triangle
+        std::vector<std::array<uint32_t, 3>>
+            edges; // lower corner index, higher corner index, triangle
         for (uint32_t t = 0; t < layout_.triangle_count(); ++t) {
             if (!is_mapped(layout_, t))
                 continue;
@@ -200,7 +200,7 @@ private:
                 sets_.join(edges[i - 1][2], edges[i][2]);
     }
 
-    /// True when the triangles at the two sides of one UV edge lie on different sides of it.
+    /// True if the two triangles at a UV edge lie on different sides of it (no fold).
     bool lies_apart(const Side& a, const Side& b) const {
         return opposite_corner_side(a) * opposite_corner_side(b) < 0;
     }

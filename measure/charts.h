@@ -1,9 +1,8 @@
 /// Charts, chart borders and seams, found from the layout alone.
 ///
-/// Two triangles hang together where they share a 3D edge (two places in space, whether or not the
-/// file has one vertex for each) and their UVs have the same values at both of its ends. A chart is
-/// what hangs together. An edge of two triangles or
-/// more whose UVs do not all agree is a seam.
+/// Two triangles are connected if they share a 3D edge (compared by the positions of its ends, not
+/// by vertex index) and their UVs are equal at both ends. Charts are the connected components. An
+/// edge of two or more triangles whose UVs do not all agree is a seam.
 #pragma once
 
 #include "measure/layout.h"
@@ -14,12 +13,12 @@
 namespace measure {
 
 struct ChartTable {
-    std::vector<uint32_t> triangle_chart; ///< k_none where the triangle is not wholly mapped
-    uint32_t chart_count = 0;             ///< numbered by their first triangles
-    /// Edges on a chart's outline, as 3 * triangle + k (from corner k to corner (k+1)%3): no
-    /// neighbour hangs there, or the layout folds over along the edge.
+    std::vector<uint32_t> triangle_chart; ///< k_none if a corner of the triangle has no UV
+    uint32_t chart_count = 0;             ///< charts are numbered in order of their first triangle
+    /// Edges on a chart's outline, as 3 * triangle + k (from corner k to corner (k+1)%3): the
+    /// triangle has no connected neighbour there, or the neighbour lies on the same side in UVs.
     std::vector<uint32_t> outline;
-    double seam_length = 0.0; ///< in space
+    double seam_length = 0.0; ///< in object space
     uint32_t seam_edges = 0;
 };
 

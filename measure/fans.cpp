@@ -11,7 +11,7 @@ namespace {
 
 constexpr double k_full_turn = 6.283185307179586;
 
-/// A corner at a vertex of many triangles.
+/// A triangle corner at a vertex with at least k_min_triangles triangles.
 struct Corner {
     uint32_t vertex;
     float u, v;
@@ -37,7 +37,7 @@ std::vector<Corner> crowded_corners(const Layout& layout, const std::vector<uint
     for (uint32_t slot = 0; slot < layout.triangle_corners.size(); ++slot) {
         const uint32_t corner = layout.triangle_corners[slot];
         const uint32_t vertex = layout.corner_vertex[corner];
-        if (!takes_part[slot / 3] || valence[vertex] < Fans::k_least)
+        if (!takes_part[slot / 3] || valence[vertex] < Fans::k_min_triangles)
             continue;
         const float* const uv = &layout.uvs[2 * layout.corner_uv[corner]];
         corners.push_back({vertex, uv[0], uv[1], slot});
@@ -57,11 +57,11 @@ Fans::Fans(const Layout& layout, const Texture& texture, const std::vector<uint8
     for (size_t first = 0, last = 0; first < corners.size(); first = last) {
         while (last < corners.size() && corners[last].is_at(corners[first]))
             ++last;
-        if (last - first < k_least)
+        if (last - first < k_min_triangles)
             continue;
         for (size_t i = first; i < last; ++i) {
             const uint32_t triangle = corners[i].slot / 3, k = corners[i].slot % 3;
-            if (fan_[triangle] != k_none) // it has joined another fan
+            if (fan_[triangle] != k_none) // already assigned to another fan
                 continue;
             fan_[triangle] = static_cast<uint32_t>(begin_.size() - 1);
             const Triangle2 at = texel_triangle(layout, texture, triangle);

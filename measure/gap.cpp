@@ -59,7 +59,7 @@ public:
 
     std::optional<Gap> find() {
         const BoxTree tree(boxes_);
-        // Neighbours on the curve give a first bound, so that no search starts from nothing.
+        // Distances between neighbours in tree order give an initial bound for pruning.
         for (uint32_t place = 1; place < tree.order().size(); ++place)
             try_pair(tree.order()[place - 1], tree.order()[place]);
         find_uniform_runs(tree);
@@ -84,7 +84,7 @@ private:
         }
     }
 
-    /// For each place, where the run of segments of the same chart ends.
+    /// Per segment in tree order, the end of its run of segments of the same chart.
     void find_uniform_runs(const BoxTree& tree) {
         run_end_.resize(segments_.size());
         for (auto place = static_cast<uint32_t>(run_end_.size()); place-- > 0;) {
@@ -127,16 +127,16 @@ std::optional<Gap> smallest_gap(const Layout& layout, const Texture& texture,
 
 std::optional<double> border_distance(const Layout& layout, const Texture& texture,
                                       const ChartTable& charts) {
-    std::optional<double> least;
+    std::optional<double> smallest;
     for (uint32_t t = 0; t < layout.triangle_count(); ++t) {
         if (charts.triangle_chart[t] == k_none)
             continue;
         for (const Point2& p : texel_triangle(layout, texture, t).p) {
             const double here = std::min({p.x, texture.width - p.x, p.y, texture.height - p.y});
-            least = least ? std::min(*least, here) : here;
+            smallest = smallest ? std::min(*smallest, here) : here;
         }
     }
-    return least;
+    return smallest;
 }
 
 } // namespace measure

@@ -9,8 +9,8 @@
 namespace measure {
 namespace {
 
-// How deep two triangles may reach into each other, in spacings of single-precision UVs: every
-// corner is off by half a spacing for each of the few roundings on its way into a file.
+// Overlap tolerance in spacings of single-precision UVs: each corner may be off by half a spacing
+// for each of the few times its UV is rounded before it is written.
 constexpr double k_overlap_depth = 4.0;
 
 bool is_finite_uv(const Layout& layout, uint32_t corner) {
@@ -135,8 +135,8 @@ private:
             if (chart.stretch.area <= 0.0)
                 continue;
             const double here = chart.density();
-            density.least = is_first ? here : std::min(density.least, here);
-            density.most = is_first ? here : std::max(density.most, here);
+            density.min = is_first ? here : std::min(density.min, here);
+            density.max = is_first ? here : std::max(density.max, here);
             is_first = false;
         }
         double sum = 0.0, squares = 0.0, weight = 0.0;

@@ -11,27 +11,27 @@
 namespace measure {
 namespace {
 
-/// A counter-clockwise triangle with what it takes to tell how far a point is beyond an edge.
+/// A counter-clockwise triangle with edge normals for separating axis tests.
 struct Prepared {
     Triangle2 corners;
     Point2 inward[3]; ///< unit normals of the edges
     uint32_t triangle = 0;
     uint32_t chart = 0;
-    uint32_t fan = k_none; ///< its pairs within this fan are known already
+    uint32_t fan = k_none; ///< pairs within the same fan are counted separately
 
-    /// The farthest that any corner of `other` lies inside the line of edge k.
+    /// The maximum distance of `other`'s corners from the line of edge k, positive on the inside.
     double reach(int k, const Prepared& other) const {
-        double most = dot(inward[k], other.corners.p[0] - corners.p[k]);
-        most = std::max(most, dot(inward[k], other.corners.p[1] - corners.p[k]));
-        return std::max(most, dot(inward[k], other.corners.p[2] - corners.p[k]));
+        double deepest = dot(inward[k], other.corners.p[0] - corners.p[k]);
+        deepest = std::max(deepest, dot(inward[k], other.corners.p[1] - corners.p[k]));
+        return std::max(deepest, dot(inward[k], other.corners.p[2] - corners.p[k]));
     }
     bool parts_from(const Prepared& other, double depth) const {
         return reach(0, other) <= depth || reach(1, other) <= depth || reach(2, other) <= depth;
     }
 };
 
-/// A triangle's extents along eight directions. Thin triangles that fan out from one corner meet in
-/// their boxes far more often than in these.
+/// A triangle's extents along eight directions (a discrete oriented polytope). Rejects thin
+/// triangles around a common corner far more often than axis-aligned boxes do.
 struct Extents {
     double low[8], high[8];
 
@@ -43,7 +43,7 @@ struct Extents {
                 std::minmax({dot(directions[i], corners.p[0]), dot(directions[i], corners.p[1]),
                              dot(directions[i], corners.p[2])});
     }
-    /// False when a line parts the two, whether or not they touch it.
+    /// False if one of the directions separates the two extents, touching included.
     bool meet(const Extents& other) const {
         for (int i = 0; i < 8; ++i)
             if (low[i] >= other.high[i] || other.low[i] >= high[i])
@@ -101,7 +101,7 @@ public:
     }
 
 private:
-    /// Looks at the pairs within fans, which the tree then leaves out.
+    /// Counts the pairs within fans, which the tree search then skips.
     void search_fans(const Fans& fans) {
         if (fans.empty())
             return;
@@ -112,13 +112,13 @@ private:
             compare(items_[item_of[a]], items_[item_of[b]]);
             return !result_.is_cut_short;
         });
-        if (result_.is_cut_short) // not all of them were looked at
+        if (result_.is_cut_short) // some pairs within fans were not tested
             return;
         for (Prepared& item : items_)
             item.fan = fans.fan_of(item.triangle);
     }
 
-    /// Puts the items into the tree's order: what is looked at together then lies together.
+    /// Reorders the items as the tree holds them, for cache locality.
     void sort_like(const std::vector<uint32_t>& order) {
         std::vector<Prepared> items(items_.size());
         extents_.reserve(items_.size());
@@ -139,8 +139,8 @@ private:
         const Prepared& item = items_[place];
         const Box& box = boxes_[tree.order()[place]];
         const Extents& extents = extents_[place];
-        // Each pair is met once, from the earlier place; when pairs are no longer counted, every
-        // triangle looks for one partner anywhere.
+        // Each pair is tested once, from the item earlier in the order. Once counting has stopped,
+        // each triangle searches the whole tree for one partner.
         const uint32_t after = result_.is_cut_short ? 0 : place + 1;
         bool is_done = result_.is_cut_short && is_hit_[item.triangle];
         const auto is_of_its_fan = [&](uint32_t first, uint32_t last) {
@@ -159,7 +159,7 @@ private:
             });
     }
 
-    /// True when the two overlap.
+    /// True if the two overlap by more than the tolerance.
     bool compare(const Prepared& a, const Prepared& b) {
         if (a.parts_from(b, depth_) || b.parts_from(a, depth_))
             return false;
@@ -169,7 +169,7 @@ private:
 
     void count(const Prepared& a, const Prepared& b) {
         is_hit_[a.triangle] = is_hit_[b.triangle] = 1;
-        if (result_.pairs_within + result_.pairs_between >= k_most_pairs) {
+        if (result_.pairs_within + result_.pairs_between >= k_max_pairs) {
             result_.is_cut_short = true;
             return;
         }
@@ -178,9 +178,9 @@ private:
 
     double depth_;
     std::vector<Prepared> items_;
-    std::vector<Box> boxes_; // as they were found
+    std::vector<Box> boxes_; // in input order
     std::vector<Extents> extents_;
-    std::vector<uint32_t> fan_end_; // per place: where its run of one fan ends
+    std::vector<uint32_t> fan_end_; // per item: end of its run of items of the same fan
     std::vector<uint8_t> is_hit_;
     Overlaps result_;
 };

@@ -1,9 +1,8 @@
-/// Triangles that lie upon each other in the texture.
+/// Triangles that overlap in the texture.
 ///
-/// Two triangles overlap when no line through an edge of either has both on different sides of it,
-/// or only to a depth that the rounding of UVs to single precision explains (the separating axis
-/// test for convex shapes). Neighbours that share an edge, and the two sides of a slit, touch
-/// without overlapping.
+/// Separating axis test: two triangles overlap if no line through an edge of either separates them,
+/// allowing penetration up to the rounding error of single-precision UVs. Neighbours that share an
+/// edge, and the two sides of a slit, touch without overlapping.
 #pragma once
 
 #include "measure/charts.h"
@@ -15,18 +14,18 @@
 namespace measure {
 
 struct Overlaps {
-    uint64_t pairs_within = 0;  ///< both triangles of one chart
-    uint64_t pairs_between = 0; ///< of two charts
-    /// Palette textures lay all triangles upon each other. Past k_most_pairs pairs no more are
-    /// counted, but the triangles are still all found.
+    uint64_t pairs_within = 0;  ///< both triangles in one chart
+    uint64_t pairs_between = 0; ///< triangles of different charts
+    /// True if counting stopped at k_max_pairs pairs (a palette texture may map all triangles to
+    /// the same place); `triangles` is complete nevertheless.
     bool is_cut_short = false;
-    std::vector<uint32_t> triangles; ///< that take part in any pair, ascending
+    std::vector<uint32_t> triangles; ///< in at least one pair, ascending
 };
 
-inline constexpr uint64_t k_most_pairs = 4'000'000;
+inline constexpr uint64_t k_max_pairs = 4'000'000;
 
-/// `depth` is how far, in texels, two triangles may reach into each other without counting.
-/// Cost: O(n log n + pairs that touch).
+/// `depth`: penetration in texels that does not count as overlap.
+/// Cost: O(n log n + pairs whose extents intersect).
 Overlaps find_overlaps(const Layout& layout, const Texture& texture, const ChartTable& charts,
                        double depth);
 

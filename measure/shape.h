@@ -1,4 +1,4 @@
-/// Triangles in space and in texels, with what single precision can tell about them.
+/// Triangles in object space and in texels, and the resolution of single-precision UVs.
 #pragma once
 
 #include "measure/layout.h"
@@ -24,20 +24,20 @@ struct Triangle2 {
     double cross_area() const { return cross(p[1] - p[0], p[2] - p[0]); }
 };
 
-/// What the shape of a triangle in space says: the Gram matrix of its edges from corner 0.
+/// A triangle's shape in space: the Gram matrix of its edges from corner 0.
 struct Triangle3 {
     double aa = 0.0; ///< |p1 - p0|^2
     double ab = 0.0; ///< (p1 - p0) . (p2 - p0)
     double bb = 0.0; ///< |p2 - p0|^2
     double area = 0.0;
     double longest_edge = 0.0;
-    double least_height() const { return longest_edge > 0.0 ? 2.0 * area / longest_edge : 0.0; }
+    double min_height() const { return longest_edge > 0.0 ? 2.0 * area / longest_edge : 0.0; }
 };
 
-/// True when all three corners have finite UVs.
+/// True if all three corners have finite UVs.
 bool is_mapped(const Layout& layout, uint32_t triangle);
 
-/// The corners of a mapped triangle.
+/// The corners of a mapped triangle in texels.
 Triangle2 texel_triangle(const Layout& layout, const Texture& texture, uint32_t triangle);
 
 Triangle3 space_triangle(const Layout& layout, uint32_t triangle);
@@ -45,8 +45,8 @@ Triangle3 space_triangle(const Layout& layout, uint32_t triangle);
 /// 3D length of the edge between two vertices.
 double edge_length(const Layout& layout, uint32_t vertex_a, uint32_t vertex_b);
 
-/// The spacing of single-precision UVs in texels, where it is widest: 2^-23 of the longer texture
-/// side, more when UVs leave the unit square.
+/// The maximum spacing of single-precision UVs in texels: 2^-23 times the longer texture side, more
+/// if UVs lie outside the unit square.
 double uv_spacing(const Layout& layout, const Texture& texture);
 
 } // namespace measure

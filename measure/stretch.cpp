@@ -8,8 +8,8 @@
 namespace measure {
 namespace {
 
-constexpr double k_least_area_share = 1e-9; // of the mean triangle
-constexpr double k_least_height = 2.0;      // spacings of single-precision UVs
+constexpr double k_min_area_share = 1e-9; // of the mean triangle area
+constexpr double k_min_height = 2.0;      // spacings of single-precision UVs
 constexpr double k_degrees = 57.29577951308232;
 
 TriangleMap map_triangle(const Triangle3& space, const Triangle2& texels) {
@@ -30,7 +30,7 @@ TriangleMap map_triangle(const Triangle3& space, const Triangle2& texels) {
     const double sum = std::sqrt(std::max(0.0, squares + 2.0 * det));
     const double difference = std::sqrt(std::max(0.0, squares - 2.0 * det));
     map.larger = 0.5 * (sum + difference);
-    // The product of both is the determinant; a difference of roots would lose its digits.
+    // From the determinant, because a difference of square roots would cancel.
     map.smaller = map.larger > 0.0 ? det / map.larger : 0.0;
     return map;
 }
@@ -72,7 +72,7 @@ double angle_at(const Point2& a, const Point2& b) {
     return k_degrees * std::atan2(std::abs(cross(a, b)), dot(a, b));
 }
 
-/// A triangle of the same shape in the plane.
+/// A congruent triangle in the plane.
 Triangle2 flattened(const Triangle3& space) {
     const double side = std::sqrt(space.aa);
     Triangle2 flat;
@@ -94,19 +94,19 @@ std::vector<TriangleMap> map_triangles(const Layout& layout, const Texture& text
             continue;
         const Triangle3 space = space_triangle(layout, t);
         maps[t] = map_triangle(space, texel_triangle(layout, texture, t));
-        heights[t] = space.least_height();
+        heights[t] = space.min_height();
         area += maps[t].area;
         texel_area += std::abs(maps[t].texel_area);
         ++count;
     }
     if (count == 0)
         return maps;
-    const double least_area = k_least_area_share * area / static_cast<double>(count);
+    const double min_area = k_min_area_share * area / static_cast<double>(count);
     const double scale = area > 0.0 ? std::sqrt(texel_area / area) : 0.0;
-    const double least_height = k_least_height * uv_spacing(layout, texture);
+    const double min_height = k_min_height * uv_spacing(layout, texture);
     for (size_t t = 0; t < maps.size(); ++t)
         maps[t].is_unresolved =
-            maps[t].area <= least_area || (texel_area > 0.0 && heights[t] * scale < least_height);
+            maps[t].area <= min_area || (texel_area > 0.0 && heights[t] * scale < min_height);
     return maps;
 }
 

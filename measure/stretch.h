@@ -1,8 +1,8 @@
 /// Stretch and distortion of the map from the surface to the texture.
 ///
 /// Source: Sander, Snyder, Gortler, Hoppe, "Texture mapping progressive meshes", 2001: L2 and
-/// L-infinity stretch from the singular values of the map from texture to surface. Both are scaled
-/// here so that an isometry of equal total area has 1.
+/// L-infinity stretch from the singular values of the map from texture to surface. Both are
+/// normalised so that an isometry up to uniform scale has 1.
 #pragma once
 
 #include "measure/charts.h"
@@ -13,25 +13,25 @@
 
 namespace measure {
 
-/// One triangle's map. Lengths in texture space are texels.
+/// The affine map of one triangle from object space to texels.
 struct TriangleMap {
-    double area = 0.0;         ///< in space
+    double area = 0.0;         ///< in object space
     double texel_area = 0.0;   ///< signed
-    double larger = 0.0;       ///< singular values of the map from space to texels
-    double smaller = 0.0;      ///< 0 when collapsed
-    double texel_height = 0.0; ///< least height in texels
-    /// Area against the mean too small, or so thin at the layout's scale that single-precision UVs
-    /// cannot tell its shape. Depends on the triangle in space and the layout's scale only, so that
-    /// no error in the layout excuses itself.
+    double larger = 0.0;       ///< larger singular value
+    double smaller = 0.0;      ///< smaller singular value, 0 if collapsed
+    double texel_height = 0.0; ///< minimum height in texels
+    /// Too small relative to the mean area, or too thin at the layout's scale, for single-precision
+    /// UVs to represent its shape. Depends only on the triangle in space and the layout's mean
+    /// density, not on its UVs, so that a faulty layout is not excused.
     bool is_unresolved = false;
 };
 
 struct StretchSum {
     double area = 0.0;
-    double texel_area = 0.0; ///< without sign
+    double texel_area = 0.0; ///< sum of absolute values
     double l2 = 1.0;
     double linf = 1.0;
-    /// The least value of l2 that the rounding of UVs to single precision leaves possible.
+    /// The minimum l2 reachable with UVs rounded to single precision.
     double l2_floor = 1.0;
 };
 
@@ -39,9 +39,8 @@ struct StretchSum {
 std::vector<TriangleMap> map_triangles(const Layout& layout, const Texture& texture,
                                        const ChartTable& charts);
 
-/// Stretch of the chosen triangles: those whose chart number is `chart_of_sum[c]`... every triangle
-/// counts in the sum of its chart and in the last one, which is the whole layout. Collapsed and
-/// unresolved triangles count with their areas only.
+/// Stretch per chart, and of the whole layout as the last element. Collapsed and unresolved
+/// triangles contribute only their areas.
 /// Shape: chart_count + 1 results.
 std::vector<StretchSum> sum_stretch(const std::vector<TriangleMap>& maps, const ChartTable& charts,
                                     double uv_spacing);
@@ -50,7 +49,7 @@ struct Distortion {
     double angle_mean = 0.0;     ///< degrees between an angle in space and in texels, area-weighted
     double angle_max = 0.0;      ///< degrees
     double conformal_mean = 1.0; ///< ratio of the singular values, >= 1, area-weighted
-    double area_mean = 1.0;      ///< ratio of area shares in texels and in space, or its inverse
+    double area_mean = 1.0; ///< ratio of a triangle's shares of both areas, or its inverse if < 1
     double area_max = 1.0;
 };
 

@@ -1,4 +1,4 @@
-/// Holds a measured layout against what an unwrap promises.
+/// Checks a measured layout against the guarantees of an unwrap.
 #pragma once
 
 #include "measure/measure.h"
@@ -9,29 +9,29 @@
 
 namespace measure {
 
-/// What is promised. Tolerances are in docs/measures.md.
+/// The guarantees. Tolerances: docs/measures.md.
 struct Promise {
-    double gutter = 2.0;       ///< least gap between charts, texels
-    double max_stretch = 0.15; ///< largest share of sampling rate lost by a chart, 0..1
+    double gutter = 2.0;       ///< minimum gap between charts, texels
+    double max_stretch = 0.15; ///< maximum fraction of the sampling rate a chart loses, 0..1
 };
 
-/// One broken guarantee.
+/// A violated guarantee.
 struct Breach {
-    const char* name;               ///< key for programs: "flipped", "gap", ...
-    std::string sentence;           ///< for a person, without a full stop
+    const char* name;               ///< machine-readable key: "flipped", "gap", ...
+    std::string sentence;           ///< message, without a full stop
     std::vector<uint32_t> polygons; ///< ascending
 };
 
-/// Charts over the stretch limit, and whether that is allowed: a chart of one polygon may be over
-/// the limit, since it cannot be divided.
+/// Polygons of charts over the stretch limit. A chart of a single polygon is allowed to exceed it,
+/// since it cannot be cut further.
 struct OverLimit {
-    std::vector<uint32_t> allowed; ///< polygons, ascending
-    std::vector<uint32_t> broken;  ///< polygons, ascending
+    std::vector<uint32_t> allowed; ///< polygons that are charts by themselves, ascending
+    std::vector<uint32_t> broken;  ///< all other polygons over the limit, ascending
 };
 
 OverLimit find_over_limit(const Layout& layout, const Measures& measures, double max_stretch);
 
-/// Empty: everything promised holds.
+/// Returns the violated guarantees; empty if all hold.
 std::vector<Breach> verify(const Layout& layout, const Measures& measures, const Promise& promise);
 
 } // namespace measure

@@ -5,7 +5,7 @@
 #include "app/line_buffer.h"
 #include "app/session_setup.h"
 #include "host/commands/session.h"
-#include "host/view/picture.h"
+#include "host/view/pixels.h"
 
 #include <GLFW/glfw3.h>
 #include <algorithm>
@@ -150,7 +150,7 @@ void Application::run_statements(const std::string& statements) {
     set_title();
 }
 
-/// What a statement did, for those who did not type it.
+/// Status line text after a statement: what was undone, redone or unwrapped.
 std::string Application::summary(const std::string& statements, size_t map_revision) const {
     std::string words;
     if (statements == "undo;")
@@ -223,7 +223,7 @@ void Application::main_loop() {
             break;
         if (presses_.empty() && !had_press_)
             glfwWaitEventsTimeout(0.25);
-        frame(true); // what an event did may show in the frame after the one that saw it
+        frame(true); // ImGui shows some effects of an event one frame late
     }
 }
 
@@ -236,7 +236,7 @@ bool Application::run() {
     frame(true);
     state_.jobs.run_all();
     is_good_ = is_good_ && !has_failed_;
-    for (int i = 0; i < 4; ++i) // windows find their sizes
+    for (int i = 0; i < 4; ++i) // ImGui needs some frames to settle window sizes
         frame(true);
     after_first_frame();
     return write_screenshot() && is_good_;
@@ -259,7 +259,7 @@ void Application::changed(const host::ProgressState& progress) {
     const bool is_new =
         progress.is_shown != progress_.is_shown || !(progress.status == progress_.status);
     progress_ = progress;
-    // Drawing takes longer than many of the steps that are announced: a fifth of the time at most.
+    // Progress may change faster than a frame is drawn: spend at most a fifth of the time drawing.
     const auto now = Clock::now();
     const auto pause = std::max<Clock::duration>(std::chrono::milliseconds(66), 4 * drawing_time_);
     if (!progress.is_shown || (!is_new && now - last_progress_ < pause))

@@ -1,8 +1,7 @@
-/// The desktop window: one main loop that draws, and between two frames runs what the user asked
-/// for.
+/// The desktop window: a main loop that draws frames and runs the user's statements between them.
 ///
-/// Everything happens on the main thread. A statement that computes for long draws the window from
-/// within the host's progress window, with all controls switched off.
+/// Single-threaded. During a long statement the host's progress callback draws frames, with all
+/// controls disabled.
 #pragma once
 
 #include "host/ui/notices.h"
@@ -25,30 +24,31 @@ struct GLFWwindow;
 namespace window {
 
 struct LaunchOptions {
-    std::string file;                    ///< to open; empty for none
-    int width = 1440, height = 900;      ///< of the window, in pixels
-    std::vector<std::string> statements; ///< to run after the file was opened
-    std::string screenshot;              ///< PNG to write; the window closes after that
-    std::string display;                 ///< a name of k_display_names in lower case, or empty
-    std::string places;                  ///< file that says where things stand
-    bool is_verbose = false;             ///< tell how long the start took
+    std::string file;                    ///< mesh, scene or script to open; empty if none
+    int width = 1440, height = 900;      ///< window size in pixels
+    std::vector<std::string> statements; ///< script statements to run once the file is open
+    std::string screenshot;              ///< PNG to write before closing; empty: stay open
+    std::string display;                 ///< lower-case name from k_display_names, or empty
+    std::string places;                  ///< widget positions are written here (window/places.h)
+    bool is_verbose = false;             ///< print how long startup took
 };
 
 class Application : private host::ProgressListener, private host::NoticeListener {
 public:
-    /// Errors: `error` is a sentence when there is no screen, no OpenGL or no plug-in.
+    /// Errors: sets `error` to a sentence if there is no screen, no OpenGL or no plug-in.
     explicit Application(const LaunchOptions& options, std::string& error);
     virtual ~Application();
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-    /// Until the user quits. False if a statement, the file or the screenshot failed.
+    /// Runs until the user quits. Returns false if opening the file, a statement given at launch
+    /// or the screenshot failed.
     bool run();
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    // application.cpp: life and jobs
+    // application.cpp: construction, main loop, statements
     bool open_window(std::string& error);
     bool write_screenshot();
     void start();
@@ -58,7 +58,7 @@ private:
     void after_first_frame();
     void set_title();
 
-    // frame.cpp: one frame
+    // frame.cpp: drawing one frame, keyboard, modal questions
     void frame(bool is_live);
     void draw_everything(bool is_live);
     void draw_areas(bool is_live);
@@ -74,7 +74,7 @@ private:
     std::string ask(const std::string& title, const std::string& message,
                     const std::vector<std::string>& buttons, const std::string& preferred);
 
-    // files.cpp: scenes
+    // files.cpp: opening, saving, exporting, dropped files
     void open_file(bool import);
     void save(bool as_new);
     void export_mesh();
@@ -82,7 +82,7 @@ private:
     bool may_discard();
     void dropped(const std::vector<std::string>& files);
 
-    // What the host tells in the middle of a statement.
+    // Called by the host while a statement runs.
     void changed(const host::ProgressState& progress) override;
     bool is_cancelled() override { return false; }
     bool show(const char* caption, const char* text) override;
@@ -90,7 +90,7 @@ private:
     LaunchOptions options_;
     Clock::time_point begin_ = Clock::now();
     GLFWwindow* window_ = nullptr;
-    std::unique_ptr<std::streambuf> error_lines_; ///< passes std::cerr on to the console
+    std::unique_ptr<std::streambuf> error_lines_; ///< forwards std::cerr to the console
     std::streambuf* error_stream_ = nullptr;
     State state_;
     Dialogs dialogs_;
@@ -101,34 +101,34 @@ private:
     std::unique_ptr<UvPanel> uvs_;
     host::ProgressState progress_;
     Clock::time_point last_progress_;
-    Clock::duration drawing_time_{}; ///< of the last frame in the middle of a statement
+    Clock::duration drawing_time_{}; ///< of the last frame drawn while a statement ran
     bool is_in_frame_ = false;
-    /// Keys that went down, with what was held beside them, one for each frame: a short press that
-    /// begins and ends between two frames counts too.
+    /// Key presses with their modifiers, fed to ImGui one per frame, so that a press and release
+    /// between two frames is not missed.
     struct KeyPress {
         int key, modifiers;
     };
     std::vector<KeyPress> presses_;
-    bool had_press_ = false;    ///< the last frame had one, so this one must see it released
-    bool is_alt_alone_ = false; ///< Alt went down, and nothing was pressed with it so far
-    bool opens_menu_ = false;   ///< in the next frame
+    bool had_press_ = false;    ///< the last frame saw a press, so this one must see the release
+    bool is_alt_alone_ = false; ///< Alt is down and nothing else was pressed since
+    bool opens_menu_ = false;   ///< open the first menu in the next frame
     void note_alt(int key, int action);
     void put_press();
     void take_keys_as_they_are();
-    /// A question that waits for its answer, in the middle of whatever asked it.
+    /// A modal question; `ask` draws frames until it is answered.
     struct Question {
         std::string title, message, preferred;
         std::vector<std::string> buttons;
     };
     const Question* question_ = nullptr;
     std::string answer_;
-    Action action_ = Action::none;             ///< of this frame
-    std::vector<std::function<void()>> later_; ///< what must not happen inside a frame
+    Action action_ = Action::none;             ///< requested in this frame
+    std::vector<std::function<void()>> later_; ///< calls postponed to the end of the frame
     bool shows_help_ = false;
     bool focuses_uvs_ = false, focuses_panels_ = false;
     bool ends_ = false;
     bool is_good_ = true;
-    bool has_failed_ = false; ///< the last statement did
+    bool has_failed_ = false; ///< the last statement failed
 };
 
 } // namespace window

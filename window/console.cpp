@@ -14,7 +14,7 @@ void Console::add(Kind kind, const std::string& text) {
         }
         lines_.push_back({kind, line});
         line.clear();
-        if (lines_.size() > k_most_lines)
+        if (lines_.size() > k_max_lines)
             lines_.pop_front();
         ++revision_;
     }

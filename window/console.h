@@ -1,7 +1,7 @@
-/// The script console's memory: what was said and what was typed.
+/// The script console's log and input history.
 ///
-/// Everything said also goes to the process's standard streams, as in the other ways to run the
-/// program, so that a terminal or a log holds it too.
+/// Output is also written to the process's standard streams, so that a terminal or log file
+/// captures it as it does for the other commands of the program.
 #pragma once
 
 #include "host/script/interpreter.h"
@@ -25,49 +25,48 @@ public:
     void print(const std::string& text) override;
     void warning(const std::string& text) override;
     void error(const std::string& text) override;
-    /// What the user typed, and what came of it.
+    /// Adds the statements that the user typed, and their result, to the log.
     void echo(const std::string& statements);
     void result(const std::string& text);
 
-    /// The newest k_most_lines lines, oldest first.
+    /// The newest k_max_lines lines, oldest first.
     const std::deque<Line>& lines() const { return lines_; }
-    /// Counts up with every line, so that a view knows when to scroll.
+    /// Increases with every line added, so that a view knows when to scroll.
     size_t revision() const { return revision_; }
-    /// The newest line of a kind that is a result, a warning or an error, of those that came after
-    /// a revision; null if there is none.
+    /// The newest result, warning or error added after revision `since`; null if none.
     const Line* last(size_t since = 0) const;
     void clear();
     bool echoes_to_streams = true;
 
-    // Typed statements: up and down walk through them as in a shell.
+    // Input history, navigated with the up and down keys as in a shell.
     void remember(const std::string& statements);
-    /// The statements before (or after, with forward) those shown; `draft` is what stands in the
-    /// field and comes back at the newer end. Empty changes nothing.
+    /// Steps to the previous (`forward`: next) history entry and returns it. `draft` is the text in
+    /// the input field; it is returned again when stepping past the newest entry.
     std::string recall(bool forward, const std::string& draft);
     const std::vector<std::string>& history() const { return history_; }
 
-    static constexpr size_t k_most_lines = 5000;
+    static constexpr size_t k_max_lines = 5000;
 
 private:
     void add(Kind kind, const std::string& text);
 
-    /// The error stream as it was first: somebody may lead std::cerr to this console.
+    /// Writes to std::cerr's original buffer; std::cerr itself may be redirected to this console.
     std::ostream errors_{std::cerr.rdbuf()};
 
     std::deque<Line> lines_;
     std::string unfinished_; ///< printed without a line end so far
     size_t revision_ = 0;
     std::vector<std::string> history_;
-    size_t place_ = 0; ///< in history_; its size: at the draft
+    size_t place_ = 0; ///< index into history_; history_.size() stands for the draft
     std::string draft_;
 };
 
-/// What a line says to somebody who looks at menus and buttons: without the marks of a comment, and
-/// without the place in a statement that the window itself has written.
+/// A line for the status bar: without "// Error: " and the like, and without "window:LINE:COLUMN:",
+/// which points into a statement that the window generated.
 std::string plain_words(const Console::Line& line);
 
-/// Names that continue the word at the end of `text`, and what they all continue it with.
-/// "poly" -> polyCube, polySphere ...; `$` begins a variable.
+/// Command names (after `$`: variable names) that complete the word at the end of `text`. `common`
+/// receives the characters that all of them add: "polyC" -> polyCube, polyCylinder, `common` empty.
 std::vector<std::string> completions(const host::script::Interpreter& interpreter,
                                      const std::string& text, std::string& common);
 

@@ -38,10 +38,10 @@ std::string text_of(double value) {
 
 } // namespace
 
-/// What becomes of a value that may be edited in more than one item.
+/// Edit state of one value shown in several ImGui items, such as a field and a slider.
 struct Dialogs::Editing {
     bool is_active = false, is_done = false;
-    /// Asked after each item.
+    /// Call after drawing each item.
     void note() {
         is_active = is_active || ImGui::IsItemActive();
         is_done = is_done || ImGui::IsItemDeactivatedAfterEdit();
@@ -61,7 +61,7 @@ void Dialogs::label(const UiControl& control) {
     ImGui::SameLine(0.0f, 10.0f);
 }
 
-/// The number as a field; whether it is being edited, and whether that has just ended.
+/// Draws the number as a text field if the control has one, and updates `editing`.
 template <class DrawField>
 void Dialogs::draw_field(const UiControl& control, Editing& editing, DrawField draw) {
     if (!truth(control, "field", false))
@@ -165,7 +165,7 @@ void Dialogs::draw_button(const UiControl& control, float width) {
 void Dialogs::draw_row(const UiControl& row) {
     const auto count = static_cast<float>(std::max<size_t>(1, row.children.size()));
     const float gap = ImGui::GetStyle().ItemSpacing.x;
-    // Buttons are as wide as their words need, and share what is left.
+    // Each button gets the width of its label plus an equal share of the remaining space.
     float words = 0.0f;
     for (const auto& child : row.children)
         words += ImGui::CalcTextSize(child->text("label").c_str()).x;
@@ -247,7 +247,7 @@ void Dialogs::draw_window(const UiControl& window) {
                      ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_AlwaysAutoResize |
                          ImGuiWindowFlags_NoSavedSettings)) {
         const float top = ImGui::GetCursorPosY();
-        ImGui::Dummy({size.x - 20.0f, 0.0f}); // as wide as the script asked for
+        ImGui::Dummy({size.x - 20.0f, 0.0f}); // enforces the width that the script set
         ImGui::SetCursorPosY(top);
         const ImVec2 at = ImGui::GetWindowPos(), now = ImGui::GetWindowSize();
         state_->places.add("dialog/" + window.name, at.x, at.y, now.x, now.y);

@@ -1,5 +1,5 @@
-/// Shows the dialogs that scripts build (host/view/ui_model.h). What the user does becomes the same
-/// statements that a script would drive them with, uiSet and uiPress.
+/// Shows the dialogs that scripts build (host/view/ui_model.h). User input becomes the statements
+/// uiSet and uiPress, with which a script would operate the dialog.
 #pragma once
 
 #include "host/commands/ui_model.h"
@@ -12,7 +12,7 @@ namespace window {
 
 class Dialogs {
 public:
-    /// Draws every window that is shown. The model is only read.
+    /// Draws every shown window of the model, disabled unless `is_live`.
     void draw(State& state, const host::UiModel& model, bool is_live);
 
 private:
@@ -33,11 +33,11 @@ private:
     void set(const host::UiControl& control, const std::string& value);
 
     State* state_ = nullptr;
-    /// Values that are being edited and not handed over yet, by control.
+    /// Values being edited and not yet written to the model, by control name.
     std::map<std::string, float> reals_;
     std::map<std::string, int> integers_;
     std::map<std::string, std::string> texts_;
-    std::map<std::string, bool> seen_; ///< windows that were shown in the last frame
+    std::map<std::string, bool> seen_; ///< windows shown in the last frame
 };
 
 } // namespace window

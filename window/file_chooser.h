@@ -1,4 +1,4 @@
-/// Asks for a file: a folder's content to walk through, and a field for the path. Mouse or keys.
+/// A modal file dialog: a folder listing and a path field, usable by mouse or keyboard.
 #pragma once
 
 #include "window/state.h"
@@ -11,8 +11,8 @@ namespace window {
 
 class FileChooser {
 public:
-    /// `path`: where to begin. `extensions`: lower case, with dots; folders are always shown.
-    /// `done` gets the path that was chosen.
+    /// Opens the dialog at `path`. `extensions`: lower case with dot; only these files and folders
+    /// are listed. Calls `done` with the chosen path; not called on cancel.
     void ask(const std::string& title, const std::string& button, const std::string& path,
              std::vector<std::string> extensions, std::function<void(const std::string&)> done);
     void draw(State& state);

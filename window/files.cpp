@@ -1,4 +1,4 @@
-// Scenes and meshes in files, as the window opens and saves them.
+// Opening, importing, saving and exporting from the window, and files dropped on it.
 #include "host/script/value.h"
 #include "window/application.h"
 
@@ -78,7 +78,7 @@ bool Application::may_discard() {
 }
 
 void Application::dropped(const std::vector<std::string>& files) {
-    // Nothing is asked, so nothing that was not saved may go.
+    // A drop asks no question, so it must never discard unsaved changes.
     const bool replaces = !state_.subject.shape && !state_.is_modified;
     std::vector<std::string> refused;
     for (const std::string& statement : statements_for_drop(files, replaces, refused))

@@ -1,4 +1,4 @@
-// One frame of the window.
+// Drawing one frame of the window, and the keyboard, actions and questions handled around it.
 #include "host/commands/session.h"
 #include "host/ui/panels.h"
 #include "window/application.h"
@@ -19,7 +19,7 @@ constexpr ImGuiWindowFlags k_area = ImGuiWindowFlags_NoDecoration | ImGuiWindowF
                                     ImGuiWindowFlags_NoSavedSettings |
                                     ImGuiWindowFlags_NoBringToFrontOnFocus;
 
-/// Opens a fixed part of the window.
+/// Begins an ImGui window that fills a fixed, undecorated rectangle; end it with ImGui::End.
 void begin_area(const char* name, float left, float top, float width, float height,
                 bool has_padding, ImGuiWindowFlags more = 0) {
     ImGui::SetNextWindowPos({left, top});
@@ -34,7 +34,7 @@ void begin_area(const char* name, float left, float top, float width, float heig
 
 } // namespace
 
-/// Alt alone leads to the menus, when it goes up again.
+/// Alt pressed and released without another key opens the first menu.
 void Application::note_alt(int key, int action) {
     const bool is_alt = key == GLFW_KEY_LEFT_ALT || key == GLFW_KEY_RIGHT_ALT;
     if (action == GLFW_PRESS)
@@ -55,7 +55,7 @@ void Application::put_press() {
     presses_.erase(presses_.begin());
     had_press_ = true;
     io.KeysDown[press.key] = true;
-    // Enter presses the button or the menu item that has the focus, as Space does.
+    // ImGui activates the focused item on Space only; make Enter do the same.
     if ((press.key == GLFW_KEY_ENTER || press.key == GLFW_KEY_KP_ENTER) && !io.WantTextInput)
         io.NavInputs[ImGuiNavInput_Activate] = 1.0f;
     io.KeyCtrl = (press.modifiers & GLFW_MOD_CONTROL) != 0;
@@ -266,7 +266,7 @@ void Application::draw_question() {
         if (button == question_->preferred)
             ImGui::SetItemDefaultFocus();
     }
-    // Enter presses the button with the focus; after a use of the mouse none shows one.
+    // ImGui hides the keyboard focus after mouse use; Enter then means the preferred button.
     const bool is_entered =
         ImGui::IsKeyPressed(GLFW_KEY_ENTER, false) || ImGui::IsKeyPressed(GLFW_KEY_KP_ENTER, false);
     if (ImGui::IsKeyPressed(GLFW_KEY_ESCAPE, false) ||
@@ -281,7 +281,7 @@ std::string Application::ask(const std::string& title, const std::string& messag
                              const std::vector<std::string>& buttons,
                              const std::string& preferred) {
     if (is_in_frame_ || question_ || !options_.screenshot.empty())
-        return preferred; // nobody can answer now
+        return preferred; // no further frame can be drawn to ask in
     const Question question{title, message, preferred, buttons};
     question_ = &question;
     answer_.clear();
@@ -291,7 +291,7 @@ std::string Application::ask(const std::string& title, const std::string& messag
             glfwWaitEventsTimeout(0.1);
     }
     question_ = nullptr;
-    frame(false); // without the question, before work goes on
+    frame(false); // removes the question from the screen before the statement continues
     return answer_.empty() ? preferred : answer_;
 }
 
@@ -304,7 +304,7 @@ void Application::step_chart(int by) {
     state_.hovered = k_none;
 }
 
-/// Keys that mean something wherever the focus is.
+/// Shortcuts that work in every panel: panel numbers and Escape.
 void Application::take_common_keys() {
     const ImGuiIO& io = ImGui::GetIO();
     if (!io.WantTextInput && !io.KeyCtrl)
@@ -338,7 +338,7 @@ void Application::perform(Action action) {
     }
 }
 
-/// Actions that change only the view and the keyboard focus.
+/// Actions that change only the view and the keyboard focus, never the scene.
 void Application::change_view(Action action) {
     switch (action) {
     case Action::frame_all:

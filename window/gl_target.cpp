@@ -31,9 +31,9 @@ bool GlTarget::resize(int width, int height) {
     release();
     width_ = width;
     height_ = height;
-    GLint most = 0;
-    glGetIntegerv(GL_MAX_SAMPLES, &most);
-    samples_ = std::min(k_samples, static_cast<int>(most));
+    GLint max_samples = 0;
+    glGetIntegerv(GL_MAX_SAMPLES, &max_samples);
+    samples_ = std::min(k_samples, static_cast<int>(max_samples));
 
     glGenTextures(1, &texture_);
     glBindTexture(GL_TEXTURE_2D, texture_);
@@ -64,7 +64,7 @@ bool GlTarget::resize(int width, int height) {
 void GlTarget::bind() { glBindFramebuffer(GL_FRAMEBUFFER, smooth_frame_); }
 
 void GlTarget::unbind() {
-    glDisable(GL_SCISSOR_TEST); // it would clip the copy as well
+    glDisable(GL_SCISSOR_TEST); // it applies to blits as well
     glBindFramebuffer(GL_READ_FRAMEBUFFER, smooth_frame_);
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, frame_);
     glBlitFramebuffer(0, 0, width_, height_, 0, 0, width_, height_, GL_COLOR_BUFFER_BIT,

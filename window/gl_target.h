@@ -1,5 +1,5 @@
-/// A picture that OpenGL draws into and that the window shows: kept between frames, so that a panel
-/// is drawn again only when something in it changed.
+/// An offscreen render target shown as a texture. It persists between frames, so that a panel is
+/// redrawn only when its content changes.
 ///
 /// Needs a current compatibility context with framebuffer objects (OpenGL 3.0) while it lives.
 #pragma once
@@ -15,12 +15,12 @@ public:
     GlTarget(const GlTarget&) = delete;
     GlTarget& operator=(const GlTarget&) = delete;
 
-    /// In pixels. True when the size changed; what was drawn is lost then.
+    /// Size in pixels. Returns true if it changed; the content is then undefined.
     bool resize(int width, int height);
     int width() const { return width_; }
     int height() const { return height_; }
 
-    /// Draws go here from now on, until `unbind`, which also smooths the edges of what was drawn.
+    /// Directs drawing here until `unbind`, which also resolves the samples into the texture.
     void bind();
     void unbind();
     GLuint texture() const { return texture_; }
@@ -30,7 +30,7 @@ private:
     int width_ = 0, height_ = 0;
     int samples_ = 0;
     GLuint texture_ = 0;
-    GLuint frame_ = 0, smooth_frame_ = 0; ///< what is shown; what is drawn into
+    GLuint frame_ = 0, smooth_frame_ = 0; ///< resolved; multisampled
     GLuint colour_ = 0, depth_ = 0;
 };
 

@@ -1,8 +1,8 @@
-/// Statements that wait for their turn, and the promise that none starts inside another.
+/// Queue of script statements; guarantees that no statement starts while another runs.
 ///
-/// The window never runs anything while it draws: menus, buttons and fields put statements here,
-/// and the main loop runs them between two frames. While one runs, the window may draw itself again
-/// (the progress window asks for it), and whatever the user does then waits or is refused.
+/// The window never runs statements while it draws: menus, buttons and fields enqueue them here,
+/// and the main loop runs them between frames. A running statement may cause further frames (to
+/// show its progress); statements enqueued from those are refused.
 #pragma once
 
 #include <deque>
@@ -13,19 +13,17 @@ namespace window {
 
 class Jobs {
 public:
-    /// Runs one text; gives its result to the user itself.
+    /// Runs one entry and reports its result to the user.
     using Run = std::function<void(const std::string& statements)>;
 
     explicit Jobs(Run run) : run_(std::move(run)) {}
 
-    /// Puts statements at the end of the queue. While a job runs they are refused (false): what is
-    /// evaluated must not be changed under its hands.
+    /// Appends statements to the queue. Refused (returns false) while a job runs: the scene must
+    /// not change during an evaluation.
     bool add(const std::string& statements);
-    /// Runs everything that waits, in order. Refused
-    /// (false) from inside a job.
+    /// Runs all entries in order. Refused (returns false) from inside a job.
     bool run_all();
 
-    bool is_running() const { return is_running_; }
     bool is_empty() const { return waiting_.empty(); }
 
 private:

@@ -8,7 +8,7 @@ namespace window {
 namespace {
 
 constexpr double k_checker_texels = 16.0; // side of one square
-constexpr double k_least_grid = 7.0;      // pixels between grid lines
+constexpr double k_min_grid_pixels = 7.0; // between grid lines
 constexpr uint32_t k_white = 0xFFFFFFFF;
 
 void set_colour(const ImVec4& c, float alpha) { glColor4f(c.x, c.y, c.z, alpha); }
@@ -22,10 +22,10 @@ void quad(double left, double bottom, double right, double top) {
     glEnd();
 }
 
-/// The plain state that everything here starts from; what was before comes back at the end.
-class Saved {
+/// Saves all OpenGL state and matrices, unbinds buffers, and restores everything on destruction.
+class SavedGlState {
 public:
-    Saved() {
+    SavedGlState() {
         glPushAttrib(GL_ALL_ATTRIB_BITS);
         glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
         glMatrixMode(GL_TEXTURE);
@@ -37,7 +37,7 @@ public:
         glBindBuffer(GL_ARRAY_BUFFER, 0);
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     }
-    ~Saved() {
+    ~SavedGlState() {
         glMatrixMode(GL_TEXTURE);
         glPopMatrix();
         glMatrixMode(GL_PROJECTION);
@@ -47,8 +47,8 @@ public:
         glPopClientAttrib();
         glPopAttrib();
     }
-    Saved(const Saved&) = delete;
-    Saved& operator=(const Saved&) = delete;
+    SavedGlState(const SavedGlState&) = delete;
+    SavedGlState& operator=(const SavedGlState&) = delete;
 };
 
 } // namespace
@@ -58,7 +58,7 @@ MapPaint::~MapPaint() {
         glDeleteTextures(1, &checker_);
 }
 
-void MapPaint::take(const State& state) {
+void MapPaint::update_arrays(const State& state) {
     if (checker_ == 0) {
         const GLubyte texels[] = {255, 150, 150, 255};
         glGenTextures(1, &checker_);
@@ -74,20 +74,20 @@ void MapPaint::take(const State& state) {
         return;
     revision_ = state.map_revision;
     display_ = state.display;
-    plain_chart_ = k_none;
+    white_chart_ = k_none;
     colours_ = corner_colours(state.map, state.display);
 }
 
-void MapPaint::leave_plain(const State& state, uint32_t chart) {
-    if (plain_chart_ == chart)
+void MapPaint::set_white_chart(const State& state, uint32_t chart) {
+    if (white_chart_ == chart)
         return;
     for (uint32_t t = 0; t < state.map.triangle_count(); ++t) {
         const uint32_t own = state.map.triangle_chart()[t];
-        if (own != k_none && (own == chart || own == plain_chart_))
+        if (own != k_none && (own == chart || own == white_chart_))
             std::fill_n(colours_.begin() + 3 * t, 3,
                         own == chart ? k_white : triangle_colour(state.map, t, state.display));
     }
-    plain_chart_ = chart;
+    white_chart_ = chart;
 }
 
 void MapPaint::paint_triangles(const State& state, const float* places, int dimensions) {
@@ -121,7 +121,7 @@ void MapPaint::paint_triangles(const State& state, const float* places, int dime
 void MapPaint::paint_gutter(const State& state, const UvView& view) const {
     const double texel = view.pixels_per_side() /
                          std::max(state.subject.texture.width, state.subject.texture.height);
-    const double wide = state.subject.gutter * texel; // half of it on either side of the outline
+    const double wide = state.subject.gutter * texel; // line width; half falls inside the chart
     if (wide < 1.0 || state.map.outline().empty())
         return;
     glLineWidth(static_cast<GLfloat>(std::min(wide, 250.0)));
@@ -145,7 +145,7 @@ void MapPaint::paint_grid(const State& state, const UvView& view) const {
     view.to_uv(0.0, view.height(), low[0], low[1]);
     view.to_uv(view.width(), 0.0, high[0], high[1]);
     const double texels[2] = {state.subject.texture.width, state.subject.texture.height};
-    const int step = view.grid_step(state.subject.texture, k_least_grid);
+    const int step = view.grid_step(state.subject.texture, k_min_grid_pixels);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glLineWidth(1.0f);
@@ -203,8 +203,8 @@ void MapPaint::paint_lit(const State& state) const {
 }
 
 void MapPaint::paint_texture(const State& state, const UvView& view, bool has_grid) {
-    const Saved saved;
-    take(state);
+    const SavedGlState saved;
+    update_arrays(state);
     glViewport(0, 0, static_cast<GLsizei>(view.width()), static_cast<GLsizei>(view.height()));
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_SCISSOR_TEST);
@@ -241,17 +241,18 @@ void MapPaint::paint_texture(const State& state, const UvView& view, bool has_gr
 void MapPaint::paint_mesh(const State& state, const MMatrix& to_world) {
     if (state.display == Display::plain || state.map.charts().empty())
         return;
-    const Saved saved;
-    take(state);
+    const SavedGlState saved;
+    update_arrays(state);
     glMultMatrixd(&to_world.matrix[0][0]);
     glDisable(GL_LIGHTING);
     glDepthMask(GL_FALSE);
     glEnable(GL_BLEND);
     glBlendFunc(GL_DST_COLOR, GL_ZERO);
-    // Before the surface, behind the lines on it.
+    // Depth between the mesh's faces and the wireframe lines drawn on them.
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(1.5f, 1.5f);
-    leave_plain(state, state.lit()); // which the host lights up: that colour is to stay as it is
+    // The host highlights this chart; multiplying by white keeps its highlight colour.
+    set_white_chart(state, state.lit());
     paint_triangles(state, state.map.points().data(), 3);
 }
 

@@ -1,7 +1,7 @@
-/// Draws a UV map with OpenGL: flat, as the texture sees it, and on the mesh.
+/// Draws a UV map with OpenGL: in the plane of the texture, and as colours on the mesh.
 ///
-/// Needs a current compatibility context. Arrays are made again only when the map or the display
-/// changed.
+/// Needs a current compatibility context. Colour arrays are rebuilt only when the map or the
+/// display mode changes.
 #pragma once
 
 #include "window/state.h"
@@ -17,15 +17,15 @@ class MapPaint {
 public:
     ~MapPaint();
 
-    /// The texture from edge to edge of the viewport, which is as large as the view.
+    /// Draws the part of the texture that `view` shows, filling a viewport of the view's size.
     void paint_texture(const State& state, const UvView& view, bool has_grid);
-    /// Tints the surface that was drawn before: colours multiply, so that its light stays.
-    /// Expects the camera's matrices; leaves them, and all other state, as they were.
+    /// Tints the mesh already drawn, multiplying colours so that its shading stays visible.
+    /// Expects the camera's matrices; restores all OpenGL state.
     void paint_mesh(const State& state, const MMatrix& to_world);
 
 private:
-    void take(const State& state);
-    void leave_plain(const State& state, uint32_t chart);
+    void update_arrays(const State& state);
+    void set_white_chart(const State& state, uint32_t chart);
     void paint_triangles(const State& state, const float* places, int dimensions);
     void paint_gutter(const State& state, const UvView& view) const;
     void paint_grid(const State& state, const UvView& view) const;
@@ -35,7 +35,7 @@ private:
     size_t revision_ = 0;
     Display display_ = Display::plain;
     std::vector<uint32_t> colours_;
-    uint32_t plain_chart_ = k_none; ///< the one that is white in colours_
+    uint32_t white_chart_ = k_none; ///< the chart set to white in colours_
     GLuint checker_ = 0;
 };
 

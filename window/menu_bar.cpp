@@ -8,9 +8,9 @@
 namespace window {
 namespace {
 
-/// One of the window's own items: an action or a statement.
+/// One of the window's own menu items; performs an action or runs a statement.
 struct Item {
-    const char* label; ///< null: a line
+    const char* label; ///< null: a separator
     const char* keys;
     Action action;
     const char* statement;

@@ -1,5 +1,5 @@
-/// The menu bar: the window's own items, and behind them those of the host's menu model, where
-/// plug-ins add theirs.
+/// The menu bar: the window's own items, followed by those that plug-ins and scripts added to the
+/// host's menu model.
 #pragma once
 
 #include "window/state.h"
@@ -8,7 +8,7 @@
 
 namespace window {
 
-/// What a menu item or a shortcut asks of the window itself; everything else is a statement.
+/// What a menu item or shortcut can ask of the window itself; all other items run statements.
 enum class Action {
     none,
     new_scene,
@@ -30,14 +30,14 @@ enum class Action {
     help
 };
 
-/// Draws the bar; gives what was picked. `opens`: the first menu, for the keyboard to go on from.
+/// Draws the bar and returns the picked action. `opens`: open the first menu for keyboard use.
 Action draw_menu_bar(State& state, bool is_live, bool opens);
 
-/// The shortcut pressed in this frame. Not asked while a text field has the keyboard, except for
-/// those with Ctrl.
+/// The action whose shortcut was pressed in this frame; runs shortcuts that stand for statements.
+/// Ignores keys without Ctrl while a text field has the focus, function keys excepted.
 Action pressed_action(State& state);
 
-/// All shortcuts, as lines of key and meaning.
+/// One line of the keyboard help; an empty meaning marks a heading.
 struct Shortcut {
     const char* keys;
     const char* meaning;

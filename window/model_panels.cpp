@@ -30,9 +30,9 @@ Ray ray_at(host::GlPanels& panels, int panel, double x, double y, const MMatrix&
 } // namespace
 
 ModelPanels::ModelPanels(State& state) : state_(state), panels_(*this) {
-    // Registered before any plug-in, so that plug-ins draw on top.
+    // Registered before plug-ins are loaded, so that their overlays draw on top of the tint.
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
-        panels_.style(panel).has_name = false; // the window has a font for it
+        panels_.style(panel).has_name = false; // drawn with the window's font instead
         callbacks_.push_back(host::graph::Callbacks::current().add_post_render(
             host::panel_name(panel).asChar(), [this](const std::string&) { tint(); }));
     }
@@ -169,7 +169,7 @@ void ModelPanels::hover(int panel, double x, double y) {
         if (shape.node != state_.subject.shape.get())
             continue;
         const uint32_t hit =
-            state_.made_picker().first_hit(ray_at(panels_, panel, x, y, shape.to_world));
+            state_.mesh_picker().first_hit(ray_at(panels_, panel, x, y, shape.to_world));
         if (hit != k_none)
             state_.hovered = state_.map.triangle_chart()[hit];
     }
@@ -186,7 +186,7 @@ void ModelPanels::select(int panel, double x, double y, bool adds) {
         const bool is_subject = shape.node == state_.subject.shape.get();
         const UvMap other =
             is_subject ? UvMap() : UvMap(*shape.node->mesh(), -1, state_.subject.texture);
-        const uint32_t hit = is_subject ? state_.made_picker().first_hit(ray, &here)
+        const uint32_t hit = is_subject ? state_.mesh_picker().first_hit(ray, &here)
                                         : MeshPicker(other.points()).first_hit(ray, &here);
         if (hit == k_none || (!nearest.empty() && here >= distance))
             continue;
@@ -286,7 +286,7 @@ void ModelPanels::draw_name(int panel, float left, float top) const {
     list->AddText(at, IM_COL32(30, 33, 38, 255), name.c_str());
 }
 
-/// Names, the border of the active panel, and what to do as long as there is nothing to see.
+/// Draws panel names, the border of the active panel, and a hint while the scene has no mesh.
 void ModelPanels::draw_over(float left, float top) {
     ImDrawList* list = ImGui::GetWindowDrawList();
     for (int panel = 0; panel < host::k_panel_count; ++panel) {

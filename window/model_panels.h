@@ -1,10 +1,10 @@
-/// The four model panels in the window: drawn by the host's renderer into one picture that is kept,
-/// moved by mouse and keys, and aware of the chart under the pointer.
+/// The four model panels: drawn by the host's renderer into one render target, with camera control,
+/// selection, and highlighting of the chart under the pointer.
 ///
-/// Mouse: a click selects (with Shift or Ctrl one more); left drag (or Alt and left) turns, middle
-/// drag (or Shift and left) moves, right drag and the wheel zoom. Keys act on the panel that was
-/// used last: arrows turn or move, Shift and arrows move, + and - zoom, F frames the selection, A
-/// everything, Space shows one panel alone or all four.
+/// Mouse: click selects (Shift or Ctrl adds to the selection); left drag orbits, middle drag or
+/// Shift+left drag pans, right drag and wheel zoom. Keys act on the active panel: arrows orbit (pan
+/// in orthographic views), Shift+arrows pan, + and - zoom, F frames the selection, A frames
+/// everything, Space toggles between one panel and four.
 #pragma once
 
 #include "host/graph/callbacks.h"
@@ -22,16 +22,13 @@ public:
 
     void draw(bool is_live);
     void frame_all();
-    /// Shows one panel alone, or all four again.
+    /// Toggles between the active panel alone and all four.
     void toggle_alone();
+    /// Makes a panel the active one and focuses it.
     void choose(int panel);
     int active() const;
-    /// Draws everything again at the next frame.
-    void invalidate() { wants_paint_ = true; }
-    bool has_focus() const { return has_focus_; }
-    /// Called when somebody in the middle of a computation wants to see the panels drawn.
+    /// Called after the host asked for an immediate redraw, to bring it to the screen.
     std::function<void()> on_redraw;
-    host::GlPanels& panels() { return panels_; }
 
 private:
     bool make_current() override;
@@ -43,7 +40,7 @@ private:
     void react(float left, float top);
     void drag(int panel, float dx, float dy);
     void hover(int panel, double x, double y);
-    /// Selects what is under the pointer; with `adds`, besides what is selected already.
+    /// Selects the nearest mesh under the pointer; `adds` keeps the present selection.
     void select(int panel, double x, double y, bool adds);
     void keys();
     void light();
@@ -60,10 +57,10 @@ private:
     std::vector<host::graph::CallbackId> callbacks_;
     bool is_alone_ = false;
     bool has_focus_ = false;
-    bool is_over_ = false; ///< the pointer
+    bool is_over_ = false; ///< the pointer is over the panels
     bool wants_paint_ = true;
     bool wants_frame_ = true;
-    int dragged_ = -1;
+    int dragged_ = -1;         ///< panel being dragged in; -1 if none
     float drag_length_ = 0.0f; ///< pixels since the button went down
     uint32_t lit_ = k_none;
     size_t lit_revision_ = 0, scene_revision_ = 0;

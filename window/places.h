@@ -1,9 +1,7 @@
-/// Where things stand in the window, by name: for programs that drive it (tests, screen readers)
-/// and have no eyes.
+/// Widget positions by name, written to a file for programs that operate the window (UI tests).
 ///
-/// The file has one line per thing that was on the screen in the last frame: NAME, left, top,
-/// width, height in pixels of the window, separated by tabs. It is replaced as a whole, and only
-/// when something moved.
+/// The file has one line per widget drawn in the last frame: NAME, left, top, width, height in
+/// window pixels, separated by tabs. It is replaced atomically, and only when a line changed.
 #pragma once
 
 #include <string>
@@ -12,12 +10,12 @@ namespace window {
 
 class Places {
 public:
-    /// Empty: nothing is written.
+    /// `file`: where to write; empty disables writing.
     explicit Places(std::string file = std::string()) : file_(std::move(file)) {}
 
     void begin_frame() { now_.clear(); }
     void add(const std::string& name, float left, float top, float width, float height);
-    /// The item that was drawn last under a name.
+    /// Adds the ImGui item drawn last; also NAME/active and NAME/focused if it is.
     void add_item(const std::string& name);
     void end_frame();
 

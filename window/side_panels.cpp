@@ -13,14 +13,14 @@ namespace {
 
 constexpr ImGuiTableFlags k_table = ImGuiTableFlags_SizingStretchProp;
 
-/// A text cut to a width, with an ellipsis for what is missing.
+/// `text` truncated with an ellipsis to at most `width` pixels.
 std::string fitted(const std::string& text, float width) {
     if (ImGui::CalcTextSize(text.c_str()).x <= width)
         return text;
     size_t length = text.size();
     std::string cut;
     do {
-        while (length > 0 && (text[--length] & 0xC0) == 0x80) // not within a letter
+        while (length > 0 && (text[--length] & 0xC0) == 0x80) // keep UTF-8 sequences whole
             ;
         cut = text.substr(0, length) + "…";
     } while (length > 0 && ImGui::CalcTextSize(cut.c_str()).x > width);
@@ -43,7 +43,7 @@ std::string words(const char* format, Values... values) {
     return text;
 }
 
-/// 69666 -> "69,666".
+/// Formats with thousands separators: 69666 -> "69,666".
 std::string counted(uint32_t number) {
     std::string digits = std::to_string(number);
     for (size_t i = digits.size(); i > 3; i -= 3)
@@ -51,7 +51,8 @@ std::string counted(uint32_t number) {
     return digits;
 }
 
-/// "Texture_Width" -> "Texture width"; "subdivisionsWidth" -> "Subdivisions width".
+/// Attribute name as a label: "Texture_Width" -> "Texture width"; "subdivisionsWidth" ->
+/// "Subdivisions width".
 std::string nice(const std::string& name) {
     std::string text;
     const auto is_capital = [&](size_t i) {
@@ -62,7 +63,7 @@ std::string nice(const std::string& name) {
         if (c == '_')
             text += ' ';
         else if (is_capital(i) && (is_capital(i + 1) || (i > 0 && is_capital(i - 1))))
-            text += c; // an abbreviation
+            text += c; // part of an abbreviation such as UV
         else if (is_capital(i) && !text.empty()) {
             if (text.back() != ' ')
                 text += ' ';
@@ -73,7 +74,7 @@ std::string nice(const std::string& name) {
     return text;
 }
 
-/// Which mesh this is about.
+/// Draws the mesh's name, triangle count and UV set.
 void draw_subject(State& state) {
     const float room = ImGui::GetContentRegionAvail().x;
     const std::string name = state.subject.shape_name(), shown = fitted(name, room);
@@ -90,7 +91,7 @@ void draw_subject(State& state) {
         fitted(counted(state.map.triangle_count()) + " triangles, " + uvs, room).c_str());
 }
 
-/// What is wrong, and the lit chart.
+/// Draws warnings about the layout, and figures of the highlighted chart.
 void draw_remarks(State& state) {
     const UvMap& map = state.map;
     if (map.unmapped() > 0)
@@ -136,14 +137,14 @@ void draw_results(State& state) {
     draw_remarks(state);
 }
 
-/// The value as a field; gives what to set once it was edited.
-std::string AttributePanel::draw_field(const AttributeRow& row) {
-    if (row.kind == AttributeRow::Kind::integer) {
+/// Draws the value as a field and returns it as setAttr takes it.
+std::string AttributePanel::draw_field(const ShownAttribute& row) {
+    if (row.kind == ShownAttribute::Kind::integer) {
         int& value = integers_.emplace(row.plug, static_cast<int>(row.number)).first->second;
         ImGui::InputInt("##value", &value, 0, 0);
         return " " + std::to_string(value);
     }
-    if (row.kind == AttributeRow::Kind::real) {
+    if (row.kind == ShownAttribute::Kind::real) {
         float& value = reals_.emplace(row.plug, static_cast<float>(row.number)).first->second;
         ImGui::InputFloat("##value", &value, 0.0f, 0.0f, "%.4g");
         return words(" %.9g", static_cast<double>(value));
@@ -153,9 +154,9 @@ std::string AttributePanel::draw_field(const AttributeRow& row) {
     return " -type \"string\" " + host::script::quoted(value);
 }
 
-void AttributePanel::draw_value(State& state, const AttributeRow& row) {
+void AttributePanel::draw_value(State& state, const ShownAttribute& row) {
     ImGui::SetNextItemWidth(-1.0f);
-    if (row.kind == AttributeRow::Kind::boolean) {
+    if (row.kind == ShownAttribute::Kind::boolean) {
         bool is_on = row.number != 0.0;
         if (ImGui::Checkbox("##value", &is_on))
             state.run("setAttr " + host::script::quoted(row.plug) + (is_on ? " 1;" : " 0;"));
@@ -174,7 +175,7 @@ void AttributePanel::draw_value(State& state, const AttributeRow& row) {
     }
 }
 
-void AttributePanel::draw_row(State& state, const AttributeRow& row) {
+void AttributePanel::draw_row(State& state, const ShownAttribute& row) {
     ImGui::TableNextRow();
     ImGui::TableNextColumn();
     ImGui::AlignTextToFramePadding();
@@ -230,7 +231,7 @@ void AttributePanel::draw(State& state) {
     if (ImGui::BeginTable("attributes", 2, k_table)) {
         ImGui::TableSetupColumn("name", 0, 0.9f);
         ImGui::TableSetupColumn("value", 0, 1.1f);
-        for (const AttributeRow& row : state.rows)
+        for (const ShownAttribute& row : state.rows)
             draw_row(state, row);
         ImGui::EndTable();
     }
@@ -258,7 +259,7 @@ void ConsolePanel::draw_lines(const Console& console) {
         }
 }
 
-/// What the field asks for while it is edited.
+/// ImGui's callback for completion (Tab) and history (up, down) in the input field.
 struct FieldCallback {
     ConsolePanel* panel;
     State* state;
@@ -302,7 +303,7 @@ void ConsolePanel::draw_field(State& state) {
     state.places.add_item("console/field");
     if (!is_entered)
         return;
-    wants_focus_ = true; // stays where the next statement goes
+    wants_focus_ = true; // ImGui drops the focus on Enter
     if (text_.empty())
         return;
     state.console.remember(text_);

@@ -1,4 +1,4 @@
-/// The panels beside the pictures: what came of the unwrap, the node's attributes, the console.
+/// The text panels: unwrap results, attributes of the unwrap node, script console.
 #pragma once
 
 #include "window/state.h"
@@ -8,32 +8,32 @@
 
 namespace window {
 
-/// Charts, stretch, coverage and the rest as a table of names and values.
+/// Draws the table of results: charts, coverage, stretch.
 void draw_results(State& state);
 
-/// Attributes of the node in the mesh's history; a change is a setAttr.
+/// Attributes of the unwrap node as editable fields; each edit runs a setAttr.
 class AttributePanel {
 public:
     void draw(State& state);
-    /// Tab and the arrows go through the attributes from the next frame on.
+    /// Moves the keyboard focus to the attributes in the next frame.
     void focus() { wants_focus_ = true; }
 
 private:
     bool wants_focus_ = false;
     void draw_head(State& state) const;
-    void draw_row(State& state, const AttributeRow& row);
-    void draw_value(State& state, const AttributeRow& row);
-    std::string draw_field(const AttributeRow& row);
-    std::map<std::string, float> reals_; ///< being edited, by plug
+    void draw_row(State& state, const ShownAttribute& row);
+    void draw_value(State& state, const ShownAttribute& row);
+    std::string draw_field(const ShownAttribute& row);
+    std::map<std::string, float> reals_; ///< values being edited, by plug name
     std::map<std::string, int> integers_;
     std::map<std::string, std::string> texts_;
 };
 
-/// What was said, and a field for statements: Enter runs, Tab completes, up and down recall.
+/// The console's log and its input field: Enter runs, Tab completes, up and down recall.
 class ConsolePanel {
 public:
     void draw(State& state);
-    /// The field gets the keyboard at the next frame.
+    /// Moves the keyboard focus to the input field in the next frame.
     void focus() { wants_focus_ = true; }
 
 private:
@@ -44,7 +44,7 @@ private:
     std::string text_;
     size_t revision_ = 0;
     bool wants_focus_ = false;
-    std::string hint_; ///< completions of the last Tab
+    std::string hint_; ///< candidates listed after the last Tab
 };
 
 } // namespace window

@@ -27,7 +27,7 @@ uint32_t from_hsv(double hue, double saturation, double value) {
     return packed(part(5.0), part(3.0), part(1.0));
 }
 
-/// The very same, not only equal ones: storage is shared until somebody writes.
+/// True if both are the same storage (copy-on-write); equal values in other storage do not count.
 bool has_same_uvs(const host::Mesh& a, int a_set, const host::Mesh& b, int b_set) {
     if (a_set < 0 || b_set < 0)
         return a_set == b_set;
@@ -43,18 +43,18 @@ bool same_texture(const measure::Texture& a, const measure::Texture& b) {
     return a.width == b.width && a.height == b.height;
 }
 
-AttributeRow row_of(host::graph::Slot& slot, const std::string& node) {
-    AttributeRow row;
+ShownAttribute row_of(host::graph::Slot& slot, const std::string& node) {
+    ShownAttribute row;
     row.name = slot.attribute().long_name();
     row.plug = node + "." + row.name;
     row.is_input = slot.attribute().flags.writable && !slot.source();
     row.number = slot.value.number();
     switch (slot.attribute().kind()) {
     case host::graph::AttributeKind::boolean:
-        row.kind = AttributeRow::Kind::boolean;
+        row.kind = ShownAttribute::Kind::boolean;
         break;
     case host::graph::AttributeKind::text:
-        row.kind = AttributeRow::Kind::text;
+        row.kind = ShownAttribute::Kind::text;
         if (slot.value.kind() == host::graph::ValueKind::text)
             row.text = slot.value.as_text().asChar();
         break;
@@ -62,7 +62,7 @@ AttributeRow row_of(host::graph::Slot& slot, const std::string& node) {
     case host::graph::AttributeKind::real64:
         break;
     default:
-        row.kind = AttributeRow::Kind::integer;
+        row.kind = ShownAttribute::Kind::integer;
     }
     return row;
 }
@@ -111,17 +111,17 @@ void State::compare_rows() {
     has_changed_rows = false;
     if (!subject.node)
         return;
-    for (auto made = made_.begin(); made != made_.end();)
-        made =
-            host::graph::Scene::current().find(made->first) ? std::next(made) : made_.erase(made);
-    const auto [made, is_new] = made_.try_emplace(rows_node);
-    const Made& before = made->second;
+    for (auto made = used_settings_.begin(); made != used_settings_.end();)
+        made = host::graph::Scene::current().find(made->first) ? std::next(made)
+                                                               : used_settings_.erase(made);
+    const auto [made, is_new] = used_settings_.try_emplace(rows_node);
+    const UsedSettings& before = made->second;
     if (is_new || !has_same_uvs(before.mesh, before.uv_set, subject.mesh, subject.uv_set)) {
         made->second = {subject.mesh, subject.uv_set, rows};
         return;
     }
     for (size_t i = 0; i < rows.size() && i < before.rows.size(); ++i) {
-        const AttributeRow& old = before.rows[i];
+        const ShownAttribute& old = before.rows[i];
         rows[i].has_changed = rows[i].is_input && rows[i].name != k_skip_attribute &&
                               rows[i].name == old.name &&
                               (rows[i].number != old.number || rows[i].text != old.text);
@@ -129,7 +129,7 @@ void State::compare_rows() {
     }
 }
 
-MeshPicker& State::made_picker() {
+MeshPicker& State::mesh_picker() {
     if (!picker)
         picker.emplace(map.points());
     return *picker;

@@ -1,7 +1,7 @@
-/// What the parts of the window share: the console, the statements that wait, what is shown.
+/// State shared by all panels: console, queued statements, and a snapshot of the scene.
 ///
-/// The parts draw from this and put statements into `jobs`; nothing here is evaluated while a frame
-/// is drawn. `refresh` takes over what the jobs changed.
+/// Panels draw from the snapshot and enqueue statements in `jobs`; drawing never evaluates the
+/// scene. `refresh` updates the snapshot after statements ran.
 #pragma once
 
 #include "window/console.h"
@@ -19,20 +19,20 @@
 
 namespace window {
 
-/// How charts are told apart, in the texture and on the mesh.
+/// Display mode of charts, in the texture and on the mesh.
 enum class Display { plain, charts, checker, stretch };
 inline constexpr const char* k_display_names[] = {"Plain", "Charts", "Checker", "Stretch"};
 
-/// The unwrap node computes when this is 0, and sets it then.
+/// The unwrap node recomputes when this is 0, and then sets it to 1.
 inline constexpr const char* k_skip_attribute = "Skip_compute";
 
-/// One attribute as the side panel shows it: a copy, so that it can be drawn at any time.
-struct AttributeRow {
+/// Snapshot of one attribute for the attribute panel.
+struct ShownAttribute {
     std::string plug; ///< "node.attribute"
     std::string name;
     enum class Kind { boolean, integer, real, text } kind = Kind::real;
     bool is_input = true;
-    bool has_changed = false; ///< since the UVs were made
+    bool has_changed = false; ///< differs from the value that the current UVs were made with
     double number = 0.0;
     std::string text;
 };
@@ -48,48 +48,50 @@ struct State {
 
     Subject subject;
     UvMap map;
-    std::optional<MeshPicker> picker; ///< of the map's points; made when first asked for
-    std::vector<AttributeRow> rows;   ///< of the unwrap node, or else of the newest maker
+    std::optional<MeshPicker> picker; ///< over map.points(); built on demand
+    std::vector<ShownAttribute>
+        rows; ///< of the unwrap node, else of the newest node in the history
     std::string rows_node;
-    bool has_changed_rows = false;    ///< another unwrap would use other settings than the last
+    bool has_changed_rows = false;    ///< some row has_changed
     std::string undo_name, redo_name; ///< empty: nothing to undo or redo
     std::string scene_name;           ///< the scene's file
     bool is_modified = false;
-    std::string status;         ///< what the last statement did, where the console says nothing
-    size_t status_revision = 0; ///< of the console, when that statement began
-    size_t map_revision = 0;    ///< counts up when `map` changes
-    size_t scene_revision = 0;  ///< counts up with every refresh
+    std::string status;         ///< summary of the last statement; console messages take precedence
+    size_t status_revision = 0; ///< the console's revision when that statement began
+    size_t map_revision = 0;    ///< increases when `map` changes
+    size_t scene_revision = 0;  ///< increases with every refresh
 
     Display display = Display::charts;
-    uint32_t hovered = k_none; ///< the chart under the pointer, wherever that is
-    uint32_t chosen = k_none;  ///< the one that the keyboard stepped to
+    uint32_t hovered = k_none; ///< the chart under the pointer, in any panel
+    uint32_t chosen = k_none;  ///< the chart selected by keyboard
+    /// The chart to highlight; k_none if none.
     uint32_t lit() const { return hovered != k_none ? hovered : chosen; }
 
-    /// Takes over the scene as it is now. Evaluates nothing.
+    /// Updates the snapshot from the scene, without evaluating nodes.
     void refresh();
-    MeshPicker& made_picker();
+    MeshPicker& mesh_picker();
 
-    /// Puts statements to run; tells the user when they are refused because something runs.
+    /// Enqueues statements; warns in the console if refused because a statement is running.
     void run(const std::string& statements);
 
 private:
-    /// The settings that a node's UVs were made with, as far as the window saw it happen.
-    struct Made {
-        host::Mesh mesh; ///< the UVs; shares their storage
+    /// UVs of a node and the attributes at the time the window first saw these UVs.
+    struct UsedSettings {
+        host::Mesh mesh; ///< shares storage with the node's mesh, which identifies the UVs
         int uv_set = -1;
-        std::vector<AttributeRow> rows;
+        std::vector<ShownAttribute> rows;
     };
     void take_rows();
     void compare_rows();
-    std::map<std::string, Made> made_; ///< by node
+    std::map<std::string, UsedSettings> used_settings_; ///< by node
 };
 
-/// Colours that pictures of layouts have too, as 0xAABBGGRR.
+/// Colours as 0xAABBGGRR, the same as in layout pictures.
 uint32_t chart_colour(uint32_t chart);
 uint32_t stretch_colour(float stretch);
-/// What a triangle has in a display.
+/// Colour of a triangle in a display mode.
 uint32_t triangle_colour(const UvMap& map, uint32_t triangle, Display display);
-/// The same per triangle corner; 12 bytes a triangle.
+/// Shape: one colour per triangle corner.
 std::vector<uint32_t> corner_colours(const UvMap& map, Display display);
 
 } // namespace window

@@ -44,7 +44,7 @@ MeshNode* choose(const Subject& last) {
     return meshes.empty() ? nullptr : meshes.back();
 }
 
-/// Attributes that every node has say nothing about this one.
+/// True for attributes that every node has.
 bool is_common(const host::graph::Attribute& attribute) {
     for (const char* name : {"caching", "isHistoricallyInteresting", "nodeState", "frozen"})
         if (attribute.long_name() == name)
@@ -57,7 +57,7 @@ double number(Node& node, const char* attribute) {
     return slot ? slot->value.number() : 0.0;
 }
 
-/// The texture and the UV set that a node unwraps for, within the limits that it keeps to itself.
+/// Reads texture size, gutter and UV set of an unwrap node, clamped as the node clamps them.
 void read_settings(Node& node, Subject& subject) {
     subject.texture.width = std::clamp(number(node, "Texture_Width"), 8.0, 8192.0);
     subject.texture.height = std::clamp(number(node, "Texture_Height"), 8.0, 8192.0);

@@ -1,5 +1,5 @@
-/// What the window's panels tell about: the mesh in the scene that the user works on, the texture
-/// it is unwrapped for, and the unwrap node in its history.
+/// The mesh that the panels show, the texture it is unwrapped for, and the unwrap node in its
+/// history.
 #pragma once
 
 #include "host/graph/mesh_node.h"
@@ -12,12 +12,12 @@
 namespace window {
 
 struct Subject {
-    host::graph::Ref<host::graph::Node> shape; ///< null: there is no mesh
-    host::graph::Ref<host::graph::Node> node;  ///< the newest unwrap node above it, or null
-    host::Mesh mesh;                           ///< shares the shape's storage
-    int uv_set = -1;                           ///< the one the node writes, else the current one
-    measure::Texture texture;                  ///< the node's, else 512 x 512
-    double gutter = 2.0;                       ///< texels
+    host::graph::Ref<host::graph::Node> shape; ///< null if the scene has no mesh
+    host::graph::Ref<host::graph::Node> node;  ///< last unwrap node in its history, or null
+    host::Mesh mesh;                           ///< shares storage with the shape
+    int uv_set = -1;          ///< the set that `node` writes, else the current one; -1 if none
+    measure::Texture texture; ///< size set on `node`, else 512 x 512
+    double gutter = 2.0;      ///< texels
 
     std::string shape_name() const { return shape ? name_of(shape) : std::string(); }
     std::string node_name() const { return node ? name_of(node) : std::string(); }
@@ -26,27 +26,26 @@ private:
     static std::string name_of(const host::graph::Ref<host::graph::Node>& node);
 };
 
-/// All shapes with a mesh that a user can see, in the order in which they entered the scene.
+/// All mesh shapes that are not hidden or intermediate, in order of creation.
 std::vector<host::graph::MeshNode*> visible_meshes();
 
-/// Finds the subject without evaluating anything: the first selected mesh, else `last` while it is
-/// in the scene, else the newest visible one.
+/// Finds the subject without evaluating nodes: the first selected mesh, else `last` if it is still
+/// in the scene, else the newest visible mesh.
 Subject find_subject(const Subject& last);
 
-/// Brings every visible mesh up to date: this is where unwrapping happens. False when one failed.
+/// Evaluates every visible mesh, which runs pending unwraps. Returns false if any failed.
 bool update_meshes();
 
-/// Attributes of a node that a person may look at or change: scalars and texts that are neither
-/// hidden nor part of an array, inputs first, in the order of their declaration.
+/// Scalar and text attributes of a node that are neither hidden nor in an array, inputs first, in
+/// order of declaration; without those that every node has.
 std::vector<host::graph::Slot*> editable_slots(host::graph::Node& node);
 
-/// The statement that opens, imports or runs a file, by its extension; empty for one that is none
-/// of .obj, .ma, .mel. `import`: add to the scene instead of replacing it.
+/// The statement that opens (`import`: imports) an .obj or .ma file or runs a .mel file; empty for
+/// any other extension.
 std::string statement_for_file(const std::string& path, bool import);
 
-/// The statements for files that were dropped in, in their order. The first mesh or scene replaces
-/// what is there when `replaces`; every other one is added to it. What is no such file is
-/// `refused`.
+/// Statements for files dropped on the window, in order. If `replaces`, the first mesh or scene
+/// replaces the current scene; all others are imported. `refused` receives files of other types.
 std::vector<std::string> statements_for_drop(const std::vector<std::string>& paths, bool replaces,
                                              std::vector<std::string>& refused);
 

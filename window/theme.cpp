@@ -6,9 +6,9 @@
 namespace window {
 namespace {
 
-/// The first of several fonts that is installed.
+/// Loads the first of `files` that exists, else ImGui's default font.
 ImFont* load_font(std::initializer_list<const char*> files, float pixels) {
-    // Ellipses, arrows and dashes beside the Latin letters.
+    // Latin letters, dashes, the ellipsis, arrows and the multiplication sign.
     static const ImWchar k_ranges[] = {0x20,   0xFF,   0x2010, 0x2027, 0x2190,
                                        0x2193, 0x00D7, 0x00D7, 0};
     ImGuiIO& io = ImGui::GetIO();
@@ -23,6 +23,7 @@ ImFont* load_font(std::initializer_list<const char*> files, float pixels) {
     return io.Fonts->AddFontDefault(&config);
 }
 
+/// Table of ImGui's colours.
 void set_colours(ImVec4* colours) {
     const ImVec4 hover{0.290f, 0.298f, 0.314f, 1.0f};
     const ImVec4 button{0.262f, 0.268f, 0.282f, 1.0f};

@@ -1,4 +1,4 @@
-/// How the window looks: one place for its colours, its fonts and its spacing.
+/// The window's colours, fonts and spacing.
 #pragma once
 
 #include <imgui.h>
@@ -25,8 +25,8 @@ struct Fonts {
     ImFont* mono = nullptr;
 };
 
-/// Loads the fonts (the system's, else the one that is built in) and sets style and colours.
-/// `scale`: of the screen, 1 for plain ones.
+/// Loads fonts (the system's, else ImGui's own) and sets style and colours. `scale`: the screen's
+/// content scale, 1 for 96 dpi.
 Fonts set_theme(float scale);
 
 } // namespace window

@@ -10,7 +10,7 @@
 namespace window {
 namespace {
 
-constexpr int k_most_cells = 512; // along a side of the picking grid
+constexpr int k_max_cells = 512; // per side of the picking grid
 
 measure::Layout layout_of(const host::Mesh& mesh, int set) {
     const host::Connectivity& polygons = mesh.connectivity();
@@ -139,10 +139,10 @@ void UvMap::visit_cells(Put put) const {
             continue;
         int low[2], high[2];
         for (int axis = 0; axis < 2; ++axis) {
-            const auto [least, most] =
+            const auto [low_uv, high_uv] =
                 std::minmax({uvs_[6 * t + axis], uvs_[6 * t + 2 + axis], uvs_[6 * t + 4 + axis]});
-            low[axis] = cell(static_cast<double>(least), axis);
-            high[axis] = cell(static_cast<double>(most), axis);
+            low[axis] = cell(static_cast<double>(low_uv), axis);
+            high[axis] = cell(static_cast<double>(high_uv), axis);
         }
         for (int y = low[1]; y <= high[1]; ++y)
             for (int x = low[0]; x <= high[0]; ++x)
@@ -153,7 +153,7 @@ void UvMap::visit_cells(Put put) const {
 }
 
 void UvMap::fill_grid() {
-    grid_side_ = std::clamp(static_cast<int>(std::sqrt(triangle_count() / 2.0)), 1, k_most_cells);
+    grid_side_ = std::clamp(static_cast<int>(std::sqrt(triangle_count() / 2.0)), 1, k_max_cells);
     const size_t cells = static_cast<size_t>(grid_side_) * static_cast<size_t>(grid_side_);
     cell_start_.assign(cells + 1, 0);
     visit_cells([&](size_t at, uint32_t) { ++cell_start_[at + 1]; });
@@ -164,7 +164,7 @@ void UvMap::fill_grid() {
     visit_cells([&](size_t at, uint32_t t) { cell_triangles_[next[at]++] = t; });
 }
 
-bool UvMap::holds(uint32_t triangle, double u, double v) const {
+bool UvMap::contains(uint32_t triangle, double u, double v) const {
     const float* c = uvs_.data() + 6 * triangle;
     bool is_left = true, is_right = true;
     for (int k = 0; k < 3; ++k) {
@@ -175,7 +175,7 @@ bool UvMap::holds(uint32_t triangle, double u, double v) const {
         is_left = is_left && side >= 0.0;
         is_right = is_right && side <= 0.0;
     }
-    return is_left != is_right; // both: the triangle is flat
+    return is_left != is_right; // both are true only for a degenerate triangle
 }
 
 uint32_t UvMap::triangle_at(double u, double v) const {
@@ -186,7 +186,7 @@ uint32_t UvMap::triangle_at(double u, double v) const {
     const size_t at = static_cast<size_t>(cell(v, 1)) * static_cast<size_t>(grid_side_) +
                       static_cast<size_t>(cell(u, 0));
     for (uint32_t i = cell_start_[at]; i < cell_start_[at + 1]; ++i)
-        if (holds(cell_triangles_[i], u, v))
+        if (contains(cell_triangles_[i], u, v))
             return cell_triangles_[i];
     return k_none;
 }

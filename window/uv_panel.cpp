@@ -9,7 +9,7 @@
 namespace window {
 
 void UvPanel::frame_all(const State& state) {
-    UvBox box; // all of the texture, and charts outside of it
+    UvBox box; // the unit square, and any charts outside of it
     for (int axis = 0; axis < 2; ++axis) {
         box.low[axis] = std::min(0.0, state.map.box().low[axis]);
         box.high[axis] = std::max(1.0, state.map.box().high[axis]);
@@ -34,7 +34,7 @@ void UvPanel::header(State& state) {
             state.places.add_item(place + "/on");
     }
     ImGui::SameLine();
-    if (ImGui::Checkbox("Texels", &has_grid))
+    if (ImGui::Checkbox("Texels", &has_grid_))
         wants_paint_ = true;
     state.places.add_item("display/Texels");
 }
@@ -106,7 +106,7 @@ void UvPanel::paint_if_needed(const State& state) {
         display_ == state.display)
         return;
     target_.bind();
-    paint_.paint_texture(state, view_, has_grid);
+    paint_.paint_texture(state, view_, has_grid_);
     target_.unbind();
     wants_paint_ = false;
     revision_ = state.map_revision;
@@ -114,12 +114,13 @@ void UvPanel::paint_if_needed(const State& state) {
     display_ = state.display;
 }
 
-/// A spot on each of the first charts, and which one is lit.
+/// Registers a point inside each of the first charts, and the highlighted chart.
 void UvPanel::add_places(State& state, float left, float top) const {
-    constexpr uint32_t k_most = 32;
+    constexpr uint32_t k_max_places = 32;
     uint32_t next = 0;
-    for (uint32_t t = 0; t < state.map.triangle_count() && next < k_most; ++t) {
-        if (state.map.triangle_chart()[t] != next) // charts are numbered by their first triangles
+    for (uint32_t t = 0; t < state.map.triangle_count() && next < k_max_places; ++t) {
+        // Charts are numbered in order of their first triangle.
+        if (state.map.triangle_chart()[t] != next)
             continue;
         const float* c = state.map.uvs().data() + 6 * t;
         double x, y;
@@ -132,7 +133,7 @@ void UvPanel::add_places(State& state, float left, float top) const {
         state.places.add("lit/" + std::to_string(state.lit() + 1), left, top, 0.0f, 0.0f);
 }
 
-/// Stretch from 1/2 to 2 as a bar of colours, even ratios in even steps.
+/// Draws the colour scale of stretch from 1/2 to 2, logarithmic.
 void UvPanel::draw_legend(const State& state, float right, float middle) const {
     ImDrawList* list = ImGui::GetWindowDrawList();
     ImFont* font = state.fonts.small;
@@ -152,7 +153,7 @@ void UvPanel::draw_legend(const State& state, float right, float middle) const {
     put("stretch", put("½", end - bar - 6.0f) - 4.0f);
 }
 
-/// What the texture is, on a line of its own below it.
+/// Draws the line below the texture: its size, the gutter, and the colour scale.
 void UvPanel::footer(const State& state, float left, float top, float right, float height) const {
     const float middle = top + 0.5f * height;
     ImFont* font = state.fonts.small;

@@ -1,7 +1,7 @@
-/// The texture with its charts: pan, zoom, and the chart under the pointer.
+/// The UV panel: the texture with its charts, pan and zoom, highlighting under the pointer.
 ///
-/// Mouse: drag to move, wheel to zoom. Keys while the panel has the focus: arrows move, + and -
-/// zoom, F shows the lit chart, A everything, [ and ] step from chart to chart.
+/// Mouse: drag pans, wheel and right drag zoom. Keys while focused: arrows pan, + and - zoom, F
+/// frames the highlighted chart, A frames everything.
 #pragma once
 
 #include "window/gl_target.h"
@@ -11,13 +11,11 @@ namespace window {
 
 class UvPanel {
 public:
-    /// Draws the panel into the ImGui window that is open. `is_live` false: as it was, without
-    /// reaction.
+    /// Draws the panel into the current ImGui window. Unless `is_live`, shows the last picture and
+    /// ignores input.
     void draw(State& state, bool is_live);
-    /// Shows all of the texture again.
+    /// Frames the whole texture.
     void frame_all(const State& state);
-    bool has_focus() const { return has_focus_; }
-    bool has_grid = true;
 
 private:
     void react(State& state, float left, float top);
@@ -33,9 +31,10 @@ private:
     UvView view_;
     GlTarget target_;
     MapPaint paint_;
+    bool has_grid_ = true; ///< lines between texels
     bool is_framed_ = false;
     bool has_focus_ = false;
-    bool was_over_ = false; ///< the pointer, in the frame before
+    bool was_over_ = false; ///< the pointer was over the panel in the last frame
     bool wants_paint_ = true;
     size_t revision_ = 0;
     uint32_t lit_ = k_none;

@@ -5,9 +5,9 @@
 namespace window {
 namespace {
 
-constexpr double k_least_scale = 8.0;
-constexpr double k_most_scale = 1048576.0;
-constexpr double k_margin = 0.06; // of the panel, all around
+constexpr double k_min_scale = 8.0;
+constexpr double k_max_scale = 1048576.0;
+constexpr double k_margin = 0.06; // on each side, as a fraction of the panel
 
 } // namespace
 
@@ -42,7 +42,7 @@ void UvView::pan(double dx, double dy) {
 void UvView::zoom(double factor, double x, double y) {
     double u, v;
     to_uv(x, y, u, v);
-    scale_ = std::clamp(scale_ * factor, k_least_scale, k_most_scale);
+    scale_ = std::clamp(scale_ * factor, k_min_scale, k_max_scale);
     double now_x, now_y;
     to_pixel(u, v, now_x, now_y);
     pan(x - now_x, y - now_y);
@@ -52,16 +52,16 @@ void UvView::frame(const UvBox& box) {
     const double size[2] = {std::max(shape_[0] * (box.high[0] - box.low[0]), 1e-6),
                             std::max(shape_[1] * (box.high[1] - box.low[1]), 1e-6)};
     const double room = 1.0 - 2.0 * k_margin;
-    scale_ = std::clamp(std::min(room * width_ / size[0], room * height_ / size[1]), k_least_scale,
-                        k_most_scale);
+    scale_ = std::clamp(std::min(room * width_ / size[0], room * height_ / size[1]), k_min_scale,
+                        k_max_scale);
     for (int axis = 0; axis < 2; ++axis)
         centre_[axis] = 0.5 * (box.low[axis] + box.high[axis]);
 }
 
-int UvView::grid_step(const measure::Texture& texture, double least) const {
+int UvView::grid_step(const measure::Texture& texture, double min_pixels) const {
     const double pixels = scale_ / std::max(texture.width, texture.height);
     int step = 1;
-    while (step * pixels < least && step < 65536)
+    while (step * pixels < min_pixels && step < 65536)
         step *= 2;
     return step;
 }

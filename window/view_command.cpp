@@ -1,4 +1,4 @@
-// The command `view`: reads its words and runs the window.
+// The command `tessora view`: parses its options and runs the window.
 #include "app/view_command.h"
 
 #include "app/exit_code.h"
@@ -14,9 +14,9 @@ namespace {
 
 constexpr char k_usage[] = R"(usage: tessora view [FILE] [options]
 
-Opens the desktop window, with FILE (.obj, .ma or .mel) in it: four model panels, the texture with its
-charts, the menus and dialogs that the plug-in brings, undo and redo, a script console. Files can be
-dropped in. F1 shows the keys.
+Opens the desktop window with FILE (.obj, .ma or .mel): four model panels, the texture with its
+charts, the plug-in's menus and dialogs, undo and redo, a script console. Files can be dropped on it.
+F1 shows the keyboard shortcuts.
 
 )";
 
@@ -50,13 +50,13 @@ bool is_display(const std::string& name) {
     return std::find(known.begin(), known.end(), name) != known.end();
 }
 
-/// What was typed, as far as it needs a second look.
-struct Typed {
+/// Options that need further parsing.
+struct TypedWords {
     std::string size, statements;
     bool wants_help = false;
 };
 
-OptionTable table_of(window::LaunchOptions& options, Typed& typed) {
+OptionTable table_of(window::LaunchOptions& options, TypedWords& typed) {
     OptionTable table;
     table.add("size", &typed.size, "WxH", "size of the window in pixels (1440x900)");
     table.add("exec", &typed.statements, "TEXT", "script statements to run once the file is open");
@@ -88,7 +88,7 @@ int show(const window::LaunchOptions& options) {
 
 int view_command(const Words& words) {
     window::LaunchOptions options;
-    Typed typed;
+    TypedWords typed;
     std::string error;
     OptionTable table = table_of(options, typed);
     Words operands;

@@ -1,8 +1,8 @@
-/// Windows, layouts and controls as a model: what scripts build, a program can list and drive
-/// without a screen, and a desktop window may show.
+/// Model of the windows, layouts and controls that scripts build. A program can list and operate
+/// them without a screen; the desktop window shows them.
 ///
-/// A control is known by its short name, unique in the model, or by its full path
-/// "window|layout|control". Deleting a control deletes what is in it.
+/// A control is identified by its short name, unique in the model, or its full path
+/// "window|layout|control". Deleting a control deletes its children.
 #pragma once
 
 #include "host/script/export.h"
@@ -17,38 +17,38 @@ namespace host {
 
 struct TESSORA_SCRIPT_API UiControl {
     std::string name;
-    std::string type; ///< as the command that makes it: "window", "button", "intSliderGrp"
+    std::string type; ///< the command that created it: "window", "button", "intSliderGrp"
     UiControl* parent = nullptr;
-    std::vector<std::unique_ptr<UiControl>> children; ///< in order of making
-    /// By the flag's long name: "label", "value", "changeCommand". Values of several words are
-    /// string arrays.
+    std::vector<std::unique_ptr<UiControl>> children; ///< in order of creation
+    /// Values by long flag name: "label", "value", "changeCommand". Flags with several arguments
+    /// are string arrays.
     std::map<std::string, script::Value> properties;
-    bool is_layout = false; ///< can hold controls
+    bool is_layout = false; ///< can have children
     bool is_shown = false;  ///< windows only
 
     std::string path() const;
-    /// A property as text; empty when it was never set.
+    /// A property as text; empty if never set.
     std::string text(const char* property) const;
 };
 
 class TESSORA_SCRIPT_API UiModel {
 public:
-    /// Makes a control and gives it a free name when `name` is empty. Throws ScriptFault when the
-    /// name is taken, or the parent is missing or cannot hold it.
+    /// Creates a control, with an unused name if `name` is empty. Throws ScriptFault if the name is
+    /// taken, or the parent is missing or not a layout.
     UiControl& create(const std::string& type, const std::string& name, UiControl* parent,
                       bool is_layout);
-    /// By short name or path; null when there is none.
+    /// Finds a control by short name or path; null if none.
     UiControl* find(const std::string& name) const;
     void remove(UiControl& control);
     const std::vector<std::unique_ptr<UiControl>>& windows() const { return windows_; }
 
-    /// Where the next control goes: the layout made last, or what setParent chose.
+    /// Parent of the next control: the last layout created, or the argument of setParent.
     UiControl* current_parent() const { return parent_; }
     void set_current_parent(UiControl* parent) { parent_ = parent; }
-    /// The option menu that takes the next menu items; null when the last control made was none.
+    /// The option menu that receives menu items; null unless the last control created was one.
     UiControl* current_menu() const { return menu_; }
     void set_current_menu(UiControl* menu) { menu_ = menu; }
-    /// Everything below a control, depth first, itself first.
+    /// The control and all its descendants, in preorder.
     static std::vector<UiControl*> all(UiControl& control);
 
 private:

@@ -24,17 +24,6 @@ bool MenuTree::add_menu(const std::string& name) {
     return true;
 }
 
-bool MenuTree::remove_menu(const std::string& name) {
-    const auto at = std::find(menus_.begin(), menus_.end(), name);
-    if (at == menus_.end())
-        return false;
-    menus_.erase(at);
-    items_.erase(std::remove_if(items_.begin(), items_.end(),
-                                [&](const MenuItem& item) { return item.parent == name; }),
-                 items_.end());
-    return true;
-}
-
 std::string MenuTree::add(const std::string& menu, const std::string& label,
                           const std::string& command, bool is_option_box) {
     if (!has_menu(menu))

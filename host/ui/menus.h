@@ -1,5 +1,5 @@
-/// The main window's menus as a model: it exists without a window too, so that plug-ins can add
-/// their items and a program can list and run them.
+/// Model of the main window's menus. It exists without a window, so that plug-ins can add items and
+/// a program can list and run them.
 #pragma once
 
 #include <maya/MTypes.h>
@@ -13,24 +13,23 @@ struct MenuItem {
     std::string name;           ///< unique
     std::string label;          ///< what the user reads
     std::string parent;         ///< name of the menu
-    std::string command;        ///< script statements that run when it is picked
-    bool is_option_box = false; ///< the box to the right of the item before it
+    std::string command;        ///< script statements run when the item is picked
+    bool is_option_box = false; ///< the option box beside the preceding item
 };
 
 class MHOST_EXPORT MenuTree {
 public:
     static MenuTree& current();
 
-    /// "mainFileMenu", "mainEditMenu", "mainModifyMenu", ... as the application starts.
+    /// Menu names; initially "mainFileMenu", "mainEditMenu", "mainModifyMenu", ...
     const std::vector<std::string>& menus() const { return menus_; }
     bool has_menu(const std::string& name) const;
     bool add_menu(const std::string& name);
-    bool remove_menu(const std::string& name);
 
-    /// Adds an item at the end of a menu and gives its name; empty when there is no such menu.
+    /// Appends an item to a menu and returns its name; empty if there is no such menu.
     std::string add(const std::string& menu, const std::string& label, const std::string& command,
                     bool is_option_box = false);
-    /// False for a name that is not there.
+    /// Removes an item by name. Returns false if there is none.
     bool remove(const std::string& item);
     const MenuItem* find(const std::string& item) const;
     /// Items of a menu, in order.

@@ -1,11 +1,11 @@
-/// Notices: message boxes that something inside the application wants to show.
+/// Notices: message boxes requested by code inside the application.
 #pragma once
 
 #include <maya/MTypes.h>
 
 namespace host {
 
-/// Shows a notice and returns true when the person has seen it, or false when it could not.
+/// Shows notices. `show` returns true once the user has dismissed it, false if it cannot.
 class NoticeListener {
 public:
     virtual bool show(const char* caption, const char* text) = 0;
@@ -14,11 +14,11 @@ protected:
     ~NoticeListener() = default;
 };
 
-/// Sets who shows notices; NULL for nobody. Not owned.
+/// Sets the listener that shows notices; NULL for none. Not owned.
 MHOST_EXPORT void set_notice_listener(NoticeListener* listener);
 
 } // namespace host
 
-/// The application's notice hook. Libraries that know no host look it up by this name at run time.
-/// Non-zero: the notice was shown; 0: nobody listens, so the caller must find another way.
+/// Shows a notice. Exported under this name for libraries that do not link to the host and look it
+/// up at run time. Returns non-zero if the notice was shown, 0 if there is no listener.
 extern "C" MHOST_EXPORT int host_show_notice(const char* caption, const char* text);

@@ -11,7 +11,7 @@ namespace {
 
 struct Views {
     int active = host::k_panel_count - 1;
-    void* window = this; ///< any address will do as long as there is no real window
+    void* window = this; ///< arbitrary non-NULL address while there is no real window
     host::PanelRenderer* renderer = nullptr;
 };
 
@@ -20,12 +20,26 @@ Views& views() {
     return the_views;
 }
 
-/// What every method of a view begins with.
+/// Checks common to all methods of M3dView: fault point, known panel, renderer.
 MStatus begin(const char* point, int panel) {
     const MStatus fault = pass_fault(point);
     if (fault.error())
         return fault;
     return panel < 0 || views().renderer == nullptr ? MS::kFailure : MS::kSuccess;
+}
+
+struct PanelSize {
+    int width = 0, height = 0;
+};
+
+/// A panel's size, zero if `status` receives an error.
+PanelSize size_of(const char* point, int panel, MStatus* status) {
+    PanelSize size;
+    MStatus result = begin(point, panel);
+    if (result)
+        result = views().renderer->size(panel, size.width, size.height);
+    report(status, result);
+    return size;
 }
 
 } // namespace
@@ -89,23 +103,11 @@ MStatus M3dView::getCamera(MDagPath& camera) {
 }
 
 int M3dView::portWidth(MStatus* ReturnStatus) {
-    int width = 0;
-    int height = 0;
-    MStatus status = begin("M3dView::portWidth", panel_);
-    if (status)
-        status = views().renderer->size(panel_, width, height);
-    report(ReturnStatus, status);
-    return width;
+    return size_of("M3dView::portWidth", panel_, ReturnStatus).width;
 }
 
 int M3dView::portHeight(MStatus* ReturnStatus) {
-    int width = 0;
-    int height = 0;
-    MStatus status = begin("M3dView::portHeight", panel_);
-    if (status)
-        status = views().renderer->size(panel_, width, height);
-    report(ReturnStatus, status);
-    return height;
+    return size_of("M3dView::portHeight", panel_, ReturnStatus).height;
 }
 
 MStatus M3dView::refresh(bool all, bool force) {

@@ -22,7 +22,7 @@ Window& window() {
     return the_window;
 }
 
-/// What every changing call begins with: the fault point, then the reservation.
+/// Checks common to all calls that change the window: fault point, then reservation.
 MStatus begin(const char* point) {
     const MStatus fault = pass_fault(point);
     if (fault.error())
@@ -57,8 +57,6 @@ void set_progress_listener(ProgressListener* listener) {
         close();
     window().listener = listener;
 }
-
-const ProgressState& progress_state() { return window().state; }
 
 } // namespace host
 

@@ -1,5 +1,5 @@
-/// The application's progress window as a model: the interface class MProgressWindow changes it,
-/// the program shows it. Without a listener there is nobody to show it, and nobody can reserve it.
+/// Model of the application's progress window: MProgressWindow changes it, a listener shows it.
+/// Without a listener MProgressWindow::reserve fails.
 #pragma once
 
 #include <maya/MString.h>
@@ -17,23 +17,20 @@ struct ProgressState {
     bool is_interruptable = false;
 };
 
-/// What the program does about the progress window. Called on the main thread, from inside the
-/// call that changed something; must not change the window itself.
+/// Shows the progress window. Called on the main thread, within the call that changed the state;
+/// must not change the state itself.
 class ProgressListener {
 public:
     virtual void changed(const ProgressState& state) = 0;
-    /// Asked while the window is interruptable: whether the person wants to stop.
+    /// Whether the user asked to cancel; called only while the window is interruptable.
     virtual bool is_cancelled() = 0;
 
 protected:
     ~ProgressListener() = default;
 };
 
-/// Sets who shows the window; NULL for nobody. An open window is closed first. The listener is not
-/// owned and must stay until it is replaced.
+/// Sets the listener; NULL for none. Closes an open window first. The listener is not owned and
+/// must outlive its registration.
 MHOST_EXPORT void set_progress_listener(ProgressListener* listener);
-
-/// The window as it is now.
-MHOST_EXPORT const ProgressState& progress_state();
 
 } // namespace host

@@ -27,7 +27,7 @@ double number_of(Node& node, const char* plug, double absent) {
     return slot->value.is_number() ? slot->value.number() : absent;
 }
 
-/// Plugs that a script has locked or connected stay as they are.
+/// Sets a number unless the plug is locked or connected.
 void set_number(Node& node, const char* plug, double value) {
     if (graph::Slot* const slot = node.find_plug(plug))
         graph::set_value(*slot, graph::Value::of_double(value));
@@ -60,7 +60,7 @@ MPoint center_of_interest(const DagPath& camera, const MMatrix& world) {
     return MPoint(world[3][0], world[3][1], world[3][2]) - row(world, 2) * distance;
 }
 
-/// Half of what is seen, at distance 1 or (orthographic) everywhere.
+/// Computes half_width and half_height.
 void find_extent(Node& shape, double aspect, CameraView& camera) {
     camera.is_orthographic = number_of(shape, "orthographic", 0.0) != 0.0;
     if (camera.is_orthographic) {
@@ -208,26 +208,26 @@ void ray_through(const CameraView& camera, const Viewport& viewport, double x, d
 
 namespace {
 
-/// Where a camera must stand to see points, along one direction of the panel.
+/// The camera position (X, Z) that frames points along one axis of the panel.
 ///
-/// A point x to the side and z towards the camera is seen from (X, Z) when |x - X| <= t (Z - z),
-/// for the tangent t of half the opening angle. So Z + X / t and Z - X / t have a lower limit each,
-/// and where both are met exactly the points are in the middle and fill the panel.
-struct Reach {
+/// A point (x, z), z towards the camera, is visible if |x - X| <= t (Z - z), with t the tangent of
+/// half the field of view. So z + x / t bounds Z + X / t from below and z - x / t bounds Z - X / t;
+/// where both bounds are met with equality the points are centred and fill the panel.
+struct FramingBounds {
     double right = -k_far, left = -k_far;
     void add(double x, double z, double tangent) {
         right = std::max(right, z + x / tangent);
         left = std::max(left, z - x / tangent);
     }
-    double away() const { return 0.5 * (right + left); }
-    double aside(double tangent) const { return 0.5 * (right - left) * tangent; }
+    double distance() const { return 0.5 * (right + left); }
+    double offset(double tangent) const { return 0.5 * (right - left) * tangent; }
     static constexpr double k_far = 1.0e300;
 };
 
-/// The points' extent along the camera's axes, seen from the origin.
+/// The points' bounds along the camera's axes, relative to the world origin.
 struct Extent {
     Bounds box;
-    Reach sideways, upwards;
+    FramingBounds sideways, upwards;
 };
 
 Extent extent_of(const PointSource& points, const MMatrix& world, double tangent_x,
@@ -257,20 +257,21 @@ void frame_points(const DagPath& camera, const Viewport& viewport, const PointSo
         return;
     MPoint place = extent.box.center();
     const double middle = place.z;
-    // What has no extent is framed as if it had a little.
-    const double least = 1.0e-6 * (1.0 + (place - MPoint()).length());
-    const double radius = std::max(extent.box.radius(), least);
+    // Points without extent are framed as if they had this size.
+    const double min_size = 1.0e-6 * (1.0 + (place - MPoint()).length());
+    const double radius = std::max(extent.box.radius(), min_size);
     if (seen.is_orthographic) {
         const MVector size = extent.box.high - extent.box.low;
-        const double width = std::max({size.x, size.y * viewport.aspect(), least}) / factor;
+        const double width = std::max({size.x, size.y * viewport.aspect(), min_size}) / factor;
         set_number(*camera.back(), "orthographicWidth", width);
-        // The camera stays where it is in depth, unless what it shows would reach beyond it.
+        // Keep the camera's depth unless the points would lie behind it.
         const MPoint here(world[3][0], world[3][1], world[3][2]);
         place.z = std::max(middle + 2.0 * radius, MVector(here) * row(world, 2));
     } else {
-        place.x = extent.sideways.aside(x);
-        place.y = extent.upwards.aside(y);
-        place.z = std::max({extent.sideways.away(), extent.upwards.away(), middle + radius});
+        place.x = extent.sideways.offset(x);
+        place.y = extent.upwards.offset(y);
+        place.z =
+            std::max({extent.sideways.distance(), extent.upwards.distance(), middle + radius});
     }
     set_position(camera, MPoint(row(world, 0) * place.x + row(world, 1) * place.y +
                                 row(world, 2) * place.z));

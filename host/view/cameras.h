@@ -1,12 +1,12 @@
-/// The cameras that the four model panels look through: what they see, and how a user moves them.
+/// Cameras of the four model panels: view and projection matrices, and moving them.
 ///
 /// "modelPanel1" to "modelPanel4" look through top, front, side and persp, which every scene has.
-/// A camera's place is its transform's translate and rotate, so scripts can move it as well. Moves
-/// leave no trace in the undo queue. Film fit: the film covers the panel, as wide as it is if that
-/// is enough; an orthographic panel is `orthographicWidth` wide.
+/// A camera is placed by its transform's translate and rotate, so scripts can move it as well.
+/// Moves are not undoable. Film fit: the film's width spans the panel unless its height would then
+/// be too small; an orthographic panel is `orthographicWidth` wide.
 ///
-/// Clip planes hug what is drawn instead of standing where the camera's attributes say: meshes of a
-/// millimetre and of a kilometre keep the whole precision of the depth buffer.
+/// Clip planes are fitted to the drawn geometry instead of taken from the camera's attributes, so
+/// that meshes of any size use the full precision of the depth buffer.
 #pragma once
 
 #include "host/graph/dag.h"
@@ -37,58 +37,57 @@ struct Bounds {
 
     void add(const MPoint& point);
     void add(const Bounds& other);
-    /// The box about this one's corners after they were moved.
+    /// The axis-aligned bounds of this box's transformed corners.
     Bounds moved(const MMatrix& matrix) const;
     MPoint corner(int index) const; ///< 0 to 7
     MPoint center() const;
     double radius() const; ///< half the diagonal
 };
 
-/// A camera as it stands now. Row vectors: world * view * projection is in clip space.
+/// A camera's matrices. Row vectors: world * view * projection is in clip space.
 struct CameraView {
     MMatrix view;
     MMatrix projection;
     bool is_orthographic = false;
-    double depth_near = 0.0; ///< distance of the clip planes; near is negative behind an
-    double depth_far = 1.0;  ///< orthographic camera
-    double half_width = 1.0; ///< of what is seen: at distance 1, or everywhere if orthographic
+    double depth_near = 0.0; ///< distance of the near plane; negative: behind the camera
+    double depth_far = 1.0;
+    /// Half the size of the view: at distance 1, or at every distance if orthographic.
+    double half_width = 1.0;
     double half_height = 1.0;
 };
 
-/// Path to a panel's camera shape; empty for an unknown panel or when somebody took it away.
+/// Path to a panel's camera shape; empty if the panel or its camera does not exist.
 graph::DagPath panel_camera(int panel);
-/// The camera's name as a user knows it: "persp".
+/// The name of the camera's transform, such as "persp".
 std::string camera_name(const graph::DagPath& camera);
 
-/// What a camera sees through a viewport. `drawn`: what lies between the clip planes.
+/// A camera's matrices for a viewport. `drawn`: world bounds that the clip planes enclose.
 CameraView read_camera(const graph::DagPath& camera, const Viewport& viewport, const Bounds& drawn);
 
-/// Window coordinates of a point: pixels from the lower left corner of the framebuffer, and the
-/// depth from 0 (near) to 1 (far). False behind the camera.
+/// Projects a point to window coordinates: pixels from the lower left corner of the framebuffer,
+/// and depth from 0 (near) to 1 (far). Returns false behind the camera.
 bool project(const CameraView& camera, const Viewport& viewport, const MPoint& point,
              double window[3]);
-/// The ray through the middle of nothing but this spot: origin and unit direction in world space.
+/// The ray through window coordinates (x, y): origin and unit direction in world space.
 void ray_through(const CameraView& camera, const Viewport& viewport, double x, double y,
                  MPoint& origin, MVector& direction);
 
 // === Moving ==================================================================================
 
-/// What calls a function for each of the points it knows; it may be asked more than once.
+/// Calls the sink for each of its points; may be called more than once.
 using PointSink = std::function<void(const MPoint&)>;
 using PointSource = std::function<void(const PointSink&)>;
 
-/// Moves the camera, without turning it, to where the points fill `factor` of the panel in the
-/// tighter direction and are in the middle of it (in the other one nearly so, where perspective
-/// leaves room). Does nothing when there are no points.
+/// Moves the camera, without turning it, so that the points are centred and fill `factor` of the
+/// panel in the tighter direction (in the other one, perspective may leave them slightly off
+/// centre). Does nothing without points.
 void frame_points(const graph::DagPath& camera, const Viewport& viewport, const PointSource& points,
                   double factor = 0.9);
-/// Turns about the centre of interest, in degrees: to the right, and up. Orthographic cameras do
-/// not turn.
+/// Turns about the centre of interest, angles in degrees. Does nothing to orthographic cameras.
 void orbit(const graph::DagPath& camera, double right, double up);
-/// Moves in the plane of the panel, so that what is at the centre of interest follows the pointer
-/// by so many pixels to the right and up.
+/// Moves parallel to the image plane, so that the centre of interest moves by so many pixels.
 void pan(const graph::DagPath& camera, const Viewport& viewport, double right, double up);
-/// Brings the centre of interest nearer: `factor` 2 shows it twice as large. Above 0.
+/// Scales the view about the centre of interest: `factor` 2 shows it twice as large; > 0.
 void zoom(const graph::DagPath& camera, double factor);
 
 } // namespace host

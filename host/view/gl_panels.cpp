@@ -16,7 +16,7 @@ namespace {
 
 constexpr bool is_panel(int panel) { return panel >= 0 && panel < k_panel_count; }
 
-/// All of OpenGL's state, put back at the end of the scope.
+/// Saves all OpenGL state and restores it at the end of the scope.
 class StateSaved {
 public:
     StateSaved() {
@@ -44,10 +44,10 @@ public:
 struct GlPanels::Parts {
     explicit Parts(PanelSurface& s) : surface(s), buffers(counts) {}
 
-    /// A plug-in's beginGL that still waits for its endGL.
+    /// A plug-in's beginGL without its endGL so far.
     struct Bracket {
         int panel;
-        std::unique_ptr<StateSaved> saved; ///< null: the panel was set up already
+        std::unique_ptr<StateSaved> saved; ///< null if the panel was being drawn
     };
 
     PanelSurface& surface;
@@ -61,10 +61,9 @@ struct GlPanels::Parts {
     std::vector<DrawnShape> shapes; ///< of the last draw
     Bounds bounds;                  ///< of the last draw, in world space
     std::vector<Bracket> brackets;
-    int entered = 0;     ///< how often the context was asked for
-    int set_up_for = -1; ///< whose viewport and matrices OpenGL has now
-    int drawing = -1;    ///< the panel that is being drawn
-    bool is_frozen = false;
+    int entered = 0;     ///< nesting depth of enter()
+    int set_up_for = -1; ///< panel whose viewport and matrices are set in OpenGL; -1 if none
+    int drawing = -1;    ///< panel being drawn; -1 if none
 
     CameraView camera_view(int panel) const;
     void collect_shapes();
@@ -72,7 +71,7 @@ struct GlPanels::Parts {
     void paint(int panel, const graph::DagPath& camera);
 };
 
-// === What is there to draw ===================================================================
+// === Collecting shapes =======================================================================
 
 void GlPanels::Parts::add_parts(const VisibleShape& shape, DrawnShape& drawn) {
     for (const graph::SelectionItem& item : graph::Scene::current().selection())
@@ -92,7 +91,7 @@ void GlPanels::Parts::collect_shapes() {
     bounds = Bounds();
     buffers.begin_frame();
     for (const VisibleShape& shape : visible) {
-        // A shape whose history fails shows what it showed before.
+        // If evaluating the history fails, the previous mesh is drawn.
         shape.node->refresh();
         const Mesh* const mesh = shape.node->mesh();
         if (mesh == nullptr || mesh->points().empty())
@@ -144,8 +143,7 @@ void GlPanels::Parts::paint(int panel, const graph::DagPath& camera) {
     }
     set_overlay_state(view);
     set_up_for = panel;
-    if (!is_frozen)
-        graph::Callbacks::current().fire_post_render(panel_name(panel).asChar());
+    graph::Callbacks::current().fire_post_render(panel_name(panel).asChar());
     set_up_for = -1;
     if (style.has_name)
         paint_name(camera_name(camera), viewport);
@@ -153,7 +151,7 @@ void GlPanels::Parts::paint(int panel, const graph::DagPath& camera) {
 
 namespace {
 
-/// Runs something at the end of a scope, however that is left: memory may run out half way.
+/// Runs an action at the end of the scope, also on exceptions (std::bad_alloc).
 template <class Action>
 class AtEnd {
 public:
@@ -175,8 +173,7 @@ bool GlPanels::draw_entered(int panel) {
         return false;
     p.drawing = panel;
     const AtEnd finish([&p] { p.drawing = p.set_up_for = -1; });
-    if (!p.is_frozen)
-        p.collect_shapes();
+    p.collect_shapes();
     {
         const StateSaved saved;
         p.paint(panel, camera);
@@ -214,7 +211,8 @@ void GlPanels::leave() {
         parts_->surface.give_back();
 }
 
-// === Life, layout, style =====================================================================
+// === Construction, layout, style
+// =====================================================================
 
 GlPanels::GlPanels(PanelSurface& surface) : parts_(std::make_unique<Parts>(surface)) {
     parts_->replaced = panel_renderer();
@@ -260,8 +258,6 @@ void GlPanels::arrange_one(int panel, int width, int height) {
 
 PanelStyle& GlPanels::style(int panel) { return parts_->styles[size_t(panel)]; }
 std::vector<Highlight>& GlPanels::highlights() { return parts_->highlights; }
-void GlPanels::set_frozen(bool is_frozen) { parts_->is_frozen = is_frozen; }
-bool GlPanels::is_frozen() const { return parts_->is_frozen; }
 const DrawCounts& GlPanels::counts() const { return parts_->counts; }
 
 bool GlPanels::needs_redraw(int panel) const {
@@ -277,7 +273,7 @@ CameraView GlPanels::camera_view(int panel) {
     return is_panel(panel) ? parts_->camera_view(panel) : CameraView();
 }
 
-// === What plug-ins reach =====================================================================
+// === PanelRenderer ===========================================================================
 
 MStatus GlPanels::camera(int panel, MDagPath& path) {
     const graph::DagPath found = panel_camera(panel);

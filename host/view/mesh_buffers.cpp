@@ -15,21 +15,21 @@ using graph::ComponentKind;
 
 namespace {
 
-/// Cosine of the bend from which an edge is shown sharp, about 40 degrees.
+/// Cosine of the crease angle, about 40 degrees; edges bent by more are shaded sharp.
 constexpr float k_crease = 0.766f;
 
 float dot(const Float3& a, const Float3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 
 Float3 to_float(const MVector& v) { return {float(v.x), float(v.y), float(v.z)}; }
 
-/// Corners of one vertex that share a normal.
+/// Corners at one mesh vertex that share a normal.
 struct Fan {
-    Float3 first; ///< normal that the others are compared with
+    Float3 first; ///< normal of the first corner, which others are compared to
     Float3 sum;
     uint32_t vertex;
 };
 
-/// Gives every corner of the mesh its surface vertex.
+/// Returns the surface vertex of each corner of the mesh.
 std::vector<uint32_t> share_vertices(const Mesh& mesh, std::vector<SurfaceVertex>& vertices) {
     const Connectivity& faces = mesh.connectivity();
     std::vector<Float3> normals(faces.polygon_count());
@@ -54,7 +54,7 @@ std::vector<uint32_t> share_vertices(const Mesh& mesh, std::vector<SurfaceVertex
             vertex_of[corner] = fan->vertex;
         }
         for (const Fan& fan : fans)
-            vertices[fan.vertex].normal = fan.sum; // OpenGL makes it a unit vector
+            vertices[fan.vertex].normal = fan.sum; // normalised by GL_NORMALIZE
     }
     return vertex_of;
 }
@@ -81,7 +81,7 @@ double mean_edge_length(const Mesh& mesh) {
     return faces.edge_count() == 0 ? 0.0 : sum / faces.edge_count();
 }
 
-/// What a component draws, as indices into the points (vertices, edges) or the surface (faces).
+/// Indices of a component: into the points (vertices, edges) or the surface (faces).
 std::vector<uint32_t> part_list(const MeshBuffer& buffer, const Component& component) {
     const Connectivity& faces = buffer.mesh.connectivity();
     std::vector<uint32_t> list;
@@ -135,7 +135,7 @@ GLuint MeshBuffers::upload(GLenum target, const void* data, size_t bytes) {
 
 void MeshBuffers::build(const Mesh& mesh, MeshBuffer& buffer) {
     buffer.mesh = mesh;
-    // The copy would make writers of its UVs copy them first, and draws none.
+    // UVs are not drawn, and sharing them would make later writes to them copy.
     while (buffer.mesh.uv_set_count() > 0)
         buffer.mesh.remove_uv_set(0);
     std::vector<SurfaceVertex> vertices;

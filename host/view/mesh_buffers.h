@@ -1,10 +1,10 @@
-/// Meshes in OpenGL buffers, kept for as long as they are drawn and do not change.
+/// A cache of meshes in OpenGL buffers.
 ///
-/// A mesh is known by its storage, which copies share and writers replace: an entry holds a copy of
-/// the mesh, so its storage stays where it is, and a mesh that was written has another one.
-/// Instances and duplicates share an entry. What a frame did not use is dropped at its end.
+/// Entries are keyed by a mesh's copy-on-write storage. An entry holds a copy of the mesh, so its
+/// storage cannot be reused, and a modified mesh has different storage. Instances and duplicates
+/// share an entry. Entries not used during a frame are dropped at its end.
 ///
-/// Every function needs the context current that the buffers were made in.
+/// Every function requires the context in which the buffers were created to be current.
 #pragma once
 
 #include "host/graph/selection.h"
@@ -19,23 +19,23 @@
 
 namespace host {
 
-/// A list of elements to draw from one of the vertex arrays of a mesh.
+/// An index buffer into one of a mesh's vertex arrays.
 struct ElementBuffer {
     GLuint name = 0;
     GLsizei count = 0;
 };
 
-/// One mesh. The surface has vertices of its own (position, normal), split where the surface is
-/// creased; the points are the mesh's own.
+/// One mesh. `surface` holds positions with normals, vertices duplicated along creases; `points`
+/// holds the mesh's vertices.
 struct MeshBuffer {
     Mesh mesh; ///< without UV sets
     GLuint surface = 0;
     GLuint points = 0;
-    ElementBuffer triangles;       ///< of the surface, polygon after polygon
-    std::vector<uint32_t> corners; ///< the same list, for parts of it
-    ElementBuffer edges;           ///< of the points
+    ElementBuffer triangles;       ///< indices into surface, polygon by polygon
+    std::vector<uint32_t> corners; ///< the same indices in memory, to select faces from
+    ElementBuffer edges;           ///< indices into points
     Bounds bounds;
-    double edge_length = 0.0; ///< mean
+    double edge_length = 0.0; ///< mean length of an edge
     bool is_used = false;
 
     struct Part {
@@ -51,9 +51,9 @@ public:
     explicit MeshBuffers(DrawCounts& counts) : counts_(counts) {}
 
     void begin_frame();
-    /// Null when OpenGL has no memory for it.
+    /// Returns the buffers of a mesh, built on first use; null if OpenGL is out of memory.
     MeshBuffer* get(const Mesh& mesh);
-    /// Faces, edges or vertices of a mesh; UVs give nothing.
+    /// Returns the indices of a face, edge or vertex component; empty for UVs.
     ElementBuffer get(MeshBuffer& buffer, const graph::Ref<graph::Component>& component);
     void end_frame();
     void release();
@@ -67,14 +67,14 @@ private:
     DrawCounts& counts_;
 };
 
-/// Position and normal, as the surface buffer has them.
+/// Vertex layout of the surface buffer.
 struct SurfaceVertex {
     Float3 position;
     Float3 normal;
 };
 
-/// The surface's vertices and triangles: corners of a vertex share one where their polygons'
-/// normals are within `k_crease` of the first one's.
+/// Builds the surface's vertices and triangles. Corners at a mesh vertex share a surface vertex if
+/// their polygons' normals differ by less than the crease angle from the first one's.
 void make_surface(const Mesh& mesh, std::vector<SurfaceVertex>& vertices,
                   std::vector<uint32_t>& indices);
 

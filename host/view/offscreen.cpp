@@ -11,22 +11,22 @@ namespace host {
 
 namespace {
 
-/// Who was current before, across interfaces of the system that bind contexts their own way.
-struct Current {
+/// The calling thread's EGL binding, to be restored after drawing.
+struct EglBinding {
     EGLenum api = EGL_OPENGL_API;
     EGLDisplay display = EGL_NO_DISPLAY;
     EGLSurface draw = EGL_NO_SURFACE;
     EGLSurface read = EGL_NO_SURFACE;
     EGLContext context = EGL_NO_CONTEXT;
 
-    static Current now() {
+    static EglBinding now() {
         return {eglQueryAPI(), eglGetCurrentDisplay(), eglGetCurrentSurface(EGL_DRAW),
                 eglGetCurrentSurface(EGL_READ), eglGetCurrentContext()};
     }
 };
 
-/// The display without a screen. It is never ended: one serves the whole process, and the driver
-/// leaves memory behind each time it ends one.
+/// The surfaceless EGL display. Never terminated: one serves the whole process, and drivers leak
+/// memory in eglTerminate.
 EGLDisplay surfaceless_display() {
     static const EGLDisplay display = [] {
         const EGLDisplay found =
@@ -43,10 +43,10 @@ EGLDisplay surfaceless_display() {
 struct Offscreen::Parts {
     EGLContext context = EGL_NO_CONTEXT;
     EGLSurface surface = EGL_NO_SURFACE;
-    Current before;
+    EglBinding before;
     GlPanels* panels = nullptr;
     int width = 0, height = 0;
-    GLuint framebuffer = 0, color = 0, depth = 0; ///< with several samples, if asked for
+    GLuint framebuffer = 0, color = 0, depth = 0; ///< multisampled if requested
     GLuint resolved = 0, resolved_color = 0;      ///< 0: the framebuffer has one sample
 };
 
@@ -68,7 +68,7 @@ std::unique_ptr<Offscreen> Offscreen::make(std::string& error) {
     EGLint count = 0;
     std::unique_ptr<Offscreen> made(new Offscreen);
     Parts& p = *made->parts_;
-    const Current before = Current::now();
+    const EglBinding before = EglBinding::now();
     if (display != EGL_NO_DISPLAY && eglBindAPI(EGL_OPENGL_API) &&
         eglChooseConfig(display, wanted, &config, 1, &count) && count > 0) {
         p.surface = eglCreatePbufferSurface(display, config, size);
@@ -95,7 +95,7 @@ void Offscreen::set_panels(GlPanels* panels) { parts_->panels = panels; }
 
 bool Offscreen::make_current() {
     Parts& p = *parts_;
-    p.before = Current::now();
+    p.before = EglBinding::now();
     eglBindAPI(EGL_OPENGL_API);
     if (!eglMakeCurrent(surfaceless_display(), p.surface, p.surface, p.context)) {
         eglBindAPI(p.before.api);
@@ -106,7 +106,7 @@ bool Offscreen::make_current() {
 }
 
 void Offscreen::give_back() {
-    const Current& before = parts_->before;
+    const EglBinding& before = parts_->before;
     if (before.context == EGL_NO_CONTEXT) {
         eglMakeCurrent(surfaceless_display(), EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
         eglBindAPI(before.api);
@@ -131,7 +131,7 @@ void Offscreen::drop_framebuffer() {
         return;
     glBindFramebuffer(GL_FRAMEBUFFER, 0);
     for (GLuint* name : {&p.framebuffer, &p.resolved}) {
-        glDeleteFramebuffers(1, name); // names that are 0 are ignored
+        glDeleteFramebuffers(1, name); // OpenGL ignores name 0
         *name = 0;
     }
     for (GLuint* name : {&p.color, &p.depth, &p.resolved_color}) {
@@ -154,7 +154,8 @@ GLuint make_store(GLenum format, int samples, int width, int height) {
     return name;
 }
 
-/// Binds a new framebuffer over what stores it has; 0 for no depth. True when it is complete.
+/// Creates and binds a framebuffer with these renderbuffers; `depth` 0 for none. Returns true if
+/// complete.
 bool make_framebuffer(GLuint color, GLuint depth, GLuint& name) {
     glGenFramebuffers(1, &name);
     glBindFramebuffer(GL_FRAMEBUFFER, name);
@@ -172,11 +173,11 @@ bool Offscreen::resize(int width, int height, int samples, std::string& error) {
         error = "the OpenGL context cannot be made current";
         return false;
     }
-    GLint most = 0, most_samples = 0;
-    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &most);
-    glGetIntegerv(GL_MAX_SAMPLES, &most_samples);
-    samples = std::min(samples, int(most_samples));
-    bool good = width > 0 && height > 0 && width <= most && height <= most;
+    GLint max_size = 0, max_samples = 0;
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &max_size);
+    glGetIntegerv(GL_MAX_SAMPLES, &max_samples);
+    samples = std::min(samples, int(max_samples));
+    bool good = width > 0 && height > 0 && width <= max_size && height <= max_size;
     if (good) {
         p.color = make_store(GL_RGBA8, samples, width, height);
         p.depth = make_store(GL_DEPTH_COMPONENT24, samples, width, height);
@@ -190,7 +191,7 @@ bool Offscreen::resize(int width, int height, int samples, std::string& error) {
     if (!good) {
         drop_framebuffer();
         error = "no picture of " + std::to_string(width) + " x " + std::to_string(height) +
-                " pixels can be drawn; " + std::to_string(most) + " each way at most";
+                " pixels can be drawn; " + std::to_string(max_size) + " each way at most";
         return false;
     }
     p.width = width;

@@ -1,9 +1,9 @@
-/// Panels without a window: a compatibility context that needs neither screen nor graphics card,
-/// and a framebuffer of any size in it.
+/// Offscreen panels: a surfaceless EGL compatibility context, which needs neither a screen nor a
+/// graphics card, with a framebuffer object of any size.
 #pragma once
 
 #include "host/view/gl_panels.h"
-#include "host/view/picture.h"
+#include "host/view/pixels.h"
 
 #include <memory>
 #include <string>
@@ -12,20 +12,20 @@ namespace host {
 
 class Offscreen : public PanelSurface {
 public:
-    /// Null with a sentence in `error` when the system gives no context.
+    /// Returns null and sets `error` to a sentence if no context can be created.
     static std::unique_ptr<Offscreen> make(std::string& error);
     virtual ~Offscreen();
     Offscreen(const Offscreen&) = delete;
     Offscreen& operator=(const Offscreen&) = delete;
 
-    /// Makes the framebuffer anew; its content is lost. `samples`: colours per pixel that are
-    /// averaged, 1 for none of that; fewer when the system cannot do as many.
-    /// Errors: false with a sentence in `error`; the surface then has no framebuffer.
+    /// Recreates the framebuffer. `samples` for multisampling, 1 to disable; reduced to the maximum
+    /// that the driver supports.
+    /// Errors: returns false with a sentence in `error`; the surface then has no framebuffer.
     bool resize(int width, int height, int samples, std::string& error);
-    /// What was drawn. Empty without a framebuffer.
+    /// Reads back the framebuffer; empty without one.
     Picture read();
 
-    /// Whose panels `redraw` draws; not owned, null for nobody's.
+    /// The panels that `redraw` draws; not owned, null for none.
     void set_panels(GlPanels* panels);
 
     bool make_current() override;
@@ -39,10 +39,11 @@ private:
     std::unique_ptr<Parts> parts_;
 };
 
-/// Takes pictures of the panels. While one is taken the panels here are the application's panel
-/// renderer, and otherwise only where there is no other.
+/// Takes pictures of the panels. It is the application's panel renderer while taking a picture, and
+/// otherwise only if there is no other.
 class PanelPictures {
 public:
+    /// Returns null and sets `error` to a sentence if no context can be created.
     static std::unique_ptr<PanelPictures> make(std::string& error);
     ~PanelPictures();
 
@@ -51,9 +52,9 @@ public:
         int width = 1280;
         int height = 960;
         int samples = 4;
-        bool is_framed = false; ///< moves the cameras first, to where everything is seen
+        bool is_framed = false; ///< first move the cameras to frame the whole scene
     };
-    /// Errors: false with a sentence in `error`.
+    /// Errors: returns false with a sentence in `error`.
     bool take(const Request& request, Picture& picture, std::string& error);
     GlPanels& panels() { return panels_; }
 

@@ -6,8 +6,8 @@ namespace host {
 
 namespace {
 
-/// A letter as polylines: two digits a point, x from 0 to 4, y from 0 (below the line) over 2 (the
-/// line) and 6 to 8; a blank lifts the pen.
+/// A letter as polylines: two digits per point, x 0 to 4, y 0 to 8 with the baseline at 2 and the
+/// x-height at 6; a space ends a polyline.
 struct Letter {
     char character;
     const char* strokes;
@@ -55,7 +55,7 @@ void paint_name(const std::string& name, const Viewport& viewport) {
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
     glDisable(GL_DEPTH_TEST);
-    // First a light shadow all around, so that the name can be read on anything.
+    // First a light outline, so that the name is readable on any background.
     for (const bool is_shadow : {true, false}) {
         const GLfloat shade = is_shadow ? 0.86f : 0.10f;
         glColor3f(shade, shade, shade);

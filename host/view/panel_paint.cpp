@@ -12,8 +12,7 @@ namespace {
 
 const GLvoid* const k_buffer_start = nullptr;
 
-/// Faces go back by this much of their slope per pixel, so that lines three pixels wide on them
-/// stay in front over their whole width.
+/// Polygon offset factor of faces; large enough for lines three pixels wide to stay in front.
 constexpr float k_offset = 2.0f;
 
 void load_model(const MMatrix& to_world, const CameraView& camera) {
@@ -33,7 +32,7 @@ void set_light(GLenum light, float x, float y, float z, float strength) {
     glEnable(light);
 }
 
-/// Lights that move with the camera: a key from the upper left, a fill from the right.
+/// Lights fixed to the camera: a key light from the upper left, a fill light from the right.
 void set_lights() {
     const GLfloat ambient[] = {0.30f, 0.30f, 0.32f, 1.0f};
     glLightModelfv(GL_LIGHT_MODEL_AMBIENT, ambient);
@@ -67,7 +66,7 @@ void draw_elements(GLenum mode, GLuint vertices, GLsizei stride, const ElementBu
     glBindBuffer(GL_ARRAY_BUFFER, 0);
 }
 
-/// Pixels that a length about the middle of a shape takes up.
+/// Length in pixels of a world length at the centre of a shape.
 double pixels_of(double length, const DrawnShape& shape, const CameraView& camera,
                  const Viewport& viewport) {
     const MVector along = MVector(length, 0.0, 0.0) * shape.to_world;
@@ -85,7 +84,7 @@ void blend(bool is_on) {
     }
 }
 
-/// The camera axis that an orthographic camera looks along: 0, 1, 2; the ground's for the others.
+/// Normal axis of the grid plane: an orthographic camera's view axis (0, 1, 2), else y.
 int plane_normal(const CameraView& camera) {
     int axis = 1;
     for (int i = 0; camera.is_orthographic && i < 3; ++i)
@@ -194,7 +193,7 @@ void paint_surface(const DrawnShape& shape, const CameraView& camera) {
     const MeshBuffer& buffer = *shape.buffer;
     set_lights();
     load_model(shape.to_world, camera);
-    // A mirrored mesh winds the other way, and lighting would take its outside for its inside.
+    // A mirroring transform reverses the winding; without this, lighting would be inside out.
     glFrontFace(shape.to_world.det4x4() < 0.0 ? GL_CW : GL_CCW);
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(k_offset, 2.0f);

@@ -1,5 +1,5 @@
-/// What a panel is painted of, each with the OpenGL state it needs. The caller has set the matrices
-/// of the camera, and saves and restores the state around the whole panel.
+/// The layers of a panel, each a function that sets the OpenGL state it needs. The caller loads the
+/// camera's matrices, and saves and restores the state around the whole panel.
 #pragma once
 
 #include "host/view/mesh_buffers.h"
@@ -17,32 +17,34 @@ struct DrawnShape {
     std::vector<std::pair<ElementBuffer, std::array<float, 4>>> highlights; ///< faces
 };
 
-/// Which lines the ground has.
+/// Spacing and extent of the ground grid.
 struct Grid {
     double step = 1.0;
-    int lines = 12; ///< to each side of the origin
+    int lines = 12; ///< on each side of the origin
     double extent() const { return step * lines; }
 };
 
-/// A decimal step that gives the scene's surroundings some ten to thirty lines.
+/// Picks a decimal step so that the scene spans about ten to thirty grid lines.
 Grid grid_for(const Bounds& scene);
-/// The plane that a camera looks at: the ground (x, z), or the one an orthographic camera faces.
+/// Bounds of the grid in the plane it is drawn in: the ground (xz), or for an orthographic camera
+/// the coordinate plane it faces.
 Bounds grid_bounds(const Grid& grid, const CameraView& camera);
 
-/// What every panel begins with, after the state was saved: fixed function, nothing bound.
+/// Resets to fixed-function drawing with no buffers, textures or programs bound.
 void set_common_state();
 void load_camera(const CameraView& camera);
-/// Clears the rectangle, colour and depth.
+/// Clears colour and depth of the rectangle.
 void paint_background(const Viewport& viewport);
 void paint_grid(const Grid& grid, const CameraView& camera);
 void paint_surface(const DrawnShape& shape, const CameraView& camera);
-/// The polygon edges, fainter where they crowd. `is_alone`: there is no surface below them.
+/// Draws polygon edges, fainter where dense. `is_alone`: in wireframe mode, without faces.
 void paint_wire(const DrawnShape& shape, const CameraView& camera, const Viewport& viewport,
                 bool is_alone);
 void paint_parts(const DrawnShape& shape, const CameraView& camera);
-/// A name in line letters at the middle of the bottom. Letters it does not know leave a gap.
+/// Draws a name in a stroke font, centred at the bottom. Unknown letters leave a gap.
 void paint_name(const std::string& name, const Viewport& viewport);
-/// What callbacks find: depth test on, lighting and textures off, the camera's matrices.
+/// Sets the state in which post-render callbacks draw: depth test on, lighting and textures off,
+/// the camera's matrices.
 void set_overlay_state(const CameraView& camera);
 
 } // namespace host

@@ -28,7 +28,7 @@ bool is_at_or_below(const DagPath& path, const DagPath& above) {
     return above.size() <= path.size() && std::equal(above.begin(), above.end(), path.begin());
 }
 
-/// The walk down the hierarchy, with the path and the matrix so far.
+/// Depth-first walk of the DAG with the current path and world matrix.
 class Walk {
 public:
     explicit Walk(std::vector<VisibleShape>& found) : found_(found) {}
@@ -64,7 +64,7 @@ MPoint to_world(const Float3& point, const MMatrix& matrix) {
     return MPoint(double(point.x), double(point.y), double(point.z)) * matrix;
 }
 
-/// Vertices of the parts of a mesh; UVs have none.
+/// Visits the vertices of a component; none for UVs.
 void visit_component(const Mesh& mesh, const graph::Component& component, const MMatrix& matrix,
                      const PointSink& sink) {
     const Connectivity& faces = mesh.connectivity();
@@ -103,7 +103,7 @@ void visit_shape(const VisibleShape& shape, bool only_selected, const PointSink&
 std::vector<VisibleShape> visible_shapes() {
     std::vector<VisibleShape> found;
     Walk walk(found);
-    // A copy: evaluating a plug may run what changes the scene.
+    // Copied, because evaluating a plug may run scripts that change the scene.
     const std::vector<DagNode*> roots = graph::Scene::current().top_level();
     for (DagNode* const root : roots)
         walk.visit(*root, MMatrix());

@@ -1,4 +1,4 @@
-/// The meshes of the scene as a camera sees them.
+/// The scene's visible meshes in world space.
 #pragma once
 
 #include "host/graph/mesh_node.h"
@@ -8,26 +8,25 @@
 
 namespace host {
 
-/// One way to a visible mesh; an instanced shape is there once per way.
+/// One path to a visible mesh; an instanced shape occurs once per path.
 struct VisibleShape {
     graph::DagPath path;
     MMatrix to_world;
     graph::MeshNode* node = nullptr;
-    bool is_selected = false; ///< as a whole: it, or something above it
+    bool is_selected = false; ///< the shape or one of its parents, not components of it
 };
 
-/// Every mesh that is not hidden, by itself or from above, in the order of the hierarchy.
-/// Intermediate shapes are not shown.
+/// Every mesh that is neither intermediate nor hidden, itself or by a parent, in DAG order.
 std::vector<VisibleShape> visible_shapes();
 
-/// The box about a mesh, in its own space.
+/// Bounds of a mesh in object space.
 Bounds bounds_of(const Mesh& mesh);
 
-/// Calls `sink` for every vertex of the visible meshes in world space, or for those of what is
-/// selected: shapes, and the vertices of components. `only_selected` with nothing selected means
-/// everything. Brings the meshes up to date.
+/// Calls `sink` for every vertex of the visible meshes, in world space; if `only_selected` and
+/// something is selected, only for vertices of selected shapes and components. Evaluates the
+/// meshes.
 void visit_scene_points(bool only_selected, const PointSink& sink);
-/// The same, as something to frame.
+/// visit_scene_points as a point source for frame_points.
 PointSource scene_points(bool only_selected);
 
 } // namespace host

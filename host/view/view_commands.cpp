@@ -26,7 +26,7 @@ int panel_named(const std::string& name, const std::string& command) {
     return panel;
 }
 
-/// The panel whose camera goes by a name, of its transform or its shape.
+/// The panel whose camera's transform or shape has this name; throws if none.
 int panel_looking_through(const std::string& name) {
     for (int panel = 0; panel < k_panel_count; ++panel) {
         const graph::DagPath camera = panel_camera(panel);
@@ -114,7 +114,7 @@ Value model_editor(Invocation& call, PictureStudio& studio) {
     return Value();
 }
 
-/// Whole or not at all: under another name first, then in place of the old file.
+/// Writes a file atomically: to a temporary name, then renames.
 bool write_whole(const std::string& path, const std::string& bytes) {
     const std::string draft = path + ".tmp." + std::to_string(getpid());
     std::ofstream out(draft, std::ios::binary);

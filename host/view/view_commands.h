@@ -1,9 +1,9 @@
-/// Script commands about the panels: viewFit, modelEditor, getPanel as the application has them,
-/// and one of our own, panelPicture, which writes what the panels show to a PNG file:
+/// Script commands about the panels: viewFit, modelEditor, getPanel, and panelPicture, an addition
+/// of this host, which writes the panels' content to a PNG file:
 ///
 ///   panelPicture [-panel modelPanel4] [-width 1280] [-height 960] [-samples 4] FILE
 ///
-/// Without -panel all four are in the picture. The OpenGL context is made on first use, and stays.
+/// Without -panel the picture shows all four. The OpenGL context is created on first use and kept.
 #pragma once
 
 #include "host/script/interpreter.h"
@@ -11,15 +11,13 @@
 
 namespace host {
 
-/// Panels that a session has for its pictures; made on first use.
+/// A session's offscreen panels, created on first use.
 class PictureStudio {
 public:
-    /// Null with a sentence in `error` when the system gives no context.
+    /// Returns null and sets `error` to a sentence if no context can be created.
     PanelPictures* open(std::string& error);
-    /// Lets go of the context and all buffers.
-    void close() { pictures_.reset(); }
 
-    /// The style of a panel: kept here, so that it can be set before there is a context.
+    /// Display options per panel; may be set before there is a context.
     std::array<PanelStyle, k_panel_count> styles;
 
 private:

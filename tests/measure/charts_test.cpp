@@ -6,7 +6,7 @@
 
 using namespace measure;
 
-TEST(Charts, TrianglesOfAQuadHangTogetherOverTheDiagonal) {
+TEST(Charts, TrianglesOfAQuadAreConnectedAcrossTheDiagonal) {
     const ChartTable charts = find_charts(one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 1)));
     EXPECT_EQ(charts.chart_count, 1u);
     EXPECT_EQ(charts.outline.size(), 4u);
@@ -20,31 +20,31 @@ TEST(Charts, CubeNetIsOneChartWithSevenSeams) {
     EXPECT_EQ(charts.outline.size(), 14u);
 }
 
-TEST(Charts, FacesApartInTheTextureAreChartsOfTheirOwn) {
+TEST(Charts, FacesWithSeparateUvsAreSeparateCharts) {
     const ChartTable charts = find_charts(strip(3, 0.125f));
     EXPECT_EQ(charts.chart_count, 3u);
     EXPECT_EQ(charts.triangle_chart, (std::vector<uint32_t>{0, 0, 1, 1, 2, 2}));
     EXPECT_EQ(charts.seam_edges, 2u);
 }
 
-TEST(Charts, AgreementIsOfValuesNotOfIndices) {
-    EXPECT_EQ(find_charts(strip(4, 0.0f)).chart_count, 1u); // every face has UVs of its own
+TEST(Charts, UvsAreComparedByValueNotByIndex) {
+    EXPECT_EQ(find_charts(strip(4, 0.0f)).chart_count, 1u); // no two faces share UV indices
 }
 
-TEST(Charts, AnEdgeThatAgreesAtOneEndOnlyIsASeam) {
+TEST(Charts, EdgeWithEqualUvsAtOnlyOneEndIsASeam) {
     Layout layout = strip(2, 0.0f);
     layout.uvs[2 * 4 + 1] = -0.01f; // lower left corner of the second quad
     EXPECT_EQ(find_charts(layout).chart_count, 2u);
     EXPECT_EQ(find_charts(layout).seam_edges, 1u);
 }
 
-TEST(Charts, MinusZeroAgreesWithZero) {
+TEST(Charts, MinusZeroEqualsZero) {
     Layout layout = strip(2, 0.0f);
     layout.uvs[2 * 4 + 1] = -0.0f;
     EXPECT_EQ(find_charts(layout).chart_count, 1u);
 }
 
-TEST(Charts, AFlippedNeighbourIsOfTheChartAndTheFoldIsOutline) {
+TEST(Charts, FlippedNeighbourBelongsToTheChartAndTheFoldIsOutline) {
     Layout layout;
     layout.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
     add_face(layout, {0, 1, 2}, {{0, 0}, {1, 0}, {1, 1}});
@@ -54,7 +54,7 @@ TEST(Charts, AFlippedNeighbourIsOfTheChartAndTheFoldIsOutline) {
     EXPECT_EQ(charts.outline.size(), 6u);
 }
 
-TEST(Charts, ThreeTrianglesOnAnEdgeAreASeamWhenOneDisagrees) {
+TEST(Charts, EdgeOfThreeTrianglesIsASeamIfOneHasDifferentUvs) {
     Layout layout;
     layout.positions = {0, 0, 0, 0, 0, 2, 1, 0, 0, -1, 0, 0, 0, 1, 0};
     add_face(layout, {0, 1, 2}, {{0, 0}, {0.5f, 0}, {0.2f, 0.2f}});
@@ -65,7 +65,7 @@ TEST(Charts, ThreeTrianglesOnAnEdgeAreASeamWhenOneDisagrees) {
     EXPECT_DOUBLE_EQ(charts.seam_length, 2.0);
 }
 
-TEST(Charts, BordersOfTheMeshAreNoSeams) {
+TEST(Charts, MeshBordersAreNotSeams) {
     const ChartTable charts = find_charts(one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 1)));
     EXPECT_EQ(charts.seam_edges, 0u);
     EXPECT_EQ(charts.seam_length, 0.0);
@@ -79,22 +79,22 @@ TEST(Charts, TrianglesWithoutUvsBelongToNoChart) {
     EXPECT_EQ(charts.triangle_chart, (std::vector<uint32_t>{k_none, k_none, k_none, 0}));
 }
 
-TEST(Charts, AnEmptyLayoutHasNone) {
+TEST(Charts, EmptyLayoutHasNoCharts) {
     const ChartTable charts = find_charts(Layout());
     EXPECT_EQ(charts.chart_count, 0u);
     EXPECT_TRUE(charts.outline.empty());
 }
 
-TEST(Charts, ARepeatedVertexMakesNoEdge) {
+TEST(Charts, RepeatedVertexMakesNoEdge) {
     Layout layout;
     layout.positions = {0, 0, 0, 1, 0, 0};
     add_face(layout, {0, 1, 1}, {{0, 0}, {1, 0}, {0, 1}});
     EXPECT_EQ(find_charts(layout).chart_count, 1u);
 }
 
-TEST(Charts, AnEdgeIsAPlaceInSpaceWhetherOrNotVerticesAreShared) {
+TEST(Charts, EdgesAreMatchedByPositionNotByVertex) {
     Layout apart, together;
-    for (const float left : {0.0f, 1.0f}) { // two vertices at each place of the common edge
+    for (const float left : {0.0f, 1.0f}) { // each end of the common edge has two vertices
         add_polygon(apart, rectangle(left, 0, left + 1, 1),
                     rectangle(left / 2, 0, left / 2 + 0.25f, 1));
         add_polygon(together, rectangle(left, 0, left + 1, 1),
@@ -106,15 +106,15 @@ TEST(Charts, AnEdgeIsAPlaceInSpaceWhetherOrNotVerticesAreShared) {
     EXPECT_EQ(find_charts(together).seam_edges, 0u);
 }
 
-TEST(Charts, AnEdgeWithoutLengthStillJoins) {
-    Layout layout; // vertices 1 and 2 at one place
+TEST(Charts, ZeroLengthEdgeConnectsTriangles) {
+    Layout layout; // vertices 1 and 2 have the same position
     layout.positions = {0, 0, 0, 1, 0, 0, 1, 0, 0, 1, 1, 0};
     add_face(layout, {0, 1, 2}, {{0, 0}, {0.5f, 0}, {0.5f, 0.1f}});
     add_face(layout, {1, 3, 2}, {{0.5f, 0}, {1, 0.5f}, {0.5f, 0.1f}});
     EXPECT_EQ(find_charts(layout).chart_count, 1u);
 }
 
-TEST(Charts, APolygonDividedAtAVertexItComesBackToIsOne) {
+TEST(Charts, PolygonThatVisitsAVertexTwiceIsOneChart) {
     Layout layout; // the fan of 0 1 2 0 3 4 from its first corner has the diagonal from 0 to 0
     layout.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, -1, 1, 0, -1, 0, 0};
     add_face(layout, {0, 1, 2, 0, 3, 4}, {{0.5f, 0}, {1, 0}, {1, 1}, {0.5f, 0.1f}, {0, 1}, {0, 0}});

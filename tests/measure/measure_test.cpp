@@ -16,7 +16,7 @@ Measures of(const Layout& layout, const Texture& texture = k_square) {
 
 } // namespace
 
-TEST(Stretch, IdentityHasOneEverywhere) {
+TEST(Stretch, IdentityHasStretchOne) {
     const Measures m = of(one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 1)));
     EXPECT_NEAR(m.whole.l2, 1.0, 1e-12);
     EXPECT_NEAR(m.whole.linf, 1.0, 1e-12);
@@ -26,13 +26,13 @@ TEST(Stretch, IdentityHasOneEverywhere) {
     EXPECT_DOUBLE_EQ(m.coverage, 1.0);
 }
 
-TEST(Stretch, IsFreeOfTheUnitOfLength) {
+TEST(Stretch, DoesNotDependOnTheUnitOfLength) {
     const Measures m = of(one_quad(rectangle(0, 0, 1000, 1000), rectangle(0, 0, 0.5f, 0.5f)));
     EXPECT_NEAR(m.whole.l2, 1.0, 1e-12);
     EXPECT_NEAR(m.density.mean, 0.256, 1e-12);
 }
 
-TEST(Stretch, KnownShear) {
+TEST(Stretch, OfAShearMatchesTheAnalyticValue) {
     // (x, y) -> (x + y / 2, y): F^2 = 2.25, det = 1, so L2^2 = 2.25 / 2.
     const UvCorners sheared = {{0, 0}, {0.5f, 0}, {0.75f, 0.5f}, {0.25f, 0.5f}};
     const Measures m = of(one_quad(rectangle(0, 0, 1, 1), sheared));
@@ -43,24 +43,24 @@ TEST(Stretch, KnownShear) {
     EXPECT_NEAR(m.distortion.area_mean, 1.0, 1e-12);
 }
 
-TEST(Stretch, KnownSqueezeAndItsAngles) {
-    // Twice as wide as it ought to be: singular values 2 and 1, scaled by areas of 2 : 1.
+TEST(Stretch, OfASqueezeAndItsAnglesMatchAnalyticValues) {
+    // Stretched to twice the width: singular values 2 and 1, normalised by the area ratio 2.
     const Measures m = of(one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 0.5f)));
     EXPECT_NEAR(m.whole.l2, std::sqrt(0.5 * (1 + 0.25) * 2), 1e-12);
     EXPECT_NEAR(m.whole.linf, std::sqrt(2.0), 1e-12);
-    // The half square's angles 45, 90, 45 become 26.57, 90, 63.43 in both triangles.
+    // Angles of 45, 90, 45 degrees become 26.57, 90, 63.43 in both triangles of the square.
     const double change = 45 - std::atan(0.5) * 180 / std::acos(-1.0);
     EXPECT_NEAR(m.distortion.angle_max, change, 1e-9);
     EXPECT_NEAR(m.distortion.angle_mean, 2 * change / 3, 1e-9);
 }
 
-TEST(Stretch, TexelsThatAreNotSquareInUvCountAsTheyAreOnTheTexture) {
+TEST(Stretch, IsMeasuredInTexelsNotInUvs) {
     const Measures m =
         of(one_quad(rectangle(0, 0, 2, 1), rectangle(0, 0, 0.5f, 0.5f)), Texture{1024, 512});
     EXPECT_NEAR(m.whole.l2, 1.0, 1e-12);
 }
 
-TEST(Stretch, ChartsOfUnequalDensityAreEvenEachButNotTogether) {
+TEST(Stretch, OfChartsWithUnequalDensityIsOneEachButHigherTogether) {
     Layout layout;
     add_polygon(layout, rectangle(0, 0, 1, 1), rectangle(0, 0, 0.5f, 0.5f));
     add_polygon(layout, rectangle(2, 0, 3, 1), rectangle(0.75f, 0, 1, 0.25f));
@@ -68,10 +68,10 @@ TEST(Stretch, ChartsOfUnequalDensityAreEvenEachButNotTogether) {
     ASSERT_EQ(m.charts.size(), 2u);
     EXPECT_NEAR(m.charts[0].stretch.l2, 1.0, 1e-12);
     EXPECT_NEAR(m.charts[1].stretch.l2, 1.0, 1e-12);
-    // Both of area 1: (1/256^2 + 1/128^2) / 2 * (256^2 + 128^2) / 2.
+    // Both charts have area 1: (1/256^2 + 1/128^2) / 2 * (256^2 + 128^2) / 2.
     EXPECT_NEAR(m.whole.l2, std::sqrt((1 + 4) * (1 + 0.25) / 4), 1e-12);
-    EXPECT_DOUBLE_EQ(m.density.least, 128);
-    EXPECT_DOUBLE_EQ(m.density.most, 256);
+    EXPECT_DOUBLE_EQ(m.density.min, 128);
+    EXPECT_DOUBLE_EQ(m.density.max, 256);
     EXPECT_NEAR(m.density.mean, std::sqrt((256.0 * 256 + 128 * 128) / 2), 1e-9);
     EXPECT_NEAR(m.density.variation, 64.0 / 192, 1e-12);
     EXPECT_NEAR(m.distortion.area_max, 2.5, 1e-12); // 1/5 of the texels on half of the surface
@@ -88,16 +88,16 @@ TEST(Stretch, CubeNetIsIsometric) {
     EXPECT_TRUE(m.mirrored.empty());
 }
 
-TEST(Turned, AMirroredChartIsMirroredNotFlipped) {
+TEST(Orientation, MirroredChartIsReportedAsMirroredNotFlipped) {
     const Measures m = of(one_quad(rectangle(0, 0, 1, 1), {{1, 0}, {0, 0}, {0, 1}, {1, 1}}));
     EXPECT_EQ(m.mirrored, std::vector<uint32_t>{0});
     EXPECT_TRUE(m.flipped.empty());
     EXPECT_NEAR(m.whole.l2, 1.0, 1e-12);
 }
 
-TEST(Turned, AFoldedTriangleIsFlipped) {
+TEST(Orientation, FoldedTriangleIsReportedAsFlipped) {
     Layout layout = grid(3);
-    layout.uvs[2 * 5] = 0.9f; // an inner vertex pulled across its right-hand neighbours
+    layout.uvs[2 * 5] = 0.9f; // moves an inner vertex across its right-hand neighbours
     const Measures m = of(layout);
     EXPECT_FALSE(m.flipped.empty());
     EXPECT_TRUE(m.mirrored.empty());
@@ -106,12 +106,12 @@ TEST(Turned, AFoldedTriangleIsFlipped) {
     EXPECT_EQ(m.overlaps.pairs_between, 0u);
 }
 
-TEST(Turned, ACollapsedTriangleIsNamed) {
+TEST(Orientation, CollapsedTriangleIsReported) {
     const Measures m = of(one_quad(rectangle(0, 0, 1, 1), {{0, 0}, {0.5f, 0}, {1, 0}, {0, 1}}));
     EXPECT_EQ(m.collapsed, std::vector<uint32_t>{0});
 }
 
-TEST(Turned, ATriangleWithoutSurfaceAreaIsUnresolvedWhateverItsUvsSay) {
+TEST(Orientation, TriangleWithoutSurfaceAreaIsUnresolvedWhateverItsUvs) {
     Layout layout = one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 0.5f, 0.5f));
     add_polygon(layout, {{2, 0}, {3, 0}, {4, 0}}, {{0.6f, 0}, {0.6f, 0.1f}, {0.7f, 0}});
     const Measures m = of(layout);
@@ -121,7 +121,7 @@ TEST(Turned, ATriangleWithoutSurfaceAreaIsUnresolvedWhateverItsUvsSay) {
     EXPECT_TRUE(m.mirrored.empty());
 }
 
-TEST(Turned, AThinTriangleThatUvsCanResolveIsNotExcused) {
+TEST(Orientation, ThinButResolvableTriangleIsNotUnresolved) {
     Layout layout = one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 0.5f, 0.5f));
     add_face(layout, {0, 1, 2}, {{0.6f, 0}, {0.7f, 0.1f}, {0.7f, 0}});
     layout.positions.insert(layout.positions.end(), {0.5f, -1e-4f, 0});
@@ -132,7 +132,7 @@ TEST(Turned, AThinTriangleThatUvsCanResolveIsNotExcused) {
     EXPECT_EQ(m.mirrored.size(), 1u);
 }
 
-TEST(Range, TellsWhereTheLayoutLies) {
+TEST(Range, ReportsTheUvBounds) {
     const Measures m = of(one_quad(rectangle(0, 0, 1, 1), rectangle(-0.25f, 0.5f, 0.75f, 1.5f)));
     EXPECT_DOUBLE_EQ(m.uv_low[0], -0.25);
     EXPECT_DOUBLE_EQ(m.uv_high[1], 1.5);
@@ -141,7 +141,7 @@ TEST(Range, TellsWhereTheLayoutLies) {
     EXPECT_DOUBLE_EQ(*m.border, -256.0);
 }
 
-TEST(Unmapped, CornersAreCountedAndPolygonsNamed) {
+TEST(Unmapped, CornersAreCountedAndTheirPolygonsListed) {
     Layout layout = strip(3, 0.0f);
     layout.corner_uv[4] = k_none;
     layout.corner_uv[5] = k_none;
@@ -152,7 +152,7 @@ TEST(Unmapped, CornersAreCountedAndPolygonsNamed) {
     EXPECT_TRUE(std::isfinite(m.whole.l2));
 }
 
-TEST(Unmapped, ALayoutWithoutAnyUvHasNoFigures) {
+TEST(Unmapped, LayoutWithoutUvsHasNoChartsOrGap) {
     Layout layout = strip(1, 0.0f);
     layout.corner_uv.assign(4, k_none);
     const Measures m = of(layout);
@@ -162,7 +162,7 @@ TEST(Unmapped, ALayoutWithoutAnyUvHasNoFigures) {
     EXPECT_EQ(m.coverage, 0.0);
 }
 
-TEST(Unmapped, AnEmptyMeshIsMeasured) { EXPECT_EQ(of(Layout()).triangles, 0u); }
+TEST(Unmapped, EmptyMeshHasNoTriangles) { EXPECT_EQ(of(Layout()).triangles, 0u); }
 
 TEST(Extremes, AllUvsAtOnePointAreCollapsed) {
     Layout layout = grid(4);

@@ -59,7 +59,7 @@ double common_area(const UvCorners& a, UvCorners b) {
 
 } // namespace
 
-TEST(Overlap, TwoRectanglesThatCross) {
+TEST(Overlap, CrossingRectanglesOverlap) {
     const Measures m = measure::measure(
         two_rectangles(rectangle(0, 0.4f, 1, 0.6f), rectangle(0.4f, 0, 0.6f, 1)), k_square);
     EXPECT_GT(m.overlaps.pairs_between, 0u);
@@ -68,28 +68,29 @@ TEST(Overlap, TwoRectanglesThatCross) {
     EXPECT_EQ(m.gap->texels, 0.0);
 }
 
-TEST(Overlap, OneInsideTheOtherWithoutAnyBordersCrossing) {
+TEST(Overlap, NestedRectanglesWithoutCrossingBordersOverlap) {
     const Measures m = measure::measure(
         two_rectangles(rectangle(0, 0, 1, 1), rectangle(0.6f, 0.2f, 0.7f, 0.3f)), k_square);
     EXPECT_EQ(m.overlaps.pairs_between, 2u);
     EXPECT_EQ(m.overlaps.triangles, (std::vector<uint32_t>{0, 2, 3}));
 }
 
-TEST(Overlap, IdenticalRectangles) {
+TEST(Overlap, IdenticalRectanglesOverlap) {
     const Measures m =
         measure::measure(two_rectangles(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 1)), k_square);
     EXPECT_EQ(m.overlaps.pairs_between, 2u);
 }
 
-TEST(Overlap, ChartsThatTouchAlongAnEdgeDoNot) {
+TEST(Overlap, ChartsThatTouchAlongAnEdgeDoNotOverlap) {
     const Measures m = measure::measure(
         two_rectangles(rectangle(0, 0, 0.5f, 1), rectangle(0.5f, 0, 1, 1)), k_square);
     EXPECT_TRUE(m.overlaps.triangles.empty());
     EXPECT_EQ(m.gap->texels, 0.0);
 }
 
-TEST(Overlap, TheSidesOfASlitDoNot) {
-    // Two quads that share vertices only at one end of their common edge, equal in the texture.
+TEST(Overlap, SidesOfASlitDoNotOverlap) {
+    // Two quads whose common edge has one shared vertex and, at its other end, two vertices with
+    // equal UVs.
     Layout layout;
     layout.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 2, 0, 0, 2, 1, 0, 1, 1, 0};
     add_face(layout, {0, 1, 2, 3}, rectangle(0, 0, 0.25f, 0.25f));
@@ -97,26 +98,26 @@ TEST(Overlap, TheSidesOfASlitDoNot) {
     EXPECT_TRUE(measure::measure(layout, k_square).overlaps.triangles.empty());
 }
 
-TEST(Overlap, ARoundingOfTheCoordinatesIsNone) {
+TEST(Overlap, PenetrationByRoundingErrorIsNoOverlap) {
     const float just_inside = std::nextafter(0.5f, 0.0f);
     const Measures m = measure::measure(
         two_rectangles(rectangle(0, 0, 0.5f, 1), rectangle(just_inside, 0, 1, 1)), k_square);
     EXPECT_TRUE(m.overlaps.triangles.empty());
 }
 
-TEST(Overlap, AHundredthOfATexelIsOne) {
+TEST(Overlap, PenetrationByAHundredthOfATexelIsAnOverlap) {
     const Measures m = measure::measure(
         two_rectangles(rectangle(0, 0, 0.5f, 1), rectangle(0.5f - 0.01f / 512, 0, 1, 1)), k_square);
     EXPECT_FALSE(m.overlaps.triangles.empty());
 }
 
-TEST(Overlap, MirroredTrianglesOverlapLikeOthers) {
+TEST(Overlap, MirroredTrianglesAreTestedLikeOthers) {
     const Measures m = measure::measure(
         two_rectangles(rectangle(0, 0, 1, 1), {{1, 0}, {0, 0}, {0, 1}, {1, 1}}), k_square);
     EXPECT_GT(m.overlaps.pairs_between, 0u);
 }
 
-TEST(Overlap, ManyIdenticalTrianglesAreAllFoundAndCountingEnds) {
+TEST(Overlap, CountingStopsAtTheLimitButAllTrianglesAreFound) {
     Layout layout;
     layout.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
     for (uint32_t i = 0; i < 3000; ++i)
@@ -124,10 +125,10 @@ TEST(Overlap, ManyIdenticalTrianglesAreAllFoundAndCountingEnds) {
     const Measures m = measure::measure(layout, k_square);
     EXPECT_TRUE(m.overlaps.is_cut_short);
     EXPECT_EQ(m.overlaps.triangles.size(), 3000u);
-    EXPECT_EQ(m.overlaps.pairs_within + m.overlaps.pairs_between, k_most_pairs);
+    EXPECT_EQ(m.overlaps.pairs_within + m.overlaps.pairs_between, k_max_pairs);
 }
 
-TEST(Overlap, AGridHasNone) {
+TEST(Overlap, RegularGridHasNoOverlaps) {
     const Measures m = measure::measure(grid(64), k_square);
     EXPECT_TRUE(m.overlaps.triangles.empty());
     EXPECT_FALSE(m.gap);
@@ -139,7 +140,7 @@ TEST(Gap, IsEuclideanInTexels) {
                 5.0, 1e-4);
 }
 
-TEST(Gap, CountsTexelsOfBothAxesOnATextureThatIsNotSquare) {
+TEST(Gap, IsInTexelsOfEachAxisOnANonSquareTexture) {
     const Texture wide{1024, 256};
     EXPECT_NEAR(gap_of(two_rectangles(rectangle(0, 0, 0.5f, 0.25f),
                                       rectangle(0, 0.25f + 8 / 256.0f, 0.5f, 1)),
@@ -157,10 +158,10 @@ TEST(Gap, NamesOneTriangleOfEachChart) {
     EXPECT_NE(m.triangle_chart[m.gap->triangles[0]], m.triangle_chart[m.gap->triangles[1]]);
 }
 
-TEST(Gap, OneChartHasNone) { EXPECT_EQ(gap_of(cube_net()), -1.0); }
+TEST(Gap, SingleChartHasNoGap) { EXPECT_EQ(gap_of(cube_net()), -1.0); }
 
-// Against the slowest way of finding it.
-TEST(Gap, IsTheLeastOfAllPairsOnRandomCharts) {
+// Compared with brute force over all pairs of edges.
+TEST(Gap, EqualsTheMinimumOverAllPairsOfRandomCharts) {
     std::mt19937 random(7);
     std::uniform_real_distribution<float> place(0.0f, 0.95f), size(0.001f, 0.02f);
     for (int run = 0; run < 20; ++run) {
@@ -172,27 +173,27 @@ TEST(Gap, IsTheLeastOfAllPairsOnRandomCharts) {
             add_polygon(layout, rectangle(0, 0, 1, 1),
                         rectangle(boxes[i][0], boxes[i][1], boxes[i][2], boxes[i][3]));
         }
-        double least = 1e30;
+        double smallest = 1e30;
         bool overlap = false;
         for (size_t i = 0; i < boxes.size(); ++i)
             for (size_t j = 0; j < i; ++j) {
                 const auto &a = boxes[i], &b = boxes[j];
                 const double dx = std::max({0.0, double(a[0]) - b[2], double(b[0]) - a[2]});
                 const double dy = std::max({0.0, double(a[1]) - b[3], double(b[1]) - a[3]});
-                least = std::min(least, 512 * std::sqrt(dx * dx + dy * dy));
+                smallest = std::min(smallest, 512 * std::sqrt(dx * dx + dy * dy));
                 overlap |= dx == 0.0 && dy == 0.0;
             }
         const Measures m = measure::measure(layout, k_square);
         ASSERT_TRUE(m.gap);
         if (!overlap) {
-            EXPECT_NEAR(m.gap->texels, least, 1e-9) << "run " << run;
+            EXPECT_NEAR(m.gap->texels, smallest, 1e-9) << "run " << run;
         }
         EXPECT_EQ(!m.overlaps.triangles.empty(), overlap) << "run " << run;
     }
 }
 
-// Against the area that is left when one triangle is clipped by the other.
-TEST(Overlap, OfTwoRandomTrianglesIsThereWhenTheirCommonAreaIs) {
+// Compared with the area of one triangle clipped by the other.
+TEST(Overlap, OfRandomTrianglesMatchesTheirIntersectionArea) {
     std::mt19937 random(23);
     std::uniform_real_distribution<float> place(0.0f, 1.0f);
     int overlapping = 0;
@@ -207,7 +208,7 @@ TEST(Overlap, OfTwoRandomTrianglesIsThereWhenTheirCommonAreaIs) {
         }
         const double common = common_area(both[0], both[1]);
         if (common > 0.0 && common < 1e-6)
-            continue; // within the tolerance, perhaps
+            continue; // too close to the overlap tolerance to decide
         overlapping += common > 0.0;
         EXPECT_EQ(measure::measure(layout, k_square).overlaps.pairs_between, common > 0.0)
             << "run " << run;
@@ -216,8 +217,8 @@ TEST(Overlap, OfTwoRandomTrianglesIsThereWhenTheirCommonAreaIs) {
     EXPECT_LT(overlapping, 2500);
 }
 
-// The tree against a test of all pairs.
-TEST(Overlap, FindsAllPairsOfRandomTriangles) {
+// Compared with brute force over all pairs.
+TEST(Overlap, TreeFindsTheSamePairsAsTestingAll) {
     std::mt19937 random(11);
     std::uniform_real_distribution<float> place(0.0f, 1.0f), offset(-0.05f, 0.05f);
     Layout layout;
@@ -246,9 +247,9 @@ TEST(Overlap, FindsAllPairsOfRandomTriangles) {
     EXPECT_EQ(all.overlaps.pairs_between, pairs);
 }
 
-// Slivers around two points, some upon each other, some over the turn's end. Where they share a
-// vertex they are compared by their angles, where they do not, one by one.
-TEST(Overlap, OfManyTrianglesAroundAPointDoesNotDependOnHowTheVertexIsShared) {
+// Slivers around two points; some overlap, some span the angle where a full turn wraps around. With
+// a shared vertex they are tested as a fan, by angle; with separate vertices pair by pair.
+TEST(Overlap, OfTrianglesAroundAPointDoesNotDependOnSharedVertices) {
     std::mt19937 random(12);
     std::uniform_real_distribution<float> turn(0.0f, 6.2831853f), width(0.001f, 0.02f);
     Layout shared, apart;
@@ -261,8 +262,8 @@ TEST(Overlap, OfManyTrianglesAroundAPointDoesNotDependOnHowTheVertexIsShared) {
             {centre[0] + 0.25f * std::cos(from), centre[1] + 0.25f * std::sin(from)},
             {centre[0] + 0.25f * std::cos(to), centre[1] + 0.25f * std::sin(to)}};
         const auto vertex = static_cast<uint32_t>(shared.positions.size() / 3);
-        shared.positions.insert(shared.positions.end(),
-                                {0, float(i), 1, 1, float(i), 1}); // of this triangle alone
+        shared.positions.insert(shared.positions.end(), {0, float(i), 1, 1, float(i),
+                                                         1}); // vertices used by this triangle only
         add_face(shared, {i % 2, vertex, vertex + 1}, corners);
         add_polygon(apart, {{0, 0}, {1, 0}, {0, 1}}, corners);
     }
@@ -274,7 +275,7 @@ TEST(Overlap, OfManyTrianglesAroundAPointDoesNotDependOnHowTheVertexIsShared) {
     EXPECT_EQ(by_angle.triangles, one_by_one.triangles);
 }
 
-TEST(Overlap, AFanThatClosesAroundAPointHasNone) {
+TEST(Overlap, ClosedFanAroundAPointHasNoOverlaps) {
     constexpr uint32_t k_count = 4096;
     Layout layout;
     layout.positions = {0, 0, 0};

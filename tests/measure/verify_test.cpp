@@ -11,7 +11,7 @@ std::vector<Breach> breaches(const Layout& layout, const Promise& promise = {}) 
     return verify(layout, measure::measure(layout, Texture{512, 512}), promise);
 }
 
-/// The polygons of the one breach that there must be.
+/// Expects exactly one breach, with this key, and returns its polygons.
 std::vector<uint32_t> only(const std::vector<Breach>& list, const std::string& name) {
     if (list.size() != 1 || list[0].name != name) {
         for (const Breach& breach : list)
@@ -25,32 +25,32 @@ using Ids = std::vector<uint32_t>;
 
 } // namespace
 
-TEST(Verify, AGoodLayoutBreaksNothing) {
+TEST(Verify, GoodLayoutHasNoBreaches) {
     EXPECT_TRUE(breaches(cube_net()).empty());
     EXPECT_TRUE(breaches(strip(3, 2.5f / 512)).empty());
 }
 
-TEST(Verify, NamesPolygonsWithoutCoordinates) {
+TEST(Verify, ListsPolygonsWithoutUvs) {
     Layout layout = strip(3, 0.01f);
     layout.corner_uv[5] = k_none;
     EXPECT_EQ(only(breaches(layout), "unmapped"), Ids{1});
 }
 
-TEST(Verify, NamesCollapsedPolygons) {
+TEST(Verify, ListsCollapsedPolygons) {
     Layout layout = strip(2, 0.01f);
     for (int k = 4; k < 8; ++k)
         layout.uvs[2 * k + 1] = 0.5f;
     EXPECT_EQ(only(breaches(layout), "collapsed"), Ids{1});
 }
 
-TEST(Verify, NamesMirroredCharts) {
+TEST(Verify, ListsMirroredCharts) {
     Layout layout = strip(2, 0.01f);
     std::swap(layout.uvs[2 * 4], layout.uvs[2 * 5]);
     std::swap(layout.uvs[2 * 6], layout.uvs[2 * 7]);
     EXPECT_EQ(only(breaches(layout), "mirrored"), Ids{1});
 }
 
-TEST(Verify, NamesFlippedPolygons) {
+TEST(Verify, ListsFlippedPolygons) {
     Layout layout;
     layout.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 2, 0};
     add_face(layout, {0, 1, 2}, {{0, 0}, {1, 0}, {1, 1}});
@@ -63,7 +63,7 @@ TEST(Verify, NamesFlippedPolygons) {
     EXPECT_EQ(list[1].polygons, (Ids{0, 1}));
 }
 
-TEST(Verify, NamesOverlappingPolygonsAndTheGapThatIsGone) {
+TEST(Verify, ListsOverlappingPolygonsAndTheGapTheyViolate) {
     Layout layout = strip(3, 0.01f);
     for (int k = 8; k < 12; ++k)
         layout.uvs[2 * k] -= 0.03f;
@@ -74,22 +74,22 @@ TEST(Verify, NamesOverlappingPolygonsAndTheGapThatIsGone) {
     EXPECT_STREQ(list[1].name, "gap");
 }
 
-TEST(Verify, NamesTheChartsThatAreTooClose) {
+TEST(Verify, ListsChartsCloserThanTheGutter) {
     EXPECT_EQ(only(breaches(strip(2, 1.9f / 512)), "gap"), (Ids{0, 1}));
 }
 
-TEST(Verify, AllowsTheGapAHundredthOfATexel) {
+TEST(Verify, GapToleranceIsAHundredthOfATexel) {
     EXPECT_TRUE(breaches(strip(2, 1.992f / 512)).empty());
 }
 
-TEST(Verify, NamesPolygonsOutsideTheTexture) {
+TEST(Verify, ListsPolygonsOutsideTheTexture) {
     Layout layout = strip(2, 0.01f);
     for (int k = 4; k < 8; ++k)
         layout.uvs[2 * k] += 1.0f;
     EXPECT_EQ(only(breaches(layout), "outside"), Ids{1});
 }
 
-TEST(Verify, NamesChartsOverTheStretchLimit) {
+TEST(Verify, ListsChartsOverTheStretchLimit) {
     Layout layout = strip(2, 0.0f);
     for (int k = 0; k < 8; ++k)
         layout.uvs[2 * k] *= 4;
@@ -97,7 +97,7 @@ TEST(Verify, NamesChartsOverTheStretchLimit) {
     EXPECT_TRUE(breaches(layout, Promise{2, 0.6}).empty());
 }
 
-TEST(Verify, AllowsOnePolygonToExceedTheLimitAndListsIt) {
+TEST(Verify, SinglePolygonChartMayExceedTheStretchLimit) {
     Layout layout = strip(1, 0.0f);
     for (int k = 0; k < 4; ++k)
         layout.uvs[2 * k] *= 4;
@@ -106,7 +106,7 @@ TEST(Verify, AllowsOnePolygonToExceedTheLimitAndListsIt) {
     EXPECT_EQ(find_over_limit(layout, m, 0.15).allowed, Ids{0});
 }
 
-TEST(Verify, AStretchLimitOfZeroAllowsWhatRoundingLeaves) {
+TEST(Verify, StretchLimitOfZeroAllowsRoundingErrors) {
     Layout layout = grid(50);
     for (size_t i = 0; i < layout.uvs.size(); ++i)
         layout.uvs[i] = layout.uvs[i] * 0.001f + 0.7f;

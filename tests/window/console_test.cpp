@@ -21,7 +21,7 @@ protected:
     Console console;
 };
 
-TEST_F(ConsoleTest, PrintedPiecesBecomeOneLine) {
+TEST_F(ConsoleTest, PrintedFragmentsFormOneLine) {
     console.print("a");
     EXPECT_TRUE(console.lines().empty());
     console.print("b\nc\nd");
@@ -30,7 +30,7 @@ TEST_F(ConsoleTest, PrintedPiecesBecomeOneLine) {
     EXPECT_EQ((Texts{"ab", "c", "d"}), texts());
 }
 
-TEST_F(ConsoleTest, WarningsAndErrorsAreMarked) {
+TEST_F(ConsoleTest, WarningsAndErrorsGetAPrefix) {
     console.warning("slow");
     console.error("x.mel:1:2: no");
     EXPECT_EQ((Texts{"// Warning: slow", "// Error: x.mel:1:2: no"}), texts());
@@ -38,7 +38,7 @@ TEST_F(ConsoleTest, WarningsAndErrorsAreMarked) {
     EXPECT_EQ(Console::Kind::error, console.lines()[1].kind);
 }
 
-TEST_F(ConsoleTest, LastIsTheNewestResultOrComplaint) {
+TEST_F(ConsoleTest, LastIsTheNewestResultWarningOrError) {
     EXPECT_EQ(nullptr, console.last());
     console.result("3");
     console.echo("polyCube");
@@ -47,7 +47,7 @@ TEST_F(ConsoleTest, LastIsTheNewestResultOrComplaint) {
     EXPECT_EQ("// Result: 3", console.last()->text);
 }
 
-TEST_F(ConsoleTest, LastAfterARevisionForgetsWhatCameBefore) {
+TEST_F(ConsoleTest, LastIgnoresLinesBeforeTheGivenRevision) {
     console.error("old");
     const size_t revision = console.revision();
     EXPECT_EQ(nullptr, console.last(revision));
@@ -58,7 +58,7 @@ TEST_F(ConsoleTest, LastAfterARevisionForgetsWhatCameBefore) {
     EXPECT_EQ("// Warning: new", console.last(revision)->text);
 }
 
-TEST_F(ConsoleTest, PlainWordsAreWithoutMarksAndPlacesOfTheWindowsOwn) {
+TEST_F(ConsoleTest, PlainWordsStripPrefixesAndPositionsInGeneratedStatements) {
     console.error("window:1:12: file: a.obj:3: no such vertex");
     console.error("user.mel:4:1: Cannot find procedure");
     console.warning("slow");
@@ -69,20 +69,20 @@ TEST_F(ConsoleTest, PlainWordsAreWithoutMarksAndPlacesOfTheWindowsOwn) {
     EXPECT_EQ("Result: window:1: 7", plain_words(console.lines()[3]));
 }
 
-TEST_F(ConsoleTest, OldLinesGoWhenThereAreTooMany) {
-    for (size_t i = 0; i < Console::k_most_lines + 10; ++i)
+TEST_F(ConsoleTest, DropsTheOldestLinesBeyondTheLimit) {
+    for (size_t i = 0; i < Console::k_max_lines + 10; ++i)
         console.echo(std::to_string(i));
-    EXPECT_EQ(Console::k_most_lines, console.lines().size());
+    EXPECT_EQ(Console::k_max_lines, console.lines().size());
     EXPECT_EQ("10", console.lines().front().text);
 }
 
-TEST_F(ConsoleTest, RevisionCountsLines) {
+TEST_F(ConsoleTest, RevisionIncreasesWithEveryLine) {
     const size_t before = console.revision();
     console.echo("a\nb");
     EXPECT_EQ(before + 2, console.revision());
 }
 
-TEST_F(ConsoleTest, UpAndDownWalkThroughTheHistory) {
+TEST_F(ConsoleTest, RecallStepsThroughTheHistoryAndBackToTheDraft) {
     console.remember("one");
     console.remember("two");
     EXPECT_EQ("two", console.recall(false, "dra"));
@@ -93,7 +93,7 @@ TEST_F(ConsoleTest, UpAndDownWalkThroughTheHistory) {
     EXPECT_EQ("dra", console.recall(true, "dra"));
 }
 
-TEST_F(ConsoleTest, TheSameStatementTwiceIsRememberedOnce) {
+TEST_F(ConsoleTest, RepeatedStatementIsRememberedOnce) {
     console.remember("one");
     console.remember("one");
     console.remember("");
@@ -108,7 +108,7 @@ TEST_F(ConsoleTest, CompletesCommandsAtTheEndOfTheText) {
     EXPECT_EQ("e", common);
 }
 
-TEST_F(ConsoleTest, CompletesAsFarAsAllNamesAgree) {
+TEST_F(ConsoleTest, CompletesTheCommonPrefixOfAllCandidates) {
     std::string common;
     const auto found =
         window::completions(host::script::Session::current().interpreter(), "polyC", common);
@@ -127,7 +127,7 @@ TEST_F(ConsoleTest, CompletesVariablesAfterADollarSign) {
     EXPECT_EQ("le_thing", common);
 }
 
-TEST_F(ConsoleTest, NothingCompletesNothing) {
+TEST_F(ConsoleTest, EmptyWordHasNoCompletions) {
     std::string common;
     EXPECT_TRUE(
         window::completions(host::script::Session::current().interpreter(), "print ", common)

@@ -7,7 +7,7 @@ namespace {
 
 using window::Jobs;
 
-TEST(Jobs, RunInTheOrderInWhichTheyCame) {
+TEST(Jobs, RunInOrderOfArrival) {
     std::vector<std::string> ran;
     Jobs jobs([&](const std::string& text) { ran.push_back(text); });
     EXPECT_TRUE(jobs.add("a"));
@@ -18,7 +18,7 @@ TEST(Jobs, RunInTheOrderInWhichTheyCame) {
     EXPECT_TRUE(jobs.is_empty());
 }
 
-TEST(Jobs, NothingIsTakenWhileOneRuns) {
+TEST(Jobs, AddIsRefusedWhileAJobRuns) {
     Jobs* queue = nullptr;
     bool was_taken = true;
     Jobs jobs([&](const std::string&) { was_taken = queue->add("inner"); });
@@ -43,17 +43,6 @@ TEST(Jobs, RunningFromInsideAJobIsRefused) {
     EXPECT_TRUE(jobs.run_all());
     EXPECT_FALSE(nested);
     EXPECT_EQ(2, runs);
-}
-
-TEST(Jobs, SaysWhetherOneRuns) {
-    Jobs* queue = nullptr;
-    bool during = false;
-    Jobs jobs([&](const std::string&) { during = queue->is_running(); });
-    queue = &jobs;
-    jobs.add("a");
-    jobs.run_all();
-    EXPECT_TRUE(during);
-    EXPECT_FALSE(jobs.is_running());
 }
 
 } // namespace

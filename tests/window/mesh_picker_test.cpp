@@ -9,18 +9,18 @@ using namespace window;
 
 constexpr uint32_t k_nothing = 0xFFFFFFFFu;
 
-/// A triangle across the z axis at a height.
+/// A triangle in the plane at this z that contains the z axis.
 void add_triangle(std::vector<float>& points, float z) {
     points.insert(points.end(), {-1, -1, z, 1, -1, z, 0, 1, z});
 }
 
-TEST(MeshPicker, AnEmptyMeshIsNeverMet) {
+TEST(MeshPicker, EmptyMeshIsNeverHit) {
     const std::vector<float> none;
     EXPECT_EQ(k_nothing, MeshPicker(none).first_hit({{0, 0, 5}, {0, 0, -1}}));
     EXPECT_EQ(k_nothing, MeshPicker().first_hit({{0, 0, 5}, {0, 0, -1}}));
 }
 
-TEST(MeshPicker, FindsTheNearestOfSeveral) {
+TEST(MeshPicker, FindsTheNearestOfSeveralTriangles) {
     std::vector<float> points;
     for (const float z : {0.0f, 3.0f, 1.0f, 2.0f, -1.0f, -2.0f, -3.0f})
         add_triangle(points, z);
@@ -29,13 +29,13 @@ TEST(MeshPicker, FindsTheNearestOfSeveral) {
     EXPECT_EQ(6u, picker.first_hit({{0, 0, -5}, {0, 0, 1}}));
 }
 
-TEST(MeshPicker, WhatLiesBehindIsNotMet) {
+TEST(MeshPicker, TrianglesBehindTheOriginAreNotHit) {
     std::vector<float> points;
     add_triangle(points, 0.0f);
     EXPECT_EQ(k_nothing, MeshPicker(points).first_hit({{0, 0, 5}, {0, 0, 1}}));
 }
 
-TEST(MeshPicker, BothSidesOfATriangleAreMet) {
+TEST(MeshPicker, BothSidesOfATriangleAreHit) {
     std::vector<float> points;
     add_triangle(points, 0.0f);
     const MeshPicker picker(points);
@@ -43,12 +43,12 @@ TEST(MeshPicker, BothSidesOfATriangleAreMet) {
     EXPECT_EQ(0u, picker.first_hit({{0, 0, -1}, {0, 0, 1}}));
 }
 
-TEST(MeshPicker, AFlatTriangleIsNotMet) {
+TEST(MeshPicker, DegenerateTriangleIsNotHit) {
     const std::vector<float> points = {0, 0, 0, 1, 0, 0, 2, 0, 0};
     EXPECT_EQ(k_nothing, MeshPicker(points).first_hit({{0.5, 0, 5}, {0, 0, -1}}));
 }
 
-/// A picker that knows no boxes: one triangle at a time.
+/// Reference without a tree: pickers over at most two triangles, the nearest so far and the next.
 uint32_t slow_hit(const std::vector<float>& points, const Ray& ray) {
     std::vector<float> nearest_points;
     uint32_t best = k_nothing;
@@ -65,7 +65,7 @@ uint32_t slow_hit(const std::vector<float>& points, const Ray& ray) {
     return best;
 }
 
-TEST(MeshPicker, TreeAndPlainSearchAgreeOnRandomTriangles) {
+TEST(MeshPicker, TreeAndLinearSearchAgreeOnRandomTriangles) {
     std::mt19937 random(7);
     std::uniform_real_distribution<float> place(-5.0f, 5.0f), small(-1.0f, 1.0f);
     std::vector<float> points;

@@ -19,17 +19,17 @@ protected:
     }
 };
 
-TEST_F(SubjectTest, AnEmptySceneHasNone) {
+TEST_F(SubjectTest, EmptySceneHasNoSubject) {
     EXPECT_FALSE(find_subject({}).shape);
     EXPECT_EQ("", find_subject({}).shape_name());
 }
 
-TEST_F(SubjectTest, TheSelectedMeshIsMeant) {
+TEST_F(SubjectTest, SelectedMeshIsTheSubject) {
     run("polyCube -n a; polyCube -n b; select a;");
     EXPECT_EQ("aShape", find_subject({}).shape_name());
 }
 
-TEST_F(SubjectTest, WithoutASelectionTheLastOneStays) {
+TEST_F(SubjectTest, WithoutASelectionThePreviousSubjectIsKept) {
     run("polyCube -n a; polyCube -n b; select a;");
     const Subject before = find_subject({});
     run("select -cl;");
@@ -37,20 +37,20 @@ TEST_F(SubjectTest, WithoutASelectionTheLastOneStays) {
     EXPECT_EQ("bShape", find_subject({}).shape_name());
 }
 
-TEST_F(SubjectTest, ADeletedMeshIsForgotten) {
+TEST_F(SubjectTest, DeletedMeshIsNoLongerTheSubject) {
     run("polyCube -n a; polyCube -n b; select a;");
     const Subject before = find_subject({});
     run("delete a;");
     EXPECT_EQ("bShape", find_subject(before).shape_name());
 }
 
-TEST_F(SubjectTest, HiddenMeshesAreNotShown) {
+TEST_F(SubjectTest, HiddenMeshesAreSkipped) {
     run("polyCube -n a; polyCube -n b; setAttr b.visibility 0; select -cl;");
     EXPECT_EQ(1u, visible_meshes().size());
     EXPECT_EQ("aShape", find_subject({}).shape_name());
 }
 
-TEST_F(SubjectTest, AMeshWithoutUnwrapNodeHasTheDefaultTexture) {
+TEST_F(SubjectTest, MeshWithoutUnwrapNodeHasTheDefaultTexture) {
     run("polyCube -n a;");
     const Subject subject = find_subject({});
     EXPECT_FALSE(subject.node);
@@ -59,7 +59,7 @@ TEST_F(SubjectTest, AMeshWithoutUnwrapNodeHasTheDefaultTexture) {
     EXPECT_EQ("", subject.node_name());
 }
 
-TEST_F(SubjectTest, InputsComeBeforeOutputsAmongEditableAttributes) {
+TEST_F(SubjectTest, EditableAttributesListInputsBeforeOutputs) {
     run("polyCube -n a -w 3;");
     host::graph::Node* maker = Scene::current().find("polyCube1");
     ASSERT_NE(nullptr, maker);
@@ -72,7 +72,7 @@ TEST_F(SubjectTest, InputsComeBeforeOutputsAmongEditableAttributes) {
     EXPECT_TRUE(has_width);
 }
 
-TEST_F(SubjectTest, FilesAreOpenedImportedOrRunByTheirExtension) {
+TEST_F(SubjectTest, FileExtensionSelectsOpenImportOrSource) {
     EXPECT_EQ("file -open -force \"a b.OBJ\";", statement_for_file("a b.OBJ", false));
     EXPECT_EQ("file -import \"x.ma\";", statement_for_file("x.ma", true));
     EXPECT_EQ("source \"x.mel\";", statement_for_file("x.mel", false));
@@ -80,7 +80,7 @@ TEST_F(SubjectTest, FilesAreOpenedImportedOrRunByTheirExtension) {
     EXPECT_EQ("", statement_for_file("obj", false));
 }
 
-TEST(FilesDroppedIn, TheFirstOneOpensAndTheOthersAreAdded) {
+TEST(DroppedFiles, FirstMeshIsOpenedAndTheOthersImported) {
     std::vector<std::string> refused;
     EXPECT_EQ((std::vector<std::string>{"file -open -force \"/a.obj\";", "file -import \"/b.ma\";",
                                         "file -import \"/c.OBJ\";"}),
@@ -88,19 +88,19 @@ TEST(FilesDroppedIn, TheFirstOneOpensAndTheOthersAreAdded) {
     EXPECT_TRUE(refused.empty());
 }
 
-TEST(FilesDroppedIn, NothingIsReplacedWhereSomethingWouldBeLost) {
+TEST(DroppedFiles, AllAreImportedUnlessReplacingIsAllowed) {
     std::vector<std::string> refused;
     EXPECT_EQ((std::vector<std::string>{"file -import \"/a.obj\";"}),
               statements_for_drop({"/a.obj"}, false, refused));
 }
 
-TEST(FilesDroppedIn, AScriptLeavesTheOpeningToTheMeshAfterIt) {
+TEST(DroppedFiles, FirstMeshIsOpenedEvenAfterAScript) {
     std::vector<std::string> refused;
     EXPECT_EQ((std::vector<std::string>{"source \"/s.mel\";", "file -open -force \"/a.obj\";"}),
               statements_for_drop({"/s.mel", "/a.obj"}, true, refused));
 }
 
-TEST(FilesDroppedIn, OthersAreRefusedByName) {
+TEST(DroppedFiles, UnsupportedFilesAreRefusedByName) {
     std::vector<std::string> refused;
     EXPECT_EQ((std::vector<std::string>{"file -open -force \"/a.obj\";"}),
               statements_for_drop({"/photo.png", "/a.obj", "/noextension"}, true, refused));

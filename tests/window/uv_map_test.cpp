@@ -21,7 +21,7 @@ host::Mesh two_squares() {
     return mesh;
 }
 
-TEST(UvMap, FindsChartsWithTheirBoxes) {
+TEST(UvMap, FindsChartsAndTheirBounds) {
     const UvMap map(two_squares(), 0, k_texture);
     ASSERT_EQ(2u, map.charts().size());
     EXPECT_EQ(4u, map.triangle_count());
@@ -31,7 +31,7 @@ TEST(UvMap, FindsChartsWithTheirBoxes) {
     EXPECT_NEAR(0.0625, map.charts()[0].area, 1e-6);
 }
 
-TEST(UvMap, PicksTheChartUnderAPlace) {
+TEST(UvMap, PicksTheChartAtAPoint) {
     const UvMap map(two_squares(), 0, k_texture);
     EXPECT_EQ(0u, map.chart_at(0.2, 0.2));
     EXPECT_EQ(1u, map.chart_at(0.7, 0.7));
@@ -40,7 +40,7 @@ TEST(UvMap, PicksTheChartUnderAPlace) {
     EXPECT_EQ(k_none, map.chart_at(-1.0, 7.0));
 }
 
-TEST(UvMap, EveryTriangleIsPickedAtItsMiddle) {
+TEST(UvMap, PicksEveryTriangleAtItsCentroid) {
     const UvMap map(two_squares(), 0, k_texture);
     for (uint32_t t = 0; t < map.triangle_count(); ++t) {
         const float* c = map.uvs().data() + 6 * t;
@@ -49,13 +49,13 @@ TEST(UvMap, EveryTriangleIsPickedAtItsMiddle) {
     }
 }
 
-TEST(UvMap, OutlineHasTheBordersOfBothCharts) {
+TEST(UvMap, OutlineConsistsOfTheBordersOfAllCharts) {
     const UvMap map(two_squares(), 0, k_texture);
     EXPECT_EQ(8u, map.outline_chart().size());
     EXPECT_EQ(32u, map.outline().size());
 }
 
-TEST(UvMap, FiguresOfAnIsometry) {
+TEST(UvMap, IsometryHasStretchOneAndNoLoss) {
     const UvMap map(two_squares(), 0, k_texture);
     EXPECT_NEAR(0.125, map.coverage(), 1e-6);
     EXPECT_NEAR(0.0, map.worst_stretch(), 1e-6);
@@ -64,7 +64,7 @@ TEST(UvMap, FiguresOfAnIsometry) {
         EXPECT_NEAR(1.0f, stretch, 1e-5f);
 }
 
-TEST(UvMap, AStretchedChartShows) {
+TEST(UvMap, StretchedChartHasAHigherStretch) {
     host::Mesh mesh = two_squares();
     host::UvSet& set = mesh.edit_uv_set(0);
     set.u[5] = set.u[6] = 0.725f; // half as wide
@@ -74,7 +74,7 @@ TEST(UvMap, AStretchedChartShows) {
     EXPECT_GT(map.worst_stretch(), 0.05);
 }
 
-TEST(UvMap, MeshWithoutUvsHasNoChart) {
+TEST(UvMap, MeshWithoutUvsHasNoCharts) {
     const UvMap map(two_squares(), -1, k_texture);
     EXPECT_TRUE(map.charts().empty());
     EXPECT_EQ(4u, map.unmapped());
@@ -84,7 +84,7 @@ TEST(UvMap, MeshWithoutUvsHasNoChart) {
     EXPECT_EQ(1.0, map.box().high[1]);
 }
 
-TEST(UvMap, UnmappedCornersLeaveTheirTrianglesOut) {
+TEST(UvMap, TrianglesWithUnmappedCornersBelongToNoChart) {
     host::Mesh mesh = two_squares();
     mesh.edit_uv_set(0).corner_uvs[4] = -1;
     const UvMap map(mesh, 0, k_texture);
@@ -102,7 +102,7 @@ TEST(UvMap, CollapsedTrianglesHaveStretchZero) {
     EXPECT_EQ(k_none, map.chart_at(0.7, 0.7));
 }
 
-TEST(UvMap, AnEmptyMeshIsFine) {
+TEST(UvMap, EmptyMeshHasNoTriangles) {
     const UvMap map(host::Mesh(), -1, k_texture);
     EXPECT_EQ(0u, map.triangle_count());
     EXPECT_EQ(k_none, map.triangle_at(0.5, 0.5));

@@ -12,7 +12,7 @@ UvView view(double width = 400.0, double height = 300.0) {
     return made;
 }
 
-TEST(UvView, PixelsAndUvsAreEachOthersInverse) {
+TEST(UvView, ToPixelAndToUvAreInverse) {
     UvView v = view();
     v.zoom(3.0, 50.0, 60.0);
     v.pan(17.0, -5.0);
@@ -31,7 +31,7 @@ TEST(UvView, VPointsUp) {
     EXPECT_GT(low, high);
 }
 
-TEST(UvView, ZoomKeepsWhatIsUnderTheMouse) {
+TEST(UvView, ZoomKeepsTheUvUnderTheMouse) {
     UvView v = view();
     double u0, v0, u1, v1;
     v.to_uv(30.0, 200.0, u0, v0);
@@ -41,7 +41,7 @@ TEST(UvView, ZoomKeepsWhatIsUnderTheMouse) {
     EXPECT_NEAR(v0, v1, 1e-12);
 }
 
-TEST(UvView, ZoomIsBounded) {
+TEST(UvView, ZoomIsClamped) {
     UvView v = view();
     v.zoom(1e30, 0.0, 0.0);
     EXPECT_EQ(1048576.0, v.pixels_per_side());
@@ -60,7 +60,7 @@ TEST(UvView, PanFollowsTheMouse) {
     EXPECT_NEAR(y + 8.0, ny, 1e-9);
 }
 
-TEST(UvView, FrameShowsAllOfABox) {
+TEST(UvView, FrameShowsTheWholeBox) {
     UvView v = view(500.0, 200.0);
     UvBox box;
     box.low[0] = 0.2;
@@ -84,22 +84,22 @@ TEST(UvView, FrameOfAPointStaysFinite) {
     EXPECT_LE(v.pixels_per_side(), 1048576.0);
 }
 
-TEST(UvView, APanelWithoutSizeCountsAsOnePixel) {
+TEST(UvView, EmptyPanelIsTreatedAsOnePixel) {
     UvView v = view(0.0, -5.0);
     EXPECT_EQ(1.0, v.width());
     EXPECT_EQ(1.0, v.height());
 }
 
-TEST(UvView, GridStepIsThePowerOfTwoThatLeavesRoom) {
+TEST(UvView, GridStepIsTheSmallestPowerOfTwoWithMinimumSpacing) {
     UvView v = view();
-    v.frame(UvBox()); // 264 pixels a unit
+    v.frame(UvBox()); // 264 pixels per unit
     const measure::Texture texture{512.0, 256.0};
-    EXPECT_EQ(16, v.grid_step(texture, 8.0)); // 264/512 pixels a texel
+    EXPECT_EQ(16, v.grid_step(texture, 8.0)); // 264/512 pixels per texel
     v.zoom(40.0, 0.0, 0.0);
     EXPECT_EQ(1, v.grid_step(texture, 8.0));
 }
 
-TEST(UvView, TexelsAreSquareInATextureThatIsNot) {
+TEST(UvView, TexelsAreSquareInANonSquareTexture) {
     UvView v = view(400.0, 400.0);
     EXPECT_TRUE(v.set_texture({2048.0, 256.0}));
     double left, right, top, bottom;
@@ -112,7 +112,7 @@ TEST(UvView, TexelsAreSquareInATextureThatIsNot) {
     EXPECT_NEAR(100.0 / 256.0, w, 1e-12);
 }
 
-TEST(UvView, FrameShowsAllOfAWideTexture) {
+TEST(UvView, FrameShowsTheWholeOfAWideTexture) {
     UvView v = view(400.0, 400.0);
     v.set_texture({2048.0, 256.0});
     v.frame(UvBox());
@@ -124,7 +124,7 @@ TEST(UvView, FrameShowsAllOfAWideTexture) {
     EXPECT_NEAR(44.0, bottom - top, 1e-9);
 }
 
-TEST(UvView, ATextureOfTheSameShapeChangesNothing) {
+TEST(UvView, TextureOfTheSameAspectRatioChangesNothing) {
     UvView v = view();
     EXPECT_FALSE(v.set_texture({512.0, 512.0}));
     EXPECT_FALSE(v.set_texture({1024.0, 1024.0}));

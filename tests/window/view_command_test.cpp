@@ -1,4 +1,4 @@
-/// The command `view` where it opens no window: help, wrong words, no screen.
+/// The command `tessora view` in cases where no window opens: help, wrong options, no screen.
 #include "tests/app/process.h"
 #include "tests/app/scratch.h"
 
@@ -15,7 +15,7 @@ protected:
         ::unsetenv("DISPLAY");
         ::unsetenv("WAYLAND_DISPLAY");
     }
-    /// The program ends with a code and a sentence on standard error.
+    /// Expects this exit code and this text on standard error.
     static void expect_refused(const std::vector<std::string>& words, int code,
                                const std::string& sentence) {
         const Ended ended = run(words);
@@ -34,11 +34,11 @@ TEST_F(ViewCommand, HelpHasExamplesAndNeedsNoScreen) {
     EXPECT_EQ("", ended.err);
 }
 
-TEST_F(ViewCommand, SaysThatThereIsNoScreen) {
+TEST_F(ViewCommand, ReportsAMissingScreen) {
     expect_refused({"view"}, 1, "there is no screen to open a window on");
 }
 
-TEST_F(ViewCommand, RefusesAFileThatIsNotThere) {
+TEST_F(ViewCommand, RefusesAMissingFile) {
     expect_refused({"view", dir.path("none.obj")}, 3, "none.obj: there is no such file");
 }
 
@@ -46,12 +46,12 @@ TEST_F(ViewCommand, RefusesTwoFiles) {
     expect_refused({"view", "a.obj", "b.obj"}, 2, "view takes one file");
 }
 
-TEST_F(ViewCommand, RefusesASizeThatIsNone) {
+TEST_F(ViewCommand, RefusesAMalformedSize) {
     for (const char* size : {"wide", "640", "640x", "640x480x2", "10x10", "99999x480"})
         expect_refused({"view", "--size", size}, 2, "--size takes WIDTHxHEIGHT");
 }
 
-TEST_F(ViewCommand, RefusesADisplayThatIsNone) {
+TEST_F(ViewCommand, RefusesAnUnknownDisplayMode) {
     expect_refused({"view", "--display", "glossy"}, 2,
                    "--display takes plain, charts, checker or stretch, not glossy");
 }

@@ -33,7 +33,7 @@ protected:
                 sink(point);
         };
     }
-    /// The box that points take up in a viewport, in parts of its half size.
+    /// Bounds of projected points, in normalised device coordinates.
     static host::Bounds seen(int panel, const std::vector<MPoint>& points) {
         host::Bounds all, box;
         for (const MPoint& point : points)
@@ -62,7 +62,7 @@ protected:
     }
 };
 
-TEST_F(Cameras, ArePerPanelTopFrontSideAndPersp) {
+TEST_F(Cameras, PanelsLookThroughTopFrontSideAndPersp) {
     const char* const names[] = {"top", "front", "side", "persp"};
     for (int panel = 0; panel < host::k_panel_count; ++panel)
         EXPECT_EQ(host::camera_name(host::panel_camera(panel)), names[panel]);
@@ -70,14 +70,14 @@ TEST_F(Cameras, ArePerPanelTopFrontSideAndPersp) {
     EXPECT_TRUE(host::panel_camera(4).empty());
 }
 
-TEST_F(Cameras, AreFoundBesideAnotherNodeOfTheirName) {
+TEST_F(Cameras, AreFoundDespiteAnotherNodeOfTheSameName) {
     run("createNode transform -n \"group\"; createNode transform -n \"persp\" -p \"group\";");
     const auto path = host::panel_camera(persp);
     ASSERT_EQ(path.size(), 2u);
     EXPECT_TRUE(path[0]->is_default);
 }
 
-TEST_F(Cameras, ShowTheOriginInTheMiddle) {
+TEST_F(Cameras, ProjectTheOriginToTheCentre) {
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
         double window[3];
         ASSERT_TRUE(host::project(read(panel), k_port, MPoint(), window));
@@ -86,7 +86,7 @@ TEST_F(Cameras, ShowTheOriginInTheMiddle) {
     }
 }
 
-TEST_F(Cameras, LookAlongTheAxesThatTheirNamesSay) {
+TEST_F(Cameras, LookAlongTheAxesTheirNamesImply) {
     const struct {
         int panel;
         MPoint right, up;
@@ -103,7 +103,7 @@ TEST_F(Cameras, LookAlongTheAxesThatTheirNamesSay) {
     }
 }
 
-TEST_F(Cameras, ShowAnOrthographicWidthAcrossThePanel) {
+TEST_F(Cameras, OrthographicWidthSpansThePanel) {
     run("setAttr frontShape.orthographicWidth 8");
     double window[3];
     ASSERT_TRUE(host::project(read(front), k_port, MPoint(4, 3, 0), window));
@@ -111,8 +111,8 @@ TEST_F(Cameras, ShowAnOrthographicWidthAcrossThePanel) {
     EXPECT_NEAR(window[1], 320.0, 1e-6);
 }
 
-TEST_F(Cameras, CoverThePanelWithTheFilm) {
-    // 36 x 24 mm behind 35 mm: wide panels are as wide as the film, high ones as high.
+TEST_F(Cameras, FilmFitCoversThePanel) {
+    // Film of 36 x 24 mm at 35 mm focal length: its width fills wide panels, its height tall ones.
     const double wide = 1.41732 * 25.4 / 70.0, high = 0.94488 * 25.4 / 70.0;
     EXPECT_NEAR(read(persp, {0, 0, 400, 100}).half_width, wide, 1e-12);
     EXPECT_NEAR(read(persp, {0, 0, 400, 100}).half_height, wide / 4, 1e-12);
@@ -120,12 +120,12 @@ TEST_F(Cameras, CoverThePanelWithTheFilm) {
     EXPECT_NEAR(read(persp, {0, 0, 100, 400}).half_width, high / 4, 1e-12);
 }
 
-TEST_F(Cameras, HaveNoPlaceForWhatIsBehindThem) {
+TEST_F(Cameras, ProjectFailsBehindTheCamera) {
     double window[3];
     EXPECT_FALSE(host::project(read(persp), k_port, MPoint(60, 45, 60), window));
 }
 
-TEST_F(Cameras, SendRaysThroughWhatTheyShow) {
+TEST_F(Cameras, RaysPassThroughTheProjectedPoint) {
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
         for (const MPoint& point : cloud(7, 3.0, MPoint(1, 2, 3))) {
             double window[3];
@@ -141,7 +141,7 @@ TEST_F(Cameras, SendRaysThroughWhatTheyShow) {
     }
 }
 
-TEST_F(Cameras, FrameRandomPointsExactlyInTheTighterDirection) {
+TEST_F(Cameras, FrameFitsRandomPointsExactlyInTheTighterDirection) {
     for (unsigned seed = 1; seed <= 20; ++seed) {
         const double size = std::pow(10.0, double(seed % 9) - 4.0);
         const auto points = cloud(seed, size, MPoint(3 * size, -size, 20 * size));
@@ -160,7 +160,7 @@ TEST_F(Cameras, FrameRandomPointsExactlyInTheTighterDirection) {
     }
 }
 
-TEST_F(Cameras, FrameASinglePoint) {
+TEST_F(Cameras, FrameOfASinglePointIsFinite) {
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
         host::frame_points(host::panel_camera(panel), k_port, source({MPoint(5, 6, 7)}));
         const host::Bounds box = seen(panel, {MPoint(5, 6, 7)});
@@ -169,7 +169,7 @@ TEST_F(Cameras, FrameASinglePoint) {
     }
 }
 
-TEST_F(Cameras, StayWhereTheyAreWithoutPoints) {
+TEST_F(Cameras, FrameWithoutPointsMovesNothing) {
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
         const MMatrix before = read(panel).view;
         host::frame_points(host::panel_camera(panel), k_port, source({}));
@@ -196,15 +196,15 @@ TEST_F(Cameras, OrbitAboutTheCentreOfInterest) {
     EXPECT_NEAR(after[1], 170.0, 1e-6);
 }
 
-TEST_F(Cameras, OrbitNoFurtherThanStraightUpAndDown) {
+TEST_F(Cameras, OrbitIsClampedToStraightUpAndDown) {
     host::orbit(host::panel_camera(persp), 0.0, 500.0);
     const CameraView down = read(persp);
-    EXPECT_NEAR(down.view[1][2], 1.0, 1e-9); // the world's up comes straight at the camera
+    EXPECT_NEAR(down.view[1][2], 1.0, 1e-9); // the world's y axis points at the camera
     host::orbit(host::panel_camera(persp), 0.0, -500.0);
     EXPECT_NEAR(read(persp).view[1][2], -1.0, 1e-9);
 }
 
-TEST_F(Cameras, ThatAreOrthographicDoNotTurn) {
+TEST_F(Cameras, OrthographicCamerasDoNotOrbit) {
     const MMatrix before = read(front).view;
     host::orbit(host::panel_camera(front), 30.0, 30.0);
     EXPECT_TRUE(read(front).view == before);
@@ -251,7 +251,7 @@ TEST_F(Cameras, ZoomByAFactorAtTheCentreOfInterest) {
     }
 }
 
-TEST_F(Cameras, LeaveNoTraceInTheUndoQueueOrTheScene) {
+TEST_F(Cameras, MovesAreNotUndoableAndDoNotModifyTheScene) {
     run("createNode transform -n \"made\"");
     host::graph::Scene::current().is_modified = false;
     host::orbit(host::panel_camera(persp), 10, 10);
@@ -262,18 +262,18 @@ TEST_F(Cameras, LeaveNoTraceInTheUndoQueueOrTheScene) {
     EXPECT_EQ(host::graph::Scene::current().find("made"), nullptr);
 }
 
-TEST(BoundsTest, OfNothingIsEmptyAndStaysSo) {
+TEST(BoundsTest, EmptyBoundsStayEmptyAfterATransform) {
     const host::Bounds nothing;
     EXPECT_TRUE(nothing.is_empty);
     EXPECT_TRUE(nothing.moved(MMatrix()).is_empty);
     EXPECT_EQ(nothing.radius(), 0.0);
 }
 
-TEST(BoundsTest, HoldsEveryCornerAfterAMove) {
+TEST(BoundsTest, TransformedBoundsContainEveryCorner) {
     host::Bounds box;
     box.add(MPoint(-1, -2, -3));
     box.add(MPoint(1, 2, 3));
-    MMatrix turn; // a quarter about z, and away
+    MMatrix turn; // 90 degrees about z, then a translation
     turn[0][0] = 0, turn[0][1] = 1, turn[1][0] = -1, turn[1][1] = 0, turn[3][0] = 10;
     const host::Bounds moved = box.moved(turn);
     EXPECT_TRUE(moved.low.isEquivalent(MPoint(8, -1, -3)));

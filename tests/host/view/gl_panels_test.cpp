@@ -22,7 +22,7 @@ enum : int { top, front, side, persp };
 
 class GlPanelsTest : public PanelTest {
 protected:
-    /// What OpenGL says while the context is current and no panel is being drawn.
+    /// Runs `question` with the panels' context current, outside of any draw.
     template <class Question>
     void ask(Question question) {
         ASSERT_TRUE(surface->make_current());
@@ -30,7 +30,7 @@ protected:
         surface->give_back();
     }
     uint64_t built() const { return panels->counts().buffers_built; }
-    /// How many pixels of a panel a transform takes up.
+    /// Number of pixels that change when a transform is hidden.
     size_t covered(const std::string& transform, int panel) {
         run("setAttr " + transform + ".visibility 0");
         const Picture empty = draw(panel);
@@ -41,7 +41,7 @@ protected:
 
 // === Pictures ================================================================================
 
-TEST_F(GlPanelsTest, ShowACubeInTheMiddleOfEveryPanel) {
+TEST_F(GlPanelsTest, DrawACubeInTheCentreOfEveryPanel) {
     run("polyCube -n box");
     frame_all();
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
@@ -55,13 +55,13 @@ TEST_F(GlPanelsTest, ShowACubeInTheMiddleOfEveryPanel) {
     }
 }
 
-TEST_F(GlPanelsTest, ShowASquareAsLargeAsItProjects) {
+TEST_F(GlPanelsTest, DrawASquareAtItsProjectedSize) {
     run("polyCube -n box -w 2 -h 2 -d 2; setAttr frontShape.orthographicWidth 8");
-    // 60 pixels each way: two of the eight units that 240 pixels are.
+    // 240 pixels show 8 units, so a side of 2 units is 60 pixels.
     EXPECT_EQ(covered("box", front), 60u * 60u);
 }
 
-TEST_F(GlPanelsTest, HideWhatIsNearerBehindNothing) {
+TEST_F(GlPanelsTest, NearerFacesHideFartherOnes) {
     run("polyCube -n near; move 0 0 5 near; polyCube -n far -w 1 -h 1 -d 1;"
         "setAttr frontShape.orthographicWidth 4");
     run("setAttr far.visibility 0");
@@ -70,7 +70,7 @@ TEST_F(GlPanelsTest, HideWhatIsNearerBehindNothing) {
     EXPECT_EQ(differing(draw(front), alone), 0u);
 }
 
-TEST_F(GlPanelsTest, ShowMeshesOfAnySize) {
+TEST_F(GlPanelsTest, DrawMeshesOfAnySize) {
     for (const char* size : {"0.00001", "1", "1000000"}) {
         run(std::string("file -f -new; polyCube -n box -w ") + size + " -h " + size + " -d " +
             size);
@@ -84,7 +84,7 @@ TEST_F(GlPanelsTest, ShowMeshesOfAnySize) {
     }
 }
 
-TEST_F(GlPanelsTest, ShowNothingThatIsHiddenFromAbove) {
+TEST_F(GlPanelsTest, SkipShapesUnderAHiddenParent) {
     run("polyCube -n box; createNode transform -n above; parent box above");
     frame_all();
     run("setAttr above.visibility 0");
@@ -97,12 +97,12 @@ TEST_F(GlPanelsTest, ShowNothingThatIsHiddenFromAbove) {
     EXPECT_NE(differing(draw(persp), hidden), 0u);
 }
 
-TEST_F(GlPanelsTest, LightAMirroredMeshFromTheOutside) {
+TEST_F(GlPanelsTest, LightMirroredMeshesFromTheOutside) {
     run("polySphere -n ball");
     frame_all();
     const Picture plain = draw(front);
     run("setAttr ball.scaleX -1");
-    // Seen from the other side a ball is the same; lit from the inside it would be dark.
+    // A mirrored ball looks the same; if lit from the inside it would be dark.
     const Picture mirrored = draw(front);
     int worst = 0;
     for (int x = 60; x < 180; ++x)
@@ -110,10 +110,10 @@ TEST_F(GlPanelsTest, LightAMirroredMeshFromTheOutside) {
     EXPECT_LT(worst, 24);
 }
 
-TEST_F(GlPanelsTest, ShowEdgesOfAWireframeAndNothingBetweenThem) {
+TEST_F(GlPanelsTest, WireframeDrawsOnlyEdges) {
     run("polyPlane -n sheet -w 2 -h 2 -sx 2 -sy 2; setAttr topShape.orthographicWidth 4");
     panels->style(top).appearance = host::Appearance::wireframe;
-    // Five rows of 120 pixels and what the ends add, instead of 120 x 120.
+    // Five lines of 120 pixels plus their ends, instead of 120 x 120 pixels.
     const size_t pixels = covered("sheet", top);
     EXPECT_GT(pixels, 6u * 115u);
     EXPECT_LT(pixels, 6u * 125u);
@@ -130,7 +130,7 @@ TEST_F(GlPanelsTest, MarkSelectedShapesAndComponents) {
         run(std::string("select ") + part);
         changed.push_back(differing(draw(front), plain));
     }
-    EXPECT_GT(changed[0], 4u * 6u); // four points of five pixels, cut at the border or not
+    EXPECT_GT(changed[0], 4u * 6u); // four points of about 5 x 5 pixels
     EXPECT_LT(changed[0], 4u * 30u);
     EXPECT_GT(changed[1], 4u * 120u);
     EXPECT_LT(changed[1], 4u * 130u * 3u);
@@ -141,7 +141,7 @@ TEST_F(GlPanelsTest, MarkSelectedShapesAndComponents) {
     EXPECT_EQ(differing(draw(front), plain), 0u);
 }
 
-TEST_F(GlPanelsTest, LightUpPartsOfAMesh) {
+TEST_F(GlPanelsTest, HighlightFacesOfAMesh) {
     run("polyPlane -n sheet -w 2 -h 2 -sx 2 -sy 2; setAttr topShape.orthographicWidth 4;"
         "select -cl");
     const Picture plain = draw(top);
@@ -155,7 +155,7 @@ TEST_F(GlPanelsTest, LightUpPartsOfAMesh) {
     EXPECT_EQ(differing(draw(top), plain), 0u);
 }
 
-TEST_F(GlPanelsTest, CarryGridAndName) {
+TEST_F(GlPanelsTest, DrawGridAndNameIfEnabled) {
     const Picture plain = draw(top);
     panels->style(top).has_grid = true;
     const Picture grid = draw(top);
@@ -166,7 +166,7 @@ TEST_F(GlPanelsTest, CarryGridAndName) {
     EXPECT_LT(name, 1000u);
 }
 
-TEST_F(GlPanelsTest, AreTheSameAgain) {
+TEST_F(GlPanelsTest, RedrawIsIdentical) {
     run("polySphere -n ball");
     frame_all();
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
@@ -176,7 +176,7 @@ TEST_F(GlPanelsTest, AreTheSameAgain) {
     }
 }
 
-TEST_F(GlPanelsTest, DrawInsideOfTheirRectangleOnly) {
+TEST_F(GlPanelsTest, DrawOnlyInsideTheirViewport) {
     run("polySphere -n ball");
     frame_all();
     ASSERT_TRUE(panels->draw_all());
@@ -192,7 +192,7 @@ TEST_F(GlPanelsTest, DrawInsideOfTheirRectangleOnly) {
               0u);
 }
 
-TEST_F(GlPanelsTest, AverageSamplesAtTheEdges) {
+TEST_F(GlPanelsTest, MultisamplingSmoothsEdges) {
     run("polySphere -n ball");
     frame_all();
     std::string error;
@@ -226,7 +226,7 @@ TEST_F(GlPanelsTest, BuildBuffersOnceForManyDraws) {
     EXPECT_EQ(panels->counts().panels, 24u);
 }
 
-TEST_F(GlPanelsTest, BuildAgainWhenTheMeshChanges) {
+TEST_F(GlPanelsTest, RebuildBuffersWhenTheMeshChanges) {
     run("polySphere -n ball -r 1");
     frame_all();
     ASSERT_TRUE(panels->draw_all());
@@ -259,7 +259,7 @@ TEST_F(GlPanelsTest, ShareBuffersBetweenInstances) {
     EXPECT_EQ(built(), 1u);
 }
 
-TEST_F(GlPanelsTest, DropBuffersOfWhatIsGone) {
+TEST_F(GlPanelsTest, DropBuffersOfDeletedMeshes) {
     run("polySphere -n ball; polyCube -n box");
     ASSERT_TRUE(panels->draw_all());
     EXPECT_EQ(panels->counts().buffers_held, 2u);
@@ -281,27 +281,9 @@ TEST_F(GlPanelsTest, KeepComponentBuffersWhileTheSelectionStays) {
     EXPECT_EQ(panels->counts().buffers_held, 1u);
 }
 
-TEST_F(GlPanelsTest, DrawWhatTheyDrewLastWhileFrozen) {
-    run("polySphere -n ball -r 1");
-    frame_all();
-    int called = 0;
-    const auto id = callbacks.add_post_render("modelPanel2", [&](const std::string&) { ++called; });
-    const Picture before = draw(front);
-    panels->set_frozen(true);
-    run("setAttr polySphere1.radius 0.5");
-    EXPECT_EQ(differing(draw(front), before), 0u);
-    EXPECT_EQ(called, 1);
-    run("delete ball");
-    EXPECT_EQ(differing(draw(front), before), 0u);
-    panels->set_frozen(false);
-    EXPECT_NE(differing(draw(front), before), 0u);
-    EXPECT_EQ(called, 2);
-    callbacks.remove(id);
-}
-
 // === Callbacks and plug-ins ==================================================================
 
-TEST_F(GlPanelsTest, CallBackAfterEachPanelWithItsName) {
+TEST_F(GlPanelsTest, FirePostRenderCallbacksWithThePanelName) {
     std::vector<std::string> calls;
     std::vector<host::graph::CallbackId> ids;
     for (const char* name : {"modelPanel1", "modelPanel2", "modelPanel3", "modelPanel4"})
@@ -314,7 +296,7 @@ TEST_F(GlPanelsTest, CallBackAfterEachPanelWithItsName) {
         callbacks.remove(id);
 }
 
-TEST_F(GlPanelsTest, GiveCallbacksTheCamerasMatrices) {
+TEST_F(GlPanelsTest, LoadTheCamerasMatricesForCallbacks) {
     run("polyCube -n box");
     frame_all();
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
@@ -342,7 +324,7 @@ TEST_F(GlPanelsTest, GiveCallbacksTheCamerasMatrices) {
     }
 }
 
-TEST_F(GlPanelsTest, LeaveOpenGlAsItWas) {
+TEST_F(GlPanelsTest, RestoreAllOpenGlState) {
     run("polySphere -n ball; select ball.f[*]");
     const auto leave_a_mess = [](const std::string&) {
         glLineWidth(7.0f);
@@ -386,7 +368,7 @@ TEST_F(GlPanelsTest, LeaveOpenGlAsItWas) {
     callbacks.remove(id);
 }
 
-TEST_F(GlPanelsTest, RefuseADrawWithinADraw) {
+TEST_F(GlPanelsTest, RefuseNestedDraws) {
     bool inner = true;
     const auto id = callbacks.add_post_render("modelPanel4", [&](const std::string&) {
         inner = panels->draw(front);
@@ -397,7 +379,7 @@ TEST_F(GlPanelsTest, RefuseADrawWithinADraw) {
     callbacks.remove(id);
 }
 
-TEST_F(GlPanelsTest, BracketDrawingBetweenBeginAndEnd) {
+TEST_F(GlPanelsTest, BeginGlSetsUpThePanelUntilEndGl) {
     run("polyCube -n box -w 2 -h 2 -d 2");
     frame_all();
     draw(front);
@@ -406,7 +388,7 @@ TEST_F(GlPanelsTest, BracketDrawingBetweenBeginAndEnd) {
     EXPECT_TRUE(view.endGL().error());
     ASSERT_TRUE(view.beginGL());
     glColor3f(1.0f, 0.0f, 1.0f);
-    glBegin(GL_TRIANGLES); // over the cube's front, which is in the way of nothing
+    glBegin(GL_TRIANGLES); // in front of the cube
     glVertex3d(-1, -1, 1);
     glVertex3d(1, -1, 1);
     glVertex3d(1, 1, 1);
@@ -421,7 +403,7 @@ TEST_F(GlPanelsTest, BracketDrawingBetweenBeginAndEnd) {
     EXPECT_NEAR(double(count(picture, Rgb{255, 0, 255})), half, 200.0);
 }
 
-TEST_F(GlPanelsTest, NestBracketsOfSeveralPanels) {
+TEST_F(GlPanelsTest, BeginAndEndGlNestAcrossPanels) {
     draw(front);
     M3dView one, other;
     ASSERT_TRUE(M3dView::getM3dViewFromModelPanel("modelPanel2", one));
@@ -435,13 +417,13 @@ TEST_F(GlPanelsTest, NestBracketsOfSeveralPanels) {
     EXPECT_EQ(viewport_x(), panels->viewport(front).x);
     ASSERT_TRUE(other.beginGL());
     EXPECT_EQ(viewport_x(), panels->viewport(persp).x);
-    EXPECT_TRUE(one.endGL().error()); // not the one that began last
+    EXPECT_TRUE(one.endGL().error()); // brackets must end in reverse order
     ASSERT_TRUE(other.endGL());
     EXPECT_EQ(viewport_x(), panels->viewport(front).x);
     ASSERT_TRUE(one.endGL());
 }
 
-TEST_F(GlPanelsTest, RefuseToBeginInAHiddenPanel) {
+TEST_F(GlPanelsTest, BeginGlFailsInAHiddenPanel) {
     panels->arrange_one(persp, 100, 100);
     M3dView view;
     ASSERT_TRUE(M3dView::getM3dViewFromModelPanel("modelPanel1", view));
@@ -450,7 +432,7 @@ TEST_F(GlPanelsTest, RefuseToBeginInAHiddenPanel) {
     EXPECT_TRUE(panels->draw_all());
 }
 
-TEST_F(GlPanelsTest, TellPluginsTheirCamerasAndSizes) {
+TEST_F(GlPanelsTest, ReportCameraAndSizeToPlugins) {
     MStatus status;
     M3dView view = M3dView::active3dView(&status);
     ASSERT_TRUE(status);
@@ -462,7 +444,7 @@ TEST_F(GlPanelsTest, TellPluginsTheirCamerasAndSizes) {
     EXPECT_TRUE(camera.inclusiveMatrix().inverse().isEquivalent(panels->camera_view(persp).view));
 }
 
-TEST_F(GlPanelsTest, RedrawWhenTheyAreAsked) {
+TEST_F(GlPanelsTest, RefreshRequestsARedraw) {
     ASSERT_TRUE(panels->draw_all());
     const uint64_t drawn = panels->counts().panels;
     M3dView view = M3dView::active3dView();
@@ -479,7 +461,7 @@ TEST_F(GlPanelsTest, RedrawWhenTheyAreAsked) {
     EXPECT_TRUE(panels->needs_redraw(top));
 }
 
-TEST_F(GlPanelsTest, GiveWayToTheRendererTheyReplaced) {
+TEST_F(GlPanelsTest, DestructorReinstatesTheReplacedRenderer) {
     {
         std::string error;
         auto other = host::Offscreen::make(error);
@@ -491,7 +473,7 @@ TEST_F(GlPanelsTest, GiveWayToTheRendererTheyReplaced) {
     EXPECT_EQ(host::panel_renderer(), panels.get());
 }
 
-TEST_F(GlPanelsTest, DrawWithAnotherContextInBetween) {
+TEST_F(GlPanelsTest, DrawWhileAnotherContextIsInUse) {
     std::string error;
     auto other = host::Offscreen::make(error);
     ASSERT_TRUE(other && other->resize(64, 64, 1, error)) << error;
@@ -499,7 +481,7 @@ TEST_F(GlPanelsTest, DrawWithAnotherContextInBetween) {
     frame_all();
     const Picture before = draw(front);
     ASSERT_TRUE(other->make_current());
-    ASSERT_TRUE(panels->draw(front)); // and the other context is current again
+    ASSERT_TRUE(panels->draw(front)); // the other context is restored afterwards
     glClearColor(1.0f, 0.0f, 0.0f, 1.0f);
     glClear(GL_COLOR_BUFFER_BIT);
     other->give_back();
@@ -509,7 +491,7 @@ TEST_F(GlPanelsTest, DrawWithAnotherContextInBetween) {
 
 // === Surfaces and files ======================================================================
 
-TEST_F(GlPanelsTest, RefusePicturesWithoutASizeOrBeyondTheSystems) {
+TEST_F(GlPanelsTest, RefusePicturesThatAreEmptyOrTooLarge) {
     std::string error;
     EXPECT_FALSE(surface->resize(0, 100, 1, error));
     EXPECT_NE(error.find("no picture of 0 x 100 pixels"), std::string::npos) << error;
@@ -518,7 +500,7 @@ TEST_F(GlPanelsTest, RefusePicturesWithoutASizeOrBeyondTheSystems) {
     EXPECT_TRUE(surface->resize(16, 16, 1000, error)) << error;
 }
 
-TEST(PngOf, PictureIsAPngFile) {
+TEST(PngOf, EncodesAPngFile) {
     host::Picture picture;
     EXPECT_EQ(host::png_of(picture), "");
     picture.width = 3;

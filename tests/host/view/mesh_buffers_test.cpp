@@ -17,7 +17,7 @@ Surface surface_of(const host::Mesh& mesh) {
     return surface;
 }
 
-/// Two unit squares that share an edge and are bent by an angle there.
+/// Two unit squares that share an edge, bent by an angle along it.
 mesh_builder::Parts bent(double degrees) {
     const double turn = degrees * 3.14159265358979 / 180.0;
     mesh_builder::Parts parts;
@@ -31,7 +31,7 @@ mesh_builder::Parts bent(double degrees) {
     return parts;
 }
 
-TEST(MakeSurface, SharesVerticesOverASmoothEdge) {
+TEST(MakeSurface, SharesVerticesAcrossASmoothEdge) {
     EXPECT_EQ(surface_of(bent(30).mesh()).vertices.size(), 6u);
 }
 
@@ -40,7 +40,7 @@ TEST(MakeSurface, SplitsVerticesAlongACrease) {
     EXPECT_EQ(surface_of(mesh_builder::cube().mesh()).vertices.size(), 24u);
 }
 
-TEST(MakeSurface, LetsNormalsOfASmoothEdgeLieBetweenTheFaces) {
+TEST(MakeSurface, AveragesNormalsAlongASmoothEdge) {
     for (const host::SurfaceVertex& vertex : surface_of(bent(30).mesh()).vertices) {
         const double length = std::sqrt(double(vertex.normal.x) * double(vertex.normal.x) +
                                         double(vertex.normal.z) * double(vertex.normal.z));
@@ -51,7 +51,7 @@ TEST(MakeSurface, LetsNormalsOfASmoothEdgeLieBetweenTheFaces) {
     }
 }
 
-TEST(MakeSurface, GivesTrianglesThatCoverEachPolygonInItsWinding) {
+TEST(MakeSurface, TrianglesCoverEachPolygonInItsWinding) {
     const Surface surface = surface_of(mesh_builder::cube().mesh());
     ASSERT_EQ(surface.indices.size(), 36u);
     double volume = 0.0;
@@ -66,13 +66,13 @@ TEST(MakeSurface, GivesTrianglesThatCoverEachPolygonInItsWinding) {
     EXPECT_NEAR(volume, 1.0, 1e-6);
 }
 
-TEST(MakeSurface, TakesAMeshWithoutPolygons) {
+TEST(MakeSurface, AcceptsAMeshWithoutPolygons) {
     const Surface surface = surface_of(host::Mesh());
     EXPECT_TRUE(surface.vertices.empty());
     EXPECT_TRUE(surface.indices.empty());
 }
 
-TEST(MakeSurface, TakesAPolygonWithoutArea) {
+TEST(MakeSurface, AcceptsAPolygonWithoutArea) {
     mesh_builder::Parts parts;
     for (int i = 0; i < 3; ++i)
         parts.point(i, 0, 0);

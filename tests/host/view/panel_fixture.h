@@ -1,4 +1,4 @@
-/// Panels drawn for real, without a screen; and questions about the picture.
+/// Fixture that draws panels offscreen, with helpers to inspect the picture.
 #pragma once
 
 #include "host/commands/session.h"
@@ -20,7 +20,7 @@ namespace panel_test {
 constexpr int k_width = 240;
 constexpr int k_height = 180;
 
-/// A colour, compared exactly.
+/// An RGB colour.
 struct Rgb {
     int r, g, b;
     bool operator==(const Rgb& o) const { return r == o.r && g == o.g && b == o.b; }
@@ -31,7 +31,7 @@ inline std::ostream& operator<<(std::ostream& out, const Rgb& c) {
 constexpr Rgb k_green{0, 255, 0};
 constexpr Rgb k_blue{0, 0, 255};
 
-/// The pixel at window coordinates: y from below.
+/// The pixel at window coordinates (y up).
 inline Rgb at(const host::Picture& picture, int x, int y) {
     const uint8_t* const p = picture.pixel(x, picture.height - 1 - y);
     return {p[0], p[1], p[2]};
@@ -81,7 +81,7 @@ protected:
         const auto outcome = host::script::Session::current().run(text, "test");
         EXPECT_TRUE(outcome.ok) << outcome.error;
     }
-    /// One panel's part of the picture, drawn anew.
+    /// Redraws one panel and returns its part of the picture.
     host::Picture draw(int panel) {
         EXPECT_TRUE(panels->draw(panel));
         return cut(surface->read(), panels->viewport(panel));
@@ -96,7 +96,7 @@ protected:
         }
         return cut;
     }
-    /// Where a point is in a panel's picture, as it would be drawn now.
+    /// Projects a point to pixels of a panel.
     void place(int panel, const MPoint& point, double window[3]) {
         host::Viewport viewport = panels->viewport(panel);
         const host::CameraView camera = panels->camera_view(panel);

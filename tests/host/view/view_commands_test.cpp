@@ -20,7 +20,6 @@ protected:
     }
     ~ViewCommands() override {
         run("file -f -new");
-        studio.close();
         for (const char* name : {"viewFit", "getPanel", "modelEditor", "panelPicture"})
             session.interpreter().remove_command(name);
         session.set_output(nullptr);
@@ -81,7 +80,7 @@ TEST_F(ViewCommands, PanelPictureWritesOnePanel) {
     EXPECT_NE(panel_test::differing(read(file("one.png")), read(file("other.png"))), 0u);
 }
 
-TEST_F(ViewCommands, PanelPictureLeavesNothingWhenItFails) {
+TEST_F(ViewCommands, PanelPictureLeavesNoFileOnFailure) {
     expect_error("panelPicture", "panelPicture");
     expect_error("panelPicture -panel modelPanel9 \"" + file("a.png") + "\"",
                  "panelPicture: There is no panel \"modelPanel9\".");
@@ -94,7 +93,7 @@ TEST_F(ViewCommands, PanelPictureLeavesNothingWhenItFails) {
     EXPECT_TRUE(std::filesystem::is_empty(folder));
 }
 
-TEST_F(ViewCommands, PanelPictureLeavesAnotherRendererInPlace) {
+TEST_F(ViewCommands, PanelPictureKeepsAnInstalledRenderer) {
     std::string error;
     auto surface = host::Offscreen::make(error);
     ASSERT_TRUE(surface) << error;
@@ -103,7 +102,7 @@ TEST_F(ViewCommands, PanelPictureLeavesAnotherRendererInPlace) {
     EXPECT_EQ(host::panel_renderer(), &panels);
 }
 
-TEST_F(ViewCommands, ViewFitFramesAllOrWhatIsSelected) {
+TEST_F(ViewCommands, ViewFitFramesAllOrTheSelection) {
     run("polyCube -n box; polyCube -n small -w 0.1 -h 0.1 -d 0.1; move 3 0 0 small");
     run("viewFit -all -f 1 front");
     EXPECT_NEAR(run("getAttr frontShape.orthographicWidth").to_real(), 3.55, 1e-5);
@@ -120,7 +119,7 @@ TEST_F(ViewCommands, ViewFitFramesAllOrWhatIsSelected) {
     EXPECT_NEAR(run("getAttr frontShape.orthographicWidth").to_real(), 3.55, 1e-5);
 }
 
-TEST_F(ViewCommands, ViewFitTakesTheActivePanel) {
+TEST_F(ViewCommands, ViewFitUsesTheActivePanelByDefault) {
     run("polyCube -n box");
     const double before = run("getAttr persp.tx").to_real();
     run("viewFit");
@@ -131,14 +130,14 @@ TEST_F(ViewCommands, ViewFitTakesTheActivePanel) {
     host::set_active_panel(active);
 }
 
-TEST_F(ViewCommands, ViewFitRefusesWhatIsNoCameraAndNoFactor) {
+TEST_F(ViewCommands, ViewFitRefusesUnknownCamerasAndBadFactors) {
     expect_error("viewFit nobody", "no panel that looks through \"nobody\"");
     expect_error("viewFit -f 0", "viewFit: -fitFactor is above 0 and at most 1.");
     expect_error("viewFit -f 1.5", "viewFit: -fitFactor is above 0 and at most 1.");
 }
 
-TEST_F(ViewCommands, RefreshAsksForARedrawOrDrawsAtOnce) {
-    run("refresh; refresh -cv -f"); // nobody draws: nothing to do
+TEST_F(ViewCommands, RefreshRequestsARedrawOrDrawsAtOnce) {
+    run("refresh; refresh -cv -f"); // no renderer: nothing to redraw
     std::string error;
     auto surface = host::Offscreen::make(error);
     ASSERT_TRUE(surface && surface->resize(64, 64, 1, error)) << error;
@@ -154,13 +153,13 @@ TEST_F(ViewCommands, RefreshAsksForARedrawOrDrawsAtOnce) {
     EXPECT_FALSE(panels.needs_redraw(3));
 }
 
-TEST_F(ViewCommands, GetPanelNamesThem) {
+TEST_F(ViewCommands, GetPanelListsThePanels) {
     EXPECT_EQ(run("getPanel -type modelPanel").size(), 4u);
     EXPECT_EQ(run("getPanel -type outlinerPanel").size(), 0u);
     EXPECT_EQ(run("getPanel -withFocus").to_string(), "modelPanel4");
 }
 
-TEST_F(ViewCommands, ModelEditorRemembersWhatItIsTold) {
+TEST_F(ViewCommands, ModelEditorQueriesWhatWasSet) {
     EXPECT_EQ(run("modelEditor -q -displayAppearance modelPanel1").to_string(), "smoothShaded");
     run("modelEditor -e -displayAppearance wireframe -grid 0 modelPanel1");
     EXPECT_EQ(run("modelEditor -q -da modelPanel1").to_string(), "wireframe");
@@ -182,7 +181,7 @@ TEST_F(ViewCommands, ModelEditorChangesThePicture) {
     EXPECT_NE(panel_test::differing(read(file("a.png")), read(file("b.png"))), 0u);
 }
 
-TEST_F(ViewCommands, ModelEditorRefusesWhatItDoesNotKnow) {
+TEST_F(ViewCommands, ModelEditorRefusesUnknownPanelsAndFlags) {
     expect_error("modelEditor -e -grid 0 modelPanel7", "There is no panel \"modelPanel7\".");
     expect_error("modelEditor -e -da flatShaded modelPanel1",
                  "-displayAppearance is wireframe or smoothShaded.");

@@ -1,4 +1,4 @@
-/// Pictures of the panels and their PNG files.
+/// Pixels read from OpenGL, and their PNG encoding.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace host {
 
-/// Pixels of 8 bits red, green and blue each, rows from the top.
+/// 8-bit RGB pixels, top row first.
 struct Picture {
     int width = 0;
     int height = 0;
@@ -18,11 +18,10 @@ struct Picture {
     }
 };
 
-/// The picture as a PNG file; empty when it has no pixels or memory runs out.
+/// Encodes a picture as PNG; empty if it has no pixels or memory runs out.
 std::string png_of(const Picture& picture);
 
-/// Copies the rectangle whose lower left corner is (x, y) from the framebuffer that is bound for
-/// reading. The context must be current.
+/// Reads the rectangle with lower left corner (x, y) from the current read framebuffer.
 Picture read_pixels(int x, int y, int width, int height);
 
 } // namespace host

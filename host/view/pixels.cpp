@@ -1,4 +1,4 @@
-#include "host/view/picture.h"
+#include "host/view/pixels.h"
 
 #include <GL/gl.h>
 
@@ -32,7 +32,7 @@ Picture read_pixels(int x, int y, int width, int height) {
     picture.rgb.resize(row * size_t(height));
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
     glReadPixels(x, y, width, height, GL_RGB, GL_UNSIGNED_BYTE, picture.rgb.data());
-    // OpenGL's first row is the lowest.
+    // OpenGL returns the bottom row first.
     const auto begin = picture.rgb.begin();
     for (size_t low = 0, high = size_t(height); low + 1 < high; ++low)
         std::swap_ranges(begin + long(low * row), begin + long((low + 1) * row),
