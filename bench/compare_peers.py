@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Unwraps the models that peers.tsv speaks of, in fast and quality mode, and prints our rows beside
-the peers' with the means that matter. Figures are measured from the written files.
+"""Unwraps the models listed in peers.tsv in fast and quality mode and prints our results beside those
+of the peers, with means over all models. Results are measured from the written files.
 
     bench/compare_peers.py MODELS
     bench/compare_peers.py MODELS --modes quality --only koala,boot
@@ -24,8 +24,8 @@ import unwrap_runs as runs
 HERE = pathlib.Path(__file__).resolve().parent
 FIGURES = ["charts", "seam", "l2", "coverage", "seconds"]
 PEERS = ["xatlas", "smart_uv"]
-TOYS = {"tet", "cube_uv", "keyhole66", "triple_vierbein"}  # left out of all means
-LARGE = {"sword_quads", "koala", "dragon_res2"}            # left out of the sum of charts
+TOYS = {"tet", "cube_uv", "keyhole66", "triple_vierbein"}  # excluded from all means
+LARGE = {"sword_quads", "koala", "dragon_res2"}            # excluded from the sum of charts
 
 
 def read_peers(path):
@@ -36,7 +36,7 @@ def read_peers(path):
 
 
 def better(peers):
-    """The better of the peers, figure by figure."""
+    """The best value of each figure over the peers."""
     best = {f: min(p[f] for p in peers.values()) for f in FIGURES}
     best["coverage"] = max(p["coverage"] for p in peers.values())
     return best
@@ -66,14 +66,14 @@ def unwrap_all(program, meshes, mode, stretch, folder):
 
 
 def summary(ours, peers):
-    """Means over the meshes that count; ratios are ours over the better peer's."""
+    """Means over all meshes but toys; ratios are ours over the better peer's."""
     names = [name for name in ours if name not in TOYS and name in peers]
     if not names:
         return {}
     best = {name: better(peers[name]) for name in names}
     charts = {n: ours[n]["charts"] / best[n]["charts"] for n in names}
     seams = {n: (ours[n]["seam"] + 0.1) / (best[n]["seam"] + 0.1) for n in names}
-    # Coverage is held against the peer with fewer charts: full textures are easy with many.
+    # Coverage is compared with the peer that has fewer charts: many charts make packing easier.
     behind = {n: min(peers[n].values(), key=lambda p: p["charts"])["coverage"] - ours[n]["coverage"]
               for n in names}
     worst = lambda ratios: max(ratios, key=ratios.get)
@@ -110,7 +110,7 @@ def against_quality(fast, quality):
 
 
 def install_watlas(folder):
-    """True when the package is there afterwards."""
+    """Installs the package if possible. Returns whether it is present."""
     folder = pathlib.Path(folder)
     folder.mkdir(parents=True, exist_ok=True)
     if not shutil.which("node") or not shutil.which("npm"):
@@ -123,7 +123,7 @@ def install_watlas(folder):
 
 
 def run_watlas(program, meshes, package, folder):
-    """mesh -> figures, measured like ours on the atlas' own size."""
+    """mesh -> figures, measured like ours at the texture size that watlas chose."""
     found = {}
     for mesh in meshes:
         output = pathlib.Path(folder) / f"{mesh.stem}_watlas.obj"

@@ -1,16 +1,16 @@
 #!/usr/bin/env python3
-"""How cost grows with the mesh: time of every stage and peak memory per triangle, from a thousand
+"""Measures how cost grows with mesh size: time per stage and peak memory per triangle, from a thousand
 triangles to a million, by subdividing a mesh (more triangles on the same shape) and by replicating
-it (more of the same shape), with the exponent that fits best.
+it (more copies of the shape), with the fitted exponent.
 
     bench/growth.py
-    bench/growth.py --most 200000 --high_quality
+    bench/growth.py --max 200000 --high_quality
     bench/growth.py --mesh horse.obj --ways replicate
     bench/growth.py --shapes
 
-Without --mesh a bumpy torus of our own is taken. --shapes instead holds the cost of collecting and
-applying per corner of two hard shapes (a vertex of 20,000 triangles, a polygon of 100,000 corners)
-against that of a plain mesh."""
+The default mesh is a generated bumpy torus. --shapes instead compares the cost per corner of
+collecting and applying for two hard shapes (a vertex of 20,000 triangles, a polygon of 100,000
+corners) with that of a plain mesh."""
 
 import argparse
 import math
@@ -21,7 +21,7 @@ import tempfile
 import unwrap_runs as runs
 
 STAGES = ["read", "collect", "generate", "apply", "verify", "write"]
-FIT_FROM = 10_000  # triangles; below, constant costs rule
+FIT_FROM = 10_000  # triangles; below this, constant costs dominate
 
 
 def torus(rings, sides):
@@ -56,7 +56,7 @@ def read_triangles(path):
 
 
 def subdivide(points, triangles):
-    """Every triangle becomes four, by the middles of its edges."""
+    """Splits every triangle into four at the midpoints of its edges."""
     points, middles, result = list(points), {}, []
 
     def middle(a, b):
@@ -102,12 +102,12 @@ def write_obj(path, points, polygons):
         file.writelines("f %s\n" % " ".join(str(i + 1) for i in p) for p in polygons)
 
 
-def sizes_of(way, base, most):
-    """Meshes of growing size, the base first."""
+def sizes_of(way, base, max_triangles):
+    """Yields meshes of growing size up to `max_triangles`, starting with the base."""
     points, triangles = base
     yield base
     count = 1
-    while len(triangles) * 4 <= most * 1.05:
+    while len(triangles) * 4 <= max_triangles * 1.05:
         if way == "subdivide":
             points, triangles = subdivide(points, triangles)
         else:
@@ -117,7 +117,7 @@ def sizes_of(way, base, most):
 
 
 def run_shapes(program, limit):
-    """Nanoseconds per corner, and how many times those of the first row."""
+    """Prints nanoseconds per corner, absolute and relative to the first row."""
     shapes = [("torus", torus(256, 128)), ("valence 20,000", double_cone(20_000)),
               ("polygon of 100,000", (circle(100_000), [tuple(range(100_000))]))]
     rows, first = [], None
@@ -141,12 +141,50 @@ def run_shapes(program, limit):
     return True
 
 
+def measure_way(program, way, base, options, words):
+    """Unwraps meshes of growing size. Returns table rows, triangle counts, costs by name, and whether
+    all unwraps succeeded."""
+    rows, counts = [], []
+    costs = {"generate": [], "collect + apply": [], "all": []}
+    with tempfile.TemporaryDirectory(prefix="growth.") as folder:
+        for points, triangles in sizes_of(way, base, words.max):
+            mesh = pathlib.Path(folder) / "mesh.obj"
+            write_obj(mesh, points, triangles)
+            run, report = runs.unwrap(program, mesh, mesh.with_name("out.obj"), options,
+                                      words.limit)
+            n = len(triangles)
+            print(f"{way}: {n} triangles: {run.seconds:.1f} s", file=sys.stderr)
+            if run.code != 0:
+                print(f"{way}: {n} triangles: exit {run.code}: {run.text.strip()[:200]}")
+                return rows, counts, costs, False
+            seconds = report["seconds"]
+            rows.append([n, report["charts"]] + [f"{seconds.get(s, 0):.3f}" for s in STAGES] +
+                        [f"{n / run.seconds:.0f}", f"{report['peak_mb']:.0f}",
+                         f"{report['peak_mb'] * 2**20 / n:.0f}"])
+            counts.append(n)
+            costs["all"].append(run.seconds)
+            costs["generate"].append(seconds["generate"])
+            costs["collect + apply"].append(seconds["collect"] + seconds["apply"])
+    return rows, counts, costs, True
+
+
+def print_way(way, rows, counts, costs):
+    print(f"\n{way} (seconds per stage)")
+    runs.print_table(["triangles", "charts"] + STAGES +
+                     ["triangles/s", "peak MiB", "bytes/triangle"], rows)
+    fit = [i for i, n in enumerate(counts) if n >= FIT_FROM]
+    if len(fit) > 1:
+        for name, cost in costs.items():
+            exponent = runs.growth_exponent([counts[i] for i in fit], [cost[i] for i in fit])
+            print(f"exponent of {name} from {counts[fit[0]]} triangles: {exponent:.2f}")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", help="the tessora program; default: build/release/bin/tessora")
     parser.add_argument("--mesh", help="OBJ file to start from")
-    parser.add_argument("--most", type=int, default=1_050_000, help="triangles at the end")
+    parser.add_argument("--max", type=int, default=1_050_000, help="maximum number of triangles")
     parser.add_argument("--ways", default="subdivide,replicate")
     parser.add_argument("--high_quality", action="store_true")
     parser.add_argument("--limit", type=int, default=1800, help="seconds for one unwrap")
@@ -156,41 +194,13 @@ def main():
     if words.shapes:
         return 0 if run_shapes(program, words.limit) else 1
     base = read_triangles(words.mesh) if words.mesh else torus(32, 16)
-    # A large texture, so that gutters do not decide how many charts fit.
+    # A large texture, so that gutters do not limit the number of charts.
     options = ["--width", 4096, "--height", 4096] + (["--high_quality"] if words.high_quality else [])
     good = True
     for way in words.ways.split(","):
-        rows, counts = [], []
-        costs = {"generate": [], "collect + apply": [], "all": []}
-        with tempfile.TemporaryDirectory(prefix="growth.") as folder:
-            for points, triangles in sizes_of(way, base, words.most):
-                mesh = pathlib.Path(folder) / "mesh.obj"
-                write_obj(mesh, points, triangles)
-                run, report = runs.unwrap(program, mesh, mesh.with_name("out.obj"), options,
-                                          words.limit)
-                n = len(triangles)
-                print(f"{way}: {n} triangles: {run.seconds:.1f} s", file=sys.stderr)
-                if run.code != 0:
-                    print(f"{way}: {n} triangles: exit {run.code}: {run.text.strip()[:200]}")
-                    good = False
-                    break
-                seconds = report["seconds"]
-                rows.append([n, report["charts"]] +
-                            [f"{seconds.get(s, 0):.3f}" for s in STAGES] +
-                            [f"{n / run.seconds:.0f}", f"{report['peak_mb']:.0f}",
-                             f"{report['peak_mb'] * 2**20 / n:.0f}"])
-                counts.append(n)
-                costs["all"].append(run.seconds)
-                costs["generate"].append(seconds["generate"])
-                costs["collect + apply"].append(seconds["collect"] + seconds["apply"])
-        print(f"\n{way} (seconds per stage)")
-        runs.print_table(["triangles", "charts"] + STAGES +
-                         ["triangles/s", "peak MiB", "bytes/triangle"], rows)
-        fit = [i for i, n in enumerate(counts) if n >= FIT_FROM]
-        if len(fit) > 1:
-            for name, cost in costs.items():
-                exponent = runs.growth_exponent([counts[i] for i in fit], [cost[i] for i in fit])
-                print(f"exponent of {name} from {counts[fit[0]]} triangles: {exponent:.2f}")
+        rows, counts, costs, has_succeeded = measure_way(program, way, base, options, words)
+        print_way(way, rows, counts, costs)
+        good = good and has_succeeded
     return 0 if good else 1
 
 

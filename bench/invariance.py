@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Unwraps every model of a folder in ways that must not change the result, and compares:
+"""Unwraps every model of a folder in variations that must not change the result, and compares:
 
     again     the same file twice: the same bytes
     uvs       with random texture coordinates: the same bytes (seams are not kept)
-    x0.001    scaled by a thousandth: the same charts (which polygons hang together)
+    x0.001    scaled by a thousandth: the same partition of polygons into charts
     x1000     scaled by a thousand: the same charts
     others    the programs named by --others (other compilers, other builds): the same bytes
 
@@ -22,7 +22,7 @@ import unwrap_runs as runs
 
 
 def with_random_uvs(text, seed):
-    """The same faces, each corner with one of a thousand texture coordinates."""
+    """Replaces all texture coordinates by random ones."""
     chance = random.Random(seed)
     lines = [f"vt {chance.random():.6f} {chance.random():.6f}" for _ in range(1000)]
     for line in text.splitlines():
@@ -47,7 +47,7 @@ def scaled(text, factor):
 
 
 def faces_and_uvs(text):
-    """Per face its corners as (vertex, texture coordinate), and the lines that give the latter."""
+    """Per face its corners as (vertex index, vt index), and the vt lines."""
     faces, uvs = [], []
     for line in text.splitlines():
         words = line.split()
@@ -59,7 +59,7 @@ def faces_and_uvs(text):
 
 
 def charts(text):
-    """Per face the first face of its chart: faces hang together over an edge of two corners that
+    """Per face the first face of its chart. Faces are connected if they share an edge whose ends
     agree in vertex and texture coordinate."""
     faces, _ = faces_and_uvs(text)
     chart = list(range(len(faces)))
@@ -79,7 +79,7 @@ def charts(text):
 
 
 def corner_uvs(text):
-    """What every corner got, whatever else the files hold."""
+    """The vt line of every corner, independent of numbering."""
     faces, uvs = faces_and_uvs(text)
     return [uvs[corner[1] - 1] for face in faces for corner in face]
 

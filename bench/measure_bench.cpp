@@ -1,4 +1,4 @@
-/// What the judge's parts cost per triangle, from ten thousand triangles to a million.
+/// Benchmarks of the measures, from ten thousand triangles to a million.
 #include "measure/charts.h"
 #include "measure/measure.h"
 #include "measure/shape.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Patches of n x n quads each, `side` x `side` of them in the texture, a gutter between them.
+/// A layout of side x side charts of n x n quads each, separated by a gutter.
 measure::Layout patches(uint32_t side, uint32_t n) {
     measure::Layout layout;
     const float cell = 1.0f / static_cast<float>(side), step = 0.9f * cell / static_cast<float>(n);
@@ -40,7 +40,7 @@ measure::Layout patches(uint32_t side, uint32_t n) {
     return layout;
 }
 
-/// 25 patches with `triangles` in all, about.
+/// 25 charts with about `triangles` triangles in total.
 measure::Layout of_size(int64_t triangles) {
     return patches(5, static_cast<uint32_t>(std::sqrt(static_cast<double>(triangles) / 50.0)));
 }

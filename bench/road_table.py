@@ -7,8 +7,8 @@ corner mapped, all UVs in the unit square, the gutter kept, every chart under th
     bench/road_table.py MODELS --only koala,boot --settings default,wide
     bench/road_table.py MODELS --high_quality --json table.json
 
-Ends with 1 when any line is broken. A texture that cannot hold the charts is no fault (exit code 5)
-when they number more than a quarter of what the gutter leaves room for."""
+Exits with 1 if any line is broken. A refusal because the charts do not fit the texture (exit code 5)
+is accepted if there are more than a quarter as many charts as the gutter leaves room for."""
 
 import argparse
 import json
@@ -32,7 +32,7 @@ HEADER = ["model", "setting", "exit", "charts", "flips", "overlaps", "mirrored",
 
 
 def faults(m, padding):
-    """What the measures of a written file say against it."""
+    """The violated guarantees of a measured file."""
     found = []
     for key, name in [("unmapped_corners", "unmapped"), ("flipped", "flipped"),
                       ("collapsed", "collapsed"), ("mirrored_charts", "mirrored"),
@@ -50,7 +50,8 @@ def faults(m, padding):
 
 
 def refusal_verdict(text, charts, width, height, padding):
-    """Whether exit code 5 was right: `charts` is what the mesh came to elsewhere."""
+    """Whether exit code 5 was justified. `charts`: the number of charts with another setting, used if
+    `text` does not name one."""
     numbers = [int(n) for n in re.findall(r"(\d+) charts", text)]
     count = max(numbers) if numbers else charts
     capacity = runs.gutter_capacity(width, height, padding)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests of the arithmetic in the benchmark scripts."""
+"""Tests of the calculations in the benchmark scripts."""
 
 import math
 import pathlib
@@ -15,7 +15,7 @@ import unwrap_runs
 
 
 def measures(**changes):
-    """Figures of a layout without fault."""
+    """Measures of a faultless layout, with some changed."""
     good = {"unmapped_corners": 0, "flipped": 0, "collapsed": 0, "mirrored_charts": 0, "outside": 0,
             "overlap_pairs_within": 0, "overlap_pairs_between": 0, "gap_texels": 2.1,
             "over_limit_broken": []}
@@ -31,13 +31,13 @@ class Arithmetic(unittest.TestCase):
         sizes = [10, 100, 1000]
         self.assertAlmostEqual(unwrap_runs.growth_exponent(sizes, [3 * n**1.5 for n in sizes]), 1.5)
 
-    def test_capacity_counts_points_a_gutter_apart(self):
+    def test_capacity_counts_grid_points_spaced_by_the_gutter(self):
         # 1024 x 256 with 8: the margin takes 8/256 of both sides; 992 and 248 are left.
         self.assertEqual(unwrap_runs.gutter_capacity(1024, 256, 8), 125 * 32)
         self.assertEqual(unwrap_runs.gutter_capacity(8, 8, 8), 0)
         self.assertEqual(unwrap_runs.gutter_capacity(8, 8, 0), math.inf)
 
-    def test_uvs_are_those_that_faces_name(self):
+    def test_has_uvs_looks_at_faces_only(self):
         with tempfile.TemporaryDirectory() as folder:
             mesh = pathlib.Path(folder) / "mesh.obj"
             for text, expected in [("vt 0 0\nf 1 2 3\n", False), ("f 1//1 2//2 3//3\n", False),
@@ -78,18 +78,18 @@ class ComparePeers(unittest.TestCase):
     def setUp(self):
         self.peers = compare_peers.read_peers(compare_peers.HERE / "peers.tsv")
 
-    def test_the_table_of_peers_is_whole(self):
+    def test_the_table_of_peers_is_complete(self):
         self.assertEqual(len(self.peers), 23)
         self.assertEqual(self.peers["mine"]["smart_uv"]["charts"], 307)
         small = set(self.peers) - compare_peers.TOYS - compare_peers.LARGE
         self.assertEqual(sum(self.peers[n]["xatlas"]["charts"] for n in small), 6043)
 
-    def test_the_better_peer_is_taken_figure_by_figure(self):
+    def test_the_best_peer_is_chosen_per_figure(self):
         best = compare_peers.better(self.peers["mine"])
         self.assertEqual((best["charts"], best["seam"], best["l2"], best["coverage"]),
                          (278, 27.5, 1.0043, 0.704))
 
-    def test_ratios_are_ours_over_theirs_and_toys_do_not_count(self):
+    def test_ratios_are_ours_over_theirs_and_exclude_toys(self):
         row = {"charts": 139, "seam": 13.7, "l2": 1.01, "coverage": 0.7, "seconds": 1,
                "worst_l2": 1.1}
         means = compare_peers.summary({"mine": row, "tet": dict(row, charts=999)}, self.peers)
@@ -98,7 +98,7 @@ class ComparePeers(unittest.TestCase):
         self.assertAlmostEqual(means["seams, geometric mean of ratios"], 0.5)
         self.assertAlmostEqual(means["coverage, furthest behind (mine)"], 0.683 - 0.7)
 
-    def test_fast_is_held_against_quality(self):
+    def test_fast_is_compared_with_quality(self):
         row = {"charts": 10, "seam": 0.9, "coverage": 0.6}
         means = compare_peers.against_quality({"mine": dict(row, charts=12, coverage=0.58)},
                                               {"mine": row})

@@ -1,4 +1,4 @@
-"""What the benchmark scripts share: runs of the program, measures of written files, tables."""
+"""Shared by the benchmark scripts: running the program, measuring written files, printing tables."""
 
 import json
 import math
@@ -36,7 +36,7 @@ def unwrap(program, mesh, output, options, timeout=900):
 
 
 def measure(program, mesh, width, height, stretch, timeout=900):
-    """The figures of a written file; nothing else is looked at."""
+    """Measures a written file; independent of any report."""
     run = Run([str(program), "measure", str(mesh), "--json", "--per_chart", "--width", str(width),
                "--height", str(height), "--stretch", str(stretch)], timeout)
     if run.code != 0:
@@ -64,8 +64,8 @@ def has_uvs(mesh):
 
 
 def gutter_capacity(width, height, padding):
-    """How many charts can keep a gutter even when each is a point: the texture less the margin
-    that its shorter side gives up, divided by the gutter on both axes."""
+    """Upper bound of the number of charts that fit with this gutter, even if each is a point: grid
+    points spaced by the gutter, in the texture less the margin along its sides."""
     if padding == 0:
         return math.inf
     share = 1.0 - padding / min(width, height)
@@ -81,7 +81,7 @@ def geometric_mean(values):
 
 
 def growth_exponent(sizes, costs):
-    """Slope of the line of least squares through log cost over log size."""
+    """Slope of the least-squares line through log cost over log size."""
     xs, ys = [math.log(s) for s in sizes], [math.log(c) for c in costs]
     mean_x, mean_y = sum(xs) / len(xs), sum(ys) / len(ys)
     spread = sum((x - mean_x) ** 2 for x in xs)
@@ -89,7 +89,7 @@ def growth_exponent(sizes, costs):
 
 
 def print_table(header, rows, left=1):
-    """Columns as wide as they need; the first `left` ones and the last one to the left."""
+    """Prints aligned columns; the first `left` ones and the last are left-aligned."""
     cells = [header] + [[str(cell) for cell in row] for row in rows]
     widths = [max(len(row[i]) for row in cells) for i in range(len(header))]
     for row in cells:
@@ -99,7 +99,7 @@ def print_table(header, rows, left=1):
 
 
 def find_program(path):
-    """The program given, or that of the usual build."""
+    """The program at `path`, by default the release build."""
     root = pathlib.Path(__file__).resolve().parent.parent
     program = pathlib.Path(path) if path else root / "build" / "release" / "bin" / "tessora"
     if not os.access(program, os.X_OK):

@@ -1,11 +1,11 @@
-/// Times frames of one panel with a mesh of a wanted size, without and with the seam overlay, in a
-/// context without a screen; and counts what a frame makes the host rebuild.
+/// Times offscreen frames of one panel with a generated mesh, without and with the seam overlay,
+/// and counts the buffers that redraws rebuild.
 ///
 ///   view_frames TRIANGLES [WIDTH HEIGHT SAMPLES]
 ///
 /// The mesh is a wavy sheet. The overlay is drawn by the plug-in's own routine; its lines are the
-/// borders of square patches, new seams every other one. Prints one JSON object: milliseconds of
-/// wall-clock and processor time (all threads of the software renderer), the least of the frames.
+/// borders of square patches, alternating existing and new seams. Prints one JSON object: minimum
+/// wall-clock and processor time per frame in milliseconds (all threads of the software renderer).
 #include "host/commands/session.h"
 #include "host/graph/scene.h"
 #include "host/mesh/mesh.h"
@@ -32,9 +32,9 @@ struct Cost {
     double wall = 1e300, processor = 1e300; ///< milliseconds
 };
 
-/// The cheapest of some runs, each waited for to the last pixel.
+/// The minimum cost of several runs, each finished with glFinish.
 Cost cheapest(int runs, host::Offscreen& surface, const std::function<void()>& run) {
-    Cost least;
+    Cost lowest;
     for (int i = 0; i < runs; ++i) {
         const auto begin = std::chrono::steady_clock::now();
         const std::clock_t used = std::clock();
@@ -45,11 +45,11 @@ Cost cheapest(int runs, host::Offscreen& surface, const std::function<void()>& r
         }
         const std::chrono::duration<double, std::milli> wall =
             std::chrono::steady_clock::now() - begin;
-        least.wall = std::min(least.wall, wall.count());
-        least.processor =
-            std::min(least.processor, 1e3 * double(std::clock() - used) / CLOCKS_PER_SEC);
+        lowest.wall = std::min(lowest.wall, wall.count());
+        lowest.processor =
+            std::min(lowest.processor, 1e3 * double(std::clock() - used) / CLOCKS_PER_SEC);
     }
-    return least;
+    return lowest;
 }
 
 host::Mesh sheet(uint32_t side) {
@@ -71,7 +71,7 @@ host::Mesh sheet(uint32_t side) {
     return mesh;
 }
 
-/// Borders of patches of 16 x 16 squares.
+/// Adds the borders of patches of 16 x 16 squares as seams.
 void add_seams(uint32_t side, VisualizationData& data) {
     for (uint32_t line = 16; line < side; line += 16)
         for (uint32_t along = 0; along < side; ++along) {
@@ -87,6 +87,53 @@ void add_seams(uint32_t side, VisualizationData& data) {
 void print(const char* name, const Cost& cost) {
     std::printf(", \"%s_wall_ms\": %.2f, \"%s_cpu_ms\": %.2f", name, cost.wall, name,
                 cost.processor);
+}
+
+struct FrameCosts {
+    Cost first;   ///< builds buffers and compiles shaders
+    Cost plain;   ///< mesh alone
+    Cost overlay; ///< with seams
+    Cost turned;  ///< with seams, the camera turned before each frame
+    uint64_t seam_edges = 0;
+    host::DrawCounts before, after; ///< around the frames with seams
+};
+
+FrameCosts time_frames(host::Offscreen& surface, host::GlPanels& panels, uint32_t side) {
+    FrameCosts costs;
+    const auto frame = [&] { panels.draw(3); };
+    costs.first = cheapest(1, surface, frame);
+    costs.plain = cheapest(k_frames, surface, frame);
+    VisualizationData data;
+    MSelectionList list;
+    list.add("sheetShape");
+    list.getDagPath(0, data.mesh_path);
+    add_seams(side, data);
+    costs.seam_edges = (data.existing_seams.length() + data.new_seams.length()) / 2;
+    attach_viewport_callbacks(data);
+    frame();
+    costs.before = panels.counts();
+    costs.overlay = cheapest(k_frames, surface, frame);
+    costs.turned = cheapest(k_frames, surface, [&] {
+        host::orbit(host::panel_camera(3), 3.0, 0.0);
+        panels.draw(3);
+    });
+    costs.after = panels.counts();
+    detach_viewport_callbacks(data);
+    return costs;
+}
+
+void print_json(const FrameCosts& costs, uint32_t side) {
+    const auto number = [](uint64_t value) { return static_cast<unsigned long long>(value); };
+    std::printf("{\"triangles\": %u, \"seam_edges\": %llu", 2 * side * side,
+                number(costs.seam_edges));
+    print("first", costs.first);
+    print("plain", costs.plain);
+    print("overlay", costs.overlay);
+    print("turned", costs.turned);
+    std::printf(", \"frames\": %llu, \"buffers_rebuilt\": %llu, \"bytes_uploaded\": %llu}\n",
+                number(costs.after.panels - costs.before.panels),
+                number(costs.after.buffers_built - costs.before.buffers_built),
+                number(costs.after.bytes_uploaded - costs.before.bytes_uploaded));
 }
 
 } // namespace
@@ -112,35 +159,6 @@ int main(int argc, char** argv) {
     scene.add(*shape, transform->as_dag_node());
     shape->as_mesh()->set_mesh(sheet(side));
     panels.frame(3, false);
-
-    const auto frame = [&] { panels.draw(3); };
-    const Cost first = cheapest(1, *surface, frame);
-    const Cost plain = cheapest(k_frames, *surface, frame);
-    VisualizationData data;
-    MSelectionList list;
-    list.add("sheetShape");
-    list.getDagPath(0, data.mesh_path);
-    add_seams(side, data);
-    attach_viewport_callbacks(data);
-    frame();
-    const host::DrawCounts before = panels.counts();
-    const Cost overlay = cheapest(k_frames, *surface, frame);
-    const Cost turned = cheapest(k_frames, *surface, [&] {
-        host::orbit(host::panel_camera(3), 3.0, 0.0);
-        panels.draw(3);
-    });
-    const host::DrawCounts after = panels.counts();
-    detach_viewport_callbacks(data);
-
-    std::printf("{\"triangles\": %u, \"seam_edges\": %u", 2 * side * side,
-                (data.existing_seams.length() + data.new_seams.length()) / 2);
-    print("first", first);
-    print("plain", plain);
-    print("overlay", overlay);
-    print("turned", turned);
-    std::printf(", \"frames\": %llu, \"buffers_rebuilt\": %llu, \"bytes_uploaded\": %llu}\n",
-                static_cast<unsigned long long>(after.panels - before.panels),
-                static_cast<unsigned long long>(after.buffers_built - before.buffers_built),
-                static_cast<unsigned long long>(after.bytes_uploaded - before.bytes_uploaded));
+    print_json(time_frames(*surface, panels, side), side);
     return 0;
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Frame times of one panel by the software renderer, for meshes of 10k, 100k and 1M triangles, and
-what redraws made the host rebuild (nothing, or this fails).
+"""Prints frame times of one panel with the software renderer, for meshes of 10k, 100k and 1M
+triangles. Fails if redraws rebuild or upload any buffer.
 
     bench/view_frames.py build/release/bin/view_frames [TRIANGLES ...]
 """
@@ -14,7 +14,7 @@ COLUMNS = [("first", "first frame"), ("plain", "shaded"), ("overlay", "with over
 
 
 def row(figures):
-    """One line of the table: wall-clock and, in brackets, processor milliseconds."""
+    """One line of the table: wall-clock and, in parentheses, processor milliseconds."""
     cells = [f"{figures['triangles']:,}", f"{figures['seam_edges']:,}"]
     cells += [f"{figures[name + '_wall_ms']:.1f} ({figures[name + '_cpu_ms']:.1f})"
               for name, _ in COLUMNS]

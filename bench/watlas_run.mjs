@@ -2,7 +2,7 @@
 //
 //   node bench/watlas_run.mjs FOLDER MESH.obj OUTPUT.obj
 //
-// FOLDER is where the package was installed. Settings are the nearest to a gutter of 2 texels in 512 x 512: padding 1,
+// FOLDER is where the package was installed. Settings are chosen to come closest to a gutter of 2 texels in 512 x 512: padding 1,
 // bruteForce packing; the mesh is scaled to a diagonal of 100, because the result depends on the unit of length. Writes the
 // mesh's triangles with their coordinates and prints JSON: CPU seconds of the unwrap alone, charts, size of the atlas.
 import {readFileSync, writeFileSync} from 'node:fs';

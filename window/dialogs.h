@@ -1,5 +1,5 @@
-/// Shows the dialogs that scripts build (host/view/ui_model.h). User input becomes the statements
-/// uiSet and uiPress, with which a script would operate the dialog.
+/// Shows the dialogs that scripts build (host/commands/ui_model.h). User input becomes the
+/// statements uiSet and uiPress, with which a script would operate the dialog.
 #pragma once
 
 #include "host/commands/ui_model.h"

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Drives `tessora view` with the keyboard alone: no pointer is ever moved, no button pressed.
+"""Drives `tessora view` with the keyboard alone, without any mouse event.
 
     drive_by_keyboard.py PROGRAM FOLDER    screenshots go to FOLDER
 

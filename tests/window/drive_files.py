@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Drives `tessora view` through its files and its questions.
+"""Drives the file menu and the modal questions of `tessora view`.
 
     drive_files.py PROGRAM FOLDER    screenshots go to FOLDER
 
-Import, New, export, files that cannot be read or that exist already, message boxes, and what is
-asked before unsaved work is lost.
+Covers import, new scene, export, unreadable and existing files, message boxes, and the question
+before unsaved changes are discarded.
 """
 import re
 import sys
@@ -51,7 +51,7 @@ def keep_and_discard(window):
     window.wait_gone(DISCARD)
     meshes(window, 0)
     window.picture("new_scene")
-    window.key("F2", "ctrl+n")  # nothing to lose: nothing to ask
+    window.key("F2", "ctrl+n")  # no unsaved changes: no question
     window.settle()
     fail_unless(not window.has(KEEP), "New asks about an empty scene")
     tell("asked before unsaved work went")
@@ -113,7 +113,7 @@ def quit_with_unsaved_work(window, scratch):
     window.settle()
     window.key("F2", "ctrl+q")
     window.wait_for(KEEP)
-    window.key("Return")  # the one that loses nothing
+    window.key("Return")  # chooses the preferred button, Keep working
     window.wait_gone(KEEP)
     meshes(window, 2)
     scene = scratch / "kept.ma"

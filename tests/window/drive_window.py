@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Drives `tessora view` with a mouse and a keyboard on a screen of its own, as a person would.
+"""Drives `tessora view` by mouse and keyboard on a virtual screen.
 
     drive_window.py PROGRAM FOLDER    screenshots of every step go to FOLDER
 
 Opens a mesh, unwraps it by the menu, changes the stretch on the node, unwraps again, undoes twice,
-saves. Fails with a sentence when a step does not lead where it should.
+saves. Fails with a sentence if a step has not the expected effect.
 """
 import re
 import sys
@@ -24,7 +24,7 @@ PUBLISHED = r"Stretch_result\" [0-9.]+"
 
 
 def uvs(window, file):
-    """The texture coordinates of everything in the scene, as an exported mesh holds them."""
+    """Exports the scene and returns its texture coordinates."""
     window.statement(f'file -f -exportAll "{file}"; print("written\\n");', "written")
     return [line for line in file.read_text().splitlines() if line.startswith(("vt ", "f "))]
 
@@ -96,7 +96,7 @@ def light_charts(window):
 def undo_and_redo(window, scratch, before, first, second):
     window.key("F2", "ctrl+z", "ctrl+z")
     window.statement("getAttr tessora_node1.Stretch;", r"Result: 0\.15")
-    # The setting is back; the node computes only when it is asked to, and the window says so.
+    # Undo restores the setting but the node recomputes only on request; the window says so.
     window.wait_for("attribute/changed")
     window.picture("undone_twice")
     fail_unless(uvs(window, scratch / "undone_twice.obj") == second,

@@ -1,5 +1,5 @@
-"""A `tessora view` on a screen of its own, with a mouse and a keyboard: what the scripts beside this
-one drive it with. The window tells where its things stand (--places)."""
+"""Runs `tessora view` on a virtual screen (Xvfb) and sends it mouse and keyboard events (xdotool).
+Widgets are located through the file of positions that the window writes (--places)."""
 import os
 import pathlib
 import re
@@ -9,7 +9,7 @@ import sys
 import tempfile
 import time
 
-# Seconds for any one thing; machines that test are busy, and a sanitizer takes its time.
+# Timeout of every wait in seconds; generous for busy machines and sanitizer builds.
 PATIENCE = float(os.environ.get("TESSORA_PATIENCE", "120"))
 
 
@@ -31,14 +31,14 @@ class Window:
         self.environment = dict(os.environ, DISPLAY=f":{number}",
                                 TESSORA_PREFERENCES=str(scratch / "preferences.mel"))
         environment = dict(self.environment)
-        if "TESSORA_WINDOW_PRELOAD" in os.environ:  # for the window, not for its helpers
+        if "TESSORA_WINDOW_PRELOAD" in os.environ:  # must not affect Xvfb and xdotool
             environment["LD_PRELOAD"] = os.environ["TESSORA_WINDOW_PRELOAD"]
         with open(self.log, "wb") as log:
             self.program = subprocess.Popen(
                 [program, "view", "--size", "1440x900", "--places", str(self.places_file),
                  *arguments], env=environment, stdout=log, stderr=subprocess.STDOUT)
         self.wait(lambda: self.place("menu/File"), "the window to open")
-        # Nobody manages windows on this screen, so nobody hands out the keyboard.
+        # Without a window manager nothing sets the keyboard focus.
         found = self.tool("search", "--name", "Tessora").split()
         self.tool("windowmove", found[0], "0", "0")
         self.tool("windowfocus", "--sync", found[0])
@@ -60,7 +60,7 @@ class Window:
         return self.log.read_text(errors="replace")
 
     def place(self, name):
-        """Middle of a thing on the screen, or None."""
+        """Centre of a widget in pixels, or None if it is not shown."""
         try:
             lines = self.places_file.read_text().splitlines()
         except FileNotFoundError:
@@ -93,7 +93,7 @@ class Window:
         self.wait(lambda: not self.has(name), f"{name} to go")
 
     def settle(self):
-        """Until the window has stood still for a while."""
+        """Waits until positions and log have not changed for 0.4 s."""
         before = None
         while True:
             now = self.places_file.read_text(), self.said()
@@ -122,24 +122,24 @@ class Window:
         for key in keys:
             self.tool("key", key)
             time.sleep(0.25)
-            if key.startswith("F"):  # those move the keyboard from part to part
+            if key.startswith("F"):  # F keys move the focus, which takes a few frames
                 self.settle()
 
-    def key_until(self, key, name, most=60):
-        """Presses a key again and again until something is there."""
-        for _ in range(most):
+    def key_until(self, key, name, max_presses=60):
+        """Presses a key repeatedly until a widget appears."""
+        for _ in range(max_presses):
             if self.has(name):
                 return
             self.key(key)
             self.settle()
-        raise SystemExit(f"{most} times {key} did not lead to {name}")
+        raise SystemExit(f"{name} did not appear after {max_presses} times {key}")
 
     def type(self, text):
         self.tool("type", "--delay", "25", text)
         time.sleep(0.3)
 
     def statement(self, text, wanted):
-        """Types a statement into the console and waits for a line that it prints."""
+        """Types a statement into the console and waits for a new match of `wanted` in the log."""
         count = len(re.findall(wanted, self.said()))
         self.key("F5")
         self.wait(lambda: self.place("console/field/active"), "the console to listen")
@@ -182,7 +182,7 @@ def run_script(program, text):
 
 
 def drive_on_a_screen(steps, arguments=lambda scratch: ()):
-    """Calls `steps(window, scratch)`; PROGRAM and FOLDER come from the command line."""
+    """Runs `steps(window, scratch)` on a new window; takes PROGRAM and FOLDER from the command line."""
     program, folder = sys.argv[1:3]
     with tempfile.TemporaryDirectory(prefix="tessora_drive.") as name:
         scratch = pathlib.Path(name)
