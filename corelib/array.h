@@ -1,14 +1,14 @@
 /// The growable, bounds-checked array that holds all engine data.
 ///
 /// Elements are plain records copied bit for bit; no element constructor or destructor ever runs,
-/// and elements that growth adds are not initialised unless the array is told to zero them. A
-/// broken contract is a BUG report that ends the process; running out of memory is a false result
-/// that leaves the array as it was. All counts and indices are unsigned 32-bit. The array owns its
-/// buffer and nothing that its elements point to.
+/// and elements added by growth are not initialised unless ARRAY_ZERO_FILL is set. A broken
+/// contract is a BUG report that ends the process; if memory runs out the operation returns false
+/// and leaves the array unchanged. All counts and indices are unsigned 32-bit. The array owns its
+/// buffer but not what its elements point to.
 ///
-/// The checks name themselves as "array<ELEMENT>::OPERATION"; ELEMENT is spelled by
-/// `array_element_name`, because log readers know 32-bit elements as "unsigned long" on every
-/// system, whatever the compiler's own type of that name is.
+/// BUG reports name the operation as "array<ELEMENT>::OPERATION". ELEMENT comes from
+/// `array_element_name`, because logs have always spelled 32-bit elements "unsigned long", also on
+/// systems where that C++ type has 64 bits.
 #pragma once
 
 #include "corelib/memory.h"
@@ -22,7 +22,7 @@
 template <class T>
 class array;
 
-/// The spelling of an element type in reports; specialised beside each element type.
+/// The spelling of an element type in BUG reports; specialised next to each element type.
 template <class T>
 struct array_element_name;
 template <>
@@ -41,7 +41,7 @@ struct array_element_name<array<uint32_t>*> {
 /// Bits of `array::properties`.
 enum ArrayProperty : uint32_t {
     ARRAY_CONSTANT_SIZE = 1,           ///< the element count must not change
-    ARRAY_ZERO_FILL = 2,               ///< elements that growth adds are zero bytes
+    ARRAY_ZERO_FILL = 2,               ///< elements added by growth are zeroed
     ARRAY_CONSTANT_BUFFER_ADDRESS = 4, ///< the buffer must not move
 };
 
@@ -63,7 +63,7 @@ public:
 
     uint32_t count() const { return cur_elements_; }
     uint32_t capacity() const { return max_elements_; }
-    /// First element; null while there is no buffer.
+    /// The first element; null if there is no buffer.
     T* data() { return data_; }
     const T* data() const { return data_; }
     bool is_constant_size() const { return (properties_ & ARRAY_CONSTANT_SIZE) != 0; }
@@ -71,7 +71,7 @@ public:
         return (properties_ & ARRAY_CONSTANT_BUFFER_ADDRESS) != 0;
     }
     void set_properties(uint32_t properties) { properties_ = properties; }
-    /// 0 for none, else a power of two to which the first element is rounded up.
+    /// Alignment of the first element in bytes, a power of two; 0 = that of the allocator.
     void set_alignment(uint32_t alignment) { alignment_ = alignment; }
 
     T get(uint32_t ind) const {
@@ -79,7 +79,7 @@ public:
         return data_[ind];
     }
 
-    /// Grows to hold `ind`; running out of memory here is a BUG.
+    /// Grows to hold `ind`; if memory runs out, that is a BUG.
     T& operator[](uint32_t ind) {
         if (ind >= cur_elements_) {
             require(!is_constant_size(), "operator []", __LINE__, "!is_constant_size()");
@@ -90,7 +90,7 @@ public:
         return data_[ind];
     }
 
-    /// By value, so that an element of the array itself survives the growth.
+    /// Takes `e` by value, so that an element of the array itself may be appended.
     bool append(T e) {
         require(!is_constant_size(), "append", __LINE__, "!is_constant_size()");
         if (cur_elements_ == max_elements_ && !grow_to_hold(cur_elements_))
@@ -100,7 +100,7 @@ public:
         return true;
     }
 
-    /// Grows to the exact size, no doubling.
+    /// Grows to exactly the needed size.
     bool append_array(const array& e) {
         require(!is_constant_size(), "append_array", __LINE__, "!is_constant_size()");
         require(&e != this, "append_array", __LINE__, "&e != this");
@@ -114,7 +114,7 @@ public:
         return true;
     }
 
-    /// Makes the count exactly `elements`.
+    /// Sets the count, and the capacity, to exactly `elements`.
     bool alloc(uint32_t elements) {
         require(!is_constant_size(), "alloc", __LINE__, "!is_constant_size()");
         require(elements >= cur_elements_, "alloc", __LINE__, "elements >= cur_elements");
@@ -124,7 +124,7 @@ public:
         return true;
     }
 
-    /// Grows to exactly `ind` + 1 where needed. `value` may not lie in this array.
+    /// Grows to exactly `ind` + 1 if needed. `value` must not be an element of this array.
     bool overwrite_at(uint32_t ind, const T& value) {
         check_pointer(&value);
         if (ind >= max_elements_) {
@@ -138,7 +138,7 @@ public:
         return true;
     }
 
-    /// BUG when `p` points into the array's own storage: guards writes whose source a growth moves.
+    /// A BUG if `p` points into the array's own storage, which growth may move.
     void check_pointer(const T* p) const {
         const auto address = reinterpret_cast<uintptr_t>(p);
         const auto first = reinterpret_cast<uintptr_t>(data_);
@@ -146,7 +146,7 @@ public:
             report_array_bug(element(), "__check_pointer", __LINE__, nullptr);
     }
 
-    /// Makes the capacity exactly `elements`; cuts the count to it if larger. 0 frees the buffer.
+    /// Sets the capacity to exactly `elements`; a larger count is cut to it. 0 frees the buffer.
     bool resize(uint32_t elements) {
         require(!is_constant_size(), "resize", __LINE__, "!is_constant_size()");
         require(!is_constant_buffer_address(), "resize", __LINE__, "!is_constant_buffer_address()");
@@ -163,7 +163,7 @@ public:
         return true;
     }
 
-    /// Length 0; the buffer is kept.
+    /// Sets the count to 0; the buffer is kept.
     void clear() {
         require(!is_constant_size(), "clear", __LINE__, "!is_constant_size()");
         cur_elements_ = 0;
@@ -177,7 +177,7 @@ private:
             report_array_bug(element(), operation, line, assertion);
     }
 
-    /// A size that 32 bits cannot hold is memory that cannot be had.
+    /// A size that does not fit into 32 bits counts as out of memory.
     bool resize_to(uint64_t elements) {
         return elements <= UINT32_MAX && resize(static_cast<uint32_t>(elements));
     }
@@ -213,8 +213,8 @@ private:
         std::swap(cur_elements_, other.cur_elements_);
     }
 
-    void* raw_buffer_ = nullptr; ///< the block as the allocator gave it
-    T* data_ = nullptr;          ///< equals the block unless an alignment is set
+    void* raw_buffer_ = nullptr; ///< as returned by the allocator
+    T* data_ = nullptr;          ///< equals raw_buffer_ unless an alignment is set
     uint32_t properties_ = 0;
     uint32_t alignment_ = 0;
     uint32_t max_elements_ = 0;

@@ -30,7 +30,7 @@ void print_time_stamp(char (&stamp)[k_stamp_bytes]) {
                   time.wMilliseconds);
 }
 
-/// Gives what snprintf gives: negative when the line cannot be formatted.
+/// Returns the result of snprintf: negative if the line cannot be formatted.
 int print_line(char* line, uint32_t level, const char* stamp, const char* message) {
     switch (level) {
     case LOG_PROFILING:

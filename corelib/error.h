@@ -1,10 +1,9 @@
 /// Log lines and failure reports.
 ///
-/// `do_log` formats one line and sends it to any combination of five sinks; it is how the engine
-/// tells of failed platform calls and exhausted memory. `report_bug` is for broken contracts inside
-/// the program: it logs and ends the process with the runtime's abort, without clean-up, so that
-/// whoever hosts the process may catch it there and nowhere else. No locks: all callers run on the
-/// host's main thread.
+/// `do_log` formats one line and sends it to any combination of five sinks; the engine uses it to
+/// report failed platform calls and exhausted memory. `report_bug` is for broken contracts inside
+/// the program: it logs and ends the process with abort(), without clean-up; a host can intercept
+/// only that signal. No locks: all callers run on the host's main thread.
 #pragma once
 
 #include "corelib/string.h"
@@ -23,11 +22,10 @@ enum LogLevel : uint32_t {
     LOG_DEBUG = 1,
     LOG_INFO = 2,
     LOG_WARNING = 3,
-    LOG_CRITICAL = 4, ///< its lines carry no time stamp, deliberately
+    LOG_CRITICAL = 4, ///< deliberately without a time stamp
 };
 
-/// Bits; the sinks of one line are served in the order debugger, message box, file, standard error,
-/// standard output.
+/// Bits. A line is sent in the order debugger, message box, file, standard error, standard output.
 enum LogSink : uint32_t {
     LOG_TO_MESSAGE_BOX = 1, ///< modal, caption "Message", OK only; skipped while `log_quiet` is set
     LOG_TO_DEBUGGER = 2,
@@ -36,16 +34,17 @@ enum LogSink : uint32_t {
     LOG_TO_FILE = 16, ///< appended to `log_file_name`, if set; failures are ignored
 };
 
-/// Switches that nothing in the program sets: message boxes are shown, the file sink is silent.
+/// Switches for whoever embeds the library; the program sets neither, so message boxes are shown
+/// and the file sink writes nothing.
 extern bool log_quiet;
 extern string log_file_name;
 
-/// Lines of level LOG_WARNING so far.
+/// Number of lines of level LOG_WARNING so far.
 extern uint32_t warning_count;
 
 /// Writes one line "[H:M:S.MS, LEVEL]: message\r\n" (UTC, without zero padding; "[CRITICAL]: ..."
-/// for level 4) to the sinks. Messages are cut to a buffer of 200000 bytes, lines to one of 200100,
-/// the terminating zero included. A level above 4 and a message that cannot be formatted are BUGs.
+/// for level 4) to the sinks. Messages are cut to 200000 bytes, lines to 200100, including the
+/// terminating zero. A level above 4 and a message that cannot be formatted are BUGs.
 void do_log(uint32_t level, uint32_t sinks, const char* format, ...) CORELIB_PRINTF(3, 4);
 
 /// Reports a broken contract at level LOG_CRITICAL to the message box, the debugger and the file,

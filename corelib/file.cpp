@@ -7,8 +7,7 @@
 
 namespace {
 
-// The line under which the report names the check; people search logs for it, so it stays when code
-// moves.
+// The line number in the BUG report; fixed, because people search logs for it.
 constexpr int k_open_mode_check_line = 48;
 
 const char* stream_mode(int mode) {
@@ -61,8 +60,8 @@ bool file::write(const void* bytes, size_t size) {
 }
 
 bool file::close_stream() {
-    // Flushed first: a full disk then leaves a stream that can be closed again, where a failed
-    // fclose would leave a handle that must not be touched.
+    // Flush first: if the disk is full the stream can still be closed later, whereas after a failed
+    // fclose the handle must not be used.
     if (written_ && std::fflush(handle_) != 0)
         return false;
     lost_ = std::fclose(handle_) != 0;

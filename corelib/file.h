@@ -1,7 +1,7 @@
 /// A thin owner of a buffered standard file stream.
 ///
-/// Ordinary failures are false results with the standard library's text in `error()`; an unknown
-/// open mode is a BUG that ends the process.
+/// An operation that fails returns false and stores the standard library's message in `error()`; an
+/// unknown open mode is a BUG that ends the process.
 #pragma once
 
 #include "corelib/string.h"
@@ -18,16 +18,16 @@ public:
     file& operator=(const file&) = delete;
 
     /// Mode 1 reads ("rb"), 2 writes ("wb"), 3 reads and writes ("r+b"), 4 appends ("ab"); any
-    /// other is a BUG. A stream that is open already stays open when this fails and is closed when
-    /// it succeeds.
+    /// other is a BUG. A stream that was open before stays open on failure and is closed on
+    /// success.
     bool open(const char* name, int mode);
     bool is_open() const { return handle_ != nullptr; }
-    /// Writes one block; true when exactly one block was written, so never for `size` 0.
+    /// Writes one block of `size` bytes. True if all of it was written; false for `size` 0.
     bool write(const void* bytes, size_t size);
-    /// True without a stream. On failure the handle stays recorded.
+    /// True if no stream is open. On failure `is_open` stays true.
     bool close();
 
-    /// Kept empty: carried for readers of the record, no operation writes it.
+    /// Always empty: part of the record, but no operation sets it.
     const string& name() const { return name_; }
     const string& error() const { return error_; }
 
@@ -39,5 +39,5 @@ private:
     string error_;
     std::FILE* handle_ = nullptr;
     bool written_ = false;
-    bool lost_ = false; ///< closing failed half-way: the handle is recorded but no longer usable
+    bool lost_ = false; ///< fclose failed: the handle is kept but must not be used
 };

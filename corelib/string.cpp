@@ -10,8 +10,7 @@ namespace {
 
 constexpr uint64_t k_growth_step = 100;
 
-// Lines under which the reports name their checks; they are part of the text that people search
-// logs for, so they stay when code moves.
+// The line numbers in the BUG reports; fixed, because people search logs for them.
 constexpr int k_truncate_check_line = 349;
 constexpr int k_self_append_check_line = 572;
 
@@ -44,7 +43,7 @@ string& string::operator=(const char* text) {
         return *this;
     const size_t bytes = std::strlen(text) + 1;
     if (bytes <= capacity_) {
-        // Moved before the buffer shrinks: the text may lie inside it.
+        // Move before shrinking: the text may lie inside the buffer.
         std::memmove(buffer_, text, bytes);
         set_capacity(bytes);
     } else {
@@ -68,8 +67,8 @@ bool string::operator+=(const char* text) {
     if (needed >= capacity_) {
         const uint32_t old_capacity = capacity_;
         const uint64_t step = (added / k_growth_step + 1) * k_growth_step;
-        // One step is enough unless a lengthening ran out of memory before: the length is then
-        // ahead of the buffer, and what lies between reads as zero bytes.
+        // One step is enough unless `truncate` ran out of memory before: then the length exceeds
+        // the buffer, and the bytes between are zeros.
         if (!set_capacity(std::max(old_capacity + step, needed)))
             return false;
         const uint32_t filled = std::min(length_, old_capacity);
@@ -89,7 +88,7 @@ bool string::operator+=(const string& s) {
 
 bool string::truncate(uint32_t size) {
     if (size < length_) {
-        // The length runs ahead of the buffer after a lengthening that ran out of memory.
+        // After a lengthening that ran out of memory the length exceeds the buffer.
         const uint32_t len = capacity_ == 0 ? 0 : capacity_ - 1;
         if (buffer_ == nullptr || size > len)
             report_bug("string::truncate", "string", k_truncate_check_line, "size <= len");

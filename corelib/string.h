@@ -1,8 +1,8 @@
 /// A growable byte string with an explicit length and capacity.
 ///
-/// Owns its buffer; an empty string may have none. A buffer always ends in a zero, at `length` or
-/// before it. Running out of memory is a false result and leaves the string as each operation says;
-/// misuse is a BUG that ends the process.
+/// Owns its buffer; an empty string may have none. A buffer always contains a terminating zero, at
+/// `length` or before it. If memory runs out an operation returns false or does nothing, as stated
+/// for each; misuse is a BUG that ends the process.
 #pragma once
 
 #include <cstdint>
@@ -10,31 +10,31 @@
 class string {
 public:
     string() = default;
-    /// A null text gives an empty string.
+    /// A null text makes an empty string.
     string(const char* text);
     string(const string& other);
     ~string();
 
-    /// Takes over the text; the buffer gets exactly its length + 1 bytes. A null text, and so a
-    /// string without a buffer, leaves this string unchanged, deliberately; so does failed memory.
+    /// Copies the text into a buffer of exactly its length + 1 bytes. Deliberate: a null text, and
+    /// therefore a string without a buffer, leaves this string unchanged; so does lack of memory.
     string& operator=(const char* text);
     string& operator=(const string& other);
 
-    /// Appends. Null is a no-op that succeeds; false when memory is out, the string then unchanged.
-    /// Capacity grows by whole hundreds, so that short appends reallocate every hundred bytes only.
+    /// Appends; null is a no-op that succeeds. If memory runs out: false, the string unchanged. The
+    /// capacity grows in multiples of 100 bytes, so that short appends rarely reallocate.
     bool operator+=(const char* text);
-    /// The same; appending a string to itself is a BUG.
+    /// Likewise; appending a string to itself is a BUG.
     bool operator+=(const string& s);
 
-    /// Cuts to `size` bytes, or lengthens with zero bytes to a buffer of exactly `size` + 1. When
-    /// lengthening runs out of memory the result is false and the length is `size` all the same,
-    /// deliberately: callers count on it, the buffer stays what it was.
+    /// Cuts to `size` bytes, or lengthens with zero bytes in a buffer of exactly `size` + 1 bytes.
+    /// Deliberate: if memory for that runs out, the result is false, the buffer is unchanged and
+    /// the length is `size` nevertheless, because callers rely on the length.
     bool truncate(uint32_t size);
 
-    /// Recomputes the length after somebody wrote into the buffer.
+    /// Recomputes the length after a caller wrote into the buffer.
     void update_length();
 
-    /// The buffer; null when there is none.
+    /// The buffer; null if there is none.
     char* c_str() { return buffer_; }
     const char* c_str() const { return buffer_; }
     uint32_t length() const { return length_; }

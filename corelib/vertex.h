@@ -3,8 +3,7 @@
 
 #include "corelib/array.h"
 
-/// One mesh vertex, or one atlas vertex; 20 bytes, laid out like the vertices of the atlas stage's
-/// D3DX meshes.
+/// One mesh vertex or atlas vertex: 20 bytes, the vertex layout of the atlas stage's D3DX meshes.
 struct Vertex {
     float x; ///< position in object space
     float y;

@@ -1,9 +1,9 @@
 /// Fault points: places where an operation of the host or the platform can be made to fail.
 ///
 /// Every operation that can fail in the field passes a named point ("MFnMesh::setUVs",
-/// "D3DXCreateMesh"). A test arms a point and the code under test meets the failure where it would
-/// meet it in reality. An unarmed program pays one load and one predictable branch per point.
-/// The library is single-threaded, like everything that calls it.
+/// "D3DXCreateMesh"). A test arms a point, and the operation then fails as it would in reality.
+/// Without armed points a pass costs one load and one predictable branch. Not thread-safe, like
+/// everything that calls it.
 #pragma once
 
 #include <cstddef>
@@ -27,28 +27,28 @@ inline int hit(const char*) { return 0; }
 
 namespace faultpoint {
 
-/// Number of armed points. Read by `hit` only; zero in every ordinary run.
+/// Number of armed points; zero outside tests.
 extern TESSORA_FAULTPOINT_API int armed_count;
 
-/// Arms `name`: the `nth` pass from now (1 = the next) fails with `code`, and so do the passes
-/// after it, `times` in all (0 = for ever). Arming a name again replaces its setting.
+/// Arms `name`: of the passes from now on, `times` (0 = all) starting with the `nth` (1 = the next)
+/// fail with `code`. Arming a name again replaces its setting.
 TESSORA_FAULTPOINT_API void arm(const char* name, int code, unsigned nth = 1, unsigned times = 1);
 
 /// Disarms one point, or all of them, and forgets pass counts.
 TESSORA_FAULTPOINT_API void disarm(const char* name);
 TESSORA_FAULTPOINT_API void disarm_all();
 
-/// How often `name` was passed since it was armed (0 when it is not armed).
+/// How often `name` was passed since it was armed (0 if it is not armed).
 TESSORA_FAULTPOINT_API unsigned passes(const char* name);
 
-/// The slow half of `hit`: counts a pass and gives the armed code, or 0.
+/// The slow part of `hit`: counts a pass and returns the armed code, or 0.
 TESSORA_FAULTPOINT_API int pass(const char* name);
 
-/// Passes a point. 0: go on. Anything else: fail with that code (an MStatus code for host points,
-/// an HRESULT or 1 for platform points).
+/// Passes a point. 0 means continue; any other value means fail with that code: an MStatus code at
+/// points of the host, an HRESULT or 1 at points of the platform.
 inline int hit(const char* name) { return armed_count == 0 ? 0 : pass(name); }
 
-/// Arms for the length of a scope; tests use nothing else.
+/// Arms a point until the end of the scope.
 class Scope {
 public:
     Scope(const char* name, int code, unsigned nth = 1, unsigned times = 1) : name_(name) {

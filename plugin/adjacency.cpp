@@ -9,8 +9,8 @@
 
 uint32_t* build_adjacency(const Unwrapper&, ID3DXMesh* mesh, const array<uint32_t>& cut_edges) {
     const uint32_t count = cut_edges.count();
-    // Generous, deliberately: four words for every entry, of which the library fills one. A list of
-    // cuts that lack of memory kept short must not make it less than the library fills.
+    // Deliberate: four words per entry although the library writes one. Never less than the library
+    // writes, also when `cut_edges` is short because memory ran out.
     const size_t words = std::max<size_t>(4 * static_cast<size_t>(count),
                                           3 * static_cast<size_t>(mesh->GetNumFaces()));
     auto* const adjacency = static_cast<uint32_t*>(std::malloc(words * sizeof(uint32_t)));
@@ -21,7 +21,7 @@ uint32_t* build_adjacency(const Unwrapper&, ID3DXMesh* mesh, const array<uint32_
     const HRESULT result =
         mesh->ConvertPointRepsToAdjacency(nullptr, reinterpret_cast<DWORD*>(adjacency));
     if (FAILED(result)) {
-        // Deliberate: the buffer is dropped, not freed. What failed half-way may still write to it.
+        // Deliberate: the buffer leaks. A library that failed half-way may still write to it.
         log_critical("ConvertPointRepsToAdjacency() failed: %s\n", hresult_name(result));
         return nullptr;
     }

@@ -17,8 +17,9 @@
 
 namespace {
 
-/// A copy of `real_edges` for the atlas call, which may change it. As generous as the adjacency
-/// list; what is behind the copied entries, at least up to `index_count`, marks real edges.
+/// A copy of `real_edges` for the atlas call, which may change it. Allocated like the adjacency
+/// list: four words per entry and never less than `index_count`; entries beyond the copy mark real
+/// edges.
 uint32_t* copy_false_edges(const array<uint32_t>& real_edges, uint32_t index_count) {
     const uint32_t count = real_edges.count();
     const size_t words = std::max<size_t>(4 * static_cast<size_t>(count), index_count);
@@ -33,7 +34,7 @@ uint32_t* copy_false_edges(const array<uint32_t>& real_edges, uint32_t index_cou
     return false_edges;
 }
 
-/// Without a main window: false, and nothing is said; the driver has looked for it before.
+/// False without a log line if there is no main window: the driver has already checked for one.
 bool open_device(AtlasContext& context, const UnwrapSettings& settings) {
     MStatus status;
     M3dView::active3dView(&status);
@@ -49,11 +50,11 @@ bool open_device(AtlasContext& context, const UnwrapSettings& settings) {
         static_cast<float>(settings.padding), settings.high_quality);
 }
 
-/// The atlas of `mesh`, adjusted and read back. `out_mesh` is the caller's to release.
+/// Makes the atlas of `mesh`, adjusts it and reads it back. The caller releases `out_mesh`.
 bool make_atlas(AtlasContext& context, ID3DXMesh* mesh, ID3DXMesh*& out_mesh,
                 const uint32_t* adjacency, uint32_t* false_edges, array<Vertex>& atlas_vertices,
                 array<uint32_t>& atlas_indices) {
-    // Deliberate: nobody reads the remap buffer and nobody releases it.
+    // Deliberate: the remap buffer is neither read nor released.
     ID3DXBuffer* remap_buffer = nullptr;
     if (!run_uvatlas(context, mesh, &out_mesh, &remap_buffer, progress_callback<set_progress>, true,
                      nullptr, nullptr, adjacency, false_edges, true))
@@ -81,8 +82,8 @@ bool generate_atlas(Unwrapper& unwrapper, array<Vertex> vertices, array<uint32_t
     ID3DXMesh* out_mesh = nullptr;
     bool done = false;
     if (open_device(context, settings)) {
-        // Deliberate: when the library gives no mesh or no adjacency for a good device, something
-        // below it is in trouble, and device, mesh and false edges are left alone as they are.
+        // Deliberate: if mesh or adjacency cannot be made although the device could, the library is
+        // in an unknown state; device, mesh and false edges are then leaked, not released.
         mesh = create_mesh(context, std::move(vertices), std::move(indices));
         if (mesh == nullptr)
             return false;

@@ -1,4 +1,4 @@
-/// The flags of the command `tessora`, once for everybody: syntax, defaults and parser.
+/// The flags of the command `tessora`: one table for syntax, defaults and parser.
 #pragma once
 
 #include "plugin/unwrap_settings.h"
@@ -11,7 +11,7 @@ struct FlagRow {
     const char* long_name;
     MSyntax::MArgType type;
     void (*reset)(UnwrapSettings& settings);
-    /// A value that cannot be read leaves the field as it is.
+    /// Leaves the field unchanged if the value cannot be read.
     void (*read)(const MArgDatabase& arguments, const char* flag, UnwrapSettings& settings);
 };
 
@@ -53,6 +53,6 @@ inline const FlagRow k_flags[] = {
 };
 inline constexpr int k_flag_count = sizeof(k_flags) / sizeof(k_flags[0]);
 
-/// The parser asks for the adjacency method before the quality.
+/// Parsing order: as in the table, but the adjacency method comes before the quality.
 inline constexpr int k_parse_order[] = {0, 1, 2, 3, 4, 5, 7, 6, 8, 9, 10, 11, 12, 13};
 static_assert(sizeof(k_parse_order) / sizeof(k_parse_order[0]) == k_flag_count);

@@ -5,7 +5,7 @@
 namespace {
 
 constexpr double k_pi = 0x1.921fb54442d18p+1;
-constexpr double k_pi_rest = 0x1.1a62633145c07p-53; ///< what pi has beyond double precision
+constexpr double k_pi_rest = 0x1.1a62633145c07p-53; ///< pi minus the double nearest to it
 constexpr double k_half_pi = 0x1.921fb54442d18p+0;
 constexpr double k_half_pi_rest = 0x1.1a62633145c07p-54;
 
@@ -30,8 +30,8 @@ constexpr double k_arc_tangents[17] = {
     0x1.921fb54442d18p-1,
 };
 
-/// Arc tangent of small / large, 0 <= small <= large, large > 0: the nearest sixteenth from the
-/// table, the rest (at most 1/32) by its series.
+/// Arc tangent of small / large, 0 <= small <= large, large > 0: the table value at the nearest
+/// sixteenth plus the series of the remainder (at most 1/32).
 double arc_tangent(double small, double large) {
     const int nearest = static_cast<int>(small / large * 16.0 + 0.5);
     const double k = nearest;
@@ -48,7 +48,7 @@ double arc_tangent(double small, double large) {
 double portable_atan2(double y, double x) {
     const double width = std::fabs(x);
     const double sum = y + width;
-    if (!(sum <= 1.0e300)) // beyond any product of face normals, or not a number
+    if (!(sum <= 1.0e300)) // larger than any product of face normals, or NaN
         return std::nan("");
     const bool left = std::signbit(x);
     if (y > width) {

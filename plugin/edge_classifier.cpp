@@ -46,7 +46,7 @@ bool EdgeClassifier::is_crease(const MeshEdge& edge, int polygon, const MVector&
     const int across = edge.faces[0] == polygon ? edge.faces[1] : edge.faces[0];
     const MVector normal_here = normal(here);
     const MVector normal_across = normal(across);
-    // A flat edge counts as a groove, deliberately: with a groove angle of 0 it is cut.
+    // Deliberate: a flat edge counts as a groove, so a groove angle of 0 cuts it.
     if (along * (normal_here ^ normal_across) >= 0.0)
         return settings_.use_grooves &&
                crease_degrees(normal_here, normal_across) >= settings_.groove_angle;
@@ -61,8 +61,8 @@ bool EdgeClassifier::has_crease(EdgeTable::Spokes spokes, int polygon, const MVe
     return false;
 }
 
-// A triangle that names a vertex twice matches all edges of that vertex. Its edge vector has no
-// length, so the answer is the same from every polygon, and finding it once per vertex will do.
+// A triangle edge from a vertex to itself matches all edges of that vertex. Its edge vector is
+// zero, so the result does not depend on the polygon and is computed once per vertex.
 bool EdgeClassifier::has_self_crease(int vertex, EdgeTable::Spokes spokes, int polygon,
                                      const MVector& along) {
     uint8_t& known = self_creases_[static_cast<size_t>(vertex)];

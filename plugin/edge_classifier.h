@@ -1,14 +1,14 @@
 /// Decides for every triangle edge whether it lies on an edge of the mesh, and whether it becomes a
 /// chart border.
 ///
-/// A triangle edge is real when a mesh edge joins its two vertices; the others are diagonals that
-/// the host's triangulation put into a polygon, and are never cut. A real edge is cut when it is a
-/// UV border and borders are kept, or when its two faces meet at a crease:
+/// A triangle edge is real if a mesh edge joins its two vertices; the others are diagonals that the
+/// host's triangulation added inside a polygon, and are never cut. A real edge is cut if it is a UV
+/// border and borders are kept, or if its two faces meet at a crease:
 ///
-///   groove  concave or flat; cut when grooves are on and the angle reaches `groove_angle`
-///   ridge   convex; cut when ridges are on and the angle reaches `ridge_angle`
+///   groove  concave or flat; cut if grooves are on and the angle is at least `groove_angle`
+///   ridge   convex; cut if ridges are on and the angle is at least `ridge_angle`
 ///
-/// Which of the two it is comes from the sign of (edge vector) . (cross product of the normals),
+/// Groove and ridge are told apart by the sign of (edge vector) . (cross product of the normals),
 /// with counter-clockwise corners and outward normals. Edges with one face, or more than two, are
 /// never creases.
 #pragma once
@@ -27,14 +27,14 @@ public:
     EdgeClassifier(const UnwrapSettings& settings, MIntArray* seam_pairs)
         : settings_(settings), seam_pairs_(seam_pairs) {}
 
-    /// Reads what the classification looks up. `border_edges` are the ids of the UV borders; an id
-    /// listed twice counts twice. Moves `polygons`.
-    /// Errors: the host's status, or kInsufficientMemory.
+    /// Builds the look-up tables. `border_edges` are the ids of the UV borders; an id that is
+    /// listed twice adds its seam pair twice. Moves the iterator `polygons`. Errors: the host's
+    /// status, or kInsufficientMemory.
     MStatus prepare(MObject& mesh, uint32_t vertex_count, MItMeshPolygon& polygons,
                     const MIntArray& border_edges);
 
-    /// Edge `k` of a triangle of polygon `polygon`: appends one entry to `real_edges`, then one to
-    /// `cut_edges`, and, per matching UV border, the edge's two vertices to the seam pairs.
+    /// Classifies edge `k` of a triangle of `polygon`: appends one entry to `real_edges` and one to
+    /// `cut_edges` and, for every matching UV border, the edge's two vertices to the seam pairs.
     /// `ids` and `points` hold the triangle's three mesh vertices, in object space.
     void classify(int polygon, const MIntArray& ids, const MPointArray& points, unsigned k,
                   MeshData& data);
@@ -43,7 +43,7 @@ private:
     struct Normal {
         double x, y, z;
     };
-    /// What is known of the creases of a vertex' own edges.
+    /// Whether any edge of a vertex is a crease; computed on first use.
     enum SelfCrease : uint8_t { k_unknown, k_no_crease, k_some_crease };
 
     bool looks_for_creases() const { return settings_.use_grooves || settings_.use_ridges; }

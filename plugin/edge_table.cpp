@@ -11,7 +11,7 @@ bool spoke_before(const EdgeTable::Spoke& a, const EdgeTable::Spoke& b) {
     return a.other != b.other ? a.other < b.other : a.edge < b.edge;
 }
 
-/// How many vertices see an edge: one alone, where a polygon names a vertex twice running.
+/// Number of distinct end vertices: 1 where a polygon lists a vertex twice in a row.
 int sides(const MeshEdge& edge) { return edge.ends[0] == edge.ends[1] ? 1 : 2; }
 
 } // namespace
@@ -58,7 +58,7 @@ void EdgeTable::fill_spokes(uint32_t vertex_count) {
         sum += start;
         start = sum;
     }
-    // Filling from the back turns each end of a range into its start.
+    // Filling backwards moves each entry of starts_ from the end of its range to the start.
     for (size_t e = edges_.count(); e-- > 0;) {
         const MeshEdge& edge = edges_[e];
         for (int side = 0; side < sides(edge); ++side) {

@@ -1,8 +1,8 @@
 /// The edges of a mesh, looked up by their two vertices.
 ///
 /// The host finds an edge by walking all edges of one of its vertices; done for every triangle edge
-/// that is quadratic in the valence. This table answers in logarithmic time and keeps what the host
-/// says of each edge, asked once. It is a snapshot: the mesh must not change meanwhile.
+/// that is quadratic in the valence. This table reads every edge from the host once and finds edges
+/// in logarithmic time. It is a snapshot: the mesh must not change while the table is in use.
 #pragma once
 
 #include "plugin/work_buffer.h"
@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-/// One edge: its two end vertices and, when it has exactly two faces, those.
+/// One edge: its two end vertices and, if it has exactly two faces, their ids.
 struct MeshEdge {
     int32_t ends[2];
     int32_t face_count;
@@ -21,7 +21,7 @@ struct MeshEdge {
 
 class EdgeTable {
 public:
-    /// An edge as one of its vertices sees it.
+    /// An edge at one of its two end vertices.
     struct Spoke {
         int32_t other; ///< the vertex at the other end
         int32_t edge;
@@ -40,12 +40,12 @@ public:
     size_t count() const { return edges_.count(); }
     const MeshEdge& edge(int32_t id) const { return edges_[static_cast<size_t>(id)]; }
 
-    /// All edges that have `vertex` as an end, by the other end, then by id.
-    Spokes around(int32_t vertex) const;
-    /// The edges between two vertices. A vertex paired with itself is an end of all its edges.
+    /// The edges between two vertices; all edges of `vertex` if both are the same.
     Spokes between(int32_t vertex, int32_t other) const;
 
 private:
+    /// All edges of `vertex`, sorted by the vertex at the other end, then by edge id.
+    Spokes around(int32_t vertex) const;
     bool read(MObject& mesh, MStatus& status);
     void fill_spokes(uint32_t vertex_count);
 

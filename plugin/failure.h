@@ -5,7 +5,7 @@
 
 #include <iostream>
 
-/// Writes the line and hands the status on.
+/// Writes the line and returns the status.
 inline MStatus fail_with(const char* text, const MStatus& status) {
     std::cerr << text << std::endl;
     return status;

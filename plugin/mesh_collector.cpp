@@ -20,9 +20,9 @@ constexpr const char* k_no_faces = "Data collector could not retrieve faces from
 constexpr const char* k_no_memory = "Data collector ran out of memory.";
 constexpr uint32_t k_none = 0xFFFFFFFF;
 
-/// Where each vertex stands in one polygon's vertex list: per vertex the first place, per place the
-/// next one of the same vertex. Searching the list for every triangle corner would be quadratic in
-/// the polygon's size.
+/// The positions of each vertex in one polygon's vertex list: per vertex the first position, per
+/// position the next one of the same vertex. Searching the list for every triangle corner would be
+/// quadratic in the polygon's size.
 class CornerPlaces {
 public:
     bool prepare(uint32_t vertex_count) { return first_.allocate(vertex_count, k_none); }
@@ -44,7 +44,7 @@ public:
             first_[static_cast<size_t>(polygon[j])] = k_none;
     }
 
-    /// Appends every place of `vertex`, in ascending order.
+    /// Appends every position of `vertex`, ascending.
     void append_places(int vertex, CornerList& corners) const {
         for (uint32_t j = first_[static_cast<size_t>(vertex)]; j != k_none; j = next_.get(j))
             corners.append(j);
@@ -75,8 +75,9 @@ private:
     CornerPlaces places_;
     MString uv_set_;
     uint32_t vertex_count_ = 0;
-    // Kept from polygon to polygon, so that they stop allocating once grown. A triangle that the
-    // host does not give leaves the one before in place, at first this one.
+    // Reused for all polygons, so that they stop allocating once grown. If the host fails to return
+    // a triangle, the previous one is used again; before the first one that is vertex 0 three
+    // times.
     MIntArray polygon_;
     MIntArray ids_ = MIntArray(3, 0);
     MPointArray points_ = MPointArray(3);
@@ -148,7 +149,7 @@ MStatus Collector::read_polygon(MItMeshPolygon& polygon) {
         return fail_with("Data collector could not retrieve vertices from faces.", status);
     if (!places_.set_polygon(polygon_))
         return fail_with(k_no_memory, MS::kInsufficientMemory);
-    // Without memory for it the polygon's list is dropped like any element of a full list.
+    // If memory runs out the list is left out, like any element that an array cannot take.
     CornerList* const corners = new_corner_list();
     read_triangles(polygon, corners);
     if (corners != nullptr && !data_.face_corners.append(corners))

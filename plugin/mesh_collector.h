@@ -9,17 +9,17 @@
 
 class Unwrapper;
 
-/// Fills `data` from the mesh: vertices, the host's triangulation, the way from triangle corners
-/// back to polygon corners, and the flags of every triangle edge.
-/// Positions are in object space. Existing seams are those of the mesh's current UV set or, when it
-/// has none, of the set that the settings name.
-/// Shape:  `seam_pairs` (or null) gets two vertex ids per triangle edge on a UV border: an edge
-///         between two triangles is listed twice, once each way.
+/// Fills `data` from the mesh: vertices, the host's triangulation, the map from triangle corners to
+/// polygon corners, and the flags of every triangle edge.
+/// Positions are in object space. Existing seams are those of the mesh's current UV set or, if it
+/// has none, of the set named in the settings.
+/// Shape:  `seam_pairs` (may be null) gets two vertex ids per triangle edge on a UV border: an edge
+///         between two triangles is listed twice, once in each direction.
 /// Lists:  `vertices`, `indices` and `face_corners` are emptied first. Deliberately, `cut_edges`
 /// and
-///         `real_edges` are not: they match `indices` only when handed in empty.
+///         `real_edges` are not: they match `indices` only if they were empty before.
 /// Errors: one line on standard error and the failing status of the host; the lists then hold what
 ///         was read so far.
-/// Cost:   O(corners log valence); shows its percentage in the progress window if that is held.
+/// Cost:   O(corners log valence); shows percent of polygons done in the progress window if held.
 MStatus collect_mesh_data(const Unwrapper& unwrapper, MObject& mesh, MeshData& data,
                           MIntArray* seam_pairs);

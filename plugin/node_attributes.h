@@ -1,7 +1,7 @@
-/// The attributes of `tessora_node` that carry settings and results, once for everybody: the node
-/// declares them, its compute reads them, the command writes them, the dialog shows them.
+/// The attributes of `tessora_node` that hold settings and results: one table for the node, which
+/// declares and reads them, and for the command, which writes them.
 ///
-/// "inMesh" and "outMesh" are not in the table: the node makes them itself.
+/// "inMesh" and "outMesh" are not in the table; the node creates them itself.
 #pragma once
 
 enum class AttributeKind { string, integer, real, boolean };
@@ -40,7 +40,7 @@ struct AttributeRow {
     const char* write_tag;    ///< "Failed to connect node attribute: ..."
 };
 
-/// The texts are not uniform on purpose: scripts of studios look for each as it stands.
+/// The texts are irregular on purpose: scripts of studios search for them as they are.
 inline constexpr AttributeRow k_attributes[k_attribute_count] = {
     {"UV_Set", "p_uv", AttributeKind::string, "addAttribute uv_set failed",
      "attributeAffects (uv_set)", "uv_set", "uv set"},

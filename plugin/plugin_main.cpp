@@ -1,8 +1,8 @@
-// Entry points: what the host calls when it loads and unloads the plug-in.
+// The entry points that the host calls to load and unload the plug-in.
 #include "plugin/tmod_cmd.h"
 #include "plugin/tmod_node.h"
 
-// The one source that emits the version symbol.
+// This header defines the version symbol, so exactly one source includes it.
 #include <maya/MFnPlugin.h>
 #include <maya/MStringArray.h>
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-MStringArray menuItems; ///< what addMenuItem made, to be removed again
+MStringArray menuItems; ///< returned by addMenuItem, to be removed at unload
 MString pluginPath;     ///< where the host found the library
 
 MStatus fail(const MStatus& status, const char* tag) {
@@ -23,7 +23,7 @@ MStatus fail(const MStatus& status, const char* tag) {
 } // namespace
 
 /// Registers command, node, UI hooks and menu item, in this order. Stops at the first failure and
-/// leaves what was registered before it: the host cleans up after a plug-in that failed to load.
+/// leaves what was registered before it; a host that fails to load a plug-in cleans up itself.
 PLUGIN_EXPORT MStatus initializePlugin(MObject object) {
     MFnPlugin plugin(object, "Brightfold Labs", "2.11", "Any");
     MStatus status = plugin.registerCommand("tessora", tmod_cmd::creator, tmod_cmd::create_syntax);

@@ -1,27 +1,27 @@
 /// The host's progress window, as far as one unwrap uses it.
 ///
-/// The window is held between `begin_progress` and `end_progress`, which the caller puts around
-/// every unwrap. When somebody else holds it, everything below is silent and the unwrap runs all
-/// the same. Main thread only.
+/// The window is reserved between `begin_progress` and `end_progress`, which the caller puts around
+/// every unwrap. If the reservation fails because another user has it, the functions below do
+/// nothing and the unwrap runs without them. Main thread only.
 #pragma once
 
 #include <cstdint>
 
-/// Whether this plug-in holds the host's progress window now.
+/// Whether this plug-in holds the host's progress window.
 extern bool progress_reserved;
 
-/// Asks for the window and, when it is granted, opens it with the range 0 to 100.
+/// Reserves the window and, if that succeeds, opens it with the range 0 to 100.
 void begin_progress();
 
-/// Closes the window and gives it up, if it is held.
+/// Closes the window and releases the reservation, if held.
 void end_progress();
 
-/// Names the stage that starts, in the window's title and status line.
+/// Shows the name of a stage in the window's title and status line.
 void show_stage(const char* text);
 
 /// Shows a whole percentage, 0 to 100.
 void show_percent(int32_t percent);
 
-/// The atlas call's progress callback: `fraction` is 0 to 1, shown as a percentage without its
-/// decimals. Always 0, go on: an unwrap is never stopped from here.
+/// The atlas call's progress callback: shows `fraction` (0 to 1) as a percentage, truncated. Always
+/// returns 0 (continue): an unwrap cannot be cancelled here.
 int32_t set_progress(float fraction);

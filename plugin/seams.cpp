@@ -10,10 +10,10 @@
 
 namespace {
 
-/// A UV that a face has at some vertex.
+/// The UV id that a face has at one vertex.
 struct FaceUv {
     int32_t face;
-    uint32_t order; ///< place in the host's list; the first one of a face counts
+    uint32_t order; ///< position in the host's list; of several UVs of a face the first counts
     int32_t uv;
 };
 
@@ -30,8 +30,8 @@ struct array_element_name<FaceUv> {
 
 namespace {
 
-/// The UVs of all vertices, face by face. The host hands out a vertex' whole list at a time; asking
-/// anew for every edge would be quadratic in the valence.
+/// The UVs of all vertices, sorted by face. The host only returns the whole list of a vertex;
+/// reading it again for every edge would be quadratic in the valence.
 class VertexUvs {
 public:
     MStatus read(MObject& mesh, const MString& uv_set);
@@ -83,7 +83,7 @@ MStatus VertexUvs::read(MObject& mesh, const MString& uv_set) {
 }
 
 bool VertexUvs::add_vertex(MItMeshVertex& vertex, const MString& uv_set) {
-    // Without any mapped face the host fails and leaves the lists as they were.
+    // For a vertex without mapped faces the host fails and leaves the lists unchanged.
     uv_ids_.clear();
     face_ids_.clear();
     vertex.getUVIndices(uv_ids_, &uv_set);
@@ -132,7 +132,7 @@ MIntArray find_seam_edges(MObject& mesh, const MString& uv_set, MStatus* return_
 array<SeamPair> seam_pairs_sorted(const MIntArray& pairs) {
     array<SeamPair> sorted;
     const uint32_t count = pairs.length() / 2;
-    // A list cut short by lack of memory is used as it is: the seams are only drawn.
+    // If memory runs out the shortened list is used: seams are only drawn.
     sorted.resize(count);
     for (uint32_t i = 0; i < count; ++i) {
         const int32_t a = pairs[2 * i];

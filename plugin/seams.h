@@ -1,4 +1,4 @@
-/// UV seams: where they are, and which of them are new.
+/// UV seams: finding them, and telling new ones from existing ones.
 ///
 /// A seam list is flat: entries 2i and 2i+1 are the two mesh vertices of one edge.
 #pragma once
@@ -11,11 +11,11 @@
 
 #include <cstdint>
 
-/// The ids of the edges at which the UV set `uv_set` is torn, in edge order.
-/// An edge with two faces is a seam unless at both its ends the two faces share a UV; an unmapped
-/// face shares none. An edge with one face is an open border and no seam; any other edge is one.
-/// Errors: the host's status or kInsufficientMemory, and an empty list.
-/// Cost:   O(corners log valence).
+/// The ids of the seam edges of the UV set `uv_set`, in edge order.
+/// An edge with two faces is a seam unless the two faces share a UV id at both its ends; an
+/// unmapped face shares no UV. An edge with one face is an open border, not a seam; every other
+/// edge is one. Errors: the host's status or kInsufficientMemory, and an empty list. Cost:
+/// O(corners log valence).
 MIntArray find_seam_edges(MObject& mesh, const MString& uv_set, MStatus* return_status = nullptr);
 
 /// One edge by its two vertices, the smaller id first.
@@ -39,7 +39,6 @@ inline bool operator<(const SeamPair& a, const SeamPair& b) {
 /// The pairs of a seam list in ascending order, duplicates included.
 array<SeamPair> seam_pairs_sorted(const MIntArray& pairs);
 
-/// Takes every edge of `existing_seams` out of `new_seams` and leaves the rest sorted, each edge
-/// once, its smaller vertex id first. A pair of vertex 0 with itself, which names no edge, goes too
-/// where it would come first.
+/// Removes every edge of `existing_seams` from `new_seams` and leaves the rest sorted, each edge
+/// once, its smaller vertex id first. A leading pair (0, 0), which is no edge, is removed too.
 void subtract_seams(MIntArray& new_seams, const MIntArray& existing_seams);

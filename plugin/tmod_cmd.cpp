@@ -15,7 +15,7 @@
 
 namespace {
 
-/// What the command writes into a new node.
+/// The values that the command writes into a new node.
 struct NodeValues {
     const UnwrapSettings& settings;
     const MString& mesh_path;
@@ -23,7 +23,7 @@ struct NodeValues {
 
 using Write = MStatus (*)(MPlug& plug, const NodeValues& values);
 
-/// One entry an attribute, in the attributes' order.
+/// One entry per attribute, in the order of AttributeId.
 const Write k_writes[k_attribute_count] = {
     [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.uv_set); },
     [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.charts); },
@@ -39,7 +39,7 @@ const Write k_writes[k_attribute_count] = {
     [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.ridge_angle); },
     [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.adjacency_method); },
     [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.epsilon); },
-    // The first evaluation unwraps all the same; later ones wait for another value.
+    // 1 skips every unwrap but the first.
     [](MPlug& p, const NodeValues&) { return p.setValue(1); },
     [](MPlug& p, const NodeValues&) { return p.setValue(0.0); },
     [](MPlug& p, const NodeValues&) { return p.setValue(0); },

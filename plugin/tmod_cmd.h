@@ -1,11 +1,10 @@
 /// The command `tessora`: unwraps the first selected mesh, through a node in its history or
 /// directly.
 ///
-/// Results differ by how the command ran: the first run leaves none, redo a boolean, undo a
-/// sentence.
+/// The command's result: doIt sets none, redoIt a boolean, undoIt a sentence.
 #pragma once
 
-#include "plugin/polyModifierCmd.h"
+#include "plugin/polyModifier.h"
 #include "plugin/tmod_fty.h"
 #include "plugin/unwrap_settings.h"
 
@@ -23,9 +22,9 @@ public:
     MStatus initModifierNode(MObject modifierNode) override;
     MStatus directModifier(MObject mesh) override;
 
-    /// A new instance for the host to own; null when memory ran out.
+    /// A new instance, owned by the host; null if memory runs out.
     static void* creator();
-    /// The fourteen flags. No positional arguments: the mesh comes from the selection.
+    /// The fourteen flags. No positional arguments: the mesh is the first one selected.
     static MSyntax create_syntax();
 
 private:

@@ -1,4 +1,4 @@
-// The node's compute: when to unwrap, with what, and where the results go.
+// The node's compute: decides whether to unwrap, reads the settings, publishes the results.
 #include "plugin/tmod_node.h"
 
 #include "plugin/unwrapper.h"
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// The host's node state "has no effect": the input passes through.
+/// The host's node state "has no effect": the input is passed through.
 constexpr short k_state_has_no_effect = 1;
 
 MStatus fail(const MStatus& status, const std::string& text) {
@@ -22,7 +22,7 @@ MStatus fail(const MStatus& status, const std::string& text) {
     return status;
 }
 
-/// The input value of an attribute; a failure has been reported when `status` says so.
+/// The input value of an attribute. A failure is reported here and returned in `status`.
 MDataHandle read_input(MDataBlock& block, AttributeId id, MStatus& status) {
     MDataHandle handle = block.inputValue(tmod_node::attributes[id], &status);
     if (!status)
@@ -30,7 +30,7 @@ MDataHandle read_input(MDataBlock& block, AttributeId id, MStatus& status) {
     return handle;
 }
 
-/// Which field of the settings an attribute fills.
+/// An attribute and how its value is stored in the settings.
 struct SettingRow {
     AttributeId attribute;
     void (*store)(MDataHandle& value, UnwrapSettings& settings);
@@ -76,27 +76,18 @@ void tmod_node::pre_removal(MObject&, void* client_data) {
 }
 
 MStatus tmod_node::compute(const MPlug& plug, MDataBlock& block) {
-    MStatus status;
-    if (compute_count_ == 0) {
-        // The host keeps the callback with the node; nobody needs its id.
-        MObject self = thisMObject();
-        MNodeMessage::addNodePreRemovalCallback(self, pre_removal, &visualization_data_, &status);
-        if (!status)
-            MGlobal::displayWarning("Could not attach pre_removal_callback for tmod_node.");
-    }
+    if (compute_count_ == 0)
+        watch_removal();
 
+    MStatus status;
     MDataHandle switched = read_input(block, k_visualization, status);
     if (!status)
         return status;
     const bool visualization = switched.asBool();
     if (visualization != visualization_active_) {
-        // Deliberate: a pass that finds the switch turned does that and nothing else; the output
-        // stays dirty, so the next pull unwraps.
-        visualization_active_ = visualization;
-        if (visualization)
-            attach_viewport_callbacks(visualization_data_);
-        else
-            detach_viewport_callbacks(visualization_data_);
+        // Deliberate: a pass that finds the switch changed only attaches or detaches the overlay.
+        // The output stays dirty, so the next pull unwraps.
+        switch_visualization(visualization);
         return MS::kSuccess;
     }
 
@@ -107,18 +98,40 @@ MStatus tmod_node::compute(const MPlug& plug, MDataBlock& block) {
     if (!status)
         return fail(status, "ERROR getting outMesh");
 
-    if (compute_count_++ > 0) {
+    ++compute_count_;
+    if (compute_count_ > 1) {
         MDataHandle skip = read_input(block, k_skip_compute, status);
         if (!status)
             return status;
         if (skip.asInt() == 1)
-            return MS::kSuccess; // deliberate: the output keeps what it holds, and stays dirty
+            return MS::kSuccess; // deliberate: the output keeps its value and stays dirty
         skip.setInt(1);
     }
 
     output.set(input.asMesh());
-    MObject mesh = output.asMesh();
+    return process(plug, block, output);
+}
 
+void tmod_node::watch_removal() {
+    MStatus status;
+    MObject self = thisMObject();
+    // The host removes the callback together with the node, so the id is not kept.
+    MNodeMessage::addNodePreRemovalCallback(self, pre_removal, &visualization_data_, &status);
+    if (!status)
+        MGlobal::displayWarning("Could not attach pre_removal_callback for tmod_node.");
+}
+
+void tmod_node::switch_visualization(bool on) {
+    visualization_active_ = on;
+    if (on)
+        attach_viewport_callbacks(visualization_data_);
+    else
+        detach_viewport_callbacks(visualization_data_);
+}
+
+/// Unwraps the copy of the input that `output` holds, unless the node's state says "has no effect".
+MStatus tmod_node::process(const MPlug& plug, MDataBlock& block, MDataHandle& output) {
+    MStatus status;
     MDataHandle node_state = block.outputValue(state, &status);
     if (!status)
         return fail(status, "ERROR getting state");
@@ -131,7 +144,7 @@ MStatus tmod_node::compute(const MPlug& plug, MDataBlock& block) {
     status = read_settings(block, settings);
     if (!status)
         return status;
-    status = unwrap(mesh, settings, output);
+    status = unwrap(output.asMesh(), settings, output);
     if (!status)
         return status;
     publish(plug, settings);
@@ -168,7 +181,7 @@ MStatus tmod_node::show_seams(MDataBlock& block) {
     if (!status)
         return status;
     const MString mesh_path = path.asString();
-    // A path that names nothing leaves the old one: the drawing finds out by itself.
+    // A path that resolves to nothing leaves the old path, deliberately; draw_seams checks it.
     MSelectionList list;
     list.add(mesh_path);
     list.getDagPath(0, visualization_data_.mesh_path);

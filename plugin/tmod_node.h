@@ -1,12 +1,13 @@
 /// `tessora_node`: the modifier that unwraps the mesh on its way through the history.
 ///
-/// Pulls of "outMesh" copy the mesh, unwrap the copy with the settings that the attributes hold,
-/// publish chart count and stretch by a script command, and show the seams. After the first unwrap
-/// the node works again only when "Skip_compute" was set to something other than 1.
+/// Evaluating "outMesh" copies the input mesh, unwraps the copy with the settings in the
+/// attributes, publishes chart count and stretch by a script command, and shows the seams. After
+/// the first unwrap the node unwraps again only after "Skip_compute" was set to a value other
+/// than 1.
 #pragma once
 
 #include "plugin/node_attributes.h"
-#include "plugin/polyModifierNode.h"
+#include "plugin/polyModifier.h"
 #include "plugin/tmod_fty.h"
 #include "plugin/unwrap_settings.h"
 #include "plugin/viewport.h"
@@ -24,11 +25,11 @@ public:
 
     MStatus compute(const MPlug& plug, MDataBlock& block) override;
 
-    /// A new instance for the host to own; null when memory ran out.
+    /// A new instance, owned by the host; null if memory runs out.
     static void* creator();
-    /// Declares the attributes and what they affect. The first failure ends it.
+    /// Declares the attributes and their dependencies. Stops at the first failure.
     static MStatus initialize();
-    /// The host is about to delete the node: no drawing may outlive it.
+    /// The host calls this before it deletes the node; detaches the node's overlay.
     static void pre_removal(MObject& node, void* client_data);
 
     static MTypeId id;
@@ -37,12 +38,15 @@ public:
     static MObject attributes[k_attribute_count];
 
 private:
+    void watch_removal();
+    void switch_visualization(bool on);
+    MStatus process(const MPlug& plug, MDataBlock& block, MDataHandle& output);
     MStatus unwrap(MObject mesh, UnwrapSettings& settings, MDataHandle& output);
     MStatus publish(const MPlug& plug, const UnwrapSettings& settings) const;
     MStatus show_seams(MDataBlock& block);
 
     tmod_fty fty_;
     VisualizationData visualization_data_;
-    int32_t compute_count_ = 0;        ///< passes that got as far as the mesh
-    bool visualization_active_ = true; ///< the state that compute last acted on
+    int32_t compute_count_ = 0;        ///< evaluations that got past the visualization switch
+    bool visualization_active_ = true; ///< value of "Visualization" at the last evaluation
 };

@@ -60,8 +60,8 @@ MStatus tmod_node::initialize() {
         if (!status)
             return fail(status, k_attributes[i].add_text);
     }
-    // Results and the mesh's path affect nothing: publishing them from within compute cannot start
-    // another compute.
+    // Results and the mesh path affect nothing: setting the results during compute must not make
+    // the output dirty again.
     for (int i = 0; i < k_attribute_count; ++i) {
         if (k_attributes[i].affects_text == nullptr)
             continue;

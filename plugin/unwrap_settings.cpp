@@ -2,7 +2,7 @@
 
 namespace {
 
-/// The negated comparison sends a value that is not a number to the lower end.
+/// Written as !(value > low), so that NaN becomes the lower end.
 template <class T>
 void clamp(T& value, T low, T high) {
     if (!(value > low))

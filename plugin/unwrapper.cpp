@@ -12,13 +12,13 @@
 
 namespace {
 
-/// The atlas as it comes back from the generating stage.
+/// The result of the second stage.
 struct Atlas {
     array<Vertex> vertices;
     array<uint32_t> indices;
 };
 
-/// The atlas stage needs a window to make its device for; without one nothing can be done.
+/// Fails if the host has no main window, which the atlas stage needs for its device.
 MStatus find_main_window() {
     MStatus status;
     M3dView::active3dView(&status);
@@ -27,7 +27,7 @@ MStatus find_main_window() {
     return status;
 }
 
-// A copy that cannot grow stops, and the stage runs on what was copied: the lists' rule.
+// If memory runs out the copy stops, and the stage works on the elements copied so far.
 array<Vertex> copy_of(const array<Vertex>& list) {
     array<Vertex> copy;
     copy.resize(list.count());
@@ -79,7 +79,7 @@ MStatus Unwrapper::unwrap(MObject mesh, MIntArray* existing_seams, MIntArray* ne
     status = collect_mesh_data(*this, mesh, data, existing_seams);
     if (!status)
         return status;
-    // Without kept seams every seam found later counts as new.
+    // If seams are not kept, every seam found later counts as new.
     if (!settings_->keep_seams && existing_seams != nullptr)
         existing_seams->clear();
 

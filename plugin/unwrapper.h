@@ -22,7 +22,7 @@
 
 class Unwrapper {
 public:
-    /// Refers to the settings and does not own them. Forgets any hold on the progress window.
+    /// Does not own the settings. Sets `progress_reserved` to false.
     explicit Unwrapper(UnwrapSettings* settings);
 
     UnwrapSettings& settings() { return *settings_; }
@@ -31,11 +31,11 @@ public:
     /// Clamps the settings, then unwraps. `mesh` is read and modified; mesh data, not a shape node,
     /// if the UV set has to be created. On success the settings' result fields are set.
     /// Shape:  both seam lists are flat pairs of mesh vertex ids; each may be null.
-    ///         `existing_seams` gets the UV borders that were there before, an edge once per
-    ///         triangle at it; nothing when seams are not kept. `new_seams` gets the seams of the
-    ///         new layout that are not among them, each edge once, sorted.
-    /// Errors: the failing status of the host or of the stage; kFailure when no atlas could be
-    ///         made. The stage has told why. The mesh is unchanged unless applying failed.
+    ///         `existing_seams` gets the UV borders before the unwrap, an edge once per adjacent
+    ///         triangle; it is empty if seams are not kept. `new_seams` gets the seams of the new
+    ///         layout that are not in `existing_seams`, each edge once, sorted.
+    /// Errors: the failing status of the host or of the stage; kFailure if no atlas could be made.
+    ///         The stage has written the reason. The mesh is unchanged unless applying failed.
     MStatus unwrap(MObject mesh, MIntArray* existing_seams, MIntArray* new_seams);
 
 private:

@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* k_no_mesh = "Data updater could not retrieve mesh_fn from mesh.";
 
-/// What goes into the mesh, complete before the mesh is touched.
+/// Everything to be written, complete before the mesh is changed.
 struct UvLayout {
     MFloatArray u;
     MFloatArray v;
@@ -42,7 +42,7 @@ MStatus count_corners(MObject& mesh, MIntArray& counts) {
     return MS::kSuccess;
 }
 
-/// The UV id of every corner of polygon `p`. `passed` triangle corners lie before it.
+/// Appends the UV id of every corner of polygon `p`, whose first triangle corner is `passed`.
 void list_polygon_ids(uint32_t p, uint32_t passed, const CornerList& corners,
                       const array<uint32_t>& atlas_indices, UvLayout& layout) {
     array<uint32_t> ids;
@@ -50,7 +50,7 @@ void list_polygon_ids(uint32_t p, uint32_t passed, const CornerList& corners,
     if (p < layout.counts.length())
         ids.alloc(static_cast<uint32_t>(layout.counts[p]));
     for (uint32_t j = 0; j < corners.count(); ++j) {
-        // The last triangle wins, deliberately, also when the triangles lie in different charts.
+        // Deliberate: the last triangle wins, also if the triangles lie in different charts.
         const uint32_t id = atlas_indices.get(passed + j);
         ids.overwrite_at(corners.get(j), id);
     }
@@ -62,7 +62,7 @@ MStatus assign_corners(MFnMesh& mesh_fn, const UvLayout& layout, const MString& 
     unsigned k = 0;
     for (unsigned p = 0; p < layout.counts.length(); ++p)
         for (int c = 0; c < layout.counts[p]; ++c, ++k) {
-            // An id that was lost for lack of memory is none that the host accepts.
+            // -1, which the host refuses, for an id that is missing because memory ran out.
             const int id = k < layout.ids.length() ? layout.ids[k] : -1;
             const MStatus status = mesh_fn.assignUV(static_cast<int>(p), c, id, &uv_set);
             if (!status)
@@ -112,7 +112,7 @@ MStatus ensure_uv_set(const MString& uv_set, MObject& mesh) {
     for (unsigned i = 0; i < names.length(); ++i)
         if (names[i] == uv_set)
             return MS::kSuccess;
-    // The host may write the name it gave back into its argument.
+    // A copy, because the host may write a changed name back into its argument.
     MString name = uv_set;
     status = mesh_fn.createUVSetDataMesh(name);
     if (!status)

@@ -17,7 +17,7 @@ namespace {
 
 const char* const k_panels[] = {"modelPanel1", "modelPanel2", "modelPanel3", "modelPanel4"};
 
-/// All lines of one call, then one more line end.
+/// Writes the collected lines and one more line end.
 MStatus report(const std::string& errors, const MStatus& status) {
     if (errors.empty())
         return status;
@@ -25,7 +25,7 @@ MStatus report(const std::string& errors, const MStatus& status) {
     return MS::kFailure;
 }
 
-/// World positions of the mesh; false when the mesh is gone or cannot be read.
+/// World positions of the mesh; false if the mesh was deleted or cannot be read.
 bool read_points(const MDagPath& path, MPointArray& points) {
     MStatus status;
     const MObject node = path.node(&status);
@@ -35,7 +35,7 @@ bool read_points(const MDagPath& path, MPointArray& points) {
     return status && mesh_fn.getPoints(points, MSpace::kWorld);
 }
 
-/// An odd last vertex has no partner; GL_LINES leaves it out.
+/// GL_LINES ignores a last vertex without a partner.
 void draw_lines(const MIntArray& seams, const MPointArray& points) {
     glBegin(GL_LINES);
     for (unsigned int i = 0; i < seams.length(); ++i) {
@@ -66,8 +66,8 @@ MStatus attach_viewport_callbacks(VisualizationData& data) {
     detach_viewport_callbacks(data);
     for (const char* panel : k_panels) {
         const MString name(panel);
-        // Deliberate: the id of a failed registration is kept too, so that the list always has one
-        // entry a panel; removing it later reports its own line.
+        // Deliberate: the id of a failed registration is kept too, so that the list has one entry
+        // per panel; removing it later fails and reports that.
         data.callback_ids.append(
             MUiMessage::add3dViewPostRenderMsgCallback(name, draw_seams, &data, &status));
         if (status)
@@ -81,7 +81,7 @@ MStatus attach_viewport_callbacks(VisualizationData& data) {
 
 void draw_seams(const MString& panel, void* client_data) {
     VisualizationData& data = *static_cast<VisualizationData*>(client_data);
-    // Copies: reading the mesh evaluates it, and an unwrap in there rewrites the lists.
+    // Copies, because reading the mesh evaluates it, and an unwrap during that rewrites the lists.
     const MDagPath path = data.mesh_path;
     const MIntArray existing_seams = data.existing_seams;
     const MIntArray new_seams = data.new_seams;

@@ -1,6 +1,6 @@
-/// Fixed-size working storage of one operation: look-up tables that make a walk linear and die with
-/// it. Taken from the core library's counting allocator; elements are plain records, not
-/// initialised. Running out of memory is a false result.
+/// A fixed-size buffer for the look-up tables of one operation. Allocated by the core library's
+/// counting allocator; elements are plain records and not initialised. Running out of memory is
+/// reported by a false result.
 #pragma once
 
 #include "corelib/memory.h"
@@ -19,7 +19,7 @@ public:
     WorkBuffer(const WorkBuffer&) = delete;
     WorkBuffer& operator=(const WorkBuffer&) = delete;
 
-    /// Once per buffer. A count of 0 takes nothing and succeeds.
+    /// To be called once. A count of 0 allocates nothing and succeeds.
     bool allocate(size_t count) {
         if (count == 0)
             return true;
@@ -30,7 +30,7 @@ public:
         return data_ != nullptr;
     }
 
-    /// `allocate` with every element set to one value.
+    /// Allocates and sets every element to `value`.
     bool allocate(size_t count, const T& value) {
         if (!allocate(count))
             return false;

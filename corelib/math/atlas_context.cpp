@@ -11,7 +11,7 @@ bool create_device(AtlasContext& context, void* window, uint32_t max_charts, flo
         log_critical("Direct3DCreate9 failed");
         return false;
     }
-    // The answer does not matter to a device that shows nothing, nor whether there is one.
+    // Deliberate: neither the mode nor the result is used; the device displays nothing.
     D3DDISPLAYMODE display_mode = {};
     context.direct3d->GetAdapterDisplayMode(D3DADAPTER_DEFAULT, &display_mode);
 
@@ -22,14 +22,14 @@ bool create_device(AtlasContext& context, void* window, uint32_t max_charts, flo
     presentation_params.BackBufferCount = 1;
     presentation_params.SwapEffect = D3DSWAPEFFECT_COPY;
     presentation_params.Windowed = TRUE;
-    // The host's floating-point settings must survive the device.
+    // FPU_PRESERVE: creating a device must not change the host's floating-point settings.
     const HRESULT result = context.direct3d->CreateDevice(
         D3DADAPTER_DEFAULT, D3DDEVTYPE_NULLREF, static_cast<HWND>(window),
         D3DCREATE_SOFTWARE_VERTEXPROCESSING | D3DCREATE_FPU_PRESERVE, &presentation_params,
         &context.device);
     if (FAILED(result)) {
-        // Deliberate: freed, not released. This ends the object whatever references a device that
-        // failed half-way has left on it.
+        // Deliberate: freed, not released, so that references left by a device that failed half-way
+        // cannot keep the object alive.
         std::free(context.direct3d);
         context.direct3d = nullptr;
         log_critical("CreateDevice failed");

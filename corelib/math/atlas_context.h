@@ -1,9 +1,9 @@
-/// What one atlas stage holds: the atlas options, the results of the last atlas call, and the
+/// The state of one atlas stage: the atlas options, the results of the last atlas call, and the
 /// Direct3D device that D3DX meshes need. The device never renders.
 ///
-/// One context per stage, on the stage's stack frame. It owns its two interfaces; `release_device`
-/// gives them back. Failures are logged as critical lines to the message box and the debugger, and
-/// the operation returns false or none.
+/// One context per run of the stage, on its stack frame. It owns its two interfaces until
+/// `release_device`. A failing operation writes a critical line to the message box and the debugger
+/// and returns false or null.
 #pragma once
 
 #include <d3dx9.h>
@@ -23,12 +23,12 @@ struct AtlasContext {
     IDirect3DDevice9* device = nullptr;
 };
 
-/// Makes the device and stores the options in `context`, whose interface slots are none.
-/// `window` is the handle of the application's main window, or none.
-/// Errors: false and a line "Direct3DCreate9 failed" or "CreateDevice failed"; the slots are none,
-///         the options as they were.
+/// Creates the device and stores the options in `context`, whose interfaces are null before.
+/// `window` is the handle of the application's main window; may be null.
+/// Errors: false and a line "Direct3DCreate9 failed" or "CreateDevice failed"; the interfaces are
+///         null, the options unchanged.
 bool create_device(AtlasContext& context, void* window, uint32_t max_charts, float max_stretch,
                    uint32_t width, uint32_t height, float gutter, bool high_quality);
 
-/// Releases the device, then the Direct3D object, each only if there is one, and clears the slots.
+/// Releases the device, then the Direct3D object, each unless null, and sets both to null.
 void release_device(AtlasContext& context);

@@ -15,9 +15,9 @@ struct LockedMesh {
     uint32_t* indices = nullptr;
 };
 
-/// Locks both buffers for reading and writing. What decides is the pointer, not the result.
-/// Deliberate: after a failure at the index buffer the vertex buffer stays locked; nobody is going
-/// to use such a mesh again.
+/// Locks both buffers for reading and writing. A null pointer means failure; the HRESULT is
+/// ignored. Deliberate: if the index buffer fails the vertex buffer stays locked; such a mesh is
+/// not used again.
 bool lock(ID3DXMesh* mesh, LockedMesh& locked) {
     void* data = nullptr;
     mesh->LockVertexBuffer(0, &data);
@@ -54,8 +54,7 @@ ID3DXMesh* create_mesh(AtlasContext& context, array<Vertex> vertices, array<uint
         return nullptr;
     }
     LockedMesh locked;
-    // Deliberate: a mesh that cannot be locked is not released; it stays with its device, which the
-    // stage abandons at this point too.
+    // Deliberate: a mesh that cannot be locked is not released; the stage leaks its device, too.
     if (!lock(mesh, locked))
         return nullptr;
     for (uint32_t i = 0; i < vertices.count(); ++i) {

@@ -4,10 +4,10 @@
 
 namespace {
 
-/// A real edge; also "no neighbour".
+/// Marks a real edge in `false_edges_` and a missing neighbour in `adjacency_`.
 constexpr uint32_t k_none = 0xFFFFFFFFu;
 
-/// A corner of a face that is not in any chain yet, between the corners after and before it.
+/// A face corner whose vertex is in no chain yet, with the chains of the next and previous corner.
 struct NewCorner {
     uint32_t vertex;
     uint32_t next_list;
@@ -22,13 +22,13 @@ public:
            uint32_t* false_edges)
         : corners_(corners), faces_(faces), adjacency_(adjacency), false_edges_(false_edges) {}
 
-    /// All memory is taken here, so that a polygon is never left half-done.
+    /// Allocates everything, so that lack of memory cannot leave a polygon half done.
     bool prepare(uint32_t vertices) {
         for (uint32_t i = 0; i < faces_ * 3; ++i)
             if (corners_[i] >= vertices)
                 return false;
         states_.set_properties(ARRAY_ZERO_FILL);
-        // A face waits at most once, but for the three neighbours of a polygon's first face.
+        // Every face is queued at most once, except the three neighbours of a polygon's first face.
         return states_.alloc(faces_) && check_queue_.resize(faces_ + 3) &&
                cur_poly_faces_.resize(faces_) && chains_.reserve(vertices, faces_ + 3);
     }
@@ -52,7 +52,7 @@ private:
     bool is(uint32_t face, State state) const { return (states_.get(face) & state) != 0; }
     bool is_real(uint32_t edge) const { return false_edges_[edge] == k_none; }
 
-    /// Places every face that false edges lead to. False when one could not be placed.
+    /// Adds every face reachable over false edges. False if `add_face` failed for one.
     bool assemble_polygon(uint32_t cur_face) {
         cur_poly_faces_.append(cur_face);
         seed_polygon(cur_face);
@@ -77,7 +77,7 @@ private:
         return placed;
     }
 
-    /// Faces that are placed already, and what names no face, would only be skipped later.
+    /// Ignores faces that are already done and entries that are no face index.
     void queue(uint32_t face) {
         if (face >= faces_ || is(face, k_checked))
             return;
@@ -100,9 +100,10 @@ private:
         }
     }
 
-    /// Puts a vertex into the list of `neighbour` if they are `joined`, else into a new one.
-    void put(uint32_t vertex, uint32_t neighbour, bool joined) {
-        if (joined)
+    /// Adds a vertex to the list of `neighbour` if the edge between them is real, else to a new
+    /// one.
+    void put(uint32_t vertex, uint32_t neighbour, bool real) {
+        if (real)
             chains_.add(chains_.find_vertex_list(neighbour), vertex);
         else
             chains_.new_list(vertex);
@@ -113,7 +114,7 @@ private:
             chains_.merge_vertex_lists(a, b);
     }
 
-    /// False when the face brings two new corners.
+    /// False if two corners of the face are new.
     bool add_face(uint32_t face) {
         uint32_t lists[3];
         uint32_t new_corners = 0;
@@ -153,7 +154,7 @@ private:
         }
     }
 
-    /// Opens the first edge between two chains until there is one chain, or no such edge.
+    /// Opens edges between two chains, first found first, until one chain or no such edge is left.
     void join_chains() {
         uint32_t next = 0;
         while (chains_.list_count() > 1 && next < cur_poly_faces_.count()) {
@@ -166,15 +167,16 @@ private:
                 continue;
             }
             open_edge(face, a != b ? face * 3 : face * 3 + 2);
-            // A face that was passed stays within one list, unless a vertex can change its list.
+            // Faces already passed have all corners in one list, unless a vertex is in two lists.
             if (chains_.has_vertex_in_two_lists())
                 next = 0;
             chains_.merge_vertex_lists(a, a != b ? b : c);
         }
     }
 
-    /// Deliberate: the entry of the edge is read as the number of the face across it. Callers that
-    /// mark false edges with 0 have face 0 searched, and mostly lose only the edge's own mark.
+    /// Deliberate: the edge's entry in `false_edges_` is read as the index of the face across it.
+    /// For callers that mark false edges with 0 that is always face 0, so usually only the edge's
+    /// own mark changes and the opposite one stays.
     void open_edge(uint32_t face, uint32_t edge) {
         const uint32_t across = false_edges_[edge];
         uint32_t back = k_none;

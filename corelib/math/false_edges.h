@@ -12,9 +12,11 @@
 /// Shape:  adjacency[3*faces] (0xFFFFFFFF = no neighbour), false_edges[3*faces] (0xFFFFFFFF = real
 ///         edge, anything else = false edge; changed in place); entry 3t+k is the edge from corner
 ///         k to corner (k+1)%3 of triangle t. `mesh` has 32-bit indices.
-/// Errors: nothing is changed, and nothing said, when the index buffer cannot be locked, when an
-///         index names no vertex, or when memory runs out.
-/// Cost:   O(faces log faces + vertices) time, 16 bytes a face and 8 a vertex of scratch memory.
-///         Only a polygon whose first triangle names a vertex twice costs O(chains * faces).
+/// Errors: changes nothing, without a log line, if the index buffer cannot be locked, an index is
+/// out
+///         of range, or memory runs out.
+/// Cost:   O(faces log faces + vertices) time, 16 bytes per face and 8 per vertex of scratch
+/// memory.
+///         Only a polygon whose first triangle lists a vertex twice costs O(chains * faces).
 void fix_false_edges(const AtlasContext& context, ID3DXMesh* mesh, const uint32_t* adjacency,
                      uint32_t* false_edges);

@@ -1,4 +1,4 @@
-/// Symbolic names of the results that Direct3D 9, D3DX 9 and COM calls give.
+/// Symbolic names of the HRESULTs of Direct3D 9, D3DX 9 and COM.
 #pragma once
 
 #include <d3dx9.h>

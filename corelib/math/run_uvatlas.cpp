@@ -6,12 +6,12 @@
 
 namespace {
 
-/// Progress is wanted every tenth of the work.
+/// The callback is called after every tenth of the work.
 constexpr FLOAT k_callback_frequency = 0.1f;
 
 constexpr DWORD k_texture_index = 0;
 
-/// A DWORD is 32 unsigned bits on every system, but not on every system the type of uint32_t.
+/// DWORD and uint32_t have the same size, but on some systems they are different types.
 const DWORD* as_dwords(const uint32_t* words) {
     static_assert(sizeof(DWORD) == sizeof(uint32_t), "per-edge arrays have 32-bit entries");
     return reinterpret_cast<const DWORD*>(words);

@@ -30,7 +30,7 @@ void scale(Vertex* vertices, uint32_t count, float u_factor, float v_factor) {
     }
 }
 
-/// The quotient, but at least 1.
+/// max(quotient, 1)
 float at_least_one(float quotient) { return quotient < 1.0f ? 1.0f : quotient; }
 
 } // namespace

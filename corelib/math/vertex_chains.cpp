@@ -54,7 +54,7 @@ bool VertexChains::has_vertex_in_two_lists() {
     return false;
 }
 
-/// Halves the path on the way, which keeps chains of merges short.
+/// Find with path halving.
 uint32_t VertexChains::root(uint32_t list) {
     uint32_t* const parents = parents_.data();
     while (parents[list] != list) {

@@ -12,7 +12,7 @@ using Words = std::vector<uint32_t>;
 
 constexpr uint32_t k_no_edge = 0xFFFFFFFFu;
 
-/// More faces have more edges than 32 bits can number.
+/// With more faces, edge numbers would not fit into 32 bits.
 constexpr uint32_t k_max_faces = 0x55555555u;
 
 struct EdgeEnds {
@@ -27,7 +27,7 @@ EdgeEnds ends_of(const uint32_t* corners, uint32_t edge) {
     return a < b ? EdgeEnds{a, b} : EdgeEnds{b, a};
 }
 
-/// The face edges at each vertex, filed under their lower end.
+/// The face edges grouped by their lower end vertex (counting sort).
 struct EdgesByVertex {
     Words first; ///< vertices + 1 positions in `edges`
     Words edges;
@@ -41,15 +41,15 @@ EdgesByVertex file_edges(const uint32_t* corners, uint32_t edge_count, uint32_t 
         ++filed.first[size_t{ends_of(corners, edge).low} + 1];
     for (size_t v = 0; v < vertices; ++v)
         filed.first[v + 1] += filed.first[v];
-    // Filling from the back leaves `first` where it belongs and the edges in ascending order.
+    // Filling backwards keeps the edges of a vertex in ascending order.
     Words next(filed.first.begin() + 1, filed.first.end());
     for (uint32_t edge = edge_count; edge-- > 0;)
         filed.edges[--next[ends_of(corners, edge).low]] = edge;
     return filed;
 }
 
-/// The users of the edges from one vertex to each higher one. Marks are stamped with the vertex, so
-/// that nothing is cleared between vertices and one of high valence costs no more per edge.
+/// Counts the faces at the edges from one vertex to each higher one. Entries are stamped with the
+/// vertex, so that nothing has to be cleared between vertices.
 struct Users {
     explicit Users(uint32_t vertices)
         : stamp(vertices, k_no_face), count(vertices), first(vertices), second(vertices) {}
@@ -66,7 +66,7 @@ struct Users {
         count[high] = std::min(count[high] + 1, 3u);
     }
 
-    /// The other use of an edge that is used exactly twice.
+    /// The other face edge, if exactly two use the same vertices; else k_no_edge.
     uint32_t partner(uint32_t high, uint32_t edge) const {
         if (count[high] != 2)
             return k_no_edge;
@@ -88,7 +88,7 @@ void connect(const uint32_t* corners, uint32_t faces, uint32_t vertices, uint32_
         for (uint32_t i = filed.first[v]; i < filed.first[v + 1]; ++i) {
             const uint32_t edge = filed.edges[i];
             const uint32_t other = users.partner(ends_of(corners, edge).high, edge);
-            // A face that folds onto itself is no neighbour of its own.
+            // A degenerate face that uses an edge twice is not its own neighbour.
             const bool neighbour = other != k_no_edge && other / 3 != edge / 3;
             adjacency[edge] = neighbour ? other / 3 : k_no_face;
         }

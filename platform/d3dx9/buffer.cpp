@@ -9,7 +9,7 @@ namespace d3dx9 {
 
 namespace {
 
-/// The bytes follow the object in its own block.
+/// The bytes follow the object in the same block.
 class Buffer final : public Counted<ID3DXBuffer> {
 public:
     explicit Buffer(DWORD size) : size_(size) { ++live_objects; }

@@ -48,14 +48,14 @@ D3DX9_NAMED_ALLOCATION Device* allocate_device(IDirect3D9* direct3d) {
     return device;
 }
 
-// A caller that cannot make its mesh, or its adjacency, leaves the device behind.
+// A caller that cannot make its mesh or its adjacency leaks the device on purpose.
 D3DX9_NAMED_ALLOCATION Device* allocate_abandoned_device(IDirect3D9* direct3d) {
     Device* const device = construct<Device>(0, direct3d);
     keep_frame<1>();
     return device;
 }
 
-/// The published rules that concern a caller who never presents anything.
+/// Those of the documented rules that apply to a device that never presents.
 bool parameters_make_sense(DWORD behavior_flags, const D3DPRESENT_PARAMETERS& parameters) {
     const DWORD processing =
         behavior_flags & (D3DCREATE_SOFTWARE_VERTEXPROCESSING |
@@ -116,7 +116,7 @@ D3DX9_NAMED_ALLOCATION Direct3D* allocate_direct3d() {
     return direct3d;
 }
 
-// Goes the way of the device that holds it.
+// Leaked together with the device that refers to it.
 D3DX9_NAMED_ALLOCATION Direct3D* allocate_abandoned_direct3d() {
     Direct3D* const direct3d = construct<Direct3D>(0);
     keep_frame<1>();

@@ -1,5 +1,6 @@
-/// What a report or a test may ask of this library beyond the published calls. Exported with C
-/// names, so that a program which does not link the library can look them up at run time.
+/// Details of the last UV-atlas call for reports and tests, beyond the published interface.
+/// Exported with C names, so that a program that does not link the library can look them up at run
+/// time.
 #pragma once
 
 #include <d3d9.h>
@@ -12,20 +13,21 @@
 
 extern "C" {
 
-/// Why the last UV-atlas call failed, as a sentence for a person without a final full stop, naming
-/// the element at fault where there is one ("... (vertex 17)"); "" after a success. Valid until the
-/// next UV-atlas call.
+/// Why the last UV-atlas call failed, as a readable sentence without a final full stop, with the
+/// index of the element at fault if there is one ("... (vertex 17)"); "" after a success. Valid
+/// until the next UV-atlas call.
 D3DX9_INSPECT_API const char* d3dx9_last_reason(void);
 
-/// What the last UV-atlas call came to: D3D_OK or its failure.
+/// The result of the last UV-atlas call.
 D3DX9_INSPECT_API HRESULT d3dx9_last_result(void);
 
-/// The faces of those charts that the last UV-atlas call could not bring under the stretch limit,
-/// ascending; none after a failure. Such a chart is one polygon that cannot do better.
-/// Shape: `faces` (may be none) gets the first of as many as the call returns. Valid until the next
-/// UV-atlas call.
+/// The faces, ascending, of the charts that exceed the stretch limit in the result of the last
+/// UV-atlas call: each is a single polygon that cannot be flattened with less stretch. Returns
+/// their number, 0 after a failure. Shape: *faces (if `faces` is not null) points to that many
+/// indices. Valid until the next UV-atlas
+///        call.
 D3DX9_INSPECT_API unsigned d3dx9_over_limit(const DWORD** faces);
 
-/// Devices, meshes and buffers that have references left.
+/// Number of devices, meshes and buffers that are not fully released.
 D3DX9_INSPECT_API unsigned d3dx9_live_objects(void);
 }

@@ -17,7 +17,7 @@ namespace {
 
 constexpr WORD k_end_stream = 0xFF;
 
-/// What a declaration says about its vertices; stride 0 when it is not one we can hold.
+/// The size of a vertex declaration; stride 0 if the declaration is not supported.
 struct Layout {
     DWORD stride = 0;
     DWORD elements = 0; ///< end marker included
@@ -75,7 +75,7 @@ struct MeshShape {
     Layout layout;
 };
 
-/// Buffers carry a lock count, like those of a mesh that keeps its data in ordinary memory.
+/// Counts locks, as a mesh in system memory does: locks may nest.
 class LockedBytes {
 public:
     HRESULT lock(DWORD flags, void* bytes, LPVOID* data) {
@@ -99,7 +99,7 @@ private:
     unsigned locks_ = 0;
 };
 
-/// Vertices and then indices follow the object in its own block.
+/// The vertices and then the indices follow the object in the same block.
 class Mesh final : public Counted<ID3DXMesh> {
 public:
     Mesh(const MeshShape& shape, const D3DVERTEXELEMENT9* declaration, IDirect3DDevice9* device)
@@ -227,7 +227,7 @@ D3DX9_NAMED_ALLOCATION Mesh* allocate_mesh(const MeshShape& shape,
     return mesh;
 }
 
-// A caller that cannot fill the mesh, or get its adjacency, leaves it behind.
+// A caller that cannot lock the mesh or get its adjacency leaks it on purpose.
 D3DX9_NAMED_ALLOCATION Mesh* allocate_abandoned_mesh(const MeshShape& shape,
                                                      const D3DVERTEXELEMENT9* declaration,
                                                      IDirect3DDevice9* device) {

@@ -1,10 +1,10 @@
-/// What the objects behind the interfaces have in common: one block of the ordinary allocator,
-/// counted references, and a count of the objects alive.
+/// Common base of the objects behind the interfaces: one block of the ordinary allocator, a
+/// reference count, and a global count of live objects.
 ///
-/// Allocation is spelled out in functions named after the object ("allocate_device"), kept out of
-/// line: a leak checker sees the name in the stack of a block. An object that callers may lose on a
-/// failure gets a second function ("allocate_abandoned_device"), used while a fault point is armed
-/// and never in an ordinary run, so that excusing the one does not excuse the other.
+/// Each kind of object is allocated by a function named after it ("allocate_device") that is never
+/// inlined, so that the name appears in the stacks of a leak checker. Objects that callers leak on
+/// purpose after a failure get a second function ("allocate_abandoned_device"), used only while a
+/// fault point is armed: suppressing its leaks does not hide leaks of an ordinary run.
 #pragma once
 
 #include "faultpoint/faultpoint.h"
@@ -21,22 +21,23 @@
 
 namespace d3dx9 {
 
-/// Objects alive: devices, meshes and buffers. IDirect3D9 objects are not counted, because a caller
-/// may hand one to free() behind our back.
+/// Number of live devices, meshes and buffers. IDirect3D9 objects are not counted, because a caller
+/// may end one with free().
 extern unsigned live_objects;
 
-/// Last statement before the return of a named allocation function: the call before it is then no
-/// tail call, and the function keeps its frame. `variant` tells functions apart whose bodies are
-/// otherwise equal, lest the compiler fold them into one.
+/// The last statement of a named allocation function: prevents a tail call, which would remove the
+/// function's stack frame. `variant` makes otherwise equal functions differ, so that the compiler
+/// does not fold them into one.
 template <int variant = 0>
 void keep_frame() {
     asm volatile("" : : "i"(variant) : "memory");
 }
 
-/// Whether somebody may be lost to a failure in this run.
+/// Whether a fault point is armed, so that callers may leak objects on purpose.
 inline bool failures_are_planned() { return faultpoint::armed_count != 0; }
 
-/// One zeroed block with a T at its start and `extra` bytes behind it; null when memory is out.
+/// Allocates a zeroed block with a T at its start and `extra` bytes behind it; null if memory runs
+/// out.
 template <class T, class... Arguments>
 T* construct(size_t extra, Arguments&&... arguments) {
     static_assert(std::is_trivially_destructible_v<T>,
@@ -47,7 +48,7 @@ T* construct(size_t extra, Arguments&&... arguments) {
     return block == nullptr ? nullptr : new (block) T(std::forward<Arguments>(arguments)...);
 }
 
-/// References of `Interface`; the object starts with one, its maker's.
+/// Adds the reference count to `Interface`; a new object has one reference.
 template <class Interface>
 class Counted : public Interface {
 public:
@@ -63,10 +64,10 @@ public:
     }
 
 protected:
-    /// Gives back what the object refers to; its own block follows.
+    /// Releases what the object refers to; its own block is freed afterwards.
     virtual void release_parts() = 0;
 
-    /// The common half of QueryInterface.
+    /// The common part of QueryInterface.
     HRESULT answer(bool known, void** object) {
         if (object == nullptr)
             return E_POINTER;

@@ -1,5 +1,4 @@
-/// The record of the last UV-atlas call: the sentence that explains its failure, and the faces over
-/// the stretch limit.
+/// Stores what inspect.h reports of the last UV-atlas call.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +7,7 @@
 
 namespace d3dx9 {
 
-/// Starts a new record.
+/// Resets the record at the start of a call.
 void clear_reason();
 
 void record_over_limit(std::vector<uint32_t> faces);

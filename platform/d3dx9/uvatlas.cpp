@@ -1,5 +1,5 @@
-/// The UV-atlas calls over the engine. Meshes are read and made through the published interfaces
-/// alone, so this file serves any implementation of them.
+/// The UV-atlas calls, implemented by the engine. Meshes are read and created only through the
+/// published interfaces, so this file works with any implementation of them.
 
 #include "atlas/atlas.h"
 #include "platform/d3dx9/object.h"
@@ -19,13 +19,13 @@ namespace {
 
 namespace atlas = tessora::atlas;
 
-/// From this many faces on the default quality is the fast one.
+/// With at least this many faces D3DXUVATLAS_DEFAULT means fast.
 constexpr DWORD k_default_quality_faces = 25000;
 
-/// Fractions are single precision: a step counts as done this much early.
+/// Tolerance for single-precision fractions: a step counts as reached this fraction early.
 constexpr float k_step_slack = 1e-4f;
 
-/// A counted pointer that gives its reference back.
+/// A COM pointer that releases its reference.
 template <class T>
 class Owned {
 public:
@@ -41,7 +41,7 @@ public:
     T* operator->() const { return pointer_; }
     T* get() const { return pointer_; }
 
-    /// Hands the reference to `slot`, or gives it back when there is none.
+    /// Moves the reference to `*slot`; keeps it, to be released, if `slot` is null.
     void give(T** slot) {
         if (slot != nullptr) {
             *slot = pointer_;
@@ -53,7 +53,7 @@ private:
     T* pointer_ = nullptr;
 };
 
-/// Everything the two calls have in common.
+/// The arguments that both calls have.
 struct Call {
     ID3DXMesh* mesh;
     DWORD texture_index;
@@ -85,7 +85,7 @@ void clear(const Outputs& outputs) {
         *outputs.num_charts = 0;
 }
 
-/// Thins the engine's progress, a call every tenth of the work, to the caller's frequency.
+/// Reduces the engine's progress reports, one per tenth of the work, to the caller's frequency.
 struct Progress {
     LPD3DXUVATLASCB callback;
     FLOAT frequency;
@@ -103,7 +103,7 @@ struct Progress {
     }
 };
 
-/// Where position and texture coordinate stand in a vertex.
+/// Offsets of position and texture coordinate in a vertex.
 struct VertexFormat {
     std::vector<D3DVERTEXELEMENT9> declaration;
     DWORD stride = 0;
@@ -135,7 +135,7 @@ bool read_format(ID3DXMesh* mesh, DWORD texture_index, VertexFormat& format) {
     return has_position && has_texcoord;
 }
 
-/// A copy of the input in the engine's form, and the vertices as they stand in the mesh.
+/// The input converted for the engine, and a copy of the mesh's vertex buffer.
 struct Input {
     std::vector<unsigned char> vertices;
     std::vector<float> positions;
@@ -175,7 +175,7 @@ HRESULT read_indices(ID3DXMesh* mesh, Input& input) {
     return D3D_OK;
 }
 
-/// A DWORD is 32 unsigned bits on every system, but not everywhere the same type as uint32_t.
+/// DWORD and uint32_t have the same size, but on some systems they are different types.
 atlas::Span<uint32_t> words(const DWORD* data, size_t size) {
     static_assert(sizeof(DWORD) == sizeof(uint32_t));
     return {reinterpret_cast<const uint32_t*>(data), data == nullptr ? 0 : size};
@@ -189,7 +189,7 @@ atlas::Quality quality_of(DWORD options, size_t faces) {
     return atlas::Quality::quality;
 }
 
-/// Says what went wrong with the engine's own words, and gives the HRESULT for it.
+/// Records the engine's description of a failure and returns the matching HRESULT.
 HRESULT explain(const atlas::Failure& failure, const Progress& progress, UINT* num_charts) {
     const char* const why = atlas::describe(failure.status);
     const unsigned element = failure.element;
@@ -256,8 +256,8 @@ HRESULT write_indices(ID3DXMesh* mesh, const atlas::Result& result) {
     return D3D_OK;
 }
 
-/// The new mesh has the input's device, pools and declaration. Its indices are always 32-bit: a
-/// split may need more vertices than 16 bits can name.
+/// Creates the new mesh with the device, options and declaration of the input. Its indices are
+/// always 32-bit, because chart borders add vertices.
 HRESULT make_mesh(ID3DXMesh* source, const VertexFormat& format, const Input& input,
                   const atlas::Result& result, Owned<ID3DXMesh>& mesh) {
     Owned<IDirect3DDevice9> device;
@@ -283,7 +283,7 @@ HRESULT fill_buffer(const std::vector<uint32_t>& values, Owned<ID3DXBuffer>& buf
     return made;
 }
 
-// The atlas stage takes this buffer and never gives it back.
+// The atlas stage never releases this buffer, on purpose.
 D3DX9_NAMED_ALLOCATION HRESULT allocate_remap_buffer(const std::vector<uint32_t>& values,
                                                      Owned<ID3DXBuffer>& buffer) {
     const HRESULT made = fill_buffer(values, buffer);
@@ -374,7 +374,7 @@ HRESULT guarded_unwrap(const Call& call, Extent extent, const atlas::Options& op
     }
 }
 
-/// Outputs and the reason start out empty; then the point may fail the call as a whole.
+/// Clears outputs and record, then passes the fault point of the whole call.
 HRESULT enter(const char* point, const Outputs& outputs) {
     clear_reason();
     clear(outputs);

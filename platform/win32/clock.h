@@ -1,4 +1,4 @@
-/// The stand-in's clock, replaceable so that a test can stop it.
+/// The clock behind GetSystemTime; tests replace it.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@ namespace win32 {
 
 using Clock = void (*)(SYSTEMTIME* time);
 
-/// Makes GetSystemTime answer with `clock`; null brings the system's clock back. Process-wide.
+/// Makes GetSystemTime call `clock`; null restores the system's clock. Process-wide.
 void set_clock(Clock clock);
 
 } // namespace win32

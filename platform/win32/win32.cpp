@@ -59,7 +59,7 @@ int WINAPI MessageBoxA(HWND, LPCSTR text, LPCSTR caption, UINT) {
         return 0;
     const char* const shown_text = text != nullptr ? text : "";
     const char* const shown_caption = caption != nullptr ? caption : "";
-    // Looked up at every call: a plug-in may outlive the application part that brought the hook.
+    // Looked up at every call, because the library that exports the hook may be unloaded meanwhile.
     const NoticeHook hook = find_notice_hook();
     if (hook != nullptr && hook(shown_caption, shown_text) != 0)
         return IDOK;

@@ -72,7 +72,7 @@ TEST(ArrayAppend, SurvivesAppendingAnElementOfItself) {
     EXPECT_EQ(contents(list), (std::vector<uint32_t>{11, 22, 11}));
 }
 
-TEST(ArrayAppend, DropsTheElementWhenMemoryIsOut) {
+TEST(ArrayAppend, LeavesOutTheElementWhenMemoryRunsOut) {
     List list = list_of({1, 2});
     AllocationWatch watch(0);
     EXPECT_FALSE(list.append(3));
@@ -80,7 +80,7 @@ TEST(ArrayAppend, DropsTheElementWhenMemoryIsOut) {
     EXPECT_EQ(list.capacity(), 2u);
 }
 
-TEST(ArrayAppendDeathTest, ConstantSizeIsABug) {
+TEST(ArrayAppendDeathTest, ConstantSizeMakesItABug) {
     List list;
     list.set_properties(ARRAY_CONSTANT_SIZE);
     EXPECT_BUG(list.append(1), "array<unsigned long>::append", "!is_constant_size()");
@@ -101,14 +101,14 @@ TEST(ArrayIndex, ExistingElementNeedsNoGrowth) {
     EXPECT_EQ(contents(list), (std::vector<uint32_t>{1, 9}));
 }
 
-TEST(ArrayIndex, GapsAreZeroWhenAskedFor) {
+TEST(ArrayIndex, GapsAreZeroWithZeroFill) {
     List list;
     list.set_properties(ARRAY_ZERO_FILL);
     list[9] = 5;
     EXPECT_EQ(contents(list), (std::vector<uint32_t>{0, 0, 0, 0, 0, 0, 0, 0, 0, 5}));
 }
 
-TEST(ArrayIndexDeathTest, ConstantSizeIsABug) {
+TEST(ArrayIndexDeathTest, ConstantSizeMakesItABug) {
     List list;
     list.set_properties(ARRAY_CONSTANT_SIZE);
     EXPECT_BUG(list[0], "array<unsigned long>::operator []", "!is_constant_size()");
@@ -120,24 +120,24 @@ TEST(ArrayIndexDeathTest, RunningOutOfMemoryIsABugWithoutAssertion) {
     EXPECT_BUG(list[0], "array<unsigned long>::operator []");
 }
 
-TEST(ArrayIndexDeathTest, SizeBeyond32BitsIsMemoryThatCannotBeHad) {
+TEST(ArrayIndexDeathTest, SizeBeyond32BitsCountsAsOutOfMemory) {
     List list;
     EXPECT_BUG(list[0x80000000u], "array<unsigned long>::operator []");
 }
 
-TEST(ArrayGet, GivesTheElement) { EXPECT_EQ(list_of({4, 5, 6}).get(2), 6u); }
+TEST(ArrayGet, ReturnsTheElement) { EXPECT_EQ(list_of({4, 5, 6}).get(2), 6u); }
 
 TEST(ArrayGetDeathTest, IndexAtCountIsABug) {
     const List list = list_of({4, 5, 6});
     EXPECT_BUG(list.get(3), "array<unsigned long>::get", "ind < cur_elements");
 }
 
-TEST(ArrayReportsDeathTest, SpellVertices) {
+TEST(ArrayReportsDeathTest, NameVertexElements) {
     const array<Vertex> list;
     EXPECT_BUG(list.get(0), "array<struct Vertex>::get", "ind < cur_elements");
 }
 
-TEST(ArrayReportsDeathTest, SpellPointersToLists) {
+TEST(ArrayReportsDeathTest, NamePointerElements) {
     array<array<uint32_t>*> list;
     list.set_properties(ARRAY_CONSTANT_SIZE);
     EXPECT_BUG(list[0], "array<class array<unsigned long> *>::operator []", "!is_constant_size()");
@@ -150,7 +150,7 @@ TEST(ArrayAppendArray, GrowsToTheExactSize) {
     EXPECT_EQ(list.capacity(), 7u);
 }
 
-TEST(ArrayAppendArray, UsesFreeRoomWithoutReallocation) {
+TEST(ArrayAppendArray, UsesSpareCapacityWithoutReallocation) {
     List list = list_of({1, 2, 3});
     ASSERT_EQ(list.capacity(), 6u);
     const List added = list_of({4, 5, 6});
@@ -160,7 +160,7 @@ TEST(ArrayAppendArray, UsesFreeRoomWithoutReallocation) {
     EXPECT_EQ(list.capacity(), 6u);
 }
 
-TEST(ArrayAppendArray, EmptyListSucceedsWithoutMemory) {
+TEST(ArrayAppendArray, EmptyListNeedsNoMemory) {
     List list;
     const List empty;
     AllocationWatch watch(0);
@@ -168,7 +168,7 @@ TEST(ArrayAppendArray, EmptyListSucceedsWithoutMemory) {
     EXPECT_EQ(list.count(), 0u);
 }
 
-TEST(ArrayAppendArray, LeavesTheArrayAsItWasWhenMemoryIsOut) {
+TEST(ArrayAppendArray, LeavesTheArrayUnchangedWhenMemoryRunsOut) {
     List list = list_of({1, 2});
     const List added = list_of({3, 4});
     AllocationWatch watch(0);
@@ -181,7 +181,7 @@ TEST(ArrayAppendArrayDeathTest, OntoItselfIsABug) {
     EXPECT_BUG(list.append_array(list), "array<unsigned long>::append_array", "&e != this");
 }
 
-TEST(ArrayAppendArrayDeathTest, ConstantSizeIsABug) {
+TEST(ArrayAppendArrayDeathTest, ConstantSizeMakesItABug) {
     List list;
     list.set_properties(ARRAY_CONSTANT_SIZE);
     EXPECT_BUG(list.append_array(List()), "array<unsigned long>::append_array",
@@ -196,7 +196,7 @@ TEST(ArrayAlloc, MakesCountAndCapacityExact) {
     EXPECT_EQ(list.get(1), 2u);
 }
 
-TEST(ArrayAlloc, LeavesTheArrayAsItWasWhenMemoryIsOut) {
+TEST(ArrayAlloc, LeavesTheArrayUnchangedWhenMemoryRunsOut) {
     List list = list_of({1, 2});
     AllocationWatch watch(0);
     EXPECT_FALSE(list.alloc(5));
@@ -208,7 +208,7 @@ TEST(ArrayAllocDeathTest, BelowTheCountIsABug) {
     EXPECT_BUG(list.alloc(3), "array<unsigned long>::alloc", "elements >= cur_elements");
 }
 
-TEST(ArrayAllocDeathTest, ConstantSizeIsABug) {
+TEST(ArrayAllocDeathTest, ConstantSizeMakesItABug) {
     List list;
     list.set_properties(ARRAY_CONSTANT_SIZE);
     EXPECT_BUG(list.alloc(3), "array<unsigned long>::alloc", "!is_constant_size()");
@@ -222,7 +222,7 @@ TEST(ArrayOverwriteAt, GrowsToTheExactSize) {
     EXPECT_EQ(list.get(6), 9u);
 }
 
-TEST(ArrayOverwriteAt, KeepsTheCountInsideIt) {
+TEST(ArrayOverwriteAt, KeepsTheCountForAnExistingIndex) {
     List list = list_of({1, 2, 3});
     EXPECT_TRUE(list.overwrite_at(0, 9));
     EXPECT_EQ(contents(list), (std::vector<uint32_t>{9, 2, 3}));
@@ -235,7 +235,7 @@ TEST(ArrayOverwriteAt, UsesSpareCapacityOfAConstantSizeArray) {
     EXPECT_EQ(list.count(), 5u);
 }
 
-TEST(ArrayOverwriteAt, LeavesTheArrayAsItWasWhenMemoryIsOut) {
+TEST(ArrayOverwriteAt, LeavesTheArrayUnchangedWhenMemoryRunsOut) {
     List list = list_of({1, 2});
     AllocationWatch watch(0);
     EXPECT_FALSE(list.overwrite_at(2, 9));
@@ -260,19 +260,19 @@ TEST(ArrayCheckPointerDeathTest, LastSlotOfTheCapacityIsABug) {
     EXPECT_BUG(list.check_pointer(list.data() + 5), "array<unsigned long>::__check_pointer");
 }
 
-TEST(ArrayCheckPointer, AcceptsWhatLiesBehindTheStorage) {
+TEST(ArrayCheckPointer, AcceptsAPointerBehindTheStorage) {
     const List list = list_of({1, 2, 3});
     list.check_pointer(list.data() + 6);
 }
 
-TEST(ArrayCheckPointer, AcceptsAnythingOnAnEmptyArray) {
+TEST(ArrayCheckPointer, AcceptsAnyPointerForAnEmptyArray) {
     const uint32_t value = 1;
     const List list;
     list.check_pointer(&value);
     list.check_pointer(nullptr);
 }
 
-TEST(ArrayResize, ZeroFreesTheBufferAndTheNextAppendStartsAnew) {
+TEST(ArrayResize, ZeroFreesTheBufferAndAppendAllocatesANewOne) {
     List list = list_of({1, 2, 3});
     const uint64_t live = live_blocks;
     EXPECT_TRUE(list.resize(0));
@@ -320,7 +320,7 @@ TEST(ArrayResizeDeathTest, SecondAllocationOfAnAlignedArrayIsABug) {
                "cur_elements == 0 && max_elements == 0");
 }
 
-TEST(ArrayResizeDeathTest, ConstantSizeIsABug) {
+TEST(ArrayResizeDeathTest, ConstantSizeMakesItABug) {
     List list;
     list.set_properties(ARRAY_CONSTANT_SIZE);
     EXPECT_BUG(list.resize(1), "array<unsigned long>::resize", "!is_constant_size()");
@@ -339,13 +339,13 @@ TEST(ArrayClear, KeepsTheBuffer) {
     EXPECT_EQ(list.capacity(), 6u);
 }
 
-TEST(ArrayClearDeathTest, ConstantSizeIsABug) {
+TEST(ArrayClearDeathTest, ConstantSizeMakesItABug) {
     List list;
     list.set_properties(ARRAY_CONSTANT_SIZE);
     EXPECT_BUG(list.clear(), "array<unsigned long>::clear", "!is_constant_size()");
 }
 
-TEST(ArrayMemory, DestructionGivesTheBufferBack) {
+TEST(ArrayMemory, DestructionFreesTheBuffer) {
     const uint64_t live = live_blocks;
     {
         const List list = list_of({1});
@@ -354,7 +354,7 @@ TEST(ArrayMemory, DestructionGivesTheBufferBack) {
     EXPECT_EQ(live_blocks, live);
 }
 
-TEST(ArrayMemory, DestructionLeavesWhatPointersNameAlone) {
+TEST(ArrayMemory, DestructionDoesNotFreeWhatElementsPointTo) {
     List inner = list_of({7});
     {
         array<List*> outer;
@@ -363,7 +363,7 @@ TEST(ArrayMemory, DestructionLeavesWhatPointersNameAlone) {
     EXPECT_EQ(inner.get(0), 7u);
 }
 
-TEST(ArrayMemory, MovingHandsTheBufferOver) {
+TEST(ArrayMemory, MovingTransfersTheBuffer) {
     List from = list_of({1, 2});
     const uint32_t* const buffer = from.data();
     List to(std::move(from));
@@ -404,10 +404,10 @@ TEST(CountingAllocator, FreeingNothingIsAllowed) {
     EXPECT_EQ(live_blocks, live);
 }
 
-/// Every operation against a standard vector, with failing memory now and then.
+/// Random operations compared with a std::vector, with occasional allocation failures.
 class ArrayModel : public testing::TestWithParam<uint32_t> {};
 
-TEST_P(ArrayModel, BehavesLikeAListWhateverTheOrderOfOperations) {
+TEST_P(ArrayModel, BehavesLikeAVectorForAnySequenceOfOperations) {
     std::mt19937 random(GetParam());
     List list;
     std::vector<uint32_t> model;

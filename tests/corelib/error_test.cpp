@@ -9,7 +9,7 @@ namespace {
 
 constexpr const char* k_debugger_file = "OUTPUT_DEBUG_STRING_FILE";
 
-/// Stops the clock at 09:05:07.042 and puts every switch back afterwards.
+/// Stops the clock at 09:05:07.042 and restores all global switches afterwards.
 class Log : public testing::Test {
 protected:
     void SetUp() override {
@@ -41,7 +41,7 @@ protected:
 };
 using LogDeathTest = Log;
 
-TEST_F(Log, WarningLineCarriesAnUnpaddedTimeStampAndIsCounted) {
+TEST_F(Log, WarningHasAnUnpaddedTimeStampAndIsCounted) {
     const uint32_t before = warning_count;
     const std::string line =
         standard_error_of([] { do_log(LOG_WARNING, LOG_TO_STDERR, "%s", "x"); });
@@ -49,7 +49,7 @@ TEST_F(Log, WarningLineCarriesAnUnpaddedTimeStampAndIsCounted) {
     EXPECT_EQ(warning_count, before + 1);
 }
 
-TEST_F(Log, EveryLevelHasItsOwnFormAndOnlyWarningsCount) {
+TEST_F(Log, EveryLevelHasItsOwnFormatAndOnlyWarningsAreCounted) {
     const uint32_t before = warning_count;
     const std::string lines = standard_error_of([] {
         do_log(LOG_PROFILING, LOG_TO_STDERR, "%d", 1);
@@ -64,20 +64,20 @@ TEST_F(Log, EveryLevelHasItsOwnFormAndOnlyWarningsCount) {
     EXPECT_EQ(warning_count, before);
 }
 
-TEST_F(Log, StandardOutputIsASinkOfItsOwn) {
+TEST_F(Log, StandardOutputIsASeparateSink) {
     testing::internal::CaptureStdout();
     const std::string error = standard_error_of([] { do_log(LOG_INFO, LOG_TO_STDOUT, "%s", "x"); });
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "[9:5:7.42, INFO]: x\r\n");
     EXPECT_EQ(error, "");
 }
 
-TEST_F(Log, ErrorLineShowsABoxWithCaptionMessageAndReturns) {
+TEST_F(Log, CriticalLineShowsABoxWithTheCaptionMessage) {
     do_log(LOG_CRITICAL, LOG_TO_MESSAGE_BOX | LOG_TO_DEBUGGER, "CreateDevice failed");
     EXPECT_EQ(notices().captions, std::vector<std::string>{"Message"});
     EXPECT_EQ(notices().texts, std::vector<std::string>{"[CRITICAL]: CreateDevice failed\r\n"});
 }
 
-TEST_F(Log, QuietSkipsTheBoxAndNothingElse) {
+TEST_F(Log, QuietSkipsOnlyTheMessageBox) {
     log_quiet = true;
     const std::string error = standard_error_of(
         [] { do_log(LOG_CRITICAL, LOG_TO_MESSAGE_BOX | LOG_TO_STDERR, "%s", "x"); });
@@ -85,7 +85,7 @@ TEST_F(Log, QuietSkipsTheBoxAndNothingElse) {
     EXPECT_EQ(error, "[CRITICAL]: x\r\n");
 }
 
-TEST_F(Log, NoSinkWritesNothing) {
+TEST_F(Log, WithoutSinksNothingIsWritten) {
     const std::string error = standard_error_of([] { do_log(LOG_CRITICAL, 0, "%s", "x"); });
     EXPECT_TRUE(notices().texts.empty());
     EXPECT_EQ(error, "");
@@ -99,7 +99,7 @@ TEST_F(Log, FileSinkAppendsTheLineWithoutItsTerminatingZero) {
     EXPECT_EQ(path.text(), "[CRITICAL]: x\r\n[CRITICAL]: y\r\n");
 }
 
-TEST_F(Log, FileSinkIsSilentWithoutAName) {
+TEST_F(Log, FileSinkDoesNothingWithoutAFileName) {
     EXPECT_EQ(standard_error_of([] { do_log(LOG_CRITICAL, LOG_TO_FILE, "%s", "x"); }), "");
 }
 
@@ -114,7 +114,7 @@ TEST_F(Log, LongMessagesAreCutAtTheTwoLimits) {
     const std::string text(300000, 'x');
     const std::string line =
         standard_error_of([&] { do_log(LOG_CRITICAL, LOG_TO_STDERR, "%s", text.c_str()); });
-    // 200000 bytes with the terminating zero, then the frame of the line.
+    // 200000 bytes with the terminating zero, plus prefix and line end.
     EXPECT_EQ(line, "[CRITICAL]: " + std::string(199999, 'x') + "\r\n");
 }
 

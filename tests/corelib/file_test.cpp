@@ -15,7 +15,7 @@ TEST(FileConstruction, StartsClosedAndNameless) {
     EXPECT_EQ(f.error().length(), 0u);
 }
 
-TEST(FileClose, NeverOpenedSucceeds) {
+TEST(FileClose, SucceedsIfNeverOpened) {
     file f;
     EXPECT_TRUE(f.close());
 }
@@ -68,7 +68,7 @@ TEST(FileOpen, ModeOneOnlyReads) {
     EXPECT_STREQ(f.error().c_str(), "Bad file descriptor");
 }
 
-TEST(FileOpen, FailureTellsTheSystemsReason) {
+TEST(FileOpen, FailureStoresTheSystemsMessage) {
     file f;
     EXPECT_FALSE(f.open("/tmp/no_such_folder_of_tessora/x", 2));
     EXPECT_FALSE(f.is_open());
@@ -76,7 +76,7 @@ TEST(FileOpen, FailureTellsTheSystemsReason) {
     EXPECT_EQ(f.name().length(), 0u);
 }
 
-TEST(FileOpen, ReplacesTheStreamThatWasOpen) {
+TEST(FileOpen, ClosesTheStreamThatWasOpen) {
     const TemporaryFile first;
     const TemporaryFile second;
     file f;
@@ -87,7 +87,7 @@ TEST(FileOpen, ReplacesTheStreamThatWasOpen) {
     EXPECT_EQ(descriptor_of(first.path()), -1);
 }
 
-TEST(FileOpen, FailureLeavesTheStreamThatWasOpen) {
+TEST(FileOpen, FailureKeepsTheStreamThatWasOpen) {
     const TemporaryFile path;
     file f;
     ASSERT_TRUE(f.open(path.path(), 2));
@@ -114,14 +114,14 @@ TEST(FileWrite, WithoutAStreamFails) {
     EXPECT_STREQ(f.error().c_str(), "Bad file descriptor");
 }
 
-TEST(FileWrite, NoBytesAreNotABlock) {
+TEST(FileWrite, ZeroBytesFail) {
     const TemporaryFile path;
     file f;
     ASSERT_TRUE(f.open(path.path(), 2));
     EXPECT_FALSE(f.write("x", 0));
 }
 
-TEST(FileWrite, FullDiskTellsTheSystemsReason) {
+TEST(FileWrite, FullDiskStoresTheSystemsMessage) {
     file f;
     ASSERT_TRUE(f.open("/dev/full", 2));
     EXPECT_FALSE(put(f, std::string(1 << 20, 'x')));
@@ -137,7 +137,7 @@ TEST(FileClose, FullDiskFailsAndKeepsTheHandle) {
     EXPECT_TRUE(f.is_open());
 }
 
-TEST(FileClose, LostStreamKeepsTheHandleAndIsNotTouchedAgain) {
+TEST(FileClose, AfterAFailedFcloseTheHandleIsKeptButNotUsed) {
     const TemporaryFile path;
     file f;
     ASSERT_TRUE(f.open(path.path(), 2));

@@ -5,7 +5,7 @@ Notices& notices() {
     return record;
 }
 
-/// Found by the platform layer at run time, as the application's own hook would be.
+/// The platform layer looks this function up at run time, like the application's own hook.
 extern "C" FIXTURES_EXPORT int host_show_notice(const char* caption, const char* text) {
     notices().captions.emplace_back(caption);
     notices().texts.emplace_back(text);

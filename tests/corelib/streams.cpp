@@ -20,7 +20,7 @@ bool same_file(HANDLE a, HANDLE b) {
            x.dwVolumeSerialNumber == y.dwVolumeSerialNumber;
 }
 
-/// Descriptors without a file under them are asked for their handle in vain, not in error.
+/// Disables the runtime's check, which would end the process for a descriptor that is not open.
 void ignore_parameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) {}
 
 } // namespace
@@ -41,8 +41,8 @@ int descriptor_of(const char* path) {
     return found;
 }
 
-/// Both streams go to one file, standard output in text mode: there a line feed gets a second
-/// carriage return, which tells whose line it is.
+/// Redirects both streams to one file, standard output in text mode. Text mode doubles the carriage
+/// return, which tells the lines of standard output from those of standard error.
 void note_streams(const std::function<void()>& action,
                   const std::function<void(const char*)>& note) {
     const TemporaryFile both;
@@ -85,7 +85,7 @@ int descriptor_of(const char* path) {
     return -1;
 }
 
-/// Streams whose every flush passes through the note-taker.
+/// Streams with write functions that call `note`.
 void note_streams(const std::function<void()>& action,
                   const std::function<void(const char*)>& note) {
     struct Cookie {

@@ -1,11 +1,10 @@
-/// Looks at streams from below: the order in which code writes to the standard ones, and which
-/// descriptor a file is open under.
+/// Observes the order of writes to the standard streams, and finds the descriptor of an open file.
 #pragma once
 
 #include <functional>
 
-/// Runs `action` and calls `note` with "stderr" or "stdout" for every line that it writes there:
-/// while it writes, or on Windows afterwards, in the order of writing. Nothing is shown.
+/// Runs `action` and calls `note` with "stderr" or "stdout" for every line that it writes there, in
+/// order; immediately, or on Windows after `action` has returned. The lines are not displayed.
 void note_streams(const std::function<void()>& action,
                   const std::function<void(const char*)>& note);
 

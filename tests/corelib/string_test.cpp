@@ -12,13 +12,13 @@ TEST(StringConstruction, EmptyHasNoBuffer) {
     EXPECT_EQ(s.c_str(), nullptr);
 }
 
-TEST(StringConstruction, NullTextGivesAnEmptyString) {
+TEST(StringConstruction, NullTextMakesAnEmptyString) {
     const string s(nullptr);
     EXPECT_EQ(s.length(), 0u);
     EXPECT_EQ(s.c_str(), nullptr);
 }
 
-TEST(StringConstruction, TextGetsABufferOfExactlyItsSize) {
+TEST(StringConstruction, TextAllocatesExactlyItsSize) {
     const string s("hello");
     EXPECT_STREQ(s.c_str(), "hello");
     EXPECT_EQ(s.length(), 5u);
@@ -32,7 +32,7 @@ TEST(StringConstruction, CopyOwnsItsBuffer) {
     EXPECT_NE(copy.c_str(), original.c_str());
 }
 
-TEST(StringMemory, DestructionGivesTheBufferBack) {
+TEST(StringMemory, DestructionFreesTheBuffer) {
     const uint64_t live = live_blocks;
     {
         const string s("hello");
@@ -64,7 +64,7 @@ TEST(StringAssignment, StringWithoutABufferLeavesTheStringUnchanged) {
     EXPECT_STREQ(s.c_str(), "abc");
 }
 
-TEST(StringAssignment, SurvivesItsOwnText) {
+TEST(StringAssignment, AcceptsItsOwnText) {
     string s("abcdef");
     s = s.c_str() + 2;
     EXPECT_STREQ(s.c_str(), "cdef");
@@ -83,7 +83,7 @@ TEST(StringAssignment, LengthIsRecomputedFromTheBuffer) {
     EXPECT_EQ(s.capacity(), 1u);
 }
 
-TEST(StringAssignment, KeepsTheStringWhenMemoryIsOut) {
+TEST(StringAssignment, LeavesTheStringUnchangedWhenMemoryRunsOut) {
     string s("abc");
     AllocationWatch watch(0);
     s = "a longer text";
@@ -91,7 +91,7 @@ TEST(StringAssignment, KeepsTheStringWhenMemoryIsOut) {
     EXPECT_EQ(s.length(), 3u);
 }
 
-TEST(StringAppend, ReservesWholeHundreds) {
+TEST(StringAppend, ReservesMultiplesOf100) {
     string s;
     EXPECT_TRUE(s += "abc");
     EXPECT_EQ(s.capacity(), 100u);
@@ -102,7 +102,7 @@ TEST(StringAppend, ReservesWholeHundreds) {
     EXPECT_EQ(std::string(s.c_str()), "abc" + text);
 }
 
-TEST(StringAppend, GrowsWhenTheTextWouldJustFit) {
+TEST(StringAppend, GrowsWhenTheTextWouldExactlyFillTheBuffer) {
     string s;
     ASSERT_TRUE(s += std::string(90, 'x').c_str());
     EXPECT_TRUE(s += "12345678"); // 90 + 8 + 1 < 100
@@ -111,7 +111,7 @@ TEST(StringAppend, GrowsWhenTheTextWouldJustFit) {
     EXPECT_EQ(s.capacity(), 200u);
 }
 
-TEST(StringAppend, LongTextsGrowByTheirOwnHundreds) {
+TEST(StringAppend, CapacityGrowsInMultiplesOf100) {
     string s;
     EXPECT_TRUE(s += std::string(250, 'x').c_str());
     EXPECT_EQ(s.capacity(), 300u);
@@ -130,7 +130,7 @@ TEST(StringAppend, StringWithoutABufferChangesNothing) {
     EXPECT_STREQ(s.c_str(), "abc");
 }
 
-TEST(StringAppend, LeavesTheStringUnchangedWhenMemoryIsOut) {
+TEST(StringAppend, LeavesTheStringUnchangedWhenMemoryRunsOut) {
     string s("abc");
     AllocationWatch watch(0);
     EXPECT_FALSE(s += "def");
@@ -139,7 +139,7 @@ TEST(StringAppend, LeavesTheStringUnchangedWhenMemoryIsOut) {
     EXPECT_EQ(s.capacity(), 4u);
 }
 
-TEST(StringAppend, SurvivesItsOwnText) {
+TEST(StringAppend, AcceptsItsOwnText) {
     string s("abc");
     EXPECT_TRUE(s += static_cast<const char*>(s.c_str() + 1));
     EXPECT_STREQ(s.c_str(), "abcbc");
@@ -193,7 +193,7 @@ TEST(StringTruncate, EqualSizeChangesNothing) {
     EXPECT_EQ(s.capacity(), 4u);
 }
 
-TEST(StringTruncate, SetsTheLengthEvenWhenMemoryIsOut) {
+TEST(StringTruncate, SetsTheLengthEvenWhenMemoryRunsOut) {
     string s("abc");
     AllocationWatch watch(0);
     EXPECT_FALSE(s.truncate(1000));
@@ -202,7 +202,7 @@ TEST(StringTruncate, SetsTheLengthEvenWhenMemoryIsOut) {
     EXPECT_EQ(s.capacity(), 4u);
 }
 
-TEST(StringTruncate, SizeBeyond32BitsIsMemoryThatCannotBeHad) {
+TEST(StringTruncate, SizeBeyond32BitsCountsAsOutOfMemory) {
     string s;
     EXPECT_FALSE(s.truncate(UINT32_MAX));
     EXPECT_EQ(s.length(), UINT32_MAX);
@@ -231,7 +231,7 @@ TEST(StringTruncate, AppendingAfterFailedLengtheningFindsRoom) {
     EXPECT_STREQ(s.c_str() + 1000, "def");
 }
 
-TEST(StringUpdateLength, FollowsWhatWasWrittenIntoTheBuffer) {
+TEST(StringUpdateLength, CountsWhatWasWrittenIntoTheBuffer) {
     string s;
     ASSERT_TRUE(s.truncate(64));
     std::snprintf(s.c_str(), s.capacity(), "%d charts", 12);

@@ -1,5 +1,5 @@
-/// What the core library's tests share: failing memory, the notice hook's record, literal patterns
-/// for death tests, temporary files.
+/// Shared by the core library's tests: failing allocations, the record of message boxes, literal
+/// patterns for death tests, temporary files.
 #pragma once
 
 #include "corelib/memory.h"
@@ -13,12 +13,12 @@
 #include <unistd.h>
 #include <vector>
 
-/// The sizes asked for while it lives, and whether the requests succeed.
+/// Records the sizes of allocations during its lifetime and can make them fail.
 class AllocationWatch {
 public:
     static constexpr size_t k_never = static_cast<size_t>(-1);
 
-    /// Requests fail from number `fail_from` on (0 = the first).
+    /// Requests number `fail_from` (0 = the first) and later fail.
     explicit AllocationWatch(size_t fail_from = k_never) {
         sizes().clear();
         limit() = fail_from;
@@ -43,7 +43,7 @@ private:
     }
 };
 
-/// What the notice hook of this test program was shown, and what it does.
+/// The notices shown to this program's notice hook, and the hook's behaviour.
 struct Notices {
     std::vector<std::string> captions;
     std::vector<std::string> texts;
@@ -52,7 +52,7 @@ struct Notices {
 };
 Notices& notices();
 
-/// The text as a regular expression that matches nothing else.
+/// Escapes the text to a regular expression that matches exactly it.
 inline std::string literally(const std::string& text) {
     std::string pattern;
     for (const char c : text) {
@@ -63,7 +63,7 @@ inline std::string literally(const std::string& text) {
     return pattern;
 }
 
-/// A path in the temporary folder that is free before and after.
+/// A path in the temporary folder; a file there is removed before and after.
 class TemporaryFile {
 public:
     TemporaryFile() {

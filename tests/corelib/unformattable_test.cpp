@@ -1,5 +1,5 @@
-/// Apart from the other tests of the logger, which hold on every system: the formatter of the
-/// Windows library writes nothing for what it cannot convert, and never fails.
+/// In a program of its own because it does not hold on Windows: there formatting never fails, and
+/// characters that cannot be converted are dropped.
 #include "corelib/error.h"
 #include "tests/corelib/support.h"
 

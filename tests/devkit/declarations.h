@@ -1,9 +1,9 @@
-/// What the plug-in uses of a host's interface, as its public reference pages describe it and
-/// nothing more. Not the embedded host's headers: a plug-in source that leans on something of those
-/// alone does not compile here. Declarations only; nothing is behind them.
+/// The part of the host's interface that the plug-in uses, declared as in the public reference
+/// pages, without definitions. A plug-in source that relies on something only the embedded host's
+/// headers have does not compile against these.
 ///
-/// DEVKIT_ERA 2008: global names, six-digit version. Later: the names live in a versioned inline
-/// namespace, obsolete forms are gone, handles and ids have other types.
+/// DEVKIT_ERA 2008: global names, six-digit version. Later: names in a versioned inline namespace,
+/// without obsolete overloads, handles and ids of other types.
 #pragma once
 
 #include <cstddef>

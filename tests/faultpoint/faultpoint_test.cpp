@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(FaultPoint, UnarmedPassGoesOn) {
+TEST(FaultPoint, UnarmedPassContinues) {
     EXPECT_EQ(faultpoint::hit("nothing armed"), 0);
     EXPECT_EQ(faultpoint::armed_count, 0);
 }
@@ -18,7 +18,7 @@ TEST(FaultPoint, FailsTheNthPassOnly) {
     EXPECT_EQ(faultpoint::passes("point"), 4u);
 }
 
-TEST(FaultPoint, ZeroTimesFailsForEver) {
+TEST(FaultPoint, ZeroTimesFailsEveryPass) {
     faultpoint::Scope fault("point", 2, 2, 0);
     EXPECT_EQ(faultpoint::hit("point"), 0);
     for (int i = 0; i < 5; ++i)
@@ -31,7 +31,7 @@ TEST(FaultPoint, OtherNamesAreUntouched) {
     EXPECT_EQ(faultpoint::hit("point"), 1);
 }
 
-TEST(FaultPoint, ScopeDisarmsAtItsEnd) {
+TEST(FaultPoint, ScopeDisarmsWhenItEnds) {
     { faultpoint::Scope fault("point", 1, 1, 0); }
     EXPECT_EQ(faultpoint::hit("point"), 0);
     EXPECT_EQ(faultpoint::armed_count, 0);

@@ -1,7 +1,7 @@
 #include "faultpoint/faultpoint.h"
 #include "plugin/adjacency.h"
 #include "plugin/unwrapper.h"
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 #include "tests/plugin/malloc_watch.h"
 
 #include <cstdlib>
@@ -38,7 +38,7 @@ TEST_F(BuildAdjacency, CutsOpenIt) {
               (Words{k_none, k_none, k_none, 0, k_none, k_none}));
 }
 
-TEST_F(BuildAdjacency, OnlyTheMarkCuts) {
+TEST_F(BuildAdjacency, OnlyTheValue0xFFFFFFFFCuts) {
     EXPECT_EQ(adjacency_of(4, k_quad, {7, 7, 7, 7, 7, 7}),
               (Words{k_none, k_none, 1, 0, k_none, k_none}));
 }
@@ -47,7 +47,7 @@ TEST_F(BuildAdjacency, BoundaryEdgesHaveNoNeighbour) {
     EXPECT_EQ(adjacency_of(3, {0, 1, 2}, Words(3, 0)), Words(3, k_none));
 }
 
-TEST_F(BuildAdjacency, TrianglesThatTouchByPositionOnlyAreNoNeighbours) {
+TEST_F(BuildAdjacency, TrianglesThatShareOnlyPositionsAreNotNeighbours) {
     ID3DXMesh* mesh = create_mesh(context_,
                                   list_of<Vertex>({{0, 0, 0, 0, 0},
                                                    {1, 0, 0, 0, 0},
@@ -69,7 +69,7 @@ TEST_F(BuildAdjacency, AdjacencyMethodAndEpsilonChangeNothing) {
     EXPECT_EQ(adjacency_of(4, k_quad, Words(6, 0)), (Words{k_none, k_none, 1, 0, k_none, k_none}));
 }
 
-TEST_F(BuildAdjacency, TakesSixteenBytesPerEntry) {
+TEST_F(BuildAdjacency, AllocatesSixteenBytesPerEntry) {
     ID3DXMesh* const mesh = make_mesh(4, k_quad);
     {
         MallocWatch watch;
@@ -80,11 +80,11 @@ TEST_F(BuildAdjacency, TakesSixteenBytesPerEntry) {
     mesh->Release();
 }
 
-TEST_F(BuildAdjacency, ListOfCutsThatIsTooShortStillHasRoomForTheMesh) {
+TEST_F(BuildAdjacency, AllocatesForTheWholeMeshWhenTheListOfCutsIsShort) {
     EXPECT_EQ(adjacency_of(4, k_quad, {}), (Words{k_none, k_none, 1, 0, k_none, k_none}));
 }
 
-TEST_F(BuildAdjacency, TellsWhenMemoryIsOut) {
+TEST_F(BuildAdjacency, ReportsWhenMemoryRunsOut) {
     ID3DXMesh* const mesh = make_mesh(4, k_quad);
     const array<uint32_t> cuts = list_of(Words(6, 0));
     {
@@ -95,7 +95,7 @@ TEST_F(BuildAdjacency, TellsWhenMemoryIsOut) {
     mesh->Release();
 }
 
-TEST_F(BuildAdjacency, TellsTheResultsNameWhenTheLibraryFailsAndDropsTheBuffer) {
+TEST_F(BuildAdjacency, LogsTheResultsNameAndLeaksTheBufferWhenTheLibraryFails) {
     ID3DXMesh* const mesh = make_mesh(4, k_quad);
     const array<uint32_t> cuts = list_of(Words(6, 0));
     {

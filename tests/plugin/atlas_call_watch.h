@@ -1,5 +1,5 @@
-/// What the product hands to D3DXUVAtlasCreate. The call of this program's static libraries passes
-/// through a wrapper that writes the arguments down and goes on to the library.
+/// Records the arguments of D3DXUVAtlasCreate. The linker routes calls from this program's static
+/// libraries through a wrapper that records the arguments and calls the library.
 #pragma once
 
 #include <d3dx9.h>
@@ -8,7 +8,7 @@
 #include <vector>
 
 struct AtlasCall {
-    unsigned calls = 0; ///< since the record was last cleared
+    unsigned calls = 0; ///< number of calls since the record was last cleared
     UINT max_charts = 99;
     FLOAT max_stretch = -1;
     UINT width = 0;

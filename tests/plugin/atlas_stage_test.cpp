@@ -1,7 +1,7 @@
 #include "faultpoint/faultpoint.h"
 #include "platform/d3dx9/inspect.h"
 #include "plugin/atlas_stage.h"
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 #include "tests/plugin/atlas_call_watch.h"
 #include "tests/plugin/collected.h"
 #include "tests/plugin/malloc_watch.h"
@@ -14,7 +14,7 @@ namespace {
 
 using Words = std::vector<uint32_t>;
 
-/// The stage on a collected fixture; lines that it logs are looked at by every test.
+/// The atlas stage run on a collected mesh; every test checks the logged lines.
 class GenerateAtlas : public LoggedLines {
 protected:
     GenerateAtlas() : settings_(plain_settings()) {
@@ -142,13 +142,13 @@ TEST_F(GenerateAtlas, PaddingOf0LeavesNoMargin) {
     EXPECT_LE(high, 1.0f);
 }
 
-TEST_F(GenerateAtlas, DiagonalsGoAsFalseEdges) {
+TEST_F(GenerateAtlas, PassesDiagonalsAsFalseEdges) {
     start(fixtures::cube());
     ASSERT_TRUE(generate());
     EXPECT_EQ(atlas_call().false_edges, input_->real_edges());
 }
 
-TEST_F(GenerateAtlas, SkippedFalseEdgesAreNotHandedOver) {
+TEST_F(GenerateAtlas, PassesNoFalseEdgesWhenSkipFalseEdgesIsSet) {
     settings_.skip_false_edges = 1;
     start(fixtures::cube());
     ASSERT_TRUE(generate());
@@ -166,7 +166,7 @@ TEST_F(GenerateAtlas, CutsOpenTheAdjacency) {
         EXPECT_EQ(atlas_call().adjacency[i] == k_none, real[i] == k_none);
 }
 
-TEST_F(GenerateAtlas, RepairIsDoneOnACopy) {
+TEST_F(GenerateAtlas, RepairsACopyOfTheFalseEdges) {
     const fixtures::Mesh holed = fixtures::polygon_with_repeated_vertices();
     start(holed);
     const Words before = input_->real_edges();
@@ -175,7 +175,7 @@ TEST_F(GenerateAtlas, RepairIsDoneOnACopy) {
     EXPECT_EQ(input_->cut_edges(), Words(before.size(), 0));
 }
 
-TEST_F(GenerateAtlas, GivesEverythingBackButTheRemapBuffer) {
+TEST_F(GenerateAtlas, ReleasesEverythingButTheRemapBuffer) {
     start(fixtures::cube());
     const unsigned objects = d3dx9_live_objects();
     const uint64_t live = live_blocks;
@@ -190,7 +190,7 @@ TEST_F(GenerateAtlas, GivesEverythingBackButTheRemapBuffer) {
     EXPECT_EQ(live_blocks, live);
 }
 
-TEST_F(GenerateAtlas, TakesSixteenBytesPerEdgeForFalseEdgesAndAdjacency) {
+TEST_F(GenerateAtlas, AllocatesSixteenBytesPerEdgeForFalseEdgesAndForAdjacency) {
     start(fixtures::cube());
     MallocWatch watch;
     ASSERT_TRUE(generate());
@@ -202,7 +202,7 @@ TEST_F(GenerateAtlas, TakesSixteenBytesPerEdgeForFalseEdgesAndAdjacency) {
 
 // ---- failures -----------------------------------------------------------------------------------
 
-TEST_F(GenerateAtlas, WithoutAMainWindowItIsSilentAndMakesNoDevice) {
+TEST_F(GenerateAtlas, WithoutAMainWindowMakesNoDeviceAndLogsNothing) {
     start(fixtures::cube());
     for (const char* const point : {"M3dView::applicationShell", "M3dView::active3dView"}) {
         const faultpoint::Scope fault(point, MStatus::kFailure);
@@ -216,13 +216,13 @@ TEST_F(GenerateAtlas, WithoutAMainWindowItIsSilentAndMakesNoDevice) {
     expect_no_results();
 }
 
-TEST_F(GenerateAtlas, OnlyAPlainFailureOfTheWindowStopsIt) {
+TEST_F(GenerateAtlas, OnlyTheStatusKFailureOfTheWindowStopsIt) {
     start(fixtures::cube());
     const faultpoint::Scope fault("M3dView::applicationShell", MStatus::kNotFound);
     EXPECT_TRUE(generate());
 }
 
-TEST_F(GenerateAtlas, TellsWhenMemoryForTheFalseEdgesIsOut) {
+TEST_F(GenerateAtlas, LogsWhenMemoryForTheFalseEdgesRunsOut) {
     start(fixtures::cube());
     const uint64_t live = live_blocks;
     {
@@ -235,7 +235,7 @@ TEST_F(GenerateAtlas, TellsWhenMemoryForTheFalseEdgesIsOut) {
     expect_no_results();
 }
 
-TEST_F(GenerateAtlas, WithoutDirect3DEverythingIsGivenBack) {
+TEST_F(GenerateAtlas, ReleasesEverythingWhenDirect3DIsMissing) {
     start(fixtures::cube());
     const faultpoint::Scope fault("Direct3DCreate9", 1);
     MallocWatch watch;
@@ -245,7 +245,7 @@ TEST_F(GenerateAtlas, WithoutDirect3DEverythingIsGivenBack) {
     expect_no_results();
 }
 
-TEST_F(GenerateAtlas, WithoutADeviceEverythingIsGivenBack) {
+TEST_F(GenerateAtlas, ReleasesEverythingWhenTheDeviceFails) {
     start(fixtures::cube());
     const unsigned objects = d3dx9_live_objects();
     const faultpoint::Scope fault("IDirect3D9::CreateDevice",
@@ -258,7 +258,7 @@ TEST_F(GenerateAtlas, WithoutADeviceEverythingIsGivenBack) {
     expect_no_results();
 }
 
-TEST_F(GenerateAtlas, WithoutAMeshDeviceAndFalseEdgesAreLeftAlone) {
+TEST_F(GenerateAtlas, LeaksDeviceAndFalseEdgesWhenTheMeshFails) {
     start(fixtures::cube());
     const unsigned objects = d3dx9_live_objects();
     const uint64_t live = live_blocks;
@@ -273,7 +273,7 @@ TEST_F(GenerateAtlas, WithoutAMeshDeviceAndFalseEdgesAreLeftAlone) {
     expect_no_results();
 }
 
-TEST_F(GenerateAtlas, WithoutItsBuffersAMeshIsLeftAloneToo) {
+TEST_F(GenerateAtlas, LeaksTheMeshTooWhenItsBuffersCannotBeLocked) {
     for (const auto& [point, line] :
          {std::pair{"ID3DXMesh::LockVertexBuffer", "Unable to lock vertex buffer"},
           std::pair{"ID3DXMesh::LockIndexBuffer", "Unable to lock index buffer"}}) {
@@ -290,7 +290,7 @@ TEST_F(GenerateAtlas, WithoutItsBuffersAMeshIsLeftAloneToo) {
     }
 }
 
-TEST_F(GenerateAtlas, WithoutAdjacencyMeshDeviceAndFalseEdgesAreLeftAlone) {
+TEST_F(GenerateAtlas, LeaksMeshDeviceAndFalseEdgesWhenTheAdjacencyFails) {
     start(fixtures::cube());
     const unsigned objects = d3dx9_live_objects();
     const faultpoint::Scope fault("ID3DXMesh::ConvertPointRepsToAdjacency",
@@ -304,10 +304,10 @@ TEST_F(GenerateAtlas, WithoutAdjacencyMeshDeviceAndFalseEdgesAreLeftAlone) {
     expect_no_results();
 }
 
-TEST_F(GenerateAtlas, WithoutMemoryForTheAdjacencyMeshAndDeviceAreLeftAlone) {
+TEST_F(GenerateAtlas, LeaksMeshAndDeviceWhenMemoryForTheAdjacencyRunsOut) {
     start(fixtures::cube());
     const unsigned objects = d3dx9_live_objects();
-    // Any armed point tells the library that objects may be lost on purpose.
+    // While any point is armed the library marks its objects as leaked on purpose.
     const faultpoint::Scope planned("failure of the ordinary allocator", 1);
     MallocWatch watch(1);
     EXPECT_FALSE(generate());
@@ -316,7 +316,7 @@ TEST_F(GenerateAtlas, WithoutMemoryForTheAdjacencyMeshAndDeviceAreLeftAlone) {
     MallocWatch::free_live();
 }
 
-TEST_F(GenerateAtlas, RefusedMeshIsCalledNonManifold) {
+TEST_F(GenerateAtlas, InvalidMeshIsLoggedAsNonManifold) {
     start(fixtures::cube());
     const unsigned objects = d3dx9_live_objects();
     const uint64_t live = live_blocks;
@@ -330,7 +330,7 @@ TEST_F(GenerateAtlas, RefusedMeshIsCalledNonManifold) {
     expect_no_results();
 }
 
-TEST_F(GenerateAtlas, OtherFailuresOfTheAtlasCallNameTheResult) {
+TEST_F(GenerateAtlas, OtherFailuresOfTheAtlasCallAreLoggedWithTheResultsName) {
     start(fixtures::cube());
     const faultpoint::Scope fault("D3DXUVAtlasCreate", static_cast<int>(D3DERR_MOREDATA));
     EXPECT_FALSE(generate());
@@ -339,13 +339,13 @@ TEST_F(GenerateAtlas, OtherFailuresOfTheAtlasCallNameTheResult) {
     expect_no_results();
 }
 
-TEST_F(GenerateAtlas, ResultThatCannotBeReadIsAFailure) {
+TEST_F(GenerateAtlas, FailsWhenTheResultCannotBeReadBack) {
     for (const auto& [point, line] :
          {std::pair{"ID3DXMesh::LockVertexBuffer", "Unable to lock vertex buffer"},
           std::pair{"ID3DXMesh::LockIndexBuffer", "Unable to lock index buffer"}}) {
         start(fixtures::cube());
         const size_t lines = notices().texts.size();
-        // The last pass is the reading back; how many come before is the library's affair.
+        // The last lock is the reading back; how many the library makes before does not matter.
         unsigned passes;
         {
             const faultpoint::Scope count(point, 1, 1000);
@@ -362,7 +362,7 @@ TEST_F(GenerateAtlas, ResultThatCannotBeReadIsAFailure) {
     }
 }
 
-TEST_F(GenerateAtlas, AdjustmentThatCannotLockIsLeftOut) {
+TEST_F(GenerateAtlas, SkipsAnAdjustmentThatCannotLockTheMesh) {
     start(fixtures::cube());
     unsigned passes;
     {

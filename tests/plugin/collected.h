@@ -1,4 +1,4 @@
-/// One collection of a fixture, as plain lists.
+/// The result of one collection, as standard vectors.
 #pragma once
 
 #include "plugin/mesh_collector.h"
@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-/// Settings that cut nothing, with the texture of an ordinary request.
+/// Settings that cut no edge, with the default texture size.
 inline UnwrapSettings plain_settings() {
     UnwrapSettings settings;
     settings.uv_set = "map1";
@@ -31,7 +31,7 @@ struct Collected {
     std::vector<uint32_t> corners(uint32_t polygon) const {
         return values(*data.face_corners.get(polygon));
     }
-    /// The edges that are marked in a per-edge list, by their vertices, each once.
+    /// The edges marked in a per-edge list, as vertex pairs, each once.
     std::vector<std::pair<int, int>> marked(const array<uint32_t>& list) const {
         std::vector<std::pair<int, int>> edges;
         for (uint32_t i = 0; i < list.count(); ++i)

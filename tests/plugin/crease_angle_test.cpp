@@ -16,7 +16,7 @@ int64_t steps_between(double a, double b) {
     return std::abs(bits_a - bits_b);
 }
 
-TEST(PortableAtan2, AgreesWithTheLibraryToTwoLastPlaces) {
+TEST(PortableAtan2, AgreesWithTheStandardLibraryToTwoUlps) {
     std::mt19937_64 random(11);
     std::uniform_real_distribution<double> in(-1.0, 1.0);
     for (int i = 0; i < 300000; ++i) {
@@ -34,7 +34,7 @@ TEST(PortableAtan2, IsExactOnTheAxes) {
     EXPECT_EQ(portable_atan2(1.0, -1.0), std::atan2(1.0, -1.0));
 }
 
-TEST(PortableAtan2, TellsTheSignOfAZero) {
+TEST(PortableAtan2, DistinguishesPositiveAndNegativeZero) {
     EXPECT_EQ(portable_atan2(0.0, 0.0), std::atan2(0.0, 0.0));
     EXPECT_EQ(portable_atan2(0.0, -0.0), std::atan2(0.0, -0.0));
 }
@@ -44,7 +44,7 @@ TEST(PortableAtan2, KeepsSmallAngles) {
     EXPECT_EQ(portable_atan2(3e-9, 1.0), std::atan2(3e-9, 1.0));
 }
 
-TEST(PortableAtan2, IsNotANumberWhenAnArgumentIsNotOneOrIsHuge) {
+TEST(PortableAtan2, IsNanForNanAndForHugeArguments) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double inf = std::numeric_limits<double>::infinity();
     EXPECT_TRUE(std::isnan(portable_atan2(nan, 1.0)));
@@ -53,8 +53,8 @@ TEST(PortableAtan2, IsNotANumberWhenAnArgumentIsNotOneOrIsHuge) {
     EXPECT_TRUE(std::isnan(portable_atan2(1.0, 1e301)));
 }
 
-// The same bits on every compiler and system; a changed series shows here.
-TEST(PortableAtan2, GivesTheseBits) {
+// Reference values, to be bit-identical on every compiler and system.
+TEST(PortableAtan2, HasTheseExactBits) {
     EXPECT_EQ(portable_atan2(0.3, 0.7), 0x1.9e9bf3d20dc72p-2);
     EXPECT_EQ(portable_atan2(0.9, -0.2), 0x1.ca1a656770bd0p+0);
 }
@@ -80,7 +80,7 @@ TEST(CreaseDegrees, DoesNotDependOnTheOrderOfTheFaces) {
     }
 }
 
-TEST(CreaseDegrees, MatchesTheLibraryInSinglePrecision) {
+TEST(CreaseDegrees, MatchesTheStandardLibraryInSinglePrecision) {
     std::mt19937 random(6);
     std::uniform_real_distribution<double> in(-1.0, 1.0);
     for (int i = 0; i < 100000; ++i) {

@@ -54,7 +54,7 @@ TEST(EdgeClassifier, CoplanarFacesAreAGrooveOfAngle0) {
     EXPECT_EQ(cuts_of(with_grooves(0.001), fixtures::fold(1, 0)), Edges());
 }
 
-TEST(EdgeClassifier, CoplanarFacesAreNoRidge) {
+TEST(EdgeClassifier, CoplanarFacesAreNotARidge) {
     EXPECT_EQ(cuts_of(with_ridges(0), fixtures::fold(1, 0)), Edges());
 }
 
@@ -65,7 +65,7 @@ TEST(EdgeClassifier, CubeIsCutEverywhereAtARidgeAngleOf90) {
     EXPECT_EQ(result.cut_edges(), result.real_edges());
 }
 
-TEST(EdgeClassifier, CubeIsWholeAtARidgeAngleOf90AndAHalf) {
+TEST(EdgeClassifier, CubeIsNotCutAtARidgeAngleOf90Point5) {
     EXPECT_EQ(cuts_of(with_ridges(90.5), fixtures::cube()), Edges());
 }
 
@@ -73,7 +73,7 @@ TEST(EdgeClassifier, CubeHasNoGrooves) {
     EXPECT_EQ(cuts_of(with_grooves(0), fixtures::cube()), Edges());
 }
 
-TEST(EdgeClassifier, ConvexFoldIsCutFromItsAngleDown) {
+TEST(EdgeClassifier, ConvexFoldIsCutAtRidgeAnglesUpToItsOwn) {
     const fixtures::Mesh fold = fixtures::fold(0, -1);
     EXPECT_EQ(cuts_of(with_ridges(45), fold), k_fold_edge);
     EXPECT_EQ(cuts_of(with_ridges(90), fold), k_fold_edge);
@@ -81,7 +81,7 @@ TEST(EdgeClassifier, ConvexFoldIsCutFromItsAngleDown) {
     EXPECT_EQ(cuts_of(with_grooves(0), fold), Edges());
 }
 
-TEST(EdgeClassifier, ConcaveFoldIsCutFromItsAngleDown) {
+TEST(EdgeClassifier, ConcaveFoldIsCutAtGrooveAnglesUpToItsOwn) {
     const fixtures::Mesh fold = fixtures::fold(0, 1);
     EXPECT_EQ(cuts_of(with_grooves(45), fold), k_fold_edge);
     EXPECT_EQ(cuts_of(with_grooves(90), fold), k_fold_edge);
@@ -105,7 +105,7 @@ TEST(EdgeClassifier, GrooveAngleOf0CutsEveryEdgeThatIsNotConvex) {
     EXPECT_EQ(cuts_of(with_grooves(0), strip), (Edges{{1, 5}, {2, 6}}));
 }
 
-TEST(EdgeClassifier, FlatGridIsWhole) {
+TEST(EdgeClassifier, FlatGridIsNotCut) {
     UnwrapSettings settings = with_grooves(0.5);
     settings.use_ridges = true;
     settings.ridge_angle = 0.5;
@@ -122,7 +122,7 @@ TEST(EdgeClassifier, BorderEdgesAreNeverCut) {
     EXPECT_EQ(result.reals().size(), 3u);
 }
 
-TEST(EdgeClassifier, EdgeWithThreeFacesIsNoCreaseButASeam) {
+TEST(EdgeClassifier, EdgeWithThreeFacesIsASeamButNotACrease) {
     UnwrapSettings settings = plain_settings();
     settings.use_grooves = settings.use_ridges = true;
     const fixtures::Mesh fan = fixtures::edge_with_three_faces();
@@ -141,7 +141,7 @@ TEST(EdgeClassifier, UvBordersCutOnlyWhenSeamsAreKept) {
     collect(settings, mesh, kept);
     EXPECT_EQ(loose.cuts(), Edges());
     EXPECT_EQ(kept.cuts(), k_fold_edge);
-    // The list of seams is the same: once from each triangle, each its own way round.
+    // The list of seams is the same: each edge once per triangle, in that triangle's direction.
     Edges pairs = pairs_of(loose.seam_pairs);
     std::sort(pairs.begin(), pairs.end());
     EXPECT_EQ(pairs, (Edges{{1, 2}, {2, 1}}));
@@ -164,7 +164,7 @@ TEST(EdgeClassifier, AdjacencyMethodAndEpsilonChangeNothing) {
     EXPECT_EQ(first.indices(), second.indices());
 }
 
-TEST(EdgeClassifier, AnglesDoNotDependOnTheUnitOfLength) {
+TEST(EdgeClassifier, CreasesDoNotDependOnTheScaleOfTheMesh) {
     fixtures::Mesh hills = fixtures::hills(6, 4);
     UnwrapSettings settings = with_grooves(40);
     settings.use_ridges = true;

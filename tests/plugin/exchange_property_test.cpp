@@ -1,4 +1,4 @@
-// The mesh exchange against the same steps written down literally, on random meshes.
+// Compares the mesh exchange with a slow reference implementation on random meshes.
 #include "faultpoint/faultpoint.h"
 #include "plugin/seams.h"
 #include "plugin/uv_updater.h"
@@ -52,7 +52,7 @@ protected:
     std::mt19937 random_;
 };
 
-TEST_P(Exchange, FindsTheSeamsThatTheLiteralWalkFinds) {
+TEST_P(Exchange, FindsTheSameSeamsAsTheReference) {
     for (int round = 0; round < 40; ++round) {
         const Mesh fixture = random_mesh();
         MObject mesh = make_host_mesh(fixture, fixtures::random_shells(fixture, 3, random_()));
@@ -61,7 +61,7 @@ TEST_P(Exchange, FindsTheSeamsThatTheLiteralWalkFinds) {
     }
 }
 
-TEST_P(Exchange, CollectsWhatTheLiteralWalkCollects) {
+TEST_P(Exchange, CollectsTheSameListsAsTheReference) {
     for (int round = 0; round < 40; ++round) {
         const Mesh fixture = random_mesh();
         const UnwrapSettings settings = random_settings();
@@ -83,7 +83,7 @@ TEST_P(Exchange, CollectsWhatTheLiteralWalkCollects) {
     }
 }
 
-TEST_P(Exchange, KeepsItsListsInStep) {
+TEST_P(Exchange, KeepsTheLengthsOfItsListsConsistent) {
     for (int round = 0; round < 40; ++round) {
         const Mesh fixture = random_mesh();
         Collected result;
@@ -104,7 +104,7 @@ TEST_P(Exchange, KeepsItsListsInStep) {
     }
 }
 
-TEST_P(Exchange, SubtractsWhatTheLiteralRemovalLeaves) {
+TEST_P(Exchange, SubtractsTheSameSeamsAsTheReference) {
     for (int round = 0; round < 200; ++round) {
         std::vector<int> lists[2];
         for (auto& list : lists)
@@ -117,14 +117,14 @@ TEST_P(Exchange, SubtractsWhatTheLiteralRemovalLeaves) {
     }
 }
 
-TEST_P(Exchange, WritesTheUvsThatTheLiteralWalkWrites) {
+TEST_P(Exchange, WritesTheSameUvsAsTheReference) {
     for (int round = 0; round < 20; ++round) {
         const Mesh fixture = random_mesh();
         MObject mesh = make_host_mesh(fixture);
         UnwrapSettings settings = plain_settings();
         Collected data;
         collect(settings, mesh, data);
-        // Any atlas will do: each triangle corner gets a random atlas vertex.
+        // The atlas is arbitrary: each triangle corner gets a random atlas vertex.
         array<Vertex> vertices;
         array<uint32_t> indices;
         for (uint32_t i = 0; i < 50; ++i)
@@ -149,7 +149,7 @@ INSTANTIATE_TEST_SUITE_P(Seeds, Exchange, testing::Range(1u, 9u));
 
 // ---- cost ---------------------------------------------------------------------------------------
 
-/// Counts the passes of a call while it lives.
+/// Counts the passes of a fault point during its lifetime.
 class Calls {
 public:
     explicit Calls(const char* point) : point_(point), scope_(point, MStatus::kFailure, 1u << 30) {}
@@ -160,8 +160,8 @@ private:
     faultpoint::Scope scope_;
 };
 
-// Asking anew for every edge of a vertex, or for every corner of a polygon, would be quadratic.
-TEST(ExchangeCost, HubIsAskedForOncePerElement) {
+// One host call per edge of a vertex or per corner of a polygon would make the exchange quadratic.
+TEST(ExchangeCost, VertexOfHighValenceIsReadOncePerElement) {
     const Mesh hub = fixtures::hub(500);
     MObject mesh = make_host_mesh(hub, fixtures::random_shells(hub, 3, 1));
     UnwrapSettings settings = plain_settings();
@@ -176,12 +176,12 @@ TEST(ExchangeCost, HubIsAskedForOncePerElement) {
     ASSERT_TRUE(result.status);
     EXPECT_EQ(uvs.count(), 501u);
     EXPECT_EQ(spokes.count(), 0u);
-    EXPECT_EQ(faces.count(), 2u * 1000u); // for the seams, and for the table of edges
+    EXPECT_EQ(faces.count(), 2u * 1000u); // once for the seams, once for the edge table
     EXPECT_EQ(normals.count(), 500u);
     EXPECT_EQ(triangles.count(), 500u);
 }
 
-TEST(ExchangeCost, BigPolygonIsAskedForOnce) {
+TEST(ExchangeCost, LargePolygonIsReadOnce) {
     MObject mesh = make_host_mesh(fixtures::concave_ngon(100));
     const Calls vertices("MItMeshPolygon::getVertices");
     const Calls triangles("MItMeshPolygon::getTriangle");

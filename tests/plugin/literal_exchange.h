@@ -1,5 +1,4 @@
-/// The mesh exchange written down step by step, without a thought for its cost: what the product's
-/// version is measured against.
+/// A slow and simple reference implementation of the mesh exchange, to compare the product's with.
 #pragma once
 
 #include "plugin/unwrap_settings.h"

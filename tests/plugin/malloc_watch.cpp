@@ -2,7 +2,7 @@
 
 namespace {
 
-// Plain storage: nothing here may allocate while a request is on its way.
+// Static storage: the recording itself must not allocate.
 constexpr size_t k_max_blocks = 4096;
 struct {
     bool on = false;

@@ -1,16 +1,16 @@
-/// The ordinary allocator under observation. The product's static libraries and the tests call it
-/// through wrappers of this program; shared libraries do not.
+/// Records calls of malloc and free. The linker routes those of this program and its static
+/// libraries through wrappers; those of shared libraries are not seen.
 #pragma once
 
 #include <cstddef>
 #include <vector>
 
-/// While one lives, the blocks of malloc are written down, and one request may be made to fail.
+/// Records the blocks of malloc during its lifetime, and can make one request fail.
 class MallocWatch {
 public:
     static constexpr int k_none = -1;
 
-    /// Request number `fail` (0 = the first) gets no memory.
+    /// Request number `fail` (0 = the first) returns null.
     explicit MallocWatch(int fail = k_none);
     ~MallocWatch();
     MallocWatch(const MallocWatch&) = delete;
@@ -18,8 +18,8 @@ public:
 
     /// Sizes of all requests so far, in bytes.
     static std::vector<size_t> requests();
-    /// Sizes of the blocks not yet given to free.
+    /// Sizes of the blocks not yet freed.
     static std::vector<size_t> live();
-    /// Frees what is live, for blocks that the product loses on purpose.
+    /// Frees the live blocks, for tests of code that leaks them on purpose.
     static void free_live();
 };

@@ -1,4 +1,5 @@
-// One failing allocation after the other, until the unwrap no longer notices.
+// Repeats an unwrap with allocation 0, 1, 2, ... failing, until a run has no allocation left to
+// fail.
 #include "corelib/memory.h"
 #include "faultpoint/faultpoint.h"
 #include "tests/corelib/support.h"
@@ -23,11 +24,11 @@ bool grant(size_t) {
     return number < g_fail_from || number >= g_fail_until;
 }
 
-/// Unwraps a mesh whose requests number `from` to `until` - 1 fail; the outcome as an exit code.
+/// Unwraps a mesh while the allocations `from` to `until` - 1 fail; returns the exit code.
 [[noreturn]] void unwrap_in_child(size_t from, size_t until) {
     std::set_terminate([] { _exit(k_exception); });
     notices().answer = 1;
-    // Tells the platform's layer that objects may be lost on purpose.
+    // While a point is armed the platform marks its objects as leaked on purpose.
     faultpoint::arm("failure of the core library's allocator", 1);
     const fixtures::Mesh cube = fixtures::cube();
     MObject mesh = make_host_mesh(cube, fixtures::shell_per_polygon(cube));
@@ -48,8 +49,8 @@ bool grant(size_t) {
     _exit(good && g_requests <= from ? k_success : k_failure);
 }
 
-/// Whether the failures were noticed at all. A lost element may end in a BUG report, a failure or
-/// nothing; never in a crash, an exception or a lost block.
+/// Whether any allocation failed. A missing element may lead to a BUG report, a failing status or
+/// nothing, but never to a crash, an exception or a leak.
 bool noticed(size_t from, size_t until) {
     std::fflush(nullptr);
     const pid_t child = fork();
@@ -66,14 +67,14 @@ bool noticed(size_t from, size_t until) {
     return bug || code != k_success;
 }
 
-TEST(UnwrapMemory, SurvivesEveryRequestThatFailsOnce) {
+TEST(UnwrapMemory, SurvivesTheFailureOfEachSingleAllocation) {
     size_t n = 0;
     while (noticed(n, n + 1) && !HasFailure())
         ASSERT_LT(++n, 5000u);
     EXPECT_GT(n, 50u);
 }
 
-TEST(UnwrapMemory, SurvivesEveryRequestFromWhichOnMemoryIsOut) {
+TEST(UnwrapMemory, SurvivesMemoryRunningOutAtEachAllocation) {
     size_t n = 0;
     while (noticed(n, SIZE_MAX) && !HasFailure())
         ASSERT_LT(++n, 5000u);

@@ -49,7 +49,7 @@ TEST(CollectMeshData, QuadHasFourRealEdgesAndADiagonal) {
     EXPECT_EQ(result.reals(), (std::vector<std::pair<int, int>>{{0, 1}, {0, 3}, {1, 2}, {2, 3}}));
 }
 
-TEST(CollectMeshData, CornerPlacesLeadBackToTheVertices) {
+TEST(CollectMeshData, CornerPositionsMapBackToTheVertices) {
     const fixtures::Mesh mesh = fixtures::concave_ngon(6);
     Collected result;
     collect(plain_settings(), make_host_mesh(mesh), result);
@@ -61,7 +61,7 @@ TEST(CollectMeshData, CornerPlacesLeadBackToTheVertices) {
     }
 }
 
-TEST(CollectMeshData, RepeatedVertexGetsAnEntryForEveryMatchingPlace) {
+TEST(CollectMeshData, RepeatedVertexGetsAnEntryForEveryMatchingPosition) {
     const fixtures::Mesh mesh = fixtures::polygon_with_repeated_vertices();
     Collected result;
     collect(plain_settings(), make_host_mesh(mesh), result);
@@ -85,7 +85,7 @@ TEST(CollectMeshData, PositionsAreNarrowedAndTextureCoordinatesZero) {
     EXPECT_EQ(vertex.v, 0.0f);
 }
 
-TEST(CollectMeshData, ShellPerFaceOfACubeCutsAllButTheDiagonals) {
+TEST(CollectMeshData, CubeWithAShellPerFaceIsCutAtAllButTheDiagonals) {
     const fixtures::Mesh cube = fixtures::cube();
     UnwrapSettings settings = plain_settings();
     settings.keep_seams = true;
@@ -99,7 +99,7 @@ TEST(CollectMeshData, ShellPerFaceOfACubeCutsAllButTheDiagonals) {
     EXPECT_EQ(result.seam_pairs.length(), 2u * 24u);
 }
 
-TEST(CollectMeshData, EmptyMeshGivesEmptyLists) {
+TEST(CollectMeshData, EmptyMeshMakesEmptyLists) {
     Collected result;
     collect(plain_settings(), make_host_mesh(fixtures::empty()), result);
     EXPECT_TRUE(result.status);
@@ -108,7 +108,7 @@ TEST(CollectMeshData, EmptyMeshGivesEmptyLists) {
     EXPECT_EQ(result.data.face_corners.count(), 0u);
 }
 
-TEST(CollectMeshData, SeamListMayBeAbsent) {
+TEST(CollectMeshData, SeamListMayBeNull) {
     const fixtures::Mesh cube = fixtures::cube();
     UnwrapSettings settings = plain_settings();
     settings.keep_seams = true;
@@ -139,7 +139,7 @@ TEST(CollectMeshData, SecondCollectionReplacesAllListsButTheEdgeFlags) {
     EXPECT_EQ(data.real_edges.count(), 72u);
 }
 
-TEST(CollectMeshData, SeamsAreThoseOfTheCurrentSet) {
+TEST(CollectMeshData, FindsTheSeamsOfTheCurrentUvSet) {
     const fixtures::Mesh cube = fixtures::cube();
     MObject mesh = make_host_mesh(cube, fixtures::one_shell(cube));
     set_layout(mesh, fixtures::shell_per_polygon(cube), "other");
@@ -153,7 +153,7 @@ TEST(CollectMeshData, SeamsAreThoseOfTheCurrentSet) {
     EXPECT_EQ(result.seam_pairs.length(), 48u);
 }
 
-TEST(CollectMeshData, WithoutACurrentSetTheNamedOneShowsTheSeams) {
+TEST(CollectMeshData, FindsTheSeamsOfTheNamedUvSetIfNoneIsCurrent) {
     const fixtures::Mesh cube = fixtures::cube();
     MObject mesh = make_host_mesh(cube, fixtures::one_shell(cube));
     set_layout(mesh, fixtures::shell_per_polygon(cube), "other");
@@ -165,7 +165,7 @@ TEST(CollectMeshData, WithoutACurrentSetTheNamedOneShowsTheSeams) {
     EXPECT_EQ(result.seam_pairs.length(), 48u);
 }
 
-TEST(CollectMeshData, WithAnEmptyCurrentSetNameTheNamedOneIsAskedFor) {
+TEST(CollectMeshData, FindsTheSeamsOfTheNamedUvSetIfTheCurrentNameIsEmpty) {
     MObject mesh = make_host_mesh(fixtures::cube());
     ASSERT_TRUE(MFnMesh(mesh).deleteUVSet("map1"));
     ASSERT_EQ(MFnMesh(mesh).currentUVSetName().length(), 0u);
@@ -185,7 +185,7 @@ struct Failure {
 
 class CollectMeshDataFails : public testing::TestWithParam<Failure> {};
 
-TEST_P(CollectMeshDataFails, WithALineAndTheHostsStatus) {
+TEST_P(CollectMeshDataFails, WritesOneLineAndReturnsTheHostsStatus) {
     MObject mesh = make_host_mesh(fixtures::cube(), fixtures::one_shell(fixtures::cube()));
     UnwrapSettings settings = plain_settings();
     settings.use_ridges = true;
@@ -220,7 +220,7 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{"MItMeshPolygon::getVertices", 4,
                 "Data collector could not retrieve vertices from faces."}));
 
-TEST(CollectMeshData, PolygonCountThatFailsIsReportedWithoutCreasesToo) {
+TEST(CollectMeshData, ReportsAFailedPolygonCountWithoutCreasesToo) {
     MObject mesh = make_host_mesh(fixtures::cube());
     const faultpoint::Scope fault("MItMeshPolygon::count", MStatus::kFailure);
     Collected result;
@@ -231,7 +231,7 @@ TEST(CollectMeshData, PolygonCountThatFailsIsReportedWithoutCreasesToo) {
     EXPECT_EQ(result.status, MStatus::kFailure);
 }
 
-TEST(CollectMeshData, KeepsWhatItReadBeforeAFailure) {
+TEST(CollectMeshData, KeepsElementsReadBeforeAFailure) {
     MObject mesh = make_host_mesh(fixtures::cube());
     const faultpoint::Scope fault("MItMeshPolygon::getVertices", MStatus::kFailure, 4);
     Collected result;
@@ -243,7 +243,7 @@ TEST(CollectMeshData, KeepsWhatItReadBeforeAFailure) {
     EXPECT_EQ(result.data.indices.count(), 18u);
 }
 
-TEST(CollectMeshData, UncheckedTriangleFailuresLeaveTheTriangleBefore) {
+TEST(CollectMeshData, TriangleThatCannotBeReadRepeatsThePreviousOne) {
     MObject mesh = make_host_mesh(fixtures::cube());
     const faultpoint::Scope fault("MItMeshPolygon::getTriangle", MStatus::kFailure, 2);
     Collected result;
@@ -255,7 +255,7 @@ TEST(CollectMeshData, UncheckedTriangleFailuresLeaveTheTriangleBefore) {
               Words(indices.begin() + 3, indices.begin() + 6));
 }
 
-TEST(CollectMeshData, UncheckedTriangleCountFailureSkipsThePolygon) {
+TEST(CollectMeshData, PolygonWhoseTrianglesCannotBeCountedHasNone) {
     MObject mesh = make_host_mesh(fixtures::cube());
     const faultpoint::Scope fault("MItMeshPolygon::numTriangles", MStatus::kFailure, 2);
     Collected result;
@@ -265,7 +265,7 @@ TEST(CollectMeshData, UncheckedTriangleCountFailureSkipsThePolygon) {
     EXPECT_EQ(result.corners(1).size(), 0u);
 }
 
-TEST(CollectMeshData, LookUpTablesThatFindNoMemoryEndIt) {
+TEST(CollectMeshData, FailsWhenALookUpTableFindsNoMemory) {
     MObject mesh = make_host_mesh(fixtures::cube(), fixtures::one_shell(fixtures::cube()));
     UnwrapSettings settings = plain_settings();
     settings.use_ridges = true;
@@ -311,7 +311,7 @@ TEST(CollectMeshData, ShowsThePercentageOfPolygonsDone) {
     end_progress();
 }
 
-TEST(CollectMeshData, ShowsNothingWithoutTheProgressWindow) {
+TEST(CollectMeshData, ShowsNoProgressWithoutTheProgressWindow) {
     MObject mesh = make_host_mesh(fixtures::cube());
     const ProgressRecord record;
     const faultpoint::Scope calls("MProgressWindow::setProgress", MStatus::kFailure, 1000);

@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(MeshData, FreesEveryPolygonsListAndItsBuffer) {
+TEST(MeshData, FreesTheListOfEveryPolygon) {
     const uint64_t before = live_blocks;
     {
         MeshData data;
@@ -31,12 +31,12 @@ TEST(MeshData, FreeingTheListsKeepsTheBufferOfTheirList) {
     EXPECT_EQ(data.face_corners.capacity(), capacity);
 }
 
-TEST(CornerList, IsNoneWhenMemoryIsOut) {
+TEST(CornerList, IsNullWhenMemoryRunsOut) {
     AllocationWatch watch(0);
     EXPECT_EQ(new_corner_list(), nullptr);
 }
 
-TEST(WorkBuffer, HoldsAsManyElementsAsAskedFor) {
+TEST(WorkBuffer, HoldsTheRequestedNumberOfElements) {
     WorkBuffer<uint32_t> buffer;
     ASSERT_TRUE(buffer.allocate(5, 7));
     EXPECT_EQ(buffer.count(), 5u);
@@ -44,26 +44,26 @@ TEST(WorkBuffer, HoldsAsManyElementsAsAskedFor) {
         EXPECT_EQ(element, 7u);
 }
 
-TEST(WorkBuffer, NothingNeedsNoMemory) {
+TEST(WorkBuffer, ZeroElementsNeedNoMemory) {
     WorkBuffer<uint32_t> buffer;
     AllocationWatch watch(0);
     EXPECT_TRUE(buffer.allocate(0, 1));
     EXPECT_EQ(buffer.begin(), buffer.end());
 }
 
-TEST(WorkBuffer, StaysEmptyWhenMemoryIsOut) {
+TEST(WorkBuffer, StaysEmptyWhenMemoryRunsOut) {
     WorkBuffer<uint32_t> buffer;
     AllocationWatch watch(0);
     EXPECT_FALSE(buffer.allocate(5, 1));
     EXPECT_EQ(buffer.count(), 0u);
 }
 
-TEST(WorkBuffer, SizeBeyondTheAddressSpaceIsMemoryThatCannotBeHad) {
+TEST(WorkBuffer, SizeBeyondTheAddressSpaceFails) {
     WorkBuffer<uint32_t> buffer;
     EXPECT_FALSE(buffer.allocate(SIZE_MAX / 2));
 }
 
-TEST(WorkBuffer, GivesItsMemoryBack) {
+TEST(WorkBuffer, FreesItsMemory) {
     const uint64_t before = live_blocks;
     {
         WorkBuffer<uint32_t> buffer;

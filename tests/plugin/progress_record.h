@@ -1,4 +1,4 @@
-/// Somebody who shows the host's progress window, and remembers every change.
+/// A progress window listener that records every change.
 #pragma once
 
 #include "host/ui/progress_window.h"
@@ -13,20 +13,20 @@ public:
     ProgressRecord(const ProgressRecord&) = delete;
     ProgressRecord& operator=(const ProgressRecord&) = delete;
 
-    /// From here on nobody shows the window.
+    /// Unregisters the listener: the host then has no progress window.
     void stop() { host::set_progress_listener(nullptr); }
 
     void changed(const host::ProgressState& state) override { states.push_back(state); }
     bool is_cancelled() override { return false; }
 
-    /// The bar after every change.
+    /// The bar's value after every change.
     std::vector<int> values() const {
         std::vector<int> list;
         for (const auto& state : states)
             list.push_back(state.value);
         return list;
     }
-    /// The status lines, each once where it stood for several changes.
+    /// The status lines in order, without consecutive duplicates.
     std::vector<std::string> stages() const {
         std::vector<std::string> list;
         for (const auto& state : states)

@@ -23,7 +23,7 @@ TEST_F(Progress, OpensTheWindowWithRangeTitleAndStatus) {
     EXPECT_STREQ(MProgressWindow::progressStatus().asChar(), "Unwrapping mesh.");
 }
 
-TEST_F(Progress, OpensTheWindowFirstAndNamesItLast) {
+TEST_F(Progress, StartsTheWindowBeforeSettingItsTitle) {
     begin_progress();
     ASSERT_GE(record_.states.size(), 3u);
     EXPECT_TRUE(record_.states[0].is_shown);
@@ -35,13 +35,13 @@ TEST_F(Progress, OpensTheWindowFirstAndNamesItLast) {
     EXPECT_STREQ(last.status.asChar(), "Unwrapping mesh.");
 }
 
-TEST_F(Progress, IsNotHeldWithoutAnybodyToShowIt) {
+TEST_F(Progress, IsNotReservedWithoutAUserInterface) {
     record_.stop();
     begin_progress();
     EXPECT_FALSE(progress_reserved);
 }
 
-TEST_F(Progress, GivesTheWindowBack) {
+TEST_F(Progress, ReleasesTheWindow) {
     begin_progress();
     end_progress();
     EXPECT_FALSE(progress_reserved);
@@ -49,12 +49,12 @@ TEST_F(Progress, GivesTheWindowBack) {
     MProgressWindow::endProgress();
 }
 
-TEST_F(Progress, EndsOnlyWhatItHolds) {
+TEST_F(Progress, DoesNotEndAWindowItDoesNotHold) {
     ASSERT_TRUE(MProgressWindow::reserve());
     begin_progress();
     EXPECT_FALSE(progress_reserved);
     end_progress();
-    EXPECT_FALSE(MProgressWindow::reserve()); // the other holder still has it
+    EXPECT_FALSE(MProgressWindow::reserve()); // still reserved by the other user
     MProgressWindow::endProgress();
 }
 
@@ -65,7 +65,7 @@ TEST_F(Progress, StageIsShownInTitleAndStatus) {
     EXPECT_STREQ(MProgressWindow::progressStatus().asChar(), "Tessora: generating UV set");
 }
 
-TEST_F(Progress, FractionBecomesAPercentageWithoutDecimals) {
+TEST_F(Progress, FractionBecomesATruncatedPercentage) {
     begin_progress();
     EXPECT_EQ(set_progress(0.0f), 0);
     EXPECT_EQ(MProgressWindow::progress(), 0);
@@ -77,7 +77,7 @@ TEST_F(Progress, FractionBecomesAPercentageWithoutDecimals) {
     EXPECT_EQ(MProgressWindow::progress(), 100);
 }
 
-TEST_F(Progress, IsSilentWithoutTheWindow) {
+TEST_F(Progress, DoesNothingWithoutTheWindow) {
     ASSERT_TRUE(MProgressWindow::reserve());
     MProgressWindow::startProgress();
     MProgressWindow::setTitle("somebody else's");

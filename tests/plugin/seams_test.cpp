@@ -26,7 +26,7 @@ std::vector<int> seams_of(MObject& mesh, const char* uv_set = "map1") {
     return seams;
 }
 
-/// Vertex pairs of edges, the smaller id first.
+/// The vertex pairs of edge ids, the smaller id first.
 std::vector<std::pair<int, int>> ends_of(MObject& mesh, const std::vector<int>& edges) {
     std::vector<std::pair<int, int>> ends;
     MItMeshEdge edge(mesh);
@@ -49,7 +49,7 @@ TEST(FindSeamEdges, ContinuousShellHasNone) {
     EXPECT_TRUE(seams_of(mesh).empty());
 }
 
-TEST(FindSeamEdges, EdgeTornAtOneEndOnlyIsASeam) {
+TEST(FindSeamEdges, EdgeWithDifferentUvsAtOneEndIsASeam) {
     const Mesh fold = fixtures::fold(1, 0);
     fixtures::UvLayout layout = fixtures::one_shell(fold);
     layout.uvs.push_back({9, 9});
@@ -64,36 +64,36 @@ TEST(FindSeamEdges, EqualCoordinatesUnderTwoIdsAreASeam) {
     EXPECT_EQ(ends_of(mesh, seams_of(mesh)), (std::vector<std::pair<int, int>>{{1, 2}}));
 }
 
-TEST(FindSeamEdges, BorderEdgesAreNone) {
+TEST(FindSeamEdges, OpenBordersAreNotSeams) {
     MObject mesh = make_host_mesh(fixtures::triangle(), fixtures::one_shell(fixtures::triangle()));
     EXPECT_TRUE(seams_of(mesh).empty());
     MObject unmapped = make_host_mesh(fixtures::triangle());
     EXPECT_TRUE(seams_of(unmapped).empty());
 }
 
-TEST(FindSeamEdges, EdgeWithThreeFacesAlwaysIsOne) {
+TEST(FindSeamEdges, EdgeWithThreeFacesIsAlwaysASeam) {
     const Mesh fan = fixtures::edge_with_three_faces();
     MObject mesh = make_host_mesh(fan, fixtures::one_shell(fan));
     EXPECT_EQ(ends_of(mesh, seams_of(mesh)), (std::vector<std::pair<int, int>>{{0, 1}}));
 }
 
-TEST(FindSeamEdges, UnmappedMeshIsTornAtEveryEdgeWithTwoFaces) {
+TEST(FindSeamEdges, UnmappedMeshHasASeamAtEveryEdgeWithTwoFaces) {
     MObject mesh = make_host_mesh(fixtures::cube());
     EXPECT_EQ(seams_of(mesh), all_edges(mesh));
 }
 
-TEST(FindSeamEdges, UnmappedFaceIsTornFromItsNeighbours) {
+TEST(FindSeamEdges, UnmappedFaceHasASeamToEveryNeighbour) {
     const Mesh fold = fixtures::fold(1, 0);
     MObject mesh = make_host_mesh(fold, fixtures::shells(fold, {0, -1}));
     EXPECT_EQ(ends_of(mesh, seams_of(mesh)), (std::vector<std::pair<int, int>>{{1, 2}}));
 }
 
-TEST(FindSeamEdges, UnknownSetCountsAsUnmapped) {
+TEST(FindSeamEdges, UnknownUvSetCountsAsUnmapped) {
     MObject mesh = make_host_mesh(fixtures::cube(), fixtures::one_shell(fixtures::cube()));
     EXPECT_EQ(seams_of(mesh, "no such set"), all_edges(mesh));
 }
 
-TEST(FindSeamEdges, LooksAtTheNamedSet) {
+TEST(FindSeamEdges, UsesTheNamedUvSet) {
     const Mesh cube = fixtures::cube();
     MObject mesh = make_host_mesh(cube, fixtures::one_shell(cube));
     set_layout(mesh, fixtures::shell_per_polygon(cube), "other");
@@ -101,19 +101,19 @@ TEST(FindSeamEdges, LooksAtTheNamedSet) {
     EXPECT_EQ(seams_of(mesh, "other"), all_edges(mesh));
 }
 
-TEST(FindSeamEdges, EmptyMeshHasNone) {
+TEST(FindSeamEdges, EmptyMeshHasNoSeams) {
     MObject mesh = make_host_mesh(fixtures::empty());
     EXPECT_TRUE(seams_of(mesh).empty());
 }
 
-TEST(FindSeamEdges, VertexThatCannotBeReadIsTorn) {
+TEST(FindSeamEdges, VertexWhoseUvsCannotBeReadCountsAsUnmapped) {
     const Mesh fold = fixtures::fold(1, 0);
     MObject mesh = make_host_mesh(fold, fixtures::one_shell(fold));
     const faultpoint::Scope fault("MItMeshVertex::getUVs", MStatus::kFailure, 2); // vertex 1
     EXPECT_EQ(ends_of(mesh, seams_of(mesh)), (std::vector<std::pair<int, int>>{{1, 2}}));
 }
 
-TEST(FindSeamEdges, GivesTheHostsStatusWhenItRefusesAnIterator) {
+TEST(FindSeamEdges, ReturnsTheHostsStatusWhenAnIteratorFails) {
     MObject mesh = make_host_mesh(fixtures::cube());
     for (const char* const point : {"MItMeshEdge::MItMeshEdge", "MItMeshVertex::MItMeshVertex"}) {
         const faultpoint::Scope fault(point, MStatus::kNotFound);
@@ -123,7 +123,7 @@ TEST(FindSeamEdges, GivesTheHostsStatusWhenItRefusesAnIterator) {
     }
 }
 
-TEST(FindSeamEdges, TellsWhenMemoryIsOut) {
+TEST(FindSeamEdges, ReportsWhenMemoryRunsOut) {
     MObject mesh = make_host_mesh(fixtures::cube(), fixtures::one_shell(fixtures::cube()));
     for (size_t fail_from = 0; fail_from < 2; ++fail_from) {
         AllocationWatch watch(fail_from);
@@ -154,17 +154,17 @@ TEST(SeamPairsSorted, PutsTheSmallerIdFirstThenSorts) {
               (std::vector<std::pair<int, int>>{{1, 3}, {1, 3}, {2, 8}, {2, 9}}));
 }
 
-TEST(SeamPairsSorted, IgnoresAHalfPair) {
+TEST(SeamPairsSorted, IgnoresAnOddLastEntry) {
     EXPECT_EQ(sorted_of({5, 4, 7}), (std::vector<std::pair<int, int>>{{4, 5}}));
 }
 
-TEST(SeamPairsSorted, IsCutShortWhenMemoryIsOut) {
+TEST(SeamPairsSorted, IsTruncatedWhenMemoryRunsOut) {
     const MIntArray flat = int_array({1, 2, 3, 4});
     AllocationWatch watch(0);
     EXPECT_EQ(seam_pairs_sorted(flat).count(), 0u);
 }
 
-TEST(SubtractSeams, RemovesEveryEqualPairWhicheverWayItRuns) {
+TEST(SubtractSeams, RemovesEveryEqualPairInEitherDirection) {
     EXPECT_EQ(difference({4, 3, 3, 4, 7, 1, 3, 4}, {4, 3}), (std::vector<int>{1, 7}));
 }
 

@@ -42,7 +42,7 @@ TEST(ClampSettings, TextureSidesLieBetween8And8192) {
     EXPECT_EQ(clamped([](UnwrapSettings& s) { s.tex_height = 9; }).tex_height, 9);
 }
 
-TEST(ClampSettings, AdjacencyMethodIs0Or1) {
+TEST(ClampSettings, AdjacencyMethodLiesBetween0And1) {
     EXPECT_EQ(clamped([](UnwrapSettings& s) { s.adjacency_method = 2; }).adjacency_method, 1);
     EXPECT_EQ(clamped([](UnwrapSettings& s) { s.adjacency_method = -2; }).adjacency_method, 0);
 }
@@ -62,7 +62,7 @@ TEST(ClampSettings, AnglesLieBetween0And180Degrees) {
     EXPECT_EQ(clamped([](UnwrapSettings& s) { s.ridge_angle = 45; }).ridge_angle, 45.0);
 }
 
-TEST(ClampSettings, NotANumberBecomesTheLowerEnd) {
+TEST(ClampSettings, NanBecomesTheLowerBound) {
     const UnwrapSettings settings = clamped([](UnwrapSettings& s) {
         s.stretch = s.epsilon = s.groove_angle = s.ridge_angle =
             std::numeric_limits<double>::quiet_NaN();
@@ -73,7 +73,7 @@ TEST(ClampSettings, NotANumberBecomesTheLowerEnd) {
     EXPECT_EQ(settings.ridge_angle, 0.0);
 }
 
-TEST(ClampSettings, InfinityBecomesTheUpperEnd) {
+TEST(ClampSettings, InfinityBecomesTheUpperBound) {
     const UnwrapSettings settings = clamped([](UnwrapSettings& s) {
         s.stretch = s.epsilon = s.groove_angle = s.ridge_angle =
             std::numeric_limits<double>::infinity();
@@ -84,7 +84,7 @@ TEST(ClampSettings, InfinityBecomesTheUpperEnd) {
     EXPECT_EQ(settings.ridge_angle, 180.0);
 }
 
-TEST(ClampSettings, FieldsWithoutARangeStay) {
+TEST(ClampSettings, FieldsWithoutARangeAreUnchanged) {
     const UnwrapSettings settings = clamped([](UnwrapSettings& s) {
         s.uv_set = "light map";
         s.reserved_scale = -7.0;

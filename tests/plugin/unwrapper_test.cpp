@@ -1,7 +1,7 @@
 #include "faultpoint/faultpoint.h"
 #include "host/ui/panels.h"
 #include "plugin/unwrapper.h"
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 #include "tests/plugin/collected.h"
 #include "tests/plugin/progress_record.h"
 
@@ -20,7 +20,7 @@ class Unwrap : public LoggedLines {
 protected:
     Unwrap() : settings_(plain_settings()) {}
 
-    /// One bracketed unwrap; what it writes to standard error is kept.
+    /// One unwrap between begin_progress and end_progress; captures standard error.
     MStatus unwrap(MObject mesh) {
         mesh_ = mesh;
         Unwrapper unwrapper(&settings_);
@@ -39,14 +39,14 @@ protected:
         return Edges(edges.begin(), edges.end());
     }
 
-    /// The seams of the mesh as it is now, each once, sorted.
+    /// The current seams of the mesh, each once, sorted.
     Edges seams_now() {
         Collected result;
         collect(settings_, mesh_, result);
         return edges_of(result.seam_pairs);
     }
 
-    /// A cube whose every face is a shell of its own.
+    /// A cube with one UV shell per face.
     static MObject torn_cube() {
         return make_host_mesh(fixtures::cube(), fixtures::shell_per_polygon(fixtures::cube()));
     }
@@ -100,30 +100,30 @@ TEST_F(Unwrap, MakesTheSetThatTheSettingsName) {
     EXPECT_EQ(layout_of(mesh_, "lightmap").ids.size(), 1u);
 }
 
-TEST_F(Unwrap, WithoutKeptSeamsEverySeamOfTheNewLayoutIsNew) {
+TEST_F(Unwrap, EverySeamIsNewWhenSeamsAreNotKept) {
     ASSERT_TRUE(unwrap(torn_cube()));
     EXPECT_EQ(existing_.length(), 0u);
-    EXPECT_GE(new_.length(), 2u * 7u); // a cube comes apart along seven edges at least
+    EXPECT_GE(new_.length(), 2u * 7u); // flattening a cube needs at least seven cut edges
     EXPECT_EQ(pairs_of(new_), seams_now());
 }
 
-TEST_F(Unwrap, KeptSeamThatStaysIsExistingAndNotNew) {
+TEST_F(Unwrap, KeptSeamIsListedAsExistingAndNotAsNew) {
     settings_.keep_seams = true;
     ASSERT_TRUE(unwrap(torn_cube()));
     EXPECT_EQ(edges_of(existing_).size(), 12u);
-    EXPECT_EQ(existing_.length(), 2u * 24u); // once from each of its two triangles
+    EXPECT_EQ(existing_.length(), 2u * 24u); // 12 edges, each once per adjacent triangle
     EXPECT_EQ(seams_now(), edges_of(existing_));
     EXPECT_EQ(new_.length(), 0u);
 }
 
-TEST_F(Unwrap, KeptSeamsStayOutOfTheNewOnes) {
+TEST_F(Unwrap, NewSeamsContainNoKeptSeam) {
     settings_.keep_seams = true;
     const fixtures::Mesh cube = fixtures::cube();
     ASSERT_TRUE(unwrap(make_host_mesh(cube, fixtures::shells(cube, {0, 1, 1, 1, 1, 1}))));
     const Edges existing = edges_of(existing_);
     EXPECT_EQ(existing.size(), 4u);
     const Edges found = seams_now();
-    for (const auto& edge : existing) { // what was torn stays torn
+    for (const auto& edge : existing) { // existing seams stay seams
         EXPECT_NE(std::find(found.begin(), found.end(), edge), found.end());
         const Edges fresh = pairs_of(new_);
         EXPECT_EQ(std::find(fresh.begin(), fresh.end(), edge), fresh.end());
@@ -131,7 +131,7 @@ TEST_F(Unwrap, KeptSeamsStayOutOfTheNewOnes) {
     EXPECT_EQ(existing.size() + pairs_of(new_).size(), found.size());
 }
 
-TEST_F(Unwrap, SeamListsMayBeAbsent) {
+TEST_F(Unwrap, SeamListsMayBeNull) {
     for (const bool keep : {false, true}) {
         settings_.keep_seams = keep;
         MObject mesh = torn_cube();
@@ -142,7 +142,7 @@ TEST_F(Unwrap, SeamListsMayBeAbsent) {
     }
 }
 
-TEST_F(Unwrap, WithoutAnExistingListNoSeamIsSubtracted) {
+TEST_F(Unwrap, NoSeamIsSubtractedWithoutAListOfExistingSeams) {
     settings_.keep_seams = true;
     MObject mesh = torn_cube();
     Unwrapper unwrapper(&settings_);
@@ -158,7 +158,7 @@ TEST_F(Unwrap, OldUvsChangeNothingUnlessSeamsAreKept) {
     EXPECT_TRUE(same_uvs(layout_of(mesh_, "map1"), from_none));
 }
 
-TEST_F(Unwrap, GivesTheSameUvsTwice) {
+TEST_F(Unwrap, ASecondUnwrapMakesTheSameUvs) {
     const fixtures::Mesh ring = fixtures::ring(9, 6);
     ASSERT_TRUE(unwrap(make_host_mesh(ring)));
     const UvLayout first = layout_of(mesh_, "map1");
@@ -176,7 +176,7 @@ TEST_F(Unwrap, FreesAllItsLists) {
 
 // ---- progress -----------------------------------------------------------------------------------
 
-TEST_F(Unwrap, NamesItsThreeStages) {
+TEST_F(Unwrap, ShowsTheNamesOfItsThreeStages) {
     ProgressRecord record;
     ASSERT_TRUE(unwrap(torn_cube()));
     EXPECT_EQ(record.stages(),
@@ -188,7 +188,7 @@ TEST_F(Unwrap, NamesItsThreeStages) {
         }
 }
 
-TEST_F(Unwrap, AtlasStageDrivesTheBarToItsEnd) {
+TEST_F(Unwrap, AtlasStageMovesTheProgressBarTo100) {
     ProgressRecord record;
     ASSERT_TRUE(unwrap(torn_cube()));
     int highest = 0;
@@ -198,7 +198,7 @@ TEST_F(Unwrap, AtlasStageDrivesTheBarToItsEnd) {
     EXPECT_EQ(highest, 100);
 }
 
-TEST_F(Unwrap, RunsSilentlyWhenSomebodyElseHoldsTheProgressWindow) {
+TEST_F(Unwrap, RunsWithoutProgressWhenTheWindowIsAlreadyReserved) {
     ProgressRecord record;
     ASSERT_TRUE(MProgressWindow::reserve());
     record.states.clear();
@@ -215,7 +215,7 @@ TEST_F(Unwrap, RunsSilentlyWhenSomebodyElseHoldsTheProgressWindow) {
     MProgressWindow::endProgress();
 }
 
-TEST_F(Unwrap, NewUnwrapperForgetsAHoldOnTheWindow) {
+TEST_F(Unwrap, ConstructionResetsTheProgressFlag) {
     progress_reserved = true;
     const Unwrapper unwrapper(&settings_);
     EXPECT_FALSE(progress_reserved);
@@ -223,7 +223,7 @@ TEST_F(Unwrap, NewUnwrapperForgetsAHoldOnTheWindow) {
 
 // ---- failures -----------------------------------------------------------------------------------
 
-TEST_F(Unwrap, WithoutAMainWindowNothingIsTouched) {
+TEST_F(Unwrap, WithoutAMainWindowChangesNothing) {
     const UvLayout before = fixtures::one_shell(fixtures::cube());
     for (const char* const point : {"M3dView::applicationShell", "M3dView::active3dView"})
         for (const MStatus::MStatusCode code : {MStatus::kFailure, MStatus::kNotFound}) {
@@ -233,14 +233,14 @@ TEST_F(Unwrap, WithoutAMainWindowNothingIsTouched) {
             settings_.tex_width = 4;
             EXPECT_EQ(unwrap(make_host_mesh(fixtures::cube(), before)), code);
             EXPECT_EQ(said_, "Could not access Maya HWND.\n");
-            EXPECT_EQ(settings_.tex_width, 4); // not even the settings
+            EXPECT_EQ(settings_.tex_width, 4); // not even the settings are clamped
             EXPECT_EQ(existing_.length(), 2u);
             EXPECT_EQ(new_.length(), 2u);
             EXPECT_TRUE(same_uvs(layout_of(mesh_, "map1"), before));
         }
 }
 
-TEST_F(Unwrap, NullMainWindowIsAFailureOfTheHost) {
+TEST_F(Unwrap, NullMainWindowFails) {
     void* const window = host::main_window();
     host::set_main_window(nullptr);
     EXPECT_FALSE(unwrap(make_host_mesh(fixtures::cube())));
@@ -248,7 +248,7 @@ TEST_F(Unwrap, NullMainWindowIsAFailureOfTheHost) {
     host::set_main_window(window);
 }
 
-TEST_F(Unwrap, FailedCollectionEndsItWithItsStatus) {
+TEST_F(Unwrap, ReturnsTheStatusOfAFailedCollection) {
     const uint64_t live = live_blocks;
     const UvLayout before = fixtures::one_shell(fixtures::cube());
     const faultpoint::Scope fault("MItMeshPolygon::getVertices", MStatus::kNotFound, 3);
@@ -258,7 +258,7 @@ TEST_F(Unwrap, FailedCollectionEndsItWithItsStatus) {
     EXPECT_EQ(live_blocks, live);
 }
 
-TEST_F(Unwrap, FailedAtlasLeavesTheUvsAndIsAPlainFailure) {
+TEST_F(Unwrap, FailedAtlasLeavesTheUvsAndReturnsKFailure) {
     const uint64_t live = live_blocks;
     const UvLayout before = fixtures::shell_per_polygon(fixtures::cube());
     settings_.uv_set = "lightmap";
@@ -273,25 +273,25 @@ TEST_F(Unwrap, FailedAtlasLeavesTheUvsAndIsAPlainFailure) {
     EXPECT_EQ(live_blocks, live);
 }
 
-TEST_F(Unwrap, WindowLostBetweenTheStagesIsAPlainFailureWithoutALine) {
+TEST_F(Unwrap, WindowLostBetweenTheStagesReturnsKFailureWithoutALine) {
     const faultpoint::Scope fault("M3dView::applicationShell", MStatus::kFailure, 2);
     EXPECT_EQ(unwrap(torn_cube()), MStatus::kFailure);
     EXPECT_EQ(said_, "");
     EXPECT_EQ(logged(), "");
 }
 
-TEST_F(Unwrap, FailedApplyingEndsItWithItsStatus) {
+TEST_F(Unwrap, ReturnsTheStatusOfAFailedApply) {
     const uint64_t live = live_blocks;
     const faultpoint::Scope fault("MFnMesh::setUVs", MStatus::kInvalidParameter);
-    // The fixture sets UVs too, so the mesh is made without.
+    // Without UVs, because setting them passes the same fault point.
     EXPECT_EQ(unwrap(make_host_mesh(fixtures::cube())), MStatus::kInvalidParameter);
     EXPECT_EQ(said_, "Data updater could not set new UV's.\n");
     EXPECT_EQ(live_blocks, live);
 }
 
-TEST_F(Unwrap, StatusOfTheSecondCollectionIsTheResult) {
+TEST_F(Unwrap, ReturnsTheStatusOfTheSecondCollection) {
     const uint64_t live = live_blocks;
-    // The first polygon walks of collection and updating pass by.
+    // Lets the polygon iterators of the first collection and of the updater pass.
     const faultpoint::Scope fault("MItMeshPolygon::MItMeshPolygon", MStatus::kNotFound, 3);
     EXPECT_EQ(unwrap(make_host_mesh(fixtures::cube())), MStatus::kNotFound);
     EXPECT_EQ(said_, "Data collector could not retrieve faces from mesh.\n");
@@ -301,9 +301,9 @@ TEST_F(Unwrap, StatusOfTheSecondCollectionIsTheResult) {
 
 using UnwrapDeathTest = Unwrap;
 
-// A corner list that is longer than the triangles have corners runs past the end of the atlas.
-// Whoever hands such polygons in gives every repeat a vertex of its own first.
-TEST_F(UnwrapDeathTest, PolygonThatNamesAVertexTwiceIsABug) {
+// The corner lists are then longer than the list of triangle corners, so the updater reads past the
+// end of the atlas. Callers must give every repeated vertex an id of its own first.
+TEST_F(UnwrapDeathTest, PolygonThatListsAVertexTwiceIsABug) {
     MObject mesh = make_host_mesh(fixtures::polygon_with_repeated_vertices());
     Unwrapper unwrapper(&settings_);
     EXPECT_EXIT(
@@ -315,7 +315,7 @@ TEST_F(UnwrapDeathTest, PolygonThatNamesAVertexTwiceIsABug) {
         testing::KilledBySignal(SIGABRT), literally("assertion ind < cur_elements failed!"));
 }
 
-TEST_F(Unwrap, SetThatCannotBeMadeEndsIt) {
+TEST_F(Unwrap, FailsWhenTheUvSetCannotBeCreated) {
     settings_.uv_set = "lightmap";
     const faultpoint::Scope fault("MFnMesh::createUVSetDataMesh", MStatus::kFailure);
     EXPECT_EQ(unwrap(make_host_mesh(fixtures::cube())), MStatus::kFailure);

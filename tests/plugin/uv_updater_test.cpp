@@ -10,7 +10,7 @@ namespace {
 using Words = std::vector<uint32_t>;
 using fixtures::UvLayout;
 
-/// A mesh with its corner lists, and an atlas to be written into it.
+/// A mesh, its corner lists, and an atlas to write into it.
 class ApplyUvs : public testing::Test {
 protected:
     ApplyUvs() : settings_(plain_settings()), unwrapper_(&settings_) {}
@@ -29,7 +29,7 @@ protected:
         return apply_uvs(unwrapper_, mesh_, vertices_, indices_, data_.face_corners);
     }
 
-    /// Two triangles of a quad with six atlas vertices of their own.
+    /// A quad's two triangles, which share none of the six atlas vertices.
     void start_torn_quad() {
         start(make_host_mesh(fixtures::quad(), fixtures::one_shell(fixtures::quad())), 6,
               {0, 1, 2, 3, 4, 5});
@@ -63,7 +63,7 @@ TEST_F(ApplyUvs, ReplacesASetThatExistsEntirely) {
         EXPECT_EQ(polygon, (std::vector<int>{0, 0, 0, 0}));
 }
 
-TEST_F(ApplyUvs, MakesTheSetThatIsMissingAndLeavesTheOthers) {
+TEST_F(ApplyUvs, CreatesAMissingSetAndKeepsTheOthers) {
     settings_.uv_set = "lightmap";
     const UvLayout old = fixtures::one_shell(fixtures::triangle());
     start(make_host_mesh(fixtures::triangle(), old), 3, {0, 1, 2});
@@ -73,10 +73,10 @@ TEST_F(ApplyUvs, MakesTheSetThatIsMissingAndLeavesTheOthers) {
     EXPECT_TRUE(same_uvs(layout_of(mesh_, "map1"), old));
 }
 
-TEST_F(ApplyUvs, SharedCornersOfATornQuadTakeTheSecondTriangle) {
+TEST_F(ApplyUvs, SharedCornersOfASplitQuadGetTheUvsOfTheSecondTriangle) {
     start_torn_quad();
     ASSERT_TRUE(apply());
-    // What the host's triangles say: the last one to reach a corner wins.
+    // Expected from the host's triangulation: of the triangles at a corner the last one wins.
     std::vector<int> expected(4, -1);
     for (uint32_t i = 0; i < 6; ++i)
         expected[data_.face_corners.get(0)->get(i)] = static_cast<int>(i);
@@ -88,7 +88,7 @@ TEST_F(ApplyUvs, SharedCornersOfATornQuadTakeTheSecondTriangle) {
     EXPECT_EQ(from_second, 3);
 }
 
-TEST_F(ApplyUvs, ZeroPolygonsLoadTheUvsAndAssignNothing) {
+TEST_F(ApplyUvs, WithoutPolygonsSetsTheUvsAndAssignsNone) {
     settings_.uv_set = "lightmap";
     start(make_host_mesh(fixtures::empty()), 2, {});
     ASSERT_TRUE(apply());
@@ -108,7 +108,7 @@ TEST_F(ApplyUvs, CornerThatNoTriangleReachesGetsUv0) {
     EXPECT_EQ(layout_of(mesh_, "map1").ids[0][unreached], 0);
 }
 
-TEST_F(ApplyUvs, RepeatedVertexIsMappedByRunningPosition) {
+TEST_F(ApplyUvs, RepeatedVertexIsMappedByItsPositionInTheCornerLists) {
     const fixtures::Mesh mesh = fixtures::polygon_with_repeated_vertices();
     MObject object = make_host_mesh(mesh);
     MeshData data;
@@ -132,7 +132,7 @@ TEST_F(ApplyUvs, FreesItsLists) {
     EXPECT_EQ(live_blocks, live);
 }
 
-TEST_F(ApplyUvs, PolygonListThatFindsNoMemoryIsGrownByTheCorners) {
+TEST_F(ApplyUvs, IdListGrowsPerCornerWhenItsReservationFindsNoMemory) {
     start_torn_quad();
     {
         AllocationWatch watch(0);
@@ -150,7 +150,7 @@ using ApplyUvsDeathTest = ApplyUvs;
 
 TEST_F(ApplyUvsDeathTest, AtlasIndicesThatEndEarlyAreABug) {
     start(make_host_mesh(fixtures::quad()), 3, {0, 1, 2, 0, 1});
-    notices() = Notices(); // nobody shows the box: its line goes to standard error
+    notices() = Notices(); // no hook: the message box goes to standard error
     EXPECT_EXIT(apply(), testing::KilledBySignal(SIGABRT),
                 literally("array<unsigned long>::get() BUG at file \"corelib/array\", line ") +
                     "[0-9]+" + literally(": assertion ind < cur_elements failed!"));
@@ -160,7 +160,7 @@ TEST_F(ApplyUvsDeathTest, AtlasIndicesThatEndEarlyAreABug) {
 
 class ApplyUvsFails : public ApplyUvs {
 protected:
-    /// Applies with one host call failing, with two different codes, and expects the lines.
+    /// Applies twice, with one host call failing with different codes, and expects the lines.
     void expect_lines(const char* point, unsigned nth, const std::string& lines) {
         for (const MStatus::MStatusCode code : {MStatus::kFailure, MStatus::kNotFound}) {
             const faultpoint::Scope fault(point, code, nth);
@@ -180,21 +180,21 @@ TEST_F(ApplyUvsFails, WithoutFacesTheMeshIsUntouched) {
     EXPECT_TRUE(same_uvs(layout_of(mesh_, "map1"), before));
 }
 
-TEST_F(ApplyUvsFails, WithoutAMeshItIsUntouched) {
+TEST_F(ApplyUvsFails, WithoutAMeshFunctionSetTheMeshIsUntouched) {
     start_torn_quad();
     const UvLayout before = layout_of(mesh_, "map1");
     expect_lines("MFnMesh::setObject", 1, "Data updater could not retrieve mesh_fn from mesh.\n");
     EXPECT_TRUE(same_uvs(layout_of(mesh_, "map1"), before));
 }
 
-TEST_F(ApplyUvsFails, WithoutAMeshForTheSetBothLinesAreWritten) {
+TEST_F(ApplyUvsFails, FailureInsideTheSetCheckWritesBothLines) {
     start_torn_quad();
     expect_lines("MFnMesh::setObject", 2,
                  "Data updater could not retrieve mesh_fn from mesh.\n"
                  "Unwrapping aborted because UV Set does not exist.\n");
 }
 
-TEST_F(ApplyUvsFails, WithoutTheSetTheMeshIsUntouched) {
+TEST_F(ApplyUvsFails, WithoutTheUvSetTheMeshIsUntouched) {
     settings_.uv_set = "lightmap";
     start_torn_quad();
     expect_lines("MFnMesh::createUVSetDataMesh", 1,
@@ -216,7 +216,7 @@ TEST_F(ApplyUvsFails, WhenTheUvsCannotBeSetTheSetIsEmpty) {
     EXPECT_TRUE(layout_of(mesh_, "map1").uvs.empty());
 }
 
-TEST_F(ApplyUvsFails, WhenACornerCannotBeAssignedThoseBeforeItAre) {
+TEST_F(ApplyUvsFails, WhenACornerCannotBeAssignedTheEarlierOnesAre) {
     start(make_host_mesh(fixtures::triangle()), 3, {0, 1, 2});
     expect_lines("MFnMesh::assignUV", 3, "Data updater could not assign new UV's.\n");
     const UvLayout layout = layout_of(mesh_, "map1");
@@ -229,7 +229,7 @@ TEST_F(ApplyUvsFails, WhenACornerCannotBeAssignedThoseBeforeItAre) {
     }
 }
 
-TEST(EnsureUvSet, FailsOnAMeshThatCannotHaveOne) {
+TEST(EnsureUvSet, FailsOnAMeshThatCannotHaveANewSet) {
     MObject nothing;
     testing::internal::CaptureStderr();
     const MStatus status = ensure_uv_set("map1", nothing);
@@ -238,7 +238,7 @@ TEST(EnsureUvSet, FailsOnAMeshThatCannotHaveOne) {
     EXPECT_FALSE(status);
 }
 
-TEST(EnsureUvSet, MakesASetOnceOnly) {
+TEST(EnsureUvSet, CreatesASetOnlyOnce) {
     MObject mesh = make_host_mesh(fixtures::quad());
     EXPECT_TRUE(ensure_uv_set("bake", mesh));
     EXPECT_TRUE(ensure_uv_set("bake", mesh));

@@ -1,5 +1,5 @@
-// A host that refuses an operation in the middle of the command: its status comes out, and the mesh
-// stays what it was.
+// Host operations failing in the middle of the command: the command returns the status and leaves
+// the mesh unchanged.
 #include "tests/plugin_in_host/fixture.h"
 
 #include <maya/MStatus.h>
@@ -46,7 +46,7 @@ protected:
     }
 };
 
-TEST_P(RefusalTest, ComesOutAndTheMeshStaysWhatItWas) {
+TEST_P(RefusalTest, IsReturnedAndTheMeshIsUnchanged) {
     const std::string before = shown("boxShape");
     const std::string fed_by = upstream();
     const std::vector<std::string> nodes = names_of_nodes();
@@ -61,7 +61,7 @@ TEST_P(RefusalTest, ComesOutAndTheMeshStaysWhatItWas) {
     EXPECT_EQ(names_of_nodes(), nodes);
 }
 
-TEST_P(RefusalTest, LeavesTheNextRunUnharmed) {
+TEST_P(RefusalTest, DoesNotAffectTheNextRun) {
     {
         faultpoint::Scope refusal(GetParam().point, MS::kLicenseFailure, GetParam().nth);
         run("tessora");

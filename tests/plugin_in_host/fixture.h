@@ -1,4 +1,4 @@
-/// The built plug-in at work in a whole host: driven by statements, as users and scripts drive it.
+/// The built plug-in in a complete host, driven by script statements as users drive it.
 #pragma once
 
 #include "faultpoint/faultpoint.h"
@@ -11,6 +11,7 @@
 #include "host/graph/scene.h"
 #include "host/graph/undo.h"
 #include "host/mesh/mesh.h"
+#include "tests/plugin_in_host/mesh_bytes.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -18,28 +19,6 @@
 #include <vector>
 
 namespace plugin_in_host {
-
-/// Points, faces and every UV set, as bytes: equal strings are equal meshes, bit for bit.
-inline std::string bytes_of(const host::Mesh& mesh) {
-    std::string bytes;
-    const auto add = [&](const void* data, size_t size) {
-        bytes.append(static_cast<const char*>(data), size);
-    };
-    add(mesh.points().data(), mesh.points().size() * sizeof(host::Float3));
-    const host::Connectivity& faces = mesh.connectivity();
-    for (uint32_t corner = 0; corner < faces.corner_count(); ++corner) {
-        const uint32_t ids[] = {faces.corner_polygon(corner), faces.corner_vertex(corner)};
-        add(ids, sizeof(ids));
-    }
-    for (uint32_t s = 0; s < mesh.uv_set_count(); ++s) {
-        const host::UvSet& set = mesh.uv_set(s);
-        bytes += set.name.asChar();
-        add(set.u.data(), set.u.size() * sizeof(float));
-        add(set.v.data(), set.v.size() * sizeof(float));
-        add(set.corner_uvs.data(), set.corner_uvs.size() * sizeof(int32_t));
-    }
-    return bytes;
-}
 
 class InHostTest : public ::testing::Test, protected host::script::Output {
 protected:
@@ -59,7 +38,7 @@ protected:
         session.set_output(nullptr);
     }
 
-    /// Runs statements; what they say is collected.
+    /// Runs statements; their output is appended to `printed`.
     bool run(const std::string& text) {
         const auto outcome = session.run(text, "test");
         last_error = outcome.error;
@@ -75,7 +54,7 @@ protected:
         host::graph::Node* const node = scene.find(plug.substr(0, dot));
         return node == nullptr ? nullptr : node->find_plug(plug.substr(dot + 1));
     }
-    /// What a shape shows, pulled as a viewport would.
+    /// The displayed mesh of a shape as bytes, evaluated as a viewport does.
     std::string shown(host::graph::Node& shape) {
         host::MeshFace& face = *shape.as_mesh();
         EXPECT_EQ(face.refresh(), MS::kSuccess);
@@ -99,7 +78,7 @@ protected:
             count += host::graph::Callbacks::current().of_panel(panel).size();
         return count;
     }
-    /// How often results were published since the last call.
+    /// Number of publications of results since the last call.
     size_t publications() {
         size_t count = 0;
         for (size_t at = printed.find(".Charts_result\""); at != std::string::npos;
@@ -116,8 +95,8 @@ protected:
     host::script::Session& session = host::script::Session::current();
     host::graph::Scene& scene = host::graph::Scene::current();
     host::graph::UndoQueue& undo_queue = host::graph::UndoQueue::current();
-    std::string printed;    ///< everything that was said
-    std::string last_error; ///< of the last `run`; empty when it went well
+    std::string printed;    ///< all output so far
+    std::string last_error; ///< of the last `run`; empty if it succeeded
 };
 
 } // namespace plugin_in_host

@@ -9,32 +9,11 @@
 #include "tests/fixtures/library_names.h"
 #include "tests/host/graph/fixture.h"
 #include "tests/host/graph/small_script.h"
-
-#include <cstring>
+#include "tests/plugin_in_host/mesh_bytes.h"
 
 namespace host::graph::testing {
 
-/// Serializes a mesh; two meshes are bitwise equal if and only if the strings are.
-inline std::string bytes_of(const Mesh& mesh) {
-    std::string bytes;
-    const auto add = [&](const void* data, size_t size) {
-        bytes.append(static_cast<const char*>(data), size);
-    };
-    add(mesh.points().data(), mesh.points().size() * sizeof(Float3));
-    const Connectivity& faces = mesh.connectivity();
-    for (uint32_t corner = 0; corner < faces.corner_count(); ++corner) {
-        const uint32_t ids[] = {faces.corner_polygon(corner), faces.corner_vertex(corner)};
-        add(ids, sizeof(ids));
-    }
-    for (uint32_t s = 0; s < mesh.uv_set_count(); ++s) {
-        const UvSet& set = mesh.uv_set(s);
-        bytes += set.name.asChar();
-        add(set.u.data(), set.u.size() * sizeof(float));
-        add(set.v.data(), set.v.size() * sizeof(float));
-        add(set.corner_uvs.data(), set.corner_uvs.size() * sizeof(int32_t));
-    }
-    return bytes;
-}
+using plugin_in_host::bytes_of;
 
 class PluginTest : public SceneTest {
 protected:

@@ -1,4 +1,4 @@
-// What the node publishes of an unwrap, with an atlas call that answers what the test wants.
+// How the node publishes results, with an atlas call that returns values set by the test.
 #include "tests/plugin_in_host/fixture.h"
 
 #include <d3dx9.h>
@@ -7,14 +7,14 @@
 
 namespace {
 
-/// What the atlas call claims to have reached; nothing: its own figures stand.
+/// Values that replace the results of the atlas call; empty = keep its own.
 bool g_claims = false;
 unsigned g_charts = 0;
 float g_stretch = 0.0f;
 
 } // namespace
 
-// The plug-in finds this call before the library's: symbols of the program come first.
+// Found before the library's call, because the dynamic linker searches the program first.
 extern "C" HRESULT WINAPI D3DXUVAtlasCreate(
     LPD3DXMESH mesh, UINT max_charts, FLOAT max_stretch, UINT width, UINT height, FLOAT gutter,
     DWORD texture_index, CONST DWORD* adjacency, CONST DWORD* false_edges, CONST FLOAT* imt_array,
@@ -68,7 +68,7 @@ TEST_F(PublicationTest, BothStatementsNameTheNodeThatWasPulled) {
 }
 
 TEST_F(PublicationTest, EveryUnwrapPublishesAnewAndSkippedPullsDoNot) {
-    shown("boxShape"); // the first pass never looks at the switch
+    shown("boxShape"); // the first evaluation ignores Skip_compute
     publications();
     for (unsigned charts = 1; charts <= 4; ++charts) {
         g_charts = charts;
@@ -83,7 +83,7 @@ TEST_F(PublicationTest, EveryUnwrapPublishesAnewAndSkippedPullsDoNot) {
     EXPECT_EQ(publications(), 4u);
 }
 
-TEST_F(PublicationTest, ResultsAreNoneOfTheUsersStepsToUndo) {
+TEST_F(PublicationTest, PublishingResultsAddsNothingToTheUndoQueue) {
     const size_t entries = undo_queue.undo_count();
     shown("boxShape");
     EXPECT_EQ(undo_queue.undo_count(), entries);
@@ -92,7 +92,7 @@ TEST_F(PublicationTest, ResultsAreNoneOfTheUsersStepsToUndo) {
     EXPECT_EQ(number_of("tessora_node1.Charts_result"), 12.0);
 }
 
-TEST_F(PublicationTest, AConnectedResultIsLeftAloneAndTheUnwrapStands) {
+TEST_F(PublicationTest, AConnectedResultAttributeStaysAndTheUnwrapSucceeds) {
     run("createNode transform -n feed; connectAttr feed.translateX tessora_node1.Stretch_result");
     const std::string before = shown("boxShape");
     EXPECT_EQ(number_of("tessora_node1.Charts_result"), 12.0);

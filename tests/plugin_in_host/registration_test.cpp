@@ -1,4 +1,4 @@
-// Loading and unloading with work in the scene.
+// Loading and unloading while the scene contains unwraps.
 #include "host/graph/commands.h"
 #include "host/ui/menus.h"
 #include "tests/plugin_in_host/fixture.h"
@@ -12,8 +12,8 @@ using host::graph::Plugins;
 
 class InHostRegistrationTest : public InHostTest {
 protected:
-    /// A box with an unwrap that has been pulled: callbacks are attached and undo holds the
-    /// command.
+    /// A box that is unwrapped and evaluated: callbacks are attached and the command is in the undo
+    /// queue.
     void unwrap_box() {
         ASSERT_TRUE(run("polyCube -n box; tessora")) << last_error;
         shown("boxShape");
@@ -21,29 +21,30 @@ protected:
     }
 };
 
-TEST_F(InHostRegistrationTest, ForcedUnloadingTakesTheCallbacksOfLivingNodesAlong) {
+TEST_F(InHostRegistrationTest, ForcedUnloadingRemovesTheCallbacksOfExistingNodes) {
     unwrap_box();
     ASSERT_TRUE(run("unloadPlugin -f tessora")) << last_error;
     EXPECT_EQ(callbacks_attached(), 0u);
     Callbacks::current().fire_post_render("modelPanel1");
-    EXPECT_TRUE(run("delete tessora_node1")) << last_error; // no callback into code that is gone
+    EXPECT_TRUE(run("delete tessora_node1"))
+        << last_error; // must not call into the unloaded library
 }
 
-TEST_F(InHostRegistrationTest, ForcedUnloadingForgetsTheCommandsThatWaitForUndo) {
+TEST_F(InHostRegistrationTest, ForcedUnloadingClearsTheUndoQueue) {
     unwrap_box();
     ASSERT_TRUE(run("unloadPlugin -f tessora")) << last_error;
     EXPECT_EQ(undo_queue.undo_count(), 0u);
     EXPECT_FALSE(run("undo"));
 }
 
-TEST_F(InHostRegistrationTest, AfterForcedUnloadingTheMeshIsStillShown) {
+TEST_F(InHostRegistrationTest, AfterForcedUnloadingTheMeshIsStillDisplayed) {
     unwrap_box();
     const std::string before = shown("boxShape");
     ASSERT_TRUE(run("unloadPlugin -f tessora")) << last_error;
     EXPECT_EQ(shown("boxShape"), before);
 }
 
-TEST_F(InHostRegistrationTest, ASecondLoadingWorksBesideNodesThatTheFirstLeft) {
+TEST_F(InHostRegistrationTest, LoadingAgainWorksBesideUnknownNodesOfTheFirstLoading) {
     unwrap_box();
     ASSERT_TRUE(run("unloadPlugin -f tessora; loadPlugin tessora")) << last_error;
     ASSERT_TRUE(run("polyCube -n other; tessora")) << last_error;
@@ -65,7 +66,7 @@ TEST_F(InHostRegistrationTest, TheFifthLoadingWorksLikeTheFirst) {
     }
 }
 
-TEST_F(InHostRegistrationTest, LoadingTwiceLeavesTheFirstOneAtWork) {
+TEST_F(InHostRegistrationTest, LoadingTwiceKeepsTheFirstOneWorking) {
     ::testing::internal::CaptureStderr();
     EXPECT_FALSE(run("loadPlugin tessora"));
     EXPECT_EQ(::testing::internal::GetCapturedStderr().rfind("registerCommand: ", 0), 0u);
@@ -75,7 +76,7 @@ TEST_F(InHostRegistrationTest, LoadingTwiceLeavesTheFirstOneAtWork) {
     EXPECT_FALSE(host::graph::Commands::current().knows("tessora"));
 }
 
-TEST_F(InHostRegistrationTest, ARefusedNodeDeregistrationTakesTheCommandOnly) {
+TEST_F(InHostRegistrationTest, AFailedNodeDeregistrationRemovesOnlyTheCommand) {
     ::testing::internal::CaptureStderr();
     {
         faultpoint::Scope refusal("MFnPlugin::deregisterNode", MS::kNotImplemented);
@@ -89,13 +90,13 @@ TEST_F(InHostRegistrationTest, ARefusedNodeDeregistrationTakesTheCommandOnly) {
     EXPECT_EQ(host::MenuTree::current().items("mainModifyMenu").size(), 1u);
 }
 
-TEST_F(InHostRegistrationTest, ARefusedMenuRemovalDoesNotHoldTheUnloadingUp) {
+TEST_F(InHostRegistrationTest, AFailedMenuRemovalDoesNotStopTheUnloading) {
     faultpoint::Scope refusal("MFnPlugin::removeMenuItem", MS::kFailure);
     EXPECT_TRUE(run("unloadPlugin tessora")) << last_error;
     EXPECT_FALSE(Plugins::current().is_loaded("tessora"));
 }
 
-TEST_F(InHostRegistrationTest, TheLoadPathIsNotNeeded) {
+TEST_F(InHostRegistrationTest, LoadingSucceedsWithoutALoadPath) {
     ASSERT_TRUE(run("unloadPlugin tessora"));
     faultpoint::Scope refusal("MFnPlugin::loadPath", MS::kFailure);
     EXPECT_TRUE(run("loadPlugin tessora")) << last_error;

@@ -1,7 +1,7 @@
-// Random walks over everything that users do with the command and its node.
+// Random sequences of the operations that users perform with the command and its node.
 //
-// TESSORA_WALK_STEPS in the environment sets the number of steps of each kind of walk (default
-// 2,000); the seeds share them.
+// The environment variable TESSORA_WALK_STEPS sets the number of steps of each kind of walk,
+// divided among the seeds (default 2,000).
 #include "tests/plugin_in_host/fixture.h"
 
 #include <cstdlib>
@@ -30,16 +30,16 @@ protected:
 
 // === The node ================================================================================
 
-/// When the node unwraps, as plainly as it can be said.
+/// Reference model: predicts whether an evaluation unwraps.
 struct NodeModel {
-    int passes = 0; ///< that got past the switch of the drawing
+    int passes = 0; ///< evaluations that got past the visualization switch
     bool active = true;
     bool visualization = true;
     int skip = 1;
     int state = 0;
     bool dirty = true;
 
-    /// True when the pull unwraps.
+    /// Whether the next evaluation unwraps.
     bool pull() {
         if (!dirty)
             return false;
@@ -61,7 +61,7 @@ struct NodeModel {
 
 class NodeWalkTest : public WalkTest {};
 
-TEST_P(NodeWalkTest, TheNodeUnwrapsExactlyWhenTheModelSaysSo) {
+TEST_P(NodeWalkTest, TheNodeUnwrapsExactlyWhenTheReferenceModelDoes) {
     ASSERT_TRUE(run("polyCube -n box; tessora"));
     NodeModel model;
     int unwraps = 0;
@@ -78,7 +78,7 @@ TEST_P(NodeWalkTest, TheNodeUnwrapsExactlyWhenTheModelSaysSo) {
             run("setAttr tessora_node1.Skip_compute " + std::to_string(model.skip));
             model.dirty = true;
             break;
-        case 2: // together with a setting: only those make the output dirty
+        case 2: // results alone do not make the output dirty, a setting does
             model.state = static_cast<int>(below(2));
             run("setAttr tessora_node1.nodeState " + std::to_string(model.state));
             run("setAttr tessora_node1.Padding " + number(5));
@@ -106,14 +106,13 @@ INSTANTIATE_TEST_SUITE_P(Seeds, NodeWalkTest, ::testing::Range(0u, unsigned(k_no
 
 // === The scene ===============================================================================
 
-/// Everything that undo must bring back, as text; pulls and results are none of undo's affair.
+/// Everything that undo must restore, as text; evaluations and published results are not undone.
 class SceneWalkTest : public WalkTest {
 protected:
     static bool is_fed(host::graph::Node& shape) {
         return shape.find_plug("inMesh")->source() != nullptr;
     }
-    /// Shapes that never had another node before them keep their geometry to themselves: it must
-    /// come back bit for bit.
+    /// Shapes without history store their geometry themselves, so undo must restore it bit for bit.
     std::string geometry(host::graph::Node& node) {
         if (node.name_text().rfind("raw", 0) != 0 || node.as_mesh() == nullptr || is_fed(node))
             return "";
@@ -146,7 +145,7 @@ protected:
             text += line + "\n";
         return text;
     }
-    /// The full path of a node of a type; of a shape, with `up`, the one above it.
+    /// The full path of a random node of a type; with `up`, of its parent.
     std::string pick(const char* type, bool up = false) {
         std::vector<host::graph::Node*> found;
         for (const auto& node : scene.nodes())
@@ -170,7 +169,7 @@ protected:
             count += std::string(node->type_name().asChar()) == type;
         return count;
     }
-    /// One statement; empty when the scene does not offer what it needs.
+    /// A random statement; empty if the scene has no node for it.
     std::string statement();
 };
 
@@ -210,7 +209,7 @@ std::string SceneWalkTest::statement() {
     }
 }
 
-TEST_P(SceneWalkTest, UndoAndRedoPassThroughTheSameScenes) {
+TEST_P(SceneWalkTest, UndoAndRedoVisitTheSameScenes) {
     std::vector<std::string> done = {fingerprint()}, undone;
     std::string trail;
     for (int i = 0; i < steps() / k_scene_seeds && !HasFailure(); ++i) {
@@ -229,11 +228,11 @@ TEST_P(SceneWalkTest, UndoAndRedoPassThroughTheSameScenes) {
         } else if (kind == 4) {
             for (const auto& node : std::vector<host::graph::Ref<host::graph::Node>>(scene.nodes()))
                 if (node->as_mesh() != nullptr)
-                    node->as_mesh()->refresh(); // fails behind a node that has not unwrapped yet
+                    node->as_mesh()->refresh(); // fails if the source node has no output yet
         } else {
             text = statement();
             const size_t entries = undo_queue.undo_count();
-            run(text); // a refused connection is a step as well: it must change nothing
+            run(text); // may be refused, and must then change nothing
             if (undo_queue.undo_count() != entries) {
                 done.push_back(fingerprint());
                 undone.clear();

@@ -1,5 +1,5 @@
-/// The logger over the system's own message box and debugger output: a program of its own logs, and
-/// this one is its debugger and the person at the screen.
+/// The logger with the system's own message box and debugger output. A child process logs; this
+/// program acts as its debugger and as the user who dismisses the box.
 #include <windows.h>
 
 #include <atomic>
@@ -13,7 +13,7 @@ struct Seen {
     std::string debugger;
     std::string caption, text; ///< of the message box
     DWORD exit_code = 0;
-    bool ended_by_itself = false; ///< before the box was dismissed
+    bool ended_by_itself = false; ///< the process ended although the box was not dismissed
 };
 
 /// The box of another process; its text is in the control with this number.
@@ -27,7 +27,7 @@ bool dismiss_box(Seen& seen) {
     GetWindowTextA(box, buffer, sizeof buffer);
     const HWND label = GetDlgItem(box, k_text_control);
     if (label == nullptr)
-        return false; // still being made
+        return false; // not complete yet
     seen.caption = buffer;
     DWORD_PTR length = 0;
     if (SendMessageTimeoutA(label, WM_GETTEXT, sizeof buffer, reinterpret_cast<LPARAM>(buffer),
@@ -46,7 +46,7 @@ std::string debugger_text(HANDLE process, const OUTPUT_DEBUG_STRING_INFO& info) 
     return text.substr(0, text.find('\0'));
 }
 
-/// Runs the logging program until it ends; `wants_box` says whether a box is waited for.
+/// Runs the logging program to its end; `wants_box` = wait for a message box and dismiss it.
 Seen watch(const std::string& arguments, bool wants_box) {
     Seen seen;
     std::string line = std::string("\"") + TESSORA_LOG_LINES + "\" " + arguments;
@@ -56,7 +56,7 @@ Seen watch(const std::string& arguments, bool wants_box) {
     if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS,
                        nullptr, nullptr, &start, &process) == 0)
         return seen;
-    // In a thread of its own: the box can answer only while the debugger lets its process run.
+    // In a thread, because the box reacts only while the debugger lets its process run.
     std::atomic<bool> running = true, dismissed = false;
     std::thread person([&] {
         while (running && !dismissed) {
@@ -84,19 +84,19 @@ Seen watch(const std::string& arguments, bool wants_box) {
     }
     running = false;
     person.join();
-    TerminateProcess(process.hProcess, 99); // without effect on one that has ended
+    TerminateProcess(process.hProcess, 99); // no effect if it has already ended
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
     return seen;
 }
 
-TEST(SystemSinks, DebuggerGetsTheLine) {
+TEST(SystemSinks, DebuggerReceivesTheLine) {
     const Seen seen = watch("2 hello", false);
     EXPECT_EQ(seen.debugger, "[CRITICAL]: hello\r\n");
     EXPECT_EQ(seen.exit_code, 0u);
 }
 
-TEST(SystemSinks, BoxShowsTheLineUnderItsCaptionAndTheCallReturnsAfterIt) {
+TEST(SystemSinks, BoxShowsCaptionAndLineAndTheCallReturnsWhenItIsDismissed) {
     const Seen seen = watch("3 \"CreateDevice failed\"", true);
     EXPECT_FALSE(seen.ended_by_itself) << "the program did not wait for the box";
     EXPECT_EQ(seen.caption, "Message");

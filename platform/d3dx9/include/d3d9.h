@@ -1,10 +1,10 @@
 /// <d3d9.h> for systems without Direct3D: the object that finds devices, and a device that renders
-/// nothing. Interfaces are reference-counted: every pointer handed out carries one reference that
-/// its receiver gives back with Release, which returns the references left.
+/// nothing. Interfaces are reference-counted: every returned pointer carries one reference, which
+/// the caller releases. Release returns the number of references left.
 ///
 /// Ownership: a device holds a reference to the IDirect3D9 object that made it. Every object is ONE
-/// block of the ordinary allocator without anything hanging from it, so that a caller may also hand
-/// a lone IDirect3D9 object to free(). Single-threaded.
+/// block of the ordinary allocator and owns no other, so that a caller may also pass an unshared
+/// IDirect3D9 object to free(). Single-threaded.
 /// Source: "IDirect3D9 interface", "IDirect3DDevice9 interface", Microsoft Learn.
 #pragma once
 
@@ -47,13 +47,13 @@
 #define D3DERR_INVALIDCALL MAKE_D3DHRESULT(2156u)
 #define D3DERR_DRIVERINVALIDCALL MAKE_D3DHRESULT(2157u)
 
-// The library is hidden but for what the published headers declare. Interfaces are exported so that
-// every library of a process agrees on their type.
+// The library exports only what the published headers declare; interfaces too, so that their type
+// information is the same in all libraries of a process.
 #define D3D9_EXPORT __attribute__((visibility("default")))
 
 /// The root of all interfaces.
 struct D3D9_EXPORT IUnknown {
-    /// Gives a counted pointer for an interface the object has; E_NOINTERFACE and none otherwise.
+    /// Returns a new reference if the object has the interface; else E_NOINTERFACE and null.
     virtual HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) = 0;
     virtual ULONG STDMETHODCALLTYPE AddRef() = 0;
     virtual ULONG STDMETHODCALLTYPE Release() = 0;
@@ -64,14 +64,14 @@ struct IDirect3DDevice9;
 using LPDIRECT3D9 = IDirect3D9*;
 using LPDIRECT3DDEVICE9 = IDirect3DDevice9*;
 
-/// Finds adapters (there is one, without a screen) and makes devices.
+/// Lists adapters (there is exactly one, without a display) and creates devices.
 struct D3D9_EXPORT IDirect3D9 : IUnknown {
     virtual UINT STDMETHODCALLTYPE GetAdapterCount() = 0;
-    /// Errors: D3DERR_INVALIDCALL for an unknown adapter or no place for the mode.
+    /// Errors: D3DERR_INVALIDCALL for an unknown adapter or a null `mode`.
     virtual HRESULT STDMETHODCALLTYPE GetAdapterDisplayMode(UINT adapter, D3DDISPLAYMODE* mode) = 0;
-    /// Makes a device of type D3DDEVTYPE_NULLREF; `focus_window` may be none.
+    /// Creates a device of type D3DDEVTYPE_NULLREF; `focus_window` may be null.
     /// Errors: D3DERR_NOTAVAILABLE for a device type that renders; D3DERR_INVALIDCALL for arguments
-    ///         the published rules forbid; E_OUTOFMEMORY. The slot then holds none.
+    ///         that the documentation forbids; E_OUTOFMEMORY. *device is then null.
     virtual HRESULT STDMETHODCALLTYPE CreateDevice(UINT adapter, D3DDEVTYPE type, HWND focus_window,
                                                    DWORD behavior_flags,
                                                    D3DPRESENT_PARAMETERS* parameters,
@@ -89,6 +89,6 @@ extern D3D9_EXPORT const GUID IID_IUnknown;
 extern D3D9_EXPORT const GUID IID_IDirect3D9;
 extern D3D9_EXPORT const GUID IID_IDirect3DDevice9;
 
-/// None when `sdk_version` is not D3D_SDK_VERSION or memory runs out.
+/// Returns null if `sdk_version` is not D3D_SDK_VERSION or memory runs out.
 D3D9_EXPORT IDirect3D9* WINAPI Direct3DCreate9(UINT sdk_version);
 }

@@ -1,7 +1,7 @@
-/// Constants, enumerations and structures of <d3d9types.h>: the subset that the atlas stage, and a
-/// caller of its kind, uses on a system without Direct3D. Names, types and values are the published
-/// ones ("Direct3D 9 Reference", Microsoft Learn); what is missing here is missing, never
-/// different.
+/// The constants, enumerations and structures of <d3d9types.h> that the atlas stage uses, for
+/// systems without Direct3D. A subset: what is declared has exactly the published names, types and
+/// values
+/// ("Direct3D 9 Reference", Microsoft Learn).
 #pragma once
 
 #include <windef.h>
@@ -59,7 +59,7 @@ struct D3DPRESENT_PARAMETERS {
     UINT PresentationInterval;
 };
 
-/// Lock flags. Buffers live in ordinary memory: they are checked, and change nothing.
+/// Lock flags: checked for validity, otherwise without effect, as buffers are in system memory.
 #define D3DLOCK_READONLY 0x00000010
 #define D3DLOCK_NOSYSLOCK 0x00000800
 #define D3DLOCK_NOOVERWRITE 0x00001000

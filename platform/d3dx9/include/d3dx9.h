@@ -1,4 +1,4 @@
-/// <d3dx9.h> for systems without D3DX: everything of the library that exists here, and its errors.
+/// <d3dx9.h> for systems without D3DX: includes the parts that exist, and defines the error codes.
 #pragma once
 
 #include <d3d9.h>

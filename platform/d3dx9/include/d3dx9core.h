@@ -3,7 +3,7 @@
 
 #include <d3d9.h>
 
-/// A run of bytes with a reference count; its size never changes.
+/// A reference-counted byte buffer of fixed size.
 /// Source: "ID3DXBuffer interface", Microsoft Learn.
 struct D3D9_EXPORT ID3DXBuffer : IUnknown {
     virtual LPVOID STDMETHODCALLTYPE GetBufferPointer() = 0;

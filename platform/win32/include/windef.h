@@ -27,7 +27,7 @@ using LPDWORD = DWORD*;
 using LPSTR = char*;
 using LPCSTR = const char*;
 
-/// Handles are opaque: one incomplete type each, so that two kinds cannot be mixed up.
+/// Handles are pointers to distinct incomplete types, so that two kinds cannot be mixed up.
 using HWND = struct HWND__*;
 using HMONITOR = struct HMONITOR__*;
 using HDC = struct HDC__*;
@@ -62,7 +62,7 @@ inline bool operator==(const GUID& a, const GUID& b) {
 }
 inline bool operator!=(const GUID& a, const GUID& b) { return !(a == b); }
 
-// Calling conventions and parameter marks say nothing on this system.
+// Calling conventions and parameter annotations, without meaning on this system.
 #define WINAPI
 #define APIENTRY
 #define CALLBACK

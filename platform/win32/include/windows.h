@@ -22,14 +22,13 @@ void WINAPI GetSystemTime(LPSYSTEMTIME time);
 #define MB_OK 0x00000000u
 #define IDOK 1
 
-/// Shows `text` under `caption` and returns when the person has seen it. The notice goes to the
-/// application's own notice hook when the process has one (an exported function
-/// `int host_show_notice(const char* caption, const char* text)` that answers non-zero); otherwise
-/// to standard error, waiting for Enter only if both standard input and standard error are
-/// terminals. `owner` and `type` are taken as given: there is one button.
-/// Returns IDOK, or 0 when nothing could be shown.
+/// Shows a notice. It is passed to the application's notice hook if the process exports one
+/// (`int host_show_notice(const char* caption, const char* text)`; non-zero = handled). Otherwise
+/// it is written to standard error, and if standard input and standard error are both terminals the
+/// call waits for Enter. `owner` and `type` are ignored: there is one button, OK.
+/// Returns IDOK, or 0 if nothing could be shown.
 int WINAPI MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type);
 
-/// Hands `text` to whoever watches the process: it is appended to the file named by the environment
-/// variable OUTPUT_DEBUG_STRING_FILE; without that name, and on any failure, to nobody.
+/// The debugger's output: appends `text` to the file named by the environment variable
+/// OUTPUT_DEBUG_STRING_FILE. Does nothing if the variable is not set, or on failure.
 void WINAPI OutputDebugStringA(LPCSTR text);

@@ -1,7 +1,7 @@
 #include "corelib/math/atlas_context.h"
 #include "faultpoint/faultpoint.h"
 #include "platform/d3dx9/inspect.h"
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ TEST_F(CreateDevice, MissingDirect3DIsLogged) {
     EXPECT_EQ(context_.device, nullptr);
 }
 
-TEST_F(CreateDevice, RefusedDeviceIsLoggedAndNothingStored) {
+TEST_F(CreateDevice, FailedDeviceIsLoggedAndNothingStored) {
     const faultpoint::Scope fault("IDirect3D9::CreateDevice", D3DERR_NOTAVAILABLE);
     EXPECT_FALSE(create());
     EXPECT_EQ(logged(), "CreateDevice failed");
@@ -52,7 +52,7 @@ TEST_F(CreateDevice, RefusedDeviceIsLoggedAndNothingStored) {
     EXPECT_EQ(context_.width, 0u);
 }
 
-TEST_F(CreateDevice, ReleaseGivesEverythingBackAndMayBeRepeated) {
+TEST_F(CreateDevice, ReleaseMayBeRepeated) {
     const unsigned before = d3dx9_live_objects();
     ASSERT_TRUE(create());
     EXPECT_EQ(d3dx9_live_objects(), before + 1);

@@ -1,7 +1,7 @@
 #include "corelib/math/atlas_mesh.h"
 #include "faultpoint/faultpoint.h"
 #include "platform/d3dx9/inspect.h"
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 
 #include <cstring>
 
@@ -49,13 +49,13 @@ TEST_F(CreateMesh, HasTwentyByteVerticesAndWideIndices) {
     mesh->Release();
 }
 
-TEST_F(CreateMesh, RefusalIsLoggedWithItsName) {
+TEST_F(CreateMesh, FailureIsLoggedWithTheResultsName) {
     const faultpoint::Scope fault("D3DXCreateMesh", E_OUTOFMEMORY);
     EXPECT_EQ(make_mesh(4, k_quad), nullptr);
     EXPECT_EQ(logged(), "Failed to create d3dx mesh: E_OUTOFMEMORY");
 }
 
-TEST_F(CreateMesh, MeshWithoutTrianglesIsRefused) {
+TEST_F(CreateMesh, MeshWithoutTrianglesFails) {
     EXPECT_EQ(make_mesh(4, {}), nullptr);
     EXPECT_EQ(logged(), "Failed to create d3dx mesh: D3DERR_INVALIDCALL");
 }
@@ -69,10 +69,10 @@ TEST_F(CreateMesh, FreesBothListsOnEveryPath) {
     EXPECT_EQ(live_blocks, before);
 }
 
-/// The device, too, is made while failures are planned: it stays with the mesh that is left behind.
+/// Mesh and device are leaked on purpose, so both are made while a fault point is armed.
 class CreateMeshLockFailure : public LoggedLines {
 protected:
-    /// Creates a mesh while `point` fails; gives the objects that stay behind.
+    /// Creates a mesh while `point` fails; returns the number of leaked objects.
     unsigned left_behind(const char* point) {
         const faultpoint::Scope fault(point, E_FAIL);
         const unsigned before = d3dx9_live_objects();
@@ -86,12 +86,12 @@ protected:
     }
 };
 
-TEST_F(CreateMeshLockFailure, AtTheVertexBufferLeavesTheMeshBehind) {
+TEST_F(CreateMeshLockFailure, AtTheVertexBufferLeaksTheMesh) {
     EXPECT_EQ(left_behind("ID3DXMesh::LockVertexBuffer"), 2u);
     EXPECT_EQ(logged(), "Unable to lock vertex buffer");
 }
 
-TEST_F(CreateMeshLockFailure, AtTheIndexBufferLeavesTheMeshBehind) {
+TEST_F(CreateMeshLockFailure, AtTheIndexBufferLeaksTheMesh) {
     EXPECT_EQ(left_behind("ID3DXMesh::LockIndexBuffer"), 2u);
     EXPECT_EQ(logged(), "Unable to lock index buffer");
 }
@@ -150,7 +150,7 @@ TEST_F(ReadBack, IndexBufferFailureIsLoggedAndLeavesTheVertexBufferLocked) {
     EXPECT_EQ(mesh_->UnlockIndexBuffer(), D3DERR_INVALIDCALL);
 }
 
-TEST_F(ReadBack, ElementWithoutMemoryIsLeftOut) {
+TEST_F(ReadBack, ElementThatFindsNoMemoryIsLeftOut) {
     const AllocationWatch memory(0);
     EXPECT_TRUE(read());
     EXPECT_EQ(vertices_.count(), 0u);

@@ -1,6 +1,6 @@
-/// Over a Direct3D of this file's own, which records the calls that nobody else sees.
+/// Runs over a fake Direct3D that records how the device is created, released and freed.
 
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -55,7 +55,7 @@ public:
         return 0;
     }
     UINT GetAdapterCount() override { return 1; }
-    // The mode is not used, so not having one changes nothing.
+    // The mode is not used, so its failure does not matter.
     HRESULT GetAdapterDisplayMode(UINT, D3DDISPLAYMODE*) override { return D3DERR_NOTAVAILABLE; }
     HRESULT CreateDevice(UINT adapter, D3DDEVTYPE type, HWND window, DWORD behavior,
                          D3DPRESENT_PARAMETERS* parameters, IDirect3DDevice9** device) override {
@@ -77,7 +77,7 @@ IDirect3D9* WINAPI Direct3DCreate9(UINT sdk_version) {
     return new (record().direct3d_block) RecordedDirect3D;
 }
 
-// The linker sends the calls of free() in the code under test through here.
+// The linker routes calls of free() in the code under test to this function.
 extern "C" void __real_free(void* block);
 extern "C" __attribute__((visibility("default"))) void __wrap_free(void* block);
 extern "C" void __wrap_free(void* block) {
@@ -97,7 +97,7 @@ protected:
     AtlasContext context_;
 };
 
-TEST_F(DeviceCalls, AskForADeviceThatRendersNothing) {
+TEST_F(DeviceCalls, RequestADeviceThatRendersNothing) {
     int window = 0;
     ASSERT_TRUE(create(&window));
     EXPECT_EQ(record().sdk_version, 32u);
@@ -108,7 +108,7 @@ TEST_F(DeviceCalls, AskForADeviceThatRendersNothing) {
     release_device(context_);
 }
 
-TEST_F(DeviceCalls, PresentationParametersAreZeroButForSix) {
+TEST_F(DeviceCalls, SetSixPresentationParametersAndZeroTheOthers) {
     ASSERT_TRUE(create());
     D3DPRESENT_PARAMETERS expected = {};
     expected.BackBufferWidth = 1;
@@ -121,7 +121,7 @@ TEST_F(DeviceCalls, PresentationParametersAreZeroButForSix) {
     release_device(context_);
 }
 
-TEST_F(DeviceCalls, RefusedDeviceHasTheDirect3DObjectFreedNotReleased) {
+TEST_F(DeviceCalls, FreeTheDirect3DObjectInsteadOfReleasingItWhenTheDeviceFails) {
     record().create_device = D3DERR_INVALIDCALL;
     EXPECT_FALSE(create());
     EXPECT_EQ(logged(), "CreateDevice failed");
@@ -130,7 +130,7 @@ TEST_F(DeviceCalls, RefusedDeviceHasTheDirect3DObjectFreedNotReleased) {
     EXPECT_EQ(context_.direct3d, nullptr);
 }
 
-TEST_F(DeviceCalls, DeviceIsReleasedBeforeTheDirect3DObject) {
+TEST_F(DeviceCalls, ReleaseTheDeviceBeforeTheDirect3DObject) {
     ASSERT_TRUE(create());
     release_device(context_);
     EXPECT_EQ(record().releases, (std::vector<std::string>{"device", "direct3d"}));

@@ -1,5 +1,5 @@
-/// The false-edge repair, step by step and without any thought of speed: lists that are walked,
-/// scans that start over. The fast one must give the same entries on every input.
+/// A slow and simple reference implementation of the false-edge repair. The product's must return
+/// the same entries for every input.
 #pragma once
 
 #include <algorithm>

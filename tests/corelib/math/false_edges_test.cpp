@@ -1,7 +1,7 @@
 #include "corelib/math/false_edges.h"
 #include "faultpoint/faultpoint.h"
 #include "tests/corelib/math/false_edges_literal.h"
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 
 #include <random>
 
@@ -11,7 +11,7 @@ using Words = std::vector<uint32_t>;
 
 class FalseEdges : public WithDevice {
 protected:
-    /// The neighbours that the mesh itself gives.
+    /// The adjacency computed by the mesh.
     Words adjacency_of(const Words& corners) {
         ID3DXMesh* const mesh = make_mesh(vertices_for(corners), corners);
         Words adjacency(corners.size());
@@ -36,7 +36,7 @@ protected:
     }
 };
 
-TEST_F(FalseEdges, MeshOfTrianglesOnlyIsLeftAlone) {
+TEST_F(FalseEdges, MeshOfTrianglesIsUnchanged) {
     const Words real(12, k_none);
     EXPECT_EQ(repaired({0, 1, 2, 0, 2, 3, 3, 2, 4, 3, 4, 0}, real), real);
 }
@@ -63,25 +63,25 @@ Polygon fan(uint32_t n) {
     return polygon;
 }
 
-TEST_F(FalseEdges, FannedConvexPolygonIsLeftAlone) {
+TEST_F(FalseEdges, FannedConvexPolygonIsUnchanged) {
     for (const uint32_t n : {4u, 5u, 6u, 7u, 20u}) {
         const Polygon polygon = fan(n);
         EXPECT_EQ(repaired(polygon.corners, polygon.false_edges), polygon.false_edges) << n;
     }
 }
 
-TEST_F(FalseEdges, PolygonOfAHundredThousandCornersIsLeftAlone) {
+TEST_F(FalseEdges, PolygonOf100000CornersIsUnchanged) {
     const Polygon polygon = fan(100000);
     EXPECT_EQ(repaired(polygon.corners, polygon.false_edges), polygon.false_edges);
 }
 
-/// The second triangle is reached over an edge that it does not have: two new corners.
+/// The adjacency leads to a triangle that shares only one vertex, so two of its corners are new.
 TEST_F(FalseEdges, FaceWithTwoNewCornersMakesAllEdgesOfItsPolygonReal) {
     const Words corners = {0, 1, 2, 2, 3, 4, 5, 6, 7};
     const Words adjacency = {k_none, k_none, 1, k_none, 0, k_none, k_none, k_none, k_none};
     const Words false_edges = {k_none, 0, 0, k_none, 0, k_none, k_none, 0, k_none};
     Words expected(9, k_none);
-    expected[7] = 0; // another polygon, in one piece
+    expected[7] = 0; // a separate polygon with one chain
     EXPECT_EQ(repaired(corners, adjacency, false_edges), expected);
 }
 
@@ -97,15 +97,15 @@ TEST_F(FalseEdges, DiagonalWithoutNeighbourIsSkipped) {
     EXPECT_EQ(repaired(k_quad, Words(6, k_none), diagonal), diagonal);
 }
 
-/// Three chains: the edges from the first corner are opened, the third stays false.
+/// Three chains: the two edges at the first corner become real, the third stays false.
 TEST_F(FalseEdges, ChainsAreJoinedByOpeningTheFirstEdgeBetweenThem) {
     const Words corners = {0, 1, 2, 3, 4, 5};
     const Words false_edges = {k_none, k_none, k_none, 0, 0, 0};
     EXPECT_EQ(repaired(corners, false_edges), (Words{k_none, k_none, k_none, k_none, 0, k_none}));
 }
 
-/// An outer and an inner triangle, and the ring between them in six triangles that follow an
-/// unrelated one. Corners 1 2 3 are outside, 4 5 6 inside.
+/// Face 0 is unrelated; faces 1 to 6 fill the ring between an outer triangle (vertices 1 2 3) and
+/// an inner one (4 5 6).
 const Words k_ring = {7, 8, 9, 1, 2, 4, 4, 2, 5, 2, 3, 5, 5, 3, 6, 3, 1, 6, 6, 1, 4};
 const Words k_ring_false_edges = {k_none, k_none, k_none, k_none, 0, 0, 0, 0, k_none, k_none, 0, 0,
                                   0,      0,      k_none, k_none, 0, 0, 0, 0, k_none};
@@ -116,8 +116,8 @@ TEST_F(FalseEdges, PolygonWithAHoleIsOpenedOnceAndOnOneSideOnly) {
     EXPECT_EQ(repaired(k_ring, k_ring_false_edges), expected);
 }
 
-/// Entries that hold the neighbour, as some makers of such arrays write them.
-TEST_F(FalseEdges, EntryIsReadAsTheFaceAcrossTheEdge) {
+/// Callers may mark a false edge with the index of the face across it.
+TEST_F(FalseEdges, EntryIsUsedAsTheIndexOfTheFaceAcrossTheEdge) {
     const Words adjacency = adjacency_of(k_ring);
     Words false_edges = k_ring_false_edges;
     for (size_t i = 0; i < false_edges.size(); ++i)
@@ -125,11 +125,11 @@ TEST_F(FalseEdges, EntryIsReadAsTheFaceAcrossTheEdge) {
             false_edges[i] = adjacency[i];
     Words expected = false_edges;
     expected[5] = k_none;
-    expected[20 - 1] = k_none; // the same edge seen from face 6
+    expected[20 - 1] = k_none; // the same edge in face 6
     EXPECT_EQ(repaired(k_ring, adjacency, false_edges), expected);
 }
 
-TEST_F(FalseEdges, EntryThatNamesNoFaceOpensItsOwnEdgeOnly) {
+TEST_F(FalseEdges, EntryOutOfRangeOpensOnlyItsOwnEdge) {
     const Words corners = {0, 1, 2};
     EXPECT_EQ(repaired(corners, {5, 5, 5}), (Words{k_none, 5, k_none}));
 }
@@ -152,7 +152,7 @@ TEST_F(FalseEdges, FailingLockChangesNothing) {
     mesh->Release();
 }
 
-TEST_F(FalseEdges, IndexThatNamesNoVertexChangesNothing) {
+TEST_F(FalseEdges, IndexOutOfRangeChangesNothing) {
     ID3DXMesh* const mesh = make_mesh(3, {0, 1, 3});
     Words false_edges(3, 0);
     const Words adjacency(3, k_none);
@@ -178,7 +178,7 @@ TEST_F(FalseEdges, EveryFailedAllocationChangesNothingAndUnlocks) {
     mesh->Release();
 }
 
-// ======================= the same as the slow one, on anything =======================
+// ======================= comparison with the slow reference =======================
 
 class FalseEdgesProperty : public FalseEdges {
 protected:
@@ -210,7 +210,7 @@ protected:
         add_triangle(ring, real, mesh);
     }
 
-    /// Turned to start at a random corner.
+    /// Rotates the corners of the triangle at random.
     void add_triangle(const Words& corners, const std::vector<bool>& real, Polygon& mesh) {
         const uint32_t turn = below(3);
         for (uint32_t k = 0; k < 3; ++k) {
@@ -219,7 +219,7 @@ protected:
         }
     }
 
-    /// A ring of triangles between two borders, as a polygon with a hole gives.
+    /// A ring of triangles between two borders, the triangulation of a polygon with a hole.
     void add_ring(uint32_t first_vertex, uint32_t outer, uint32_t inner, Polygon& mesh) {
         uint32_t i = 0;
         uint32_t j = 0;
@@ -237,7 +237,7 @@ protected:
         }
     }
 
-    /// Triangles in random order, so that floods meet them from every side.
+    /// Shuffles the triangles, so that the flood fill starts anywhere.
     Polygon shuffled(const Polygon& mesh) {
         Words order(mesh.corners.size() / 3);
         for (uint32_t i = 0; i < order.size(); ++i)
@@ -254,7 +254,7 @@ protected:
     }
 };
 
-TEST_F(FalseEdgesProperty, SimplePolygonsAreLeftAlone) {
+TEST_F(FalseEdgesProperty, SimplePolygonsAreUnchanged) {
     for (int round = 0; round < 300; ++round) {
         Polygon mesh;
         for (uint32_t start = 0, count = 1 + below(4); count != 0; --count) {
@@ -268,7 +268,7 @@ TEST_F(FalseEdgesProperty, SimplePolygonsAreLeftAlone) {
     }
 }
 
-TEST_F(FalseEdgesProperty, PolygonsThatShareVerticesGoAsInTheSlowVersion) {
+TEST_F(FalseEdgesProperty, EqualsTheReferenceForPolygonsThatShareVertices) {
     for (int round = 0; round < 1000; ++round) {
         const uint32_t vertices = 4 + below(20);
         Polygon mesh;
@@ -283,7 +283,7 @@ TEST_F(FalseEdgesProperty, PolygonsThatShareVerticesGoAsInTheSlowVersion) {
     }
 }
 
-TEST_F(FalseEdgesProperty, PolygonsWithHolesGoAsInTheSlowVersion) {
+TEST_F(FalseEdgesProperty, EqualsTheReferenceForPolygonsWithHoles) {
     for (int round = 0; round < 500; ++round) {
         Polygon mesh;
         for (uint32_t start = 0, count = 1 + below(3); count != 0; --count) {
@@ -298,8 +298,8 @@ TEST_F(FalseEdgesProperty, PolygonsWithHolesGoAsInTheSlowVersion) {
     }
 }
 
-/// Faces that repeat vertices, neighbours that are none, one-sided or outside, entries of any kind.
-TEST_F(FalseEdgesProperty, AnyInputAtAllGoesAsInTheSlowVersion) {
+/// Arbitrary input: repeated vertices, missing, one-sided and out-of-range neighbours, any entries.
+TEST_F(FalseEdgesProperty, EqualsTheReferenceForArbitraryInput) {
     for (int round = 0; round < 3000; ++round) {
         const uint32_t faces = 1 + below(12);
         const uint32_t vertices = 1 + below(2 * faces);

@@ -14,7 +14,7 @@ TEST(HresultName, IsThePublishedOne) {
     EXPECT_STREQ(hresult_name(0), "S_OK");
 }
 
-TEST(HresultName, OfAnUnpublishedValueIsUnknown) {
+TEST(HresultName, OfAnUndocumentedValueIsUnknown) {
     EXPECT_STREQ(hresult_name(static_cast<HRESULT>(0x8876FFFFu)), "Unknown");
 }
 

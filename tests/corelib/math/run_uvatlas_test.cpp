@@ -1,6 +1,6 @@
 #include "corelib/math/run_uvatlas.h"
 #include "faultpoint/faultpoint.h"
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 #include "tests/platform/d3dx9/fake_engine.h"
 
 namespace {
@@ -22,7 +22,7 @@ void drop(T* object) {
         object->Release();
 }
 
-/// The atlas call over an engine that records and obeys.
+/// The atlas call over the recording engine.
 class RunUvAtlas : public WithDevice {
 protected:
     RunUvAtlas() : mesh_(make_mesh(4, k_quad)) {
@@ -57,7 +57,7 @@ protected:
     ID3DXBuffer* face_partitioning_ = nullptr;
 };
 
-TEST_F(RunUvAtlas, HandsTheContextAndTheArraysOver) {
+TEST_F(RunUvAtlas, PassesTheContextAndTheArrays) {
     context_.max_charts = 3;
     context_.max_stretch = 0.5f;
     context_.width = 640;
@@ -108,7 +108,7 @@ TEST_F(RunUvAtlas, PartitionsOnlyWhenAskedTo) {
     EXPECT_EQ(context_.charts_out, 2u);
 }
 
-TEST_F(RunUvAtlas, ProgressIsHeardEveryTenth) {
+TEST_F(RunUvAtlas, ProgressIsReportedEveryTenth) {
     for (int tenth = 0; tenth <= 10; ++tenth)
         state().fractions.push_back(static_cast<float>(tenth) / 10.0f);
     ASSERT_TRUE(run());
@@ -125,7 +125,7 @@ TEST_F(RunUvAtlas, RepairsTheFalseEdgesFirst) {
     EXPECT_EQ(state().false_edges, false_edges_);
 }
 
-TEST_F(RunUvAtlas, RepairsNothingUnlessAsked) {
+TEST_F(RunUvAtlas, DoesNotRepairUnlessRequested) {
     adjacency_ = std::vector<uint32_t>(6, k_none);
     false_edges_ = {0, 0, 0, k_none, k_none, k_none};
     const std::vector<uint32_t> before = false_edges_;
@@ -133,25 +133,25 @@ TEST_F(RunUvAtlas, RepairsNothingUnlessAsked) {
     EXPECT_EQ(state().false_edges, before);
 }
 
-TEST_F(RunUvAtlas, WithoutFalseEdgesNoneAreHandedOver) {
+TEST_F(RunUvAtlas, WithoutFalseEdgesPassesNull) {
     ASSERT_TRUE(run(true, true, false));
     EXPECT_TRUE(state().false_edges.empty());
 }
 
-TEST_F(RunUvAtlas, InvalidMeshIsCalledNonManifold) {
+TEST_F(RunUvAtlas, InvalidMeshIsLoggedAsNonManifold) {
     const faultpoint::Scope fault("D3DXUVAtlasCreate", D3DXERR_INVALIDMESH);
     EXPECT_FALSE(run());
     EXPECT_EQ(logged(), "Non-manifold mesh!");
 }
 
-TEST_F(RunUvAtlas, InvalidMeshComesBeforeTheChartLimit) {
+TEST_F(RunUvAtlas, InvalidMeshTakesPrecedenceOverTheChartLimit) {
     context_.max_charts = 1;
     const faultpoint::Scope fault("D3DXUVAtlasPartition", D3DXERR_INVALIDMESH);
     EXPECT_FALSE(run(false));
     EXPECT_EQ(logged(), "Non-manifold mesh!");
 }
 
-TEST_F(RunUvAtlas, ChartLimitBelowTheNeedNamesTheMinimum) {
+TEST_F(RunUvAtlas, ChartLimitThatIsTooLowLogsTheMinimum) {
     context_.max_charts = 4;
     EXPECT_FALSE(fail_with(Status::chart_limit, 9));
     EXPECT_EQ(logged(), "Minimum number of charts is 9");
@@ -163,13 +163,13 @@ std::string not_possible(const std::string& name) {
            name + ")";
 }
 
-TEST_F(RunUvAtlas, ReportedCountWithinTheLimitIsAnyOtherFailure) {
+TEST_F(RunUvAtlas, FailureWithinTheChartLimitIsLoggedWithTheResultsName) {
     context_.max_charts = 9;
     EXPECT_FALSE(fail_with(Status::chart_limit, 9));
     EXPECT_EQ(logged(), not_possible("E_FAIL"));
 }
 
-TEST_F(RunUvAtlas, WithoutALimitTheCountIsNotConsulted) {
+TEST_F(RunUvAtlas, WithoutAChartLimitTheReportedCountIsIgnored) {
     EXPECT_FALSE(fail_with(Status::chart_limit, 9));
     EXPECT_EQ(logged(), not_possible("E_FAIL"));
 }
@@ -180,7 +180,7 @@ TEST_F(RunUvAtlas, OtherFailuresAreLoggedWithTheirName) {
     EXPECT_EQ(logged(), not_possible("D3DERR_MOREDATA"));
 }
 
-TEST_F(RunUvAtlas, FailureLeavesTheLastResultsAlone) {
+TEST_F(RunUvAtlas, FailureKeepsTheLastResults) {
     context_.stretch_out = 0.75f;
     context_.charts_out = 7;
     EXPECT_FALSE(fail_with(Status::out_of_memory));

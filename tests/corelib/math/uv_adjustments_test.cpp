@@ -1,6 +1,6 @@
 #include "corelib/math/uv_adjustments.h"
 #include "faultpoint/faultpoint.h"
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 
 #include <utility>
 
@@ -8,7 +8,7 @@ namespace {
 
 using Uvs = std::vector<std::pair<float, float>>;
 
-/// One mesh of three vertices, whose texture coordinates the tests write and read.
+/// A mesh of three vertices whose UVs the tests set and read.
 class Adjustments : public WithDevice {
 protected:
     Adjustments() : mesh_(make_mesh(3, {0, 1, 2})) {}
@@ -46,7 +46,7 @@ protected:
     ID3DXMesh* mesh_;
 };
 
-TEST_F(Adjustments, FitLeavesCoordinatesUpToOneAlone) {
+TEST_F(Adjustments, FitKeepsCoordinatesUpToOne) {
     set_texture(1024, 512);
     const Uvs uvs = {{0.0f, 1.0f}, {1.0f, 0.5f}, {0.25f, 0.75f}};
     write(uvs);
@@ -54,7 +54,7 @@ TEST_F(Adjustments, FitLeavesCoordinatesUpToOneAlone) {
     EXPECT_EQ(read(), uvs);
 }
 
-TEST_F(Adjustments, FitScalesAllBySmallerOverLargerSideForOneUBeyondOne) {
+TEST_F(Adjustments, FitScalesByTheAspectIfAnyUExceedsOne) {
     write({{0.5f, 1.0f}, {1.5f, 0.25f}, {0.0f, 0.0f}});
     const Uvs halved = {{0.25f, 0.5f}, {0.75f, 0.125f}, {0.0f, 0.0f}};
     set_texture(1024, 512);
@@ -62,7 +62,7 @@ TEST_F(Adjustments, FitScalesAllBySmallerOverLargerSideForOneUBeyondOne) {
     EXPECT_EQ(read(), halved);
 }
 
-TEST_F(Adjustments, FitScalesAllBySmallerOverLargerSideForOneVBeyondOne) {
+TEST_F(Adjustments, FitScalesByTheAspectIfAnyVExceedsOne) {
     write({{0.5f, 1.0f}, {0.5f, 0.25f}, {0.0f, 2.0f}});
     const Uvs quartered = {{0.125f, 0.25f}, {0.125f, 0.0625f}, {0.0f, 0.5f}};
     set_texture(256, 1024);

@@ -1,10 +1,10 @@
-/// From lists to lists, over the platform and the engine that the product ships with.
+/// The stage from lists to lists, over the real platform and engine.
 
 #include "corelib/math/atlas_mesh.h"
 #include "corelib/math/run_uvatlas.h"
 #include "corelib/math/uv_adjustments.h"
 #include "platform/d3dx9/inspect.h"
-#include "tests/corelib/math/support.h"
+#include "tests/corelib/math/math_fixture.h"
 
 #include <algorithm>
 
@@ -22,7 +22,7 @@ array<Vertex> cube_corners() {
     return vertices;
 }
 
-/// The diagonal of every quad is the third edge of its first triangle, the first of its second.
+/// The diagonal of a quad is the third edge of its first triangle and the first edge of its second.
 std::vector<uint32_t> cube_false_edges() {
     std::vector<uint32_t> false_edges(k_cube.size(), k_none);
     for (size_t quad = 0; quad < 6; ++quad)
@@ -41,7 +41,7 @@ int32_t hear(float fraction) {
 
 class WholeStage : public LoggedLines {
 protected:
-    /// Unwraps the cube with every edge between two quads cut, or none.
+    /// Unwraps the cube with all edges between quads cut, or with none cut.
     bool unwrap(uint32_t max_charts, bool cut_everything, uint32_t width, uint32_t height) {
         EXPECT_TRUE(create_device(context_, nullptr, max_charts, 0.25f, width, height, 2.0f, true));
         ID3DXMesh* const mesh = create_mesh(context_, cube_corners(), list_of(k_cube));
@@ -96,7 +96,7 @@ protected:
     array<uint32_t> indices_;
 };
 
-TEST_F(WholeStage, CubeCutAtAllEdgesHasOneChartPerQuad) {
+TEST_F(WholeStage, CubeWithAllEdgesCutHasOneChartPerQuad) {
     progress_calls = 0;
     const unsigned before = d3dx9_live_objects();
     ASSERT_TRUE(unwrap(0, true, 128, 128));
@@ -117,7 +117,7 @@ TEST_F(WholeStage, CoordinatesStayInsideTexturesThatAreNotSquare) {
     expect_corners_kept_and_coordinates_inside();
 }
 
-TEST_F(WholeStage, ChartLimitBelowTheNeedNamesTheMinimum) {
+TEST_F(WholeStage, ChartLimitThatIsTooLowLogsTheMinimum) {
     EXPECT_FALSE(unwrap(2, true, 128, 128));
     EXPECT_EQ(logged(), "Minimum number of charts is 6");
     EXPECT_EQ(context_.charts_out, 0u);

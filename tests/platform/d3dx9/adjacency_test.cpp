@@ -22,7 +22,7 @@ Words neighbours(const Words& corners) {
     return adjacency;
 }
 
-TEST(FaceAdjacency, QuadHasItsDiagonalInCommon) {
+TEST(FaceAdjacency, TrianglesOfAQuadAreNeighboursAcrossTheDiagonal) {
     EXPECT_EQ(neighbours({0, 1, 2, 0, 2, 3}), (Words{none, none, 1, 0, none, none}));
 }
 
@@ -39,7 +39,7 @@ TEST(FaceAdjacency, WindingDoesNotMatter) {
     EXPECT_EQ(neighbours({0, 1, 2, 0, 1, 3}), (Words{1, none, none, 0, none, none}));
 }
 
-TEST(FaceAdjacency, SameFaceTwiceIsNeighbourOnAllEdges) {
+TEST(FaceAdjacency, DuplicateFacesAreNeighboursOnAllEdges) {
     EXPECT_EQ(neighbours({0, 1, 2, 0, 1, 2}), (Words{1, 1, 1, 0, 0, 0}));
     EXPECT_EQ(neighbours({0, 1, 2, 0, 2, 1}), (Words{1, 1, 1, 0, 0, 0}));
 }
@@ -49,13 +49,13 @@ TEST(FaceAdjacency, DegenerateFaceIsNoNeighbourOfItself) {
     EXPECT_EQ(neighbours({0, 0, 0}), Words(3, none));
 }
 
-TEST(FaceAdjacency, DegenerateFaceCountsAsAUserOfTheEdgesItHas) {
+TEST(FaceAdjacency, DegenerateFaceCountsAtEachOfItsEdges) {
     EXPECT_EQ(neighbours({0, 0, 1, 1, 0, 2}), Words(6, none));
 }
 
-TEST(FaceAdjacency, NoFacesAreFine) { EXPECT_EQ(neighbours({}), Words()); }
+TEST(FaceAdjacency, AcceptsAMeshWithoutFaces) { EXPECT_EQ(neighbours({}), Words()); }
 
-TEST(FaceAdjacency, IndexThatNamesNoVertexLeavesTheResultAlone) {
+TEST(FaceAdjacency, IndexOutOfRangeLeavesTheResultUnchanged) {
     const Words corners = {0, 1, 3};
     Words adjacency(3, 77);
     EXPECT_EQ(d3dx9::face_adjacency(corners.data(), 1, 3, adjacency.data()),
@@ -63,12 +63,12 @@ TEST(FaceAdjacency, IndexThatNamesNoVertexLeavesTheResultAlone) {
     EXPECT_EQ(adjacency, Words(3, 77));
 }
 
-TEST(FaceAdjacency, MoreFacesThanEdgesCanBeNumberedAreRefused) {
+TEST(FaceAdjacency, TooManyFacesFor32BitEdgeNumbersFail) {
     EXPECT_EQ(d3dx9::face_adjacency(nullptr, 0x55555556u, 3, nullptr),
               AdjacencyResult::out_of_memory);
 }
 
-/// The rule read out loud: all pairs of edges.
+/// Reference implementation: compares all pairs of edges.
 Words by_comparing_all(const Words& corners) {
     const auto same = [&](size_t e, size_t f) {
         const uint32_t a = corners[e], b = corners[e / 3 * 3 + (e % 3 + 1) % 3];

@@ -1,6 +1,6 @@
-/// The declarations are the published ones: names, argument types and values. What differs here
-/// would compile against one system and not, or wrongly, against the other: this list is compiled
-/// against the stand-in headers and against those of the cross compiler.
+/// Checks at compile time that the declarations in use have the published names, types and values.
+/// The list is compiled against the stand-in headers and against those of the Windows cross
+/// compiler.
 
 #include <d3dx9.h>
 #include <windows.h>
@@ -69,7 +69,7 @@ static_assert(D3DXUVATLAS_GEODESIC_FAST == 1 && D3DXUVATLAS_GEODESIC_QUALITY == 
 static_assert(D3DDECLTYPE_FLOAT2 == 1 && D3DDECLTYPE_FLOAT3 == 2 && D3DDECLTYPE_UNUSED == 17);
 static_assert(D3DDECLUSAGE_POSITION == 0 && D3DDECLUSAGE_TEXCOORD == 5);
 
-/// The bits of a result, as tables of results print them.
+/// The bits of an HRESULT as an unsigned number.
 constexpr uint32_t bits(HRESULT result) { return static_cast<uint32_t>(result); }
 
 TEST(PublishedResults, HaveTheirValues) {

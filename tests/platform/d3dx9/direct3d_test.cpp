@@ -1,18 +1,18 @@
 #include "faultpoint/faultpoint.h"
 #include "platform/d3dx9/inspect.h"
-#include "tests/platform/d3dx9/support.h"
+#include "tests/platform/d3dx9/mesh_fixture.h"
 
 #include <cstdlib>
 
 namespace {
 
-TEST(Direct3D, IsMadeForTheSdkVersionOfTheHeadersOnly) {
+TEST(Direct3D, IsCreatedOnlyForTheSdkVersionOfTheHeaders) {
     const Held<IDirect3D9> direct3d(Direct3DCreate9(32));
     EXPECT_NE(direct3d.get(), nullptr);
     EXPECT_EQ(Direct3DCreate9(31), nullptr);
 }
 
-TEST(Direct3D, FaultPointGivesNone) {
+TEST(Direct3D, FaultPointMakesItNull) {
     const faultpoint::Scope fault("Direct3DCreate9", 1);
     EXPECT_EQ(Direct3DCreate9(D3D_SDK_VERSION), nullptr);
 }
@@ -24,11 +24,9 @@ TEST(Direct3D, ReleaseReturnsTheReferencesLeft) {
     EXPECT_EQ(direct3d->Release(), 0u);
 }
 
-// The sanitizers' allocator is what judges this: an object that were part of a larger block, or
-// made by another allocator, would end the program here.
-TEST(Direct3D, LoneObjectMayBeFreedByTheOrdinaryDeallocator) {
-    std::free(Direct3DCreate9(D3D_SDK_VERSION));
-}
+// Checked by the address sanitizer: free() of an object inside a larger block, or from another
+// allocator, would end the program.
+TEST(Direct3D, UnsharedObjectMayBePassedToFree) { std::free(Direct3DCreate9(D3D_SDK_VERSION)); }
 
 TEST(Direct3D, ObjectMayBeFreedAfterAFailedCreateDevice) {
     IDirect3D9* const direct3d = Direct3DCreate9(D3D_SDK_VERSION);
@@ -41,7 +39,7 @@ TEST(Direct3D, ObjectMayBeFreedAfterAFailedCreateDevice) {
     std::free(direct3d);
 }
 
-TEST(Direct3D, TellsTheModeOfItsOneAdapter) {
+TEST(Direct3D, ReportsTheModeOfItsAdapter) {
     const Held<IDirect3D9> direct3d(Direct3DCreate9(D3D_SDK_VERSION));
     D3DDISPLAYMODE mode = {};
     EXPECT_EQ(direct3d->GetAdapterCount(), 1u);
@@ -53,7 +51,7 @@ TEST(Direct3D, TellsTheModeOfItsOneAdapter) {
     EXPECT_EQ(direct3d->GetAdapterDisplayMode(D3DADAPTER_DEFAULT, nullptr), D3DERR_INVALIDCALL);
 }
 
-TEST(Direct3D, AnswersForTheInterfacesItHas) {
+TEST(Direct3D, QueryInterfaceFindsItsInterfaces) {
     const Held<IDirect3D9> direct3d(Direct3DCreate9(D3D_SDK_VERSION));
     void* found = nullptr;
     ASSERT_EQ(direct3d->QueryInterface(IID_IDirect3D9, &found), S_OK);
@@ -68,7 +66,7 @@ TEST(Direct3D, AnswersForTheInterfacesItHas) {
 
 class CreateDevice : public testing::Test {
 protected:
-    /// A failing call must also empty the slot.
+    /// Expects the result, and that a failing call sets the pointer to null.
     HRESULT create(D3DDEVTYPE type = D3DDEVTYPE_NULLREF, DWORD behavior = k_behavior,
                    UINT adapter = D3DADAPTER_DEFAULT) {
         Held<IDirect3DDevice9> device;
@@ -83,16 +81,16 @@ protected:
     D3DPRESENT_PARAMETERS parameters_ = one_pixel();
 };
 
-TEST_F(CreateDevice, MakesADeviceThatRendersNothing) { EXPECT_EQ(create(), D3D_OK); }
+TEST_F(CreateDevice, CreatesADeviceThatRendersNothing) { EXPECT_EQ(create(), D3D_OK); }
 
-TEST_F(CreateDevice, HasNoDeviceThatRenders) {
+TEST_F(CreateDevice, RefusesDeviceTypesThatRender) {
     EXPECT_EQ(create(D3DDEVTYPE_HAL), D3DERR_NOTAVAILABLE);
     EXPECT_EQ(create(D3DDEVTYPE_REF), D3DERR_NOTAVAILABLE);
     EXPECT_EQ(create(D3DDEVTYPE_SW), D3DERR_NOTAVAILABLE);
     EXPECT_EQ(create(static_cast<D3DDEVTYPE>(9)), D3DERR_INVALIDCALL);
 }
 
-TEST_F(CreateDevice, WantsExactlyOneKindOfVertexProcessing) {
+TEST_F(CreateDevice, NeedsExactlyOneVertexProcessingFlag) {
     EXPECT_EQ(create(D3DDEVTYPE_NULLREF, D3DCREATE_FPU_PRESERVE), D3DERR_INVALIDCALL);
     EXPECT_EQ(create(D3DDEVTYPE_NULLREF,
                      D3DCREATE_SOFTWARE_VERTEXPROCESSING | D3DCREATE_MIXED_VERTEXPROCESSING),
@@ -100,7 +98,7 @@ TEST_F(CreateDevice, WantsExactlyOneKindOfVertexProcessing) {
     EXPECT_EQ(create(D3DDEVTYPE_NULLREF, D3DCREATE_HARDWARE_VERTEXPROCESSING), D3D_OK);
 }
 
-TEST_F(CreateDevice, RefusesAnUnknownAdapterAndMissingArguments) {
+TEST_F(CreateDevice, RefusesAnUnknownAdapterAndNullArguments) {
     EXPECT_EQ(create(D3DDEVTYPE_NULLREF, k_behavior, 1), D3DERR_INVALIDCALL);
     IDirect3DDevice9* device = nullptr;
     EXPECT_EQ(direct3d_->CreateDevice(0, D3DDEVTYPE_NULLREF, nullptr, k_behavior, nullptr, &device),
@@ -110,7 +108,7 @@ TEST_F(CreateDevice, RefusesAnUnknownAdapterAndMissingArguments) {
         D3DERR_INVALIDCALL);
 }
 
-TEST_F(CreateDevice, CopySwapsWithOneBackBufferAtMost) {
+TEST_F(CreateDevice, SwapEffectCopyAllowsAtMostOneBackBuffer) {
     parameters_.BackBufferCount = 2;
     EXPECT_EQ(create(), D3DERR_INVALIDCALL);
     parameters_.SwapEffect = D3DSWAPEFFECT_DISCARD;
@@ -122,13 +120,13 @@ TEST_F(CreateDevice, CopySwapsWithOneBackBufferAtMost) {
     EXPECT_EQ(create(), D3DERR_INVALIDCALL);
 }
 
-TEST_F(CreateDevice, FaultPointGivesItsCode) {
+TEST_F(CreateDevice, FaultPointReturnsItsCode) {
     const faultpoint::Scope fault("IDirect3D9::CreateDevice", D3DERR_DEVICELOST);
     EXPECT_EQ(create(), D3DERR_DEVICELOST);
     EXPECT_EQ(create(), D3D_OK);
 }
 
-TEST(Device, HoldsTheObjectThatMadeIt) {
+TEST(Device, HoldsAReferenceToItsDirect3DObject) {
     const Held<IDirect3DDevice9> device = make_device();
     Held<IDirect3D9> direct3d;
     ASSERT_EQ(device->GetDirect3D(direct3d.slot()), D3D_OK);
@@ -147,7 +145,7 @@ TEST(Device, IsALiveObjectUntilItsLastRelease) {
     EXPECT_EQ(d3dx9_live_objects(), before);
 }
 
-TEST(Device, AnswersForTheInterfacesItHas) {
+TEST(Device, QueryInterfaceFindsItsInterfaces) {
     const Held<IDirect3DDevice9> device = make_device();
     void* found = nullptr;
     ASSERT_EQ(device->QueryInterface(IID_IDirect3DDevice9, &found), S_OK);

@@ -27,6 +27,6 @@ void* operator new(std::size_t size) {
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
-// A request for more than there is gives null, as it does without the checker.
+// Makes the sanitizer's allocator return null for too large requests instead of ending the program.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options();
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }

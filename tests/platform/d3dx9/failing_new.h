@@ -1,13 +1,13 @@
-/// Memory that runs out: the n-th use of operator new throws.
+/// Makes the n-th use of operator new throw.
 #pragma once
 
-/// Counts down while it lives; 0 lets everything through.
+/// Active during its lifetime; 0 = no failure.
 class FailingNew {
 public:
     explicit FailingNew(unsigned nth);
     ~FailingNew();
     FailingNew(const FailingNew&) = delete;
     FailingNew& operator=(const FailingNew&) = delete;
-    /// Whether the failing request came.
+    /// Whether an allocation has failed.
     static bool happened();
 };

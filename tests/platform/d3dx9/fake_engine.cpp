@@ -49,7 +49,7 @@ atlas::Failure answer(const atlas::Mesh& mesh, const atlas::Options& options,
 
 namespace tessora::atlas {
 
-// The interface lets nothing escape: a test of failing memory sees it as the engine's own status.
+// Like the engine, this returns lack of memory as a status; no exception may leave it.
 Failure create(const Mesh& mesh, const Options& options, Result& result) noexcept {
     ++fake_engine::state().creates;
     try {

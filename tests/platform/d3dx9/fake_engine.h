@@ -1,5 +1,5 @@
-/// An engine for tests of the calls around it: it records what it is given, answers what it is
-/// told, and makes every triangle a chart of its own.
+/// A fake engine for tests of the atlas calls: it records its arguments, returns a status set by
+/// the test, and makes every triangle a separate chart.
 #pragma once
 
 #include "atlas/atlas.h"
@@ -10,11 +10,11 @@
 namespace fake_engine {
 
 struct State {
-    // What the next call does.
+    // Behaviour of the next call.
     tessora::atlas::Failure failure;
-    std::vector<float> fractions; ///< reported until an answer is not 0
+    std::vector<float> fractions; ///< progress to report, until a callback returns non-zero
     std::vector<uint32_t> over_limit;
-    // What the last call was given.
+    // Arguments of the last call.
     unsigned creates = 0;
     unsigned partitions = 0;
     tessora::atlas::Options options;
@@ -28,7 +28,7 @@ State& state();
 
 inline constexpr float k_stretch = 0.125f;
 
-/// The texture coordinate of new vertex `i`, which is corner i of the mesh.
+/// The UV that the fake engine assigns to new vertex `i` (corner i of the mesh).
 inline float u_of(uint32_t i) { return 0.25f * static_cast<float>(i); }
 inline float v_of(uint32_t i) { return 100.0f + static_cast<float>(i); }
 

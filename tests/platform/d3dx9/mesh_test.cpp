@@ -1,6 +1,6 @@
 #include "faultpoint/faultpoint.h"
 #include "platform/d3dx9/inspect.h"
-#include "tests/platform/d3dx9/support.h"
+#include "tests/platform/d3dx9/mesh_fixture.h"
 
 namespace {
 
@@ -14,7 +14,7 @@ HRESULT create(DWORD faces, DWORD vertices, DWORD options, const D3DVERTEXELEMEN
     return result;
 }
 
-TEST(CreateMesh, TellsWhatItWasMadeWith) {
+TEST(CreateMesh, ReportsItsSizesOptionsAndDeclaration) {
     const Held<ID3DXMesh> mesh = make_mesh(k_quad, 4);
     EXPECT_EQ(mesh->GetNumFaces(), 2u);
     EXPECT_EQ(mesh->GetNumVertices(), 4u);
@@ -26,7 +26,7 @@ TEST(CreateMesh, TellsWhatItWasMadeWith) {
     EXPECT_EQ(mesh->GetDeclaration(nullptr), D3DERR_INVALIDCALL);
 }
 
-TEST(CreateMesh, RefusesWhatTheReferenceForbids) {
+TEST(CreateMesh, RefusesArgumentsThatTheDocumentationForbids) {
     EXPECT_EQ(create(0, 4, D3DXMESH_32BIT, k_declaration), D3DERR_INVALIDCALL);
     EXPECT_EQ(create(2, 0, D3DXMESH_32BIT, k_declaration), D3DERR_INVALIDCALL);
     EXPECT_EQ(create(2, 4, D3DXMESH_32BIT, nullptr), D3DERR_INVALIDCALL);
@@ -38,13 +38,13 @@ TEST(CreateMesh, RefusesWhatTheReferenceForbids) {
               D3DERR_INVALIDCALL);
 }
 
-TEST(CreateMesh, SixteenBitIndicesNameAtMost65535Vertices) {
+TEST(CreateMesh, SixteenBitIndicesAllowAtMost65535Vertices) {
     EXPECT_EQ(create(1, 65535, 0, k_declaration), D3D_OK);
     EXPECT_EQ(create(1, 65536, 0, k_declaration), D3DERR_INVALIDCALL);
     EXPECT_EQ(create(1, 65536, D3DXMESH_32BIT, k_declaration), D3D_OK);
 }
 
-TEST(CreateMesh, RefusesADeclarationItCannotHold) {
+TEST(CreateMesh, RefusesAnUnsupportedDeclaration) {
     const D3DVERTEXELEMENT9 second_stream[] = {
         {1, 0, D3DDECLTYPE_FLOAT3, 0, D3DDECLUSAGE_POSITION, 0}, D3DDECL_END()};
     const D3DVERTEXELEMENT9 no_type[] = {{0, 0, D3DDECLTYPE_UNUSED, 0, D3DDECLUSAGE_POSITION, 0},
@@ -71,13 +71,13 @@ TEST(CreateMesh, StrideFollowsFromEveryElementType) {
     }
 }
 
-TEST(CreateMesh, MoreThanMemoryIsAnError) {
+TEST(CreateMesh, SizeBeyondMemoryFails) {
     const D3DVERTEXELEMENT9 wide[] = {{0, 65532, D3DDECLTYPE_FLOAT4, 0, D3DDECLUSAGE_POSITION, 0},
                                       D3DDECL_END()};
     EXPECT_EQ(create(1, 0xFFFFFFFFu, D3DXMESH_32BIT, wide), E_OUTOFMEMORY);
 }
 
-TEST(CreateMesh, FaultPointGivesItsCode) {
+TEST(CreateMesh, FaultPointReturnsItsCode) {
     const faultpoint::Scope fault("D3DXCreateMesh", E_OUTOFMEMORY);
     EXPECT_EQ(create(1, 3, D3DXMESH_32BIT, k_declaration), E_OUTOFMEMORY);
     EXPECT_EQ(create(1, 3, D3DXMESH_32BIT, k_declaration), D3D_OK);
@@ -107,7 +107,7 @@ TEST(MeshBuffers, KeepWhatWasWrittenIntoThem) {
     EXPECT_EQ(mesh->UnlockIndexBuffer(), D3D_OK);
 }
 
-TEST(MeshBuffers, EveryUnlockWantsItsLock) {
+TEST(MeshBuffers, UnlockWithoutLockFails) {
     const Held<ID3DXMesh> mesh = make_mesh(k_quad, 4);
     void* data = nullptr;
     EXPECT_EQ(mesh->UnlockVertexBuffer(), D3DERR_INVALIDCALL);
@@ -120,7 +120,7 @@ TEST(MeshBuffers, EveryUnlockWantsItsLock) {
     EXPECT_EQ(mesh->UnlockIndexBuffer(), D3DERR_INVALIDCALL);
 }
 
-TEST(MeshBuffers, RefuseUnknownFlagsAndAMissingPlace) {
+TEST(MeshBuffers, RefuseUnknownFlagsAndNullPointers) {
     const Held<ID3DXMesh> mesh = make_mesh(k_quad, 4);
     void* data = &data;
     EXPECT_EQ(mesh->LockVertexBuffer(0x1, &data), D3DERR_INVALIDCALL);
@@ -132,7 +132,7 @@ TEST(MeshBuffers, RefuseUnknownFlagsAndAMissingPlace) {
     EXPECT_EQ(mesh->LockIndexBuffer(0, nullptr), D3DERR_INVALIDCALL);
 }
 
-TEST(MeshBuffers, FaultPointsGiveTheirCodeAndNoPointer) {
+TEST(MeshBuffers, FaultPointsReturnTheirCodeAndANullPointer) {
     const Held<ID3DXMesh> mesh = make_mesh(k_quad, 4);
     const faultpoint::Scope vertices("ID3DXMesh::LockVertexBuffer", D3DERR_INVALIDCALL);
     const faultpoint::Scope indices("ID3DXMesh::LockIndexBuffer", E_OUTOFMEMORY);
@@ -144,7 +144,7 @@ TEST(MeshBuffers, FaultPointsGiveTheirCodeAndNoPointer) {
     EXPECT_EQ(data, nullptr);
 }
 
-TEST(Mesh, HoldsItsDevice) {
+TEST(Mesh, HoldsAReferenceToItsDevice) {
     const unsigned before = d3dx9_live_objects();
     {
         const Held<ID3DXMesh> mesh = make_mesh(k_quad, 4);
@@ -157,7 +157,7 @@ TEST(Mesh, HoldsItsDevice) {
     EXPECT_EQ(d3dx9_live_objects(), before);
 }
 
-TEST(Mesh, AnswersForTheInterfacesItHas) {
+TEST(Mesh, QueryInterfaceFindsItsInterfaces) {
     const Held<ID3DXMesh> mesh = make_mesh(k_quad, 4);
     for (const GUID& known : {IID_IUnknown, IID_ID3DXBaseMesh, IID_ID3DXMesh}) {
         void* found = nullptr;
@@ -180,7 +180,7 @@ TEST(ConvertPointRepsToAdjacency, ReadsIndicesOfBothWidths) {
     EXPECT_EQ(adjacency_of(make_mesh(k_quad, 4, D3DXMESH_MANAGED).get()), k_quad_adjacency);
 }
 
-TEST(ConvertPointRepsToAdjacency, PositionsAloneDoNotJoin) {
+TEST(ConvertPointRepsToAdjacency, VerticesAtTheSamePositionAreNotJoined) {
     const Held<ID3DXMesh> mesh = make_mesh({0, 1, 2, 3, 5, 4}, 6);
     void* data = nullptr;
     ASSERT_EQ(mesh->LockVertexBuffer(0, &data), D3D_OK);
@@ -189,13 +189,13 @@ TEST(ConvertPointRepsToAdjacency, PositionsAloneDoNotJoin) {
     EXPECT_EQ(adjacency_of(mesh.get()), std::vector<DWORD>(6, k_none));
 }
 
-TEST(ConvertPointRepsToAdjacency, RepresentativesJoinVertices) {
+TEST(ConvertPointRepsToAdjacency, PointRepresentativesJoinVertices) {
     const Held<ID3DXMesh> mesh = make_mesh({0, 1, 2, 3, 4, 5}, 6);
     const DWORD representatives[] = {0, 1, 2, 0, 2, 5};
     EXPECT_EQ(adjacency_of(mesh.get(), representatives), k_quad_adjacency);
 }
 
-TEST(ConvertPointRepsToAdjacency, RefusesWhatNamesNoVertex) {
+TEST(ConvertPointRepsToAdjacency, RefusesIndicesOutOfRange) {
     std::vector<DWORD> adjacency(6, 77);
     const Held<ID3DXMesh> outside = make_mesh({0, 1, 4}, 4);
     EXPECT_EQ(outside->ConvertPointRepsToAdjacency(nullptr, adjacency.data()), D3DXERR_INVALIDDATA);
@@ -207,7 +207,7 @@ TEST(ConvertPointRepsToAdjacency, RefusesWhatNamesNoVertex) {
     EXPECT_EQ(adjacency, std::vector<DWORD>(6, 77));
 }
 
-TEST(ConvertPointRepsToAdjacency, FaultPointGivesItsCode) {
+TEST(ConvertPointRepsToAdjacency, FaultPointReturnsItsCode) {
     const Held<ID3DXMesh> mesh = make_mesh(k_quad, 4);
     const faultpoint::Scope fault("ID3DXMesh::ConvertPointRepsToAdjacency", D3DXERR_INVALIDMESH);
     DWORD adjacency[6];
@@ -232,7 +232,7 @@ TEST(Buffer, MayBeEmpty) {
     EXPECT_EQ(buffer->GetBufferSize(), 0u);
 }
 
-TEST(Buffer, FailsWithoutAPlaceAndAtItsFaultPoint) {
+TEST(Buffer, FailsForANullPointerAndAtItsFaultPoint) {
     EXPECT_EQ(D3DXCreateBuffer(5, nullptr), D3DERR_INVALIDCALL);
     const faultpoint::Scope fault("D3DXCreateBuffer", E_OUTOFMEMORY);
     ID3DXBuffer* buffer = nullptr;

@@ -2,7 +2,7 @@
 #include "platform/d3dx9/inspect.h"
 #include "tests/platform/d3dx9/failing_new.h"
 #include "tests/platform/d3dx9/fake_engine.h"
-#include "tests/platform/d3dx9/support.h"
+#include "tests/platform/d3dx9/mesh_fixture.h"
 
 #include <limits>
 #include <string>
@@ -18,7 +18,7 @@ std::vector<DWORD> words_of(ID3DXBuffer* buffer) {
     return {data, data + buffer->GetBufferSize() / sizeof(DWORD)};
 }
 
-/// One atlas call: arguments that a test may change, and everything that comes back.
+/// One atlas call: its arguments, which a test may change, and its outputs.
 class UvAtlas : public testing::Test {
 protected:
     void SetUp() override { state() = {}; }
@@ -47,7 +47,7 @@ protected:
                                     mesh_out_.slot(), faces_.slot(), remap_.slot(), opened_.slot(),
                                     &stretch_, &charts_);
     }
-    /// Fails the engine with `status` and checks that nothing comes out but the chart count.
+    /// Makes the engine fail with `status`; expects all outputs but the chart count to be empty.
     HRESULT fail_with(Status status, uint32_t element) {
         state().failure = {status, element};
         const HRESULT result = create();
@@ -60,7 +60,7 @@ protected:
 
     unsigned live_before_ = d3dx9_live_objects();
     Held<ID3DXMesh> quad_ = make_mesh(k_quad, 4);
-    unsigned expected_live_ = 2; ///< the mesh and its device are members still
+    unsigned expected_live_ = 2; ///< the input mesh and its device
     ID3DXMesh* mesh_ = quad_.get();
     UINT max_charts_ = 0;
     DWORD texture_index_ = 0;
@@ -78,7 +78,7 @@ protected:
     UINT charts_ = 99;
 };
 
-TEST_F(UvAtlas, HandsEverythingToTheEngine) {
+TEST_F(UvAtlas, PassesAllArgumentsToTheEngine) {
     const std::vector<DWORD> false_edges = {k_none, k_none, 0, 0, k_none, k_none};
     false_edges_ = false_edges.data();
     max_charts_ = 7;
@@ -99,13 +99,13 @@ TEST_F(UvAtlas, HandsEverythingToTheEngine) {
     EXPECT_EQ(state().false_edges, false_edges);
 }
 
-TEST_F(UvAtlas, WithoutFalseEdgesTheEngineGetsNone) {
+TEST_F(UvAtlas, WithoutFalseEdgesPassesAnEmptySpan) {
     ASSERT_EQ(create(), D3D_OK);
     expected_live_ += 3;
     EXPECT_TRUE(state().false_edges.empty());
 }
 
-TEST_F(UvAtlas, PartitionGivesTheAdjacencyWithChartBordersOpened) {
+TEST_F(UvAtlas, PartitionReturnsTheAdjacencyWithChartBordersOpened) {
     max_charts_ = 3;
     ASSERT_EQ(partition(), D3D_OK);
     expected_live_ += 4;
@@ -118,7 +118,7 @@ TEST_F(UvAtlas, PartitionGivesTheAdjacencyWithChartBordersOpened) {
     EXPECT_EQ(charts_, 2u);
 }
 
-TEST_F(UvAtlas, GivesTheResultBack) {
+TEST_F(UvAtlas, ReturnsTheEnginesResult) {
     ASSERT_EQ(create(), D3D_OK);
     expected_live_ += 3;
     EXPECT_EQ(charts_, 2u);
@@ -140,7 +140,7 @@ TEST_F(UvAtlas, GivesTheResultBack) {
     }
 }
 
-TEST_F(UvAtlas, NewMeshKeepsTheOtherVertexDataAndTheDevice) {
+TEST_F(UvAtlas, NewMeshKeepsOtherVertexElementsAndTheDevice) {
     const D3DVERTEXELEMENT9 declaration[] = {
         {0, 0, D3DDECLTYPE_FLOAT3, 0, D3DDECLUSAGE_POSITION, 0},
         {0, 12, D3DDECLTYPE_D3DCOLOR, 0, D3DDECLUSAGE_COLOR, 0},
@@ -177,7 +177,7 @@ TEST_F(UvAtlas, NewMeshKeepsTheOtherVertexDataAndTheDevice) {
     EXPECT_EQ(device.get(), source.get());
 }
 
-TEST_F(UvAtlas, ReadsSixteenBitIndicesAndWritesThirtyTwo) {
+TEST_F(UvAtlas, Reads16BitIndicesAndWrites32BitOnes) {
     const Held<ID3DXMesh> mesh = make_mesh(k_quad, 4, D3DXMESH_MANAGED);
     mesh_ = mesh.get();
     ASSERT_EQ(create(), D3D_OK);
@@ -186,7 +186,7 @@ TEST_F(UvAtlas, ReadsSixteenBitIndicesAndWritesThirtyTwo) {
     EXPECT_EQ(mesh_out_->GetOptions(), DWORD{D3DXMESH_32BIT | D3DXMESH_MANAGED});
 }
 
-TEST_F(UvAtlas, OutputSlotsMayBeNone) {
+TEST_F(UvAtlas, OutputPointersMayBeNull) {
     EXPECT_EQ(D3DXUVAtlasCreate(mesh_, 0, 0.25f, 64, 64, 1.0f, 0, adjacency_.data(), nullptr,
                                 nullptr, nullptr, 0.1f, nullptr, 0, nullptr, nullptr, nullptr,
                                 nullptr, nullptr),
@@ -219,7 +219,7 @@ TEST_F(UvAtlas, DefaultQualityIsFastFrom25000FacesOn) {
     }
 }
 
-/// What the callback of a test was told, and what it answers.
+/// Records the progress callback's arguments, and its result.
 struct Calls {
     std::vector<float> fractions;
     void* context = nullptr;
@@ -252,14 +252,14 @@ TEST_F(UvAtlasProgress, IsReportedEveryTenthWithTheUserContext) {
     EXPECT_EQ(calls.context, this);
 }
 
-TEST_F(UvAtlasProgress, IsThinnedToTheFrequencyAndEndsWithOne) {
+TEST_F(UvAtlasProgress, IsReducedToTheFrequencyAndEndsWithOne) {
     frequency_ = 0.3f;
     ASSERT_EQ(create(), D3D_OK);
     expected_live_ += 3;
     EXPECT_EQ(calls.fractions, (std::vector<float>{0.0f, 0.3f, 0.6f, 0.9f, 1.0f}));
 }
 
-TEST_F(UvAtlasProgress, AnswerOfFailureStopsTheCallWithThatCode) {
+TEST_F(UvAtlasProgress, FailureCodeOfTheCallbackCancelsTheCallWithThatCode) {
     calls.stop_at = 3;
     calls.stop_with = E_INVALIDARG;
     EXPECT_EQ(create(), E_INVALIDARG);
@@ -267,7 +267,7 @@ TEST_F(UvAtlasProgress, AnswerOfFailureStopsTheCallWithThatCode) {
     EXPECT_STREQ(d3dx9_last_reason(), "the engine says no");
 }
 
-TEST_F(UvAtlasProgress, OtherAnswerThanOkStopsTheCallAsAborted) {
+TEST_F(UvAtlasProgress, OtherResultThanOkCancelsTheCallWithEAbort) {
     calls.stop_at = 1;
     calls.stop_with = S_FALSE;
     EXPECT_EQ(partition(), E_ABORT);
@@ -293,20 +293,20 @@ TEST_F(UvAtlas, NonFinitePositionIsInvalidData) {
     EXPECT_STREQ(d3dx9_last_reason(), "the engine says no (vertex 17)");
 }
 
-TEST_F(UvAtlas, ChartsThatDoNotFitAreMoreData) {
+TEST_F(UvAtlas, ChartsThatDoNotFitReturnMoreData) {
     EXPECT_EQ(fail_with(Status::does_not_fit, 300), D3DERR_MOREDATA);
     EXPECT_STREQ(d3dx9_last_reason(), "the engine says no (300 charts)");
     EXPECT_EQ(charts_, 0u);
 }
 
-TEST_F(UvAtlas, ChartLimitFailsAndSaysHowManyChartsAreNeeded) {
+TEST_F(UvAtlas, ChartLimitFailureReturnsTheNeededNumberOfCharts) {
     max_charts_ = 2;
     EXPECT_EQ(fail_with(Status::chart_limit, 6), E_FAIL);
     EXPECT_STREQ(d3dx9_last_reason(), "the engine says no (6 charts)");
     EXPECT_EQ(charts_, 6u);
 }
 
-TEST_F(UvAtlas, EnginesMemoryRunsOut) {
+TEST_F(UvAtlas, EngineOutOfMemoryIsEOutOfMemory) {
     EXPECT_EQ(fail_with(Status::out_of_memory, k_none), E_OUTOFMEMORY);
     EXPECT_STREQ(d3dx9_last_reason(), "the engine says no");
 }
@@ -331,7 +331,7 @@ TEST_F(UvAtlas, FacesOverTheLimitAreKeptUntilTheNextCall) {
     EXPECT_EQ(d3dx9_over_limit(nullptr), 0u);
 }
 
-TEST_F(UvAtlas, ReasonIsForgottenBySuccess) {
+TEST_F(UvAtlas, SuccessClearsTheReason) {
     EXPECT_EQ(fail_with(Status::out_of_memory, k_none), E_OUTOFMEMORY);
     state().failure = {};
     ASSERT_EQ(create(), D3D_OK);
@@ -339,7 +339,7 @@ TEST_F(UvAtlas, ReasonIsForgottenBySuccess) {
     EXPECT_STREQ(d3dx9_last_reason(), "");
 }
 
-TEST_F(UvAtlas, MissingMeshOrAdjacencyIsAnInvalidCall) {
+TEST_F(UvAtlas, NullMeshOrAdjacencyIsAnInvalidCall) {
     mesh_ = nullptr;
     EXPECT_EQ(create(), D3DERR_INVALIDCALL);
     EXPECT_STREQ(d3dx9_last_reason(), "there is no mesh");
@@ -367,7 +367,7 @@ TEST_F(UvAtlas, MeshWithoutTheTextureCoordinateIsAnInvalidCall) {
                                       "texture coordinate 1");
 }
 
-TEST_F(UvAtlas, FaultPointsFailTheCallsAsAWhole) {
+TEST_F(UvAtlas, FaultPointsFailTheWholeCalls) {
     const faultpoint::Scope first("D3DXUVAtlasCreate", D3DXERR_INVALIDMESH);
     const faultpoint::Scope second("D3DXUVAtlasPartition", E_FAIL);
     EXPECT_EQ(create(), D3DXERR_INVALIDMESH);
@@ -384,7 +384,7 @@ struct InnerFault {
 
 class UvAtlasInnerFault : public UvAtlas, public testing::WithParamInterface<InnerFault> {};
 
-TEST_P(UvAtlasInnerFault, FailsTheCallAndLeavesNothingBehind) {
+TEST_P(UvAtlasInnerFault, FailsTheCallWithoutALeak) {
     const faultpoint::Scope fault(GetParam().point, E_OUTOFMEMORY, GetParam().nth);
     EXPECT_EQ(partition(), E_OUTOFMEMORY);
     EXPECT_STREQ(d3dx9_last_reason(), GetParam().reason);
@@ -408,7 +408,7 @@ INSTANTIATE_TEST_SUITE_P(
         InnerFault{"D3DXCreateBuffer", 2, "an output buffer could not be made"},
         InnerFault{"D3DXCreateBuffer", 3, "an output buffer could not be made"}));
 
-TEST_F(UvAtlas, EveryAllocationMayFail) {
+TEST_F(UvAtlas, SurvivesTheFailureOfEachAllocation) {
     bool failed = true;
     for (unsigned nth = 1; failed; ++nth) {
         HRESULT result;
@@ -424,7 +424,7 @@ TEST_F(UvAtlas, EveryAllocationMayFail) {
     expected_live_ += 4;
 }
 
-TEST_F(UvAtlas, AdjacencyOfAMeshMayRunOutOfMemory) {
+TEST_F(UvAtlas, AdjacencyReportsOutOfMemory) {
     DWORD adjacency[6];
     bool failed = true;
     for (unsigned nth = 1; failed; ++nth) {

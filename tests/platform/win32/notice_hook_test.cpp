@@ -34,13 +34,13 @@ TEST(MessageBoxWithHook, HandledNoticeGoesNowhereElse) {
     EXPECT_EQ(shown, std::vector<std::string>{"Message|text"});
 }
 
-TEST(MessageBoxWithHook, RefusedNoticeFallsBackToStandardError) {
+TEST(MessageBoxWithHook, UnhandledNoticeFallsBackToStandardError) {
     answer = 0;
     EXPECT_EQ(standard_error_of_box("text", "Message"), "Message: text\n");
     EXPECT_EQ(shown, std::vector<std::string>{"Message|text"});
 }
 
-TEST(MessageBoxWithHook, MissingTextsAreEmptyTexts) {
+TEST(MessageBoxWithHook, NullTextsAreShownAsEmpty) {
     answer = 1;
     standard_error_of_box(nullptr, nullptr);
     EXPECT_EQ(shown, std::vector<std::string>{"|"});

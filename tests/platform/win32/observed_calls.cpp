@@ -1,7 +1,6 @@
-/// The system's clock, message box and debugger line, replaced in one test program on Windows: what
-/// the code under test calls through its import table ends up here. The notice hook of the program
-/// sees the boxes and a file the debugger's lines, as in the stand-in for systems without the
-/// three.
+/// Replaces GetSystemTime, MessageBoxA and OutputDebugStringA in test programs on Windows. As in
+/// the stand-in for other systems, boxes go to the program's notice hook and debugger lines to a
+/// file.
 #include "platform/win32/clock.h"
 
 #include <windows.h>
@@ -44,7 +43,7 @@ void WINAPI observed_debugger_line(LPCSTR text) {
 
 void win32::set_clock(Clock clock) { current_clock = clock; }
 
-/// Entries of the import table: the linker takes these before the system's.
+/// Import table entries; the linker prefers these to the system's import library.
 extern "C" {
 decltype(&observed_time) __imp_GetSystemTime = observed_time;
 decltype(&observed_box) __imp_MessageBoxA = observed_box;

@@ -43,7 +43,7 @@ TEST(SystemTime, IsUtc) {
     EXPECT_LT(now.wMilliseconds, 1000);
 }
 
-TEST(SystemTime, FollowsAReplacedClockUntilItIsPutBack) {
+TEST(SystemTime, FollowsAReplacedClockUntilItIsRestored) {
     win32::set_clock([](SYSTEMTIME* time) {
         *time = {};
         time->wYear = 1601;
@@ -85,7 +85,7 @@ TEST_F(DebuggerLine, IsAppendedToTheNamedFile) {
     EXPECT_EQ(text_of(path_), "one\r\ntwo\r\n");
 }
 
-TEST_F(DebuggerLine, GoesNowhereWithoutAName) {
+TEST_F(DebuggerLine, IsDroppedWithoutAFileName) {
     unsetenv(k_debugger_file);
     OutputDebugStringA("one");
     setenv(k_debugger_file, "", 1);
@@ -100,7 +100,7 @@ TEST_F(DebuggerLine, FailureIsSilent) {
     EXPECT_EQ(text_of(path_), "kept");
 }
 
-TEST_F(DebuggerLine, MissingTextWritesNothing) {
+TEST_F(DebuggerLine, NullTextWritesNothing) {
     OutputDebugStringA(nullptr);
     EXPECT_EQ(text_of(path_), "");
 }
@@ -111,7 +111,7 @@ TEST(MessageBoxWithoutHook, WritesToStandardErrorAndReturnsWithoutATerminal) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Message: text\n");
 }
 
-/// A pair of a terminal's two ends; `ours` is the end at which the person sits.
+/// A pseudo-terminal; `ours` is the controlling end, which plays the user.
 struct Terminal {
     int ours = -1;
     int theirs = -1;

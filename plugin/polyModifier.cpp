@@ -1,4 +1,4 @@
-#include "plugin/polyModifierCmd.h"
+#include "plugin/polyModifier.h"
 
 #include <maya/MDagPath.h>
 #include <maya/MFloatVector.h>
@@ -34,43 +34,57 @@ MStatus write_vector(MPlug& plug, const MFloatVector& vector) {
     return plug.setValue(value);
 }
 
-/// The element at a physical index, or false when the host has none to give.
+/// The element at a physical index; false if the host does not return one.
 bool element_at(const MPlug& array, unsigned int index, MPlug& element) {
     MStatus status;
     element = array.elementByPhysicalIndex(index, &status);
     return status && !element.isNull();
 }
 
-/// A NaN is neither below nor above zero: it counts as no tweak, as the comparisons have it.
+/// Written with < and >, so that a NaN counts as zero.
 bool is_tweaked(const MFloatVector& v) {
     return v.x < 0.0f || v.x > 0.0f || v.y < 0.0f || v.y > 0.0f || v.z < 0.0f || v.z > 0.0f;
 }
 
-/// What one x, y or z child of a tweak was connected to.
-struct ChildLinks {
+/// The connections of one component (x, y or z) of a tweak.
+struct ComponentLinks {
     MPlugArray destinations;
-    MPlugArray source; // none or one
+    MPlugArray source; ///< at most one
 };
 
-void collect_links(const MPlug& child, MDGModifier& modifier, ChildLinks& links) {
-    if (!child.isConnected())
-        return;
-    child.connectedTo(links.destinations, false, true);
-    for (unsigned int i = 0; i < links.destinations.length(); ++i)
-        modifier.disconnect(child, links.destinations[i]);
-    child.connectedTo(links.source, true, false);
-    if (links.source.length() > 0)
-        modifier.disconnect(links.source[0], child);
+/// Appends one entry per component of `tweak`, and records in `modifier` that its connections go.
+void take_links(const MPlug& tweak, MDGModifier& modifier, std::vector<ComponentLinks>& links) {
+    const unsigned int components = tweak.numChildren();
+    for (unsigned int c = 0; c < components; ++c) {
+        links.emplace_back();
+        ComponentLinks& link = links.back();
+        const MPlug component = tweak.child(c);
+        if (!component.isConnected())
+            continue;
+        component.connectedTo(link.destinations, false, true);
+        for (unsigned int i = 0; i < link.destinations.length(); ++i)
+            modifier.disconnect(component, link.destinations[i]);
+        component.connectedTo(link.source, true, false);
+        if (link.source.length() > 0)
+            modifier.disconnect(link.source[0], component);
+    }
 }
 
-void restore_links(const MPlug& child, MDGModifier& modifier, ChildLinks& links) {
-    for (unsigned int i = 0; i < links.destinations.length(); ++i)
-        modifier.connect(child, links.destinations[i]);
-    if (links.source.length() > 0)
-        modifier.connect(links.source[0], child);
+/// Records in `modifier` that the components of `tweak` get the links from `next` on.
+void give_links(const MPlug& tweak, MDGModifier& modifier, std::vector<ComponentLinks>& links,
+                size_t& next) {
+    const unsigned int components = tweak.numChildren();
+    for (unsigned int c = 0; c < components && next < links.size(); ++c, ++next) {
+        const ComponentLinks& link = links[next];
+        const MPlug component = tweak.child(c);
+        for (unsigned int i = 0; i < link.destinations.length(); ++i)
+            modifier.connect(component, link.destinations[i]);
+        if (link.source.length() > 0)
+            modifier.connect(link.source[0], component);
+    }
 }
 
-/// Copies the mesh below a transform of its own and gives the path to the copied shape.
+/// Copies the mesh; the copied shape stands below a new `transform`.
 MStatus duplicate_mesh(const MDagPath& mesh, MObject& transform, MDagPath& shape) {
     MStatus status;
     MFnDagNode mesh_fn(mesh, &status);
@@ -89,7 +103,7 @@ MStatus duplicate_mesh(const MDagPath& mesh, MObject& transform, MDagPath& shape
     return status;
 }
 
-/// Removes a copied shape together with the transform of its own that it stands below.
+/// Deletes a copied shape by deleting the transform above it.
 void remove_duplicate(MObject shape) {
     MObject transform = MFnDagNode(shape).parent(0);
     MGlobal::deleteNode(transform);
@@ -102,6 +116,8 @@ polyModifierCmd::polyModifierCmd()
       hasTweaks(false), recordsHistory(false) {}
 
 polyModifierCmd::~polyModifierCmd() = default;
+polyModifierNode::~polyModifierNode() = default;
+polyModifierFty::~polyModifierFty() = default;
 
 MStatus polyModifierCmd::initModifierNode(MObject) { return MS::kSuccess; }
 
@@ -135,8 +151,8 @@ MStatus polyModifierCmd::doModifyPoly() {
 
     collectNodeState();
     if (hasHistory || recordsHistory) {
-        // Only the connection's status decides: a node that lacks its mesh attributes cannot be
-        // connected, and a node whose attributes were filled in part still does its work.
+        // Only the status of the connection counts: a node without mesh attributes cannot be
+        // connected anyway, and a node with some attributes unset still unwraps.
         MObject modifierNode;
         createModifierNode(modifierNode);
         initModifierNode(modifierNode);
@@ -152,7 +168,7 @@ MStatus polyModifierCmd::doModifyPoly() {
 
 MStatus polyModifierCmd::redoModifyPoly() {
     if (!meshPathSet)
-        return MS::kSuccess; // the first run found no mesh: there is nothing to do again
+        return MS::kSuccess; // the first run found no mesh, so there is nothing to redo
     if (!hasHistory && !recordsHistory)
         return directModifier(meshPath.node());
     if (!hasHistory) {
@@ -160,7 +176,7 @@ MStatus polyModifierCmd::redoModifyPoly() {
         if (!status)
             return status;
     }
-    // Undo gave the mesh its tweaks back; the tweak node, which comes back now, carries them too.
+    // Undo put the tweaks back on the mesh; the tweak node that redo restores holds them as well.
     if (hasTweaks) {
         MObject mesh = meshPath.node();
         MFnDependencyNode mesh_fn(mesh);
@@ -172,13 +188,13 @@ MStatus polyModifierCmd::redoModifyPoly() {
 
 MStatus polyModifierCmd::undoModifyPoly() {
     if (!meshPathSet)
-        return MS::kSuccess; // the first run found no mesh: there is nothing to take back
+        return MS::kSuccess; // the first run found no mesh, so there is nothing to undo
     if (!hasHistory && !recordsHistory)
         return undoDirectModifier();
 
     MStatus status = dgModifier.undoIt();
     if (!hasHistory) {
-        // Before the tweaks: the cached mesh is put back without any.
+        // Before the tweaks: this replaces the mesh data, without tweaks.
         const MStatus restored = undoCachedMesh();
         const MStatus undone = dagModifier.undoIt();
         if (status)
@@ -188,7 +204,8 @@ MStatus polyModifierCmd::undoModifyPoly() {
     return status ? tweaked : status;
 }
 
-/// The host deletes a command that failed, and so nobody can undo what it did up to there.
+/// Takes back what a failed connection has done so far. The host deletes a command that failed, so
+/// its undo never runs.
 void polyModifierCmd::abandonHistory() {
     dgModifier.undoIt();
     MStatus status;
@@ -266,29 +283,36 @@ MStatus polyModifierCmd::connectNodes(const MObject& modifierNode) {
     if (!status)
         return status;
 
+    if (hasTweaks) {
+        status = insertTweakNode(source);
+        if (!status)
+            return status;
+    }
     MObject modifier(modifierNode);
     MFnDependencyNode modifier_fn(modifier);
     const MPlug modifierIn(modifier, modifier_fn.attribute("inMesh"));
     const MPlug modifierOut(modifier, modifier_fn.attribute("outMesh"));
+    status = dgModifier.connect(source, modifierIn);
+    if (status)
+        status = dgModifier.connect(modifierOut, meshIn);
+    return status ? dgModifier.doIt() : status;
+}
 
-    MObject tweakNode;
+/// Moves the tweaks to a polyTweak node fed by `upstream`, which becomes that node's output.
+MStatus polyModifierCmd::insertTweakNode(MPlug& upstream) {
+    MStatus status;
+    MObject tweakNode = dgModifier.createNode("polyTweak", &status);
+    if (!status)
+        return status;
     status = moveTweaks(tweakNode);
     if (!status)
         return status;
-    if (hasTweaks) {
-        MFnDependencyNode tweak_fn(tweakNode);
-        status = dgModifier.connect(source, MPlug(tweakNode, tweak_fn.attribute("inputPolymesh")));
-        if (!status)
-            return status;
-        source = MPlug(tweakNode, tweak_fn.attribute("output"));
-    }
-    status = dgModifier.connect(source, modifierIn);
+    MFnDependencyNode tweak_fn(tweakNode);
+    status = dgModifier.connect(upstream, MPlug(tweakNode, tweak_fn.attribute("inputPolymesh")));
     if (!status)
         return status;
-    status = dgModifier.connect(modifierOut, meshIn);
-    if (!status)
-        return status;
-    return dgModifier.doIt();
+    upstream = MPlug(tweakNode, tweak_fn.attribute("output"));
+    return MS::kSuccess;
 }
 
 MStatus polyModifierCmd::detachUpstream(const MPlug& meshIn, MPlug& upstream) {
@@ -319,8 +343,7 @@ MStatus polyModifierCmd::insertDuplicate(const MObject& meshTransform, MPlug& up
 
 MStatus polyModifierCmd::hangDuplicate(MObject& shape, const MObject& ownTransform,
                                        const MObject& meshTransform, MPlug& upstream) {
-    // The copy has to stand below the mesh's transform before its own goes, and the host carries
-    // out one of the two a time.
+    // The copy must be reparented before its own transform is deleted, each with its own doIt.
     MStatus status = dagModifier.reparentNode(shape, meshTransform);
     if (status)
         status = dagModifier.doIt();
@@ -339,57 +362,30 @@ MStatus polyModifierCmd::hangDuplicate(MObject& shape, const MObject& ownTransfo
     return status ? dagModifier.doIt() : status;
 }
 
-MStatus polyModifierCmd::moveTweaks(MObject& tweakNode) {
-    tweakIndices.clear();
-    tweakVectors.clear();
-    if (!hasTweaks)
-        return MS::kSuccess;
-
+MStatus polyModifierCmd::moveTweaks(const MObject& tweakNode) {
     MStatus status;
-    tweakNode = dgModifier.createNode("polyTweak", &status);
-    if (!status)
-        return status;
-    MFnDependencyNode tweak_fn(tweakNode);
-    const MPlug tweaks(tweakNode, tweak_fn.attribute("tweak"));
-
     MObject mesh = meshPath.node();
     MFnDependencyNode mesh_fn(mesh);
     MPlug meshTweaks = mesh_fn.findPlug("pnts", true, &status);
     if (!status)
         return status;
+    cacheMeshTweaks();
 
-    std::vector<MObject> values;
-    std::vector<ChildLinks> links;
-    const unsigned int count = meshTweaks.numElements();
-    for (unsigned int i = 0; i < count; ++i) {
-        MPlug element;
-        MObject value;
-        MFloatVector vector;
-        if (!element_at(meshTweaks, i, element) || !read_vector(element, value, vector))
-            continue;
-        values.push_back(value);
-        tweakIndices.append(static_cast<int>(element.logicalIndex()));
-        tweakVectors.append(vector);
-        const unsigned int children = element.numChildren();
-        for (unsigned int c = 0; c < children; ++c) {
-            links.emplace_back();
-            collect_links(element.child(c), dgModifier, links.back());
-        }
-    }
-
+    MFnDependencyNode tweak_fn(tweakNode);
+    const MPlug tweaks(tweakNode, tweak_fn.attribute("tweak"));
+    std::vector<ComponentLinks> links;
+    for (unsigned int i = 0; i < tweakIndices.length(); ++i)
+        take_links(tweakAt(meshTweaks, i), dgModifier, links);
     size_t next = 0;
     for (unsigned int i = 0; i < tweakIndices.length(); ++i) {
-        MPlug element = tweaks.elementByLogicalIndex(static_cast<unsigned int>(tweakIndices[i]));
-        element.setValue(values[i]);
-        const unsigned int children = element.numChildren();
-        for (unsigned int c = 0; c < children && next < links.size(); ++c, ++next)
-            restore_links(element.child(c), dgModifier, links[next]);
+        MPlug tweak = tweakAt(tweaks, i);
+        write_vector(tweak, tweakVectors[i]);
+        give_links(tweak, dgModifier, links, next);
     }
 
     zeroMeshTweaks(meshTweaks);
     if (!hasHistory && recordsHistory) {
-        // Deliberate: the second pass asks for the copy's tweaks and writes the mesh's own again;
-        // the copy feeds the chain through its output, which carries no tweaks of the mesh.
+        // Deliberate: the second pass looks up the copy's tweaks and zeroes the mesh's own again.
         MObject duplicate = duplicatePath.node();
         MFnDependencyNode duplicate_fn(duplicate);
         if (!duplicate_fn.findPlug("pnts", true).isNull())
@@ -398,10 +394,15 @@ MStatus polyModifierCmd::moveTweaks(MObject& tweakNode) {
     return MS::kSuccess;
 }
 
+/// The element of a tweak array that belongs to cached tweak `i`.
+MPlug polyModifierCmd::tweakAt(const MPlug& tweaks, unsigned int i) const {
+    return tweaks.elementByLogicalIndex(static_cast<unsigned int>(tweakIndices[i]));
+}
+
 void polyModifierCmd::zeroMeshTweaks(MPlug& tweaks) {
     for (unsigned int i = 0; i < tweakIndices.length(); ++i) {
-        MPlug element = tweaks.elementByLogicalIndex(static_cast<unsigned int>(tweakIndices[i]));
-        write_vector(element, MFloatVector(0.0f, 0.0f, 0.0f));
+        MPlug tweak = tweakAt(tweaks, i);
+        write_vector(tweak, MFloatVector(0.0f, 0.0f, 0.0f));
     }
 }
 
@@ -440,7 +441,8 @@ void polyModifierCmd::cacheMeshTweaks() {
     }
 }
 
-/// Makes the mesh take over what `source` delivers, by a connection that lasts for one evaluation.
+/// Writes the mesh data of `source` into the mesh through its input: connects the two, evaluates
+/// once and disconnects.
 MStatus polyModifierCmd::evaluateFrom(const MPlug& source) {
     MStatus status;
     MFnDagNode mesh_fn(meshPath, &status);
@@ -470,7 +472,7 @@ MStatus polyModifierCmd::undoDirectModifier() {
     if (!hasTweaks)
         return mesh_fn.findPlug("outMesh", true).setValue(cachedMesh);
 
-    // A mesh with tweaks would add them to whatever is written: the data goes in by its input.
+    // A mesh adds its tweaks to data written to its output, so the data goes in through its input.
     MObject transform;
     MDagPath duplicate;
     status = duplicate_mesh(meshPath, transform, duplicate);
@@ -520,8 +522,8 @@ MStatus polyModifierCmd::undoTweaks() {
     MPlug tweaks = mesh_fn.findPlug("pnts", true);
     MStatus status;
     for (unsigned int i = 0; i < tweakIndices.length(); ++i) {
-        MPlug element = tweaks.elementByLogicalIndex(static_cast<unsigned int>(tweakIndices[i]));
-        const MStatus written = write_vector(element, tweakVectors[i]);
+        MPlug tweak = tweakAt(tweaks, i);
+        const MStatus written = write_vector(tweak, tweakVectors[i]);
         if (!written)
             status = written;
     }

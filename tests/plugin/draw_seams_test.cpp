@@ -1,4 +1,4 @@
-/// The overlay's three routines by themselves, with seam lists laid out by hand.
+/// The overlay's three functions alone, with seam lists written by hand.
 #include "faultpoint/faultpoint.h"
 #include "plugin/viewport.h"
 #include "tests/host/view/panel_fixture.h"
@@ -21,7 +21,8 @@ using panel_test::k_blue;
 using panel_test::k_green;
 enum : int { top, front, side, persp };
 
-constexpr unsigned k_never = 1000000; ///< a fault point armed so far ahead only counts
+constexpr unsigned k_never =
+    1000000; ///< armed for this pass, a fault point never fails and only counts
 
 class DrawSeams : public panel_test::PanelTest {
 protected:
@@ -110,7 +111,7 @@ TEST_F(DrawSeams, DrawsSlantedLinesThreePixelsWide) {
         EXPECT_EQ(runs(picture, k_blue, true, column), std::vector<int>{3}) << column;
 }
 
-TEST_F(DrawSeams, DrawsWhereTheEndsProjectInEveryPanel) {
+TEST_F(DrawSeams, DrawsLinesBetweenTheProjectedVerticesInEveryPanel) {
     run("rotate 30 40 20 sheet");
     set(data.existing_seams, {0, 1});
     set(data.new_seams, {7, 8});
@@ -129,11 +130,11 @@ TEST_F(DrawSeams, DrawsWhereTheEndsProjectInEveryPanel) {
     }
 }
 
-TEST_F(DrawSeams, FollowsTheMeshToWhereItIsNow) {
+TEST_F(DrawSeams, FollowsAMovedMesh) {
     set(data.new_seams, {3, 5});
     ASSERT_TRUE(attach_viewport_callbacks(data));
     run("move 0 0 -0.5 sheet");
-    // Half a unit further up in the panel: 30 pixels.
+    // Half a unit up, which is 30 pixels.
     const Picture moved = draw(top);
     EXPECT_TRUE(at(moved, 100, 120) == k_blue);
     EXPECT_EQ(count(moved, k_blue), 360u);
@@ -142,7 +143,7 @@ TEST_F(DrawSeams, FollowsTheMeshToWhereItIsNow) {
     EXPECT_FALSE(at(draw(top), 100, 120) == k_blue);
 }
 
-TEST_F(DrawSeams, LeavesOutAnOddLastVertex) {
+TEST_F(DrawSeams, IgnoresAnOddLastVertex) {
     set(data.new_seams, {3, 5, 0});
     ASSERT_TRUE(attach_viewport_callbacks(data));
     EXPECT_EQ(count(draw(top), k_blue), 360u);
@@ -198,7 +199,7 @@ TEST_F(DrawSeams, RestoresMatricesAndSetsTheLineWidthBackToOne) {
     EXPECT_EQ(after.mode, GL_MODELVIEW);
 }
 
-TEST_F(DrawSeams, WithoutSeamsSetsUpAndRestoresAndDrawsNothing) {
+TEST_F(DrawSeams, WithoutSeamsDrawsNothingAndRestoresTheState) {
     const Picture plain = draw(persp);
     State before, after;
     const auto ahead = callbacks.add_post_render("modelPanel4", [&](const std::string&) {
@@ -222,7 +223,7 @@ TEST_F(DrawSeams, WithoutSeamsSetsUpAndRestoresAndDrawsNothing) {
     EXPECT_EQ(after.depth, before.depth);
 }
 
-TEST_F(DrawSeams, ReadsThePointsOnceAPanel) {
+TEST_F(DrawSeams, ReadsThePointsOncePerPanel) {
     set(data.new_seams, {3, 5, 1, 7});
     ASSERT_TRUE(attach_viewport_callbacks(data));
     faultpoint::arm("MFnMesh::getPoints", MS::kFailure, k_never);
@@ -241,7 +242,7 @@ TEST_F(DrawSeams, AttachedTwiceHoldsFourIds) {
     EXPECT_EQ(attached(), 4u);
 }
 
-TEST_F(DrawSeams, DetachedHoldsNoIdAndDrawsNothing) {
+TEST_F(DrawSeams, AfterDetachingHoldsNoIdAndDrawsNothing) {
     const Picture plain = draw(top);
     set(data.new_seams, {3, 5});
     ASSERT_TRUE(attach_viewport_callbacks(data));
@@ -253,7 +254,7 @@ TEST_F(DrawSeams, DetachedHoldsNoIdAndDrawsNothing) {
     EXPECT_TRUE(detach_viewport_callbacks(data)); // nothing to do is a success
 }
 
-TEST_F(DrawSeams, DetachesTheRestWhenOneRefuses) {
+TEST_F(DrawSeams, DetachesTheOthersWhenOneFails) {
     ASSERT_TRUE(attach_viewport_callbacks(data));
     MStatus status;
     const std::string text = errors_of([&] {
@@ -267,7 +268,7 @@ TEST_F(DrawSeams, DetachesTheRestWhenOneRefuses) {
     callbacks.clear();
 }
 
-TEST_F(DrawSeams, WithoutTheThirdPanelDrawsInTheOthers) {
+TEST_F(DrawSeams, DrawsInTheOtherPanelsWhenTheThirdIsMissing) {
     set(data.new_seams, {3, 5});
     frame_all();
     MStatus status;
@@ -329,7 +330,7 @@ TEST_F(DrawSeams, DetachesWhenTheMeshCannotBeRead) {
     }
 }
 
-TEST_F(DrawSeams, StaysAttachedWhenThePanelIsNotThere) {
+TEST_F(DrawSeams, StaysAttachedWhenThePanelIsMissing) {
     set(data.new_seams, {3, 5});
     ASSERT_TRUE(attach_viewport_callbacks(data));
     {

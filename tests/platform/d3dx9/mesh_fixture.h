@@ -16,7 +16,7 @@ inline const D3DVERTEXELEMENT9 k_declaration[] = {
     {0, 12, D3DDECLTYPE_FLOAT2, D3DDECLMETHOD_DEFAULT, D3DDECLUSAGE_TEXCOORD, 0},
     D3DDECL_END()};
 
-/// Gives its reference back.
+/// A smart pointer that releases its reference.
 template <class T>
 class Held {
 public:
@@ -51,7 +51,7 @@ inline D3DPRESENT_PARAMETERS one_pixel() {
 
 inline constexpr DWORD k_behavior = D3DCREATE_SOFTWARE_VERTEXPROCESSING | D3DCREATE_FPU_PRESERVE;
 
-/// A device alone; it keeps the object it came from.
+/// A device without other references to its IDirect3D9 object.
 inline Held<IDirect3DDevice9> make_device() {
     Held<IDirect3D9> direct3d(Direct3DCreate9(D3D_SDK_VERSION));
     Held<IDirect3DDevice9> device;
@@ -91,6 +91,6 @@ inline Held<ID3DXMesh> make_mesh(const std::vector<uint32_t>& corners, DWORD ver
     return mesh;
 }
 
-/// The square 0 1 2 3 in two triangles, and its neighbours.
+/// A square 0 1 2 3 of two triangles, and its adjacency.
 inline const std::vector<uint32_t> k_quad = {0, 1, 2, 0, 2, 3};
 inline const std::vector<DWORD> k_quad_adjacency = {k_none, k_none, 1, 0, k_none, k_none};

@@ -1,5 +1,4 @@
-/// What the tests of the atlas stage's Direct3D half share: the lines that were logged, devices and
-/// meshes made by the code under test.
+/// Shared by the tests of corelib/math: records logged lines, creates devices and meshes.
 #pragma once
 
 #include "corelib/math/atlas_context.h"
@@ -11,7 +10,7 @@
 #include <string>
 #include <vector>
 
-/// Collects what reaches the message box; every line must have reached the debugger as well.
+/// Collects the lines sent to the message box; expects each in the debugger output as well.
 class LoggedLines : public testing::Test {
 protected:
     LoggedLines() {
@@ -27,7 +26,7 @@ protected:
         unsetenv("OUTPUT_DEBUG_STRING_FILE");
     }
 
-    /// The only line so far, without its level and line end; "" for none.
+    /// The only line so far without level and line end; "" if there is none.
     std::string logged() const {
         const std::vector<std::string>& texts = notices().texts;
         EXPECT_LE(texts.size(), 1u);
@@ -57,7 +56,7 @@ std::vector<T> values_of(const array<T>& list) {
     return {list.data(), list.data() + list.count()};
 }
 
-/// `count` vertices, number i at (i, 2i, 3i), with texture coordinates that mean nothing.
+/// `count` vertices, number i at (i, 2i, 3i), with arbitrary texture coordinates.
 inline array<Vertex> vertices_in_a_row(uint32_t count) {
     array<Vertex> vertices;
     for (uint32_t i = 0; i < count; ++i) {
@@ -67,7 +66,7 @@ inline array<Vertex> vertices_in_a_row(uint32_t count) {
     return vertices;
 }
 
-/// Tests with a device of a 512x512 texture, given back at the end.
+/// Tests with a device for a 512x512 texture, released at the end.
 class WithDevice : public LoggedLines {
 protected:
     WithDevice() { EXPECT_TRUE(create_device(context_, nullptr, 0, 0.25f, 512, 512, 2.0f, true)); }

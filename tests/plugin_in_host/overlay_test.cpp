@@ -1,5 +1,5 @@
-/// The overlay of the built plug-in in pictures of the panels. What should be seen is worked out
-/// from the mesh's UV sets, without asking the plug-in.
+/// The overlay of the built plug-in in pictures of the panels. The expected lines are computed from
+/// the mesh's UV sets, independently of the plug-in.
 #include "faultpoint/faultpoint.h"
 #include "host/graph/plugins.h"
 #include "host/mesh/mesh.h"
@@ -20,7 +20,7 @@ using panel_test::k_green;
 using panel_test::Rgb;
 using Edges = std::set<uint32_t>;
 
-/// Edges between two faces that do not share the UVs of both ends.
+/// Edges whose two faces do not share the UVs at both ends.
 Edges seams_of(const host::Mesh& mesh) {
     const host::Connectivity& faces = mesh.connectivity();
     const host::UvSet& set = mesh.uv_set(uint32_t(mesh.find_uv_set("map1")));
@@ -66,7 +66,7 @@ protected:
         host::script::Session::current().set_output(nullptr);
     }
 
-    /// A ball with UVs, unwrapped once with its seams kept, in all panels.
+    /// A sphere with UVs, unwrapped once with its seams kept, framed in all panels.
     void unwrap_ball() {
         run("polySphere -n ball -sx 16 -sy 12");
         shape("ballShape").refresh();
@@ -106,7 +106,7 @@ protected:
         place(panel, point(pair.first), a);
         place(panel, point(pair.second), b);
     }
-    /// On a ball an edge is seen when both its faces look at the camera.
+    /// On a sphere an edge is visible if both its faces face the camera.
     bool is_seen(int panel, uint32_t edge) {
         const host::Mesh& mesh = *shape("ballShape").mesh();
         const MMatrix eye = panels->camera_view(panel).view.inverse();
@@ -119,7 +119,7 @@ protected:
                 return false;
         return true;
     }
-    /// Every seam that is seen is there in its colour; gives how many those are.
+    /// Expects every visible seam to be drawn in its colour; returns the number of visible seams.
     size_t expect_seams(int panel, const Picture& picture, const Edges& seams, Rgb color) {
         size_t seen = 0;
         for (const uint32_t edge : seams) {
@@ -133,7 +133,7 @@ protected:
         }
         return seen;
     }
-    /// Every pixel of a colour is near a seam of that colour.
+    /// Expects every pixel of a colour to be near a seam of that colour.
     void expect_nothing_else(int panel, const Picture& picture, const Edges& seams, Rgb color) {
         std::vector<std::array<double, 6>> lines;
         for (const uint32_t edge : seams) {
@@ -208,20 +208,20 @@ TEST_F(Overlay, FollowsTheMeshThroughItsTransform) {
     EXPECT_NEAR(double(colored()), double(before), 0.1 * double(before));
 }
 
-TEST_F(Overlay, IsGoneWithTheFirstRedrawAfterTheMesh) {
+TEST_F(Overlay, DetachesAtTheFirstRedrawAfterTheMeshIsDeleted) {
     for (int panel = 0; panel < host::k_panel_count; ++panel) {
         run("file -f -new");
         unwrap_ball();
         EXPECT_GT(colored(panel), 0u);
         EXPECT_EQ(attached(), 4u);
-        // The shape goes while its history stays.
+        // Deletes the shape but not its history.
         scene.remove(*scene.find("ball"));
         EXPECT_EQ(colored(panel), 0u);
         EXPECT_EQ(attached(), 0u);
     }
 }
 
-TEST_F(Overlay, GoesAndComesWithItsSwitch) {
+TEST_F(Overlay, FollowsTheVisualizationAttribute) {
     unwrap_ball();
     const size_t before = colored();
     run("setAttr tessora_node1.Visualization 0");
@@ -234,13 +234,13 @@ TEST_F(Overlay, GoesAndComesWithItsSwitch) {
     EXPECT_EQ(attached(), 4u);
 }
 
-TEST_F(Overlay, IsNotThereWhileTheNodeHasNoEffect) {
+TEST_F(Overlay, IsHiddenWhileTheNodeHasNoEffect) {
     unwrap_ball();
     run("setAttr tessora_node1.nodeState 1; setAttr tessora_node1.Skip_compute 0");
     EXPECT_EQ(colored(), 0u);
 }
 
-TEST_F(Overlay, GoesWithAnUndoAndComesBackWithTheNextUnwrap) {
+TEST_F(Overlay, DisappearsWithUndoAndReturnsWithTheNextUnwrap) {
     unwrap_ball();
     const size_t before = colored();
     run("undo"); // the selection
@@ -248,12 +248,12 @@ TEST_F(Overlay, GoesWithAnUndoAndComesBackWithTheNextUnwrap) {
     EXPECT_EQ(colored(), 0u);
     run("redo");
     run("redo");
-    // What the node computed before is still there; it attaches when it unwraps.
+    // The node still has its output; the overlay is attached again by the next unwrap.
     run("setAttr tessora_node1.Skip_compute 0");
     EXPECT_EQ(colored(), before);
 }
 
-TEST_F(Overlay, GoesWithTheScene) {
+TEST_F(Overlay, DisappearsWithTheScene) {
     unwrap_ball();
     EXPECT_GT(colored(), 0u);
     run("file -f -new; polySphere");
@@ -261,7 +261,7 @@ TEST_F(Overlay, GoesWithTheScene) {
     EXPECT_EQ(attached(), 0u);
 }
 
-TEST_F(Overlay, GoesWithThePlugin) {
+TEST_F(Overlay, DisappearsWhenThePluginIsUnloaded) {
     unwrap_ball();
     EXPECT_GT(colored(), 0u);
     run("unloadPlugin -f tessora");
@@ -269,7 +269,7 @@ TEST_F(Overlay, GoesWithThePlugin) {
     EXPECT_EQ(attached(), 0u);
 }
 
-TEST_F(Overlay, IsDrawnInThePanelsThatAreThere) {
+TEST_F(Overlay, IsDrawnInTheExistingPanels) {
     run("polySphere -n ball -sx 16 -sy 12");
     frame_all();
     testing::internal::CaptureStderr();
@@ -287,13 +287,13 @@ TEST_F(Overlay, IsDrawnInThePanelsThatAreThere) {
         << text;
     EXPECT_NE(text.find("Could not attach viewport callback\n"), std::string::npos) << text;
     EXPECT_EQ(attached(), 3u);
-    // Frozen: a redraw would pull the shape, whose output is not clean, and attach again.
+    // Frozen, because a redraw would evaluate the dirty output and attach the overlay again.
     for (int panel = 0; panel < host::k_panel_count; ++panel)
         EXPECT_EQ(callbacks.of_panel(host::panel_name(panel).asChar()).size(),
                   panel == 2 ? 0u : 1u);
 }
 
-TEST_F(Overlay, LetsARedrawRebuildNothing) {
+TEST_F(Overlay, ARedrawDoesNotUnwrapAgain) {
     unwrap_ball();
     ASSERT_TRUE(panels->draw_all());
     const host::DrawCounts before = panels->counts();

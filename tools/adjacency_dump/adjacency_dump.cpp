@@ -1,5 +1,5 @@
-/// adjacency_dump MESH.obj OUT: the mesh's polygons as fans of triangles, and the neighbours that
-/// the platform's mesh finds for them. Shape of OUT: 32-bit words: triangle count n, corners[3n],
+/// adjacency_dump MESH.obj OUT: triangulates the mesh's polygons as fans and writes the adjacency
+/// that the platform's mesh finds. Shape of OUT, 32-bit words: triangle count n, corners[3n],
 /// adjacency[3n].
 #include "corelib/math/atlas_context.h"
 #include "corelib/math/atlas_mesh.h"

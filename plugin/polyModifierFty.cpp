@@ -1,3 +1,0 @@
-#include "plugin/polyModifierFty.h"
-
-polyModifierFty::~polyModifierFty() = default;

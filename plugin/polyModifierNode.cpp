@@ -1,3 +1,0 @@
-#include "plugin/polyModifierNode.h"
-
-polyModifierNode::~polyModifierNode() = default;
