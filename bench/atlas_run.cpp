@@ -16,6 +16,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
+#include <numeric>
 #include <string>
 
 namespace {
@@ -67,8 +69,8 @@ double turn(Point a, Point b, Point c) {
     return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
 }
 
-/// Ear clipping in the plane of the Newell normal; a fan when nothing is left to clip.
-void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
+/// The polygon in the coordinate plane that its Newell normal is closest to, counter-clockwise.
+std::vector<Point> flatten(const TestMesh& mesh, const std::vector<uint32_t>& corners) {
     const size_t count = corners.size();
     double n[3] = {0, 0, 0};
     for (size_t i = 0; i < count; ++i) {
@@ -83,51 +85,58 @@ void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
         if (std::fabs(n[k]) > std::fabs(n[drop]))
             drop = k;
     std::vector<Point> flat(count);
-    std::vector<uint32_t> left(count);
-    for (uint32_t i = 0; i < count; ++i) {
+    for (size_t i = 0; i < count; ++i) {
         const float* p = &mesh.positions[3 * corners[i]];
         flat[i] = {p[(drop + 1) % 3], p[(drop + 2) % 3] * (n[drop] < 0 ? -1.0 : 1.0)};
-        left[i] = i;
     }
-    const size_t first = mesh.indices.size();
-    mesh.false_edges.resize(first, k_none);
+    return flat;
+}
+
+/// Area of the triangle at corner i of the remaining polygon over the square of the side that
+/// closes it; 0 if the triangle is no ear.
+double ear_quality(const std::vector<Point>& flat, const std::vector<uint32_t>& left, size_t i) {
+    const size_t m = left.size();
+    const Point a = flat[left[(i + m - 1) % m]], b = flat[left[i]], c = flat[left[(i + 1) % m]];
+    const double area = turn(a, b, c);
+    if (!(area > 0))
+        return 0;
+    for (uint32_t j : left) {
+        const Point p = flat[j];
+        const auto same = [&](Point q) { return p.x == q.x && p.y == q.y; };
+        if (!same(a) && !same(b) && !same(c) && turn(a, b, p) >= 0 && turn(b, c, p) >= 0 &&
+            turn(c, a, p) >= 0)
+            return 0;
+    }
+    return area / ((c.x - a.x) * (c.x - a.x) + (c.y - a.y) * (c.y - a.y));
+}
+
+/// Ear clipping, best ear first; clips a corner of no ear if there is none.
+void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
+    const size_t count = corners.size();
+    const std::vector<Point> flat = flatten(mesh, corners);
+    std::vector<uint32_t> left(count);
+    std::iota(left.begin(), left.end(), 0u);
+    mesh.false_edges.resize(mesh.indices.size(), k_none);
     std::vector<std::pair<uint32_t, uint32_t>> sides;
+    const auto add_triangle = [&](uint32_t a, uint32_t b, uint32_t c) {
+        mesh.triangle(corners[a], corners[b], corners[c]);
+        sides.insert(sides.end(), {{a, b}, {b, c}, {c, a}});
+    };
     while (left.size() > 3) {
-        size_t best = left.size();
+        const size_t m = left.size();
+        size_t best = 1;
         double best_quality = 0;
-        for (size_t i = 0; i < left.size(); ++i) {
-            const size_t m = left.size();
-            const Point a = flat[left[(i + m - 1) % m]], b = flat[left[i]],
-                        c = flat[left[(i + 1) % m]];
-            const double area = turn(a, b, c);
-            if (!(area > 0))
-                continue;
-            bool ear = true;
-            for (size_t j = 0; j < m && ear; ++j) {
-                const Point p = flat[left[j]];
-                const auto same = [&](Point q) { return p.x == q.x && p.y == q.y; };
-                if (!same(a) && !same(b) && !same(c))
-                    ear = !(turn(a, b, p) >= 0 && turn(b, c, p) >= 0 && turn(c, a, p) >= 0);
-            }
-            const double spread = (c.x - a.x) * (c.x - a.x) + (c.y - a.y) * (c.y - a.y);
-            if (ear && area / spread > best_quality) {
-                best_quality = area / spread;
+        for (size_t i = 0; i < m; ++i) {
+            const double quality = ear_quality(flat, left, i);
+            if (quality > best_quality) {
+                best_quality = quality;
                 best = i;
             }
         }
-        if (best == left.size())
-            best = 1;
-        const size_t m = left.size();
-        mesh.triangle(corners[left[(best + m - 1) % m]], corners[left[best]],
-                      corners[left[(best + 1) % m]]);
-        sides.push_back({left[(best + m - 1) % m], left[best]});
-        sides.push_back({left[best], left[(best + 1) % m]});
-        sides.push_back({left[(best + 1) % m], left[(best + m - 1) % m]});
+        add_triangle(left[(best + m - 1) % m], left[best], left[(best + 1) % m]);
         left.erase(left.begin() + long(best));
     }
-    mesh.triangle(corners[left[0]], corners[left[1]], corners[left[2]]);
-    for (size_t i = 0; i < 3; ++i)
-        sides.push_back({left[i], left[(i + 1) % 3]});
+    add_triangle(left[0], left[1], left[2]);
     for (auto [a, b] : sides)
         mesh.false_edges.push_back((a + 1) % count == b ? k_none : 0u);
 }
@@ -272,9 +281,7 @@ int run(const Request& request) {
         best = std::min(best, cpu_seconds() - start);
     }
     const double memory = status_mb("VmHWM:") - held;
-    const size_t slash = request.file.rfind('/');
-    std::string name = request.file.substr(slash == std::string::npos ? 0 : slash + 1);
-    name = name.substr(0, name.rfind('.'));
+    const std::string name = std::filesystem::path(request.file).stem().string();
     if (request.header)
         std::printf(
             "mesh,triangles,charts,seam,l2,worst,coverage,seconds,ktri_per_s,mb,over,faults\n");

@@ -213,6 +213,33 @@ void draw(const std::string& path, const Charts& charts, const Packing& packing,
     out.write(reinterpret_cast<const char*>(pixels.data()), std::streamsize(pixels.size()));
 }
 
+/// Packs the charts of a mesh file, or of KIND:COUNT made-up ones, and prints the best time.
+void run(const std::string& word, PackOptions options, int repeat, const std::string& picture) {
+    const size_t colon = word.find(':');
+    const Charts charts =
+        colon == std::string::npos
+            ? flattened(word, options.quality)
+            : made_up(word.substr(0, colon), uint32_t(std::atoi(&word[colon + 1])));
+    options.triangles = charts.triangles;
+    Packing packing;
+    double best = 1e9;
+    for (int r = 0; r < repeat; ++r) {
+        const std::clock_t start = std::clock();
+        packing = pack({{charts.points.data(), charts.points.size()},
+                        {charts.edges.data(), charts.edges.size()},
+                        {charts.edge_begin.data(), charts.edge_begin.size()}},
+                       options);
+        best = std::min(best, double(std::clock() - start) / CLOCKS_PER_SEC);
+    }
+    std::printf("%-40s %6zu charts  %7zu edges  coverage %.4f  %8.4f s  bits %08x%s\n",
+                word.c_str(), charts.edge_begin.size() - 1, charts.edges.size() / 2,
+                packing.coverage, best, fingerprint(packing),
+                packing.status == Status::ok ? "" : "  DOES NOT FIT");
+    std::fflush(stdout);
+    if (!picture.empty() && packing.status == Status::ok)
+        draw(picture, charts, packing, options);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -233,29 +260,7 @@ int main(int argc, char** argv) {
         } else if (word == "--picture" && i + 1 < argc) {
             picture = argv[++i];
         } else {
-            const size_t colon = word.find(':');
-            const Charts charts =
-                colon == std::string::npos
-                    ? flattened(word, options.quality)
-                    : made_up(word.substr(0, colon), uint32_t(std::atoi(&word[colon + 1])));
-            options.triangles = charts.triangles;
-            Packing packing;
-            double best = 1e9;
-            for (int r = 0; r < repeat; ++r) {
-                const std::clock_t start = std::clock();
-                packing = pack({{charts.points.data(), charts.points.size()},
-                                {charts.edges.data(), charts.edges.size()},
-                                {charts.edge_begin.data(), charts.edge_begin.size()}},
-                               options);
-                best = std::min(best, double(std::clock() - start) / CLOCKS_PER_SEC);
-            }
-            std::printf("%-40s %6zu charts  %7zu edges  coverage %.4f  %8.4f s  bits %08x%s\n",
-                        word.c_str(), charts.edge_begin.size() - 1, charts.edges.size() / 2,
-                        packing.coverage, best, fingerprint(packing),
-                        packing.status == Status::ok ? "" : "  DOES NOT FIT");
-            std::fflush(stdout);
-            if (!picture.empty() && packing.status == Status::ok)
-                draw(picture, charts, packing, options);
+            run(word, options, repeat, picture);
         }
     }
     return 0;
