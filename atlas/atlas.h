@@ -1,14 +1,14 @@
 /// The UV-atlas engine: arrays in, arrays out.
 ///
-/// Takes any triangle soup (closed, open, non-manifold, degenerate, disconnected) and gives every
-/// triangle a place in a texture: charts without flipped or overlapping triangles, under a stretch
-/// limit, packed with a gutter that holds in the final texture. Deterministic: the same input gives
-/// the same bits on every run, compiler and machine. Single-threaded. Never aborts and never throws
-/// across this face; memory is proportional to the mesh.
+/// Takes any triangle soup (closed, open, non-manifold, degenerate, disconnected) and unwraps it to
+/// a texture: charts without flipped or overlapping triangles, under a stretch limit, packed with a
+/// gutter that holds in the final texture. Deterministic: the same input gives the same bits on
+/// every run, compiler and machine. Single-threaded. Never ends the process and never throws;
+/// memory is proportional to the mesh.
 ///
-/// Coordinates come back isotropic, in units of the LONGER texture side: u in [0, width/M], v in
-/// [0, height/M] with M = max(width, height). See docs/atlas.md for the proof that the gutter
-/// survives the caller's aspect correction and margin.
+/// Returned coordinates are isotropic, in units of the LONGER texture side: u in [0, width/M], v in
+/// [0, height/M] with M = max(width, height). See docs/atlas-packing.md for the proof that the
+/// gutter survives the caller's aspect correction and margin.
 #pragma once
 
 #include <cstddef>
@@ -17,10 +17,10 @@
 
 namespace tessora::atlas {
 
-/// "None": no neighbour across an edge, a real edge in the false-edge array, no element to name.
+/// Stands for "none": no neighbour across an edge, a real edge in the false-edge array, no element.
 inline constexpr uint32_t k_none = 0xFFFFFFFFu;
 
-/// A read-only run of values owned by the caller.
+/// A read-only array owned by the caller.
 template <class T>
 struct Span {
     const T* data = nullptr;
@@ -29,7 +29,7 @@ struct Span {
 };
 
 /// Shape: positions[3*nv], indices[3*nt], adjacency[3*nt], false_edges[3*nt] or empty.
-/// Entry 3t+k of an edge array speaks of the edge from corner k to corner (k+1)%3 of triangle t.
+/// Entry 3t+k of an edge array belongs to the edge from corner k to corner (k+1)%3 of triangle t.
 struct Mesh {
     Span<float> positions;      ///< any unit; only ratios matter
     Span<uint32_t> indices;     ///< vertex ids, 0 <= id < nv
@@ -40,17 +40,18 @@ struct Mesh {
 enum class Quality { fast, quality };
 
 /// Called with the fraction done, strictly increasing, at most 11 times, last with 1.0f.
-/// A non-zero answer aborts the call.
+/// Returning non-zero aborts the call.
 using Progress = int (*)(float fraction, void* user);
 
 struct Options {
     float max_stretch = 0.15f; ///< 0 = isometric only, 1 = any; limit on L2 stretch is 1/(1-s)
-    uint32_t max_charts = 0;   ///< 0 = stretch alone governs
+    uint32_t max_charts = 0;   ///< 0 = no limit; more charts than this are an error
     uint32_t width = 512;      ///< texels
     uint32_t height = 512;     ///< texels
-    float gutter = 2.0f;       ///< texels between two charts in the final texture
+    float gutter = 2.0f;       ///< minimum distance between two charts in the final texture, texels
     Quality quality = Quality::quality;
-    bool cut_to_pack = false; ///< cut large charts in two where that lets all charts grow; create()
+    bool cut_to_pack = false; ///< cut large charts in two where that lets all charts grow; read by
+                              ///< create() only
     Progress progress = nullptr;
     void* user = nullptr;
 };
@@ -61,9 +62,9 @@ enum class Status {
     index_out_of_range, ///< element: position in `indices`
     adjacency_out_of_range, ///< element: position in `adjacency`
     non_finite_position,    ///< element: vertex id
-    does_not_fit,           ///< gutter and texture leave no room; element: charts that need a place
-    chart_limit, ///< more charts than max_charts are needed; element: the least number found
-    aborted,     ///< the progress callback said so
+    does_not_fit, ///< the texture has no room for charts and gutter; element: number of charts
+    chart_limit,  ///< more charts than max_charts are needed; element: the number found
+    aborted,      ///< by the progress callback
     out_of_memory
 };
 
@@ -72,15 +73,15 @@ struct Failure {
     uint32_t element = k_none;
 };
 
-/// Triangles keep their number, order and corner order.
+/// Triangles keep their order and corner order.
 struct Result {
-    std::vector<uint32_t> source_vertex; ///< per new vertex: the input vertex it stands for
+    std::vector<uint32_t> source_vertex; ///< per new vertex: the input vertex it is a copy of
     std::vector<uint32_t> indices;       ///< 3 per triangle, into the new vertices
     std::vector<float> uvs;              ///< 2 per new vertex
     std::vector<uint32_t> chart;         ///< per triangle: 0 <= id < chart_count
     std::vector<uint32_t> over_limit;    ///< triangles of charts that exceed the limit, ascending
-    std::vector<uint32_t> lost; ///< triangles too small for single precision: collapsed or turned
-                                ///< over by rounding, ascending; normally none
+    std::vector<uint32_t> lost; ///< triangles that rounding to single precision collapsed or
+                                ///< flipped, ascending; normally none
     uint32_t chart_count = 0;
     float stretch = 0.0f; ///< reached: max over charts of 1 - 1/L2
 };
@@ -88,13 +89,13 @@ struct Result {
 /// Partitions, flattens and packs.
 Failure create(const Mesh& mesh, const Options& options, Result& result) noexcept;
 
-/// Partitions and flattens only: every chart keeps its own coordinates (UV area = 3D area of the
-/// mesh scaled to unit total area), `width`, `height` and `gutter` are ignored. partition_adjacency
-/// is `mesh.adjacency` with every chart border opened.
+/// Partitions and flattens only: every chart has its own coordinates, at the scale at which the
+/// whole mesh has area 1; `width`, `height` and `gutter` are ignored. partition_adjacency becomes
+/// `mesh.adjacency` with k_none at every chart border.
 Failure partition(const Mesh& mesh, const Options& options, Result& result,
                   std::vector<uint32_t>& partition_adjacency) noexcept;
 
-/// The name of a status as a sentence for a person, without a final full stop.
+/// Describes a status in one English sentence without a full stop.
 const char* describe(Status status) noexcept;
 
 } // namespace tessora::atlas

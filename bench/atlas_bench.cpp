@@ -1,4 +1,4 @@
-/// What the engine's kernels cost per triangle, and the whole engine, on a bumpy sheet.
+/// Benchmarks of the engine's kernels and of the whole engine, on a bumpy sheet.
 #include "atlas/charts/clusters.h"
 #include "atlas/charts/patch.h"
 #include "atlas/geometry/box.h"
@@ -10,7 +10,7 @@ namespace {
 
 using namespace tessora::atlas;
 
-/// A sheet of n x n cells, two triangles each, with its arrays.
+/// A bumpy sheet of n x n cells, two triangles each.
 struct Sheet {
     std::vector<float> positions;
     std::vector<uint32_t> indices, adjacency;
@@ -65,7 +65,7 @@ void clusters(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * sheet.triangles());
 }
 
-/// The sheet projected along its middle normal, ready to be relaxed.
+/// The sheet projected along z, as a start for the solvers.
 Patch projected(const Surface& s) {
     Patch patch;
     for (uint32_t v = 0; v < s.vertex_count; ++v)

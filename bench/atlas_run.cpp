@@ -1,11 +1,11 @@
-// Runs the engine on a mesh file and prints one CSV row: what came out and how long it took.
+// Runs the engine on a mesh file and prints the quality of the result and the time as a CSV row.
 //
 //   atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] [--gutter G] [--cut-angle DEGREES]
 //             [--unpacked] [--check] [--cut-to-pack] [--repeat N] [--copies N] [--header] [--dump
 //             FILE.obj]
 //
-// --check judges the result by brute force (slow) and lists what it breaks; --copies N sets the
-// mesh N times beside itself; --dump writes the triangles with their coordinates.
+// --check verifies the result by brute force (slow) and lists violated guarantees; --copies N puts
+// N copies of the mesh side by side; --dump writes the triangles with their coordinates.
 #include "atlas/atlas.h"
 #include "host/io/obj_reader.h"
 #include "tests/atlas/check_result.h"
@@ -16,8 +16,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
-#include <numeric>
 #include <string>
 
 namespace {
@@ -39,7 +37,7 @@ double cpu_seconds() {
     return double(now.tv_sec) + 1e-9 * double(now.tv_nsec);
 }
 
-/// Megabytes of a line of the process's status ("VmRSS:", "VmHWM:"); Linux alone has them.
+/// A memory figure of this process in megabytes ("VmRSS:" or "VmHWM:"); Linux only.
 double status_mb(const char* line) {
     std::FILE* file = std::fopen("/proc/self/status", "r");
     char text[256];
@@ -52,7 +50,7 @@ double status_mb(const char* line) {
     return kilobytes / 1024;
 }
 
-/// Lets the high-water mark of memory begin again at what is held now; gives that.
+/// Resets the peak memory of this process to its current memory and returns that.
 double reset_peak() {
     if (std::FILE* file = std::fopen("/proc/self/clear_refs", "w")) {
         std::fputs("5", file);
@@ -69,8 +67,8 @@ double turn(Point a, Point b, Point c) {
     return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
 }
 
-/// The polygon in the coordinate plane that its Newell normal is closest to, counter-clockwise.
-std::vector<Point> flatten(const TestMesh& mesh, const std::vector<uint32_t>& corners) {
+/// The polygon projected along the coordinate axis closest to its Newell normal, counter-clockwise.
+std::vector<Point> project_polygon(const TestMesh& mesh, const std::vector<uint32_t>& corners) {
     const size_t count = corners.size();
     double n[3] = {0, 0, 0};
     for (size_t i = 0; i < count; ++i) {
@@ -92,16 +90,16 @@ std::vector<Point> flatten(const TestMesh& mesh, const std::vector<uint32_t>& co
     return flat;
 }
 
-/// Area of the triangle at corner i of the remaining polygon over the square of the side that
-/// closes it; 0 if the triangle is no ear.
+/// How well shaped the triangle at entry i of the remaining corners is; 0 if it is not an ear that
+/// can be clipped.
 double ear_quality(const std::vector<Point>& flat, const std::vector<uint32_t>& left, size_t i) {
     const size_t m = left.size();
     const Point a = flat[left[(i + m - 1) % m]], b = flat[left[i]], c = flat[left[(i + 1) % m]];
     const double area = turn(a, b, c);
     if (!(area > 0))
         return 0;
-    for (uint32_t j : left) {
-        const Point p = flat[j];
+    for (uint32_t corner : left) {
+        const Point p = flat[corner];
         const auto same = [&](Point q) { return p.x == q.x && p.y == q.y; };
         if (!same(a) && !same(b) && !same(c) && turn(a, b, p) >= 0 && turn(b, c, p) >= 0 &&
             turn(c, a, p) >= 0)
@@ -110,35 +108,33 @@ double ear_quality(const std::vector<Point>& flat, const std::vector<uint32_t>& 
     return area / ((c.x - a.x) * (c.x - a.x) + (c.y - a.y) * (c.y - a.y));
 }
 
-/// Ear clipping, best ear first; clips a corner of no ear if there is none.
+/// Triangulates by ear clipping; takes the second corner if no ear is left to clip.
 void add_polygon(TestMesh& mesh, const std::vector<uint32_t>& corners) {
     const size_t count = corners.size();
-    const std::vector<Point> flat = flatten(mesh, corners);
+    const std::vector<Point> flat = project_polygon(mesh, corners);
     std::vector<uint32_t> left(count);
-    std::iota(left.begin(), left.end(), 0u);
+    for (uint32_t i = 0; i < count; ++i)
+        left[i] = i;
     mesh.false_edges.resize(mesh.indices.size(), k_none);
-    std::vector<std::pair<uint32_t, uint32_t>> sides;
-    const auto add_triangle = [&](uint32_t a, uint32_t b, uint32_t c) {
-        mesh.triangle(corners[a], corners[b], corners[c]);
-        sides.insert(sides.end(), {{a, b}, {b, c}, {c, a}});
-    };
-    while (left.size() > 3) {
+    while (left.size() >= 3) {
         const size_t m = left.size();
         size_t best = 1;
         double best_quality = 0;
-        for (size_t i = 0; i < m; ++i) {
+        for (size_t i = 0; i < m && m > 3; ++i) {
             const double quality = ear_quality(flat, left, i);
             if (quality > best_quality) {
                 best_quality = quality;
                 best = i;
             }
         }
-        add_triangle(left[(best + m - 1) % m], left[best], left[(best + 1) % m]);
+        const uint32_t ear[3] = {left[(best + m - 1) % m], left[best], left[(best + 1) % m]};
+        mesh.triangle(corners[ear[0]], corners[ear[1]], corners[ear[2]]);
+        for (int k = 0; k < 3; ++k) {
+            const bool real = (ear[k] + 1) % count == ear[(k + 1) % 3];
+            mesh.false_edges.push_back(real ? k_none : 0u);
+        }
         left.erase(left.begin() + long(best));
     }
-    add_triangle(left[0], left[1], left[2]);
-    for (auto [a, b] : sides)
-        mesh.false_edges.push_back((a + 1) % count == b ? k_none : 0u);
 }
 
 bool load(const Request& request, TestMesh& mesh) {
@@ -262,6 +258,13 @@ bool parse(int count, char** words, Request& request) {
     return !request.file.empty() && request.repeat > 0;
 }
 
+/// File name without folder and extension.
+std::string base_name(const std::string& file) {
+    const size_t slash = file.rfind('/');
+    const std::string name = file.substr(slash == std::string::npos ? 0 : slash + 1);
+    return name.substr(0, name.rfind('.'));
+}
+
 int run(const Request& request) {
     TestMesh mesh;
     if (!load(request, mesh))
@@ -273,7 +276,7 @@ int run(const Request& request) {
     std::vector<uint32_t> adjacency;
     Failure failure;
     double best = 1e30;
-    const double held = reset_peak(); // the mesh and what is left of reading it
+    const double held = reset_peak(); // the mesh, and memory not returned after reading it
     for (int i = 0; i < request.repeat; ++i) {
         const double start = cpu_seconds();
         failure = request.packed ? create(view, request.options, result)
@@ -281,15 +284,17 @@ int run(const Request& request) {
         best = std::min(best, cpu_seconds() - start);
     }
     const double memory = status_mb("VmHWM:") - held;
-    const std::string name = std::filesystem::path(request.file).stem().string();
     if (request.header)
         std::printf(
             "mesh,triangles,charts,seam,l2,worst,coverage,seconds,ktri_per_s,mb,over,faults\n");
+    const std::string name = base_name(request.file);
     if (failure.status != Status::ok) {
         std::printf("%s,%u,failed: %s (%u)\n", name.c_str(), mesh.faces(), describe(failure.status),
                     failure.element);
         return 1;
     }
+    if (!request.dump.empty())
+        dump(request.dump, mesh, result);
     const atlas_test::Judgement j =
         atlas_test::judge(mesh, request.options, result, request.packed, request.check);
     std::printf("%s,%u,%u,%.2f,%.4f,%.4f,%.3f,%.3f,%.0f,%.0f,%zu,%zu\n", name.c_str(), mesh.faces(),
@@ -297,8 +302,6 @@ int run(const Request& request) {
                 memory, result.over_limit.size(), j.faults.size());
     for (const std::string& fault : j.faults)
         std::printf("  %s\n", fault.c_str());
-    if (!request.dump.empty())
-        dump(request.dump, mesh, result);
     return j.faults.empty() ? 0 : 1;
 }
 

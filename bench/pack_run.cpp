@@ -1,4 +1,4 @@
-/// Packs made-up charts, or the charts of a mesh, and reports coverage and time.
+/// Packs generated charts, or the charts of a mesh, and reports coverage and time.
 ///
 ///   pack_run [--fast|--quality] [--size W H] [--gutter G] [--repeat N] [--picture FILE.ppm]
 ///   WHAT...
@@ -57,7 +57,7 @@ void add_blob(Charts& charts, std::mt19937& random, double size) {
     charts.ring(corners);
 }
 
-Charts made_up(const std::string& kind, uint32_t count) {
+Charts generated(const std::string& kind, uint32_t count) {
     Charts charts;
     std::mt19937 random(1);
     std::uniform_real_distribution<double> unit(0, 1);
@@ -101,7 +101,7 @@ Soup read_obj(const std::string& path) {
         }
         word.clear();
     }
-    // Two triangles share an edge when exactly two name it.
+    // Triangles are neighbours if exactly two share an edge.
     soup.adjacency.assign(soup.indices.size(), k_none);
     std::unordered_map<uint64_t, std::vector<uint32_t>> users;
     const auto key = [&](uint32_t h) {
@@ -154,7 +154,7 @@ Charts flattened(const std::string& path, Quality quality) {
     return charts;
 }
 
-/// A fingerprint of all bits of the placements: equal layouts on every compiler and machine.
+/// A hash of all bits of the placements, to compare layouts between compilers and machines.
 uint32_t fingerprint(const Packing& packing) {
     uint64_t hash = 14695981039346656037ull;
     const auto add = [&](double value) {
@@ -170,8 +170,8 @@ uint32_t fingerprint(const Packing& packing) {
     return uint32_t(hash >> 32);
 }
 
-/// Every chart in a colour of its own, by even-odd scan lines; two pixels per texel on small
-/// textures.
+/// Writes a picture with every chart in its own colour, filled by the even-odd rule; two pixels per
+/// texel on small textures.
 void draw(const std::string& path, const Charts& charts, const Packing& packing,
           const PackOptions& options) {
     const uint32_t zoom = options.width * options.height > 200000 ? 1 : 2;
@@ -213,13 +213,13 @@ void draw(const std::string& path, const Charts& charts, const Packing& packing,
     out.write(reinterpret_cast<const char*>(pixels.data()), std::streamsize(pixels.size()));
 }
 
-/// Packs the charts of a mesh file, or of KIND:COUNT made-up ones, and prints the best time.
-void run(const std::string& word, PackOptions options, int repeat, const std::string& picture) {
-    const size_t colon = word.find(':');
+/// Packs one WHAT of the command line, prints its line, and draws it if a picture is asked for.
+void run(const std::string& what, PackOptions options, int repeat, const std::string& picture) {
+    const size_t colon = what.find(':');
     const Charts charts =
         colon == std::string::npos
-            ? flattened(word, options.quality)
-            : made_up(word.substr(0, colon), uint32_t(std::atoi(&word[colon + 1])));
+            ? flattened(what, options.quality)
+            : generated(what.substr(0, colon), uint32_t(std::atoi(&what[colon + 1])));
     options.triangles = charts.triangles;
     Packing packing;
     double best = 1e9;
@@ -232,7 +232,7 @@ void run(const std::string& word, PackOptions options, int repeat, const std::st
         best = std::min(best, double(std::clock() - start) / CLOCKS_PER_SEC);
     }
     std::printf("%-40s %6zu charts  %7zu edges  coverage %.4f  %8.4f s  bits %08x%s\n",
-                word.c_str(), charts.edge_begin.size() - 1, charts.edges.size() / 2,
+                what.c_str(), charts.edge_begin.size() - 1, charts.edges.size() / 2,
                 packing.coverage, best, fingerprint(packing),
                 packing.status == Status::ok ? "" : "  DOES NOT FIT");
     std::fflush(stdout);

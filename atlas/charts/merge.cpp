@@ -108,16 +108,18 @@ void Merger::find_runs(uint32_t a, uint32_t b, std::vector<BorderRun>& runs) con
                      [](const BorderRun& x, const BorderRun& y) { return x.length > y.length; });
 }
 
+bool Merger::borders_chart(uint32_t h, uint32_t b) const {
+    const uint32_t mate = set_.surface.mate[h];
+    return mate != k_none && set_.chart[mate / 3] == b;
+}
+
 void Merger::find_runs_of_loop(uint32_t a, uint32_t b, uint32_t loop,
                                std::vector<BorderRun>& runs) const {
     const Chart& chart = set_.charts[a];
     const Surface& s = set_.surface;
     const uint32_t begin = loop == 0 ? 0 : chart.loop_end[loop - 1];
     const uint32_t end = chart.loop_end[loop], size = end - begin;
-    const auto faces_b = [&](uint32_t i) {
-        const uint32_t mate = s.mate[chart.border[i]];
-        return mate != k_none && set_.chart[mate / 3] == b;
-    };
+    const auto faces_b = [&](uint32_t i) { return borders_chart(chart.border[i], b); };
     const auto follows = [&](uint32_t i) { // whether entry i continues the run of the one before it
         const uint32_t before = i == begin ? end - 1 : i - 1;
         return faces_b(i) && faces_b(before) &&

@@ -88,6 +88,7 @@ private:
     bool failed_before(const Pair& p);
     bool try_pair(uint32_t a, uint32_t b);
     void find_runs(uint32_t a, uint32_t b, std::vector<BorderRun>& runs) const;
+    bool borders_chart(uint32_t h, uint32_t b) const;
     void find_runs_of_loop(uint32_t a, uint32_t b, uint32_t loop,
                            std::vector<BorderRun>& runs) const;
     bool try_run(uint32_t a, uint32_t b, const BorderRun& run);

@@ -68,6 +68,37 @@ Vec2 best_rotation(const Vec2* rest, const Vec2* edge, const double* weight) {
     return {1, sine};
 }
 
+/// The right side of the global step of arap(): what the rotated rest edges and the pinned vertices
+/// contribute to each unknown.
+struct RightSide {
+    Columns sums;
+    const std::vector<int>& number;
+    const std::vector<Vec2>& uv;
+
+    void add_rotated_face(const Frame& f, const uint32_t* v, const double* weight) {
+        const Vec2 rest[3] = {{f.x2 - f.x1, f.y2}, {0 - f.x2, 0 - f.y2}, {f.x1, 0}};
+        const Vec2 edge[3] = {uv[v[2]] - uv[v[1]], uv[v[0]] - uv[v[2]], uv[v[1]] - uv[v[0]]};
+        const Vec2 turn = best_rotation(rest, edge, weight);
+        for (uint32_t k = 0; k < 3; ++k) {
+            const Vec2 r = rest[k];
+            const Vec2 e =
+                Vec2{turn.x * r.x - turn.y * r.y, turn.y * r.x + turn.x * r.y} * weight[k];
+            const uint32_t from = v[(k + 1) % 3], to = v[(k + 2) % 3];
+            add_edge(from, to, weight[k], {-e.x, -e.y});
+            add_edge(to, from, weight[k], e);
+        }
+    }
+    /// The part of an edge in the equation of its end v.
+    void add_edge(uint32_t v, uint32_t other, double weight, Vec2 e) {
+        const int row = number[v];
+        if (row < 0)
+            return;
+        const bool other_is_free = number[other] >= 0;
+        sums(row, 0) += other_is_free ? e.x : weight * uv[other].x + e.x;
+        sums(row, 1) += other_is_free ? e.y : weight * uv[other].y + e.y;
+    }
+};
+
 /// Fixes the loop's vertices at equal arcs of a circle. Uses the rational parametrisation of each
 /// quarter instead of sine and cosine, which are not exactly rounded.
 void place_on_circle(const std::vector<uint32_t>& loop, double radius, std::vector<Vec2>& uv) {
@@ -102,33 +133,12 @@ bool Patch::arap(int steps) {
     }
     if (!laplacian.factor(count))
         return false;
-    Columns right(count, 2);
-    const auto add_to_right = [&](uint32_t v, uint32_t other, double w, Vec2 e) {
-        const int row = number[v];
-        if (row < 0)
-            return;
-        const bool other_is_free = number[other] >= 0;
-        right(row, 0) += other_is_free ? e.x : w * uv[other].x + e.x;
-        right(row, 1) += other_is_free ? e.y : w * uv[other].y + e.y;
-    };
+    RightSide right{Columns(count, 2), number, uv};
     for (int step = 0; step < steps; ++step) {
-        right.setZero();
-        for (uint32_t t = 0; t < shape_.size(); ++t) {
-            const uint32_t* v = &corner_[3 * t];
-            const Frame& f = frame_[t];
-            const Vec2 rest[3] = {{f.x2 - f.x1, f.y2}, {0 - f.x2, 0 - f.y2}, {f.x1, 0}};
-            const Vec2 edge[3] = {uv[v[2]] - uv[v[1]], uv[v[0]] - uv[v[2]], uv[v[1]] - uv[v[0]]};
-            const Vec2 turn = best_rotation(rest, edge, &weight[3 * t]);
-            for (uint32_t k = 0; k < 3; ++k) {
-                const double w = weight[3 * t + k];
-                const Vec2 r = rest[k];
-                const Vec2 e = Vec2{turn.x * r.x - turn.y * r.y, turn.y * r.x + turn.x * r.y} * w;
-                const uint32_t from = v[(k + 1) % 3], to = v[(k + 2) % 3];
-                add_to_right(from, to, w, {-e.x, -e.y});
-                add_to_right(to, from, w, e);
-            }
-        }
-        laplacian.solve(right, number, uv);
+        right.sums.setZero();
+        for (uint32_t t = 0; t < shape_.size(); ++t)
+            right.add_rotated_face(frame_[t], &corner_[3 * t], &weight[3 * t]);
+        laplacian.solve(right.sums, number, uv);
     }
     return true;
 }

@@ -7,8 +7,8 @@
 namespace tessora::atlas {
 namespace {
 
-/// The inside of an outline near one of its points: swept counter-clockwise from the direction of
-/// `to` to the direction of `from`.
+/// The inside of an outline near one of its points: the directions counter-clockwise from `to`, the
+/// next point, to `from`, the previous one.
 struct Wedge {
     Vec2 apex, to, from;
 };
@@ -129,7 +129,7 @@ void OutlineTester::build_grid(const Outline& outline) {
                     [&](int c) { entries_[cells_[c].begin + cells_[c].count++] = i; });
 }
 
-/// A vertex that lies exactly on a segment may only touch it from outside.
+/// For a vertex exactly on a segment: whether it only touches it from outside.
 bool OutlineTester::contact_is_legal(const Outline& o, uint32_t segment, uint32_t vertex) const {
     const Vec2 v = o.point[vertex];
     const Wedge own{v, o.point[next_[vertex]], o.point[previous_[vertex]]};

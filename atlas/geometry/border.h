@@ -1,10 +1,10 @@
-/// Decides whether the outline of a flattened chart is free of self-contact.
+/// Exact test whether the outline of a flattened chart crosses or overlaps itself.
 ///
-/// Together with "every triangle is positively oriented" this proves that a chart does not overlap
-/// itself: the winding number of the outline counts how often a point is covered, and it is one
-/// inside exactly one positive simple loop and zero inside its holes (Lipman, "Bijective mappings
-/// of meshes with boundary", 2014; Smith and Schaefer, "Bijective parameterization with free
-/// boundaries", 2015). The test is exact; coinciding sides of an unopened slit are legal.
+/// If every triangle is positively oriented and the outline is one positive simple loop with simple
+/// holes, the chart does not overlap itself: the winding number of the outline counts how often a
+/// point is covered, and it is one inside the loop and zero inside its holes (Lipman, "Bijective
+/// mappings of meshes with boundary", 2014; Smith and Schaefer, "Bijective parameterization with
+/// free boundaries", 2015). The two sides of a slit may coincide.
 #pragma once
 
 #include "atlas/geometry/vec.h"
@@ -14,7 +14,7 @@
 
 namespace tessora::atlas {
 
-/// Closed polygons, one after the other. The inside lies on the left of every segment.
+/// Closed polygons, one after another. The inside is on the left of every segment.
 struct Outline {
     std::vector<Vec2> point;
     std::vector<uint32_t> loop_end; ///< per loop: one past its last point
@@ -25,11 +25,11 @@ struct Outline {
     }
 };
 
-/// Reuses its memory between calls.
+/// Keeps its memory between calls.
 class OutlineTester {
 public:
-    /// True when no two segments cross, no loop runs into the inside of another, and exactly one
-    /// loop runs counter-clockwise.
+    /// True if no two segments cross, segments that touch do so from outside, and exactly one loop
+    /// is counter-clockwise.
     bool simple(const Outline& outline);
 
 private:

@@ -5,7 +5,7 @@
 namespace tessora::atlas {
 namespace {
 
-/// Andrew's monotone chain; counter-clockwise, in place at the front of `hull`.
+/// Andrew's monotone chain; counter-clockwise.
 void convex_hull(std::vector<Vec2>& points, std::vector<Vec2>& hull) {
     std::sort(points.begin(), points.end(),
               [](Vec2 a, Vec2 b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });

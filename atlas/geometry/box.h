@@ -1,4 +1,4 @@
-/// The smallest box around a set of points, in any direction.
+/// The minimum-area bounding box of a set of points, in any orientation.
 #pragma once
 
 #include "atlas/geometry/vec.h"
@@ -12,7 +12,7 @@ struct Box {
     double area() const { return longer * shorter; }
 };
 
-/// Box of least area: one side lies along an edge of the convex hull (Freeman and Shapira,
+/// The minimum-area box has one side along an edge of the convex hull (Freeman and Shapira,
 /// "Determining the minimum-area encasing rectangle for an arbitrary closed curve", 1975).
 /// `points` is reordered. Cost: O(n log n).
 Box min_area_box(std::vector<Vec2>& points);

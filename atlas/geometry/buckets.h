@@ -1,4 +1,4 @@
-/// Lists of what has the same key.
+/// Items grouped by key (counting sort).
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,12 @@
 
 namespace tessora::atlas {
 
-/// Items 0, 1, ... by key: those of key k are item[begin[k]] .. item[begin[k + 1] - 1], ascending.
+/// Groups the items 0, 1, ... by key: those with key k are item[begin[k]] .. item[begin[k + 1] -
+/// 1], in ascending order.
 struct Buckets {
     std::vector<uint32_t> begin, item;
 
-    /// Every key is below `count`. Cost: linear.
+    /// All keys must be below `count`. Cost: linear.
     Buckets(const std::vector<uint32_t>& key, uint32_t count)
         : begin(std::size_t(count) + 1, 0), item(key.size()) {
         for (uint32_t k : key)

@@ -20,7 +20,7 @@ void two_sum(double a, double b, double& high, double& low) {
     low = (a - (high - b_part)) + (b - b_part);
 }
 
-/// A sum kept as non-overlapping parts of increasing magnitude.
+/// An exact sum, stored as non-overlapping parts of increasing magnitude.
 struct Expansion {
     double part[16];
     int count = 0;

@@ -1,4 +1,4 @@
-/// Rigid motions of the plane, and the one that fits a row of points best.
+/// Rigid motions of the plane, and the one that fits corresponding points best.
 #pragma once
 
 #include "atlas/geometry/vec.h"
@@ -15,9 +15,9 @@ struct Rigid {
     }
 };
 
-/// The motion that lays `from` onto `to` with the least weighted sum of squared distances
-/// (Procrustes, without reflection). Gives the root mean square distance left, or -1 when the
-/// points do not decide a motion.
+/// The motion of `from` onto `to` that minimises the weighted sum of squared distances (Procrustes,
+/// without reflection). Returns the weighted root mean square distance that remains, or -1 if the
+/// points do not determine a motion.
 inline double fit_rigid(const std::vector<Vec2>& from, const std::vector<Vec2>& to,
                         const std::vector<double>& weight, Rigid& motion) {
     double total = 0;

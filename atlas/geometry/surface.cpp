@@ -26,6 +26,7 @@ Failure check_arrays(const Mesh& mesh) {
     return {};
 }
 
+/// Makes two half-edges of one edge mates if the adjacency and their directions agree.
 void match_pair(const Mesh& mesh, Surface& s, uint32_t g, uint32_t h) {
     const bool opposite = s.vertex[g] == s.vertex[next_corner(h)] && s.vertex[g] != s.vertex[h];
     if (opposite && g / 3 != h / 3 && mesh.adjacency[g] == h / 3 && mesh.adjacency[h] == g / 3) {
@@ -36,11 +37,11 @@ void match_pair(const Mesh& mesh, Surface& s, uint32_t g, uint32_t h) {
 
 void match_half_edges(const Mesh& mesh, Surface& s) {
     s.mate.assign(size_t(s.face_count) * 3, k_none);
-    std::vector<uint32_t> low(s.mate.size()); // vertex, of the two
+    std::vector<uint32_t> low(s.mate.size()); // the smaller vertex of each half-edge
     const auto high = [&](uint32_t h) { return std::max(s.vertex[h], s.vertex[next_corner(h)]); };
     for (uint32_t h = 0; h < low.size(); ++h)
         low[h] = std::min(s.vertex[h], s.vertex[next_corner(h)]);
-    const Buckets edges(low, s.vertex_count);          // equal edges meet
+    const Buckets edges(low, s.vertex_count);          // half-edges of one edge share a bucket
     std::vector<std::pair<uint32_t, uint32_t>> sorted; // (other vertex, half-edge)
     for (uint32_t v = 0; v < s.vertex_count; ++v) {
         sorted.clear();
@@ -56,8 +57,8 @@ void match_half_edges(const Mesh& mesh, Surface& s) {
     }
 }
 
-/// Origin at the centre of the bounding box of what is used, unit = sqrt(mean triangle area), or
-/// the size of the box for a mesh without area.
+/// Moves the centre of the bounding box of all used vertices to the origin and makes the mean
+/// triangle area 1, or the diagonal of the box if the mesh has no area.
 void normalise_positions(const Mesh& mesh, Surface& s) {
     s.position.assign(s.vertex_count, Vec3{});
     if (s.face_count == 0)
@@ -87,18 +88,18 @@ void normalise_positions(const Mesh& mesh, Surface& s) {
         s.position[v] = (point(v) - centre) * (1 / unit);
 }
 
-/// The frame of a triangle with the longest edge as its base, so that slivers keep their length.
-/// The height is never below a millionth of the base: that much fattening costs no stretch (only
-/// shrinking does) and keeps every solve regular.
-Frame sliver_frame(Vec3 a, Vec3 b, Vec3 c, double least_area) {
+/// The frame of a triangle, with a minimum height so that all solves are regular. The longest edge
+/// keeps its length. The height is at least a millionth of it; such fattening costs no stretch,
+/// because L2 stretch only counts shrinking.
+Frame sliver_frame(Vec3 a, Vec3 b, Vec3 c, double min_area) {
     const double ab = length(b - a), bc = length(c - b), ca = length(a - c);
     const double base = std::max({ab, bc, ca});
     if (!(base > 0)) {
-        const double side = std::sqrt(2 * least_area);
+        const double side = std::sqrt(2 * min_area);
         return {side, 0, side};
     }
     const double doubled = length(cross(b - a, c - a));
-    const double height = std::max({doubled / base, 1e-6 * base, 2 * least_area / base});
+    const double height = std::max({doubled / base, 1e-6 * base, 2 * min_area / base});
     // Lay the longest edge along x, then turn the result so that edge 0 lies along x.
     const auto foot = [base](double left, double right) {
         return std::min(base, std::max(0.0, 0.5 * (base + (left * left - right * right) / base)));
@@ -120,14 +121,14 @@ void build_frames(Surface& s) {
     s.normal.assign(s.face_count, Vec3{});
     s.degenerate.assign(s.face_count, 0);
     s.total_area = 0;
-    const double least_area = 1e-9; // of the mean triangle
+    const double min_area = 1e-9; // of the mean triangle
     for (uint32_t t = 0; t < s.face_count; ++t) {
         const uint32_t* v = &s.vertex[3 * size_t(t)];
         const Vec3 a = s.position[v[0]], b = s.position[v[1]], c = s.position[v[2]];
         const Vec3 n = cross(b - a, c - a);
         const double doubled = length(n);
-        s.frame[t] = sliver_frame(a, b, c, least_area);
-        if (doubled <= 2 * least_area || v[0] == v[1] || v[1] == v[2] || v[2] == v[0])
+        s.frame[t] = sliver_frame(a, b, c, min_area);
+        if (doubled <= 2 * min_area || v[0] == v[1] || v[1] == v[2] || v[2] == v[0])
             s.degenerate[t] = 1;
         else
             s.normal[t] = n * (1 / doubled);

@@ -1,12 +1,11 @@
-/// The input mesh made safe to work on.
+/// The input mesh, checked and made manifold.
 ///
-/// Whatever the caller's adjacency says, two half-edges are mates only if they name each other, run
-/// between the same two vertices in opposite directions and no third triangle uses that edge. So
-/// every set of triangles joined over mates is an oriented manifold, and nothing behind this file
-/// ever meets a non-manifold edge.
+/// Two half-edges are mates only if the caller's adjacency names each from the other, they connect
+/// the same two vertices in opposite directions, and no third triangle uses that edge. So triangles
+/// joined across mates form an oriented manifold, and later stages never meet a non-manifold edge.
 ///
-/// Half-edge 3t+k runs from corner k to corner (k+1)%3 of triangle t; a corner has the number of
-/// the half-edge that leaves it. Lengths are in units of sqrt(mean triangle area).
+/// Half-edge 3t+k runs from corner k to corner (k+1)%3 of triangle t; a corner has the
+/// number of the half-edge that starts there. Lengths are in units of sqrt(mean triangle area).
 #pragma once
 
 #include "atlas/atlas.h"
@@ -17,7 +16,7 @@ namespace tessora::atlas {
 inline uint32_t next_corner(uint32_t h) { return h % 3 == 2 ? h - 2 : h + 1; }
 inline uint32_t previous_corner(uint32_t h) { return h % 3 == 0 ? h + 2 : h - 1; }
 
-/// A triangle laid flat: what distortion is measured against.
+/// A triangle's shape in its own plane, which distortion is measured against.
 /// Corner 0 lies at the origin, corner 1 at (x1, 0), corner 2 at (x2, y2); x1 > 0, y2 > 0.
 struct Frame {
     double x1, x2, y2;
@@ -31,7 +30,7 @@ struct Surface {
     std::vector<Vec3> position;      ///< per vertex
     std::vector<uint32_t> mate;      ///< 3 per triangle; k_none on a border
     std::vector<uint8_t> false_edge; ///< 3 per triangle; 1 only where there is a mate
-    std::vector<Frame> frame;        ///< per triangle; degenerate ones get a sliver of a frame
+    std::vector<Frame> frame;        ///< per triangle; degenerate ones get a tiny one
     std::vector<Vec3> normal;        ///< per triangle, unit length; zero when degenerate
     std::vector<uint8_t> degenerate; ///< 1 for triangles without measurable area
     double total_area = 0;

@@ -1,5 +1,5 @@
-/// Small vectors of the engine, in double precision. Only +, -, *, / and sqrt are used anywhere in
-/// the engine: they are exactly rounded, so every compiler and machine gives the same bits.
+/// Small vectors in double precision. The engine uses no operations but +, -, *, / and sqrt: they
+/// are correctly rounded everywhere, so every compiler and machine computes the same bits.
 #pragma once
 
 #include <cmath>

@@ -5,11 +5,11 @@
 namespace tessora::atlas {
 namespace {
 
-/// Chains the edges of one chart after another; arrays over all points are kept between charts and
-/// cleaned by the points touched, so the whole set costs time in its edges only.
+/// Chains the edges of one chart at a time. Arrays over all points are reused and only the entries
+/// in use are reset, so the total time is linear in the edges.
 class Chainer {
 public:
-    Chainer(const PackCharts& charts, Outlines& out)
+    Chainer(const PackCharts& charts, ChartChains& out)
         : charts_(charts), out_(out), local_(charts.points.size / 2, k_none) {}
 
     void chart(uint32_t edge_begin, uint32_t edge_end) {
@@ -39,7 +39,7 @@ private:
         }
     }
 
-    /// Per point the edges at it; an edge of zero length is entered twice.
+    /// Lists the edge ends at every point; an edge from a point to itself is listed twice.
     void link() {
         begin_.assign(ids_.size() + 1, 0);
         for (uint32_t v : ends_)
@@ -80,8 +80,8 @@ private:
     }
 
     const PackCharts& charts_;
-    Outlines& out_;
-    std::vector<uint32_t> local_;             ///< per point: its number in this chart
+    ChartChains& out_;
+    std::vector<uint32_t> local_;             ///< per point: its number in the current chart
     std::vector<uint32_t> ids_, ends_;        ///< local point -> point; 2 ends per edge
     std::vector<uint32_t> begin_, fill_, at_; ///< edges around a local point
     std::vector<uint8_t> used_;
@@ -114,8 +114,8 @@ void convex_hull(std::vector<Vec2>& points, std::vector<Vec2>& hull) {
     hull.resize(k - 1);
 }
 
-/// Writes the least-area box of the hull into the shape.
-void fit_box(const std::vector<Vec2>& hull, Shape& shape) {
+/// Finds the minimum-area box of the hull by rotating calipers.
+void fit_box(const std::vector<Vec2>& hull, ChartShape& shape) {
     const size_t n = hull.size();
     if (n < 2)
         return;
@@ -174,8 +174,8 @@ bool near_segment(Vec2 p, Vec2 a, Vec2 b, double squared_distance) {
 
 } // namespace
 
-Outlines trace_outlines(const PackCharts& charts) {
-    Outlines out;
+ChartChains chain_borders(const PackCharts& charts) {
+    ChartChains out;
     out.chain_begin.push_back(0);
     const size_t count = charts.edge_begin.size > 0 ? charts.edge_begin.size - 1 : 0;
     out.shapes.resize(count);
@@ -183,7 +183,7 @@ Outlines trace_outlines(const PackCharts& charts) {
     Chainer chainer(charts, out);
     std::vector<Vec2> points, hull;
     for (size_t c = 0; c < count; ++c) {
-        Shape& shape = out.shapes[c];
+        ChartShape& shape = out.shapes[c];
         shape.chain_begin = uint32_t(out.chain_begin.size() - 1);
         const size_t first = out.points.size();
         chainer.chart(charts.edge_begin[c], charts.edge_begin[c + 1]);
@@ -196,31 +196,31 @@ Outlines trace_outlines(const PackCharts& charts) {
     return out;
 }
 
-Outlines simplify(const Outlines& outlines, double tolerance) {
+ChartChains simplify(const ChartChains& chains, double tolerance) {
     constexpr size_t k_longest_skip = 24; // bounds the cost per point
     const double squared = tolerance * tolerance;
-    Outlines out;
-    out.shapes = outlines.shapes;
-    out.tolerance = outlines.tolerance + tolerance;
-    out.points.reserve(outlines.points.size() / 2 + 16);
+    ChartChains out;
+    out.shapes = chains.shapes;
+    out.tolerance = chains.tolerance + tolerance;
+    out.points.reserve(chains.points.size() / 2 + 16);
     out.chain_begin.push_back(0);
-    for (size_t chain = 0; chain + 1 < outlines.chain_begin.size(); ++chain) {
-        const size_t end = outlines.chain_begin[chain + 1];
-        size_t anchor = outlines.chain_begin[chain];
-        out.points.push_back(outlines.points[anchor]);
+    for (size_t chain = 0; chain + 1 < chains.chain_begin.size(); ++chain) {
+        const size_t end = chains.chain_begin[chain + 1];
+        size_t anchor = chains.chain_begin[chain];
+        out.points.push_back(chains.points[anchor]);
         while (anchor + 1 < end) {
             size_t next = anchor + 1;
             for (size_t probe = next + 1; probe < end && probe <= anchor + k_longest_skip;
                  ++probe) {
                 bool near = true;
                 for (size_t i = anchor + 1; i < probe && near; ++i)
-                    near = near_segment(outlines.points[i], outlines.points[anchor],
-                                        outlines.points[probe], squared);
+                    near = near_segment(chains.points[i], chains.points[anchor],
+                                        chains.points[probe], squared);
                 if (!near)
                     break;
                 next = probe;
             }
-            out.points.push_back(outlines.points[next]);
+            out.points.push_back(chains.points[next]);
             anchor = next;
         }
         out.chain_begin.push_back(uint32_t(out.points.size()));

@@ -37,7 +37,7 @@ void Field::narrow(uint32_t run_level, uint32_t square_level) {
     square_level_ = std::min(square_level_, square_level);
 }
 
-/// Closes the positions of a square level from which the square would leave the field.
+/// Marks positions from which a square of size `run` would leave the field.
 void Field::seal_outside(Level& level, uint32_t run, uint32_t rows) {
     const uint32_t columns = width_ >= run ? width_ - run + 1 : 0;
     level.open_words.assign(size_t(height_) * groups_, 0);
@@ -57,6 +57,7 @@ void Field::seal_outside(Level& level, uint32_t run, uint32_t rows) {
     }
 }
 
+/// Returns height_ if there is none.
 uint32_t Field::next_open_row(const Level& level, uint32_t row) const {
     size_t i = row / 64;
     uint64_t w = level.open_rows[i] & (k_all << (row % 64));
@@ -68,7 +69,7 @@ uint32_t Field::next_open_row(const Level& level, uint32_t row) const {
     return uint32_t(i * 64) + uint32_t(__builtin_ctzll(w));
 }
 
-/// words_ when there is none.
+/// Returns words_ if there is none.
 uint32_t Field::next_open_word(const Level& level, uint32_t row, uint32_t word) const {
     const uint64_t* open = &level.open_words[size_t(row) * groups_];
     uint32_t i = word / 64;
@@ -88,6 +89,7 @@ void Field::close_word(Level& level, uint32_t row, uint32_t word) {
         level.open_rows[row / 64] &= ~(uint64_t(1) << (row % 64));
 }
 
+/// Adds the positions x .. x + 63 at which a run of the mask hits a taken cell to `taken`.
 uint64_t Field::taken_by_runs(const Mask& mask, uint32_t x, uint32_t y, uint64_t taken) {
     for (const Run& run : mask.runs) {
         const uint32_t j = level_of(run.length);
@@ -105,12 +107,12 @@ uint64_t Field::taken_by_runs(const Mask& mask, uint32_t x, uint32_t y, uint64_t
     return taken;
 }
 
-/// The leftmost free column at row y, or k_none.
+/// The leftmost position where the mask fits with its lowest row at y; k_none if there is none.
 uint32_t Field::find_in_row(const Mask& mask, uint32_t y) {
     const Level& square = square_of(mask);
     const uint32_t columns = width_ - mask.width + 1, row = y + mask.square_y;
-    // 64 positions of the mask are 64 positions of its square, in one or two words of the level;
-    // only words that have a free position are worth a look.
+    // 64 positions of the mask correspond to 64 positions of its square, which lie in one or two
+    // words of the level; words without a free position are skipped.
     const uint32_t skip = mask.square_x / 64, spills = mask.square_x % 64 != 0 ? 1 : 0;
     uint32_t block = 0;
     for (uint32_t word = skip;; ++word) {

@@ -1,8 +1,8 @@
-/// The texture as a grid of taken and free cells, with the search for a place where a mask fits.
+/// The texture as a grid of taken and free cells, and the search for a place where a mask fits.
 ///
-/// Beside the cells the field keeps, for every power of two, where a run and where a square of that
-/// size would hit something: a mask's largest square rules most positions out, its runs decide the
-/// rest exactly. 64 positions are tested by one operation.
+/// For every power of two the field also stores where a run, and where a square, of that size would
+/// hit a taken cell. A mask's largest square rules out most positions; its runs decide the rest
+/// exactly. One operation tests 64 positions.
 #pragma once
 
 #include "atlas/pack/mask.h"
@@ -12,6 +12,7 @@
 
 namespace tessora::atlas {
 
+/// The result of a search: position of a mask's lower left cell.
 struct Spot {
     bool found = false;
     uint32_t x = 0;
@@ -20,42 +21,46 @@ struct Spot {
 
 class Field {
 public:
-    /// An empty field. `run_level` must bound that of every mask to come; squares are kept up to
-    /// `square_level`, larger ones are tested by a part of theirs.
+    /// Empties the field. `run_level` must not be below that of any mask to come. Squares are
+    /// stored up to `square_level`; a mask with a larger square is tested by a part of it.
     void reset(uint32_t width, uint32_t height, uint32_t run_level, uint32_t square_level);
 
-    /// From here on no mask comes with longer runs or larger squares: saves keeping them up.
+    /// Promises that no mask to come has longer runs or larger squares, so that higher levels need
+    /// no further updates.
     void narrow(uint32_t run_level, uint32_t square_level);
 
-    /// The lowest free place whose upper edge stays at or below `top`, of several the leftmost.
-    /// Starts looking at row `bottom`.
+    /// The lowest, then leftmost, free place with all rows in bottom .. top - 1.
     Spot find(const Mask& mask, uint32_t bottom, uint32_t top);
 
-    /// Takes the cells of a mask; it must lie inside the field.
+    /// Marks the cells of a mask as taken; it must lie inside the field.
     void place(const Mask& mask, uint32_t x, uint32_t y);
 
-    /// Whether the mask hits nothing at this place.
+    /// Whether the mask lies inside the field and hits no taken cell here.
     bool fits(const Mask& mask, uint32_t x, uint32_t y) const;
 
     uint32_t width() const { return width_; }
     uint32_t height() const { return height_; }
-    /// Words looked at so far: a measure of effort that no clock disturbs.
+    /// Words read so far: a reproducible measure of effort.
     uint64_t effort() const { return effort_; }
 
 private:
-    /// One bit per cell: something lies in the run (square) of 2^level cells that starts there.
+    /// One bit per cell: set if the run (or square) of 2^level cells that starts there hits a taken
+    /// cell or, for squares, leaves the field.
     struct Level {
         std::vector<uint64_t> bits;
-        std::vector<uint64_t> open_words; ///< squares: a bit per word with a free position
-        std::vector<uint64_t> open_rows;  ///< squares: a bit per row with a free position
+        std::vector<uint64_t>
+            open_words;                  ///< squares: one bit per word of `bits`, set if it has a 0
+        std::vector<uint64_t> open_rows; ///< squares: one bit per row, set if it has a 0
     };
 
+    /// 64 bits of a row from any bit on.
     uint64_t window(const Level& level, uint32_t row, uint32_t bit) const {
         const uint64_t* p = &level.bits[size_t(row) * words_ + bit / 64];
         const uint32_t shift = bit % 64;
         return shift == 0 ? p[0] : p[0] >> shift | p[1] << (64 - shift);
     }
-    /// The level of the mask's largest square, or the largest kept: the same corner will do.
+    /// The level of the mask's largest square, or the highest stored one, whose square lies in the
+    /// same corner.
     const Level& square_of(const Mask& mask) const {
         return squares_[mask.square_level < square_level_ ? mask.square_level : square_level_];
     }
@@ -69,9 +74,9 @@ private:
     void spread_squares(uint32_t level, uint32_t x, uint32_t y, const Mask& mask);
 
     uint32_t width_ = 0, height_ = 0;
-    uint32_t words_ = 0;                        ///< per row, one spare word included
-    uint32_t groups_ = 0;                       ///< words of 64 bits for one bit per word of a row
-    uint32_t run_level_ = 0, square_level_ = 0; ///< the highest levels still kept up
+    uint32_t words_ = 0;                        ///< per row, including a spare one
+    uint32_t groups_ = 0;                       ///< words in a row of open_words
+    uint32_t run_level_ = 0, square_level_ = 0; ///< the highest levels still updated
     std::vector<Level> runs_, squares_;         ///< level 0 of runs_ is the cells themselves
     uint64_t effort_ = 0;
 };

@@ -44,24 +44,24 @@ Page make_page(double width, double height, double gutter, double cells, bool tu
 void MaskSet::reset(const Page& page, double scale) {
     texel_scale_ = scale;
     scale_ = scale * page.density;
-    radius_ = page.gutter / 2 * page.density + outlines_.tolerance * scale_;
+    radius_ = page.gutter / 2 * page.density + chains_.tolerance * scale_;
     masks_.clear();
-    masks_.resize(outlines_.shapes.size() * k_fine);
+    masks_.resize(chains_.shapes.size() * k_fine);
 }
 
 Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const {
-    const Vec2 axis = outlines_.shapes[chart].axis;
-    const Turn fine = k_fine_turns[plan.fine[chart]];
+    const Vec2 axis = chains_.shapes[chart].axis;
+    const Turn fine = k_fine_turns[plan.fine_turn[chart]];
     const Turn base{axis.x * fine.cosine + axis.y * fine.sine,
                     axis.x * fine.sine - axis.y * fine.cosine};
     return quarter_turns(base, quarter);
 }
 
 const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter) {
-    std::unique_ptr<Quarters>& slot = masks_[size_t(chart) * k_fine + plan.fine[chart]];
+    std::unique_ptr<Quarters>& slot = masks_[size_t(chart) * k_fine + plan.fine_turn[chart]];
     if (slot == nullptr) {
         slot = std::make_unique<Quarters>();
-        draw_mask(outlines_, outlines_.shapes[chart], turn_of(plan, chart, 0), scale_, radius_,
+        draw_mask(chains_, chains_.shapes[chart], turn_of(plan, chart, 0), scale_, radius_,
                   (*slot)[0]);
     }
     Mask& mask = (*slot)[quarter];
@@ -81,80 +81,82 @@ uint32_t& LayoutMaker::start_row(const Mask& mask) {
     return start_rows_[size_t(bucket(mask.width)) * k_buckets + bucket(mask.height)];
 }
 
-/// Finds out how large the masks from each place of the order on still are.
+/// Fills remaining_; returns the number of cells of all masks.
 double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
     double cells = 0;
-    needs_.assign(plan.order.size() + 1, {});
+    remaining_.assign(plan.order.size() + 1, {});
     for (size_t i = plan.order.size(); i-- > 0;) {
-        needs_[i] = needs_[i + 1];
-        uint32_t flattest = ~0u;
+        remaining_[i] = remaining_[i + 1];
+        uint32_t lowest_height = ~0u;
         for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
             const Mask& mask = masks.mask(plan, plan.order[i], quarter);
-            needs_[i].run_level = std::max(needs_[i].run_level, mask.run_level);
-            needs_[i].square_level = std::max(needs_[i].square_level, mask.square_level);
-            flattest = std::min(flattest, mask.height);
+            remaining_[i].run_level = std::max(remaining_[i].run_level, mask.run_level);
+            remaining_[i].square_level = std::max(remaining_[i].square_level, mask.square_level);
+            lowest_height = std::min(lowest_height, mask.height);
         }
         const double own = masks.mask(plan, plan.order[i], 0).cells;
-        needs_[i].burden += own * flattest;
+        remaining_[i].min_tops += own * lowest_height;
         cells += own;
     }
     return cells;
 }
 
+/// Places one chart in the quarter turn whose mean row comes to lie lowest. Null if it does not
+/// fit.
 const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot) {
     const Mask* chosen = nullptr;
     double lowest = 2.0 * field_.height();
     for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
         const Mask& mask = masks.mask(plan, chart, quarter);
-        if (mask.middle >= lowest)
+        if (mask.mean_row >= lowest)
             continue;
         const uint32_t top =
-            std::min(field_.height(), uint32_t(lowest - mask.middle) + mask.height);
-        uint32_t never = 0, &start = plan.hurry ? start_row(mask) : never;
+            std::min(field_.height(), uint32_t(lowest - mask.mean_row) + mask.height);
+        uint32_t bottom = 0, &start = plan.skip_full_rows ? start_row(mask) : bottom;
         const Spot spot = field_.find(mask, start, top);
         start = spot.found ? spot.y : std::max(start, top + 1 - std::min(top + 1, mask.height));
-        if (!spot.found || (chosen != nullptr && spot.y + mask.middle >= lowest))
+        if (!spot.found || (chosen != nullptr && spot.y + mask.mean_row >= lowest))
             continue;
         chosen = &mask;
         slot = {masks.turn_of(plan, chart, quarter), mask.origin, spot.x, spot.y};
-        lowest = spot.y + mask.middle;
+        lowest = spot.y + mask.mean_row;
     }
     if (chosen != nullptr)
         field_.place(*chosen, slot.x, slot.y);
     return chosen;
 }
 
-Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, double most) {
+Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, double max_cost) {
     Layout layout;
     layout.scale = masks.scale();
-    layout.slots.resize(masks.outlines().shapes.size());
+    layout.slots.resize(masks.chains().shapes.size());
     const double needed = look_ahead(masks, plan);
-    field_.reset(page.width, uint32_t(page.height * k_overflow) + 1, needs_[0].run_level,
-                 needs_[0].square_level);
-    if (plan.hurry)
+    field_.reset(page.width, uint32_t(page.height * k_overflow) + 1, remaining_[0].run_level,
+                 remaining_[0].square_level);
+    if (plan.skip_full_rows)
         start_rows_.assign(k_buckets * k_buckets, 0);
     double placed = 0;
     uint32_t used = 0;
     for (size_t i = 0; i < plan.order.size(); ++i) {
-        field_.narrow(needs_[i].run_level, needs_[i].square_level);
+        field_.narrow(remaining_[i].run_level, remaining_[i].square_level);
         Slot& slot = layout.slots[plan.order[i]];
         const Mask* mask = place(masks, plan, plan.order[i], slot);
         if (mask == nullptr) {
             layout.height = field_.height() * std::max(1.0, needed / std::max(1.0, placed));
-            layout.burden = layout.height;
+            layout.mean_top = layout.height;
             return layout;
         }
         const uint32_t top = slot.y + mask->height;
         placed += mask->cells;
-        layout.burden += double(mask->cells) * top;
+        layout.mean_top += double(mask->cells) * top;
         used = std::max(used, top);
-        if (used + (layout.burden + needs_[i + 1].burden) / needed > most) {
-            layout.height = layout.burden = std::numeric_limits<double>::infinity();
+        if (used + (layout.mean_top + remaining_[i + 1].min_tops) / needed > max_cost) {
+            layout.height = layout.mean_top = std::numeric_limits<double>::infinity();
             return layout;
         }
     }
     layout.height = used;
-    layout.burden /= std::max(1.0, placed);
+    layout.mean_top /= std::max(1.0, placed);
     layout.complete = used <= page.height;
     return layout;
 }

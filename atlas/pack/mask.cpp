@@ -5,8 +5,8 @@
 namespace tessora::atlas {
 namespace {
 
-/// Widens every drawn span: far above the rounding of the few operations that find it (below 1e-11
-/// cells on grids of up to 65536), far below anything that costs room.
+/// Every drawn span is widened by this many cells: far more than the rounding errors of computing
+/// it (below 1e-11 cells on grids of up to 65536), far less than would cost room.
 constexpr double k_rounding = 1e-7;
 
 void set_span(uint64_t* row, uint32_t first, uint32_t last) {
@@ -22,8 +22,8 @@ void set_span(uint64_t* row, uint32_t first, uint32_t last) {
     row[b] |= tail;
 }
 
-/// The points at distance `radius` from a segment on one side: the greatest x at a given height.
-/// `mirror` = -1 gives the least x (of the mirrored segment, negated).
+/// One side of a capsule, the set of points within `radius` of a segment: its maximum x at a given
+/// y. With `mirror` = -1 the minimum x instead.
 class Flank {
 public:
     Flank(Vec2 a, Vec2 b, double radius, double mirror) : radius_(radius), mirror_(mirror) {
@@ -45,8 +45,7 @@ public:
         peak_ = low_.x >= high_.x ? low_.y : high_.y;
     }
 
-    /// Greatest x (least, if mirrored) over heights bottom..top; both ends touch the widened
-    /// segment's range.
+    /// Maximum x (minimum if mirrored) over bottom <= y <= top, a range that meets the capsule's.
     double extreme(double bottom, double top) const {
         const double y = std::min(std::max(peak_, bottom), top);
         return mirror_ * at(y);
@@ -67,7 +66,7 @@ private:
     bool level_ = false;
 };
 
-/// Draws one widened segment, points already in cells.
+/// Draws the capsule around a segment given in cells.
 void draw_segment(Mask& mask, Vec2 a, Vec2 b, double radius) {
     if (a.y > b.y)
         std::swap(a, b);
@@ -86,7 +85,8 @@ void draw_segment(Mask& mask, Vec2 a, Vec2 b, double radius) {
     }
 }
 
-/// Flips every cell right of the segment on the rows whose centre line it crosses.
+/// Flips one bit per row whose centre line the segment crosses: the first cell to the right of the
+/// crossing. The running parity of a row then tells inside from outside.
 void mark_crossings(Mask& mask, std::vector<uint64_t>& flips, Vec2 a, Vec2 b) {
     if (a.y > b.y)
         std::swap(a, b);
@@ -112,8 +112,8 @@ uint64_t running_parity(uint64_t w) {
     return w;
 }
 
-/// Cells whose centre is inside. A cell that no widened border touches is all inside or all
-/// outside, so the centre decides for it.
+/// Sets the cells whose centre is inside. A cell that no capsule touches is entirely inside or
+/// entirely outside, so its centre decides.
 void fill_inside(Mask& mask, const std::vector<uint64_t>& flips) {
     const uint32_t spare = mask.words * 64 - mask.width;
     for (uint32_t y = 0; y < mask.height; ++y) {
@@ -127,43 +127,50 @@ void fill_inside(Mask& mask, const std::vector<uint64_t>& flips) {
     }
 }
 
-void list_runs(Mask& mask) {
-    mask.runs.clear();
-    mask.cells = 0;
-    std::vector<Run> by_row;
-    std::vector<uint32_t> row_begin(mask.height + 1);
+/// The runs of set cells, row by row; row y has the runs row_begin[y] .. row_begin[y + 1] - 1.
+std::vector<Run> runs_by_row(const Mask& mask, std::vector<uint32_t>& row_begin) {
+    std::vector<Run> runs;
+    row_begin.resize(mask.height + 1);
     for (uint32_t y = 0; y < mask.height; ++y) {
-        row_begin[y] = uint32_t(by_row.size());
-        uint32_t x = 0;
+        row_begin[y] = uint32_t(runs.size());
         bool inside = false;
         uint32_t start = 0;
         for (uint32_t i = 0; i < mask.words; ++i) {
-            uint64_t w = mask.row_word(y, i);
-            x = 0;
+            const uint64_t w = mask.row_word(y, i);
+            uint32_t x = 0;
             while (x < 64) {
                 const uint64_t rest = (inside ? ~w : w) >> x;
                 if (rest == 0)
                     break;
                 x += uint32_t(__builtin_ctzll(rest));
                 if (inside)
-                    by_row.push_back({y, start, i * 64 + x - start});
+                    runs.push_back({y, start, i * 64 + x - start});
                 else
                     start = i * 64 + x;
                 inside = !inside;
             }
         }
         if (inside)
-            by_row.push_back({y, start, mask.words * 64 - start});
+            runs.push_back({y, start, mask.words * 64 - start});
     }
-    row_begin[mask.height] = uint32_t(by_row.size());
+    row_begin[mask.height] = uint32_t(runs.size());
+    return runs;
+}
+
+/// Fills the mask's runs and the figures that follow from them.
+void list_runs(Mask& mask) {
+    std::vector<uint32_t> row_begin;
+    const std::vector<Run> by_row = runs_by_row(mask, row_begin);
+    mask.runs.clear();
+    mask.cells = 0;
     for (const Run& run : by_row) {
         mask.cells += run.length;
-        mask.middle += (run.row + 0.5) * run.length;
+        mask.mean_row += (run.row + 0.5) * run.length;
         mask.run_level = std::max(mask.run_level, 31 - uint32_t(__builtin_clz(run.length)));
     }
-    mask.middle /= std::max(1u, mask.cells);
-    // Far apart rows first, from the middle: neighbours say much the same, and where a mask does
-    // not fit, its middle mostly tells.
+    mask.mean_row /= std::max(1u, mask.cells);
+    // Test the middle row first and neighbouring rows late: where a mask does not fit, its middle
+    // is usually hit, and neighbours mostly repeat each other's answer.
     uint32_t top = 1;
     while (top < mask.height)
         top *= 2;
@@ -178,7 +185,7 @@ void list_runs(Mask& mask) {
     append(0);
 }
 
-/// Cell (x+by, y) moved to (x, y), zeros from beyond the row.
+/// A word of a row shifted by `by` cells towards lower x; zeros enter from beyond the row.
 uint64_t shifted_word(const std::vector<uint64_t>& bits, size_t row, uint32_t words, uint32_t word,
                       uint32_t by) {
     const uint32_t from = word + by / 64, shift = by % 64;
@@ -189,7 +196,8 @@ uint64_t shifted_word(const std::vector<uint64_t>& bits, size_t row, uint32_t wo
     return low >> shift | high << (64 - shift);
 }
 
-/// Erodes by squares of doubling size until nothing is left; remembers a middle survivor.
+/// Finds the largest square of set cells by eroding with squares of doubling size until no cell is
+/// left; takes one from the middle of the last survivors.
 void find_square(Mask& mask) {
     std::vector<uint64_t> now = mask.bits, next;
     uint32_t height = mask.height;
@@ -224,7 +232,7 @@ void find_square(Mask& mask) {
     }
 }
 
-/// Bit j of word i and bit i of word j change places (Warren, "Hacker's Delight", 2002, chapter 7).
+/// Transposes 64 x 64 bits (Warren, "Hacker's Delight", 2002, chapter 7).
 void transpose_block(uint64_t* block) {
     uint64_t low = 0x00000000FFFFFFFFull;
     for (uint32_t half = 32; half != 0; half /= 2, low ^= low << half)
@@ -242,7 +250,7 @@ uint64_t reversed(uint64_t w) {
     return __builtin_bswap64(w);
 }
 
-/// Turns the bits of one row end to end.
+/// Reverses the order of the bits in a row.
 void reverse_row(uint64_t* row, uint32_t words, uint32_t width) {
     const uint32_t spare = words * 64 - width;
     std::reverse(row, row + words);
@@ -252,7 +260,7 @@ void reverse_row(uint64_t* row, uint32_t words, uint32_t width) {
         row[i] = row[i] >> spare | (i + 1 < words ? row[i + 1] << (64 - spare) : 0);
 }
 
-/// Rows become columns.
+/// Transposes a mask.
 void transpose_bits(const Mask& from, Mask& to) {
     uint64_t block[64];
     for (uint32_t by = 0; by < to.words; ++by)
@@ -267,18 +275,18 @@ void transpose_bits(const Mask& from, Mask& to) {
 
 } // namespace
 
-void draw_mask(const Outlines& outlines, const Shape& shape, Turn turn, double scale, double radius,
-               Mask& mask) {
+void draw_mask(const ChartChains& chains, const ChartShape& shape, Turn turn, double scale,
+               double radius, Mask& mask) {
     mask = Mask();
     if (shape.chain_begin == shape.chain_end)
         return;
-    const uint32_t first = outlines.chain_begin[shape.chain_begin];
-    const uint32_t last = outlines.chain_begin[shape.chain_end];
+    const uint32_t first = chains.chain_begin[shape.chain_begin];
+    const uint32_t last = chains.chain_begin[shape.chain_end];
     std::vector<Vec2> points(last - first);
     const Turn scaled{turn.cosine * scale, turn.sine * scale};
     Vec2 low{}, high{};
     for (uint32_t i = first; i < last; ++i) {
-        const Vec2 p = turned(outlines.points[i], scaled);
+        const Vec2 p = turned(chains.points[i], scaled);
         points[i - first] = p;
         low = i == first ? p : Vec2{std::min(low.x, p.x), std::min(low.y, p.y)};
         high = i == first ? p : Vec2{std::max(high.x, p.x), std::max(high.y, p.y)};
@@ -293,8 +301,8 @@ void draw_mask(const Outlines& outlines, const Shape& shape, Turn turn, double s
     for (Vec2& p : points)
         p = p - mask.origin;
     for (uint32_t chain = shape.chain_begin; chain < shape.chain_end; ++chain) {
-        const uint32_t begin = outlines.chain_begin[chain] - first;
-        const uint32_t end = outlines.chain_begin[chain + 1] - first;
+        const uint32_t begin = chains.chain_begin[chain] - first;
+        const uint32_t end = chains.chain_begin[chain + 1] - first;
         if (end - begin == 1)
             draw_segment(mask, points[begin], points[begin], radius);
         for (uint32_t i = begin; i + 1 < end; ++i) {

@@ -1,4 +1,4 @@
-/// A chart as a set of grid cells: every cell that comes within a given distance of it.
+/// A chart as a set of grid cells: every cell within a given distance of it.
 #pragma once
 
 #include "atlas/pack/chains.h"
@@ -20,28 +20,28 @@ struct Mask {
     uint32_t width = 0;  ///< cells
     uint32_t height = 0; ///< cells
     uint32_t words = 0;  ///< per row
-    uint32_t cells = 0;  ///< how many are set
-    double middle = 0;   ///< mean height of the cells set
+    uint32_t cells = 0;  ///< number of set cells
+    double mean_row = 0; ///< of the cells that are set
     std::vector<uint64_t> bits;
-    std::vector<Run> runs;  ///< covers all set cells; the order is the order of testing
+    std::vector<Run> runs;  ///< of all set cells, in the order of testing
     uint32_t run_level = 0; ///< of the longest run: 2^level <= length < 2^(level+1)
     Vec2 origin;            ///< cell = scale * turned point - origin
-    /// A full square of 2^level cells with its lower left corner here; the largest power of two.
+    /// Level and lower left cell of a square of 2^level x 2^level set cells with the highest level.
     uint32_t square_level = 0, square_x = 0, square_y = 0;
 
     uint64_t row_word(uint32_t y, uint32_t word) const { return bits[size_t(y) * words + word]; }
 };
 
-/// Draws chart `shape`, turned and scaled, widened by `radius`: sets every cell whose closed square
-/// comes within `radius` cells of the chart, and hardly any other. `scale` is cells per chart unit,
-/// `radius` > 0 is in cells and must already contain the outlines' tolerance. A shape without
-/// chains gives an empty mask.
+/// Draws chart `shape`, turned, scaled and widened by `radius`: sets every cell whose closed square
+/// comes within `radius` cells of the chart, and few others. `scale` is cells per chart unit,
+/// `radius` > 0 is in cells and must include the chains' tolerance. A shape without
+/// chains makes an empty mask.
 /// Cost: O(border length in cells * radius + cells / 64).
-void draw_mask(const Outlines& outlines, const Shape& shape, Turn turn, double scale, double radius,
-               Mask& mask);
+void draw_mask(const ChartChains& chains, const ChartShape& shape, Turn turn, double scale,
+               double radius, Mask& mask);
 
-/// The same cells turned by `quarters` * 90 degrees counter-clockwise, 1 to 3: the mask of the
-/// chart turned further by as much. Far cheaper than drawing it again.
+/// Turns a mask by `quarters` * 90 degrees counter-clockwise, 1 to 3. The result is a valid mask of
+/// the turned chart, and far cheaper than drawing it.
 void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned);
 
 } // namespace tessora::atlas

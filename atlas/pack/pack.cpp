@@ -9,12 +9,12 @@
 namespace tessora::atlas {
 namespace {
 
-/// A layout whose largest chart is smaller than this many texels is no layout.
-constexpr double k_least_extent = 1.0 / 16;
+/// Layouts are given up if the largest chart would be shorter than this, in texels.
+constexpr double k_min_extent = 1.0 / 16;
 
-double covered(const Outlines& outlines, double scale, const PackOptions& options) {
+double covered(const ChartChains& chains, double scale, const PackOptions& options) {
     double area = 0;
-    for (const Shape& shape : outlines.shapes)
+    for (const ChartShape& shape : chains.shapes)
         area += shape.area;
     return area * scale * scale / (double(options.width) * double(options.height));
 }
@@ -44,14 +44,14 @@ uint64_t gutter_capacity(uint32_t width, uint32_t height, float gutter) {
 
 Packing pack(const PackCharts& charts, const PackOptions& options) {
     Packing packing;
-    const Outlines outlines = trace_outlines(charts);
-    const size_t count = outlines.shapes.size();
+    const ChartChains chains = chain_borders(charts);
+    const size_t count = chains.shapes.size();
     packing.placements.assign(count, Placement());
     const InnerRectangle inner = inner_rectangle(options.width, options.height, options.gutter);
     const double gutter = safe_gutter(options.width, options.height, options.gutter);
     uint64_t present = 0;
     double extent = 0;
-    for (const Shape& shape : outlines.shapes) {
+    for (const ChartShape& shape : chains.shapes) {
         present += shape.chain_begin != shape.chain_end ? 1 : 0;
         extent = std::max(extent, shape.length);
     }
@@ -62,19 +62,19 @@ Packing pack(const PackCharts& charts, const PackOptions& options) {
         present > gutter_capacity(options.width, options.height, options.gutter))
         return packing;
     // Points have no size to scale; any factor keeps them points.
-    const double largest =
+    const double max_scale =
         extent > 0 ? std::sqrt(inner.width * inner.width + inner.height * inner.height) / extent
                    : 1;
-    const double least = extent > 0 ? k_least_extent / extent : 1;
+    const double min_scale = extent > 0 ? k_min_extent / extent : 1;
     const SearchResult found =
-        search_layout(outlines, inner, gutter, largest, least, options, packing);
+        search_layout(chains, inner, gutter, max_scale, min_scale, options, packing);
     if (found == SearchResult::aborted)
         packing.status = Status::aborted;
     else if (found == SearchResult::found ||
-             pack_boxes(outlines, inner.width, inner.height, gutter, largest, least, packing))
+             pack_boxes(chains, inner.width, inner.height, gutter, max_scale, min_scale, packing))
         packing.status = Status::ok;
     if (packing.status == Status::ok)
-        packing.coverage = covered(outlines, packing.scale, options);
+        packing.coverage = covered(chains, packing.scale, options);
     return packing;
 }
 

@@ -1,4 +1,4 @@
-/// The last resort when charts are so many for the texture that no grid resolves them: boxes on
+/// The last resort when there are too many charts for any grid to resolve: their bounding boxes on
 /// shelves, computed without a grid.
 #pragma once
 
@@ -6,14 +6,14 @@
 
 namespace tessora::atlas {
 
-/// Puts the charts' least-area boxes, each widened by half the gutter, on shelves of falling height
-/// at the largest scale that bisection finds.
-/// Units:  width, height, gutter in texels of the inner rectangle; the largest scale tried and the
-///         least that is still a layout in texels per chart unit.
-/// Errors: false when even `least_scale` does not fit.
+/// Puts the charts' minimum-area boxes, a gutter apart, on shelves of decreasing height, at the
+/// largest scale that bisection finds.
+/// Units:  width, height, gutter in texels of the inner rectangle; max_scale and min_scale, the
+///         range of the search, in texels per chart unit.
+/// Errors: false if even `min_scale` does not fit.
 /// Source: next-fit decreasing height (Coffman, Garey, Johnson and Tarjan, "Performance bounds for
 ///         level-oriented two-dimensional packing algorithms", 1980).
-bool pack_boxes(const Outlines& outlines, double width, double height, double gutter,
-                double largest_scale, double least_scale, Packing& packing);
+bool pack_boxes(const ChartChains& chains, double width, double height, double gutter,
+                double max_scale, double min_scale, Packing& packing);
 
 } // namespace tessora::atlas

@@ -9,38 +9,39 @@
 namespace tessora::atlas {
 namespace {
 
-/// What the caller makes of a returned coordinate, operation by operation in single precision: the
-/// aspect correction, then the margin. Triangles must survive this rounding too.
-struct Finish {
-    float stretch_u = 1, stretch_v = 1, shrink = 1, half = 0;
+/// The caller's aspect correction and margin, repeated operation by operation in single precision,
+/// because triangles must survive this rounding too. docs/atlas-packing.md has the formulas.
+struct CallerMap {
+    float aspect_u = 1, aspect_v = 1, shrink = 1, half = 0;
 
-    static Finish of(const PackOptions& options) {
+    static CallerMap of(const PackOptions& options) {
         const float w = float(options.width), h = float(options.height);
-        Finish finish;
-        finish.stretch_u = h / w < 1.0f ? 1.0f : h / w;
-        finish.stretch_v = w / h < 1.0f ? 1.0f : w / h;
+        CallerMap map;
+        map.aspect_u = h / w < 1.0f ? 1.0f : h / w;
+        map.aspect_v = w / h < 1.0f ? 1.0f : w / h;
         const float g = options.gutter / std::max(w, h);
-        finish.shrink = 1.0f - g * (w / h > h / w ? w / h : h / w);
-        finish.half = g / 2.0f;
-        return finish;
+        map.shrink = 1.0f - g * (w / h > h / w ? w / h : h / w);
+        map.half = g / 2.0f;
+        return map;
     }
-    float u(float x) const { return x * stretch_u * shrink + half; }
-    float v(float y) const { return y * stretch_v * shrink + half; }
+    float u(float x) const { return x * aspect_u * shrink + half; }
+    float v(float y) const { return y * aspect_v * shrink + half; }
 };
 
-/// A lattice that single precision holds exactly, so that only the choice of lattice points and
-/// never the arithmetic on them rounds.
+/// The grid of representable coordinates: multiples of a step that single precision holds exactly.
+/// Only the choice of a lattice point rounds, never the arithmetic on it.
 struct Lattice {
     double step = 1.0 / 16777216;
-    double most_u = 16777216, most_v = 16777216; ///< greatest lattice numbers
+    double max_u = 16777216, max_v = 16777216; ///< largest lattice numbers
 };
 
-/// Lattice steps tried around a rounded vertex to keep its triangles from flipping, widening.
+/// How far a vertex may be nudged in one pass, in lattice steps; grows over the passes.
 constexpr int k_reach[] = {1, 2, 3, 6};
-constexpr int k_mending_passes = 24;
-/// Triangles judged before mending gives up: hopeless meshes must not cost more than all else.
-constexpr uint64_t k_mending_base = 500000, k_mending_share = 20;
-constexpr double k_farthest = 8; ///< lattice steps; see safe_gutter
+constexpr int k_nudge_passes = 24;
+/// Triangle tests before nudging gives up, fixed and per triangle, so that hopeless meshes do not
+/// take most of the time.
+constexpr uint64_t k_nudge_tests = 500000, k_nudge_tests_per_face = 20;
+constexpr double k_max_shift = 8; ///< lattice steps in all; safe_gutter() allows for it
 
 class Emitter {
 public:
@@ -52,7 +53,7 @@ public:
         for (size_t i = 0; i < charts.chart_stretch.size; ++i)
             result_.stretch = std::max(result_.stretch, float(charts.chart_stretch[i]));
         if (result_.stretch < 1e-6f)
-            result_.stretch = 0; // what rounding leaves of an isometry
+            result_.stretch = 0; // rounding errors of an isometry
         result_.over_limit.clear();
         for (uint32_t t = 0; t < charts.chart.size && charts.chart_over_limit.size > 0; ++t)
             if (charts.chart_over_limit[charts.chart[t]] != 0)
@@ -66,15 +67,16 @@ public:
         return {charts_.class_uv[2 * c], charts_.class_uv[2 * c + 1]};
     }
 
-    /// Rounds exact coordinates to the lattice, then mends triangles that rounding turned over.
-    void round(const std::vector<Vec2>& exact, const Lattice& lattice, const Finish* finish) {
+    /// Rounds exact coordinates to the lattice and nudges vertices of triangles that this flipped.
+    /// `caller` is null if the result is not to be mapped by the caller.
+    void round(const std::vector<Vec2>& exact, const Lattice& lattice, const CallerMap* caller) {
         lattice_ = lattice;
-        finish_ = finish;
+        caller_ = caller;
         exact_ = &exact;
         at_.resize(vertices());
         for (size_t v = 0; v < vertices(); ++v)
-            at_[v] = {nearest(exact[v].x, lattice.most_u), nearest(exact[v].y, lattice.most_v)};
-        result_.lost = mend();
+            at_[v] = {nearest(exact[v].x, lattice.max_u), nearest(exact[v].y, lattice.max_v)};
+        result_.lost = nudge_vertices();
         result_.uvs.resize(2 * vertices());
         for (size_t v = 0; v < vertices(); ++v) {
             result_.uvs[2 * v] = float(at_[v].x * lattice_.step);
@@ -83,7 +85,7 @@ public:
     }
 
 private:
-    /// Source vertices in increasing order, the classes of each by first corner.
+    /// Numbers the new vertices: by source vertex, then by the first corner of the class.
     void number_vertices() {
         const size_t classes = charts_.class_uv.size / 2, corners = charts_.indices.size;
         std::vector<uint32_t> first_corner, seen(classes, k_none);
@@ -116,27 +118,28 @@ private:
             result_.indices[corner] = seen[charts_.corner_class[corner]];
     }
 
-    double nearest(double value, double most) const {
-        return std::min(most, std::max(0.0, std::floor(value / lattice_.step + 0.5)));
+    double nearest(double value, double max) const {
+        return std::min(max, std::max(0.0, std::floor(value / lattice_.step + 0.5)));
     }
 
-    /// How far a triangle is from being sound, in doubled lattice areas; 0 when it is. A triangle
-    /// is sound when it is neither turned over nor collapsed, in the returned and in the final
-    /// coordinates; one that was flat to begin with may stay flat, one turned over may stay so.
+    /// 0 for a sound triangle; otherwise at least 1, growing with its negative area in lattice
+    /// units. A triangle is sound if rounding has neither flipped nor collapsed it, in the returned
+    /// and in the caller's final coordinates. One that was flipped or collapsed before rounding may
+    /// stay so.
     double fault(uint32_t t) const {
         Vec2 p[3], q[3], f[3];
         for (int k = 0; k < 3; ++k) {
             const uint32_t v = result_.indices[3 * size_t(t) + k];
             p[k] = position(v);
             q[k] = at_[v] * lattice_.step;
-            if (finish_ != nullptr)
-                f[k] = {finish_->u(float(q[k].x)), finish_->v(float(q[k].y))};
+            if (caller_ != nullptr)
+                f[k] = {caller_->u(float(q[k].x)), caller_->v(float(q[k].y))};
         }
         const int before = side_of_line(p[0], p[1], p[2]);
         if (before < 0)
             return 0;
         const double returned = fault_of(q, before);
-        return finish_ == nullptr ? returned : returned + fault_of(f, before);
+        return caller_ == nullptr ? returned : returned + fault_of(f, before);
     }
 
     double fault_of(const Vec2* p, int before) const {
@@ -146,8 +149,8 @@ private:
         return 1 + std::max(0.0, -doubled_area(p[0], p[1], p[2]) / square);
     }
 
-    /// Gives the triangles that stay unsound, ascending.
-    std::vector<uint32_t> mend() {
+    /// Nudges vertices of unsound triangles; returns the triangles that stay unsound, ascending.
+    std::vector<uint32_t> nudge_vertices() {
         std::vector<uint32_t> bad, next;
         for (uint32_t t = 0; t < charts_.chart.size; ++t)
             if (fault(t) > 0)
@@ -155,9 +158,9 @@ private:
         if (bad.empty())
             return bad;
         link_triangles();
-        const uint64_t budget = k_mending_base + k_mending_share * charts_.chart.size;
-        for (int pass = 0; pass < k_mending_passes && !bad.empty() && tests_ < budget; ++pass) {
-            const int reach = k_reach[pass * 4 / k_mending_passes];
+        const uint64_t budget = k_nudge_tests + k_nudge_tests_per_face * charts_.chart.size;
+        for (int pass = 0; pass < k_nudge_passes && !bad.empty() && tests_ < budget; ++pass) {
+            const int reach = k_reach[pass * 4 / k_nudge_passes];
             next.clear();
             for (uint32_t t : bad)
                 for (int k = 0; k < 3 && tests_ < budget && fault(t) > 0; ++k)
@@ -173,24 +176,24 @@ private:
         return bad;
     }
 
-    /// Moves a vertex to the nearest lattice point that leaves its triangles least at fault;
-    /// appends them all to `touched` when it moves.
+    /// Moves a vertex to the lattice point within `reach` that minimises the faults of its
+    /// triangles, the nearest on a tie. Appends its triangles to `touched` if it moves.
     void move_vertex(uint32_t v, int reach, std::vector<uint32_t>& touched) {
         const Vec2 home = at_[v];
         Vec2 best = home;
-        double least = fault_around(v);
-        // Staying counts as the worst of equals: handing a fault on lets a row of needles open up.
+        double min_fault = fault_around(v);
+        // On a tie prefer moving: passing the fault on untangles rows of needles.
         int best_distance = reach * reach * 2 + 1;
         for (int dy = -reach; dy <= reach; ++dy)
             for (int dx = -reach; dx <= reach; ++dx) {
                 at_[v] = home + Vec2{double(dx), double(dy)};
-                if (at_[v].x < 0 || at_[v].y < 0 || at_[v].x > lattice_.most_u ||
-                    at_[v].y > lattice_.most_v || strayed(v))
+                if (at_[v].x < 0 || at_[v].y < 0 || at_[v].x > lattice_.max_u ||
+                    at_[v].y > lattice_.max_v || moved_too_far(v))
                     continue;
                 const double total = fault_around(v);
                 const int distance = dx * dx + dy * dy;
-                if (total < least || (total == least && distance < best_distance)) {
-                    least = total;
+                if (total < min_fault || (total == min_fault && distance < best_distance)) {
+                    min_fault = total;
                     best = at_[v];
                     best_distance = distance;
                 }
@@ -201,10 +204,10 @@ private:
                            star_.begin() + star_begin_[v + 1]);
     }
 
-    /// The gutter's reserve allows a vertex to end so far from where it belongs and no farther.
-    bool strayed(uint32_t v) const {
+    /// Whether a vertex has moved further from its exact place than safe_gutter() allows for.
+    bool moved_too_far(uint32_t v) const {
         const Vec2 off = at_[v] - (*exact_)[v] * (1 / lattice_.step);
-        return std::abs(off.x) > k_farthest || std::abs(off.y) > k_farthest;
+        return std::abs(off.x) > k_max_shift || std::abs(off.y) > k_max_shift;
     }
 
     double fault_around(uint32_t v) {
@@ -232,19 +235,19 @@ private:
     std::vector<uint32_t> class_of_, chart_of_vertex_; ///< per new vertex
     std::vector<Vec2> at_;                             ///< per new vertex: lattice numbers
     std::vector<uint32_t> star_begin_, star_;          ///< per new vertex: its triangles
-    const std::vector<Vec2>* exact_ = nullptr;         ///< while rounding
-    uint64_t tests_ = 0;                               ///< triangles judged while mending
+    const std::vector<Vec2>* exact_ = nullptr;         ///< valid during round()
+    uint64_t tests_ = 0;                               ///< triangle tests so far
     Lattice lattice_;
-    const Finish* finish_ = nullptr;
+    const CallerMap* caller_ = nullptr;
 };
 
-/// The greatest lattice number whose final coordinate does not leave the texture.
-double greatest_inside(double share, float (Finish::*finished)(float) const, const Finish& finish,
-                       double step) {
-    double most = std::floor(share / step);
-    while (most > 0 && (finish.*finished)(float(most * step)) > 1.0f)
-        --most;
-    return most;
+/// The largest lattice number that the caller's map keeps inside the texture.
+double max_inside(double share, float (CallerMap::*axis)(float) const, const CallerMap& caller,
+                  double step) {
+    double number = std::floor(share / step);
+    while (number > 0 && (caller.*axis)(float(number * step)) > 1.0f)
+        --number;
+    return number;
 }
 
 } // namespace
@@ -253,11 +256,11 @@ void emit(const EmitCharts& charts, const Packing& packing, const PackOptions& o
           Result& result) {
     Emitter emitter(charts, result);
     const InnerRectangle inner = inner_rectangle(options.width, options.height, options.gutter);
-    const Finish finish = Finish::of(options);
+    const CallerMap caller = CallerMap::of(options);
     Lattice lattice;
     const double longer = std::max(options.width, options.height);
-    lattice.most_u = greatest_inside(options.width / longer, &Finish::u, finish, lattice.step);
-    lattice.most_v = greatest_inside(options.height / longer, &Finish::v, finish, lattice.step);
+    lattice.max_u = max_inside(options.width / longer, &CallerMap::u, caller, lattice.step);
+    lattice.max_v = max_inside(options.height / longer, &CallerMap::v, caller, lattice.step);
     std::vector<Vec2> exact(emitter.vertices());
     for (size_t v = 0; v < exact.size(); ++v) {
         const Placement& at = packing.placements[emitter.chart_of(v)];
@@ -266,7 +269,7 @@ void emit(const EmitCharts& charts, const Packing& packing, const PackOptions& o
             Vec2{at.cosine * p.x - at.sine * p.y + at.x, at.sine * p.x + at.cosine * p.y + at.y} *
             (1 / inner.unit);
     }
-    emitter.round(exact, lattice, &finish);
+    emitter.round(exact, lattice, &caller);
 }
 
 void emit_unpacked(const EmitCharts& charts, Result& result) {

@@ -1,8 +1,8 @@
-/// Emission: from charts with coordinates to the arrays that the caller gets.
+/// Emission: converts placed charts to the arrays that the caller receives.
 ///
-/// Triangles keep their number, order and corner order. A source vertex becomes one new vertex per
-/// corner class (corners joined by glued edges inside one chart); new vertices come in increasing
-/// source vertex, then in order of the first corner of the class. Source vertices that no triangle
+/// Triangles keep their order and corner order. A source vertex becomes one new vertex per
+/// corner class (corners joined by glued edges inside one chart); new vertices are ordered
+/// by source vertex, then by the first corner of the class. Source vertices that no triangle
 /// uses are dropped.
 #pragma once
 
@@ -13,7 +13,7 @@
 
 namespace tessora::atlas {
 
-/// The charts as the stages before packing leave them.
+/// The flattened charts, as packing sees them too.
 /// Shape: indices[3*nt], corner_class[3*nt], class_uv[2*classes] (x, y), chart[nt],
 ///        chart_stretch[charts], chart_over_limit[charts] or empty.
 /// All corners of a class name the same source vertex and lie in the same chart; class numbers are
@@ -24,14 +24,13 @@ struct EmitCharts {
     Span<double> class_uv;
     Span<uint32_t> chart;
     Span<double> chart_stretch;     ///< 1 - 1/L2 per chart; below 1e-6 is reported as 0
-    Span<uint8_t> chart_over_limit; ///< non-zero: list the chart's triangles in over_limit
+    Span<uint8_t> chart_over_limit; ///< non-zero: the chart's triangles go to over_limit
 };
 
 /// Fills `result` with placed charts: isotropic coordinates in units of the longer texture side,
 /// within [0, width/M] x [0, height/M] and never above 1.
-/// Rounding: triangles that are positive in `charts` stay so in the returned coordinates and in
-/// the caller's final ones wherever a neighbouring float can do it; those that cannot stand in
-/// `result.lost`.
+/// Rounding: positively oriented triangles stay so in the returned coordinates and in the caller's
+/// final ones if nudging their vertices can achieve it; otherwise they are listed in `result.lost`.
 void emit(const EmitCharts& charts, const Packing& packing, const PackOptions& options,
           Result& result);
 

@@ -162,7 +162,7 @@ void Judge::measure_triangles() {
         if (options.max_stretch < 1 && sums[c].l2() > 1 / (1 - options.max_stretch) + 2e-4)
             fault("chart " + std::to_string(c) + " has L2 " + std::to_string(sums[c].l2()));
     }
-    // Rounded coordinates say little about the stretch of triangles that are all but points.
+    // Rounding makes the measured stretch of tiny triangles meaningless.
     const bool tiny =
         std::any_of(area_.begin(), area_.end(), [&](double a) { return a > 0 && a < 1e-5 * mean; });
     if (!tiny && std::fabs(reported - result.stretch) > 1e-3 + 1e-2 * reported)
@@ -170,8 +170,9 @@ void Judge::measure_triangles() {
               std::to_string(reported));
 }
 
-/// Corners of a vertex may share a new vertex only by a chain of corners around the source vertex
-/// over open edges (not cut, not of three triangles); false edges with a neighbour are joined.
+/// Checks that corners share a new vertex only if they are joined around the source vertex across
+/// edges that may be joined (not cut, two triangles, consistent windings), and that no false edge
+/// between two triangles is a seam. Measures the seams.
 void Judge::check_gluing() {
     std::map<std::pair<uint32_t, uint32_t>, std::vector<uint32_t>> uses;
     for (uint32_t h = 0; h < mesh.indices.size(); ++h) {
@@ -269,13 +270,13 @@ void Judge::check_charts() {
 void Judge::check_range() {
     const double longer = std::max(options.width, options.height);
     for (size_t i = 0; i < result.uvs.size(); ++i) {
-        const double most = (i % 2 ? options.height : options.width) / longer;
-        if (result.uvs[i] < 0 || result.uvs[i] > most)
+        const double max = (i % 2 ? options.height : options.width) / longer;
+        if (result.uvs[i] < 0 || result.uvs[i] > max)
             fault("coordinate " + std::to_string(result.uvs[i]) + " is outside");
     }
 }
 
-/// Separating axes: true when the insides meet deeper than `tolerance`.
+/// Separating axis test: true if the triangles overlap by more than `tolerance`.
 bool Judge::triangles_overlap(uint32_t a, uint32_t b, double tolerance) const {
     const uint32_t both[2] = {a, b};
     for (uint32_t t : both)
@@ -304,7 +305,7 @@ void Judge::check_overlaps() {
     const int size = std::clamp(int(std::sqrt(double(mesh.faces()))), 1, 1000);
     const double cell = extent / size * 1.0001;
     std::vector<std::vector<uint32_t>> grid(size_t(size) * size);
-    // Unpacked charts lie on top of each other: only triangles of one chart are compared then.
+    // Charts of partition() overlap each other; only triangles of one chart are compared then.
     for (uint32_t t = 0; t < mesh.faces(); ++t) {
         int range[4] = {size, -1, size, -1};
         for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
@@ -390,16 +391,17 @@ double smallest_gap(const TestMesh& mesh, const Options& options, const Result& 
         const double ex = a.x + t * dx - p.x, ey = a.y + t * dy - p.y;
         return ex * ex + ey * ey;
     };
-    double least = 1e300;
+    double min_squared = 1e300;
     for (uint32_t g = 0; g < mesh.indices.size(); ++g)
         for (uint32_t c = 0; c < mesh.indices.size(); ++c) {
             if (result.chart[g / 3] == result.chart[c / 3])
                 continue;
             const uint32_t g1 = g % 3 == 2 ? g - 2 : g + 1;
-            least = std::min(least, to_segment(point[result.indices[c]], point[result.indices[g]],
-                                               point[result.indices[g1]]));
+            min_squared =
+                std::min(min_squared, to_segment(point[result.indices[c]], point[result.indices[g]],
+                                                 point[result.indices[g1]]));
         }
-    return std::sqrt(least);
+    return std::sqrt(min_squared);
 }
 
 Judgement judge(const TestMesh& mesh, const Options& options, const Result& result, bool packed,

@@ -1,4 +1,4 @@
-/// Judges a result of the engine from the arrays alone, by brute force and without any of its code.
+/// Checks a result of the engine by brute force, from its arrays alone and without any of its code.
 #pragma once
 
 #include "atlas/atlas.h"
@@ -22,17 +22,16 @@ struct TestMesh {
         for (uint32_t v : {a, b, c})
             indices.push_back(v);
     }
-    /// Corners in order around the polygon; fanned from the first, diagonals marked false.
+    /// Appends a polygon as a fan around its first corner; diagonals are false edges.
     void polygon(const std::vector<uint32_t>& corners);
-    /// Neighbours are the two triangles that share exactly that edge by vertex id; an edge of three
-    /// or more triangles has none.
+    /// Fills the adjacency: triangles are neighbours if exactly two share an edge by vertex ids.
     void connect();
     uint32_t faces() const { return uint32_t(indices.size() / 3); }
     tessora::atlas::Mesh view() const;
 };
 
 struct Judgement {
-    std::vector<std::string> faults; ///< empty: every guarantee holds
+    std::vector<std::string> faults; ///< at most 20; empty if every guarantee holds
     uint32_t charts = 0;
     double seam = 0;        ///< 3D length of edges whose UVs differ, over sqrt(area)
     double l2 = 0;          ///< over the whole mesh, 1 for an isometry
@@ -40,13 +39,14 @@ struct Judgement {
     double coverage = 0;    ///< UV area over the texture's
 };
 
-/// Smallest Euclidean distance between triangles of different charts in the final texture, in
-/// texels: behind the caller's aspect correction and margin. Quadratic; infinite for one chart.
+/// Smallest Euclidean distance in texels between triangles of different charts in the final
+/// texture, after the caller's aspect correction and margin. Quadratic time; 1e150 for a single
+/// chart.
 double smallest_gap(const TestMesh& mesh, const tessora::atlas::Options& options,
                     const tessora::atlas::Result& result);
 
 /// `packed`: coordinates are those of create(); else those of partition().
-/// `overlaps`: also look for overlaps, in time about quadratic in the triangles of a grid cell.
+/// `overlaps`: also look for overlapping triangles, which takes most of the time.
 Judgement judge(const TestMesh& mesh, const tessora::atlas::Options& options,
                 const tessora::atlas::Result& result, bool packed, bool overlaps);
 

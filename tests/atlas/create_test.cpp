@@ -1,4 +1,4 @@
-// What the engine promises for every mesh, on meshes that are odd in one way each.
+// The engine's guarantees on meshes that each have one unusual property.
 #include "tests/atlas/shapes.h"
 
 #include <cmath>
@@ -17,7 +17,7 @@ std::string all_faults(const Judgement& j) {
     return text;
 }
 
-/// Unwraps in both modes and checks every guarantee; gives the judgement of quality mode.
+/// Unwraps in both modes and checks every guarantee; returns the judgement of quality mode.
 Judgement unwrap(const TestMesh& mesh, Options options = {}, Result* kept = nullptr) {
     Judgement last;
     for (Quality quality : {Quality::fast, Quality::quality}) {
@@ -41,7 +41,7 @@ Options with_stretch(float stretch) {
     return options;
 }
 
-TEST(AtlasCreate, AnEmptyMeshGivesAnEmptyAtlas) {
+TEST(AtlasCreate, AnEmptyMeshGivesAnEmptyResult) {
     Result result;
     EXPECT_EQ(create(TestMesh{}.view(), {}, result).status, Status::ok);
     EXPECT_EQ(result.chart_count, 0u);
@@ -66,7 +66,7 @@ TEST(AtlasCreate, AFlatGridOfQuadsStaysOneChartWithoutSeams) {
     EXPECT_EQ(j.seam, 0.0);
 }
 
-TEST(AtlasCreate, AWasherKeepsItsHoleWithoutASlit) {
+TEST(AtlasCreate, APlateWithAHoleStaysOneChartWithoutSeams) {
     const Judgement j = unwrap(washer(3), with_stretch(0));
     EXPECT_EQ(j.charts, 1u);
     EXPECT_EQ(j.seam, 0.0);
@@ -99,16 +99,16 @@ TEST(AtlasCreate, AnOpenCylinderUnrollsToOneChart) {
     EXPECT_LT(j.l2, 1.001);
 }
 
-TEST(AtlasCreate, HandlesUnwrap) { unwrap(pierced_plate(5)); }
+TEST(AtlasCreate, APlateOfGenusFiveUnwraps) { unwrap(pierced_plate(5)); }
 
-TEST(AtlasCreate, AWindingClashIsABorder) { unwrap(moebius(24)); }
+TEST(AtlasCreate, AMoebiusStripUnwraps) { unwrap(moebius(24)); }
 
-TEST(AtlasCreate, AFanOfMoreThanAFullTurnDoesNotOverlapItself) {
+TEST(AtlasCreate, AFanOfMoreThan360DegreesDoesNotOverlapItself) {
     unwrap(fan(12, 1.5));
     unwrap(fan(12, 3));
 }
 
-TEST(AtlasCreate, TwoTrianglesFoldedFlatUnfold) {
+TEST(AtlasCreate, TwoTrianglesFoldedOntoEachOtherUnwrap) {
     TestMesh mesh;
     const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0);
     mesh.triangle(a, b, mesh.vertex(0, 1, 0));
@@ -117,7 +117,7 @@ TEST(AtlasCreate, TwoTrianglesFoldedFlatUnfold) {
     unwrap(mesh);
 }
 
-TEST(AtlasCreate, BothSidesOfASheetUnwrap) {
+TEST(AtlasCreate, ADoubleSidedTriangleUnwraps) {
     TestMesh mesh;
     const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0), c = mesh.vertex(0, 1, 0);
     mesh.triangle(a, b, c);
@@ -126,7 +126,7 @@ TEST(AtlasCreate, BothSidesOfASheetUnwrap) {
     unwrap(mesh);
 }
 
-TEST(AtlasCreate, FalseEdgesThatNoPolygonCanHaveAreTakenAsReal) {
+TEST(AtlasCreate, FalseEdgesThatCannotBelongToAPolygonBecomeReal) {
     TestMesh mesh;
     const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0), c = mesh.vertex(0, 1, 0);
     mesh.triangle(a, b, c);
@@ -139,7 +139,7 @@ TEST(AtlasCreate, FalseEdgesThatNoPolygonCanHaveAreTakenAsReal) {
     EXPECT_EQ(all_faults(judge(mesh, {}, result, true, true)), "");
 }
 
-TEST(AtlasCreate, ThreeTrianglesOnOneEdgeHaveABorderThereWhateverTheAdjacencySays) {
+TEST(AtlasCreate, AnEdgeOfThreeTrianglesIsABorderEvenIfTheAdjacencyJoinsTwo) {
     TestMesh mesh;
     const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0);
     mesh.triangle(a, b, mesh.vertex(0, 1, 0));
@@ -152,13 +152,13 @@ TEST(AtlasCreate, ThreeTrianglesOnOneEdgeHaveABorderThereWhateverTheAdjacencySay
     EXPECT_EQ(unwrap(mesh).charts, 3u);
 }
 
-TEST(AtlasCreate, AnOpeningOnOneSideIsABorderOnBoth) {
+TEST(AtlasCreate, AnEdgeOpenedOnOneSideIsABorderOnBoth) {
     TestMesh mesh = flat_grid(1, false);
     mesh.adjacency[3] = mesh.adjacency[4] = mesh.adjacency[5] = k_none;
     EXPECT_EQ(unwrap(mesh).charts, 2u);
 }
 
-TEST(AtlasCreate, AVertexThatJoinsTwoSheetsIsSplit) {
+TEST(AtlasCreate, AVertexSharedByTwoSheetsIsSplit) {
     TestMesh mesh;
     const uint32_t hub = mesh.vertex(0, 0, 0);
     mesh.triangle(hub, mesh.vertex(1, 0, 0), mesh.vertex(1, 1, 0));
@@ -167,7 +167,7 @@ TEST(AtlasCreate, AVertexThatJoinsTwoSheetsIsSplit) {
     EXPECT_EQ(unwrap(mesh).charts, 2u);
 }
 
-TEST(AtlasCreate, DegenerateTrianglesAreCarried) {
+TEST(AtlasCreate, DegenerateTrianglesAreKept) {
     TestMesh mesh = flat_grid(4, false);
     const uint32_t a = mesh.vertex(9, 9, 9);
     mesh.triangle(0, 0, 1);
@@ -180,7 +180,7 @@ TEST(AtlasCreate, DegenerateTrianglesAreCarried) {
     unwrap(mesh);
 }
 
-TEST(AtlasCreate, DuplicateTrianglesAreCarried) {
+TEST(AtlasCreate, DuplicateTrianglesAreKept) {
     TestMesh mesh = flat_grid(2, false);
     mesh.triangle(mesh.indices[0], mesh.indices[1], mesh.indices[2]);
     mesh.triangle(mesh.indices[0], mesh.indices[1], mesh.indices[2]);
@@ -192,17 +192,17 @@ TEST(AtlasCreate, AThousandLooseTrianglesKeepTheGutter) {
     EXPECT_EQ(unwrap(loose_triangles(1000)).charts, 1000u);
 }
 
-TEST(AtlasCreate, APolygonWithAHoleIsNeverOpened) {
+TEST(AtlasCreate, APolygonWithAHoleStaysOneChart) {
     Result result;
     const Judgement j = unwrap(ring_polygon(12), with_stretch(0), &result);
     EXPECT_EQ(j.charts, 1u);
     EXPECT_TRUE(result.over_limit.empty());
 }
 
-TEST(AtlasCreate, AFoldedPolygonThatCannotBeFlatIsNamedOverTheLimit) {
+TEST(AtlasCreate, ANonPlanarPolygonBeyondTheStretchLimitIsListed) {
     TestMesh mesh;
     std::vector<uint32_t> corners;
-    for (int i = 0; i < 8; ++i) // a crown
+    for (int i = 0; i < 8; ++i) // a zigzag around the hub
         corners.push_back(mesh.vertex(float(std::cos(i * 0.785)), float(std::sin(i * 0.785)),
                                       i % 2 ? 3.0f : -3.0f));
     const uint32_t hub = mesh.vertex(0, 0, 0);
@@ -216,7 +216,7 @@ TEST(AtlasCreate, AFoldedPolygonThatCannotBeFlatIsNamedOverTheLimit) {
     EXPECT_EQ(result.over_limit.size(), 8u);
 }
 
-TEST(AtlasCreate, SliversOfOneToAMillionUnwrap) {
+TEST(AtlasCreate, QuadsAMillionTimesAsHighAsWideUnwrap) {
     TestMesh mesh;
     std::vector<uint32_t> low, high;
     for (int i = 0; i < 20; ++i) {
@@ -229,7 +229,7 @@ TEST(AtlasCreate, SliversOfOneToAMillionUnwrap) {
     unwrap(mesh);
 }
 
-TEST(AtlasCreate, TheUnitOfLengthDoesNotMatter) {
+TEST(AtlasCreate, ScalingTheMeshDoesNotChangeTheResult) {
     for (const TestMesh& original : {torus(16, 32), cube_of_quads(3), fan(12, 1.5)}) {
         Result first;
         ASSERT_EQ(create(original.view(), {}, first).status, Status::ok);
@@ -245,7 +245,7 @@ TEST(AtlasCreate, TheUnitOfLengthDoesNotMatter) {
     }
 }
 
-TEST(AtlasCreate, TheSameInputGivesTheSameBits) {
+TEST(AtlasCreate, TheSameInputGivesIdenticalResults) {
     const TestMesh mesh = torus(16, 32);
     Result first, second;
     ASSERT_EQ(create(mesh.view(), {}, first).status, Status::ok);
@@ -256,7 +256,7 @@ TEST(AtlasCreate, TheSameInputGivesTheSameBits) {
     EXPECT_EQ(first.indices, second.indices);
 }
 
-TEST(AtlasCreate, NarrowTexturesAreFilledWithinTheirRange) {
+TEST(AtlasCreate, CoordinatesStayWithinNarrowTextures) {
     Options options;
     options.width = 1024;
     options.height = 256;
@@ -276,7 +276,7 @@ TEST(AtlasCreate, AGutterAsWideAsTheTextureDoesNotFit) {
     EXPECT_TRUE(result.indices.empty());
 }
 
-TEST(AtlasCreate, AChartLimitBelowWhatIsNeededIsRefusedWithTheNumber) {
+TEST(AtlasCreate, ExceedingTheChartLimitFailsWithTheNumberOfCharts) {
     Options options;
     options.max_charts = 2;
     Result result;
@@ -287,7 +287,7 @@ TEST(AtlasCreate, AChartLimitBelowWhatIsNeededIsRefusedWithTheNumber) {
     EXPECT_EQ(create(loose_triangles(3).view(), options, result).status, Status::ok);
 }
 
-/// Quads of the given height in a row, a unit wide.
+/// A row of quads, each 1 wide and `height` high.
 TestMesh row_of_quads(uint32_t count, float height = 1) {
     TestMesh mesh;
     for (uint32_t i = 0; i <= count; ++i) {
@@ -300,7 +300,7 @@ TestMesh row_of_quads(uint32_t count, float height = 1) {
     return mesh;
 }
 
-TEST(AtlasCutToPack, ALongStripIsCutUntilItFillsTheTexture) {
+TEST(AtlasCutToPack, ALongStripIsCutAndCoverageGrows) {
     const TestMesh strip = row_of_quads(40);
     Options options;
     const Judgement whole = unwrap(strip, options);
@@ -313,19 +313,19 @@ TEST(AtlasCutToPack, ALongStripIsCutUntilItFillsTheTexture) {
     EXPECT_NEAR(cut.l2, 1, 1e-5);
 }
 
-TEST(AtlasCutToPack, WhatFillsTheTextureIsLeftWhole) {
+TEST(AtlasCutToPack, AChartThatFillsTheTextureIsNotCut) {
     Options options;
     options.cut_to_pack = true;
     EXPECT_EQ(unwrap(flat_grid(8, true), options).charts, 1u);
 }
 
-TEST(AtlasCutToPack, ACutThatLetsNothingGrowIsTakenBack) {
+TEST(AtlasCutToPack, ACutThatDoesNotRaiseTheScaleIsUndone) {
     Options options;
     options.cut_to_pack = true;
     EXPECT_EQ(unwrap(row_of_quads(4, 3), options).charts, 1u);
 }
 
-TEST(AtlasCutToPack, KeepsTheChartLimit) {
+TEST(AtlasCutToPack, CuttingRespectsTheChartLimit) {
     Options options;
     options.cut_to_pack = true;
     options.max_charts = 3;
@@ -334,8 +334,8 @@ TEST(AtlasCutToPack, KeepsTheChartLimit) {
     EXPECT_LE(cut.charts, 3u);
 }
 
-TEST(AtlasCutToPack, PolygonsStayWhole) {
-    TestMesh strip; // no polygon ends at the middle of the strip
+TEST(AtlasCutToPack, PolygonsAreNotCut) {
+    TestMesh strip; // the middle of the strip is inside a polygon
     const uint32_t a = strip.vertex(0, 0, 0), b = strip.vertex(61, 0, 0),
                    c = strip.vertex(100, 0, 0);
     const uint32_t d = strip.vertex(100, 1, 0), e = strip.vertex(61, 1, 0),
@@ -348,7 +348,7 @@ TEST(AtlasCutToPack, PolygonsStayWhole) {
     EXPECT_EQ(unwrap(strip, options).charts, 2u);
 }
 
-TEST(AtlasCreate, BadInputIsRefusedByName) {
+TEST(AtlasCreate, InvalidArraysFailWithStatusAndElement) {
     Result result;
     TestMesh mesh = loose_triangles(2);
     mesh.indices[4] = 6;
@@ -373,7 +373,7 @@ TEST(AtlasCreate, BadInputIsRefusedByName) {
     EXPECT_EQ(create(mesh.view(), {}, result).status, Status::invalid_argument);
 }
 
-TEST(AtlasCreate, OptionsOutOfRangeAreRefused) {
+TEST(AtlasCreate, OptionsOutOfRangeAreInvalidArguments) {
     const TestMesh mesh = loose_triangles(2);
     Result result;
     for (float bad : {-0.1f, 1.1f, std::numeric_limits<float>::quiet_NaN()}) {
@@ -401,7 +401,7 @@ struct Calls {
     }
 };
 
-TEST(AtlasProgress, RisesToOneInElevenCallsAtMost) {
+TEST(AtlasProgress, IncreasesToOneInAtMostElevenCalls) {
     Calls calls;
     Options options;
     options.progress = Calls::note;
@@ -414,7 +414,7 @@ TEST(AtlasProgress, RisesToOneInElevenCallsAtMost) {
         EXPECT_LT(calls.fractions[i - 1], calls.fractions[i]);
 }
 
-TEST(AtlasProgress, ANonZeroAnswerStopsTheWorkAtAnyCall) {
+TEST(AtlasProgress, ReturningNonZeroAbortsAtAnyCall) {
     for (size_t stop = 1; stop <= 11; ++stop) {
         Calls calls;
         calls.stop_after = stop;
@@ -428,7 +428,7 @@ TEST(AtlasProgress, ANonZeroAnswerStopsTheWorkAtAnyCall) {
     }
 }
 
-TEST(AtlasPartition, OpensTheAdjacencyAlongChartBorders) {
+TEST(AtlasPartition, AdjacencyIsOpenedAlongChartBorders) {
     const TestMesh mesh = cube_of_quads(2);
     Result result;
     std::vector<uint32_t> adjacency;
@@ -443,7 +443,7 @@ TEST(AtlasPartition, OpensTheAdjacencyAlongChartBorders) {
     }
 }
 
-TEST(AtlasPartition, ChartsHaveTheAreaOfTheirTriangles) {
+TEST(AtlasPartition, TotalUvAreaIsOne) {
     const TestMesh mesh = cube_of_quads(2);
     Result result;
     std::vector<uint32_t> adjacency;
@@ -461,7 +461,7 @@ TEST(AtlasPartition, ChartsHaveTheAreaOfTheirTriangles) {
     EXPECT_NEAR(area, 1.0, 1e-5);
 }
 
-TEST(AtlasDescribe, EveryStatusHasASentence) {
+TEST(AtlasDescribe, EveryStatusHasADescription) {
     for (int s = 0; s <= int(Status::out_of_memory); ++s)
         EXPECT_GT(std::string(describe(Status(s))).size(), 10u);
 }

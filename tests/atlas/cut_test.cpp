@@ -1,4 +1,4 @@
-// Charts cut in two, and put together again.
+// Cutting charts in two and undoing it.
 #include "atlas/charts/cut.h"
 #include "tests/atlas/grid_charts.h"
 
@@ -22,7 +22,7 @@ protected:
     std::unique_ptr<ChartCutter> cutter;
 };
 
-TEST_F(ChartCutterTest, HalvesAreCutAcrossTheLongAxis) {
+TEST_F(ChartCutterTest, CutsAcrossTheLongAxis) {
     prepare(true);
     ASSERT_TRUE(cutter->cut(0));
     EXPECT_EQ(set->charts.size(), 3u);
@@ -34,15 +34,15 @@ TEST_F(ChartCutterTest, HalvesAreCutAcrossTheLongAxis) {
     EXPECT_EQ(set->charts[0].border.size() + set->charts[2].border.size(), 24u);
 }
 
-TEST_F(ChartCutterTest, TheCutIsStraightAlsoThroughTriangles) {
-    prepare(false, 5); // the middle runs through cells
+TEST_F(ChartCutterTest, CutThroughTrianglesIsSmoothedToAStraightLine) {
+    prepare(false, 5); // the middle of five columns runs through cells
     ASSERT_TRUE(cutter->cut(0));
     const double borders = set->charts[0].border_length + set->charts[2].border_length;
     EXPECT_NEAR(borders / set->surface.edge_length(0), 10 + 12, 1e-9);
     expect_undistorted();
 }
 
-TEST_F(ChartCutterTest, UndoPutsEverythingBackLastCutFirst) {
+TEST_F(ChartCutterTest, UndoRestoresEverythingInReverseOrder) {
     prepare(false);
     const ChartSet before = *set;
     ASSERT_TRUE(cutter->cut(0));
@@ -63,7 +63,7 @@ TEST_F(ChartCutterTest, UndoPutsEverythingBackLastCutFirst) {
     }
 }
 
-TEST_F(ChartCutterTest, AChartOfOnePolygonIsNotCut) {
+TEST_F(ChartCutterTest, ChartsOfOnePolygonAreNotCut) {
     build_flat(2, 1, true, [](int x, int, bool) { return x; });
     flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
     smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hard);

@@ -16,8 +16,8 @@ Span<T> span(const std::vector<T>& v) {
     return {v.data(), v.size()};
 }
 
-/// Charts as the earlier stages would leave them.
-struct Flat {
+/// Owns the arrays of EmitCharts.
+struct FlatCharts {
     std::vector<uint32_t> indices, corner_class, chart;
     std::vector<double> class_uv, stretch;
     std::vector<uint8_t> over;
@@ -29,21 +29,20 @@ struct Flat {
 };
 
 /// Two triangles over one quad, in two charts; source vertex 5 is unused.
-Flat two_charts() {
-    Flat flat;
+FlatCharts two_charts() {
+    FlatCharts flat;
     flat.indices = {3, 1, 2, 0, 1, 3};
     flat.corner_class = {0, 1, 2, 5, 3, 4};
     flat.chart = {0, 1};
-    flat.class_uv = {0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1};
     flat.class_uv = {0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0};
     flat.stretch = {0.125, 5e-7};
     return flat;
 }
 
-/// A height x width grid of quads, two triangles each, in one chart; `place` maps grid to plane.
+/// A grid of quads, two triangles each, in one chart; `place` maps grid positions to UV.
 template <class Place>
-Flat grid(uint32_t columns, uint32_t rows, Place place) {
-    Flat flat;
+FlatCharts grid(uint32_t columns, uint32_t rows, Place place) {
+    FlatCharts flat;
     for (uint32_t y = 0; y <= rows; ++y)
         for (uint32_t x = 0; x <= columns; ++x) {
             const Point p = place(x, y);
@@ -70,7 +69,7 @@ PackOptions options_of(uint32_t width, uint32_t height, float gutter) {
     return options;
 }
 
-Packing pack_one(const Flat& flat, const PackOptions& options) {
+Packing pack_one(const FlatCharts& flat, const PackOptions& options) {
     std::vector<uint32_t> edges, begin{0};
     for (size_t t = 0; t < flat.chart.size(); ++t)
         for (int k = 0; k < 3; ++k)
@@ -95,16 +94,16 @@ uint32_t count_flips(const Result& result, const std::vector<float>& uvs) {
 
 } // namespace
 
-TEST(Emit, VerticesComeBySourceThenFirstCorner) {
-    const Flat flat = two_charts();
+TEST(Emit, VerticesAreOrderedBySourceThenFirstCorner) {
+    const FlatCharts flat = two_charts();
     Result result;
     emit_unpacked(flat.face(), result);
     EXPECT_EQ(result.source_vertex, (std::vector<uint32_t>{0, 1, 1, 2, 3, 3}));
     EXPECT_EQ(result.indices, (std::vector<uint32_t>{4, 1, 3, 0, 2, 5}));
 }
 
-TEST(Emit, TrianglesKeepNumberOrderAndCorners) {
-    const Flat flat = two_charts();
+TEST(Emit, TrianglesKeepTheirOrderAndCorners) {
+    const FlatCharts flat = two_charts();
     Result result;
     emit_unpacked(flat.face(), result);
     ASSERT_EQ(result.indices.size(), flat.indices.size());
@@ -114,8 +113,8 @@ TEST(Emit, TrianglesKeepNumberOrderAndCorners) {
     EXPECT_EQ(result.chart_count, 2u);
 }
 
-TEST(Emit, StretchIsTheWorstCharts) {
-    Flat flat = two_charts();
+TEST(Emit, StretchIsTheMaximumOverCharts) {
+    FlatCharts flat = two_charts();
     Result result;
     emit_unpacked(flat.face(), result);
     EXPECT_EQ(result.stretch, 0.125f);
@@ -124,8 +123,8 @@ TEST(Emit, StretchIsTheWorstCharts) {
     EXPECT_EQ(result.stretch, 0.0f);
 }
 
-TEST(Emit, OverLimitListsTheChartsTriangles) {
-    Flat flat = two_charts();
+TEST(Emit, OverLimitListsTrianglesOfChartsOverTheLimit) {
+    FlatCharts flat = two_charts();
     Result result;
     result.over_limit = {7};
     emit_unpacked(flat.face(), result);
@@ -136,7 +135,7 @@ TEST(Emit, OverLimitListsTheChartsTriangles) {
 }
 
 TEST(Emit, UnpackedChartsKeepTheirSizeAndStartAtTheOrigin) {
-    const Flat flat = grid(3, 2, [](uint32_t x, uint32_t y) {
+    const FlatCharts flat = grid(3, 2, [](uint32_t x, uint32_t y) {
         return Point{100.0 + x, -50.0 + y};
     });
     Result result;
@@ -148,8 +147,8 @@ TEST(Emit, UnpackedChartsKeepTheirSizeAndStartAtTheOrigin) {
     }
 }
 
-TEST(Emit, NoTrianglesGiveNothing) {
-    const Flat flat;
+TEST(Emit, NoTrianglesGiveEmptyArrays) {
+    const FlatCharts flat;
     Result result;
     emit_unpacked(flat.face(), result);
     EXPECT_TRUE(result.lost.empty());
@@ -164,7 +163,7 @@ TEST(Emit, CoordinatesAreInUnitsOfTheLongerSide) {
                                         {512, 512},
                                         {300, 100},
                                         {8192, 8}}) {
-        const Flat flat = grid(8, 8, [](uint32_t x, uint32_t y) {
+        const FlatCharts flat = grid(8, 8, [](uint32_t x, uint32_t y) {
             return Point{3.0 * x, 1.0 * y};
         });
         for (float gutter : {0.0f, 2.0f}) {
@@ -187,7 +186,7 @@ TEST(Emit, CoordinatesAreInUnitsOfTheLongerSide) {
                 EXPECT_GE(f, 0.0f);
                 EXPECT_LE(f, 1.0f);
             }
-            // One texel is one texel on both axes: the grid's long side is three times its width.
+            // Shapes are undistorted in texels: the grid is three times as wide as high.
             const auto at = [&](size_t v) {
                 return Point{final_uvs[2 * v] * double(width),
                              final_uvs[2 * v + 1] * double(height)};
@@ -201,8 +200,8 @@ TEST(Emit, CoordinatesAreInUnitsOfTheLongerSide) {
 }
 
 TEST(Emit, NeedlesSurviveRounding) {
-    // A row a hundred-millionth as high as wide: single precision does not resolve it here.
-    const Flat flat = grid(40, 6, [](uint32_t x, uint32_t y) {
+    // One row of the grid is 3e-7 high and 40 wide: less than a lattice step after packing.
+    const FlatCharts flat = grid(40, 6, [](uint32_t x, uint32_t y) {
         return Point{1.0 * x, y <= 3 ? 5.0 * y : 5.0 * y - 5.0 + 3e-7};
     });
     const PackOptions options = options_of(512, 512, 2);
@@ -216,9 +215,9 @@ TEST(Emit, NeedlesSurviveRounding) {
     EXPECT_EQ(count_flips(result, final_uvs), 0u);
 }
 
-TEST(Emit, ImpossibleTrianglesAreNamed) {
+TEST(Emit, TrianglesThatCannotBeKeptAreListedAsLost) {
     // Four thousand triangles inside one lattice step.
-    const Flat flat = grid(60, 60, [](uint32_t x, uint32_t y) {
+    const FlatCharts flat = grid(60, 60, [](uint32_t x, uint32_t y) {
         return Point{x == 60 ? 1.0 : 1e-10 * x, y == 60 ? 1.0 : 1e-10 * y};
     });
     const PackOptions options = options_of(512, 512, 2);
@@ -243,7 +242,7 @@ TEST(EmitProperty, ThinRandomGridsKeepTheirOrientation) {
             y.push_back(y.back() + 0.5 + unit(random));
         }
         const double shear = unit(random);
-        const Flat flat = grid(12, 12, [&](uint32_t i, uint32_t j) {
+        const FlatCharts flat = grid(12, 12, [&](uint32_t i, uint32_t j) {
             return Point{x[i] + shear * y[j], y[j]};
         });
         const PackOptions options = options_of(256, 128, 3);

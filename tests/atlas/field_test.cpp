@@ -12,7 +12,7 @@ bool has(const Mask& mask, uint32_t x, uint32_t y) {
     return x < mask.width && y < mask.height && (mask.row_word(y, x / 64) >> (x % 64) & 1) != 0;
 }
 
-/// A taken-or-free grid as plain as can be.
+/// A simple reference implementation of Field.
 struct PlainField {
     uint32_t width, height;
     std::vector<uint8_t> taken;
@@ -42,15 +42,15 @@ struct PlainField {
     }
 };
 
-Mask mask_of(const ChartSet& set, uint32_t chart, Turn turn, double scale, double radius) {
-    const Outlines outlines = trace_outlines(set.face());
+Mask mask_of(const PackInput& set, uint32_t chart, Turn turn, double scale, double radius) {
+    const ChartChains chains = chain_borders(set.face());
     Mask mask;
-    draw_mask(outlines, outlines.shapes[chart], turn, scale, radius, mask);
+    draw_mask(chains, chains.shapes[chart], turn, scale, radius, mask);
     return mask;
 }
 
-/// Whether a point in cells lies in the chart, by crossings to its right.
-bool inside(const ChartSet& set, const Mask& mask, double scale, double x, double y) {
+/// Whether a point, in cells, lies in the chart, by the even-odd rule.
+bool inside(const PackInput& set, const Mask& mask, double scale, double x, double y) {
     bool odd = false;
     for (size_t e = 0; e < set.edges.size(); e += 2) {
         const auto point = [&](size_t end) {
@@ -71,8 +71,8 @@ double distance_to_square(Point p, double x, double y) {
 
 } // namespace
 
-TEST(PackMask, SquareOfFourCellsWithOneCellAround) {
-    ChartSet set;
+TEST(PackMask, WidensABoxOfFourCellsByOneCell) {
+    PackInput set;
     set.box(4, 4);
     const Mask mask = mask_of(set, 0, {}, 1, 0.999);
     EXPECT_EQ(mask.width, 6u);
@@ -81,8 +81,8 @@ TEST(PackMask, SquareOfFourCellsWithOneCellAround) {
     EXPECT_EQ(mask.square_level, 2u);
 }
 
-TEST(PackMask, HoleStaysFree) {
-    ChartSet set;
+TEST(PackMask, HolesStayFree) {
+    PackInput set;
     set.loop(ring(30, 64));
     set.loop(ring(20, 64, true));
     set.close();
@@ -92,7 +92,7 @@ TEST(PackMask, HoleStaysFree) {
 }
 
 TEST(PackMask, ChartWithoutEdgesIsEmpty) {
-    ChartSet set;
+    PackInput set;
     set.close();
     const Mask mask = mask_of(set, 0, {}, 1, 2);
     EXPECT_EQ(mask.width, 0u);
@@ -101,14 +101,14 @@ TEST(PackMask, ChartWithoutEdgesIsEmpty) {
     EXPECT_EQ(turned.width, 0u);
 }
 
-TEST(PackMaskProperty, CoversEveryCellWithinReachAndHardlyMore) {
+TEST(PackMaskProperty, SetsCellsWithinTheRadiusAndNoOthersFurtherAway) {
     for (uint32_t seed = 1; seed <= 40; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
-        ChartSet set = random_charts(random, 1);
+        PackInput set = random_charts(random, 1);
         const double radius = 0.3 + 0.2 * (random() % 15), scale = 20 + random() % 60;
         const Mask mask = mask_of(set, 0, {0.6, 0.8}, scale, radius);
-        // Points along the border: each reaches cells within the radius and no others.
+        // Distance of every cell to densely sampled border points.
         std::vector<double> nearest(size_t(mask.width) * mask.height, 1e9);
         for (size_t e = 0; e < set.edges.size(); e += 2) {
             const double* a = &set.points[2 * set.edges[e]];
@@ -128,8 +128,8 @@ TEST(PackMaskProperty, CoversEveryCellWithinReachAndHardlyMore) {
                             EXPECT_GT(d, radius);
                             continue;
                         }
-                        double& least = nearest[size_t(y) * mask.width + size_t(x)];
-                        least = std::min(least, d);
+                        double& distance = nearest[size_t(y) * mask.width + size_t(x)];
+                        distance = std::min(distance, d);
                     }
             }
         }
@@ -145,11 +145,11 @@ TEST(PackMaskProperty, CoversEveryCellWithinReachAndHardlyMore) {
     }
 }
 
-TEST(PackMaskProperty, TurningBitsMovesEveryCell) {
+TEST(PackMaskProperty, QuarterTurnsMoveEveryCellCorrectly) {
     for (uint32_t seed = 1; seed <= 30; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
-        const ChartSet set = random_charts(random, 1);
+        const PackInput set = random_charts(random, 1);
         const Mask mask = mask_of(set, 0, {}, 5 + random() % 90, 1.5);
         for (uint32_t quarters = 1; quarters <= 3; ++quarters) {
             Mask turned_mask;
@@ -173,7 +173,7 @@ TEST(PackMaskProperty, TurningBitsMovesEveryCell) {
     }
 }
 
-TEST(PackFieldProperty, FindsWhatAPlainSearchFinds) {
+TEST(PackFieldProperty, FindsTheSamePlaceAsALinearSearch) {
     for (uint32_t seed = 1; seed <= 25; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
@@ -182,7 +182,7 @@ TEST(PackFieldProperty, FindsWhatAPlainSearchFinds) {
         Field field;
         field.reset(width, height, 8, 1 + random() % 7);
         for (int i = 0; i < 40; ++i) {
-            const ChartSet set = random_charts(random, 1);
+            const PackInput set = random_charts(random, 1);
             const Mask mask = mask_of(set, 0, {}, 3 + random() % 20, 0.6);
             const uint32_t top = random() % 4 == 0 ? height / 2 : height;
             const uint32_t bottom = random() % 4 == 0 ? random() % height : 0;
@@ -202,7 +202,7 @@ TEST(PackFieldProperty, FindsWhatAPlainSearchFinds) {
 }
 
 TEST(PackField, MaskLargerThanTheFieldFindsNoPlace) {
-    ChartSet set;
+    PackInput set;
     set.box(10, 3);
     const Mask mask = mask_of(set, 0, {}, 1, 0.5);
     Field field;

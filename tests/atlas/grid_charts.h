@@ -1,4 +1,4 @@
-/// Two charts on a grid, laid flat without any of the engine's decisions.
+/// A test fixture: two charts on a grid, flattened without any stage of the engine.
 #pragma once
 
 #include "atlas/charts/clusters.h"
@@ -14,11 +14,12 @@ namespace atlas_test {
 
 using namespace tessora::atlas;
 
-/// A grid of unit cells over the plane, laid flat as it is, in two charts.
+/// A grid of unit cells whose triangles are assigned to two charts; UV is x and y.
 class GridCharts : public testing::Test {
 protected:
     using Height = std::function<float(int x, int y)>;
-    /// In chart 0 or 1? 2 leaves a hole. `upper` tells the two triangles of a cell apart.
+    /// The chart of a triangle, 0 or 1; 2 leaves the cell out. `upper` is true for the second
+    /// triangle of a cell.
     using Side = std::function<uint32_t(int x, int y, bool upper)>;
 
     void build(int columns, int rows, bool quads, const Side& side, const Height& height) {
@@ -67,7 +68,7 @@ protected:
     void build_flat(int columns, int rows, bool quads, const Side& side) {
         build(columns, rows, quads, side, [](int, int) { return 0.0f; });
     }
-    /// Charts of the triangles, two of a cell in a row.
+    /// The charts of all triangles as digits, two per cell, cells row by row.
     std::string sides() const {
         std::string text;
         for (uint32_t c : set->chart)

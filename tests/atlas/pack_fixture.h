@@ -1,6 +1,5 @@
-/// Charts to pack and an independent judge of the result: it repeats what the caller does to
-/// returned coordinates, in single precision, and measures distances between segments exactly as
-/// they are, without any grid of cells.
+/// Charts to pack and an independent check of the layout: it applies the caller's aspect correction
+/// and margin in single precision and measures distances between border segments directly.
 #pragma once
 
 #include "atlas/pack/pack.h"
@@ -18,8 +17,8 @@ struct Point {
     double x, y;
 };
 
-/// Charts under construction.
-struct ChartSet {
+/// Owns the arrays of PackCharts.
+struct PackInput {
     std::vector<double> points;
     std::vector<uint32_t> edges;
     std::vector<uint32_t> edge_begin{0};
@@ -54,7 +53,7 @@ inline std::vector<Point> ring(double radius, uint32_t n, bool clockwise = false
     return points;
 }
 
-/// A closed curve around the origin with bumps: star-shaped, so it never crosses itself.
+/// A random star-shaped curve around the origin.
 inline std::vector<Point> blob(std::mt19937& random, double radius, uint32_t n) {
     std::uniform_real_distribution<double> unit(0, 1);
     const double a2 = 0.35 * unit(random), a3 = 0.25 * unit(random), p2 = 6.28 * unit(random),
@@ -72,9 +71,9 @@ inline std::vector<Point> blob(std::mt19937& random, double radius, uint32_t n) 
 }
 
 /// Blobs, boxes, needles, rings, points and folded segments of widely spread sizes.
-inline ChartSet random_charts(std::mt19937& random, uint32_t count) {
+inline PackInput random_charts(std::mt19937& random, uint32_t count) {
     std::uniform_real_distribution<double> unit(0, 1);
-    ChartSet set;
+    PackInput set;
     for (uint32_t i = 0; i < count; ++i) {
         const double size = 0.05 / (0.05 + unit(random));
         switch (random() % 12) {
@@ -113,8 +112,8 @@ inline ChartSet random_charts(std::mt19937& random, uint32_t count) {
     return set;
 }
 
-/// The texture coordinates that the caller ends with, from what the engine returns: first the fit
-/// into the unit square, then the aspect correction, then the margin. Single precision throughout.
+/// Applies to returned coordinates what the caller does, in single precision: the fit into the unit
+/// square, the aspect correction, the margin.
 inline void adjust_like_the_caller(std::vector<float>& uv, uint32_t width, uint32_t height,
                                    float gutter) {
     const float w = float(width), h = float(height);
@@ -140,10 +139,11 @@ inline void adjust_like_the_caller(std::vector<float>& uv, uint32_t width, uint3
 }
 
 struct Judgement {
-    double gap = std::numeric_limits<double>::infinity(); ///< least distance of two charts, texels
-    bool overlap = false;                                 ///< some chart lies inside another
-    double low = 1, high = 0;                             ///< range of the final coordinates
-    bool distorted = false; ///< some edge is not the chart's edge at the packing's scale
+    double gap =
+        std::numeric_limits<double>::infinity(); ///< minimum distance of two charts, texels
+    bool overlap = false;                        ///< some chart lies inside another
+    double low = 1, high = 0;                    ///< range of the final coordinates
+    bool distorted = false; ///< some edge does not have its chart length times the scale
 };
 
 namespace detail {
@@ -169,8 +169,8 @@ inline double squared_distance(Point a, Point b, Point c, Point d) {
 
 } // namespace detail
 
-/// Judges placements in the final texture. Distances above `reach` texels are not looked for.
-inline Judgement judge(const ChartSet& set, const Packing& packing, const PackOptions& options,
+/// Checks placements in the final texture. Distances above `reach` texels are not found.
+inline Judgement judge(const PackInput& set, const Packing& packing, const PackOptions& options,
                        double reach) {
     const InnerRectangle inner = inner_rectangle(options.width, options.height, options.gutter);
     struct Piece {
@@ -208,12 +208,12 @@ inline Judgement judge(const ChartSet& set, const Packing& packing, const PackOp
             pieces.push_back(piece);
         }
     }
-    // Buckets of whole texels, each piece entered in all it may touch when widened by the reach.
+    // A grid of buckets; every segment is entered in all buckets within its reach.
     const double size = std::max(4.0, reach);
     const int columns = int(options.width / size) + 2, rows = int(options.height / size) + 2;
     std::vector<std::vector<uint32_t>> buckets(size_t(columns) * rows);
     const auto clamp = [](double v, int n) { return std::min(n - 1, std::max(0, int(v))); };
-    double least = reach * reach;
+    double min_squared = reach * reach;
     for (uint32_t i = 0; i < pieces.size(); ++i) {
         const Piece& p = pieces[i];
         const int x0 = clamp((std::min(p.a.x, p.b.x) - reach) / size, columns);
@@ -225,14 +225,15 @@ inline Judgement judge(const ChartSet& set, const Packing& packing, const PackOp
                 std::vector<uint32_t>& bucket = buckets[size_t(y) * columns + x];
                 for (uint32_t j : bucket)
                     if (pieces[j].chart != p.chart)
-                        least = std::min(
-                            least, detail::squared_distance(p.a, p.b, pieces[j].a, pieces[j].b));
+                        min_squared =
+                            std::min(min_squared,
+                                     detail::squared_distance(p.a, p.b, pieces[j].a, pieces[j].b));
                 bucket.push_back(i);
             }
     }
-    if (least < reach * reach)
-        judgement.gap = std::sqrt(least);
-    // Borders that keep apart leave only one way to overlap: a whole chart inside another.
+    if (min_squared < reach * reach)
+        judgement.gap = std::sqrt(min_squared);
+    // Charts whose borders are apart can only overlap if one contains the other.
     for (uint32_t c = 0; c < set.count(); ++c) {
         const auto own = std::find_if(pieces.begin(), pieces.end(),
                                       [&](const Piece& p) { return p.chart == c; });

@@ -18,8 +18,8 @@ PackOptions options_of(uint32_t width, uint32_t height, float gutter,
     return options;
 }
 
-/// Packs and expects a valid layout; gives the coverage.
-double expect_valid(const ChartSet& set, const PackOptions& options) {
+/// Packs, expects a valid layout, and returns its coverage.
+double expect_valid(const PackInput& set, const PackOptions& options) {
     const Packing packing = pack(set.face(), options);
     EXPECT_EQ(packing.status, Status::ok);
     if (packing.status != Status::ok)
@@ -39,61 +39,61 @@ double expect_valid(const ChartSet& set, const PackOptions& options) {
 
 } // namespace
 
-TEST(PackFormulas, InnerRectangleIsWhatTheMarginLeaves) {
+TEST(PackFormulas, InnerRectangleIsTheTextureWithoutTheMargin) {
     const InnerRectangle inner = inner_rectangle(1024, 512, 2);
     EXPECT_DOUBLE_EQ(inner.width, 1020);
     EXPECT_DOUBLE_EQ(inner.height, 510);
     EXPECT_DOUBLE_EQ(inner.unit, 1020);
 }
 
-TEST(PackFormulas, CapacityCountsPointsOnAGridOfGutters) {
+TEST(PackFormulas, CapacityCountsPointsOneGutterApart) {
     EXPECT_EQ(gutter_capacity(512, 512, 2), 256u * 256u);
     EXPECT_EQ(gutter_capacity(1024, 256, 8), 125u * 32u);
     EXPECT_EQ(gutter_capacity(64, 64, 64), 0u);
     EXPECT_EQ(gutter_capacity(64, 64, 0), ~uint64_t(0));
 }
 
-TEST(PackFormulas, SafeGutterExceedsTheAskedOneByLittle) {
+TEST(PackFormulas, SafeGutterIsSlightlyLargerThanRequested) {
     EXPECT_GT(safe_gutter(512, 512, 2), 2.001);
     EXPECT_LT(safe_gutter(512, 512, 2), 2.003);
     EXPECT_LT(safe_gutter(8192, 8192, 2), 2.03);
 }
 
-TEST(Pack, NothingToPackIsALayout) {
-    const ChartSet set;
+TEST(Pack, NoChartsIsAValidLayout) {
+    const PackInput set;
     const Packing packing = pack(set.face(), options_of(512, 512, 2));
     EXPECT_EQ(packing.status, Status::ok);
     EXPECT_TRUE(packing.placements.empty());
 }
 
 TEST(Pack, OneSquareFillsASquareTexture) {
-    ChartSet set;
+    PackInput set;
     set.box(3, 3);
     EXPECT_GT(expect_valid(set, options_of(512, 512, 2)), 0.97);
 }
 
-TEST(Pack, OneTurnedSquareIsTurnedBack) {
-    ChartSet set;
+TEST(Pack, ARotatedSquareIsAlignedWithTheTexture) {
+    PackInput set;
     set.chart({{0, 0}, {4, 3}, {1, 7}, {-3, 4}});
     EXPECT_GT(expect_valid(set, options_of(512, 512, 2)), 0.97);
 }
 
-TEST(Pack, OneLongBoxLiesAlongALongTexture) {
-    ChartSet set;
+TEST(Pack, ALongBoxIsAlignedWithALongTexture) {
+    PackInput set;
     set.box(1, 8);
     EXPECT_GT(expect_valid(set, options_of(1024, 128, 1)), 0.9);
     EXPECT_GT(expect_valid(set, options_of(128, 1024, 1)), 0.9);
 }
 
 TEST(Pack, FourSquaresFillASquareTexture) {
-    ChartSet set;
+    PackInput set;
     for (int i = 0; i < 4; ++i)
         set.box(1, 1);
     EXPECT_GT(expect_valid(set, options_of(512, 512, 2)), 0.95);
 }
 
-TEST(Pack, ChartsNestInHoles) {
-    ChartSet set;
+TEST(Pack, ChartsArePackedIntoHolesOfOthers) {
+    PackInput set;
     set.loop({{0, 0}, {10, 0}, {10, 10}, {0, 10}});
     set.loop({{1, 1}, {1, 9}, {9, 9}, {9, 1}});
     set.close();
@@ -101,8 +101,8 @@ TEST(Pack, ChartsNestInHoles) {
     EXPECT_GT(expect_valid(set, options_of(512, 512, 4)), 0.8);
 }
 
-TEST(Pack, SlitSidesThatCoincideAreNoRoom) {
-    ChartSet set;
+TEST(Pack, NothingIsPackedIntoAClosedSlit) {
+    PackInput set;
     set.loop({{0, 0}, {10, 0}, {10, 10}, {0, 10}});
     set.loop({{2, 5}, {8, 5}});
     set.close();
@@ -110,8 +110,8 @@ TEST(Pack, SlitSidesThatCoincideAreNoRoom) {
     EXPECT_GT(expect_valid(set, options_of(256, 256, 2)), 0.75);
 }
 
-TEST(Pack, PointsAndSegmentsGetPlaces) {
-    ChartSet set;
+TEST(Pack, PointsAndSegmentsArePlaced) {
+    PackInput set;
     set.chart({{5, 5}});
     set.chart({{0, 0}, {1, 2}});
     set.chart({{0, 0}, {3, 0}, {1, 0}});
@@ -119,53 +119,53 @@ TEST(Pack, PointsAndSegmentsGetPlaces) {
     expect_valid(set, options_of(64, 64, 3));
 }
 
-TEST(Pack, OnlyPointsGetPlaces) {
-    ChartSet set;
+TEST(Pack, ChartsThatAreAllPointsArePlaced) {
+    PackInput set;
     for (int i = 0; i < 50; ++i)
         set.chart({{double(i), 1}});
     expect_valid(set, options_of(64, 64, 4));
 }
 
 TEST(Pack, ChartWithoutEdgesTakesNoRoom) {
-    ChartSet set;
+    PackInput set;
     set.close();
     set.box(1, 1);
     set.close();
     EXPECT_GT(expect_valid(set, options_of(512, 512, 2)), 0.97);
 }
 
-TEST(Pack, NeedleLiesAcrossTheTexture) {
-    ChartSet set;
+TEST(Pack, ANeedleIsPlacedWithinTheTexture) {
+    PackInput set;
     set.box(1e6, 1);
     set.box(10, 1);
     expect_valid(set, options_of(512, 512, 2));
 }
 
 TEST(Pack, GutterZeroLetsChartsTouchButNotOverlap) {
-    ChartSet set;
+    PackInput set;
     for (int i = 0; i < 9; ++i)
         set.box(1, 1);
     EXPECT_GT(expect_valid(set, options_of(512, 512, 0)), 0.97);
 }
 
-TEST(Pack, ExtremeTextureShapes) {
+TEST(Pack, TexturesOfExtremeProportionsAreFilledValidly) {
     std::mt19937 random(5);
-    const ChartSet set = random_charts(random, 20);
+    const PackInput set = random_charts(random, 20);
     expect_valid(set, options_of(8192, 8, 1));
     expect_valid(set, options_of(8, 8192, 1));
     expect_valid(set, options_of(8192, 8192, 32));
     expect_valid(set, options_of(8, 8, 0.25f));
 }
 
-TEST(Pack, GutterThatEatsTheTextureDoesNotFit) {
-    ChartSet set;
+TEST(Pack, GutterAsWideAsTheTextureDoesNotFit) {
+    PackInput set;
     set.box(1, 1);
     EXPECT_EQ(pack(set.face(), options_of(512, 32, 32)).status, Status::does_not_fit);
     EXPECT_EQ(pack(set.face(), options_of(512, 32, 31.5f)).status, Status::does_not_fit);
 }
 
 TEST(Pack, MoreChartsThanTheCapacityDoNotFit) {
-    ChartSet set;
+    PackInput set;
     for (int i = 0; i < 100; ++i)
         set.box(1, 1);
     EXPECT_EQ(pack(set.face(), options_of(64, 64, 8)).status, Status::does_not_fit);
@@ -183,9 +183,9 @@ TEST(Pack, AQuarterOfTheCapacityFits) {
     }
 }
 
-TEST(Pack, ProgressRisesAndFalseAborts) {
+TEST(Pack, ProgressNeverDecreasesAndReturningFalseAborts) {
     std::mt19937 random(3);
-    const ChartSet set = random_charts(random, 30);
+    const PackInput set = random_charts(random, 30);
     PackOptions options = options_of(256, 256, 2);
     double last = 0;
     bool rising = true;
@@ -200,9 +200,9 @@ TEST(Pack, ProgressRisesAndFalseAborts) {
     EXPECT_EQ(pack(set.face(), options).status, Status::aborted);
 }
 
-TEST(Pack, SameInputSameBits) {
+TEST(Pack, SameInputGivesIdenticalResults) {
     std::mt19937 random(17);
-    const ChartSet set = random_charts(random, 60);
+    const PackInput set = random_charts(random, 60);
     for (Quality quality : {Quality::fast, Quality::quality}) {
         const Packing a = pack(set.face(), options_of(512, 256, 2, quality));
         const Packing b = pack(set.face(), options_of(512, 256, 2, quality));
@@ -216,9 +216,9 @@ TEST(Pack, SameInputSameBits) {
     }
 }
 
-TEST(Pack, UnitOfTheChartsDoesNotMatter) {
+TEST(Pack, ScalingAllChartsKeepsTheCoverage) {
     std::mt19937 random(23);
-    ChartSet set = random_charts(random, 40);
+    PackInput set = random_charts(random, 40);
     const double coverage = expect_valid(set, options_of(512, 512, 2));
     for (double& p : set.points)
         p *= 1024; // a power of two keeps every bit
@@ -236,8 +236,8 @@ TEST(PackProperty, GutterHoldsInTheFinalTexture) {
         const uint32_t width = sides[random() % 6], height = sides[random() % 6];
         const float gutter = std::min(gutters[random() % 6], float(std::min(width, height)) / 16);
         const uint64_t room = gutter_capacity(width, height, gutter) / 4;
-        const uint32_t most = uint32_t(std::min<uint64_t>(room, i % 10 == 0 ? 400 : 60));
-        const ChartSet set = random_charts(random, 1 + random() % std::max(1u, most));
+        const uint32_t max_count = uint32_t(std::min<uint64_t>(room, i % 10 == 0 ? 400 : 60));
+        const PackInput set = random_charts(random, 1 + random() % std::max(1u, max_count));
         const Quality quality = i % 4 == 0 ? Quality::quality : Quality::fast;
         expect_valid(set, options_of(width, height, gutter, quality));
         if (HasFailure())

@@ -1,6 +1,6 @@
-// The engine's promises on random small meshes: random topology, cuts, polygons, degenerate
-// triangles and options. TESSORA_PROPERTY_RUNS sets how many (2,000 when unset), and
-// TESSORA_PROPERTY_SEED runs one seed alone.
+// The engine's guarantees on small random meshes with random topology, cuts, polygons, degenerate
+// triangles and options. TESSORA_PROPERTY_RUNS sets the number of meshes (default 2,000);
+// TESSORA_PROPERTY_SEED runs a single seed.
 #include "tests/atlas/check_result.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace {
 using namespace atlas_test;
 using namespace tessora::atlas;
 
-constexpr uint64_t k_shards = 8; ///< test cases that share the runs
+constexpr uint64_t k_shards = 8; ///< test cases among which the seeds are divided
 
 /// The same numbers on every platform (splitmix64).
 class Random {
@@ -41,10 +41,10 @@ private:
 struct Case {
     TestMesh mesh;
     Options options;
-    bool polygons_are_sound = true; ///< every group of false edges could be a polygon
+    bool polygons_are_sound = true; ///< every group of false edges can be a polygon
 };
 
-/// A sheet of m x n cells, bent, possibly closed around one or both ways, possibly with a clash.
+/// A grid of cells, possibly closed to a cylinder or torus, possibly with inconsistent windings.
 void add_sheet(Random& random, TestMesh& mesh) {
     const uint32_t m = 1 + random.below(7), n = 1 + random.below(7);
     const bool around = m > 2 && random.chance(0.3f), along = n > 2 && random.chance(0.3f);
@@ -68,13 +68,13 @@ void add_sheet(Random& random, TestMesh& mesh) {
                                               squash * (y + noise * (random.unit() - 0.5f)),
                                               z + noise * (random.unit() - 0.5f));
         }
-    const bool clash = random.chance(0.1f);
+    const bool mixed_windings = random.chance(0.1f);
     for (uint32_t j = 0; j < n; ++j)
         for (uint32_t i = 0; i < m; ++i) {
             const uint32_t i1 = (i + 1) % columns, j1 = (j + 1) % rows;
             const uint32_t a = id[j * columns + i], b = id[j * columns + i1];
             const uint32_t c = id[j1 * columns + i1], d = id[j1 * columns + i];
-            if (clash && random.chance(0.2f)) {
+            if (mixed_windings && random.chance(0.2f)) {
                 mesh.triangle(a, c, b);
                 mesh.triangle(a, d, c);
             } else if (random.chance(0.5f)) {
@@ -87,7 +87,7 @@ void add_sheet(Random& random, TestMesh& mesh) {
         }
 }
 
-/// Triangles between few vertices: edges of many triangles, folds, duplicates.
+/// Random triangles between few vertices: edges of many triangles, folds, duplicates.
 void add_soup(Random& random, TestMesh& mesh) {
     const uint32_t vertices = 4 + random.below(8), count = 1 + random.below(25);
     const uint32_t base = uint32_t(mesh.positions.size() / 3);
@@ -103,7 +103,7 @@ void add_soup(Random& random, TestMesh& mesh) {
                       base + random.below(vertices));
 }
 
-/// A fan around one vertex, more or less than flat.
+/// A fan around one vertex, with less or more than 360 degrees.
 void add_fan(Random& random, TestMesh& mesh) {
     const uint32_t count = 3 + random.below(20);
     const float height = random.unit() * 4;
@@ -118,7 +118,7 @@ void add_fan(Random& random, TestMesh& mesh) {
         mesh.triangle(hub, rim[i], rim[(i + 1) % count]);
 }
 
-/// Joins neighbouring triangles to polygons: trees of triangles, so that each is a disk.
+/// Joins chains of neighbouring triangles to polygons without holes.
 void add_polygons(Random& random, TestMesh& mesh) {
     mesh.false_edges.assign(mesh.indices.size(), k_none);
     std::vector<uint8_t> used(mesh.faces(), 0);
@@ -204,7 +204,7 @@ Case random_case(uint64_t seed) {
         add_polygons(random, c.mesh);
     if (random.chance(0.4f))
         add_cuts(random, c.mesh);
-    if (random.chance(0.1f)) { // any edge at all may be called false
+    if (random.chance(0.1f)) { // mark any edges as false
         c.mesh.false_edges.resize(c.mesh.indices.size(), k_none);
         for (uint32_t& f : c.mesh.false_edges)
             if (random.chance(0.3f))
@@ -216,7 +216,7 @@ Case random_case(uint64_t seed) {
     c.options.width = random.pick({256u, 512u, 1024u});
     c.options.height = random.pick({256u, 512u, 1024u});
     c.options.gutter = random.pick({0.0f, 1.0f, 2.0f, 3.5f});
-    // Cutting packs many times over, which is slow in quality mode.
+    // Cutting packs several times, which is slow in quality mode.
     c.options.cut_to_pack = c.options.quality == Quality::fast && random.chance(0.1f);
     return c;
 }
@@ -252,7 +252,7 @@ std::string faults_of(uint64_t seed) {
 
 class AtlasProperty : public ::testing::TestWithParam<uint64_t> {};
 
-TEST_P(AtlasProperty, RandomMeshesKeepEveryPromise) {
+TEST_P(AtlasProperty, EveryGuaranteeHoldsOnRandomMeshes) {
     if (const char* one = std::getenv("TESSORA_PROPERTY_SEED")) {
         EXPECT_EQ(faults_of(std::strtoull(one, nullptr, 10)), "");
         return;

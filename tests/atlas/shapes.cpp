@@ -9,7 +9,7 @@ namespace {
 
 constexpr double k_pi = 3.14159265358979323846;
 
-/// Vertices by integer position, so that neighbouring sides share them.
+/// Finds or makes the vertex at an integer position, so that neighbouring quads share it.
 class Lattice {
 public:
     explicit Lattice(TestMesh& mesh) : mesh_(mesh) {}

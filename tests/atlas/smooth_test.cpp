@@ -1,4 +1,4 @@
-// Borders between charts: which polygons change sides, and what is left as it was.
+// Border smoothing: which atoms move to the neighbouring chart and which do not.
 #include "atlas/charts/smooth.h"
 #include "tests/atlas/grid_charts.h"
 
@@ -8,7 +8,7 @@ namespace {
 
 using namespace tessora::atlas;
 
-class BorderTest : public atlas_test::GridCharts {
+class BorderSmoothing : public atlas_test::GridCharts {
 protected:
     void smooth(double limit = 1.176) {
         FlattenOptions options;
@@ -19,7 +19,7 @@ protected:
     }
 };
 
-TEST_F(BorderTest, TeethOfTrianglesGoOver) {
+TEST_F(BorderSmoothing, SingleTrianglesMoveToTheNeighbour) {
     build_flat(4, 3, false,
                [](int x, int, bool upper) { return x < 2 || (x == 2 && upper) ? 0 : 1; });
     EXPECT_EQ(sides(), "000010110000101100001011");
@@ -28,27 +28,27 @@ TEST_F(BorderTest, TeethOfTrianglesGoOver) {
     expect_undistorted();
 }
 
-TEST_F(BorderTest, APolygonGoesOverWhole) {
+TEST_F(BorderSmoothing, PolygonsMoveAsAWhole) {
     build_flat(4, 3, true, [](int x, int y, bool) { return x < 2 || (x == 2 && y == 1) ? 0 : 1; });
     smooth();
     EXPECT_EQ(sides(), "000011110000111100001111");
     expect_undistorted();
 }
 
-TEST_F(BorderTest, AToothBehindAToothGoesOverToo) {
+TEST_F(BorderSmoothing, AnEarUncoveredByAnotherMovesToo) {
     build_flat(5, 3, true, [](int x, int y, bool) { return x < 2 || (x < 4 && y == 1) ? 0 : 1; });
     smooth();
     EXPECT_EQ(sides(), "000011111100001111110000111111");
     expect_undistorted();
 }
 
-TEST_F(BorderTest, AStraightBorderStays) {
+TEST_F(BorderSmoothing, StraightBordersDoNotChange) {
     build_flat(4, 3, true, [](int x, int, bool) { return x < 2 ? 0 : 1; });
     smooth();
     EXPECT_EQ(sides(), "000011110000111100001111");
 }
 
-TEST_F(BorderTest, TheBorderSlidesIntoACrease) {
+TEST_F(BorderSmoothing, BordersSlideIntoCreases) {
     build(
         5, 1, true, [](int x, int, bool) { return x < 2 ? 0 : 1; },
         [](int x, int) { return x > 3 ? float(x - 3) : 0.0f; });
@@ -56,12 +56,12 @@ TEST_F(BorderTest, TheBorderSlidesIntoACrease) {
     EXPECT_EQ(sides(), "0000001111");
 }
 
-TEST_F(BorderTest, AnEarOfAHardSurfaceHasToFitExactly) {
+TEST_F(BorderSmoothing, EarsOfHardSurfacesMoveOnlyIfTheyFitWithoutStretch) {
     const Side side = [](int x, int y, bool) { return x < 2 || (x == 2 && y == 1) ? 0 : 1; };
     const auto build_squeezed = [&](uint8_t is_hard) {
         build_flat(4, 3, true, side);
         hard.assign(surface.face_count, is_hard);
-        for (uint32_t t : set->charts[1].faces) // chart 1 lies there a tenth too high
+        for (uint32_t t : set->charts[1].faces) // stretch chart 1 by a tenth in y
             for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
                 if (set->node[c] == c)
                     set->uv[c].y *= 1.1;
@@ -76,22 +76,23 @@ TEST_F(BorderTest, AnEarOfAHardSurfaceHasToFitExactly) {
     EXPECT_NE(sides(), before);
 }
 
-TEST_F(BorderTest, WhatHoldsAChartTogetherStays) {
-    // Cell (1, 1) joins the one on its left to those above it, over two creases that the border
-    // would like; there are holes around. Cell (2, 3) is a tooth of the same border.
+TEST_F(BorderSmoothing, AtomsThatConnectTheirChartDoNotMove) {
+    // Cell (1, 1) connects its left neighbour to the cells above, across two creases that attract
+    // the border. Dots are holes. Cell (2, 3) is an ear of the same border and does move.
     const char* const rows[] = {".111", "0011", ".0.1", "0001", "..11"};
     const auto side = [&](int x, int y, bool) {
         return rows[y][x] == '.' ? 2u : uint32_t(rows[y][x] - '0');
     };
     build(4, 5, true, side, [](int x, int y) { return float(-(x < 1) - std::max(0, y - 2)); });
     EXPECT_EQ(sides(), "111111000011110011000000111111");
-    smooth(2); // slopes are laid flat without regard for their length
+    smooth(2); // a high limit, because the charts are projections of slopes
     EXPECT_EQ(sides(), "111111000011110011000011111111");
 }
 
-TEST_F(BorderTest, AllGoesBackWhenAChartIsNotLegalAfterwards) {
+TEST_F(BorderSmoothing, AllMovesAreUndoneIfAChartBecomesIllegal) {
     build_flat(5, 3, true, [](int x, int y, bool) { return x < 2 || (x < 4 && y == 1) ? 0 : 1; });
-    for (uint32_t t : set->charts[1].faces) // a far corner of chart 1 lies across its other side
+    for (uint32_t t :
+         set->charts[1].faces) // move one corner of chart 1 so that the outline crosses itself
         for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
             if (surface.vertex[c] == 5 && set->node[c] == c)
                 set->uv[c].y += 100;
@@ -110,7 +111,7 @@ TEST_F(BorderTest, AllGoesBackWhenAChartIsNotLegalAfterwards) {
     }
 }
 
-TEST_F(BorderTest, TheCallerCanStopIt) {
+TEST_F(BorderSmoothing, ProgressCallbackStopsSmoothing) {
     build_flat(4, 3, true, [](int x, int, bool) { return x < 2 ? 0 : 1; });
     Flattener flattener(*set, FlattenOptions{});
     ProgressMeter progress([](float, void*) { return 1; }, nullptr);
