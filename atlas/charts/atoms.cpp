@@ -12,7 +12,7 @@ uint32_t find(std::vector<uint32_t>& parent, uint32_t x) {
     return x;
 }
 
-/// Joins the sets of a and b under the smaller number.
+/// Union-find: joins the sets of a and b; the smaller root becomes the root of both.
 void join(std::vector<uint32_t>& parent, uint32_t a, uint32_t b) {
     a = find(parent, a);
     b = find(parent, b);
@@ -107,8 +107,9 @@ private:
 } // namespace
 
 std::vector<uint8_t> find_hard_faces(const Surface& s) {
-    constexpr double k_sharp_cosine = 0.8660254037844387; // 30 degrees
-    constexpr double k_sharp_share = 0.66;                // docs/atlas.md, "Hard surfaces"
+    constexpr double k_sharp_cosine =
+        0.8660254037844387;                // of 30 degrees: sharper edges count as sharp
+    constexpr double k_sharp_share = 0.66; // docs/atlas.md, "Hard surfaces"
     std::vector<uint32_t> parent(s.face_count);
     for (uint32_t t = 0; t < s.face_count; ++t)
         parent[t] = t;

@@ -1,4 +1,5 @@
-/// The neighbourhood of a glued arc: the only part of two charts that a merge solves.
+/// The neighbourhood of a glued arc: the only part of two charts that a merge moves apart from the
+/// rigid motion of one of them.
 #pragma once
 
 #include "atlas/charts/chart_set.h"

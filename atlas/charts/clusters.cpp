@@ -8,7 +8,7 @@
 namespace tessora::atlas {
 namespace {
 
-/// How far a region may be from developable; docs/atlas.md, "Hard surfaces".
+/// Maximum deviation() of a region; docs/atlas.md, "Hard surfaces".
 constexpr double k_max_smooth_deviation = 0.2;
 constexpr double k_max_hard_deviation = 0.01;
 
@@ -123,14 +123,15 @@ private:
     std::vector<double> max_deviation_;              ///< per region
     std::vector<std::vector<Neighbour>> neighbours_; ///< sorted by id
     std::vector<uint8_t> alive_;
-    std::vector<std::pair<uint32_t, uint32_t>> children_; ///< of region leaves_ + i
+    std::vector<std::pair<uint32_t, uint32_t>>
+        children_; ///< entry i: the children of region leaves_ + i
     std::priority_queue<Candidate> queue_;
 };
 
-/// Makes the leaves: breadth-first groups of atoms around seeds, taken in the order of triangles.
+/// Makes the leaves: groups of atoms that grow breadth-first around seed triangles.
 void TreeBuilder::group_atoms(const Atoms& atoms) {
     constexpr uint32_t k_max_faces = 16;
-    constexpr double k_cosine = 0.9659258262890683; // 15 degrees
+    constexpr double k_cosine = 0.9659258262890683; // of 15 degrees, to the seed's normal
     const Buckets faces(atoms.of_face, atoms.count);
     leaf_of_face_.assign(s_.face_count, k_none);
     std::vector<uint32_t> group;

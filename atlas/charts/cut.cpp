@@ -13,8 +13,8 @@ ChartCutter::ChartCutter(Flattener& flattener, const Atoms& atoms, BorderSmoothe
     pieces_.of_face.assign(set_.surface.face_count, k_none);
 }
 
-/// Splits the chart's polygons by whether their centroid lies before or behind the chart's own
-/// centroid along its principal axis.
+/// Assigns each polygon of the chart to a side: by whether its centroid lies before or behind the
+/// chart's centroid along the principal axis.
 void ChartCutter::choose_sides(const Chart& chart) {
     const auto centroid = [&](uint32_t t) {
         const Vec2 sum = set_.uv[set_.node[3 * t]] + set_.uv[set_.node[3 * t + 1]] +
@@ -158,11 +158,16 @@ void ChartCutter::undo() {
 
 namespace {
 
-// docs/atlas.md, "Cutting for the texture", says how these were found.
-constexpr double k_min_growth = 1.025; ///< of every length, per cut: 5 % more coverage
-constexpr uint32_t k_max_pending = 3;  ///< cuts tried together before they are taken back
+// docs/atlas.md, "Cutting for the texture", explains these.
+
+/// Factor by which each cut must raise the scale of all charts: 5 % more coverage.
+constexpr double k_min_growth = 1.025;
+/// Number of cuts that are tried together before they are undone.
+constexpr uint32_t k_max_pending = 3;
+/// The search ends after so many accepted cuts, or so many failed groups of cuts in a row.
 constexpr uint32_t k_max_cuts = 24, k_max_failures = 2;
-constexpr double k_min_share = 0.02; ///< of the whole area; smaller charts do not limit the scale
+/// Charts with less than this share of the whole area are not cut: they do not limit the scale.
+constexpr double k_min_share = 0.02;
 
 /// The chart whose bounding square exceeds its own area the most: a long strip, or a shape bent
 /// around empty space. k_none if every chart that is large enough was tried.
@@ -185,7 +190,7 @@ uint32_t most_wasteful(const ChartSet& set, const std::vector<uint8_t>& tried) {
     return best;
 }
 
-/// The state of cut_for_packing().
+/// Implements cut_for_packing().
 class CutSearch {
 public:
     CutSearch(ChartCutter& cutter, uint32_t max_charts, double scale,
@@ -241,8 +246,9 @@ private:
     const ChartSet& set_;
     const std::function<double()>& pack_;
     const uint32_t max_charts_;
-    double scale_, wanted_;      ///< of the last accepted layout; that the pending cuts must reach
-    std::vector<uint8_t> tried_; ///< per chart, since the last accepted cut
+    double scale_, wanted_;      ///< scale of the last accepted layout; scale that the pending
+                                 ///< cuts must reach
+    std::vector<uint8_t> tried_; ///< per chart: whether it was cut since the last accepted cut
     size_t charts_before_ = 0;
     uint32_t cuts_ = 0, pending_ = 0, failures_ = 0;
     bool current_ = true; ///< the latest layout is that of the charts as they are

@@ -1,4 +1,4 @@
-/// Cutting for the texture: parts charts in two where that lets all charts grow.
+/// Cutting for the texture: cuts charts in two where that lets all charts grow.
 ///
 /// One chart that is long, or bent around much empty space, limits the scale of the whole atlas.
 /// Half of a legal chart needs no solving: it keeps its coordinates.
@@ -58,11 +58,11 @@ private:
     std::vector<Cut> cuts_; ///< cuts that undo() can take back, oldest first
 };
 
-/// Cuts as long as a few more cuts let every chart grow by enough, but not beyond max_charts (0: no
-/// limit). `pack` lays out the current charts and returns their scale, or 0 if they do not fit or
-/// the caller wants to stop; `scale` is that of the charts before any cut. Returns whether the
-/// latest call of `pack`, if there was one, laid out the charts as they are now; otherwise cuts
-/// were undone after it and the charts have to be laid out again.
+/// Cuts charts for as long as that raises the scale of all charts by enough; max_charts limits the
+/// number of charts (0: no limit). `pack` lays out the current charts and returns their scale, or 0
+/// if they do not fit or the caller wants to stop; `scale` is that of the charts before any cut.
+/// Returns whether the latest call of `pack`, if there was one, laid out the charts as they are
+/// now; otherwise cuts were undone after it and the charts have to be laid out again.
 bool cut_for_packing(ChartCutter& cutter, uint32_t max_charts, double scale,
                      const std::function<double()>& pack);
 

@@ -43,7 +43,7 @@ void Flattener::unglue_inside(const std::vector<uint32_t>& faces) {
         }
 }
 
-/// Whether no triangle's normal is further from `normal` than min_cosine allows.
+/// Whether the cosine between every triangle's normal and `normal` is at least min_cosine.
 bool Flattener::faces_forward(const uint32_t* begin, const uint32_t* end, Vec3 normal,
                               double min_cosine) const {
     const double size = length(normal);
@@ -81,7 +81,8 @@ void Flattener::set_uv_of_triangle(uint32_t t) {
 }
 
 void Flattener::close_slits(const Chart& c, std::vector<std::pair<uint32_t, Vec2>>& moved) {
-    constexpr double k_squared_gap = 1e-8; // of the squared length of the border edge
+    constexpr double k_squared_gap =
+        1e-8; // maximum squared gap, relative to the squared edge length
     for (uint32_t h : c.border) {
         const uint32_t n = set.node[h];
         if (set.surface.degenerate[h / 3])
@@ -112,7 +113,8 @@ bool Flattener::judge(Chart& c) {
     moved_.clear();
     close_slits(c, moved_);
     c.stretch = set.measure(c.faces);
-    if (c.stretch.flipped != 0 && !moved_.empty()) { // better open slits than flipped triangles
+    if (c.stretch.flipped != 0 &&
+        !moved_.empty()) { // undo: an open slit is better than a flipped triangle
         for (auto it = moved_.rbegin(); it != moved_.rend(); ++it)
             set.uv[it->first] = it->second;
         c.stretch = set.measure(c.faces);
@@ -132,7 +134,7 @@ bool Flattener::passes(const Chart& c) {
 /// Relaxes a chart from its current coordinates; true if it is legal afterwards. Fast mode skips
 /// the global solve if the L2 stretch is at most `good_enough` already.
 bool Flattener::improve(Chart& c, double good_enough) {
-    constexpr double k_hopeless = 2.5; // times the limit's excess over 1
+    constexpr double k_hopeless = 2.5; // give up if L2 - 1 exceeds this multiple of the limit's
     load(c);
     Patch& patch = copy.patch;
     const StretchSums sums = patch.stretch();
@@ -254,7 +256,8 @@ bool Flattener::flatten_by_projection(Chart& c) {
     return improve(c, 0);
 }
 
-/// The fallback for polygons that cannot be projected: always without flips, whatever the stretch.
+/// The fallback for polygons that cannot be projected. The result has no flipped triangles, but its
+/// stretch may be arbitrarily large.
 bool Flattener::flatten_on_circle(Chart& c) {
     set.trace_border(c);
     if (!spread_on_circle(c))

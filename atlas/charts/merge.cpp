@@ -108,11 +108,13 @@ void Merger::find_runs(uint32_t a, uint32_t b, std::vector<BorderRun>& runs) con
                      [](const BorderRun& x, const BorderRun& y) { return x.length > y.length; });
 }
 
+/// Whether half-edge h has chart b on its other side.
 bool Merger::borders_chart(uint32_t h, uint32_t b) const {
     const uint32_t mate = set_.surface.mate[h];
     return mate != k_none && set_.chart[mate / 3] == b;
 }
 
+/// Appends the runs on one border loop of a.
 void Merger::find_runs_of_loop(uint32_t a, uint32_t b, uint32_t loop,
                                std::vector<BorderRun>& runs) const {
     const Chart& chart = set_.charts[a];
@@ -154,8 +156,10 @@ void Merger::find_runs_of_loop(uint32_t a, uint32_t b, uint32_t loop,
         runs.push_back(run);
 }
 
+/// Tries the longest common runs of two charts; the smaller chart moves. True if one was glued.
 bool Merger::try_pair(uint32_t a, uint32_t b) {
-    constexpr double k_second_run = 0.3; // shorter ones, relative to the longest, are not tried
+    constexpr double k_second_run =
+        0.3; // minimum length of the second run, relative to the longest
     if (set_.charts[a].faces.size() > set_.charts[b].faces.size())
         std::swap(a, b);
     std::vector<BorderRun> runs;
@@ -173,7 +177,8 @@ bool Merger::try_pair(uint32_t a, uint32_t b) {
 /// One merge: cheap refusals first, then gluing and solving, which are taken back if the joined
 /// chart is not legal or not worth it.
 bool Merger::try_run(uint32_t a, uint32_t b, const BorderRun& run) {
-    constexpr double k_preview_residual = 0.05; // below it, quality mode trusts the preview as well
+    constexpr double k_preview_residual = 0.05; // relative to the arc; with larger residuals the
+                                                // preview is too rough for quality mode to trust
     take_arc(a, b, run);
     if (round_ == Round::exact)
         keep_matching_part();
@@ -205,7 +210,7 @@ bool Merger::try_run(uint32_t a, uint32_t b, const BorderRun& run) {
     return true;
 }
 
-/// Lets chart b become the joined chart; chart a ends.
+/// Replaces chart b by the joined chart; chart a is no longer alive.
 void Merger::commit(Chart&& joined) {
     for (uint32_t t : band_.faces())
         remember_face(t);
@@ -229,6 +234,7 @@ void Merger::commit(Chart&& joined) {
     push_pairs(arc_.b);
 }
 
+/// Glues h to its mate if both are slit sides in the same place. True if it did.
 bool Merger::zip_edge(uint32_t h) {
     const uint32_t mate = set_.surface.mate[h];
     if (mate == k_none || set_.glued[h] || set_.chart[h / 3] != set_.chart[mate / 3])

@@ -6,31 +6,53 @@
 namespace tessora::atlas {
 namespace {
 
-// Thresholds of the merge rules. docs/atlas.md, "Merging", says what each is for; those of the
-// exact rules (share, length and waste) were measured in its table.
-constexpr double k_max_residual = 0.25;       ///< of the alignment, relative to the arc
-constexpr double k_max_exact_residual = 1e-4; ///< the same in the exact round
-constexpr double k_min_exact_arc = 0.08;      ///< of the shorter border, in the exact round
-constexpr double k_max_length = 1;            ///< of a union's box, in sides of the mesh's square
-constexpr double k_max_exact_length = 1.25;   ///< the same for an exact union
-constexpr double k_min_fill = 0.6;            ///< area of a union over that of its box
-constexpr double k_waste_per_arc = 0.4;       ///< growth of boxes that a glued arc may cost
-constexpr double k_most_of_mesh = 0.64;       ///< share of the area from which charts are lenient
-constexpr double k_max_length_most = 1.7;     ///< of the box of such an exact union
-constexpr double k_whole_mesh = 0.999;        ///< share that counts as the whole mesh
-constexpr double k_max_length_whole = 2.1;    ///< of the box of an exact union of the whole mesh
+// Thresholds of the merge rules. docs/atlas.md, "Merging", explains them; its table holds the
+// measurements behind those for exact unions (charts that stay undistorted when glued).
 
-// On hard surfaces; docs/atlas.md, "Hard surfaces".
+/// Maximum residual of aligning the two sides of an arc, relative to the arc's length.
+constexpr double k_max_residual = 0.25;
+/// The same in the exact round.
+constexpr double k_max_exact_residual = 1e-4;
+/// Minimum length of an arc in the exact round, relative to the shorter of the two borders.
+constexpr double k_min_exact_arc = 0.08;
+/// Maximum length of a union's bounding box, in sides of the square that has the mesh's area.
+constexpr double k_max_length = 1;
+/// The same for an exact union.
+constexpr double k_max_exact_length = 1.25;
+/// A union that fills its bounding box to at least this share may have a larger box than the two
+/// boxes it replaces.
+constexpr double k_min_fill = 0.6;
+/// How much an exact union's box may exceed the two boxes it replaces, per length of the arc.
+constexpr double k_waste_per_arc = 0.4;
+/// An exact union with at least this share of the mesh's area has the length limit
+/// k_max_length_most only.
+constexpr double k_most_of_mesh = 0.64;
+constexpr double k_max_length_most = 1.7;
+/// An exact union with at least this share counts as the whole mesh and has its own length limit.
+constexpr double k_whole_mesh = 0.999;
+constexpr double k_max_length_whole = 2.1;
+
+// Hard surfaces; docs/atlas.md, "Hard surfaces".
+
+/// Seam length that must be saved per added mean L2 stretch.
 constexpr double k_seam_per_stretch = 100;
-constexpr double k_max_hard_stretch = 1.03; ///< L2
+/// Maximum L2 stretch of a merged chart.
+constexpr double k_max_hard_stretch = 1.03;
 
 // The band; docs/atlas.md, "Merging".
+
+/// Rings of the first band if the gap is small.
 constexpr uint32_t k_first_rings = 4;
-constexpr double k_rings_per_gap = 3; ///< more for each mean edge length of the widest gap
+/// Additional rings per mean arc edge that fits into the widest gap, up to a maximum.
+constexpr double k_rings_per_gap = 3;
 constexpr double k_max_extra_rings = 200;
+/// Factor by which the number of rings grows if the result is not legal.
 constexpr uint32_t k_band_growth = 3;
-constexpr double k_hopeless = 2.5; ///< times the limit's excess over 1: no larger band will help
-constexpr size_t k_max_fast_band = 8000; ///< triangles
+/// A result with L2 - 1 above this multiple of the limit's is given up: a larger band will not
+/// help.
+constexpr double k_hopeless = 2.5;
+/// Maximum number of triangles of a band that fast mode tries to solve a second time.
+constexpr size_t k_max_fast_band = 8000;
 
 } // namespace
 
@@ -71,7 +93,7 @@ void Merger::list_arc_nodes() {
 
 /// Cuts the arc down to its longest part along which both sides turn by the same angles.
 void Merger::keep_matching_part() {
-    constexpr double k_same_turn = 1e-3; // distance of two unit vectors
+    constexpr double k_same_turn = 1e-3; // maximum difference of the turns, as unit vectors
     const auto direction = [&](uint32_t from, uint32_t to) {
         const Vec2 d = set_.uv[to] - set_.uv[from];
         const double size = length(d);

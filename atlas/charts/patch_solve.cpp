@@ -21,7 +21,7 @@ int number_free(const std::vector<uint8_t>& pinned, std::vector<int>& number) {
     return count;
 }
 
-/// The free block of a graph Laplacian, lower triangle, one edge after another.
+/// A weighted graph Laplacian restricted to the free vertices, assembled edge by edge and factored.
 class Laplacian {
 public:
     explicit Laplacian(size_t edges) { entries_.reserve(3 * edges); }
@@ -88,7 +88,7 @@ struct RightSide {
             add_edge(to, from, weight[k], e);
         }
     }
-    /// The part of an edge in the equation of its end v.
+    /// Adds the contribution of an edge to the equation of its end v.
     void add_edge(uint32_t v, uint32_t other, double weight, Vec2 e) {
         const int row = number[v];
         if (row < 0)
@@ -116,10 +116,12 @@ void place_on_circle(const std::vector<uint32_t>& loop, double radius, std::vect
 } // namespace
 
 bool Patch::arap(int steps) {
-    constexpr double k_min_weight = 1e-3, k_max_weight = 1e4; // of cotangents, for regular solves
+    constexpr double k_min_weight = 1e-3,
+                     k_max_weight = 1e4; // cotangents are clamped to these, so that the
+                                         // matrix stays positive definite
     std::vector<uint8_t> held = pinned;
     if (std::find(held.begin(), held.end(), 1) == held.end())
-        held[0] = 1; // the energy leaves a translation undetermined
+        held[0] = 1; // without a fixed vertex the translation would be undetermined
     std::vector<int> number;
     const int count = number_free(held, number);
     if (count == 0)

@@ -7,13 +7,13 @@
 namespace tessora::atlas {
 namespace {
 
-constexpr size_t k_max_ear_faces = 32; // larger polygons are not teeth of a border
-/// An ear moves if the border becomes shorter by at least this factor.
+constexpr size_t k_max_ear_faces = 32; // atoms with more triangles never move
+/// An ear moves if its new border is at most this fraction of its old one.
 constexpr double k_min_shortening = 0.98;
-/// How much less an edge weighs where the surface bends by 45 degrees or more.
+/// Fraction by which an edge counts less where the surface bends by 45 degrees or more.
 constexpr double k_crease_discount = 0.7;
 constexpr double k_full_bend = 0.2928932188134524; // 1 - cos(45 degrees)
-constexpr double k_max_ear_stretch = 2;            // L2, if the limit allows more
+constexpr double k_max_ear_stretch = 2; // L2 stretch of an ear, even if the limit is larger
 
 } // namespace
 

@@ -41,7 +41,8 @@ constexpr int k_nudge_passes = 24;
 /// Triangle tests before nudging gives up, fixed and per triangle, so that hopeless meshes do not
 /// take most of the time.
 constexpr uint64_t k_nudge_tests = 500000, k_nudge_tests_per_face = 20;
-constexpr double k_max_shift = 8; ///< lattice steps in all; safe_gutter() allows for it
+constexpr double k_max_shift = 8; ///< lattice steps that all passes together may move a vertex;
+                                  ///< safe_gutter() allows for it
 
 class Emitter {
 public:
@@ -53,7 +54,7 @@ public:
         for (size_t i = 0; i < charts.chart_stretch.size; ++i)
             result_.stretch = std::max(result_.stretch, float(charts.chart_stretch[i]));
         if (result_.stretch < 1e-6f)
-            result_.stretch = 0; // rounding errors of an isometry
+            result_.stretch = 0; // not more than the rounding errors of an isometry
         result_.over_limit.clear();
         for (uint32_t t = 0; t < charts.chart.size && charts.chart_over_limit.size > 0; ++t)
             if (charts.chart_over_limit[charts.chart[t]] != 0)
@@ -233,10 +234,10 @@ private:
     const EmitCharts& charts_;
     Result& result_;
     std::vector<uint32_t> class_of_, chart_of_vertex_; ///< per new vertex
-    std::vector<Vec2> at_;                             ///< per new vertex: lattice numbers
-    std::vector<uint32_t> star_begin_, star_;          ///< per new vertex: its triangles
-    const std::vector<Vec2>* exact_ = nullptr;         ///< valid during round()
-    uint64_t tests_ = 0;                               ///< triangle tests so far
+    std::vector<Vec2> at_;                     ///< per new vertex: position in lattice steps
+    std::vector<uint32_t> star_begin_, star_;  ///< per new vertex: its triangles
+    const std::vector<Vec2>* exact_ = nullptr; ///< valid during round()
+    uint64_t tests_ = 0;                       ///< triangle tests so far
     Lattice lattice_;
     const CallerMap* caller_ = nullptr;
 };
