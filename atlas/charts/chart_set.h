@@ -28,10 +28,10 @@ public:
     explicit ChartSet(const Surface& surface);
 
     const Surface& surface;
-    std::vector<uint8_t> glued;  ///< per half-edge
-    std::vector<uint32_t> node;  ///< per corner
+    std::vector<uint8_t> glued;  ///< per half-edge: 1 if it is glued to its mate
+    std::vector<uint32_t> node;  ///< per corner: number of its node
     std::vector<Vec2> uv;        ///< per node
-    std::vector<uint32_t> chart; ///< per triangle; k_none before it has one
+    std::vector<uint32_t> chart; ///< per triangle: number of its chart, k_none before it has one
     std::vector<Chart> charts;
 
     /// Glues or unglues h and its mate; nodes are not updated. h must have a mate.

@@ -161,7 +161,7 @@ bool Flattener::improve(Chart& c, double good_enough) {
 
 bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
                                double max_stretch) {
-    constexpr double k_min_cosine = 0.4; // 66 degrees; steeper regions are better split first
+    constexpr double k_min_cosine = 0.4; // of 66 degrees; steeper regions are better split first
     if (end - begin > 1 && !faces_forward(begin, end, normal, k_min_cosine))
         return false;
     Chart c;

@@ -39,7 +39,7 @@ public:
     bool judge(Chart& c);
     /// The same without moving any node.
     bool judge_without_moving(Chart& c);
-    /// The outline's part of the decision alone.
+    /// Whether the chart's outline is legal; ignores stretch and flipped triangles.
     bool judge_outline(const Chart& c);
     /// Makes the two sides of a slit coincide exactly where they almost do; appends the nodes that
     /// it moved, with their old coordinates.

@@ -197,7 +197,7 @@ bool Merger::try_run(uint32_t a, uint32_t b, const BorderRun& run) {
     if ((!options_.thorough || residual < k_preview_residual * arc_.length) &&
         !tester_.simple(outline_))
         return false;
-    std::vector<Vec2> gap(arc_.node_a.size()); // from b's side to a's, at each arc vertex
+    std::vector<Vec2> gap(arc_.node_a.size()); // per arc vertex: from b's side to the moved a's
     for (size_t i = 0; i < gap.size(); ++i)
         gap[i] = motion(set_.uv[arc_.node_a[i]]) - set_.uv[arc_.node_b[i]];
     glue(motion);

@@ -41,8 +41,9 @@ private:
     /// Consecutive border half-edges of one chart whose mates are consecutive, in reverse, on the
     /// border of another.
     struct BorderRun {
-        uint32_t loop = 0;             ///< of the first chart
-        uint32_t first = 0, count = 0; ///< entries of its border; wraps around within the loop
+        uint32_t loop = 0;             ///< border loop of the first chart
+        uint32_t first = 0, count = 0; ///< first entry of its border and number of entries; wraps
+                                       ///< around within the loop
         double length = 0;
     };
     /// The arc being glued, seen from both charts. Chart a moves onto chart b.

@@ -24,11 +24,11 @@ constexpr double k_max_exact_length = 1.25;
 constexpr double k_min_fill = 0.6;
 /// How much an exact union's box may exceed the two boxes it replaces, per length of the arc.
 constexpr double k_waste_per_arc = 0.4;
-/// An exact union with at least this share of the mesh's area has the length limit
-/// k_max_length_most only.
+/// Exact unions with at least this share of the mesh's area are only limited in length, by
+/// k_max_length_most.
 constexpr double k_most_of_mesh = 0.64;
 constexpr double k_max_length_most = 1.7;
-/// An exact union with at least this share counts as the whole mesh and has its own length limit.
+/// Exact unions with at least this share count as the whole mesh, limited by k_max_length_whole.
 constexpr double k_whole_mesh = 0.999;
 constexpr double k_max_length_whole = 2.1;
 
@@ -99,7 +99,8 @@ void Merger::keep_matching_part() {
         const double size = length(d);
         return size > 0 ? d * (1 / size) : Vec2{};
     };
-    const auto turn = [&](const std::vector<uint32_t>& node, size_t i) { // as cosine and sine
+    const auto turn = [&](const std::vector<uint32_t>& node,
+                          size_t i) { // cosine and sine of the turn at vertex i
         const Vec2 in = direction(node[i - 1], node[i]), out = direction(node[i], node[i + 1]);
         return Vec2{dot(in, out), cross(in, out)};
     };
@@ -283,7 +284,7 @@ void Merger::glue(const Rigid& motion) {
         set_.rename_node(n);
     for (uint32_t t : set_.charts[arc_.a].faces)
         for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
-            if (set_.node[c] == c) // once per node
+            if (set_.node[c] == c) // corner c carries its node's number: once per node
                 set_uv(c, motion(set_.uv[c]));
 }
 

@@ -88,7 +88,7 @@ double Patch::star_energy(uint32_t v, Vec2 p) const {
     return energy;
 }
 
-/// At v, over the triangles around it. False if one of them is flipped.
+/// Value, gradient and Hessian of star_energy at v. False if a triangle around it is flipped.
 bool Patch::derivatives(uint32_t v, Quadratic& h, double& energy) const {
     h = {};
     energy = 0;

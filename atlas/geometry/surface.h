@@ -30,7 +30,7 @@ struct Surface {
     std::vector<Vec3> position;      ///< per vertex
     std::vector<uint32_t> mate;      ///< 3 per triangle; k_none on a border
     std::vector<uint8_t> false_edge; ///< 3 per triangle; 1 only where there is a mate
-    std::vector<Frame> frame;        ///< per triangle; degenerate ones get a tiny one
+    std::vector<Frame> frame;        ///< per triangle; tiny for degenerate ones
     std::vector<Vec3> normal;        ///< per triangle, unit length; zero when degenerate
     std::vector<uint8_t> degenerate; ///< 1 for triangles without measurable area
     double total_area = 0;

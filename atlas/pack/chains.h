@@ -10,7 +10,7 @@
 
 namespace tessora::atlas {
 
-/// A rotation.
+/// A rotation by an angle with this cosine and sine.
 struct Turn {
     double cosine = 1;
     double sine = 0;

@@ -49,8 +49,9 @@ private:
     struct Level {
         std::vector<uint64_t> bits;
         std::vector<uint64_t>
-            open_words;                  ///< squares: one bit per word of `bits`, set if it has a 0
-        std::vector<uint64_t> open_rows; ///< squares: one bit per row, set if it has a 0
+            open_words; ///< for squares: one bit per word, set if it has a free position
+        std::vector<uint64_t>
+            open_rows; ///< for squares: one bit per row, set if it has a free position
     };
 
     /// 64 bits of a row from any bit on.

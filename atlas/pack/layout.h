@@ -86,7 +86,7 @@ public:
 private:
     /// Bounds for all charts from one place of the order on.
     struct Remaining {
-        uint32_t run_level = 0, square_level = 0; ///< the highest of their masks
+        uint32_t run_level = 0, square_level = 0; ///< maxima over the remaining masks
         double min_tops = 0; ///< lower bound of the sum of their upper edges, weighted by cells
     };
     /// Masks count as the same size if width and height agree within an eighth.

@@ -157,7 +157,7 @@ std::vector<Run> runs_by_row(const Mask& mask, std::vector<uint32_t>& row_begin)
     return runs;
 }
 
-/// Fills the mask's runs and the figures that follow from them.
+/// Fills the mask's runs and the members that are computed from them.
 void list_runs(Mask& mask) {
     std::vector<uint32_t> row_begin;
     const std::vector<Run> by_row = runs_by_row(mask, row_begin);

@@ -23,7 +23,7 @@ struct Mask {
     uint32_t cells = 0;  ///< number of set cells
     double mean_row = 0; ///< of the cells that are set
     std::vector<uint64_t> bits;
-    std::vector<Run> runs;  ///< of all set cells, in the order of testing
+    std::vector<Run> runs;  ///< horizontal runs of set cells, in the order of testing
     uint32_t run_level = 0; ///< of the longest run: 2^level <= length < 2^(level+1)
     Vec2 origin;            ///< cell = scale * turned point - origin
     /// Level and lower left cell of a square of 2^level x 2^level set cells with the highest level.
