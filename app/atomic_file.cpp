@@ -22,9 +22,10 @@ bool AtomicFile::fail(int reason, std::string& error) const {
     return false;
 }
 
-bool AtomicFile::open(const std::string& path, std::string& error) {
+bool AtomicFile::open(const std::string& path, std::string& error, Existing existing) {
     discard();
     path_ = path;
+    existing_ = existing;
     file_calls::Target target;
     if (!file_calls::find_target(path, target))
         return fail(errno, error);
@@ -92,7 +93,8 @@ bool AtomicFile::commit(std::string& error) {
     const SignalsHeld held;
     const int file = file_;
     file_ = -1;
-    if (!file_calls::close(file) || !file_calls::replace(temporary_, target_)) {
+    const auto rename = existing_ == keep ? file_calls::rename_new : file_calls::replace;
+    if (!file_calls::close(file) || !rename(temporary_, target_)) {
         const int reason = errno;
         discard();
         return fail(reason, error);
@@ -100,6 +102,11 @@ bool AtomicFile::commit(std::string& error) {
     keep_on_signal(temporary_);
     state_ = closed;
     return true;
+}
+
+bool file_exists(const std::string& path) {
+    std::error_code failure;
+    return std::filesystem::exists(path, failure);
 }
 
 void AtomicFile::discard() {

@@ -29,6 +29,8 @@ bool sync(int file);
 bool close(int file);
 /// Renames `from` to `to`, replacing it, and waits until the rename is on disk.
 bool replace(const std::string& from, const std::string& to);
+/// Like `replace`, but fails with EEXIST if `to` exists.
+bool rename_new(const std::string& from, const std::string& to);
 /// Safe inside signal handlers. Failures are ignored.
 void remove(const char* path);
 long process_id();

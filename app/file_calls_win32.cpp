@@ -39,16 +39,30 @@ bool refuse(int reason) {
     return false;
 }
 
-/// Volume and file index: equal for all names of one file.
-bool identity_of(const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
+/// Equal for all names of one file. A missing file is identified by its full path, in lower case,
+/// because Windows ignores case; "" if there is no such path.
+std::string identity_of(const std::string& path) {
+    if (path.empty())
+        return "";
     const HANDLE handle =
         CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                     nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (handle == INVALID_HANDLE_VALUE)
-        return false;
-    const bool known = GetFileInformationByHandle(handle, &information) != 0;
+    if (handle == INVALID_HANDLE_VALUE) {
+        char full[4096];
+        const DWORD length = GetFullPathNameA(path.c_str(), sizeof full, full, nullptr);
+        if (length == 0 || length >= sizeof full)
+            return "";
+        CharLowerA(full);
+        return full;
+    }
+    BY_HANDLE_FILE_INFORMATION information = {};
+    const bool known = GetFileType(handle) == FILE_TYPE_DISK &&
+                       GetFileInformationByHandle(handle, &information) != 0;
     CloseHandle(handle);
-    return known;
+    return known ? std::to_string(information.dwVolumeSerialNumber) + ":" +
+                       std::to_string(information.nFileIndexHigh) + ":" +
+                       std::to_string(information.nFileIndexLow)
+                 : "";
 }
 
 } // namespace
@@ -107,6 +121,11 @@ bool replace(const std::string& from, const std::string& to) {
            refuse(last_reason());
 }
 
+bool rename_new(const std::string& from, const std::string& to) {
+    return MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_WRITE_THROUGH) != 0 ||
+           refuse(last_reason());
+}
+
 void remove(const char* path) { DeleteFileA(path); } // an open file disappears when closed
 
 long process_id() { return static_cast<long>(GetCurrentProcessId()); }
@@ -114,11 +133,8 @@ long process_id() { return static_cast<long>(GetCurrentProcessId()); }
 } // namespace file_calls
 
 bool same_file(const std::string& a, const std::string& b) {
-    BY_HANDLE_FILE_INFORMATION first = {}, second = {};
-    return identity_of(a, first) && identity_of(b, second) &&
-           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
-           first.nFileIndexHigh == second.nFileIndexHigh &&
-           first.nFileIndexLow == second.nFileIndexLow;
+    const std::string identity = identity_of(a);
+    return !identity.empty() && identity == identity_of(b);
 }
 
 } // namespace app

@@ -14,6 +14,7 @@ constexpr size_t k_path_size = 4096;
 // Read inside handlers: plain bytes, written only while signals are blocked.
 char g_paths[k_slots][k_path_size];
 volatile std::sig_atomic_t g_line_open = 0;
+volatile std::sig_atomic_t g_published = 0;
 
 } // namespace
 
@@ -44,5 +45,8 @@ void remove_unfinished_files() {
 
 void set_terminal_line_open(bool open) { g_line_open = open ? 1 : 0; }
 bool terminal_line_open() { return g_line_open != 0; }
+
+void set_results_published() { g_published = 1; }
+bool results_published() { return g_published != 0; }
 
 } // namespace app

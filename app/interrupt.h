@@ -25,6 +25,11 @@ void remove_unfinished_files();
 void set_terminal_line_open(bool open);
 bool terminal_line_open();
 
+/// Call when every result is in place: from now on a signal ends the process with exit code 0, not
+/// with one that says that nothing was written.
+void set_results_published();
+bool results_published();
+
 /// Blocks signals while it lives, so that the code in its scope is not interrupted half-way.
 class SignalsHeld {
 public:

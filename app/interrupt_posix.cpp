@@ -26,6 +26,8 @@ void end_process(int signal) {
                     "together with the input.\n");
         ::_exit(exit_bug);
     }
+    if (results_published())
+        ::_exit(exit_done);
     write_error("tessora: interrupted; unfinished files are removed\n");
     ::_exit(exit_signal + signal);
 }

@@ -39,6 +39,8 @@ void write_error(const char* text) {
 /// The same exit codes as on POSIX: SIGINT is 2, SIGTERM is 15.
 BOOL WINAPI on_console_event(DWORD event) {
     EnterCriticalSection(&held());
+    if (results_published())
+        end_process("", exit_done);
     end_process("tessora: interrupted; unfinished files are removed\n",
                 exit_signal + (event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? 2 : 15));
 }

@@ -10,9 +10,11 @@ namespace app {
 /// Separates the directories of a search path.
 extern const char k_path_separator;
 
-/// Call first in main. On Windows: standard streams become binary, and calling a function that the
-/// platform exports but does not implement ends the process with a message and exit_unwrap instead
-/// of a crash.
+/// Call first in main, before any file is opened. On POSIX: standard streams that are closed are
+/// opened so that every use of them fails; else the next file opened would get their descriptor,
+/// and messages would be written into it. On Windows: standard streams become binary, and calling a
+/// function that the platform exports but does not implement ends the process with a message and
+/// exit_unwrap instead of a crash.
 void prepare_process();
 
 /// Directory of the running program, without a trailing slash; "." if unknown.

@@ -1,8 +1,10 @@
+#include "app/exit_code.h"
 #include "app/system.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
@@ -12,7 +14,13 @@ namespace app {
 
 const char k_path_separator = ':';
 
-void prepare_process() {}
+void prepare_process() {
+    // The wrong direction on purpose: reading or writing fails as it would on a closed descriptor.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::fcntl(stream, F_GETFD) < 0 &&
+            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream)
+            ::_exit(exit_unexpected);
+}
 
 std::string program_directory() {
     std::error_code failure;

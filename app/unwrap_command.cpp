@@ -39,6 +39,7 @@ public:
 private:
     bool read();
     bool open_outputs();
+    bool open_backup(std::string& error);
     bool unwrap();
     void take_view();
     bool verify();
@@ -105,11 +106,20 @@ bool UnwrapRun::read() {
     return true;
 }
 
+/// The first backup holds the original and is never replaced.
+bool UnwrapRun::open_backup(std::string& error) {
+    const std::string backup = backup_name(request_.input);
+    if (!file_exists(backup))
+        return backup_file_.open(backup, error, AtomicFile::keep);
+    warn(backup + " exists and is kept; " + request_.input + " is replaced without a new backup");
+    return true;
+}
+
 /// Opens all outputs before the work, so that an unwritable one is not found only after it.
 bool UnwrapRun::open_outputs() {
     std::string error;
     const bool good = mesh_file_.open(request_.output, error) &&
-                      (!request_.in_place || backup_file_.open(request_.input + ".bak", error)) &&
+                      (!request_.in_place || open_backup(error)) &&
                       (request_.layout.empty() || layout_file_.open(request_.layout, error)) &&
                       (request_.view.empty() || view_file_.open(request_.view, error)) &&
                       (request_.report.empty() || report_file_.open(request_.report, error));
@@ -167,7 +177,7 @@ bool UnwrapRun::write_mesh() {
     if (!host::format_obj(document_, outcome_.uvs, text, error))
         return fail(exit_unwrap, request_.input + ": " + error);
     if (!mesh_file_.write(text, error) ||
-        (request_.in_place && !backup_file_.write(document_.text, error)))
+        (backup_file_.is_open() && !backup_file_.write(document_.text, error)))
         return fail(exit_output, error);
     return true;
 }
@@ -187,16 +197,24 @@ bool UnwrapRun::write_picture() {
     return true;
 }
 
-/// All files are complete; only the renames are left. Signals are blocked until they are done.
+/// All files are complete. Pipes and devices come first: they can fail or block for long, so they
+/// must be interruptible, and no file may have changed by then. Signals are blocked during the
+/// renames. The mesh comes last, so that it is unchanged unless everything else succeeded.
 bool UnwrapRun::publish() {
     report_.peak_mb = peak_memory_mb();
     std::string error;
     if (report_file_.is_open() && !report_file_.write(to_json(report_), error))
         return fail(exit_output, error);
+    AtomicFile* const files[] = {&backup_file_, &layout_file_, &view_file_, &report_file_,
+                                 &mesh_file_};
+    for (AtomicFile* file : files)
+        if (file->is_direct() && !file->commit(error))
+            return fail(exit_output, error);
     const SignalsHeld held;
-    for (AtomicFile* file : {&backup_file_, &mesh_file_, &layout_file_, &view_file_, &report_file_})
+    for (AtomicFile* file : files)
         if (file->is_open() && !file->commit(error))
             return fail(exit_output, error);
+    set_results_published();
     return true;
 }
 

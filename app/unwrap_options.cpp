@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 
 namespace app {
 namespace {
@@ -73,8 +74,10 @@ OptionTable make_table(UnwrapRequest& request) {
     table.heading("files:");
     table.add("output", &request.output, "FILE", "result; by default INPUT's name with _uv");
     table.alias("-o");
-    table.add("in_place", &request.in_place, "",
-              "write the result over INPUT; the old file stays as INPUT.bak");
+    table.add(
+        "in_place", &request.in_place, "",
+        "write the result over INPUT; INPUT.bak keeps the original, also when the next --in_place "
+        "follows");
     table.add("report", &request.report, "FILE.json",
               "what was done, in figures; on failure the reason");
     table.add("layout", &request.layout, "FILE.png", "picture of the charts in the texture");
@@ -133,16 +136,34 @@ void check_ranges(const UnwrapSettingsRequest& s, std::vector<std::string>& warn
     check_range("epsilon", s.epsilon, 0.001, 1000.0, warnings);
 }
 
-bool one_name(const std::string& a, const std::string& b) {
-    return !a.empty() && a != "-" && (a == b || same_file(a, b));
-}
+/// A file that this call reads or writes.
+struct UsedFile {
+    const char* role;
+    std::string path; ///< with a standard stream under its device name; empty if not used
+};
 
-bool has_twins(const std::vector<std::string>& names) {
-    for (size_t i = 0; i < names.size(); ++i)
-        for (size_t k = i + 1; k < names.size(); ++k)
-            if (one_name(names[i], names[k]))
-                return true;
-    return false;
+/// Every file must be a different one, however it is spelled: results are renamed over each other
+/// otherwise.
+bool check_files_differ(const UnwrapRequest& r, std::string& error) {
+    const auto output = [](const std::string& path) { return path == "-" ? "/dev/stdout" : path; };
+    const UsedFile files[] = {{"input", r.in_place       ? ""
+                                        : r.input == "-" ? "/dev/stdin"
+                                                         : r.input},
+                              {"output", output(r.output)},
+                              {"backup", r.in_place ? backup_name(r.input) : ""},
+                              {"report", output(r.report)},
+                              {"layout", output(r.layout)},
+                              {"view", output(r.view)}};
+    for (const UsedFile* a = std::begin(files); a != std::end(files); ++a)
+        for (const UsedFile* b = a + 1; b != std::end(files); ++b)
+            if (!a->path.empty() && !b->path.empty() && same_file(a->path, b->path)) {
+                error = std::string("the ") + a->role + " and the " + b->role +
+                        " would be the same file: " + b->path;
+                if (a->role == std::string("input") && b->role == std::string("output"))
+                    error += "; --in_place writes over the input";
+                return false;
+            }
+    return true;
 }
 
 bool settle_output(UnwrapRequest& r, std::string& error) {
@@ -160,18 +181,11 @@ bool settle_output(UnwrapRequest& r, std::string& error) {
         r.report = r.report.empty() ? with_extension(r.output, ".json") : r.report;
         r.layout = r.layout.empty() ? with_extension(r.output, ".png") : r.layout;
     }
-    if (!r.in_place && one_name(r.output, r.input))
-        error = r.output + " is the input; --in_place writes over it";
-    else if (one_name(r.report, r.input) || one_name(r.layout, r.input) ||
-             one_name(r.view, r.input))
-        error = "the report or the picture would be written over the input";
-    else if (has_twins({r.output, r.report, r.layout, r.view}))
-        error = "output, report and picture need names of their own";
-    else if ((r.output == "-") + (r.report == "-") + (r.layout == "-") + (r.view == "-") > 1)
+    if ((r.output == "-") + (r.report == "-") + (r.layout == "-") + (r.view == "-") > 1)
         error = "only one of output, report and picture can go to standard output";
     else if (is_other_format(r.output))
         error = r.output + ": only OBJ files can be written";
-    return error.empty();
+    return error.empty() && check_files_differ(r, error);
 }
 
 } // namespace
@@ -186,6 +200,8 @@ bool is_other_format(const std::string& path) {
             return true;
     return false;
 }
+
+std::string backup_name(const std::string& input) { return input + ".bak"; }
 
 std::string default_output(const std::string& input) {
     const std::string extension = extension_of(input);

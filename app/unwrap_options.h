@@ -55,6 +55,9 @@ std::string unwrap_help();
 /// True if the file's extension names a mesh format other than OBJ.
 bool is_other_format(const std::string& path);
 
+/// INPUT.bak, where --in_place keeps the original.
+std::string backup_name(const std::string& input);
+
 /// INPUT with "_uv" before its extension.
 std::string default_output(const std::string& input);
 

@@ -1,6 +1,7 @@
 // The command `tessora view`: parses its options and runs the window.
 #include "app/view_command.h"
 
+#include "app/atomic_file.h"
 #include "app/exit_code.h"
 #include "app/options.h"
 #include "window/application.h"
@@ -114,6 +115,11 @@ int view_command(const Words& words) {
             return exit_input;
         }
     }
+    for (const std::string* result : {&options.screenshot, &options.places})
+        if (same_file(*result, options.file))
+            return wrong(*result + " would be written over the open file");
+    if (same_file(options.screenshot, options.places))
+        return wrong("--screenshot and --places would be the same file");
     return show(options);
 }
 

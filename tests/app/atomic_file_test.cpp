@@ -75,6 +75,49 @@ TEST(AtomicFile, FollowsASymbolicLink) {
     EXPECT_EQ("new", dir.get("real.obj"));
 }
 
+TEST(AtomicFile, CreatesTheFileBehindADanglingLink) {
+    Scratch dir;
+    std::filesystem::create_directory(dir.path("d"));
+    std::filesystem::create_symlink("d/real.obj", dir.path("link.obj"));
+    std::string error;
+    ASSERT_TRUE(publish(dir.path("link.obj"), "new", error)) << error;
+    EXPECT_TRUE(std::filesystem::is_symlink(dir.path("link.obj")));
+    EXPECT_EQ("new", dir.get("d/real.obj"));
+}
+
+TEST(AtomicFile, LinkToItselfIsAnErrorThatNamesThePath) {
+    Scratch dir;
+    std::filesystem::create_symlink("loop.obj", dir.path("loop.obj"));
+    std::string error;
+    EXPECT_FALSE(publish(dir.path("loop.obj"), "new", error));
+    EXPECT_EQ(dir.path("loop.obj") + ": cannot be written: Too many levels of symbolic links",
+              error);
+    EXPECT_EQ(Names{"loop.obj"}, dir.names());
+}
+
+TEST(AtomicFile, DoesNotWriteThroughALinkUnderTheTemporaryName) {
+    Scratch dir;
+    dir.put("victim", "untouched");
+    std::filesystem::create_symlink("victim", dir.path("m.obj.tmp." + std::to_string(::getpid())));
+    std::string error;
+    ASSERT_TRUE(publish(dir.path("m.obj"), "new", error)) << error;
+    EXPECT_EQ("untouched", dir.get("victim"));
+    EXPECT_FALSE(std::filesystem::is_symlink(dir.path("m.obj")));
+}
+
+TEST(AtomicFile, KeepRefusesToReplaceAFileThatAppearsMeanwhile) {
+    Scratch dir;
+    AtomicFile file;
+    std::string error;
+    ASSERT_TRUE(file.open(dir.path("m.obj"), error, AtomicFile::keep));
+    ASSERT_TRUE(file.write("new", error));
+    dir.put("m.obj", "appeared");
+    EXPECT_FALSE(file.commit(error));
+    EXPECT_EQ(dir.path("m.obj") + ": cannot be written: File exists", error);
+    EXPECT_EQ("appeared", dir.get("m.obj"));
+    EXPECT_EQ(Names{"m.obj"}, dir.names());
+}
+
 TEST(AtomicFile, WorksDespiteAStaleTemporaryFileOfTheSameName) {
     Scratch dir;
     const std::string stale = "m.obj.tmp." + std::to_string(::getpid());
@@ -172,7 +215,10 @@ TEST(SameFile, IgnoresLinksAndSpellingOfThePath) {
     EXPECT_TRUE(app::same_file(file, dir.root() + "/./m.obj"));
     EXPECT_TRUE(app::same_file(file, dir.path("link.obj")));
     EXPECT_FALSE(app::same_file(file, dir.put("n.obj", "x")));
-    EXPECT_FALSE(app::same_file(dir.path("a"), dir.path("a")));
+    EXPECT_TRUE(app::same_file(dir.path("missing"), dir.root() + "/./missing"));
+    EXPECT_FALSE(app::same_file(dir.path("missing"), dir.path("other")));
+    EXPECT_FALSE(app::same_file("/dev/null", "/dev/null"));
+    EXPECT_FALSE(app::same_file("", ""));
 }
 
 } // namespace

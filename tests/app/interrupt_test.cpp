@@ -72,6 +72,16 @@ TEST(InterruptDeathTest, CommittedFilesSurviveASignal) {
     EXPECT_EQ("whole", dir.get("m.obj"));
 }
 
+TEST(InterruptDeathTest, SignalAfterPublishingIsASuccess) {
+    const auto run = [] {
+        app::install_signal_handlers();
+        app::set_results_published();
+        ::raise(SIGINT);
+        ::_exit(2);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
 TEST(Interrupt, ListOfUnfinishedFilesHoldsEight) {
     for (int i = 0; i < 8; ++i)
         EXPECT_TRUE(app::remove_on_signal("/nonexistent/" + std::to_string(i)));

@@ -10,11 +10,14 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <termios.h>
+#include <thread>
 #include <tuple>
 #include <unistd.h>
 
 namespace test {
 namespace {
+
+constexpr std::chrono::milliseconds k_poll_interval{5};
 
 void must(bool good, const char* what) {
     if (good)
@@ -83,6 +86,8 @@ Process::Process(const std::vector<std::string>& words, const Setup& setup) {
         ::dup2(out[1], STDOUT_FILENO);
         ::dup2(err[1], STDERR_FILENO);
         ::setenv("TERM", "xterm", 1);
+        for (const int stream : setup.closed)
+            ::close(stream);
         if (!setup.directory.empty() && ::chdir(setup.directory.c_str()) != 0)
             ::_exit(127);
         set_limit(RLIMIT_AS, setup.memory_limit);
@@ -99,7 +104,7 @@ Process::Process(const std::vector<std::string>& words, const Setup& setup) {
 }
 
 Process::~Process() {
-    if (id_ > 0) {
+    if (id_ > 0 && !is_collected_) {
         ::kill(id_, SIGKILL);
         ::waitpid(id_, nullptr, 0);
     }
@@ -128,12 +133,22 @@ Ended Process::wait() {
                 files[i].fd = -1;
         }
     }
-    int status = 0;
-    ::waitpid(id_, &status, 0);
+    if (!is_collected_)
+        ::waitpid(id_, &status_, 0);
     id_ = -1;
-    ended.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    ended.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    ended.code = WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
+    ended.signal = WIFSIGNALED(status_) ? WTERMSIG(status_) : 0;
     return ended;
+}
+
+bool Process::ends_within(std::chrono::milliseconds time) {
+    for (std::chrono::milliseconds waited{0}; waited < time; waited += k_poll_interval) {
+        if (::waitpid(id_, &status_, WNOHANG) == id_)
+            return is_collected_ = true;
+        std::this_thread::sleep_for(k_poll_interval);
+    }
+    send(SIGKILL);
+    return false;
 }
 
 Ended run(const std::vector<std::string>& words, const Process::Setup& setup) {

@@ -1,6 +1,7 @@
 /// Runs the built program as a child process and collects its output and exit code.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -21,6 +22,7 @@ public:
         std::string directory;          ///< working directory; "" for that of the test
         bool terminal = false;          ///< standard error is a terminal
         bool closed_output = false;     ///< standard output is a pipe without a reader
+        std::vector<int> closed;        ///< standard streams, 0 to 2, that are closed at the start
         unsigned long memory_limit = 0; ///< bytes of address space; 0 for no limit
         unsigned long file_limit = 0;   ///< size of written files in bytes; 0 for no limit
     };
@@ -36,9 +38,13 @@ public:
     pid_t id() const { return id_; }
     /// Reads the program's output until it ends.
     Ended wait();
+    /// Waits without reading output; kills the program and returns false if it takes longer.
+    bool ends_within(std::chrono::milliseconds time);
 
 private:
     pid_t id_ = -1;
+    bool is_collected_ = false; ///< by ends_within; status_ holds the result
+    int status_ = 0;
     int out_ = -1, err_ = -1;
 };
 

@@ -67,7 +67,7 @@ TEST_F(ProgramFailure, InvalidOptionIsAUsageError) {
 TEST_F(ProgramFailure, OutputOverTheInputIsAUsageError) {
     const std::string file = dir.put("cube.obj", k_cube);
     expect_usage_error({"unwrap", file, "-o", file},
-                       file + " is the input; --in_place writes over");
+                       "the input and the output would be the same file: " + file);
     EXPECT_EQ(k_cube, dir.get("cube.obj"));
 }
 

@@ -62,6 +62,17 @@ TEST_F(Program, InPlaceReplacesTheInputAndKeepsABackup) {
     expect_unwrapped("cube.obj");
 }
 
+TEST_F(Program, SecondInPlaceKeepsTheBackupOfTheOriginal) {
+    const std::string file = dir.put("cube.obj", k_cube);
+    ASSERT_EQ(0, run({"unwrap", "--in_place", file}).code);
+    const Ended ended = run({"unwrap", "--in_place", file, "--stretch", "0.5"});
+    EXPECT_EQ(0, ended.code) << ended.err;
+    EXPECT_EQ(k_cube, dir.get("cube.obj.bak"));
+    EXPECT_NE(std::string::npos, ended.err.find("warning: " + file + ".bak exists and is kept"))
+        << ended.err;
+    expect_unwrapped("cube.obj");
+}
+
 TEST_F(Program, ReportContainsTheFigures) {
     const Ended ended = unwrap("cube.obj", k_cube);
     ASSERT_EQ(0, ended.code) << ended.err;

@@ -189,21 +189,41 @@ TEST(UnwrapOptionsRefuse, InputAsOutput) {
     test::Scratch dir;
     const std::string file = dir.put("m.obj", "x");
     const std::string other = dir.root() + "/./m.obj";
-    EXPECT_EQ(other + " is the input; --in_place writes over it", refusal({file, "-o", other}));
-    EXPECT_EQ("m.obj is the input; --in_place writes over it", refusal({"m.obj", "-o", "m.obj"}));
-    EXPECT_EQ("the report or the picture would be written over the input",
+    EXPECT_EQ("the input and the output would be the same file: " + other +
+                  "; --in_place writes over the input",
+              refusal({file, "-o", other}));
+    EXPECT_EQ("the input and the report would be the same file: m.obj",
               refusal({"m.obj", "--report", "m.obj"}));
+}
+
+TEST(UnwrapOptionsRefuse, OneFileUnderTwoSpellings) {
+    test::Scratch dir;
+    const std::string mesh = dir.put("m.obj", "x"), missing = dir.path("q.obj");
+    EXPECT_EQ("the output and the report would be the same file: " + dir.path("./q.obj"),
+              refusal({mesh, "-o", missing, "--report", dir.path("./q.obj")}));
+    std::filesystem::create_symlink("q.obj", dir.path("link.obj")); // to a file that does not exist
+    EXPECT_EQ("the output and the layout would be the same file: " + dir.path("link.obj"),
+              refusal({mesh, "-o", missing, "--layout", dir.path("link.obj")}));
+    EXPECT_EQ("the backup and the report would be the same file: " + mesh + ".bak",
+              refusal({mesh, "--in_place", "--report", mesh + ".bak"}));
+    std::filesystem::create_symlink("m.obj", mesh + ".bak");
+    EXPECT_EQ("the output and the backup would be the same file: " + mesh + ".bak",
+              refusal({mesh, "--in_place"}));
+}
+
+TEST(UnwrapOptions, SeveralResultsMayGoToTheNullDevice) {
+    EXPECT_EQ("/dev/null", parsed({"m.obj", "-o", "/dev/null", "--report", "/dev/null"}).report);
 }
 
 TEST(UnwrapOptionsRefuse, ContradictoryOutputs) {
     EXPECT_EQ("--in_place and -o exclude each other", refusal({"m.obj", "--in_place", "-o", "n"}));
     EXPECT_EQ("--in_place needs a file; standard input has no place", refusal({"-", "--in_place"}));
     EXPECT_EQ("standard input needs -o OUTPUT ('-o -' for standard output)", refusal({"-"}));
-    EXPECT_EQ("output, report and picture need names of their own",
+    EXPECT_EQ("the report and the layout would be the same file: r",
               refusal({"m.obj", "--report", "r", "--layout", "r"}));
-    EXPECT_EQ("output, report and picture need names of their own",
+    EXPECT_EQ("the layout and the view would be the same file: r",
               refusal({"m.obj", "--layout", "r", "--view", "r"}));
-    EXPECT_EQ("the report or the picture would be written over the input",
+    EXPECT_EQ("the input and the view would be the same file: m.obj",
               refusal({"m.obj", "--view", "m.obj"}));
     EXPECT_EQ("only one of output, report and picture can go to standard output",
               refusal({"m.obj", "--view", "-", "--layout", "-"}));
