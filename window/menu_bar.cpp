@@ -120,6 +120,7 @@ Action draw_own(State& state, const std::string& label) {
 
 /// Items that plug-ins and scripts added.
 void draw_added(State& state, const std::string& menu, bool has_own) {
+    host::MenuTree::current().open(menu);
     const std::vector<host::MenuItem> items = host::MenuTree::current().items(menu);
     if (items.empty()) {
         if (!has_own)

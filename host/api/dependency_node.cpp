@@ -1,5 +1,6 @@
 /// Function sets for nodes, scene side: attributes, plugs, creation, duplication.
 #include "host/base/fault.h"
+#include "host/base/strictness.h"
 #include "host/graph/edits.h"
 #include "host/graph/paths.h"
 #include "host/graph/undo.h"
@@ -31,8 +32,9 @@ Node* node_for(const char* point, const MObject& object, MStatus& status) {
     return node;
 }
 
-/// Applies an edit and records it, so that undo of the running command reverts it.
-MStatus perform(host::graph::EditPtr edit) { return Scene::current().perform(std::move(edit)); }
+MStatus perform(host::graph::EditPtr edit) {
+    return Scene::current().perform_api_call(std::move(edit));
+}
 
 MObject create(const NodeTypeRef& type, const MString& name, DagNode* parent, MStatus& status) {
     if (!type) {
@@ -292,7 +294,7 @@ MObject MFnDagNode::duplicate(bool instance, bool instanceLeaf, MStatus* ReturnS
         status = MS::kNotImplemented;
     std::vector<Scene::Copy> copies;
     if (status)
-        status = scene.duplicate(*node, false, copies);
+        status = scene.duplicate(*node, host::is_strict(), copies);
     for (size_t i = 0; status && i < copies.size(); ++i)
         status = perform(host::graph::add_node_edit(*copies[i].node, copies[i].parent));
     report(ReturnStatus, status);

@@ -187,7 +187,7 @@ MStatus MGlobal::setActiveSelectionList(const MSelectionList& src, ListAdjustmen
     if (!status)
         return status;
     Scene& scene = Scene::current();
-    return scene.perform(host::graph::select_edit(
+    return scene.perform_api_call(host::graph::select_edit(
         adjusted(scene.selection(), src.host_items().list, listAdjustment)));
 }
 
@@ -222,5 +222,5 @@ MStatus MGlobal::deleteNode(MObject& object) {
     host::graph::Node* const node = host::graph::node_of(object);
     if (node == nullptr)
         return MS::kInvalidParameter;
-    return Scene::current().perform(host::graph::remove_node_edit(*node));
+    return Scene::current().perform_api_call(host::graph::remove_node_edit(*node));
 }

@@ -11,6 +11,7 @@ void add_list_commands(Interpreter& interpreter);      ///< ls, select, list...,
 void add_mesh_commands(Interpreter& interpreter);      ///< polyCube, ..., polyEvaluate, polyUVSet
 void add_transform_commands(Interpreter& interpreter); ///< move, rotate, scale
 void add_history_commands(Interpreter& interpreter);   ///< undo, redo, constructionHistory, dgeval
+void add_menu_commands(Interpreter& interpreter);      ///< menu, uiOpenMenu
 void add_plugin_commands(Interpreter& interpreter);    ///< loadPlugin, unloadPlugin, pluginInfo
 void add_file_commands(Interpreter& interpreter);      ///< file, requires, fileInfo, currentUnit
 

@@ -117,6 +117,7 @@ Session::Session()
     add_list_commands(interpreter_);
     add_mesh_commands(interpreter_);
     add_node_commands(interpreter_);
+    add_menu_commands(interpreter_);
     add_plugin_commands(interpreter_);
     add_transform_commands(interpreter_);
     add_file_commands(interpreter_);

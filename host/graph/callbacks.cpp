@@ -1,5 +1,8 @@
 #include "host/graph/callbacks.h"
 
+#include "host/base/strictness.h"
+#include "host/graph/script_host.h"
+
 #include <algorithm>
 
 namespace host::graph {
@@ -11,14 +14,14 @@ Callbacks& Callbacks::current() {
 
 CallbackId Callbacks::add_pre_removal(Node& node, std::function<void(Node&)> function,
                                       const void* code) {
-    entries_.push_back({next_, &node, "", std::move(function), {}, code});
+    entries_.push_back({next_, &node, "", std::move(function), {}, code, ""});
     return next_++;
 }
 
 CallbackId Callbacks::add_post_render(const std::string& panel,
                                       std::function<void(const std::string&)> function,
                                       const void* code) {
-    entries_.push_back({next_, nullptr, panel, {}, std::move(function), code});
+    entries_.push_back({next_, nullptr, panel, {}, std::move(function), code, ""});
     return next_++;
 }
 
@@ -38,30 +41,32 @@ const Callbacks::Registration* Callbacks::find(CallbackId id) const {
     return nullptr;
 }
 
-void Callbacks::fire_pre_removal(Node& node) {
-    for (const CallbackId id : of_node(node)) {
-        const Registration* entry = find(id);
-        if (entry == nullptr)
-            continue; // removed by a callback called before it
-        const auto function = entry->on_removal;
-        const CallbackId outer = running_;
-        running_ = id;
-        function(node);
-        running_ = outer;
+template <class Call>
+void Callbacks::fire(CallbackId id, const std::string& subject, const Call& call) {
+    const Registration* found = find(id);
+    if (found == nullptr)
+        return; // removed by a callback called before it
+    if (!found->unloaded_plugin.empty()) {
+        show_line(Severity::error, "Callback of the unloaded plug-in \"" + found->unloaded_plugin +
+                                       "\" on \"" + subject +
+                                       "\": the application would crash here.");
+        return;
     }
+    const Registration entry = *found; // the callback may remove its own registration
+    const CallbackId outer = running_;
+    running_ = id;
+    call(entry);
+    running_ = outer;
+}
+
+void Callbacks::fire_pre_removal(Node& node) {
+    for (const CallbackId id : of_node(node))
+        fire(id, node.name_text(), [&](const Registration& entry) { entry.on_removal(node); });
 }
 
 void Callbacks::fire_post_render(const std::string& panel) {
-    for (const CallbackId id : of_panel(panel)) {
-        const Registration* entry = find(id);
-        if (entry == nullptr)
-            continue;
-        const auto function = entry->on_render;
-        const CallbackId outer = running_;
-        running_ = id;
-        function(panel);
-        running_ = outer;
-    }
+    for (const CallbackId id : of_panel(panel))
+        fire(id, panel, [&](const Registration& entry) { entry.on_render(panel); });
 }
 
 std::vector<CallbackId> Callbacks::of_node(const Node& node) const {
@@ -86,10 +91,24 @@ void Callbacks::forget(const Node& node) {
                    entries_.end());
 }
 
-void Callbacks::remove_code(const std::function<bool(const void*)>& is_gone) {
-    entries_.erase(std::remove_if(entries_.begin(), entries_.end(),
-                                  [&](const Registration& entry) { return is_gone(entry.code); }),
-                   entries_.end());
+void Callbacks::unload_code(const std::function<bool(const void*)>& is_in_plugin,
+                            const std::string& plugin) {
+    if (is_strict()) {
+        for (Registration& entry : entries_)
+            if (is_in_plugin(entry.code))
+                entry.unloaded_plugin = plugin;
+        return;
+    }
+    entries_.erase(
+        std::remove_if(entries_.begin(), entries_.end(),
+                       [&](const Registration& entry) { return is_in_plugin(entry.code); }),
+        entries_.end());
+}
+
+void Callbacks::abandon(const Node& node, const std::string& plugin) {
+    for (Registration& entry : entries_)
+        if (entry.node == &node)
+            entry.unloaded_plugin = plugin;
 }
 
 void Callbacks::clear() { entries_.clear(); }

@@ -25,8 +25,12 @@ public:
     CallbackId add_post_render(const std::string& panel,
                                std::function<void(const std::string&)> function,
                                const void* code = nullptr);
-    /// Removes every callback for whose code address `is_gone` returns true.
-    void remove_code(const std::function<bool(const void* code)>& is_gone);
+    /// Called when a plug-in is unloaded: removes the callbacks whose code address lies in it. A
+    /// strict host keeps them and reports an error whenever one of them should be called.
+    void unload_code(const std::function<bool(const void* code)>& is_in_plugin,
+                     const std::string& plugin);
+    /// Treats the pre-removal callbacks of a node as left behind by an unloaded plug-in.
+    void abandon(const Node& node, const std::string& plugin);
     /// Removes all callbacks registered on a node.
     void forget(const Node& node);
     /// Returns false if no callback has this id.
@@ -50,7 +54,10 @@ private:
         std::function<void(Node&)> on_removal;
         std::function<void(const std::string&)> on_render;
         const void* code;
+        std::string unloaded_plugin; ///< not empty: must not be called any more
     };
+    template <class Call>
+    void fire(CallbackId id, const std::string& subject, const Call& call);
     const Registration* find(CallbackId id) const;
     std::vector<Registration> entries_;
     CallbackId next_ = 1;

@@ -22,7 +22,7 @@ public:
         return MS::kSuccess;
     }
     MStatus undo() override {
-        removal_ = scene().remove(*node_);
+        removal_ = scene().remove(*node_, Scene::RemovalCause::undo_of_creation);
         return removal_.nodes.empty() ? MS::kFailure : MS::kSuccess;
     }
 

@@ -1,5 +1,6 @@
 #include "host/graph/evaluate.h"
 
+#include "host/base/strictness.h"
 #include "host/graph/data.h"
 #include "host/graph/plugin_nodes.h"
 
@@ -305,6 +306,8 @@ Slot& value_target(Slot& slot) {
 
 MStatus may_set(Slot& slot) {
     if (is_locked(slot) || !is_writable(slot) || slot.fed_ancestor() != nullptr)
+        return MS::kFailure;
+    if (is_strict() && slot.is_compound() && slot.fed_below() > 0)
         return MS::kFailure;
     return MS::kSuccess;
 }

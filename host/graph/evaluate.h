@@ -32,8 +32,8 @@ MHOST_EXPORT bool copy_values(Slot& from, Slot& to);
 /// Whether the two attributes have compatible types for a connection.
 MHOST_EXPORT bool can_connect(const Slot& from, const Slot& to);
 
-/// Sets a plug on behalf of a user or a plug-in. A vector may be set even if some of its components
-/// are connected; those take the value once they are disconnected
+/// Sets a plug on behalf of a user or a plug-in. A vector with connected components is refused by
+/// a strict host; in a lenient one these components take the value once they are disconnected
 /// (docs/decisions/setting-a-connected-plug.md).
 /// Errors: kFailure if the plug is locked, not writable or fed by a connection; kInvalidParameter
 ///         if the value has an incompatible type.

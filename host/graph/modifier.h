@@ -12,12 +12,14 @@ public:
     /// Applies the edits that are not done yet. Stops at the first failure; the next call retries
     /// that edit.
     MStatus redo();
-    /// Reverts all done edits, in reverse order.
+    /// Reverts all done edits, in reverse order. A strict host fails if `redo` was not called
+    /// before.
     MStatus undo();
 
 private:
     std::vector<EditPtr> edits_;
     size_t done_ = 0;
+    bool was_done_ = false; ///< `redo` was called since the last `undo`
 };
 
 } // namespace host::graph

@@ -190,8 +190,8 @@ void Plugins::drop(Plugin& plugin) {
         Scene::current().remove_type(type);
     for (const std::string& item : plugin.menu_items)
         MenuTree::current().remove(item);
-    Callbacks::current().remove_code(
-        [&](const void* function) { return plugin.contains(function); });
+    Callbacks::current().unload_code(
+        [&](const void* function) { return plugin.contains(function); }, plugin.info.name);
     void* const code = plugin.library;
     plugins_.erase(std::find_if(plugins_.begin(), plugins_.end(),
                                 [&](const auto& held) { return held.get() == &plugin; }));

@@ -1,5 +1,6 @@
 #include "host/graph/scene.h"
 
+#include "host/base/strictness.h"
 #include "host/graph/callbacks.h"
 #include "host/graph/plugin_nodes.h"
 #include "host/graph/standard_types.h"
@@ -48,7 +49,10 @@ MStatus Scene::remove_type(const std::string& name) {
     type->compute = nullptr;
     for (Node* node : type->instances) {
         // Callbacks on the node were registered by the plug-in's instance.
-        Callbacks::current().forget(*node);
+        if (is_strict())
+            Callbacks::current().abandon(*node, type->plugin);
+        else
+            Callbacks::current().forget(*node);
         PluginNodes::destroy_instance(*node);
         node->set_type(MFn::kUnknown);
     }
@@ -154,15 +158,16 @@ void Scene::collect_subtree(Node& node, std::vector<Ref<Node>>& nodes) const {
     }
 }
 
-Removal Scene::remove(Node& node) {
+Removal Scene::remove(Node& node, RemovalCause cause) {
     Removal removal;
     if (!node.in_scene_)
         return removal;
     const Ref<Node> keep(&node);
     std::vector<Ref<Node>> nodes;
     collect_subtree(node, nodes);
-    for (const Ref<Node>& one : nodes)
-        Callbacks::current().fire_pre_removal(*one);
+    if (cause == RemovalCause::deletion || !is_strict())
+        for (const Ref<Node>& one : nodes)
+            Callbacks::current().fire_pre_removal(*one);
 
     removal.nodes = nodes;
     for (const Ref<Node>& one : nodes)
@@ -354,6 +359,14 @@ MStatus Scene::perform(std::unique_ptr<Edit> edit) {
         is_modified = true;
         UndoQueue::current().record(std::move(edit));
     }
+    return status;
+}
+
+MStatus Scene::perform_api_call(std::unique_ptr<Edit> edit) {
+    if (!is_strict())
+        return perform(std::move(edit));
+    const MStatus status = edit->redo();
+    is_modified = is_modified || status;
     return status;
 }
 

@@ -66,8 +66,10 @@ public:
     Ref<Node> make_node(const NodeTypeRef& type, const std::string& name = "");
     /// Adds a node to the scene; a DAG node below `parent`, or at the top level if NULL.
     MStatus add(Node& node, DagNode* parent);
-    /// Removes a node and everything below it; calls the pre-removal callbacks first.
-    Removal remove(Node& node);
+    enum class RemovalCause { deletion, undo_of_creation };
+    /// Removes a node and everything below it; calls the pre-removal callbacks first, except for
+    /// the undo of a creation in a strict host.
+    Removal remove(Node& node, RemovalCause cause = RemovalCause::deletion);
     void restore(const Removal& removal);
 
     /// All nodes in the order in which they entered the scene.
@@ -127,6 +129,9 @@ public:
     // === Edits ========================================================================
     /// Applies an edit and records it if the undo queue is recording.
     MStatus perform(std::unique_ptr<Edit> edit);
+    /// Applies an edit for a call of the public interface outside a modifier. A strict host does
+    /// not record it.
+    MStatus perform_api_call(std::unique_ptr<Edit> edit);
     bool records_history = true; ///< keep construction history: "constructionHistory -toggle"
     bool is_modified = false;
 

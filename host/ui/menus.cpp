@@ -1,5 +1,7 @@
 #include "host/ui/menus.h"
 
+#include "host/base/strictness.h"
+
 #include <algorithm>
 
 namespace host {
@@ -22,6 +24,16 @@ bool MenuTree::add_menu(const std::string& name) {
         return false;
     menus_.push_back(name);
     return true;
+}
+
+bool MenuTree::is_filled_on_opening(const std::string& menu) const {
+    return is_strict() && menu == "mainModifyMenu";
+}
+
+void MenuTree::open(const std::string& menu) {
+    if (!is_filled_on_opening(menu) || !items(menu).empty())
+        return;
+    add(menu, "Reset Transformations", "move 0 0 0; rotate 0 0 0; scale 1 1 1;");
 }
 
 std::string MenuTree::add(const std::string& menu, const std::string& label,

@@ -24,6 +24,11 @@ public:
     /// Menu names; initially "mainFileMenu", "mainEditMenu", "mainModifyMenu", ...
     const std::vector<std::string>& menus() const { return menus_; }
     bool has_menu(const std::string& name) const;
+    /// Whether `open` creates the menu's built-in items. Only a strict host has such a menu.
+    bool is_filled_on_opening(const std::string& menu) const;
+    /// To be called before a menu is shown. Creates the built-in items if the menu is empty: an
+    /// item that a plug-in added before keeps them away.
+    void open(const std::string& menu);
     bool add_menu(const std::string& name);
 
     /// Appends an item to a menu and returns its name; empty if there is no such menu.

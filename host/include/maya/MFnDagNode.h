@@ -39,8 +39,9 @@ public:
     MObject create(const MString& type, const MString& name, MObject& parent = MObject::kNullObj,
                    MStatus* ReturnStatus = NULL);
     /// Copies the node and everything below it, without connections, next to the original. A shape
-    /// is copied with a new transform, which is returned. Vertex tweaks of meshes are not copied:
-    /// the copy has the untweaked geometry (docs/decisions/duplicate-and-tweaks.md).
+    /// is copied with a new transform, which is returned. Vertex tweaks (pnts) may be copied as
+    /// well, and the copies may remain when the running command is undone
+    /// (docs/decisions/duplicate-and-tweaks.md).
     MObject duplicate(bool instance = false, bool instanceLeaf = false,
                       MStatus* ReturnStatus = NULL) const;
     /// Intermediate objects are hidden shapes that only feed construction history. Takes effect at

@@ -5,9 +5,9 @@
 
 class MHOST_EXPORT MNodeMessage : public MMessage {
 public:
-    /// Registers a callback for the removal of a node from the scene, called while its connections
-    /// still exist: on deletion, redo of a deletion and undo of a creation. Stays registered after
-    /// the call.
+    /// Registers a callback for the deletion of a node, also by redo, called while its connections
+    /// still exist. It stays registered after the call. Undoing the node's creation may or may not
+    /// call it.
     static MCallbackId addNodePreRemovalCallback(MObject& node, MNodeFunction func,
                                                  void* clientData = NULL,
                                                  MStatus* ReturnStatus = NULL);

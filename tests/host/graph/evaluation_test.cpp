@@ -170,21 +170,6 @@ TEST_F(EvaluationTest, ADestinationKeepsTheLastValueAfterDisconnection) {
     EXPECT_EQ(pull(second, "result"), 4.0);
 }
 
-TEST_F(EvaluationTest, AVectorSetWhileAComponentIsConnectedHasTheValueAfterDisconnection) {
-    Node& driver = add("scaleNode");
-    MeshNode& shape = add_cube();
-    set(shape, "pnts[2].pntx", 0.5);
-    connect(driver, "result", shape, "pnts[2].pntx");
-    EXPECT_EQ(pull(shape, "pnts[2].pntx"), 2.0);
-
-    MFnNumericData data;
-    const MObject zero = data.create(MFnNumericData::k3Float);
-    EXPECT_EQ(set_value(plug(shape, "pnts[2]"), Value::of_data(zero.host_object())), MS::kSuccess);
-    EXPECT_EQ(pull(shape, "pnts[2].pntx"), 2.0);
-    scene.disconnect(plug(driver, "result"), plug(shape, "pnts[2].pntx"));
-    EXPECT_EQ(pull(shape, "pnts[2].pntx"), 0.0);
-}
-
 TEST_F(EvaluationTest, MessagesConnectOnlyToMessages) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");

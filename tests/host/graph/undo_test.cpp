@@ -101,14 +101,13 @@ TEST_F(UndoTest, UndoOfAUsersConnectionRestoresTheOldValue) {
 
 namespace {
 
-/// Logs its calls; doIt creates a node through MFnDependencyNode.
+/// Logs its calls.
 class LoudCommand : public MPxCommand {
 public:
     ~LoudCommand() override { log.push_back("delete"); }
     MStatus doIt(const MArgList& args) override {
         log.push_back(std::string("do ") + args.asString(0).asChar());
         setResult(3);
-        MFnDependencyNode().create("scaleNode");
         return answer;
     }
     MStatus undoIt() override {
@@ -164,15 +163,6 @@ TEST_F(CommandTest, AnUndoableCommandStaysOnTheQueueAndIsDoneOnce) {
     EXPECT_EQ(number, 1);
     undo.clear();
     EXPECT_EQ(LoudCommand::log, (std::vector<std::string>{"do once", "undo", "redo", "delete"}));
-}
-
-TEST_F(CommandTest, NodesCreatedByTheCommandAreUndoneAndRedoneWithIt) {
-    run();
-    ASSERT_NE(scene.find("scaleNode1"), nullptr);
-    undo.undo();
-    EXPECT_EQ(scene.find("scaleNode1"), nullptr);
-    undo.redo();
-    EXPECT_NE(scene.find("scaleNode1"), nullptr);
 }
 
 TEST_F(CommandTest, AFailingCommandIsDeletedAtOnce) {
