@@ -19,13 +19,6 @@ bool MenuTree::has_menu(const std::string& name) const {
     return std::find(menus_.begin(), menus_.end(), name) != menus_.end();
 }
 
-bool MenuTree::add_menu(const std::string& name) {
-    if (name.empty() || has_menu(name))
-        return false;
-    menus_.push_back(name);
-    return true;
-}
-
 bool MenuTree::is_filled_on_opening(const std::string& menu) const {
     return is_strict() && menu == "mainModifyMenu";
 }

@@ -29,7 +29,6 @@ public:
     /// To be called before a menu is shown. Creates the built-in items if the menu is empty: an
     /// item that a plug-in added before keeps them away.
     void open(const std::string& menu);
-    bool add_menu(const std::string& name);
 
     /// Appends an item to a menu and returns its name; empty if there is no such menu.
     std::string add(const std::string& menu, const std::string& label, const std::string& command,
