@@ -152,19 +152,6 @@ Spot Field::find(const Mask& mask, uint32_t bottom, uint32_t top) {
     return {};
 }
 
-bool Field::fits(const Mask& mask, uint32_t x, uint32_t y) const {
-    if (x + mask.width > width_ || y + mask.height > height_)
-        return false;
-    for (const Run& run : mask.runs) {
-        const uint32_t j = level_of(run.length);
-        const uint32_t first = x + run.x, second = first + run.length - (uint32_t(1) << j);
-        if (((window(runs_[j], y + run.row, first) | window(runs_[j], y + run.row, second)) & 1) !=
-            0)
-            return false;
-    }
-    return true;
-}
-
 void Field::place(const Mask& mask, uint32_t x, uint32_t y) {
     const uint32_t shift = x % 64;
     for (uint32_t r = 0; r < mask.height; ++r) {

@@ -35,10 +35,6 @@ public:
     /// Marks the cells of a mask as taken; it must lie inside the field.
     void place(const Mask& mask, uint32_t x, uint32_t y);
 
-    /// Whether the mask lies inside the field and hits no taken cell here.
-    bool fits(const Mask& mask, uint32_t x, uint32_t y) const;
-
-    uint32_t width() const { return width_; }
     uint32_t height() const { return height_; }
     /// Words read so far: a reproducible measure of effort.
     uint64_t effort() const { return effort_; }
