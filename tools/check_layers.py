@@ -34,8 +34,8 @@ HOST_FLOORS = [
     ("host/api", ["maya/"]),
     ("host/script", ["maya/", "fnmatch.h", "regex.h"]),
     ("host/io", ["maya/", "unistd.h", "fcntl.h", "sys/"]),
-    ("host/commands", ["maya/", "unistd.h"]),
-    ("host/view", ["maya/", "GL/", "EGL/", "png.h", "unistd.h"]),
+    ("host/commands", ["maya/"]),
+    ("host/view", ["maya/", "GL/", "EGL/", "png.h"]),
 ]
 for floor, (folder, system) in enumerate(HOST_FLOORS):
     above = [name + "/" for name, _ in HOST_FLOORS[1:floor + 1]]

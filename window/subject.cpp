@@ -9,9 +9,9 @@
 namespace window {
 namespace {
 
+using host::Ref;
 using host::graph::MeshNode;
 using host::graph::Node;
-using host::graph::Ref;
 using host::graph::Scene;
 using host::graph::Slot;
 

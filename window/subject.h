@@ -12,9 +12,9 @@
 namespace window {
 
 struct Subject {
-    host::graph::Ref<host::graph::Node> shape; ///< null if the scene has no mesh
-    host::graph::Ref<host::graph::Node> node;  ///< last unwrap node in its history, or null
-    host::Mesh mesh;                           ///< shares storage with the shape
+    host::Ref<host::graph::Node> shape; ///< null if the scene has no mesh
+    host::Ref<host::graph::Node> node;  ///< last unwrap node in its history, or null
+    host::Mesh mesh;                    ///< shares storage with the shape
     int uv_set = -1;          ///< the set that `node` writes, else the current one; -1 if none
     measure::Texture texture; ///< size set on `node`, else 512 x 512
     double gutter = 2.0;      ///< texels
@@ -23,7 +23,7 @@ struct Subject {
     std::string node_name() const { return node ? name_of(node) : std::string(); }
 
 private:
-    static std::string name_of(const host::graph::Ref<host::graph::Node>& node);
+    static std::string name_of(const host::Ref<host::graph::Node>& node);
 };
 
 /// All mesh shapes that are not hidden or intermediate, in order of creation.

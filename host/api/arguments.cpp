@@ -1,7 +1,7 @@
 /// Command arguments: argument list, syntax, parser.
 #include "host/base/fault.h"
 #include "host/graph/script_host.h"
-#include "host/graph/selection_items.h"
+#include "host/graph/selection.h"
 
 #include <maya/MArgDatabase.h>
 #include <maya/MSelectionList.h>

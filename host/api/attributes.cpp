@@ -12,12 +12,12 @@
 #include <maya/MFnTypedAttribute.h>
 
 using host::pass_fault;
+using host::Ref;
 using host::report;
 using host::graph::Attribute;
 using host::graph::AttributeKind;
-using host::graph::Ref;
+using host::graph::PlugValue;
 using host::graph::Tuple;
-using host::graph::Value;
 
 namespace {
 
@@ -244,7 +244,7 @@ MStatus MFnNumericAttribute::setDefault(double value) {
     Attribute* const attribute = attached(object_);
     if (attribute == nullptr || !attribute->is_number())
         return MS::kFailure;
-    Value converted = attribute->default_value();
+    PlugValue converted = attribute->default_value();
     converted.assign_number(value);
     attribute->set_default(converted);
     return MS::kSuccess;
@@ -325,9 +325,9 @@ MObject MFnTypedAttribute::create(const MString& fullName, const MString& briefN
     if (host::Object* data = defaultData.host_object()) {
         if (kind == AttributeKind::text && data->type() == MFn::kStringData)
             attached(made)->set_default(
-                Value::of_text(static_cast<host::graph::StringData*>(data)->text));
+                PlugValue::of_text(static_cast<host::graph::StringData*>(data)->text));
         else if (kind != AttributeKind::text)
-            attached(made)->set_default(Value::of_data(data).deep_copy());
+            attached(made)->set_default(PlugValue::of_data(data).deep_copy());
     }
     object_ = made;
     return object_;
@@ -397,7 +397,7 @@ MStatus MFnEnumAttribute::setDefault(short value) {
     Attribute* const attribute = attached(object_);
     if (attribute == nullptr)
         return MS::kFailure;
-    attribute->set_default(Value::of_short(value));
+    attribute->set_default(PlugValue::of_short(value));
     return MS::kSuccess;
 }
 

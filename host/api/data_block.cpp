@@ -15,8 +15,8 @@ using host::pass_fault;
 using host::report;
 using host::graph::Attribute;
 using host::graph::AttributeKind;
+using host::graph::PlugValue;
 using host::graph::Slot;
-using host::graph::Value;
 using host::graph::ValueKind;
 
 // === MDGContext ==============================================================================
@@ -42,13 +42,13 @@ T& nothing() {
 }
 
 template <class T>
-T& access(Slot* slot, ValueKind kind, T& (Value::*get)()) {
+T& access(Slot* slot, ValueKind kind, T& (PlugValue::*get)()) {
     if (slot == nullptr || slot->value.kind() != kind)
         return nothing<T>();
     return (slot->value.*get)();
 }
 
-void put(Slot* slot, const Value& value) {
+void put(Slot* slot, const PlugValue& value) {
     if (slot != nullptr)
         host::graph::assign(*slot, value);
 }
@@ -57,7 +57,7 @@ void put(Slot* slot, const double values[3]) {
     if (slot == nullptr || !slot->is_compound() || slot->attribute().children().size() != 3)
         return;
     for (unsigned int i = 0; i < 3; ++i)
-        put(slot->child(i), Value::of_double(values[i]));
+        put(slot->child(i), PlugValue::of_double(values[i]));
 }
 
 } // namespace
@@ -97,20 +97,24 @@ MObject MDataHandle::attribute() {
     return slot_ == NULL ? MObject() : MObject(&slot_->attribute());
 }
 
-bool& MDataHandle::asBool() const { return access(slot_, ValueKind::boolean, &Value::as_bool); }
-char& MDataHandle::asChar() const { return access(slot_, ValueKind::byte, &Value::as_byte); }
-short& MDataHandle::asShort() const { return access(slot_, ValueKind::short_, &Value::as_short); }
-int& MDataHandle::asInt() const { return access(slot_, ValueKind::integer, &Value::as_int); }
-float& MDataHandle::asFloat() const { return access(slot_, ValueKind::real32, &Value::as_float); }
+bool& MDataHandle::asBool() const { return access(slot_, ValueKind::boolean, &PlugValue::as_bool); }
+char& MDataHandle::asChar() const { return access(slot_, ValueKind::byte, &PlugValue::as_byte); }
+short& MDataHandle::asShort() const {
+    return access(slot_, ValueKind::short_, &PlugValue::as_short);
+}
+int& MDataHandle::asInt() const { return access(slot_, ValueKind::integer, &PlugValue::as_int); }
+float& MDataHandle::asFloat() const {
+    return access(slot_, ValueKind::real32, &PlugValue::as_float);
+}
 double& MDataHandle::asDouble() const {
-    return access(slot_, ValueKind::real64, &Value::as_double);
+    return access(slot_, ValueKind::real64, &PlugValue::as_double);
 }
 
 MString& MDataHandle::asString() const {
     if (slot_ == NULL || slot_->attribute().kind() != AttributeKind::text)
         return nothing<MString>();
     if (slot_->value.kind() != ValueKind::text)
-        slot_->value = Value::of_text(MString());
+        slot_->value = PlugValue::of_text(MString());
     return slot_->value.as_text();
 }
 
@@ -129,19 +133,19 @@ MMatrix& MDataHandle::asMatrix() const {
 
 MObject MDataHandle::data() { return slot_ == NULL ? MObject() : MObject(slot_->value.as_data()); }
 
-void MDataHandle::setBool(bool value) { put(slot_, Value::of_bool(value)); }
-void MDataHandle::setChar(char value) { put(slot_, Value::of_byte(value)); }
-void MDataHandle::setShort(short value) { put(slot_, Value::of_short(value)); }
-void MDataHandle::setInt(int value) { put(slot_, Value::of_int(value)); }
-void MDataHandle::setFloat(float value) { put(slot_, Value::of_float(value)); }
-void MDataHandle::setDouble(double value) { put(slot_, Value::of_double(value)); }
-void MDataHandle::setString(const MString& value) { put(slot_, Value::of_text(value)); }
+void MDataHandle::setBool(bool value) { put(slot_, PlugValue::of_bool(value)); }
+void MDataHandle::setChar(char value) { put(slot_, PlugValue::of_byte(value)); }
+void MDataHandle::setShort(short value) { put(slot_, PlugValue::of_short(value)); }
+void MDataHandle::setInt(int value) { put(slot_, PlugValue::of_int(value)); }
+void MDataHandle::setFloat(float value) { put(slot_, PlugValue::of_float(value)); }
+void MDataHandle::setDouble(double value) { put(slot_, PlugValue::of_double(value)); }
+void MDataHandle::setString(const MString& value) { put(slot_, PlugValue::of_text(value)); }
 
 MStatus MDataHandle::setMObject(const MObject& value) {
     const MStatus status = pass_fault("MDataHandle::set");
     if (!status)
         return status;
-    if (slot_ == NULL || !host::graph::assign(*slot_, Value::of_data(value.host_object())))
+    if (slot_ == NULL || !host::graph::assign(*slot_, PlugValue::of_data(value.host_object())))
         return MS::kInvalidParameter;
     return status;
 }
@@ -160,8 +164,8 @@ void MDataHandle::set(double value) { setDouble(value); }
 void MDataHandle::set(const MString& value) { setString(value); }
 MStatus MDataHandle::set(const MObject& value) { return setMObject(value); }
 void MDataHandle::set(const MMatrix& value) {
-    const host::graph::Ref<host::Object> data = new host::graph::MatrixData(value);
-    put(slot_, Value::of_data(data.get()));
+    const host::Ref<host::Object> data = new host::graph::MatrixData(value);
+    put(slot_, PlugValue::of_data(data.get()));
 }
 void MDataHandle::set(const MVector& value) { set3Double(value.x, value.y, value.z); }
 void MDataHandle::set(const MFloatVector& value) { set(value.x, value.y, value.z); }

@@ -1,8 +1,8 @@
 /// Function sets for nodes, scene side: attributes, plugs, creation, duplication.
 #include "host/base/fault.h"
 #include "host/base/strictness.h"
+#include "host/graph/dag.h"
 #include "host/graph/edits.h"
-#include "host/graph/paths.h"
 #include "host/graph/undo.h"
 
 #include <maya/MFnDagNode.h>
@@ -12,12 +12,12 @@
 #include <functional>
 
 using host::pass_fault;
+using host::Ref;
 using host::report;
 using host::graph::Attribute;
 using host::graph::DagNode;
 using host::graph::Node;
 using host::graph::NodeTypeRef;
-using host::graph::Ref;
 using host::graph::Scene;
 using host::graph::Slot;
 
@@ -307,7 +307,7 @@ MStatus MFnDagNode::setIntermediateObject(bool isIntermediate) {
     if (!status)
         return status;
     return host::graph::set_value(*node->slot(*host::graph::dag_attributes().intermediate),
-                                  host::graph::Value::of_bool(isIntermediate));
+                                  host::graph::PlugValue::of_bool(isIntermediate));
 }
 
 bool MFnDagNode::isIntermediateObject(MStatus* ReturnStatus) const {

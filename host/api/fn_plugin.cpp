@@ -3,7 +3,7 @@
 #define MNoPluginEntry
 
 #include "host/base/fault.h"
-#include "host/graph/commands.h"
+#include "host/graph/command_registry.h"
 #include "host/graph/plugin_object.h"
 #include "host/graph/registration.h"
 #include "host/ui/menus.h"

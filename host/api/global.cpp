@@ -3,7 +3,7 @@
 #include "host/graph/edits.h"
 #include "host/graph/plugins.h"
 #include "host/graph/script_host.h"
-#include "host/graph/selection_items.h"
+#include "host/graph/selection.h"
 #include "host/graph/undo.h"
 
 #include <maya/MGlobal.h>

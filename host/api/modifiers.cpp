@@ -8,6 +8,7 @@
 #include <maya/MDagModifier.h>
 
 using host::pass_fault;
+using host::Ref;
 using host::report;
 using host::graph::DagNode;
 using host::graph::Edit;
@@ -15,10 +16,9 @@ using host::graph::EditPtr;
 using host::graph::Modifier;
 using host::graph::Node;
 using host::graph::NodeTypeRef;
-using host::graph::Ref;
+using host::graph::PlugValue;
 using host::graph::Scene;
 using host::graph::Slot;
-using host::graph::Value;
 
 namespace {
 
@@ -158,7 +158,7 @@ MStatus MDGModifier::removeAttribute(const MObject& node, const MObject& attribu
 
 namespace {
 
-MStatus record_value(Modifier& modifier, const MPlug& plug, const Value& value) {
+MStatus record_value(Modifier& modifier, const MPlug& plug, const PlugValue& value) {
     const MStatus status = pass_fault("MDGModifier::newPlugValue");
     if (!status)
         return status;
@@ -171,22 +171,22 @@ MStatus record_value(Modifier& modifier, const MPlug& plug, const Value& value) 
 } // namespace
 
 MStatus MDGModifier::newPlugValue(const MPlug& plug, MObject& value) {
-    return record_value(*modifier_, plug, Value::of_data(value.host_object()).deep_copy());
+    return record_value(*modifier_, plug, PlugValue::of_data(value.host_object()).deep_copy());
 }
 MStatus MDGModifier::newPlugValueDouble(const MPlug& plug, double value) {
-    return record_value(*modifier_, plug, Value::of_double(value));
+    return record_value(*modifier_, plug, PlugValue::of_double(value));
 }
 MStatus MDGModifier::newPlugValueFloat(const MPlug& plug, float value) {
-    return record_value(*modifier_, plug, Value::of_float(value));
+    return record_value(*modifier_, plug, PlugValue::of_float(value));
 }
 MStatus MDGModifier::newPlugValueInt(const MPlug& plug, int value) {
-    return record_value(*modifier_, plug, Value::of_int(value));
+    return record_value(*modifier_, plug, PlugValue::of_int(value));
 }
 MStatus MDGModifier::newPlugValueBool(const MPlug& plug, bool value) {
-    return record_value(*modifier_, plug, Value::of_bool(value));
+    return record_value(*modifier_, plug, PlugValue::of_bool(value));
 }
 MStatus MDGModifier::newPlugValueString(const MPlug& plug, const MString& value) {
-    return record_value(*modifier_, plug, Value::of_text(value));
+    return record_value(*modifier_, plug, PlugValue::of_text(value));
 }
 
 MStatus MDGModifier::commandToExecute(const MString& command) {

@@ -9,9 +9,9 @@
 using host::pass_fault;
 using host::report;
 using host::graph::NumericData;
+using host::graph::PlugValue;
 using host::graph::StringData;
 using host::graph::Tuple;
-using host::graph::Value;
 using host::graph::ValueKind;
 
 namespace {

@@ -12,8 +12,8 @@ using host::report;
 using host::graph::Attribute;
 using host::graph::AttributeKind;
 using host::graph::Node;
+using host::graph::PlugValue;
 using host::graph::Slot;
-using host::graph::Value;
 using host::graph::ValueKind;
 
 namespace {
@@ -273,25 +273,25 @@ MStatus read_number(const char* point, Slot* slot, double& number) {
 }
 
 template <class T>
-MStatus read_as(const char* point, Slot* slot, ValueKind kind, T& value, T& (Value::*access)()) {
+MStatus read_as(const char* point, Slot* slot, ValueKind kind, T& value,
+                T& (PlugValue::*access)()) {
     double number = 0.0;
     const MStatus status = read_number(point, slot, number);
     if (!status)
         return status;
-    Value converted = Value::zero(kind);
+    PlugValue converted = PlugValue::zero(kind);
     converted.assign_number(number);
     value = (converted.*access)();
     return status;
 }
 
 /// The value as an independent data object.
-host::graph::Ref<host::Object> read_object(Slot& slot) {
+host::Ref<host::Object> read_object(Slot& slot) {
     if (slot.is_compound()) {
         const Attribute& attribute = slot.attribute();
         if (attribute.tuple == host::graph::Tuple::none)
             return {};
-        host::graph::Ref<host::graph::NumericData> data =
-            new host::graph::NumericData(attribute.tuple);
+        host::Ref<host::graph::NumericData> data = new host::graph::NumericData(attribute.tuple);
         for (unsigned int i = 0; i < data->size(); ++i)
             data->component(i).assign_number(slot.child(i)->value.number());
         return data.get();
@@ -302,7 +302,7 @@ host::graph::Ref<host::Object> read_object(Slot& slot) {
         return new host::graph::StringData(
             slot.value.kind() == ValueKind::text ? slot.value.as_text() : MString());
     host::Object* const held = slot.value.as_data();
-    return held == nullptr ? host::graph::Ref<host::Object>() : host::graph::copy_of_data(*held);
+    return held == nullptr ? host::Ref<host::Object>() : host::graph::copy_of_data(*held);
 }
 
 } // namespace
@@ -313,7 +313,7 @@ MStatus MPlug::getValue(MObject& value) const {
         status = host::graph::evaluate(*slot_);
     if (!status)
         return status;
-    const host::graph::Ref<host::Object> object = read_object(*slot_);
+    const host::Ref<host::Object> object = read_object(*slot_);
     if (!object)
         return MS::kFailure;
     value = MObject(object.get());
@@ -324,19 +324,19 @@ MStatus MPlug::getValue(double& value) const {
     return read_number("MPlug::getValue", slot_, value);
 }
 MStatus MPlug::getValue(float& value) const {
-    return read_as("MPlug::getValue", slot_, ValueKind::real32, value, &Value::as_float);
+    return read_as("MPlug::getValue", slot_, ValueKind::real32, value, &PlugValue::as_float);
 }
 MStatus MPlug::getValue(int& value) const {
-    return read_as("MPlug::getValue", slot_, ValueKind::integer, value, &Value::as_int);
+    return read_as("MPlug::getValue", slot_, ValueKind::integer, value, &PlugValue::as_int);
 }
 MStatus MPlug::getValue(short& value) const {
-    return read_as("MPlug::getValue", slot_, ValueKind::short_, value, &Value::as_short);
+    return read_as("MPlug::getValue", slot_, ValueKind::short_, value, &PlugValue::as_short);
 }
 MStatus MPlug::getValue(bool& value) const {
-    return read_as("MPlug::getValue", slot_, ValueKind::boolean, value, &Value::as_bool);
+    return read_as("MPlug::getValue", slot_, ValueKind::boolean, value, &PlugValue::as_bool);
 }
 MStatus MPlug::getValue(char& value) const {
-    return read_as("MPlug::getValue", slot_, ValueKind::byte, value, &Value::as_byte);
+    return read_as("MPlug::getValue", slot_, ValueKind::byte, value, &PlugValue::as_byte);
 }
 
 MStatus MPlug::getValue(MString& value) const {
@@ -390,7 +390,7 @@ MString MPlug::asString(MStatus* ReturnStatus) const {
 
 namespace {
 
-MStatus write(Slot* slot, const Value& value) {
+MStatus write(Slot* slot, const PlugValue& value) {
     const MStatus status = enter("MPlug::setValue", slot);
     return status ? host::graph::set_value(*slot, value) : status;
 }
@@ -398,24 +398,24 @@ MStatus write(Slot* slot, const Value& value) {
 } // namespace
 
 MStatus MPlug::setValue(const MObject& value) {
-    return write(slot_, Value::of_data(value.host_object()));
+    return write(slot_, PlugValue::of_data(value.host_object()));
 }
-MStatus MPlug::setValue(double value) { return write(slot_, Value::of_double(value)); }
-MStatus MPlug::setValue(float value) { return write(slot_, Value::of_float(value)); }
-MStatus MPlug::setValue(int value) { return write(slot_, Value::of_int(value)); }
-MStatus MPlug::setValue(short value) { return write(slot_, Value::of_short(value)); }
-MStatus MPlug::setValue(bool value) { return write(slot_, Value::of_bool(value)); }
-MStatus MPlug::setValue(char value) { return write(slot_, Value::of_byte(value)); }
-MStatus MPlug::setValue(const MString& value) { return write(slot_, Value::of_text(value)); }
-MStatus MPlug::setValue(const char* value) { return write(slot_, Value::of_text(value)); }
+MStatus MPlug::setValue(double value) { return write(slot_, PlugValue::of_double(value)); }
+MStatus MPlug::setValue(float value) { return write(slot_, PlugValue::of_float(value)); }
+MStatus MPlug::setValue(int value) { return write(slot_, PlugValue::of_int(value)); }
+MStatus MPlug::setValue(short value) { return write(slot_, PlugValue::of_short(value)); }
+MStatus MPlug::setValue(bool value) { return write(slot_, PlugValue::of_bool(value)); }
+MStatus MPlug::setValue(char value) { return write(slot_, PlugValue::of_byte(value)); }
+MStatus MPlug::setValue(const MString& value) { return write(slot_, PlugValue::of_text(value)); }
+MStatus MPlug::setValue(const char* value) { return write(slot_, PlugValue::of_text(value)); }
 
 MStatus MPlug::setValue(MDataHandle& value) {
     if (value.host_slot() == NULL)
         return MS::kInvalidParameter;
     if (value.host_slot()->is_leaf())
         return write(slot_, value.host_slot()->value);
-    const host::graph::Ref<host::Object> object = read_object(*value.host_slot());
-    return write(slot_, Value::of_data(object.get()));
+    const host::Ref<host::Object> object = read_object(*value.host_slot());
+    return write(slot_, PlugValue::of_data(object.get()));
 }
 
 MStatus MPlug::setLocked(bool locked) {

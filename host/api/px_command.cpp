@@ -1,5 +1,5 @@
 /// MPxCommand. Results belong to the command that is running.
-#include "host/graph/commands.h"
+#include "host/graph/command_registry.h"
 #include "host/graph/scene.h"
 
 #include <maya/MPxCommand.h>

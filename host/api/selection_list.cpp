@@ -1,7 +1,7 @@
 /// MSelectionList and MItSelectionList.
 #include "host/base/fault.h"
-#include "host/graph/paths.h"
-#include "host/graph/selection_items.h"
+#include "host/graph/dag.h"
+#include "host/graph/selection.h"
 
 #include <maya/MItSelectionList.h>
 #include <maya/MSelectionList.h>

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace host::graph {
+namespace host {
 
 template <class T>
 class Ref {
@@ -37,4 +37,4 @@ private:
     T* object_ = nullptr;
 };
 
-} // namespace host::graph
+} // namespace host

@@ -11,7 +11,6 @@ namespace {
 
 using graph::Attribute;
 using graph::AttributeKind;
-using graph::Ref;
 using graph::Slot;
 using graph::Tuple;
 
@@ -228,7 +227,7 @@ Value add_attribute(Invocation& call) {
     for (const graph::SelectionItem& item : items_named(flags.names())) {
         const Ref<Attribute> attribute = make_attribute(flags, long_name, short_name);
         if (flags.has("defaultValue")) {
-            graph::Value value = attribute->default_value();
+            graph::PlugValue value = attribute->default_value();
             if (!value.assign_number(flags.real("defaultValue", 0.0)))
                 throw ScriptFault("addAttr: -defaultValue is for numbers.");
             attribute->set_default(value);

@@ -5,14 +5,12 @@
 #include "host/io/obj_mesh.h"
 #include "host/io/obj_reader.h"
 #include "host/io/scene_file.h"
-#include "host/io/scene_notes.h"
+#include "host/io/write_file.h"
 #include "host/script/functions.h"
 #include "host/script/plugs.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <unistd.h>
 
 namespace host::script {
 
@@ -21,7 +19,6 @@ namespace {
 using graph::DagNode;
 using graph::MeshNode;
 using graph::Node;
-using graph::Ref;
 using graph::Scene;
 
 /// The scene's file; empty before it was saved or opened.
@@ -30,19 +27,9 @@ std::string& scene_file() {
     return name;
 }
 
-/// Whole or not at all: under another name first, then in place of the old file.
-void write_file(const std::string& path, const std::string& text) {
-    const std::string draft = path + ".tmp." + std::to_string(getpid());
-    std::ofstream out(draft, std::ios::binary);
-    out << text;
-    out.close();
-    std::error_code failure;
-    if (out)
-        std::filesystem::rename(draft, path, failure);
-    if (out && !failure)
-        return;
-    std::filesystem::remove(draft, failure);
-    throw ScriptFault("file: \"" + path + "\" cannot be written.");
+void write(const std::string& path, const std::string& text) {
+    if (!write_file(path, text))
+        throw ScriptFault("file: \"" + path + "\" cannot be written.");
 }
 
 std::string lower_extension(const std::string& path) {
@@ -103,13 +90,6 @@ std::string add_obj(const Mesh& mesh, const std::string& path) {
     return name_of(*transform);
 }
 
-MMatrix world_matrix(const DagNode* node) {
-    MMatrix matrix;
-    for (; node; node = node->parents().empty() ? nullptr : node->parents()[0])
-        matrix = matrix * node->local_matrix();
-    return matrix;
-}
-
 void gather(DagNode& node, std::vector<MeshNode*>& meshes) {
     if (auto* mesh = dynamic_cast<MeshNode*>(&node))
         if (!mesh->is_intermediate())
@@ -132,16 +112,16 @@ void export_obj(const std::string& path, bool selected) {
     for (MeshNode* node : meshes) {
         require(node->refresh(), "file", name_of(*node));
         if (const Mesh* mesh = node->mesh())
-            parts.push_back({name_of(*node), mesh, world_matrix(node)});
+            parts.push_back({name_of(*node), mesh, graph::world_matrix(node)});
     }
     if (parts.empty())
         throw ScriptFault("file: There is no mesh to export.");
-    write_file(path, obj_of_meshes(parts));
+    write(path, obj_of_meshes(parts));
 }
 
 void read_scene_file(Invocation& call, const std::string& path) {
     const std::string text = read_script(path);
-    host::read_scene(text, path, call.interpreter);
+    read_scene(text, path, call.interpreter);
 }
 
 void open_file(Invocation& call, const Flags& flags, const std::string& path) {
@@ -170,7 +150,7 @@ Value save(const Flags& flags) {
     if (flags.has("type") && format_of(flags, path) != Format::scene)
         throw ScriptFault(
             "file: A scene is saved as \"mayaAscii\"; export meshes with -exportAll.");
-    write_file(path, host::write_scene(std::filesystem::path(path).filename().string()));
+    write(path, write_scene(std::filesystem::path(path).filename().string()));
     Scene::current().is_modified = false;
     return path;
 }
@@ -227,7 +207,7 @@ Value file(Invocation& call) {
             throw ScriptFault(
                 "file: Selected objects are exported as OBJ; a scene is saved whole.");
         else
-            write_file(path, host::write_scene(std::filesystem::path(path).filename().string()));
+            write(path, write_scene(std::filesystem::path(path).filename().string()));
     } else {
         throw ScriptFault("file needs -new, -open, -import, -save, -exportAll or -exportSelected.");
     }

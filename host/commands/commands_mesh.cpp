@@ -11,7 +11,6 @@ namespace {
 
 using graph::DagNode;
 using graph::Node;
-using graph::Ref;
 using graph::Scene;
 using graph::Slot;
 

@@ -12,7 +12,6 @@ namespace {
 
 using graph::DagNode;
 using graph::Node;
-using graph::Ref;
 using graph::Scene;
 using graph::Selection;
 using graph::SelectionItem;
@@ -209,13 +208,6 @@ Value duplicate(Invocation& call) {
 
 // --- parent -------------------------------------------------------------------------------------
 
-MMatrix world_matrix(const DagNode* node) {
-    MMatrix matrix;
-    for (; node; node = node->parents().empty() ? nullptr : node->parents()[0])
-        matrix = matrix * node->local_matrix();
-    return matrix;
-}
-
 /// Translation, rotation in XYZ order and scale that make up a matrix without shear.
 void set_local_matrix(DagNode& node, const MMatrix& matrix) {
     double scale[3], m[3][3];
@@ -237,7 +229,7 @@ void set_local_matrix(DagNode& node, const MMatrix& matrix) {
         std::atan2(-m[0][2], across), locked ? 0.0 : std::atan2(m[0][1], m[0][0])};
     const auto set = [&](const char* name, unsigned i, double value) {
         Slot& plug = *node.slot(name)->child(i);
-        perform(graph::set_value_edit(plug, graph::Value::of_double(value)), "parent",
+        perform(graph::set_value_edit(plug, graph::PlugValue::of_double(value)), "parent",
                 name_of(plug));
     };
     for (unsigned i = 0; i < 3; ++i) {
@@ -280,7 +272,7 @@ Value parent(Invocation& call) {
             perform(graph::instance_edit(*child, *below), "parent", name);
             continue;
         }
-        const MMatrix local = world_matrix(child) * world_matrix(below).inverse();
+        const MMatrix local = graph::world_matrix(child) * graph::world_matrix(below).inverse();
         perform(graph::reparent_edit(*child, below), "parent", name);
         if (!flags.has("relative") && !child->is_shape())
             set_local_matrix(*child, local);

@@ -1,5 +1,5 @@
 #include "host/commands/commands.h"
-#include "host/graph/commands.h"
+#include "host/graph/command_registry.h"
 #include "host/graph/plugins.h"
 #include "host/script/functions.h"
 

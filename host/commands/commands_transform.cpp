@@ -71,7 +71,7 @@ void move_node(DagNode& node, Move move, const Amount& amount, bool relative,
         const double factor = move == Move::rotate ? k_radians : 1.0;
         const double before = plug.value.number() / factor;
         const double after = combined(move, relative, before, amount.value[i]);
-        perform(graph::set_value_edit(plug, graph::Value::of_double(after * factor)), command,
+        perform(graph::set_value_edit(plug, graph::PlugValue::of_double(after * factor)), command,
                 name_of(plug));
     }
 }
@@ -100,7 +100,7 @@ void move_vertices(const graph::SelectionItem& item, const Amount& amount, bool 
             Slot& plug = *tweak.child(i);
             const double change = relative ? amount.value[i] : amount.value[i] - double(before[i]);
             const double tweaked = plug.value.number() + change;
-            perform(graph::set_value_edit(plug, graph::Value::of_double(tweaked)), command,
+            perform(graph::set_value_edit(plug, graph::PlugValue::of_double(tweaked)), command,
                     name_of(plug));
         }
     }

@@ -25,7 +25,6 @@ struct UiState {
 /// Adds window, layouts, controls, deleteUI, showWindow, setParent, confirmDialog and the commands
 /// of our own: uiControls (list what a window holds), uiSet (a user changes a value), uiPress (a
 /// user presses a button or picks a menu item), uiAnswer (the next question's answer).
-TESSORA_SCRIPT_API void add_ui_commands(Interpreter& interpreter,
-                                        const std::shared_ptr<UiState>& state);
+MHOST_EXPORT void add_ui_commands(Interpreter& interpreter, const std::shared_ptr<UiState>& state);
 
 } // namespace host::script

@@ -1,12 +1,11 @@
 #include "host/commands/option_variables.h"
 
+#include "host/io/write_file.h"
 #include "host/script/flags.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <unistd.h>
 
 namespace host::script {
 
@@ -164,16 +163,8 @@ void OptionVariables::save() const {
     }
     std::error_code failure;
     std::filesystem::create_directories(std::filesystem::path(file_).parent_path(), failure);
-    const std::string draft = file_ + ".tmp." + std::to_string(getpid());
-    std::ofstream out(draft, std::ios::binary);
-    out << text;
-    out.close();
-    if (out)
-        std::filesystem::rename(draft, file_, failure);
-    if (!out || failure) {
-        std::filesystem::remove(draft, failure);
+    if (!write_file(file_, text))
         throw ScriptFault("The option variables cannot be written to \"" + file_ + "\".");
-    }
 }
 
 std::string option_variable_file() {

@@ -12,7 +12,7 @@
 
 namespace host::script {
 
-class TESSORA_SCRIPT_API OptionVariables {
+class MHOST_EXPORT OptionVariables {
 public:
     /// The file need not exist; damaged statements in it are skipped with a warning.
     explicit OptionVariables(std::string file = std::string())
@@ -36,10 +36,10 @@ private:
 
 /// $TESSORA_PREFERENCES if set, else tessora/option_variables.mel below $XDG_CONFIG_HOME or
 /// ~/.config; empty when there is no home.
-TESSORA_SCRIPT_API std::string option_variable_file();
+MHOST_EXPORT std::string option_variable_file();
 
 /// Adds the command optionVar.
-TESSORA_SCRIPT_API void add_option_variables(Interpreter& interpreter,
-                                             const std::shared_ptr<OptionVariables>& variables);
+MHOST_EXPORT void add_option_variables(Interpreter& interpreter,
+                                       const std::shared_ptr<OptionVariables>& variables);
 
 } // namespace host::script

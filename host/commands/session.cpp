@@ -1,7 +1,8 @@
 #include "host/commands/session.h"
 
+#include "host/base/restore.h"
 #include "host/commands/commands.h"
-#include "host/graph/commands.h"
+#include "host/graph/command_registry.h"
 #include "host/graph/undo.h"
 #include "host/script/functions.h"
 #include "host/ui/panels.h"
@@ -204,11 +205,7 @@ void Session::command_added(const std::string& name) {
 void Session::command_removed(const std::string& name) { interpreter_.remove_command(name); }
 
 Session::Outcome Session::run(const std::string& text, const std::string& file, bool undoable) {
-    struct Restore {
-        bool& value;
-        bool before;
-        ~Restore() { value = before; }
-    } restore{undoable_, undoable_};
+    const Restore restore(undoable_);
     undoable_ = undoable_ && undoable;
     Outcome outcome;
     try {

@@ -15,7 +15,7 @@
 
 namespace host::script {
 
-class TESSORA_SCRIPT_API Session : private graph::ScriptHost {
+class MHOST_EXPORT Session : private graph::ScriptHost {
 public:
     /// Made on first use. Talks to standard output and, for warnings and errors, standard error.
     static Session& current();

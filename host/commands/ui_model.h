@@ -5,7 +5,6 @@
 /// "window|layout|control". Deleting a control deletes its children.
 #pragma once
 
-#include "host/script/export.h"
 #include "host/script/value.h"
 
 #include <map>
@@ -15,7 +14,7 @@
 
 namespace host {
 
-struct TESSORA_SCRIPT_API UiControl {
+struct MHOST_EXPORT UiControl {
     std::string name;
     std::string type; ///< the command that created it: "window", "button", "intSliderGrp"
     UiControl* parent = nullptr;
@@ -31,7 +30,7 @@ struct TESSORA_SCRIPT_API UiControl {
     std::string text(const char* property) const;
 };
 
-class TESSORA_SCRIPT_API UiModel {
+class MHOST_EXPORT UiModel {
 public:
     /// Creates a control, with an unused name if `name` is empty. Throws ScriptFault if the name is
     /// taken, or the parent is missing or not a layout.

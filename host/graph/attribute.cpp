@@ -27,7 +27,7 @@ MFn::Type function_set_of(AttributeKind kind) {
 Attribute::Attribute(const std::string& long_name, const std::string& short_name,
                      AttributeKind kind)
     : Object(function_set_of(kind)), long_name_(long_name), short_name_(short_name), kind_(kind),
-      default_(Value::zero(value_kind())) {}
+      default_(PlugValue::zero(value_kind())) {}
 
 Attribute::~Attribute() {
     for (const Ref<Attribute>& child : children_)
@@ -113,7 +113,7 @@ Ref<Attribute> Attribute::make_tuple(const std::string& long_name, const std::st
         Ref<Attribute> component = new Attribute(long_name + suffixes[i], short_name + suffixes[i],
                                                  tuple_component(tuple));
         component->unit = unit;
-        Value value = component->default_value();
+        PlugValue value = component->default_value();
         value.assign_number(default_value);
         component->set_default(value);
         vector->add_child(component);

@@ -6,7 +6,7 @@
 /// connections in a Slot.
 #pragma once
 
-#include "host/graph/value.h"
+#include "host/graph/plug_value.h"
 
 #include <optional>
 #include <string>
@@ -85,8 +85,8 @@ public:
     unsigned int index_in_parent() const { return index_in_parent_; }
 
     /// The value of a slot that was never set.
-    const Value& default_value() const { return default_; }
-    void set_default(const Value& value) { default_ = value; }
+    const PlugValue& default_value() const { return default_; }
+    void set_default(const PlugValue& value) { default_ = value; }
 
     /// Creates a vector attribute: a compound of numbers, one child per component, named by
     /// appending the suffixes.
@@ -108,7 +108,7 @@ private:
     std::string long_name_;
     std::string short_name_;
     AttributeKind kind_;
-    Value default_;
+    PlugValue default_;
     std::vector<Ref<Attribute>> children_;
     Attribute* parent_ = nullptr; ///< not owned: the parent owns this attribute
     unsigned int index_in_parent_ = 0;

@@ -22,7 +22,7 @@ Ref<Attribute> make_vector(const char* long_name, const char* short_name, Unit u
             new Attribute(std::string(long_name) + k_axes[i],
                           std::string(short_name) + k_letters[i], AttributeKind::real64);
         part->unit = unit;
-        part->set_default(Value::of_double(default_value));
+        part->set_default(PlugValue::of_double(default_value));
         vector->add_child(part);
     }
     return vector;
@@ -85,7 +85,7 @@ const DagAttributes& dag_attributes() {
     static const DagAttributes* const attributes = [] {
         auto* a = new DagAttributes;
         a->visibility = keyable(new Attribute("visibility", "v", AttributeKind::boolean));
-        a->visibility->set_default(Value::of_bool(true));
+        a->visibility->set_default(PlugValue::of_bool(true));
         a->intermediate = new Attribute("intermediateObject", "io", AttributeKind::boolean);
         a->translate = keyable(make_vector("translate", "t", Unit::length, 0.0));
         a->rotate = keyable(make_vector("rotate", "r", Unit::angle, 0.0));
@@ -193,6 +193,31 @@ std::string full_name(const DagPath& path) {
     for (const Ref<DagNode>& node : path)
         text += "|" + node->name_text();
     return text;
+}
+
+MMatrix world_matrix(const DagNode* node) {
+    MMatrix matrix;
+    for (; node; node = node->parents().empty() ? nullptr : node->parents()[0])
+        matrix = matrix * node->local_matrix();
+    return matrix;
+}
+
+MDagPath to_interface(const DagPath& path) {
+    std::vector<MObject> nodes;
+    for (const Ref<DagNode>& node : path)
+        nodes.emplace_back(node.get());
+    return MDagPath(nodes);
+}
+
+DagPath to_graph(const MDagPath& path) {
+    DagPath nodes;
+    for (const MObject& object : path.host_nodes()) {
+        Node* const node = node_of(object);
+        if (node == nullptr || node->as_dag_node() == nullptr)
+            return {};
+        nodes.push_back(node->as_dag_node());
+    }
+    return nodes;
 }
 
 } // namespace host::graph

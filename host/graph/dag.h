@@ -3,6 +3,7 @@
 
 #include "host/graph/node.h"
 
+#include <maya/MDagPath.h>
 #include <maya/MMatrix.h>
 
 namespace host::graph {
@@ -46,6 +47,15 @@ private:
 
 /// The full path as text: "|group|shape".
 MHOST_EXPORT std::string full_name(const DagPath& path);
+
+/// From the object space of `node` to world space, through the first parent at every level; the
+/// identity for null.
+MHOST_EXPORT MMatrix world_matrix(const DagNode* node);
+
+/// Conversion of DAG paths between the public interface and the graph.
+MHOST_EXPORT MDagPath to_interface(const DagPath& path);
+/// Returns an empty path if `path` is invalid or holds nodes that do not belong to the scene.
+MHOST_EXPORT DagPath to_graph(const MDagPath& path);
 
 /// Attributes that transforms, shapes and cameras share or that the host itself reads.
 struct DagAttributes {

@@ -23,7 +23,7 @@ ValueKind component_kind(Tuple tuple) {
 
 NumericData::NumericData(Tuple tuple) : Object(MFn::kNumericData), tuple_(tuple) {
     for (unsigned int i = 0; i < size(); ++i)
-        components_[i] = Value::zero(component_kind(tuple));
+        components_[i] = PlugValue::zero(component_kind(tuple));
 }
 NumericData::~NumericData() = default;
 

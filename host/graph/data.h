@@ -14,13 +14,13 @@ public:
     explicit NumericData(Tuple tuple);
     Tuple tuple() const { return tuple_; }
     unsigned int size() const { return tuple_size(tuple_); }
-    Value& component(unsigned int index) { return components_[index]; }
-    const Value& component(unsigned int index) const { return components_[index]; }
+    PlugValue& component(unsigned int index) { return components_[index]; }
+    const PlugValue& component(unsigned int index) const { return components_[index]; }
 
 private:
     ~NumericData() override;
     Tuple tuple_;
-    Value components_[4];
+    PlugValue components_[4];
 };
 
 class MHOST_EXPORT StringData : public Object {

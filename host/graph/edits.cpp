@@ -89,7 +89,8 @@ public:
           destination_(destination) {}
 
     MStatus redo() override {
-        own_value_ = destination_.source() == nullptr ? Value() : destination_.links().own_value;
+        own_value_ =
+            destination_.source() == nullptr ? PlugValue() : destination_.links().own_value;
         return scene().disconnect(source_, destination_);
     }
     MStatus undo() override {
@@ -103,7 +104,7 @@ private:
     Ref<Node> source_node_, destination_node_;
     Slot& source_;
     Slot& destination_;
-    Value own_value_;
+    PlugValue own_value_;
 };
 
 class ChangeSlot : public Edit {
@@ -280,7 +281,7 @@ EditPtr connect_edit(Slot& source, Slot& destination, bool retain) {
 EditPtr disconnect_edit(Slot& source, Slot& destination) {
     return std::make_unique<Disconnect>(source, destination);
 }
-EditPtr set_value_edit(Slot& slot, const Value& value) {
+EditPtr set_value_edit(Slot& slot, const PlugValue& value) {
     Slot& target = value_target(slot);
     return change_slot_edit(target, [value](Slot& one) { return set_value(one, value); });
 }

@@ -33,7 +33,7 @@ MHOST_EXPORT EditPtr remove_node_edit(Node& node);
 /// (as undo of a graph modifier does) or gets back the value it had before.
 MHOST_EXPORT EditPtr connect_edit(Slot& source, Slot& destination, bool retain);
 MHOST_EXPORT EditPtr disconnect_edit(Slot& source, Slot& destination);
-MHOST_EXPORT EditPtr set_value_edit(Slot& slot, const Value& value);
+MHOST_EXPORT EditPtr set_value_edit(Slot& slot, const PlugValue& value);
 /// Any change that affects the values of one slot only. The slot's previous state is saved and
 /// restored on undo.
 MHOST_EXPORT EditPtr change_slot_edit(Slot& slot, std::function<MStatus(Slot&)> change);

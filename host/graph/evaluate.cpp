@@ -179,7 +179,7 @@ MStatus evaluate(Slot& slot) {
     return status;
 }
 
-bool assign(Slot& slot, const Value& value) {
+bool assign(Slot& slot, const PlugValue& value) {
     if (!slot.is_leaf())
         return false;
     const Attribute& attribute = slot.attribute();
@@ -192,7 +192,7 @@ bool assign(Slot& slot, const Value& value) {
         if (value.kind() == ValueKind::text)
             slot.value = value;
         else if (value.as_data() != nullptr && value.as_data()->type() == MFn::kStringData)
-            slot.value = Value::of_text(static_cast<StringData*>(value.as_data())->text);
+            slot.value = PlugValue::of_text(static_cast<StringData*>(value.as_data())->text);
         else
             return false;
         return true;
@@ -284,10 +284,10 @@ bool fits(const NumericData& data, const Slot& slot) {
     return slot.is_compound() && slot.attribute().children().size() == data.size();
 }
 
-void store(Slot& slot, const Value& value) {
+void store(Slot& slot, const PlugValue& value) {
     slot.was_set = true;
     if (slot.source() != nullptr) {
-        Value own = slot.attribute().default_value();
+        PlugValue own = slot.attribute().default_value();
         if (own.assign_number(value.number()))
             slot.links().own_value = own;
         return;
@@ -312,7 +312,7 @@ MStatus may_set(Slot& slot) {
     return MS::kSuccess;
 }
 
-MStatus set_value(Slot& slot, const Value& value) {
+MStatus set_value(Slot& slot, const PlugValue& value) {
     const MStatus status = may_set(slot);
     if (!status)
         return status;

@@ -25,7 +25,7 @@ MHOST_EXPORT MStatus evaluate(Slot& slot);
 
 /// Stores a value, converting numbers to the slot's type. Returns false if the types are not
 /// compatible.
-MHOST_EXPORT bool assign(Slot& slot, const Value& value);
+MHOST_EXPORT bool assign(Slot& slot, const PlugValue& value);
 /// Copies a value from slot to slot, including elements and components. Returns false if the
 /// structures differ.
 MHOST_EXPORT bool copy_values(Slot& from, Slot& to);
@@ -37,7 +37,7 @@ MHOST_EXPORT bool can_connect(const Slot& from, const Slot& to);
 /// (docs/decisions/setting-a-connected-plug.md).
 /// Errors: kFailure if the plug is locked, not writable or fed by a connection; kInvalidParameter
 ///         if the value has an incompatible type.
-MHOST_EXPORT MStatus set_value(Slot& slot, const Value& value);
+MHOST_EXPORT MStatus set_value(Slot& slot, const PlugValue& value);
 /// The slot that stores a value written to `slot`: usually the slot itself, but writing a mesh
 /// shape's outMesh writes its inMesh.
 MHOST_EXPORT Slot& value_target(Slot& slot);

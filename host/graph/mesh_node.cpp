@@ -87,9 +87,10 @@ void MeshNode::combine() const {
     Slot& out = *self.slot(*mesh_attributes().out_mesh);
     const Mesh* mesh = mesh_in(&in);
     if (mesh == nullptr)
-        out.value = Value();
+        out.value = PlugValue();
     else if (has_tweaks())
-        out.value = Value::of_data(tweaked(*mesh, *existing_slot(*mesh_attributes().tweaks)).get());
+        out.value =
+            PlugValue::of_data(tweaked(*mesh, *existing_slot(*mesh_attributes().tweaks)).get());
     else
         out.value = in.value; // same object: in-place edits of inMesh show up in outMesh
     edited_ = false;
@@ -134,7 +135,7 @@ Mesh* MeshNode::edit() {
         return nullptr;
     if (!edited_) {
         // A tweaked copy in outMesh would share storage with inMesh and make every edit copy it.
-        out.value = Value();
+        out.value = PlugValue();
         edited_ = true;
         in.was_set = true;
         if (!out.dirty)
@@ -145,7 +146,7 @@ Mesh* MeshNode::edit() {
 
 MStatus MeshNode::set_mesh(const Mesh& mesh) {
     Slot& in = *slot(*mesh_attributes().in_mesh);
-    in.value = Value::of_data(mesh_data(&mesh).get());
+    in.value = PlugValue::of_data(mesh_data(&mesh).get());
     in.was_set = true;
     announce_change(in);
     return MS::kSuccess;
@@ -196,11 +197,11 @@ MStatus compute_tweak(Node& node, Slot& output) {
     constexpr int k_has_no_effect = 1;
     const Mesh* mesh = mesh_in(&in);
     if (mesh == nullptr)
-        output.value = Value();
+        output.value = PlugValue();
     else if (node.state() == k_has_no_effect)
         output.value = in.value.deep_copy();
     else
-        output.value = Value::of_data(tweaked(*mesh, offsets).get());
+        output.value = PlugValue::of_data(tweaked(*mesh, offsets).get());
     if (is_clean(in) && is_clean(offsets))
         set_clean(output);
     return status;

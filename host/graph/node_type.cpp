@@ -83,7 +83,7 @@ const BaseAttributes& base_attributes() {
             {"Waiting-Normal", 3}, {"Waiting-HasNoEffect", 4}, {"Waiting-Blocking", 5}};
         base->is_historically_interesting =
             new Attribute("isHistoricallyInteresting", "ihi", AttributeKind::byte);
-        base->is_historically_interesting->set_default(Value::of_byte(2));
+        base->is_historically_interesting->set_default(PlugValue::of_byte(2));
         return base;
     }();
     return *attributes;

@@ -2,7 +2,7 @@
 
 #include "host/base/fault.h"
 #include "host/graph/callbacks.h"
-#include "host/graph/commands.h"
+#include "host/graph/command_registry.h"
 #include "host/graph/library.h"
 #include "host/graph/plugin_object.h"
 #include "host/graph/scene.h"

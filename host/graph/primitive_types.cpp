@@ -44,7 +44,7 @@ const Ref<Attribute>& output_attribute() {
 template <Mesh (*Make)(Node&)>
 MStatus compute(Node& node, Slot& output) {
     const Mesh mesh = Make(node);
-    output.value = Value::of_data(mesh_data(&mesh).get());
+    output.value = PlugValue::of_data(mesh_data(&mesh).get());
     set_clean(output);
     return MS::kSuccess;
 }
@@ -64,7 +64,7 @@ void add_creator(Scene& scene, const char* name, unsigned int id, MStatus (*comp
         Ref<Attribute> attribute =
             new Attribute(parameter.long_name, parameter.short_name,
                           parameter.is_count ? AttributeKind::integer : AttributeKind::real64);
-        Value value = attribute->default_value();
+        PlugValue value = attribute->default_value();
         value.assign_number(parameter.value);
         attribute->set_default(value);
         attribute->flags.keyable = true;

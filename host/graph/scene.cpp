@@ -273,15 +273,15 @@ void Scene::clear() {
 
 void Scene::join(Slot& source, Slot& destination) {
     Slot::link(source, destination);
-    destination.links().own_value = Value();
+    destination.links().own_value = PlugValue();
     destination.dirty = true;
     announce_change(destination);
     PluginNodes::connection_made(source, destination);
 }
 
 void Scene::sever(Slot& source, Slot& destination) {
-    Value own_value = std::move(destination.links().own_value);
-    destination.links().own_value = Value();
+    PlugValue own_value = std::move(destination.links().own_value);
+    destination.links().own_value = PlugValue();
     Slot::unlink(source, destination);
     if (!own_value.is_none())
         destination.value = own_value;
@@ -391,12 +391,12 @@ void Scene::make_default_nodes() {
         add(*transform, nullptr);
         add(*shape, transform->as_dag_node());
         for (unsigned int i = 0; i < 3; ++i) {
-            set_value(*transform->slot(*a.translate)->child(i), Value::of_double(camera.at[i]));
+            set_value(*transform->slot(*a.translate)->child(i), PlugValue::of_double(camera.at[i]));
             set_value(*transform->slot(*a.rotate)->child(i),
-                      Value::of_double(camera.turn[i] * k_degree));
+                      PlugValue::of_double(camera.turn[i] * k_degree));
         }
-        set_value(*transform->slot(*a.visibility), Value::of_bool(false));
-        set_value(*shape->slot("orthographic"), Value::of_bool(camera.orthographic));
+        set_value(*transform->slot(*a.visibility), PlugValue::of_bool(false));
+        set_value(*shape->slot("orthographic"), PlugValue::of_bool(camera.orthographic));
     }
     is_modified = false;
 }

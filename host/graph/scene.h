@@ -28,7 +28,7 @@ struct BrokenConnection {
     Ref<Node> source_node, destination_node;
     Slot* source;
     Slot* destination;
-    Value own_value;
+    PlugValue own_value;
 };
 
 /// Everything needed to restore a removed node.

@@ -33,6 +33,11 @@ struct SelectionItem {
 
 using Selection = std::vector<SelectionItem>;
 
+/// Implementation of MSelectionList, which the public header only declares.
+struct SelectionItems {
+    Selection list;
+};
+
 /// Resolves a name as written in scripts: node, path ("|a|b", "a|b"), plug ("a.tx"), components
 /// ("a.vtx[0:3]", "a.f[*]"), with the wildcards * and ?. Empty if nothing matches. Matches of
 /// wildcards are in order of node creation.

@@ -24,7 +24,7 @@ struct Links {
     /// The value that was set while the slot was connected; it becomes the slot's value on
     /// disconnection. ValueKind::none: the slot keeps the last value that came through the
     /// connection.
-    Value own_value;
+    PlugValue own_value;
 };
 
 class MHOST_EXPORT Slot {
@@ -71,7 +71,7 @@ public:
     /// The plug's path from its attribute: "pnts[2].pntx" in long names, "pt[2].px" in short names.
     std::string path(bool long_names = true) const;
 
-    Value value;
+    PlugValue value;
     bool dirty = false;
     bool locked = false;
     bool was_set = false; ///< was given a value explicitly: saved with the scene
@@ -100,7 +100,7 @@ private:
 
 /// Values of a slot with all its elements and components, for undo and copies.
 struct SlotState {
-    Value value;
+    PlugValue value;
     bool was_set = false;
     bool in_block = false;
     int index = -1;

@@ -25,7 +25,7 @@ void add_dag_types(Scene& scene) {
     camera->add(a.intermediate);
     const auto number = [&](const char* long_name, const char* short_name, double value) {
         Ref<Attribute> attribute = new Attribute(long_name, short_name, AttributeKind::real64);
-        attribute->set_default(Value::of_double(value));
+        attribute->set_default(PlugValue::of_double(value));
         camera->add(attribute);
     };
     number("focalLength", "fl", 35.0);

@@ -43,7 +43,7 @@ std::string shortest_text(T value) {
     return std::string(text, end.ptr);
 }
 
-constexpr size_t k_most_sets = 10000;
+constexpr size_t k_max_uv_sets = 10000;
 
 } // namespace
 
@@ -51,7 +51,7 @@ std::string shortest(float value) { return shortest_text(value); }
 std::string shortest(double value) { return shortest_text(value); }
 
 MeshBlock::Set& MeshBlock::set_at(size_t index) {
-    if (index >= k_most_sets)
+    if (index >= k_max_uv_sets)
         throw ScriptFault("There are too many UV sets.");
     if (index >= sets_.size())
         sets_.resize(index + 1);

@@ -1,7 +1,6 @@
 /// OBJ files and the scene's meshes: reading one into a mesh value, writing several into one text.
 #pragma once
 
-#include "host/io/export.h"
 #include "host/io/obj_document.h"
 #include "host/mesh/mesh.h"
 
@@ -19,12 +18,12 @@ struct DistinctCorners {
     std::vector<uint32_t> copy_of; ///< for each added vertex, the document's vertex
     uint64_t repeat_polygons = 0;  ///< polygons that name a vertex twice
 };
-TESSORA_IO_API DistinctCorners distinct_corners(const ObjDocument& document);
+MHOST_EXPORT DistinctCorners distinct_corners(const ObjDocument& document);
 
 /// The document's polygons as one mesh with one UV set, "map1", which is there also when the file
 /// has no texture coordinates. Its corners are distinct_corners.
 /// Errors: false when the mesh cannot be made (too many of anything, memory).
-TESSORA_IO_API bool mesh_of_document(const ObjDocument& document, Mesh& mesh);
+MHOST_EXPORT bool mesh_of_document(const ObjDocument& document, Mesh& mesh);
 
 struct ObjPart {
     std::string name;
@@ -33,6 +32,6 @@ struct ObjPart {
 };
 
 /// One OBJ text with an object per part and the current UV set of each.
-TESSORA_IO_API std::string obj_of_meshes(const std::vector<ObjPart>& parts);
+MHOST_EXPORT std::string obj_of_meshes(const std::vector<ObjPart>& parts);
 
 } // namespace host

@@ -7,8 +7,9 @@
 /// a warning; so does a bad normal index, since normals stay in the text and are never read.
 #pragma once
 
-#include "host/io/export.h"
 #include "host/io/obj_document.h"
+
+#include <maya/MTypes.h>
 
 #include <string>
 
@@ -28,12 +29,12 @@ struct IoError {
 
 /// Reads all of a file, a pipe, or standard input (path "-").
 /// Errors: false with `error` set; `text` is then unspecified.
-TESSORA_IO_API bool read_text(const std::string& path, std::string& text, IoError& error);
+MHOST_EXPORT bool read_text(const std::string& path, std::string& text, IoError& error);
 
 /// Parses `text`, which the document takes over; `name` stands in messages.
 /// Errors: false with `error` set; the document is then unspecified.
 /// Cost: one pass; memory about twice the text.
-TESSORA_IO_API bool parse_obj(const std::string& name, std::string text, ObjDocument& document,
-                              IoError& error);
+MHOST_EXPORT bool parse_obj(const std::string& name, std::string text, ObjDocument& document,
+                            IoError& error);
 
 } // namespace host

@@ -7,8 +7,9 @@
 /// Numbers are the shortest that read back to the same single-precision value.
 #pragma once
 
-#include "host/io/export.h"
 #include "host/io/obj_document.h"
+
+#include <maya/MTypes.h>
 
 #include <cstdint>
 #include <string>
@@ -26,7 +27,7 @@ struct ObjUvs {
 /// coordinates would not change gives its own text back, byte for byte.
 /// Errors: false with a sentence in `error` when the sizes do not fit the document, an index is out
 ///         of range or a used coordinate is not finite; `text` is then unspecified.
-TESSORA_IO_API bool format_obj(const ObjDocument& document, const ObjUvs& uvs, std::string& text,
-                               std::string& error);
+MHOST_EXPORT bool format_obj(const ObjDocument& document, const ObjUvs& uvs, std::string& text,
+                             std::string& error);
 
 } // namespace host

@@ -20,7 +20,7 @@ namespace host {
 namespace {
 
 /// Systems differ in how much one call may ask for; all take this much.
-constexpr size_t k_most = 1u << 30;
+constexpr size_t k_max_read = 1u << 30;
 
 /// Reads to the end; a size known beforehand only saves copies, since a file can change meanwhile.
 bool read_all(int file, size_t expected, std::string& text) {
@@ -29,7 +29,8 @@ bool read_all(int file, size_t expected, std::string& text) {
     for (;;) {
         if (have == text.size())
             text.resize(2 * have);
-        const ssize_t got = ::read(file, text.data() + have, std::min(text.size() - have, k_most));
+        const ssize_t got =
+            ::read(file, text.data() + have, std::min(text.size() - have, k_max_read));
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)

@@ -2,7 +2,6 @@
 #include "host/graph/scene.h"
 #include "host/io/mesh_block.h"
 #include "host/io/scene_file.h"
-#include "host/io/scene_notes.h"
 #include "host/script/flags.h"
 #include "host/script/plugs.h"
 
@@ -109,7 +108,7 @@ public:
             throw ScriptError(file_, block_at_, fault.what());
         }
         mesh_.reset();
-        node_ = graph::Ref<graph::Node>();
+        node_ = Ref<graph::Node>();
         in_unknown_ = false;
     }
 
@@ -310,7 +309,7 @@ private:
     std::string file_;
     script::Interpreter& interpreter_;
     SceneNotes& notes_;
-    graph::Ref<graph::Node> node_; ///< that settings speak of
+    Ref<graph::Node> node_; ///< that settings speak of
     std::unique_ptr<MeshBlock> mesh_;
     Position block_at_;
     bool in_unknown_ = false;
@@ -319,6 +318,11 @@ private:
 };
 
 } // namespace
+
+SceneNotes& SceneNotes::current() {
+    static SceneNotes notes;
+    return notes;
+}
 
 void read_scene(const std::string& text, const std::string& file,
                 script::Interpreter& interpreter) {

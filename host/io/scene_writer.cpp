@@ -3,7 +3,6 @@
 #include "host/graph/plugins.h"
 #include "host/io/mesh_block.h"
 #include "host/io/scene_file.h"
-#include "host/io/scene_notes.h"
 #include "host/script/plugs.h"
 
 #include <map>

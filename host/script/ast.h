@@ -1,11 +1,9 @@
-/// The tree that the parser makes and the interpreter walks.
+/// The syntax tree that the parser makes and the interpreter walks.
 ///
-/// One node type for all constructs: `kids` in the order named beside each kind, absent parts as
-/// null pointers. A tree is immutable once parsed; procedures keep theirs alive by shared
-/// ownership.
+/// One node type serves all constructs. A tree is immutable once parsed; procedures share ownership
+/// of theirs.
 #pragma once
 
-#include "host/script/export.h"
 #include "host/script/lexer.h"
 
 #include <memory>
@@ -14,63 +12,102 @@
 
 namespace host::script {
 
-enum class Kind {
+/// The comment beside a kind lists its parts and items, then the other members in use.
+enum class SyntaxKind {
     // expressions
     literal,     ///< value
-    variable,    ///< text
-    element,     ///< array expression, index (matrix: array, row, column)
-    component,   ///< vector expression; text x, y or z
-    unary,       ///< operand; text ! -
-    binary,      ///< left, right; text is the operator
-    logical,     ///< left, right; text && ||
-    conditional, ///< condition, then, else
-    assign,      ///< target, value; text = += -= *= /= %= ^=
-    increment,   ///< target; text ++ --; flag: the old value is the result (postfix)
+    variable,    ///< text: name without the dollar sign
+    element,     ///< base (an array or matrix), index (of a matrix also column)
+    component,   ///< base (a vector); text: x, y or z
+    unary,       ///< operand; text: ! or -
+    binary,      ///< left, right; text: the operator
+    logical,     ///< left, right; text: && or ||
+    conditional, ///< condition, then, otherwise
+    assign,      ///< target, assigned; text: = += -= *= /= %= or ^=
+    increment,   ///< target; text: ++ or --; flag: postfix, the result is the value before
     cast,        ///< operand; type
-    array,       ///< elements
-    vector,      ///< three components
-    matrix,      ///< cells row by row; count: columns
-    call,        ///< arguments; text name; flag: function form
-    catcher,     ///< the expression; flag: quiet
+    array,       ///< items: elements
+    vector,      ///< items: three components
+    matrix,      ///< items: cells, row by row; count: columns
+    call,        ///< items: arguments; text: name; flag: in function form, `name(...)`
+    catch_,      ///< operand; flag: catchQuiet
     // statements
-    block,      ///< statements
-    expression, ///< the expression
-    declare,    ///< per variable: its declarator; flag: global
-    declarator, ///< initial value or null, size or null; text name; type
-    branch,     ///< condition, then, else or null
-    loop,       ///< init (block), condition or null, step (block), body
-    for_each,   ///< array, body; text variable
-    while_loop, ///< condition, body
-    do_loop,    ///< body, condition
-    choose,     ///< value, then choice labels and statements in order
-    label,      ///< value, or null for default
-    leave,      ///< break
-    next,       ///< continue
-    give,       ///< return: value or null
-    procedure,  ///< body, then declarators of the parameters; text name; type; flag: global
+    block,       ///< items: statements; flag: has a scope of its own
+    expression,  ///< operand
+    declaration, ///< items: declarators; flag: global
+    declarator, ///< initial (optional), size (optional; of a matrix also columns); text: name; type
+    if_,        ///< condition, then, otherwise (optional)
+    for_,       ///< init (block), condition (optional), step (block), body
+    for_in,     ///< array, body; text: name of the loop variable
+    while_,     ///< condition, body
+    do_while,   ///< condition, body
+    switch_,    ///< value; items: case labels and statements in order
+    case_label, ///< value (optional; absent: default)
+    break_,
+    continue_,
+    return_,   ///< value (optional)
+    procedure, ///< procedure_body; items: declarators of the parameters; text: name; type of the
+               ///< result; flag: global
 };
 
-struct Node {
-    Kind kind = Kind::block;
+/// Positions in SyntaxNode::parts.
+namespace part {
+enum : size_t {
+    operand = 0,
+    base = 0,
+    value = 0,
+    left = 0,
+    right = 1,
+    array = 0,
+    index = 1,
+    column = 2,
+    target = 0,
+    assigned = 1,
+    condition = 0,
+    then = 1,
+    otherwise = 2,
+    body = 1,
+    init = 2,
+    step = 3,
+    initial = 0,
+    size = 1,
+    columns = 2,
+    procedure_body = 0,
+};
+} // namespace part
+
+struct SyntaxNode;
+using SyntaxNodePtr = std::shared_ptr<const SyntaxNode>;
+
+struct SyntaxNode {
+    SyntaxKind kind = SyntaxKind::block;
     Position at;
     std::string text;
     Value value;
     Type type;
     bool flag = false;
     uint32_t count = 0;
-    std::vector<std::shared_ptr<const Node>> kids;
-};
+    std::vector<SyntaxNodePtr>
+        parts; ///< by position; an absent optional part is null or past the end
+    std::vector<SyntaxNodePtr> items; ///< lists of any length
 
-using NodePtr = std::shared_ptr<const Node>;
+    bool has(size_t position) const { return position < parts.size() && parts[position]; }
+    /// A part that is present.
+    const SyntaxNode& operator[](size_t position) const { return *parts[position]; }
+    void set(size_t position, SyntaxNodePtr node) {
+        if (position >= parts.size())
+            parts.resize(position + 1);
+        parts[position] = std::move(node);
+    }
+};
 
 /// A parsed text.
 struct Unit {
     std::string file;
-    NodePtr body;
+    SyntaxNodePtr body;
 };
 
-/// Parses a whole text. Throws ScriptError with the place of the first fault.
-TESSORA_SCRIPT_API std::shared_ptr<const Unit> parse(std::string_view text,
-                                                     const std::string& file);
+/// Parses a whole text. Throws ScriptError at the first syntax error.
+MHOST_EXPORT std::shared_ptr<const Unit> parse(std::string_view text, const std::string& file);
 
 } // namespace host::script

@@ -189,14 +189,13 @@ std::vector<std::string> Flags::given() const {
     return names;
 }
 
-void Flags::require_operands(size_t least, size_t most) const {
-    if (operands_.size() >= least && operands_.size() <= most)
+void Flags::require_operands(size_t min, size_t max) const {
+    if (operands_.size() >= min && operands_.size() <= max)
         return;
-    throw ScriptFault("The command " + command_ + " takes " +
-                      (least == most ? std::to_string(least)
-                                     : std::to_string(least) + " to " + std::to_string(most)) +
-                      " arguments besides its flags, not " + std::to_string(operands_.size()) +
-                      ".");
+    throw ScriptFault(
+        "The command " + command_ + " takes " +
+        (min == max ? std::to_string(min) : std::to_string(min) + " to " + std::to_string(max)) +
+        " arguments besides its flags, not " + std::to_string(operands_.size()) + ".");
 }
 
 } // namespace host::script

@@ -4,7 +4,6 @@
 /// edit) does not allow, a missing value, and a value of the wrong kind. Nothing is ever ignored.
 #pragma once
 
-#include "host/script/export.h"
 #include "host/script/interpreter.h"
 
 #include <string>
@@ -25,7 +24,7 @@ using FlagTable = std::vector<Flag>;
 
 enum class Mode { create, query, edit };
 
-class TESSORA_SCRIPT_API Flags {
+class MHOST_EXPORT Flags {
 public:
     /// Reads the arguments of a call. `-q/-query` and `-e/-edit` are known to every command whose
     /// table has a flag for that mode. Throws ScriptFault.
@@ -51,8 +50,8 @@ public:
     StringArray names() const;
     /// The long names of all flags given, in order; for a query this says what is asked.
     std::vector<std::string> given() const;
-    /// Throws unless least <= operands <= most.
-    void require_operands(size_t least, size_t most) const;
+    /// Throws unless min <= operands <= max.
+    void require_operands(size_t min, size_t max) const;
 
 private:
     struct Use {
@@ -71,8 +70,8 @@ private:
 };
 
 /// True when an argument is written as a flag: a string that is a dash and then a letter.
-TESSORA_SCRIPT_API bool is_flag(const Value& value);
+MHOST_EXPORT bool is_flag(const Value& value);
 /// on/off, yes/no, true/false or a number. Throws when it is none.
-TESSORA_SCRIPT_API bool boolean_from(const Value& value);
+MHOST_EXPORT bool boolean_from(const Value& value);
 
 } // namespace host::script

@@ -11,8 +11,8 @@ void add_core_functions(Interpreter& interpreter);
 void add_text_functions(Interpreter& interpreter);
 void add_math_functions(Interpreter& interpreter);
 
-/// Throws "Wrong number of arguments on call to NAME: ..." unless least <= count <= most.
-void require_arguments(const Invocation& call, size_t least, size_t most);
+/// Throws "Wrong number of arguments on call to NAME: ..." unless min <= count <= max.
+void require_arguments(const Invocation& call, size_t min, size_t max);
 
 /// The array argument at a position, shared with the caller's variable. Throws when it is none or
 /// of another element type.

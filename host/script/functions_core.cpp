@@ -96,13 +96,12 @@ Value sort(Invocation& call) {
 
 } // namespace
 
-void require_arguments(const Invocation& call, size_t least, size_t most) {
+void require_arguments(const Invocation& call, size_t min, size_t max) {
     const size_t given = call.arguments.size();
-    if (given >= least && given <= most)
+    if (given >= min && given <= max)
         return;
-    const std::string wanted = least == most
-                                   ? std::to_string(least)
-                                   : std::to_string(least) + " to " + std::to_string(most);
+    const std::string wanted =
+        min == max ? std::to_string(min) : std::to_string(min) + " to " + std::to_string(max);
     throw ScriptFault("Wrong number of arguments on call to " + call.name + ": " + wanted +
                       " expected, " + std::to_string(given) + " given.");
 }

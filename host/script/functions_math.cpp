@@ -105,36 +105,37 @@ void add_random(Interpreter& interpreter) {
     });
 }
 
+const std::pair<const char*, Unary> k_unary_functions[] = {
+    {"floor", [](double v) { return std::floor(v); }},
+    {"ceil", [](double v) { return std::ceil(v); }},
+    {"trunc", [](double v) { return std::trunc(v); }},
+    {"sqrt",
+     [](double v) {
+         if (v < 0.0)
+             throw ScriptFault("sqrt of a negative number.");
+         return std::sqrt(v);
+     }},
+    {"exp", [](double v) { return std::exp(v); }},
+    {"log",
+     [](double v) {
+         if (v <= 0.0)
+             throw ScriptFault("log needs a positive number.");
+         return std::log(v);
+     }},
+    {"sin", [](double v) { return std::sin(v); }},
+    {"cos", [](double v) { return std::cos(v); }},
+    {"tan", [](double v) { return std::tan(v); }},
+    {"asin", [](double v) { return std::asin(v); }},
+    {"acos", [](double v) { return std::acos(v); }},
+    {"atan", [](double v) { return std::atan(v); }},
+    {"deg_to_rad", [](double v) { return v * 0.017453292519943295; }},
+    {"rad_to_deg", [](double v) { return v * 57.29577951308232; }},
+};
+
 } // namespace
 
 void add_math_functions(Interpreter& interpreter) {
-    static const std::pair<const char*, Unary> unaries[] = {
-        {"floor", [](double v) { return std::floor(v); }},
-        {"ceil", [](double v) { return std::ceil(v); }},
-        {"trunc", [](double v) { return std::trunc(v); }},
-        {"sqrt",
-         [](double v) {
-             if (v < 0.0)
-                 throw ScriptFault("sqrt of a negative number.");
-             return std::sqrt(v);
-         }},
-        {"exp", [](double v) { return std::exp(v); }},
-        {"log",
-         [](double v) {
-             if (v <= 0.0)
-                 throw ScriptFault("log needs a positive number.");
-             return std::log(v);
-         }},
-        {"sin", [](double v) { return std::sin(v); }},
-        {"cos", [](double v) { return std::cos(v); }},
-        {"tan", [](double v) { return std::tan(v); }},
-        {"asin", [](double v) { return std::asin(v); }},
-        {"acos", [](double v) { return std::acos(v); }},
-        {"atan", [](double v) { return std::atan(v); }},
-        {"deg_to_rad", [](double v) { return v * 0.017453292519943295; }},
-        {"rad_to_deg", [](double v) { return v * 57.29577951308232; }},
-    };
-    for (const auto& function : unaries)
+    for (const auto& function : k_unary_functions)
         add_unary(interpreter, function.first, function.second);
     add_binary(interpreter, "pow", [](double a, double b) { return std::pow(a, b); });
     add_binary(interpreter, "atan2", [](double a, double b) { return std::atan2(a, b); });

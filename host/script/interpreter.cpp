@@ -1,5 +1,7 @@
 #include "host/script/interpreter.h"
 
+#include "host/base/restore.h"
+
 #include <algorithm>
 #include <fstream>
 #include <sstream>
@@ -9,7 +11,7 @@ namespace host::script {
 namespace {
 
 /// Calls within calls; a runaway recursion ends with an error well before the stack does.
-constexpr int k_deepest_call = 200;
+constexpr int k_max_call_depth = 200;
 
 bool readable(const std::string& path) {
     std::ifstream file(path);
@@ -61,37 +63,31 @@ Value Interpreter::run(std::string_view text, const std::string& file) {
     Frame frame;
     frame.unit = state;
     frame.top = true;
-    struct Restore {
-        Interpreter& self;
-        Frame* outer;
-        int depth;
-        ~Restore() {
-            self.frame_ = outer;
-            self.depth_ = depth;
-        }
-    } restore{*this, frame_, depth_};
-    if (++depth_ > k_deepest_call)
+    const Restore restore_frame(frame_);
+    const Restore restore_depth(depth_);
+    if (++depth_ > k_max_call_depth)
         throw ScriptError(file, Position(), "Scripts are nested too deeply.");
     frame_ = &frame;
     last_ = Value();
-    for (const NodePtr& statement : state->unit->body->kids) {
+    for (const SyntaxNodePtr& statement : state->unit->body->items) {
         last_ = Value();
-        if (execute_top(statement) == Flow::give)
+        if (execute_top(statement) == Flow::return_)
             return frame.result;
-        if (statement->kind != Kind::expression) // a loop is worth nothing, whatever ran in it
+        if (statement->kind !=
+            SyntaxKind::expression) // a loop is worth nothing, whatever ran in it
             last_ = Value();
     }
     return last_;
 }
 
-Interpreter::Flow Interpreter::execute_top(const NodePtr& statement) {
+Interpreter::Flow Interpreter::execute_top(const SyntaxNodePtr& statement) {
     Flow flow = Flow::normal;
-    if (statement->kind == Kind::procedure) {
+    if (statement->kind == SyntaxKind::procedure) {
         define(statement);
     } else if (depth_ == 1 && wrapper_) {
-        const bool plain = statement->kind == Kind::expression;
-        const Node& inner = plain ? *statement->kids[0] : *statement;
-        wrapper_(inner.kind == Kind::call ? inner.text : std::string(),
+        const bool plain = statement->kind == SyntaxKind::expression;
+        const SyntaxNode& inner = plain ? (*statement)[part::operand] : *statement;
+        wrapper_(inner.kind == SyntaxKind::call ? inner.text : std::string(),
                  [&] { flow = execute(*statement); });
     } else {
         flow = execute(*statement);
@@ -167,7 +163,7 @@ std::string Interpreter::place_of(const std::string& name) const {
 
 // --- statements -------------------------------------------------------------------------------
 
-Interpreter::Flow Interpreter::execute(const Node& node) {
+Interpreter::Flow Interpreter::execute(const SyntaxNode& node) {
     try {
         return execute_kind(node);
     } catch (const ScriptFault& fault) {
@@ -175,124 +171,127 @@ Interpreter::Flow Interpreter::execute(const Node& node) {
     }
 }
 
-Interpreter::Flow Interpreter::execute_kind(const Node& node) {
+Interpreter::Flow Interpreter::execute_kind(const SyntaxNode& node) {
     switch (node.kind) {
-    case Kind::block:
+    case SyntaxKind::block:
         return execute_block(node);
-    case Kind::expression:
-        last_ = evaluate(*node.kids[0]);
+    case SyntaxKind::expression:
+        last_ = evaluate(node[part::operand]);
         return Flow::normal;
-    case Kind::declare:
+    case SyntaxKind::declaration:
         declare(node);
         return Flow::normal;
-    case Kind::branch:
-        if (evaluate(*node.kids[0]).truth())
-            return execute(*node.kids[1]);
-        return node.kids[2] ? execute(*node.kids[2]) : Flow::normal;
-    case Kind::loop:
-        return execute_loop(node);
-    case Kind::for_each:
-        return execute_for_each(node);
-    case Kind::while_loop:
-    case Kind::do_loop:
+    case SyntaxKind::if_:
+        if (evaluate(node[part::condition]).truth())
+            return execute(node[part::then]);
+        return node.has(part::otherwise) ? execute(node[part::otherwise]) : Flow::normal;
+    case SyntaxKind::for_:
+        return execute_for(node);
+    case SyntaxKind::for_in:
+        return execute_for_in(node);
+    case SyntaxKind::while_:
+    case SyntaxKind::do_while:
         return execute_while(node);
-    case Kind::choose:
-        return execute_choose(node);
-    case Kind::leave:
-        return Flow::leave;
-    case Kind::next:
-        return Flow::next;
-    case Kind::give:
-        return execute_give(node);
-    case Kind::procedure:
+    case SyntaxKind::switch_:
+        return execute_switch(node);
+    case SyntaxKind::break_:
+        return Flow::break_;
+    case SyntaxKind::continue_:
+        return Flow::continue_;
+    case SyntaxKind::return_:
+        return execute_return(node);
+    case SyntaxKind::procedure:
         throw ScriptFault("A procedure is declared at the outermost level only.");
     default:
         throw ScriptFault("This cannot stand as a statement.");
     }
 }
 
-Interpreter::Flow Interpreter::execute_block(const Node& node) {
+Interpreter::Flow Interpreter::execute_block(const SyntaxNode& node) {
     // An empty statement and the head of a for loop are blocks without a scope of their own.
     if (!node.flag) {
-        for (const NodePtr& kid : node.kids)
-            execute(*kid);
+        for (const SyntaxNodePtr& statement : node.items)
+            execute(*statement);
         return Flow::normal;
     }
     ScopeGuard scope(*frame_);
-    for (const NodePtr& kid : node.kids) {
-        const Flow flow = execute(*kid);
+    for (const SyntaxNodePtr& statement : node.items) {
+        const Flow flow = execute(*statement);
         if (flow != Flow::normal)
             return flow;
     }
     return Flow::normal;
 }
 
-Interpreter::Flow Interpreter::execute_loop(const Node& node) {
-    execute(*node.kids[0]);
-    while (!node.kids[1] || evaluate(*node.kids[1]).truth()) {
-        const Flow flow = execute(*node.kids[3]);
-        if (flow == Flow::give)
+Interpreter::Flow Interpreter::execute_for(const SyntaxNode& node) {
+    execute(node[part::init]);
+    while (!node.has(part::condition) || evaluate(node[part::condition]).truth()) {
+        const Flow flow = execute(node[part::body]);
+        if (flow == Flow::return_)
             return flow;
-        if (flow == Flow::leave)
+        if (flow == Flow::break_)
             break;
-        execute(*node.kids[2]);
+        execute(node[part::step]);
     }
     return Flow::normal;
 }
 
-Interpreter::Flow Interpreter::execute_for_each(const Node& node) {
-    const Value array = evaluate(*node.kids[0]);
+Interpreter::Flow Interpreter::execute_for_in(const SyntaxNode& node) {
+    const Value array = evaluate(node[part::array]);
     if (!array.type().array)
         throw ScriptFault("\"in\" needs an array, not a " + to_text(array.type()) + ".");
-    Node target;
-    target.kind = Kind::variable;
+    SyntaxNode target;
+    target.kind = SyntaxKind::variable;
     target.text = node.text;
     target.at = node.at;
     for (size_t i = 0; i < array.size(); ++i) {
         store(target, array.element(int32_t(i)));
-        const Flow flow = execute(*node.kids[1]);
-        if (flow == Flow::give)
+        const Flow flow = execute(node[part::body]);
+        if (flow == Flow::return_)
             return flow;
-        if (flow == Flow::leave)
+        if (flow == Flow::break_)
             break;
     }
     return Flow::normal;
 }
 
-Interpreter::Flow Interpreter::execute_while(const Node& node) {
-    const bool body_first = node.kind == Kind::do_loop;
-    const Node& condition = *node.kids[body_first ? 1 : 0];
-    const Node& body = *node.kids[body_first ? 0 : 1];
-    if (!body_first && !evaluate(condition).truth())
+Interpreter::Flow Interpreter::execute_while(const SyntaxNode& node) {
+    const SyntaxNode& condition = node[part::condition];
+    if (node.kind == SyntaxKind::while_ && !evaluate(condition).truth())
         return Flow::normal;
     do {
-        const Flow flow = execute(body);
-        if (flow == Flow::give)
+        const Flow flow = execute(node[part::body]);
+        if (flow == Flow::return_)
             return flow;
-        if (flow == Flow::leave)
+        if (flow == Flow::break_)
             break;
     } while (evaluate(condition).truth());
     return Flow::normal;
 }
 
-Interpreter::Flow Interpreter::execute_choose(const Node& node) {
-    const Value value = evaluate(*node.kids[0]);
-    size_t start = node.kids.size();
-    for (size_t i = 1; i < node.kids.size() && start == node.kids.size(); ++i) {
-        const Node& kid = *node.kids[i];
-        if (kid.kind == Kind::label && kid.kids[0] &&
-            apply("==", value, evaluate(*kid.kids[0])).truth())
-            start = i;
+/// Position of the first matching case label among the items, else of the first default label, else
+/// the end.
+size_t Interpreter::find_case(const SyntaxNode& node, const Value& value) {
+    for (size_t i = 0; i < node.items.size(); ++i) {
+        const SyntaxNode& item = *node.items[i];
+        if (item.kind == SyntaxKind::case_label && item.has(part::value) &&
+            apply("==", value, evaluate(item[part::value])).truth())
+            return i;
     }
-    for (size_t i = 1; i < node.kids.size() && start == node.kids.size(); ++i)
-        if (node.kids[i]->kind == Kind::label && !node.kids[i]->kids[0])
-            start = i;
+    for (size_t i = 0; i < node.items.size(); ++i)
+        if (node.items[i]->kind == SyntaxKind::case_label && !node.items[i]->has(part::value))
+            return i;
+    return node.items.size();
+}
+
+Interpreter::Flow Interpreter::execute_switch(const SyntaxNode& node) {
+    const size_t start = find_case(node, evaluate(node[part::value]));
     ScopeGuard scope(*frame_);
-    for (size_t i = start; i < node.kids.size(); ++i) {
-        if (node.kids[i]->kind == Kind::label)
+    for (size_t i = start; i < node.items.size(); ++i) {
+        if (node.items[i]->kind == SyntaxKind::case_label)
             continue;
-        const Flow flow = execute(*node.kids[i]);
-        if (flow == Flow::leave)
+        const Flow flow = execute(*node.items[i]);
+        if (flow == Flow::break_)
             return Flow::normal;
         if (flow != Flow::normal)
             return flow;
@@ -300,76 +299,71 @@ Interpreter::Flow Interpreter::execute_choose(const Node& node) {
     return Flow::normal;
 }
 
-Interpreter::Flow Interpreter::execute_give(const Node& node) {
+Interpreter::Flow Interpreter::execute_return(const SyntaxNode& node) {
     if (frame_->top) {
-        if (node.kids[0])
-            frame_->result = evaluate(*node.kids[0]);
-        return Flow::give;
+        if (node.has(part::value))
+            frame_->result = evaluate(node[part::value]);
+        return Flow::return_;
     }
-    if (bool(node.kids[0]) != (frame_->result_type.basic != Basic::none))
-        throw ScriptFault(node.kids[0]
+    if (node.has(part::value) != (frame_->result_type.basic != Basic::none))
+        throw ScriptFault(node.has(part::value)
                               ? "This procedure returns nothing."
                               : "This procedure returns a " + to_text(frame_->result_type) + ".");
-    if (node.kids[0]) {
-        Value value = evaluate(*node.kids[0]);
+    if (node.has(part::value)) {
+        Value value = evaluate(node[part::value]);
         frame_->result = value.type() == frame_->result_type ? std::move(value)
                                                              : value.converted(frame_->result_type);
     }
-    return Flow::give;
+    return Flow::return_;
 }
 
-void Interpreter::declare(const Node& node) {
-    for (const NodePtr& item : node.kids)
+void Interpreter::declare(const SyntaxNode& node) {
+    for (const SyntaxNodePtr& item : node.items)
         declare_one(*item, node.flag);
 }
 
-void Interpreter::declare_one(const Node& item, bool global) {
+/// A matrix of the declared size, filled with zeros.
+Value Interpreter::zero_matrix(const SyntaxNode& item) {
+    Matrix matrix;
+    matrix.rows = uint32_t(std::clamp(evaluate(item[part::size]).to_int(), 1, 10000));
+    matrix.columns = uint32_t(std::clamp(evaluate(item[part::columns]).to_int(), 1, 10000));
+    matrix.cells.resize(size_t(matrix.rows) * matrix.columns);
+    return matrix;
+}
+
+void Interpreter::declare_one(const SyntaxNode& item, bool global) {
     const bool at_top = frame_->top && frame_->scopes.empty();
     Scope* scope = frame_->scopes.empty() ? nullptr : &frame_->scopes.back();
-    VariablePtr found;
-    if (global || at_top) {
-        const auto known = globals_.find(item.text);
-        if (known != globals_.end())
-            found = known->second;
-    } else {
-        for (const auto& entry : *scope)
-            if (entry.first == item.text)
-                found = entry.second;
-    }
+    VariablePtr found = global || at_top ? find_global(item.text) : find_in(*scope, item.text);
     if (found && found->type != item.type)
         throw ScriptFault("Invalid redeclaration of variable \"$" + item.text +
                           "\" as a different type.");
     const bool fresh = !found;
     if (fresh) {
         found = std::make_shared<Variable>(Variable{item.type, Value::zero(item.type)});
-        if (item.type.basic == Basic::matrix) {
-            Matrix matrix;
-            matrix.rows = uint32_t(std::clamp(evaluate(*item.kids[1]).to_int(), 1, 10000));
-            matrix.columns = uint32_t(std::clamp(evaluate(*item.kids[2]).to_int(), 1, 10000));
-            matrix.cells.resize(size_t(matrix.rows) * matrix.columns);
-            found->value = Value(std::move(matrix));
-        }
+        if (item.type.basic == Basic::matrix)
+            found->value = zero_matrix(item);
         if (global || at_top)
             globals_[item.text] = found;
         if (scope && (global || !at_top))
             scope->emplace_back(item.text, found);
     } else if (global) {
-        // Declared before: this only brings the name into the procedure, initial value and all.
+        // Declared before: the statement only makes the name visible here; its initial value is not
+        // assigned again.
         if (scope)
             scope->emplace_back(item.text, found);
         return;
     } else if (!at_top) {
         found->value = Value::zero(item.type);
     }
-    if (item.kids[0]) {
-        Value value = evaluate(*item.kids[0]);
-        found->value = value.converted(item.type);
-    } else if (fresh && item.type.array && item.kids[1]) {
-        found->value.resize(size_t(std::clamp(evaluate(*item.kids[1]).to_int(), 0, 100'000'000)));
-    }
+    if (item.has(part::initial))
+        found->value = evaluate(item[part::initial]).converted(item.type);
+    else if (fresh && item.type.array && item.has(part::size))
+        found->value.resize(
+            size_t(std::clamp(evaluate(item[part::size]).to_int(), 0, 100'000'000)));
 }
 
-void Interpreter::define(const NodePtr& node) {
+void Interpreter::define(const SyntaxNodePtr& node) {
     if (node->flag)
         procedures_[node->text] = Procedure{frame_->unit, node};
     else
@@ -378,11 +372,11 @@ void Interpreter::define(const NodePtr& node) {
 
 // --- calls ------------------------------------------------------------------------------------
 
-Value Interpreter::call_node(const Node& node) {
+Value Interpreter::call_node(const SyntaxNode& node) {
     std::vector<Value> arguments;
-    arguments.reserve(node.kids.size());
-    for (const NodePtr& kid : node.kids)
-        arguments.push_back(evaluate(*kid));
+    arguments.reserve(node.items.size());
+    for (const SyntaxNodePtr& argument : node.items)
+        arguments.push_back(evaluate(*argument));
     return call(node.text, std::move(arguments));
 }
 
@@ -408,19 +402,19 @@ Value Interpreter::call(const std::string& name, std::vector<Value> arguments) {
 }
 
 Value Interpreter::call_procedure(const Procedure& procedure, std::vector<Value> arguments) {
-    const Node& node = *procedure.node;
-    if (arguments.size() + 1 != node.kids.size())
+    const SyntaxNode& node = *procedure.node;
+    if (arguments.size() != node.items.size())
         throw ScriptFault("Wrong number of arguments on call to " + node.text + ": " +
-                          std::to_string(node.kids.size() - 1) + " expected, " +
+                          std::to_string(node.items.size()) + " expected, " +
                           std::to_string(arguments.size()) + " given.");
-    if (depth_ >= k_deepest_call)
+    if (depth_ >= k_max_call_depth)
         throw ScriptFault("Procedures are nested too deeply.");
     Frame frame;
     frame.unit = procedure.unit;
     frame.result_type = node.type;
     frame.scopes.emplace_back();
     for (size_t i = 0; i < arguments.size(); ++i) {
-        const Node& parameter = *node.kids[i + 1];
+        const SyntaxNode& parameter = *node.items[i];
         // An array of the right type stays shared: the language hands it over by reference.
         Value value = arguments[i].type() == parameter.type
                           ? std::move(arguments[i])
@@ -428,18 +422,12 @@ Value Interpreter::call_procedure(const Procedure& procedure, std::vector<Value>
         frame.scopes.back().emplace_back(
             parameter.text, std::make_shared<Variable>(Variable{parameter.type, std::move(value)}));
     }
-    struct Restore {
-        Interpreter& self;
-        Frame* outer;
-        ~Restore() {
-            self.frame_ = outer;
-            --self.depth_;
-        }
-    } restore{*this, frame_};
+    const Restore restore_frame(frame_);
+    const Restore restore_depth(depth_);
     ++depth_;
     frame_ = &frame;
-    const Flow flow = execute(*node.kids[0]);
-    if (flow != Flow::give && node.type.basic != Basic::none)
+    const Flow flow = execute(node[part::procedure_body]);
+    if (flow != Flow::return_ && node.type.basic != Basic::none)
         return Value::zero(node.type);
     return frame.result;
 }

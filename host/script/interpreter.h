@@ -7,7 +7,6 @@
 #pragma once
 
 #include "host/script/ast.h"
-#include "host/script/export.h"
 
 #include <functional>
 #include <map>
@@ -20,7 +19,7 @@ namespace host::script {
 class Interpreter;
 
 /// Where scripts talk to.
-class TESSORA_SCRIPT_API Output {
+class MHOST_EXPORT Output {
 public:
     virtual ~Output() = default;
     virtual void print(const std::string& text) = 0;   ///< as is, no newline added
@@ -29,7 +28,7 @@ public:
 };
 
 /// One call of a command.
-struct TESSORA_SCRIPT_API Invocation {
+struct MHOST_EXPORT Invocation {
     Interpreter& interpreter;
     std::string name;
     std::vector<Value> arguments; ///< arrays unexpanded; flags as the strings they were typed as
@@ -40,7 +39,7 @@ struct TESSORA_SCRIPT_API Invocation {
 /// Throws ScriptFault to fail.
 using Command = std::function<Value(Invocation&)>;
 
-class TESSORA_SCRIPT_API Interpreter {
+class MHOST_EXPORT Interpreter {
 public:
     explicit Interpreter(Output& output);
 
@@ -82,11 +81,11 @@ private:
     using UnitPtr = std::shared_ptr<UnitState>;
     struct Procedure {
         UnitPtr unit;
-        NodePtr node; ///< null: not found
+        SyntaxNodePtr node; ///< null: not found
     };
     struct UnitState {
         std::shared_ptr<const Unit> unit;
-        std::unordered_map<std::string, NodePtr> locals; ///< procedures without `global`
+        std::unordered_map<std::string, SyntaxNodePtr> locals; ///< procedures without `global`
     };
     struct Frame {
         UnitPtr unit;
@@ -95,39 +94,46 @@ private:
         Value result;
         std::vector<Scope> scopes;
     };
-    enum class Flow { normal, leave, next, give };
+    enum class Flow { normal, break_, continue_, return_ };
     class ScopeGuard;
 
-    // interpreter.cpp: statements, calls
-    Flow execute_top(const NodePtr& statement);
-    Flow execute(const Node& node);
-    Flow execute_kind(const Node& node);
-    Flow execute_block(const Node& node);
-    Flow execute_loop(const Node& node);
-    Flow execute_for_each(const Node& node);
-    Flow execute_while(const Node& node);
-    Flow execute_choose(const Node& node);
-    Flow execute_give(const Node& node);
-    void declare(const Node& node);
-    void declare_one(const Node& item, bool global);
-    void define(const NodePtr& node);
-    Value call_node(const Node& node);
+    // interpreter.cpp: statements and calls
+    Flow execute_top(const SyntaxNodePtr& statement);
+    Flow execute(const SyntaxNode& node);
+    Flow execute_kind(const SyntaxNode& node);
+    Flow execute_block(const SyntaxNode& node);
+    Flow execute_for(const SyntaxNode& node);
+    Flow execute_for_in(const SyntaxNode& node);
+    Flow execute_while(const SyntaxNode& node);
+    Flow execute_switch(const SyntaxNode& node);
+    size_t find_case(const SyntaxNode& node, const Value& value);
+    Flow execute_return(const SyntaxNode& node);
+    void declare(const SyntaxNode& node);
+    void declare_one(const SyntaxNode& item, bool global);
+    Value zero_matrix(const SyntaxNode& item);
+    void define(const SyntaxNodePtr& node);
+    Value call_node(const SyntaxNode& node);
     Value call_procedure(const Procedure& procedure, std::vector<Value> arguments);
     Procedure find_procedure(const std::string& name) const;
     std::string find_script(const std::string& name) const;
 
-    // evaluate.cpp: expressions
-    Value evaluate(const Node& node);
-    Value evaluate_kind(const Node& node);
-    Value evaluate_element(const Node& node);
-    Value evaluate_array(const Node& node);
-    Value evaluate_vector(const Node& node);
-    Value evaluate_assign(const Node& node);
-    Value evaluate_increment(const Node& node);
-    Value evaluate_catch(const Node& node);
-    void store(const Node& target, const Value& value);
-    void store_element(const Node& target, const Value& value);
+    // interpreter_expressions.cpp
+    Value evaluate(const SyntaxNode& node);
+    Value evaluate_kind(const SyntaxNode& node);
+    Value evaluate_component(const SyntaxNode& node);
+    Value evaluate_unary(const SyntaxNode& node);
+    Value evaluate_logical(const SyntaxNode& node);
+    Value evaluate_element(const SyntaxNode& node);
+    Value evaluate_array(const SyntaxNode& node);
+    Value evaluate_vector(const SyntaxNode& node);
+    Value evaluate_assign(const SyntaxNode& node);
+    Value evaluate_increment(const SyntaxNode& node);
+    Value evaluate_catch(const SyntaxNode& node);
+    void store(const SyntaxNode& target, const Value& value);
+    void store_element(const SyntaxNode& target, const Value& value);
     VariablePtr find_variable(const std::string& name) const;
+    VariablePtr find_global(const std::string& name) const;
+    static VariablePtr find_in(const Scope& scope, const std::string& name);
     Variable& variable(const std::string& name) const;
     Variable& new_variable(const std::string& name, Type type);
 
@@ -143,12 +149,12 @@ private:
 };
 
 /// left OP right for + - * / % ^ == != < > <= >=. Throws ScriptFault.
-TESSORA_SCRIPT_API Value apply(const std::string& op, const Value& left, const Value& right);
+MHOST_EXPORT Value apply(const std::string& op, const Value& left, const Value& right);
 
 /// The functions of the language itself: strings, arrays, mathematics, eval, source.
 void add_language_functions(Interpreter& interpreter);
 
 /// The whole content of a script file. Throws ScriptFault when it cannot be read.
-TESSORA_SCRIPT_API std::string read_script(const std::string& path);
+MHOST_EXPORT std::string read_script(const std::string& path);
 
 } // namespace host::script

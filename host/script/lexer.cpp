@@ -182,16 +182,17 @@ Token Lexer::read_number(size_t& cursor) const {
         }
     }
     token.text = text_.substr(start, cursor - start);
-    if (token.kind == TokenKind::real) {
-        token.number = Value(std::strtod(token.text.c_str(), nullptr));
-        return token;
-    }
-    const bool hex = token.text.find_first_of("xX") != std::string::npos;
-    const long long whole = std::strtoll(token.text.c_str(), nullptr, hex ? 16 : 10);
-    if (whole > (hex ? 0xFFFFFFFFll : 2147483647ll) || whole < -2147483648ll)
-        fail(start, "The number " + token.text + " does not fit an int.");
-    token.number = Value(int32_t(uint32_t(whole)));
+    token.number = token.kind == TokenKind::real ? Value(std::strtod(token.text.c_str(), nullptr))
+                                                 : integer_value(token.text, start);
     return token;
+}
+
+Value Lexer::integer_value(const std::string& digits, size_t start) const {
+    const bool hex = digits.find_first_of("xX") != std::string::npos;
+    const long long whole = std::strtoll(digits.c_str(), nullptr, hex ? 16 : 10);
+    if (whole > (hex ? 0xFFFFFFFFll : 2147483647ll) || whole < -2147483648ll)
+        fail(start, "The number " + digits + " does not fit an int.");
+    return int32_t(uint32_t(whole));
 }
 
 Token Lexer::read_argument(size_t& cursor) const {

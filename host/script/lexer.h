@@ -3,7 +3,6 @@
 /// `-n` a flag. The parser says which way it wants the next token.
 #pragma once
 
-#include "host/script/export.h"
 #include "host/script/value.h"
 
 #include <memory>
@@ -19,7 +18,7 @@ struct Position {
 };
 
 /// A fault with its place, ready to be shown: what() is "FILE:LINE:COLUMN: TEXT".
-class TESSORA_SCRIPT_API ScriptError : public std::runtime_error {
+class MHOST_EXPORT ScriptError : public std::runtime_error {
 public:
     ScriptError(const std::string& file, Position at, const std::string& text);
     const std::string& text() const { return text_; }
@@ -53,7 +52,7 @@ struct Token {
 
 enum class Reading { expression, argument };
 
-class TESSORA_SCRIPT_API Lexer {
+class MHOST_EXPORT Lexer {
 public:
     /// The text must outlive the lexer. `file` names it in errors.
     Lexer(std::string_view text, std::string file);
@@ -75,6 +74,8 @@ private:
     size_t skip_space(size_t cursor) const;
     Token read_string(size_t& cursor) const;
     Token read_number(size_t& cursor) const;
+    /// Throws ScriptError at `start` if the number does not fit 32 bits.
+    Value integer_value(const std::string& digits, size_t start) const;
     Token read_argument(size_t& cursor) const;
     Token read_expression(size_t& cursor) const;
     char at(size_t offset) const { return offset < text_.size() ? text_[offset] : '\0'; }

@@ -8,7 +8,7 @@
 namespace host::script {
 
 /// Deeper nesting than any person writes; the limit keeps hostile text from exhausting the stack.
-inline constexpr int k_deepest_nesting = 200;
+inline constexpr int k_max_nesting = 200;
 
 inline constexpr Reading k_expr = Reading::expression;
 inline constexpr Reading k_arg = Reading::argument;
@@ -22,15 +22,15 @@ class Parser {
 public:
     Parser(std::string_view text, const std::string& file) : lexer_(text, file) {}
 
-    NodePtr parse_unit();
+    SyntaxNodePtr parse_unit();
 
 private:
-    using Draft = std::shared_ptr<Node>;
+    using NewNode = std::shared_ptr<SyntaxNode>;
 
     class Depth {
     public:
         Depth(Parser& parser) : parser_(parser) {
-            if (++parser_.depth_ > k_deepest_nesting)
+            if (++parser_.depth_ > k_max_nesting)
                 parser_.fail(parser_.lexer_.peek(k_expr).at, "Nested too deeply.");
         }
         ~Depth() { --parser_.depth_; }
@@ -41,8 +41,8 @@ private:
         Parser& parser_;
     };
 
-    static Draft make(Kind kind, Position at) {
-        auto node = std::make_shared<Node>();
+    static NewNode make(SyntaxKind kind, Position at) {
+        auto node = std::make_shared<SyntaxNode>();
         node->kind = kind;
         node->at = at;
         return node;
@@ -68,75 +68,75 @@ private:
 
     // --- statements ---------------------------------------------------------------------------
 
-    NodePtr statement();
-    NodePtr keyword_statement(const Token& token);
-    NodePtr block();
-    NodePtr body();
-    NodePtr parenthesised();
-    NodePtr branch();
-    NodePtr for_loop();
+    SyntaxNodePtr statement();
+    SyntaxNodePtr keyword_statement(const Token& token);
+    SyntaxNodePtr block();
+    SyntaxNodePtr body();
+    SyntaxNodePtr parenthesised();
+    SyntaxNodePtr if_statement();
+    SyntaxNodePtr for_loop();
 
     /// Comma-separated expressions of a for head; the first list may declare a variable.
-    NodePtr expression_list(const char* closing, bool may_declare);
-    NodePtr while_loop();
-    NodePtr do_loop();
-    NodePtr choose();
-    NodePtr give();
-    NodePtr procedure_or_global();
+    SyntaxNodePtr expression_list(const char* closing, bool may_declare);
+    SyntaxNodePtr while_loop();
+    SyntaxNodePtr do_loop();
+    SyntaxNodePtr switch_statement();
+    SyntaxNodePtr return_statement();
+    SyntaxNodePtr procedure_or_global();
 
     /// `int $a = 1;` declares, `int($a);` is a cast nobody uses.
-    NodePtr declaration_or_cast(const Token& token);
-    NodePtr declarators(Basic basic, bool global, Position at);
+    SyntaxNodePtr declaration_or_cast(const Token& token);
+    SyntaxNodePtr declarators(Basic basic, bool global, Position at);
 
     /// `$name`, `$name[]`, `$name[size]`, for a matrix `$name[rows][columns]`.
-    Draft declarator(Basic basic);
-    NodePtr procedure(Position at, bool global);
+    NewNode declarator(Basic basic);
+    SyntaxNodePtr procedure(Position at, bool global);
 
     // --- commands -----------------------------------------------------------------------------
 
     /// At a name. Inside back-quotes a back-quote ends the command.
-    NodePtr command_or_call(bool quoted);
+    SyntaxNodePtr command_or_call(bool quoted);
 
     bool ends_command(bool quoted);
-    NodePtr argument();
+    SyntaxNodePtr argument();
 
     /// `$a`, `$a[1]`, `$v.x`: subscripts join only without a space, as in `$a [0]` they would be
     /// the next argument.
-    NodePtr argument_variable(const Token& token);
-    NodePtr call_arguments(const Token& name);
-    NodePtr catcher(const Token& name);
+    SyntaxNodePtr argument_variable(const Token& token);
+    SyntaxNodePtr call_arguments(const Token& name);
+    SyntaxNodePtr catch_expression(const Token& name);
 
     // --- expressions --------------------------------------------------------------------------
 
-    NodePtr expression();
+    SyntaxNodePtr expression();
 
-    void require_target(const Node& node) const;
-    NodePtr conditional();
-    NodePtr binary(size_t level);
-    NodePtr unary();
-    NodePtr increment(const Token& token, NodePtr target, bool after);
-    NodePtr postfix();
-    NodePtr subscript(NodePtr base);
+    void require_target(const SyntaxNode& node) const;
+    SyntaxNodePtr conditional();
+    SyntaxNodePtr binary(size_t level);
+    SyntaxNodePtr unary();
+    SyntaxNodePtr increment(const Token& token, SyntaxNodePtr target, bool after);
+    SyntaxNodePtr postfix();
+    SyntaxNodePtr subscript(SyntaxNodePtr base);
 
-    static NodePtr variable(const Token& token) {
-        auto node = make(Kind::variable, token.at);
+    static SyntaxNodePtr variable(const Token& token) {
+        auto node = make(SyntaxKind::variable, token.at);
         node->text = token.text;
         return node;
     }
 
-    NodePtr primary();
-    NodePtr named(const Token& token);
+    SyntaxNodePtr primary();
+    SyntaxNodePtr name_expression(const Token& token);
 
     /// `(expr)` or `(type)operand`.
-    NodePtr group(const Token& token);
-    NodePtr quoted(const Token& token);
-    NodePtr array_literal(const Token& token);
-    NodePtr vector_literal(const Token& token);
+    SyntaxNodePtr cast_or_group(const Token& token);
+    SyntaxNodePtr back_quoted(const Token& token);
+    SyntaxNodePtr array_literal(const Token& token);
+    SyntaxNodePtr vector_literal(const Token& token);
 
     /// `>` would be read as a comparison; vectors hold sums, not comparisons.
-    NodePtr expression_in_vector() { return binary(4); }
+    SyntaxNodePtr expression_in_vector() { return binary(4); }
 
-    void check_shape(const Node& node) const;
+    void check_shape(const SyntaxNode& node) const;
 
     Lexer lexer_;
     int depth_ = 0;

@@ -6,13 +6,13 @@ namespace {
 
 struct Level {
     const char* operators[5];
-    Kind kind;
+    SyntaxKind kind;
 };
 
 constexpr Level k_levels[] = {
-    {{"||"}, Kind::logical},      {{"&&"}, Kind::logical},
-    {{"==", "!="}, Kind::binary}, {{"<", ">", "<=", ">="}, Kind::binary},
-    {{"+", "-"}, Kind::binary},   {{"*", "/", "%", "^"}, Kind::binary},
+    {{"||"}, SyntaxKind::logical},      {{"&&"}, SyntaxKind::logical},
+    {{"==", "!="}, SyntaxKind::binary}, {{"<", ">", "<=", ">="}, SyntaxKind::binary},
+    {{"+", "-"}, SyntaxKind::binary},   {{"*", "/", "%", "^"}, SyntaxKind::binary},
 };
 constexpr size_t k_level_count = sizeof k_levels / sizeof k_levels[0];
 
@@ -42,48 +42,49 @@ bool constant_named(const std::string& text, Value& value) {
     return true;
 }
 
-NodePtr Parser::expression() {
+SyntaxNodePtr Parser::expression() {
     Depth depth(*this);
-    NodePtr left = conditional();
+    SyntaxNodePtr left = conditional();
     const Token token = lexer_.peek(k_expr);
     for (const char* op : {"=", "+=", "-=", "*=", "/=", "%=", "^="}) {
         if (!token.is(op))
             continue;
         lexer_.take(k_expr);
         require_target(*left);
-        auto node = make(Kind::assign, token.at);
+        auto node = make(SyntaxKind::assign, token.at);
         node->text = op;
-        node->kids = {left, expression()};
+        node->set(part::target, left);
+        node->set(part::assigned, expression());
         return node;
     }
     return left;
 }
 
-void Parser::require_target(const Node& node) const {
-    if (node.kind == Kind::variable)
+void Parser::require_target(const SyntaxNode& node) const {
+    if (node.kind == SyntaxKind::variable)
         return;
-    if ((node.kind == Kind::element || node.kind == Kind::component) &&
-        node.kids[0]->kind == Kind::variable)
+    if ((node.kind == SyntaxKind::element || node.kind == SyntaxKind::component) &&
+        node[part::base].kind == SyntaxKind::variable)
         return;
     fail(node.at, "Only a variable can be assigned to.");
 }
 
-NodePtr Parser::conditional() {
-    NodePtr condition = binary(0);
+SyntaxNodePtr Parser::conditional() {
+    SyntaxNodePtr condition = binary(0);
     if (!lexer_.peek(k_expr).is("?"))
         return condition;
-    auto node = make(Kind::conditional, lexer_.take(k_expr).at);
-    node->kids.push_back(condition);
-    node->kids.push_back(expression());
+    auto node = make(SyntaxKind::conditional, lexer_.take(k_expr).at);
+    node->set(part::condition, condition);
+    node->set(part::then, expression());
     expect(":");
-    node->kids.push_back(expression());
+    node->set(part::otherwise, expression());
     return node;
 }
 
-NodePtr Parser::binary(size_t level) {
+SyntaxNodePtr Parser::binary(size_t level) {
     if (level == k_level_count)
         return unary();
-    NodePtr left = binary(level + 1);
+    SyntaxNodePtr left = binary(level + 1);
     for (;;) {
         const Token token = lexer_.peek(k_expr);
         const char* found = nullptr;
@@ -95,22 +96,23 @@ NodePtr Parser::binary(size_t level) {
         lexer_.take(k_expr);
         auto node = make(k_levels[level].kind, token.at);
         node->text = found;
-        node->kids = {left, binary(level + 1)};
+        node->set(part::left, left);
+        node->set(part::right, binary(level + 1));
         left = node;
     }
 }
 
-NodePtr Parser::unary() {
+SyntaxNodePtr Parser::unary() {
     Depth depth(*this);
     const Token token = lexer_.peek(k_expr);
     if (token.is("!") || token.is("-") || token.is("+")) {
         lexer_.take(k_expr);
-        NodePtr operand = unary();
+        SyntaxNodePtr operand = unary();
         if (token.is("+"))
             return operand;
-        auto node = make(Kind::unary, token.at);
+        auto node = make(SyntaxKind::unary, token.at);
         node->text = token.text;
-        node->kids.push_back(operand);
+        node->set(part::operand, operand);
         return node;
     }
     if (token.is("++") || token.is("--")) {
@@ -120,17 +122,17 @@ NodePtr Parser::unary() {
     return postfix();
 }
 
-NodePtr Parser::increment(const Token& token, NodePtr target, bool after) {
+SyntaxNodePtr Parser::increment(const Token& token, SyntaxNodePtr target, bool after) {
     require_target(*target);
-    auto node = make(Kind::increment, token.at);
+    auto node = make(SyntaxKind::increment, token.at);
     node->text = token.text;
     node->flag = after;
-    node->kids.push_back(std::move(target));
+    node->set(part::target, std::move(target));
     return node;
 }
 
-NodePtr Parser::postfix() {
-    NodePtr node = primary();
+SyntaxNodePtr Parser::postfix() {
+    SyntaxNodePtr node = primary();
     for (;;) {
         const Token token = lexer_.peek(k_expr);
         if (token.is("[") || token.is(".")) {
@@ -144,44 +146,43 @@ NodePtr Parser::postfix() {
     }
 }
 
-NodePtr Parser::subscript(NodePtr base) {
+SyntaxNodePtr Parser::subscript(SyntaxNodePtr base) {
     const Token token = lexer_.take(k_expr);
     if (token.is(".")) {
         const Token name = lexer_.take(k_expr);
         if (name.text != "x" && name.text != "y" && name.text != "z")
             fail(name.at, "A vector has the components x, y and z.");
-        auto node = make(Kind::component, token.at);
+        auto node = make(SyntaxKind::component, token.at);
         node->text = name.text;
-        node->kids.push_back(std::move(base));
+        node->set(part::base, std::move(base));
         return node;
     }
-    auto node = make(Kind::element, token.at);
-    node->kids.push_back(std::move(base));
-    node->kids.push_back(expression());
+    auto node = make(SyntaxKind::element, token.at);
+    node->set(part::base, std::move(base));
+    node->set(part::index, expression());
     expect("]");
-    if (lexer_.peek(k_expr).is("[")) {
-        lexer_.take(k_expr);
-        node->kids.push_back(expression());
+    if (accept("[")) {
+        node->set(part::column, expression());
         expect("]");
     }
     return node;
 }
 
-NodePtr Parser::primary() {
+SyntaxNodePtr Parser::primary() {
     const Token token = lexer_.take(k_expr);
     if (token.kind == TokenKind::variable)
         return variable(token);
     if (token.kind == TokenKind::name)
-        return named(token);
+        return name_expression(token);
     if (token.is("("))
-        return group(token);
+        return cast_or_group(token);
     if (token.is("`"))
-        return quoted(token);
+        return back_quoted(token);
     if (token.is("{"))
         return array_literal(token);
     if (token.is("<<"))
         return vector_literal(token);
-    auto node = make(Kind::literal, token.at);
+    auto node = make(SyntaxKind::literal, token.at);
     if (token.kind == TokenKind::string)
         node->value = Value(token.text);
     else if (token.kind == TokenKind::integer || token.kind == TokenKind::real)
@@ -191,13 +192,13 @@ NodePtr Parser::primary() {
     return node;
 }
 
-NodePtr Parser::named(const Token& token) {
-    auto node = make(Kind::literal, token.at);
+SyntaxNodePtr Parser::name_expression(const Token& token) {
+    auto node = make(SyntaxKind::literal, token.at);
     Basic basic;
     if (type_named(token.text, basic)) {
-        node->kind = Kind::cast;
+        node->kind = SyntaxKind::cast;
         node->type = {basic, false};
-        node->kids.push_back(parenthesised());
+        node->set(part::operand, parenthesised());
         return node;
     }
     if (constant_named(token.text, node->value))
@@ -205,39 +206,39 @@ NodePtr Parser::named(const Token& token) {
     if (!lexer_.peek(k_expr).is("("))
         unexpected(token);
     if (token.text == "catch" || token.text == "catchQuiet")
-        return catcher(token);
+        return catch_expression(token);
     return call_arguments(token);
 }
 
-NodePtr Parser::group(const Token& token) {
+SyntaxNodePtr Parser::cast_or_group(const Token& token) {
     const size_t mark = lexer_.mark();
     const Token name = lexer_.take(k_expr);
     Basic basic;
     if (name.kind == TokenKind::name && type_named(name.text, basic) && accept(")")) {
-        auto node = make(Kind::cast, token.at);
+        auto node = make(SyntaxKind::cast, token.at);
         node->type = {basic, false};
-        node->kids.push_back(unary());
+        node->set(part::operand, unary());
         return node;
     }
     lexer_.rewind(mark);
-    NodePtr inner = expression();
+    SyntaxNodePtr inner = expression();
     expect(")");
     return inner;
 }
 
-NodePtr Parser::quoted(const Token& token) {
+SyntaxNodePtr Parser::back_quoted(const Token& token) {
     if (lexer_.peek(k_expr).kind != TokenKind::name)
         unexpected(lexer_.peek(k_expr));
-    NodePtr node = command_or_call(true);
+    SyntaxNodePtr node = command_or_call(true);
     if (!accept("`"))
         fail(token.at, "The back-quote that opens here is not closed.");
     return node;
 }
 
-NodePtr Parser::array_literal(const Token& token) {
-    auto node = make(Kind::array, token.at);
+SyntaxNodePtr Parser::array_literal(const Token& token) {
+    auto node = make(SyntaxKind::array, token.at);
     while (!lexer_.peek(k_expr).is("}")) {
-        node->kids.push_back(expression());
+        node->items.push_back(expression());
         if (!accept(","))
             break;
     }
@@ -245,14 +246,14 @@ NodePtr Parser::array_literal(const Token& token) {
     return node;
 }
 
-NodePtr Parser::vector_literal(const Token& token) {
-    auto node = make(Kind::vector, token.at);
+SyntaxNodePtr Parser::vector_literal(const Token& token) {
+    auto node = make(SyntaxKind::vector, token.at);
     do {
-        node->kids.push_back(expression_in_vector());
+        node->items.push_back(expression_in_vector());
         if (accept(";")) {
-            if (node->kind == Kind::vector)
-                node->count = uint32_t(node->kids.size());
-            node->kind = Kind::matrix;
+            if (node->kind == SyntaxKind::vector)
+                node->count = uint32_t(node->items.size());
+            node->kind = SyntaxKind::matrix;
         } else if (!accept(",")) {
             break;
         }
@@ -262,10 +263,10 @@ NodePtr Parser::vector_literal(const Token& token) {
     return node;
 }
 
-void Parser::check_shape(const Node& node) const {
-    if (node.kind == Kind::vector && node.kids.size() != 3)
+void Parser::check_shape(const SyntaxNode& node) const {
+    if (node.kind == SyntaxKind::vector && node.items.size() != 3)
         fail(node.at, "A vector has three components.");
-    if (node.kind == Kind::matrix && node.kids.size() % node.count != 0)
+    if (node.kind == SyntaxKind::matrix && node.items.size() % node.count != 0)
         fail(node.at, "The rows of a matrix have the same length.");
 }
 

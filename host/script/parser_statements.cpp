@@ -2,10 +2,10 @@
 
 namespace host::script {
 
-NodePtr Parser::parse_unit() {
-    auto body = make(Kind::block, Position());
+SyntaxNodePtr Parser::parse_unit() {
+    auto body = make(SyntaxKind::block, Position());
     while (lexer_.peek(k_expr).kind != TokenKind::end)
-        body->kids.push_back(statement());
+        body->items.push_back(statement());
     return body;
 }
 
@@ -38,23 +38,23 @@ void Parser::end_statement() {
     fail(token.at, "\";\" expected before \"" + token.text + "\".");
 }
 
-NodePtr Parser::statement() {
+SyntaxNodePtr Parser::statement() {
     Depth depth(*this);
     const Token token = lexer_.peek(k_expr);
     if (token.is("{"))
         return block();
     if (accept(";"))
-        return make(Kind::block, token.at);
+        return make(SyntaxKind::block, token.at);
     if (token.kind == TokenKind::name)
-        if (NodePtr node = keyword_statement(token))
+        if (SyntaxNodePtr node = keyword_statement(token))
             return node;
-    auto node = make(Kind::expression, token.at);
-    node->kids.push_back(token.kind == TokenKind::name ? command_or_call(false) : expression());
+    auto node = make(SyntaxKind::expression, token.at);
+    node->set(part::operand, token.kind == TokenKind::name ? command_or_call(false) : expression());
     end_statement();
     return node;
 }
 
-NodePtr Parser::keyword_statement(const Token& token) {
+SyntaxNodePtr Parser::keyword_statement(const Token& token) {
     Basic basic;
     const std::string& word = token.text;
     if (word == "global" || word == "proc")
@@ -62,7 +62,7 @@ NodePtr Parser::keyword_statement(const Token& token) {
     if (type_named(word, basic))
         return declaration_or_cast(token);
     if (word == "if")
-        return branch();
+        return if_statement();
     if (word == "for")
         return for_loop();
     if (word == "while")
@@ -70,151 +70,154 @@ NodePtr Parser::keyword_statement(const Token& token) {
     if (word == "do")
         return do_loop();
     if (word == "switch")
-        return choose();
+        return switch_statement();
     if (word == "break" || word == "continue") {
         lexer_.take(k_expr);
         if (loops_ == 0 && !(word == "break" && switches_ > 0))
             fail(token.at, "\"" + word + "\" stands outside of a loop.");
         end_statement();
-        return make(word == "break" ? Kind::leave : Kind::next, token.at);
+        return make(word == "break" ? SyntaxKind::break_ : SyntaxKind::continue_, token.at);
     }
     if (word == "return")
-        return give();
+        return return_statement();
     if (word == "case" || word == "default" || word == "else")
         unexpected(token);
     return nullptr;
 }
 
-NodePtr Parser::block() {
-    auto node = make(Kind::block, expect("{").at);
+SyntaxNodePtr Parser::block() {
+    auto node = make(SyntaxKind::block, expect("{").at);
     node->flag = true;
     while (!lexer_.peek(k_expr).is("}")) {
         if (lexer_.peek(k_expr).kind == TokenKind::end)
             fail(node->at, "The block that opens here is not closed.");
-        node->kids.push_back(statement());
+        node->items.push_back(statement());
     }
     expect("}");
     return node;
 }
 
-NodePtr Parser::body() {
+SyntaxNodePtr Parser::body() {
     ++loops_;
-    NodePtr node = statement();
+    SyntaxNodePtr node = statement();
     --loops_;
     return node;
 }
 
-NodePtr Parser::parenthesised() {
+SyntaxNodePtr Parser::parenthesised() {
     expect("(");
-    NodePtr node = expression();
+    SyntaxNodePtr node = expression();
     expect(")");
     return node;
 }
 
-NodePtr Parser::branch() {
-    auto node = make(Kind::branch, lexer_.take(k_expr).at);
-    node->kids.push_back(parenthesised());
-    node->kids.push_back(statement());
-    node->kids.push_back(accept_name("else") ? statement() : nullptr);
+SyntaxNodePtr Parser::if_statement() {
+    auto node = make(SyntaxKind::if_, lexer_.take(k_expr).at);
+    node->set(part::condition, parenthesised());
+    node->set(part::then, statement());
+    if (accept_name("else"))
+        node->set(part::otherwise, statement());
     return node;
 }
 
-NodePtr Parser::for_loop() {
+SyntaxNodePtr Parser::for_loop() {
     const Position at = lexer_.take(k_expr).at;
     expect("(");
     const size_t mark = lexer_.mark();
     if (lexer_.peek(k_expr).kind == TokenKind::variable) {
         const Token variable = lexer_.take(k_expr);
         if (accept_name("in")) {
-            auto node = make(Kind::for_each, at);
+            auto node = make(SyntaxKind::for_in, at);
             node->text = variable.text;
-            node->kids.push_back(expression());
+            node->set(part::array, expression());
             expect(")");
-            node->kids.push_back(body());
+            node->set(part::body, body());
             return node;
         }
         lexer_.rewind(mark);
     }
-    auto node = make(Kind::loop, at);
-    node->kids.push_back(expression_list(";", true));
+    auto node = make(SyntaxKind::for_, at);
+    node->set(part::init, expression_list(";", true));
     expect(";");
-    node->kids.push_back(lexer_.peek(k_expr).is(";") ? nullptr : expression());
+    if (!lexer_.peek(k_expr).is(";"))
+        node->set(part::condition, expression());
     expect(";");
-    node->kids.push_back(expression_list(")", false));
+    node->set(part::step, expression_list(")", false));
     expect(")");
-    node->kids.push_back(body());
+    node->set(part::body, body());
     return node;
 }
 
-NodePtr Parser::expression_list(const char* closing, bool may_declare) {
-    auto list = make(Kind::block, lexer_.peek(k_expr).at);
+SyntaxNodePtr Parser::expression_list(const char* closing, bool may_declare) {
+    auto list = make(SyntaxKind::block, lexer_.peek(k_expr).at);
     Basic basic;
     const Token& first = lexer_.peek(k_expr);
     if (may_declare && first.kind == TokenKind::name && type_named(first.text, basic)) {
         lexer_.take(k_expr);
-        list->kids.push_back(declarators(basic, false, list->at));
+        list->items.push_back(declarators(basic, false, list->at));
         return list;
     }
     while (!lexer_.peek(k_expr).is(closing)) {
-        auto item = make(Kind::expression, lexer_.peek(k_expr).at);
-        item->kids.push_back(expression());
-        list->kids.push_back(item);
+        auto item = make(SyntaxKind::expression, lexer_.peek(k_expr).at);
+        item->set(part::operand, expression());
+        list->items.push_back(item);
         if (!accept(","))
             break;
     }
     return list;
 }
 
-NodePtr Parser::while_loop() {
-    auto node = make(Kind::while_loop, lexer_.take(k_expr).at);
-    node->kids.push_back(parenthesised());
-    node->kids.push_back(body());
+SyntaxNodePtr Parser::while_loop() {
+    auto node = make(SyntaxKind::while_, lexer_.take(k_expr).at);
+    node->set(part::condition, parenthesised());
+    node->set(part::body, body());
     return node;
 }
 
-NodePtr Parser::do_loop() {
-    auto node = make(Kind::do_loop, lexer_.take(k_expr).at);
-    node->kids.push_back(body());
+SyntaxNodePtr Parser::do_loop() {
+    auto node = make(SyntaxKind::do_while, lexer_.take(k_expr).at);
+    node->set(part::body, body());
     if (!accept_name("while"))
         fail(lexer_.peek(k_expr).at, "\"while\" is missing after the body of \"do\".");
-    node->kids.push_back(parenthesised());
+    node->set(part::condition, parenthesised());
     end_statement();
     return node;
 }
 
-NodePtr Parser::choose() {
-    auto node = make(Kind::choose, lexer_.take(k_expr).at);
-    node->kids.push_back(parenthesised());
+SyntaxNodePtr Parser::switch_statement() {
+    auto node = make(SyntaxKind::switch_, lexer_.take(k_expr).at);
+    node->set(part::value, parenthesised());
     expect("{");
     ++switches_;
     while (!accept("}")) {
         const Token token = lexer_.peek(k_expr);
         if (token.kind == TokenKind::name && (token.text == "case" || token.text == "default")) {
             lexer_.take(k_expr);
-            auto label = make(Kind::label, token.at);
-            label->kids.push_back(token.text == "case" ? expression() : nullptr);
+            auto label = make(SyntaxKind::case_label, token.at);
+            if (token.text == "case")
+                label->set(part::value, expression());
             expect(":");
-            node->kids.push_back(label);
+            node->items.push_back(label);
             continue;
         }
         if (token.kind == TokenKind::end)
             fail(node->at, "The switch that opens here is not closed.");
-        node->kids.push_back(statement());
+        node->items.push_back(statement());
     }
     --switches_;
     return node;
 }
 
-NodePtr Parser::give() {
-    auto node = make(Kind::give, lexer_.take(k_expr).at);
+SyntaxNodePtr Parser::return_statement() {
+    auto node = make(SyntaxKind::return_, lexer_.take(k_expr).at);
     const Token& token = lexer_.peek(k_expr);
-    const bool bare = token.is(";") || token.is("}") || token.kind == TokenKind::end;
-    node->kids.push_back(bare ? nullptr : expression());
+    if (!token.is(";") && !token.is("}") && token.kind != TokenKind::end)
+        node->set(part::value, expression());
     end_statement();
     return node;
 }
 
-NodePtr Parser::procedure_or_global() {
+SyntaxNodePtr Parser::procedure_or_global() {
     const Token first = lexer_.take(k_expr);
     Basic basic;
     if (first.text == "proc")
@@ -224,21 +227,21 @@ NodePtr Parser::procedure_or_global() {
     const Token type = lexer_.take(k_expr);
     if (type.kind != TokenKind::name || !type_named(type.text, basic))
         unexpected(type);
-    NodePtr node = declarators(basic, true, first.at);
+    SyntaxNodePtr node = declarators(basic, true, first.at);
     end_statement();
     return node;
 }
 
-NodePtr Parser::declaration_or_cast(const Token& token) {
+SyntaxNodePtr Parser::declaration_or_cast(const Token& token) {
     Basic basic = Basic::none;
     type_named(token.text, basic);
     const size_t mark = lexer_.mark();
     lexer_.take(k_expr);
-    NodePtr node;
+    SyntaxNodePtr node;
     if (lexer_.peek(k_expr).is("(")) {
         lexer_.rewind(mark);
-        auto wrapped = make(Kind::expression, token.at);
-        wrapped->kids.push_back(expression());
+        auto wrapped = make(SyntaxKind::expression, token.at);
+        wrapped->set(part::operand, expression());
         node = wrapped;
     } else {
         node = declarators(basic, false, token.at);
@@ -247,33 +250,30 @@ NodePtr Parser::declaration_or_cast(const Token& token) {
     return node;
 }
 
-NodePtr Parser::declarators(Basic basic, bool global, Position at) {
-    auto node = make(Kind::declare, at);
+SyntaxNodePtr Parser::declarators(Basic basic, bool global, Position at) {
+    auto node = make(SyntaxKind::declaration, at);
     node->flag = global;
     do {
         auto item = declarator(basic);
         if (accept("="))
-            item->kids[0] = expression();
-        node->kids.push_back(item);
+            item->set(part::initial, expression());
+        node->items.push_back(item);
     } while (accept(","));
     return node;
 }
 
-Parser::Draft Parser::declarator(Basic basic) {
+Parser::NewNode Parser::declarator(Basic basic) {
     const Token name = lexer_.take(k_expr);
     if (name.kind != TokenKind::variable)
         unexpected(name);
-    auto item = make(Kind::declarator, name.at);
+    auto item = make(SyntaxKind::declarator, name.at);
     item->text = name.text;
     item->type = {basic, false};
-    item->kids = {nullptr, nullptr};
+    int sizes = 0;
     while (accept("[")) {
         if (!lexer_.peek(k_expr).is("]")) {
-            NodePtr size = expression();
-            if (basic == Basic::matrix && item->kids[1])
-                item->kids.push_back(size);
-            else
-                item->kids[1] = size;
+            item->set(sizes == 0 ? part::size : part::columns, expression());
+            ++sizes;
         }
         expect("]");
         if (basic == Basic::matrix)
@@ -282,15 +282,15 @@ Parser::Draft Parser::declarator(Basic basic) {
             fail(item->at, "Arrays have one dimension.");
         item->type.array = true;
     }
-    if (basic == Basic::matrix && item->kids.size() != 3)
+    if (basic == Basic::matrix && sizes != 2)
         fail(item->at, "A matrix needs its number of rows and columns.");
     return item;
 }
 
-NodePtr Parser::procedure(Position at, bool global) {
+SyntaxNodePtr Parser::procedure(Position at, bool global) {
     if (procedures_ > 0)
         fail(at, "A procedure cannot be declared inside another.");
-    auto node = make(Kind::procedure, at);
+    auto node = make(SyntaxKind::procedure, at);
     node->flag = global;
     Token name = lexer_.take(k_expr);
     if (name.kind == TokenKind::name && type_named(name.text, node->type.basic)) {
@@ -303,14 +303,13 @@ NodePtr Parser::procedure(Position at, bool global) {
     if (name.kind != TokenKind::name)
         unexpected(name);
     node->text = name.text;
-    node->kids.push_back(nullptr);
     expect("(");
     while (!lexer_.peek(k_expr).is(")")) {
         const Token type = lexer_.take(k_expr);
         Basic basic;
         if (type.kind != TokenKind::name || !type_named(type.text, basic))
             unexpected(type);
-        node->kids.push_back(declarator(basic));
+        node->items.push_back(declarator(basic));
         if (!accept(","))
             break;
     }
@@ -318,29 +317,29 @@ NodePtr Parser::procedure(Position at, bool global) {
     const int loops = loops_;
     loops_ = 0;
     ++procedures_;
-    node->kids[0] = block();
+    node->set(part::procedure_body, block());
     --procedures_;
     loops_ = loops;
     return node;
 }
 
-NodePtr Parser::command_or_call(bool quoted) {
+SyntaxNodePtr Parser::command_or_call(bool quoted) {
     const Token name = lexer_.take(k_expr);
     if (name.text == "catch" || name.text == "catchQuiet")
-        return catcher(name);
+        return catch_expression(name);
     if (lexer_.peek(k_expr).is("(")) {
         const size_t mark = lexer_.mark();
-        NodePtr call = call_arguments(name);
+        SyntaxNodePtr call = call_arguments(name);
         const Token& after = lexer_.peek(k_expr);
         if (after.is(";") || after.is("}") || after.kind == TokenKind::end ||
             (quoted && after.is("`")))
             return call;
         lexer_.rewind(mark);
     }
-    auto node = make(Kind::call, name.at);
+    auto node = make(SyntaxKind::call, name.at);
     node->text = name.text;
     while (!ends_command(quoted))
-        node->kids.push_back(argument());
+        node->items.push_back(argument());
     return node;
 }
 
@@ -350,13 +349,13 @@ bool Parser::ends_command(bool quoted) {
            (quoted && token.is("`"));
 }
 
-NodePtr Parser::argument() {
+SyntaxNodePtr Parser::argument() {
     Depth depth(*this);
     const Token& next = lexer_.peek(k_arg);
     if (next.is("(") || next.is("{") || next.is("<<") || next.is("`"))
         return primary();
     const Token token = lexer_.take(k_arg);
-    auto node = make(Kind::literal, token.at);
+    auto node = make(SyntaxKind::literal, token.at);
     switch (token.kind) {
     case TokenKind::string:
         node->value = Value(token.text);
@@ -380,8 +379,8 @@ NodePtr Parser::argument() {
     }
 }
 
-NodePtr Parser::argument_variable(const Token& token) {
-    NodePtr node = variable(token);
+SyntaxNodePtr Parser::argument_variable(const Token& token) {
+    SyntaxNodePtr node = variable(token);
     for (;;) {
         const Token next = lexer_.peek(k_expr);
         if (next.spaced || !(next.is("[") || next.is(".")))
@@ -390,13 +389,13 @@ NodePtr Parser::argument_variable(const Token& token) {
     }
 }
 
-NodePtr Parser::call_arguments(const Token& name) {
-    auto node = make(Kind::call, name.at);
+SyntaxNodePtr Parser::call_arguments(const Token& name) {
+    auto node = make(SyntaxKind::call, name.at);
     node->text = name.text;
     node->flag = true;
     expect("(");
     while (!lexer_.peek(k_expr).is(")")) {
-        node->kids.push_back(expression());
+        node->items.push_back(expression());
         if (!accept(","))
             break;
     }
@@ -404,10 +403,10 @@ NodePtr Parser::call_arguments(const Token& name) {
     return node;
 }
 
-NodePtr Parser::catcher(const Token& name) {
-    auto node = make(Kind::catcher, name.at);
+SyntaxNodePtr Parser::catch_expression(const Token& name) {
+    auto node = make(SyntaxKind::catch_, name.at);
     node->flag = name.text == "catchQuiet";
-    node->kids.push_back(parenthesised());
+    node->set(part::operand, parenthesised());
     return node;
 }
 

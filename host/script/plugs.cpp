@@ -10,7 +10,7 @@ namespace host::script {
 namespace {
 
 constexpr double k_degrees = 57.29577951308232;
-constexpr uint64_t k_most_plugs = 50'000'000;
+constexpr uint64_t k_max_plugs = 50'000'000;
 
 graph::Node& selected_node() {
     const graph::Selection& selection = graph::Scene::current().selection();
@@ -59,7 +59,7 @@ void expand(graph::Node& node, const std::string& path, std::vector<graph::Slot*
         if (close != std::string::npos && colon < close) {
             const long first = std::atol(path.c_str() + open + 1);
             const long last = std::atol(path.c_str() + colon + 1);
-            if (first < 0 || last < first || plugs.size() + uint64_t(last - first) > k_most_plugs)
+            if (first < 0 || last < first || plugs.size() + uint64_t(last - first) > k_max_plugs)
                 throw ScriptFault("The range in \"" + path + "\" is not valid.");
             const std::string head = path.substr(0, open + 1), tail = path.substr(close);
             // The elements of one array, without looking the path up again for each of them.
@@ -112,23 +112,23 @@ Value leaf_value(graph::Slot& plug) {
     }
 }
 
-graph::Value stored_value(graph::Slot& plug, const Value& value) {
+graph::PlugValue stored_value(graph::Slot& plug, const Value& value) {
     const graph::Attribute& attribute = plug.attribute();
     if (attribute.kind() == graph::AttributeKind::text)
-        return graph::Value::of_text(value.to_string().c_str());
+        return graph::PlugValue::of_text(value.to_string().c_str());
     if (!attribute.is_number())
         throw ScriptFault("The attribute " + name_of(plug) + " holds " + attribute.type_text() +
                           " data and cannot be set to \"" + value.to_string() + "\".");
     if (value.is_string()) {
         for (const auto& field : attribute.fields)
             if (field.first == value.text())
-                return graph::Value::of_double(field.second);
+                return graph::PlugValue::of_double(field.second);
         throw ScriptFault("The attribute " + name_of(plug) +
                           " is a number and cannot be set to \"" + value.text() + "\".");
     }
     const double number = value.to_real();
     const bool angle = attribute.unit == graph::Unit::angle;
-    return graph::Value::of_double(angle ? number / k_degrees : number);
+    return graph::PlugValue::of_double(angle ? number / k_degrees : number);
 }
 
 } // namespace

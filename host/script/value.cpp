@@ -10,7 +10,7 @@ namespace host::script {
 namespace {
 
 /// An index no script needs; a typing slip must not ask for all memory.
-constexpr int32_t k_largest_index = 100'000'000;
+constexpr int32_t k_max_array_index = 100'000'000;
 
 [[noreturn]] void no_conversion(Type from, Type to) {
     throw ScriptFault("Cannot convert data of type " + to_text(from) + " to type " + to_text(to) +
@@ -234,7 +234,7 @@ Value Value::element(int32_t index) const {
 void Value::set_element(int32_t index, const Value& value) {
     if (index < 0)
         throw ScriptFault("Array index " + std::to_string(index) + " is negative.");
-    if (index > k_largest_index)
+    if (index > k_max_array_index)
         throw ScriptFault("Array index " + std::to_string(index) + " is too large.");
     switch (type().basic) {
     case Basic::integer:

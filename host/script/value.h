@@ -6,7 +6,7 @@
 /// Conversions follow the language's rules and throw ScriptFault when there is none.
 #pragma once
 
-#include "host/script/export.h"
+#include <maya/MTypes.h>
 
 #include <array>
 #include <cstdint>
@@ -19,7 +19,7 @@
 namespace host::script {
 
 /// What went wrong, without a place; the interpreter adds file, line and column.
-class TESSORA_SCRIPT_API ScriptFault : public std::runtime_error {
+class MHOST_EXPORT ScriptFault : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
@@ -36,7 +36,7 @@ struct Type {
 };
 
 /// As the language spells it: "int", "string[]"; "void" for none.
-TESSORA_SCRIPT_API std::string to_text(Type type);
+MHOST_EXPORT std::string to_text(Type type);
 
 struct Vector {
     double x = 0, y = 0, z = 0;
@@ -53,7 +53,7 @@ using RealArray = std::vector<double>;
 using StringArray = std::vector<std::string>;
 using VectorArray = std::vector<Vector>;
 
-class TESSORA_SCRIPT_API Value {
+class MHOST_EXPORT Value {
 public:
     Value() = default;
     Value(int32_t value) : data_(value) {}
@@ -119,9 +119,9 @@ private:
 };
 
 /// A text as a string literal of the language, escapes and quotes included.
-TESSORA_SCRIPT_API std::string quoted(const std::string& text);
+MHOST_EXPORT std::string quoted(const std::string& text);
 
 /// A float the way the language prints it.
-TESSORA_SCRIPT_API std::string real_to_text(double value);
+MHOST_EXPORT std::string real_to_text(double value);
 
 } // namespace host::script

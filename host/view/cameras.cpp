@@ -30,7 +30,7 @@ double number_of(Node& node, const char* plug, double absent) {
 /// Sets a number unless the plug is locked or connected.
 void set_number(Node& node, const char* plug, double value) {
     if (graph::Slot* const slot = node.find_plug(plug))
-        graph::set_value(*slot, graph::Value::of_double(value));
+        graph::set_value(*slot, graph::PlugValue::of_double(value));
 }
 
 MMatrix world_matrix(const DagPath& path) {
@@ -163,7 +163,7 @@ DagPath panel_camera(int panel) {
             continue;
         for (DagNode* const child : transform->children())
             if (child->node_type().name == "camera")
-                return {graph::Ref<DagNode>(transform), graph::Ref<DagNode>(child)};
+                return {Ref<DagNode>(transform), Ref<DagNode>(child)};
     }
     return {};
 }

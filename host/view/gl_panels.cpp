@@ -1,7 +1,7 @@
 #include "host/view/gl_panels.h"
 
 #include "host/graph/callbacks.h"
-#include "host/graph/paths.h"
+#include "host/graph/dag.h"
 #include "host/graph/scene.h"
 #include "host/view/panel_paint.h"
 #include "host/view/scene_shapes.h"

@@ -49,9 +49,8 @@ struct PanelStyle {
 
 /// Faces of a mesh to highlight, such as the chart under the pointer.
 struct Highlight {
-    graph::Ref<graph::Node> shape;
-    graph::Ref<graph::Component>
-        parts; ///< buffers are cached by this object: keep it while unchanged
+    Ref<graph::Node> shape;
+    Ref<graph::Component> parts; ///< buffers are cached by this object: keep it while unchanged
     std::array<float, 4> color = {1.0f, 0.75f, 0.1f, 0.6f};
 };
 

@@ -192,7 +192,7 @@ MeshBuffer* MeshBuffers::get(const Mesh& mesh) {
     return found->get();
 }
 
-ElementBuffer MeshBuffers::get(MeshBuffer& buffer, const graph::Ref<Component>& component) {
+ElementBuffer MeshBuffers::get(MeshBuffer& buffer, const Ref<Component>& component) {
     if (!component || component->kind() == ComponentKind::uv)
         return {};
     for (MeshBuffer::Part& part : buffer.parts)

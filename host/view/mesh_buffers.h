@@ -39,7 +39,7 @@ struct MeshBuffer {
     bool is_used = false;
 
     struct Part {
-        graph::Ref<graph::Component> component;
+        Ref<graph::Component> component;
         ElementBuffer elements; ///< triangles, lines or points
         bool is_used = false;
     };
@@ -54,7 +54,7 @@ public:
     /// Returns the buffers of a mesh, built on first use; null if OpenGL is out of memory.
     MeshBuffer* get(const Mesh& mesh);
     /// Returns the indices of a face, edge or vertex component; empty for UVs.
-    ElementBuffer get(MeshBuffer& buffer, const graph::Ref<graph::Component>& component);
+    ElementBuffer get(MeshBuffer& buffer, const Ref<graph::Component>& component);
     void end_frame();
     void release();
 

@@ -36,7 +36,7 @@ public:
     void visit(DagNode& node, const MMatrix& above) {
         if (is_hidden(node))
             return;
-        path_.push_back(graph::Ref<DagNode>(&node));
+        path_.push_back(Ref<DagNode>(&node));
         const MMatrix matrix = node.local_matrix() * above;
         if (node.as_mesh() != nullptr)
             add(static_cast<graph::MeshNode&>(node), matrix);

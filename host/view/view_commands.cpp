@@ -1,12 +1,8 @@
 #include "host/view/view_commands.h"
 
+#include "host/io/write_file.h"
 #include "host/script/flags.h"
 #include "host/view/scene_shapes.h"
-
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <unistd.h>
 
 namespace host {
 
@@ -114,21 +110,6 @@ Value model_editor(Invocation& call, PictureStudio& studio) {
     return Value();
 }
 
-/// Writes a file atomically: to a temporary name, then renames.
-bool write_whole(const std::string& path, const std::string& bytes) {
-    const std::string draft = path + ".tmp." + std::to_string(getpid());
-    std::ofstream out(draft, std::ios::binary);
-    out << bytes;
-    out.close();
-    std::error_code failure;
-    if (out)
-        std::filesystem::rename(draft, path, failure);
-    if (out && !failure)
-        return true;
-    std::filesystem::remove(draft, failure);
-    return false;
-}
-
 Value panel_picture(Invocation& call, PictureStudio& studio) {
     static const FlagTable table = {
         {"p", "panel", "s"}, {"w", "width", "i"}, {"h", "height", "i"}, {"s", "samples", "i"}};
@@ -148,7 +129,7 @@ Value panel_picture(Invocation& call, PictureStudio& studio) {
     if (!pictures || !pictures->take(request, picture, error))
         throw ScriptFault("panelPicture: " + error + ".");
     const std::string path = flags.names()[0], bytes = png_of(picture);
-    if (bytes.empty() || !write_whole(path, bytes))
+    if (bytes.empty() || !write_file(path, bytes))
         throw ScriptFault("panelPicture: \"" + path + "\" cannot be written.");
     return path;
 }

@@ -52,7 +52,7 @@ protected:
 
     Node& node() { return plug(shape_, "inMesh").source()->node(); }
     std::string shows(Node& node, const char* attribute) {
-        const Value& value = plug(node, attribute).value;
+        const PlugValue& value = plug(node, attribute).value;
         if (value.kind() == ValueKind::text)
             return value.as_text().asChar();
         char text[32];

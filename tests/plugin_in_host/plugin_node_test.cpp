@@ -114,7 +114,7 @@ TEST_P(PluginAttributeTest, AffectsTheOutputAsListed) {
         Node& maker = add("polyCube");
         connect(maker, "output", node, "inMesh");
     } else if (std::string(row.type) == "string") {
-        EXPECT_EQ(set_value(plug(node, row.long_name), Value::of_text("text")), MS::kSuccess);
+        EXPECT_EQ(set_value(plug(node, row.long_name), PlugValue::of_text("text")), MS::kSuccess);
     } else {
         set(node, row.long_name, 1.0);
     }
@@ -145,7 +145,7 @@ TEST_F(PluginNodeTest, TheFirstPassWithoutVisualizationOnlyDetachesAndTheSecondU
     Node& maker = add("polyCube");
     Node& node = add("tessora_node");
     connect(maker, "output", node, "inMesh");
-    EXPECT_EQ(set_value(plug(node, "UV_Set"), Value::of_text("map1")), MS::kSuccess);
+    EXPECT_EQ(set_value(plug(node, "UV_Set"), PlugValue::of_text("map1")), MS::kSuccess);
     EXPECT_EQ(pull_mesh(node), MS::kSuccess);
     EXPECT_EQ(plug(node, "outMesh").value.as_data(), nullptr);
     EXPECT_EQ(unwraps(), 0u);
@@ -264,7 +264,7 @@ TEST_F(PluginNodeTest, TheInputMeshKeepsItsUvs) {
 
 TEST_F(PluginNodeTest, AnUnknownMeshPathStillAttachesTheOverlay) {
     Node& node = unwrapped();
-    EXPECT_EQ(set_value(plug(node, "Mesh_path"), Value::of_text("|no|where")), MS::kSuccess);
+    EXPECT_EQ(set_value(plug(node, "Mesh_path"), PlugValue::of_text("|no|where")), MS::kSuccess);
     shown(*shape_);
     EXPECT_EQ(callbacks_attached(), 4u);
     EXPECT_EQ(unwraps(), 1u);
@@ -393,7 +393,7 @@ TEST_F(PluginNodeTest, FailingToPublishResultsIsIgnored) {
 
 TEST_F(PluginNodeTest, AFailingUnwrapCleansTheOutputAndPublishesNoResults) {
     Node& node = unwrapped();
-    EXPECT_EQ(set_value(plug(node, "UV_Set"), Value::of_text("unwrap")), MS::kSuccess);
+    EXPECT_EQ(set_value(plug(node, "UV_Set"), PlugValue::of_text("unwrap")), MS::kSuccess);
     faultpoint::Scope scope("MFnMesh::createUVSetDataMesh", MS::kLicenseFailure);
     errors_of([&] { EXPECT_FALSE(pull_mesh(node)); });
     EXPECT_EQ(unwraps(), 0u);

@@ -1,5 +1,5 @@
 // Loading and unloading while the scene contains unwraps.
-#include "host/graph/commands.h"
+#include "host/graph/command_registry.h"
 #include "host/ui/menus.h"
 #include "tests/plugin_in_host/fixture.h"
 

@@ -226,7 +226,7 @@ TEST_P(SceneWalkTest, UndoAndRedoVisitTheSameScenes) {
             done.push_back(undone.back());
             undone.pop_back();
         } else if (kind == 4) {
-            for (const auto& node : std::vector<host::graph::Ref<host::graph::Node>>(scene.nodes()))
+            for (const auto& node : std::vector<host::Ref<host::graph::Node>>(scene.nodes()))
                 if (node->as_mesh() != nullptr)
                     node->as_mesh()->refresh(); // fails if the source node has no output yet
         } else {

@@ -133,14 +133,14 @@ TEST_F(EvaluationTest, NumbersAreConvertedToTheAttributesType) {
 
 TEST_F(EvaluationTest, TextIsNotConvertedToNumbers) {
     Node& node = add("scaleNode");
-    EXPECT_EQ(set_value(plug(node, "input"), Value::of_text("4")), MS::kInvalidParameter);
+    EXPECT_EQ(set_value(plug(node, "input"), PlugValue::of_text("4")), MS::kInvalidParameter);
     EXPECT_EQ(pull(node, "input"), 1.0);
 }
 
 TEST_F(EvaluationTest, ANonWritablePlugRejectsValuesAndConnections) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
-    EXPECT_EQ(set_value(plug(first, "result"), Value::of_double(1)), MS::kFailure);
+    EXPECT_EQ(set_value(plug(first, "result"), PlugValue::of_double(1)), MS::kFailure);
     EXPECT_EQ(scene.connect(plug(second, "other"), plug(first, "result")), MS::kFailure);
 }
 
@@ -148,7 +148,7 @@ TEST_F(EvaluationTest, ALockedPlugRejectsValuesAndConnections) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     plug(first, "input").locked = true;
-    EXPECT_EQ(set_value(plug(first, "input"), Value::of_double(1)), MS::kFailure);
+    EXPECT_EQ(set_value(plug(first, "input"), PlugValue::of_double(1)), MS::kFailure);
     EXPECT_EQ(scene.connect(plug(second, "result"), plug(first, "input")), MS::kFailure);
 }
 
@@ -156,7 +156,7 @@ TEST_F(EvaluationTest, AConnectedPlugRejectsValuesAndFurtherConnections) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     connect(first, "result", second, "input");
-    EXPECT_EQ(set_value(plug(second, "input"), Value::of_double(1)), MS::kFailure);
+    EXPECT_EQ(set_value(plug(second, "input"), PlugValue::of_double(1)), MS::kFailure);
     EXPECT_EQ(scene.connect(plug(first, "other"), plug(second, "input")), MS::kFailure);
 }
 

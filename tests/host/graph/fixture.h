@@ -108,7 +108,7 @@ protected:
         return slot.value.number();
     }
     void set(Node& node, const char* path, double number) {
-        EXPECT_EQ(set_value(plug(node, path), Value::of_double(number)), MS::kSuccess) << path;
+        EXPECT_EQ(set_value(plug(node, path), PlugValue::of_double(number)), MS::kSuccess) << path;
     }
     void connect(Node& from, const char* source, Node& to, const char* destination) {
         EXPECT_EQ(scene.connect(plug(from, source), plug(to, destination)), MS::kSuccess);

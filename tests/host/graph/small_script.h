@@ -2,7 +2,7 @@
 /// plug-ins send.
 #pragma once
 
-#include "host/graph/commands.h"
+#include "host/graph/command_registry.h"
 #include "host/graph/scene.h"
 #include "host/graph/script_host.h"
 #include "host/graph/undo.h"
@@ -90,7 +90,7 @@ private:
             Slot& plug = *found.front().plug;
             if (name == "dgeval")
                 return evaluate(plug);
-            return scene.perform(set_value_edit(plug, Value::of_double(std::stod(words[2]))));
+            return scene.perform(set_value_edit(plug, PlugValue::of_double(std::stod(words[2]))));
         }
         if (Commands::current().knows(name))
             return Commands::current().run(name, {words.begin() + 1, words.end()}, result);

@@ -17,8 +17,8 @@ TEST_F(UndoTest, OneStatementIsOneEntry) {
     Node& node = add("scaleNode");
     {
         UndoFrame frame("two settings");
-        scene.perform(set_value_edit(plug(node, "input"), Value::of_double(4)));
-        scene.perform(set_value_edit(plug(node, "factor"), Value::of_double(5)));
+        scene.perform(set_value_edit(plug(node, "input"), PlugValue::of_double(4)));
+        scene.perform(set_value_edit(plug(node, "factor"), PlugValue::of_double(5)));
     }
     EXPECT_EQ(undo.undo_name(), "two settings");
     EXPECT_EQ(undo.undo(), MS::kSuccess);
@@ -32,7 +32,7 @@ TEST_F(UndoTest, NestedFramesBecomePartOfTheOutermost) {
     {
         UndoFrame outer("outer");
         UndoFrame inner("inner");
-        scene.perform(set_value_edit(plug(node, "input"), Value::of_double(4)));
+        scene.perform(set_value_edit(plug(node, "input"), PlugValue::of_double(4)));
     }
     EXPECT_EQ(undo.names(), std::vector<std::string>{"outer"});
 }
@@ -41,7 +41,7 @@ TEST_F(UndoTest, AFrameThatDoesNotRecordLeavesNoEntry) {
     Node& node = add("scaleNode");
     {
         UndoFrame frame("quiet", false);
-        scene.perform(set_value_edit(plug(node, "input"), Value::of_double(4)));
+        scene.perform(set_value_edit(plug(node, "input"), PlugValue::of_double(4)));
     }
     EXPECT_EQ(undo.undo_count(), 0u);
     EXPECT_EQ(undo.undo(), MS::kFailure);
@@ -52,12 +52,12 @@ TEST_F(UndoTest, ANewEntryClearsTheRedoList) {
     Node& node = add("scaleNode");
     for (const double value : {4.0, 5.0}) {
         UndoFrame frame("set");
-        scene.perform(set_value_edit(plug(node, "input"), Value::of_double(value)));
+        scene.perform(set_value_edit(plug(node, "input"), PlugValue::of_double(value)));
     }
     undo.undo();
     {
         UndoFrame frame("other");
-        scene.perform(set_value_edit(plug(node, "factor"), Value::of_double(1)));
+        scene.perform(set_value_edit(plug(node, "factor"), PlugValue::of_double(1)));
     }
     EXPECT_EQ(undo.redo_count(), 0u);
     EXPECT_EQ(undo.redo(), MS::kFailure);
@@ -68,7 +68,7 @@ TEST_F(UndoTest, TheOldestEntriesAreDroppedAtTheLimit) {
     undo.set_limit(2);
     for (int i = 0; i < 5; ++i) {
         UndoFrame frame(std::to_string(i));
-        scene.perform(set_value_edit(plug(node, "input"), Value::of_double(i)));
+        scene.perform(set_value_edit(plug(node, "input"), PlugValue::of_double(i)));
     }
     EXPECT_EQ(undo.names(), (std::vector<std::string>{"3", "4"}));
     undo.set_limit(0);
@@ -79,7 +79,7 @@ TEST_F(UndoTest, WhenDisabledItRecordsNothing) {
     undo.set_enabled(false);
     {
         UndoFrame frame("set");
-        scene.perform(set_value_edit(plug(node, "input"), Value::of_double(3)));
+        scene.perform(set_value_edit(plug(node, "input"), PlugValue::of_double(3)));
     }
     undo.set_enabled(true);
     EXPECT_EQ(undo.undo_count(), 0u);
@@ -283,7 +283,7 @@ bool RandomWalk::step(Model& model) {
         const double value = double(random() % 8) - 3.0;
         const bool is_input = kind == 1;
         Slot& slot = plug(*nodes[size_t(a)], is_input ? "input" : "factor");
-        const MStatus status = scene.perform(set_value_edit(slot, Value::of_double(value)));
+        const MStatus status = scene.perform(set_value_edit(slot, PlugValue::of_double(value)));
         EXPECT_EQ(bool(status), !is_input || model.nodes[a].source < 0);
         if (status)
             (is_input ? model.nodes[a].input : model.nodes[a].factor) = value;

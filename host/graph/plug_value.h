@@ -2,8 +2,8 @@
 ///
 /// Numbers keep their type, because data handles return references to them: a float attribute
 /// stores a float. Only `assign_number` converts between number types. Data objects are shared:
-/// copying a Value that holds a mesh copies a handle. `deep_copy` makes an independent copy; for
-/// meshes this is cheap, because their storage is shared until written.
+/// copying a PlugValue that holds a mesh copies a handle. `deep_copy` makes an independent copy;
+/// for meshes this is cheap, because their storage is shared until written.
 #pragma once
 
 #include "host/base/ref.h"
@@ -15,25 +15,25 @@ namespace host::graph {
 
 enum class ValueKind : uint8_t { none, boolean, byte, short_, integer, real32, real64, text, data };
 
-class MHOST_EXPORT Value {
+class MHOST_EXPORT PlugValue {
 public:
-    Value() : integer_(0) {}
-    Value(const Value& other);
-    Value(Value&& other) noexcept;
-    Value& operator=(const Value& other);
-    Value& operator=(Value&& other) noexcept;
-    ~Value() { reset(); }
+    PlugValue() : integer_(0) {}
+    PlugValue(const PlugValue& other);
+    PlugValue(PlugValue&& other) noexcept;
+    PlugValue& operator=(const PlugValue& other);
+    PlugValue& operator=(PlugValue&& other) noexcept;
+    ~PlugValue() { reset(); }
 
-    static Value of_bool(bool v);
-    static Value of_byte(char v);
-    static Value of_short(short v);
-    static Value of_int(int32_t v);
-    static Value of_float(float v);
-    static Value of_double(double v);
-    static Value of_text(const MString& v);
-    static Value of_data(Object* v);
+    static PlugValue of_bool(bool v);
+    static PlugValue of_byte(char v);
+    static PlugValue of_short(short v);
+    static PlugValue of_int(int32_t v);
+    static PlugValue of_float(float v);
+    static PlugValue of_double(double v);
+    static PlugValue of_text(const MString& v);
+    static PlugValue of_data(Object* v);
     /// The zero of a kind: false, 0, "", or no object.
-    static Value zero(ValueKind kind);
+    static PlugValue zero(ValueKind kind);
 
     ValueKind kind() const { return kind_; }
     bool is_none() const { return kind_ == ValueKind::none; }
@@ -58,15 +58,15 @@ public:
 
     /// Bitwise equality: same kind and same content. Data objects are equal if they are the same
     /// object.
-    bool same_bits(const Value& other) const;
+    bool same_bits(const PlugValue& other) const;
     /// Returns a copy that shares no data object with this value.
-    Value deep_copy() const;
+    PlugValue deep_copy() const;
     void reset();
 
 private:
     template <class T>
-    static Value of(ValueKind kind, T Value::*member, T v) {
-        Value value = zero(kind);
+    static PlugValue of(ValueKind kind, T PlugValue::*member, T v) {
+        PlugValue value = zero(kind);
         value.*member = v;
         return value;
     }

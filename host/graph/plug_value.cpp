@@ -1,4 +1,4 @@
-#include "host/graph/value.h"
+#include "host/graph/plug_value.h"
 
 #include "host/graph/data.h"
 
@@ -23,7 +23,7 @@ T clamped(double number) {
 
 } // namespace
 
-Value::Value(const Value& other) : kind_(other.kind_), integer_(0) {
+PlugValue::PlugValue(const PlugValue& other) : kind_(other.kind_), integer_(0) {
     switch (kind_) {
     case ValueKind::text:
         text_ = new MString(*other.text_);
@@ -38,18 +38,18 @@ Value::Value(const Value& other) : kind_(other.kind_), integer_(0) {
     }
 }
 
-Value::Value(Value&& other) noexcept : kind_(other.kind_), integer_(0) {
+PlugValue::PlugValue(PlugValue&& other) noexcept : kind_(other.kind_), integer_(0) {
     std::memcpy(&real64_, &other.real64_, sizeof(real64_));
     other.kind_ = ValueKind::none;
 }
 
-Value& Value::operator=(const Value& other) {
+PlugValue& PlugValue::operator=(const PlugValue& other) {
     if (this != &other)
-        *this = Value(other);
+        *this = PlugValue(other);
     return *this;
 }
 
-Value& Value::operator=(Value&& other) noexcept {
+PlugValue& PlugValue::operator=(PlugValue&& other) noexcept {
     if (this != &other) {
         reset();
         kind_ = other.kind_;
@@ -59,7 +59,7 @@ Value& Value::operator=(Value&& other) noexcept {
     return *this;
 }
 
-void Value::reset() {
+void PlugValue::reset() {
     if (kind_ == ValueKind::text)
         delete text_;
     else if (kind_ == ValueKind::data)
@@ -68,8 +68,8 @@ void Value::reset() {
     real64_ = 0;
 }
 
-Value Value::zero(ValueKind kind) {
-    Value value;
+PlugValue PlugValue::zero(ValueKind kind) {
+    PlugValue value;
     value.real64_ = 0;
     if (kind == ValueKind::text)
         value.text_ = new MString;
@@ -77,21 +77,21 @@ Value Value::zero(ValueKind kind) {
     return value;
 }
 
-Value Value::of_bool(bool v) { return of(ValueKind::boolean, &Value::boolean_, v); }
-Value Value::of_byte(char v) { return of(ValueKind::byte, &Value::byte_, v); }
-Value Value::of_short(short v) { return of(ValueKind::short_, &Value::short_, v); }
-Value Value::of_int(int32_t v) { return of(ValueKind::integer, &Value::integer_, v); }
-Value Value::of_float(float v) { return of(ValueKind::real32, &Value::real32_, v); }
-Value Value::of_double(double v) { return of(ValueKind::real64, &Value::real64_, v); }
+PlugValue PlugValue::of_bool(bool v) { return of(ValueKind::boolean, &PlugValue::boolean_, v); }
+PlugValue PlugValue::of_byte(char v) { return of(ValueKind::byte, &PlugValue::byte_, v); }
+PlugValue PlugValue::of_short(short v) { return of(ValueKind::short_, &PlugValue::short_, v); }
+PlugValue PlugValue::of_int(int32_t v) { return of(ValueKind::integer, &PlugValue::integer_, v); }
+PlugValue PlugValue::of_float(float v) { return of(ValueKind::real32, &PlugValue::real32_, v); }
+PlugValue PlugValue::of_double(double v) { return of(ValueKind::real64, &PlugValue::real64_, v); }
 
-Value Value::of_text(const MString& v) {
-    Value value = zero(ValueKind::text);
+PlugValue PlugValue::of_text(const MString& v) {
+    PlugValue value = zero(ValueKind::text);
     *value.text_ = v;
     return value;
 }
 
-Value Value::of_data(Object* v) {
-    Value value;
+PlugValue PlugValue::of_data(Object* v) {
+    PlugValue value;
     if (v != nullptr) {
         v->retain();
         value.data_ = v;
@@ -100,7 +100,7 @@ Value Value::of_data(Object* v) {
     return value;
 }
 
-double Value::number() const {
+double PlugValue::number() const {
     switch (kind_) {
     case ValueKind::boolean:
         return boolean_ ? 1.0 : 0.0;
@@ -119,7 +119,7 @@ double Value::number() const {
     }
 }
 
-bool Value::assign_number(double number) {
+bool PlugValue::assign_number(double number) {
     switch (kind_) {
     case ValueKind::boolean:
         boolean_ = number != 0.0;
@@ -144,7 +144,7 @@ bool Value::assign_number(double number) {
     }
 }
 
-bool Value::same_bits(const Value& other) const {
+bool PlugValue::same_bits(const PlugValue& other) const {
     if (kind_ != other.kind_)
         return false;
     switch (kind_) {
@@ -170,9 +170,9 @@ bool Value::same_bits(const Value& other) const {
     return false;
 }
 
-Value Value::deep_copy() const {
+PlugValue PlugValue::deep_copy() const {
     if (kind_ == ValueKind::data)
-        return Value::of_data(copy_of_data(*data_).get());
+        return PlugValue::of_data(copy_of_data(*data_).get());
     return *this;
 }
 

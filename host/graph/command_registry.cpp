@@ -1,4 +1,4 @@
-#include "host/graph/commands.h"
+#include "host/graph/command_registry.h"
 
 #include "host/graph/undo.h"
 

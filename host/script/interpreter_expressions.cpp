@@ -144,7 +144,7 @@ Value apply(const std::string& op, const Value& left, const Value& right) {
     return apply_reals(op[0], left.to_real(), right.to_real());
 }
 
-Value Interpreter::evaluate(const Node& node) {
+Value Interpreter::evaluate(const SyntaxNode& node) {
     try {
         return evaluate_kind(node);
     } catch (const ScriptFault& fault) {
@@ -152,81 +152,92 @@ Value Interpreter::evaluate(const Node& node) {
     }
 }
 
-Value Interpreter::evaluate_kind(const Node& node) {
+Value Interpreter::evaluate_kind(const SyntaxNode& node) {
     switch (node.kind) {
-    case Kind::literal:
+    case SyntaxKind::literal:
         return node.value;
-    case Kind::variable:
+    case SyntaxKind::variable:
         return variable(node.text).value;
-    case Kind::element:
+    case SyntaxKind::element:
         return evaluate_element(node);
-    case Kind::component: {
-        const Vector v = evaluate(*node.kids[0]).to_vector();
-        return node.text == "x" ? v.x : node.text == "y" ? v.y : v.z;
+    case SyntaxKind::component:
+        return evaluate_component(node);
+    case SyntaxKind::unary:
+        return evaluate_unary(node);
+    case SyntaxKind::binary: {
+        const Value left = evaluate(node[part::left]);
+        return apply(node.text, left, evaluate(node[part::right]));
     }
-    case Kind::unary: {
-        const Value value = evaluate(*node.kids[0]);
-        if (node.text == "!")
-            return !value.truth();
-        if (value.is_string())
-            throw ScriptFault("No operator \"-\" for a string.");
-        return apply("*", value, Value(int32_t(-1)));
-    }
-    case Kind::binary: {
-        const Value left = evaluate(*node.kids[0]);
-        return apply(node.text, left, evaluate(*node.kids[1]));
-    }
-    case Kind::logical: {
-        const bool left = evaluate(*node.kids[0]).truth();
-        if (left == (node.text == "||"))
-            return left;
-        return evaluate(*node.kids[1]).truth();
-    }
-    case Kind::conditional:
-        return evaluate(*node.kids[evaluate(*node.kids[0]).truth() ? 1 : 2]);
-    case Kind::assign:
+    case SyntaxKind::logical:
+        return evaluate_logical(node);
+    case SyntaxKind::conditional:
+        return evaluate(
+            node[evaluate(node[part::condition]).truth() ? part::then : part::otherwise]);
+    case SyntaxKind::assign:
         return evaluate_assign(node);
-    case Kind::increment:
+    case SyntaxKind::increment:
         return evaluate_increment(node);
-    case Kind::cast:
-        return evaluate(*node.kids[0]).converted(node.type);
-    case Kind::array:
+    case SyntaxKind::cast:
+        return evaluate(node[part::operand]).converted(node.type);
+    case SyntaxKind::array:
         return evaluate_array(node);
-    case Kind::vector:
-    case Kind::matrix:
+    case SyntaxKind::vector:
+    case SyntaxKind::matrix:
         return evaluate_vector(node);
-    case Kind::call:
+    case SyntaxKind::call:
         return call_node(node);
-    case Kind::catcher:
+    case SyntaxKind::catch_:
         return evaluate_catch(node);
     default:
         throw ScriptFault("This cannot stand in an expression.");
     }
 }
 
-Value Interpreter::evaluate_element(const Node& node) {
-    const Value array = evaluate(*node.kids[0]);
-    const int32_t index = evaluate(*node.kids[1]).to_int();
+Value Interpreter::evaluate_component(const SyntaxNode& node) {
+    const Vector v = evaluate(node[part::base]).to_vector();
+    return node.text == "x" ? v.x : node.text == "y" ? v.y : v.z;
+}
+
+Value Interpreter::evaluate_unary(const SyntaxNode& node) {
+    const Value value = evaluate(node[part::operand]);
+    if (node.text == "!")
+        return !value.truth();
+    if (value.is_string())
+        throw ScriptFault("No operator \"-\" for a string.");
+    return apply("*", value, Value(int32_t(-1)));
+}
+
+/// The right operand is evaluated only if the left one does not decide.
+Value Interpreter::evaluate_logical(const SyntaxNode& node) {
+    const bool left = evaluate(node[part::left]).truth();
+    if (left == (node.text == "||"))
+        return left;
+    return evaluate(node[part::right]).truth();
+}
+
+Value Interpreter::evaluate_element(const SyntaxNode& node) {
+    const Value array = evaluate(node[part::base]);
+    const int32_t index = evaluate(node[part::index]).to_int();
     if (array.type().basic == Basic::matrix && !array.type().array) {
-        if (node.kids.size() != 3)
+        if (!node.has(part::column))
             throw ScriptFault("A matrix needs a row and a column.");
-        const int32_t column = evaluate(*node.kids[2]).to_int();
+        const int32_t column = evaluate(node[part::column]).to_int();
         const Matrix& matrix = array.as<Matrix>();
         if (index < 0 || column < 0 || uint32_t(index) >= matrix.rows ||
             uint32_t(column) >= matrix.columns)
             throw ScriptFault("Matrix index out of range.");
         return matrix.cells[size_t(index) * matrix.columns + size_t(column)];
     }
-    if (!array.type().array || node.kids.size() != 2)
+    if (!array.type().array || node.has(part::column))
         throw ScriptFault("A " + to_text(array.type()) + " cannot be indexed like this.");
     return array.element(index);
 }
 
-Value Interpreter::evaluate_array(const Node& node) {
+Value Interpreter::evaluate_array(const SyntaxNode& node) {
     std::vector<Value> values;
     Basic widest = Basic::integer;
-    for (const NodePtr& kid : node.kids) {
-        values.push_back(evaluate(*kid));
+    for (const SyntaxNodePtr& element : node.items) {
+        values.push_back(evaluate(*element));
         const Type type = values.back().type();
         if (type.array || type.basic == Basic::matrix || type.basic == Basic::none)
             throw ScriptFault("An array cannot hold a " + to_text(type) + ".");
@@ -239,11 +250,11 @@ Value Interpreter::evaluate_array(const Node& node) {
     return array;
 }
 
-Value Interpreter::evaluate_vector(const Node& node) {
+Value Interpreter::evaluate_vector(const SyntaxNode& node) {
     std::vector<double> cells;
-    for (const NodePtr& kid : node.kids)
-        cells.push_back(evaluate(*kid).to_real());
-    if (node.kind == Kind::vector)
+    for (const SyntaxNodePtr& cell : node.items)
+        cells.push_back(evaluate(*cell).to_real());
+    if (node.kind == SyntaxKind::vector)
         return Vector{cells[0], cells[1], cells[2]};
     Matrix matrix;
     matrix.columns = node.count;
@@ -252,16 +263,16 @@ Value Interpreter::evaluate_vector(const Node& node) {
     return matrix;
 }
 
-Value Interpreter::evaluate_assign(const Node& node) {
-    const Node& target = *node.kids[0];
-    Value value = evaluate(*node.kids[1]);
+Value Interpreter::evaluate_assign(const SyntaxNode& node) {
+    const SyntaxNode& target = node[part::target];
+    Value value = evaluate(node[part::assigned]);
     if (value.is_none())
         throw ScriptFault("There is no value to assign.");
     if (node.text == "=") {
         store(target, value);
         return value;
     }
-    if (target.kind == Kind::variable && node.text == "+=") {
+    if (target.kind == SyntaxKind::variable && node.text == "+=") {
         Variable& found = variable(target.text);
         if (found.value.is_string()) { // in place, or building a text would be quadratic
             found.value.text() += value.to_string();
@@ -273,8 +284,8 @@ Value Interpreter::evaluate_assign(const Node& node) {
     return result;
 }
 
-Value Interpreter::evaluate_increment(const Node& node) {
-    const Node& target = *node.kids[0];
+Value Interpreter::evaluate_increment(const SyntaxNode& node) {
+    const SyntaxNode& target = node[part::target];
     const Value before = evaluate(target);
     if (!before.is_number())
         throw ScriptFault("Only a number can be counted up or down.");
@@ -283,12 +294,12 @@ Value Interpreter::evaluate_increment(const Node& node) {
     return node.flag ? before : after;
 }
 
-Value Interpreter::evaluate_catch(const Node& node) {
+Value Interpreter::evaluate_catch(const SyntaxNode& node) {
     Frame* const frame = frame_;
     const int depth = depth_;
     const size_t scopes = frame->scopes.size();
     try {
-        evaluate(*node.kids[0]);
+        evaluate(node[part::operand]);
         return int32_t(0);
     } catch (const ScriptError& error) {
         frame_ = frame;
@@ -302,13 +313,21 @@ Value Interpreter::evaluate_catch(const Node& node) {
 
 Interpreter::VariablePtr Interpreter::find_variable(const std::string& name) const {
     for (auto scope = frame_->scopes.rbegin(); scope != frame_->scopes.rend(); ++scope)
-        for (const auto& entry : *scope)
-            if (entry.first == name)
-                return entry.second;
-    if (!frame_->top)
-        return nullptr;
+        if (VariablePtr found = find_in(*scope, name))
+            return found;
+    return frame_->top ? find_global(name) : nullptr;
+}
+
+Interpreter::VariablePtr Interpreter::find_global(const std::string& name) const {
     const auto global = globals_.find(name);
     return global == globals_.end() ? nullptr : global->second;
+}
+
+Interpreter::VariablePtr Interpreter::find_in(const Scope& scope, const std::string& name) {
+    for (const auto& entry : scope)
+        if (entry.first == name)
+            return entry.second;
+    return nullptr;
 }
 
 Interpreter::Variable& Interpreter::variable(const std::string& name) const {
@@ -327,17 +346,17 @@ Interpreter::Variable& Interpreter::new_variable(const std::string& name, Type t
     return *made;
 }
 
-void Interpreter::store(const Node& target, const Value& value) {
-    if (target.kind != Kind::variable)
+void Interpreter::store(const SyntaxNode& target, const Value& value) {
+    if (target.kind != SyntaxKind::variable)
         return store_element(target, value);
     const VariablePtr found = find_variable(target.text);
     Variable& variable = found ? *found : new_variable(target.text, value.type());
     variable.value = value.converted(variable.type);
 }
 
-void Interpreter::store_element(const Node& target, const Value& value) {
-    const std::string& name = target.kids[0]->text;
-    if (target.kind == Kind::component) {
+void Interpreter::store_element(const SyntaxNode& target, const Value& value) {
+    const std::string& name = target[part::base].text;
+    if (target.kind == SyntaxKind::component) {
         Variable& found = variable(name);
         if (found.type != Type{Basic::vector, false})
             throw ScriptFault("\"$" + name + "\" is not a vector.");
@@ -346,9 +365,9 @@ void Interpreter::store_element(const Node& target, const Value& value) {
         found.value = Value(v);
         return;
     }
-    const int32_t index = evaluate(*target.kids[1]).to_int();
-    if (target.kids.size() == 3) {
-        const int32_t column = evaluate(*target.kids[2]).to_int();
+    const int32_t index = evaluate(target[part::index]).to_int();
+    if (target.has(part::column)) {
+        const int32_t column = evaluate(target[part::column]).to_int();
         Variable& found = variable(name);
         if (found.type.basic != Basic::matrix)
             throw ScriptFault("\"$" + name + "\" is not a matrix.");
