@@ -202,6 +202,27 @@ Ref<Attribute> make_attribute(const Flags& flags, const std::string& long_name,
     throw ScriptFault("addAttr: The attribute type \"" + number + "\" is not known.");
 }
 
+void apply_flags(Attribute& attribute, const Flags& flags) {
+    if (flags.has("defaultValue")) {
+        graph::PlugValue value = attribute.default_value();
+        if (!value.assign_number(flags.real("defaultValue", 0.0)))
+            throw ScriptFault("addAttr: -defaultValue is for numbers.");
+        attribute.set_default(value);
+    }
+    if (flags.has("minValue"))
+        attribute.minimum = flags.real("minValue", 0.0);
+    if (flags.has("maxValue"))
+        attribute.maximum = flags.real("maxValue", 0.0);
+    attribute.flags.keyable = flags.boolean("keyable", false);
+    attribute.flags.hidden = flags.boolean("hidden", false);
+    attribute.flags.cached = flags.boolean("cachedInternally", true);
+    attribute.flags.storable = flags.boolean("storable", true);
+    attribute.flags.writable = flags.boolean("writable", true);
+    attribute.flags.readable = flags.boolean("readable", true);
+    attribute.flags.array = flags.has("multi");
+    attribute.dynamic = true;
+}
+
 Value add_attribute(Invocation& call) {
     static const FlagTable table = {{"ln", "longName", "s"},
                                     {"sn", "shortName", "s"},
@@ -226,24 +247,7 @@ Value add_attribute(Invocation& call) {
         throw ScriptFault("addAttr: \"" + long_name + "\" is not a legal name.");
     for (const graph::SelectionItem& item : items_named(flags.names())) {
         const Ref<Attribute> attribute = make_attribute(flags, long_name, short_name);
-        if (flags.has("defaultValue")) {
-            graph::PlugValue value = attribute->default_value();
-            if (!value.assign_number(flags.real("defaultValue", 0.0)))
-                throw ScriptFault("addAttr: -defaultValue is for numbers.");
-            attribute->set_default(value);
-        }
-        if (flags.has("minValue"))
-            attribute->minimum = flags.real("minValue", 0.0);
-        if (flags.has("maxValue"))
-            attribute->maximum = flags.real("maxValue", 0.0);
-        attribute->flags.keyable = flags.boolean("keyable", false);
-        attribute->flags.hidden = flags.boolean("hidden", false);
-        attribute->flags.cached = flags.boolean("cachedInternally", true);
-        attribute->flags.storable = flags.boolean("storable", true);
-        attribute->flags.writable = flags.boolean("writable", true);
-        attribute->flags.readable = flags.boolean("readable", true);
-        attribute->flags.array = flags.has("multi");
-        attribute->dynamic = true;
+        apply_flags(*attribute, flags);
         perform(graph::add_attribute_edit(*item.node, attribute), "addAttr",
                 name_of(*item.node) + "." + long_name);
     }

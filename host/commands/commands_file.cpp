@@ -163,6 +163,30 @@ Value query(const Flags& flags) {
     return scene_file();
 }
 
+/// Returns the name of the new transform, or the path of a scene.
+std::string import_file(Invocation& call, const Flags& flags, const std::string& path) {
+    if (format_of(flags, path) == Format::obj)
+        return add_obj(read_obj(path), path);
+    read_scene_file(call, path);
+    return path;
+}
+
+/// Throws if the command would discard unsaved changes and -force is not given.
+void require_saved(const Flags& flags) {
+    const bool discards = flags.has("newFile") || flags.has("open");
+    if (discards && Scene::current().is_modified && !flags.has("force"))
+        throw ScriptFault("file: There are unsaved changes; save them or use -force.");
+}
+
+void export_file(const Flags& flags, const std::string& path) {
+    if (format_of(flags, path) == Format::obj)
+        export_obj(path, flags.has("exportSelected"));
+    else if (flags.has("exportSelected"))
+        throw ScriptFault("file: Selected objects are exported as OBJ; a scene is saved whole.");
+    else
+        write(path, write_scene(std::filesystem::path(path).filename().string()));
+}
+
 Value file(Invocation& call) {
     static const FlagTable table = {{"new", "newFile"},
                                     {"o", "open"},
@@ -180,9 +204,7 @@ Value file(Invocation& call) {
         return query(flags);
     if (flags.has("rename"))
         scene_file() = flags.text("rename", "");
-    const bool discards = flags.has("newFile") || flags.has("open");
-    if (discards && Scene::current().is_modified && !flags.has("force"))
-        throw ScriptFault("file: There are unsaved changes; save them or use -force.");
+    require_saved(flags);
     if (flags.has("newFile")) {
         flags.require_operands(0, 0);
         new_scene();
@@ -197,17 +219,9 @@ Value file(Invocation& call) {
     if (flags.has("open")) {
         open_file(call, flags, path);
     } else if (flags.has("import")) {
-        if (format_of(flags, path) == Format::obj)
-            return add_obj(read_obj(path), path);
-        read_scene_file(call, path);
+        return import_file(call, flags, path);
     } else if (flags.has("exportAll") || flags.has("exportSelected")) {
-        if (format_of(flags, path) == Format::obj)
-            export_obj(path, flags.has("exportSelected"));
-        else if (flags.has("exportSelected"))
-            throw ScriptFault(
-                "file: Selected objects are exported as OBJ; a scene is saved whole.");
-        else
-            write(path, write_scene(std::filesystem::path(path).filename().string()));
+        export_file(flags, path);
     } else {
         throw ScriptFault("file needs -new, -open, -import, -save, -exportAll or -exportSelected.");
     }

@@ -119,19 +119,14 @@ void add_below(DagNode& node, Selection& items) {
         add_below(*child, items);
 }
 
-Value list(Invocation& call) {
-    static const FlagTable table = {{"sl", "selection"},   {"typ", "type", "s"},
-                                    {"l", "long"},         {"s", "shapes"},
-                                    {"dag", "dagObjects"}, {"ni", "noIntermediate"},
-                                    {"o", "objectsOnly"},  {"io", "intermediateObjects"},
-                                    {"tl", "tail", "i"},   {"hd", "head", "i"}};
-    const Flags flags(call, table);
+/// The items that `ls` lists before it filters them.
+Selection candidates(const Flags& flags) {
     graph::Scene& scene = graph::Scene::current();
     Selection items;
     if (flags.has("selection")) {
         items = scene.selection();
     } else if (!flags.operands().empty()) {
-        // A name that matches nothing is no error here: the list just does not have it.
+        // A name without a match is not an error here.
         for (const std::string& name : flags.names()) {
             const Selection found = graph::resolve(name);
             items.insert(items.end(), found.begin(), found.end());
@@ -139,17 +134,27 @@ Value list(Invocation& call) {
     } else {
         for (const auto& node : scene.nodes())
             items.push_back(graph::item_of(*node));
+        return items;
     }
-    if (flags.has("dagObjects") && (flags.has("selection") || !flags.operands().empty())) {
-        Selection below;
-        for (const SelectionItem& item : items)
-            if (DagNode* dag = item.node->as_dag_node())
-                add_below(*dag, below);
-        items = below;
-    }
+    if (!flags.has("dagObjects"))
+        return items;
+    Selection below;
+    for (const SelectionItem& item : items)
+        if (DagNode* dag = item.node->as_dag_node())
+            add_below(*dag, below);
+    return below;
+}
+
+Value list(Invocation& call) {
+    static const FlagTable table = {{"sl", "selection"},   {"typ", "type", "s"},
+                                    {"l", "long"},         {"s", "shapes"},
+                                    {"dag", "dagObjects"}, {"ni", "noIntermediate"},
+                                    {"o", "objectsOnly"},  {"io", "intermediateObjects"},
+                                    {"tl", "tail", "i"},   {"hd", "head", "i"}};
+    const Flags flags(call, table);
     const Filter filter(flags);
     StringArray names;
-    for (SelectionItem item : items) {
+    for (SelectionItem item : candidates(flags)) {
         if (!filter.passes(item))
             continue;
         if (flags.has("objectsOnly"))

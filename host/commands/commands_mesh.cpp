@@ -173,47 +173,54 @@ int32_t triangle_count(const Mesh& mesh) {
     return int32_t(connectivity.corner_count()) - 2 * int32_t(connectivity.polygon_count());
 }
 
+struct MeshCounts {
+    int32_t vertices = 0, edges = 0, faces = 0, triangles = 0, uvs = 0;
+
+    void add(const Mesh& mesh, int uv_set) {
+        vertices += int32_t(mesh.connectivity().vertex_count());
+        edges += int32_t(mesh.connectivity().edge_count());
+        faces += int32_t(mesh.connectivity().polygon_count());
+        triangles += triangle_count(mesh);
+        if (uv_set >= 0)
+            uvs += int32_t(mesh.uv_set(uint32_t(uv_set)).u.size());
+    }
+    /// The count that a flag of polyEvaluate asks for.
+    int32_t of_flag(const std::string& flag) const {
+        return flag == "vertex"     ? vertices
+               : flag == "edge"     ? edges
+               : flag == "face"     ? faces
+               : flag == "triangle" ? triangles
+                                    : uvs;
+    }
+};
+
 Value evaluate_mesh(Invocation& call) {
     static const FlagTable table = {{"v", "vertex"},   {"e", "edge"},
                                     {"f", "face"},     {"t", "triangle"},
                                     {"uv", "uvcoord"}, {"uvs", "uvSetName", "s"}};
     const Flags flags(call, table);
-    int32_t vertices = 0, edges = 0, faces = 0, triangles = 0, uvs = 0;
+    MeshCounts counts;
     const graph::Selection items = items_named(flags.names());
     if (items.empty())
         throw ScriptFault("polyEvaluate: Nothing is named or selected.");
     for (const graph::SelectionItem& item : items) {
         const Mesh& mesh = mesh_of(mesh_node(item, call.name), call.name);
-        vertices += int32_t(mesh.connectivity().vertex_count());
-        edges += int32_t(mesh.connectivity().edge_count());
-        faces += int32_t(mesh.connectivity().polygon_count());
-        triangles += triangle_count(mesh);
-        int set = mesh.current_uv_set();
-        if (flags.has("uvSetName"))
-            set = mesh.find_uv_set(flags.text("uvSetName", "").c_str());
-        if (set >= 0)
-            uvs += int32_t(mesh.uv_set(uint32_t(set)).u.size());
+        counts.add(mesh, flags.has("uvSetName")
+                             ? mesh.find_uv_set(flags.text("uvSetName", "").c_str())
+                             : mesh.current_uv_set());
     }
     IntArray asked;
-    for (const std::string& flag : flags.given()) {
-        if (flag == "vertex")
-            asked.push_back(vertices);
-        if (flag == "edge")
-            asked.push_back(edges);
-        if (flag == "face")
-            asked.push_back(faces);
-        if (flag == "triangle")
-            asked.push_back(triangles);
-        if (flag == "uvcoord")
-            asked.push_back(uvs);
-    }
+    for (const std::string& flag : flags.given())
+        if (flag != "uvSetName")
+            asked.push_back(counts.of_flag(flag));
     if (asked.size() == 1)
         return asked[0];
     if (!asked.empty())
         return asked;
-    return "vertices: " + std::to_string(vertices) + " edges: " + std::to_string(edges) +
-           " faces: " + std::to_string(faces) + " triangles: " + std::to_string(triangles) +
-           " uvs: " + std::to_string(uvs);
+    return "vertices: " + std::to_string(counts.vertices) +
+           " edges: " + std::to_string(counts.edges) + " faces: " + std::to_string(counts.faces) +
+           " triangles: " + std::to_string(counts.triangles) +
+           " uvs: " + std::to_string(counts.uvs);
 }
 
 // --- UV sets ------------------------------------------------------------------------------------
@@ -233,6 +240,49 @@ void change_mesh(graph::MeshNode& node, const std::function<void(Mesh&)>& change
     put_mesh(node, changed, "polyUVSet");
 }
 
+/// The current UV set, or all if the flag asks for them.
+StringArray queried_uv_sets(const Mesh& mesh, const Flags& flags) {
+    StringArray names;
+    for (uint32_t i = 0; i < mesh.uv_set_count(); ++i)
+        if (flags.has("allUVSets") || int(i) == mesh.current_uv_set())
+            names.emplace_back(mesh.uv_set(i).name.asChar());
+    return names;
+}
+
+uint32_t uv_set_named(const Mesh& mesh, const std::string& name) {
+    const int set = mesh.find_uv_set(name.c_str());
+    if (set < 0)
+        throw ScriptFault("polyUVSet: There is no UV set \"" + name + "\".");
+    return uint32_t(set);
+}
+
+/// Does what the flags of polyUVSet say; returns the name of the UV set afterwards.
+std::string edit_uv_set(Mesh& mesh, const Flags& flags) {
+    const std::string name = flags.text("uvSet", "");
+    if (flags.has("create")) {
+        const uint32_t set = mesh.add_uv_set(name.c_str());
+        mesh.edit_uv_set(set).corner_uvs.assign(mesh.connectivity().corner_count(), -1);
+        return mesh.uv_set(set).name.asChar();
+    }
+    if (flags.has("delete")) {
+        if (mesh.uv_set_count() < 2)
+            throw ScriptFault("polyUVSet: The last UV set cannot be deleted.");
+        mesh.remove_uv_set(uv_set_named(mesh, name));
+        return name;
+    }
+    if (flags.has("rename")) {
+        const std::string wanted = flags.text("newUVSet", "");
+        if (wanted.empty() || mesh.find_uv_set(wanted.c_str()) >= 0)
+            throw ScriptFault("polyUVSet: The name \"" + wanted + "\" cannot be given.");
+        mesh.edit_uv_set(uv_set_named(mesh, name)).name = wanted.c_str();
+        return wanted;
+    }
+    if (!flags.has("currentUVSet"))
+        throw ScriptFault("polyUVSet needs -create, -delete, -rename or -currentUVSet.");
+    mesh.set_current_uv_set(int(uv_set_named(mesh, name)));
+    return name;
+}
+
 Value uv_set(Invocation& call) {
     static const FlagTable table = {{"cr", "create"},
                                     {"d", "delete"},
@@ -246,43 +296,10 @@ Value uv_set(Invocation& call) {
     if (items.size() != 1)
         throw ScriptFault("polyUVSet needs one mesh.");
     graph::MeshNode& node = mesh_node(items[0], call.name);
-    if (flags.query()) {
-        const Mesh& mesh = mesh_of(node, call.name);
-        StringArray names;
-        for (uint32_t i = 0; i < mesh.uv_set_count(); ++i)
-            if (flags.has("allUVSets") || int(i) == mesh.current_uv_set())
-                names.emplace_back(mesh.uv_set(i).name.asChar());
-        return names;
-    }
-    const std::string name = flags.text("uvSet", "");
-    const auto position = [&](const Mesh& mesh) {
-        const int set = mesh.find_uv_set(name.c_str());
-        if (set < 0)
-            throw ScriptFault("polyUVSet: There is no UV set \"" + name + "\".");
-        return uint32_t(set);
-    };
-    std::string result = name;
-    change_mesh(node, [&](Mesh& mesh) {
-        if (flags.has("create")) {
-            const uint32_t set = mesh.add_uv_set(name.c_str());
-            mesh.edit_uv_set(set).corner_uvs.assign(mesh.connectivity().corner_count(), -1);
-            result = mesh.uv_set(set).name.asChar();
-        } else if (flags.has("delete")) {
-            if (mesh.uv_set_count() < 2)
-                throw ScriptFault("polyUVSet: The last UV set cannot be deleted.");
-            mesh.remove_uv_set(position(mesh));
-        } else if (flags.has("rename")) {
-            const std::string wanted = flags.text("newUVSet", "");
-            if (wanted.empty() || mesh.find_uv_set(wanted.c_str()) >= 0)
-                throw ScriptFault("polyUVSet: The name \"" + wanted + "\" cannot be given.");
-            mesh.edit_uv_set(position(mesh)).name = wanted.c_str();
-            result = wanted;
-        } else if (flags.has("currentUVSet")) {
-            mesh.set_current_uv_set(int(position(mesh)));
-        } else {
-            throw ScriptFault("polyUVSet needs -create, -delete, -rename or -currentUVSet.");
-        }
-    });
+    if (flags.query())
+        return queried_uv_sets(mesh_of(node, call.name), flags);
+    std::string result;
+    change_mesh(node, [&](Mesh& mesh) { result = edit_uv_set(mesh, flags); });
     return result;
 }
 

@@ -239,43 +239,54 @@ void set_local_matrix(DagNode& node, const MMatrix& matrix) {
     }
 }
 
+/// Removes the last item, the new parent; null with -world.
+DagNode* take_parent(Selection& items, const Flags& flags) {
+    if (flags.has("world"))
+        return nullptr;
+    if (items.size() < 2)
+        throw ScriptFault("parent needs children and a parent.");
+    DagNode* parent = items.back().node->as_dag_node();
+    if (!parent || parent->is_shape())
+        throw ScriptFault("parent: \"" + name_of(*items.back().node) + "\" holds no children.");
+    items.pop_back();
+    return parent;
+}
+
+/// Moves a node below `parent`, or adds an instance of it there. Without -relative it stays where
+/// it is in world space.
+void set_parent(DagNode& child, DagNode* parent, const Flags& flags) {
+    const std::string name = name_of(child);
+    if (child.is_shape() && !flags.has("shape"))
+        throw ScriptFault("parent: \"" + name +
+                          "\" is a shape; move its transform, or use -shape.");
+    if (parent && (parent == &child || child.is_ancestor_of(*parent)))
+        throw ScriptFault("parent: \"" + name + "\" cannot stand below itself.");
+    if (flags.has("addObject")) {
+        if (!parent)
+            throw ScriptFault("parent: -addObject needs a parent.");
+        perform(graph::instance_edit(child, *parent), "parent", name);
+        return;
+    }
+    const MMatrix local = graph::world_matrix(&child) * graph::world_matrix(parent).inverse();
+    perform(graph::reparent_edit(child, parent), "parent", name);
+    if (!flags.has("relative") && !child.is_shape())
+        set_local_matrix(child, local);
+}
+
 Value parent(Invocation& call) {
     static const FlagTable table = {
         {"w", "world"}, {"r", "relative"}, {"s", "shape"}, {"add", "addObject"}};
     const Flags flags(call, table);
     Selection items = items_named(flags.names());
-    DagNode* below = nullptr;
-    if (!flags.has("world")) {
-        if (items.size() < 2)
-            throw ScriptFault("parent needs children and a parent.");
-        below = items.back().node->as_dag_node();
-        if (!below || below->is_shape())
-            throw ScriptFault("parent: \"" + name_of(*items.back().node) + "\" holds no children.");
-        items.pop_back();
-    }
+    DagNode* const new_parent = take_parent(items, flags);
     std::vector<Node*> moved;
     for (const SelectionItem& item : items) {
         DagNode* child = item.node->as_dag_node();
         if (!child)
             throw ScriptFault("parent: \"" + name_of(*item.node) +
                               "\" has no place in the hierarchy.");
-        const std::string name = name_of(*child);
-        if (child->is_shape() && !flags.has("shape"))
-            throw ScriptFault("parent: \"" + name +
-                              "\" is a shape; move its transform, or use -shape.");
-        if (below && (below == child || child->is_ancestor_of(*below)))
-            throw ScriptFault("parent: \"" + name + "\" cannot stand below itself.");
+        set_parent(*child, new_parent, flags);
         moved.push_back(child);
-        if (flags.has("addObject")) {
-            if (!below)
-                throw ScriptFault("parent: -addObject needs a parent.");
-            perform(graph::instance_edit(*child, *below), "parent", name);
-            continue;
-        }
-        const MMatrix local = graph::world_matrix(child) * graph::world_matrix(below).inverse();
-        perform(graph::reparent_edit(*child, below), "parent", name);
-        if (!flags.has("relative") && !child->is_shape())
-            set_local_matrix(*child, local);
     }
     select_nodes(moved, "parent");
     StringArray names;

@@ -27,6 +27,7 @@ FlagTable rows(Rows own) {
     return table;
 }
 
+/// Table: every type of control with its flags.
 const std::vector<ControlType>& control_types() {
     static const std::vector<ControlType> types = {
         {"window", true,

@@ -81,50 +81,71 @@ bool MeshBlock::take(const std::string& path, const std::vector<Token>& values) 
             current_set_ = values[0].text;
     } else if (head == "uvst" || head == "uvSet") {
         const size_t dot = path.find("].");
-        if (dot == std::string::npos)
-            return values.empty();
-        Set& set = set_at(index);
-        const std::string part = head_of(path.substr(dot + 2), index);
-        if (part == "uvsn" || part == "uvSetName") {
-            if (!values.empty())
-                set.name = values[0].text;
-        } else if (part == "uvsp" || part == "uvSetPoints") {
-            if (values.size() % 2 != 0)
-                throw ScriptFault("UVs come in pairs of numbers.");
-            for (size_t i = 0; i < values.size(); i += 2) {
-                set.u.push_back(float(number_of(values[i])));
-                set.v.push_back(float(number_of(values[i + 1])));
-            }
-        } else {
-            return false;
-        }
+        return dot == std::string::npos ? values.empty()
+                                        : take_uvs(set_at(index), path.substr(dot + 2), values);
     } else {
         return false;
     }
     return true;
 }
 
-void MeshBlock::take_faces(const std::vector<Token>& values) {
-    size_t at = 0;
-    const auto next = [&]() -> const Token& {
-        if (at == values.size())
+bool MeshBlock::take_uvs(Set& set, const std::string& path, const std::vector<Token>& values) {
+    size_t index = 0;
+    const std::string head = head_of(path, index);
+    if (head == "uvsn" || head == "uvSetName") {
+        if (!values.empty())
+            set.name = values[0].text;
+        return true;
+    }
+    if (head != "uvsp" && head != "uvSetPoints")
+        return false;
+    if (values.size() % 2 != 0)
+        throw ScriptFault("UVs come in pairs of numbers.");
+    for (size_t i = 0; i < values.size(); i += 2) {
+        set.u.push_back(float(number_of(values[i])));
+        set.v.push_back(float(number_of(values[i + 1])));
+    }
+    return true;
+}
+
+namespace {
+
+/// Reads the words of a polyFaces statement one after the other.
+class FaceWords {
+public:
+    explicit FaceWords(const std::vector<Token>& words) : words_(words) {}
+
+    bool at_end() const { return next_ == words_.size(); }
+    const Token& next() {
+        if (at_end())
             throw ScriptFault("The list of faces ends too early.");
-        return values[at++];
-    };
-    const auto ids = [&](std::vector<int32_t>& list) {
+        return words_[next_++];
+    }
+    /// Appends a list "COUNT ID ID ..."; returns the count.
+    uint32_t ids(std::vector<int32_t>& list) {
         const int32_t count = int_of(next());
-        if (count < 0 || size_t(count) > values.size() - at)
+        if (count < 0 || size_t(count) > words_.size() - next_)
             throw ScriptFault("A face has " + std::to_string(count) +
                               " corners, which are not there.");
         for (int32_t i = 0; i < count; ++i)
             list.push_back(int_of(next()));
         return uint32_t(count);
-    };
+    }
+
+private:
+    const std::vector<Token>& words_;
+    size_t next_ = 0;
+};
+
+} // namespace
+
+void MeshBlock::take_faces(const std::vector<Token>& values) {
+    FaceWords words(values);
     std::vector<int32_t> ignored;
-    while (at < values.size()) {
-        const std::string key = next().text;
+    while (!words.at_end()) {
+        const std::string key = words.next().text;
         if (key == "f") {
-            counts_.push_back(ids(face_edges_));
+            counts_.push_back(words.ids(face_edges_));
         } else if (key == "h") {
             throw ScriptFault("Faces with holes are not supported.");
         } else if (key == "mu") {
@@ -132,14 +153,14 @@ void MeshBlock::take_faces(const std::vector<Token>& values) {
                 throw ScriptFault("UVs come before the first face.");
             FaceUvs uvs;
             uvs.face = uint32_t(counts_.size() - 1);
-            uvs.set = uint32_t(int_of(next()));
-            ids(uvs.ids);
+            uvs.set = uint32_t(int_of(words.next()));
+            words.ids(uvs.ids);
             face_uvs_.push_back(std::move(uvs));
         } else if (key == "mc") {
-            next();
-            ids(ignored);
+            words.next();
+            words.ids(ignored);
         } else if (key == "fc" || key == "mf" || key == "mh") {
-            ids(ignored);
+            words.ids(ignored);
         } else {
             throw ScriptFault("\"" + key + "\" is no part of a face.");
         }

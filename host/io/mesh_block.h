@@ -30,6 +30,7 @@ private:
         std::vector<int32_t> ids;
     };
     void take_faces(const std::vector<script::Token>& values);
+    bool take_uvs(Set& set, const std::string& path, const std::vector<script::Token>& values);
     Set& set_at(size_t index);
 
     std::vector<Float3> points_;
