@@ -1,4 +1,4 @@
-/// The built-in commands that work on the scene, by theme.
+/// Registers the built-in commands that work on the scene, by topic.
 #pragma once
 
 #include "host/script/flags.h"
@@ -13,6 +13,6 @@ void add_transform_commands(Interpreter& interpreter); ///< move, rotate, scale
 void add_history_commands(Interpreter& interpreter);   ///< undo, redo, constructionHistory, dgeval
 void add_menu_commands(Interpreter& interpreter);      ///< menu, uiOpenMenu
 void add_plugin_commands(Interpreter& interpreter);    ///< loadPlugin, unloadPlugin, pluginInfo
-void add_file_commands(Interpreter& interpreter);      ///< file, requires, fileInfo, currentUnit
+void add_file_commands(Interpreter& interpreter);      ///< file
 
 } // namespace host::script

@@ -158,12 +158,12 @@ Value set_attribute(Invocation& call) {
     const std::vector<Slot*> plugs = plugs_named(name);
     if (type == "string" && plugs[0]->attribute().kind() != AttributeKind::text)
         throw ScriptFault("setAttr: " + name_of(*plugs[0]) + " is no text.");
-    // A size alone announces how long a list will be; a mark alone changes no value.
+    // Without values, -size is only a hint, and the other flags set marks of the plug.
     if (values.empty() && (flags.has("size") || flags.count() != flags.has("type"))) {
         set_marks(flags, plugs);
         return Value();
     }
-    // Unlocking comes before the value, locking after it.
+    // Unlock before setting the value, lock after it.
     const bool unlock = flags.has("lock") && !flags.boolean("lock", false);
     if (unlock)
         set_marks(flags, plugs);
@@ -270,7 +270,7 @@ Value delete_attribute(Invocation& call) {
 
 // --- connections --------------------------------------------------------------------------------
 
-/// An element of an array that nothing feeds yet, below an array plug.
+/// The first array element after those with incoming connections; a plug that is no array itself.
 Slot& next_free(Slot& array) {
     if (!array.is_array())
         return array;

@@ -21,7 +21,7 @@ using graph::MeshNode;
 using graph::Node;
 using graph::Scene;
 
-/// The scene's file; empty before it was saved or opened.
+/// Path of the scene's file; empty until it is saved or opened.
 std::string& scene_file() {
     static std::string name;
     return name;
@@ -128,9 +128,9 @@ void open_file(Invocation& call, const Flags& flags, const std::string& path) {
     const Format format = format_of(flags, path);
     if (!std::ifstream(path))
         throw ScriptFault("file: Cannot read the file \"" + path + "\".");
-    // What an opened scene is made of cannot be taken back piece by piece.
+    // Opening a scene makes no undo entries.
     const graph::UndoFrame quiet("file", false);
-    // A mesh that cannot be read leaves the scene as it is.
+    // Read the mesh first: on failure the current scene stays.
     const Mesh mesh = format == Format::obj ? read_obj(path) : Mesh();
     new_scene();
     if (format == Format::obj)

@@ -78,7 +78,7 @@ Value construction_history(Invocation& call) {
     return Value();
 }
 
-/// Pulls plugs, or all outputs of a node; a failed compute is reported by the node itself.
+/// Evaluates plugs, or all outputs of a node. A compute that fails reports its own error.
 Value evaluate_graph(Invocation& call) {
     static const FlagTable table = {{"src", "src"}, {"v", "verbose"}};
     const Flags flags(call, table);

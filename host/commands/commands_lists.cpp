@@ -20,7 +20,7 @@ void append(StringArray& names, const StringArray& more) {
     names.insert(names.end(), more.begin(), more.end());
 }
 
-/// Whether a node is of a type or of one that scripts count to it.
+/// Whether a node is of a type, or belongs to the group "dagNode" or "shape".
 bool is_type(Node& node, const std::string& type) {
     if (node.node_type().name == type)
         return true;
@@ -258,7 +258,7 @@ Value list_history(Invocation& call) {
         for (DagNode* child : dag && !dag->is_shape() ? dag->children() : std::vector<DagNode*>())
             if (child->is_shape() && !child->is_intermediate())
                 start = child;
-        // Depth first, the node itself first, as users read a construction history.
+        // Preorder, depth first: the node itself, then what feeds it.
         std::vector<std::pair<Node*, int>> waiting = {{start, 1}};
         while (!waiting.empty()) {
             const auto [node, level] = waiting.back();

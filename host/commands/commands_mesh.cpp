@@ -16,7 +16,7 @@ using graph::Slot;
 
 // --- creators -----------------------------------------------------------------------------------
 
-/// A flag of a creator command and the attribute it sets.
+/// A flag of a primitive's command, such as polyCube -width, and the attribute that it sets.
 struct Parameter {
     const char* short_name;
     const char* long_name;
@@ -24,8 +24,8 @@ struct Parameter {
 };
 
 struct Creator {
-    const char* command; ///< and node type
-    const char* base;    ///< "pCube"
+    const char* command; ///< name of the command and of the node type
+    const char* base;    ///< name of new transforms without their number: "pCube"
     std::vector<Parameter> parameters;
 };
 
@@ -83,7 +83,7 @@ Node& add(const char* type, const std::string& name, DagNode* parent, const std:
     return *node;
 }
 
-/// Gives a shape that nothing feeds its geometry, undoable.
+/// Sets the mesh of a shape without construction history, undoable.
 void put_mesh(graph::MeshNode& node, const Mesh& mesh, const std::string& command) {
     const Ref<Node> keep(&node);
     perform(graph::change_slot_edit(*node.slot(*graph::mesh_attributes().in_mesh),
@@ -93,7 +93,7 @@ void put_mesh(graph::MeshNode& node, const Mesh& mesh, const std::string& comman
             command, name_of(node));
 }
 
-/// The parameters of a maker that is there.
+/// Queries or sets parameters of an existing primitive node.
 Value query_or_edit(Invocation& call, const Creator& creator, const Flags& flags) {
     flags.require_operands(1, 1);
     Node& node = node_named(flags.names()[0]);
@@ -136,7 +136,7 @@ Value create(Invocation& call, const Creator& creator) {
         names.push_back(name_of(maker));
     } else {
         require(graph::evaluate(input), call.name, shape_name);
-        // Taken over as a value: redo connects and disconnects without a pull in between.
+        // Set the mesh explicitly: redo would disconnect the input before it is ever evaluated.
         const Mesh made = *input.value.as_data()->as_mesh()->mesh();
         perform(graph::disconnect_edit(output, input), call.name, shape_name);
         perform(graph::remove_node_edit(maker), call.name, shape_name);
@@ -225,7 +225,7 @@ Value evaluate_mesh(Invocation& call) {
 
 // --- UV sets ------------------------------------------------------------------------------------
 
-/// Changes a mesh that has no history, undoable.
+/// Changes the mesh of a shape without construction history, undoable.
 void change_mesh(graph::MeshNode& node, const std::function<void(Mesh&)>& change) {
     Slot& input = *node.slot(*graph::mesh_attributes().in_mesh);
     if (input.source())
@@ -240,7 +240,7 @@ void change_mesh(graph::MeshNode& node, const std::function<void(Mesh&)>& change
     put_mesh(node, changed, "polyUVSet");
 }
 
-/// The current UV set, or all if the flag asks for them.
+/// Name of the current UV set, or with -allUVSets the names of all.
 StringArray queried_uv_sets(const Mesh& mesh, const Flags& flags) {
     StringArray names;
     for (uint32_t i = 0; i < mesh.uv_set_count(); ++i)
@@ -256,7 +256,7 @@ uint32_t uv_set_named(const Mesh& mesh, const std::string& name) {
     return uint32_t(set);
 }
 
-/// Does what the flags of polyUVSet say; returns the name of the UV set afterwards.
+/// Creates, deletes, renames or selects a UV set. Returns its name.
 std::string edit_uv_set(Mesh& mesh, const Flags& flags) {
     const std::string name = flags.text("uvSet", "");
     if (flags.has("create")) {

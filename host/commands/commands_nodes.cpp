@@ -33,7 +33,7 @@ void select_nodes(const std::vector<Node*>& nodes, const std::string& command) {
 
 // --- createNode ---------------------------------------------------------------------------------
 
-/// "cubeShape1" hangs below "cube1".
+/// Name of the transform created above a shape: "cube1" for "cubeShape1".
 std::string transform_name(const std::string& shape, const std::string& type) {
     const size_t at = shape.rfind("Shape");
     if (at == std::string::npos)
@@ -100,7 +100,7 @@ std::vector<DagNode*> mesh_shapes(const Selection& items) {
     return shapes;
 }
 
-/// Keeps what the history made, then lets go of the history.
+/// Keeps the mesh that the construction history computes and removes the history's nodes.
 void delete_history(DagNode& shape) {
     Slot* in = shape.slot("inMesh");
     Slot* source = in ? in->source() : nullptr;
@@ -137,7 +137,7 @@ Value remove(Invocation& call) {
         if (item.plug || item.component)
             throw ScriptFault("delete: Only whole objects can be deleted.");
         if (!item.node->is_valid())
-            continue; // went with another one
+            continue; // removed together with another item
         if (item.node->is_default || item.node->locked)
             throw ScriptFault("delete: \"" + name_of(*item.node) + "\" cannot be deleted.");
         perform(graph::remove_node_edit(*item.node), "delete", name_of(*item.node));
@@ -162,7 +162,7 @@ Value rename(Invocation& call) {
         throw ScriptFault("rename: \"" + name_of(node) + "\" cannot be renamed.");
     const std::string before = node.name_text();
     perform(graph::rename_edit(node, wanted), "rename", before);
-    // A shape that is named after its transform goes along.
+    // A shape named after its transform is renamed with it.
     if (DagNode* dag = node.as_dag_node())
         for (DagNode* child : dag->children()) {
             const std::string stem = transform_name(child->name_text(), "");
@@ -208,7 +208,7 @@ Value duplicate(Invocation& call) {
 
 // --- parent -------------------------------------------------------------------------------------
 
-/// Translation, rotation in XYZ order and scale that make up a matrix without shear.
+/// Sets translate, rotate (XYZ order) and scale to those of a matrix without shear.
 void set_local_matrix(DagNode& node, const MMatrix& matrix) {
     double scale[3], m[3][3];
     for (unsigned i = 0; i < 3; ++i) {
@@ -239,7 +239,7 @@ void set_local_matrix(DagNode& node, const MMatrix& matrix) {
     }
 }
 
-/// Removes the last item, the new parent; null with -world.
+/// Removes the new parent, which is named last, from the items. Returns null with -world.
 DagNode* take_parent(Selection& items, const Flags& flags) {
     if (flags.has("world"))
         return nullptr;
@@ -252,8 +252,8 @@ DagNode* take_parent(Selection& items, const Flags& flags) {
     return parent;
 }
 
-/// Moves a node below `parent`, or adds an instance of it there. Without -relative it stays where
-/// it is in world space.
+/// Moves a node below `parent`, or with -addObject instances it there. Unless -relative is given,
+/// its world-space position is kept.
 void set_parent(DagNode& child, DagNode* parent, const Flags& flags) {
     const std::string name = name_of(child);
     if (child.is_shape() && !flags.has("shape"))

@@ -18,7 +18,7 @@ struct Amount {
     bool used[3];
 };
 
-/// Three numbers, or as many as there are axis flags (-x -y -z); what is left are names.
+/// Reads three numbers, or one per axis flag (-x -y -z), from the operands; the others are `names`.
 Amount amount_of(const Flags& flags, StringArray& names, double absent) {
     const bool axes[3] = {flags.has("moveX"), flags.has("moveY"), flags.has("moveZ")};
     const bool any = axes[0] || axes[1] || axes[2];
@@ -33,7 +33,7 @@ Amount amount_of(const Flags& flags, StringArray& names, double absent) {
     size_t wanted = 0;
     for (const bool used : amount.used)
         wanted += used;
-    // One number serves all axes that are named.
+    // A single number applies to all axes given.
     if (any && numbers.size() == 1)
         numbers.resize(wanted, numbers[0]);
     if (numbers.size() != wanted)
@@ -76,7 +76,7 @@ void move_node(DagNode& node, Move move, const Amount& amount, bool relative,
     }
 }
 
-/// Vertices move by their tweaks, in object space.
+/// Moves vertices in object space, by changing their tweaks.
 void move_vertices(const graph::SelectionItem& item, const Amount& amount, bool relative,
                    const std::string& command) {
     if (item.component->kind() != graph::ComponentKind::vertex)

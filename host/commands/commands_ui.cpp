@@ -6,7 +6,7 @@ namespace host::script {
 
 namespace {
 
-/// A command that makes one type of control.
+/// A type of control and the flags of the command that creates it.
 struct ControlType {
     const char* name;
     bool is_layout;
@@ -15,7 +15,8 @@ struct ControlType {
 
 using Rows = std::initializer_list<Flag>;
 
-/// Flags of every control, then its own; all can be created, edited and queried.
+/// The flags that every control has and its `own`. All but -exists can be created, edited and
+/// queried.
 FlagTable rows(Rows own) {
     FlagTable table = {{"ex", "exists"},          {"p", "parent", "s"},  {"w", "width", "i"},
                        {"h", "height", "i"},      {"en", "enable", "b"}, {"vis", "visible", "b"},
@@ -131,7 +132,7 @@ Value packed(const std::vector<Value>& values) {
     return texts;
 }
 
-/// What a property is before anybody set it.
+/// Default of a property that was never set.
 Value unset(const Flag& flag) {
     const std::string kinds = flag.values;
     if (kinds.size() != 1)
@@ -165,7 +166,7 @@ const char* value_property(const UiControl& control) {
     return nullptr;
 }
 
-/// Sliders keep to their field's range, as a user's typing does.
+/// Clamps a slider's value to the range of its field, or of the slider if the field has none.
 double in_range(const UiControl& control, double value) {
     for (const char* name : {"fieldMinValue", "minValue"}) {
         const auto low = control.properties.find(name);
@@ -184,7 +185,7 @@ double in_range(const UiControl& control, double value) {
     return value;
 }
 
-/// `select` and `value` of an option menu name the same entry.
+/// Selects an option menu's entry by number or label; sets both `select` and `value`.
 void choose_entry(UiControl& control, const Value& by, bool by_number) {
     for (size_t i = 0; i < control.children.size(); ++i) {
         const std::string label = control.children[i]->text("label");
@@ -236,7 +237,7 @@ void apply_flags(UiControl& control, const Flags& flags, const FlagTable& table)
         if (name == "exists" || name == "parent" || !flags.has(flag.long_name))
             continue;
         const auto uses = flags.uses(flag.long_name);
-        // Only attachments may be repeated; they add up.
+        // A repeated flag (attachments in a formLayout) collects the values of all its uses.
         if (uses.size() > 1) {
             StringArray all;
             for (const auto& use : uses)
@@ -247,7 +248,7 @@ void apply_flags(UiControl& control, const Flags& flags, const FlagTable& table)
             set_property(control, name, packed(uses.back()));
         }
     }
-    // Bounds may come after the value they bound.
+    // The value may have been set before its bounds: clamp it again.
     const auto value = control.properties.find("value");
     if (value != control.properties.end() && control.type != "optionMenuGrp")
         set_property(control, "value", value->second);
@@ -299,7 +300,7 @@ Value control_command(Invocation& call, const ControlType& type, UiState& state)
     return control.path();
 }
 
-/// Entries of the option menu made last, or of a menu named by -parent.
+/// Adds an entry to the option menu created last or the menu named by -parent.
 Value menu_item(Invocation& call, UiState& state) {
     static const FlagTable table = rows({{"l", "label", "s"},
                                          {"c", "command", "s"},
@@ -385,7 +386,7 @@ Value window_pref(Invocation& call) {
     static const FlagTable table = {{"ex", "exists"}, {"r", "remove"}};
     const Flags flags(call, table);
     flags.require_operands(1, 1);
-    // Window places are not remembered, so there is never one to find or to remove.
+    // Window positions are not saved, so there are none to find or remove.
     if (flags.has("remove"))
         throw ScriptFault("Nothing is remembered of the window \"" + flags.names()[0] + "\".");
     return false;

@@ -1,4 +1,4 @@
-/// Commands that build dialogs, and those that drive them where nobody can see them.
+/// Commands that build dialogs, and commands that operate them without a screen.
 #pragma once
 
 #include "host/commands/ui_model.h"
@@ -11,20 +11,21 @@
 
 namespace host::script {
 
-/// Answers a question: gives the label of the button that was pressed, one of `buttons`.
+/// Asks the user a question. Returns the label of the pressed button, one of `buttons`.
 using Ask = std::function<std::string(const std::string& title, const std::string& message,
                                       const StringArray& buttons, const std::string& preferred)>;
 
 struct UiState {
     UiModel model;
-    Ask ask; ///< empty: nobody is there, the preferred button is taken
-    /// Answers laid ready by `uiAnswer`, first in first out; they come before `ask`.
+    Ask ask; ///< if empty, the preferred button is the answer
+    /// Queue of answers from `uiAnswer`; used up, first in first out, before `ask` is called.
     std::vector<std::string> answers;
 };
 
-/// Adds window, layouts, controls, deleteUI, showWindow, setParent, confirmDialog and the commands
-/// of our own: uiControls (list what a window holds), uiSet (a user changes a value), uiPress (a
-/// user presses a button or picks a menu item), uiAnswer (the next question's answer).
+/// Adds window, layouts, controls, deleteUI, showWindow, setParent, confirmDialog, and commands
+/// that only this host has: uiControls (lists the controls of a window), uiSet (changes a value as
+/// a user would), uiPress (presses a button or chooses a menu item), uiAnswer (answers the next
+/// question).
 MHOST_EXPORT void add_ui_commands(Interpreter& interpreter, const std::shared_ptr<UiState>& state);
 
 } // namespace host::script

@@ -25,7 +25,7 @@ const FlagTable k_flags = {
     {"l", "list"},
 };
 
-/// Floats come back as the same bits.
+/// The value as a literal; floats with enough digits to read back exactly.
 std::string literal(const Value& value) {
     if (value.is_string())
         return quoted(value.text());
@@ -72,7 +72,7 @@ Value run(Invocation& call, OptionVariables& variables) {
     }
     if (flags.has("list"))
         return variables.names();
-    // Removals come first, whatever the order in which they were typed.
+    // Removals come first, in whatever order the flags are given.
     for (const auto& use : flags.uses("remove"))
         variables.remove(use[0].to_string());
     for (const auto& use : flags.uses("clearArray")) {
@@ -105,7 +105,7 @@ void OptionVariables::load(Output& output) {
     const auto loaded = std::make_shared<OptionVariables>();
     add_option_variables(reader, loaded);
     try {
-        // One statement a line, so that a damaged one costs itself only.
+        // Run line by line, so that an invalid statement does not affect the others.
         const std::string text = read_script(file_);
         size_t number = 0;
         for (size_t start = 0; start < text.size();) {

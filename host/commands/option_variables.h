@@ -1,7 +1,7 @@
 /// Option variables: settings that scripts remember between runs.
 ///
-/// Kept in a file of `optionVar` statements, so that a person can read and mend it. Every change is
-/// written at once, whole or not at all. Without a file name they last as long as the process.
+/// Saved to a file of `optionVar` statements, which a user can read and edit; every change rewrites
+/// the file atomically. Without a file name they are lost at the end of the process.
 #pragma once
 
 #include "host/script/interpreter.h"
@@ -14,15 +14,15 @@ namespace host::script {
 
 class MHOST_EXPORT OptionVariables {
 public:
-    /// The file need not exist; damaged statements in it are skipped with a warning.
+    /// The file need not exist. Invalid statements in it are skipped with a warning.
     explicit OptionVariables(std::string file = std::string())
         : file_(std::move(file)), loaded_(file_.empty()) {}
-    /// Reads the file, the first time only: programs that need no options leave it alone.
+    /// Reads the file on the first call. Programs that use no option variables never read it.
     void load(Output& output);
 
     const Value* find(const std::string& name) const;
-    /// An int, a float, a text, or an array of one of them. Throws ScriptFault when the file cannot
-    /// be written; the value holds for this process all the same.
+    /// Sets an int, a float, a string, or an array of one of them. Throws ScriptFault if the file
+    /// cannot be written; the variable is set for this process nevertheless.
     void set(const std::string& name, const Value& value);
     void remove(const std::string& name);
     StringArray names() const;
@@ -35,7 +35,7 @@ private:
 };
 
 /// $TESSORA_PREFERENCES if set, else tessora/option_variables.mel below $XDG_CONFIG_HOME or
-/// ~/.config; empty when there is no home.
+/// ~/.config; empty if $HOME is not set. On Windows, below %APPDATA%.
 MHOST_EXPORT std::string option_variable_file();
 
 /// Adds the command optionVar.

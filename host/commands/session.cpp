@@ -35,7 +35,7 @@ void Session::Forward::error(const std::string& text) {
 
 namespace {
 
-/// Arguments as a plug-in's command expects them: as they were typed.
+/// Runs a plug-in's command, which takes its arguments as text.
 Value run_plugin_command(Invocation& call) {
     StringArray arguments;
     for (const Value& value : call.expanded())
@@ -103,7 +103,7 @@ graph::CommandResult result_of(const Value& value) {
 } // namespace
 
 Session& Session::current() {
-    // Never destroyed: plug-ins that are still loaded at the end may talk to it.
+    // Never destroyed, because plug-ins still loaded at exit may use it.
     static Session* const session = new Session;
     return *session;
 }
@@ -127,7 +127,7 @@ Session::Session()
         interpreter_.add_command(name, run_plugin_command);
     graph::set_script_host(this);
     interpreter_.set_wrapper([this](const std::string& name, const std::function<void()>& run) {
-        // Undo and redo walk the queue; a frame around them would be an entry of its own.
+        // undo and redo must not make undo entries themselves.
         if (name == "undo" || name == "redo")
             return run();
         const graph::UndoFrame frame(name, undoable_);
@@ -171,7 +171,7 @@ MStatus Session::execute(const std::string& text, bool display, bool undoable,
                          graph::CommandResult& result) {
     if (display)
         output_.print(text + "\n");
-    // Statements that run inside another one are part of its undo entry.
+    // Nested: the statements belong to the undo entry of the statement that is running.
     const graph::UndoFrame frame("script", undoable);
     const Outcome outcome = run(text, "command", undoable);
     if (outcome.ok)

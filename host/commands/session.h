@@ -1,7 +1,7 @@
-/// The script language at work on the scene: one interpreter with every command the host has.
+/// Runs scripts on the scene: one interpreter with all commands of the host.
 ///
-/// Each statement of a text that is run from outside is one entry of the undo queue. There is one
-/// session at a time, as there is one scene.
+/// Each statement of a text passed to `run` is one entry of the undo queue. There is one session,
+/// as there is one scene.
 #pragma once
 
 #include "host/commands/commands_ui.h"
@@ -17,19 +17,19 @@ namespace host::script {
 
 class MHOST_EXPORT Session : private graph::ScriptHost {
 public:
-    /// Made on first use. Talks to standard output and, for warnings and errors, standard error.
+    /// Created on first use. Prints to standard output, warnings and errors to standard error.
     static Session& current();
 
     Interpreter& interpreter() { return interpreter_; }
     UiState& ui() { return *ui_; }
     OptionVariables& options() { return *options_; }
-    /// Null: back to the standard streams. Not owned.
+    /// Null restores the standard streams. Not owned.
     void set_output(Output* output) { output_.target = output; }
-    /// What `quit` does, with its exit code; the default ends the process.
+    /// Called by `quit` with the exit code; if empty, `quit` ends the process.
     std::function<void(int)> on_quit;
 
-    /// Runs a text and reports its error, if any, to the output. `undoable` false: it leaves no
-    /// trace in the undo queue.
+    /// Runs a text and reports its error, if any, to the output. If not `undoable`, it makes no
+    /// undo entries.
     struct Outcome {
         bool ok = false;
         Value value;
@@ -41,7 +41,7 @@ private:
     Session();
     void add_session_commands();
 
-    // What the graph asks of the language.
+    // graph::ScriptHost: scripts and messages from plug-ins.
     MStatus execute(const std::string& text, bool display, bool undoable,
                     graph::CommandResult& result) override;
     MStatus source(const std::string& file) override;
@@ -49,7 +49,7 @@ private:
     void command_added(const std::string& name) override;
     void command_removed(const std::string& name) override;
 
-    /// Lets the output change while the interpreter keeps its reference.
+    /// Output of the interpreter, forwarded to a target that can change.
     struct Forward : Output {
         void print(const std::string& text) override;
         void warning(const std::string& text) override;

@@ -12,7 +12,7 @@ using script::ScriptFault;
 using script::Token;
 using script::TokenKind;
 
-/// Faces and triples go into blocks of lines that other readers are known to take.
+/// Items per setAttr statement, of sizes that other readers accept.
 constexpr size_t k_triples_per_block = 166;
 constexpr size_t k_faces_per_block = 500;
 
@@ -28,7 +28,7 @@ int32_t int_of(const Token& token) {
     throw ScriptFault("A whole number is expected, not \"" + token.text + "\".");
 }
 
-/// "vt[0:7]" gives "vt" and 0; without an index the index is 0.
+/// Returns "vt" and index 0 for "vt[0:7]"; the index is 0 if there is none.
 std::string head_of(const std::string& path, size_t& index) {
     const size_t open = path.find('[');
     index =
@@ -215,7 +215,7 @@ std::string range(size_t first, size_t count) {
     return "[" + std::to_string(first) + ":" + std::to_string(first + count - 1) + "]";
 }
 
-/// Blocks of `per_block` items, each announced by `setAttr ".PATH[a:b]"`.
+/// Writes items in statements `setAttr ".PATH[a:b]" ...` of at most `per_block` items each.
 template <class Item>
 void write_blocks(std::string& text, const std::string& path, const char* type, size_t count,
                   size_t per_block, Item item) {

@@ -1,4 +1,4 @@
-/// The polygon mesh of a scene file: points, edges, faces made of directed edges, UV sets.
+/// Polygon meshes in scene files: points, edges, faces as lists of directed edges, UV sets.
 #pragma once
 
 #include "host/mesh/mesh.h"
@@ -9,15 +9,15 @@
 
 namespace host {
 
-/// Gathers the setAttr statements of one mesh node.
+/// Collects the setAttr statements of one mesh node and builds its mesh.
 class MeshBlock {
 public:
-    /// Takes the values set on an attribute path ("vt[0:7]", "uvst[0].uvsp[0:3]", "fc[0:5]"); false
-    /// when the path is no part of the geometry. Throws ScriptFault on malformed values.
+    /// Adds the values of an attribute such as "vt[0:7]", "uvst[0].uvsp[0:3]" or "fc[0:5]". Returns
+    /// false if the attribute is not geometry. Throws ScriptFault if the values are malformed.
     bool take(const std::string& path, const std::vector<script::Token>& values);
     bool has_geometry() const { return !points_.empty(); }
-    /// Throws ScriptFault when edges, vertices or UVs are named that are not there, and for faces
-    /// with holes, which the host's mesh does not have.
+    /// Throws ScriptFault if an index is out of range, a face has fewer than three corners, or its
+    /// number of UVs differs from its number of corners.
     Mesh build() const;
 
 private:
@@ -34,7 +34,7 @@ private:
     Set& set_at(size_t index);
 
     std::vector<Float3> points_;
-    std::vector<int32_t> edges_; ///< two vertices and the smoothness each
+    std::vector<int32_t> edges_; ///< per edge: two vertices and smoothness
     std::vector<uint32_t> counts_;
     std::vector<int32_t> face_edges_;
     std::vector<FaceUvs> face_uvs_;
@@ -42,10 +42,10 @@ private:
     std::string current_set_;
 };
 
-/// Appends the setAttr lines that MeshBlock reads.
+/// Appends a mesh to `text` as the setAttr statements that MeshBlock reads.
 void write_mesh(const Mesh& mesh, std::string& text);
 
-/// The shortest decimal that reads back as the same bits.
+/// The shortest decimal that reads back as the same value.
 std::string shortest(float value);
 std::string shortest(double value);
 

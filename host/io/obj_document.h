@@ -1,8 +1,8 @@
-/// A Wavefront OBJ file as it stands in memory: the text, byte for byte, and what was read from it.
+/// A Wavefront OBJ file in memory: its text, byte for byte, and the mesh parsed from it.
 ///
-/// One file is one mesh: objects and groups do not divide it. The document keeps the text because
-/// the writer changes nothing but texture coordinates (obj_writer.h). Polygons of fewer than three
-/// corners are no part of the mesh; their lines stay in the text.
+/// One file is one mesh: objects and groups do not split it. The text is kept because the writer
+/// changes only its texture coordinates (obj_writer.h). Polygons with fewer than three corners are
+/// not part of the mesh; their lines stay in the text.
 ///
 /// Invariants after a successful read: every vertex index is below the vertex count, every texture
 /// index is below the texture coordinate count or k_obj_none, every position is finite.
@@ -15,35 +15,35 @@
 
 namespace host {
 
-/// "No texture coordinate at this corner."
+/// Index of a corner without a texture coordinate.
 inline constexpr uint32_t k_obj_none = 0xFFFFFFFFu;
 
-/// A statement that the writer may have to change.
+/// A statement that refers to texture coordinates, which the writer may have to change.
 struct ObjStatement {
     enum Kind : uint32_t {
         texture, ///< a `vt` line
-        polygon, ///< a face of three corners or more; the n-th one is polygon n
-        bare     ///< names texture coordinates that nobody maps: lines, surfaces, two-corner faces
+        polygon, ///< a face with three or more corners; the n-th is polygon n
+        bare     ///< an element outside the mesh: line, surface, two-corner face
     };
     uint64_t offset; ///< of the statement's keyword in the text
     Kind kind;
 };
 
 struct ObjDocument {
-    std::string name;             ///< what messages call the file
+    std::string name;             ///< file name for messages
     std::string text;             ///< the file's bytes
     std::vector<float> positions; ///< 3 per vertex, object space
-    /// The same divided by `unit`, a power of ten that makes the largest of them 1 to 10. They are
-    /// rounded to single precision after that, so that a mesh in metres and the same one in
-    /// millimetres have the same.
+    /// The positions divided by `unit`, a power of ten that scales the largest coordinate to
+    /// between 1 and 10. Rounded to single precision after the division, so that a mesh in metres
+    /// and the same mesh in millimetres give equal values.
     std::vector<float> unit_positions;
     double unit = 1.0;
-    std::vector<float> texture_coords;  ///< 2 per `vt` line (v is 0 where the line has none)
+    std::vector<float> texture_coords;  ///< 2 per `vt` line; v is 0 if the line has only u
     std::vector<uint32_t> corner_begin; ///< polygons + 1 entries: first corner of each polygon
     std::vector<uint32_t> corner_vertex;
     std::vector<uint32_t> corner_texture;
-    std::vector<ObjStatement> statements; ///< in the order of the text
-    uint64_t insert_at = 0;               ///< where new `vt` lines go when the text has none
+    std::vector<ObjStatement> statements; ///< in file order
+    uint64_t insert_at = 0;               ///< offset for new `vt` lines if the text has none
     std::vector<std::string> warnings;    ///< one sentence each, "file:line: ..."
 
     size_t vertex_count() const { return positions.size() / 3; }

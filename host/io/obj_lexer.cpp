@@ -33,8 +33,9 @@ size_t ObjLexer::continuation(const char* p) const {
 uint64_t ObjLexer::skip_statement() {
     const char* p = at_;
     while (p < end() && *p != newline_ && *p != '#') {
-        // Names may hold a '#', but a comment that swallowed the next line would lose data, while a
-        // joined line of a statement that nobody reads is harmless as a statement of its own.
+        // A '#' can also be part of a name, but is read as a comment, which a backslash does not
+        // continue: ignoring the next line could lose data, while reading the rest of a name as a
+        // statement of its own does no harm.
         const size_t joined = continuation(p);
         p += joined ? joined : 1;
     }

@@ -1,10 +1,10 @@
-/// Splits OBJ text into statements and words. Shared by the reader and the writer, so that both see
-/// the same text.
+/// Splits OBJ text into statements and words. Used by reader and writer, so that both split it
+/// alike.
 ///
-/// A statement is a line, or several that a backslash at the line's end joins. Blanks are space,
-/// tab, vertical tab and form feed, and a carriage return where lines end with a line feed. NUL
-/// bytes between statements count as blanks (padding after a crash); inside one they do not, so
-/// that 16-bit text is never read as separate digits. A `#` starts a comment anywhere.
+/// A statement is a line, or several joined by a backslash at the end of the line. Blanks are
+/// space, tab, vertical tab, form feed, and carriage return if lines end with a line feed. NUL
+/// bytes between statements are blanks (padding after a crash); inside a statement they are not, so
+/// that UTF-16 text is not read as single digits. A `#` starts a comment anywhere.
 #pragma once
 
 #include <cstdint>
@@ -17,27 +17,27 @@ class ObjLexer {
 public:
     explicit ObjLexer(std::string_view text);
 
-    /// Moves to the next statement that is neither empty nor a comment, past whatever is left of
-    /// the present one; false at the end of the text.
+    /// Moves past the rest of the current statement to the next one that is neither empty nor a
+    /// comment. False at the end of the text.
     bool next_statement();
-    /// Starts at the statement whose keyword stands at `offset`.
+    /// Moves to the statement whose keyword is at `offset`.
     void seek(uint64_t offset) { at_ = text_.data() + offset; }
 
-    /// The next word of the statement; false at its end. Words hold no blanks and no comment.
+    /// Reads the next word of the statement, without blanks and comments. False at its end.
     bool next_word(std::string_view& word);
 
-    /// Offset of the next character to be read.
+    /// Offset of the next unread character.
     uint64_t offset() const { return static_cast<uint64_t>(at_ - text_.data()); }
     uint64_t offset_of(std::string_view word) const {
         return static_cast<uint64_t>(word.data() - text_.data());
     }
-    /// Offset just past the line end of the present statement.
+    /// Moves past the line end of the current statement and returns that offset.
     uint64_t skip_statement();
-    /// Start of the line that holds `offset`: after the previous line end or the byte-order mark.
+    /// Start of the line that contains `offset`: after the previous line end or byte-order mark.
     uint64_t line_start(uint64_t offset) const;
-    /// 1-based, as an editor counts.
+    /// Counts from 1.
     uint64_t line_number(uint64_t offset) const;
-    /// The line end that the text uses.
+    /// The line end used in the text: "\n", "\r\n" or "\r".
     std::string_view line_end() const;
 
 private:
@@ -51,8 +51,8 @@ private:
 
     std::string_view text_;
     const char* at_;
-    uint64_t start_ = 0;  // past the byte-order mark
-    char newline_ = '\n'; // '\r' in a text that has no line feed
+    uint64_t start_ = 0;  // offset after the byte-order mark
+    char newline_ = '\n'; // '\r' if the text contains no line feed
 };
 
 } // namespace host

@@ -6,7 +6,7 @@ namespace host {
 
 namespace {
 
-/// Texture coordinates that a corner uses, in the order of the file; the rest are left behind.
+/// Copies the texture coordinates in use, in file order; unused ones are dropped.
 void take_uvs(const ObjDocument& document, UvSet& set) {
     std::vector<int32_t> place(document.texture_count(), -1);
     for (const uint32_t id : document.corner_texture)
@@ -63,7 +63,7 @@ DistinctCorners distinct_corners(const ObjDocument& document) {
     DistinctCorners corners;
     corners.corner_vertex = document.corner_vertex;
     const auto document_vertices = static_cast<uint32_t>(document.vertex_count());
-    // The last polygon that named each vertex, counted from 1.
+    // Per vertex, the last polygon that used it, counted from 1.
     std::vector<uint32_t> named_by(document_vertices, 0);
     for (uint32_t p = 0; p < document.polygon_count(); ++p) {
         const size_t before = corners.copy_of.size();

@@ -12,8 +12,8 @@ std::string_view without_plus(std::string_view word) {
     return word;
 }
 
-/// True when a well-formed decimal number is below one. from_chars says "out of range" for both
-/// ends of the range alike.
+/// Whether the magnitude of a decimal number is below one; tells underflow from overflow, for which
+/// from_chars returns the same error.
 bool below_one(std::string_view word) {
     int64_t power = 0; // decimal exponent of the first digit that is not zero
     bool seen_point = false, seen_digit = false;

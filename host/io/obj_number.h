@@ -1,5 +1,5 @@
-/// Reads the numbers of an OBJ file exactly and without the locale: a decimal comma is an error on
-/// every machine, and the nearest single-precision value is the one that comes back.
+/// Parses the numbers of an OBJ file independently of the locale: a decimal comma is always an
+/// error, and floats are rounded to the nearest value.
 #pragma once
 
 #include <cstdint>
@@ -9,21 +9,22 @@ namespace host {
 
 enum class NumberFault {
     none,
-    not_a_number, ///< not a decimal number from the first character to the last
-    not_finite,   ///< "nan", "inf" in any of their spellings
-    too_large     ///< a number, but beyond single precision (or beyond 64 bits for integers)
+    not_a_number, ///< the word is not entirely a decimal number
+    not_finite,   ///< "nan", "inf" in any spelling
+    too_large     ///< overflows single precision (integers: 64 bits)
 };
 
-/// A number too small for single precision becomes zero with its sign. One leading "+" is allowed.
+/// Parses a decimal number, with an optional sign. Values too small for single precision become
+/// zero with the same sign.
 NumberFault parse_number(std::string_view word, float& value);
 
-/// The nearest double-precision value of a word that the other one has accepted.
+/// The nearest double-precision value of a word that `parse_number` has accepted.
 double exact_number(std::string_view word);
 
-/// A whole decimal number with an optional sign.
+/// Parses a decimal integer with an optional sign.
 NumberFault parse_integer(std::string_view word, int64_t& value);
 
-/// "is not a number", ... as the end of a sentence that starts with the quoted word.
+/// "is not a number" and the like, to append to the quoted word in a message.
 const char* fault_text(NumberFault fault);
 
 } // namespace host

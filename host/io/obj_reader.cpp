@@ -11,10 +11,10 @@
 namespace host {
 namespace {
 
-/// Ids are signed 32-bit numbers in the host.
+/// The host's indices are signed 32-bit integers.
 constexpr uint64_t k_max_count = 0x7FFFFFFF;
 
-/// A word of the file inside a message: short, and free of control characters.
+/// A word quoted for a message: truncated, control characters replaced.
 std::string quoted(std::string_view word) {
     std::string out = "'";
     for (char c : word.substr(0, 40))
@@ -22,7 +22,7 @@ std::string quoted(std::string_view word) {
     return out + (word.size() > 40 ? "...'" : "'");
 }
 
-/// Collapses many findings of one kind into one sentence that names the first.
+/// Counts warnings of one kind, to report them as one that names the first line.
 struct Tally {
     uint64_t first = 0; // offset in the text
     uint64_t count = 0;
@@ -66,14 +66,14 @@ private:
     ObjDocument& doc_;
     IoError& error_;
     ObjLexer lexer_;
-    uint64_t begin_ = 0; // offset of the present statement's keyword
+    uint64_t begin_ = 0; // offset of the current statement's keyword
     uint64_t normals_ = 0;
     uint64_t highest_normal_ = 0;
     uint64_t highest_normal_at_ = 0;
     uint64_t unknown_ = 0;
-    std::vector<double> exact_; // positions as the file has them
+    std::vector<double> exact_; // positions in double precision
     bool seen_face_ = false;
-    bool insert_after_ = false; // the present statement belongs ahead of new `vt` lines
+    bool insert_after_ = false; // new `vt` lines go after the current statement
     Tally small_faces_, bad_textures_, bad_normals_;
 };
 
@@ -127,7 +127,7 @@ bool Parser::vertex() {
     std::string_view word;
     int have = 0;
     for (; lexer_.next_word(word); ++have) {
-        float ignored = 0.0f; // a weight or a colour
+        float ignored = 0.0f; // weight or colour, not used
         const NumberFault fault = parse_number(word, have < 3 ? value[have] : ignored);
         if (fault == NumberFault::not_a_number || (have < 3 && fault != NumberFault::none))
             return fail(lexer_.offset_of(word),
@@ -173,8 +173,8 @@ bool Parser::texture() {
     return true;
 }
 
-/// Turns an index as written (from 1, or relative to `count` when negative) into one from 0.
-/// Positive ones are checked against the final count when the whole file has been read.
+/// Converts an index as written (from 1, or negative and relative to `count`) to one from 0.
+/// Positive indices are checked against the final count after the whole file is read.
 bool Parser::index(std::string_view word, std::string_view whole, const char* what, uint64_t count,
                    uint64_t& id) {
     const uint64_t at = lexer_.offset_of(whole);
@@ -212,7 +212,7 @@ bool Parser::corner(std::string_view word, uint64_t (&corner)[2]) {
     int64_t normal = 0;
     const NumberFault fault = parse_integer(word.substr(second + 1), normal);
     uint64_t unused = 0;
-    if (fault == NumberFault::not_a_number) // the same message as for the other two
+    if (fault == NumberFault::not_a_number) // fails with the message about the whole corner
         return index(word.substr(second + 1), word, "normal", normals_, unused);
     if (fault != NumberFault::none || normal == 0 ||
         (normal < 0 && static_cast<uint64_t>(-(normal + 1)) >= normals_))
@@ -257,8 +257,8 @@ void Parser::find_unit() {
     double largest = 0.0;
     for (const double x : exact_)
         largest = std::max(largest, std::fabs(x));
-    // Powers of ten up to 1e22 are exact, and so dividing by one rounds once, as a decimal point
-    // that stands elsewhere in the file does.
+    // Powers of ten up to 1e22 are exact, so that the division rounds only once, as if the decimal
+    // point in the file had been moved.
     double over = 1.0, under = 1.0;
     while (largest > 0.0 && largest / over >= 10.0 && over < 1e22)
         over *= 10.0;
@@ -288,7 +288,7 @@ bool Parser::check_present() {
     return false;
 }
 
-/// Finds the offset of polygon `polygon`'s statement and reports its first bad corner.
+/// Reports the first invalid corner of a polygon, with its line.
 bool Parser::find_fault(uint64_t polygon) {
     uint64_t seen = 0;
     for (const ObjStatement& statement : doc_.statements) {

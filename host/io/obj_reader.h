@@ -1,10 +1,10 @@
-/// Reads Wavefront OBJ files exactly and trusts nothing in them.
+/// Reads Wavefront OBJ files and validates everything in them.
 ///
-/// Any polygon size, relative indices, corner forms v, v/vt, v//vn, v/vt/vn mixed at will, faces
-/// ahead of their vertices, unknown statements skipped. A file with a number that is no number, a
-/// position that is not finite, an index that points at nothing, or no polygon at all is refused:
-/// the message is "file:line: reason". A texture coordinate that is not finite counts as none, with
-/// a warning; so does a bad normal index, since normals stay in the text and are never read.
+/// Accepts polygons of any size, relative indices, corners v, v/vt, v//vn and v/vt/vn in any
+/// mixture, and faces before their vertices; skips unknown statements. Malformed numbers, positions
+/// that are not finite, indices out of range and files without a polygon are errors with the
+/// message "file:line: reason". A texture coordinate that is not finite is treated as absent, with
+/// a warning. Normals are not read; an invalid normal index is only a warning.
 #pragma once
 
 #include "host/io/obj_document.h"
@@ -15,25 +15,25 @@
 
 namespace host {
 
-/// Why a file could not be had.
+/// Why a file could not be read.
 struct IoError {
     enum Kind {
         none,
         unreadable, ///< missing, a directory, no permission, a device error
-        malformed,  ///< the text is not a mesh
-        too_large   ///< beyond 32-bit counts, or memory ran out
+        malformed,  ///< the text is not a valid mesh
+        too_large   ///< exceeds 32-bit counts or available memory
     };
     Kind kind = none;
     std::string message;
 };
 
-/// Reads all of a file, a pipe, or standard input (path "-").
+/// Reads a whole file, pipe, or standard input (path "-").
 /// Errors: false with `error` set; `text` is then unspecified.
 MHOST_EXPORT bool read_text(const std::string& path, std::string& text, IoError& error);
 
-/// Parses `text`, which the document takes over; `name` stands in messages.
-/// Errors: false with `error` set; the document is then unspecified.
-/// Cost: one pass; memory about twice the text.
+/// Parses `text`, which the document keeps; `name` is the file name in messages.
+/// Errors: false with `error` set; the document is then unspecified. Cost: one pass; memory about
+///         twice the text.
 MHOST_EXPORT bool parse_obj(const std::string& name, std::string text, ObjDocument& document,
                             IoError& error);
 

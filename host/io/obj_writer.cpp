@@ -9,12 +9,12 @@
 namespace host {
 namespace {
 
-/// Numbers of the new `vt` lines by UV index; 0 = unused.
+/// Per UV index the number of its new `vt` line, from 1; 0 if unused.
 using Numbering = std::vector<uint32_t>;
 
 bool same_bits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
-/// Checks the set against the document and numbers the used coordinates from 1.
+/// Validates the UV set and numbers its used coordinates from 1.
 bool number_used(const ObjDocument& document, const ObjUvs& uvs, Numbering& number,
                  std::vector<uint32_t>& used, std::string& error) {
     const size_t count = uvs.u.size();
@@ -71,15 +71,15 @@ public:
             out_.append(text_, done_, offset - done_);
         done_ = offset > done_ ? offset : done_;
     }
-    /// Leaves out the whole line, or lines, of the statement at `offset`.
+    /// Drops all lines of the statement at `offset`.
     void drop_lines(uint64_t offset) {
         copy_to(lexer_.line_start(offset));
         lexer_.seek(offset);
         done_ = lexer_.skip_statement();
     }
     void add_lines(const ObjUvs& uvs, const std::vector<uint32_t>& used);
-    /// Gives the words after the statement's first `skip` ones new texture indices; `next` says
-    /// which, 0 for none.
+    /// Replaces the texture index in each word of the statement after the first `skip` words by
+    /// `next()`, 0 for none.
     template <class Next>
     void patch_words(uint64_t offset, int skip, Next next);
     uint64_t line_start(uint64_t offset) const { return lexer_.line_start(offset); }
@@ -126,7 +126,8 @@ void Patcher::patch_words(uint64_t offset, int skip, Next next) {
         patch(word, next());
 }
 
-/// v -> v/n; v/t/n -> v/k/n; and with no number v/t -> v, v/t/n -> v//n.
+/// Writes a corner with texture index `number`: v and v/t become v/NUMBER, v/t/n becomes
+/// v/NUMBER/n. Without one (0), v/t becomes v and v/t/n becomes v//n.
 void Patcher::patch(std::string_view word, uint32_t number) {
     const size_t slash = word.find('/');
     if (slash == word.npos) {
@@ -143,12 +144,12 @@ void Patcher::patch(std::string_view word, uint32_t number) {
     copy_to(lexer_.offset_of(word) + slash + (number || has_normal ? 1 : 0));
     if (number)
         append(number);
-    // Without a number a corner must not end in slashes: readers take "v/" for a syntax error.
+    // A corner must not end in a slash: for readers "v/" is a syntax error.
     done_ = lexer_.offset_of(word) + (number || has_normal ? texture_end : word.size());
 }
 
-/// The line of the first old coordinate, unless a face stands ahead of it: readers that resolve
-/// indices as they go must find every coordinate defined.
+/// Offset of the first old `vt` line, unless a face comes before it: some readers resolve indices
+/// while they read, so coordinates must come before the faces.
 uint64_t insertion_point(const ObjDocument& document, const Patcher& patcher) {
     for (const ObjStatement& statement : document.statements) {
         if (statement.kind == ObjStatement::texture)

@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-// Where bytes are text unless told otherwise, and descriptors are not inherited anyway.
+// Flags that only some systems have: O_BINARY on Windows, O_CLOEXEC elsewhere.
 #ifndef O_BINARY
 #define O_BINARY 0
 #endif
@@ -19,10 +19,10 @@
 namespace host {
 namespace {
 
-/// Systems differ in how much one call may ask for; all take this much.
+/// Bytes per read call; systems limit it differently, all accept this size.
 constexpr size_t k_max_read = 1u << 30;
 
-/// Reads to the end; a size known beforehand only saves copies, since a file can change meanwhile.
+/// Reads to the end of the file. `expected` only avoids reallocations: the file may grow meanwhile.
 bool read_all(int file, size_t expected, std::string& text) {
     size_t have = 0;
     text.resize(expected + 1);

@@ -26,10 +26,10 @@ struct Statement {
     std::string name;
     std::vector<Token> words;
     Position at;
-    std::string_view text; ///< with its semicolon
+    std::string_view text; ///< including the semicolon
 };
 
-/// Statements one after the other; false at the end.
+/// Splits a scene text into statements. `next` returns false at the end.
 class Statements {
 public:
     Statements(const std::string& text, const std::string& file)
@@ -145,7 +145,8 @@ private:
         notes_.unknown_connections.emplace_back(statement.text);
     }
 
-    /// "a.b" and "|a|b" with names of this file put in the place of those that nodes really got.
+    /// Replaces names in "a.b" or "|a|b" that were taken when their nodes were created by the names
+    /// that the nodes have now.
     std::string renamed(const std::string& name) const {
         if (renames_.empty())
             return name;
@@ -165,11 +166,12 @@ private:
         return result;
     }
 
-    /// Runs a command; false when it refused.
+    /// Runs a command; false if it fails. String words from number `first_name` on can be node
+    /// names.
     bool call(const std::string& name, const std::vector<Token>& words, size_t first_name) {
         std::vector<Value> arguments;
         for (size_t i = 0; i < words.size(); ++i) {
-            // Scenes of later versions announce capacities, which mean nothing here.
+            // Later versions write capacity hints, which have no use here.
             if (is_flag(words[i], "ch", "capacityHint")) {
                 ++i;
                 continue;
@@ -240,7 +242,7 @@ private:
         }
         if (!node_)
             return keep_connection(statement);
-        // Identifiers that a later version gives to nodes.
+        // Later versions write `rename -uid`, which sets a node's identifier.
         if (statement.name == "rename")
             return;
         if (statement.name == "setAttr" && mesh_ && take_geometry(statement))
@@ -249,7 +251,7 @@ private:
             notes_.unknown_settings.emplace_back(node_, std::string(statement.text));
     }
 
-    /// The path of a setAttr, and behind it the values without a type.
+    /// Passes the attribute and the values of a setAttr, without its flags, to the mesh.
     bool take_geometry(const Statement& statement) {
         std::string path;
         std::vector<Token> values;
@@ -272,7 +274,7 @@ private:
         for (size_t i = 0; i < statement.words.size() && name.empty(); ++i) {
             const Token& word = statement.words[i];
             if (word.kind == TokenKind::flag)
-                ++i; // -nodeType, -dataType and their word
+                ++i; // -nodeType and -dataType take a value
             else
                 name = word.text;
         }
@@ -309,7 +311,7 @@ private:
     std::string file_;
     script::Interpreter& interpreter_;
     SceneNotes& notes_;
-    Ref<graph::Node> node_; ///< that settings speak of
+    Ref<graph::Node> node_; ///< the node that setAttr and addAttr refer to
     std::unique_ptr<MeshBlock> mesh_;
     Position block_at_;
     bool in_unknown_ = false;

@@ -20,7 +20,7 @@ using graph::Slot;
 using script::quoted;
 
 constexpr double k_degrees = 57.29577951308232;
-/// Triples of a long list go into blocks that other readers are known to take.
+/// Items per setAttr statement, a number that other readers accept.
 constexpr size_t k_per_block = 166;
 
 class Writer {
@@ -44,7 +44,7 @@ public:
     }
 
 private:
-    // Parents come before what hangs below them, other nodes last.
+    // Parents before their children, then nodes outside the hierarchy.
     void sort_nodes() {
         graph::Scene& scene = graph::Scene::current();
         for (DagNode* node : scene.top_level())
@@ -103,7 +103,7 @@ private:
         for (const auto& setting : notes_.unknown_settings)
             if (setting.first.get() == &node)
                 text_ += "\t" + setting.second + "\n";
-        // Default nodes are there anyway; only what was changed on them is worth a line.
+        // Default nodes always exist: write only those with changed attributes.
         if (node.is_default && text_.size() == head)
             text_.resize(before);
     }
@@ -178,7 +178,7 @@ private:
             text_ += " " + number(*slot.child(i));
     }
 
-    /// Runs of neighbouring elements share a statement.
+    /// Writes consecutive elements in one statement.
     void elements(Slot& slot) {
         const auto& below = slot.below();
         const bool tuples = slot.attribute().tuple != graph::Tuple::none;

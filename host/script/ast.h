@@ -24,12 +24,13 @@ enum class SyntaxKind {
     logical,     ///< left, right; text: && or ||
     conditional, ///< condition, then, otherwise
     assign,      ///< target, assigned; text: = += -= *= /= %= or ^=
-    increment,   ///< target; text: ++ or --; flag: postfix, the result is the value before
+    increment,   ///< target; text: ++ or --; flag: postfix: the result is the value before the
+                 ///< increment
     cast,        ///< operand; type
     array,       ///< items: elements
     vector,      ///< items: three components
     matrix,      ///< items: cells, row by row; count: columns
-    call,        ///< items: arguments; text: name; flag: in function form, `name(...)`
+    call,        ///< items: arguments; text: name; flag: written as a function call, `name(...)`
     catch_,      ///< operand; flag: catchQuiet
     // statements
     block,       ///< items: statements; flag: has a scope of its own

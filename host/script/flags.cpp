@@ -75,7 +75,7 @@ const Flag* Flags::find(const FlagTable& table, const std::string& name) const {
 void Flags::find_mode(const std::vector<Value>& arguments, const FlagTable& table) {
     bool can_query = false, can_edit = false;
     for (const Flag& flag : table) {
-        // A command with a flag of that name gives it a meaning of its own.
+        // A command that has a -query flag of its own has no query mode.
         if (std::strcmp(flag.long_name, "query") == 0)
             return;
         can_query = can_query || std::strchr(flag.modes, 'q');

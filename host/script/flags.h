@@ -1,7 +1,7 @@
 /// Flags of built-in commands: one table per command, parsed strictly.
 ///
-/// A flag that the table does not list is refused by name; so is one that the mode (create, query,
-/// edit) does not allow, a missing value, and a value of the wrong kind. Nothing is ever ignored.
+/// Unknown flags, flags that the mode (create, query, edit) does not allow, missing values and
+/// values of the wrong type are errors that name the flag.
 #pragma once
 
 #include "host/script/interpreter.h"
@@ -14,9 +14,9 @@ namespace host::script {
 struct Flag {
     const char* short_name; ///< without the dash
     const char* long_name;
-    /// One letter per value: b boolean, i int, f float, s string. Empty: the flag stands alone.
+    /// One letter per value: b boolean, i int, f float, s string. Empty if the flag takes no value.
     const char* values = "";
-    /// Where it may stand: c create, q query, e edit. In a query it takes no values.
+    /// Modes that allow it: c create, q query, e edit. In query mode it takes no values.
     const char* modes = "c";
 };
 
@@ -26,16 +26,16 @@ enum class Mode { create, query, edit };
 
 class MHOST_EXPORT Flags {
 public:
-    /// Reads the arguments of a call. `-q/-query` and `-e/-edit` are known to every command whose
-    /// table has a flag for that mode. Throws ScriptFault.
+    /// Reads the arguments of a call. Accepts `-q/-query` and `-e/-edit` if the table has a flag
+    /// for that mode. Throws ScriptFault.
     Flags(const Invocation& call, const FlagTable& table);
 
     Mode mode() const { return mode_; }
     bool query() const { return mode_ == Mode::query; }
     bool edit() const { return mode_ == Mode::edit; }
-    /// By long name.
+    /// Whether the flag was given. Flags are looked up by long name, here and below.
     bool has(const char* name) const;
-    /// Value of the last use. The flag must be there.
+    /// The value at `index` of the flag's last use. Throws ScriptFault if the flag was not given.
     const Value& value(const char* name, size_t index = 0) const;
     std::string text(const char* name, const char* absent) const;
     int32_t integer(const char* name, int32_t absent) const;
@@ -45,12 +45,12 @@ public:
     std::vector<std::vector<Value>> uses(const char* name) const;
     size_t count() const { return uses_.size(); }
 
-    /// What is not a flag or a flag's value.
+    /// Arguments that are neither flags nor values of flags.
     const std::vector<Value>& operands() const { return operands_; }
     StringArray names() const;
-    /// The long names of all flags given, in order; for a query this says what is asked.
+    /// Long names of all flags given, in order; in query mode the properties asked for.
     std::vector<std::string> given() const;
-    /// Throws unless min <= operands <= max.
+    /// Throws ScriptFault unless the number of operands is between `min` and `max`.
     void require_operands(size_t min, size_t max) const;
 
 private:
@@ -69,9 +69,9 @@ private:
     std::vector<Value> operands_;
 };
 
-/// True when an argument is written as a flag: a string that is a dash and then a letter.
+/// Whether an argument is a flag: a string that starts with a dash and a letter.
 MHOST_EXPORT bool is_flag(const Value& value);
-/// on/off, yes/no, true/false or a number. Throws when it is none.
+/// Reads on/off, yes/no, true/false or a number. Throws ScriptFault for any other value.
 MHOST_EXPORT bool boolean_from(const Value& value);
 
 } // namespace host::script

@@ -1,4 +1,4 @@
-/// Shared by the files that define functions of the script language.
+/// Helpers for the files that define functions of the script language.
 #pragma once
 
 #include "host/script/interpreter.h"
@@ -11,11 +11,12 @@ void add_core_functions(Interpreter& interpreter);
 void add_text_functions(Interpreter& interpreter);
 void add_math_functions(Interpreter& interpreter);
 
-/// Throws "Wrong number of arguments on call to NAME: ..." unless min <= count <= max.
+/// Throws ScriptFault "Wrong number of arguments on call to NAME: ..." unless the number of
+/// arguments is between `min` and `max`.
 void require_arguments(const Invocation& call, size_t min, size_t max);
 
-/// The array argument at a position, shared with the caller's variable. Throws when it is none or
-/// of another element type.
+/// Returns the argument at `index`, an array shared with the caller's variable. Throws ScriptFault
+/// if it is not an array of `basic`.
 Value& array_argument(Invocation& call, size_t index, Basic basic);
 
 } // namespace host::script

@@ -122,7 +122,8 @@ void add_core_functions(Interpreter& interpreter) {
     interpreter.add_command("size", size);
     interpreter.add_command("clear", clear);
     interpreter.add_command("eval", eval);
-    interpreter.add_command("evalDeferred", eval); // there is no idle time to wait for
+    interpreter.add_command("evalDeferred",
+                            eval); // runs at once: scripts run without an event loop
     interpreter.add_command("source", source);
     interpreter.add_command("exists", exists);
     interpreter.add_command("whatIs", what_is);

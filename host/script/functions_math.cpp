@@ -88,7 +88,7 @@ Value cross(Invocation& call) {
     return apply("^", call.arguments[0].to_vector(), call.arguments[1].to_vector());
 }
 
-/// A generator of its own per interpreter; the same seed gives the same numbers everywhere.
+/// Each interpreter has its own generator; a seed determines the numbers on every platform.
 void add_random(Interpreter& interpreter) {
     auto generator = std::make_shared<std::mt19937>(1u);
     interpreter.add_command("seed", [generator](Invocation& call) -> Value {

@@ -34,7 +34,7 @@ Value gmatch(Invocation& call) {
     return fits_wildcards(text_argument(call, 1), text_argument(call, 0));
 }
 
-/// Pieces between any of the delimiters, empty ones left out.
+/// Splits a text at any of the delimiter characters; drops empty pieces.
 StringArray pieces(const std::string& text, const std::string& delimiters) {
     StringArray found;
     size_t start = text.find_first_not_of(delimiters);
@@ -151,7 +151,7 @@ Value string_to_array(Invocation& call) {
     return pieces(text_argument(call, 0), text_argument(call, 1));
 }
 
-/// `format -stringArg a -stringArg b "^1s and ^2s"`.
+/// `format -stringArg a -stringArg b "^1s and ^2s"` returns "a and b".
 Value format(Invocation& call) {
     StringArray values;
     std::string pattern;

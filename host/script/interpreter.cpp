@@ -10,7 +10,7 @@ namespace host::script {
 
 namespace {
 
-/// Calls within calls; a runaway recursion ends with an error well before the stack does.
+/// Limit on nested calls, so that endless recursion is an error and not a stack overflow.
 constexpr int k_max_call_depth = 200;
 
 bool readable(const std::string& path) {
@@ -73,8 +73,7 @@ Value Interpreter::run(std::string_view text, const std::string& file) {
         last_ = Value();
         if (execute_top(statement) == Flow::return_)
             return frame.result;
-        if (statement->kind !=
-            SyntaxKind::expression) // a loop is worth nothing, whatever ran in it
+        if (statement->kind != SyntaxKind::expression) // only expressions have a result
             last_ = Value();
     }
     return last_;
@@ -208,7 +207,8 @@ Interpreter::Flow Interpreter::execute_kind(const SyntaxNode& node) {
 }
 
 Interpreter::Flow Interpreter::execute_block(const SyntaxNode& node) {
-    // An empty statement and the head of a for loop are blocks without a scope of their own.
+    // Empty statements and the init and step lists of a for loop are blocks without their own
+    // scope.
     if (!node.flag) {
         for (const SyntaxNodePtr& statement : node.items)
             execute(*statement);
@@ -381,14 +381,14 @@ Value Interpreter::call_node(const SyntaxNode& node) {
 }
 
 Value Interpreter::call(const std::string& name, std::vector<Value> arguments) {
-    // A copy: a redefinition while it runs must not pull it away.
+    // Copied, because the procedure may be redefined while it runs.
     const Procedure known = find_procedure(name);
     if (known.node)
         return call_procedure(known, std::move(arguments));
     const auto command = commands_.find(name);
     if (command != commands_.end()) {
         Invocation invocation{*this, name, std::move(arguments)};
-        const Command run = command->second; // it may unregister itself
+        const Command run = command->second; // copied, because the command may remove itself
         return run(invocation);
     }
     const std::string script = find_script(name);
@@ -415,7 +415,7 @@ Value Interpreter::call_procedure(const Procedure& procedure, std::vector<Value>
     frame.scopes.emplace_back();
     for (size_t i = 0; i < arguments.size(); ++i) {
         const SyntaxNode& parameter = *node.items[i];
-        // An array of the right type stays shared: the language hands it over by reference.
+        // An array of the parameter's type stays shared: the language passes arrays by reference.
         Value value = arguments[i].type() == parameter.type
                           ? std::move(arguments[i])
                           : arguments[i].converted(parameter.type);

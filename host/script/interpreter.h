@@ -1,9 +1,9 @@
 /// Runs the script language: variables, expressions, control flow, procedures, and the table of
 /// commands that the host and its plug-ins add.
 ///
-/// Not thread-safe. Errors travel as ScriptError with file, line and column; whoever calls `run`
-/// from outside reports them. Text is parsed as a whole before its first statement runs, so a
-/// syntax error leaves nothing half done.
+/// Not thread-safe. Errors are thrown as ScriptError with file, line and column; the caller of
+/// `run` reports them. A text is parsed completely before its first statement runs, so a syntax
+/// error has no side effects.
 #pragma once
 
 #include "host/script/ast.h"
@@ -18,21 +18,22 @@ namespace host::script {
 
 class Interpreter;
 
-/// Where scripts talk to.
+/// Receives the output of scripts.
 class MHOST_EXPORT Output {
 public:
     virtual ~Output() = default;
     virtual void print(const std::string& text) = 0;   ///< as is, no newline added
     virtual void warning(const std::string& text) = 0; ///< one line, without a prefix
-    virtual void error(const std::string& text) = 0;   ///< one line, with FILE:LINE:COLUMN
+    virtual void error(const std::string& text) = 0;   ///< one line, starts with FILE:LINE:COLUMN
 };
 
 /// One call of a command.
 struct MHOST_EXPORT Invocation {
     Interpreter& interpreter;
     std::string name;
-    std::vector<Value> arguments; ///< arrays unexpanded; flags as the strings they were typed as
-    /// Arrays expanded to one value per element, as commands (not functions) see their arguments.
+    std::vector<Value> arguments; ///< arrays unexpanded; flags as strings with their dash
+    /// The arguments with each array replaced by its elements, as commands (not functions) take
+    /// them.
     std::vector<Value> expanded() const;
 };
 
@@ -43,9 +44,10 @@ class MHOST_EXPORT Interpreter {
 public:
     explicit Interpreter(Output& output);
 
-    /// Runs statements at global scope; gives the last statement's result. Throws ScriptError.
+    /// Runs statements at global scope. Returns the result of the last one. Throws ScriptError.
     Value run(std::string_view text, const std::string& file);
-    /// Runs a file found as given or on the script path. Throws ScriptFault when there is none.
+    /// Runs a file, looked up as given and then on the script path. Throws ScriptFault if not
+    /// found.
     void source(const std::string& name);
     /// Calls a procedure or command by name, as a statement would.
     Value call(const std::string& name, std::vector<Value> arguments);
@@ -55,14 +57,15 @@ public:
 
     enum class Known { no, command, procedure, script };
     Known find(const std::string& name) const;
-    /// The file of a procedure, or where the script path has NAME.mel; empty if neither.
+    /// The file that defines a procedure, else the NAME.mel found on the script path, else empty.
     std::string place_of(const std::string& name) const;
 
-    /// Directories searched for NAME.mel when a name is unknown, first match wins.
+    /// Directories searched in order for the NAME.mel that defines an unknown procedure NAME.
     std::vector<std::string>& script_path() { return script_path_; }
     Output& output() { return output_; }
-    /// Wraps every statement of the outermost text: gets the name of what it calls (empty if
-    /// nothing) and must run it. Undo entries are made here.
+    /// Called around every statement of the outermost text, to make it an undo entry. Receives the
+    /// name of the command or procedure that the statement calls (empty if it is no call) and must
+    /// call `run`.
     using Wrapper = std::function<void(const std::string& name, const std::function<void()>& run)>;
     void set_wrapper(Wrapper wrapper) { wrapper_ = std::move(wrapper); }
     /// Names of all commands in byte order, for completion.
@@ -81,15 +84,17 @@ private:
     using UnitPtr = std::shared_ptr<UnitState>;
     struct Procedure {
         UnitPtr unit;
-        SyntaxNodePtr node; ///< null: not found
+        SyntaxNodePtr node; ///< null if not found
     };
     struct UnitState {
         std::shared_ptr<const Unit> unit;
-        std::unordered_map<std::string, SyntaxNodePtr> locals; ///< procedures without `global`
+        std::unordered_map<std::string, SyntaxNodePtr>
+            locals; ///< procedures local to the file, by name
     };
     struct Frame {
         UnitPtr unit;
-        bool top = false; ///< global scope: names fall through to the global variables
+        bool top =
+            false; ///< at global scope: names not found in `scopes` are looked up in globals_
         Type result_type;
         Value result;
         std::vector<Scope> scopes;
@@ -148,13 +153,14 @@ private:
     int depth_ = 0;
 };
 
-/// left OP right for + - * / % ^ == != < > <= >=. Throws ScriptFault.
+/// Returns `left op right` for the operators + - * / % ^ == != < > <= >=. Throws ScriptFault if the
+/// operand types do not fit.
 MHOST_EXPORT Value apply(const std::string& op, const Value& left, const Value& right);
 
-/// The functions of the language itself: strings, arrays, mathematics, eval, source.
+/// Adds the functions of the language itself: strings, arrays, mathematics, eval, source.
 void add_language_functions(Interpreter& interpreter);
 
-/// The whole content of a script file. Throws ScriptFault when it cannot be read.
+/// Returns the content of a script file. Throws ScriptFault if it cannot be read.
 MHOST_EXPORT std::string read_script(const std::string& path);
 
 } // namespace host::script

@@ -274,7 +274,7 @@ Value Interpreter::evaluate_assign(const SyntaxNode& node) {
     }
     if (target.kind == SyntaxKind::variable && node.text == "+=") {
         Variable& found = variable(target.text);
-        if (found.value.is_string()) { // in place, or building a text would be quadratic
+        if (found.value.is_string()) { // append in place: building a long text stays linear
             found.value.text() += value.to_string();
             return found.value;
         }

@@ -17,11 +17,11 @@ bool is_letter(char c) {
 bool is_name(char c) { return is_letter(c) || is_digit(c); }
 bool is_space(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
 
-/// What a bare argument may hold: node and plug names, paths, patterns.
+/// Characters of an unquoted argument: node and plug names, paths, patterns.
 bool is_word(char c) { return is_name(c) || (c != '\0' && std::strchr(".:|*?[],~@#", c)); }
 bool starts_word(char c) { return is_letter(c) || (c != '\0' && std::strchr(".:|*?", c)); }
 
-/// Longest first.
+/// Longest first, so that "<=" is not read as "<".
 constexpr const char* k_operators[] = {"...", "++", "--", "+=", "-=", "*=", "/=", "%=", "^=", "==",
                                        "!=",  "<=", ">=", "&&", "||", "<<", ">>", "+",  "-",  "*",
                                        "/",   "%",  "^",  "=",  "<",  ">",  "!",  "?",  ":",  ";",
@@ -205,7 +205,7 @@ Token Lexer::read_argument(size_t& cursor) const {
         Token number = read_number(cursor);
         if (!is_word(at(cursor)) || signed_number)
             return number;
-        cursor = start; // "2d.x" and the like are words
+        cursor = start; // a word such as "2d.x"
     }
     Token token;
     if (c == '-' && is_letter(after)) {
@@ -232,8 +232,8 @@ Token Lexer::read_expression(size_t& cursor) const {
     if (is_digit(at(cursor)) || (at(cursor) == '.' && is_digit(at(cursor + 1))))
         return read_number(cursor);
     if (is_letter(at(cursor))) {
-        // A colon belongs to the name only between two letters: "a:b" is a namespace, "a ? b : c"
-        // not.
+        // A colon directly before a letter separates a namespace, as in "a:b", but not in "a ? b :
+        // c"; after "default" it ends a case label.
         while (is_name(at(cursor)) || (at(cursor) == ':' && is_letter(at(cursor + 1)) &&
                                        text_.compare(start, cursor - start, "default") != 0))
             ++cursor;

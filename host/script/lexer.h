@@ -1,6 +1,6 @@
 /// Splits script text into tokens. The language reads the same characters in two ways: in an
 /// expression `a-b` is a subtraction, as an argument of a command `pCube1.vtx[0:3]` is one word and
-/// `-n` a flag. The parser says which way it wants the next token.
+/// `-n` a flag. The parser chooses the way for each token.
 #pragma once
 
 #include "host/script/value.h"
@@ -17,7 +17,7 @@ struct Position {
     uint32_t column = 1;
 };
 
-/// A fault with its place, ready to be shown: what() is "FILE:LINE:COLUMN: TEXT".
+/// An error with its position: what() is "FILE:LINE:COLUMN: TEXT".
 class MHOST_EXPORT ScriptError : public std::runtime_error {
 public:
     ScriptError(const std::string& file, Position at, const std::string& text);
@@ -29,7 +29,7 @@ private:
 
 enum class TokenKind {
     end,
-    punctuation, ///< text holds the operator
+    punctuation, ///< text: the operator
     name,        ///< identifier, namespaces included
     variable,    ///< text without the dollar sign
     integer,
@@ -44,7 +44,7 @@ struct Token {
     std::string text;
     Value number; ///< of integer and real
     Position at;
-    bool spaced = false; ///< white space or a comment stands before it
+    bool spaced = false; ///< preceded by white space or a comment
     bool is(const char* punctuation) const {
         return kind == TokenKind::punctuation && text == punctuation;
     }
@@ -54,17 +54,18 @@ enum class Reading { expression, argument };
 
 class MHOST_EXPORT Lexer {
 public:
-    /// The text must outlive the lexer. `file` names it in errors.
+    /// `text` must outlive the lexer. `file` is the file name in errors.
     Lexer(std::string_view text, std::string file);
 
-    /// The next token, not consumed. Throws ScriptError on text that is no token.
+    /// Returns the next token without consuming it. Throws ScriptError if the text is not a valid
+    /// token.
     const Token& peek(Reading reading);
     Token take(Reading reading);
 
-    /// A place to return to, for the few constructs that need a second look.
+    /// The current offset, for `rewind` in constructs that need lookahead.
     size_t mark() const { return taken_; }
     void rewind(size_t mark);
-    /// Where the next token starts, white space and comments skipped.
+    /// Offset of the next token, past white space and comments.
     size_t offset_of_next() const { return skip_space(taken_); }
     Position position_of(size_t offset) const;
     const std::string& file() const { return file_; }

@@ -1,21 +1,21 @@
-/// Recursive descent over the lexer's two readings. A statement that starts with a name is a
-/// command (bare words and flags follow) unless it reads as a complete function call `name(...)`.
-/// Shared by the parser's two sources only.
+/// Recursive descent parser. A statement that starts with a name is a command, followed by words
+/// and flags, unless it is a complete function call `name(...)`. Included by the parser's two
+/// source files only.
 #pragma once
 
 #include "host/script/ast.h"
 
 namespace host::script {
 
-/// Deeper nesting than any person writes; the limit keeps hostile text from exhausting the stack.
+/// Limit on nested blocks and expressions, so that malicious text cannot overflow the stack.
 inline constexpr int k_max_nesting = 200;
 
 inline constexpr Reading k_expr = Reading::expression;
 inline constexpr Reading k_arg = Reading::argument;
 
-/// int, float, string, vector, matrix.
+/// Parses a type name: int, float, string, vector or matrix. False for any other text.
 bool type_named(const std::string& text, Basic& basic);
-/// true, on, yes and their opposites.
+/// Parses true, on, yes as 1 and false, off, no as 0. False for any other text.
 bool constant_named(const std::string& text, Value& value);
 
 class Parser {
@@ -76,7 +76,8 @@ private:
     SyntaxNodePtr if_statement();
     SyntaxNodePtr for_loop();
 
-    /// Comma-separated expressions of a for head; the first list may declare a variable.
+    /// Comma-separated expressions of a for statement, up to `closing`; the first list may declare
+    /// a variable.
     SyntaxNodePtr expression_list(const char* closing, bool may_declare);
     SyntaxNodePtr while_loop();
     SyntaxNodePtr do_loop();
@@ -84,7 +85,7 @@ private:
     SyntaxNodePtr return_statement();
     SyntaxNodePtr procedure_or_global();
 
-    /// `int $a = 1;` declares, `int($a);` is a cast nobody uses.
+    /// `int $a = 1;` is a declaration, `int($a);` a cast whose result is discarded.
     SyntaxNodePtr declaration_or_cast(const Token& token);
     SyntaxNodePtr declarators(Basic basic, bool global, Position at);
 
@@ -94,14 +95,14 @@ private:
 
     // --- commands -----------------------------------------------------------------------------
 
-    /// At a name. Inside back-quotes a back-quote ends the command.
+    /// The next token is a name. `quoted`: inside back-quotes, where a back-quote ends the command.
     SyntaxNodePtr command_or_call(bool quoted);
 
     bool ends_command(bool quoted);
     SyntaxNodePtr argument();
 
-    /// `$a`, `$a[1]`, `$v.x`: subscripts join only without a space, as in `$a [0]` they would be
-    /// the next argument.
+    /// `$a`, `$a[1]`, `$v.x`. A subscript must follow without a space: in `$a [0]`, `[0]` is the
+    /// next argument.
     SyntaxNodePtr argument_variable(const Token& token);
     SyntaxNodePtr call_arguments(const Token& name);
     SyntaxNodePtr catch_expression(const Token& name);
@@ -133,7 +134,7 @@ private:
     SyntaxNodePtr array_literal(const Token& token);
     SyntaxNodePtr vector_literal(const Token& token);
 
-    /// `>` would be read as a comparison; vectors hold sums, not comparisons.
+    /// Vector components exclude comparisons, because `>` would end the vector.
     SyntaxNodePtr expression_in_vector() { return binary(4); }
 
     void check_shape(const SyntaxNode& node) const;

@@ -9,7 +9,7 @@ namespace {
 
 namespace re = std::regex_constants;
 
-/// The same sentences as other systems have for a pattern that is none.
+/// Error texts for invalid patterns, worded as by the POSIX library.
 struct Reason {
     re::error_type code;
     const char* text;
@@ -33,8 +33,8 @@ const char* reason_of(re::error_type code) {
     return "Invalid regular expression";
 }
 
-/// One character against the set that begins behind a '['; gives the place behind the set, or npos
-/// when the set has no end.
+/// Matches `c` against the character set that starts at `at`, after the '['. Returns the offset
+/// after the set, or npos if the ']' is missing.
 size_t fits_set(const std::string& pattern, size_t at, char c, bool& fits) {
     const bool excludes = at < pattern.size() && (pattern[at] == '!' || pattern[at] == '^');
     at += excludes;
@@ -54,8 +54,8 @@ size_t fits_set(const std::string& pattern, size_t at, char c, bool& fits) {
     return at < pattern.size() ? at + 1 : std::string::npos;
 }
 
-/// One character of the text against the next piece of the pattern, which is no '*'; moves behind
-/// the piece.
+/// Matches `c` against the pattern element at `at` (a character, '?' or a set, not '*') and moves
+/// `at` past it.
 bool fits_one(const std::string& pattern, size_t& at, char c) {
     const char piece = pattern[at++];
     if (piece == '?')
@@ -64,7 +64,7 @@ bool fits_one(const std::string& pattern, size_t& at, char c) {
         bool fits = false;
         const size_t end = fits_set(pattern, at, c, fits);
         if (end == std::string::npos)
-            return c == '['; // no set after all
+            return c == '['; // without a ']' the '[' is an ordinary character
         at = end;
         return fits;
     }
@@ -90,7 +90,7 @@ bool find_pattern(const std::string& pattern, const std::string& text, size_t& f
     }
 }
 
-/// Only the last '*' is ever gone back to: an earlier one could take no more than that one gives.
+/// Backtracks to the last '*' only: letting an earlier one match more text never helps.
 bool fits_wildcards(const std::string& pattern, const std::string& text) {
     size_t at = 0, i = 0;
     size_t star = std::string::npos, star_text = 0;

@@ -19,7 +19,7 @@ graph::Node& selected_node() {
     return *selection.back().node;
 }
 
-/// A transform without the attribute stands for its first shape that has it.
+/// Finds a plug on a node or, if a transform lacks it, on its first shape that has it.
 graph::Slot* find_plug(graph::Node& node, const std::string& path) {
     if (graph::Slot* plug = node.find_plug(path))
         return plug;
@@ -50,7 +50,7 @@ graph::Slot& existing(graph::Node& node, const std::string& path) {
     return *plug;
 }
 
-/// Replaces "[a:b]" by each index in turn, the leftmost range slowest.
+/// Appends the plugs of a path with ranges such as "[a:b]"; the rightmost range varies fastest.
 void expand(graph::Node& node, const std::string& path, std::vector<graph::Slot*>& plugs) {
     size_t open = path.find('[');
     while (open != std::string::npos) {
@@ -62,7 +62,7 @@ void expand(graph::Node& node, const std::string& path, std::vector<graph::Slot*
             if (first < 0 || last < first || plugs.size() + uint64_t(last - first) > k_max_plugs)
                 throw ScriptFault("The range in \"" + path + "\" is not valid.");
             const std::string head = path.substr(0, open + 1), tail = path.substr(close);
-            // The elements of one array, without looking the path up again for each of them.
+            // A range at the end of the path: look the array up once, not once per element.
             if (tail == "]") {
                 graph::Slot& array = existing(node, path.substr(0, open));
                 if (!array.is_array())

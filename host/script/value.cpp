@@ -9,7 +9,7 @@ namespace host::script {
 
 namespace {
 
-/// An index no script needs; a typing slip must not ask for all memory.
+/// Limit on array indices, so that a typing error does not exhaust the memory.
 constexpr int32_t k_max_array_index = 100'000'000;
 
 [[noreturn]] void no_conversion(Type from, Type to) {

@@ -1,9 +1,9 @@
 /// Values of the script language: int (32 bits), float (a double), string, vector, matrix, and
 /// arrays of the first four.
 ///
-/// Scalars behave as values. An array is shared by every Value that was copied from it, because the
-/// language hands arrays to procedures by reference; an assignment makes a `clone`.
-/// Conversions follow the language's rules and throw ScriptFault when there is none.
+/// Scalars are copied with the Value. Copies of an array Value share the array, because the
+/// language passes arrays to procedures by reference; assignment copies it with `converted`.
+/// Conversions that the language does not have throw ScriptFault.
 #pragma once
 
 #include <maya/MTypes.h>
@@ -18,7 +18,7 @@
 
 namespace host::script {
 
-/// What went wrong, without a place; the interpreter adds file, line and column.
+/// An error without a position; the interpreter adds file, line and column.
 class MHOST_EXPORT ScriptFault : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -35,7 +35,7 @@ struct Type {
     bool operator!=(const Type& other) const { return !(*this == other); }
 };
 
-/// As the language spells it: "int", "string[]"; "void" for none.
+/// As the language spells it: "int", "string[]"; "void" for Basic::none.
 MHOST_EXPORT std::string to_text(Type type);
 
 struct Vector {
@@ -68,27 +68,29 @@ public:
     Value(StringArray value) : data_(std::make_shared<StringArray>(std::move(value))) {}
     Value(VectorArray value) : data_(std::make_shared<VectorArray>(std::move(value))) {}
 
-    /// 0, 0.0, "", <<0,0,0>>, or an empty array.
+    /// The default value of a type: 0, 0.0, "", <<0,0,0>>, or an empty array.
     static Value zero(Type type);
 
     Type type() const;
     bool is_none() const { return std::holds_alternative<std::monostate>(data_); }
     bool is_string() const { return std::holds_alternative<std::string>(data_); }
     bool is_number() const;
-    /// Elements of an array, 1 for everything else.
+    /// Number of elements of an array; 1 for any other value.
     size_t size() const;
 
-    /// Text to number reads the longest numeric prefix, 0 without one; number to int truncates.
+    /// A string converts to the number in its longest numeric prefix, 0 if it has no such prefix; a
+    /// float is truncated to an int.
     int32_t to_int() const;
     double to_real() const;
-    /// A float prints with up to ten significant digits, an array throws.
+    /// Floats have up to ten significant digits. Throws for an array.
     std::string to_string() const;
     Vector to_vector() const;
     bool truth() const;
-    /// The value converted to a type, arrays copied. Throws "Cannot convert data of type A to type
-    /// B."
+    /// Returns a copy converted to `type`; its array is not shared. Throws "Cannot convert data of
+    /// type A to type B."
     Value converted(Type type) const;
-    /// Array elements; past the end a read gives the type's zero and a write grows the array.
+    /// Reads or writes an element. Past the end a read returns the type's zero and a write grows
+    /// the array.
     Value element(int32_t index) const;
     void set_element(int32_t index, const Value& value);
     void append(const Value& value);
@@ -102,13 +104,13 @@ public:
     const T& as() const {
         return *std::get<std::shared_ptr<T>>(data_);
     }
-    /// The text of a string value. Throws std::bad_variant_access for any other.
+    /// The text of a string value. Throws std::bad_variant_access for any other type.
     const std::string& text() const { return std::get<std::string>(data_); }
     std::string& text() { return std::get<std::string>(data_); }
 
-    /// What `print` writes: arrays one element a line, each with its newline.
+    /// The output of `print`: an array as one line per element, each ending in a newline.
     std::string printed() const;
-    /// Every element as text; one entry for a scalar, none for no value.
+    /// Each element as text; one entry for a scalar, an empty array for void.
     StringArray flattened() const;
 
 private:
@@ -118,10 +120,10 @@ private:
         data_;
 };
 
-/// A text as a string literal of the language, escapes and quotes included.
+/// Returns a text as a string literal of the language, with quotes and escapes.
 MHOST_EXPORT std::string quoted(const std::string& text);
 
-/// A float the way the language prints it.
+/// A float as the language prints it, with up to ten significant digits.
 MHOST_EXPORT std::string real_to_text(double value);
 
 } // namespace host::script
