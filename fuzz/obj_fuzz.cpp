@@ -9,6 +9,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         test::check_obj_bytes(std::string(reinterpret_cast<const char*>(data), size));
     if (broken.empty())
         return 0;
-    std::fprintf(stderr, "broken promise: %s\n", broken.c_str());
+    std::fprintf(stderr, "violated property: %s\n", broken.c_str());
     std::abort();
 }

@@ -32,8 +32,8 @@ struct IoError {
 MHOST_EXPORT bool read_text(const std::string& path, std::string& text, IoError& error);
 
 /// Parses `text`, which the document keeps; `name` is the file name in messages.
-/// Errors: false with `error` set; the document is then unspecified. Cost: one pass; memory about
-///         twice the text.
+/// Errors: false with `error` set; the document is then unspecified.
+/// Cost:   one pass; memory about twice the text.
 MHOST_EXPORT bool parse_obj(const std::string& name, std::string text, ObjDocument& document,
                             IoError& error);
 

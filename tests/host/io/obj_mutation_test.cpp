@@ -15,7 +15,7 @@ const char* const k_seeds[] = {
     "v 0 0 0\nv 1 0 0\nv 0 1 0\nvt nan 1\nvt 1 2\nf 1/1 2/2 3/1 1/2 3/2 2\nfo 3 2 1\n",
 };
 
-/// Pieces that a hostile file is made of.
+/// Text inserted by mutations.
 const std::string k_pieces[] = {"\n",    "\\\n", "/",
                                 "//",    "-",    "f ",
                                 "v ",    "vt ",  "#",
@@ -52,7 +52,7 @@ private:
             if (at < text.size())
                 text[at] = static_cast<char>(random_());
             break;
-        default: // a part moves elsewhere
+        default: // copy a part to another place
             text.insert(at, text.substr(below(text.size() + 1), 1 + below(20)));
         }
     }
@@ -60,7 +60,7 @@ private:
     std::mt19937 random_;
 };
 
-TEST(ObjMutation, AnyBytesAreRefusedWithAReasonOrSurviveARoundTrip) {
+TEST(ObjMutation, MutatedFilesAreRejectedWithAMessageOrSurviveARoundTrip) {
     size_t accepted = 0;
     for (uint32_t seed = 0; seed < 40000; ++seed) {
         const std::string text = Mutator(seed).mutated();
@@ -70,7 +70,7 @@ TEST(ObjMutation, AnyBytesAreRefusedWithAReasonOrSurviveARoundTrip) {
         host::IoError error;
         accepted += host::parse_obj("m.obj", text, document, error);
     }
-    // Both answers occur often, so that the test means something.
+    // Both outcomes must be frequent for the test to be meaningful.
     EXPECT_GT(accepted, 8000u);
     EXPECT_LT(accepted, 32000u);
 }

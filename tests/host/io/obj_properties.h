@@ -1,5 +1,5 @@
-/// What must hold for any bytes at all that are handed to the OBJ reader: shared by the mutation
-/// test and the fuzz target.
+/// Properties of the OBJ reader and writer that hold for any input, for the mutation test and the
+/// fuzz target.
 #pragma once
 
 #include "host/io/obj_reader.h"
@@ -11,8 +11,8 @@
 
 namespace test {
 
-/// The first promise of the reader that `document` breaks, or "".
-inline std::string broken_promise(const host::ObjDocument& document) {
+/// Returns the first invariant that `document` violates, or "".
+inline std::string violated_invariant(const host::ObjDocument& document) {
     if (document.polygon_count() == 0)
         return "accepted without polygons";
     if (document.corner_begin.front() != 0 ||
@@ -33,7 +33,7 @@ inline std::string broken_promise(const host::ObjDocument& document) {
     return "";
 }
 
-/// A set that maps every third corner to nothing and the others to coordinates of their own.
+/// A UV set with a separate coordinate for each corner, and none for every third corner.
 inline host::ObjUvs fresh_uvs(const host::ObjDocument& document) {
     host::ObjUvs uvs;
     for (size_t c = 0; c < document.corner_vertex.size(); ++c) {
@@ -47,14 +47,14 @@ inline host::ObjUvs fresh_uvs(const host::ObjDocument& document) {
     return uvs;
 }
 
-/// Reads `text`; what is accepted must survive being written and read again with other coordinates.
-/// The first promise that is broken, or "".
+/// Reads `text`. If it is valid, writes it with other texture coordinates and reads it again.
+/// Returns the first violated property, or "".
 inline std::string check_obj_bytes(const std::string& text) {
     host::ObjDocument before, after;
     host::IoError error;
     if (!host::parse_obj("m.obj", text, before, error))
         return error.kind == host::IoError::none || error.message.empty() ? "refused silently" : "";
-    const std::string broken = broken_promise(before);
+    const std::string broken = violated_invariant(before);
     if (!broken.empty())
         return broken;
     const host::ObjUvs uvs = fresh_uvs(before);

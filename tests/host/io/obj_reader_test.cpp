@@ -25,7 +25,7 @@ ObjDocument read(const std::string& text) {
     return document;
 }
 
-/// The message a text is refused with.
+/// The error message for a text that cannot be read.
 std::string refusal(const std::string& text) {
     ObjDocument document;
     IoError error;
@@ -68,7 +68,7 @@ TEST(ObjReader, MeshWithoutTextureIndicesHasNoUvs) {
     EXPECT_FALSE(read(k_vertices + "vt 0 0\n" + k_faces).has_uvs());
 }
 
-TEST(ObjReader, NegativeIndicesCountBackFromTheLine) {
+TEST(ObjReader, NegativeIndicesCountBackFromTheCurrentLine) {
     expect_cube(read(k_vertices + "f -8 -5 -6 -7\nf -4 -3 -2 -1\nf -8 -7 -3 -4\nf -7 -6 -2 -3\n"
                                   "f -6 -5 -1 -2\nf -5 -8 -4 -1\n"));
     const ObjDocument d = read("v 0 0 0\nv 1 0 0\nv 0 1 0\nf -3 -2 -1\nv 0 0 1\nf -3 -2 -1\n");
@@ -76,7 +76,7 @@ TEST(ObjReader, NegativeIndicesCountBackFromTheLine) {
     EXPECT_EQ((std::vector<uint32_t>{1, 2, 3}), corners(d, 1));
 }
 
-TEST(ObjReader, CornerFormsMayBeMixedInOneFace) {
+TEST(ObjReader, CornersOfDifferentFormsCanBeMixedInAFace) {
     const ObjDocument d =
         read(k_vertices + "vt 0 0\nvt 1 0\nvn 0 0 1\nf 1 4/1 3//1 2/2/1\nf 5/1/ 6/ 7// 8/-1/-1\n");
     EXPECT_EQ((std::vector<uint32_t>{0, 3, 2, 1}), corners(d, 0));
@@ -84,15 +84,15 @@ TEST(ObjReader, CornerFormsMayBeMixedInOneFace) {
               d.corner_texture);
 }
 
-TEST(ObjReader, WindowsLineEndsReadAsPlainOnes) {
+TEST(ObjReader, WindowsLineEndsAreAccepted) {
     expect_cube(read(replaced(k_vertices + k_faces, "\n", "\r\n")));
 }
 
-TEST(ObjReader, LoneCarriageReturnsEndLinesWhenThereIsNoLineFeed) {
+TEST(ObjReader, CarriageReturnsEndLinesInATextWithoutLineFeeds) {
     expect_cube(read(replaced(k_vertices + k_faces, "\n", "\r")));
 }
 
-TEST(ObjReader, ByteOrderMarkTabsBlanksExponentsAndPlusSigns) {
+TEST(ObjReader, ByteOrderMarkTabsBlanksExponentsAndPlusSignsAreAccepted) {
     std::string text = "\xEF\xBB\xBFv\t 0  +0\t0E+0  \n";
     text += replaced(replaced(k_vertices.substr(8), " 1", "\t +1E-0"), " 0", "  -0.0e1");
     const ObjDocument d = read(text + replaced(k_faces, " ", "  \t"));
@@ -106,15 +106,15 @@ TEST(ObjReader, BackslashJoinsLines) {
     expect_cube(read(replaced(k_vertices + replaced(k_faces, " ", "\\\n "), "\n", "\r\n")));
 }
 
-TEST(ObjReader, BackslashAtTheEndOfACommentJoinsNothing) {
+TEST(ObjReader, BackslashAtTheEndOfACommentDoesNotJoinLines) {
     expect_cube(read("# made in C:\\models\\\n" + k_vertices + k_faces));
 }
 
-TEST(ObjReader, BackslashElsewhereIsNoNumber) {
+TEST(ObjReader, BackslashInsideALineIsAnError) {
     EXPECT_EQ("m.obj:1: vertex 1: '0\\' is not a number", refusal("v 0\\ 0 0\n" + k_faces));
 }
 
-TEST(ObjReader, CommentsMayFollowNumbers) {
+TEST(ObjReader, CommentsCanFollowNumbers) {
     expect_cube(read(replaced(k_vertices, "\n", " # corner\n") + replaced(k_faces, "\n", "#\n")));
 }
 
@@ -123,7 +123,7 @@ TEST(ObjReader, LongLinesAreRead) {
                      std::string(200000, 'n') + "\n" + k_faces));
 }
 
-TEST(ObjReader, NulBytesBetweenLinesAndInCommentsAreBlank) {
+TEST(ObjReader, NulBytesBetweenLinesAndInCommentsAreSkipped) {
     std::string text = replaced(k_vertices, "\nv 1", std::string("\n\0v 1", 5)) + k_faces;
     text += std::string("# a\0b\n\0\0\0", 9);
     expect_cube(read(text));
@@ -143,9 +143,9 @@ TEST(ObjReader, UnknownStatementsAreSkipped) {
     EXPECT_TRUE(d.warnings.empty());
 }
 
-TEST(ObjReader, FacesMayComeBeforeTheirVertices) { expect_cube(read(k_faces + k_vertices)); }
+TEST(ObjReader, FacesCanPrecedeTheirVertices) { expect_cube(read(k_faces + k_vertices)); }
 
-TEST(ObjReader, LastLineNeedsNoLineEnd) {
+TEST(ObjReader, LastLineCanLackItsLineEnd) {
     const std::string text = k_vertices + k_faces;
     expect_cube(read(text.substr(0, text.size() - 1)));
 }
@@ -155,7 +155,7 @@ TEST(ObjReader, WeightsAndColoursAreAccepted) {
     EXPECT_EQ(9u, d.positions.size());
 }
 
-TEST(ObjReader, PolygonsOfAnySizeAreOnePolygon) {
+TEST(ObjReader, PolygonsWithManyCornersAreNotSplit) {
     std::string text = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf";
     for (int i = 0; i < 100000; ++i)
         text += " " + std::to_string(1 + i % 3);
@@ -164,7 +164,7 @@ TEST(ObjReader, PolygonsOfAnySizeAreOnePolygon) {
     EXPECT_EQ(100000u, d.corner_begin[1]);
 }
 
-TEST(ObjReader, NumbersAreTheNearestSinglePrecisionValue) {
+TEST(ObjReader, NumbersAreRoundedToTheNearestSinglePrecisionValue) {
     const ObjDocument d = read("v 1234567.125 0.1 16777217\nv 1e-42 -1e-60 0.000000e99999\n"
                                "v 3.4028235e38 .5 5.\nf 1 2 3\n");
     const std::vector<float> expected = {1234567.125f, 0.1f,          16777216.0f, 1e-42f, -0.0f,
@@ -173,7 +173,7 @@ TEST(ObjReader, NumbersAreTheNearestSinglePrecisionValue) {
     EXPECT_TRUE(std::signbit(d.positions[4]));
 }
 
-TEST(ObjReader, MeshInAnotherUnitHasTheSamePositionsOverItsUnit) {
+TEST(ObjReader, UnitPositionsDoNotDependOnTheUnitOfTheMesh) {
     const std::string rest = "\nv 0 1 0\nf 1 2 3\n";
     const ObjDocument metres = read("v 1.2345678 0.1 0\nv 0.7 0 0" + rest);
     const ObjDocument millimetres = read("v 1234.5678 100 0\nv 700 0 0\nv 0 1000 0\nf 1 2 3\n");
@@ -186,7 +186,7 @@ TEST(ObjReader, MeshInAnotherUnitHasTheSamePositionsOverItsUnit) {
     EXPECT_EQ(0.001, miles.unit);
 }
 
-TEST(ObjReader, PositionsBelowSinglePrecisionKeepTheirShapeOverTheUnit) {
+TEST(ObjReader, UnitPositionsOfATinyMeshDoNotUnderflow) {
     const ObjDocument d = read("v 1.25e-43 0 0\nv 0 2.5e-43 0\nv 0 0 0\nf 1 2 3\n");
     EXPECT_FLOAT_EQ(0.5f * d.unit_positions[4], d.unit_positions[0]);
 }
@@ -198,7 +198,7 @@ TEST(ObjReader, TinyNumbersWithoutExponentBecomeZero) {
         read("v " + tiny + " 0 1e-99999999999999999999\nv 1 0 0\nv 0 1 0\nf 1 2 3\n").positions[0]);
 }
 
-TEST(ObjReader, TheLocaleDoesNotMatter) {
+TEST(ObjReader, NumbersDoNotDependOnTheLocale) {
     struct CommaPoint : std::numpunct<char> {
         char do_decimal_point() const override { return ','; }
     };
@@ -209,7 +209,7 @@ TEST(ObjReader, TheLocaleDoesNotMatter) {
     EXPECT_EQ(0.5f, d.positions[0]);
 }
 
-TEST(ObjReader, FacesOfFewerThanThreeCornersAreLeftOutWithOneWarning) {
+TEST(ObjReader, FacesWithFewerThanThreeCornersAreSkippedWithOneWarning) {
     const ObjDocument d = read(k_vertices + k_faces + "f 1 2\nf 1\nf\n");
     expect_cube(d);
     ASSERT_EQ(1u, d.warnings.size());
@@ -218,13 +218,13 @@ TEST(ObjReader, FacesOfFewerThanThreeCornersAreLeftOutWithOneWarning) {
               d.warnings[0]);
 }
 
-TEST(ObjReader, RepeatedVerticesStayInThePolygon) {
+TEST(ObjReader, PolygonsCanUseAVertexTwice) {
     const ObjDocument d = read(k_vertices + "f 1 1 2 3\nf 1 2 3 2\nf 1 2 3 1 4\n");
     EXPECT_EQ((std::vector<uint32_t>{0, 0, 1, 2}), corners(d, 0));
     EXPECT_EQ((std::vector<uint32_t>{0, 1, 2, 0, 3}), corners(d, 2));
 }
 
-TEST(ObjReader, TextureCoordinateThatIsNotFiniteCountsAsNone) {
+TEST(ObjReader, TextureCoordinateThatIsNotFiniteIsTreatedAsAbsent) {
     const ObjDocument d = read(k_vertices + "vt 0 0\nvt nan 1\nvt 0 inf\nf 1/1 2/2 3/3\nf 1 2 3\n");
     EXPECT_EQ(
         (std::vector<uint32_t>{0, k_obj_none, k_obj_none, k_obj_none, k_obj_none, k_obj_none}),
@@ -235,7 +235,7 @@ TEST(ObjReader, TextureCoordinateThatIsNotFiniteCountsAsNone) {
               d.warnings[0]);
 }
 
-TEST(ObjReader, BadNormalIndexIsOnlyAWarning) {
+TEST(ObjReader, InvalidNormalIndexIsOnlyAWarning) {
     const std::string warning = "m.obj:10: face uses a normal that the file does not have";
     for (const char* normal : {"7", "0", "-2", "99999999999999999999"}) {
         const ObjDocument d = read(k_vertices + "vn 0 0 1\nf 1//" + normal + " 2//1 3//-1\n");
@@ -257,12 +257,12 @@ TEST(ObjReaderRefuses, VerticesWithoutFaces) {
     EXPECT_EQ("m.obj: no faces in the file, only 8 vertices", refusal(k_vertices));
 }
 
-TEST(ObjReaderRefuses, OnlyFacesThatAreTooSmall) {
+TEST(ObjReaderRefuses, AFileWithOnlyTwoCornerFaces) {
     EXPECT_EQ("m.obj:9: no faces in the file: none has three corners or more",
               refusal(k_vertices + "f 1 2\n"));
 }
 
-TEST(ObjReaderRefuses, BytesThatAreNoObj) {
+TEST(ObjReaderRefuses, FilesThatAreNotObj) {
     std::string bytes;
     uint32_t state = 1;
     for (int i = 0; i < 4096; ++i) {
@@ -300,12 +300,12 @@ TEST(ObjReaderRefuses, TextInNumbers) {
     EXPECT_EQ("m.obj:1: texture coordinate 1 has no number", refusal("vt\n"));
 }
 
-TEST(ObjReaderRefuses, LongWordsAreQuotedShort) {
+TEST(ObjReaderRefuses, LongWordsWithATruncatedQuote) {
     EXPECT_EQ("m.obj:1: vertex 1: '" + std::string(40, 'x') + "...' is not a number",
               refusal("v " + std::string(5000, 'x') + " 0 0\n"));
 }
 
-TEST(ObjReaderRefuses, IndicesThatPointAtNothing) {
+TEST(ObjReaderRefuses, VertexIndicesOutOfRange) {
     const std::string faces = k_faces.substr(0, k_faces.size() - 2);
     EXPECT_EQ("m.obj:14: face uses vertex 9, but the file has 8",
               refusal(k_vertices + faces + "9\n"));
@@ -315,7 +315,7 @@ TEST(ObjReaderRefuses, IndicesThatPointAtNothing) {
               refusal(k_vertices + faces + "-9\n"));
 }
 
-TEST(ObjReaderRefuses, IndicesBeyondTheirRangeWithoutWrapping) {
+TEST(ObjReaderRefuses, IndicesThatOverflow32Bits) {
     for (const char* index : {"4294967297", "2147483648", "99999999999999999999",
                               "-9223372036854775808", "-99999999999999999999"})
         EXPECT_EQ("m.obj:9: face uses vertex '" + std::string(index) +
@@ -323,7 +323,7 @@ TEST(ObjReaderRefuses, IndicesBeyondTheirRangeWithoutWrapping) {
                   refusal(k_vertices + "f 1 2 " + index + "\n"));
 }
 
-TEST(ObjReaderRefuses, TextureIndicesThatPointAtNothing) {
+TEST(ObjReaderRefuses, TextureIndicesOutOfRange) {
     EXPECT_EQ("m.obj:11: face uses texture coordinate 99, but the file has 1",
               refusal(k_vertices + "vt 0 0\nf 1/1 2/1 \\\n3/99\n"));
     EXPECT_EQ("m.obj:10: face uses texture coordinate '-2', which the file does not have (1 up to "
@@ -331,19 +331,19 @@ TEST(ObjReaderRefuses, TextureIndicesThatPointAtNothing) {
               refusal(k_vertices + "vt 0 0\nf 1/1 2/1 3/-2\n"));
 }
 
-TEST(ObjReaderRefuses, ErrorsInJoinedLinesNameTheLineOfTheWord) {
+TEST(ObjReaderRefuses, AWordInJoinedLinesWithTheLineOfTheWord) {
     EXPECT_EQ("m.obj:10: face uses vertex 9, but the file has 8",
               refusal(k_vertices + "f 1 2 \\\n 9\n"));
 }
 
-TEST(ObjReaderRefuses, CornersOfNoKnownForm) {
+TEST(ObjReaderRefuses, MalformedCorners) {
     for (const char* corner : {"1/1/1/1", "x", "1.5", "1/x", "1//x", "/1", "1-"})
         EXPECT_EQ("m.obj:11: face corner '" + std::string(corner) +
                       "' is not of the form v, v/vt, v//vn or v/vt/vn with whole numbers",
                   refusal(k_vertices + "vt 0 0\nvn 0 0 1\nf 1 2 " + corner + "\n"));
 }
 
-TEST(ReadText, GivesTheBytesOfAFile) {
+TEST(ReadText, ReturnsTheBytesOfAFile) {
     const std::string path = testing::TempDir() + "/read_text_test.bin";
     std::string bytes("a\0b\r\n", 5);
     bytes += std::string(300000, 'x');
@@ -358,7 +358,7 @@ TEST(ReadText, GivesTheBytesOfAFile) {
     std::remove(path.c_str());
 }
 
-TEST(ReadText, NamesAMissingFile) {
+TEST(ReadText, NamesTheMissingFileInTheError) {
     std::string text;
     IoError error;
     EXPECT_FALSE(host::read_text("/nonexistent/m.obj", text, error));

@@ -33,7 +33,7 @@ std::string refusal(const ObjDocument& document, const ObjUvs& uvs) {
     return error;
 }
 
-/// The document's own UVs, as an import and an unchanged export would give them.
+/// The document's own UVs.
 ObjUvs own_uvs(const ObjDocument& document) {
     ObjUvs uvs;
     for (size_t i = 0; i < document.texture_count(); ++i) {
@@ -48,38 +48,38 @@ ObjUvs own_uvs(const ObjDocument& document) {
 const std::string k_triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
 const ObjUvs k_three = {{0, 0.5f, 0.25f}, {0, 0.125f, 1}, {0, 1, 2}};
 
-TEST(ObjWriter, AddsCoordinatesAfterTheVertices) {
+TEST(ObjWriter, AddsCoordinatesAfterTheVerticesIfThereWereNone) {
     EXPECT_EQ("# c\n" + k_triangle + "vt 0 0\nvt 0.5 0.125\nvt 0.25 1\ng a\nf 1/1 2/2 3/3\n",
               write(read("# c\n" + k_triangle + "g a\nf 1 2 3\n"), k_three));
 }
 
-TEST(ObjWriter, ReplacesOldCoordinatesWhereTheFirstStood) {
+TEST(ObjWriter, WritesNewCoordinatesAtTheFirstOldOne) {
     EXPECT_EQ(
         "vt 0 0\nvt 0.5 0.125\nvt 0.25 1\n" + k_triangle + "vn 0 0 1\nf 1/1/1 2/2/1 3/3/1\n",
         write(read("vt 7 7 7\n" + k_triangle + "vt 8 8\nvn 0 0 1\nf 1/2/1 2/1/1 3//1\n"), k_three));
 }
 
-TEST(ObjWriter, CoordinatesStandAheadOfTheFirstFaceThatUsesThem) {
+TEST(ObjWriter, WritesCoordinatesBeforeTheFirstFace) {
     EXPECT_EQ(k_triangle + "vt 0 0\nvt 0.5 0.125\nvt 0.25 1\nf 1/1 2/2 3/3\n\n# end\n",
               write(read(k_triangle + "f 1/1 2/1 3/1\n\nvt 7 7\n# end\n"), k_three));
     EXPECT_EQ("vt 0 0\nvt 0.5 0.125\nvt 0.25 1\nf 1/1 2/2 3/3\n" + k_triangle,
               write(read("f 1 2 3\n" + k_triangle), k_three));
 }
 
-TEST(ObjWriter, EveryCornerFormTakesItsIndex) {
+TEST(ObjWriter, WritesTheIndexIntoCornersOfEveryForm) {
     const ObjDocument d = read(k_triangle + "vt 0 0\nvn 0 0 1\nf 1 2/1 3//1 -3/1/1 2/1/ 3/ 1//\n");
     const ObjUvs uvs = {{0.5f}, {0.5f}, {0, 0, 0, 0, 0, 0, 0}};
     EXPECT_EQ(k_triangle + "vt 0.5 0.5\nvn 0 0 1\nf 1/1 2/1 3/1/1 -3/1/1 2/1/ 3/1 1/1/\n",
               write(d, uvs));
 }
 
-TEST(ObjWriter, CornersWithoutUvLoseTheirIndex) {
+TEST(ObjWriter, RemovesTheIndexFromCornersWithoutUv) {
     const ObjDocument d = read(k_triangle + "vt 0 0\nvn 0 0 1\nf 1 2/1 3//1 -3/1/1 2/1/ 3/ 1//\n");
     const ObjUvs uvs = {{}, {}, std::vector<int32_t>(7, -1)};
     EXPECT_EQ(k_triangle + "vn 0 0 1\nf 1 2 3//1 -3//1 2 3 1\n", write(d, uvs));
 }
 
-TEST(ObjWriter, LinesSurfacesAndSmallFacesLoseTheirs) {
+TEST(ObjWriter, RemovesTextureIndicesFromLinesSurfacesAndTwoCornerFaces) {
     const ObjDocument d = read(k_triangle + "vt 0 0\nl 1/1 2/1\nsurf 0 1 0 1 1/1/1 2/1\n"
                                             "f 1/1 2/1\nf 1/1 2/1 3/1\n");
     EXPECT_EQ(k_triangle + "vt 0 0\nvt 0.5 0.125\nvt 0.25 1\nl 1 2\nsurf 0 1 0 1 1//1 2\nf 1 2\n"
@@ -87,12 +87,12 @@ TEST(ObjWriter, LinesSurfacesAndSmallFacesLoseTheirs) {
               write(d, k_three));
 }
 
-TEST(ObjWriter, LinesAheadOfTheFacesStayWhole) {
+TEST(ObjWriter, KeepsLinesBeforeTheFaces) {
     EXPECT_EQ(k_triangle + "vt 0 0\nvt 0.5 0.125\nvt 0.25 1\nl 1 2 3\nf 1/1 2/2 3/3\n",
               write(read(k_triangle + "l 1 2 3\nf 1 2 3\n"), k_three));
 }
 
-TEST(ObjWriter, EverythingElseStaysByteForByte) {
+TEST(ObjWriter, KeepsAllOtherBytes) {
     const std::string head = "\xEF\xBB\xBF# \tcomment \r\nmtllib a b.mtl\r\n";
     const std::string vertices = "v  0.10 0 0\r\nv 1e0\t0 0 \r\nv 0 1.000000000001 0\r\n";
     const std::string middle = "foo \\\r\n bar\r\ns off\r\n  ";
@@ -103,7 +103,7 @@ TEST(ObjWriter, EverythingElseStaysByteForByte) {
               write(read(text), k_three));
 }
 
-TEST(ObjWriter, ByteOrderMarkStaysFirst) {
+TEST(ObjWriter, KeepsTheByteOrderMarkFirst) {
     EXPECT_EQ("\xEF\xBB\xBFvt 0 0\nvt 0.5 0.125\nvt 0.25 1\n" + k_triangle + "f 1/1 2/2 3/3",
               write(read("\xEF\xBB\xBFvt 1 1\n" + k_triangle + "f 1/1 2/1 3/1"), k_three));
     EXPECT_EQ("\xEF\xBB\xBFvt 0 0\nvt 0.5 0.125\nvt 0.25 1\nf 1/1 2/2 3/3\n" + k_triangle,
@@ -113,25 +113,25 @@ TEST(ObjWriter, ByteOrderMarkStaysFirst) {
                     k_three));
 }
 
-TEST(ObjWriter, UnusedCoordinatesGoAndTheOthersKeepTheirOrder) {
+TEST(ObjWriter, DropsUnusedCoordinatesAndKeepsTheOrderOfTheOthers) {
     const ObjUvs uvs = {{9, 1, 9, 0.5f}, {9, 1, 9, 0.5f}, {3, 1, 3}};
     EXPECT_EQ(k_triangle + "vt 1 1\nvt 0.5 0.5\nf 1/2 2/1 3/2\n",
               write(read(k_triangle + "f 1 2 3\n"), uvs));
 }
 
-TEST(ObjWriter, UnusedOldCoordinatesGoEvenWhenTheUsedOnesStay) {
+TEST(ObjWriter, DropsUnusedOldCoordinatesIfTheUsedOnesAreUnchanged) {
     const ObjDocument d = read(k_triangle + "vt 7 7\nvt 0 0\nvt 1 0\nvt 0 1\nf 1/2 2/3 3/4\n");
     EXPECT_EQ(k_triangle + "vt 0 0\nvt 1 0\nvt 0 1\nf 1/1 2/2 3/3\n", write(d, own_uvs(d)));
 }
 
-TEST(ObjWriter, UnchangedCoordinatesGiveTheSameBytes) {
+TEST(ObjWriter, ReturnsTheSameBytesForUnchangedCoordinates) {
     const std::string text = k_triangle + "vt 0.10 1e-1 0\nvt 1.0\nf 1/1 2/2/ 3/-1\nv 2 2 2\n"
                                           "vt 5 5\nf 1 2/3 4//\nl 1/1 2/2\n";
     const ObjDocument d = read(text);
     EXPECT_EQ(text, write(d, own_uvs(d)));
 }
 
-TEST(ObjWriter, NumbersAreTheShortestThatReadBackTheSame) {
+TEST(ObjWriter, WritesTheShortestNumbersThatReadBackExactly) {
     std::mt19937 random(7);
     ObjUvs uvs;
     std::string text = "v 0 0 0\nf";
@@ -153,7 +153,7 @@ TEST(ObjWriter, NumbersAreTheShortestThatReadBackTheSame) {
                   .find("vt 0.1 0.33333334\n"));
 }
 
-TEST(ObjWriter, RepeatedVerticesKeepTheirNumbers) {
+TEST(ObjWriter, KeepsRepeatedVerticesOfAPolygon) {
     const ObjUvs uvs = {{0, 1, 2, 3}, {0, 0, 0, 0}, {0, 1, 2, 3}};
     EXPECT_EQ(k_triangle + "vt 0 0\nvt 1 0\nvt 2 0\nvt 3 0\nf 1/1 1/2 2/3 3/4\n",
               write(read(k_triangle + "f 1 1 2 3\n"), uvs));
@@ -177,7 +177,7 @@ TEST(ObjWriterRefuses, CoordinatesThatAreNotFinite) {
     const float inf = std::numeric_limits<float>::infinity();
     EXPECT_EQ("UV 1 is not finite", refusal(d, {{0, nan}, {0, 0}, {0, 1, 0}}));
     EXPECT_EQ("UV 1 is not finite", refusal(d, {{0, 0}, {0, inf}, {0, 1, 0}}));
-    write(d, {{0, nan}, {0, 0}, {0, 0, 0}}); // an unused one is left out
+    write(d, {{0, nan}, {0, 0}, {0, 0, 0}}); // an unused coordinate is not checked
 }
 
 } // namespace
