@@ -42,7 +42,7 @@ enum class TokenKind {
 struct Token {
     TokenKind kind = TokenKind::end;
     std::string text;
-    Value number; ///< of integer and real
+    Value number; ///< value of an integer or real token
     Position at;
     bool spaced = false; ///< preceded by white space or a comment
     bool is(const char* punctuation) const {

@@ -1,4 +1,4 @@
-// Runs script files in the embedded host, with the shipped scripts and the built plug-in in reach.
+// Runs script files in the embedded host, with the shipped scripts and the built plug-in on its paths.
 
 #include "host/commands/session.h"
 #include "host/graph/plugins.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-/// One stream for everything, so that a test sees the order of what was said.
+/// Prints output, warnings and errors to one stream, so that tests see them in order.
 class Console : public host::script::Output {
 public:
     void print(const std::string& text) override { std::cout << text << std::flush; }
