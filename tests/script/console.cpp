@@ -1,4 +1,5 @@
-// Runs script files in the embedded host, with the shipped scripts and the built plug-in on its paths.
+// Runs script files in the embedded host, with the shipped scripts and the built plug-in on its
+// paths.
 
 #include "host/commands/session.h"
 #include "host/graph/plugins.h"
