@@ -133,12 +133,13 @@ TEST_P(StrictnessTest, ACompoundWithAConnectedComponentCanBeSetOnlyInALenientHos
 
     MFnNumericData data;
     const MObject zero = data.create(MFnNumericData::k3Float);
-    EXPECT_EQ(set_value(plug(shape, "pnts[2]"), Value::of_data(zero.host_object())),
+    EXPECT_EQ(set_value(plug(shape, "pnts[2]"), PlugValue::of_data(zero.host_object())),
               GetParam() ? MS::kFailure : MS::kSuccess);
     EXPECT_EQ(pull(shape, "pnts[2].pntx"), 2.0);
     scene.disconnect(plug(driver, "result"), plug(shape, "pnts[2].pntx"));
     EXPECT_EQ(pull(shape, "pnts[2].pntx"), GetParam() ? 2.0 : 0.0);
-    EXPECT_EQ(set_value(plug(shape, "pnts[2]"), Value::of_data(zero.host_object())), MS::kSuccess);
+    EXPECT_EQ(set_value(plug(shape, "pnts[2]"), PlugValue::of_data(zero.host_object())),
+              MS::kSuccess);
     EXPECT_EQ(pull(shape, "pnts[2].pntx"), 0.0);
 }
 
