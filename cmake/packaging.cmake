@@ -48,6 +48,14 @@ if(NOT WIN32)
     install(FILES packaging/copyright DESTINATION ${doc_dir} COMPONENT product)
 endif()
 
+# The bill of materials is made when the package is: it reads what the finished build linked.
+find_package(Python3 COMPONENTS Interpreter)
+if(Python3_FOUND AND NOT CMAKE_CROSSCOMPILING AND NOT TESSORA_MAYA_DEVKIT)
+    install(CODE "execute_process(COMMAND \"${Python3_EXECUTABLE}\" \"${PROJECT_SOURCE_DIR}/tools/make_sbom.py\"
+        \"${CMAKE_BINARY_DIR}\" COMMAND_ERROR_IS_FATAL ANY)" COMPONENT product)
+    install(FILES ${CMAKE_BINARY_DIR}/tessora.spdx.json DESTINATION ${doc_dir} COMPONENT product)
+endif()
+
 # The engine as a library for other programs.
 install(TARGETS tessora_atlas EXPORT tessora_atlas ARCHIVE DESTINATION lib COMPONENT engine)
 install(FILES atlas/atlas.h DESTINATION include/tessora/atlas COMPONENT engine)

@@ -7,6 +7,7 @@ Unpacks the Debian package into an empty root and the .tar.gz into a folder of a
 script makes, unwraps and exports a mesh, and the command line unwraps the export. A project of its own is
 built against the packaged engine."""
 
+import json
 import os
 import pathlib
 import sys
@@ -57,6 +58,23 @@ class Packages(unittest.TestCase):
         done = run("dpkg", "-f", self.deb, "Package", "Version", "Architecture", "Depends")
         self.assertIn("Package: tessora", done.stdout)
         self.assertRegex(done.stdout, r"Depends: .*libc6 .*libstdc\+\+6")
+
+    def test_bill_of_materials_names_every_linked_library(self):
+        bill, = self.moved.rglob("tessora.spdx.json")
+        packages = {package["name"]: package for package in json.loads(bill.read_text())["packages"]}
+        self.assertEqual(packages["tessora"]["licenseDeclared"], "Apache-2.0")
+        for library in ("libpng16-16", "libedit2"):
+            self.assertIn("linked dynamically", packages[library]["comment"])
+        for headers in ("libeigen3-dev", "nlohmann-json3-dev"):
+            self.assertIn("headers compiled in", packages[headers]["comment"])
+        self.assertNotIn("libgtest-dev", packages)
+
+    def test_dependencies_are_documented_with_their_licences(self):
+        bill, = self.moved.rglob("tessora.spdx.json")
+        document = (pathlib.Path(__file__).resolve().parents[2] / "docs/dependencies.md").read_text()
+        for package in json.loads(bill.read_text())["packages"]:
+            if package["name"] != "tessora":
+                self.assertIn(f"`{package['name']}`", document)
 
     def test_archive_contains_the_scripts(self):
         shipped = {path.name for path in (self.moved / "share/tessora/scripts").glob("*.mel")}

@@ -1,0 +1,12 @@
+requires maya "2011";
+currentUnit -l centimeter -a degree -t film;
+fileInfo "application" "x";
+createNode transform -n "box";
+	setAttr ".t" -type "double3" 1 2 3;
+createNode mesh -n "boxShape" -p "box";
+	setAttr -k off ".v";
+	setAttr ".uvst[0].uvsn" -type "string" "map1";
+	setAttr -s 4 ".uvst[0].uvsp[0:3]" -type "float2" 0 0 1 0 1 1 0 1;
+	setAttr -s 4 ".vt[0:3]" 0 0 0 1 0 0 1 1 0 0 1 0;
+	setAttr -s 4 ".ed[0:3]" 0 1 0 1 2 0 2 3 0 3 0 0;
+	setAttr -s 1 ".fc[0]" -type "polyFaces" f 4 0 1 2 3 mu 0 4 0 1 2 3;

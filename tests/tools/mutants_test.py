@@ -1,0 +1,61 @@
+#!/usr/bin/env python3
+"""Checks which mutants tools/mutants/mutants.py makes of small functions."""
+
+import pathlib
+import sys
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools/mutants"))
+from mutants import drawn, mutants_of, without_line  # noqa: E402
+
+
+def changed(body):
+    source = f"int f(int a, int b) {{\n    {body}\n}}\n"
+    return {m.operator + ": " + m.apply(source).split("\n")[1].strip() for m in mutants_of("x.cpp", source)}
+
+
+class Mutants(unittest.TestCase):
+    def test_relations_become_their_neighbour_and_their_opposite(self):
+        self.assertEqual(changed("return a < b;"), {"relation: return a <= b;", "relation: return a >= b;"})
+
+    def test_arithmetic_is_swapped(self):
+        self.assertEqual(changed("return a + b;"), {"arithmetic: return a - b;"})
+
+    def test_numbers_change_by_one(self):
+        self.assertEqual(changed("return 7;"), {"constant: return 8;"})
+
+    def test_conditions_are_negated(self):
+        self.assertEqual(changed("if (g(a)) b = a;"), {"condition: if (!(g(a))) b = a;"})
+
+    def test_failures_of_host_calls_are_ignored(self):
+        self.assertIn("status: if (false) return a;", changed("if (!status) return a;"))
+
+    def test_success_becomes_failure(self):
+        self.assertEqual(changed("return MS::kSuccess;"), {"status: return MS::kFailure;"})
+
+    def test_statements_that_only_call_are_removed(self):
+        self.assertEqual(changed("g(a, b);"), {"call: ;"})
+
+    def test_declarations_stay(self):
+        self.assertEqual(changed("const int c = a;"), set())
+
+    def test_strings_and_comments_stay(self):
+        self.assertEqual(changed('return "a < 1"; // b + 1'), set())
+
+    def test_the_seed_decides_the_order(self):
+        class Words:
+            folder = ["corelib"]
+            seed = 1
+
+        first = drawn(Words)
+        self.assertEqual(first, drawn(Words))
+        Words.seed = 2
+        self.assertNotEqual(first, drawn(Words))
+        self.assertEqual(set(first), set(drawn(Words)))
+
+    def test_an_argued_mutant_is_known_without_its_line(self):
+        self.assertEqual(without_line("plugin/a.cpp:12: call: {f(); -> ;}"), "plugin/a.cpp: call: {f(); -> ;}")
+
+
+if __name__ == "__main__":
+    unittest.main()
