@@ -4,7 +4,6 @@
 #include "host/commands/session.h"
 #include "host/graph/scene.h"
 #include "host/io/scene_file.h"
-#include "host/io/scene_notes.h"
 
 #include <cstdint>
 
