@@ -22,7 +22,6 @@ public:
 
     Interpreter& interpreter() { return interpreter_; }
     UiState& ui() { return *ui_; }
-    OptionVariables& options() { return *options_; }
     /// Null restores the standard streams. Not owned.
     void set_output(Output* output) { output_.target = output; }
     /// Called by `quit` with the exit code; if empty, `quit` ends the process.

@@ -144,32 +144,6 @@ bool PlugValue::assign_number(double number) {
     }
 }
 
-bool PlugValue::same_bits(const PlugValue& other) const {
-    if (kind_ != other.kind_)
-        return false;
-    switch (kind_) {
-    case ValueKind::none:
-        return true;
-    case ValueKind::boolean:
-        return boolean_ == other.boolean_;
-    case ValueKind::byte:
-        return byte_ == other.byte_;
-    case ValueKind::short_:
-        return short_ == other.short_;
-    case ValueKind::integer:
-        return integer_ == other.integer_;
-    case ValueKind::real32:
-        return std::memcmp(&real32_, &other.real32_, sizeof(real32_)) == 0;
-    case ValueKind::real64:
-        return std::memcmp(&real64_, &other.real64_, sizeof(real64_)) == 0;
-    case ValueKind::text:
-        return *text_ == *other.text_;
-    case ValueKind::data:
-        return data_ == other.data_;
-    }
-    return false;
-}
-
 PlugValue PlugValue::deep_copy() const {
     if (kind_ == ValueKind::data)
         return PlugValue::of_data(copy_of_data(*data_).get());

@@ -56,9 +56,6 @@ public:
     /// clamped to the kind's range. Returns false if this value is not a number.
     bool assign_number(double number);
 
-    /// Bitwise equality: same kind and same content. Data objects are equal if they are the same
-    /// object.
-    bool same_bits(const PlugValue& other) const;
     /// Returns a copy that shares no data object with this value.
     PlugValue deep_copy() const;
     void reset();

@@ -58,7 +58,6 @@ public:
     MStatus remove_type(const std::string& name);
     NodeTypeRef find_type(const std::string& name) const;
     NodeTypeRef find_type(unsigned int id) const;
-    const std::vector<NodeTypeRef>& types() const { return types_; }
 
     // === Nodes ===============================================================================
     /// Creates a node outside the scene under a name that is free now; if `name` is empty, under a
