@@ -16,7 +16,6 @@ void set_search_paths() {
     const std::string home = program_directory();
     std::vector<std::string>& scripts =
         host::script::Session::current().interpreter().script_path();
-    scripts.emplace_back("scripts");
     const char* given = std::getenv("MAYA_SCRIPT_PATH");
     const std::string list = given ? given : "";
     for (size_t start = 0; start < list.size();) {

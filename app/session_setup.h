@@ -6,9 +6,9 @@
 namespace app {
 
 /// Adds the folders of the plug-in and of its scripts to the host's search paths: beside the
-/// program (build tree), and ../lib/tessora and ../share/tessora/scripts (installation). For
-/// scripts, the current directory's `scripts` and the folders in MAYA_SCRIPT_PATH come first. Later
-/// calls do nothing.
+/// program (build tree), and ../lib/tessora and ../share/tessora/scripts (installation). The
+/// folders in MAYA_SCRIPT_PATH and MAYA_PLUG_IN_PATH come first; the current directory is not
+/// searched. Later calls do nothing.
 void set_search_paths();
 
 /// Loads the plug-in from those folders, unless it is loaded already.

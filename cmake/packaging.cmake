@@ -26,16 +26,17 @@ foreach(module IN ITEMS tessora_host tessora_faultpoint tessora_d3dx9)
     endif()
 endforeach()
 if(NOT WIN32)
-    set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN")
-    if(TESSORA_MAYA_DEVKIT)
-        # The built plug-in is copied to the application's plug-in folder, and uses the application's libraries.
-        set_target_properties(${modules} PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
-    endif()
+    # The run path is the same before and after the installation. CMake would otherwise reserve space for
+    # the other one by empty elements, which the loader takes for the current directory.
+    set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
 endif()
 
 if(TARGET tessora) # absent in a build against a development kit
     if(NOT WIN32)
-        set_target_properties(tessora PROPERTIES INSTALL_RPATH "$ORIGIN/../lib/tessora")
+        set_target_properties(tessora PROPERTIES INSTALL_RPATH "$ORIGIN/../lib/tessora"
+            BUILD_WITH_INSTALL_RPATH ON)
+        file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+        file(CREATE_LINK ${CMAKE_RUNTIME_OUTPUT_DIRECTORY} ${CMAKE_BINARY_DIR}/lib/tessora SYMBOLIC)
     endif()
     install(TARGETS tessora RUNTIME DESTINATION ${program_dir} COMPONENT product)
 endif()

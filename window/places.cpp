@@ -1,8 +1,8 @@
 #include "window/places.h"
 
+#include "host/io/write_file.h"
+
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <imgui.h>
 
 namespace window {
@@ -29,10 +29,8 @@ void Places::end_frame() {
     if (file_.empty() || now_ == written_)
         return;
     written_ = now_;
-    const std::string draft = file_ + ".tmp";
-    std::ofstream(draft, std::ios::binary) << now_;
-    std::error_code ignored;
-    std::filesystem::rename(draft, file_, ignored);
+    std::string ignored;
+    host::write_file(file_, now_, host::Durability::process, ignored);
 }
 
 } // namespace window

@@ -28,8 +28,9 @@ std::string& scene_file() {
 }
 
 void write(const std::string& path, const std::string& text) {
-    if (!write_file(path, text))
-        throw ScriptFault("file: \"" + path + "\" cannot be written.");
+    std::string reason;
+    if (!write_file(path, text, Durability::power, reason))
+        throw ScriptFault("file: \"" + path + "\" cannot be written: " + reason + ".");
 }
 
 std::string lower_extension(const std::string& path) {

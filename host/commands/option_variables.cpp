@@ -163,8 +163,10 @@ void OptionVariables::save() const {
     }
     std::error_code failure;
     std::filesystem::create_directories(std::filesystem::path(file_).parent_path(), failure);
-    if (!write_file(file_, text))
-        throw ScriptFault("The option variables cannot be written to \"" + file_ + "\".");
+    std::string reason;
+    if (!write_file(file_, text, Durability::process, reason))
+        throw ScriptFault("The option variables cannot be written to \"" + file_ + "\": " + reason +
+                          ".");
 }
 
 std::string option_variable_file() {

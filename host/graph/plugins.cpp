@@ -64,9 +64,11 @@ Plugins::Plugins() {
 std::string Plugins::name_of(const std::string& file) { return files::path(file).stem().string(); }
 
 std::string Plugins::find_file(const std::string& file_or_name) const {
-    std::vector<std::string> directories = {""};
-    if (!files::path(file_or_name).is_absolute())
-        directories.insert(directories.end(), search_path_.begin(), search_path_.end());
+    // A bare name is never looked up in the current directory: a file beside the user's mesh is not
+    // a plug-in that the user chose.
+    const bool is_path = files::path(file_or_name).has_parent_path();
+    const std::vector<std::string> directories =
+        is_path ? std::vector<std::string>{""} : search_path_;
     // The extension comes first in all directories: an executable may have the same name without
     // it.
     for (const char* extension : {library::k_extension, ""}) {

@@ -37,7 +37,8 @@ class MHOST_EXPORT Plugins {
 public:
     static Plugins& current();
 
-    /// Loads a plug-in by file, or by a name that is searched in the search path with and without
+    /// Loads a plug-in by file, or by a name that is searched in the search path (never in
+    /// the current directory) with and without
     /// the system's extension. A plug-in that is already loaded is initialized again, which
     /// normally fails at its first registration; `is_loaded` tells beforehand. On failure `error`
     /// holds the reason.

@@ -1,23 +1,129 @@
 #include "host/io/write_file.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
-namespace host {
+// Windows writes text unless told otherwise and has another name for flushing to disk; descriptors
+// are not inherited there.
+#ifndef O_BINARY
+#define O_BINARY 0
+#endif
+#ifndef O_CLOEXEC
+#define O_CLOEXEC 0
+#endif
+#if defined(_WIN32)
+#define fsync _commit
+#endif
 
-bool write_file(const std::string& path, const std::string& bytes) {
-    const std::string temporary = path + ".tmp." + std::to_string(getpid());
-    std::ofstream out(temporary, std::ios::binary);
-    out << bytes;
-    out.close();
-    std::error_code error;
-    if (out)
-        std::filesystem::rename(temporary, path, error);
-    if (out && !error)
-        return true;
-    std::filesystem::remove(temporary, error);
+namespace host {
+namespace {
+
+namespace files = std::filesystem;
+
+constexpr int k_max_links = 40;            // as many as Linux follows
+constexpr size_t k_max_write = 1u << 30;   // bytes; every system accepts that much in one call
+constexpr int k_max_temporary_names = 100; // more than that many stale files are no accident
+
+/// `path` with symbolic links in its last part followed, also to a missing file.
+bool follow_links(files::path& path) {
+    std::error_code failure;
+    for (int links = 0; links <= k_max_links; ++links) {
+        if (!files::is_symlink(path, failure))
+            return true;
+        path = path.parent_path() / files::read_symlink(path, failure);
+    }
+    errno = ELOOP;
     return false;
+}
+
+/// Opens a file that must not exist, not even as a link; negative on failure.
+int create_new(const std::string& path) {
+    return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_BINARY | O_CLOEXEC, 0666);
+}
+
+int create_temporary(const files::path& target, std::string& name) {
+    const std::string suffix = ".tmp." + std::to_string(::getpid());
+    std::string base = target.string();
+    int file = -1;
+    for (int attempt = 0; attempt < k_max_temporary_names; ++attempt) {
+        name = base + suffix + (attempt ? "." + std::to_string(attempt) : "");
+        file = create_new(name);
+        if (file < 0 && errno == ENAMETOOLONG)
+            base = (target.parent_path() / "tessora").string();
+        else if (file >= 0 || errno != EEXIST)
+            break;
+    }
+    return file;
+}
+
+bool write_all(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto done = ::write(file, bytes.data(), std::min(bytes.size(), k_max_write));
+        if (done < 0 && errno != EINTR)
+            return false;
+        bytes.remove_prefix(static_cast<size_t>(std::max<decltype(done)>(done, 0)));
+    }
+    return true;
+}
+
+bool write_and_close(int file, std::string_view bytes, bool sync) {
+    const bool written = write_all(file, bytes) && (!sync || ::fsync(file) == 0);
+    const int reason = errno;
+    const bool closed = ::close(file) == 0;
+    if (!written)
+        errno = reason;
+    return written && closed;
+}
+
+bool replace(const files::path& target, std::string_view bytes, Durability durability) {
+    std::string temporary;
+    const int file = create_temporary(target, temporary);
+    if (file < 0)
+        return false;
+    std::error_code failure;
+    const files::file_status old = files::status(target, failure);
+    bool good = write_and_close(file, bytes, durability == Durability::power);
+    if (good && files::exists(old))
+        files::permissions(temporary, old.permissions(), failure);
+    if (good) {
+        failure.clear();
+        files::rename(temporary, target, failure);
+        good = !failure;
+        errno = failure.value();
+    }
+    if (!good) {
+        const int reason = errno;
+        files::remove(temporary, failure);
+        errno = reason;
+    }
+    return good;
+}
+
+bool write_directly(const files::path& target, std::string_view bytes) {
+    const int file = ::open(target.string().c_str(), O_WRONLY | O_BINARY | O_CLOEXEC);
+    return file >= 0 && write_and_close(file, bytes, false);
+}
+
+} // namespace
+
+bool write_file(const std::string& path, std::string_view bytes, Durability durability,
+                std::string& reason) {
+    files::path target = path;
+    std::error_code failure;
+    bool good = follow_links(target);
+    if (good) {
+        const files::file_status status = files::status(target, failure);
+        const bool is_plain = !files::exists(status) || files::is_regular_file(status);
+        good = is_plain ? replace(target, bytes, durability) : write_directly(target, bytes);
+    }
+    if (!good)
+        reason = std::strerror(errno);
+    return good;
 }
 
 } // namespace host

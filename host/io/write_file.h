@@ -1,15 +1,24 @@
-/// Writes a file atomically.
+/// Writes files that appear complete or not at all.
 #pragma once
 
 #include <maya/MTypes.h>
 
 #include <string>
+#include <string_view>
 
 namespace host {
 
-/// Writes to a temporary file in the same directory and renames it to `path`, so that the file is
-/// complete or, on failure, what it was before.
-/// Errors: false if it cannot be written.
-MHOST_EXPORT bool write_file(const std::string& path, const std::string& bytes);
+/// What a replaced file must survive.
+enum class Durability {
+    process, ///< the end of this process at any moment
+    power    ///< also a power cut; waits for the disk
+};
+
+/// Writes `bytes` to a new file beside `path` and renames it over `path`, with the permissions of
+/// the file it replaces. Symbolic links to files are followed and stay. Devices and pipes are
+/// written directly. A file or link that is planted under the temporary name is left alone. Errors:
+/// false with the system's words in `reason`; the old file is unchanged.
+MHOST_EXPORT bool write_file(const std::string& path, std::string_view bytes, Durability durability,
+                             std::string& reason);
 
 } // namespace host

@@ -95,8 +95,10 @@ Interpreter::Flow Interpreter::execute_top(const SyntaxNodePtr& statement) {
 }
 
 void Interpreter::source(const std::string& name) {
+    // The script path comes first: a file of the same name in the current directory must not stand
+    // in for a script that ships with the program.
     std::string path = name;
-    if (!readable(path) && name.find('/') == std::string::npos) {
+    if (name.find('/') == std::string::npos) {
         const size_t suffix = name.rfind(".mel");
         const bool has_suffix = suffix != std::string::npos && suffix + 4 == name.size();
         const std::string found = find_script(has_suffix ? name.substr(0, suffix) : name);

@@ -129,8 +129,9 @@ Value panel_picture(Invocation& call, PictureStudio& studio) {
     if (!pictures || !pictures->take(request, picture, error))
         throw ScriptFault("panelPicture: " + error + ".");
     const std::string path = flags.names()[0], bytes = png_of(picture);
-    if (bytes.empty() || !write_file(path, bytes))
-        throw ScriptFault("panelPicture: \"" + path + "\" cannot be written.");
+    std::string reason = "not enough memory";
+    if (bytes.empty() || !write_file(path, bytes, Durability::process, reason))
+        throw ScriptFault("panelPicture: \"" + path + "\" cannot be written: " + reason + ".");
     return path;
 }
 

@@ -77,4 +77,41 @@ TEST_F(Surroundings, ReportOverTheBackupIsAUsageErrorThatTouchesNothing) {
     EXPECT_EQ(Names{"cube.obj"}, dir.names());
 }
 
+// Code ----------------------------------------------------------------------------------------
+
+/// Runs in a directory that contains files under the names of the program's own parts.
+class WorkingDirectory : public Program {
+protected:
+    WorkingDirectory() { setup.directory = dir.root(); }
+    Process::Setup setup;
+};
+
+TEST_F(WorkingDirectory, IsNotSearchedForThePlugin) {
+    dir.put("tessora.so", "not a plug-in");
+    dir.put("cube.obj", k_cube);
+    const Ended ended = run({"unwrap", "cube.obj"}, setup);
+    EXPECT_EQ(0, ended.code) << ended.err;
+    EXPECT_EQ(0, run({"-c", "loadPlugin tessora; polyCube; tessora;"}, setup).code);
+    EXPECT_EQ(1, run({"-c", "loadPlugin \"./tessora.so\";"}, setup).code); // a path is obeyed
+}
+
+TEST_F(WorkingDirectory, IsNotSearchedForProcedures) {
+    std::filesystem::create_directory(dir.path("scripts"));
+    for (const char* place : {"", "scripts/"})
+        dir.put(std::string(place) + "tessoraCreateUI.mel", "print \"planted\\n\";");
+    EXPECT_EQ("", run({"-c", "tessoraCreateUI;"}, setup).out);
+    EXPECT_EQ("", run({"-c", "source \"tessoraCreateUI.mel\";"}, setup).out);
+    EXPECT_EQ("planted\n", run({"-c", "source \"./tessoraCreateUI.mel\";"}, setup).out);
+}
+
+TEST_F(WorkingDirectory, IsNotSearchedForLibraries) {
+    for (const char* name : {"libEGL.so.1", "libpng16.so.16", "libtessora_host.so", "libc.so.6",
+                             "libOpenGL.so.0", "libtessora_d3dx9.so"})
+        dir.put(name, "not a library");
+    const Ended ended = run({"--version"}, setup);
+    EXPECT_EQ(0, ended.code) << ended.err;
+    dir.put("cube.obj", k_cube);
+    EXPECT_EQ(0, run({"unwrap", "cube.obj"}, setup).code);
+}
+
 } // namespace

@@ -89,7 +89,7 @@ TEST_F(ViewCommands, PanelPictureLeavesNoFileOnFailure) {
     expect_error("panelPicture -w 1000000 \"" + file("a.png") + "\"",
                  "panelPicture: no picture of 1000000 x 960 pixels can be drawn");
     expect_error("panelPicture \"" + file("missing/a.png") + "\"",
-                 "missing/a.png\" cannot be written.");
+                 "missing/a.png\" cannot be written: No such file or directory.");
     EXPECT_TRUE(std::filesystem::is_empty(folder));
 }
 
