@@ -16,8 +16,8 @@ Options random_options(FuzzedDataProvider& input) {
     Options options;
     options.max_stretch = input.ConsumeBool() ? input.ConsumeProbability<float>() : 0.15f;
     options.max_charts = input.ConsumeBool() ? input.ConsumeIntegral<uint8_t>() : 0;
-    options.width = input.ConsumeIntegralInRange<uint32_t>(0, 256);
-    options.height = input.ConsumeIntegralInRange<uint32_t>(0, 256);
+    options.width = input.ConsumeIntegralInRange<uint32_t>(0, 64);
+    options.height = input.ConsumeIntegralInRange<uint32_t>(0, 64);
     options.gutter = float(input.ConsumeIntegralInRange<int>(-1, 16)) / 2;
     options.quality = input.ConsumeIntegral<uint8_t>() % 8 == 0 ? Quality::quality : Quality::fast;
     return options;

@@ -73,10 +73,10 @@ class Layers(unittest.TestCase):
     def test_corelib_may_not_see_the_extension_library(self):
         self.refused("corelib/x.cpp", "#include <d3dx9.h>\n")
 
-    def test_atlas_stage_may(self):
-        self.taken("plugin/atlas_stage.cpp", "#include <d3dx9.h>\n")
+    def test_adjacency_of_the_plugin_may_see_the_extension_library(self):
+        self.taken("plugin/adjacency.h", "#include <d3dx9.h>\n")
 
-    def test_corelib_math_may(self):
+    def test_corelib_math_may_see_the_extension_library(self):
         self.taken("corelib/math/x.cpp", '#include <d3dx9.h>\n#include "corelib/array.h"\n')
 
     def test_measure_shares_no_code_with_the_engine(self):
