@@ -1,4 +1,4 @@
-/// What the last UV-atlas call inside the plug-in came to.
+/// The outcome of the last UV-atlas call made by the plug-in.
 ///
 /// The program neither links the atlas library nor calls it: the plug-in brings it along, and the
 /// host's interface reports only that an unwrap failed, not why. So the program looks the library's

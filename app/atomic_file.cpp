@@ -45,7 +45,7 @@ bool AtomicFile::open(const std::string& path, std::string& error, Existing exis
 }
 
 bool AtomicFile::create_temporary(std::string& error) {
-    const SignalsHeld held; // between the creation and the list of what a signal removes
+    const SignalsHeld held; // until the new file is in the list of files that a signal removes
     std::string base = target_;
     for (int attempt = 0; attempt < 100; ++attempt) {
         temporary_ = temporary_name(base, attempt);

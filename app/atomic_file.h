@@ -21,7 +21,7 @@ public:
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
 
-    /// What `commit` does if the target has appeared since `open`, or existed then.
+    /// What `commit` does if the target exists, whether or not it existed at `open`.
     enum Existing { replace, keep };
 
     /// Checks that the file can be written, before any long work for it begins. With `keep`,

@@ -153,7 +153,8 @@ bool UnwrapRun::unwrap() {
     return view_error_.empty() || fail(exit_unwrap, view_error_);
 }
 
-/// Nothing is published that breaks a promise, whatever the engine believes.
+/// Measures the new layout independently of the engine; a layout that breaks a guarantee is not
+/// written.
 bool UnwrapRun::verify() {
     const Stopwatch watch;
     progress_.begin_stage("verifying");

@@ -34,7 +34,7 @@ enum LogSink : uint32_t {
     LOG_TO_FILE = 16, ///< appended to `log_file_name`, if set; failures are ignored
 };
 
-/// Switches for whoever embeds the library; the program sets neither, so message boxes are shown
+/// Switches for programs that embed the library. `tessora` sets neither, so message boxes are shown
 /// and the file sink writes nothing.
 extern bool log_quiet;
 extern string log_file_name;

@@ -21,7 +21,7 @@ struct Layout {
     std::vector<uint32_t> triangle_corners; ///< polygon corners
     std::vector<uint32_t> triangle_polygon; ///< polygon ids, as reported in findings
     uint32_t polygon_count = 0;
-    double unit = 1.0; ///< what a length of 1 in `positions` is in the mesh's own unit
+    double unit = 1.0; ///< length of 1 in `positions`, in the mesh's own unit
 
     uint32_t vertex_count() const { return static_cast<uint32_t>(positions.size() / 3); }
     uint32_t triangle_count() const { return static_cast<uint32_t>(triangle_polygon.size()); }

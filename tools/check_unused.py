@@ -86,7 +86,7 @@ def note_reference(cursor, inside, found):
 
 
 def visit(cursor, inside, found):
-    """Notes what a cursor and its children define and call; inside is the function that holds them."""
+    """Records the functions that a cursor and its children define and call. inside: the enclosing function."""
     if cursor.kind in FUNCTIONS:
         inside = usr(cursor)
         exempt = cursor.spelling.startswith("operator") or cursor.spelling in IMPLICIT

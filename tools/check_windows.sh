@@ -41,7 +41,7 @@ else
     mapfile -t shared < <(tools/compare_tests.py --list build/windows)
     shared+=(adjacency_dump)
 fi
-# Of the Linux build only what is compared with the Windows build.
+# The Linux build makes only the programs that are compared with the Windows build.
 step "build (release)"
 tools/build.sh release tessora "${shared[@]}"
 

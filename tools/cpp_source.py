@@ -1,5 +1,5 @@
-"""What several checks need to know of a C++ source: its code without comments and literals, and its
-functions. A brace counter over sources that clang-format has laid out, not a parser."""
+"""A C++ source for several checks: its code without comments and literals, and its functions. Counts
+braces in sources that clang-format has laid out; it is no parser."""
 
 import re
 from typing import NamedTuple
@@ -66,7 +66,7 @@ def in_member_initializers(head):
 
 
 def functions(text):
-    """The functions of a source, in order. What stands inside of one, lambdas too, is part of it."""
+    """The functions of a source, in order. Lambdas and local classes are part of the function around them."""
     code = code_of(text)
     found, start, i = [], 0, 0
     while i < len(code):

@@ -71,7 +71,7 @@ public:
     }
 
 private:
-    /// Gives all corners around c's vertex, joined across false edges, the class c.
+    /// Assigns the class c to all corners that meet c at its vertex across false edges.
     void mark_corner_fan(uint32_t c) {
         uint32_t first = c; // the clockwise end of the fan; c itself if the fan is closed
         while (s_.false_edge[first]) {

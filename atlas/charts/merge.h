@@ -68,7 +68,7 @@ private:
     struct FailedPair {
         uint32_t other, own_version, other_version;
     };
-    /// What merging knows about a chart besides the chart itself.
+    /// Data that merging keeps for each chart.
     struct History {
         uint32_t version = 0; ///< merges so far; pairs queued for an earlier version are stale
         uint32_t parent = 0;  ///< the chart that absorbed this one; itself if none has

@@ -20,7 +20,7 @@ void make_fan(Outline& outline) {
         outline.emit(0, i - 1, i);
 }
 
-/// One of the two triangulations of a quadrilateral.
+/// How good the triangulation of a quadrilateral along one of its two diagonals is.
 struct DiagonalQuality {
     int flipped = 0; ///< clockwise triangles
     int flat = 0;    ///< triangles without area

@@ -11,7 +11,7 @@ namespace host {
 
 struct MenuItem {
     std::string name;           ///< unique
-    std::string label;          ///< what the user reads
+    std::string label;          ///< displayed text
     std::string parent;         ///< name of the menu
     std::string command;        ///< script statements run when the item is picked
     bool is_option_box = false; ///< the option box beside the preceding item

@@ -64,7 +64,7 @@ public:
     }
 
 protected:
-    /// Releases what the object refers to; its own block is freed afterwards.
+    /// Releases the objects this one refers to, before its own memory is freed.
     virtual void release_parts() = 0;
 
     /// The common part of QueryInterface.

@@ -74,14 +74,14 @@ def configure():
 
 
 def undefined_names(objects):
-    """(name, readable form) of what the objects do not define themselves, in order."""
+    """(name, demangled name) of each symbol that the objects use but do not define, in order."""
     plain, readable = (run(TOOLS + "nm", "-u", "-p", "-P", *form, *objects).splitlines() for form in ([], ["-C"]))
     return sorted({(a.split()[0], b.rsplit(" U", 1)[0].strip()) for a, b in zip(plain, readable)
                    if not a.endswith(":")})
 
 
 def wanted_names(objects):
-    """Library -> C declarations of what the plug-in takes from the host."""
+    """Library -> C declarations of the symbols that the plug-in uses from the host."""
     classes = set(re.findall(r"(?:class |DEVKIT_ARRAY\()(M\w+)", (HERE / "declarations.h").read_text()))
     stubs = {name: [] for name in LIBRARIES}
     for name, readable in undefined_names(objects):

@@ -33,7 +33,7 @@ foreach(library IN ITEMS OpenMaya OpenMayaUI Foundation)
     endif()
 endforeach()
 
-# A folder that holds none is told by name.
+# The error for a folder without a kit names the folder.
 execute_process(COMMAND ${CMAKE_COMMAND} -DLAYOUT=none -DFIND_MAYA=${FIND_MAYA} -DWORK=${WORK}/absent
     -P ${CMAKE_CURRENT_LIST_DIR}/absent_test.cmake RESULT_VARIABLE code ERROR_VARIABLE text)
 if(code EQUAL 0 OR NOT text MATCHES "TESSORA_MAYA_DEVKIT")

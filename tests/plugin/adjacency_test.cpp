@@ -33,7 +33,7 @@ TEST_F(BuildAdjacency, NeighboursShareAnEdgeByVertexIndex) {
     EXPECT_EQ(adjacency_of(4, k_quad, Words(6, 0)), (Words{k_none, k_none, 1, 0, k_none, k_none}));
 }
 
-TEST_F(BuildAdjacency, CutsOpenIt) {
+TEST_F(BuildAdjacency, CutEdgesHaveNoNeighbour) {
     EXPECT_EQ(adjacency_of(4, k_quad, {0, 0, k_none, 0, 0, 0}),
               (Words{k_none, k_none, k_none, 0, k_none, k_none}));
 }

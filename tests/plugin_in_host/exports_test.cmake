@@ -1,4 +1,4 @@
-# The plug-in exports its entry points and the version symbol: what else it carries would clash with
+# The plug-in exports only its entry points and the version symbol: any other symbol could clash with
 # other plug-ins of the same process.
 execute_process(COMMAND ${NM} -D --defined-only ${PLUGIN} OUTPUT_VARIABLE listing RESULT_VARIABLE failed)
 if(failed)

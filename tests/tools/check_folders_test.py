@@ -42,12 +42,12 @@ class Folders(unittest.TestCase):
                       "host/mesh/mesh.h": "#include <maya/MObject.h>\n"},
                      "folder cycle: host/include/maya -> host/mesh -> host/include/maya")
 
-    def test_every_one_of_two_cycles_is_named(self):
+    def test_both_of_two_cycles_are_named(self):
         code, out = run_check({"a/x.h": '#include "b/x.h"\n', "b/x.h": '#include "a/x.h"\n',
                                "c/x.h": '#include "d/x.h"\n', "d/x.h": '#include "c/x.h"\n'})
         self.assertEqual((code, out.count("folder cycle:")), (1, 2), out)
 
-    def test_includes_in_one_direction_are_taken(self):
+    def test_includes_in_one_direction_are_accepted(self):
         self.taken({"a/x.h": "", "b/x.h": '#include "a/x.h"\n#include <vector>\n',
                     "c/x.cpp": '#include "a/x.h"\n#include "b/x.h"\n'})
 
@@ -70,7 +70,7 @@ class Folders(unittest.TestCase):
         self.refused({"a/CMakeLists.txt": "add_library(a ${CMAKE_CURRENT_SOURCE_DIR}/../b/y.cpp)\n"},
                      "lies outside")
 
-    def test_sources_of_the_list_s_own_folder_are_taken(self):
+    def test_sources_of_the_list_s_own_folder_are_accepted(self):
         self.taken({"a/CMakeLists.txt": "add_library(a x.cpp file_${SYSTEM}.cpp inner/y.cpp\n"
                                         "    ${CMAKE_CURRENT_SOURCE_DIR}/z.cpp) # as ../b/y.cpp\n"})
 

@@ -82,10 +82,10 @@ class Layers(unittest.TestCase):
     def test_measure_shares_no_code_with_the_engine(self):
         self.refused("measure/x.cpp", '#include "atlas/atlas.h"\n')
 
-    def test_sources_may_not_ask_for_a_seam(self):
+    def test_sources_may_not_test_for_a_development_kit(self):
         self.refused("plugin/x.cpp", "#if" + "def TESSORA_MAYA" + "_DEVKIT\n#endif\n")
 
-    def test_standard_library_is_free(self):
+    def test_standard_library_may_be_seen_everywhere(self):
         self.taken("measure/x.cpp", "#include <vector>\n#include <cmath>\n")
 
 

@@ -36,10 +36,10 @@ class Mutants(unittest.TestCase):
     def test_statements_that_only_call_are_removed(self):
         self.assertEqual(changed("g(a, b);"), {"call: ;"})
 
-    def test_declarations_stay(self):
+    def test_declarations_are_not_changed(self):
         self.assertEqual(changed("const int c = a;"), set())
 
-    def test_strings_and_comments_stay(self):
+    def test_strings_and_comments_are_not_changed(self):
         self.assertEqual(changed('return "a < 1"; // b + 1'), set())
 
     def test_the_seed_decides_the_order(self):
@@ -53,7 +53,7 @@ class Mutants(unittest.TestCase):
         self.assertNotEqual(first, drawn(Words))
         self.assertEqual(set(first), set(drawn(Words)))
 
-    def test_an_argued_mutant_is_known_without_its_line(self):
+    def test_mutants_are_compared_without_their_line_numbers(self):
         self.assertEqual(without_line("plugin/a.cpp:12: call: {f(); -> ;}"), "plugin/a.cpp: call: {f(); -> ;}")
 
 

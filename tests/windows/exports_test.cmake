@@ -1,5 +1,5 @@
-# The plug-in's table of exports: plain names, and nothing else. What the library is called comes before
-# the names, which stand behind their numbers.
+# The plug-in exports exactly its entry points, under undecorated names. objdump lists them as
+# "[NUMBER] NAME" below the heading of the table.
 execute_process(COMMAND ${OBJDUMP} -p ${PLUGIN} OUTPUT_VARIABLE listing RESULT_VARIABLE failed)
 if(failed)
     message(FATAL_ERROR "objdump failed on ${PLUGIN}")

@@ -148,7 +148,7 @@ class Program(unittest.TestCase):
         self.assertNotEqual(done.returncode, 0)
         self.assertEqual(self.names(), ["cube.obj"])
 
-    def test_an_atlas_call_that_the_platform_lacks_is_told(self):
+    def test_an_atlas_call_missing_from_the_platform_is_reported(self):
         done = self.run_program("unwrap", "cube.obj", "-o", "out.obj",
                                 MAYA_PLUG_IN_PATH="Z:" + PLATFORM_ATLAS)
         self.assertEqual(done.returncode, 5, done.stderr)

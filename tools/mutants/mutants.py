@@ -74,7 +74,7 @@ class Mutant:
     path: str
     begin: int
     end: int
-    text: str  # what stands there instead
+    text: str  # the replacement
     operator: str
 
     def describe(self, source):

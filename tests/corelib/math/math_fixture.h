@@ -26,7 +26,7 @@ protected:
         unsetenv("OUTPUT_DEBUG_STRING_FILE");
     }
 
-    /// The only line so far without level and line end; "" if there is none.
+    /// The logged line without its level and line end; "" if none. Fails if more lines were logged.
     std::string logged() const {
         const std::vector<std::string>& texts = notices().texts;
         EXPECT_LE(texts.size(), 1u);

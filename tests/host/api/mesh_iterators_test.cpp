@@ -395,7 +395,7 @@ TEST_F(Iterators, ReturnOneUvPerMappedFace) {
     EXPECT_EQ(u[1], 0.1f * 10);
 }
 
-TEST_F(Iterators, RepeatEqualUvs) {
+TEST_F(Iterators, ReturnAUvSharedByTwoFacesOncePerFace) {
     map_corners(true);
     MItMeshVertex vertices(data);
     vertices.setIndex(4, previous);

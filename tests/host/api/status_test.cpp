@@ -28,7 +28,7 @@ TEST(Status, ComparesWithCodesOnEitherSide) {
     EXPECT_TRUE(MS::kFailure != status);
 }
 
-TEST(Status, ComparesCodesRatherThanSuccess) {
+TEST(Status, DifferentFailureCodesAreNotEqual) {
     EXPECT_FALSE(MStatus(MS::kFailure) == MStatus(MS::kNotFound));
 }
 

@@ -25,7 +25,7 @@ TEST_F(DagTest, ANewSceneHasFourCameras) {
     EXPECT_EQ(remove_node_edit(*scene.find("persp"))->redo(), MS::kFailure);
 }
 
-TEST_F(DagTest, NamesAreCountedUpUntilTheyAreFree) {
+TEST_F(DagTest, ATakenNameGetsTheNextFreeNumber) {
     EXPECT_EQ(add("polyCube").name_text(), "polyCube1");
     EXPECT_EQ(add("polyCube").name_text(), "polyCube2");
     EXPECT_EQ(add("polyCube", "thing").name_text(), "thing");

@@ -1,4 +1,4 @@
-// What a strict host does differently, and the same cases in a lenient one.
+// The behaviours that differ between a strict and a lenient host, each tested in both.
 #include "host/base/strictness.h"
 #include "host/graph/callbacks.h"
 #include "host/ui/menus.h"

@@ -72,7 +72,7 @@ static_assert(D3DDECLUSAGE_POSITION == 0 && D3DDECLUSAGE_TEXCOORD == 5);
 /// The bits of an HRESULT as an unsigned number.
 constexpr uint32_t bits(HRESULT result) { return static_cast<uint32_t>(result); }
 
-TEST(PublishedResults, HaveTheirValues) {
+TEST(PublishedResults, HaveTheDocumentedValues) {
     EXPECT_EQ(bits(D3D_OK), 0u);
     EXPECT_EQ(bits(D3DERR_OUTOFVIDEOMEMORY), 0x8876017Cu);
     EXPECT_EQ(bits(D3DERR_NOTFOUND), 0x88760866u);

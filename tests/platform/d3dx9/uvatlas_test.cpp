@@ -367,7 +367,7 @@ TEST_F(UvAtlas, MeshWithoutTheTextureCoordinateIsAnInvalidCall) {
                                       "texture coordinate 1");
 }
 
-TEST_F(UvAtlas, FaultPointsFailTheWholeCalls) {
+TEST_F(UvAtlas, FaultPointsFailTheCallsBeforeTheEngineRuns) {
     const faultpoint::Scope first("D3DXUVAtlasCreate", D3DXERR_INVALIDMESH);
     const faultpoint::Scope second("D3DXUVAtlasPartition", E_FAIL);
     EXPECT_EQ(create(), D3DXERR_INVALIDMESH);
