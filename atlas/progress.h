@@ -24,7 +24,7 @@ public:
             report();
         return !aborted_;
     }
-    /// Reports everything up to 1. False if the callback asked to stop.
+    /// Reports the remaining tenths, 1 last. False if the callback asked to stop.
     bool finish() {
         while (!aborted_ && next_ <= 10)
             report();

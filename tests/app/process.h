@@ -38,7 +38,8 @@ public:
     pid_t id() const { return id_; }
     /// Reads the program's output until it ends.
     Ended wait();
-    /// Waits without reading output; kills the program and returns false if it takes longer.
+    /// Waits for the end of the program without reading its output. If the program is still running
+    /// after `time`, kills it and returns false.
     bool ends_within(std::chrono::milliseconds time);
 
 private:

@@ -44,7 +44,8 @@ TEST(Stretch, OfAShearMatchesTheAnalyticValue) {
 }
 
 TEST(Stretch, OfASqueezeAndItsAnglesMatchAnalyticValues) {
-    // Stretched to twice the width: singular values 2 and 1, normalised by the area ratio 2.
+    // Half the height: singular values of the map from texture to surface are 1 and 2; both are
+    // scaled by the square root of the ratio of areas, 1/2.
     const Measures m = of(one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 0.5f)));
     EXPECT_NEAR(m.whole.l2, std::sqrt(0.5 * (1 + 0.25) * 2), 1e-12);
     EXPECT_NEAR(m.whole.linf, std::sqrt(2.0), 1e-12);
