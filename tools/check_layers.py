@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Fails on an include that points against the house's direction, or a source that asks which side
-of a seam it stands on, and on a permission that no source uses. With a directory as argument, checks that tree instead of this one."""
+"""Fails on an include that the table of layers forbids, on a source that asks which side of a seam it is
+built for, and on a permission that no source uses. With a directory as argument, checks that tree instead of
+this one, without the last."""
 
 import pathlib
 import re
@@ -46,7 +47,7 @@ EXCEPTIONS = {
     # The adjacency is that of a mesh of the Direct3D extension library.
     "plugin/adjacency.h": ["<d3dx9.h>"],
 }
-# Half of a pair that differs by system: there this header is the system.
+# Sources for Windows; they may include these system headers.
 WINDOWS_HALF = re.compile(r"_win32\.cpp$")
 WINDOWS_HEADERS = {"windows.h", "psapi.h", "io.h", "fcntl.h"}
 SEAM_SWITCHES = re.compile(r"\b(TESSORA_MAYA_DEVKIT|TESSORA_UVATLAS)\b")

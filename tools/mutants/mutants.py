@@ -225,11 +225,11 @@ def judge(builder, mutant):
     try:
         before = builder.digest(mutant.path)
         file.write_text(mutant.apply(original))
-        for number, test in enumerate(tests):
-            if builder.make(targets_of(test)).returncode != 0:
-                return "invalid"
-            if number == 0 and before is not None and builder.digest(mutant.path) == before:
-                return "invalid"
+        if builder.make([target for test in tests for target in targets_of(test)]).returncode != 0:
+            return "invalid"
+        if before is not None and builder.digest(mutant.path) == before:
+            return "invalid"
+        for test in tests:
             if not builder.run(test):
                 return f"caught by {test}"
         return "survived"
@@ -259,7 +259,9 @@ def without_line(description):
 
 
 def run(arguments, mutants, wanted):
-    folders = sorted({folder_of(m.path) for m in mutants}) if arguments.listed else arguments.folder or FOLDERS
+    folders = arguments.folder or FOLDERS
+    if arguments.listed:
+        folders = sorted({folder_of(mutant.path) for mutant in mutants})
     builder = Builder(arguments)
     check_clean(builder, folders)
     argued, counts, survivors = equivalent(), {"caught": 0, "argued": 0, "survived": 0}, []
