@@ -30,8 +30,10 @@ import hashlib
 import pathlib
 import random
 import re
+import shutil
 import subprocess
 import sys
+import tempfile
 import time
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -174,18 +176,37 @@ class Builder:
         self.tree = ROOT / "build/mutants/tree"
         self.build = ROOT / "build/mutants/build"
         self.jobs = arguments.jobs
-        self.tree.mkdir(parents=True, exist_ok=True)
-        subprocess.run(f"git archive HEAD | tar -x -C '{self.tree}'", shell=True, cwd=ROOT, check=True)
+        self.update_tree()
         if not (self.build / "build.ninja").exists():
             subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-w"],
                            check=True, stdout=subprocess.DEVNULL)
+
+    def update_tree(self):
+        """Copies what was committed since the last run, and nothing else, so that little is built again."""
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run(f"git archive HEAD | tar -x -C '{folder}'", shell=True, cwd=ROOT, check=True)
+            new = {path.relative_to(folder) for path in pathlib.Path(folder).rglob("*") if path.is_file()}
+            old = {path.relative_to(self.tree) for path in self.tree.rglob("*") if path.is_file()}
+            for path in old - new:
+                (self.tree / path).unlink()
+            for path in new:
+                target = self.tree / path
+                if path not in old or target.read_bytes() != (folder / path).read_bytes():
+                    target.parent.mkdir(parents=True, exist_ok=True)
+                    shutil.copy(folder / path, target)
 
     def make(self, targets):
         return subprocess.run(["ninja", "-C", self.build, "-j", str(self.jobs), *targets],
                               capture_output=True, text=True)
 
     def object_of(self, path):
-        return next(iter(self.build.glob(f"**/{pathlib.Path(path).name}.o")), None)
+        """The object file of a source: .../CMakeFiles/TARGET.dir/... at the source's place in the build."""
+        for file in self.build.glob(f"**/{pathlib.Path(path).name}.o"):
+            parts = file.relative_to(self.build).parts
+            cut = parts.index("CMakeFiles")
+            if pathlib.Path(*parts[:cut], *parts[cut + 2:]).as_posix() == path + ".o":
+                return file
+        return None
 
     def digest(self, path):
         """Of the machine code alone: debugging information holds line numbers."""
