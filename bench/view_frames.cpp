@@ -95,7 +95,7 @@ struct FrameCosts {
     Cost overlay; ///< with seams
     Cost turned;  ///< with seams, the camera turned before each frame
     uint64_t seam_edges = 0;
-    host::DrawCounts before, after; ///< around the frames with seams
+    host::DrawCounts before, after; ///< counts before and after drawing the frames with seams
 };
 
 FrameCosts time_frames(host::Offscreen& surface, host::GlPanels& panels, uint32_t side) {

@@ -242,7 +242,7 @@ private:
         }
         if (!node_)
             return keep_connection(statement);
-        // Later versions write `rename -uid`, which sets a node's identifier.
+        // Newer files contain `rename -uid`, which sets a node's identifier: ignored.
         if (statement.name == "rename")
             return;
         if (statement.name == "setAttr" && mesh_ && take_geometry(statement))
