@@ -93,7 +93,8 @@ int create_new(const std::string& path) {
     return _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY);
 }
 
-int open_direct(const std::string&) { return 1; } // standard output is the only direct target
+// Standard output is the only target that is written directly on Windows.
+int open_direct(const std::string&) { return 1; }
 
 void close_direct(int) {}
 

@@ -32,14 +32,14 @@ constexpr double k_max_length_most = 1.7;
 constexpr double k_whole_mesh = 0.999;
 constexpr double k_max_length_whole = 2.1;
 
-// Hard surfaces; docs/atlas.md, "Hard surfaces".
+// Constants of hard surfaces; see docs/atlas.md, "Hard surfaces".
 
 /// Seam length that must be saved per added mean L2 stretch.
 constexpr double k_seam_per_stretch = 100;
 /// Maximum L2 stretch of a merged chart.
 constexpr double k_max_hard_stretch = 1.03;
 
-// The band; docs/atlas.md, "Merging".
+// Constants of the band; see docs/atlas.md, "Merging".
 
 /// Rings of the first band if the gap is small.
 constexpr uint32_t k_first_rings = 4;

@@ -187,7 +187,7 @@ Case random_case(uint64_t seed) {
             random.chance(0.5f) ? c.mesh.triangle(v[0], v[1], v[random.below(2)])
                                 : c.mesh.triangle(v[1], v[2], v[0]);
         }
-    if (random.chance(0.2f)) // vertices that coincide
+    if (random.chance(0.2f)) // move up to three vertices onto others
         for (uint32_t i = 0; i < 3; ++i) {
             const uint32_t n = uint32_t(c.mesh.positions.size() / 3);
             const uint32_t from = random.below(n), to = random.below(n);
