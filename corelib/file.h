@@ -24,7 +24,8 @@ public:
     bool is_open() const { return handle_ != nullptr; }
     /// Writes one block of `size` bytes. True if all of it was written; false for `size` 0.
     bool write(const void* bytes, size_t size);
-    /// True if no stream is open. On failure `is_open` stays true.
+    /// Closes the stream; succeeds if none is open. If closing fails, returns false and `is_open`
+    /// stays true.
     bool close();
 
     /// Always empty: part of the record, but no operation sets it.

@@ -46,7 +46,7 @@ private:
     uint32_t lists_made_ = 0;
     uint32_t list_count_ = 0;
     array<uint32_t> parents_; ///< of lists; a root is its own parent
-    array<uint32_t> stamps_;  ///< per vertex: the polygon for which its entry in `lists_` counts
+    array<uint32_t> stamps_;  ///< per vertex: the polygon for which its entry in `lists_` is valid
     array<uint32_t> lists_;   ///< per vertex: the list it was put into first
     // Second and third list of a vertex. Only the corners of a polygon's first face can have them.
     Extra extras_[3];

@@ -1,4 +1,4 @@
-# Makes the folders of a devkit up, with empty files in them, and finds its parts there.
+# Creates the folders of a development kit with empty files, and checks that its libraries are found there.
 file(REMOVE_RECURSE ${WORK})
 if(LAYOUT STREQUAL windows)
     set(version 200800)
@@ -33,7 +33,7 @@ foreach(library IN ITEMS OpenMaya OpenMayaUI Foundation)
     endif()
 endforeach()
 
-# The error for a folder without a kit names the folder.
+# For a folder without a kit the error names the variable to set.
 execute_process(COMMAND ${CMAKE_COMMAND} -DLAYOUT=none -DFIND_MAYA=${FIND_MAYA} -DWORK=${WORK}/absent
     -P ${CMAKE_CURRENT_LIST_DIR}/absent_test.cmake RESULT_VARIABLE code ERROR_VARIABLE text)
 if(code EQUAL 0 OR NOT text MATCHES "TESSORA_MAYA_DEVKIT")
