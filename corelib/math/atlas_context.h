@@ -12,7 +12,7 @@
 
 struct AtlasContext {
     uint32_t max_charts = 0;  ///< 0 = no limit
-    float max_stretch = 0.0f; ///< 0 = none, 1 = any
+    float max_stretch = 0.0f; ///< 0 = no stretch is allowed, 1 = any amount
     uint32_t width = 0;       ///< texels
     uint32_t height = 0;      ///< texels
     float gutter = 0.0f;      ///< texels
