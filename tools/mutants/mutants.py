@@ -178,7 +178,9 @@ class Builder:
         self.jobs = arguments.jobs
         self.update_tree()
         if not (self.build / "build.ninja").exists():
-            subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-w"],
+            # Mutants leave things unused: no warnings.
+            subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja",
+                            "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-w"],
                            check=True, stdout=subprocess.DEVNULL)
 
     def update_tree(self):
@@ -287,7 +289,7 @@ def run(arguments, mutants, wanted):
     check_clean(builder, folders)
     argued, counts, survivors = equivalent(), {"caught": 0, "argued": 0, "survived": 0}, []
     began = time.monotonic()
-    for mutant in mutants:
+    for number, mutant in enumerate(mutants, arguments.skip + 1):
         if sum(counts.values()) >= wanted:
             break
         description = mutant.describe((ROOT / mutant.path).read_text())
@@ -301,7 +303,7 @@ def run(arguments, mutants, wanted):
         counts[verdict.split()[0]] += 1
         if verdict == "survived":
             survivors.append(description)
-        print(f"{sum(counts.values()):4} {time.monotonic() - began:6.0f} s  {verdict}: {description}", flush=True)
+        print(f"{number:4} {time.monotonic() - began:6.0f} s  {verdict}: {description}", flush=True)
     print(f"\n| mutants | caught | argued equivalent | survived |\n|---|---|---|---|\n"
           f"| {sum(counts.values())} | {counts['caught']} | {counts['argued']} | {counts['survived']} |")
     for description in survivors:
@@ -313,12 +315,13 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--count", type=int, default=100, help="mutants to judge")
+    parser.add_argument("--skip", type=int, default=0, help="drawn mutants to leave out, to go on after a run")
     parser.add_argument("--folder", action="append", choices=FOLDERS, help="may be given several times")
     parser.add_argument("--listed", action="store_true")
     parser.add_argument("--dry-run", action="store_true")
     parser.add_argument("--jobs", type=int, default=2, help="compile jobs")
     arguments = parser.parse_args()
-    mutants = list(listed()) if arguments.listed else drawn(arguments)
+    mutants = list(listed()) if arguments.listed else drawn(arguments)[arguments.skip:]
     wanted = len(mutants) if arguments.listed else arguments.count
     if arguments.dry_run:
         for mutant in mutants[:wanted]:
