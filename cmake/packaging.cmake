@@ -49,9 +49,12 @@ if(NOT WIN32)
     install(FILES packaging/copyright DESTINATION ${doc_dir} COMPONENT product)
 endif()
 
-# The bill of materials is made when the package is: it reads what the finished build linked.
+# The bill of materials is written during installation, because it reads what the finished build linked. It
+# asks ninja which headers were included, and dpkg which packages they came from.
 find_package(Python3 COMPONENTS Interpreter)
-if(Python3_FOUND AND NOT CMAKE_CROSSCOMPILING AND NOT TESSORA_MAYA_DEVKIT)
+find_program(DPKG_QUERY dpkg-query)
+if(Python3_FOUND AND DPKG_QUERY AND CMAKE_GENERATOR STREQUAL "Ninja" AND NOT CMAKE_CROSSCOMPILING
+        AND NOT TESSORA_MAYA_DEVKIT)
     install(CODE "execute_process(COMMAND \"${Python3_EXECUTABLE}\" \"${PROJECT_SOURCE_DIR}/tools/make_sbom.py\"
         \"${CMAKE_BINARY_DIR}\" COMMAND_ERROR_IS_FATAL ANY)" COMPONENT product)
     install(FILES ${CMAKE_BINARY_DIR}/tessora.spdx.json DESTINATION ${doc_dir} COMPONENT product)
