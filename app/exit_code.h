@@ -5,7 +5,7 @@
 namespace app {
 
 enum ExitCode : int {
-    exit_done = 0,         ///< everything asked for is written
+    exit_done = 0,         ///< everything requested is written
     exit_unexpected = 1,   ///< any failure other than those below
     exit_usage = 2,        ///< invalid command line; no file was read
     exit_input = 3,        ///< input missing, unreadable or without a mesh

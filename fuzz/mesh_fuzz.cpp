@@ -81,7 +81,8 @@ void change(FuzzedDataProvider& input, MFnMesh& mesh) {
     }
 }
 
-/// Every polygon with its triangles, edges and vertices; what is listed must exist.
+/// Reads every polygon with its triangles, edges and vertices, and checks that all ids exist.
+/// Returns the fault found; "" if none.
 std::string walk(MObject& data, MFnMesh& mesh) {
     for (MItMeshPolygon polygon(data); !polygon.isDone(); polygon.next()) {
         MIntArray vertices, triangle_vertices;

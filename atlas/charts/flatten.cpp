@@ -134,7 +134,7 @@ bool Flattener::passes(const Chart& c) {
 /// Relaxes a chart from its current coordinates; true if it is legal afterwards. Fast mode skips
 /// the global solve if the L2 stretch is at most `good_enough` already.
 bool Flattener::improve(Chart& c, double good_enough) {
-    constexpr double k_hopeless = 2.5; // give up if L2 - 1 exceeds this multiple of the limit's
+    constexpr double k_hopeless = 2.5; // give up if L2 - 1 exceeds this multiple of limit - 1
     load(c);
     Patch& patch = copy.patch;
     const StretchSums sums = patch.stretch();

@@ -81,10 +81,12 @@ private:
 
     const PackCharts& charts_;
     ChartChains& out_;
-    std::vector<uint32_t> local_;             ///< per point: its number in the current chart
-    std::vector<uint32_t> ids_, ends_;        ///< local point -> point; 2 ends per edge
-    std::vector<uint32_t> begin_, fill_, at_; ///< edges around a local point
-    std::vector<uint8_t> used_;
+    std::vector<uint32_t> local_;      ///< per point: its number in the current chart
+    std::vector<uint32_t> ids_, ends_; ///< local point -> point; 2 ends per edge
+    /// The edge ends at local point v are at_[begin_[v]] to at_[begin_[v + 1] - 1]; fill_[v] is the
+    /// next free entry while they are listed.
+    std::vector<uint32_t> begin_, fill_, at_;
+    std::vector<uint8_t> used_; ///< per edge of the current chart
 };
 
 bool before(Vec2 a, Vec2 b) { return a.x < b.x || (a.x == b.x && a.y < b.y); }
