@@ -35,7 +35,7 @@ void emit(const EmitCharts& charts, const Packing& packing, const PackOptions& o
           Result& result);
 
 /// Fills `result` with every chart in its own coordinates, moved so that its lower left corner is
-/// the origin; for a partition without packing. Fills `lost` as above.
+/// the origin; for a partition without packing. Fills `lost` as emit() does.
 void emit_unpacked(const EmitCharts& charts, Result& result);
 
 } // namespace tessora::atlas

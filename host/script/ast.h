@@ -93,7 +93,7 @@ struct SyntaxNode {
     std::vector<SyntaxNodePtr> items; ///< lists of any length
 
     bool has(size_t position) const { return position < parts.size() && parts[position]; }
-    /// A part that is present.
+    /// The part at a position, which must be present (see `has`).
     const SyntaxNode& operator[](size_t position) const { return *parts[position]; }
     void set(size_t position, SyntaxNodePtr node) {
         if (position >= parts.size())

@@ -97,7 +97,7 @@ TEST_F(Views, AreFoundByPanelName) {
     for (const char* name : {"modelPanel1", "modelPanel2", "modelPanel3", "modelPanel4"})
         EXPECT_TRUE(M3dView::getM3dViewFromModelPanel(name, view)) << name;
     EXPECT_TRUE(M3dView::getM3dViewFromModelPanel("modelPanel5", view) == MS::kInvalidParameter);
-    EXPECT_EQ(view.portWidth(), 640); // still the last one found
+    EXPECT_EQ(view.portWidth(), 640); // `view` is unchanged by the failure
 }
 
 TEST_F(Views, FailWithoutAPanel) {
