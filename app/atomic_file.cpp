@@ -50,7 +50,8 @@ bool AtomicFile::create_temporary(std::string& error) {
     for (int attempt = 0; attempt < 100; ++attempt) {
         temporary_ = temporary_name(base, attempt);
         file_ = file_calls::create_new(temporary_);
-        if (file_ < 0 && errno == ENAMETOOLONG && base == target_) // the target's is near the limit
+        if (file_ < 0 && errno == ENAMETOOLONG &&
+            base == target_) // with the suffix the name is too long
             base = (std::filesystem::path(target_).parent_path() / "tessora").string();
         else if (file_ >= 0 || errno != EEXIST)
             break;

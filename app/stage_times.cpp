@@ -15,7 +15,7 @@ void StageTimes::changed(const host::ProgressState& state) {
         finish();
         stage_ = status.substr(prefix);
         begin_ = Clock::now();
-        percent_ = state.value; // still the previous stage's
+        percent_ = state.value; // still the percentage of the previous stage
         progress_.begin_stage(stage_);
     }
     if (state.value != percent_ && !stage_.empty()) {

@@ -52,6 +52,6 @@ void do_log(uint32_t level, uint32_t sinks, const char* format, ...) CORELIB_PRI
 [[noreturn]] void report_bug(const char* function, const char* source, int line,
                              const char* assertion = nullptr);
 
-/// The same with a free-text reason in place of an assertion.
+/// Like report_bug, with a free-text reason in place of an assertion.
 [[noreturn]] void report_bug_reason(const char* function, const char* source, int line,
                                     const char* reason);

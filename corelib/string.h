@@ -23,7 +23,7 @@ public:
     /// Appends; null is a no-op that succeeds. If memory runs out: false, the string unchanged. The
     /// capacity grows in multiples of 100 bytes, so that short appends rarely reallocate.
     bool operator+=(const char* text);
-    /// Likewise; appending a string to itself is a BUG.
+    /// Appends under the same rules; appending a string to itself is a BUG.
     bool operator+=(const string& s);
 
     /// Cuts to `size` bytes, or lengthens with zero bytes in a buffer of exactly `size` + 1 bytes.

@@ -39,7 +39,7 @@ const Write k_writes[k_attribute_count] = {
     [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.ridge_angle); },
     [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.adjacency_method); },
     [](MPlug& p, const NodeValues& v) { return p.setValue(v.settings.epsilon); },
-    // 1 skips every unwrap but the first.
+    // Skip_compute: 1 skips every unwrap but the first.
     [](MPlug& p, const NodeValues&) { return p.setValue(1); },
     [](MPlug& p, const NodeValues&) { return p.setValue(0.0); },
     [](MPlug& p, const NodeValues&) { return p.setValue(0); },

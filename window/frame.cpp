@@ -281,7 +281,7 @@ std::string Application::ask(const std::string& title, const std::string& messag
                              const std::vector<std::string>& buttons,
                              const std::string& preferred) {
     if (is_in_frame_ || question_ || !options_.screenshot.empty())
-        return preferred; // no further frame can be drawn to ask in
+        return preferred; // the question cannot be shown: no further frame can be drawn
     const Question question{title, message, preferred, buttons};
     question_ = &question;
     answer_.clear();

@@ -64,7 +64,7 @@ bool GlTarget::resize(int width, int height) {
 void GlTarget::bind() { glBindFramebuffer(GL_FRAMEBUFFER, smooth_frame_); }
 
 void GlTarget::unbind() {
-    glDisable(GL_SCISSOR_TEST); // it applies to blits as well
+    glDisable(GL_SCISSOR_TEST); // the scissor would clip the blit as well
     glBindFramebuffer(GL_READ_FRAMEBUFFER, smooth_frame_);
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, frame_);
     glBlitFramebuffer(0, 0, width_, height_, 0, 0, width_, height_, GL_COLOR_BUFFER_BIT,

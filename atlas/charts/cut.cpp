@@ -251,7 +251,7 @@ private:
     std::vector<uint8_t> tried_; ///< per chart: whether it was cut since the last accepted cut
     size_t charts_before_ = 0;
     uint32_t cuts_ = 0, pending_ = 0, failures_ = 0;
-    bool current_ = true; ///< the latest layout is that of the charts as they are
+    bool current_ = true; ///< the latest layout shows the present charts
 };
 
 } // namespace

@@ -37,7 +37,7 @@ public:
     /// Traces the border of a chart whose triangles and coordinates are set, closes its slits,
     /// measures it, and returns whether it is legal.
     bool judge(Chart& c);
-    /// The same without moving any node.
+    /// Like judge(), but leaves slits open, so that no node moves.
     bool judge_without_moving(Chart& c);
     /// Whether the chart's outline is legal; ignores stretch and flipped triangles.
     bool judge_outline(const Chart& c);

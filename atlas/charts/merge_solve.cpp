@@ -11,13 +11,13 @@ namespace {
 
 /// Maximum residual of aligning the two sides of an arc, relative to the arc's length.
 constexpr double k_max_residual = 0.25;
-/// The same in the exact round.
+/// Maximum residual in the exact round, relative to the arc's length.
 constexpr double k_max_exact_residual = 1e-4;
 /// Minimum length of an arc in the exact round, relative to the shorter of the two borders.
 constexpr double k_min_exact_arc = 0.08;
 /// Maximum length of a union's bounding box, in sides of the square that has the mesh's area.
 constexpr double k_max_length = 1;
-/// The same for an exact union.
+/// Maximum length of an exact union's bounding box, in the same unit.
 constexpr double k_max_exact_length = 1.25;
 /// A union that fills its bounding box to at least this share may have a larger box than the two
 /// boxes it replaces.

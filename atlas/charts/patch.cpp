@@ -187,7 +187,7 @@ double Patch::relax(int sweeps) {
     build_stars();
     double saved = 0, energy = 0;
     for (const FaceShape& shape : shape_)
-        energy += 4 * shape.area; // that of an isometry
+        energy += 4 * shape.area; // the energy of an isometry
     active_.assign(uv.size(), 1);
     for (int i = 0; i < sweeps; ++i) {
         saved = 0;

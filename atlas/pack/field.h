@@ -50,7 +50,7 @@ private:
             open_rows; ///< for squares: one bit per row, set if it has a free position
     };
 
-    /// 64 bits of a row from any bit on.
+    /// 64 bits of a row, starting at any bit.
     uint64_t window(const Level& level, uint32_t row, uint32_t bit) const {
         const uint64_t* p = &level.bits[size_t(row) * words_ + bit / 64];
         const uint32_t shift = bit % 64;

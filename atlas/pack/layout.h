@@ -84,7 +84,7 @@ public:
     uint64_t effort() const { return field_.effort(); }
 
 private:
-    /// Bounds for all charts from one place of the order on.
+    /// Bounds that hold for all charts not yet placed.
     struct Remaining {
         uint32_t run_level = 0, square_level = 0; ///< maxima over the remaining masks
         double min_tops = 0; ///< lower bound of the sum of their upper edges, weighted by cells
@@ -99,7 +99,7 @@ private:
     uint32_t& start_row(const Mask& mask);
 
     Field field_;
-    std::vector<Remaining> remaining_; ///< per place in the order, and one past the end
+    std::vector<Remaining> remaining_; ///< entry i: charts i and later in the order
     std::vector<uint32_t> start_rows_;
 };
 

@@ -24,7 +24,7 @@ MStatus enter(const char* point, const Slot* slot) {
     return status && slot == nullptr ? MStatus(MS::kInvalidParameter) : status;
 }
 
-/// Same, and checks that the slot has the required kind.
+/// Also checks that the slot has the required kind.
 MStatus enter(const char* point, const Slot* slot, bool (Slot::*is_kind)() const) {
     const MStatus status = enter(point, slot);
     return status && !(slot->*is_kind)() ? MStatus(MS::kFailure) : status;

@@ -114,7 +114,7 @@ private:
     unsigned int index_in_parent_ = 0;
 };
 
-/// The number of components of a vector and the type of each.
+/// The number of components of a tuple, and the type of each component.
 unsigned int tuple_size(Tuple tuple);
 AttributeKind tuple_component(Tuple tuple);
 

@@ -14,7 +14,7 @@ namespace host {
 /// Statements of the scene file that the host cannot interpret, as text: nodes of unknown types,
 /// attributes that nodes here lack, connections to either, missing plug-ins.
 struct MHOST_EXPORT SceneNotes {
-    /// Those of the current scene.
+    /// The notes of the current scene.
     static SceneNotes& current();
 
     /// createNode or select statements, each with the statements about that node, in file order.

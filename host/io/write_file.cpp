@@ -27,7 +27,7 @@ namespace files = std::filesystem;
 
 constexpr int k_max_links = 40;            // as many as Linux follows
 constexpr size_t k_max_write = 1u << 30;   // bytes; every system accepts that much in one call
-constexpr int k_max_temporary_names = 100; // more than that many stale files are no accident
+constexpr int k_max_temporary_names = 100; // this many stale files cannot be an accident
 
 /// `path` with symbolic links in its last part followed, also to a missing file.
 bool follow_links(files::path& path) {

@@ -7,7 +7,7 @@ namespace host {
 
 namespace {
 
-/// MeshFace of mesh data and standalone shapes.
+/// The mesh interface of mesh data and standalone shapes.
 class HeldMesh : public MeshFace {
 public:
     MStatus refresh() override { return MS::kSuccess; }

@@ -162,7 +162,7 @@ void Sweep::add_front(Strip& strip, std::uint32_t link) {
         strip.back = end;
 }
 
-/// Same at the right end.
+/// Joins a corner to the right end of the rim and adds the triangles it sees from there.
 void Sweep::add_back(Strip& strip, std::uint32_t link) {
     const std::uint32_t corner = links_[link].corner;
     std::uint32_t end = strip.back;

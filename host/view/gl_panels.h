@@ -58,7 +58,7 @@ struct Highlight {
 struct DrawCounts {
     uint64_t panels = 0;         ///< panels drawn
     uint64_t buffers_built = 0;  ///< meshes and components turned into buffers
-    uint64_t buffers_held = 0;   ///< at present
+    uint64_t buffers_held = 0;   ///< buffers in existence now
     uint64_t bytes_uploaded = 0; ///< handed to OpenGL for buffers
 };
 

@@ -24,7 +24,7 @@ private:
     std::unique_ptr<PanelPictures> pictures_;
 };
 
-/// The studio must outlive the interpreter's last script.
+/// Adds the commands about panels. `studio` must outlive the interpreter's last script.
 void add_view_commands(script::Interpreter& interpreter, PictureStudio& studio);
 
 } // namespace host

@@ -48,7 +48,7 @@ TEST_F(Surroundings, InterruptEndsAWriteToAPipeWithoutReader) {
     const std::string mesh = dir.put("cube.obj", k_cube), pipe = dir.path("pipe.obj");
     ASSERT_EQ(0, ::mkfifo(pipe.c_str(), 0600));
     Process process({"unwrap", mesh, "-o", pipe, "--report", dir.path("r.json")});
-    std::this_thread::sleep_for(std::chrono::seconds(1)); // by then it waits for a reader
+    std::this_thread::sleep_for(std::chrono::seconds(1)); // by then the program waits for a reader
     process.send(SIGINT);
     EXPECT_TRUE(process.ends_within(std::chrono::seconds(10)));
     EXPECT_EQ(130, process.wait().code);

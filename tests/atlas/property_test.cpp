@@ -157,7 +157,7 @@ void add_cuts(Random& random, TestMesh& mesh) {
         if (mesh.adjacency[h] == k_none || inside || !random.chance(share))
             continue;
         const uint32_t other = mesh.adjacency[h];
-        if (random.chance(0.7f)) // both sides, else one only
+        if (random.chance(0.7f)) // open both sides of the edge, else one only
             for (uint32_t g = 3 * other; g < 3 * other + 3; ++g)
                 if (mesh.adjacency[g] == h / 3 &&
                     mesh.indices[g] == mesh.indices[h % 3 == 2 ? h - 2 : h + 1])

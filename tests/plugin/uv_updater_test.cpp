@@ -58,7 +58,7 @@ TEST_F(ApplyUvs, ReplacesASetThatExistsEntirely) {
     ASSERT_TRUE(apply());
     EXPECT_EQ(uv_sets_of(mesh_), (std::vector<std::string>{"map1"}));
     const UvLayout layout = layout_of(mesh_, "map1");
-    EXPECT_EQ(layout.uvs.size(), 1u); // there were 24
+    EXPECT_EQ(layout.uvs.size(), 1u); // before: 24
     for (const auto& polygon : layout.ids)
         EXPECT_EQ(polygon, (std::vector<int>{0, 0, 0, 0}));
 }

@@ -243,8 +243,8 @@ TEST_F(Overlay, IsHiddenWhileTheNodeHasNoEffect) {
 TEST_F(Overlay, DisappearsWithUndoAndReturnsWithTheNextUnwrap) {
     unwrap_ball();
     const size_t before = colored();
-    run("undo"); // the selection
-    run("undo"); // the unwrap
+    run("undo"); // of the selection
+    run("undo"); // of the unwrap
     EXPECT_EQ(colored(), 0u);
     run("redo");
     run("redo");

@@ -118,7 +118,7 @@ class Program(unittest.TestCase):
                 end = time.monotonic() + 60
                 while "begun" not in (self.folder / "said").read_text() and time.monotonic() < end:
                     time.sleep(0.05)
-                program.send_signal(signal.SIGINT) # which Wine makes the console's event of
+                program.send_signal(signal.SIGINT) # Wine turns it into a console event
                 self.assertEqual(program.wait(60), 130)
             finally:
                 program.kill()

@@ -17,7 +17,7 @@ public:
 
     /// Fails if no callback has this id.
     static MStatus removeCallback(MCallbackId id);
-    /// Removes all of them; fails if one of the ids was invalid.
+    /// Removes all callbacks of `ids`; fails if one of the ids was invalid.
     static MStatus removeCallbacks(MCallbackIdArray& ids);
     static MStatus nodeCallbacks(MObject& node, MCallbackIdArray& ids);
     /// The id of the callback being called; 0 and a failure outside of callbacks.
