@@ -39,7 +39,7 @@ MObject make(const char* point, const MString& long_name, const MString& short_n
     return MObject(new Attribute(long_name.asChar(), short_name.asChar(), kind));
 }
 
-/// Creates an attribute of three floats, with the same checks.
+/// Creates an attribute of three floats; checks the fault point and the names as make() does.
 MObject make_triple(const char* point, const MString& long_name, const MString& short_name,
                     const char* const (&suffixes)[3], MStatus* out) {
     if (make(point, long_name, short_name, AttributeKind::real32, out).isNull())
