@@ -36,7 +36,7 @@ void write_error(const char* text) {
         Sleep(INFINITE);
 }
 
-/// The same exit codes as on POSIX: SIGINT is 2, SIGTERM is 15.
+/// Ends the process with the exit codes of POSIX: 128 + 2 for SIGINT, 128 + 15 for SIGTERM.
 BOOL WINAPI on_console_event(DWORD event) {
     EnterCriticalSection(&held());
     if (results_published())

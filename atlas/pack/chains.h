@@ -47,7 +47,7 @@ struct ChartChains {
 ///         1983); hull by Andrew, "Another efficient algorithm for convex hulls", 1979.
 ChartChains chain_borders(const PackCharts& charts);
 
-/// The same chains with fewer points: every dropped point lies within `tolerance` of the segment
+/// Returns the chains with fewer points: every dropped point lies within `tolerance` of the segment
 /// that replaces it. Masks of the result must be widened by its tolerance.
 ChartChains simplify(const ChartChains& chains, double tolerance);
 

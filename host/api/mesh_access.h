@@ -23,7 +23,8 @@ inline const Mesh* current_mesh(const MObject& object) {
 ///         geometry.
 MStatus attach_mesh(const char* point, const MObject& object, const MObject& component,
                     MObject& attached);
-/// Same for a path, which may end at the shape or at the transform above it.
+/// Attaches an iterator to a path, which may end at the shape or at the transform above it. Checks
+/// and errors: as for an object.
 MStatus attach_mesh(const char* point, const MDagPath& path, const MObject& component,
                     MObject& attached, MDagPath& attached_path);
 

@@ -99,7 +99,8 @@ bool parse_range(const std::string& text, int count, std::vector<int>& ids) {
     return !ids.empty();
 }
 
-/// The mesh shape whose components a path refers to: the node itself or its only visible shape.
+/// The mesh shape whose components a path refers to: the path's last node, or its first
+/// shape that is not an intermediate object, which is then appended to the path.
 DagNode* component_shape(SelectionItem& item) {
     if (item.path.empty())
         return nullptr;

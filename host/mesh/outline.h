@@ -42,8 +42,8 @@ bool project(Outline& outline);
 /// Cost:   O(n log n).
 bool sweep_triangulate(Outline& outline);
 
-/// Same for an outline with coincident corners, such as a bridge to a hole that is walked in both
-/// directions: moves coincident corners slightly apart before the sweep. Returns false if no
+/// Triangulates an outline with coincident corners, such as a bridge to a hole that is walked in
+/// both directions: moves coincident corners slightly apart before the sweep. Returns false if no
 /// corners coincide or the outline still is not simple.
 bool sweep_touching(Outline& outline);
 

@@ -22,7 +22,7 @@ graph::Selection items_named(const StringArray& names);
 /// transform lacks the attribute, it is looked up on its shapes. Throws ScriptFault if not found.
 graph::Slot& plug_named(const std::string& name);
 
-/// Likewise for a name with index ranges: "a.pnts[0:3]" returns four plugs. At most 50 million.
+/// Returns the plugs of a name with index ranges: "a.pnts[0:3]" is four plugs. At most 50 million.
 std::vector<graph::Slot*> plugs_named(const std::string& name);
 
 /// The shortest unique name of a node: "shape" or "group|shape".

@@ -13,7 +13,7 @@
 
 /// Mesh data with the fixture's geometry and the empty UV set "map1", which is current.
 MObject make_host_mesh(const fixtures::Mesh& mesh);
-/// The same with the UV layout in "map1".
+/// Mesh data with the fixture's geometry and the UV layout in "map1".
 MObject make_host_mesh(const fixtures::Mesh& mesh, const fixtures::UvLayout& layout);
 /// Writes a layout into a UV set, which is created if missing.
 void set_layout(MObject& mesh, const fixtures::UvLayout& layout, const char* uv_set);
