@@ -1,5 +1,5 @@
 /// Fuzz target: the UV-atlas engine. The first bytes choose options, the rest is taken literally as
-/// positions, indices, adjacency and false edges, in or out of range. What is accepted must keep
+/// positions, indices, adjacency and false edges, in or out of range. Accepted input must keep
 /// the engine's promises as the tests' judge knows them.
 #include "fuzz/finding.h"
 #include "tests/atlas/check_result.h"

@@ -1,5 +1,5 @@
 /// Fuzz target: measuring and verifying any layout. Figures that are shares must lie between 0
-/// and 1, and lists must name what exists.
+/// and 1, and lists must contain only ids that exist.
 #include "fuzz/finding.h"
 #include "measure/verify.h"
 

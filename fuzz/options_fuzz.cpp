@@ -1,5 +1,5 @@
 /// Fuzz target: the command line of `tessora unwrap`. The input is a list of words, each ended by a
-/// zero byte. A refusal must say why; what is accepted must name an input.
+/// zero byte. A refusal must state the reason; an accepted command line must name an input.
 #include "app/unwrap_options.h"
 #include "fuzz/finding.h"
 

@@ -1,5 +1,5 @@
-/// Fuzz target: opening and saving scenes. The input is a scene file; what is accepted must be
-/// writable, and the written scene must be readable.
+/// Fuzz target: opening and saving scenes. The input is a scene file; an accepted scene must
+/// be writable, and the written scene must be readable.
 #include "fuzz/finding.h"
 #include "host/commands/session.h"
 #include "host/graph/scene.h"

@@ -10,7 +10,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 # Folders on the include path whose headers are named in angle brackets.
 ANGLE_ROOTS = ["host/include", "platform/win32/include", "platform/d3dx9/include"]
 SKIPPED = {"build", ".git"}
-# A path to a source or header in a CMake list: what stands before the file's name matters.
+# A path to a source or header in a CMake list, with any folder or variable before the file's name.
 CMAKE_SOURCE = re.compile(r'[^\s()";]*\.(?:cpp|h|c|def)\b')
 OWN_FOLDER = re.compile(r"^\$\{CMAKE_CURRENT_(SOURCE|BINARY)_DIR\}/")
 

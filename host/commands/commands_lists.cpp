@@ -258,7 +258,7 @@ Value list_history(Invocation& call) {
         for (DagNode* child : dag && !dag->is_shape() ? dag->children() : std::vector<DagNode*>())
             if (child->is_shape() && !child->is_intermediate())
                 start = child;
-        // Preorder, depth first: the node itself, then what feeds it.
+        // Preorder, depth first: the node itself, then the nodes that feed it.
         std::vector<std::pair<Node*, int>> waiting = {{start, 1}};
         while (!waiting.empty()) {
             const auto [node, level] = waiting.back();

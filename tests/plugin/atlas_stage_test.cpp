@@ -155,7 +155,7 @@ TEST_F(GenerateAtlas, PassesNoFalseEdgesWhenSkipFalseEdgesIsSet) {
     EXPECT_FALSE(atlas_call().has_false_edges);
 }
 
-TEST_F(GenerateAtlas, CutsOpenTheAdjacency) {
+TEST_F(GenerateAtlas, OpensTheAdjacencyAtCutEdges) {
     settings_.use_ridges = true;
     settings_.ridge_angle = 90;
     start(fixtures::cube());

@@ -265,7 +265,7 @@ TEST(CollectMeshData, PolygonWhoseTrianglesCannotBeCountedHasNone) {
     EXPECT_EQ(result.corners(1).size(), 0u);
 }
 
-TEST(CollectMeshData, FailsWhenALookUpTableFindsNoMemory) {
+TEST(CollectMeshData, FailsWhenALookUpTableCannotBeAllocated) {
     MObject mesh = make_host_mesh(fixtures::cube(), fixtures::one_shell(fixtures::cube()));
     UnwrapSettings settings = plain_settings();
     settings.use_ridges = true;

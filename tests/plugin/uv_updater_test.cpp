@@ -132,7 +132,7 @@ TEST_F(ApplyUvs, FreesItsLists) {
     EXPECT_EQ(live_blocks, live);
 }
 
-TEST_F(ApplyUvs, IdListGrowsPerCornerWhenItsReservationFindsNoMemory) {
+TEST_F(ApplyUvs, IdListGrowsPerCornerWhenItCannotBeReserved) {
     start_torn_quad();
     {
         AllocationWatch watch(0);

@@ -1,7 +1,6 @@
 /// The constants, enumerations and structures of <d3d9types.h> that the atlas stage uses, for
-/// systems without Direct3D. A subset: what is declared has exactly the published names, types and
-/// values
-/// ("Direct3D 9 Reference", Microsoft Learn).
+/// systems without Direct3D. A subset: every declaration has exactly the published name, types and
+/// values ("Direct3D 9 Reference", Microsoft Learn).
 #pragma once
 
 #include <windef.h>

@@ -150,7 +150,7 @@ TEST_F(ReadBack, IndexBufferFailureIsLoggedAndLeavesTheVertexBufferLocked) {
     EXPECT_EQ(mesh_->UnlockIndexBuffer(), D3DERR_INVALIDCALL);
 }
 
-TEST_F(ReadBack, ElementThatFindsNoMemoryIsLeftOut) {
+TEST_F(ReadBack, ElementThatCannotBeAllocatedIsLeftOut) {
     const AllocationWatch memory(0);
     EXPECT_TRUE(read());
     EXPECT_EQ(vertices_.count(), 0u);
