@@ -23,11 +23,11 @@ def measures(**changes):
 
 
 class Arithmetic(unittest.TestCase):
-    def test_geometric_mean(self):
+    def test_geometric_mean_is_nan_for_an_empty_list(self):
         self.assertAlmostEqual(unwrap_runs.geometric_mean([1, 4, 16]), 4)
         self.assertTrue(math.isnan(unwrap_runs.geometric_mean([])))
 
-    def test_growth_exponent(self):
+    def test_growth_exponent_is_that_of_a_power_law(self):
         sizes = [10, 100, 1000]
         self.assertAlmostEqual(unwrap_runs.growth_exponent(sizes, [3 * n**1.5 for n in sizes]), 1.5)
 

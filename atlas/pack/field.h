@@ -36,7 +36,7 @@ public:
     void place(const Mask& mask, uint32_t x, uint32_t y);
 
     uint32_t height() const { return height_; }
-    /// Words read so far: a reproducible measure of effort.
+    /// Words of bitmaps read so far: a reproducible measure of effort.
     uint64_t effort() const { return effort_; }
 
 private:
