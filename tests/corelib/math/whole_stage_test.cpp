@@ -1,4 +1,5 @@
-/// The stage from lists to lists, over the real platform and engine.
+/// Runs the whole atlas stage, from vertex and index lists to UVs, over the real platform and
+/// engine.
 
 #include "corelib/math/atlas_mesh.h"
 #include "corelib/math/run_uvatlas.h"
