@@ -34,7 +34,7 @@ export UBSAN_OPTIONS=print_stacktrace=1
 # Runs one target in a folder of its own; prints its row of the table.
 run() {
     local name=$1 log=$build/findings/$1.log work code=0
-    local options=(-max_total_time="$seconds" -timeout=10 -rss_limit_mb=4096 -print_final_stats=1
+    local options=(-max_total_time="$seconds" -timeout=30 -rss_limit_mb=4096 -print_final_stats=1
         -artifact_prefix="$build/findings/$name-")
     [ ! -f "fuzz/dictionaries/$name.dict" ] || options+=(-dict="$PWD/fuzz/dictionaries/$name.dict")
     work=$(mktemp -d)
