@@ -5,6 +5,7 @@
 #include "app/line_buffer.h"
 #include "app/session_setup.h"
 #include "host/commands/session.h"
+#include "host/graph/plugins.h"
 #include "host/view/pixels.h"
 
 #include <GLFW/glfw3.h>
@@ -61,6 +62,8 @@ Application::Application(const LaunchOptions& options, std::string& error)
     uvs_ = std::make_unique<UvPanel>();
     host::set_progress_listener(this);
     host::set_notice_listener(this);
+    // Before loading: only an interactive application runs a plug-in's UI procedures.
+    host::graph::Plugins::current().mode = host::graph::AppMode::interactive;
     app::load_plugin(error);
 }
 

@@ -23,7 +23,7 @@ ImFont* load_font(std::initializer_list<const char*> files, float pixels) {
     return io.Fonts->AddFontDefault(&config);
 }
 
-/// Table of ImGui's colours.
+/// Table: ImGui's colours.
 void set_colours(ImVec4* colours) {
     const ImVec4 hover{0.290f, 0.298f, 0.314f, 1.0f};
     const ImVec4 button{0.262f, 0.268f, 0.282f, 1.0f};

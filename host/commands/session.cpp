@@ -3,6 +3,7 @@
 #include "host/base/restore.h"
 #include "host/commands/commands.h"
 #include "host/graph/command_registry.h"
+#include "host/graph/plugins.h"
 #include "host/graph/undo.h"
 #include "host/script/functions.h"
 #include "host/ui/panels.h"
@@ -160,7 +161,7 @@ void Session::add_session_commands() {
             {"v", "version"}, {"b", "batch"}, {"api", "apiVersion"}, {"p", "product"}};
         const Flags flags(call, table);
         if (flags.has("batch"))
-            return true;
+            return graph::Plugins::current().mode == graph::AppMode::batch;
         if (flags.has("apiVersion"))
             return int32_t(200800);
         return flags.has("product") ? "Tessora embedded host" : "2008";
