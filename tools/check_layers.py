@@ -33,7 +33,7 @@ HOST_FLOORS = [
     ("host/ui", ["maya/"]),
     ("host/graph", ["maya/", "dlfcn.h"]),
     ("host/api", ["maya/"]),
-    ("host/script", ["maya/", "fnmatch.h", "regex.h"]),
+    ("host/script", ["maya/", "fnmatch.h", "pthread.h", "regex.h"]),
     ("host/io", ["maya/", "unistd.h", "fcntl.h", "sys/"]),
     ("host/commands", []),
     ("host/view", ["maya/", "GL/", "EGL/", "png.h"]),

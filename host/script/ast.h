@@ -81,6 +81,11 @@ struct SyntaxNode;
 using SyntaxNodePtr = std::shared_ptr<const SyntaxNode>;
 
 struct SyntaxNode {
+    SyntaxNode() = default;
+    ~SyntaxNode();
+    SyntaxNode(const SyntaxNode&) = delete;
+    SyntaxNode& operator=(const SyntaxNode&) = delete;
+
     SyntaxKind kind = SyntaxKind::block;
     Position at;
     std::string text;
@@ -101,6 +106,16 @@ struct SyntaxNode {
         parts[position] = std::move(node);
     }
 };
+
+/// Chains such as 1 + 1 + ... nest to the left without limit, so their nodes are released in a
+/// loop: one destructor within the other would overflow the stack.
+inline SyntaxNode::~SyntaxNode() {
+    SyntaxNodePtr chain = parts.empty() ? nullptr : std::move(parts.front());
+    while (chain && chain.use_count() == 1) {
+        auto& inner = const_cast<SyntaxNode&>(*chain).parts; // the last owner may change it
+        chain = inner.empty() ? nullptr : std::move(inner.front());
+    }
+}
 
 /// A parsed text.
 struct Unit {

@@ -1,6 +1,7 @@
 #include "host/script/interpreter.h"
 
 #include "host/base/restore.h"
+#include "host/script/stack_limit.h"
 
 #include <algorithm>
 #include <fstream>
@@ -10,7 +11,7 @@ namespace host::script {
 
 namespace {
 
-/// Limit on nested calls, so that endless recursion is an error and not a stack overflow.
+/// Limit on nested calls. With a small stack the limit is lower (stack_limit.h).
 constexpr int k_max_call_depth = 200;
 
 bool readable(const std::string& path) {
@@ -65,7 +66,7 @@ Value Interpreter::run(std::string_view text, const std::string& file) {
     frame.top = true;
     const Restore restore_frame(frame_);
     const Restore restore_depth(depth_);
-    if (++depth_ > k_max_call_depth)
+    if (++depth_ > k_max_call_depth || stack_is_low())
         throw ScriptError(file, Position(), "Scripts are nested too deeply.");
     frame_ = &frame;
     last_ = Value();
@@ -173,6 +174,8 @@ Interpreter::Flow Interpreter::execute(const SyntaxNode& node) {
 }
 
 Interpreter::Flow Interpreter::execute_kind(const SyntaxNode& node) {
+    if (stack_is_low())
+        throw ScriptFault("Nested too deeply.");
     switch (node.kind) {
     case SyntaxKind::block:
         return execute_block(node);
@@ -409,7 +412,7 @@ Value Interpreter::call_procedure(const Procedure& procedure, std::vector<Value>
         throw ScriptFault("Wrong number of arguments on call to " + node.text + ": " +
                           std::to_string(node.items.size()) + " expected, " +
                           std::to_string(arguments.size()) + " given.");
-    if (depth_ >= k_max_call_depth)
+    if (depth_ >= k_max_call_depth || stack_is_low())
         throw ScriptFault("Procedures are nested too deeply.");
     Frame frame;
     frame.unit = procedure.unit;

@@ -125,10 +125,12 @@ private:
     // interpreter_expressions.cpp
     Value evaluate(const SyntaxNode& node);
     Value evaluate_kind(const SyntaxNode& node);
-    Value evaluate_component(const SyntaxNode& node);
+    Value evaluate_chain(const SyntaxNode& node);
+    Value evaluate_link(const SyntaxNode& node, const Value& left);
+    static Value evaluate_component(const SyntaxNode& node, const Value& base);
     Value evaluate_unary(const SyntaxNode& node);
-    Value evaluate_logical(const SyntaxNode& node);
-    Value evaluate_element(const SyntaxNode& node);
+    Value evaluate_logical(const SyntaxNode& node, const Value& left);
+    Value evaluate_element(const SyntaxNode& node, const Value& base);
     Value evaluate_array(const SyntaxNode& node);
     Value evaluate_vector(const SyntaxNode& node);
     Value evaluate_assign(const SyntaxNode& node);

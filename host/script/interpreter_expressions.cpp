@@ -1,4 +1,5 @@
 #include "host/script/interpreter.h"
+#include "host/script/stack_limit.h"
 
 #include <cmath>
 
@@ -144,6 +145,15 @@ Value apply(const std::string& op, const Value& left, const Value& right) {
     return apply_reals(op[0], left.to_real(), right.to_real());
 }
 
+namespace {
+
+bool is_chain(SyntaxKind kind) {
+    return kind == SyntaxKind::binary || kind == SyntaxKind::logical ||
+           kind == SyntaxKind::element || kind == SyntaxKind::component;
+}
+
+} // namespace
+
 Value Interpreter::evaluate(const SyntaxNode& node) {
     try {
         return evaluate_kind(node);
@@ -153,23 +163,20 @@ Value Interpreter::evaluate(const SyntaxNode& node) {
 }
 
 Value Interpreter::evaluate_kind(const SyntaxNode& node) {
+    if (stack_is_low())
+        throw ScriptFault("Nested too deeply.");
     switch (node.kind) {
     case SyntaxKind::literal:
         return node.value;
     case SyntaxKind::variable:
         return variable(node.text).value;
     case SyntaxKind::element:
-        return evaluate_element(node);
     case SyntaxKind::component:
-        return evaluate_component(node);
+    case SyntaxKind::binary:
+    case SyntaxKind::logical:
+        return evaluate_chain(node);
     case SyntaxKind::unary:
         return evaluate_unary(node);
-    case SyntaxKind::binary: {
-        const Value left = evaluate(node[part::left]);
-        return apply(node.text, left, evaluate(node[part::right]));
-    }
-    case SyntaxKind::logical:
-        return evaluate_logical(node);
     case SyntaxKind::conditional:
         return evaluate(
             node[evaluate(node[part::condition]).truth() ? part::then : part::otherwise]);
@@ -193,8 +200,42 @@ Value Interpreter::evaluate_kind(const SyntaxNode& node) {
     }
 }
 
-Value Interpreter::evaluate_component(const SyntaxNode& node) {
-    const Vector v = evaluate(node[part::base]).to_vector();
+static_assert(part::left == 0 && part::base == 0, "a chain continues in the first part");
+
+/// Evaluates operators that nest to the left, such as 1 + 1 + ..., $a && $b && ... and $a[0][0]....
+/// The parser does not limit the length of such chains, so they are evaluated in a loop.
+Value Interpreter::evaluate_chain(const SyntaxNode& node) {
+    std::vector<const SyntaxNode*> links; // without `node`; outermost first
+    const SyntaxNode* inner = &node[part::left];
+    for (; is_chain(inner->kind); inner = &(*inner)[part::left])
+        links.push_back(inner);
+    Value value = evaluate(*inner);
+    for (auto link = links.rbegin(); link != links.rend(); ++link) {
+        try {
+            value = evaluate_link(**link, value);
+        } catch (const ScriptFault& fault) {
+            throw ScriptError(frame_->unit->unit->file, (*link)->at, fault.what());
+        }
+    }
+    return evaluate_link(node, value);
+}
+
+/// Evaluates an operator whose first part has the value `left`.
+Value Interpreter::evaluate_link(const SyntaxNode& node, const Value& left) {
+    switch (node.kind) {
+    case SyntaxKind::element:
+        return evaluate_element(node, left);
+    case SyntaxKind::component:
+        return evaluate_component(node, left);
+    case SyntaxKind::logical:
+        return evaluate_logical(node, left);
+    default:
+        return apply(node.text, left, evaluate(node[part::right]));
+    }
+}
+
+Value Interpreter::evaluate_component(const SyntaxNode& node, const Value& base) {
+    const Vector v = base.to_vector();
     return node.text == "x" ? v.x : node.text == "y" ? v.y : v.z;
 }
 
@@ -208,15 +249,13 @@ Value Interpreter::evaluate_unary(const SyntaxNode& node) {
 }
 
 /// The right operand is evaluated only if the left one does not decide.
-Value Interpreter::evaluate_logical(const SyntaxNode& node) {
-    const bool left = evaluate(node[part::left]).truth();
-    if (left == (node.text == "||"))
-        return left;
+Value Interpreter::evaluate_logical(const SyntaxNode& node, const Value& left) {
+    if (left.truth() == (node.text == "||"))
+        return left.truth();
     return evaluate(node[part::right]).truth();
 }
 
-Value Interpreter::evaluate_element(const SyntaxNode& node) {
-    const Value array = evaluate(node[part::base]);
+Value Interpreter::evaluate_element(const SyntaxNode& node, const Value& array) {
     const int32_t index = evaluate(node[part::index]).to_int();
     if (array.type().basic == Basic::matrix && !array.type().array) {
         if (!node.has(part::column))

@@ -4,10 +4,12 @@
 #pragma once
 
 #include "host/script/ast.h"
+#include "host/script/stack_limit.h"
 
 namespace host::script {
 
-/// Limit on nested blocks and expressions, so that malicious text cannot overflow the stack.
+/// Limit on nested blocks and expressions, so that malicious text cannot overflow the stack. With a
+/// small stack the limit is lower (stack_limit.h).
 inline constexpr int k_max_nesting = 200;
 
 inline constexpr Reading k_expr = Reading::expression;
@@ -30,7 +32,7 @@ private:
     class Depth {
     public:
         Depth(Parser& parser) : parser_(parser) {
-            if (++parser_.depth_ > k_max_nesting)
+            if (++parser_.depth_ > k_max_nesting || stack_is_low())
                 parser_.fail(parser_.lexer_.peek(k_expr).at, "Nested too deeply.");
         }
         ~Depth() { --parser_.depth_; }

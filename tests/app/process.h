@@ -25,6 +25,7 @@ public:
         std::vector<int> closed;        ///< standard streams, 0 to 2, that are closed at the start
         unsigned long memory_limit = 0; ///< bytes of address space; 0 for no limit
         unsigned long file_limit = 0;   ///< size of written files in bytes; 0 for no limit
+        unsigned long stack_limit = 0;  ///< bytes of stack; 0 for that of the test
     };
 
     explicit Process(const std::vector<std::string>& words) : Process(words, Setup()) {}

@@ -2,6 +2,9 @@
 /// and opened by the next.
 #include "tests/app/program_fixture.h"
 
+#include <filesystem>
+#include <sstream>
+
 namespace {
 
 using namespace test;
@@ -118,6 +121,27 @@ TEST_F(Script, UnknownNodesAreSavedUnchangedByANewProcess) {
     std::istringstream lines(unknown);
     for (std::string line; std::getline(lines, line);)
         EXPECT_NE(std::string::npos, saved.find(line + "\n")) << line << "\n" << saved;
+}
+
+TEST_F(Script, RunawayRecursionIsAnErrorHoweverSmallTheStack) {
+    dir.put("deep.mel", "global proc int f(int $n) { return $n <= 0 ? 0 : 1 + f($n - 1); }\n"
+                        "print(catch(f(1000)) + \"\\n\");\n"
+                        "string $nested = \"1\";\n"
+                        "for ($i = 0; $i < 150; ++$i) $nested = \"(1 + \" + $nested + \")\";\n"
+                        "catch(eval($nested));\nprint \"alive\\n\";\n");
+#ifdef __SANITIZE_ADDRESS__
+    const std::vector<unsigned long> sizes = {2048, 8192}; // its frames are larger
+#else
+    const std::vector<unsigned long> sizes = {128, 256, 512, 1024, 8192};
+#endif
+    for (const unsigned long kilobytes : sizes) {
+        Process::Setup setup;
+        setup.stack_limit = kilobytes * 1024;
+        const Ended ended = run({"script", dir.path("deep.mel")}, setup);
+        EXPECT_EQ(0, ended.code) << kilobytes << " kB, signal " << ended.signal;
+        EXPECT_EQ("1\nalive\n", ended.out) << kilobytes << " kB";
+        EXPECT_NE(std::string::npos, ended.err.find("ested too deeply")) << ended.err;
+    }
 }
 
 } // namespace
