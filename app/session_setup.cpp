@@ -26,9 +26,11 @@ void set_search_paths() {
     }
     scripts.push_back(home + "/scripts");
     scripts.push_back(home + "/../share/tessora/scripts");
-    std::vector<std::string>& plugins = host::graph::Plugins::current().search_path();
-    plugins.push_back(home);
-    plugins.push_back(home + "/../lib/tessora");
+    host::graph::Plugins& plugins = host::graph::Plugins::current();
+    for (const std::string& directory : {home, home + "/../lib/tessora"}) {
+        plugins.search_path().push_back(directory);
+        plugins.own_path().push_back(directory);
+    }
 }
 
 bool load_plugin(std::string& error) {

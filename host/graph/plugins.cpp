@@ -10,6 +10,7 @@
 #include "host/ui/menus.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 
@@ -101,6 +102,27 @@ MStatus Plugins::load(const std::string& file_or_name, std::string& error) {
         error = "Plug-in \"" + file_or_name + "\" was not found on MAYA_PLUG_IN_PATH.";
         return MS::kNotFound;
     }
+    return load_file(path, error);
+}
+
+MStatus Plugins::load_required(const std::string& name, std::string& error) {
+    if (is_loaded(name))
+        return MS::kSuccess;
+    const bool is_name = !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+        return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-';
+    });
+    for (const std::string& directory : own_path_) {
+        const files::path path = files::path(directory) / (name + library::k_extension);
+        std::error_code failure;
+        if (is_name && files::is_regular_file(path, failure))
+            return load_file(files::absolute(path, failure).lexically_normal().string(), error);
+    }
+    error = is_name ? "It is not in the program's own folder for plug-ins."
+                    : "Scenes name plug-ins without directory and extension.";
+    return MS::kNotFound;
+}
+
+MStatus Plugins::load_file(const std::string& path, std::string& error) {
     const std::string name = name_of(path);
     Plugin* plugin = find(name);
     if (plugin != nullptr && plugin->info.path != path) {

@@ -43,6 +43,10 @@ public:
     /// normally fails at its first registration; `is_loaded` tells beforehand. On failure `error`
     /// holds the reason.
     MStatus load(const std::string& file_or_name, std::string& error);
+    /// Loads a plug-in that a scene file requires, unless it is loaded. Opening a file must not run
+    /// code that the file chooses, so only a plain name is accepted, without directory or
+    /// extension, and only own_path() is searched.
+    MStatus load_required(const std::string& name, std::string& error);
     /// Calls the plug-in's uninitializePlugin, removes everything it left registered and closes the
     /// library. Clears the undo queue. Fails while the scene has nodes of the plug-in's types,
     /// unless `force` is true; such nodes then become unknown nodes. If uninitializePlugin fails
@@ -60,6 +64,8 @@ public:
 
     /// Directories searched for a plug-in given by name. Initialized from MAYA_PLUG_IN_PATH.
     std::vector<std::string>& search_path() { return search_path_; }
+    /// The program's own directories for plug-ins; empty until the program sets it.
+    std::vector<std::string>& own_path() { return own_path_; }
     AppMode mode = AppMode::batch;
 
     static std::string name_of(const std::string& file);
@@ -69,10 +75,12 @@ private:
     std::string find_file(const std::string& file_or_name) const;
     Plugin* find(const std::string& name) const;
     Plugin* open_library(const std::string& path, std::string& error);
+    MStatus load_file(const std::string& path, std::string& error);
     MStatus initialize(Plugin& plugin, std::string& error);
     void drop(Plugin& plugin);
     std::vector<std::shared_ptr<Plugin>> plugins_;
     std::vector<std::string> search_path_;
+    std::vector<std::string> own_path_;
 };
 
 } // namespace host::graph

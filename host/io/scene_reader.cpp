@@ -1,4 +1,5 @@
 #include "host/graph/edits.h"
+#include "host/graph/plugins.h"
 #include "host/graph/scene.h"
 #include "host/io/mesh_block.h"
 #include "host/io/scene_file.h"
@@ -280,14 +281,11 @@ private:
         }
         if (name.empty() || name == "maya")
             return;
-        Token quiet, plugin;
-        quiet.kind = TokenKind::flag;
-        quiet.text = "quiet";
-        plugin.kind = TokenKind::string;
-        plugin.text = name;
-        if (call("loadPlugin", {quiet, plugin}, 9))
+        std::string reason;
+        if (graph::Plugins::current().load_required(name, reason))
             return;
-        warn(statement, "The plug-in \"" + name + "\" that the scene requires is not loaded.");
+        warn(statement,
+             "The plug-in \"" + name + "\" that the scene requires is not loaded. " + reason);
         notes_.requirements.emplace_back(statement.text);
     }
 

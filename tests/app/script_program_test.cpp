@@ -123,6 +123,42 @@ TEST_F(Script, UnknownNodesAreSavedUnchangedByANewProcess) {
         EXPECT_NE(std::string::npos, saved.find(line + "\n")) << line << "\n" << saved;
 }
 
+/// A scene that requires a plug-in by this text.
+std::string scene_that_requires(const std::string& name) {
+    return "//Maya ASCII 2008 scene\nrequires maya \"2008\";\nrequires \"" + name +
+           "\" \"1.0\";\ncreateNode transform -n \"rest\";\n";
+}
+
+TEST_F(Script, SceneDoesNotLoadLibrariesFromOutsideTheProgramsOwnFolder) {
+    std::filesystem::copy_file(TESSORA_FOREIGN_PLUGIN, dir.path("foreign.so"));
+    ::setenv("TESSORA_TEST_TRACE", dir.path("trace").c_str(), 1);
+    Process::Setup setup;
+    setup.directory = dir.root();
+    for (const std::string& name :
+         {dir.path("foreign.so"), dir.path("foreign"), std::string("./foreign"),
+          std::string("foreign"), std::string("foreign.so")}) {
+        dir.put("scene.ma", scene_that_requires(name));
+        const Ended ended =
+            run({"-c", "file -f -open \"scene.ma\"; print(`objExists rest`);"}, setup);
+        EXPECT_EQ(0, ended.code) << ended.err;
+        EXPECT_EQ("1", ended.out.substr(0, 1)) << name;
+        EXPECT_FALSE(dir.has("trace")) << name;
+        EXPECT_NE(std::string::npos, ended.err.find("scene.ma:3:1: The plug-in \"" + name + "\""))
+            << ended.err;
+    }
+    // Naming a file to loadPlugin is the user's own act.
+    run({"-c", "loadPlugin \"" + dir.path("foreign.so") + "\";"}, setup);
+    EXPECT_TRUE(dir.has("trace"));
+    ::unsetenv("TESSORA_TEST_TRACE");
+}
+
+TEST_F(Script, SceneLoadsThePluginFromTheProgramsOwnFolder) {
+    dir.put("scene.ma", scene_that_requires("tessora"));
+    EXPECT_EQ("1", in_a_process("file -f -open " + quoted("scene.ma") +
+                                "; print(`pluginInfo -q -loaded tessora`);")
+                       .substr(0, 1));
+}
+
 TEST_F(Script, RunawayRecursionIsAnErrorHoweverSmallTheStack) {
     dir.put("deep.mel", "global proc int f(int $n) { return $n <= 0 ? 0 : 1 + f($n - 1); }\n"
                         "print(catch(f(1000)) + \"\\n\");\n"

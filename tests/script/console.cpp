@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     session.set_output(&console);
     session.interpreter().script_path() = {"scripts", TESSORA_SCRIPTS};
     host::graph::Plugins::current().search_path().push_back(TESSORA_PLUGINS);
+    host::graph::Plugins::current().own_path().push_back(TESSORA_PLUGINS);
     for (int i = 1; i < argc; ++i)
         if (!session.run(host::script::read_script(argv[i]), argv[i]).ok)
             return 1;
