@@ -2,6 +2,7 @@
 #include "host/graph/edits.h"
 #include "host/graph/mesh_node.h"
 #include "host/graph/undo.h"
+#include "host/io/obj_export.h"
 #include "host/io/obj_mesh.h"
 #include "host/io/obj_reader.h"
 #include "host/io/scene_file.h"
@@ -75,6 +76,8 @@ Mesh read_obj(const std::string& path) {
     Mesh mesh;
     if (!mesh_of_document(document, mesh))
         throw ScriptFault("file: \"" + path + "\" is too large.");
+    document.unit_positions = {}; // not needed for an export
+    mesh.set_origin(std::make_shared<ObjOrigin>(std::move(document)));
     return mesh;
 }
 
@@ -117,7 +120,10 @@ void export_obj(const std::string& path, bool selected) {
     }
     if (parts.empty())
         throw ScriptFault("file: There is no mesh to export.");
-    write(path, obj_of_meshes(parts));
+    std::string text, error;
+    if (!obj_of_meshes(parts, text, error))
+        throw ScriptFault("file: \"" + path + "\" cannot be written: " + error + ".");
+    write(path, text);
 }
 
 void read_scene_file(Invocation& call, const std::string& path) {

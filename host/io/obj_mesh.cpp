@@ -1,7 +1,5 @@
 #include "host/io/obj_mesh.h"
 
-#include "host/io/mesh_block.h"
-
 namespace host {
 
 namespace {
@@ -23,37 +21,6 @@ void take_uvs(const ObjDocument& document, UvSet& set) {
     for (size_t c = 0; c < set.corner_uvs.size(); ++c) {
         const uint32_t id = document.corner_texture[c];
         set.corner_uvs[c] = id == k_obj_none ? -1 : place[id];
-    }
-}
-
-void write_part(const ObjPart& part, size_t first_point, size_t first_uv, std::string& text) {
-    const Mesh& mesh = *part.mesh;
-    const Connectivity& connectivity = mesh.connectivity();
-    text += "o " + part.name + "\n";
-    const bool moved = part.matrix != MMatrix::identity;
-    for (const Float3& p : mesh.points()) {
-        Float3 q = p;
-        if (moved) {
-            const MMatrix& m = part.matrix;
-            q.x = float(p.x * m[0][0] + p.y * m[1][0] + p.z * m[2][0] + m[3][0]);
-            q.y = float(p.x * m[0][1] + p.y * m[1][1] + p.z * m[2][1] + m[3][1]);
-            q.z = float(p.x * m[0][2] + p.y * m[1][2] + p.z * m[2][2] + m[3][2]);
-        }
-        text += "v " + shortest(q.x) + " " + shortest(q.y) + " " + shortest(q.z) + "\n";
-    }
-    const UvSet* set =
-        mesh.current_uv_set() < 0 ? nullptr : &mesh.uv_set(uint32_t(mesh.current_uv_set()));
-    for (size_t i = 0; set && i < set->u.size(); ++i)
-        text += "vt " + shortest(set->u[i]) + " " + shortest(set->v[i]) + "\n";
-    for (uint32_t p = 0; p < connectivity.polygon_count(); ++p) {
-        text += "f";
-        const uint32_t first = connectivity.first_corner(p);
-        for (uint32_t c = first; c < first + connectivity.corners_of(p); ++c) {
-            text += " " + std::to_string(first_point + connectivity.corner_vertex(c) + 1);
-            if (set && set->corner_uvs[c] >= 0)
-                text += "/" + std::to_string(first_uv + size_t(set->corner_uvs[c]) + 1);
-        }
-        text += "\n";
     }
 }
 
@@ -81,6 +48,14 @@ DistinctCorners distinct_corners(const ObjDocument& document) {
     return corners;
 }
 
+ObjOrigin::~ObjOrigin() = default;
+
+UvSet uv_set_of_document(const ObjDocument& document) {
+    UvSet set;
+    take_uvs(document, set);
+    return set;
+}
+
 bool mesh_of_document(const ObjDocument& document, Mesh& mesh) {
     std::vector<Float3> points(document.vertex_count());
     for (size_t i = 0; i < points.size(); ++i)
@@ -96,18 +71,6 @@ bool mesh_of_document(const ObjDocument& document, Mesh& mesh) {
         return false;
     take_uvs(document, mesh.edit_uv_set(mesh.add_uv_set("map1")));
     return true;
-}
-
-std::string obj_of_meshes(const std::vector<ObjPart>& parts) {
-    std::string text;
-    size_t points = 0, uvs = 0;
-    for (const ObjPart& part : parts) {
-        write_part(part, points, uvs, text);
-        points += part.mesh->points().size();
-        if (part.mesh->current_uv_set() >= 0)
-            uvs += part.mesh->uv_set(uint32_t(part.mesh->current_uv_set())).u.size();
-    }
-    return text;
 }
 
 } // namespace host

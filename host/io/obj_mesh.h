@@ -1,12 +1,10 @@
-/// Converts an OBJ document to a mesh, and meshes of the scene to OBJ text.
+/// Converts an OBJ document to a mesh.
 #pragma once
 
 #include "host/io/obj_document.h"
 #include "host/mesh/mesh.h"
 
-#include <maya/MMatrix.h>
-
-#include <string>
+#include <memory>
 #include <vector>
 
 namespace host {
@@ -25,13 +23,14 @@ MHOST_EXPORT DistinctCorners distinct_corners(const ObjDocument& document);
 /// Errors: false if the mesh exceeds 32-bit counts or memory runs out.
 MHOST_EXPORT bool mesh_of_document(const ObjDocument& document, Mesh& mesh);
 
-struct ObjPart {
-    std::string name;
-    const Mesh* mesh;
-    MMatrix matrix; ///< to world space, the space of the file
-};
+/// The document's texture coordinates as the mesh gets them.
+MHOST_EXPORT UvSet uv_set_of_document(const ObjDocument& document);
 
-/// Returns OBJ text with one object per part, each with its current UV set.
-MHOST_EXPORT std::string obj_of_meshes(const std::vector<ObjPart>& parts);
+/// Attached to meshes read from OBJ files: the file, whose other lines an export keeps.
+struct MHOST_EXPORT ObjOrigin : MeshOrigin {
+    explicit ObjOrigin(ObjDocument read) : document(std::move(read)) {}
+    ~ObjOrigin() override;
+    ObjDocument document;
+};
 
 } // namespace host

@@ -44,6 +44,8 @@ MVector newell(const Connectivity& connectivity, const std::vector<Float3>& poin
 
 } // namespace
 
+MeshOrigin::~MeshOrigin() = default;
+
 Mesh::Mesh()
     : connectivity_(std::make_shared<const Connectivity>(0, std::vector<std::uint32_t>(),
                                                          std::vector<std::uint32_t>())),

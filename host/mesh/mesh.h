@@ -16,6 +16,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -34,6 +35,11 @@ struct UvSet {
 };
 
 struct Triangulation;
+
+/// Base class of what a file reader attaches to the meshes it makes, so that a writer can find it.
+struct MHOST_EXPORT MeshOrigin {
+    virtual ~MeshOrigin();
+};
 
 class MHOST_EXPORT Mesh {
 public:
@@ -68,6 +74,11 @@ public:
     /// degenerate.
     bool is_triangulation_valid(std::uint32_t polygon) const;
 
+    /// What the mesh was read from; null if it was not read from a file. Copies share it, whatever
+    /// happens to their points and UVs; the polygons are always those of the file.
+    const MeshOrigin* origin() const { return origin_.get(); }
+    void set_origin(std::shared_ptr<const MeshOrigin> origin) { origin_ = std::move(origin); }
+
     // UV sets, by position ------------------------------------------------------------------
 
     std::uint32_t uv_set_count() const { return static_cast<std::uint32_t>(uv_sets_.size()); }
@@ -92,6 +103,7 @@ private:
     std::shared_ptr<const Geometry> geometry_;
     std::vector<std::shared_ptr<UvSet>> uv_sets_;
     int current_uv_set_ = -1;
+    std::shared_ptr<const MeshOrigin> origin_;
 };
 
 } // namespace host

@@ -180,4 +180,78 @@ TEST_F(Script, RunawayRecursionIsAnErrorHoweverSmallTheStack) {
     }
 }
 
+const char* const k_furnished = "# made by hand\nmtllib wood.mtl\no chair\nv 0 0 0\nv 1 0 0\n"
+                                "v 1 1 0 0.5 0.5 0.5\nv 0 1 0\nvn 0 0 1\ng seat\nusemtl oak\ns 1\n"
+                                "f 1//1 2//1 3//1 4//1\n# end\n";
+
+/// The lines of a file without texture coordinates: `vt` lines dropped, faces reduced to their
+/// vertices and normals.
+std::vector<std::string> other_lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        if (line.compare(0, 3, "vt ") == 0)
+            continue;
+        std::string kept;
+        for (size_t i = 0; i < line.size(); ++i)
+            if (line[0] != 'f' || line[i] != '/')
+                kept += line[i];
+            else if (line[i + 1] != '/') // the texture index
+                while (i + 1 < line.size() && line[i + 1] != '/' && line[i + 1] != ' ')
+                    ++i;
+        lines.push_back(kept);
+    }
+    return lines;
+}
+
+TEST_F(Script, ExportKeepsAllLinesOfAnImportedMesh) {
+    dir.put("chair.obj", k_furnished);
+    for (const std::string flag : {"-exportAll", "-exportSelected"}) {
+        in_a_process("file -import " + quoted("chair.obj") + "; file -f " + flag + " " +
+                     quoted("plain.obj") + "; loadPlugin tessora; tessora; file -f " + flag + " " +
+                     quoted("out.obj") + ";");
+        EXPECT_EQ(k_furnished, dir.get("plain.obj")) << flag;
+        EXPECT_EQ(other_lines(k_furnished), other_lines(dir.get("out.obj"))) << dir.get("out.obj");
+        EXPECT_NE(std::string::npos, dir.get("out.obj").find("\nvt ")) << flag;
+        expect_unwrapped("out.obj");
+    }
+    EXPECT_EQ(0, run({"unwrap", dir.path("chair.obj"), "-o", dir.path("unwrapped.obj")}).code);
+    EXPECT_EQ(other_lines(dir.get("unwrapped.obj")), other_lines(dir.get("out.obj")));
+}
+
+TEST_F(Script, ExportOfSeveralMeshesKeepsTheLinesOfEach) {
+    dir.put("chair.obj", k_furnished);
+    dir.put("table.obj", "usemtl glass\nv 5 0 0\nv 6 0 0\nv 5 1 0\nvn 0 0 2\nf 1//1 2//1 3//1\n"
+                         "f -3 -2 -1\nl 1 2\n");
+    in_a_process("file -import " + quoted("chair.obj") + "; file -import " + quoted("table.obj") +
+                 "; polyCube; loadPlugin tessora; select table; tessora; file -f -exportAll " +
+                 quoted("room.obj") + ";");
+    const std::string room = dir.get("room.obj");
+    EXPECT_EQ(0u, room.find(k_furnished)) << room;
+    for (const char* line : {"usemtl glass\n", "v 5 0 0\n", "vn 0 0 2\n", "\nl 5 6\n", "f -3/"})
+        EXPECT_NE(std::string::npos, room.find(line)) << line << "in\n" << room;
+    EXPECT_NE(std::string::npos, room.find("f 5/1/2 ")) << room;
+    EXPECT_NE(std::string::npos, room.find("o pCubeShape1\n")) << room;
+    // What was written reads back with all polygons.
+    EXPECT_EQ("9",
+              in_a_process("file -import " + quoted("room.obj") + "; print(`polyEvaluate -face`);")
+                  .substr(0, 1));
+}
+
+TEST_F(Script, ExportReplacesOnlyTheCoordinatesThatChanged) {
+    dir.put("chair.obj", k_furnished);
+    in_a_process("file -import " + quoted("chair.obj") +
+                 "; move -r 0 0 2 chair.vtx[1]; file -f -exportAll " + quoted("edited.obj") +
+                 "; undo; rotate 90 0 0 chair; move 0 0 3 chair; file -f -exportAll " +
+                 quoted("moved.obj") + ";");
+    std::string expected = k_furnished;
+    expected.replace(expected.find("v 1 0 0"), 7, "v 1 0 2");
+    EXPECT_EQ(expected, dir.get("edited.obj"));
+    const std::string moved = dir.get("moved.obj");
+    EXPECT_NE(std::string::npos, moved.find("v 0 0 3\nv 1 0 3\nv 1 ")) << moved;
+    EXPECT_NE(std::string::npos, moved.find(" 4 0.5 0.5 0.5\n")) << moved;
+    EXPECT_NE(std::string::npos, moved.find("vn 0 -1 ")) << moved;
+    EXPECT_NE(std::string::npos, moved.find("usemtl oak\n")) << moved;
+}
+
 } // namespace
