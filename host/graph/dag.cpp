@@ -2,6 +2,7 @@
 
 #include "host/graph/evaluate.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace host::graph {
@@ -157,10 +158,15 @@ MMatrix DagNode::local_matrix() const {
 }
 
 bool DagNode::is_ancestor_of(const DagNode& other) const {
-    for (const DagNode* parent : other.parents_)
-        if (parent == this || is_ancestor_of(*parent))
+    const DagNode* node = &other;
+    while (node->parents_.size() == 1) {
+        node = node->parents_.front();
+        if (node == this)
             return true;
-    return false;
+    }
+    return std::any_of(node->parents_.begin(), node->parents_.end(), [this](const DagNode* parent) {
+        return parent == this || is_ancestor_of(*parent);
+    });
 }
 
 bool DagNode::is_intermediate() {
@@ -172,20 +178,39 @@ DagPath DagNode::path() const {
     DagPath path;
     for (const DagNode* node = this; node != nullptr;
          node = node->parents_.empty() ? nullptr : node->parents_.front())
-        path.insert(path.begin(), const_cast<DagNode*>(node));
+        path.push_back(const_cast<DagNode*>(node));
+    std::reverse(path.begin(), path.end());
     return path;
 }
 
 std::vector<DagPath> DagNode::all_paths() const {
+    // Climbs in a loop to a node with no or several parents: recursion is only as deep as instances
+    // are nested.
+    DagPath lower; // from this node up
+    const DagNode* node = this;
+    for (; node->parents_.size() == 1; node = node->parents_.front())
+        lower.push_back(const_cast<DagNode*>(node));
+    lower.push_back(const_cast<DagNode*>(node));
+    std::reverse(lower.begin(), lower.end());
+    if (node->parents_.empty())
+        return {lower};
     std::vector<DagPath> paths;
-    if (parents_.empty())
-        paths.emplace_back();
-    for (const DagNode* parent : parents_)
-        for (DagPath& path : parent->all_paths())
+    for (const DagNode* parent : node->parents_)
+        for (DagPath& path : parent->all_paths()) {
+            path.insert(path.end(), lower.begin(), lower.end());
             paths.push_back(std::move(path));
-    for (DagPath& path : paths)
-        path.push_back(const_cast<DagNode*>(this));
+        }
     return paths;
+}
+
+size_t DagNode::path_count() const {
+    const DagNode* node = this;
+    while (node->parents_.size() == 1)
+        node = node->parents_.front();
+    size_t count = node->parents_.empty() ? 1 : 0;
+    for (const DagNode* parent : node->parents_)
+        count += parent->path_count();
+    return count;
 }
 
 std::string full_name(const DagPath& path) {

@@ -35,6 +35,8 @@ public:
     /// The path through the first parent at every level, and the paths through all parents.
     DagPath path() const;
     std::vector<DagPath> all_paths() const;
+    /// The number of paths to the node, 1 unless it or a node above it is instanced.
+    size_t path_count() const;
 
 protected:
     ~DagNode() override;

@@ -159,6 +159,15 @@ void descend(const DagPath& path, const std::vector<std::string>& words, size_t 
     }
 }
 
+/// How many names two paths have in common, counted from their ends.
+size_t common_names(const DagPath& a, const DagPath& b) {
+    size_t count = 0;
+    while (count < a.size() && count < b.size() &&
+           a[a.size() - 1 - count]->name_text() == b[b.size() - 1 - count]->name_text())
+        ++count;
+    return count;
+}
+
 } // namespace
 
 std::vector<SelectionItem> Scene::find_all(std::string_view text) const {
@@ -209,15 +218,22 @@ Node* Scene::find(std::string_view name_or_path) const {
 std::string Scene::partial_name(const DagPath& path) const {
     if (path.empty())
         return "";
-    std::string text = path.back()->name_text();
-    if (named(text).size() == 1 && path.back()->all_paths().size() == 1)
-        return text;
-    for (size_t taken = 2; taken <= path.size(); ++taken) {
-        text = path[path.size() - taken]->name_text() + "|" + text;
-        if (find_all(text).size() == 1)
-            return text;
-    }
-    return "|" + text;
+    const std::vector<Node*>& holders = named(path.back()->name_text());
+    if (holders.size() == 1 && path.back()->path_count() == 1)
+        return path.back()->name_text();
+    // The name must reach above all names that another path ends with as well.
+    size_t shared = 0;
+    for (Node* holder : holders)
+        if (const DagNode* dag = holder->as_dag_node())
+            for (const DagPath& other : dag->all_paths())
+                if (other != path)
+                    shared = std::max(shared, common_names(path, other));
+    const size_t taken = std::min(std::max<size_t>(shared + 1, 2), path.size());
+    const bool is_whole = holders.empty() || shared + 1 > path.size() || path.size() == 1;
+    std::string text = is_whole ? "|" : "";
+    for (size_t i = path.size() - (is_whole ? path.size() : taken); i < path.size(); ++i)
+        text += path[i]->name_text() + (i + 1 < path.size() ? "|" : "");
+    return text;
 }
 
 } // namespace host::graph
