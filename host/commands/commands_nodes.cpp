@@ -114,6 +114,28 @@ void delete_history(DagNode& shape) {
         perform(graph::remove_node_edit(*node), "delete", name_of(*node));
 }
 
+/// Appends the nodes of the construction histories of all meshes at and below a node.
+void collect_histories(DagNode& node, std::vector<Ref<Node>>& nodes) {
+    if (node.node_type().name == "mesh")
+        for (Node* upstream : Scene::current().history_of(node, true))
+            if (!upstream->as_dag_node())
+                nodes.emplace_back(upstream);
+    for (DagNode* child : node.children())
+        collect_histories(*child, nodes);
+}
+
+/// Removes an object together with the history that nothing else uses. Left behind, such nodes
+/// could not be seen or selected, and would hold on to their meshes.
+void remove_object(Node& object) {
+    std::vector<Ref<Node>> history;
+    if (DagNode* dag = object.as_dag_node())
+        collect_histories(*dag, history);
+    perform(graph::remove_node_edit(object), "delete", name_of(object));
+    for (const Ref<Node>& node : history)
+        if (node->is_valid() && !node->is_default && !node->locked)
+            perform(graph::remove_node_edit(*node), "delete", node->name_text());
+}
+
 Value remove(Invocation& call) {
     static const FlagTable table = {{"ch", "constructionHistory"}, {"all", "all"}};
     const Flags flags(call, table);
@@ -140,7 +162,7 @@ Value remove(Invocation& call) {
             continue; // removed together with another item
         if (item.node->is_default || item.node->locked)
             throw ScriptFault("delete: \"" + name_of(*item.node) + "\" cannot be deleted.");
-        perform(graph::remove_node_edit(*item.node), "delete", name_of(*item.node));
+        remove_object(*item.node);
     }
     return Value();
 }
