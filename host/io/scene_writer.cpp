@@ -17,7 +17,6 @@ using graph::AttributeKind;
 using graph::DagNode;
 using graph::Node;
 using graph::Slot;
-using script::quoted;
 
 constexpr double k_degrees = 57.29577951308232;
 /// Items per setAttr statement, a number that other readers accept.
@@ -72,13 +71,15 @@ private:
         for (const std::string& plugin : plugins) {
             graph::PluginInfo info;
             graph::Plugins::current().info(plugin, info);
-            text_ += "requires " + quoted(plugin) + " " + quoted(info.version) + ";\n";
+            text_ +=
+                "requires " + script::quoted(plugin) + " " + script::quoted(info.version) + ";\n";
         }
         for (const std::string& raw : notes_.requirements)
             text_ += raw + "\n";
         text_ += "currentUnit -l centimeter -a degree -t film;\n";
         for (const auto& info : notes_.file_info)
-            text_ += "fileInfo " + quoted(info.first) + " " + quoted(info.second) + ";\n";
+            text_ += "fileInfo " + script::quoted(info.first) + " " + script::quoted(info.second) +
+                     ";\n";
     }
 
     void write_node(Node& node) {
@@ -86,10 +87,10 @@ private:
         text_ += "createNode " + node.node_type().name;
         if (node.is_default)
             text_ += " -s";
-        text_ += " -n " + quoted(node.name_text());
+        text_ += " -n " + script::quoted(node.name_text());
         DagNode* dag = node.as_dag_node();
         if (dag && !dag->parents().empty())
-            text_ += " -p " + quoted(script::name_of(*dag->parents()[0]));
+            text_ += " -p " + script::quoted(script::name_of(*dag->parents()[0]));
         text_ += ";\n";
         const size_t head = text_.size();
         for (const auto& attribute : node.dynamic_attributes())
@@ -109,8 +110,8 @@ private:
     }
 
     void added_attribute(const Attribute& attribute) {
-        text_ += "\taddAttr -ln " + quoted(attribute.long_name()) + " -sn " +
-                 quoted(attribute.short_name());
+        text_ += "\taddAttr -ln " + script::quoted(attribute.long_name()) + " -sn " +
+                 script::quoted(attribute.short_name());
         const bool data =
             attribute.kind() == AttributeKind::text || attribute.kind() == AttributeKind::mesh;
         text_ += std::string(data ? " -dt \"" : " -at \"") + attribute.type_text() + "\"";
@@ -222,7 +223,8 @@ private:
     void leaf(Slot& slot) {
         const std::string head = "\tsetAttr \"." + slot.path(false) + "\"";
         if (slot.value.kind() == graph::ValueKind::text)
-            text_ += head + " -type \"string\" " + quoted(slot.value.as_text().asChar()) + ";\n";
+            text_ +=
+                head + " -type \"string\" " + script::quoted(slot.value.as_text().asChar()) + ";\n";
         else if (slot.value.is_number())
             text_ += head + " " + number(slot) + ";\n";
     }
@@ -239,8 +241,8 @@ private:
 
     void connections(Slot& slot) {
         if (Slot* source = slot.source())
-            text_ += "connectAttr " + quoted(short_name(*source)) + " " + quoted(short_name(slot)) +
-                     ";\n";
+            text_ += "connectAttr " + script::quoted(short_name(*source)) + " " +
+                     script::quoted(short_name(slot)) + ";\n";
         for (const auto& below : slot.below())
             connections(*below);
     }

@@ -123,6 +123,25 @@ TEST_F(Script, UnknownNodesAreSavedUnchangedByANewProcess) {
         EXPECT_NE(std::string::npos, saved.find(line + "\n")) << line << "\n" << saved;
 }
 
+TEST_F(Script, KeptSettingsDoNotChangeWhenTheSceneIsSavedAgain) {
+    dir.put("0.ma",
+            "//Maya ASCII 2008 scene\ncreateNode transform -n \"known\";\n"
+            "\tsetAttr \".tx\" \"no\"\n\t\t\"number\";\n"
+            "\tsetAttr -k off \".unknown\";\n"
+            "createNode strange -n \"odd\";\n\tsetAttr \".text\" -type \"string\"\n\t\t\"x\";\n"
+            "select -ne :missing;\n\tsetAttr \".o\" 3;\n");
+    for (const int i : {0, 1, 2})
+        in_a_process("file -f -open " + quoted(std::to_string(i) + ".ma") + "; file -rename " +
+                     quoted(std::to_string(i + 1) + ".ma") + "; file -save;");
+    const auto body = [&](const std::string& name) {
+        const std::string text = dir.get(name);
+        return text.substr(text.find("requires"), text.find("// End of") - text.find("requires"));
+    };
+    EXPECT_NE(std::string::npos, body("1.ma").find("\n\t\t\"number\";")) << body("1.ma");
+    EXPECT_EQ(body("1.ma"), body("2.ma"));
+    EXPECT_EQ(body("2.ma"), body("3.ma"));
+}
+
 /// A scene that requires a plug-in by this text.
 std::string scene_that_requires(const std::string& name) {
     return "//Maya ASCII 2008 scene\nrequires maya \"2008\";\nrequires \"" + name +
