@@ -18,8 +18,57 @@ namespace {
 constexpr size_t k_message_bytes = 200000;
 constexpr size_t k_line_bytes = 200100;
 constexpr size_t k_stamp_bytes = 64;
+constexpr size_t k_frame_bytes = 100; ///< at least what a line adds to its message
+constexpr size_t k_short_bytes = 1024;
 constexpr uint32_t k_bug_sinks = LOG_TO_MESSAGE_BOX | LOG_TO_DEBUGGER | LOG_TO_FILE;
 constexpr int k_append_mode = 4;
+
+/// Storage for texts that do not fit on the stack when memory runs out, and whether it is in use.
+struct Reserve {
+    char bytes[k_line_bytes];
+    bool is_taken;
+};
+Reserve message_reserve;
+Reserve line_reserve;
+
+/// Storage for one text: short ones on the stack, long ones allocated. A log line may be about
+/// exhausted memory, so if the allocation fails a static reserve takes its place; the reserve is
+/// taken only when a message box lets another line be logged meanwhile: that line is then cut.
+class TextBuffer {
+public:
+    TextBuffer(size_t needed, size_t limit, Reserve& reserve)
+        : bytes_(needed < limit ? needed : limit), reserve_(reserve) {
+        if (bytes_ <= k_short_bytes)
+            return;
+        allocated_ = static_cast<char*>(std::malloc(bytes_));
+        if (allocated_ != nullptr) {
+            text_ = allocated_;
+        } else if (!reserve.is_taken) {
+            uses_reserve_ = reserve.is_taken = true;
+            text_ = reserve.bytes;
+        } else {
+            bytes_ = k_short_bytes;
+        }
+    }
+    ~TextBuffer() {
+        std::free(allocated_);
+        if (uses_reserve_)
+            reserve_.is_taken = false;
+    }
+    TextBuffer(const TextBuffer&) = delete;
+    TextBuffer& operator=(const TextBuffer&) = delete;
+
+    char* text() { return text_; }
+    size_t bytes() const { return bytes_; }
+
+private:
+    size_t bytes_;
+    Reserve& reserve_;
+    char* allocated_ = nullptr;
+    bool uses_reserve_ = false;
+    char* text_ = short_;
+    char short_[k_short_bytes];
+};
 
 [[noreturn]] void own_bug(int line) { report_bug("do_log", "error", line); }
 
@@ -31,18 +80,18 @@ void print_time_stamp(char (&stamp)[k_stamp_bytes]) {
 }
 
 /// Returns the result of snprintf: negative if the line cannot be formatted.
-int print_line(char* line, uint32_t level, const char* stamp, const char* message) {
+int print_line(TextBuffer& line, uint32_t level, const char* stamp, const char* message) {
     switch (level) {
     case LOG_PROFILING:
-        return std::snprintf(line, k_line_bytes, "[%s, PROFILING]: %s\r\n", stamp, message);
+        return std::snprintf(line.text(), line.bytes(), "[%s, PROFILING]: %s\r\n", stamp, message);
     case LOG_DEBUG:
-        return std::snprintf(line, k_line_bytes, "[%s, DEBUG]: %s\r\n", stamp, message);
+        return std::snprintf(line.text(), line.bytes(), "[%s, DEBUG]: %s\r\n", stamp, message);
     case LOG_INFO:
-        return std::snprintf(line, k_line_bytes, "[%s, INFO]: %s\r\n", stamp, message);
+        return std::snprintf(line.text(), line.bytes(), "[%s, INFO]: %s\r\n", stamp, message);
     case LOG_WARNING:
-        return std::snprintf(line, k_line_bytes, "[%s, WARNING]: %s\r\n", stamp, message);
+        return std::snprintf(line.text(), line.bytes(), "[%s, WARNING]: %s\r\n", stamp, message);
     case LOG_CRITICAL:
-        return std::snprintf(line, k_line_bytes, "[CRITICAL]: %s\r\n", message);
+        return std::snprintf(line.text(), line.bytes(), "[CRITICAL]: %s\r\n", message);
     default:
         own_bug(__LINE__);
     }
@@ -79,23 +128,27 @@ void serve_sinks(uint32_t sinks, const char* line) {
 } // namespace
 
 void do_log(uint32_t level, uint32_t sinks, const char* format, ...) {
-    // On the stack, because the line may be about exhausted memory.
     char stamp[k_stamp_bytes];
-    char message[k_message_bytes];
-    char line[k_line_bytes];
-
     print_time_stamp(stamp);
+
     va_list arguments;
     va_start(arguments, format);
-    const int message_length = std::vsnprintf(message, sizeof message, format, arguments);
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
-    if (message_length < 0)
+    if (length < 0)
         own_bug(__LINE__);
-    if (print_line(line, level, stamp, message) < 0)
+    TextBuffer message(static_cast<size_t>(length) + 1, k_message_bytes, message_reserve);
+    std::vsnprintf(message.text(), message.bytes(), format, again);
+    va_end(again);
+
+    TextBuffer line(message.bytes() + k_frame_bytes, k_line_bytes, line_reserve);
+    if (print_line(line, level, stamp, message.text()) < 0)
         own_bug(__LINE__);
     if (level == LOG_WARNING)
         warning_count += 1;
-    serve_sinks(sinks, line);
+    serve_sinks(sinks, line.text());
 }
 
 void report_bug(const char* function, const char* source, int line, const char* assertion) {

@@ -44,7 +44,8 @@ extern uint32_t warning_count;
 
 /// Writes one line "[H:M:S.MS, LEVEL]: message\r\n" (UTC, without zero padding; "[CRITICAL]: ..."
 /// for level 4) to the sinks. Messages are cut to 200000 bytes, lines to 200100, including the
-/// terminating zero. A level above 4 and a message that cannot be formatted are BUGs.
+/// terminating zero. A level above 4 and a message that cannot be formatted are BUGs. Needs little
+/// stack, and memory only for lines over 1 KB.
 void do_log(uint32_t level, uint32_t sinks, const char* format, ...) CORELIB_PRINTF(3, 4);
 
 /// Reports a broken contract at level LOG_CRITICAL to the message box, the debugger and the file,

@@ -1,0 +1,39 @@
+/// In a program of its own because it is not for Windows: there formatting never fails, characters
+/// that cannot be converted are dropped, and there are no POSIX threads.
+#include "corelib/error.h"
+#include "tests/corelib/support.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+namespace {
+
+TEST(LogDeathTest, MessageThatCannotBeFormattedIsABug) {
+    const wchar_t outside_the_locale[] = {0x2603, 0};
+    EXPECT_EXIT(do_log(LOG_INFO, LOG_TO_STDERR, "%ls", outside_the_locale),
+                fixtures::ended_by_abort(),
+                literally("do_log() BUG at file \"error\", line ") + fixtures::k_digits + "!");
+}
+
+void* log_on_this_stack(void* text) {
+    do_log(LOG_CRITICAL, LOG_TO_STDERR, "%s", static_cast<const char*>(text));
+    return nullptr;
+}
+
+TEST(Log, NeedsLessThan64KilobytesOfStack) {
+    const std::string text(250000, 'x');
+    testing::internal::CaptureStderr();
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 64 * 1024), 0);
+    pthread_t thread = {};
+    ASSERT_EQ(
+        pthread_create(&thread, &attributes, log_on_this_stack, const_cast<char*>(text.c_str())),
+        0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "[CRITICAL]: " + std::string(199999, 'x') + "\r\n");
+}
+
+} // namespace
