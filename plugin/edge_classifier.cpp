@@ -5,7 +5,7 @@
 #include <maya/MVector.h>
 
 MStatus EdgeClassifier::prepare(MObject& mesh, uint32_t vertex_count, MItMeshPolygon& polygons,
-                                const MIntArray& border_edges) {
+                                uint32_t polygon_count, const MIntArray& border_edges) {
     const MStatus status = edges_.build(mesh, vertex_count);
     if (!status)
         return status;
@@ -15,26 +15,26 @@ MStatus EdgeClassifier::prepare(MObject& mesh, uint32_t vertex_count, MItMeshPol
     for (unsigned i = 0; i < border_edges.length(); ++i)
         if (static_cast<size_t>(border_edges[i]) < border_counts_.count())
             border_counts_[static_cast<size_t>(border_edges[i])] += 1;
-    return looks_for_creases() ? read_normals(polygons) : MStatus(MS::kSuccess);
+    return looks_for_creases() ? read_normals(polygons, polygon_count) : MStatus(MS::kSuccess);
 }
 
-MStatus EdgeClassifier::read_normals(MItMeshPolygon& polygons) {
-    MStatus status;
-    const size_t count = polygons.count(&status);
-    if (!status)
-        return status;
-    if (!normals_.allocate(count))
+MStatus EdgeClassifier::read_normals(MItMeshPolygon& polygons, uint32_t polygon_count) {
+    if (!normals_.allocate(polygon_count, {0.0, 0.0, 0.0}))
         return MS::kInsufficientMemory;
+    MStatus status;
     size_t p = 0;
-    for (polygons.reset(); p < count && !polygons.isDone(); polygons.next(), ++p) {
+    for (polygons.reset(); status && p < polygon_count && !polygons.isDone();
+         status = polygons.next(), ++p) {
         MVector normal;
         polygons.getNormal(normal, MSpace::kObject);
         normals_[p] = {normal.x, normal.y, normal.z};
     }
-    return MS::kSuccess;
+    return status;
 }
 
 MVector EdgeClassifier::normal(int polygon) const {
+    if (polygon < 0 || static_cast<size_t>(polygon) >= normals_.count())
+        return MVector();
     const Normal& n = normals_[static_cast<size_t>(polygon)];
     return MVector(n.x, n.y, n.z);
 }

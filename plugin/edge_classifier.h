@@ -31,7 +31,7 @@ public:
     /// listed twice adds its seam pair twice. Moves the iterator `polygons`. Errors: the host's
     /// status, or kInsufficientMemory.
     MStatus prepare(MObject& mesh, uint32_t vertex_count, MItMeshPolygon& polygons,
-                    const MIntArray& border_edges);
+                    uint32_t polygon_count, const MIntArray& border_edges);
 
     /// Classifies edge `k` of a triangle of `polygon`: appends one entry to `real_edges` and one to
     /// `cut_edges` and, for every matching UV border, the edge's two vertices to the seam pairs.
@@ -47,7 +47,8 @@ private:
     enum SelfCrease : uint8_t { k_unknown, k_no_crease, k_some_crease };
 
     bool looks_for_creases() const { return settings_.use_grooves || settings_.use_ridges; }
-    MStatus read_normals(MItMeshPolygon& polygons);
+    MStatus read_normals(MItMeshPolygon& polygons, uint32_t polygon_count);
+    /// Zero for a polygon that does not exist.
     MVector normal(int polygon) const;
     bool is_crease(const MeshEdge& edge, int polygon, const MVector& along) const;
     bool has_crease(EdgeTable::Spokes spokes, int polygon, const MVector& along) const;

@@ -34,24 +34,24 @@ bool EdgeTable::read(MObject& mesh, MStatus& status) {
     const int edge_count = it.count(&status);
     if (!status)
         return false;
-    if (!edges_.allocate(static_cast<size_t>(edge_count), {{0, 0}, 0, {-1, -1}})) {
+    if (!edges_.allocate(static_cast<size_t>(edge_count), {{-1, -1}, 0, {-1, -1}})) {
         status = MS::kInsufficientMemory;
         return false;
     }
     MIntArray faces;
     int id = 0;
-    for (it.reset(); id < edge_count && !it.isDone(); it.next(), ++id) {
+    for (it.reset(); status && id < edge_count && !it.isDone(); status = it.next(), ++id) {
         const int face_count = it.getConnectedFaces(faces);
         const bool pair = face_count == 2 && faces.length() >= 2;
         edges_[static_cast<size_t>(id)] = {
             {it.index(0), it.index(1)}, face_count, {pair ? faces[0] : -1, pair ? faces[1] : -1}};
     }
-    return true;
+    return static_cast<bool>(status);
 }
 
 void EdgeTable::fill_spokes(uint32_t vertex_count) {
     for (const MeshEdge& edge : edges_)
-        for (int side = 0; side < sides(edge); ++side)
+        for (int side = 0; has_valid_ends(edge) && side < sides(edge); ++side)
             starts_[static_cast<size_t>(edge.ends[side])] += 1;
     uint32_t sum = 0;
     for (uint32_t& start : starts_) {
@@ -61,7 +61,7 @@ void EdgeTable::fill_spokes(uint32_t vertex_count) {
     // Filling backwards moves each entry of starts_ from the end of its range to the start.
     for (size_t e = edges_.count(); e-- > 0;) {
         const MeshEdge& edge = edges_[e];
-        for (int side = 0; side < sides(edge); ++side) {
+        for (int side = 0; has_valid_ends(edge) && side < sides(edge); ++side) {
             const uint32_t place = --starts_[static_cast<size_t>(edge.ends[side])];
             spokes_[place] = {edge.ends[1 - side], static_cast<int32_t>(e)};
         }
@@ -71,6 +71,8 @@ void EdgeTable::fill_spokes(uint32_t vertex_count) {
 }
 
 EdgeTable::Spokes EdgeTable::around(int32_t vertex) const {
+    if (!has_vertex(vertex))
+        return {nullptr, nullptr};
     const auto v = static_cast<size_t>(vertex);
     return {spokes_.begin() + starts_[v], spokes_.begin() + starts_[v + 1]};
 }

@@ -33,7 +33,7 @@ public:
         const Spoke* end() const { return last; }
     };
 
-    /// Reads all edges. Vertex ids must be below `vertex_count`.
+    /// Reads all edges. An edge with an end outside 0 to `vertex_count` - 1 is never found.
     /// Errors: the host's status, or kInsufficientMemory.
     MStatus build(MObject& mesh, uint32_t vertex_count);
 
@@ -44,7 +44,14 @@ public:
     Spokes between(int32_t vertex, int32_t other) const;
 
 private:
-    /// All edges of `vertex`, sorted by the vertex at the other end, then by edge id.
+    bool has_vertex(int32_t vertex) const {
+        return vertex >= 0 && static_cast<size_t>(vertex) + 1 < starts_.count();
+    }
+    bool has_valid_ends(const MeshEdge& edge) const {
+        return has_vertex(edge.ends[0]) && has_vertex(edge.ends[1]);
+    }
+    /// All edges of `vertex`, sorted by the vertex at the other end, then by edge id; none if there
+    /// is no such vertex.
     Spokes around(int32_t vertex) const;
     bool read(MObject& mesh, MStatus& status);
     void fill_spokes(uint32_t vertex_count);

@@ -17,7 +17,9 @@
 namespace {
 
 constexpr const char* k_no_faces = "Data collector could not retrieve faces from mesh.";
-constexpr const char* k_no_memory = "Data collector ran out of memory.";
+constexpr const char* k_no_vertices = "Data collector could not retrieve vertices from faces.";
+constexpr const char* k_no_mesh = "Data collector could not retrieve mesh_fn from mesh.";
+constexpr const char* k_not_iterated = "Data collector could not iterate triangles.";
 constexpr uint32_t k_none = 0xFFFFFFFF;
 
 /// The positions of each vertex in one polygon's vertex list: per vertex the first position, per
@@ -64,9 +66,12 @@ public:
 
 private:
     MStatus read_vertices();
-    MStatus prepare(MItMeshPolygon& polygons);
+    MStatus prepare(MItMeshPolygon& polygons, uint32_t& polygon_count);
+    bool has_vertices(const MIntArray& ids) const;
+    MStatus read_polygons(MItMeshPolygon& polygons, uint32_t polygon_count);
     MStatus read_polygon(MItMeshPolygon& polygon);
     void read_triangles(MItMeshPolygon& polygon, CornerList* corners);
+    void read_triangle(MItMeshPolygon& polygon, int triangle);
 
     const UnwrapSettings& settings_;
     MObject& mesh_;
@@ -81,15 +86,19 @@ private:
     MIntArray polygon_;
     MIntArray ids_ = MIntArray(3, 0);
     MPointArray points_ = MPointArray(3);
+    MIntArray read_ids_;
+    MPointArray read_points_;
 };
 
 MStatus Collector::read_vertices() {
     MStatus status;
     MFnMesh mesh_fn(mesh_, &status);
     if (!status)
-        return fail_with("Data collector could not retrieve mesh_fn from mesh.", status);
+        return fail_with(k_no_mesh, status);
     MPointArray points;
-    mesh_fn.getPoints(points, MSpace::kObject);
+    status = mesh_fn.getPoints(points, MSpace::kObject);
+    if (!status)
+        return fail_with(k_no_mesh, status);
     vertex_count_ = points.length();
     for (uint32_t i = 0; i < vertex_count_; ++i) {
         const MPoint& p = points[i];
@@ -102,16 +111,26 @@ MStatus Collector::read_vertices() {
     return MS::kSuccess;
 }
 
-MStatus Collector::prepare(MItMeshPolygon& polygons) {
+/// Builds the look-up tables.
+MStatus Collector::prepare(MItMeshPolygon& polygons, uint32_t& polygon_count) {
     MStatus status;
     const MIntArray seam_edges = find_seam_edges(mesh_, uv_set_, &status);
-    if (status)
-        status = classifier_.prepare(mesh_, vertex_count_, polygons, seam_edges);
+    if (!status)
+        return fail_with(k_no_faces, status);
+    polygon_count = static_cast<uint32_t>(polygons.count(&status));
+    if (!status)
+        return fail_with(k_not_iterated, status);
+    status = classifier_.prepare(mesh_, vertex_count_, polygons, polygon_count, seam_edges);
     if (status && !places_.prepare(vertex_count_))
         status = MS::kInsufficientMemory;
-    if (!status)
-        return fail_with(status == MS::kInsufficientMemory ? k_no_memory : k_no_faces, status);
-    return status;
+    return status ? status : fail_with(k_no_faces, status);
+}
+
+bool Collector::has_vertices(const MIntArray& ids) const {
+    for (unsigned j = 0; j < ids.length(); ++j)
+        if (ids[j] < 0 || static_cast<uint32_t>(ids[j]) >= vertex_count_)
+            return false;
+    return true;
 }
 
 MStatus Collector::run() {
@@ -121,34 +140,45 @@ MStatus Collector::run() {
         MItMeshEdge(mesh_, &status);
     if (status)
         MItMeshVertex(mesh_, &status);
+    if (status && (ids_.length() < 3 || points_.length() < 3))
+        status = MS::kInsufficientMemory;
     if (!status)
         return fail_with(k_no_faces, status);
     status = read_vertices();
     if (!status)
         return status;
-    status = prepare(polygons);
+    uint32_t polygon_count = 0;
+    status = prepare(polygons, polygon_count);
     if (!status)
         return status;
-    const int64_t count = polygons.count(&status);
-    if (!status)
-        return fail_with("Data collector could not iterate triangles.", status);
+    return read_polygons(polygons, polygon_count);
+}
+
+MStatus Collector::read_polygons(MItMeshPolygon& polygons, uint32_t polygon_count) {
+    const int64_t count = polygon_count;
     int64_t i = 0;
-    for (polygons.reset(); !polygons.isDone(); polygons.next(), ++i) {
+    for (polygons.reset(); !polygons.isDone(); ++i) {
         if (count > 0)
             show_percent(static_cast<int32_t>(std::min(i, count) * 100 / count));
-        status = read_polygon(polygons);
+        MStatus status = read_polygon(polygons);
         if (!status)
             return status;
+        status = polygons.next();
+        if (!status)
+            return fail_with(k_not_iterated, status);
     }
-    return MS::kSuccess;
+    // An atlas of some of the polygons would replace the UVs of all of them.
+    return i < count ? fail_with(k_not_iterated, MS::kFailure) : MStatus(MS::kSuccess);
 }
 
 MStatus Collector::read_polygon(MItMeshPolygon& polygon) {
     const MStatus status = polygon.getVertices(polygon_);
     if (!status)
-        return fail_with("Data collector could not retrieve vertices from faces.", status);
+        return fail_with(k_no_vertices, status);
+    if (!has_vertices(polygon_))
+        return fail_with(k_no_vertices, MS::kFailure);
     if (!places_.set_polygon(polygon_))
-        return fail_with(k_no_memory, MS::kInsufficientMemory);
+        return fail_with(k_no_vertices, MS::kInsufficientMemory);
     // If memory runs out the list is left out, like any element that an array cannot take.
     CornerList* const corners = new_corner_list();
     read_triangles(polygon, corners);
@@ -158,12 +188,23 @@ MStatus Collector::read_polygon(MItMeshPolygon& polygon) {
     return MS::kSuccess;
 }
 
+/// Keeps the previous triangle if the host returns no valid one.
+void Collector::read_triangle(MItMeshPolygon& polygon, int triangle) {
+    polygon.getTriangle(triangle, read_points_, read_ids_, MSpace::kObject);
+    if (read_ids_.length() < 3 || read_points_.length() < 3 || !has_vertices(read_ids_))
+        return;
+    for (unsigned k = 0; k < 3; ++k) {
+        ids_[k] = read_ids_[k];
+        points_[k] = read_points_[k];
+    }
+}
+
 void Collector::read_triangles(MItMeshPolygon& polygon, CornerList* corners) {
     const int id = static_cast<int>(polygon.index());
     int count = 0;
     polygon.numTriangles(count);
     for (int t = 0; t < count; ++t) {
-        polygon.getTriangle(t, points_, ids_, MSpace::kObject);
+        read_triangle(polygon, t);
         for (unsigned k = 0; k < 3; ++k) {
             data_.indices.append(static_cast<uint32_t>(ids_[k]));
             if (corners != nullptr)

@@ -1,14 +1,13 @@
 // The entry points that the host calls to load and unload the plug-in.
+#include "plugin/guarded.h"
+#include "plugin/kit.h"
 #include "plugin/tmod_cmd.h"
 #include "plugin/tmod_node.h"
 
 // This header defines the version symbol, so exactly one source includes it.
 #include <maya/MFnPlugin.h>
+#include <maya/MGlobal.h>
 #include <maya/MStringArray.h>
-
-#ifndef PLUGIN_EXPORT
-#define PLUGIN_EXPORT __attribute__((visibility("default")))
-#endif
 
 namespace {
 
@@ -20,11 +19,18 @@ MStatus fail(const MStatus& status, const char* tag) {
     return status;
 }
 
-} // namespace
+/// The application creates the entries of a menu when it is first opened, and only if the menu is
+/// empty then: an item added before would keep them away.
+void fill_modify_menu() {
+    if (MGlobal::mayaState() == MGlobal::kInteractive)
+        MGlobal::executeCommand("if (`menu -exists mainModifyMenu`) "
+                                "eval(`menu -query -postMenuCommand mainModifyMenu`)",
+                                false, false);
+}
 
 /// Registers command, node, UI hooks and menu item, in this order. Stops at the first failure and
 /// leaves what was registered before it; a host that fails to load a plug-in cleans up itself.
-PLUGIN_EXPORT MStatus initializePlugin(MObject object) {
+MStatus register_all(MObject& object) {
     MFnPlugin plugin(object, "Brightfold Labs", "2.11", "Any");
     MStatus status = plugin.registerCommand("tessora", tmod_cmd::creator, tmod_cmd::create_syntax);
     if (!status)
@@ -36,6 +42,7 @@ PLUGIN_EXPORT MStatus initializePlugin(MObject object) {
     status = plugin.registerUI("tessoraCreateUI", "tessoraDeleteUI", "", "");
     if (!status)
         return fail(status, "registerUI");
+    fill_modify_menu();
     menuItems = plugin.addMenuItem("Tessora", "mainModifyMenu", "tessoraMenuItemClicked", "", false,
                                    nullptr, &status);
     if (!status) {
@@ -48,7 +55,7 @@ PLUGIN_EXPORT MStatus initializePlugin(MObject object) {
     return MS::kSuccess;
 }
 
-PLUGIN_EXPORT MStatus uninitializePlugin(MObject object) {
+MStatus deregister_all(MObject& object) {
     MFnPlugin plugin(object);
     MStatus status = plugin.deregisterCommand("tessora");
     if (!status)
@@ -59,4 +66,14 @@ PLUGIN_EXPORT MStatus uninitializePlugin(MObject object) {
     if (menuItems.length() > 0)
         plugin.removeMenuItem(menuItems);
     return MS::kSuccess;
+}
+
+} // namespace
+
+PLUGIN_EXPORT MStatus initializePlugin(MObject object) {
+    return guarded([&] { return register_all(object); });
+}
+
+PLUGIN_EXPORT MStatus uninitializePlugin(MObject object) {
+    return guarded([&] { return deregister_all(object); });
 }

@@ -1,5 +1,7 @@
 #include "plugin/polyModifier.h"
 
+#include "plugin/guarded.h"
+
 #include <maya/MDagPath.h>
 #include <maya/MFloatVector.h>
 #include <maya/MFn.h>
@@ -32,6 +34,29 @@ MStatus write_vector(MPlug& plug, const MFloatVector& vector) {
     if (!status)
         return status;
     return plug.setValue(value);
+}
+
+/// Sets one component of a tweak, unless a connection feeds it.
+MStatus write_component(MPlug component, float value) {
+    MPlugArray source;
+    component.connectedTo(source, true, false);
+    return source.length() > 0 ? MStatus(MS::kSuccess) : component.setValue(value);
+}
+
+/// Sets a tweak. If it refuses a value as a whole because components are fed by connections, the
+/// other components are set.
+MStatus write_tweak(MPlug& tweak, const MFloatVector& vector) {
+    const MStatus status = write_vector(tweak, vector);
+    if (status || tweak.numConnectedChildren() == 0)
+        return status;
+    const float values[] = {vector.x, vector.y, vector.z};
+    MStatus result;
+    for (unsigned int c = 0; c < tweak.numChildren() && c < 3; ++c) {
+        const MStatus written = write_component(tweak.child(c), values[c]);
+        if (!written)
+            result = written;
+    }
+    return result;
 }
 
 /// The element at a physical index; false if the host does not return one.
@@ -84,7 +109,24 @@ void give_links(const MPlug& tweak, MDGModifier& modifier, std::vector<Component
     }
 }
 
-/// Copies the mesh; the copied shape stands below a new `transform`.
+/// Sets all tweaks of a copied mesh to zero. The host copies tweaks with the shape; what uses the
+/// copy adds the tweaks of the original itself.
+MStatus zero_own_tweaks(MObject shape) {
+    MFnDependencyNode shape_fn(shape);
+    const MPlug tweaks = shape_fn.findPlug("pnts", true);
+    const unsigned int count = tweaks.isNull() ? 0 : tweaks.numElements();
+    for (unsigned int i = 0; i < count; ++i) {
+        MPlug tweak;
+        if (!element_at(tweaks, i, tweak))
+            continue;
+        const MStatus status = write_vector(tweak, MFloatVector(0.0f, 0.0f, 0.0f));
+        if (!status)
+            return status;
+    }
+    return MS::kSuccess;
+}
+
+/// Copies the mesh without its tweaks; the copied shape stands below a new `transform`.
 MStatus duplicate_mesh(const MDagPath& mesh, MObject& transform, MDagPath& shape) {
     MStatus status;
     MFnDagNode mesh_fn(mesh, &status);
@@ -93,27 +135,28 @@ MStatus duplicate_mesh(const MDagPath& mesh, MObject& transform, MDagPath& shape
     transform = mesh_fn.duplicate(false, false, &status);
     if (!status)
         return status;
-    MFnDagNode transform_fn(transform, &status);
-    if (status)
-        status = transform_fn.getPath(shape);
-    if (status)
-        status = shape.extendToShape();
-    if (!status)
+    status = guarded([&] {
+        MStatus found;
+        MFnDagNode transform_fn(transform, &found);
+        if (found)
+            found = transform_fn.getPath(shape);
+        if (found)
+            found = shape.extendToShape();
+        return found ? zero_own_tweaks(shape.node()) : found;
+    });
+    if (!status) {
         MGlobal::deleteNode(transform);
+        transform = MObject::kNullObj;
+    }
     return status;
-}
-
-/// Deletes a copied shape by deleting the transform above it.
-void remove_duplicate(MObject shape) {
-    MObject transform = MFnDagNode(shape).parent(0);
-    MGlobal::deleteNode(transform);
 }
 
 } // namespace
 
 polyModifierCmd::polyModifierCmd()
     : meshPathSet(false), nodeTypeSet(false), nodeNameSet(false), hasHistory(false),
-      hasTweaks(false), recordsHistory(false) {}
+      hasTweaks(false), recordsHistory(false), dgDone(false), dagDone(false),
+      duplicateRemoved(false) {}
 
 polyModifierCmd::~polyModifierCmd() = default;
 polyModifierNode::~polyModifierNode() = default;
@@ -153,12 +196,9 @@ MStatus polyModifierCmd::doModifyPoly() {
     if (hasHistory || recordsHistory) {
         // Only the status of the connection counts: a node without mesh attributes cannot be
         // connected anyway, and a node with some attributes unset still unwraps.
-        MObject modifierNode;
-        createModifierNode(modifierNode);
-        initModifierNode(modifierNode);
-        const MStatus status = connectNodes(modifierNode);
+        const MStatus status = guarded([&] { return insertModifier(); });
         if (!status)
-            abandonHistory();
+            guarded([&] { return abandonHistory(); });
         return status;
     }
     cacheMeshData();
@@ -172,18 +212,13 @@ MStatus polyModifierCmd::redoModifyPoly() {
     if (!hasHistory && !recordsHistory)
         return directModifier(meshPath.node());
     if (!hasHistory) {
-        const MStatus status = dagModifier.doIt();
+        const MStatus status = restoreDuplicate();
         if (!status)
             return status;
     }
     // Undo put the tweaks back on the mesh; the tweak node that redo restores holds them as well.
-    if (hasTweaks) {
-        MObject mesh = meshPath.node();
-        MFnDependencyNode mesh_fn(mesh);
-        MPlug tweaks = mesh_fn.findPlug("pnts", true);
-        zeroMeshTweaks(tweaks);
-    }
-    return dgModifier.doIt();
+    zeroMeshTweaks();
+    return connectAll();
 }
 
 MStatus polyModifierCmd::undoModifyPoly() {
@@ -196,9 +231,9 @@ MStatus polyModifierCmd::undoModifyPoly() {
     if (!hasHistory) {
         // Before the tweaks: this replaces the mesh data, without tweaks.
         const MStatus restored = undoCachedMesh();
-        const MStatus undone = dagModifier.undoIt();
+        const MStatus removed = removeDuplicate();
         if (status)
-            status = restored ? undone : restored;
+            status = restored ? removed : restored;
     }
     const MStatus tweaked = undoTweaks();
     return status ? tweaked : status;
@@ -206,15 +241,14 @@ MStatus polyModifierCmd::undoModifyPoly() {
 
 /// Takes back what a failed connection has done so far. The host deletes a command that failed, so
 /// its undo never runs.
-void polyModifierCmd::abandonHistory() {
-    dgModifier.undoIt();
-    MStatus status;
-    const MObject duplicate = duplicatePath.node(&status);
-    if (!hasHistory && status) {
+MStatus polyModifierCmd::abandonHistory() {
+    if (dgDone)
+        dgModifier.undoIt();
+    if (dagDone)
         dagModifier.undoIt();
-        remove_duplicate(duplicate);
-    }
-    undoTweaks();
+    if (!duplicateTransform.isNull())
+        MGlobal::deleteNode(duplicateTransform);
+    return undoTweaks();
 }
 
 // === The state of the mesh ===================================================================
@@ -248,6 +282,13 @@ void polyModifierCmd::collectNodeState() {
     int answer = 0;
     MGlobal::executeCommand("constructionHistory -q -tgl", answer, false, false);
     recordsHistory = answer != 0;
+}
+
+MStatus polyModifierCmd::insertModifier() {
+    MObject modifierNode;
+    createModifierNode(modifierNode);
+    initModifierNode(modifierNode);
+    return connectNodes(modifierNode);
 }
 
 MStatus polyModifierCmd::createModifierNode(MObject& modifierNode) {
@@ -295,7 +336,17 @@ MStatus polyModifierCmd::connectNodes(const MObject& modifierNode) {
     status = dgModifier.connect(source, modifierIn);
     if (status)
         status = dgModifier.connect(modifierOut, meshIn);
-    return status ? dgModifier.doIt() : status;
+    return status ? connectAll() : status;
+}
+
+/// Applies the recorded changes. A host may refuse to set a tweak that a connection feeds, and
+/// leaves the last value that came through it: those tweaks are zeroed once they are disconnected.
+MStatus polyModifierCmd::connectAll() {
+    dgDone = true;
+    const MStatus status = dgModifier.doIt();
+    if (status)
+        zeroMeshTweaks();
+    return status;
 }
 
 /// Moves the tweaks to a polyTweak node fed by `upstream`, which becomes that node's output.
@@ -325,28 +376,15 @@ MStatus polyModifierCmd::detachUpstream(const MPlug& meshIn, MPlug& upstream) {
 }
 
 MStatus polyModifierCmd::insertDuplicate(const MObject& meshTransform, MPlug& upstream) {
-    MObject duplicateTransform;
     MDagPath path;
     MStatus status = duplicate_mesh(meshPath, duplicateTransform, path);
     if (!status)
         return status;
-    MObject duplicateShape = path.node();
-    status = hangDuplicate(duplicateShape, duplicateTransform, meshTransform, upstream);
-    if (status)
-        status = MDagPath::getAPathTo(duplicateShape, duplicatePath);
-    if (status)
-        return status;
-    dagModifier.undoIt();
-    remove_duplicate(duplicateShape);
-    return status;
-}
-
-MStatus polyModifierCmd::hangDuplicate(MObject& shape, const MObject& ownTransform,
-                                       const MObject& meshTransform, MPlug& upstream) {
+    MObject shape = path.node();
     // The copy must be reparented before its own transform is deleted, each with its own doIt.
-    MStatus status = dagModifier.reparentNode(shape, meshTransform);
+    status = dagModifier.reparentNode(shape, meshTransform);
     if (status)
-        status = dagModifier.doIt();
+        status = doDagModifier();
     if (!status)
         return status;
 
@@ -358,7 +396,33 @@ MStatus polyModifierCmd::hangDuplicate(MObject& shape, const MObject& ownTransfo
     if (!status)
         return status;
 
-    status = dagModifier.deleteNode(ownTransform);
+    status = dagModifier.deleteNode(duplicateTransform);
+    if (status)
+        status = doDagModifier();
+    return status ? MDagPath::getAPathTo(shape, duplicatePath) : status;
+}
+
+MStatus polyModifierCmd::doDagModifier() {
+    dagDone = true;
+    return dagModifier.doIt();
+}
+
+/// Takes the copy out of the scene. The host does not undo `duplicate`, so that undoing
+/// `dagModifier` leaves the copy below its own transform; a modifier of its own deletes both.
+MStatus polyModifierCmd::removeDuplicate() {
+    const MStatus undone = dagModifier.undoIt();
+    MStatus removed;
+    if (!duplicateRemoved)
+        removed = duplicateRemoval.deleteNode(duplicateTransform);
+    duplicateRemoved = true;
+    if (removed)
+        removed = duplicateRemoval.doIt();
+    return undone ? removed : undone;
+}
+
+/// Brings the copy back below the mesh's transform.
+MStatus polyModifierCmd::restoreDuplicate() {
+    MStatus status = duplicateRemoval.undoIt();
     return status ? dagModifier.doIt() : status;
 }
 
@@ -366,10 +430,12 @@ MStatus polyModifierCmd::moveTweaks(const MObject& tweakNode) {
     MStatus status;
     MObject mesh = meshPath.node();
     MFnDependencyNode mesh_fn(mesh);
-    MPlug meshTweaks = mesh_fn.findPlug("pnts", true, &status);
+    const MPlug meshTweaks = mesh_fn.findPlug("pnts", true, &status);
     if (!status)
         return status;
-    cacheMeshTweaks();
+    status = cacheMeshTweaks();
+    if (!status)
+        return status;
 
     MFnDependencyNode tweak_fn(tweakNode);
     const MPlug tweaks(tweakNode, tweak_fn.attribute("tweak"));
@@ -383,13 +449,13 @@ MStatus polyModifierCmd::moveTweaks(const MObject& tweakNode) {
         give_links(tweak, dgModifier, links, next);
     }
 
-    zeroMeshTweaks(meshTweaks);
+    zeroMeshTweaks();
     if (!hasHistory && recordsHistory) {
         // Deliberate: the second pass looks up the copy's tweaks and zeroes the mesh's own again.
         MObject duplicate = duplicatePath.node();
         MFnDependencyNode duplicate_fn(duplicate);
         if (!duplicate_fn.findPlug("pnts", true).isNull())
-            zeroMeshTweaks(meshTweaks);
+            zeroMeshTweaks();
     }
     return MS::kSuccess;
 }
@@ -399,10 +465,15 @@ MPlug polyModifierCmd::tweakAt(const MPlug& tweaks, unsigned int i) const {
     return tweaks.elementByLogicalIndex(static_cast<unsigned int>(tweakIndices[i]));
 }
 
-void polyModifierCmd::zeroMeshTweaks(MPlug& tweaks) {
+void polyModifierCmd::zeroMeshTweaks() {
+    if (!hasTweaks)
+        return;
+    MObject mesh = meshPath.node();
+    MFnDependencyNode mesh_fn(mesh);
+    const MPlug tweaks = mesh_fn.findPlug("pnts", true);
     for (unsigned int i = 0; i < tweakIndices.length(); ++i) {
         MPlug tweak = tweakAt(tweaks, i);
-        write_vector(tweak, MFloatVector(0.0f, 0.0f, 0.0f));
+        write_tweak(tweak, MFloatVector(0.0f, 0.0f, 0.0f));
     }
 }
 
@@ -414,18 +485,19 @@ MStatus polyModifierCmd::cacheMeshData() {
     MStatus status = duplicate_mesh(meshPath, transform, duplicate);
     if (!status)
         return status;
-    MObject shape = duplicate.node();
-    MFnDependencyNode shape_fn(shape);
-    status = shape_fn.findPlug("outMesh", true).getValue(cachedMesh);
+    status = guarded([&] {
+        MObject shape = duplicate.node();
+        return MFnDependencyNode(shape).findPlug("outMesh", true).getValue(cachedMesh);
+    });
     MGlobal::deleteNode(transform);
     return status;
 }
 
-void polyModifierCmd::cacheMeshTweaks() {
+MStatus polyModifierCmd::cacheMeshTweaks() {
     tweakIndices.clear();
     tweakVectors.clear();
     if (!hasTweaks)
-        return;
+        return MS::kSuccess;
     MObject mesh = meshPath.node();
     MFnDependencyNode mesh_fn(mesh);
     const MPlug tweaks = mesh_fn.findPlug("pnts", true);
@@ -436,9 +508,13 @@ void polyModifierCmd::cacheMeshTweaks() {
         MFloatVector vector;
         if (!element_at(tweaks, i, element) || !read_vector(element, value, vector))
             continue;
-        tweakIndices.append(static_cast<int>(element.logicalIndex()));
-        tweakVectors.append(vector);
+        MStatus kept = tweakVectors.append(vector);
+        if (kept)
+            kept = tweakIndices.append(static_cast<int>(element.logicalIndex()));
+        if (!kept)
+            return kept;
     }
+    return MS::kSuccess;
 }
 
 /// Writes the mesh data of `source` into the mesh through its input: connects the two, evaluates
@@ -457,8 +533,10 @@ MStatus polyModifierCmd::evaluateFrom(const MPlug& source) {
         status = connection.doIt();
     if (!status)
         return status;
-    status = MGlobal::executeCommand(
-        MString("dgeval -src ") + mesh_fn.partialPathName() + ".inMesh", false, false);
+    status = guarded([&] {
+        return MGlobal::executeCommand(
+            MString("dgeval -src ") + mesh_fn.partialPathName() + ".inMesh", false, false);
+    });
     const MStatus undone = connection.undoIt();
     return status ? undone : status;
 }
@@ -478,12 +556,12 @@ MStatus polyModifierCmd::undoDirectModifier() {
     status = duplicate_mesh(meshPath, transform, duplicate);
     if (!status)
         return status;
-    MObject shape = duplicate.node();
-    MFnDependencyNode shape_fn(shape);
-    MPlug duplicateOut = shape_fn.findPlug("outMesh", true);
-    status = duplicateOut.setValue(cachedMesh);
-    if (status)
-        status = evaluateFrom(duplicateOut);
+    status = guarded([&] {
+        MObject shape = duplicate.node();
+        MPlug duplicateOut = MFnDependencyNode(shape).findPlug("outMesh", true);
+        const MStatus written = duplicateOut.setValue(cachedMesh);
+        return written ? evaluateFrom(duplicateOut) : written;
+    });
     MGlobal::deleteNode(transform);
     const MStatus tweaked = undoTweaks();
     return status ? tweaked : status;
@@ -523,7 +601,7 @@ MStatus polyModifierCmd::undoTweaks() {
     MStatus status;
     for (unsigned int i = 0; i < tweakIndices.length(); ++i) {
         MPlug tweak = tweakAt(tweaks, i);
-        const MStatus written = write_vector(tweak, tweakVectors[i]);
+        const MStatus written = write_tweak(tweak, tweakVectors[i]);
         if (!written)
             status = written;
     }

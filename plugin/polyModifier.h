@@ -52,21 +52,26 @@ protected:
 private:
     bool isMeshValid();
     void collectNodeState();
+    MStatus insertModifier();
     MStatus createModifierNode(MObject& modifierNode);
-
     MStatus connectNodes(const MObject& modifierNode);
+    MStatus connectAll();
     MStatus detachUpstream(const MPlug& meshIn, MPlug& upstream);
+    MStatus abandonHistory();
+
     MStatus insertDuplicate(const MObject& meshTransform, MPlug& upstream);
-    MStatus hangDuplicate(MObject& shape, const MObject& ownTransform, const MObject& meshTransform,
-                          MPlug& upstream);
-    void abandonHistory();
+    MStatus doDagModifier();
+    MStatus removeDuplicate();
+    MStatus restoreDuplicate();
+
     MStatus insertTweakNode(MPlug& upstream);
     MStatus moveTweaks(const MObject& tweakNode);
     MPlug tweakAt(const MPlug& tweaks, unsigned int i) const;
-    void zeroMeshTweaks(MPlug& tweaks);
+    void zeroMeshTweaks();
 
     MStatus cacheMeshData();
-    void cacheMeshTweaks();
+    /// `tweakVectors` has at least as many entries as `tweakIndices`, also on failure.
+    MStatus cacheMeshTweaks();
     MStatus undoDirectModifier();
     MStatus undoCachedMesh();
     MStatus undoTweaks();
@@ -87,6 +92,12 @@ private:
     MObject cachedMesh;
     MDGModifier dgModifier;
     MDagModifier dagModifier;
+    // Beyond the two modifiers: what has been done so far, and the removal of the hidden copy.
+    bool dgDone;
+    bool dagDone;
+    bool duplicateRemoved;
+    MObject duplicateTransform; ///< the copy's own transform; null without a copy
+    MDagModifier duplicateRemoval;
 };
 
 /// Base of a node that the command inserts into a mesh's history.

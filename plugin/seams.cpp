@@ -46,7 +46,10 @@ public:
 private:
     bool add_vertex(MItMeshVertex& vertex, const MString& uv_set);
 
+    /// Null if the vertex does not exist or the face has no UV there.
     const FaceUv* find(int vertex, int face) const {
+        if (vertex < 0 || static_cast<size_t>(vertex) + 1 >= starts_.count())
+            return nullptr;
         const auto v = static_cast<size_t>(vertex);
         const FaceUv* const last = entries_.data() + starts_[v + 1];
         const FaceUv* const found =
@@ -74,12 +77,15 @@ MStatus VertexUvs::read(MObject& mesh, const MString& uv_set) {
     if (!starts_.allocate(static_cast<size_t>(count) + 1, 0))
         return MS::kInsufficientMemory;
     int v = 0;
-    for (it.reset(); v < count && !it.isDone(); it.next()) {
+    for (it.reset(); status && v < count && !it.isDone(); status = it.next()) {
         if (!add_vertex(it, uv_set))
             return MS::kInsufficientMemory;
         starts_[static_cast<size_t>(++v)] = entries_.count();
     }
-    return MS::kSuccess;
+    // If the host's iterator ends early, the remaining vertices have no UVs.
+    while (v < count)
+        starts_[static_cast<size_t>(++v)] = entries_.count();
+    return status;
 }
 
 bool VertexUvs::add_vertex(MItMeshVertex& vertex, const MString& uv_set) {
@@ -100,7 +106,7 @@ bool VertexUvs::add_vertex(MItMeshVertex& vertex, const MString& uv_set) {
 bool is_seam(MItMeshEdge& edge, const MIntArray& faces, int face_count, const VertexUvs& uvs) {
     if (face_count == 1)
         return false;
-    if (face_count != 2)
+    if (face_count != 2 || faces.length() < 2)
         return true;
     const int a = edge.index(0);
     const int b = edge.index(1);
@@ -116,16 +122,18 @@ MIntArray find_seam_edges(MObject& mesh, const MString& uv_set, MStatus* return_
     VertexUvs uvs;
     if (status)
         status = uvs.read(mesh, uv_set);
-    if (return_status != nullptr)
-        *return_status = status;
-    if (!status)
-        return seams;
+    if (status)
+        status = edge.reset();
     MIntArray faces;
-    for (edge.reset(); !edge.isDone(); edge.next()) {
+    for (; status && !edge.isDone(); status = edge.next()) {
         const int face_count = edge.getConnectedFaces(faces);
         if (is_seam(edge, faces, face_count, uvs))
             seams.append(edge.index());
     }
+    if (!status)
+        seams.clear();
+    if (return_status != nullptr)
+        *return_status = status;
     return seams;
 }
 

@@ -1,6 +1,7 @@
 #include "plugin/tmod_cmd.h"
 
 #include "plugin/command_flags.h"
+#include "plugin/guarded.h"
 #include "plugin/node_attributes.h"
 #include "plugin/tmod_node.h"
 #include "plugin/unwrapper.h"
@@ -11,7 +12,6 @@
 #include <maya/MSelectionList.h>
 
 #include <iostream>
-#include <new>
 
 namespace {
 
@@ -51,12 +51,22 @@ const Write k_writes[k_attribute_count] = {
 
 tmod_cmd::~tmod_cmd() = default;
 
-void* tmod_cmd::creator() { return new (std::nothrow) tmod_cmd; }
+void* tmod_cmd::creator() {
+    tmod_cmd* command = nullptr;
+    guarded([&] {
+        command = new tmod_cmd;
+        return MStatus(MS::kSuccess);
+    });
+    return command;
+}
 
 MSyntax tmod_cmd::create_syntax() {
     MSyntax syntax;
-    for (const FlagRow& flag : k_flags)
-        syntax.addFlag(flag.short_name, flag.long_name, flag.type);
+    guarded([&] {
+        for (const FlagRow& flag : k_flags)
+            syntax.addFlag(flag.short_name, flag.long_name, flag.type);
+        return MStatus(MS::kSuccess);
+    });
     return syntax;
 }
 
@@ -84,6 +94,10 @@ bool tmod_cmd::parse_flags(const MArgList& arguments) {
 }
 
 MStatus tmod_cmd::doIt(const MArgList& arguments) {
+    return guarded([&] { return unwrap_selected(arguments); });
+}
+
+MStatus tmod_cmd::unwrap_selected(const MArgList& arguments) {
     reset_settings();
     if (!parse_flags(arguments))
         return MS::kFailure;
@@ -104,16 +118,22 @@ MStatus tmod_cmd::doIt(const MArgList& arguments) {
 }
 
 MStatus tmod_cmd::redoIt() {
-    const MStatus status = redoModifyPoly();
-    clearResult();
-    appendToResult(static_cast<bool>(status));
-    return status;
+    const MStatus status = guarded([&] { return redoModifyPoly(); });
+    const MStatus reported = guarded([&] {
+        clearResult();
+        appendToResult(static_cast<bool>(status));
+        return MStatus(MS::kSuccess);
+    });
+    return status ? reported : status;
 }
 
 MStatus tmod_cmd::undoIt() {
-    const MStatus status = undoModifyPoly();
-    setResult(status ? "tmod undo succeeded!" : "tmod undo failed!");
-    return status;
+    const MStatus status = guarded([&] { return undoModifyPoly(); });
+    const MStatus reported = guarded([&] {
+        setResult(status ? "tmod undo succeeded!" : "tmod undo failed!");
+        return MStatus(MS::kSuccess);
+    });
+    return status ? reported : status;
 }
 
 MStatus tmod_cmd::initModifierNode(MObject modifierNode) {

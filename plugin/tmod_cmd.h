@@ -28,6 +28,7 @@ public:
     static MSyntax create_syntax();
 
 private:
+    MStatus unwrap_selected(const MArgList& arguments);
     void reset_settings();
     bool parse_flags(const MArgList& arguments);
 

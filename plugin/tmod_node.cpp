@@ -1,10 +1,12 @@
 // The node's compute: decides whether to unwrap, reads the settings, publishes the results.
 #include "plugin/tmod_node.h"
 
+#include "plugin/guarded.h"
 #include "plugin/unwrapper.h"
 
 #include <maya/MFnDependencyNode.h>
 #include <maya/MGlobal.h>
+#include <maya/MMessage.h>
 #include <maya/MNodeMessage.h>
 #include <maya/MSelectionList.h>
 
@@ -69,13 +71,23 @@ MStatus read_settings(MDataBlock& block, UnwrapSettings& settings) {
 
 } // namespace
 
-tmod_node::~tmod_node() { detach_viewport_callbacks(visualization_data_); }
+tmod_node::~tmod_node() {
+    detach_viewport_callbacks(visualization_data_);
+    // The host may destroy the instance and keep its node, when the plug-in is unloaded by force: a
+    // callback left on the node would then call unloaded code.
+    for (unsigned int i = 0; i < removal_ids_.length(); ++i)
+        MMessage::removeCallback(removal_ids_[i]);
+}
 
 void tmod_node::pre_removal(MObject&, void* client_data) {
     detach_viewport_callbacks(*static_cast<VisualizationData*>(client_data));
 }
 
 MStatus tmod_node::compute(const MPlug& plug, MDataBlock& block) {
+    return guarded([&] { return evaluate(plug, block); });
+}
+
+MStatus tmod_node::evaluate(const MPlug& plug, MDataBlock& block) {
     if (compute_count_ == 0)
         watch_removal();
 
@@ -115,9 +127,12 @@ MStatus tmod_node::compute(const MPlug& plug, MDataBlock& block) {
 void tmod_node::watch_removal() {
     MStatus status;
     MObject self = thisMObject();
-    // The host removes the callback together with the node, so the id is not kept.
-    MNodeMessage::addNodePreRemovalCallback(self, pre_removal, &visualization_data_, &status);
-    if (!status)
+    visualization_data_.node = this;
+    const MCallbackId id =
+        MNodeMessage::addNodePreRemovalCallback(self, pre_removal, &visualization_data_, &status);
+    if (status)
+        keep_callback(removal_ids_, id);
+    else
         MGlobal::displayWarning("Could not attach pre_removal_callback for tmod_node.");
 }
 
@@ -147,7 +162,7 @@ MStatus tmod_node::process(const MPlug& plug, MDataBlock& block, MDataHandle& ou
     status = unwrap(output.asMesh(), settings, output);
     if (!status)
         return status;
-    publish(plug, settings);
+    guarded([&] { return publish(plug, settings); });
     return show_seams(block);
 }
 

@@ -6,12 +6,14 @@
 /// than 1.
 #pragma once
 
+#include "plugin/kit.h"
 #include "plugin/node_attributes.h"
 #include "plugin/polyModifier.h"
 #include "plugin/tmod_fty.h"
 #include "plugin/unwrap_settings.h"
 #include "plugin/viewport.h"
 
+#include <maya/MCallbackIdArray.h>
 #include <maya/MDataBlock.h>
 #include <maya/MDataHandle.h>
 #include <maya/MPlug.h>
@@ -24,6 +26,11 @@ public:
     ~tmod_node() override;
 
     MStatus compute(const MPlug& plug, MDataBlock& block) override;
+#if KIT_HAS_SCHEDULING
+    /// Untrusted: compute runs a script command and changes callbacks, so it must not run in
+    /// parallel with anything.
+    SchedulingType schedulingType() const override { return kUntrusted; }
+#endif
 
     /// A new instance, owned by the host; null if memory runs out.
     static void* creator();
@@ -38,6 +45,8 @@ public:
     static MObject attributes[k_attribute_count];
 
 private:
+    static MStatus declare_attributes();
+    MStatus evaluate(const MPlug& plug, MDataBlock& block);
     void watch_removal();
     void switch_visualization(bool on);
     MStatus process(const MPlug& plug, MDataBlock& block, MDataHandle& output);
@@ -46,6 +55,7 @@ private:
     MStatus show_seams(MDataBlock& block);
 
     tmod_fty fty_;
+    MCallbackIdArray removal_ids_; ///< pre-removal callbacks of this node
     VisualizationData visualization_data_;
     int32_t compute_count_ = 0;        ///< evaluations that got past the visualization switch
     bool visualization_active_ = true; ///< value of "Visualization" at the last evaluation

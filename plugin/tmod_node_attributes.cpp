@@ -1,4 +1,5 @@
 // The node's identity and its attributes.
+#include "plugin/guarded.h"
 #include "plugin/tmod_node.h"
 
 #include <maya/MFnNumericAttribute.h>
@@ -6,7 +7,6 @@
 #include <maya/MFnTypedAttribute.h>
 
 #include <iostream>
-#include <new>
 
 MTypeId tmod_node::id(0x113C40);
 MObject tmod_node::in_mesh;
@@ -36,9 +36,18 @@ MObject create_attribute(const AttributeRow& row) {
 
 } // namespace
 
-void* tmod_node::creator() { return new (std::nothrow) tmod_node; }
+void* tmod_node::creator() {
+    tmod_node* node = nullptr;
+    guarded([&] {
+        node = new tmod_node;
+        return MStatus(MS::kSuccess);
+    });
+    return node;
+}
 
-MStatus tmod_node::initialize() {
+MStatus tmod_node::initialize() { return guarded(declare_attributes); }
+
+MStatus tmod_node::declare_attributes() {
     MFnTypedAttribute typed;
     in_mesh = typed.create("inMesh", "im", MFnData::kMesh);
     typed.setStorable(true);

@@ -2,6 +2,7 @@
 
 #include "plugin/atlas_stage.h"
 #include "plugin/failure.h"
+#include "plugin/guarded.h"
 #include "plugin/mesh_collector.h"
 #include "plugin/seams.h"
 #include "plugin/uv_updater.h"
@@ -30,10 +31,10 @@ MStatus find_main_window() {
 // If memory runs out the copy stops, and the stage works on the elements copied so far.
 array<Vertex> copy_of(const array<Vertex>& list) {
     array<Vertex> copy;
-    copy.resize(list.count());
+    if (!copy.resize(list.count()))
+        return copy;
     for (uint32_t i = 0; i < list.count(); ++i)
-        if (!copy.append(list.get(i)))
-            break;
+        copy.append(list.get(i));
     return copy;
 }
 
@@ -65,6 +66,10 @@ MStatus apply(const Unwrapper& unwrapper, MObject& mesh, const MeshData& data, c
 Unwrapper::Unwrapper(UnwrapSettings* settings) : settings_(settings) { progress_reserved = false; }
 
 MStatus Unwrapper::unwrap(MObject mesh, MIntArray* existing_seams, MIntArray* new_seams) {
+    return guarded([&] { return run_stages(mesh, existing_seams, new_seams); });
+}
+
+MStatus Unwrapper::run_stages(MObject& mesh, MIntArray* existing_seams, MIntArray* new_seams) {
     MStatus status = find_main_window();
     if (!status)
         return fail_with("Could not access Maya HWND.", status);

@@ -34,10 +34,13 @@ public:
     ///         `existing_seams` gets the UV borders before the unwrap, an edge once per adjacent
     ///         triangle; it is empty if seams are not kept. `new_seams` gets the seams of the new
     ///         layout that are not in `existing_seams`, each edge once, sorted.
-    /// Errors: the failing status of the host or of the stage; kFailure if no atlas could be made.
-    ///         The stage has written the reason. The mesh is unchanged unless applying failed.
+    /// Errors: the failing status of the host or of the stage; kFailure if no atlas could be made;
+    ///         the stage has written the reason. kInsufficientMemory if the host ran out of memory.
+    ///         The mesh is unchanged unless applying failed.
     MStatus unwrap(MObject mesh, MIntArray* existing_seams, MIntArray* new_seams);
 
 private:
+    MStatus run_stages(MObject& mesh, MIntArray* existing_seams, MIntArray* new_seams);
+
     UnwrapSettings* settings_;
 };

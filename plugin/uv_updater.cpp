@@ -11,6 +11,7 @@
 
 namespace {
 
+constexpr const char* k_no_faces = "Data updater could not retrieve faces from mesh";
 constexpr const char* k_no_mesh = "Data updater could not retrieve mesh_fn from mesh.";
 
 /// Everything to be written, complete before the mesh is changed.
@@ -33,13 +34,13 @@ MStatus count_corners(MObject& mesh, MIntArray& counts) {
     MStatus status;
     MItMeshPolygon polygon(mesh, &status);
     if (!status)
-        return fail_with("Data updater could not retrieve faces from mesh", status);
+        return fail_with(k_no_faces, status);
     MIntArray vertices;
-    for (polygon.reset(); !polygon.isDone(); polygon.next()) {
+    for (polygon.reset(); status && !polygon.isDone(); status = polygon.next()) {
         polygon.getVertices(vertices);
         counts.append(static_cast<int>(vertices.length()));
     }
-    return MS::kSuccess;
+    return status ? status : fail_with(k_no_faces, status);
 }
 
 /// Appends the UV id of every corner of polygon `p`, whose first triangle corner is `passed`.

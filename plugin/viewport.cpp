@@ -1,5 +1,9 @@
 #include "plugin/viewport.h"
 
+#include "plugin/guarded.h"
+#include "plugin/kit.h"
+#include "plugin/opengl.h"
+
 #include <maya/M3dView.h>
 #include <maya/MFnMesh.h>
 #include <maya/MMatrix.h>
@@ -7,8 +11,6 @@
 #include <maya/MObjectHandle.h>
 #include <maya/MPointArray.h>
 #include <maya/MUiMessage.h>
-
-#include <GL/gl.h>
 
 #include <iostream>
 #include <string>
@@ -35,41 +37,62 @@ bool read_points(const MDagPath& path, MPointArray& points) {
     return status && mesh_fn.getPoints(points, MSpace::kWorld);
 }
 
-/// GL_LINES ignores a last vertex without a partner.
+void send_vertex(const MPoint& point) {
+    glVertex3f(static_cast<float>(point.x), static_cast<float>(point.y),
+               static_cast<float>(point.z));
+}
+
+/// Leaves out pairs with a vertex that the mesh no longer has: its history may have changed since
+/// the unwrap. Ignores an odd last entry.
 void draw_lines(const MIntArray& seams, const MPointArray& points) {
+    const auto exists = [&](int id) {
+        return id >= 0 && static_cast<unsigned int>(id) < points.length();
+    };
     glBegin(GL_LINES);
-    for (unsigned int i = 0; i < seams.length(); ++i) {
-        const MPoint& point = points[static_cast<unsigned int>(seams[i])];
-        glVertex3f(static_cast<float>(point.x), static_cast<float>(point.y),
-                   static_cast<float>(point.z));
+    for (unsigned int i = 0; i + 1 < seams.length(); i += 2) {
+        if (!exists(seams[i]) || !exists(seams[i + 1]))
+            continue;
+        send_vertex(points[static_cast<unsigned int>(seams[i])]);
+        send_vertex(points[static_cast<unsigned int>(seams[i + 1])]);
     }
     glEnd();
 }
 
-} // namespace
+KIT_DEPRECATED_BEGIN
+void begin_gl(M3dView& view) { view.beginGL(); }
+void end_gl(M3dView& view) { view.endGL(); }
+KIT_DEPRECATED_END
 
-MStatus detach_viewport_callbacks(VisualizationData& data) {
+/// Whether the node was removed from the scene, for example because its creation was undone.
+bool is_removed(const MPxNode* node) {
+    return node != nullptr && !MObjectHandle(node->thisMObject()).isValid();
+}
+
+MStatus remove_callbacks(const MCallbackIdArray& ids) {
     std::string errors;
     MStatus status;
-    for (unsigned int i = 0; i < data.callback_ids.length(); ++i) {
-        status = MMessage::removeCallback(data.callback_ids[i]);
-        if (!status)
+    for (unsigned int i = 0; i < ids.length(); ++i) {
+        status = MMessage::removeCallback(ids[i]);
+        if (status)
+            continue;
+        // Memory for the text may run out; the other callbacks are removed nevertheless.
+        guarded([&] {
             errors += "Failed to clear viewport callback " + std::to_string(i) + "\n";
+            return status;
+        });
     }
-    data.callback_ids.clear();
     return report(errors, status);
 }
 
-MStatus attach_viewport_callbacks(VisualizationData& data) {
+MStatus attach_callbacks(VisualizationData& data) {
     std::string errors;
     MStatus status;
-    detach_viewport_callbacks(data);
     for (const char* panel : k_panels) {
         const MString name(panel);
         // Deliberate: the id of a failed registration is kept too, so that the list has one entry
         // per panel; removing it later fails and reports that.
-        data.callback_ids.append(
-            MUiMessage::add3dViewPostRenderMsgCallback(name, draw_seams, &data, &status));
+        keep_callback(data.callback_ids,
+                      MUiMessage::add3dViewPostRenderMsgCallback(name, draw_seams, &data, &status));
         if (status)
             continue;
         draw_seams(name, &data);
@@ -79,15 +102,14 @@ MStatus attach_viewport_callbacks(VisualizationData& data) {
     return report(errors, status);
 }
 
-void draw_seams(const MString& panel, void* client_data) {
-    VisualizationData& data = *static_cast<VisualizationData*>(client_data);
+void draw(const MString& panel, VisualizationData& data) {
     // Copies, because reading the mesh evaluates it, and an unwrap during that rewrites the lists.
     const MDagPath path = data.mesh_path;
     const MIntArray existing_seams = data.existing_seams;
     const MIntArray new_seams = data.new_seams;
 
     MPointArray points;
-    if (!read_points(path, points)) {
+    if (is_removed(data.node) || !read_points(path, points)) {
         detach_viewport_callbacks(data);
         return;
     }
@@ -99,7 +121,7 @@ void draw_seams(const MString& panel, void* client_data) {
     double model_view[4][4];
     camera.inclusiveMatrix().inverse().get(model_view);
 
-    view.beginGL();
+    begin_gl(view);
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
     // Row vectors with the translation in the last row: the memory order that OpenGL expects.
@@ -111,5 +133,31 @@ void draw_seams(const MString& panel, void* client_data) {
     draw_lines(new_seams, points);
     glLineWidth(1.0f);
     glPopMatrix();
-    view.endGL();
+    end_gl(view);
+}
+
+} // namespace
+
+void keep_callback(MCallbackIdArray& ids, MCallbackId id) {
+    const MStatus kept = guarded([&] { return ids.append(id); });
+    if (!kept)
+        MMessage::removeCallback(id);
+}
+
+MStatus detach_viewport_callbacks(VisualizationData& data) {
+    const MStatus status = guarded([&] { return remove_callbacks(data.callback_ids); });
+    data.callback_ids.clear();
+    return status;
+}
+
+MStatus attach_viewport_callbacks(VisualizationData& data) {
+    detach_viewport_callbacks(data);
+    return guarded([&] { return attach_callbacks(data); });
+}
+
+void draw_seams(const MString& panel, void* client_data) {
+    guarded([&] {
+        draw(panel, *static_cast<VisualizationData*>(client_data));
+        return MStatus(MS::kSuccess);
+    });
 }

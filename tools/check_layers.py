@@ -46,6 +46,8 @@ for floor, (folder, system) in enumerate(HOST_FLOORS):
 EXCEPTIONS = {
     # The adjacency is that of a mesh of the Direct3D extension library.
     "plugin/adjacency.h": ["<d3dx9.h>"],
+    # The systems keep OpenGL's header in different places.
+    "plugin/opengl.h": ["<OpenGL/gl.h>", "<windows.h>"],
 }
 # Sources for Windows; they may include these system headers.
 WINDOWS_HALF = re.compile(r"_win32\.cpp$")

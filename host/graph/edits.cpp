@@ -15,6 +15,10 @@ public:
     AddNode(Node& node, DagNode* parent) : node_(&node), parent_(parent) {}
 
     MStatus redo() override {
+        if (was_gone_) {
+            was_gone_ = false;
+            return MS::kSuccess;
+        }
         if (removal_.nodes.empty())
             return scene().add(*node_, parent_.get());
         scene().restore(removal_);
@@ -22,6 +26,10 @@ public:
         return MS::kSuccess;
     }
     MStatus undo() override {
+        // A command may remove the node in its own undo; its redo then restores it.
+        was_gone_ = !node_->is_valid();
+        if (was_gone_)
+            return MS::kSuccess;
         removal_ = scene().remove(*node_, Scene::RemovalCause::undo_of_creation);
         return removal_.nodes.empty() ? MS::kFailure : MS::kSuccess;
     }
@@ -30,6 +38,7 @@ private:
     Ref<Node> node_;
     Ref<DagNode> parent_;
     Removal removal_;
+    bool was_gone_ = false;
 };
 
 class RemoveNode : public Edit {

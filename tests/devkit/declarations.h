@@ -12,11 +12,13 @@
 #define MAYA_API_VERSION 200800
 #define DEVKIT_OPEN
 #define DEVKIT_CLOSE
+#define DEVKIT_OBSOLETE
 typedef void* DevkitWindow;
 #else
 #define MAYA_API_VERSION 20230000
 #define DEVKIT_OPEN inline namespace OpenMaya20230000 {
 #define DEVKIT_CLOSE }
+#define DEVKIT_OBSOLETE [[deprecated]]
 #define PLUGIN_EXPORT __attribute__((visibility("default")))
 typedef unsigned long DevkitWindow;
 #endif
@@ -221,6 +223,7 @@ public:
     MPlug elementByLogicalIndex(unsigned int, MStatus* = NULL) const;
     unsigned int logicalIndex(MStatus* = NULL) const;
     unsigned int numChildren(MStatus* = NULL) const;
+    unsigned int numConnectedChildren(MStatus* = NULL) const;
     MPlug child(unsigned int, MStatus* = NULL) const;
     MStatus getValue(MObject&) const;
     MStatus getValue(double&) const;
@@ -416,6 +419,8 @@ public:
 
 class MGlobal {
 public:
+    enum MMayaState { kInteractive = 0, kBatch, kLibraryApp, kBaseUIMode };
+    static MMayaState mayaState(MStatus* ReturnStatus = NULL);
     static MStatus executeCommand(const MString&, bool displayEnabled = false,
                                   bool undoEnabled = false);
     static MStatus executeCommand(const MString&, int&, bool = false, bool = false);
@@ -516,6 +521,10 @@ public:
 class MPxNode {
 public:
     enum Type { kDependNode, kLocatorNode };
+#if DEVKIT_ERA != 2008
+    enum SchedulingType { kParallel, kSerial, kGloballySerial, kUntrusted };
+    virtual SchedulingType schedulingType() const;
+#endif
     MPxNode();
     virtual ~MPxNode();
     virtual void postConstructor();
@@ -622,8 +631,8 @@ public:
     static DevkitWindow applicationShell(MStatus* = NULL);
     static MStatus getM3dViewFromModelPanel(const MString&, M3dView&);
     MStatus getCamera(MDagPath&);
-    MStatus beginGL();
-    MStatus endGL();
+    DEVKIT_OBSOLETE MStatus beginGL();
+    DEVKIT_OBSOLETE MStatus endGL();
 };
 
 class MProgressWindow {

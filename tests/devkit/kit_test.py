@@ -96,7 +96,7 @@ def wanted_names(objects):
 
 def make_libraries():
     listing = run("ninja", "-C", BUILD, "-t", "targets", "all")
-    objects = re.findall(r"^(plugin/CMakeFiles/tessora_plugin(?:_engine)?\.dir/.*\.(?:o|obj)):", listing, re.M)
+    objects = re.findall(r"^(plugin/CMakeFiles/tessora_plugin(?:_engine|_overlay)?\.dir/.*\.(?:o|obj)):", listing, re.M)
     run("ninja", "-C", BUILD, *objects)
     for name, lines in wanted_names([BUILD / path for path in objects]).items():
         if not lines:

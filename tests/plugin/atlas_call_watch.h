@@ -23,7 +23,14 @@ struct AtlasCall {
     DWORD faces = 0;
     std::vector<uint32_t> adjacency;
     std::vector<uint32_t> false_edges;
+    float uv_scale = 1;     ///< set by a test: multiplies the UVs that the call returns
+    std::vector<float> uvs; ///< returned by the call, u and v per vertex, after the scaling
+    FLOAT stretch_out = -1;
+    UINT charts_out = 0;
 };
+
+/// The window that the product passed to create_device last.
+extern void* device_window;
 
 /// The record of the last call; assign AtlasCall() to clear it.
 AtlasCall& atlas_call();

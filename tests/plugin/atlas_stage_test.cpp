@@ -1,4 +1,5 @@
 #include "faultpoint/faultpoint.h"
+#include "host/ui/panels.h"
 #include "platform/d3dx9/inspect.h"
 #include "plugin/atlas_stage.h"
 #include "tests/corelib/math/math_fixture.h"
@@ -6,6 +7,7 @@
 #include "tests/plugin/collected.h"
 #include "tests/plugin/malloc_watch.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
 #include <utility>
@@ -82,6 +84,51 @@ TEST_F(GenerateAtlas, LeavesChartCountAndStretchInTheSettings) {
     EXPECT_GE(settings_.stretch_result, 0.0);
     EXPECT_LE(settings_.stretch_result, settings_.stretch);
 }
+
+TEST_F(GenerateAtlas, ResultsAreThoseOfTheAtlasCall) {
+    settings_.stretch = 0.5;
+    start(fixtures::hills(6, 3));
+    ASSERT_TRUE(generate());
+    EXPECT_GT(atlas_call().stretch_out, 0.0f);
+    EXPECT_EQ(settings_.stretch_result, static_cast<double>(atlas_call().stretch_out));
+    EXPECT_EQ(settings_.charts_result, static_cast<int32_t>(atlas_call().charts_out));
+}
+
+TEST_F(GenerateAtlas, MakesTheDeviceForTheMainWindow) {
+    void* const before = host::main_window();
+    int window = 0;
+    host::set_main_window(&window);
+    start(fixtures::cube());
+    EXPECT_TRUE(generate());
+    host::set_main_window(before);
+    EXPECT_EQ(device_window, &window);
+}
+
+class GenerateAtlasAdjusts : public GenerateAtlas, public testing::WithParamInterface<float> {};
+
+// A call that returns coordinates beyond 1 has them fitted first; the aspect is corrected always.
+TEST_P(GenerateAtlasAdjusts, CoordinatesToATextureThatIsNotSquare) {
+    settings_.tex_width = 1024;
+    settings_.tex_height = 256;
+    settings_.padding = 8;
+    start(fixtures::ring(8, 6));
+    atlas_call().uv_scale = GetParam();
+    ASSERT_TRUE(generate());
+    const std::vector<float>& raw = atlas_call().uvs;
+    ASSERT_EQ(raw.size(), 2 * vertices_.count());
+    const bool beyond = *std::max_element(raw.begin(), raw.end()) > 1.0f;
+    EXPECT_EQ(beyond, GetParam() > 1.0f);
+    const float fit = beyond ? 256.0f / 1024.0f : 1.0f;
+    const float gutter = 8.0f / 1024.0f;
+    const float keep = 1.0f - gutter * 4.0f;
+    for (uint32_t i = 0; i < vertices_.count(); ++i) {
+        const Vertex vertex = vertices_.get(i);
+        ASSERT_NEAR(vertex.u, raw[2 * i] * fit * keep + gutter / 2, 1e-6);
+        ASSERT_NEAR(vertex.v, raw[2 * i + 1] * fit * 4.0f * keep + gutter / 2, 1e-6);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Scales, GenerateAtlasAdjusts, testing::Values(1.0f, 4.0f));
 
 TEST_F(GenerateAtlas, HandsTheSettingsToTheAtlasCall) {
     settings_.stretch = 0.25;
@@ -166,13 +213,15 @@ TEST_F(GenerateAtlas, OpensTheAdjacencyAtCutEdges) {
         EXPECT_EQ(atlas_call().adjacency[i] == k_none, real[i] == k_none);
 }
 
+// A triangle of false edges only has three chains; the repair joins them by making edges real.
 TEST_F(GenerateAtlas, RepairsACopyOfTheFalseEdges) {
-    const fixtures::Mesh holed = fixtures::polygon_with_repeated_vertices();
-    start(holed);
-    const Words before = input_->real_edges();
+    start(fixtures::triangle());
+    input_->data.real_edges.clear();
+    for (int i = 0; i < 3; ++i)
+        input_->data.real_edges.append(0);
     generate();
-    EXPECT_EQ(input_->real_edges(), before);
-    EXPECT_EQ(input_->cut_edges(), Words(before.size(), 0));
+    EXPECT_EQ(atlas_call().false_edges, (Words{k_none, k_none, k_none}));
+    EXPECT_EQ(input_->real_edges(), (Words{0, 0, 0}));
 }
 
 TEST_F(GenerateAtlas, ReleasesEverythingButTheRemapBuffer) {

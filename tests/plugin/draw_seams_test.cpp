@@ -149,6 +149,12 @@ TEST_F(DrawSeams, IgnoresAnOddLastVertex) {
     EXPECT_EQ(count(draw(top), k_blue), 360u);
 }
 
+TEST_F(DrawSeams, SkipsSeamsOfVerticesThatTheMeshDoesNotHave) {
+    set(data.new_seams, {100000, 3, 3, 5, -1, 0, 4, 100000});
+    ASSERT_TRUE(attach_viewport_callbacks(data));
+    EXPECT_EQ(count(draw(top), k_blue), 360u);
+}
+
 TEST_F(DrawSeams, HidesSeamsBehindTheSurface) {
     set(data.new_seams, {3, 5});
     ASSERT_TRUE(attach_viewport_callbacks(data));

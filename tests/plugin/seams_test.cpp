@@ -6,6 +6,7 @@
 #include <maya/MFnMesh.h>
 #include <maya/MItMeshEdge.h>
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace {
@@ -56,6 +57,23 @@ TEST(FindSeamEdges, EdgeWithDifferentUvsAtOneEndIsASeam) {
     layout.ids[1][3] = static_cast<int>(layout.uvs.size()) - 1; // vertex 2 in the second face
     MObject mesh = make_host_mesh(fold, layout);
     EXPECT_EQ(ends_of(mesh, seams_of(mesh)), (std::vector<std::pair<int, int>>{{1, 2}}));
+}
+
+// Face 0 passes vertex 0 twice, with a UV each; face 1 shares the edge from 0 to 1 with it.
+TEST(FindSeamEdges, FirstUvCountsWhereAFaceHasTwoAtAVertex) {
+    const Mesh mesh = {"repeated_vertex",
+                       {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {-1, 1, 0}, {-1, 0, 0}, {0, -1, 0}},
+                       {{0, 1, 2, 0, 3, 4}, {1, 0, 5}}};
+    for (const int shared : {0, 3}) {
+        fixtures::UvLayout layout;
+        for (int uv = 0; uv < 7; ++uv)
+            layout.uvs.push_back({uv / 8.0f, 0.5f});
+        layout.ids = {{0, 1, 2, 3, 4, 5}, {1, shared, 6}};
+        MObject host_mesh = make_host_mesh(mesh, layout);
+        const std::vector<std::pair<int, int>> seams = ends_of(host_mesh, seams_of(host_mesh));
+        const bool is_seam = std::count(seams.begin(), seams.end(), std::pair(0, 1)) > 0;
+        EXPECT_EQ(is_seam, shared != 0) << shared;
+    }
 }
 
 TEST(FindSeamEdges, EqualCoordinatesUnderTwoIdsAreASeam) {

@@ -1,6 +1,10 @@
 // Unwraps a mesh on each of the plug-in's three paths, with and without vertex tweaks, with undo
 // and redo.
+#include "host/base/strictness.h"
 #include "tests/plugin_in_host/plugin_fixture.h"
+
+#include <functional>
+#include <utility>
 
 namespace host::graph::testing {
 
@@ -12,20 +16,47 @@ enum class Tweaks { none, plain, fed, feeding };
 struct Case {
     History history;
     Tweaks tweaks;
+    bool strict;
 };
 
 std::string case_name(const ::testing::TestParamInfo<Case>& info) {
     static const char* const k_histories[] = {"WithHistory", "Recorded", "Direct"};
     static const char* const k_tweaks[] = {"NoTweaks", "Tweaks", "FedTweaks", "FeedingTweaks"};
     return std::string(k_histories[static_cast<int>(info.param.history)]) +
-           k_tweaks[static_cast<int>(info.param.tweaks)];
+           k_tweaks[static_cast<int>(info.param.tweaks)] +
+           (info.param.strict ? "InAStrictHost" : "");
 }
+
+std::vector<Case> all_cases() {
+    std::vector<Case> cases;
+    for (const bool strict : {false, true})
+        for (const History history : {History::with_history, History::recorded, History::direct})
+            for (const Tweaks tweaks : {Tweaks::none, Tweaks::plain, Tweaks::fed, Tweaks::feeding})
+                cases.push_back({history, tweaks, strict});
+    return cases;
+}
+
+/// Calls a function before every "dgeval" of the command.
+class DgevalWatch : public SmallScript {
+public:
+    explicit DgevalWatch(std::function<void()> call) : call_(std::move(call)) {}
+    MStatus execute(const std::string& text, bool display, bool undoable,
+                    CommandResult& result) override {
+        if (text.rfind("dgeval", 0) == 0)
+            call_();
+        return SmallScript::execute(text, display, undoable, result);
+    }
+
+private:
+    std::function<void()> call_;
+};
 
 } // namespace
 
 class HistoryTest : public PluginTest, public ::testing::WithParamInterface<Case> {
 protected:
-    HistoryTest() {
+    HistoryTest() : was_strict_(is_strict()) {
+        set_strict(GetParam().strict);
         scene.records_history = GetParam().history == History::recorded;
         shape_ = GetParam().history == History::with_history ? &add_cube_with_history()
                                                              : &add_cube("box");
@@ -72,6 +103,9 @@ protected:
         return values;
     }
 
+    ~HistoryTest() override { set_strict(was_strict_); }
+
+    bool was_strict_;
     MeshNode* shape_;
     Node* driver_;
 };
@@ -99,17 +133,34 @@ TEST_P(HistoryTest, UndoBeforeTheFirstEvaluationRestoresTheMesh) {
     EXPECT_EQ(shown(*shape_), before);
 }
 
-TEST_P(HistoryTest, UndoAndRedoCanBeRepeated) {
+TEST_P(HistoryTest, UndoAndRedoTenTimesGiveTheSameMeshesAndNodes) {
     const std::string before = shown(*shape_);
     const std::string expected = unwrapped_copy();
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     shown(*shape_);
-    for (int round = 0; round < 2; ++round) {
+    const size_t nodes = scene.nodes().size();
+    for (int round = 0; round < 10; ++round) {
         EXPECT_EQ(undo.undo(), MS::kSuccess);
         EXPECT_EQ(shown(*shape_), before);
         EXPECT_EQ(undo.redo(), MS::kSuccess);
         EXPECT_EQ(shown(*shape_), expected);
+        EXPECT_EQ(scene.nodes().size(), nodes);
     }
+}
+
+TEST_P(HistoryTest, UndoRestoresTheMeshDataBeforeTheTweaks) {
+    if (GetParam().history != History::recorded || GetParam().tweaks == Tweaks::none)
+        return;
+    ASSERT_EQ(run("tessora"), MS::kSuccess);
+    shown(*shape_);
+    int evaluations = 0;
+    DgevalWatch watch([&] {
+        ++evaluations;
+        EXPECT_EQ(plug(*shape_, "pnts[2].pnty").value.number(), 0.0);
+    });
+    EXPECT_EQ(undo.undo(), MS::kSuccess);
+    EXPECT_EQ(evaluations, 1);
+    EXPECT_EQ(plug(*shape_, "pnts[2].pnty").value.number(), -0.5);
 }
 
 TEST_P(HistoryTest, UndoRemovesAllNodesThatTheCommandMade) {
@@ -145,15 +196,6 @@ TEST_P(HistoryTest, ConnectionsOfTweaksMoveToTheTweakNodeAndBack) {
     EXPECT_TRUE(is_at_shape());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Unwrap, HistoryTest,
-    ::testing::Values(
-        Case{History::with_history, Tweaks::none}, Case{History::with_history, Tweaks::plain},
-        Case{History::with_history, Tweaks::fed}, Case{History::with_history, Tweaks::feeding},
-        Case{History::recorded, Tweaks::none}, Case{History::recorded, Tweaks::plain},
-        Case{History::recorded, Tweaks::fed}, Case{History::recorded, Tweaks::feeding},
-        Case{History::direct, Tweaks::none}, Case{History::direct, Tweaks::plain},
-        Case{History::direct, Tweaks::fed}, Case{History::direct, Tweaks::feeding}),
-    case_name);
+INSTANTIATE_TEST_SUITE_P(Unwrap, HistoryTest, ::testing::ValuesIn(all_cases()), case_name);
 
 } // namespace host::graph::testing

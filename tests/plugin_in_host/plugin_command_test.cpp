@@ -3,6 +3,7 @@
 
 #include <maya/MSyntax.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 
@@ -194,6 +195,12 @@ TEST_F(PluginCommandTest, ZeroTweaksCountAsNoTweaks) {
 
 // === Attribute writes ========================================================================
 
+TEST_F(PluginCommandTest, NanTweaksCountAsNone) {
+    set(shape_, "pnts[3].pntx", std::nan(""));
+    ASSERT_EQ(run("tessora"), MS::kSuccess);
+    EXPECT_EQ(scene.find("polyTweak1"), nullptr);
+}
+
 TEST_F(PluginCommandTest, EveryAttributeIsWritten) {
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     for (const auto& write : k_constant_writes)
@@ -346,7 +353,8 @@ TEST_F(PluginCommandTest, UserInterfaceProceduresRunOnlyInInteractiveMode) {
     EXPECT_TRUE(script.called.empty());
     Plugins::current().mode = AppMode::interactive;
     EXPECT_EQ(load(), MS::kSuccess); // a missing procedure does not fail the load
-    EXPECT_EQ(script.called, std::vector<std::string>{"tessoraCreateUI"});
+    // Before, a statement that fills the Modify menu.
+    EXPECT_EQ(script.called, (std::vector<std::string>{"if", "tessoraCreateUI"}));
     ASSERT_EQ(Plugins::current().unload("tessora", false, error), MS::kSuccess);
     EXPECT_EQ(script.called.back(), "tessoraDeleteUI");
     Plugins::current().mode = AppMode::batch;

@@ -1,4 +1,5 @@
 // The plug-in's node: attributes, compute, published results, seams in the panels.
+#include "host/base/strictness.h"
 #include "tests/plugin_in_host/plugin_fixture.h"
 
 #include <maya/MFnMesh.h>
@@ -284,6 +285,70 @@ TEST_F(PluginNodeTest, UnwrappingTwiceLeavesOneCallbackPerPanel) {
         EXPECT_EQ(Callbacks::current().of_panel(panel).size(), 1u);
 }
 
+TEST_F(PluginNodeTest, ResultsAndMeshPathDoNotMakeTheNodeUnwrapAgain) {
+    Node& node = unwrapped();
+    shown(*shape_);
+    // Written past the graph, so that the output stays clean and a further unwrap would not be
+    // skipped.
+    plug(node, "Skip_compute").value = PlugValue::of_double(0);
+    unwraps();
+    set(node, "Charts_result", 7);
+    set(node, "Stretch_result", 0.5);
+    EXPECT_EQ(set_value(plug(node, "Mesh_path"), PlugValue::of_text("|elsewhere")), MS::kSuccess);
+    shown(*shape_);
+    EXPECT_EQ(unwraps(), 0u);
+    set(node, "Padding", 3);
+    shown(*shape_);
+    EXPECT_EQ(unwraps(), 1u);
+}
+
+TEST_F(PluginNodeTest, AMeshPathThatResolvesToNothingKeepsTheOldOne) {
+    Node& node = unwrapped();
+    shown(*shape_);
+    EXPECT_EQ(set_value(plug(node, "Mesh_path"), PlugValue::of_text("|no|where")), MS::kSuccess);
+    set(node, "Skip_compute", 0);
+    shown(*shape_);
+    EXPECT_EQ(callbacks_attached(), 4u);
+    Callbacks::current().fire_post_render("modelPanel1");
+    EXPECT_EQ(callbacks_attached(), 4u);
+}
+
+TEST_F(PluginNodeTest, AFailingUnwrapLeavesTheCallbacksAttached) {
+    Node& node = unwrapped();
+    shown(*shape_);
+    EXPECT_EQ(callbacks_attached(), 4u);
+    set(node, "Skip_compute", 0);
+    faultpoint::Scope scope("MFnMesh::clearUVs", MS::kLicenseFailure);
+    errors_of([&] { EXPECT_FALSE(pull_mesh(node)); });
+    EXPECT_EQ(callbacks_attached(), 4u);
+}
+
+TEST_F(PluginNodeTest, DestroyingTheNodeRemovesItsCallbacks) {
+    const bool was_strict = is_strict();
+    set_strict(true); // the pre-removal callback is then not called by undo
+    unwrapped();
+    shown(*shape_);
+    undo.undo();
+    EXPECT_EQ(callbacks_attached(), 4u);
+    undo.clear();
+    EXPECT_EQ(callbacks_attached(), 0u);
+    set_strict(was_strict);
+}
+
+TEST_F(PluginNodeTest, ForcedUnloadingLeavesNoCallbackOnTheNode) {
+    const bool was_strict = is_strict();
+    set_strict(true); // which reports calls into unloaded code
+    Node& node = unwrapped();
+    shown(*shape_);
+    ASSERT_EQ(Plugins::current().unload("tessora", true, error), MS::kSuccess) << error;
+    EXPECT_TRUE(Callbacks::current().of_node(node).empty());
+    EXPECT_EQ(callbacks_attached(), 0u);
+    script.lines.clear();
+    scene.remove(node);
+    EXPECT_TRUE(script.lines.empty());
+    set_strict(was_strict);
+}
+
 TEST_F(PluginNodeTest, DeletingTheNodeRemovesItsCallbacks) {
     Node& node = unwrapped();
     shown(*shape_);
@@ -292,10 +357,11 @@ TEST_F(PluginNodeTest, DeletingTheNodeRemovesItsCallbacks) {
     EXPECT_EQ(callbacks_attached(), 0u);
 }
 
-TEST_F(PluginNodeTest, UndoingTheCommandRemovesTheCallbacks) {
+TEST_F(PluginNodeTest, UndoingTheCommandRemovesTheCallbacksByTheNextRedraw) {
     unwrapped();
     shown(*shape_);
     undo.undo();
+    Callbacks::current().fire_post_render("modelPanel1");
     EXPECT_EQ(callbacks_attached(), 0u);
 }
 

@@ -1,4 +1,5 @@
 // Loading and unloading while the scene contains unwraps.
+#include "host/base/strictness.h"
 #include "host/graph/command_registry.h"
 #include "host/ui/menus.h"
 #include "tests/plugin_in_host/fixture.h"
@@ -28,6 +29,24 @@ TEST_F(InHostRegistrationTest, ForcedUnloadingRemovesTheCallbacksOfExistingNodes
     Callbacks::current().fire_post_render("modelPanel1");
     EXPECT_TRUE(run("delete tessora_node1"))
         << last_error; // must not call into the unloaded library
+}
+
+TEST_F(InHostRegistrationTest, TheModifyMenuKeepsItsOwnItemsBesideThePluginsOne) {
+    const bool was_strict = host::is_strict();
+    host::set_strict(true); // the menu is then filled on first opening, if it is empty
+    ASSERT_TRUE(run("unloadPlugin tessora")) << last_error;
+    host::MenuTree& menus = host::MenuTree::current();
+    ASSERT_TRUE(menus.items("mainModifyMenu").empty());
+    Plugins::current().mode = host::graph::AppMode::interactive;
+    EXPECT_TRUE(run("loadPlugin tessora")) << last_error;
+    Plugins::current().mode = host::graph::AppMode::batch;
+    menus.open("mainModifyMenu");
+    std::vector<std::string> labels;
+    for (const host::MenuItem& item : menus.items("mainModifyMenu"))
+        labels.push_back(item.label);
+    EXPECT_EQ(labels, (std::vector<std::string>{"Reset Transformations", "Tessora"}));
+    menus.remove(menus.items("mainModifyMenu").front().name);
+    host::set_strict(was_strict);
 }
 
 TEST_F(InHostRegistrationTest, ForcedUnloadingClearsTheUndoQueue) {
