@@ -29,6 +29,7 @@ void MessageListener::print(const std::string& line) {
     if (line.empty())
         return;
     last_ = line;
+    ran_out_of_memory_ |= line.find(k_memory_words) != line.npos;
     say(last_);
 }
 

@@ -8,6 +8,9 @@
 
 namespace app {
 
+/// Part of every message of the plug-in about memory, with a capital letter or without.
+constexpr const char* k_memory_words = "ut of memory";
+
 /// While it lives, prints message boxes and writes to std::cerr as lines of the program's own, so
 /// that a box does not wait for a click and no line runs into the progress bar. Keeps the last
 /// line.
@@ -20,6 +23,9 @@ public:
 
     bool show(const char* caption, const char* text) override;
 
+    /// True if a captured line says that memory ran out. The host's interface has no status for it
+    /// on this way, so the plug-in's messages decide; all of them contain these words.
+    bool ran_out_of_memory() const { return ran_out_of_memory_; }
     /// The last line captured, or "".
     const std::string& last() const { return last_; }
 
@@ -29,6 +35,7 @@ private:
     LineBuffer lines_;
     std::streambuf* error_stream_; ///< std::cerr's own buffer, restored at the end
     std::string last_;
+    bool ran_out_of_memory_ = false;
 };
 
 } // namespace app

@@ -127,9 +127,9 @@ bool take_uvs(const host::Mesh& mesh, const std::string& set_name, host::ObjUvs&
     return true;
 }
 
-void fail(const std::string& message, UnwrapOutcome& outcome) {
+void fail(const std::string& message, bool out_of_memory, UnwrapOutcome& outcome) {
     const bool atlas_failed = last_atlas_result() < 0;
-    outcome.out_of_memory = atlas_ran_out_of_memory();
+    outcome.out_of_memory = out_of_memory || atlas_ran_out_of_memory();
     outcome.reason = atlas_failed ? last_atlas_reason() : message;
     if (outcome.reason.empty())
         outcome.reason = "the mesh could not be unwrapped";
@@ -197,14 +197,15 @@ void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
     MeshScene scene;
     scene.import(mesh);
     if (!host::script::Session::current().run(command_text(settings), "unwrap", false).ok)
-        return fail(messages.last().empty() ? talk.last() : messages.last(), outcome);
+        return fail(messages.last().empty() ? talk.last() : messages.last(),
+                    messages.ran_out_of_memory(), outcome);
     MStatus status;
     const host::Mesh* unwrapped = scene.pull(status);
     if (!status || !unwrapped)
-        return fail(messages.last(), outcome);
+        return fail(messages.last(), messages.ran_out_of_memory(), outcome);
     outcome.good = take_uvs(*unwrapped, settings.mapchannel, outcome.uvs);
     if (!outcome.good)
-        return fail("the mesh has no UV set " + settings.mapchannel, outcome);
+        return fail("the mesh has no UV set " + settings.mapchannel, false, outcome);
     outcome.result.charts = static_cast<int>(scene.result("Charts_result"));
     outcome.result.stretch = scene.result("Stretch_result");
     outcome.result.over_limit = polygons_of(triangles_over_limit(), imported);

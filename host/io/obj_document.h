@@ -33,9 +33,10 @@ struct ObjDocument {
     std::string name;             ///< file name for messages
     std::string text;             ///< the file's bytes
     std::vector<float> positions; ///< 3 per vertex, object space
-    /// The positions divided by `unit`, a power of ten that scales the largest coordinate to
-    /// between 1 and 10. Rounded to single precision after the division, so that a mesh in metres
-    /// and the same mesh in millimetres give equal values.
+    /// The positions, with the mesh's box centred on the origin if the mesh is far from it for its
+    /// size (obj_scale.h), divided by `unit`, a power of ten that scales the largest coordinate to
+    /// between 1 and 10. Rounded to single precision after that, so that a mesh in metres and the
+    /// same mesh in millimetres give equal values.
     std::vector<float> unit_positions;
     double unit = 1.0;
     std::vector<float> texture_coords;  ///< 2 per `vt` line; v is 0 if the line has only u

@@ -2,6 +2,7 @@
 
 #include "host/io/obj_lexer.h"
 #include "host/io/obj_number.h"
+#include "host/io/obj_scale.h"
 
 #include <algorithm>
 #include <cmath>
@@ -51,7 +52,7 @@ private:
     bool index(std::string_view word, std::string_view whole, const char* what, uint64_t count,
                uint64_t& id);
     bool check_indices();
-    void find_unit();
+    void fit_positions();
     bool check_present();
     bool find_fault(uint64_t polygon);
     void finish_warnings();
@@ -74,7 +75,7 @@ private:
     std::vector<double> exact_; // positions in double precision
     bool seen_face_ = false;
     bool insert_after_ = false; // new `vt` lines go after the current statement
-    Tally small_faces_, bad_textures_, bad_normals_;
+    Tally small_faces_, bad_textures_, bad_normals_, coarse_faces_;
 };
 
 bool Parser::run() {
@@ -95,7 +96,7 @@ bool Parser::run() {
     }
     if (!check_present() || !check_indices())
         return false;
-    find_unit();
+    fit_positions();
     finish_warnings();
     return true;
 }
@@ -253,21 +254,19 @@ bool Parser::face() {
     return true;
 }
 
-void Parser::find_unit() {
-    double largest = 0.0;
-    for (const double x : exact_)
-        largest = std::max(largest, std::fabs(x));
-    // Powers of ten up to 1e22 are exact, so that the division rounds only once, as if the decimal
-    // point in the file had been moved.
-    double over = 1.0, under = 1.0;
-    while (largest > 0.0 && largest / over >= 10.0 && over < 1e22)
-        over *= 10.0;
-    while (largest > 0.0 && largest * under < 1.0 && under < 1e22)
-        under *= 10.0;
-    doc_.unit = over / under;
-    doc_.unit_positions.reserve(exact_.size());
-    for (const double x : exact_)
-        doc_.unit_positions.push_back(static_cast<float>(over > 1.0 ? x / over : x * under));
+void Parser::fit_positions() {
+    const CoarsePolygons coarse = fit_to_single_precision(exact_, doc_);
+    if (coarse.count == 0)
+        return;
+    uint64_t polygon = 0;
+    for (const ObjStatement& statement : doc_.statements)
+        if (statement.kind == ObjStatement::polygon && polygon++ == coarse.first) {
+            coarse_faces_.add(statement.offset,
+                              "face is so small that single precision distorts it beside the size "
+                              "of the whole mesh; such faces may be cut apart or lost");
+            break;
+        }
+    coarse_faces_.count = coarse.count;
 }
 
 bool Parser::check_present() {
@@ -330,7 +329,7 @@ bool Parser::check_indices() {
 void Parser::finish_warnings() {
     if (bad_normals_.count == 0 && highest_normal_ > normals_)
         bad_normals_.add(highest_normal_at_, "face uses a normal that the file does not have");
-    for (const Tally* tally : {&small_faces_, &bad_textures_, &bad_normals_})
+    for (const Tally* tally : {&small_faces_, &bad_textures_, &bad_normals_, &coarse_faces_})
         if (tally->count) {
             const std::string more =
                 tally->count > 1 ? " (" + std::to_string(tally->count) + " in all)" : "";

@@ -185,6 +185,26 @@ TEST_F(ProgramFailure, RunningOutOfMemoryReturnsTheLimitCode) {
 }
 #endif
 
+#if !defined(__SANITIZE_ADDRESS__) // the sanitizer has an allocator of its own
+TEST_F(ProgramFailure, RunningOutOfMemoryInThePluginReturnsTheLimitCode) {
+    const int triangles = 800; // of the dome
+    ::setenv("LD_PRELOAD", TESSORA_FAILING_MALLOC, 1);
+    ::setenv("TESSORA_FAIL_SIZE", std::to_string(4 * 4 * 3 * triangles).c_str(), 1);
+    std::string messages;
+    for (const char* call : {"1", "2", "3", "4"}) {
+        ::setenv("TESSORA_FAIL_CALL", call, 1);
+        const Ended ended = run({"unwrap", dir.put("dome.obj", dome(20))});
+        messages += ended.err;
+        const bool said = ended.err.find("ut of memory") != std::string::npos;
+        EXPECT_EQ(said ? 4 : 0, ended.code) << ended.err;
+    }
+    for (const char* name : {"LD_PRELOAD", "TESSORA_FAIL_SIZE", "TESSORA_FAIL_CALL"})
+        ::unsetenv(name);
+    EXPECT_NE(std::string::npos, messages.find("Out of memory, can not generate false edges"))
+        << messages;
+}
+#endif
+
 TEST_F(ProgramFailure, TooManyChartsForTheTextureIsAnUnwrapError) {
     const std::string reason = expect_refused(
         cube_grid(4), 5, {"--keep_seams", "--width", "8", "--height", "8", "--padding", "32"});

@@ -193,6 +193,29 @@ TEST_F(Program, ScalingTheMeshDoesNotChangeTheUvs) {
     EXPECT_EQ(expected, uvs(0.001));
 }
 
+TEST_F(Program, FineMeshFarFromTheOriginKeepsItsLinesAndGetsFewCharts) {
+    std::string text;
+    char line[80];
+    for (int i = 0; i <= 20; ++i)
+        for (int j = 0; j <= 20; ++j) {
+            std::snprintf(line, sizeof line, "v %.4f %.4f %.4f\n", 1e6 + 1e-3 * i, 1e6 + 1e-3 * j,
+                          -1e6 + 1e-4 * (i % 2));
+            text += line;
+        }
+    for (int i = 0; i < 20; ++i)
+        for (int j = 0; j < 20; ++j) {
+            const int a = 21 * i + j + 1;
+            std::snprintf(line, sizeof line, "f %d %d %d %d\n", a, a + 21, a + 22, a + 1);
+            text += line;
+        }
+    const Ended ended = unwrap("far.obj", text);
+    ASSERT_EQ(0, ended.code) << ended.err;
+    EXPECT_EQ(without_texture(text), without_texture(dir.get("far_uv.obj")));
+    EXPECT_LT(report("far.obj")["charts"].get<int>(), 10);
+    EXPECT_GT(report("far.obj")["measures"]["coverage"].get<double>(), 0.5);
+    EXPECT_EQ(std::string::npos, ended.err.find("single precision")) << ended.err;
+}
+
 TEST_F(Program, OldUvsHaveNoEffectUnlessSeamsAreKept) {
     EXPECT_EQ(result(k_cube), result(k_cube_with_uvs));
 }

@@ -186,6 +186,30 @@ TEST(ObjReader, UnitPositionsDoNotDependOnTheUnitOfTheMesh) {
     EXPECT_EQ(0.001, miles.unit);
 }
 
+TEST(ObjReader, MeshFarFromTheOriginIsCentredBeforeItIsNarrowed) {
+    const ObjDocument d = read("v 1000000.001 0 5\nv 1000000.003 0 5\nv 1000000.001 .002 5\n"
+                               "v 0 0 0\nf 1 2 3\n"); // the last vertex is unused
+    EXPECT_NEAR(0.002, d.unit * (d.unit_positions[3] - d.unit_positions[0]), 1e-9);
+    EXPECT_NEAR(0.002, d.unit * (d.unit_positions[7] - d.unit_positions[1]), 1e-9);
+    EXPECT_EQ(1000000.0f, d.positions[0]); // the file's own positions are not moved
+}
+
+TEST(ObjReader, MeshNearTheOriginIsNotMoved) {
+    const ObjDocument d = read("v 7 0 0\nv 8 0 0\nv 8 1 0\nf 1 2 3\n");
+    EXPECT_EQ(d.positions, d.unit_positions);
+}
+
+TEST(ObjReader, FacesTooSmallForSinglePrecisionAreWarnedOf) {
+    const std::string large = "v 0 0 0\nv 1e6 0 0\nv 0 1e6 0\nf 1 2 3\n";
+    const ObjDocument d = read(large + "v 9e5 0 0\nv 900000.001 0 0\nv 9e5 .001 0\nf 4 5 6\n"
+                                       "f 6 5 4\nf 4 5 2\n");
+    ASSERT_EQ(1u, d.warnings.size());
+    EXPECT_EQ(0u, d.warnings[0].find("m.obj:8: face is so small that single precision distorts it"))
+        << d.warnings[0];
+    EXPECT_NE(std::string::npos, d.warnings[0].find("(2 in all)")) << d.warnings[0];
+    EXPECT_TRUE(read(large).warnings.empty());
+}
+
 TEST(ObjReader, UnitPositionsOfATinyMeshDoNotUnderflow) {
     const ObjDocument d = read("v 1.25e-43 0 0\nv 0 2.5e-43 0\nv 0 0 0\nf 1 2 3\n");
     EXPECT_FLOAT_EQ(0.5f * d.unit_positions[4], d.unit_positions[0]);
