@@ -176,6 +176,7 @@ class Builder:
         self.tree = ROOT / "build/mutants/tree"
         self.build = ROOT / "build/mutants/build"
         self.jobs = arguments.jobs
+        self.chosen = arguments.tests
         self.update_tree()
         if not (self.build / "build.ninja").exists():
             # Mutants leave things unused: no warnings.
@@ -219,6 +220,9 @@ class Builder:
         subprocess.run(["objcopy", "--strip-debug", file, code], check=True)
         return hashlib.sha256(code.read_bytes()).hexdigest()
 
+    def tests_of(self, folder):
+        return [test for test in TESTS[folder] if not self.chosen or test in self.chosen]
+
     def run(self, test):
         """True if the test passes."""
         if test.startswith("script:"):
@@ -244,7 +248,7 @@ def judge(builder, mutant):
     """What became of a mutant: "invalid", "caught by TEST" or "survived"."""
     file = builder.tree / mutant.path
     original = file.read_text()
-    tests = TESTS[folder_of(mutant.path)]
+    tests = builder.tests_of(folder_of(mutant.path))
     try:
         before = builder.digest(mutant.path)
         file.write_text(mutant.apply(original))
@@ -262,7 +266,7 @@ def judge(builder, mutant):
 
 def check_clean(builder, folders):
     """Ends the program if a test fails without any mutant."""
-    tests = list(dict.fromkeys(test for folder in folders for test in TESTS[folder]))
+    tests = list(dict.fromkeys(test for folder in folders for test in builder.tests_of(folder)))
     done = builder.make([target for test in tests for target in targets_of(test)])
     if done.returncode != 0:
         sys.exit("mutants: the tree does not build:\n" + done.stdout[-3000:])
@@ -317,6 +321,7 @@ def main():
     parser.add_argument("--count", type=int, default=100, help="mutants to judge")
     parser.add_argument("--skip", type=int, default=0, help="drawn mutants to leave out, to go on after a run")
     parser.add_argument("--folder", action="append", choices=FOLDERS, help="may be given several times")
+    parser.add_argument("--tests", action="append", help="run only this program or script:SUITE; several times")
     parser.add_argument("--listed", action="store_true")
     parser.add_argument("--dry-run", action="store_true")
     parser.add_argument("--jobs", type=int, default=2, help="compile jobs")
