@@ -206,6 +206,12 @@ std::vector<SelectionItem> Scene::find_all(std::string_view text) const {
 }
 
 Node* Scene::find(std::string_view name_or_path) const {
+    // A plain name that one node has needs no paths.
+    if (name_or_path.find_first_of("|:") == std::string_view::npos) {
+        const std::vector<Node*>& holders = named(std::string(name_or_path));
+        if (holders.size() == 1)
+            return holders.front();
+    }
     const std::vector<SelectionItem> found = find_all(name_or_path);
     if (found.empty())
         return nullptr;
@@ -215,11 +221,20 @@ Node* Scene::find(std::string_view name_or_path) const {
     return found.front().node.get();
 }
 
+bool Scene::has_one_path(const DagNode& node) const {
+    return extra_parents_ == 0 || node.path_count() == 1;
+}
+
+std::string Scene::partial_name(const DagNode& node) const {
+    const bool is_unique = named(node.name_text()).size() == 1 && has_one_path(node);
+    return is_unique ? node.name_text() : partial_name(node.path());
+}
+
 std::string Scene::partial_name(const DagPath& path) const {
     if (path.empty())
         return "";
     const std::vector<Node*>& holders = named(path.back()->name_text());
-    if (holders.size() == 1 && path.back()->path_count() == 1)
+    if (holders.size() == 1 && has_one_path(*path.back()))
         return path.back()->name_text();
     // The name must reach above all names that another path ends with as well.
     size_t shared = 0;

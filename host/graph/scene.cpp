@@ -126,10 +126,12 @@ void Scene::attach(DagNode& node, DagNode* parent, size_t index, size_t rank) {
     std::vector<DagNode*>& siblings = parent == nullptr ? top_level_ : parent->children_;
     index = std::min(index, siblings.size());
     siblings.insert(siblings.begin() + static_cast<std::ptrdiff_t>(index), &node);
-    if (parent != nullptr)
-        node.parents_.insert(node.parents_.begin() +
-                                 static_cast<std::ptrdiff_t>(std::min(rank, node.parents_.size())),
-                             parent);
+    if (parent == nullptr)
+        return;
+    extra_parents_ += node.parents_.empty() ? 0 : 1;
+    node.parents_.insert(node.parents_.begin() +
+                             static_cast<std::ptrdiff_t>(std::min(rank, node.parents_.size())),
+                         parent);
 }
 
 void Scene::detach(DagNode& node, DagNode* parent) {
@@ -137,8 +139,10 @@ void Scene::detach(DagNode& node, DagNode* parent) {
     const auto at = std::find(siblings.begin(), siblings.end(), &node);
     if (at != siblings.end())
         siblings.erase(at);
-    if (parent != nullptr)
-        node.parents_.erase(std::find(node.parents_.begin(), node.parents_.end(), parent));
+    if (parent == nullptr)
+        return;
+    node.parents_.erase(std::find(node.parents_.begin(), node.parents_.end(), parent));
+    extra_parents_ -= node.parents_.empty() ? 0 : 1;
 }
 
 void Scene::collect_subtree(Node& node, std::vector<Ref<Node>>& nodes) const {

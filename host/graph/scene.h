@@ -98,6 +98,9 @@ public:
     std::vector<SelectionItem> find_all(std::string_view name_or_path) const;
     /// The shortest path that identifies the node uniquely: "shape" or "group|shape".
     std::string partial_name(const DagPath& path) const;
+    /// The same for the path through the node's first parents. Cost: constant if no other node has
+    /// the node's name and the scene has no instances.
+    std::string partial_name(const DagNode& node) const;
 
     // === Connections and hierarchy ===========================================================
     /// Errors: kFailure if the destination is already connected, locked or not writable;
@@ -146,6 +149,7 @@ private:
     void attach(DagNode& node, DagNode* parent, size_t index, size_t rank = SIZE_MAX);
     void detach(DagNode& node, DagNode* parent);
     void unindex(Node& node);
+    bool has_one_path(const DagNode& node) const;
     bool name_is_free(const std::string& name, const Node* of, const DagNode* parent) const;
     void detach_recorded(DagNode& child, DagNode* parent, Removal& removal);
     void break_connections(Node& node, std::vector<BrokenConnection>& broken);
@@ -160,6 +164,8 @@ private:
     mutable std::vector<Ref<Node>> list_; ///< cached contents of `entered_`
     mutable bool list_is_stale_ = true;
     std::vector<DagNode*> top_level_;
+    /// Parents beyond the first, over all nodes; 0 if nothing is instanced.
+    size_t extra_parents_ = 0;
     std::unordered_map<std::string, std::vector<Node*>> by_name_;
     /// Per stem: all numbers below this one are taken, so the search for a free number starts here.
     mutable std::unordered_map<std::string, unsigned int> next_number_;

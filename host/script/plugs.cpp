@@ -169,7 +169,7 @@ std::vector<graph::Slot*> plugs_named(const std::string& name) {
 
 std::string name_of(graph::Node& node) {
     graph::DagNode* dag = node.as_dag_node();
-    return dag ? graph::Scene::current().partial_name(dag->path()) : node.name_text();
+    return dag ? graph::Scene::current().partial_name(*dag) : node.name_text();
 }
 
 std::string full_name_of(graph::Node& node) {
