@@ -6,6 +6,10 @@
 /// Kits from 2016 on ask a node how its evaluation may be scheduled.
 #define KIT_HAS_SCHEDULING (MAYA_API_VERSION >= 201600)
 
+/// Kits from 2012 on know the modern viewport, in which OpenGL 1.x calls draw nothing or raise
+/// errors.
+#define KIT_HAS_MODERN_VIEWPORT (MAYA_API_VERSION >= 201200)
+
 /// Marks the entry points for export. Newer kits define it; with compilers other than GCC and Clang
 /// the build exports them by linker options.
 #ifndef PLUGIN_EXPORT

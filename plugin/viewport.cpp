@@ -6,6 +6,7 @@
 
 #include <maya/M3dView.h>
 #include <maya/MFnMesh.h>
+#include <maya/MGlobal.h>
 #include <maya/MMatrix.h>
 #include <maya/MMessage.h>
 #include <maya/MObjectHandle.h>
@@ -63,6 +64,24 @@ void begin_gl(M3dView& view) { view.beginGL(); }
 void end_gl(M3dView& view) { view.endGL(); }
 KIT_DEPRECATED_END
 
+/// Whether the panel shows the modern viewport, where the overlay cannot draw. Warns the first
+/// time.
+bool is_modern(const M3dView& view) {
+#if KIT_HAS_MODERN_VIEWPORT
+    MStatus status;
+    if (view.getRendererName(&status) != M3dView::kViewport2Renderer || !status)
+        return false;
+    static bool has_warned = false;
+    if (!has_warned)
+        MGlobal::displayWarning("Seams are drawn in panels of the legacy viewport only.");
+    has_warned = true;
+    return true;
+#else
+    (void)view;
+    return false;
+#endif
+}
+
 /// Whether the node was removed from the scene, for example because its creation was undone.
 bool is_removed(const MPxNode* node) {
     return node != nullptr && !MObjectHandle(node->thisMObject()).isValid();
@@ -114,7 +133,7 @@ void draw(const MString& panel, VisualizationData& data) {
         return;
     }
     M3dView view;
-    if (!M3dView::getM3dViewFromModelPanel(panel, view))
+    if (!M3dView::getM3dViewFromModelPanel(panel, view) || is_modern(view))
         return;
     MDagPath camera;
     view.getCamera(camera);

@@ -631,6 +631,15 @@ public:
     static DevkitWindow applicationShell(MStatus* = NULL);
     static MStatus getM3dViewFromModelPanel(const MString&, M3dView&);
     MStatus getCamera(MDagPath&);
+#if DEVKIT_ERA != 2008
+    enum RendererName {
+        kDefaultQualityRenderer,
+        kHighQualityRenderer,
+        kExternalRenderer,
+        kViewport2Renderer
+    };
+    RendererName getRendererName(MStatus* = NULL) const;
+#endif
     DEVKIT_OBSOLETE MStatus beginGL();
     DEVKIT_OBSOLETE MStatus endGL();
 };
