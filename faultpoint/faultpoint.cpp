@@ -21,21 +21,32 @@ std::map<std::string, Setting>& settings() {
     return map;
 }
 
+Monitor g_monitor = nullptr;
+
+void update_count() {
+    armed_count = static_cast<int>(settings().size()) + (g_monitor != nullptr ? 1 : 0);
+}
+
 } // namespace
 
 void arm(const char* name, int code, unsigned nth, unsigned times) {
     settings()[name] = Setting{code, nth == 0 ? 1 : nth, times, 0};
-    armed_count = static_cast<int>(settings().size());
+    update_count();
 }
 
 void disarm(const char* name) {
     settings().erase(name);
-    armed_count = static_cast<int>(settings().size());
+    update_count();
 }
 
 void disarm_all() {
     settings().clear();
-    armed_count = 0;
+    update_count();
+}
+
+void set_monitor(Monitor monitor) {
+    g_monitor = monitor;
+    update_count();
 }
 
 unsigned passes(const char* name) {
@@ -44,6 +55,11 @@ unsigned passes(const char* name) {
 }
 
 int pass(const char* name) {
+    if (g_monitor != nullptr) {
+        const int code = g_monitor(name);
+        if (code != 0 || settings().empty())
+            return code;
+    }
     const auto found = settings().find(name);
     if (found == settings().end())
         return 0;

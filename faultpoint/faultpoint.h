@@ -27,7 +27,7 @@ inline int hit(const char*) { return 0; }
 
 namespace faultpoint {
 
-/// Number of armed points; zero outside tests.
+/// Number of armed points, plus one if there is a monitor; zero outside tests.
 extern TESSORA_FAULTPOINT_API int armed_count;
 
 /// Arms `name`: of the passes from now on, `times` (0 = all) starting with the `nth` (1 = the next)
@@ -40,6 +40,11 @@ TESSORA_FAULTPOINT_API void disarm_all();
 
 /// How often `name` was passed since it was armed (0 if it is not armed).
 TESSORA_FAULTPOINT_API unsigned passes(const char* name);
+
+/// Called at every pass of any point, armed or not; a non-zero result makes the operation fail with
+/// that code. Used to count and sweep all operations that can fail. NULL removes the monitor.
+using Monitor = int (*)(const char* name);
+TESSORA_FAULTPOINT_API void set_monitor(Monitor monitor);
 
 /// The slow part of `hit`: counts a pass and returns the armed code, or 0.
 TESSORA_FAULTPOINT_API int pass(const char* name);

@@ -64,8 +64,10 @@ int MItMeshEdge::index(int endPoint, MStatus* ReturnStatus) const {
     const Mesh* const mesh = begin("MItMeshEdge::index", object_, index_, status);
     if (status && endPoint != 0 && endPoint != 1)
         status = MS::kInvalidParameter;
-    return report(ReturnStatus, status) ? static_cast<int>(end_vertex(*mesh, index_, endPoint))
-                                        : -1;
+    return report(ReturnStatus, status)
+               ? host::pass_wrong_number("MItMeshEdge::index, -1",
+                                         static_cast<int>(end_vertex(*mesh, index_, endPoint)))
+               : -1;
 }
 
 MStatus MItMeshEdge::setIndex(int index, int& prevIndex) {
@@ -104,7 +106,11 @@ int MItMeshEdge::getConnectedFaces(MIntArray& faceList, MStatus* ReturnStatus) c
     if (status)
         status = host::copy_ids(
             mesh->connectivity().edge_polygons(static_cast<std::uint32_t>(index_)), faceList);
-    return report(ReturnStatus, status) ? static_cast<int>(faceList.length()) : 0;
+    if (!report(ReturnStatus, status))
+        return 0;
+    const int count = static_cast<int>(faceList.length());
+    host::pass_short_array("MItMeshEdge::getConnectedFaces, short", faceList);
+    return count;
 }
 
 bool MItMeshEdge::onBoundary(MStatus* ReturnStatus) const {

@@ -56,8 +56,7 @@ inline int current_index(Count count, const char* point, const MObject& object, 
                          MStatus* result) {
     MStatus status;
     begin_at(count, point, object, index, status);
-    report(result, status);
-    return index;
+    return report(result, status) ? index : -1;
 }
 
 inline MStatus move_to_index(Count count, const char* point, const MObject& object, int wanted,

@@ -161,20 +161,28 @@ MStatus MFnMesh::updateSurface() {
 int MFnMesh::numVertices(MStatus* ReturnStatus) const {
     MStatus status;
     const Mesh* const mesh = begin("MFnMesh::numVertices", object_, status);
-    return report(ReturnStatus, status) ? static_cast<int>(mesh->connectivity().vertex_count()) : 0;
+    return report(ReturnStatus, status)
+               ? host::pass_wrong_number("MFnMesh::numVertices, -1",
+                                         static_cast<int>(mesh->connectivity().vertex_count()))
+               : 0;
 }
 
 int MFnMesh::numEdges(MStatus* ReturnStatus) const {
     MStatus status;
     const Mesh* const mesh = begin("MFnMesh::numEdges", object_, status);
-    return report(ReturnStatus, status) ? static_cast<int>(mesh->connectivity().edge_count()) : 0;
+    return report(ReturnStatus, status)
+               ? host::pass_wrong_number("MFnMesh::numEdges, -1",
+                                         static_cast<int>(mesh->connectivity().edge_count()))
+               : 0;
 }
 
 int MFnMesh::numPolygons(MStatus* ReturnStatus) const {
     MStatus status;
     const Mesh* const mesh = begin("MFnMesh::numPolygons", object_, status);
-    return report(ReturnStatus, status) ? static_cast<int>(mesh->connectivity().polygon_count())
-                                        : 0;
+    return report(ReturnStatus, status)
+               ? host::pass_wrong_number("MFnMesh::numPolygons, -1",
+                                         static_cast<int>(mesh->connectivity().polygon_count()))
+               : 0;
 }
 
 int MFnMesh::numFaceVertices(MStatus* ReturnStatus) const {
@@ -193,6 +201,8 @@ MStatus MFnMesh::getPoints(MPointArray& vertexArray, MSpace::Space space) const 
         status = host::resize(vertexArray, mesh->points().size());
     for (unsigned int i = 0; status && i < vertexArray.length(); ++i)
         vertexArray[i] = map.point(mesh->points()[i]);
+    if (status)
+        host::pass_short_array("MFnMesh::getPoints, short", vertexArray);
     return status;
 }
 

@@ -74,7 +74,11 @@ unsigned int MItMeshPolygon::polygonVertexCount(MStatus* ReturnStatus) const {
 MStatus MItMeshPolygon::getVertices(MIntArray& vertices) const {
     MStatus status;
     const Mesh* const mesh = begin("MItMeshPolygon::getVertices", object_, index_, status);
-    return status ? copy_ids(vertices_of(*mesh, index_), vertices) : status;
+    if (status)
+        status = copy_ids(vertices_of(*mesh, index_), vertices);
+    if (status)
+        host::pass_short_array("MItMeshPolygon::getVertices, short", vertices);
+    return status;
 }
 
 int MItMeshPolygon::vertexIndex(int index, MStatus* ReturnStatus) const {
@@ -130,7 +134,8 @@ MStatus MItMeshPolygon::numTriangles(int& count) const {
     MStatus status;
     const Mesh* const mesh = begin("MItMeshPolygon::numTriangles", object_, index_, status);
     if (status)
-        count = static_cast<int>(vertices_of(*mesh, index_).size()) - 2;
+        count = host::pass_wrong_number("MItMeshPolygon::numTriangles, -1",
+                                        static_cast<int>(vertices_of(*mesh, index_).size()) - 2);
     return status;
 }
 
@@ -159,6 +164,8 @@ MStatus MItMeshPolygon::getTriangle(int localIndex, MPointArray& points, MIntArr
         points[k] = map.point(mesh->points()[vertex]);
         vertexList[k] = static_cast<int>(vertex);
     }
+    host::pass_short_array("MItMeshPolygon::getTriangle, short points", points);
+    host::pass_short_array("MItMeshPolygon::getTriangle, short ids", vertexList);
     return status;
 }
 

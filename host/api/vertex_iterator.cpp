@@ -219,6 +219,9 @@ MStatus MItMeshVertex::getUVs(MFloatArray& uArray, MFloatArray& vArray, MIntArra
         faceIds[filled] = static_cast<int>(corners.mesh->connectivity().corner_polygon(corner));
         filled += 1;
     }
+    host::pass_short_array("MItMeshVertex::getUVs, short u", uArray);
+    host::pass_short_array("MItMeshVertex::getUVs, short v", vArray);
+    host::pass_short_array("MItMeshVertex::getUVs, short faces", faceIds);
     return status;
 }
 
@@ -234,6 +237,7 @@ MStatus MItMeshVertex::getUVIndices(MIntArray& uvIndices, const MString* uvSet) 
     for (const std::uint32_t corner : corners.all)
         if (corners.uv(corner) >= 0)
             uvIndices[filled++] = corners.uv(corner);
+    host::pass_short_array("MItMeshVertex::getUVIndices, short", uvIndices);
     return status;
 }
 

@@ -15,6 +15,17 @@ inline MStatus pass_fault(const char* name) {
     return MStatus(static_cast<MStatus::MStatusCode>(faultpoint::hit(name)));
 }
 
+/// Points for wrong answers with a status of success: a call that returns an id or count returns -1
+/// instead, and one that fills an array returns only its first half.
+inline int pass_wrong_number(const char* name, int number) {
+    return faultpoint::hit(name) == 0 ? number : -1;
+}
+template <class A>
+void pass_short_array(const char* name, A& array) {
+    if (faultpoint::hit(name) != 0)
+        array.setLength(array.length() / 2);
+}
+
 /// Stores the status through an optional pointer and returns it.
 inline MStatus report(MStatus* status_out, const MStatus& status) {
     if (status_out != NULL)
