@@ -10,7 +10,7 @@ namespace {
 bool& strict_flag() {
     static bool strict = [] {
         const char* const text = std::getenv("TESSORA_HOST_STRICT");
-        return text != nullptr && std::string_view(text) == "1";
+        return text == nullptr || std::string_view(text) != "0";
     }();
     return strict;
 }

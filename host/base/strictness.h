@@ -17,7 +17,7 @@
 
 namespace host {
 
-/// Initially true if the environment variable TESSORA_HOST_STRICT is "1".
+/// Initially true, unless the environment variable TESSORA_HOST_STRICT is "0".
 MHOST_EXPORT bool is_strict();
 MHOST_EXPORT void set_strict(bool strict);
 

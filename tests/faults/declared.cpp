@@ -23,6 +23,9 @@ const Declared k_unchecked[] = {
     {"ID3DXMesh::LockVertexBuffer", "apply_gutter_margin"},
     {"ID3DXMesh::LockVertexBuffer", "correct_aspect"},
     {"ID3DXMesh::LockVertexBuffer", "fit_uv_range"},
+    {"MArgParser::getFlagArgument", "parse_flags"}, // the flag keeps its default
+    {"MFnDependencyNode::attribute", "initModifierNode"},
+    {"MFnDependencyNode::setObject", "initModifierNode"},
     {"MGlobal::getActiveSelectionList", nullptr},
     {"MIntArray::append", nullptr},
     {"MItMeshEdge::getConnectedFaces", nullptr},
@@ -42,6 +45,7 @@ const Declared k_unchecked[] = {
     {"MItMeshVertex::isDone", nullptr},
     {"MItMeshVertex::next", nullptr},
     {"MItMeshVertex::reset", nullptr},
+    {"MPlug::setValue", "initModifierNode"}, // later attributes are not written, but it connects
 };
 
 /// The UVs of a mesh are written in place, and the writing stops at the first failure.

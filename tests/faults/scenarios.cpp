@@ -3,6 +3,7 @@
 #include "host/graph/callbacks.h"
 #include "host/graph/command_registry.h"
 #include "host/graph/dag.h"
+#include "host/graph/evaluate.h"
 #include "host/graph/plugins.h"
 #include "host/graph/scene.h"
 #include "host/graph/undo.h"
@@ -88,6 +89,11 @@ uint64_t World::mesh(const char* shape) {
     return mesh == nullptr ? 0 : std::hash<std::string>()(plugin_in_host::bytes_of(*mesh));
 }
 
+void World::unwrap_again() {
+    host::graph::set_value(*Scene::current().find("tessora_node1")->find_plug("Skip_compute"),
+                           host::graph::PlugValue::of_int(0));
+}
+
 size_t World::node_count() const { return Scene::current().nodes().size(); }
 
 size_t World::undo_count() const { return host::graph::UndoQueue::current().undo_count(); }
@@ -132,8 +138,8 @@ const std::vector<Scenario>& scenarios() {
          [](World& world) { return world.run("file -f -new; unloadPlugin tessora"); }, false},
         {"export", prepare_unwrapped,
          [](World& world) { // exporting evaluates the mesh, which unwraps it again
-             return world.run("setAttr tessora_node1.Skip_compute 0; file -f -exportAll \"" +
-                              scratch_file(".obj") + "\"");
+             world.unwrap_again();
+             return world.run("file -f -exportAll \"" + scratch_file(".obj") + "\"");
          },
          false},
     };

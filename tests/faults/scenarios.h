@@ -20,6 +20,8 @@ public:
     size_t node_count() const;
     /// Number of entries that undo can take back.
     size_t undo_count() const;
+    /// Makes the node "tessora_node1" unwrap at the next evaluation. Not undoable.
+    void unwrap_again();
     /// Draws the overlays of all panels.
     void redraw();
     /// Evaluates the node's shape like a viewport. False if its compute fails.
