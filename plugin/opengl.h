@@ -7,7 +7,9 @@
 #else
 #if defined(_WIN32)
 // <GL/gl.h> of that system uses its calling conventions without including them.
+#if !defined(NOMINMAX)
 #define NOMINMAX
+#endif
 #include <windows.h>
 #endif
 #include <GL/gl.h>

@@ -1,8 +1,8 @@
 #include "host/script/stack_limit.h"
 
-#define _WIN32_WINNT 0x0602 // Windows 8, for GetCurrentThreadStackLimits
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
+// GetCurrentThreadStackLimits needs Windows 8. The build defines WIN32_LEAN_AND_MEAN and NOMINMAX.
+#undef _WIN32_WINNT
+#define _WIN32_WINNT 0x0602
 #include <windows.h>
 
 #include <algorithm>
