@@ -22,26 +22,30 @@ void join(std::vector<uint32_t>& parent, uint32_t a, uint32_t b) {
         parent[a] = b;
 }
 
-void number_atoms(const Surface& s, Atoms& atoms) {
+/// Groups of triangles that hang together over half-edges h with joined(h).
+template <class Joined>
+Components label_faces(const Surface& s, Joined joined) {
     std::vector<uint32_t> parent(s.face_count);
     for (uint32_t t = 0; t < s.face_count; ++t)
         parent[t] = t;
     for (uint32_t h = 0; h < 3 * s.face_count; ++h)
-        if (s.false_edge[h])
+        if (joined(h))
             join(parent, h / 3, s.mate[h] / 3);
-    atoms.count = 0;
-    atoms.of_face.assign(s.face_count, k_none);
+    Components found;
+    found.of_face.assign(s.face_count, k_none);
     for (uint32_t t = 0; t < s.face_count; ++t) {
         const uint32_t root = find(parent, t);
-        if (root == t)
-            atoms.of_face[t] = atoms.count++;
-        else
-            atoms.of_face[t] = atoms.of_face[root];
+        found.of_face[t] = root == t ? found.count++ : found.of_face[root];
     }
+    return found;
 }
 
-/// Checks whether triangles joined across their false edges can be a polygon, possibly with holes:
-/// at least one border loop, no handle, no triangle with two corners glued together.
+void number_atoms(const Surface& s, Atoms& atoms) {
+    const Components groups = label_faces(s, [&](uint32_t h) { return s.false_edge[h] != 0; });
+    atoms.of_face = groups.of_face;
+    atoms.count = groups.count;
+}
+
 class PolygonTest {
 public:
     explicit PolygonTest(const Surface& s) : s_(s), seen_(3 * size_t(s.face_count), 0) {
@@ -106,34 +110,55 @@ private:
 
 } // namespace
 
-std::vector<uint8_t> find_hard_faces(const Surface& s) {
-    constexpr double k_sharp_cosine =
-        0.8660254037844387;                // of 30 degrees: sharper edges count as sharp
-    constexpr double k_sharp_share = 0.66; // docs/atlas.md, "Hard surfaces"
-    std::vector<uint32_t> parent(s.face_count);
-    for (uint32_t t = 0; t < s.face_count; ++t)
-        parent[t] = t;
-    for (uint32_t h = 0; h < 3 * s.face_count; ++h)
-        if (s.mate[h] != k_none && s.mate[h] > h)
-            join(parent, h / 3, s.mate[h] / 3);
-    std::vector<double> all(s.face_count, 0.0), sharp(s.face_count, 0.0);
+std::vector<float> measure_hardness(const Surface& s) {
+    // docs/atlas.md, "Hard surfaces", holds the measurements behind these.
+    constexpr double k_flat_cosine = 0.9999619230641713;  // of 0.5 degrees: one flat piece
+    constexpr double k_sharp_cosine = 0.8660254037844387; // of 30 degrees
+    // Share of a piece's bending at sharp edges at which hardness begins, and where it is full.
+    constexpr double k_soft_share = 0.2, k_hard_share = 0.6;
+    const auto bends = [&](uint32_t h) {
+        return s.mate[h] != k_none && !s.degenerate[h / 3] && !s.degenerate[s.mate[h] / 3];
+    };
+    const auto cosine = [&](uint32_t h) { return dot(s.normal[h / 3], s.normal[s.mate[h] / 3]); };
+    const Components pieces = label_faces(s, [&](uint32_t h) {
+        return s.mate[h] != k_none && (!bends(h) || cosine(h) > k_flat_cosine);
+    });
+    std::vector<double> all(pieces.count, 0.0), sharp(pieces.count, 0.0);
+    std::vector<uint32_t> size(pieces.count, 0);
     for (uint32_t h = 0; h < 3 * s.face_count; ++h) {
-        const uint32_t t = h / 3, other = s.mate[h] / 3;
-        if (s.mate[h] == k_none || s.mate[h] < h || s.degenerate[t] || s.degenerate[other])
+        const uint32_t piece = pieces.of_face[h / 3];
+        size[piece] += h % 3 == 0;
+        if (!bends(h))
             continue;
-        const double cosine = dot(s.normal[t], s.normal[other]);
-        const double bend = s.edge_length(h) * std::sqrt(std::max(0.0, 1 - cosine));
-        const uint32_t component = find(parent, t);
-        all[component] += bend;
-        if (cosine < k_sharp_cosine)
-            sharp[component] += bend;
+        const double bend = s.edge_length(h) * std::sqrt(std::max(0.0, 1 - cosine(h)));
+        all[piece] += bend;
+        if (cosine(h) < k_sharp_cosine)
+            sharp[piece] += bend;
     }
-    std::vector<uint8_t> hard(s.face_count);
+    std::vector<float> hardness(s.face_count);
     for (uint32_t t = 0; t < s.face_count; ++t) {
-        const uint32_t component = find(parent, t);
-        hard[t] = sharp[component] > k_sharp_share * all[component];
+        const uint32_t piece = pieces.of_face[t];
+        const double share = all[piece] > 0 ? sharp[piece] / all[piece] : 1.0;
+        const double graded = (share - k_soft_share) / (k_hard_share - k_soft_share);
+        // A triangle by itself is always flat: that says nothing about the surface.
+        hardness[t] = size[piece] < 2 ? 0.0f : float(std::min(1.0, std::max(0.0, graded)));
     }
-    return hard;
+    return hardness;
+}
+
+double mean_hardness(const Surface& s, const std::vector<float>& hardness, const uint32_t* begin,
+                     const uint32_t* end) {
+    double area = 0, hard_area = 0;
+    for (const uint32_t* t = begin; t != end; ++t) {
+        const double a = s.frame[*t].area();
+        area += a;
+        hard_area += a * double(hardness[*t]);
+    }
+    return area > 0 ? hard_area / area : 0;
+}
+
+Components find_components(const Surface& s) {
+    return label_faces(s, [&](uint32_t h) { return s.mate[h] != k_none; });
 }
 
 Atoms build_atoms(Surface& s) {

@@ -8,18 +8,20 @@
 namespace tessora::atlas {
 namespace {
 
-/// Maximum deviation() of a region; docs/atlas.md, "Hard surfaces".
+/// Maximum deviation() of a region of hardness 0 and 1; docs/atlas.md, "Hard surfaces".
 constexpr double k_max_smooth_deviation = 0.2;
 constexpr double k_max_hard_deviation = 0.01;
 
 /// Sums over the triangles of a region that determine its cost.
 struct Moments {
     double area = 0, perimeter = 0;
+    double hard_area = 0;                                  ///< sum of area times hardness
     Vec3 normal;                                           ///< sum of area times normal
     double xx = 0, xy = 0, xz = 0, yy = 0, yz = 0, zz = 0; ///< sum of area times n n^T
 
-    void add_face(double a, Vec3 n) {
+    void add_face(double a, Vec3 n, double hardness) {
         area += a;
+        hard_area += a * hardness;
         normal = normal + n * a;
         xx += a * n.x * n.x;
         xy += a * n.x * n.y;
@@ -31,6 +33,7 @@ struct Moments {
     void add(const Moments& o) {
         area += o.area;
         perimeter += o.perimeter;
+        hard_area += o.hard_area;
         normal = normal + o.normal;
         xx += o.xx;
         xy += o.xy;
@@ -64,6 +67,11 @@ struct Moments {
         return 4 * min_variance() + 0.05 * std::max(0.0, 1 - length(normal) / area);
     }
     /// Priority of merging; `shape` is 1 for a flat disk and grows with an irregular outline.
+    /// Up to where deviation() may grow: interpolated, in the inverse, by the mean hardness.
+    double max_deviation() const {
+        const double hardness = hard_area / area;
+        return 1 / ((1 - hardness) / k_max_smooth_deviation + hardness / k_max_hard_deviation);
+    }
     double cost(double deviation) const {
         const double shape = perimeter * perimeter / (12.566370614359172 * area);
         return (deviation + 0.002) * shape * shape * shape;
@@ -120,7 +128,6 @@ private:
     std::vector<uint32_t> leaf_of_face_;
     uint32_t leaves_ = 0;
     std::vector<Moments> moments_;
-    std::vector<double> max_deviation_;              ///< per region
     std::vector<std::vector<Neighbour>> neighbours_; ///< sorted by id
     std::vector<uint8_t> alive_;
     std::vector<std::pair<uint32_t, uint32_t>>
@@ -160,17 +167,14 @@ void TreeBuilder::group_atoms(const Atoms& atoms) {
 }
 
 void TreeBuilder::collect_leaves() {
-    max_deviation_.assign(leaves_, k_max_smooth_deviation);
-    for (uint32_t t = 0; t < s_.face_count; ++t)
-        if (options_.hard[t])
-            max_deviation_[leaf_of_face_[t]] = k_max_hard_deviation;
     moments_.assign(leaves_, Moments{});
     neighbours_.assign(leaves_, {});
     alive_.assign(leaves_, 1);
     for (uint32_t h = 0; h < 3 * s_.face_count; ++h) {
         const uint32_t leaf = leaf_of_face_[h / 3];
         if (h % 3 == 0)
-            moments_[leaf].add_face(s_.frame[h / 3].area(), s_.normal[h / 3]);
+            moments_[leaf].add_face(s_.frame[h / 3].area(), s_.normal[h / 3],
+                                    double(options_.hardness[h / 3]));
         const uint32_t other = s_.mate[h] == k_none ? k_none : leaf_of_face_[s_.mate[h] / 3];
         if (other == leaf)
             continue;
@@ -201,7 +205,7 @@ void TreeBuilder::consider(uint32_t a, uint32_t b, double shared) {
     both.add(moments_[b]);
     both.perimeter -= 2 * shared;
     const double deviation = both.deviation();
-    if (deviation <= max_deviation_[a])
+    if (deviation <= both.max_deviation())
         queue_.push({both.cost(deviation), a, b});
 }
 
@@ -234,7 +238,6 @@ void TreeBuilder::merge(uint32_t a, uint32_t b) {
     both.add(moments_[b]);
     both.perimeter -= 2 * shared;
     moments_.push_back(both);
-    max_deviation_.push_back(max_deviation_[a]);
     for (const Neighbour& n : joined) {
         auto& list = neighbours_[n.id];
         list.erase(std::remove_if(list.begin(), list.end(),

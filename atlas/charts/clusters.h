@@ -36,13 +36,25 @@ struct ClusterTree {
     std::vector<uint32_t> faces;
 };
 
-/// Returns 1 for every triangle of a hard surface, else 0. A connected component is a hard surface
-/// if most of its bending is at edges bent by more than 30 degrees. The flat and developable pieces
-/// between its sharp edges should stay undistorted; see docs/atlas.md, "Hard surfaces".
-std::vector<uint8_t> find_hard_faces(const Surface& surface);
+/// How much each triangle belongs to a hard surface, 0..1: 1 on the flat pieces of machine parts
+/// and buildings, whose bending sits on sharp edges between pieces that are flat in themselves; 0
+/// on smooth, noisy and coarsely triangulated surfaces, where hardly two neighbours lie in one
+/// plane. Decided for every flat piece from its own edges; see docs/atlas.md, "Hard surfaces".
+std::vector<float> measure_hardness(const Surface& surface);
+
+/// The mean of `hardness` over the triangles [begin, end), weighted by area.
+double mean_hardness(const Surface& surface, const std::vector<float>& hardness,
+                     const uint32_t* begin, const uint32_t* end);
+
+/// Connected components, numbered by their first triangle.
+struct Components {
+    std::vector<uint32_t> of_face;
+    uint32_t count = 0;
+};
+Components find_components(const Surface& surface);
 
 struct ClusterOptions {
-    std::vector<uint8_t> hard; ///< per triangle, from find_hard_faces
+    std::vector<float> hardness; ///< per triangle, from measure_hardness
     bool seed_groups = false; ///< start from groups of up to 16 triangles within 15 degrees instead
                               ///< of single atoms; faster
 };

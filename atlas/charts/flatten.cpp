@@ -131,18 +131,19 @@ bool Flattener::passes(const Chart& c) {
     return c.stretch.flipped == 0 && c.stretch.l2() <= options.limit && judge_outline(c);
 }
 
-/// Relaxes a chart from its current coordinates; true if it is legal afterwards. Fast mode skips
-/// the global solve if the L2 stretch is at most `good_enough` already.
-bool Flattener::improve(Chart& c, double good_enough) {
-    constexpr double k_hopeless = 2.5; // give up if L2 - 1 exceeds this multiple of limit - 1
+/// Relaxes a chart from its current coordinates; true if it is legal and meets the terms
+/// afterwards.
+bool Flattener::improve(Chart& c, RegionTerms terms) {
+    constexpr double k_hopeless = 2.5; // give up if L2 - 1 exceeds this multiple of the maximum's
     load(c);
     Patch& patch = copy.patch;
     const StretchSums sums = patch.stretch();
     const bool flat = sums.flipped == 0 && sums.l2() <= 1 + 1e-7;
     if (flat)
-        return judge(c);
+        return judge(c) && c.stretch.l2() <= terms.max_stretch;
     const int steps = options.thorough ? 4 : 2;
-    const bool good_start = !options.thorough && sums.flipped == 0 && sums.l2() <= good_enough;
+    const bool good_start = terms.may_skip_solver && !options.thorough && sums.flipped == 0 &&
+                            sums.l2() <= terms.max_stretch;
     if (!good_start && !patch.arap(steps))
         return false;
     if (patch.flipped() != 0)
@@ -152,15 +153,15 @@ bool Flattener::improve(Chart& c, double good_enough) {
     for (int round = 0; round < steps; ++round) {
         patch.relax(3);
         const double l2 = patch.stretch().l2();
-        if (l2 <= options.limit || l2 > 1 + k_hopeless * (options.limit - 1))
+        if (l2 <= terms.max_stretch || l2 > 1 + k_hopeless * (terms.max_stretch - 1))
             break;
     }
     copy.store(set);
-    return judge(c);
+    return judge(c) && c.stretch.l2() <= terms.max_stretch;
 }
 
 bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
-                               double max_stretch) {
+                               RegionTerms terms) {
     constexpr double k_min_cosine = 0.4; // of 66 degrees; steeper regions are better split first
     if (end - begin > 1 && !faces_forward(begin, end, normal, k_min_cosine))
         return false;
@@ -171,10 +172,7 @@ bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 
         set_uv_of_triangle(c.faces[0]);
     else
         project(c.faces, normal);
-    // Hard surfaces need a nearly isometric result; vertex-wise relaxation alone would take too
-    // many sweeps to reach it, so they always get the global solve.
-    const double good_enough = max_stretch < options.limit ? 0 : max_stretch;
-    if (improve(c, good_enough) && c.stretch.l2() <= max_stretch) {
+    if (improve(c, terms)) {
         set.add_chart(std::move(c));
         return true;
     }
@@ -253,7 +251,7 @@ bool Flattener::flatten_by_projection(Chart& c) {
     if (!faces_forward(begin, begin + c.faces.size(), normal, k_min_cosine))
         return false;
     project(c.faces, normal);
-    return improve(c, 0);
+    return improve(c, {options.limit, false});
 }
 
 /// The fallback for polygons that cannot be projected. The result has no flipped triangles, but its
@@ -265,6 +263,51 @@ bool Flattener::flatten_on_circle(Chart& c) {
     relax_while_simple(c);
     judge(c);
     return c.stretch.flipped == 0 && judge_outline(c);
+}
+
+/// Whether the chart is a piece of a plane, possibly with holes: no handle, at least one border
+/// loop. The Euler characteristic of such a piece with n loops is 2 - n.
+bool Flattener::is_planar(const Chart& c) const {
+    size_t nodes = 0;
+    for (uint32_t t : c.faces)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
+            nodes += set.node[h] == h;
+    const size_t inner_edges = (3 * c.faces.size() - c.border.size()) / 2;
+    const long characteristic =
+        long(nodes) - long(inner_edges + c.border.size()) + long(c.faces.size());
+    return !c.loop_end.empty() && characteristic == 2 - long(c.loop_end.size());
+}
+
+bool Flattener::flatten_component(std::vector<uint32_t> faces) {
+    struct Corner {
+        uint8_t glued;
+        uint32_t node;
+        Vec2 uv; ///< of the corner's node
+    };
+    std::vector<Corner> before;
+    for (uint32_t t : faces)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
+            before.push_back({set.glued[h], set.node[h], set.uv[set.node[h]]});
+    Chart c;
+    c.faces = std::move(faces);
+    glue_inside(c.faces, false);
+    set.trace_border(c);
+    if (is_planar(c) && flatten_on_circle(c)) {
+        for (uint32_t t : c.faces) {
+            set.charts[set.chart[t]].alive = false;
+            set.charts[set.chart[t]].faces.clear();
+        }
+        set.add_chart(std::move(c));
+        return true;
+    }
+    auto corner = before.begin();
+    for (uint32_t t : c.faces)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h, ++corner) {
+            set.glued[h] = corner->glued;
+            set.node[h] = corner->node;
+            set.uv[corner->node] = corner->uv;
+        }
+    return false;
 }
 
 void Flattener::flatten_polygon(std::vector<uint32_t> faces) {

@@ -10,12 +10,19 @@
 
 namespace tessora::atlas {
 
-/// Maximum L2 stretch of the first charts of a hard surface; see docs/atlas.md, "Hard surfaces".
+/// Maximum L2 stretch of the first charts where the surface is hard; see docs/atlas.md, "Hard
+/// surfaces".
 constexpr double k_hard_stretch = 1.002;
 
 struct FlattenOptions {
     double limit = 1.176; ///< on L2 stretch
     bool thorough = true; ///< quality mode
+};
+
+/// What a region has to reach to become a chart.
+struct RegionTerms {
+    double max_stretch;   ///< L2
+    bool may_skip_solver; ///< fast mode: a projection within max_stretch is only relaxed
 };
 
 class Flattener {
@@ -24,9 +31,12 @@ public:
 
     /// Makes a chart of connected triangles that are in no chart yet: glues all edges between them,
     /// projects them along `normal` and relaxes. False, with nothing glued, if the result is not
-    /// legal or its L2 stretch exceeds `max_stretch`.
-    bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
-                        double max_stretch);
+    /// legal or does not meet the terms.
+    bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal, RegionTerms terms);
+    /// Makes one chart of a connected component if it is a disk or a planar ring, by a map that
+    /// cannot flip triangles but may stretch them without limit. False, with all charts as they
+    /// were, if the component is of another kind or the result is not legal.
+    bool flatten_component(std::vector<uint32_t> faces);
     /// Makes a chart of the triangles of one polygon. It is legal except that its stretch may
     /// exceed the limit.
     void flatten_polygon(std::vector<uint32_t> faces);
@@ -58,7 +68,8 @@ private:
     void glue_inside(const std::vector<uint32_t>& faces, bool false_edges_only);
     void unglue_inside(const std::vector<uint32_t>& faces);
     void set_uv_of_triangle(uint32_t t);
-    bool improve(Chart& c, double good_enough);
+    bool improve(Chart& c, RegionTerms terms);
+    bool is_planar(const Chart& c) const;
     bool flatten_by_projection(Chart& c);
     bool flatten_on_circle(Chart& c);
     bool spread_on_circle(const Chart& c);

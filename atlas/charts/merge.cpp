@@ -24,6 +24,8 @@ Merger::Merger(Flattener& flattener, const MergeOptions& options)
         history_[a].parent = a;
         set_.outline(set_.charts[a], outline_);
         history_[a].box = box_of(outline_);
+        for (uint32_t t : set_.charts[a].faces)
+            history_[a].hard_area += set_.surface.frame[t].area() * double(options_.hardness[t]);
     }
     face_sums_.resize(set_.surface.face_count);
     for (uint32_t t = 0; t < set_.surface.face_count; ++t)
@@ -35,12 +37,12 @@ Merger::Merger(Flattener& flattener, const MergeOptions& options)
 void Merger::push_pairs(uint32_t a) {
     constexpr double k_priority_per_doubling = 0.1; // docs/atlas.md, "Merging"
     const Chart& chart = set_.charts[a];
-    if (round_ == Round::exact && !hard(a))
+    if (hardness(a, a) < terms_.min_hardness)
         return;
     for (uint32_t h : chart.border) {
         const uint32_t mate = set_.surface.mate[h];
         const uint32_t b = mate == k_none ? a : set_.chart[mate / 3];
-        if (b == a)
+        if (b == a || hardness(b, b) < terms_.min_hardness)
             continue;
         if (shared_.length[b] == 0)
             shared_.charts.push_back(b);
@@ -72,8 +74,15 @@ bool Merger::failed_before(const Pair& p) {
     return false;
 }
 
-bool Merger::run(Round round, ProgressMeter& progress) {
+/// The mean over both charts, weighted by area.
+double Merger::hardness(uint32_t a, uint32_t b) const {
+    return (history_[a].hard_area + history_[b].hard_area) /
+           (set_.charts[a].stretch.area + set_.charts[b].stretch.area);
+}
+
+bool Merger::run(Round round, const MergeTerms& terms, ProgressMeter& progress) {
     round_ = round;
+    terms_ = terms;
     for (History& history : history_)
         history.failures.clear();
     for (uint32_t a = 0; a < set_.charts.size(); ++a)
@@ -229,6 +238,7 @@ void Merger::commit(Chart&& joined) {
     from.alive = false;
     history_[arc_.a].parent = arc_.b;
     history_[arc_.a].failures = {};
+    history_[arc_.b].hard_area += history_[arc_.a].hard_area;
     ++history_[arc_.b].version;
     history_[arc_.b].box = box_of(outline_);
     push_pairs(arc_.b);

@@ -18,10 +18,17 @@
 namespace tessora::atlas {
 
 struct MergeOptions {
-    std::vector<uint8_t> hard; ///< per triangle, from find_hard_faces
-    double limit = 1.176;      ///< on L2 stretch
-    bool thorough = true;      ///< quality mode: solves the whole chart if needed, tries two arcs
-                               ///< per pair and retries pairs that have changed
+    std::vector<float> hardness; ///< per triangle, from measure_hardness
+    bool thorough = true;        ///< quality mode: solves the whole chart if needed, tries two arcs
+                                 ///< per pair and retries pairs that have changed
+};
+
+/// What merging may spend in one round.
+struct MergeTerms {
+    double limit;            ///< on L2 stretch
+    double hardness_weight;  ///< 0..1: how much flat pieces of hard surfaces are worth keeping
+    double slack;            ///< 0..1: how far a union may waste room in the texture; 1: any
+    double min_hardness = 0; ///< mean hardness that a pair needs to be merged at all
 };
 
 class Merger {
@@ -33,7 +40,7 @@ public:
         free   ///< any merge whose stretch stays within the limit
     };
     /// Merges until no pair is left. False if the callback asked to stop.
-    bool run(Round round, ProgressMeter& progress);
+    bool run(Round round, const MergeTerms& terms, ProgressMeter& progress);
     /// Glues the two sides of every slit that coincide in UV space; no coordinate changes.
     void zip();
 
@@ -73,6 +80,7 @@ private:
         uint32_t version = 0; ///< merges so far; pairs queued for an earlier version are stale
         uint32_t parent = 0;  ///< the chart that absorbed this one; itself if none has
         Box box;              ///< of its outline
+        double hard_area = 0; ///< sum of area times hardness
         std::vector<FailedPair> failures;
     };
     /// Workspace of push_pairs.
@@ -95,7 +103,7 @@ private:
     bool try_run(uint32_t a, uint32_t b, const BorderRun& run);
     void commit(Chart&& joined);
     bool zip_edge(uint32_t h);
-    bool hard(uint32_t a) const { return options_.hard[set_.charts[a].faces[0]] != 0; }
+    double hardness(uint32_t a, uint32_t b) const;
 
     void take_arc(uint32_t a, uint32_t b, const BorderRun& run);
     void list_arc_nodes();
@@ -125,6 +133,7 @@ private:
     ChartSet& set_;
     const MergeOptions options_;
     Round round_ = Round::free;
+    MergeTerms terms_{};
     std::priority_queue<Pair> queue_;
     std::vector<History> history_;    ///< per chart
     std::vector<FaceSums> face_sums_; ///< per triangle

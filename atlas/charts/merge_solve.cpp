@@ -32,12 +32,13 @@ constexpr double k_max_length_most = 1.7;
 constexpr double k_whole_mesh = 0.999;
 constexpr double k_max_length_whole = 2.1;
 
+/// How many times longer a union may be at full slack, and how much more room it may take.
+constexpr double k_slack_growth = 4;
+
 // Constants of hard surfaces; see docs/atlas.md, "Hard surfaces".
 
-/// Seam length that must be saved per added mean L2 stretch.
+/// Seam length that must be saved per added mean L2 stretch, at full hardness.
 constexpr double k_seam_per_stretch = 100;
-/// Maximum L2 stretch of a merged chart.
-constexpr double k_max_hard_stretch = 1.03;
 
 // Constants of the band; see docs/atlas.md, "Merging".
 
@@ -250,9 +251,12 @@ bool Merger::is_exact(double residual) const {
 /// is to pack. An exact union (the net of a box, an unrolled tube) may waste more, the longer the
 /// border that it removes.
 bool Merger::box_allowed(const Box& box, bool exact) const {
-    const double side = std::sqrt(set_.surface.total_area);
+    if (terms_.slack >= 1)
+        return true;
+    const double looser = 1 + (k_slack_growth - 1) * terms_.slack;
+    const double side = looser * std::sqrt(set_.surface.total_area);
     const double area = set_.charts[arc_.a].stretch.area + set_.charts[arc_.b].stretch.area;
-    const double room = history_[arc_.a].box.area() + history_[arc_.b].box.area();
+    const double room = looser * (history_[arc_.a].box.area() + history_[arc_.b].box.area());
     const double share = area / set_.surface.total_area;
     if (exact && share >= k_most_of_mesh) // few other charts are left to fill the gaps
         return box.longer <=
@@ -264,16 +268,16 @@ bool Merger::box_allowed(const Box& box, bool exact) const {
     return box.longer <= k_max_length * side && (filled || box.area() <= room);
 }
 
-/// On hard surfaces added stretch has to be paid for by the length of the border that is removed.
+/// The harder the surface, the more border has to be removed for the stretch that is added.
 bool Merger::stretch_pays(const Chart& joined) const {
-    if (!hard(arc_.a))
+    const double weight = terms_.hardness_weight * hardness(arc_.a, arc_.b);
+    if (!(weight > 0))
         return true;
     const auto loss = [](const StretchSums& s) { return s.area * (s.l2() - 1); };
     const double price = (loss(joined.stretch) - loss(set_.charts[arc_.a].stretch) -
                           loss(set_.charts[arc_.b].stretch)) /
                          set_.surface.total_area;
-    return joined.stretch.l2() <= k_max_hard_stretch &&
-           price * k_seam_per_stretch <= arc_.length / std::sqrt(set_.surface.total_area);
+    return price * weight * k_seam_per_stretch <= arc_.length / std::sqrt(set_.surface.total_area);
 }
 
 /// Glues the arc, whose nodes become b's, and moves chart a onto b.
@@ -404,17 +408,17 @@ bool Merger::solve(Chart& joined, const std::vector<Vec2>& gap) {
         widest = std::max(widest, length(g));
     const double edge = arc_.length / double(arc_.edges.size());
     if (widest <= k_negligible_gap * edge && close_without_solving(joined, gap))
-        return joined.stretch.l2() <= options_.limit;
+        return joined.stretch.l2() <= terms_.limit;
     const double extra = k_rings_per_gap * widest / edge;
     uint32_t rings = k_first_rings + uint32_t(std::min(k_max_extra_rings, extra));
     bool whole = band_.grow(arc_.node_b, rings);
     spread_gap(gap, rings);
-    const double hopeless = 1 + k_hopeless * (options_.limit - 1);
+    const double hopeless = 1 + k_hopeless * (terms_.limit - 1);
     for (int attempt = 0;; ++attempt) {
         const bool valid = relax_band(rings, whole && attempt > 0);
         joined.stretch = joined_sums();
         const double l2 = joined.stretch.l2();
-        if (valid && joined.stretch.flipped == 0 && l2 <= options_.limit)
+        if (valid && joined.stretch.flipped == 0 && l2 <= terms_.limit)
             return true;
         if ((whole && attempt > 0) || (valid && l2 > hopeless) || !worth_more_work() ||
             (!options_.thorough && attempt > 0))
@@ -437,7 +441,7 @@ bool Merger::legal_once_slits_close(Chart& joined) {
             band_.add_face(c / 3);
         });
     joined.stretch = joined_sums();
-    return legal && joined.stretch.l2() <= options_.limit && stretch_pays(joined) &&
+    return legal && joined.stretch.l2() <= terms_.limit && stretch_pays(joined) &&
            flattener_.judge_outline(joined);
 }
 

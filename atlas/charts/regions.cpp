@@ -18,10 +18,17 @@ void flatten_polygons(Flattener& flattener, const Atoms& atoms, const uint32_t* 
     }
 }
 
+/// Between the limit for smooth surfaces and k_hard_stretch, interpolated by the hardness.
+RegionTerms region_terms(double limit, double hardness) {
+    constexpr double k_mostly_smooth = 0.1;
+    const double hard_limit = std::min(limit, k_hard_stretch);
+    return {limit + (hard_limit - limit) * hardness, hardness < k_mostly_smooth};
+}
+
 } // namespace
 
 bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
-                  const std::vector<uint8_t>& hard, ProgressMeter& progress) {
+                  const std::vector<float>& hardness, double limit, ProgressMeter& progress) {
     std::vector<uint32_t> stack(tree.roots.rbegin(), tree.roots.rend());
     while (!stack.empty()) {
         const ClusterTree::Region& region = tree.regions[stack.back()];
@@ -30,8 +37,8 @@ bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& t
         const uint32_t* end = tree.faces.data() + region.end;
         if (!progress.advance(double(region.begin) / double(tree.faces.size())))
             return false;
-        const double max_stretch = hard[*begin] ? k_hard_stretch : flattener.options.limit;
-        if (flattener.flatten_region(begin, end, region.normal, max_stretch))
+        const double hard = mean_hardness(flattener.set.surface, hardness, begin, end);
+        if (flattener.flatten_region(begin, end, region.normal, region_terms(limit, hard)))
             continue;
         if (region.left == ClusterTree::k_no_child) {
             flatten_polygons(flattener, atoms, begin, end);

@@ -8,10 +8,11 @@
 namespace tessora::atlas {
 
 /// Descends the tree until every triangle is in a legal chart, or in one that is legal except that
-/// it is a single polygon beyond the stretch limit. Regions of hard surfaces (`hard`, per triangle,
-/// from find_hard_faces) must reach an L2 stretch of k_hard_stretch.
+/// it is a single polygon beyond the stretch limit. Every other region has an L2
+/// stretch of at most `limit`; the harder its triangles (`hardness`, from measure_hardness), the
+/// closer its own limit is to k_hard_stretch.
 /// False if the callback asked to stop.
 bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
-                  const std::vector<uint8_t>& hard, ProgressMeter& progress);
+                  const std::vector<float>& hardness, double limit, ProgressMeter& progress);
 
 } // namespace tessora::atlas

@@ -18,8 +18,8 @@ constexpr double k_max_ear_stretch = 2; // L2 stretch of an ear, even if the lim
 } // namespace
 
 BorderSmoother::BorderSmoother(Flattener& flattener, const Atoms& atoms,
-                               const std::vector<uint8_t>& hard)
-    : flattener_(flattener), set_(flattener.set), atoms_(atoms), hard_(hard),
+                               const std::vector<float>& hardness)
+    : flattener_(flattener), set_(flattener.set), atoms_(atoms), hardness_(hardness),
       faces_(atoms.of_face, atoms.count) {}
 
 bool BorderSmoother::run(ProgressMeter& progress) {
@@ -210,7 +210,7 @@ bool BorderSmoother::place_ear(uint32_t atom) {
         const PlacedCorner* p = &ear_.placed[ear_.placed.size() - 3];
         sums.add(triangle_stretch(s.frame[t], p[0].uv, p[1].uv, p[2].uv));
     }
-    const double max_stretch = hard_[ear_.facing[0] / 3]
+    const double max_stretch = hardness_[ear_.facing[0] / 3] > 0.5f
                                    ? k_hard_stretch
                                    : std::min(k_max_ear_stretch, flattener_.options.limit);
     return sums.flipped == 0 && sums.l2() <= max_stretch;

@@ -16,9 +16,9 @@ namespace tessora::atlas {
 
 class BorderSmoother {
 public:
-    /// `hard`: per triangle, from find_hard_faces; ears of a hard surface have to fit as exactly as
-    /// its regions (k_hard_stretch). All arguments must outlive the smoother.
-    BorderSmoother(Flattener& flattener, const Atoms& atoms, const std::vector<uint8_t>& hard);
+    /// `hardness`: per triangle, from measure_hardness; ears of a hard surface have to fit as
+    /// exactly as its regions (k_hard_stretch). All arguments must outlive the smoother.
+    BorderSmoother(Flattener& flattener, const Atoms& atoms, const std::vector<float>& hardness);
     /// One pass over all pairs of neighbouring charts. False if the callback asked to stop.
     bool run(ProgressMeter& progress);
     /// Smooths the border between two charts only.
@@ -62,7 +62,7 @@ private:
     Flattener& flattener_;
     ChartSet& set_;
     const Atoms& atoms_;
-    const std::vector<uint8_t>& hard_;
+    const std::vector<float>& hardness_;
     const Buckets faces_;              ///< triangles by atom
     std::vector<uint32_t> neighbours_; ///< workspace of run: of the current chart, ascending
     std::vector<uint32_t> candidates_; ///< workspace of smooth: atoms that may be ears

@@ -2,9 +2,16 @@
 
 #include "atlas/charts/merge.h"
 #include "atlas/charts/regions.h"
+#include "atlas/geometry/buckets.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace tessora::atlas {
 namespace {
+
+/// Mean hardness from which a pair of charts counts as part of a hard surface.
+constexpr double k_hard_pair = 0.5;
 
 bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
     const int sweeps = stages.flattener.options.thorough ? 8 : 2;
@@ -18,30 +25,88 @@ bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
     return true;
 }
 
+/// Charts are merged under limits that rise to the caller's in these steps. Unions that need little
+/// stretch come first, and a caller who allows more gets at most as many charts: the steps below
+/// are the same.
+constexpr double k_steps[] = {0.01, 0.03, 0.05, 0.1, 0.15, 0.2, 0.3, 0.4, 0.5, 0.7, 1};
+/// The first step of smooth surfaces, and the limit of the regions that merging starts from.
+constexpr double k_first_smooth_step = 0.03;
+/// Up to here stretch is spent as if it were scarce: flat pieces of hard surfaces are kept, unions
+/// must not waste the texture. Both rules fade out between here and 1.
+constexpr double k_usual_stretch = 0.15;
+
+MergeTerms terms_of_step(double step, double max_stretch) {
+    MergeTerms terms;
+    terms.limit = stretch_limit(float(step));
+    terms.slack = std::max(0.0, (step - k_usual_stretch) / (1 - k_usual_stretch));
+    terms.hardness_weight = 1 - terms.slack;
+    if (step < std::min(k_first_smooth_step, max_stretch))
+        terms.min_hardness = k_hard_pair;
+    return terms;
+}
+
+bool merge_charts(ChartStages& stages, Merger& merger, ProgressMeter& progress) {
+    const double max_stretch = double(stages.max_stretch);
+    MergeTerms terms = terms_of_step(0, max_stretch);
+    terms.limit = stretch_limit(stages.max_stretch);
+    terms.min_hardness = k_hard_pair;
+    progress.stage(0.35, 0.5);
+    if (!merger.run(Merger::Round::exact, terms, progress))
+        return false;
+    double begin = 0.5;
+    for (double step : k_steps) {
+        const bool last = step >= max_stretch - 1e-6; // the caller's 0.15 is a float
+        const double end = last ? 0.75 : begin + 0.25 / double(std::size(k_steps));
+        progress.stage(begin, end);
+        terms = terms_of_step(last ? max_stretch : step, max_stretch);
+        if (!merger.run(Merger::Round::free, terms, progress))
+            return false;
+        if (last)
+            break;
+        begin = end;
+    }
+    return true;
+}
+
+/// Where any stretch is allowed, a component that is open as a disk or a planar ring needs no
+/// further cut.
+void unite_open_components(ChartStages& stages) {
+    const Components components = find_components(stages.surface);
+    const Buckets faces(components.of_face, components.count);
+    for (uint32_t c = 0; c < components.count; ++c) {
+        const std::vector<uint32_t> group(faces.item.begin() + faces.begin[c],
+                                          faces.item.begin() + faces.begin[c + 1]);
+        const uint32_t first = stages.set.chart[group[0]];
+        if (std::any_of(group.begin(), group.end(),
+                        [&](uint32_t t) { return stages.set.chart[t] != first; }))
+            stages.flattener.flatten_component(group);
+    }
+}
+
 } // namespace
 
 ChartStages::ChartStages(Surface& s, const Options& options)
-    : surface(s), atoms(build_atoms(s)), hard(find_hard_faces(s)), set(s),
+    : surface(s), atoms(build_atoms(s)), hardness(measure_hardness(s)),
+      max_stretch(options.max_stretch), set(s),
       flattener(set, {stretch_limit(options.max_stretch), options.quality == Quality::quality}),
-      smoother(flattener, atoms, hard) {}
+      smoother(flattener, atoms, hardness) {}
 
 bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     const FlattenOptions& options = stages.flattener.options;
     progress.stage(0.05, 0.15);
     ClusterOptions clustering;
     clustering.seed_groups = !options.thorough;
-    clustering.hard = stages.hard;
+    clustering.hardness = stages.hardness;
     const ClusterTree tree = build_cluster_tree(stages.surface, stages.atoms, clustering);
     progress.stage(0.15, 0.35);
-    if (!make_regions(stages.flattener, stages.atoms, tree, stages.hard, progress))
+    const double limit = std::min(options.limit, stretch_limit(float(k_first_smooth_step)));
+    if (!make_regions(stages.flattener, stages.atoms, tree, stages.hardness, limit, progress))
         return false;
-    Merger merger(stages.flattener, {stages.hard, options.limit, options.thorough});
-    progress.stage(0.35, 0.5);
-    if (!merger.run(Merger::Round::exact, progress))
+    Merger merger(stages.flattener, {stages.hardness, options.thorough});
+    if (!merge_charts(stages, merger, progress))
         return false;
-    progress.stage(0.5, 0.75);
-    if (!merger.run(Merger::Round::free, progress))
-        return false;
+    if (stages.max_stretch >= 1)
+        unite_open_components(stages);
     progress.stage(0.75, 0.78);
     for (int pass = 0; pass < 2; ++pass)
         if (!stages.smoother.run(progress))

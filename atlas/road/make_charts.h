@@ -17,7 +17,8 @@ struct ChartStages {
 
     const Surface& surface;
     const Atoms atoms;
-    const std::vector<uint8_t> hard; ///< per triangle, from find_hard_faces
+    const std::vector<float> hardness; ///< per triangle, from measure_hardness
+    const float max_stretch;           ///< the caller's, 0..1
     ChartSet set;
     Flattener flattener;
     BorderSmoother smoother;
