@@ -14,7 +14,7 @@ protected:
     void prepare(bool quads, int columns = 6) {
         build_flat(8, 3, quads, [=](int x, int, bool) { return x < columns ? 0 : 1; });
         flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
-        smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hard);
+        smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
         cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
     }
     std::unique_ptr<Flattener> flattener;
@@ -66,7 +66,7 @@ TEST_F(ChartCutterTest, UndoRestoresEverythingInReverseOrder) {
 TEST_F(ChartCutterTest, ChartsOfOnePolygonAreNotCut) {
     build_flat(2, 1, true, [](int x, int, bool) { return x; });
     flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
-    smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hard);
+    smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
     cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
     const ChartSet before = *set;
     EXPECT_FALSE(cutter->cut(0));

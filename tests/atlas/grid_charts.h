@@ -46,7 +46,7 @@ protected:
         mesh.connect();
         ASSERT_EQ(build_surface(mesh.view(), surface).status, Status::ok);
         atoms = build_atoms(surface);
-        hard.assign(surface.face_count, 0);
+        hardness.assign(surface.face_count, 0.0f);
         set = std::make_unique<ChartSet>(surface);
         Chart charts[2];
         for (uint32_t t = 0; t < surface.face_count; ++t)
@@ -86,7 +86,7 @@ protected:
 
     Surface surface;
     Atoms atoms;
-    std::vector<uint8_t> hard;
+    std::vector<float> hardness;
     std::unique_ptr<ChartSet> set;
 };
 

@@ -15,7 +15,7 @@ protected:
         options.limit = limit;
         Flattener flattener(*set, options);
         ProgressMeter progress(nullptr, nullptr);
-        ASSERT_TRUE(BorderSmoother(flattener, atoms, hard).run(progress));
+        ASSERT_TRUE(BorderSmoother(flattener, atoms, hardness).run(progress));
     }
 };
 
@@ -58,9 +58,9 @@ TEST_F(BorderSmoothing, BordersSlideIntoCreases) {
 
 TEST_F(BorderSmoothing, EarsOfHardSurfacesMoveOnlyIfTheyFitWithoutStretch) {
     const Side side = [](int x, int y, bool) { return x < 2 || (x == 2 && y == 1) ? 0 : 1; };
-    const auto build_squeezed = [&](uint8_t is_hard) {
+    const auto build_squeezed = [&](float value) {
         build_flat(4, 3, true, side);
-        hard.assign(surface.face_count, is_hard);
+        hardness.assign(surface.face_count, value);
         for (uint32_t t : set->charts[1].faces) // stretch chart 1 by a tenth in y
             for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
                 if (set->node[c] == c)
@@ -115,7 +115,7 @@ TEST_F(BorderSmoothing, ProgressCallbackStopsSmoothing) {
     build_flat(4, 3, true, [](int x, int, bool) { return x < 2 ? 0 : 1; });
     Flattener flattener(*set, FlattenOptions{});
     ProgressMeter progress([](float, void*) { return 1; }, nullptr);
-    EXPECT_FALSE(BorderSmoother(flattener, atoms, hard).run(progress));
+    EXPECT_FALSE(BorderSmoother(flattener, atoms, hardness).run(progress));
 }
 
 } // namespace

@@ -1,0 +1,135 @@
+// How hard surfaces are told from smooth ones, and how the number of charts follows the stretch
+// that the caller allows.
+#include "atlas/charts/clusters.h"
+#include "tests/atlas/shapes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numeric>
+#include <random>
+
+namespace {
+
+using namespace atlas_test;
+using namespace tessora::atlas;
+
+std::vector<float> hardness_of(const TestMesh& mesh) {
+    Surface surface;
+    EXPECT_EQ(build_surface(mesh.view(), surface).status, Status::ok);
+    return measure_hardness(surface);
+}
+
+float mean(const std::vector<float>& values) {
+    return std::accumulate(values.begin(), values.end(), 0.0f) / float(values.size());
+}
+float highest(const std::vector<float>& values) {
+    return *std::max_element(values.begin(), values.end());
+}
+float lowest(const std::vector<float>& values) {
+    return *std::min_element(values.begin(), values.end());
+}
+
+/// Moves every vertex by up to `size` in each direction.
+void shake(TestMesh& mesh, float size, uint32_t seed) {
+    std::mt19937 random(seed);
+    for (float& coordinate : mesh.positions)
+        coordinate += size * (float(random()) / 4294967296.0f * 2 - 1);
+}
+
+/// A square sheet of rolling hills, two triangles a cell.
+TestMesh hills(int cells, float height) {
+    TestMesh mesh;
+    for (int y = 0; y <= cells; ++y)
+        for (int x = 0; x <= cells; ++x) {
+            const double a = 6.0 * x / cells, b = 6.0 * y / cells;
+            mesh.vertex(float(x), float(y), float(height * std::sin(a) * std::cos(b)));
+        }
+    const auto at = [&](int x, int y) { return uint32_t(y * (cells + 1) + x); };
+    for (int y = 0; y < cells; ++y)
+        for (int x = 0; x < cells; ++x) {
+            mesh.triangle(at(x, y), at(x + 1, y), at(x + 1, y + 1));
+            mesh.triangle(at(x, y), at(x + 1, y + 1), at(x, y + 1));
+        }
+    mesh.connect();
+    return mesh;
+}
+
+uint32_t charts_at(const TestMesh& mesh, float stretch, Quality quality) {
+    Options options;
+    options.max_stretch = stretch;
+    options.quality = quality;
+    Result result;
+    std::vector<uint32_t> adjacency;
+    EXPECT_EQ(partition(mesh.view(), options, result, adjacency).status, Status::ok);
+    return result.chart_count;
+}
+
+TEST(Hardness, IsOneOnAllFacesOfABox) { EXPECT_EQ(lowest(hardness_of(cube_of_quads(4))), 1.0f); }
+
+TEST(Hardness, IsZeroOnASphereOfPlanarQuads) { EXPECT_EQ(highest(hardness_of(sphere(24))), 0.0f); }
+
+TEST(Hardness, IsZeroWhereNoiseBendsEveryEdgeSharply) {
+    TestMesh mesh = flat_grid(20, false);
+    shake(mesh, 0.4f, 7);
+    EXPECT_LT(mean(hardness_of(mesh)), 0.05f); // a pair may lie in one plane by chance
+}
+
+TEST(Hardness, IsDecidedPieceByPieceWithinOneComponent) {
+    // Hills with a flat wall below their front row: the wall is hard, the hills are not.
+    constexpr uint32_t k_cells = 12;
+    TestMesh mesh = hills(int(k_cells), 1.5f);
+    const uint32_t hilly = mesh.faces();
+    for (uint32_t x = 0; x <= k_cells; ++x) {
+        mesh.positions[3 * x + 2] = 0; // a straight front row
+        mesh.vertex(float(x), 0, -9);
+    }
+    const uint32_t below = uint32_t(mesh.positions.size() / 3) - k_cells - 1;
+    for (uint32_t x = 0; x < k_cells; ++x)
+        mesh.polygon({x + 1, x, below + x, below + x + 1});
+    mesh.connect();
+    const std::vector<float> hardness = hardness_of(mesh);
+    EXPECT_LT(mean({hardness.begin(), hardness.begin() + hilly}), 0.2f);
+    EXPECT_EQ(lowest({hardness.begin() + hilly, hardness.end()}), 1.0f);
+}
+
+TEST(StretchLimit, NoiseOnASmoothSurfaceDoesNotMultiplyTheCharts) {
+    TestMesh mesh = hills(40, 4);
+    const uint32_t clean = charts_at(mesh, 0.15f, Quality::quality);
+    shake(mesh, 0.3f, 3);
+    EXPECT_LE(charts_at(mesh, 0.15f, Quality::quality), clean + 12);
+}
+
+TEST(StretchLimit, MoreStretchNeverTakesMoreChartsAtTheStepsOfMerging) {
+    TestMesh mesh = sphere(24);
+    shake(mesh, 0.05f, 11);
+    for (Quality quality : {Quality::fast, Quality::quality}) {
+        uint32_t before = mesh.faces();
+        for (float stretch : {0.03f, 0.05f, 0.1f, 0.15f, 0.2f, 0.3f, 0.4f, 0.5f, 0.7f, 1.0f}) {
+            const uint32_t charts = charts_at(mesh, stretch, quality);
+            EXPECT_LE(charts, before) << "at " << stretch;
+            before = charts;
+        }
+    }
+}
+
+TEST(StretchLimit, AtOneAnOpenSurfaceIsOneChartHoweverSteep) {
+    EXPECT_EQ(charts_at(hills(30, 60), 1, Quality::fast), 1u);
+    EXPECT_EQ(charts_at(hills(30, 60), 1, Quality::quality), 1u);
+}
+
+TEST(StretchLimit, AtOneARingIsOneChart) {
+    EXPECT_EQ(charts_at(cylinder(24, 40, false), 1, Quality::fast), 1u);
+}
+
+TEST(StretchLimit, AtOneSurfacesThatNoCutOpensStayValid) {
+    for (const TestMesh& mesh : {sphere(12), pierced_plate(3), moebius(24)}) {
+        Options options;
+        options.max_stretch = 1;
+        Result result;
+        ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
+        EXPECT_TRUE(judge(mesh, options, result, true, true).faults.empty());
+    }
+}
+
+} // namespace
