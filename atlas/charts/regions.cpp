@@ -28,7 +28,12 @@ RegionTerms region_terms(double limit, double hardness) {
 } // namespace
 
 bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
-                  const std::vector<float>& hardness, double limit, ProgressMeter& progress) {
+                  const std::vector<float>& hardness, double limit, double component_limit,
+                  ProgressMeter& progress) {
+    const Components components = find_components(flattener.set.surface);
+    std::vector<uint32_t> component_size(components.count, 0);
+    for (uint32_t c : components.of_face)
+        ++component_size[c];
     std::vector<uint32_t> stack(tree.roots.rbegin(), tree.roots.rend());
     while (!stack.empty()) {
         const ClusterTree::Region& region = tree.regions[stack.back()];
@@ -37,8 +42,11 @@ bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& t
         const uint32_t* end = tree.faces.data() + region.end;
         if (!progress.advance(double(region.begin) / double(tree.faces.size())))
             return false;
+        // A whole component has no neighbour to merge with: it need not save stretch for later.
+        const bool whole = region.end - region.begin == component_size[components.of_face[*begin]];
         const double hard = mean_hardness(flattener.set.surface, hardness, begin, end);
-        if (flattener.flatten_region(begin, end, region.normal, region_terms(limit, hard)))
+        if (flattener.flatten_region(begin, end, region.normal,
+                                     region_terms(whole ? component_limit : limit, hard)))
             continue;
         if (region.left == ClusterTree::k_no_child) {
             flatten_polygons(flattener, atoms, begin, end);

@@ -100,7 +100,9 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     const ClusterTree tree = build_cluster_tree(stages.surface, stages.atoms, clustering);
     progress.stage(0.15, 0.35);
     const double limit = std::min(options.limit, stretch_limit(float(k_first_smooth_step)));
-    if (!make_regions(stages.flattener, stages.atoms, tree, stages.hardness, limit, progress))
+    const double component_limit = std::min(options.limit, stretch_limit(float(k_usual_stretch)));
+    if (!make_regions(stages.flattener, stages.atoms, tree, stages.hardness, limit, component_limit,
+                      progress))
         return false;
     Merger merger(stages.flattener, {stages.hardness, options.thorough});
     if (!merge_charts(stages, merger, progress))
