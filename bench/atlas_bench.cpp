@@ -58,7 +58,7 @@ void clusters(benchmark::State& state) {
     build_surface(sheet.view(), s);
     const Atoms atoms = build_atoms(s);
     ClusterOptions options;
-    options.hard = find_hard_faces(s);
+    options.hardness = measure_hardness(s);
     options.seed_groups = state.range(1) == 0;
     for (auto _ : state)
         benchmark::DoNotOptimize(build_cluster_tree(s, atoms, options));
