@@ -1,9 +1,9 @@
 // Writes variants of a mesh that look like scans and generated models: noisy, coarse or pinched.
 //
-//   mesh_variants MESH.obj OUT.obj noise SHARE [SEED]   every vertex moved by Gaussian noise of SHARE
+//   mesh_variants MESH.obj OUT.obj noise SHARE [SEED]   vertices moved by Gaussian noise of SHARE
 //                                                       mean edge lengths
 //   mesh_variants MESH.obj OUT.obj reduce TRIANGLES     edges collapsed, least quadric error first
-//   mesh_variants MESH.obj OUT.obj cluster CELLS        vertices merged on a grid of CELLS cells along
+//   mesh_variants MESH.obj OUT.obj cluster CELLS        vertices merged on a grid of CELLS along
 //                                                       the longest side of the bounding box
 //   mesh_variants MESH.obj OUT.obj shuffle [SEED]       the same faces in another order
 //   mesh_variants MESH.obj OUT.obj rotate [SEED]        turned by a random rotation
