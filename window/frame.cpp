@@ -299,7 +299,8 @@ void Application::step_chart(int by) {
     const auto count = static_cast<int64_t>(state_.map.charts().size());
     if (count == 0)
         return;
-    const int64_t from = state_.chosen == k_none ? (by > 0 ? -1 : 0) : state_.chosen;
+    const int64_t none = by > 0 ? -1 : 0; // so that the first step leads to the first or last chart
+    const int64_t from = state_.chosen == k_none ? none : int64_t{state_.chosen};
     state_.chosen = static_cast<uint32_t>((from + by + count) % count);
     state_.hovered = k_none;
 }

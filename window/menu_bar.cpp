@@ -218,10 +218,9 @@ Action pressed_action(State& state) {
     for (int i = 0; i < 4; ++i)
         if (pressed(GLFW_KEY_4 + i))
             state.display = static_cast<Display>(i);
-    // Without repetition: a slow frame between press and release would count as a second press.
-    if (pressed(GLFW_KEY_RIGHT_BRACKET))
+    if (ImGui::IsKeyPressed(GLFW_KEY_RIGHT_BRACKET))
         return Action::next_chart;
-    return pressed(GLFW_KEY_LEFT_BRACKET) ? Action::previous_chart : Action::none;
+    return ImGui::IsKeyPressed(GLFW_KEY_LEFT_BRACKET) ? Action::previous_chart : Action::none;
 }
 
 const std::vector<Shortcut>& shortcuts() {
