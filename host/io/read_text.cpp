@@ -1,20 +1,12 @@
 #include "host/io/obj_reader.h"
+#include "host/io/open_flags.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <new>
 #include <sys/stat.h>
 #include <unistd.h>
-
-// Flags that only some systems have: O_BINARY on Windows, O_CLOEXEC elsewhere.
-#ifndef O_BINARY
-#define O_BINARY 0
-#endif
-#ifndef O_CLOEXEC
-#define O_CLOEXEC 0
-#endif
 
 namespace host {
 namespace {

@@ -1,21 +1,14 @@
 #include "host/io/write_file.h"
 
+#include "host/io/open_flags.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
-// Windows writes text unless told otherwise and has another name for flushing to disk; descriptors
-// are not inherited there.
-#ifndef O_BINARY
-#define O_BINARY 0
-#endif
-#ifndef O_CLOEXEC
-#define O_CLOEXEC 0
-#endif
 #if defined(_WIN32)
 #define fsync _commit
 #endif

@@ -37,8 +37,8 @@ void shake(TestMesh& mesh, float size, uint32_t seed) {
         coordinate += size * (float(random()) / 4294967296.0f * 2 - 1);
 }
 
-/// A square sheet of rolling hills, two triangles a cell.
-TestMesh hills(int cells, float height) {
+/// A square sheet of rolling hills, two triangles a cell; without its middle if `ring`.
+TestMesh hills(int cells, float height, bool ring = false) {
     TestMesh mesh;
     for (int y = 0; y <= cells; ++y)
         for (int x = 0; x <= cells; ++x) {
@@ -48,6 +48,8 @@ TestMesh hills(int cells, float height) {
     const auto at = [&](int x, int y) { return uint32_t(y * (cells + 1) + x); };
     for (int y = 0; y < cells; ++y)
         for (int x = 0; x < cells; ++x) {
+            if (ring && std::min(x, y) > cells / 3 && std::max(x, y) < 2 * cells / 3)
+                continue;
             mesh.triangle(at(x, y), at(x + 1, y), at(x + 1, y + 1));
             mesh.triangle(at(x, y), at(x + 1, y + 1), at(x, y + 1));
         }
@@ -96,8 +98,9 @@ TEST(Hardness, IsDecidedPieceByPieceWithinOneComponent) {
 TEST(StretchLimit, NoiseOnASmoothSurfaceDoesNotMultiplyTheCharts) {
     TestMesh mesh = hills(40, 4);
     const uint32_t clean = charts_at(mesh, 0.15f, Quality::quality);
-    shake(mesh, 0.3f, 3);
-    EXPECT_LE(charts_at(mesh, 0.15f, Quality::quality), clean + 12);
+    shake(mesh, 0.5f, 3);
+    const uint32_t noisy = charts_at(mesh, 0.15f, Quality::quality);
+    EXPECT_LE(noisy, clean + 12);
 }
 
 TEST(StretchLimit, MoreStretchNeverTakesMoreChartsAtTheStepsOfMerging) {
@@ -119,7 +122,7 @@ TEST(StretchLimit, AtOneAnOpenSurfaceIsOneChartHoweverSteep) {
 }
 
 TEST(StretchLimit, AtOneARingIsOneChart) {
-    EXPECT_EQ(charts_at(cylinder(24, 40, false), 1, Quality::fast), 1u);
+    EXPECT_EQ(charts_at(hills(30, 60, true), 1, Quality::fast), 1u);
 }
 
 TEST(StretchLimit, AtOneSurfacesThatNoCutOpensStayValid) {
