@@ -3,8 +3,9 @@
 /// Takes any triangle soup (closed, open, non-manifold, degenerate, disconnected) and unwraps it to
 /// a texture: charts without flipped or overlapping triangles, under a stretch limit, packed with a
 /// gutter that holds in the final texture. Deterministic: the same input gives the same bits on
-/// every run, compiler and machine. Single-threaded. Never ends the process and never throws;
-/// memory is proportional to the mesh.
+/// every run, compiler, machine and number of threads. Starts no threads: it uses those of the
+/// caller's executor, if there is one. Never ends the process and never throws; memory is
+/// proportional to the mesh.
 ///
 /// Returned coordinates are isotropic, in units of the LONGER texture side: u in [0, width/M], v in
 /// [0, height/M] with M = max(width, height). See docs/atlas-packing.md for the proof that the
@@ -43,6 +44,20 @@ enum class Quality { fast, quality };
 /// Returning non-zero aborts the call.
 using Progress = int (*)(float fraction, void* user);
 
+/// The stages of the work, in order.
+enum class Stage { surface, clusters, regions, merging, smoothing, packing, emission };
+
+/// Called with the stage at work and the fraction of it that is done, 0..1: at the begin of every
+/// stage and then often, at least every half second, so it should return quickly. Stages come in
+/// order, each at most once; fractions never decrease within a stage. The calls depend on the
+/// arguments alone, never on a clock. Returning non-zero aborts the call.
+using StageProgress = int (*)(Stage stage, float fraction, void* user);
+
+/// Runs function(i, user) once for each i in [0, count), in any order and on any threads, and
+/// returns when all are done. The calling thread takes part, so that calls from within `function`
+/// finish too. `function` never throws.
+using ParallelFor = void (*)(size_t count, void (*function)(size_t i, void* user), void* user);
+
 struct Options {
     float max_stretch = 0.15f; ///< 0 = isometric only, 1 = any; limit on L2 stretch is 1/(1-s)
     uint32_t max_charts = 0;   ///< 0 = no limit; more charts than this are an error
@@ -52,8 +67,11 @@ struct Options {
     Quality quality = Quality::quality;
     bool cut_to_pack = false; ///< cut large charts in two where that lets all charts grow; read by
                               ///< create() only
+    /// Callbacks come on the thread that called; null for none.
     Progress progress = nullptr;
-    void* user = nullptr;
+    StageProgress stage_progress = nullptr;
+    void* user = nullptr;           ///< for both callbacks
+    ParallelFor executor = nullptr; ///< null: all work is done on the calling thread
 };
 
 enum class Status {
@@ -64,7 +82,7 @@ enum class Status {
     non_finite_position,    ///< element: vertex id
     does_not_fit, ///< the texture has no room for charts and gutter; element: number of charts
     chart_limit,  ///< more charts than max_charts are needed; element: the number found
-    aborted,      ///< by the progress callback
+    aborted,      ///< by a progress callback
     out_of_memory
 };
 
@@ -97,5 +115,8 @@ Failure partition(const Mesh& mesh, const Options& options, Result& result,
 
 /// Describes a status in one English sentence without a full stop.
 const char* describe(Status status) noexcept;
+
+/// Names a stage in a few English words, for display: "Packing charts".
+const char* describe(Stage stage) noexcept;
 
 } // namespace tessora::atlas

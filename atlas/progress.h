@@ -1,38 +1,65 @@
-/// Reports the progress of the stages to the caller: at most eleven calls with strictly increasing
-/// fractions, the last one 1. Fractions come from fixed shares per stage and from counts of work,
-/// never from a clock, so the same input causes the same calls.
+/// Reports the progress of the stages to the caller's two callbacks. Options::progress gets at most
+/// eleven calls with strictly increasing fractions, the last one 1; Options::stage_progress gets
+/// every advance. Fractions come from fixed shares per stage and from counts of work, never from a
+/// clock, so the same input causes the same calls.
 #pragma once
 
 #include "atlas/atlas.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace tessora::atlas {
 
 class ProgressMeter {
 public:
-    ProgressMeter(Progress callback, void* user) : callback_(callback), user_(user) {}
+    explicit ProgressMeter(const Options& options)
+        : callback_(options.progress), stage_callback_(options.stage_progress),
+          user_(options.user) {}
 
-    /// Begins a stage that covers [begin, end] of the whole, within 0..1.
-    void stage(double begin, double end) {
-        begin_ = begin;
-        end_ = end;
-        advance(0);
+    /// Begins a stage. False if a callback asked to stop.
+    bool stage(Stage stage) {
+        stage_ = stage;
+        stage_fraction_ = 0;
+        return part(0, 1);
     }
-    /// Sets the fraction of the stage that is done, 0..1. False if the callback asked to stop.
+    /// Begins a part of the stage that covers [begin, end] of it, within 0..1. False if a callback
+    /// asked to stop.
+    bool part(double begin, double end) {
+        part_begin_ = begin;
+        part_end_ = end;
+        return advance(0);
+    }
+    /// Sets the fraction of the part that is done, 0..1. False if a callback asked to stop.
     bool advance(double fraction) {
-        const double done = begin_ + (end_ - begin_) * fraction;
-        while (!aborted_ && next_ < 10 && done >= next_ * 0.1 - 1e-9)
-            report();
+        const double done = part_begin_ + (part_end_ - part_begin_) * std::min(fraction, 1.0);
+        stage_fraction_ = std::max(stage_fraction_, done);
+        const double begin = k_begin[int(stage_)], end = k_begin[int(stage_) + 1];
+        const double whole = begin + (end - begin) * stage_fraction_;
+        while (!aborted_ && next_ < 10 && whole >= next_ * 0.1 - 1e-9)
+            report_tenth();
+        return poll();
+    }
+    /// Reports the same fraction again, during long steps. False if a callback asked to stop.
+    bool poll() {
+        if (!aborted_ && stage_callback_ != nullptr)
+            aborted_ = stage_callback_(stage_, float(stage_fraction_), user_) != 0;
         return !aborted_;
     }
-    /// Reports the remaining tenths, 1 last. False if the callback asked to stop.
+    /// Reports the remaining tenths, 1 last. False if a callback asked to stop.
     bool finish() {
+        advance(1);
         while (!aborted_ && next_ <= 10)
-            report();
+            report_tenth();
         return !aborted_;
     }
 
 private:
-    void report() {
+    /// Where each stage begins, as a fraction of the whole; after the last stage, 1.
+    static constexpr double k_begin[] = {0, 0.05, 0.15, 0.35, 0.75, 0.85, 0.99, 1};
+    static_assert(std::size(k_begin) == size_t(Stage::emission) + 2);
+
+    void report_tenth() {
         const float fraction = next_ == 10 ? 1.0f : float(next_) * 0.1f;
         ++next_;
         if (callback_ != nullptr && callback_(fraction, user_) != 0)
@@ -40,9 +67,12 @@ private:
     }
 
     Progress callback_;
+    StageProgress stage_callback_;
     void* user_;
-    double begin_ = 0, end_ = 0;
-    int next_ = 0;
+    Stage stage_ = Stage::surface;
+    double part_begin_ = 0, part_end_ = 1; ///< of the stage
+    double stage_fraction_ = 0;
+    int next_ = 0; ///< tenths reported
     bool aborted_ = false;
 };
 

@@ -10,10 +10,10 @@ import sys
 # Folder -> what a quoted include may start with, and which system headers it may name besides the
 # C++ standard library. The longest matching folder counts.
 RULES = {
-    "atlas": (["atlas/atlas.h", "atlas/progress.h"], []),
+    "atlas": (["atlas/atlas.h", "atlas/parallel.h", "atlas/progress.h"], []),
     "atlas/geometry": (["atlas/atlas.h", "atlas/geometry/"], []),
-    "atlas/charts": (["atlas/atlas.h", "atlas/progress.h", "atlas/geometry/", "atlas/charts/"], ["Eigen/"]),
-    "atlas/pack": (["atlas/atlas.h", "atlas/geometry/", "atlas/pack/"], []),
+    "atlas/charts": (["atlas/atlas.h", "atlas/parallel.h", "atlas/progress.h", "atlas/geometry/", "atlas/charts/"], ["Eigen/"]),
+    "atlas/pack": (["atlas/atlas.h", "atlas/parallel.h", "atlas/geometry/", "atlas/pack/"], []),
     "atlas/road": (["atlas/"], []),
     "measure": (["measure/"], []),
     "faultpoint": (["faultpoint/"], []),

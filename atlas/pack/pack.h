@@ -32,7 +32,8 @@ struct PackOptions {
     uint32_t height = 512; ///< texels
     float gutter = 2.0f;   ///< texels between two charts in the final texture
     Quality quality = Quality::quality;
-    uint64_t triangles = 0; ///< of the whole mesh; larger meshes get more search effort
+    ParallelFor executor = nullptr; ///< see Options
+    uint64_t triangles = 0;         ///< of the whole mesh; larger meshes get more search effort
 
     /// Called regularly with the fraction of the packing that is done, 0..1, never decreasing;
     /// returning false aborts.

@@ -87,10 +87,10 @@ Failure check_options(const Options& options, bool packs) {
 /// Everything that lives during one call of create() or partition(): the surface, its charts and
 /// the progress.
 struct ChartingCall {
-    explicit ChartingCall(const Options& o) : options(o), progress(o.progress, o.user) {}
+    explicit ChartingCall(const Options& o) : options(o), progress(o) {}
     /// Makes the charts and checks their number.
     Failure run(const Mesh& mesh) {
-        if (!progress.advance(0))
+        if (!progress.stage(Stage::surface))
             return {Status::aborted, k_none};
         const Failure failure = build_surface(mesh, surface);
         if (failure.status != Status::ok)
@@ -128,7 +128,8 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
     pack_options.gutter = options.gutter;
     pack_options.quality = options.quality;
     pack_options.triangles = call.surface.face_count;
-    call.progress.stage(0.85, 0.99);
+    call.progress.stage(Stage::packing);
+    pack_options.executor = options.executor;
     pack_options.proceed = [&](double fraction) { return call.progress.advance(fraction); };
     ChartArrays arrays = call.arrays(1);
     Packing packing = pack(arrays.to_pack(), pack_options);
@@ -145,6 +146,8 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
         return {packing.status, call.chart_count()};
     if (packing.status != Status::ok)
         return {packing.status, k_none};
+    if (!call.progress.stage(Stage::emission))
+        return {Status::aborted, k_none};
     emit(arrays.to_emit(mesh), packing, pack_options, result);
     return call.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }
@@ -155,6 +158,8 @@ Failure partition_charts(const Mesh& mesh, const Options& options, Result& resul
     const Failure failure = call.run(mesh);
     if (failure.status != Status::ok)
         return failure;
+    if (!call.progress.stage(Stage::emission))
+        return {Status::aborted, k_none};
     const double area = call.surface.total_area;
     const ChartArrays arrays = call.arrays(area > 0 ? 1 / std::sqrt(area) : 1);
     emit_unpacked(arrays.to_emit(mesh), result);
@@ -224,6 +229,26 @@ const char* describe(Status status) noexcept {
         return "memory ran out";
     }
     return "unknown status";
+}
+
+const char* describe(Stage stage) noexcept {
+    switch (stage) {
+    case Stage::surface:
+        return "Reading the surface";
+    case Stage::clusters:
+        return "Grouping triangles";
+    case Stage::regions:
+        return "Flattening regions";
+    case Stage::merging:
+        return "Merging charts";
+    case Stage::smoothing:
+        return "Smoothing borders";
+    case Stage::packing:
+        return "Packing charts";
+    case Stage::emission:
+        return "Writing coordinates";
+    }
+    return "Working";
 }
 
 } // namespace tessora::atlas

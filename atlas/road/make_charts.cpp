@@ -50,14 +50,15 @@ bool merge_charts(ChartStages& stages, Merger& merger, ProgressMeter& progress) 
     MergeTerms terms = terms_of_step(0, max_stretch);
     terms.limit = stretch_limit(stages.max_stretch);
     terms.min_hardness = k_hard_pair;
-    progress.stage(0.35, 0.5);
+    progress.stage(Stage::merging);
+    progress.part(0, 0.375);
     if (!merger.run(Merger::Round::exact, terms, progress))
         return false;
-    double begin = 0.5;
+    double begin = 0.375;
     for (double step : k_steps) {
         const bool last = step >= max_stretch - 1e-6; // the caller's 0.15 is a float
-        const double end = last ? 0.75 : begin + 0.25 / double(std::size(k_steps));
-        progress.stage(begin, end);
+        const double end = last ? 1 : begin + 0.625 / double(std::size(k_steps));
+        progress.part(begin, end);
         terms = terms_of_step(last ? max_stretch : step, max_stretch);
         if (!merger.run(Merger::Round::free, terms, progress))
             return false;
@@ -93,12 +94,12 @@ ChartStages::ChartStages(Surface& s, const Options& options)
 
 bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     const FlattenOptions& options = stages.flattener.options;
-    progress.stage(0.05, 0.15);
+    progress.stage(Stage::clusters);
     ClusterOptions clustering;
     clustering.seed_groups = !options.thorough;
     clustering.hardness = stages.hardness;
     const ClusterTree tree = build_cluster_tree(stages.surface, stages.atoms, clustering);
-    progress.stage(0.15, 0.35);
+    progress.stage(Stage::regions);
     const double limit = std::min(options.limit, stretch_limit(float(k_first_smooth_step)));
     const double component_limit = std::min(options.limit, stretch_limit(float(k_usual_stretch)));
     if (!make_regions(stages.flattener, stages.atoms, tree, stages.hardness, limit, component_limit,
@@ -109,11 +110,13 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
         return false;
     if (stages.max_stretch >= 1)
         unite_open_components(stages);
-    progress.stage(0.75, 0.78);
-    for (int pass = 0; pass < 2; ++pass)
+    progress.stage(Stage::smoothing);
+    for (int pass = 0; pass < 2; ++pass) {
+        progress.part(0.15 * pass, 0.15 * (pass + 1));
         if (!stages.smoother.run(progress))
             return false;
-    progress.stage(0.78, 0.85);
+    }
+    progress.part(0.3, 1);
     if (!polish_charts(stages, progress))
         return false;
     merger.zip();

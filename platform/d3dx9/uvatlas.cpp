@@ -2,6 +2,7 @@
 /// published interfaces, so this file works with any implementation of them.
 
 #include "atlas/atlas.h"
+#include "platform/d3dx9/host_hooks.h"
 #include "platform/d3dx9/object.h"
 #include "platform/d3dx9/reason.h"
 
@@ -85,11 +86,13 @@ void clear(const Outputs& outputs) {
         *outputs.num_charts = 0;
 }
 
-/// Reduces the engine's progress reports, one per tenth of the work, to the caller's frequency.
+/// Passes the engine's progress on: tenths of the work to the caller, reduced to its frequency, and
+/// every stage to the application's hook.
 struct Progress {
     LPD3DXUVATLASCB callback;
     FLOAT frequency;
     LPVOID context;
+    StageHook stage_hook = find_stage_hook();
     float next = 0.0f;
     HRESULT answer = S_OK;
 
@@ -100,6 +103,9 @@ struct Progress {
         self->next = fraction + self->frequency * (1.0f - k_step_slack);
         self->answer = self->callback(fraction, self->context);
         return self->answer == S_OK ? 0 : 1;
+    }
+    static int report_stage(atlas::Stage stage, float fraction, void* user) {
+        return static_cast<Progress*>(user)->stage_hook(atlas::describe(stage), fraction);
     }
 };
 
@@ -345,10 +351,12 @@ HRESULT unwrap(const Call& call, Extent extent, atlas::Options options, Progress
     mesh.adjacency = words(call.adjacency, input.indices.size());
     mesh.false_edges = words(call.false_edges, input.indices.size());
     options.quality = quality_of(call.options, input.indices.size() / 3);
-    if (progress.callback != nullptr) {
+    if (progress.callback != nullptr)
         options.progress = Progress::report;
-        options.user = &progress;
-    }
+    if (progress.stage_hook != nullptr)
+        options.stage_progress = Progress::report_stage;
+    options.user = &progress;
+    options.executor = find_parallel_hook();
     atlas::Result result;
     std::vector<uint32_t> partition_adjacency;
     const atlas::Failure failure =

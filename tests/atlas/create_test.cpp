@@ -1,6 +1,7 @@
 // The engine's guarantees on meshes that each have one unusual property.
 #include "tests/atlas/shapes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -426,6 +427,97 @@ TEST(AtlasProgress, ReturningNonZeroAbortsAtAnyCall) {
         EXPECT_EQ(calls.fractions.size(), stop);
         EXPECT_TRUE(result.indices.empty());
     }
+}
+
+/// Records the calls of the stage callback.
+struct StageCalls {
+    struct Call {
+        Stage stage;
+        float fraction;
+    };
+    std::vector<Call> calls;
+    size_t stop_after = SIZE_MAX;
+    static int note(Stage stage, float fraction, void* user) {
+        StageCalls& self = *static_cast<StageCalls*>(user);
+        self.calls.push_back({stage, fraction});
+        return self.calls.size() >= self.stop_after;
+    }
+    Options options() {
+        Options options;
+        options.stage_progress = note;
+        options.user = this;
+        return options;
+    }
+};
+
+TEST(AtlasStageProgress, StagesComeInOrderWithFractionsThatNeverDecrease) {
+    for (Quality quality : {Quality::fast, Quality::quality})
+        for (bool cut : {false, true}) {
+            StageCalls seen;
+            Options options = seen.options();
+            options.quality = quality;
+            options.cut_to_pack = cut;
+            Result result;
+            ASSERT_EQ(create(cube_of_quads(4).view(), options, result).status, Status::ok);
+            ASSERT_FALSE(seen.calls.empty());
+            EXPECT_EQ(seen.calls.front().stage, Stage::surface);
+            EXPECT_EQ(seen.calls.back().stage, Stage::emission);
+            EXPECT_EQ(seen.calls.back().fraction, 1.0f);
+            for (size_t i = 0; i < seen.calls.size(); ++i) {
+                const StageCalls::Call& call = seen.calls[i];
+                EXPECT_GE(call.fraction, 0.0f);
+                EXPECT_LE(call.fraction, 1.0f);
+                if (i == 0)
+                    continue;
+                EXPECT_GE(call.stage, seen.calls[i - 1].stage);
+                if (call.stage == seen.calls[i - 1].stage) {
+                    EXPECT_GE(call.fraction, seen.calls[i - 1].fraction);
+                }
+            }
+        }
+}
+
+TEST(AtlasStageProgress, EveryStageIsReportedAndHasAName) {
+    StageCalls seen;
+    Result result;
+    ASSERT_EQ(create(torus(16, 32).view(), seen.options(), result).status, Status::ok);
+    for (int stage = 0; stage <= int(Stage::emission); ++stage) {
+        EXPECT_TRUE(std::any_of(seen.calls.begin(), seen.calls.end(),
+                                [&](const StageCalls::Call& c) { return c.stage == Stage(stage); }))
+            << stage;
+        EXPECT_GT(std::string(describe(Stage(stage))).size(), 8u);
+    }
+}
+
+TEST(AtlasStageProgress, ReturningNonZeroAbortsAtAnyCall) {
+    const TestMesh mesh = torus(8, 16);
+    StageCalls all;
+    Options options = all.options();
+    options.quality = Quality::fast;
+    Result result;
+    ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
+    for (size_t stop = 1; stop <= all.calls.size(); ++stop) {
+        StageCalls calls;
+        calls.stop_after = stop;
+        options.user = &calls;
+        EXPECT_EQ(create(mesh.view(), options, result).status, Status::aborted) << stop;
+        EXPECT_EQ(calls.calls.size(), stop);
+        EXPECT_TRUE(result.indices.empty());
+    }
+}
+
+TEST(AtlasStageProgress, PartitionReportsAndAborts) {
+    StageCalls calls;
+    Result result;
+    std::vector<uint32_t> adjacency;
+    ASSERT_EQ(partition(torus(8, 16).view(), calls.options(), result, adjacency).status,
+              Status::ok);
+    EXPECT_EQ(calls.calls.back().stage, Stage::emission);
+    calls.stop_after = calls.calls.size();
+    calls.calls.clear();
+    EXPECT_EQ(partition(torus(8, 16).view(), calls.options(), result, adjacency).status,
+              Status::aborted);
+    EXPECT_TRUE(result.indices.empty());
 }
 
 TEST(AtlasPartition, AdjacencyIsOpenedAlongChartBorders) {

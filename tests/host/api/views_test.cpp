@@ -2,6 +2,7 @@
 #include "host/mesh/mesh_object.h"
 #include "host/ui/notices.h"
 #include "host/ui/panels.h"
+#include "host/ui/stages.h"
 #include "tests/host/mesh/mesh_builder.h"
 
 #include <maya/M3dView.h>
@@ -175,6 +176,36 @@ TEST(Notices, CountAsNotShownIfTheListenerFails) {
 
 TEST(Notices, TheHookIsFoundByNameAtRunTime) {
     EXPECT_EQ(dlsym(RTLD_DEFAULT, "host_show_notice"), reinterpret_cast<void*>(&host_show_notice));
+}
+
+// === Stages of a computation =====================================================================
+
+struct StageRecord : host::StageListener {
+    bool reached(const char* stage, float fraction) override {
+        seen = std::string(stage) + " " + std::to_string(int(100 * fraction));
+        return goes_on;
+    }
+    std::string seen;
+    bool goes_on = true;
+};
+
+TEST(Stages, AreNotCancelledWithoutAListener) { EXPECT_EQ(host_report_stage("Packing", 0.5f), 0); }
+
+TEST(Stages, CallTheListenerWhichMayCancel) {
+    StageRecord record;
+    host::set_stage_listener(&record);
+    EXPECT_EQ(host_report_stage("Packing", 0.5f), 0);
+    EXPECT_EQ(record.seen, "Packing 50");
+    record.goes_on = false;
+    EXPECT_NE(host_report_stage("Packing", 0.75f), 0);
+    host::set_stage_listener(nullptr);
+    EXPECT_EQ(host_report_stage("Packing", 1.0f), 0);
+    EXPECT_EQ(record.seen, "Packing 75");
+}
+
+TEST(Stages, TheHookIsFoundByNameAtRunTime) {
+    EXPECT_EQ(dlsym(RTLD_DEFAULT, "host_report_stage"),
+              reinterpret_cast<void*>(&host_report_stage));
 }
 
 } // namespace

@@ -27,6 +27,10 @@ atlas::Failure answer(const atlas::Mesh& mesh, const atlas::Options& options,
     for (const float fraction : now.fractions)
         if (options.progress != nullptr && options.progress(fraction, options.user) != 0)
             return {atlas::Status::aborted, atlas::k_none};
+    for (const float fraction : now.stage_fractions)
+        if (options.stage_progress != nullptr &&
+            options.stage_progress(atlas::Stage::packing, fraction, options.user) != 0)
+            return {atlas::Status::aborted, atlas::k_none};
     if (now.failure.status != atlas::Status::ok)
         return now.failure;
     result.source_vertex = now.indices;
@@ -71,5 +75,7 @@ Failure partition(const Mesh& mesh, const Options& options, Result& result,
 }
 
 const char* describe(Status) noexcept { return "the engine says no"; }
+
+const char* describe(Stage stage) noexcept { return stage == Stage::packing ? "packing" : "?"; }
 
 } // namespace tessora::atlas

@@ -12,7 +12,8 @@ namespace fake_engine {
 struct State {
     // Behaviour of the next call.
     tessora::atlas::Failure failure;
-    std::vector<float> fractions; ///< progress to report, until a callback returns non-zero
+    std::vector<float> fractions;       ///< progress to report, until a callback returns non-zero
+    std::vector<float> stage_fractions; ///< the same, for the packing stage
     std::vector<uint32_t> over_limit;
     // Arguments of the last call.
     unsigned creates = 0;

@@ -9,6 +9,29 @@
 
 namespace {
 
+/// The calls of the stage hook, and at which it cancels.
+struct StageCalls {
+    std::vector<std::string> calls;
+    size_t stop_at = std::numeric_limits<size_t>::max();
+};
+StageCalls stage_calls;
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) int host_report_stage(const char* stage,
+                                                                        float fraction) {
+    stage_calls.calls.push_back(stage + std::string(" ") + std::to_string(fraction).substr(0, 3));
+    return stage_calls.calls.size() == stage_calls.stop_at;
+}
+
+extern "C" __attribute__((visibility("default"))) void
+host_parallel_for(size_t count, void (*function)(size_t i, void* user), void* user) {
+    for (size_t i = 0; i < count; ++i)
+        function(i, user);
+}
+
+namespace {
+
 using fake_engine::state;
 using tessora::atlas::Quality;
 using tessora::atlas::Status;
@@ -271,6 +294,31 @@ TEST_F(UvAtlasProgress, OtherResultThanOkCancelsTheCallWithEAbort) {
     calls.stop_at = 1;
     calls.stop_with = S_FALSE;
     EXPECT_EQ(partition(), E_ABORT);
+}
+
+TEST_F(UvAtlas, StagesGoToTheHookThatTheProcessExports) {
+    stage_calls = {};
+    state().stage_fractions = {0.0f, 0.5f, 1.0f};
+    ASSERT_EQ(create(), D3D_OK);
+    expected_live_ += 3;
+    EXPECT_EQ(stage_calls.calls,
+              (std::vector<std::string>{"packing 0.0", "packing 0.5", "packing 1.0"}));
+}
+
+TEST_F(UvAtlas, TheStageHookCancelsTheCallWithEAbort) {
+    stage_calls = {};
+    stage_calls.stop_at = 2;
+    state().stage_fractions = {0.0f, 0.5f, 1.0f};
+    EXPECT_EQ(create(), E_ABORT);
+    EXPECT_EQ(stage_calls.calls.size(), 2u);
+    EXPECT_EQ(partition(), D3D_OK);
+    expected_live_ += 4;
+}
+
+TEST_F(UvAtlas, TheEngineGetsTheExecutorThatTheProcessExports) {
+    ASSERT_EQ(create(), D3D_OK);
+    expected_live_ += 3;
+    EXPECT_EQ(state().options.executor, &host_parallel_for);
 }
 
 TEST_F(UvAtlas, InvalidArgumentOfTheEngineIsAnInvalidCall) {
