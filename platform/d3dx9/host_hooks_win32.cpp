@@ -6,9 +6,9 @@ namespace d3dx9 {
 namespace {
 
 /// The system looks functions up per module, so the application's library has to be named.
-FARPROC find(const char* name) {
+void* find(const char* name) {
     const HMODULE host = GetModuleHandleA("tessora_host.dll");
-    return host != nullptr ? GetProcAddress(host, name) : nullptr;
+    return host != nullptr ? reinterpret_cast<void*>(GetProcAddress(host, name)) : nullptr;
 }
 
 } // namespace
