@@ -2,7 +2,9 @@
 
 #include "host/io/obj_mesh.h"
 #include "host/mesh/pair_set.h"
+#include "host/mesh/twins.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace app {
@@ -33,8 +35,30 @@ MStatus make_mesh(const ImportedMesh& imported, host::Mesh& mesh) {
     return host::Mesh::make(std::move(points), std::move(counts), imported.corner_vertex, mesh);
 }
 
+bool same_place(const host::Mesh& mesh, uint32_t a, uint32_t b) {
+    const host::Float3 &p = mesh.points()[a], &q = mesh.points()[b];
+    return p.x == q.x && p.y == q.y && p.z == q.z;
+}
+
+using VertexPairs = std::vector<std::pair<uint32_t, uint32_t>>;
+
+/// The edges of polygon p's triangles that have two corners in one place.
+VertexPairs null_edges(const host::Mesh& mesh, uint32_t p) {
+    const host::IndexSpan vertices = mesh.connectivity().polygon_vertices(p);
+    const host::IndexSpan triangles = mesh.triangles(p);
+    VertexPairs edges;
+    for (uint32_t i = 0; i < triangles.size(); i += 3) {
+        const uint32_t a = vertices[triangles[i]], b = vertices[triangles[i + 1]],
+                       c = vertices[triangles[i + 2]];
+        if (same_place(mesh, a, b) || same_place(mesh, b, c) || same_place(mesh, c, a))
+            for (const auto& ends : {std::minmax({a, b}), std::minmax({b, c}), std::minmax({c, a})})
+                edges.push_back(ends);
+    }
+    return edges;
+}
+
 /// Calls visit(a, b) with the end vertices of every diagonal of polygon p's triangulation, twice
-/// per diagonal.
+/// per diagonal. Diagonals that only cut off a triangle without area are left out.
 template <class Visit>
 void visit_diagonals(const host::Mesh& mesh, uint32_t p, Visit visit) {
     const uint32_t corners = mesh.connectivity().corners_of(p);
@@ -42,15 +66,19 @@ void visit_diagonals(const host::Mesh& mesh, uint32_t p, Visit visit) {
         return;
     const host::IndexSpan vertices = mesh.connectivity().polygon_vertices(p);
     const host::IndexSpan triangles = mesh.triangles(p);
+    const VertexPairs left_out = null_edges(mesh, p);
     for (uint32_t i = 0; i < triangles.size(); ++i) {
         const uint32_t a = triangles[i], b = triangles[i % 3 == 2 ? i - 2 : i + 1];
         const uint32_t apart = a < b ? b - a : a - b;
-        if (apart != 1 && apart != corners - 1)
-            visit(vertices[a], vertices[b]);
+        const std::pair<uint32_t, uint32_t> ends = std::minmax({vertices[a], vertices[b]});
+        if (apart != 1 && apart != corners - 1 &&
+            std::find(left_out.begin(), left_out.end(), ends) == left_out.end())
+            visit(ends.first, ends.second);
     }
 }
 
-/// Polygons with a diagonal that another polygon uses too, ascending.
+/// Polygons with a diagonal that is also an edge, or a diagonal of another polygon that is not
+/// their twin, ascending. Twins have the same triangulation, and adjacency tells them apart.
 std::vector<uint32_t> torn_polygons(const host::Mesh& mesh) {
     const host::Connectivity& connectivity = mesh.connectivity();
     std::vector<uint32_t> torn;
@@ -61,13 +89,19 @@ std::vector<uint32_t> torn_polygons(const host::Mesh& mesh) {
     host::PairSet joined(connectivity.edge_count() + diagonals);
     for (uint32_t e = 0; e < connectivity.edge_count(); ++e)
         joined.insert(connectivity.edge(e).first, connectivity.edge(e).second);
+    const std::vector<uint32_t> twins = host::first_twins(connectivity);
+    std::vector<uint8_t> is_torn(polygons, 0);
     for (uint32_t p = 0; p < polygons; ++p) {
-        bool is_torn = false;
-        visit_diagonals(mesh, p, [&](uint32_t a, uint32_t b) { is_torn |= joined.contains(a, b); });
-        if (is_torn)
+        if (twins[p] != p) {
+            is_torn[p] = is_torn[twins[p]];
+        } else {
+            visit_diagonals(mesh, p,
+                            [&](uint32_t a, uint32_t b) { is_torn[p] |= joined.contains(a, b); });
+            if (!is_torn[p])
+                visit_diagonals(mesh, p, [&](uint32_t a, uint32_t b) { joined.insert(a, b); });
+        }
+        if (is_torn[p])
             torn.push_back(p);
-        else
-            visit_diagonals(mesh, p, [&](uint32_t a, uint32_t b) { joined.insert(a, b); });
     }
     return torn;
 }

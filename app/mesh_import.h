@@ -4,13 +4,11 @@
 /// in the host's mesh, at the same positions as the file's:
 ///
 /// * In the host, a polygon may use a vertex only once. If a polygon of the file repeats a vertex
-/// (a
-///   spike, a polygon that touches itself), each repeat becomes an added vertex.
-/// * An unwrap cuts edges with more than two triangles. If a polygon's diagonal is also an edge or
-/// a
-///   diagonal of another polygon, and no other triangulation avoids that (for example, the third
-///   copy of a quad), the cut would tear the polygon. All its vertices become added ones, so that
-///   it is laid out as a chart of its own, in one piece.
+///   (a spike, a polygon that touches itself), each repeat becomes an added vertex.
+/// * If a polygon's diagonal is also an edge, or a diagonal of another polygon that is not on the
+///   same vertices, and no other triangulation avoids that, the adjacency might pair its triangles
+///   with others across it and tear the polygon. All its vertices become added ones, so that it is
+///   laid out as a chart of its own, in one piece.
 ///
 /// Number and order of the corners never change, so results per corner apply to the file as they
 /// are.

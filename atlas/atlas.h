@@ -65,6 +65,7 @@ struct Options {
     uint32_t height = 512;     ///< texels
     float gutter = 2.0f;       ///< minimum distance between two charts in the final texture, texels
     Quality quality = Quality::quality;
+    bool stack = false; ///< copies of a sheet share its place; wound against it, they are mirrored
     bool cut_to_pack = false; ///< cut large charts in two where that lets all charts grow; read by
                               ///< create() only
     /// Callbacks come on the thread that called; null for none.

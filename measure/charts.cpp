@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <numeric>
 
 namespace measure {
@@ -100,6 +101,9 @@ public:
             }
     }
 
+    /// For every vertex the lowest one at exactly its place.
+    const std::vector<uint32_t>& same_place() const { return same_place_; }
+
 private:
     template <class Visit>
     void for_each_half_edge(Visit visit) const {
@@ -153,6 +157,7 @@ public:
             visit_edge(low, first, last);
         });
         join_over_edges_without_length();
+        join_points();
         std::sort(table_.outline.begin(), table_.outline.end());
         number_charts();
         return std::move(table_);
@@ -171,7 +176,7 @@ private:
             const Side* end = run + 1;
             for (; end < last && same_uvs(*run, *end); ++end)
                 sets_.join(run->half_edge / 3, end->half_edge / 3);
-            if (end - run != 2 || !lies_apart(run[0], run[1]))
+            if (is_outline(run, end))
                 for (const Side* side = run; side < end; ++side)
                     table_.outline.push_back(side->half_edge);
             run = end;
@@ -200,9 +205,53 @@ private:
                 sets_.join(edges[i - 1][2], edges[i][2]);
     }
 
-    /// True if the two triangles at a UV edge lie on different sides of it (no fold).
-    bool lies_apart(const Side& a, const Side& b) const {
-        return opposite_corner_side(a) * opposite_corner_side(b) < 0;
+    /// A triangle whose corners are all in one place has no edge to hang by; it hangs by a corner.
+    void join_points() {
+        using Key = std::array<uint32_t, 3>; // vertex and the bits of its UV
+        const std::vector<uint32_t>& same_place = edges_.same_place();
+        const auto key = [&](uint32_t slot) {
+            const uint32_t corner = layout_.triangle_corners[slot];
+            Key result{same_place[layout_.corner_vertex[corner]], 0, 0};
+            for (int axis = 0; axis < 2; ++axis) {
+                const float value = layout_.uvs[2 * layout_.corner_uv[corner] + axis] + 0.0f;
+                std::memcpy(&result[1 + axis], &value, sizeof value);
+            }
+            return result;
+        };
+        std::vector<std::pair<Key, uint32_t>> points; // of each such triangle, its first corner
+        for (uint32_t t = 0; t < layout_.triangle_count(); ++t) {
+            if (!is_mapped(layout_, t))
+                continue;
+            const Key first = key(3 * t);
+            if (key(3 * t + 1)[0] == first[0] && key(3 * t + 2)[0] == first[0])
+                points.push_back({first, t});
+        }
+        if (points.empty())
+            return;
+        std::sort(points.begin(), points.end());
+        for (uint32_t slot = 0; slot < layout_.triangle_corners.size(); ++slot) {
+            if (!is_mapped(layout_, slot / 3))
+                continue;
+            const Key here = key(slot);
+            const auto found = std::lower_bound(points.begin(), points.end(), std::pair{here, 0u});
+            if (found != points.end() && found->first == here)
+                sets_.join(found->second, slot / 3);
+        }
+        for (size_t i = 1; i < points.size(); ++i)
+            if (points[i].first == points[i - 1].first)
+                sets_.join(points[i].second, points[i - 1].second);
+    }
+
+    /// False when exactly two triangles lie at a UV edge, on different sides. Those without area in
+    /// the texture lie on the edge itself and do not count.
+    bool is_outline(const Side* first, const Side* last) const {
+        int count = 0, sum = 0;
+        for (const Side* side = first; side < last; ++side) {
+            const int at = opposite_corner_side(*side);
+            count += at != 0;
+            sum += at;
+        }
+        return count != 2 || sum != 0;
     }
 
     int opposite_corner_side(const Side& side) const {

@@ -1,7 +1,5 @@
 #include "atlas/geometry/surface.h"
 
-#include "atlas/geometry/buckets.h"
-
 #include <algorithm>
 
 namespace tessora::atlas {
@@ -26,34 +24,22 @@ Failure check_arrays(const Mesh& mesh) {
     return {};
 }
 
-/// Makes two half-edges of one edge mates if the adjacency and their directions agree.
-void match_pair(const Mesh& mesh, Surface& s, uint32_t g, uint32_t h) {
-    const bool opposite = s.vertex[g] == s.vertex[next_corner(h)] && s.vertex[g] != s.vertex[h];
-    if (opposite && g / 3 != h / 3 && mesh.adjacency[g] == h / 3 && mesh.adjacency[h] == g / 3) {
-        s.mate[g] = h;
-        s.mate[h] = g;
-    }
-}
-
 void match_half_edges(const Mesh& mesh, Surface& s) {
     s.mate.assign(size_t(s.face_count) * 3, k_none);
-    std::vector<uint32_t> low(s.mate.size()); // the smaller vertex of each half-edge
-    const auto high = [&](uint32_t h) { return std::max(s.vertex[h], s.vertex[next_corner(h)]); };
-    for (uint32_t h = 0; h < low.size(); ++h)
-        low[h] = std::min(s.vertex[h], s.vertex[next_corner(h)]);
-    const Buckets edges(low, s.vertex_count);          // half-edges of one edge share a bucket
-    std::vector<std::pair<uint32_t, uint32_t>> sorted; // (other vertex, half-edge)
-    for (uint32_t v = 0; v < s.vertex_count; ++v) {
-        sorted.clear();
-        for (uint32_t i = edges.begin[v]; i < edges.begin[v + 1]; ++i)
-            sorted.push_back({high(edges.item[i]), edges.item[i]});
-        std::sort(sorted.begin(), sorted.end());
-        for (size_t i = 0, j; i < sorted.size(); i = j) {
-            for (j = i; j < sorted.size() && sorted[j].first == sorted[i].first;)
-                ++j;
-            if (j - i == 2)
-                match_pair(mesh, s, sorted[i].second, sorted[i + 1].second);
-        }
+    const auto repeats = [&](uint32_t t) {
+        const uint32_t* v = &s.vertex[3 * size_t(t)];
+        return v[0] == v[1] || v[1] == v[2] || v[2] == v[0];
+    };
+    for (uint32_t h = 0; h < s.mate.size(); h++) {
+        const uint32_t other = mesh.adjacency[h];
+        if (other == k_none || other <= h / 3 || repeats(h / 3) || repeats(other))
+            continue; // the lower triangle finds the pair
+        for (uint32_t g = 3 * other; g < 3 * other + 3; g++)
+            if (s.vertex[g] == s.vertex[next_corner(h)] &&
+                s.vertex[next_corner(g)] == s.vertex[h] && mesh.adjacency[g] == h / 3) {
+                s.mate[g] = h;
+                s.mate[h] = g;
+            }
     }
 }
 
@@ -84,6 +70,7 @@ void normalise_positions(const Mesh& mesh, Surface& s) {
         unit = length(high - low);
     if (!(unit > 0))
         unit = 1;
+    s.unit = unit;
     for (uint32_t v : s.vertex)
         s.position[v] = (point(v) - centre) * (1 / unit);
 }
@@ -155,6 +142,23 @@ Failure build_surface(const Mesh& mesh, Surface& s) {
     normalise_positions(mesh, s);
     build_frames(s);
     return {};
+}
+
+void restrict_surface(const Mesh& mesh, const std::vector<uint32_t>& kept,
+                      const std::vector<uint32_t>& number, Surface& s) {
+    for (uint32_t t = 0; t < kept.size(); t++)
+        for (uint32_t k = 0; k < 3; k++) {
+            const uint32_t from = 3 * kept[t] + k, mate = s.mate[from];
+            s.vertex[3 * t + k] = s.vertex[from];
+            s.mate[3 * t + k] = mate == k_none ? k_none : 3 * number[mate / 3] + mate % 3;
+            s.false_edge[3 * t + k] = s.false_edge[from];
+        }
+    s.face_count = uint32_t(kept.size());
+    s.vertex.resize(3 * kept.size());
+    s.mate.resize(3 * kept.size());
+    s.false_edge.resize(3 * kept.size());
+    normalise_positions(mesh, s);
+    build_frames(s);
 }
 
 } // namespace tessora::atlas

@@ -1,8 +1,10 @@
 /// The input mesh, checked and made manifold.
 ///
-/// Two half-edges are mates only if the caller's adjacency names each from the other, they connect
-/// the same two vertices in opposite directions, and no third triangle uses that edge. So triangles
-/// joined across mates form an oriented manifold, and later stages never meet a non-manifold edge.
+/// Whatever the caller's adjacency says, two half-edges are mates only if they name each other and
+/// run between the same two vertices in opposite directions, and a triangle that names a vertex
+/// twice has none. So every half-edge has one mate at most, and every set of triangles joined over
+/// mates is an oriented manifold; nothing behind this file ever meets a non-manifold edge, however
+/// many triangles use it.
 ///
 /// Half-edge 3t+k runs from corner k to corner (k+1)%3 of triangle t; a corner has the
 /// number of the half-edge that starts there. Lengths are in units of sqrt(mean triangle area).
@@ -34,6 +36,7 @@ struct Surface {
     std::vector<Vec3> normal;        ///< per triangle, unit length; zero when degenerate
     std::vector<uint8_t> degenerate; ///< 1 for triangles without measurable area
     double total_area = 0;
+    double unit = 1; ///< a length of 1 in the mesh's own unit
 
     /// Length of a half-edge in space.
     double edge_length(uint32_t h) const {
@@ -43,5 +46,10 @@ struct Surface {
 
 /// Checks the caller's arrays and builds the surface. On failure `surface` is unspecified.
 Failure build_surface(const Mesh& mesh, Surface& surface);
+
+/// Leaves of a surface of `mesh` only the triangles of `kept`, ascending; `number` gives the place
+/// of each there. No mate of a kept triangle is dropped.
+void restrict_surface(const Mesh& mesh, const std::vector<uint32_t>& kept,
+                      const std::vector<uint32_t>& number, Surface& surface);
 
 } // namespace tessora::atlas

@@ -2,6 +2,7 @@
 
 #include "host/mesh/outline.h"
 #include "host/mesh/pair_set.h"
+#include "host/mesh/twins.h"
 
 #include <algorithm>
 #include <array>
@@ -111,6 +112,89 @@ bool triangulate_outline(Outline& outline, const PairSet& taken) {
     return is_sound && has_area(outline);
 }
 
+/// Cuts off the corners that bound no area wherever they lie: the later of two neighbours in one
+/// place, and the tip of a spike. The rest of the outline, `left`, is then divided as if they were
+/// not there, so that it keeps its edges. False when there are none.
+bool cut_null_corners(Outline& outline, std::vector<std::uint32_t>& left) {
+    const auto same_place = [&](std::uint32_t a, std::uint32_t b) {
+        return outline.space[a] == outline.space[b];
+    };
+    left.clear();
+    outline.triangles.clear();
+    const auto n = static_cast<std::uint32_t>(outline.ids.size());
+    std::vector<std::uint32_t> before(n), after(n), todo;
+    for (std::uint32_t i = 0; i < n; ++i) {
+        before[i] = i == 0 ? n - 1 : i - 1;
+        after[i] = i + 1 == n ? 0 : i + 1;
+        if (same_place(i, after[i]) || same_place(before[i], after[i]))
+            todo.push_back(i);
+    }
+    if (todo.empty())
+        return false;
+    std::uint32_t count = n;
+    while (!todo.empty() && count > 3) {
+        std::uint32_t corner = todo.back();
+        todo.pop_back();
+        if (after[corner] == corner) // cut off already
+            continue;
+        if (same_place(corner, after[corner]))
+            corner = std::max(corner, after[corner]);
+        else if (!same_place(before[corner], after[corner]))
+            continue;
+        const std::uint32_t a = before[corner], c = after[corner];
+        outline.emit(a, corner, c);
+        after[a] = c;
+        before[c] = a;
+        after[corner] = corner;
+        --count;
+        for (const std::uint32_t near : {before[a], a, c})
+            todo.push_back(near);
+    }
+    for (std::uint32_t i = 0; i < n; ++i)
+        if (after[i] != i)
+            left.push_back(i);
+    return true;
+}
+
+/// Divides what is left once null corners are cut off; otherwise like triangulate_outline.
+bool triangulate_polygon(Outline& outline, const PairSet& taken) {
+    std::vector<std::uint32_t> left;
+    if (outline.ids.size() == 3 || !cut_null_corners(outline, left))
+        return triangulate_outline(outline, taken);
+    Outline rest;
+    for (const std::uint32_t corner : left) {
+        rest.ids.push_back(outline.ids[corner]);
+        rest.space.push_back(outline.space[corner]);
+    }
+    const bool is_valid = triangulate_outline(rest, taken);
+    for (const std::uint32_t corner : rest.triangles)
+        outline.triangles.push_back(left[corner]);
+    outline.steps += rest.steps;
+    bring_in_order(outline.triangles);
+    return is_valid;
+}
+
+/// Divides a polygon as its twin is: corners with the same vertices.
+void divide_like_twin(const IndexSpan& vertices, const IndexSpan& twin,
+                      const std::uint32_t* twin_triangles, Outline& outline) {
+    const std::uint32_t n = vertices.size();
+    const auto start = static_cast<std::uint32_t>(
+        std::find(vertices.begin(), vertices.end(), twin[0]) - vertices.begin());
+    const bool is_reversed = vertices[(start + 1) % n] != twin[1];
+    outline.triangles.clear();
+    for (std::uint32_t i = 0; i < 3 * (n - 2); i += 3) {
+        std::uint32_t corners[3];
+        for (std::uint32_t k = 0; k < 3; ++k) {
+            const std::uint32_t corner = twin_triangles[i + k];
+            corners[k] = (is_reversed ? start + n - corner : start + corner) % n;
+        }
+        if (is_reversed)
+            std::swap(corners[1], corners[2]);
+        outline.emit(corners[0], corners[1], corners[2]);
+    }
+    bring_in_order(outline.triangles);
+}
+
 /// Adds the polygon's diagonals to the set of joined vertex pairs.
 void take_diagonals(const Outline& outline, PairSet& taken) {
     const std::uint32_t n = static_cast<std::uint32_t>(outline.ids.size());
@@ -136,8 +220,20 @@ Triangulation triangulate(const Connectivity& connectivity, const std::vector<Fl
     for (std::uint32_t edge = 0; diagonals != 0 && edge < connectivity.edge_count(); ++edge)
         taken.insert(connectivity.edge(edge).first, connectivity.edge(edge).second);
     Outline outline;
+    const std::vector<std::uint32_t> twins =
+        diagonals == 0 ? std::vector<std::uint32_t>() : first_twins(connectivity);
     for (std::uint32_t polygon = 0; polygon < polygons; ++polygon) {
         const IndexSpan vertices = connectivity.polygon_vertices(polygon);
+        if (!twins.empty() && twins[polygon] != polygon) {
+            const std::uint32_t twin = twins[polygon];
+            divide_like_twin(vertices, connectivity.polygon_vertices(twin),
+                             &result.corners[Triangulation::first_corner(connectivity, twin)],
+                             outline);
+            result.is_valid[polygon] = result.is_valid[twin];
+            result.corners.insert(result.corners.end(), outline.triangles.begin(),
+                                  outline.triangles.end());
+            continue;
+        }
         outline.ids.assign(vertices.begin(), vertices.end());
         outline.space.clear();
         for (const std::uint32_t vertex : vertices) {
@@ -145,7 +241,7 @@ Triangulation triangulate(const Connectivity& connectivity, const std::vector<Fl
             outline.space.emplace_back(static_cast<double>(p.x), static_cast<double>(p.y),
                                        static_cast<double>(p.z));
         }
-        result.is_valid[polygon] = triangulate_outline(outline, taken) ? 1 : 0;
+        result.is_valid[polygon] = triangulate_polygon(outline, taken) ? 1 : 0;
         result.corners.insert(result.corners.end(), outline.triangles.begin(),
                               outline.triangles.end());
         take_diagonals(outline, taken);

@@ -28,9 +28,11 @@ struct Triangulation {
 };
 
 /// Triangulates the polygons in order. Avoids diagonals between vertices that are already joined by
-/// a mesh edge or by a diagonal of an earlier polygon, wherever there is an alternative.
-/// Errors: std::bad_alloc.
-/// Cost:   O(n log n) for n corners.
+/// a mesh edge or by a diagonal of an earlier polygon, wherever there is an alternative. Polygons
+/// on the same vertices, in the same cyclic order or its reverse, are divided alike. Corners that
+/// bound no area (in the place of the corner before, the tip of a spike) are cut off first, so that
+/// the rest is divided as if they were not there. Errors: std::bad_alloc. Cost:   O(n log n) for n
+/// corners.
 MHOST_EXPORT Triangulation triangulate(const Connectivity& connectivity,
                                        const std::vector<Float3>& points);
 

@@ -21,6 +21,8 @@ constexpr WORD k_end_stream = 0xFF;
 struct Layout {
     DWORD stride = 0;
     DWORD elements = 0; ///< end marker included
+    bool has_position = false;
+    DWORD position = 0; ///< bytes from the start of a vertex, if it has one
 };
 
 DWORD element_size(BYTE type) {
@@ -64,6 +66,11 @@ Layout layout_of(const D3DVERTEXELEMENT9* declaration) {
             return Layout();
         if (layout.stride < element.Offset + size)
             layout.stride = element.Offset + size;
+        if (element.Usage == D3DDECLUSAGE_POSITION && element.UsageIndex == 0 &&
+            element.Type == D3DDECLTYPE_FLOAT3) {
+            layout.has_position = true;
+            layout.position = element.Offset;
+        }
     }
     return Layout();
 }
@@ -191,7 +198,11 @@ private:
             if (point_reps != nullptr)
                 corners[i] = point_reps[corners[i]];
         }
-        switch (face_adjacency(corners.data(), shape_.faces, shape_.vertices, adjacency)) {
+        VertexPositions positions;
+        if (shape_.layout.has_position)
+            positions = {vertex_bytes() + shape_.layout.position, shape_.layout.stride};
+        switch (
+            face_adjacency(corners.data(), shape_.faces, shape_.vertices, positions, adjacency)) {
         case AdjacencyResult::ok:
             return D3D_OK;
         case AdjacencyResult::index_out_of_range:

@@ -62,6 +62,8 @@ private:
         return {result.uvs[2 * v], result.uvs[2 * v + 1]};
     }
     bool shape_is_right();
+    bool repeats_a_vertex(uint32_t t) const;
+    bool hangs_loose(uint32_t t) const { return repeats_a_vertex(t) || area_[t] <= least_area_; }
     void measure_triangles();
     void check_gluing();
     void check_charts();
@@ -75,6 +77,7 @@ private:
     const bool packed_;
     Judgement out;
     std::vector<double> area_;
+    double least_area_ = 0;
 };
 
 bool Judge::shape_is_right() {
@@ -113,6 +116,7 @@ void Judge::measure_triangles() {
         total += area_[t];
     }
     const double mean = total / std::max(1u, mesh.faces());
+    least_area_ = 1e-9 * mean;
     std::vector<uint8_t> over(mesh.faces(), 0);
     for (uint32_t t : result.over_limit)
         over[t] = 1;
@@ -170,9 +174,13 @@ void Judge::measure_triangles() {
               std::to_string(reported));
 }
 
-/// Checks that corners share a new vertex only if they are joined around the source vertex across
-/// edges that may be joined (not cut, two triangles, consistent windings), and that no false edge
-/// between two triangles is a seam. Measures the seams.
+bool Judge::repeats_a_vertex(uint32_t t) const {
+    const uint32_t* v = &mesh.indices[3 * size_t(t)];
+    return v[0] == v[1] || v[1] == v[2] || v[2] == v[0];
+}
+
+/// Corners of a vertex may share a new vertex only by a chain of corners around the source vertex
+/// over edges whose two sides name each other and run opposite ways; false edges are joined.
 void Judge::check_gluing() {
     std::map<std::pair<uint32_t, uint32_t>, std::vector<uint32_t>> uses;
     for (uint32_t h = 0; h < mesh.indices.size(); ++h) {
@@ -190,25 +198,26 @@ void Judge::check_gluing() {
     std::vector<uint32_t> face_parent(mesh.faces());
     std::iota(face_parent.begin(), face_parent.end(), 0);
     for (const auto& [ends, list] : uses) {
-        bool joined = false;
-        if (list.size() == 2) {
-            const uint32_t g = list[0], h = list[1];
-            const uint32_t g1 = g % 3 == 2 ? g - 2 : g + 1, h1 = h % 3 == 2 ? h - 2 : h + 1;
-            joined = mesh.adjacency[g] == h / 3 && mesh.adjacency[h] == g / 3 && g / 3 != h / 3 &&
-                     mesh.indices[g] == mesh.indices[h1] && ends.first != ends.second;
-            const bool same =
-                result.indices[g] == result.indices[h1] && result.indices[g1] == result.indices[h];
-            const bool marked = !mesh.false_edges.empty() &&
-                                (mesh.false_edges[g] != k_none || mesh.false_edges[h] != k_none);
-            if (joined && same) {
-                parent[find(g)] = find(h1);
-                parent[find(g1)] = find(h);
+        for (size_t i = 0; i < list.size(); i++)
+            for (size_t j = i + 1; j < list.size(); j++) {
+                const uint32_t g = list[i], h = list[j];
+                const uint32_t g1 = g % 3 == 2 ? g - 2 : g + 1, h1 = h % 3 == 2 ? h - 2 : h + 1;
+                const bool joined = mesh.adjacency[g] == h / 3 && mesh.adjacency[h] == g / 3 &&
+                                    g / 3 != h / 3 && mesh.indices[g] == mesh.indices[h1] &&
+                                    !repeats_a_vertex(g / 3) && !repeats_a_vertex(h / 3);
+                const bool same = result.indices[g] == result.indices[h1] &&
+                                  result.indices[g1] == result.indices[h];
+                const bool marked = !mesh.false_edges.empty() && (mesh.false_edges[g] != k_none ||
+                                                                  mesh.false_edges[h] != k_none);
+                if (joined && same) {
+                    parent[find(g)] = find(h1);
+                    parent[find(g1)] = find(h);
+                }
+                if (joined && marked && result.chart[g / 3] != result.chart[h / 3])
+                    fault("false edge " + std::to_string(g) + " is a chart border");
+                if (joined && marked && !same)
+                    fault("false edge " + std::to_string(g) + " is opened");
             }
-            if (joined && marked && result.chart[g / 3] != result.chart[h / 3])
-                fault("false edge " + std::to_string(g) + " is a chart border");
-            if (joined && marked && !same)
-                fault("false edge " + std::to_string(g) + " is opened");
-        }
         double difference = 0;
         const P3 e = minus(position(ends.first), position(ends.second));
         for (size_t i = 1; i < list.size(); ++i)
@@ -225,7 +234,9 @@ void Judge::check_gluing() {
     if (total > 0)
         out.seam /= std::sqrt(total);
     std::map<uint32_t, uint32_t> root_of;
-    for (uint32_t c = 0; c < mesh.indices.size(); ++c) {
+    for (uint32_t c = 0; c < mesh.indices.size(); c++) {
+        if (hangs_loose(c / 3)) // lies on an edge and needs no gluing there
+            continue;
         const auto [it, fresh] = root_of.insert({result.indices[c], find(c)});
         if (!fresh && it->second != find(c))
             fault("corner " + std::to_string(c) + " is joined across an open edge");
@@ -256,6 +267,16 @@ void Judge::check_charts() {
                 parent[find(h / 3)] = find(n);
         }
     }
+    std::map<uint32_t, uint32_t> user; // of a new vertex
+    for (uint32_t c = 0; c < mesh.indices.size(); c++)
+        if (!hangs_loose(c / 3))
+            user.insert({result.indices[c], c / 3});
+    for (int round = 0; round < 2; round++) // loose triangles hang on one another too
+        for (uint32_t c = 0; c < mesh.indices.size(); c++)
+            if (hangs_loose(c / 3)) {
+                const auto [it, fresh] = user.insert({result.indices[c], c / 3});
+                parent[find(c / 3)] = find(it->second);
+            }
     std::map<uint32_t, uint32_t> root_of_chart;
     for (uint32_t t = 0; t < mesh.faces(); ++t) {
         const auto [it, fresh] = root_of_chart.insert({result.chart[t], find(t)});

@@ -118,13 +118,13 @@ TEST(AtlasCreate, TwoTrianglesFoldedOntoEachOtherUnwrap) {
     unwrap(mesh);
 }
 
-TEST(AtlasCreate, ADoubleSidedTriangleUnwraps) {
+TEST(AtlasCreate, BothSidesOfASheetAreChartsOfTheirOwn) {
     TestMesh mesh;
     const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0), c = mesh.vertex(0, 1, 0);
     mesh.triangle(a, b, c);
     mesh.triangle(a, c, b);
     mesh.connect();
-    unwrap(mesh);
+    EXPECT_EQ(unwrap(mesh).charts, 2u);
 }
 
 TEST(AtlasCreate, FalseEdgesThatCannotBelongToAPolygonBecomeReal) {
@@ -140,20 +140,169 @@ TEST(AtlasCreate, FalseEdgesThatCannotBelongToAPolygonBecomeReal) {
     EXPECT_EQ(all_faults(judge(mesh, {}, result, true, true)), "");
 }
 
-TEST(AtlasCreate, AnEdgeOfThreeTrianglesIsABorderEvenIfTheAdjacencyJoinsTwo) {
+TestMesh three_on_one_edge() {
     TestMesh mesh;
     const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0);
     mesh.triangle(a, b, mesh.vertex(0, 1, 0));
     mesh.triangle(b, a, mesh.vertex(0, -1, 0));
     mesh.triangle(b, a, mesh.vertex(0, 0, 1));
     mesh.connect();
-    EXPECT_EQ(unwrap(mesh).charts, 3u);
-    mesh.adjacency[0] = 1;
-    mesh.adjacency[3] = 0;
+    return mesh;
+}
+
+TEST(AtlasCreate, ThreeTrianglesOnOneEdgeWithoutNeighboursHaveABorderThere) {
+    EXPECT_EQ(unwrap(three_on_one_edge()).charts, 3u);
+}
+
+TEST(AtlasCreate, TwoOfThreeTrianglesOnOneEdgeThatNameEachOtherAreNeighbours) {
+    TestMesh mesh = three_on_one_edge();
+    mesh.adjacency[0] = 2;
+    mesh.adjacency[6] = 0;
+    Result result;
+    EXPECT_EQ(unwrap(mesh, {}, &result).charts, 2u);
+    EXPECT_EQ(result.chart[0], result.chart[2]);
+}
+
+TEST(AtlasCreate, NeighboursAtACrowdedEdgeThatDoNotNameEachOtherHaveABorderThere) {
+    TestMesh mesh = three_on_one_edge();
+    mesh.adjacency[0] = 2;
+    mesh.adjacency[6] = 1;
     EXPECT_EQ(unwrap(mesh).charts, 3u);
 }
 
-TEST(AtlasCreate, AnEdgeOpenedOnOneSideIsABorderOnBoth) {
+TEST(AtlasCreate, NeighboursAtACrowdedEdgeThatRunAlikeHaveABorderThere) {
+    TestMesh mesh = three_on_one_edge();
+    mesh.adjacency[3] = 2;
+    mesh.adjacency[6] = 1;
+    EXPECT_EQ(unwrap(mesh).charts, 3u);
+}
+
+/// The mesh and a copy of it on the same vertices, wound alike or against it; each is adjacent to
+/// itself only.
+TestMesh doubled(TestMesh mesh, bool reversed) {
+    const uint32_t corners = uint32_t(mesh.indices.size());
+    mesh.false_edges.resize(corners, k_none);
+    for (uint32_t h = 0; h < corners; h++) {
+        const uint32_t t = h / 3, k = h % 3;
+        const uint32_t corner = reversed ? 3 * t + (3 - k) % 3 : h;
+        const uint32_t edge = reversed ? 3 * t + 2 - k : h;
+        mesh.indices.push_back(mesh.indices[corner]);
+        mesh.adjacency.push_back(
+            mesh.adjacency[edge] == k_none ? k_none : mesh.adjacency[edge] + corners / 3);
+        mesh.false_edges.push_back(mesh.false_edges[edge]);
+    }
+    return mesh;
+}
+
+TEST(AtlasSheets, ACopyHasTheChartsOfItsSheet) {
+    for (const bool reversed : {false, true})
+        for (const TestMesh& mesh : {cube_of_quads(3), sphere(12), torus(20, 8)}) {
+            const uint32_t once = unwrap(mesh).charts;
+            Result result;
+            EXPECT_EQ(unwrap(doubled(mesh, reversed), {}, &result).charts, 2 * once);
+            for (uint32_t t = 0; t < mesh.faces(); t++)
+                for (uint32_t other = 0; other < t; other++)
+                    ASSERT_EQ(result.chart[t] == result.chart[other],
+                              result.chart[t + mesh.faces()] == result.chart[other + mesh.faces()]);
+        }
+}
+
+TEST(AtlasSheets, ACopyDividedAlongOtherDiagonalsHasTheChartsOfItsSheet) {
+    TestMesh mesh = flat_grid(4, true);
+    const uint32_t once = unwrap(mesh).charts, faces = mesh.faces();
+    for (uint32_t t = 0; t < faces; t += 2) { // quads are (a b c)(a c d): now (b c d)(b d a)
+        const uint32_t a = mesh.indices[3 * t], b = mesh.indices[3 * t + 1],
+                       c = mesh.indices[3 * t + 2], d = mesh.indices[3 * t + 5];
+        mesh.triangle(b, c, d);
+        mesh.triangle(b, d, a);
+    }
+    // Neighbours by the quads' sides: the first grid's entry, looked up by its vertices.
+    const TestMesh first = flat_grid(4, true);
+    for (uint32_t h = 3 * faces; h < mesh.indices.size(); h++) {
+        const uint32_t next = h % 3 == 2 ? h - 2 : h + 1;
+        uint32_t neighbour = k_none, marked = k_none;
+        for (uint32_t g = 3 * faces; g < mesh.indices.size(); g++)
+            if (mesh.indices[g] == mesh.indices[next] &&
+                mesh.indices[g % 3 == 2 ? g - 2 : g + 1] == mesh.indices[h]) {
+                neighbour = g / 3;
+                marked = (g - 3 * faces) / 6 == (h - 3 * faces) / 6 ? 0 : k_none;
+            }
+        mesh.adjacency.push_back(neighbour);
+        mesh.false_edges.push_back(marked);
+    }
+    EXPECT_EQ(unwrap(mesh).charts, 2 * once);
+}
+
+TEST(AtlasSheets, StackedCopiesShareThePlaceOfTheirSheet) {
+    for (const bool reversed : {false, true}) {
+        const TestMesh once = cube_of_quads(2), twice = doubled(once, reversed);
+        Options options;
+        options.stack = true;
+        Result result;
+        ASSERT_EQ(create(twice.view(), options, result).status, Status::ok);
+        for (uint32_t t = 0; t < once.faces(); t++)
+            for (uint32_t k = 0; k < 3; k++)
+                for (uint32_t j = 0; j < 3; j++) {
+                    const uint32_t a = result.indices[3 * t + k];
+                    const uint32_t b = result.indices[3 * (t + once.faces()) + j];
+                    if (result.source_vertex[a] != result.source_vertex[b])
+                        continue;
+                    EXPECT_NE(a, b);
+                    EXPECT_EQ(result.uvs[2 * a], result.uvs[2 * b]);
+                    EXPECT_EQ(result.uvs[2 * a + 1], result.uvs[2 * b + 1]);
+                }
+    }
+}
+
+TEST(AtlasSheets, PartitionOpensCopiesLikeTheirSheets) {
+    const TestMesh once = cube_of_quads(2), twice = doubled(once, false);
+    Result result;
+    std::vector<uint32_t> adjacency;
+    ASSERT_EQ(partition(twice.view(), {}, result, adjacency).status, Status::ok);
+    for (uint32_t h = 0; h < once.indices.size(); h++)
+        EXPECT_EQ(adjacency[h] == k_none, adjacency[h + once.indices.size()] == k_none);
+}
+
+TEST(AtlasLoose, TrianglesThatRepeatAVertexCostNoChartAndOpenNothing) {
+    TestMesh mesh = flat_grid(4, false);
+    const uint32_t faces = mesh.faces();
+    for (uint32_t t = 0; t < faces; t += 2) {
+        const uint32_t a = mesh.indices[3 * t], b = mesh.indices[3 * t + 1];
+        mesh.triangle(a, b, b);
+        mesh.triangle(b, a, b);
+        mesh.triangle(a, a, a);
+    }
+    mesh.adjacency.resize(mesh.indices.size(), k_none);
+    EXPECT_EQ(unwrap(mesh, with_stretch(0)).charts, 1u);
+}
+
+TEST(AtlasLoose, ATriangleWithoutAreaLiesOnItsNeighboursEdge) {
+    TestMesh mesh;
+    const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0), c = mesh.vertex(0, 1, 0);
+    mesh.triangle(a, b, c);
+    mesh.triangle(b, a, mesh.vertex(0.25f, 0, 0));
+    mesh.adjacency.assign(6, k_none);
+    Result result;
+    EXPECT_EQ(unwrap(mesh, {}, &result).charts, 1u);
+    const auto uv = [&](uint32_t corner, int axis) {
+        return result.uvs[2 * result.indices[corner] + axis];
+    };
+    for (int axis = 0; axis < 2; axis++)
+        EXPECT_NEAR(uv(5, axis), 0.75f * uv(0, axis) + 0.25f * uv(1, axis), 1e-6f);
+}
+
+TEST(AtlasLoose, TrianglesWithoutAreaAndNeighboursAreChartsOfTheirOwn) {
+    TestMesh mesh;
+    for (float x : {0.0f, 5.0f}) {
+        const uint32_t a = mesh.vertex(x, 0, 0), b = mesh.vertex(x + 1, 0, 0);
+        mesh.triangle(a, b, mesh.vertex(x + 0.5f, 0, 0));
+    }
+    mesh.triangle(0, 1, 1); // hangs on the first
+    mesh.adjacency.assign(9, k_none);
+    EXPECT_EQ(unwrap(mesh).charts, 2u);
+}
+
+TEST(AtlasCreate, AnOpeningOnOneSideIsABorderOnBoth) {
     TestMesh mesh = flat_grid(1, false);
     mesh.adjacency[3] = mesh.adjacency[4] = mesh.adjacency[5] = k_none;
     EXPECT_EQ(unwrap(mesh).charts, 2u);

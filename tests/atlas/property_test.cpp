@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <map>
 #include <string>
 
 namespace {
@@ -41,7 +42,8 @@ private:
 struct Case {
     TestMesh mesh;
     Options options;
-    bool polygons_are_sound = true; ///< every group of false edges can be a polygon
+    bool polygons_are_sound = true; ///< every group of false edges could be a polygon
+    TestMesh single;                ///< what `mesh` has twice; empty when nothing
 };
 
 /// A grid of cells, possibly closed to a cylinder or torus, possibly with inconsistent windings.
@@ -166,6 +168,47 @@ void add_cuts(Random& random, TestMesh& mesh) {
     }
 }
 
+/// Pairs the triangles of crowded edges at random: mostly as sheets, now and then against the
+/// rules.
+void add_sheets(Random& random, TestMesh& mesh) {
+    std::map<std::pair<uint32_t, uint32_t>, std::vector<uint32_t>> uses;
+    for (uint32_t h = 0; h < mesh.indices.size(); h++)
+        uses[std::minmax({mesh.indices[h], mesh.indices[h % 3 == 2 ? h - 2 : h + 1]})].push_back(h);
+    for (auto& [ends, list] : uses) {
+        if (list.size() < 3)
+            continue;
+        for (size_t i = list.size(); i > 1; i--)
+            std::swap(list[i - 1], list[random.below(uint32_t(i))]);
+        const bool strict = random.chance(0.8f);
+        for (size_t i = 0; i < list.size(); i++)
+            for (size_t j = i + 1; j < list.size(); j++) {
+                const uint32_t g = list[i], h = list[j];
+                if (mesh.adjacency[g] != k_none || mesh.adjacency[h] != k_none || g / 3 == h / 3 ||
+                    (strict && mesh.indices[g] == mesh.indices[h]))
+                    continue;
+                mesh.adjacency[g] = h / 3;
+                if (strict || random.chance(0.7f))
+                    mesh.adjacency[h] = g / 3;
+            }
+    }
+}
+
+/// Appends the whole mesh once more, on the same vertices: wound alike or against it, adjacent to
+/// itself only.
+void add_copy(TestMesh& mesh, bool reversed) {
+    const uint32_t corners = uint32_t(mesh.indices.size());
+    for (uint32_t h = 0; h < corners; h++) {
+        const uint32_t t = h / 3, k = h % 3;
+        const uint32_t corner = reversed ? 3 * t + (3 - k) % 3 : h;
+        const uint32_t edge = reversed ? 3 * t + 2 - k : h;
+        mesh.indices.push_back(mesh.indices[corner]);
+        mesh.adjacency.push_back(
+            mesh.adjacency[edge] == k_none ? k_none : mesh.adjacency[edge] + corners / 3);
+        if (!mesh.false_edges.empty())
+            mesh.false_edges.push_back(mesh.false_edges[edge]);
+    }
+}
+
 Case random_case(uint64_t seed) {
     Random random(seed);
     Case c;
@@ -201,6 +244,8 @@ Case random_case(uint64_t seed) {
     }
     c.mesh.connect();
     if (random.chance(0.5f))
+        add_sheets(random, c.mesh);
+    if (random.chance(0.5f))
         add_polygons(random, c.mesh);
     if (random.chance(0.4f))
         add_cuts(random, c.mesh);
@@ -211,6 +256,10 @@ Case random_case(uint64_t seed) {
                 f = 0;
         c.polygons_are_sound = false;
     }
+    if (c.polygons_are_sound && random.chance(0.2f)) {
+        c.single = c.mesh;
+        add_copy(c.mesh, random.chance(0.5f));
+    }
     c.options.max_stretch = random.pick({0.0f, 0.03f, 0.05f, 0.15f, 0.15f, 0.5f, 1.0f});
     c.options.quality = random.chance(0.5f) ? Quality::fast : Quality::quality;
     c.options.width = random.pick({256u, 512u, 1024u});
@@ -219,6 +268,26 @@ Case random_case(uint64_t seed) {
     // Cutting packs several times, which is slow in quality mode.
     c.options.cut_to_pack = c.options.quality == Quality::fast && random.chance(0.1f);
     return c;
+}
+
+/// True when no triangle is without area: what hangs on others does not double.
+bool names_three_places(const TestMesh& mesh) {
+    double least = 1e300, sum = 0;
+    for (uint32_t t = 0; t < mesh.faces(); t++) {
+        double e[2][3], n = 0;
+        for (int k = 0; k < 2; k++)
+            for (int i = 0; i < 3; i++)
+                e[k][i] = double(mesh.positions[3 * mesh.indices[3 * t + 1 + k] + i]) -
+                          mesh.positions[3 * mesh.indices[3 * t] + i];
+        for (int i = 0; i < 3; i++) {
+            const double c =
+                e[0][(i + 1) % 3] * e[1][(i + 2) % 3] - e[0][(i + 2) % 3] * e[1][(i + 1) % 3];
+            n += c * c;
+        }
+        least = std::min(least, std::sqrt(n));
+        sum += std::sqrt(n);
+    }
+    return least > 1e-8 * sum / mesh.faces();
 }
 
 std::string faults_of(uint64_t seed) {
@@ -239,6 +308,13 @@ std::string faults_of(uint64_t seed) {
     std::string text;
     for (const std::string& fault : judge(judged, c.options, result, packed, true).faults)
         text += fault + "\n";
+    if (c.single.faces() != 0 && names_three_places(c.single)) {
+        Result once;
+        if (partition(c.single.view(), c.options, once, adjacency).status != Status::ok ||
+            result.chart_count != 2 * once.chart_count)
+            text += "twice the mesh has " + std::to_string(result.chart_count) + " charts, once " +
+                    std::to_string(once.chart_count) + "\n";
+    }
     if (packed && c.mesh.faces() <= 120) {
         const double gap = smallest_gap(c.mesh, c.options, result);
         if (gap < double(c.options.gutter) - 0.01)

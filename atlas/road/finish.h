@@ -1,0 +1,43 @@
+/// From charts in the making to what packing and emission want: dense numbers, a common scale, and
+/// the whole mesh, copies of sheets and loose triangles included.
+#pragma once
+
+#include "atlas/charts/chart_set.h"
+#include "atlas/geometry/sheets.h"
+#include "atlas/road/emit.h"
+
+namespace tessora::atlas {
+
+/// Shape: corner_class[3*nt], chart[nt], class_uv[2*classes], and per chart: its stretch, whether
+/// it is over the limit, edges[2*edge_begin[c]..2*edge_begin[c+1]] as pairs of classes with the
+/// inside on the left, and the chart whose place it shares (itself, unless stacked).
+struct FinishedCharts {
+    std::vector<uint32_t> corner_class, chart;
+    std::vector<double> class_uv, chart_stretch;
+    std::vector<uint8_t> over_limit;
+    std::vector<uint32_t> edges, edge_begin = {0};
+    std::vector<uint32_t> place;
+
+    uint32_t chart_count() const { return uint32_t(chart_stretch.size()); }
+    EmitCharts to_emit(const Mesh& mesh) const;
+};
+
+/// Charts are numbered by their first triangle, classes by their first corner; every chart is
+/// scaled so that its area is `unit` squared times that of its triangles in space.
+FinishedCharts finish_charts(const ChartSet& set, double limit, double unit);
+
+/// Extends the charts of the triangles that were laid out to all of the mesh. `surface` is that of
+/// the former. Gives, with `charts` as they were, the copies that their sheet's charts do not
+/// serve: divided otherwise, a triangle would be flipped or a chart beyond the limit. Normally
+/// none.
+std::vector<uint32_t> follow_sheets(const Mesh& mesh, const Surface& surface, const Sheets& sheets,
+                                    const Options& options, FinishedCharts& charts);
+
+/// Packs every chart but those that share another's place, which get its placement.
+Packing pack_finished(const FinishedCharts& charts, const PackOptions& options);
+
+/// The caller's adjacency with every chart border opened.
+std::vector<uint32_t> open_adjacency(const Mesh& mesh, const ChartSet& set, const Sheets& sheets,
+                                     const FinishedCharts& charts);
+
+} // namespace tessora::atlas
