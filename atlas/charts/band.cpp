@@ -5,6 +5,8 @@ namespace tessora::atlas {
 Band::Band(const ChartSet& set) : set_(set) {
     ring_.assign(set.node.size(), k_none);
     has_face_.assign(set.surface.face_count, 0);
+    if (set.polygons != nullptr && !set.polygons->empty())
+        is_lead_.assign(set.surface.face_count, 0);
 }
 
 bool Band::grow(const std::vector<uint32_t>& arc_nodes, uint32_t rings) {
@@ -42,6 +44,13 @@ void Band::add_face(uint32_t t) {
         return;
     has_face_[t] = 1;
     faces_.push_back(t);
+    if (is_lead_.empty())
+        return;
+    const uint32_t lead = set_.polygons->lead(t);
+    if (lead != k_none && !is_lead_[lead]) {
+        is_lead_[lead] = 1;
+        leads_.push_back(lead);
+    }
 }
 
 void Band::clear() {
@@ -49,8 +58,11 @@ void Band::clear() {
         ring_[n] = k_none;
     for (uint32_t t : faces_)
         has_face_[t] = 0;
+    for (uint32_t t : leads_)
+        is_lead_[t] = 0;
     nodes_.clear();
     faces_.clear();
+    leads_.clear();
 }
 
 } // namespace tessora::atlas

@@ -17,6 +17,9 @@ public:
     bool grow(const std::vector<uint32_t>& arc_nodes, uint32_t rings);
     /// Adds a triangle without its nodes, if it is not in the band yet.
     void add_face(uint32_t t);
+    /// The triangles that stand for the polygons of the band's triangles, in the band or not.
+    const std::vector<uint32_t>& leads() const { return leads_; }
+    bool has_face(uint32_t t) const { return has_face_[t] != 0; }
     void clear();
 
     const std::vector<uint32_t>& faces() const { return faces_; }
@@ -26,9 +29,10 @@ public:
 
 private:
     const ChartSet& set_;
-    std::vector<uint32_t> faces_, nodes_;
+    std::vector<uint32_t> faces_, nodes_, leads_;
     std::vector<uint32_t> ring_;    ///< per node; k_none outside the band
     std::vector<uint8_t> has_face_; ///< per triangle; 0 outside the band
+    std::vector<uint8_t> is_lead_;  ///< per triangle: 1 if in leads_; empty without polygons
 };
 
 } // namespace tessora::atlas

@@ -54,6 +54,33 @@ StretchSums ChartSet::measure(const std::vector<uint32_t>& faces) const {
     return sums;
 }
 
+/// Whether the corners are in one chart: a polygon that cannot be flattened falls apart.
+bool ChartSet::is_whole(const Polygons::CornerTriangle& corner) const {
+    const uint32_t first = chart[corner.corner[0] / 3];
+    return chart[corner.corner[1] / 3] == first && chart[corner.corner[2] / 3] == first;
+}
+
+void ChartSet::add_polygon(uint32_t lead, StretchSums& sums) const {
+    StretchSums other; // the division of a quad along its other diagonal
+    for (const Polygons::CornerTriangle& corner : polygons->corner_triangles(lead)) {
+        if (!is_whole(corner))
+            return;
+        const Vec2 a = uv[node[corner.corner[0]]], b = uv[node[corner.corner[1]]],
+                   c = uv[node[corner.corner[2]]];
+        if (!(doubled_area(a, b, c) > 2 * k_min_guard_determinant * corner.frame.area()))
+            ++sums.flipped;
+        other.add(triangle_stretch(corner.frame, a, b, c));
+    }
+    const uint32_t half = polygons->other_half(lead);
+    if (half == k_none || other.flipped != 0)
+        return;
+    StretchSums own = sums;
+    own.add(triangle_stretch(surface.frame[half], uv[node[3 * half]], uv[node[3 * half + 1]],
+                             uv[node[3 * half + 2]]));
+    if (own.flipped == 0)
+        sums.excess = std::max(0.0, other.inverse / other.area * own.area - own.inverse);
+}
+
 double ChartSet::true_l2(const Chart& c) const {
     StretchSums sums;
     for (uint32_t t : c.faces) {
@@ -66,8 +93,14 @@ double ChartSet::true_l2(const Chart& c) const {
         const Frame frame{x1, dot(e, f) / x1, length(cross(e, f)) / x1};
         sums.add(
             triangle_stretch(frame, uv[node[3 * t]], uv[node[3 * t + 1]], uv[node[3 * t + 2]]));
+        if (polygons != nullptr && !polygons->empty() && polygons->lead(t) == t) {
+            StretchSums lead = triangle_stretch(surface.frame[t], uv[node[3 * t]],
+                                                uv[node[3 * t + 1]], uv[node[3 * t + 2]]);
+            add_polygon(t, lead);
+            sums.excess += lead.excess;
+        }
     }
-    return sums.area > 0 ? sums.l2() : 1;
+    return sums.area > 0 ? sums.worst_l2() : 1;
 }
 
 void ChartSet::refresh(Chart& c) const {

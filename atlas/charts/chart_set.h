@@ -9,6 +9,7 @@
 #pragma once
 
 #include "atlas/charts/patch.h"
+#include "atlas/charts/polygons.h"
 #include "atlas/geometry/border.h"
 #include "atlas/geometry/surface.h"
 
@@ -33,6 +34,7 @@ public:
     std::vector<Vec2> uv;        ///< per node
     std::vector<uint32_t> chart; ///< per triangle: number of its chart, k_none before it has one
     std::vector<Chart> charts;
+    const Polygons* polygons = nullptr; ///< of the surface; null if they do not matter
 
     /// Glues or unglues h and its mate; nodes are not updated. h must have a mate.
     void set_glued(uint32_t h, bool value) {
@@ -72,9 +74,15 @@ public:
     /// Recomputes a chart's border and border length.
     void trace_border(Chart& c) const;
     StretchSums measure(const std::vector<uint32_t>& faces) const;
+    /// A triangle's share of its chart's sums. The triangle that stands for a polygon answers for
+    /// the polygon's corner triangles as well: it adds those that are flipped, and the excess of a
+    /// convex quad's other diagonal.
     StretchSums measure_face(uint32_t t) const {
-        return triangle_stretch(surface.frame[t], uv[node[3 * t]], uv[node[3 * t + 1]],
-                                uv[node[3 * t + 2]]);
+        StretchSums sums = triangle_stretch(surface.frame[t], uv[node[3 * t]], uv[node[3 * t + 1]],
+                                            uv[node[3 * t + 2]]);
+        if (polygons != nullptr && !polygons->empty() && polygons->lead(t) == t)
+            add_polygon(t, sums);
+        return sums;
     }
     /// The L2 stretch of a chart measured on the original triangles instead of their frames, which
     /// fatten slivers; 1 if no triangle has area.
@@ -85,6 +93,9 @@ public:
     uint32_t add_chart(Chart&& c);
 
 private:
+    void add_polygon(uint32_t lead, StretchSums& sums) const;
+    bool is_whole(const Polygons::CornerTriangle& corner) const;
+
     mutable std::vector<uint8_t>
         traced_; ///< per half-edge: workspace of trace_border; 0 between calls
 };

@@ -20,6 +20,12 @@ void Flattener::load(const Chart& c) {
         }
         copy.patch.add_face(set.surface.frame[t], v[0], v[1], v[2]);
     }
+    if (set.polygons == nullptr || set.polygons->empty())
+        return;
+    for (uint32_t t : c.faces)
+        if (set.polygons->lead(t) == t)
+            for (const Polygons::CornerTriangle& corner : set.polygons->corner_triangles(t))
+                copy.add_guard(corner, set, false);
 }
 
 void Flattener::glue_inside(const std::vector<uint32_t>& faces, bool false_edges_only) {
@@ -128,7 +134,7 @@ bool Flattener::judge_without_moving(Chart& c) {
 }
 
 bool Flattener::passes(const Chart& c) {
-    return c.stretch.flipped == 0 && c.stretch.l2() <= options.limit && judge_outline(c);
+    return c.stretch.flipped == 0 && c.stretch.worst_l2() <= options.limit && judge_outline(c);
 }
 
 /// Relaxes a chart from its current coordinates; true if it is legal and meets the terms
@@ -140,7 +146,7 @@ bool Flattener::improve(Chart& c, RegionTerms terms) {
     const StretchSums sums = patch.stretch();
     const bool flat = sums.flipped == 0 && sums.l2() <= 1 + 1e-7;
     if (flat)
-        return judge(c) && c.stretch.l2() <= terms.max_stretch;
+        return judge(c) && c.stretch.worst_l2() <= terms.max_stretch;
     const int steps = options.thorough ? 4 : 2;
     const bool good_start = terms.may_skip_solver && !options.thorough && sums.flipped == 0 &&
                             sums.l2() <= terms.max_stretch;
@@ -157,7 +163,7 @@ bool Flattener::improve(Chart& c, RegionTerms terms) {
             break;
     }
     copy.store(set);
-    return judge(c) && c.stretch.l2() <= terms.max_stretch;
+    return judge(c) && c.stretch.worst_l2() <= terms.max_stretch;
 }
 
 bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
@@ -181,14 +187,14 @@ bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 
 }
 
 void Flattener::polish(Chart& c, int sweeps) {
-    const double before = c.stretch.l2();
+    const double before = c.stretch.worst_l2();
     if (before <= 1 + 1e-6)
         return;
     load(c);
     const std::vector<Vec2> original = copy.patch.uv;
     copy.patch.relax(sweeps);
     copy.store(set);
-    if (!judge(c) || c.stretch.l2() > before) {
+    if (!judge(c) || c.stretch.worst_l2() > before) {
         copy.patch.uv = original;
         copy.store(set);
         judge(c);

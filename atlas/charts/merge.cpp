@@ -223,6 +223,8 @@ bool Merger::try_run(uint32_t a, uint32_t b, const BorderRun& run) {
 void Merger::commit(Chart&& joined) {
     for (uint32_t t : band_.faces())
         remember_face(t);
+    for (uint32_t t : band_.leads())
+        remember_face(t);
     band_.clear();
     moved_.clear();
     joined.stretch.flipped = 0;

@@ -90,7 +90,7 @@ private:
     };
     /// Stretch sums that a triangle currently contributes to its chart's.
     struct FaceSums {
-        double inverse = 0, flat_area = 0;
+        double inverse = 0, flat_area = 0, excess = 0;
     };
 
     void push_pairs(uint32_t a);

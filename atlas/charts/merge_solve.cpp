@@ -59,7 +59,7 @@ constexpr size_t k_max_fast_band = 8000;
 
 void Merger::remember_face(uint32_t t) {
     const StretchSums sums = set_.measure_face(t);
-    face_sums_[t] = {sums.inverse, sums.flat_area};
+    face_sums_[t] = {sums.inverse, sums.flat_area, sums.excess};
 }
 
 void Merger::take_arc(uint32_t a, uint32_t b, const BorderRun& run) {
@@ -359,6 +359,9 @@ bool Merger::relax_band(uint32_t rings, bool global) {
     for (uint32_t t : band_.faces())
         patch.add_face(set_.surface.frame[t], copy.vertex(set_.node[3 * t]),
                        copy.vertex(set_.node[3 * t + 1]), copy.vertex(set_.node[3 * t + 2]));
+    for (uint32_t t : band_.leads())
+        for (const Polygons::CornerTriangle& corner : set_.polygons->corner_triangles(t))
+            copy.add_guard(corner, set_, true);
     // A few flipped triangles can be untangled at once; many mean that the start is bad.
     const uint32_t flipped = patch.flipped();
     if (flipped != 0 && flipped < band_.faces().size() / 16 + 4)
@@ -382,12 +385,18 @@ bool Merger::relax_band(uint32_t rings, bool global) {
 StretchSums Merger::joined_sums() const {
     StretchSums sums = set_.charts[arc_.a].stretch;
     sums.add(set_.charts[arc_.b].stretch);
-    for (uint32_t t : band_.faces()) {
+    const auto measure_again = [&](uint32_t t) {
         const StretchSums now = set_.measure_face(t);
         sums.inverse += now.inverse - face_sums_[t].inverse;
         sums.flat_area += now.flat_area - face_sums_[t].flat_area;
+        sums.excess += now.excess - face_sums_[t].excess;
         sums.flipped += now.flipped;
-    }
+    };
+    for (uint32_t t : band_.faces())
+        measure_again(t);
+    for (uint32_t t : band_.leads())
+        if (!band_.has_face(t))
+            measure_again(t);
     return sums;
 }
 
@@ -408,7 +417,7 @@ bool Merger::solve(Chart& joined, const std::vector<Vec2>& gap) {
         widest = std::max(widest, length(g));
     const double edge = arc_.length / double(arc_.edges.size());
     if (widest <= k_negligible_gap * edge && close_without_solving(joined, gap))
-        return joined.stretch.l2() <= terms_.limit;
+        return joined.stretch.worst_l2() <= terms_.limit;
     const double extra = k_rings_per_gap * widest / edge;
     uint32_t rings = k_first_rings + uint32_t(std::min(k_max_extra_rings, extra));
     bool whole = band_.grow(arc_.node_b, rings);
@@ -417,7 +426,7 @@ bool Merger::solve(Chart& joined, const std::vector<Vec2>& gap) {
     for (int attempt = 0;; ++attempt) {
         const bool valid = relax_band(rings, whole && attempt > 0);
         joined.stretch = joined_sums();
-        const double l2 = joined.stretch.l2();
+        const double l2 = joined.stretch.worst_l2();
         if (valid && joined.stretch.flipped == 0 && l2 <= terms_.limit)
             return true;
         if ((whole && attempt > 0) || (valid && l2 > hopeless) || !worth_more_work() ||
@@ -441,8 +450,8 @@ bool Merger::legal_once_slits_close(Chart& joined) {
             band_.add_face(c / 3);
         });
     joined.stretch = joined_sums();
-    return legal && joined.stretch.l2() <= terms_.limit && stretch_pays(joined) &&
-           flattener_.judge_outline(joined);
+    return legal && joined.stretch.flipped == 0 && joined.stretch.worst_l2() <= terms_.limit &&
+           stretch_pays(joined) && flattener_.judge_outline(joined);
 }
 
 } // namespace tessora::atlas

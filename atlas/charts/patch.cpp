@@ -9,6 +9,9 @@ namespace {
 /// A triangle whose area shrinks below this factor counts as flipped.
 constexpr double k_min_determinant = 1e-9;
 
+/// A guard keeps this share of its area while vertices move, so that rounding cannot turn it over.
+constexpr double k_min_guard_area = 1e-2;
+
 } // namespace
 
 StretchSums triangle_stretch(const Frame& f, Vec2 a, Vec2 b, Vec2 c) {
@@ -34,6 +37,8 @@ void Patch::clear() {
     shape_.clear();
     frame_.clear();
     star_begin_.clear();
+    guards_.clear();
+    guard_begin_.clear();
 }
 
 uint32_t Patch::add_vertex(Vec2 p, bool pin) {
@@ -44,11 +49,19 @@ uint32_t Patch::add_vertex(Vec2 p, bool pin) {
 
 void Patch::add_face(const Frame& f, uint32_t a, uint32_t b, uint32_t c) {
     corner_.insert(corner_.end(), {a, b, c});
-    shape_.push_back(
-        {{f.x2 / f.y2, (f.x1 - f.x2) / f.y2, (f.x2 * (f.x2 - f.x1) + f.y2 * f.y2) / (f.x1 * f.y2)},
-         f.area(),
-         1 / f.area()});
+    shape_.push_back(shape_of(f));
     frame_.push_back(f);
+}
+
+void Patch::add_guard(const Frame& f, uint32_t a, uint32_t b, uint32_t c) {
+    guards_.push_back({{a, b, c}, shape_of(f)});
+}
+
+Patch::FaceShape Patch::shape_of(const Frame& f) {
+    return {
+        {f.x2 / f.y2, (f.x1 - f.x2) / f.y2, (f.x2 * (f.x2 - f.x1) + f.y2 * f.y2) / (f.x1 * f.y2)},
+        f.area(),
+        1 / f.area()};
 }
 
 void Patch::build_stars() {
@@ -69,11 +82,46 @@ void Patch::build_stars() {
         star_[at[v[1]]++] = {v[2], v[0], cot[1], cot[2], cot[0], s.area, s.inverse_area};
         star_[at[v[2]]++] = {v[0], v[1], cot[2], cot[0], cot[1], s.area, s.inverse_area};
     }
+    if (guards_.empty())
+        return;
+    guard_begin_.assign(uv.size() + 1, 0);
+    for (const Guard& guard : guards_)
+        for (uint32_t v : guard.corner)
+            ++guard_begin_[v + 1];
+    for (size_t v = 0; v < uv.size(); ++v)
+        guard_begin_[v + 1] += guard_begin_[v];
+    guard_star_.resize(3 * guards_.size());
+    at.assign(guard_begin_.begin(), guard_begin_.end() - 1);
+    for (const Guard& guard : guards_)
+        for (uint32_t k = 0; k < 3; ++k) {
+            const FaceShape& s = guard.shape;
+            const uint32_t k1 = (k + 1) % 3, k2 = (k + 2) % 3;
+            guard_star_[at[guard.corner[k]]++] = {{guard.corner[k1], guard.corner[k2], s.cot[k],
+                                                   s.cot[k1], s.cot[k2], s.area, s.inverse_area},
+                                                  0};
+        }
+}
+
+/// A guard that is small or flipped already may stay so, but must not shrink much further.
+void Patch::set_guard_floors() {
+    for (uint32_t v = 0; v < uv.size() && !guards_.empty(); ++v)
+        for (uint32_t i = guard_begin_[v]; i < guard_begin_[v + 1]; ++i) {
+            GuardSpoke& g = guard_star_[i];
+            const double now = doubled_area(uv[v], uv[g.spoke.q], uv[g.spoke.r]);
+            const double floor = std::min(k_min_guard_area * 2 * g.spoke.area, 0.5 * now);
+            g.least = std::max(2 * k_min_guard_determinant * g.spoke.area, floor);
+        }
 }
 
 /// Energy of the triangles around v with v moved to p; infinite if one of them is flipped.
 double Patch::star_energy(uint32_t v, Vec2 p) const {
     double energy = 0;
+    if (!guards_.empty())
+        for (uint32_t i = guard_begin_[v]; i < guard_begin_[v + 1]; ++i) {
+            const GuardSpoke& g = guard_star_[i];
+            if (!(doubled_area(p, uv[g.spoke.q], uv[g.spoke.r]) > g.least))
+                return std::numeric_limits<double>::infinity();
+        }
     for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
         const Spoke& s = star_[i];
         const Vec2 q = uv[s.q], r = uv[s.r];
@@ -128,6 +176,15 @@ double Patch::longest_step(uint32_t v, Vec2 direction) const {
         if (change * step < -0.9 * now)
             step = -0.9 * now / change;
     }
+    if (!guards_.empty())
+        for (uint32_t i = guard_begin_[v]; i < guard_begin_[v + 1]; ++i) {
+            const GuardSpoke& g = guard_star_[i];
+            const Vec2 q = uv[g.spoke.q], r = uv[g.spoke.r];
+            const double spare = doubled_area(p, q, r) - g.least;
+            const double change = direction.x * (q.y - r.y) + direction.y * (r.x - q.x);
+            if (change * step < -0.9 * spare)
+                step = std::max(0.0, -0.9 * spare / change);
+        }
     return step;
 }
 
@@ -185,6 +242,7 @@ void Patch::activate_star(uint32_t v) {
 
 double Patch::relax(int sweeps) {
     build_stars();
+    set_guard_floors();
     double saved = 0, energy = 0;
     for (const FaceShape& shape : shape_)
         energy += 4 * shape.area; // the energy of an isometry
@@ -220,6 +278,8 @@ StretchSums Patch::stretch() const {
         sums.inverse += 0.25 * norm * inverse * inverse;
         sums.flat_area += 0.5 * doubled;
     }
+    for (const Guard& guard : guards_)
+        sums.flipped += is_flipped(guard);
     return sums;
 }
 
@@ -229,8 +289,16 @@ bool Patch::is_flipped(uint32_t t) const {
     return !(doubled > 2 * k_min_determinant * shape_[t].area);
 }
 
+bool Patch::is_flipped(const Guard& guard) const {
+    const uint32_t* v = guard.corner;
+    return !(doubled_area(uv[v[0]], uv[v[1]], uv[v[2]]) >
+             2 * k_min_guard_determinant * guard.shape.area);
+}
+
 uint32_t Patch::flipped() const {
     uint32_t count = 0;
+    for (const Guard& guard : guards_)
+        count += is_flipped(guard);
     for (uint32_t t = 0; t < shape_.size(); ++t)
         count += is_flipped(t);
     return count;

@@ -18,19 +18,27 @@ struct StretchSums {
     double area = 0;      ///< sum A
     double inverse = 0;   ///< sum A (s1^-2 + s2^-2) / 2
     double flat_area = 0; ///< sum A s1 s2
+    double excess = 0;    ///< what `inverse` grows by when every quad takes its worse diagonal
     uint32_t flipped = 0; ///< number of triangles without positive area
 
     void add(const StretchSums& o) {
         area += o.area;
         inverse += o.inverse;
         flat_area += o.flat_area;
+        excess += o.excess;
         flipped += o.flipped;
     }
     /// L2 stretch, 1 for an isometry up to scale; meaningless if a triangle is flipped.
     double l2() const { return std::sqrt(inverse * flat_area) / area; }
+    /// The same with every convex quad divided along the diagonal that stretches it more. This is
+    /// what the caller's limit holds for.
+    double worst_l2() const { return std::sqrt((inverse + excess) * flat_area) / area; }
 };
 
 /// The sums of a single triangle with the UV corners a, b, c.
+/// A guard whose area shrinks below this factor counts as flipped.
+constexpr double k_min_guard_determinant = 1e-6;
+
 StretchSums triangle_stretch(const Frame& frame, Vec2 a, Vec2 b, Vec2 c);
 
 class Patch {
@@ -59,8 +67,10 @@ public:
     /// smooth approximation of surface triangulations", 1997). No triangle flips if the patch is a
     /// disk. Ignores pins. False if the linear system cannot be factored.
     bool tutte(const std::vector<uint32_t>& loop);
+    /// Adds a triangle that only has to stay positive: it has no energy and no stretch.
+    void add_guard(const Frame& frame, uint32_t a, uint32_t b, uint32_t c);
     StretchSums stretch() const;
-    uint32_t flipped() const; ///< number of triangles without positive area
+    uint32_t flipped() const; ///< number of triangles and guards without positive area
 
     std::vector<Vec2> uv;
     std::vector<uint8_t> pinned;
@@ -80,7 +90,18 @@ private:
         Vec2 g;
         double xx = 0, xy = 0, yy = 0;
     };
+    /// A guard seen from one of its corners.
+    struct GuardSpoke {
+        Spoke spoke;
+        double least; ///< twice the area that relax keeps
+    };
+    struct Guard {
+        uint32_t corner[3];
+        FaceShape shape;
+    };
     void build_stars();
+    void set_guard_floors();
+    static FaceShape shape_of(const Frame& frame);
     double star_energy(uint32_t v, Vec2 p) const;
     bool derivatives(uint32_t v, Quadratic& q, double& energy) const;
     static bool descent_direction(Quadratic q, double min_curvature, Vec2& direction);
@@ -88,6 +109,10 @@ private:
     double relax_vertex(uint32_t v);
     void activate_star(uint32_t v);
     bool is_flipped(uint32_t t) const;
+    bool is_flipped(const Guard& guard) const;
+    uint32_t guard_count(uint32_t v) const {
+        return guards_.empty() ? 0 : guard_begin_[v + 1] - guard_begin_[v];
+    }
     double offset_energy(uint32_t v, Vec2 p, double offset) const;
     Quadratic offset_derivatives(uint32_t v, double offset) const;
     void untangle_vertex(uint32_t v, double offset);
@@ -97,6 +122,9 @@ private:
     std::vector<Frame> frame_;         ///< per triangle
     std::vector<uint32_t> star_begin_; ///< per vertex: where its spokes begin in star_
     std::vector<Spoke> star_; ///< repeats shape_ and corner_ in the order in which relax reads them
+    std::vector<Guard> guards_;
+    std::vector<uint32_t> guard_begin_; ///< per vertex, into guard_star_; empty without guards
+    std::vector<GuardSpoke> guard_star_;
     std::vector<uint8_t> active_; ///< per vertex: its star has changed since relax last moved it
 };
 

@@ -26,6 +26,16 @@ struct PatchCopy {
         }
         return vertex_[node];
     }
+    /// Copies a polygon's corner triangle as a guard, with those of its nodes that are missing.
+    void add_guard(const Polygons::CornerTriangle& corner, const ChartSet& set, bool pinned) {
+        uint32_t v[3];
+        for (int k = 0; k < 3; ++k) {
+            const uint32_t n = set.node[corner.corner[k]];
+            v[k] = add_node(n, set.uv[n], pinned);
+        }
+        if (!patch.pinned[v[0]] || !patch.pinned[v[1]] || !patch.pinned[v[2]])
+            patch.add_guard(corner.frame, v[0], v[1], v[2]);
+    }
     /// The patch vertex of a node that was added.
     uint32_t vertex(uint32_t node) const { return vertex_[node]; }
     /// Writes the patch's coordinates back to the nodes.

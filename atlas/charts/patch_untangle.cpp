@@ -19,14 +19,17 @@ double lifted(double d, double offset) {
 /// for flipped triangles too.
 double Patch::offset_energy(uint32_t v, Vec2 p, double offset) const {
     double energy = 0;
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
-        const Spoke& s = star_[i];
+    const auto add = [&](const Spoke& s) {
         const Vec2 q = uv[s.q], r = uv[s.r];
         const double norm = 0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(p - r, p - r) +
                                    s.cot_r * dot(p - q, p - q));
         const double x = lifted(doubled_area(p, q, r) / (2 * s.area), offset);
         energy += norm * (1 + 1 / (x * x));
-    }
+    };
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i)
+        add(star_[i]);
+    for (uint32_t i = 0; i < guard_count(v); ++i)
+        add(guard_star_[guard_begin_[v] + i].spoke);
     return energy;
 }
 
@@ -34,8 +37,7 @@ double Patch::offset_energy(uint32_t v, Vec2 p, double offset) const {
 Patch::Quadratic Patch::offset_derivatives(uint32_t v, double offset) const {
     Quadratic h;
     const Vec2 p = uv[v];
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
-        const Spoke& s = star_[i];
+    const auto add = [&](const Spoke& s) {
         const Vec2 q = uv[s.q], r = uv[s.r];
         const Vec2 pr = p - r, pq = p - q;
         const double norm =
@@ -51,7 +53,11 @@ Patch::Quadratic Patch::offset_derivatives(uint32_t v, double offset) const {
         h.xx += (s.cot_q + s.cot_r) * k1 + k3 * dx.x * dx.x;
         h.yy += (s.cot_q + s.cot_r) * k1 + k3 * dx.y * dx.y;
         h.xy += k3 * dx.x * dx.y;
-    }
+    };
+    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i)
+        add(star_[i]);
+    for (uint32_t i = 0; i < guard_count(v); ++i)
+        add(guard_star_[guard_begin_[v] + i].spoke);
     return h;
 }
 
@@ -87,19 +93,23 @@ void Patch::untangle(int rounds) {
     double offset = k_first_offset;
     for (int round = 0; round < rounds; ++round, offset *= k_offset_factor) {
         bool clean = true;
-        for (uint32_t t = 0; t < shape_.size(); ++t) {
-            if (!is_flipped(t))
-                continue;
+        const auto add_around = [&](const uint32_t* corner) { // corners and their neighbours
             clean = false;
-            for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) { // its corners and their neighbours
-                const uint32_t hub = corner_[c];
+            for (uint32_t k = 0; k < 3; ++k) {
+                const uint32_t hub = corner[k];
                 add(hub);
                 for (uint32_t i = star_begin_[hub]; i < star_begin_[hub + 1]; ++i) {
                     add(star_[i].q);
                     add(star_[i].r);
                 }
             }
-        }
+        };
+        for (uint32_t t = 0; t < shape_.size(); ++t)
+            if (is_flipped(t))
+                add_around(&corner_[3 * t]);
+        for (const Guard& guard : guards_)
+            if (is_flipped(guard))
+                add_around(guard.corner);
         if (clean)
             return;
         for (int sweep = 0; sweep < k_sweeps; ++sweep)

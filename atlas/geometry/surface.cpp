@@ -75,18 +75,20 @@ void normalise_positions(const Mesh& mesh, Surface& s) {
         s.position[v] = (point(v) - centre) * (1 / unit);
 }
 
+constexpr double k_min_area = 1e-9; // of the mean triangle
+
 /// The frame of a triangle, with a minimum height so that all solves are regular. The longest edge
 /// keeps its length. The height is at least a millionth of it; such fattening costs no stretch,
 /// because L2 stretch only counts shrinking.
-Frame sliver_frame(Vec3 a, Vec3 b, Vec3 c, double min_area) {
+Frame sliver_frame(Vec3 a, Vec3 b, Vec3 c) {
     const double ab = length(b - a), bc = length(c - b), ca = length(a - c);
     const double base = std::max({ab, bc, ca});
     if (!(base > 0)) {
-        const double side = std::sqrt(2 * min_area);
+        const double side = std::sqrt(2 * k_min_area);
         return {side, 0, side};
     }
     const double doubled = length(cross(b - a, c - a));
-    const double height = std::max({doubled / base, 1e-6 * base, 2 * min_area / base});
+    const double height = std::max({doubled / base, 1e-6 * base, 2 * k_min_area / base});
     // Lay the longest edge along x, then turn the result so that edge 0 lies along x.
     const auto foot = [base](double left, double right) {
         return std::min(base, std::max(0.0, 0.5 * (base + (left * left - right * right) / base)));
@@ -108,14 +110,13 @@ void build_frames(Surface& s) {
     s.normal.assign(s.face_count, Vec3{});
     s.degenerate.assign(s.face_count, 0);
     s.total_area = 0;
-    const double min_area = 1e-9; // of the mean triangle
     for (uint32_t t = 0; t < s.face_count; ++t) {
         const uint32_t* v = &s.vertex[3 * size_t(t)];
         const Vec3 a = s.position[v[0]], b = s.position[v[1]], c = s.position[v[2]];
         const Vec3 n = cross(b - a, c - a);
         const double doubled = length(n);
-        s.frame[t] = sliver_frame(a, b, c, min_area);
-        if (doubled <= 2 * min_area || v[0] == v[1] || v[1] == v[2] || v[2] == v[0])
+        s.frame[t] = sliver_frame(a, b, c);
+        if (doubled <= 2 * k_min_area || v[0] == v[1] || v[1] == v[2] || v[2] == v[0])
             s.degenerate[t] = 1;
         else
             s.normal[t] = n * (1 / doubled);
@@ -124,6 +125,8 @@ void build_frames(Surface& s) {
 }
 
 } // namespace
+
+Frame frame_of(Vec3 a, Vec3 b, Vec3 c) { return sliver_frame(a, b, c); }
 
 Failure build_surface(const Mesh& mesh, Surface& s) {
     const Failure failure = check_arrays(mesh);

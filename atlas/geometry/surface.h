@@ -44,6 +44,10 @@ struct Surface {
     }
 };
 
+/// The frame of a triangle. Slivers are fattened: the height is at least a millionth of the longest
+/// edge, which costs no stretch, since only shrinking does.
+Frame frame_of(Vec3 a, Vec3 b, Vec3 c);
+
 /// Checks the caller's arrays and builds the surface. On failure `surface` is unspecified.
 Failure build_surface(const Mesh& mesh, Surface& surface);
 

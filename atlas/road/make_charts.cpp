@@ -87,10 +87,12 @@ void unite_open_components(ChartStages& stages) {
 } // namespace
 
 ChartStages::ChartStages(Surface& s, const Options& options)
-    : surface(s), atoms(build_atoms(s)), hardness(measure_hardness(s)),
+    : surface(s), atoms(build_atoms(s)), polygons(s, atoms), hardness(measure_hardness(s)),
       max_stretch(options.max_stretch), set(s),
       flattener(set, {stretch_limit(options.max_stretch), options.quality == Quality::quality}),
-      smoother(flattener, atoms, hardness) {}
+      smoother(flattener, atoms, hardness) {
+    set.polygons = &polygons;
+}
 
 bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     const FlattenOptions& options = stages.flattener.options;

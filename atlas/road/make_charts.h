@@ -17,6 +17,7 @@ struct ChartStages {
 
     const Surface& surface;
     const Atoms atoms;
+    const Polygons polygons;
     const std::vector<float> hardness; ///< per triangle, from measure_hardness
     const float max_stretch;           ///< the caller's, 0..1
     ChartSet set;
