@@ -81,7 +81,7 @@ void ChartSet::add_polygon(uint32_t lead, StretchSums& sums) const {
         sums.excess = std::max(0.0, other.inverse / other.area * own.area - own.inverse);
 }
 
-double ChartSet::true_l2(const Chart& c) const {
+StretchSums ChartSet::true_stretch(const Chart& c) const {
     StretchSums sums;
     for (uint32_t t : c.faces) {
         if (surface.degenerate[t])
@@ -100,7 +100,7 @@ double ChartSet::true_l2(const Chart& c) const {
             sums.excess += lead.excess;
         }
     }
-    return sums.area > 0 ? sums.worst_l2() : 1;
+    return sums;
 }
 
 void ChartSet::refresh(Chart& c) const {

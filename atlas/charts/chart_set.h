@@ -84,9 +84,9 @@ public:
             add_polygon(t, sums);
         return sums;
     }
-    /// The L2 stretch of a chart measured on the original triangles instead of their frames, which
-    /// fatten slivers; 1 if no triangle has area.
-    double true_l2(const Chart& c) const;
+    /// The sums of a chart measured on the original triangles instead of their frames, which fatten
+    /// slivers; triangles without area are left out.
+    StretchSums true_stretch(const Chart& c) const;
     /// The UV polygons of a chart's border.
     void outline(const Chart& c, Outline& outline) const;
     /// Appends a chart and returns its number.

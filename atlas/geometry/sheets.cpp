@@ -540,6 +540,13 @@ attach_loose(Span<uint32_t> vertex, const LooseHints& hints, const std::vector<u
             edges.place(t);
     std::vector<Attachment> attachments;
     std::deque<uint32_t> todo(loose.begin(), loose.end());
+    // Triangles of polygons that have area go first, so that those polygons stay whole.
+    std::stable_partition(todo.begin(), todo.end(), [&](uint32_t t) {
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
+            if (hints.inner_mate[h] != k_none && placed[hints.inner_mate[h] / 3])
+                return true;
+        return false;
+    });
     const auto place = [&](uint32_t t) {
         placed[t] = 1;
         const std::vector<uint32_t> waited = edges.place(t);

@@ -294,9 +294,10 @@ FinishedCharts finish_charts(const ChartSet& set, double limit, double unit) {
             source.push_back(c);
             const StretchSums& sums = set.charts[c].stretch;
             scale.push_back(unit * std::sqrt(sums.area / sums.flat_area));
-            const double l2 = set.true_l2(set.charts[c]);
-            out.chart_stretch.push_back(std::max(0.0, 1 - 1 / l2));
-            out.over_limit.push_back(l2 > limit * (1 + 1e-6));
+            const StretchSums exact = set.true_stretch(set.charts[c]);
+            const bool has_area = exact.area > 0;
+            out.chart_stretch.push_back(has_area ? std::max(0.0, 1 - 1 / exact.l2()) : 0);
+            out.over_limit.push_back(has_area && exact.worst_l2() > limit * (1 + 1e-6));
             out.place.push_back(number[c]);
         }
         out.chart[t] = number[c];

@@ -42,6 +42,7 @@ public:
         measure_triangles();
         check_gluing();
         check_charts();
+        check_polygons();
         if (packed_)
             check_range();
         if (overlaps)
@@ -68,6 +69,9 @@ private:
     void check_gluing();
     void check_charts();
     void check_range();
+    void check_polygons();
+    void check_polygon(const std::vector<uint32_t>& loop, std::vector<double>& worse);
+    Sums sums_of(uint32_t a, uint32_t b, uint32_t c) const;
     void check_overlaps();
     bool triangles_overlap(uint32_t a, uint32_t b, double tolerance) const;
 
@@ -77,6 +81,8 @@ private:
     const bool packed_;
     Judgement out;
     std::vector<double> area_;
+    std::vector<uint32_t> inner_mate_; ///< per half-edge: across a false edge
+    std::vector<Sums> chart_sums_;
     double least_area_ = 0;
 };
 
@@ -155,6 +161,7 @@ void Judge::measure_triangles() {
     std::vector<uint8_t> chart_over(result.chart_count, 0);
     for (uint32_t t : result.over_limit)
         chart_over[result.chart[t]] = 1;
+    chart_sums_ = sums;
     double reported = 0;
     for (uint32_t c = 0; c < result.chart_count; ++c) {
         if (!(sums[c].area > 0))
@@ -187,6 +194,7 @@ void Judge::check_gluing() {
         const uint32_t a = mesh.indices[h], b = mesh.indices[h % 3 == 2 ? h - 2 : h + 1];
         uses[{std::min(a, b), std::max(a, b)}].push_back(h);
     }
+    inner_mate_.assign(mesh.indices.size(), k_none);
     std::vector<uint32_t> parent(mesh.indices.size());
     std::iota(parent.begin(), parent.end(), 0);
     const auto find = [&](uint32_t x) {
@@ -212,6 +220,10 @@ void Judge::check_gluing() {
                 if (joined && same) {
                     parent[find(g)] = find(h1);
                     parent[find(g1)] = find(h);
+                }
+                if (joined && marked) {
+                    inner_mate_[g] = h;
+                    inner_mate_[h] = g;
                 }
                 if (joined && marked && result.chart[g / 3] != result.chart[h / 3])
                     fault("false edge " + std::to_string(g) + " is a chart border");
@@ -286,6 +298,106 @@ void Judge::check_charts() {
     out.charts = uint32_t(root_of_chart.size());
     if (out.charts != result.chart_count)
         fault("chart count is wrong");
+}
+
+/// The triangle of three corners, anywhere in the mesh.
+Sums Judge::sums_of(uint32_t a, uint32_t b, uint32_t c) const {
+    const P3 e = minus(position(mesh.indices[b]), position(mesh.indices[a]));
+    const P3 f = minus(position(mesh.indices[c]), position(mesh.indices[a]));
+    const P3 n = cross(e, f);
+    const double doubled = std::sqrt(dot(n, n)), x1 = std::sqrt(dot(e, e));
+    const double x2 = dot(e, f) / x1, y2 = doubled / x1;
+    const P2 p = uv(a), q = uv(b), r = uv(c);
+    const P2 s{(q.x - p.x) / x1, (q.y - p.y) / x1};
+    const P2 u{((r.x - p.x) - s.x * x2) / y2, ((r.y - p.y) - s.y * x2) / y2};
+    Sums sums;
+    sums.area = 0.5 * doubled;
+    sums.flat = 0.5 * cross(p, q, r);
+    const double det = sums.flat / sums.area;
+    sums.inverse = sums.area * 0.5 * (s.x * s.x + s.y * s.y + u.x * u.x + u.y * u.y) / (det * det);
+    return sums;
+}
+
+/// Polygons that are convex in space, every corner's turn over a thousandth of the squared area,
+/// turn left at every corner in the texture; corners of others that turn left do not turn right.
+/// Charts keep the limit with every convex quad along its worse diagonal.
+void Judge::check_polygons() {
+    std::vector<uint8_t> seen(mesh.indices.size(), 0);
+    std::vector<double> worse(result.chart_count, 0.0);
+    for (uint32_t h = 0; h < mesh.indices.size(); ++h) {
+        if (seen[h] || inner_mate_[h] != k_none || hangs_loose(h / 3))
+            continue;
+        std::vector<uint32_t> loop;
+        std::map<uint32_t, int> faces;
+        bool sound = true;
+        uint32_t at = h;
+        do {
+            seen[at] = 1;
+            loop.push_back(at);
+            faces[at / 3]++;
+            at = at % 3 == 2 ? at - 2 : at + 1;
+            while (inner_mate_[at] != k_none) {
+                at = inner_mate_[at];
+                faces[at / 3]++;
+                at = at % 3 == 2 ? at - 2 : at + 1;
+            }
+        } while (at != h);
+        for (const auto& [t, count] : faces)
+            sound = sound && !hangs_loose(t);
+        if (sound && loop.size() > 3 && faces.size() + 2 == loop.size())
+            check_polygon(loop, worse);
+    }
+    std::vector<uint8_t> over(result.chart_count, 0);
+    for (uint32_t t : result.over_limit)
+        over[result.chart[t]] = 1;
+    for (uint32_t c = 0; c < result.chart_count; ++c) {
+        Sums sums = chart_sums_[c];
+        sums.inverse += worse[c];
+        if (!over[c] && sums.area > 0 && options.max_stretch < 1 &&
+            sums.l2() > 1 / (1 - options.max_stretch) + 5e-4)
+            fault("chart " + std::to_string(c) + " has L2 " + std::to_string(sums.l2()) +
+                  " along other diagonals");
+    }
+}
+
+void Judge::check_polygon(const std::vector<uint32_t>& loop, std::vector<double>& worse) {
+    const size_t n = loop.size();
+    P3 axis{0, 0, 0};
+    const auto at = [&](size_t i) { return position(mesh.indices[loop[i % n]]); };
+    for (size_t i = 2; i < n; ++i) {
+        const P3 c = cross(minus(at(i - 1), at(0)), minus(at(i), at(0)));
+        axis = {axis.x + c.x / 2, axis.y + c.y / 2, axis.z + c.z / 2};
+    }
+    bool convex = true;
+    for (size_t i = 0; i < n; ++i) {
+        const double turn = dot(cross(minus(at(i), at(i + n - 1)), minus(at(i + 1), at(i))), axis);
+        const double least = 1e-3 * dot(axis, axis);
+        convex = convex && turn > least;
+        const P2 a = uv(loop[(i + n - 1) % n]), b = uv(loop[i]), c = uv(loop[(i + 1) % n]);
+        const double reach = std::fabs(c.x - b.x) + std::fabs(c.y - b.y) + std::fabs(b.x - a.x) +
+                             std::fabs(b.y - a.y);
+        double size = 1;
+        for (const P2 p : {a, b, c})
+            size = std::max({size, std::fabs(p.x), std::fabs(p.y)});
+        if (turn > 1.001 * least && cross(a, b, c) < -4e-7 * size * reach)
+            fault("corner " + std::to_string(loop[i]) + " of a polygon turns right");
+    }
+    if (!convex || n != 4)
+        return;
+    Sums own, other;
+    const size_t first = loop[0] / 3 == loop[1] / 3 ? 0 : 1; // the tip of a triangle is next
+    for (size_t i = 0; i < 4; i += 2) {
+        const Sums a =
+            sums_of(loop[(first + i) % 4], loop[(first + i + 1) % 4], loop[(first + i + 2) % 4]);
+        const Sums b = sums_of(loop[(first + i + 1) % 4], loop[(first + i + 2) % 4],
+                               loop[(first + i + 3) % 4]);
+        own.area += a.area;
+        own.inverse += a.inverse;
+        other.area += b.area;
+        other.inverse += b.inverse;
+    }
+    worse[result.chart[loop[0] / 3]] +=
+        std::max(0.0, other.inverse / other.area * own.area - own.inverse);
 }
 
 void Judge::check_range() {
