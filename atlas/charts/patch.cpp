@@ -102,13 +102,13 @@ void Patch::build_stars() {
         }
 }
 
-/// A guard that is small or flipped already may stay so, but must not shrink much further.
+/// A guard that is smaller than the floor already may stay so, but must not shrink further.
 void Patch::set_guard_floors() {
     for (uint32_t v = 0; v < uv.size() && !guards_.empty(); ++v)
         for (uint32_t i = guard_begin_[v]; i < guard_begin_[v + 1]; ++i) {
             GuardSpoke& g = guard_star_[i];
             const double now = doubled_area(uv[v], uv[g.spoke.q], uv[g.spoke.r]);
-            const double floor = std::min(k_min_guard_area * 2 * g.spoke.area, 0.5 * now);
+            const double floor = std::min(k_min_guard_area * 2 * g.spoke.area, now);
             g.least = std::max(2 * k_min_guard_determinant * g.spoke.area, floor);
         }
 }
@@ -119,7 +119,7 @@ double Patch::star_energy(uint32_t v, Vec2 p) const {
     if (!guards_.empty())
         for (uint32_t i = guard_begin_[v]; i < guard_begin_[v + 1]; ++i) {
             const GuardSpoke& g = guard_star_[i];
-            if (!(doubled_area(p, uv[g.spoke.q], uv[g.spoke.r]) > g.least))
+            if (!(doubled_area(p, uv[g.spoke.q], uv[g.spoke.r]) >= g.least))
                 return std::numeric_limits<double>::infinity();
         }
     for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
