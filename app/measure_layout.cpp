@@ -78,6 +78,9 @@ void add_fault_figures(const Judgement& judgement, Json& out) {
     out["unmapped_polygons"] = m.unmapped_polygons.size();
     out["flipped"] = m.flipped.size();
     out["collapsed"] = m.collapsed.size();
+    out["dented"] = m.dented.size();
+    out["turned"] = m.turned.size();
+    out["split_polygons"] = m.split_polygons;
     out["unresolved"] = m.unresolved;
     out["mirrored_charts"] = m.mirrored.size();
     out["overlap_pairs_within"] = m.overlaps.pairs_within;
@@ -148,6 +151,9 @@ void add_fault_lines(const Judgement& judgement, Table& table) {
     table.line("unmapped corners", m.unmapped_corners);
     table.line("flipped triangles", double(m.flipped.size()));
     table.line("collapsed triangles", double(m.collapsed.size()));
+    table.line("dented polygons", double(m.dented.size()), "convex in space, not in the texture");
+    table.line("turned corners", double(m.turned.size()),
+               "other polygons with a corner that turns");
     table.line("mirrored charts", double(m.mirrored.size()));
     table.line("overlaps within", double(m.overlaps.pairs_within), note);
     table.line("overlaps between", double(m.overlaps.pairs_between), note);

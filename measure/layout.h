@@ -12,7 +12,8 @@ namespace measure {
 inline constexpr uint32_t k_none = 0xFFFFFFFFu;
 
 /// Shape: positions[3*nv], uvs[2*nu], corner_vertex[nc], corner_uv[nc], triangle_corners[3*nt],
-///        triangle_polygon[nt]. Triangles wind like their polygons.
+///        triangle_polygon[nt]. Triangles wind like their polygons. A polygon of n corners has them
+///        in order under consecutive numbers, and n - 2 triangles in a row.
 struct Layout {
     std::vector<float> positions;           ///< object space, as multiples of `unit`
     std::vector<float> uvs;                 ///< u v, 0..1 within the texture

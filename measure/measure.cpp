@@ -1,6 +1,7 @@
 #include "measure/measure.h"
 
 #include "measure/charts.h"
+#include "measure/polygons.h"
 #include "measure/shape.h"
 
 #include <algorithm>
@@ -58,7 +59,11 @@ private:
 
     void measure_stretch() {
         result_.maps = map_triangles(layout_, texture_, charts_);
-        std::vector<StretchSum> sums = sum_stretch(result_.maps, charts_, spacing_);
+        PolygonShapes shapes = find_polygon_shapes(layout_, texture_, charts_, result_.maps);
+        std::vector<StretchSum> sums = sum_stretch(result_.maps, shapes.quads, charts_, spacing_);
+        result_.dented = std::move(shapes.dented);
+        result_.turned = std::move(shapes.turned);
+        result_.split_polygons = shapes.split;
         result_.whole = sums.back();
         result_.charts.resize(charts_.chart_count);
         for (uint32_t c = 0; c < charts_.chart_count; ++c)
@@ -168,19 +173,27 @@ bool is_mapped(const Layout& layout, uint32_t triangle) {
 }
 
 Triangle2 texel_triangle(const Layout& layout, const Texture& texture, uint32_t triangle) {
+    return texel_triangle(layout, texture, &layout.triangle_corners[3 * triangle]);
+}
+
+Triangle3 space_triangle(const Layout& layout, uint32_t triangle) {
+    return space_triangle(layout, &layout.triangle_corners[3 * triangle]);
+}
+
+Triangle2 texel_triangle(const Layout& layout, const Texture& texture, const uint32_t* corners) {
     Triangle2 result;
     for (int k = 0; k < 3; ++k) {
-        const uint32_t uv = layout.corner_uv[layout.triangle_corners[3 * triangle + k]];
+        const uint32_t uv = layout.corner_uv[corners[k]];
         result.p[k] = {layout.uvs[2 * uv] * texture.width, layout.uvs[2 * uv + 1] * texture.height};
     }
     return result;
 }
 
-Triangle3 space_triangle(const Layout& layout, uint32_t triangle) {
+Triangle3 space_triangle(const Layout& layout, const uint32_t* corners) {
     double edge[2][3];
-    const uint32_t origin = layout.corner_vertex[layout.triangle_corners[3 * triangle]];
+    const uint32_t origin = layout.corner_vertex[corners[0]];
     for (int k = 0; k < 2; ++k) {
-        const uint32_t v = layout.corner_vertex[layout.triangle_corners[3 * triangle + k + 1]];
+        const uint32_t v = layout.corner_vertex[corners[k + 1]];
         for (int axis = 0; axis < 3; ++axis)
             edge[k][axis] = static_cast<double>(layout.positions[3 * v + axis]) -
                             layout.positions[3 * origin + axis];

@@ -60,6 +60,11 @@ struct Measures {
     std::vector<uint32_t> mirrored;  ///< charts
     Overlaps overlaps;
 
+    /// Polygons, ascending; see polygons.h.
+    std::vector<uint32_t> dented; ///< convex in space, not in the texture: some fan has a flip
+    std::vector<uint32_t> turned; ///< others with a corner that comes to turn right
+    uint32_t split_polygons = 0;  ///< with triangles in several charts; in neither list
+
     std::optional<Gap> gap;                                 ///< none if fewer than two charts
     std::optional<double> border;                           ///< to the unit square, in texels
     double uv_low[2] = {0.0, 0.0}, uv_high[2] = {0.0, 0.0}; ///< range of the mapped UVs

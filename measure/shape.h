@@ -42,6 +42,10 @@ Triangle2 texel_triangle(const Layout& layout, const Texture& texture, uint32_t 
 
 Triangle3 space_triangle(const Layout& layout, uint32_t triangle);
 
+/// The same for any three polygon corners.
+Triangle2 texel_triangle(const Layout& layout, const Texture& texture, const uint32_t* corners);
+Triangle3 space_triangle(const Layout& layout, const uint32_t* corners);
+
 /// 3D length of the edge between two vertices.
 double edge_length(const Layout& layout, uint32_t vertex_a, uint32_t vertex_b);
 

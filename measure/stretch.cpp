@@ -37,6 +37,7 @@ TriangleMap map_triangle(const Triangle3& space, const Triangle2& texels) {
 
 struct Running {
     double area = 0.0, texel_area = 0.0, weight = 0.0, squares = 0.0, floor_squares = 0.0;
+    double excess = 0.0, floor_excess = 0.0; // of the worse diagonals of quads
     double steepest = 0.0;
 
     void add(const TriangleMap& map, double spacing) {
@@ -53,6 +54,20 @@ struct Running {
         steepest = std::max(steepest, 1.0 / map.smaller);
     }
 
+    /// Adds what the other diagonal of a quad, with the area of its own, stretches more.
+    void add_excess(const TriangleMap* own, const TriangleMap* other, double spacing) {
+        Running a, b;
+        for (int half = 0; half < 2; ++half) {
+            a.add(own[half], spacing);
+            b.add(other[half], spacing);
+        }
+        if (a.weight < a.area || b.weight < b.area || a.area <= 0.0 || b.area <= 0.0)
+            return; // a triangle that says nothing
+        const double share = a.area / b.area;
+        excess += std::max(0.0, b.squares * share - a.squares);
+        floor_excess += std::max(0.0, b.floor_squares * share - a.floor_squares);
+    }
+
     StretchSum result() const {
         StretchSum sum;
         sum.area = area;
@@ -62,6 +77,8 @@ struct Running {
         const double scale = texel_area / area;
         sum.l2 = std::sqrt(squares / weight * scale);
         sum.l2_floor = std::sqrt(floor_squares / weight * scale);
+        sum.worst_l2 = std::sqrt((squares + excess) / weight * scale);
+        sum.worst_l2_floor = std::sqrt((floor_squares + floor_excess) / weight * scale);
         sum.linf = steepest * std::sqrt(scale);
         return sum;
     }
@@ -110,7 +127,12 @@ std::vector<TriangleMap> map_triangles(const Layout& layout, const Texture& text
     return maps;
 }
 
-std::vector<StretchSum> sum_stretch(const std::vector<TriangleMap>& maps, const ChartTable& charts,
+TriangleMap map_corners(const Layout& layout, const Texture& texture, const uint32_t* corners) {
+    return map_triangle(space_triangle(layout, corners), texel_triangle(layout, texture, corners));
+}
+
+std::vector<StretchSum> sum_stretch(const std::vector<TriangleMap>& maps,
+                                    const std::vector<Quad>& quads, const ChartTable& charts,
                                     double uv_spacing) {
     std::vector<Running> running(charts.chart_count + 1u);
     for (size_t t = 0; t < maps.size(); ++t)
@@ -118,6 +140,11 @@ std::vector<StretchSum> sum_stretch(const std::vector<TriangleMap>& maps, const 
             running[charts.triangle_chart[t]].add(maps[t], uv_spacing);
             running.back().add(maps[t], uv_spacing);
         }
+    for (const Quad& quad : quads) {
+        const TriangleMap own[2] = {maps[quad.own[0]], maps[quad.own[1]]};
+        running[charts.triangle_chart[quad.own[0]]].add_excess(own, quad.other, uv_spacing);
+        running.back().add_excess(own, quad.other, uv_spacing);
+    }
     std::vector<StretchSum> sums;
     sums.reserve(running.size());
     for (const Running& one : running)

@@ -33,16 +33,30 @@ struct StretchSum {
     double linf = 1.0;
     /// The minimum l2 reachable with UVs rounded to single precision.
     double l2_floor = 1.0;
+    /// l2 with every convex quad divided along the diagonal that stretches it more, and the minimum
+    /// of that.
+    double worst_l2 = 1.0;
+    double worst_l2_floor = 1.0;
+};
+
+/// A convex quad's own triangles and those along its other diagonal.
+struct Quad {
+    uint32_t own[2];
+    TriangleMap other[2];
 };
 
 /// Triangles without UVs get a default TriangleMap.
 std::vector<TriangleMap> map_triangles(const Layout& layout, const Texture& texture,
                                        const ChartTable& charts);
 
+/// The map of the triangle of any three polygon corners; never unresolved.
+TriangleMap map_corners(const Layout& layout, const Texture& texture, const uint32_t* corners);
+
 /// Stretch per chart, and of the whole layout as the last element. Collapsed and unresolved
 /// triangles contribute only their areas.
 /// Shape: chart_count + 1 results.
-std::vector<StretchSum> sum_stretch(const std::vector<TriangleMap>& maps, const ChartTable& charts,
+std::vector<StretchSum> sum_stretch(const std::vector<TriangleMap>& maps,
+                                    const std::vector<Quad>& quads, const ChartTable& charts,
                                     double uv_spacing);
 
 struct Distortion {

@@ -71,6 +71,16 @@ private:
                 counted(measures_.flipped.size(), "triangle is", "triangles are") +
                     " turned against the rest of the chart",
                 polygons_of(layout_, measures_.flipped));
+        if (!measures_.dented.empty())
+            add("dented",
+                counted(measures_.dented.size(), "convex polygon is", "convex polygons are") +
+                    " not convex in the texture",
+                measures_.dented);
+        if (!measures_.turned.empty())
+            add("turned",
+                counted(measures_.turned.size(), "polygon has", "polygons have") +
+                    " a corner that turns the other way in the texture",
+                measures_.turned);
         if (measures_.mirrored.empty())
             return;
         std::vector<uint8_t> is_mirrored(measures_.charts.size(), 0);
@@ -137,7 +147,7 @@ OverLimit find_over_limit(const Layout& layout, const Measures& measures, double
         if (measures.triangle_chart[t] == k_none)
             continue;
         const ChartMeasure& chart = measures.charts[measures.triangle_chart[t]];
-        if (chart.stretch.l2_floor > limit)
+        if (chart.stretch.worst_l2_floor > limit)
             (chart.is_one_polygon ? result.allowed : result.broken)
                 .push_back(layout.triangle_polygon[t]);
     }

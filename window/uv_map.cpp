@@ -68,7 +68,7 @@ void UvMap::fill_charts(const measure::Layout& layout, const measure::Texture& t
     triangle_chart_ = table.triangle_chart;
     charts_.resize(table.chart_count);
     const auto maps = measure::map_triangles(layout, texture, table);
-    const auto sums = measure::sum_stretch(maps, table, measure::uv_spacing(layout, texture));
+    const auto sums = measure::sum_stretch(maps, {}, table, measure::uv_spacing(layout, texture));
     const double texels = texture.width * texture.height;
     l2_stretch_ = sums.back().l2;
     coverage_ = sums.back().texel_area / texels;
