@@ -1,10 +1,12 @@
 #include "app/mesh_import.h"
 #include "host/io/obj_reader.h"
+#include "host/mesh/twins.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
+#include <set>
 
 namespace {
 
@@ -71,38 +73,46 @@ TEST(ImportMesh, NoPolygonOfTheResultRepeatsAVertex) {
     EXPECT_EQ(996u, mesh.copy_of.size());
 }
 
-/// Number of diagonals that are also an edge or a diagonal of another polygon.
+/// Number of diagonals that are also an edge, or a diagonal of another polygon that is not on the
+/// same vertices.
 size_t shared_diagonals(const host::Mesh& mesh) {
-    std::map<std::pair<uint32_t, uint32_t>, int> sides;
-    std::vector<std::pair<uint32_t, uint32_t>> diagonals;
     const host::Connectivity& connectivity = mesh.connectivity();
+    const std::vector<uint32_t> twins = host::first_twins(connectivity);
+    std::map<std::pair<uint32_t, uint32_t>, std::set<uint32_t>> users; // polygons, by their twins
+    std::set<std::pair<uint32_t, uint32_t>> edges;
+    for (uint32_t e = 0; e < connectivity.edge_count(); ++e)
+        edges.insert(std::minmax({connectivity.edge(e).first, connectivity.edge(e).second}));
     for (uint32_t p = 0; p < connectivity.polygon_count(); ++p) {
         const uint32_t n = connectivity.corners_of(p);
         for (uint32_t i = 0; i < mesh.triangles(p).size(); ++i) {
             const uint32_t a = mesh.triangles(p)[i];
             const uint32_t b = mesh.triangles(p)[i - i % 3 + (i + 1) % 3];
             const uint32_t first = connectivity.first_corner(p);
-            const auto pair = std::minmax(
-                {connectivity.corner_vertex(first + a), connectivity.corner_vertex(first + b)});
-            ++sides[pair];
             if ((a + 1) % n != b && (b + 1) % n != a)
-                diagonals.push_back(pair);
+                users[std::minmax({connectivity.corner_vertex(first + a),
+                                   connectivity.corner_vertex(first + b)})]
+                    .insert(twins[p]);
         }
     }
-    return static_cast<size_t>(std::count_if(diagonals.begin(), diagonals.end(),
-                                             [&](auto pair) { return sides[pair] != 2; }));
+    return static_cast<size_t>(std::count_if(users.begin(), users.end(), [&](const auto& use) {
+        return use.second.size() != 1 || edges.count(use.first) != 0;
+    }));
 }
 
-TEST(ImportMesh, CoincidentQuadsUseDifferentDiagonalsAndAreIsolatedWhenNoneIsLeft) {
-    const Import two = import("f 1 2 3 4\nf 1 2 3 4\n");
-    EXPECT_EQ(0u, two.imported.isolated_polygons);
-    EXPECT_EQ(0u, shared_diagonals(two.mesh));
-    const Import three = import("f 1 2 3 4\nf 1 2 3 4\nf 4 3 2 1\nf 1 2 3 4\n");
-    EXPECT_EQ(2u, three.imported.isolated_polygons);
-    EXPECT_EQ(0u, shared_diagonals(three.mesh));
-    EXPECT_EQ((Ids{0, 1, 2, 3, 0, 1, 2, 3, 6, 7, 8, 9, 10, 11, 12, 13}),
-              three.imported.corner_vertex);
-    EXPECT_EQ((Ids{3, 2, 1, 0, 0, 1, 2, 3}), three.imported.copy_of);
+TEST(ImportMesh, CopiesOfAQuadAreNeverIsolated) {
+    const Import four = import("f 1 2 3 4\nf 1 2 3 4\nf 4 3 2 1\nf 2 3 4 1\n");
+    EXPECT_EQ(0u, four.imported.isolated_polygons);
+    EXPECT_TRUE(four.imported.copy_of.empty());
+    EXPECT_EQ(0u, shared_diagonals(four.mesh));
+}
+
+TEST(ImportMesh, APolygonWithARepeatedCornerKeepsItsEdges) {
+    // The quad 1 2 3 5 with its first corner twice, and a neighbour across the edge 1-2.
+    const Import repeat = import("f 1 1 2 3 5\nf 2 1 6\n");
+    EXPECT_EQ(0u, repeat.imported.isolated_polygons);
+    EXPECT_EQ(Ids{0}, repeat.imported.copy_of);
+    const host::IndexSpan triangles = repeat.mesh.triangles(0);
+    EXPECT_EQ((Ids{0, 1, 2}), Ids(triangles.begin(), triangles.begin() + 3)); // has no area
 }
 
 TEST(ImportMesh, QuadIsIsolatedIfBothDiagonalsAreEdges) {
@@ -112,7 +122,7 @@ TEST(ImportMesh, QuadIsIsolatedIfBothDiagonalsAreEdges) {
     EXPECT_EQ(0u, import("f 1 2 3 4\nf 1 3 5\n").imported.isolated_polygons);
 }
 
-TEST(ImportMesh, PolygonsThatShareAllTheirVerticesNeverShareADiagonal) {
+TEST(ImportMesh, PolygonsShareADiagonalOnlyIfTheyAreOnTheSameVertices) {
     std::mt19937 random(42);
     for (int round = 0; round < 300; ++round) {
         std::string faces;

@@ -1,6 +1,7 @@
 #include "measure/verify.h"
 #include "tests/measure/layouts.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace measure;
@@ -22,6 +23,37 @@ std::vector<uint32_t> only(const std::vector<Breach>& list, const std::string& n
 }
 
 using Ids = std::vector<uint32_t>;
+
+TEST(Verify, ListsAConvexQuadThatIsNotConvexInTheTexture) {
+    // Divided along 0-2 both triangles are positive; along 1-3 one is flipped.
+    const measure::Layout layout = one_quad(
+        {{0, 0}, {1, 0}, {1, 1}, {0, 1}}, {{0.1f, 0.1f}, {0.9f, 0.1f}, {0.3f, 0.3f}, {0.1f, 0.9f}});
+    const measure::Measures measures = measure::measure(layout, {512, 512});
+    EXPECT_TRUE(measures.flipped.empty());
+    EXPECT_EQ(measures.dented, std::vector<uint32_t>{0});
+    EXPECT_TRUE(measures.turned.empty());
+}
+
+TEST(Verify, ListsAnotherPolygonWithACornerThatTurnsTheOtherWay) {
+    // Five corners, the one at (0.5, 0.5) concave; in the texture corner 2, where two triangles of
+    // the fan meet, is concave as well.
+    const measure::Layout layout =
+        one_quad({{0, 0}, {1, 0}, {1, 0.9f}, {0.5f, 0.5f}, {0, 1}},
+                 {{0.1f, 0.1f}, {0.9f, 0.1f}, {0.4f, 0.3f}, {0.3f, 0.5f}, {0.1f, 0.9f}});
+    const measure::Measures measures = measure::measure(layout, {512, 512});
+    EXPECT_TRUE(measures.flipped.empty());
+    EXPECT_TRUE(measures.dented.empty());
+    EXPECT_EQ(measures.turned, std::vector<uint32_t>{0});
+}
+
+TEST(Verify, JudgesTheLimitOverTheWorseDiagonalOfAQuad) {
+    // A unit square whose third corner is pulled to (1.4, 1.4), at half the scale.
+    const measure::Layout layout = one_quad(
+        {{0, 0}, {1, 0}, {1, 1}, {0, 1}}, {{0.1f, 0.1f}, {0.6f, 0.1f}, {0.8f, 0.8f}, {0.1f, 0.6f}});
+    const measure::StretchSum stretch = measure::measure(layout, {512, 512}).charts[0].stretch;
+    EXPECT_NEAR(stretch.l2, std::sqrt(1.4 * 0.5 * 3.12 / 1.96), 1e-4);
+    EXPECT_NEAR(stretch.worst_l2, std::sqrt(1.4 * 0.5 * (1 + 0.5 * 4.24 / 3.24)), 1e-4);
+}
 
 } // namespace
 

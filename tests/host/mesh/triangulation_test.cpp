@@ -448,11 +448,11 @@ TEST(Triangulation, UsesAMeshEdgeAsDiagonalIfThereIsNoAlternative) {
     EXPECT_EQ(diagonals(parts, triangulate(parts)).count({0, 2}), 1u);
 }
 
-TEST(Triangulation, CutsTheTwoSidesOfASheetDifferently) {
+TEST(Triangulation, DividesTheTwoSidesOfASheetAlike) {
     for (const std::uint32_t n : {4u, 5u, 6u, 7u, 9u, 16u, 40u, 200u}) {
         SCOPED_TRACE(n);
         Parts parts = outline(star(n, 77));
-        for (host::Float3& p : parts.points) { // convex, so there is always an alternative
+        for (host::Float3& p : parts.points) { // convex, so that there are many ways
             const double size = std::hypot(static_cast<double>(p.x), static_cast<double>(p.y));
             p.x = static_cast<float>(static_cast<double>(p.x) / size);
             p.y = static_cast<float>(static_cast<double>(p.y) / size);
@@ -461,7 +461,7 @@ TEST(Triangulation, CutsTheTwoSidesOfASheetDifferently) {
         parts.polygon(back);
         const auto found = diagonals(parts, triangulate(parts));
         for (const auto& pair : found)
-            EXPECT_EQ(found.count(pair), 1u) << pair.first << ' ' << pair.second;
+            EXPECT_EQ(found.count(pair), 2u) << pair.first << ' ' << pair.second;
     }
 }
 
