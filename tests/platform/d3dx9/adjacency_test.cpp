@@ -207,7 +207,8 @@ void check_rules(const Words& corners, const Words& adjacency) {
         Words users;
         uint32_t mutual = 0;
         for (uint32_t g = 0; g < corners.size(); ++g)
-            if (g != e && !repeats(g) && std::minmax({from(e), to(e)}) == std::minmax({from(g), to(g)}))
+            if (g != e && !repeats(g) &&
+                std::minmax({from(e), to(e)}) == std::minmax({from(g), to(g)}))
                 users.push_back(g);
         for (const uint32_t g : users)
             mutual += adjacency[e] == g / 3 && adjacency[g] == e / 3 &&
