@@ -14,7 +14,7 @@ protected:
         FlattenOptions options;
         options.limit = limit;
         Flattener flattener(*set, options);
-        ProgressMeter progress(nullptr, nullptr);
+        ProgressMeter progress{Options()};
         ASSERT_TRUE(BorderSmoother(flattener, atoms, hardness).run(progress));
     }
 };
@@ -114,7 +114,9 @@ TEST_F(BorderSmoothing, AllMovesAreUndoneIfAChartBecomesIllegal) {
 TEST_F(BorderSmoothing, ProgressCallbackStopsSmoothing) {
     build_flat(4, 3, true, [](int x, int, bool) { return x < 2 ? 0 : 1; });
     Flattener flattener(*set, FlattenOptions{});
-    ProgressMeter progress([](float, void*) { return 1; }, nullptr);
+    Options options;
+    options.progress = [](float, void*) { return 1; };
+    ProgressMeter progress(options);
     EXPECT_FALSE(BorderSmoother(flattener, atoms, hardness).run(progress));
 }
 
