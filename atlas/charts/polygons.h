@@ -41,6 +41,15 @@ public:
     uint32_t other_half(uint32_t lead) const { return other_half_[slot_[lead]]; }
 
 private:
+    struct Faces { ///< triangles of one polygon
+        const uint32_t *first, *last;
+        const uint32_t* begin() const { return first; }
+        const uint32_t* end() const { return last; }
+    };
+
+    bool add(const Surface& surface, Faces faces, std::vector<uint8_t>& traced);
+    size_t add_loop(const Surface& surface, const std::vector<uint32_t>& loop, Vec3 axis);
+
     std::vector<uint32_t> lead_; ///< per triangle
     std::vector<uint32_t> slot_; ///< per triangle: place of its polygon if it is a lead
     std::vector<uint32_t> begin_, other_half_;

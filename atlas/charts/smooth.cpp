@@ -210,22 +210,28 @@ bool BorderSmoother::place_ear(uint32_t atom) {
         const PlacedCorner* p = &ear_.placed[ear_.placed.size() - 3];
         sums.add(triangle_stretch(s.frame[t], p[0].uv, p[1].uv, p[2].uv));
     }
-    const auto placed_at = [&](uint32_t corner) {
-        const auto found = std::find_if(ear_.placed.begin(), ear_.placed.end(),
-                                        [&](const PlacedCorner& p) { return p.corner == corner; });
-        return found->uv;
-    };
-    const uint32_t first = faces_.item[faces_.begin[atom]];
-    if (set_.polygons != nullptr && !set_.polygons->empty() && set_.polygons->lead(first) != k_none)
-        for (const Polygons::CornerTriangle& corner : set_.polygons->corner_triangles(first))
-            if (!(doubled_area(placed_at(corner.corner[0]), placed_at(corner.corner[1]),
-                               placed_at(corner.corner[2])) >
-                  2 * k_min_guard_determinant * corner.frame.area()))
-                return false;
     const double max_stretch = hardness_[ear_.facing[0] / 3] > 0.5f
                                    ? k_hard_stretch
                                    : std::min(k_max_ear_stretch, flattener_.options.limit);
-    return sums.flipped == 0 && sums.l2() <= max_stretch;
+    return sums.flipped == 0 && sums.l2() <= max_stretch && corners_stay_convex(atom);
+}
+
+/// Whether the polygon's corner triangles are positively oriented at ear_.placed.
+bool BorderSmoother::corners_stay_convex(uint32_t atom) const {
+    const uint32_t first = faces_.item[faces_.begin[atom]];
+    if (set_.polygons == nullptr || set_.polygons->empty() || set_.polygons->lead(first) == k_none)
+        return true;
+    const auto placed = [&](uint32_t corner) {
+        return std::find_if(ear_.placed.begin(), ear_.placed.end(),
+                            [&](const PlacedCorner& p) { return p.corner == corner; })
+            ->uv;
+    };
+    for (const Polygons::CornerTriangle& corner : set_.polygons->corner_triangles(first))
+        if (!(doubled_area(placed(corner.corner[0]), placed(corner.corner[1]),
+                           placed(corner.corner[2])) >
+              2 * k_min_guard_determinant * corner.frame.area()))
+            return false;
+    return true;
 }
 
 /// Makes the corners that are now glued around `corner` one node, at p.

@@ -53,6 +53,7 @@ private:
     bool is_interior(uint32_t corner) const;
     double weight(uint32_t h) const;
     bool place_ear(uint32_t atom);
+    bool corners_stay_convex(uint32_t atom) const;
     void move_ear(uint32_t atom, uint32_t to);
     void set_node(uint32_t corner, Vec2 p);
     void set_glued(uint32_t h, uint8_t value);

@@ -95,34 +95,28 @@ private:
     }
     uint32_t mates(uint32_t t) const {
         uint32_t count = 0;
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
             count += s_.mate[h] != k_none;
         return count;
     }
 
-    /// Triangles without area that connect nothing, chains of them from their ends.
+    /// Marks triangles without area that connect nothing, chains of them from their ends, and opens
+    /// their edges.
     void drop_trailing() {
         std::vector<uint32_t> todo;
-        for (uint32_t t = 0; t < s_.face_count; t++)
+        for (uint32_t t = 0; t < s_.face_count; ++t)
             if (s_.degenerate[t])
                 todo.push_back(t);
         if (todo.empty())
             return;
-        out_.hints.point.assign(s_.face_count, 0);
-        out_.hints.inner_mate.assign(3 * size_t(s_.face_count), k_none);
-        for (uint32_t t : todo) {
-            out_.hints.point[t] = is_point(t);
-            for (uint32_t h = 3 * t; h < 3 * t + 3; h++)
-                if (s_.false_edge[h])
-                    out_.hints.inner_mate[h] = s_.mate[h];
-        }
+        note_hints(todo);
         while (!todo.empty()) {
             const uint32_t t = todo.back();
             todo.pop_back();
             if (trailing_[t] || mates(t) > 1)
                 continue;
             trailing_[t] = 1;
-            for (uint32_t h = 3 * t; h < 3 * t + 3; h++)
+            for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
                 if (s_.mate[h] != k_none) {
                     const uint32_t other = s_.mate[h] / 3;
                     open(h);
@@ -130,9 +124,25 @@ private:
                         todo.push_back(other);
                 }
         }
+        keep_unattached();
+    }
+
+    void note_hints(const std::vector<uint32_t>& degenerate) {
+        out_.hints.point.assign(s_.face_count, 0);
+        out_.hints.inner_mate.assign(3 * size_t(s_.face_count), k_none);
+        for (uint32_t t : degenerate) {
+            out_.hints.point[t] = is_point(t);
+            for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
+                if (s_.false_edge[h])
+                    out_.hints.inner_mate[h] = s_.mate[h];
+        }
+    }
+
+    /// Trailing triangles that cannot be hung on any other are laid out after all.
+    void keep_unattached() {
         std::vector<uint32_t> loose;
         std::vector<uint8_t> placed(s_.face_count);
-        for (uint32_t t = 0; t < s_.face_count; t++) {
+        for (uint32_t t = 0; t < s_.face_count; ++t) {
             placed[t] = !trailing_[t];
             if (trailing_[t])
                 loose.push_back(t);
@@ -146,7 +156,7 @@ private:
 
     bool is_point(uint32_t t) const {
         const Vec3 a = s_.position[s_.vertex[3 * t]];
-        for (uint32_t c = 3 * t + 1; c < 3 * t + 3; c++) {
+        for (uint32_t c = 3 * t + 1; c < 3 * t + 3; ++c) {
             const Vec3 d = s_.position[s_.vertex[c]] - a;
             if (d.x != 0 || d.y != 0 || d.z != 0)
                 return false;
@@ -156,12 +166,12 @@ private:
 
     void join_polygons() {
         polygon_.resize(s_.face_count);
-        for (uint32_t t = 0; t < s_.face_count; t++)
+        for (uint32_t t = 0; t < s_.face_count; ++t)
             polygon_[t] = t;
-        for (uint32_t h = 0; h < 3 * s_.face_count; h++)
+        for (uint32_t h = 0; h < 3 * s_.face_count; ++h)
             if (s_.false_edge[h])
                 join(polygon_, h / 3, s_.mate[h] / 3);
-        for (uint32_t t = 0; t < s_.face_count; t++)
+        for (uint32_t t = 0; t < s_.face_count; ++t)
             polygon_[t] = find(polygon_, t);
     }
 
@@ -169,19 +179,19 @@ private:
     bool find_twins() {
         // Twins have the same vertices, so the same sums over their vertices.
         std::vector<uint64_t> sum(s_.face_count, 0);
-        for (uint32_t h = 0; h < 3 * s_.face_count; h++)
+        for (uint32_t h = 0; h < 3 * s_.face_count; ++h)
             if (!s_.false_edge[h])
                 sum[polygon_[h / 3]] += mixed(s_.vertex[h]);
         Repeats repeats(s_.face_count);
         std::vector<uint64_t> repeated;
-        for (uint32_t t = 0; t < s_.face_count; t++)
+        for (uint32_t t = 0; t < s_.face_count; ++t)
             if (polygon_[t] == t && !trailing_[t] && repeats.insert(sum[t]))
                 repeated.push_back(sum[t]);
         if (repeated.empty())
             return false;
         std::sort(repeated.begin(), repeated.end());
         std::vector<std::pair<uint64_t, uint32_t>> suspects; // (sum, polygon)
-        for (uint32_t t = 0; t < s_.face_count; t++)
+        for (uint32_t t = 0; t < s_.face_count; ++t)
             if (polygon_[t] == t && !trailing_[t] &&
                 std::binary_search(repeated.begin(), repeated.end(), sum[t]))
                 suspects.push_back({sum[t], t});
@@ -202,12 +212,12 @@ private:
             place_[suspect.second] = uint32_t(polygons_.size());
             polygons_.emplace_back();
         }
-        for (uint32_t t = 0; t < s_.face_count; t++) {
+        for (uint32_t t = 0; t < s_.face_count; ++t) {
             const uint32_t place = place_[polygon_[t]];
             if (place == k_none || trailing_[t])
                 continue;
             polygons_[place].faces.push_back(t);
-            for (uint32_t h = 3 * t; h < 3 * t + 3; h++)
+            for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
                 if (!s_.false_edge[h])
                     polygons_[place].sides.push_back({s_.vertex[h], s_.vertex[next_corner(h)], h});
         }
@@ -220,7 +230,7 @@ private:
                     const std::pair<uint64_t, uint32_t>* last) {
         std::vector<uint32_t> models; // the first of each kind
         std::vector<uint32_t> members;
-        for (; first != last; first++) {
+        for (; first != last; ++first) {
             const uint32_t p = place_[first->second];
             if (!names_each_vertex_once(polygons_[p]))
                 continue;
@@ -253,7 +263,7 @@ private:
         if (a.sides.size() != b.sides.size())
             return Winding::other;
         bool alike = true, against = true;
-        for (size_t i = 0; i < a.sides.size(); i++) {
+        for (size_t i = 0; i < a.sides.size(); ++i) {
             if (a.sides[i].from != b.sides[i].from)
                 return Winding::other;
             alike = alike && a.sides[i].to == b.sides[i].to;
@@ -284,18 +294,17 @@ private:
             }
     }
 
-    /// Sheets by their first triangle; one that matches an earlier one polygon by polygon copies
-    /// it.
-    void find_copies() {
+    /// All sheets, by their first triangle.
+    std::vector<Sheet> collect_sheets() {
         std::vector<uint32_t> sheet_of(s_.face_count);
-        for (uint32_t t = 0; t < s_.face_count; t++)
+        for (uint32_t t = 0; t < s_.face_count; ++t)
             sheet_of[t] = t;
-        for (uint32_t h = 0; h < 3 * s_.face_count; h++)
+        for (uint32_t h = 0; h < 3 * s_.face_count; ++h)
             if (s_.mate[h] != k_none && s_.mate[h] > h)
                 join(sheet_of, h / 3, s_.mate[h] / 3);
         std::vector<Sheet> sheets;
         std::vector<uint32_t> number(s_.face_count, k_none);
-        for (uint32_t t = 0; t < s_.face_count; t++) {
+        for (uint32_t t = 0; t < s_.face_count; ++t) {
             if (trailing_[t] || polygon_[t] != t)
                 continue;
             uint32_t& sheet = number[find(sheet_of, t)];
@@ -311,13 +320,19 @@ private:
             if (!refused_.empty() && refused_[t])
                 sheets[sheet].may_copy = false;
         }
+        return sheets;
+    }
+
+    /// A sheet that matches an earlier one polygon by polygon copies it.
+    void find_copies() {
+        const std::vector<Sheet> sheets = collect_sheets();
         out_.copy.assign(s_.face_count, k_none);
         out_.source_corner.assign(3 * size_t(s_.face_count), k_none);
         out_.source_edge.assign(3 * size_t(s_.face_count), k_none);
         // Per kind: sheets that are laid out and have such a polygon.
         std::vector<std::vector<std::pair<uint32_t, uint32_t>>> laid_out(kinds_);
         std::vector<Match> matches;
-        for (uint32_t x = 0; x < sheets.size(); x++) {
+        for (uint32_t x = 0; x < sheets.size(); ++x) {
             const std::vector<uint32_t>& own = sheets[x].polygons;
             bool copied = false;
             size_t tries = 0;
@@ -355,9 +370,9 @@ private:
             return true;
         };
         bool same = add(first, twin);
-        for (size_t i = 0; same && i < matches.size(); i++) {
+        for (size_t i = 0; same && i < matches.size(); ++i) {
             const Polygon &p = polygons_[matches[i].polygon], &q = polygons_[matches[i].source];
-            for (size_t k = 0; same && k < p.sides.size(); k++) {
+            for (size_t k = 0; same && k < p.sides.size(); ++k) {
                 const uint32_t mate = s_.mate[p.sides[k].half_edge];
                 const uint32_t other = s_.mate[source_of(p.sides[k], q, way).half_edge];
                 same = (mate == k_none) == (other == k_none);
@@ -384,7 +399,7 @@ private:
             const Polygon &p = polygons_[m.polygon], &q = polygons_[m.source];
             for (uint32_t t : p.faces) {
                 out_.copy[t] = id;
-                for (uint32_t c = 3 * t; c < 3 * t + 3; c++)
+                for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
                     out_.source_corner[c] = side_from(q, s_.vertex[c]).half_edge;
             }
             for (const Side& side : p.sides)
@@ -396,7 +411,7 @@ private:
         const auto follows = [&](uint32_t t) {
             return trailing_[t] || (!out_.mirrored.empty() && out_.copy[t] != k_none);
         };
-        for (uint32_t t = 0; t < s_.face_count && out_.everything; t++)
+        for (uint32_t t = 0; t < s_.face_count && out_.everything; ++t)
             out_.everything = !follows(t);
         if (out_.everything) {
             LooseHints hints = std::move(out_.hints);
@@ -406,7 +421,7 @@ private:
         }
         out_.copy.resize(s_.face_count, k_none);
         out_.number.assign(s_.face_count, k_none);
-        for (uint32_t t = 0; t < s_.face_count; t++)
+        for (uint32_t t = 0; t < s_.face_count; ++t)
             if (!follows(t)) {
                 out_.number[t] = uint32_t(out_.kept.size());
                 out_.kept.push_back(t);
@@ -433,7 +448,7 @@ public:
     LooseEdges(Span<uint32_t> vertex, const LooseHints& hints, const std::vector<uint32_t>& loose)
         : vertex_(vertex), hints_(hints) {
         for (uint32_t t : loose)
-            for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
+            for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
                 if (vertex[h] != vertex[next_corner(h)])
                     keys_.push_back(ends(h));
                 if (hints.point[t])
@@ -443,7 +458,7 @@ public:
         keys_.erase(std::unique(keys_.begin(), keys_.end()), keys_.end());
         edges_.resize(keys_.size());
         uint32_t vertices = 0;
-        for (size_t c = 0; c < vertex.size; c++)
+        for (size_t c = 0; c < vertex.size; ++c)
             vertices = std::max(vertices, vertex[c] + 1);
         touched_.assign(vertices, 0);
         for (const Ends& key : keys_)
@@ -452,7 +467,7 @@ public:
     /// Notes a triangle as placed; gives who waited for it.
     std::vector<uint32_t> place(uint32_t t) {
         std::vector<uint32_t> waited;
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
             if (!touched_[vertex_[h]])
                 continue;
             if (vertex_[h] != vertex_[next_corner(h)])
@@ -463,24 +478,24 @@ public:
     }
     /// Finds where to hang a triangle; has it wait when there is no place yet.
     Attachment attach(uint32_t t, const std::vector<uint8_t>& placed) {
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
             const uint32_t mate = hints_.inner_mate[h];
             if (mate != k_none && placed[mate / 3])
                 return {h, mate};
         }
         for (const bool alike : {true, false})
-            for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
+            for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
                 const bool has_length = vertex_[h] != vertex_[next_corner(h)];
                 const Edge* edge = has_length ? edge_of(ends(h)) : nullptr;
                 if (edge != nullptr && !edge->users[goes_up(h) != alike].empty())
                     return {h, nearest(edge->users[goes_up(h) != alike], h)};
             }
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++) {
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
             const Edge* edge = edge_of({vertex_[h], vertex_[h]});
             if (hints_.point[t] && edge != nullptr && !edge->users[0].empty())
                 return {h, nearest(edge->users[0], h)};
         }
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
             for (Edge* edge : {edge_of(ends(h)), edge_of({vertex_[h], vertex_[h]})})
                 if (edge != nullptr)
                     edge->waiting.push_back(t);
@@ -524,6 +539,70 @@ private:
     std::vector<uint8_t> touched_; ///< per vertex: an end of an edge
 };
 
+/// Hangs loose triangles one after the other; each that is placed may give others an edge to hang
+/// on.
+class Attacher {
+public:
+    Attacher(Span<uint32_t> vertex, const LooseHints& hints, const std::vector<uint32_t>& loose,
+             std::vector<uint8_t>& placed)
+        : hints_(hints), placed_(placed), edges_(vertex, hints, loose),
+          todo_(loose.begin(), loose.end()) {
+        for (uint32_t t = 0; t < placed.size(); ++t)
+            if (placed[t])
+                edges_.place(t);
+        // Triangles of polygons that have area go first, so that those polygons stay whole.
+        std::stable_partition(todo_.begin(), todo_.end(), [&](uint32_t t) {
+            for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
+                if (hints.inner_mate[h] != k_none && placed[hints.inner_mate[h] / 3])
+                    return true;
+            return false;
+        });
+    }
+
+    std::vector<Attachment>
+    run(const std::vector<uint32_t>& loose,
+        const std::function<std::vector<uint32_t>(uint32_t triangle)>& keep) {
+        work_off();
+        for (uint32_t t : loose) {
+            if (placed_[t])
+                continue;
+            for (uint32_t kept : keep(t))
+                place(kept);
+            work_off();
+        }
+        return std::move(attachments_);
+    }
+
+private:
+    void work_off() {
+        while (!todo_.empty()) {
+            const uint32_t t = todo_.front();
+            todo_.pop_front();
+            if (placed_[t])
+                continue;
+            const Attachment found = edges_.attach(t, placed_);
+            if (found.own == k_none)
+                continue;
+            attachments_.push_back(found);
+            place(t);
+        }
+    }
+    void place(uint32_t t) {
+        placed_[t] = 1;
+        const std::vector<uint32_t> waited = edges_.place(t);
+        todo_.insert(todo_.end(), waited.begin(), waited.end());
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) // a polygon stays in one chart
+            if (hints_.inner_mate[h] != k_none && !placed_[hints_.inner_mate[h] / 3])
+                todo_.push_front(hints_.inner_mate[h] / 3);
+    }
+
+    const LooseHints& hints_;
+    std::vector<uint8_t>& placed_;
+    LooseEdges edges_;
+    std::deque<uint32_t> todo_;
+    std::vector<Attachment> attachments_;
+};
+
 } // namespace
 
 Sheets find_sheets(Surface& s, const std::vector<uint8_t>& refused) {
@@ -534,48 +613,7 @@ std::vector<Attachment>
 attach_loose(Span<uint32_t> vertex, const LooseHints& hints, const std::vector<uint32_t>& loose,
              std::vector<uint8_t>& placed,
              const std::function<std::vector<uint32_t>(uint32_t triangle)>& keep) {
-    LooseEdges edges(vertex, hints, loose);
-    for (uint32_t t = 0; t < placed.size(); t++)
-        if (placed[t])
-            edges.place(t);
-    std::vector<Attachment> attachments;
-    std::deque<uint32_t> todo(loose.begin(), loose.end());
-    // Triangles of polygons that have area go first, so that those polygons stay whole.
-    std::stable_partition(todo.begin(), todo.end(), [&](uint32_t t) {
-        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
-            if (hints.inner_mate[h] != k_none && placed[hints.inner_mate[h] / 3])
-                return true;
-        return false;
-    });
-    const auto place = [&](uint32_t t) {
-        placed[t] = 1;
-        const std::vector<uint32_t> waited = edges.place(t);
-        todo.insert(todo.end(), waited.begin(), waited.end());
-        for (uint32_t h = 3 * t; h < 3 * t + 3; h++) // a polygon stays in one chart
-            if (hints.inner_mate[h] != k_none && !placed[hints.inner_mate[h] / 3])
-                todo.push_front(hints.inner_mate[h] / 3);
-    };
-    const auto work_off = [&]() {
-        while (!todo.empty()) {
-            const uint32_t t = todo.front();
-            todo.pop_front();
-            const Attachment found =
-                placed[t] ? Attachment{k_none, k_none} : edges.attach(t, placed);
-            if (found.own == k_none)
-                continue;
-            attachments.push_back(found);
-            place(t);
-        }
-    };
-    work_off();
-    for (uint32_t t : loose) {
-        if (placed[t])
-            continue;
-        for (uint32_t kept : keep(t))
-            place(kept);
-        work_off();
-    }
-    return attachments;
+    return Attacher(vertex, hints, loose, placed).run(loose, keep);
 }
 
 } // namespace tessora::atlas

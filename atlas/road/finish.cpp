@@ -37,29 +37,29 @@ private:
         all_ = kept_;
         all_.corner_class.assign(3 * size_t(faces_), k_none);
         all_.chart.assign(faces_, k_none);
-        for (uint32_t t = 0; t < faces_; t++) {
+        for (uint32_t t = 0; t < faces_; ++t) {
             const uint32_t n = kept_number(t);
             if (n == k_none)
                 continue;
             all_.chart[t] = kept_.chart[n];
-            for (uint32_t k = 0; k < 3; k++)
+            for (uint32_t k = 0; k < 3; ++k)
                 all_.corner_class[3 * t + k] = kept_.corner_class[3 * n + k];
         }
         has_area_.assign(kept_.chart_count(), 0);
-        for (uint32_t n = 0; n < surface_.face_count; n++)
+        for (uint32_t n = 0; n < surface_.face_count; ++n)
             if (!surface_.degenerate[n])
                 has_area_[kept_.chart[n]] = 1;
     }
 
     std::vector<uint32_t> take_copies() {
         std::vector<std::vector<uint32_t>> faces(sheets_.mirrored.size());
-        for (uint32_t t = 0; t < faces_ && !faces.empty(); t++)
+        for (uint32_t t = 0; t < faces_ && !faces.empty(); ++t)
             if (sheets_.copy[t] != k_none)
                 faces[sheets_.copy[t]].push_back(t);
         copied_chart_.assign(kept_.chart_count(), k_none);
         copied_class_.assign(kept_.class_uv.size() / 2, k_none);
         std::vector<uint32_t> unserved;
-        for (uint32_t copy = 0; copy < faces.size(); copy++)
+        for (uint32_t copy = 0; copy < faces.size(); ++copy)
             if (!take_copy(faces[copy], sheets_.mirrored[copy] != 0))
                 unserved.push_back(copy);
         return unserved;
@@ -80,7 +80,7 @@ private:
                 charts.push_back(chart);
             }
             all_.chart[t] = copied_chart_[chart];
-            for (uint32_t c = 3 * t; c < 3 * t + 3; c++) {
+            for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
                 const uint32_t from = sheets_.source_corner[c];
                 const uint32_t n = kept_number(from / 3);
                 const uint32_t id = kept_.corner_class[3 * n + from % 3];
@@ -110,7 +110,7 @@ private:
     }
 
     void add_chart(uint32_t source, bool turned) {
-        for (uint32_t e = kept_.edge_begin[source]; e < kept_.edge_begin[source + 1]; e++) {
+        for (uint32_t e = kept_.edge_begin[source]; e < kept_.edge_begin[source + 1]; ++e) {
             const uint32_t a = copied_class_[kept_.edges[2 * e]];
             const uint32_t b = copied_class_[kept_.edges[2 * e + 1]];
             all_.edges.push_back(turned ? b : a);
@@ -130,7 +130,7 @@ private:
         for (uint32_t t : faces) {
             Vec2 p[3];
             Vec3 at[3];
-            for (uint32_t k = 0; k < 3; k++) {
+            for (uint32_t k = 0; k < 3; ++k) {
                 const uint32_t id = all_.corner_class[3 * t + k];
                 p[k] = {mirrored ? -all_.class_uv[2 * id] : all_.class_uv[2 * id],
                         all_.class_uv[2 * id + 1]};
@@ -144,7 +144,7 @@ private:
                 triangle_stretch({x1, dot(e, f) / x1, area / x1}, p[0], p[1], p[2]));
         }
         const double limit = stretch_limit(options_.max_stretch);
-        for (uint32_t c = 0; c < charts.size(); c++) {
+        for (uint32_t c = 0; c < charts.size(); ++c) {
             if (sums[c].area <= 0)
                 continue;
             if (sums[c].flipped != 0)
@@ -167,7 +167,7 @@ private:
     void hang_loose() {
         std::vector<uint32_t> loose;
         std::vector<uint8_t> placed(faces_);
-        for (uint32_t t = 0; t < faces_; t++) {
+        for (uint32_t t = 0; t < faces_; ++t) {
             placed[t] = !is_loose(t);
             if (!placed[t])
                 loose.push_back(t);
@@ -189,24 +189,48 @@ private:
             hang(a.own, a.host);
     }
 
+    Vec2 uv(uint32_t corner) const {
+        const uint32_t id = all_.corner_class[corner];
+        return {all_.class_uv[2 * id], all_.class_uv[2 * id + 1]};
+    }
+
+    /// Hangs a triangle that is a point, by its corner `own`, on the corner `host`.
+    void hang_point(uint32_t own, uint32_t host) {
+        const auto vertex = [&](uint32_t c) { return mesh_.indices[c]; };
+        const uint32_t b = next_corner(own), c = previous_corner(own);
+        all_.corner_class[own] = all_.corner_class[host];
+        for (uint32_t other : {b, c})
+            all_.corner_class[other] =
+                vertex(other) == vertex(own) ? all_.corner_class[own] : add_class(uv(own));
+        if (vertex(b) == vertex(c))
+            all_.corner_class[c] = all_.corner_class[b];
+    }
+
+    /// What the corner's polygon has there already, in the same chart; else k_none.
+    uint32_t class_in_polygon(uint32_t corner) const {
+        for (uint32_t h : {previous_corner(corner), corner}) {
+            const uint32_t mate = sheets_.hints.inner_mate[h];
+            if (mate == k_none || all_.chart[mate / 3] != all_.chart[corner / 3])
+                continue;
+            const bool starts = mesh_.indices[mate] == mesh_.indices[corner];
+            const uint32_t there = starts ? mate : next_corner(mate);
+            if (all_.corner_class[there] != k_none)
+                return all_.corner_class[there];
+        }
+        return k_none;
+    }
+
+    /// Lays the triangle of `own` on the edge of another. Both half-edges run between the same two
+    /// vertices, or start at the same one.
     void hang(uint32_t own, uint32_t host) {
         const auto vertex = [&](uint32_t c) { return mesh_.indices[c]; };
         const uint32_t t = own / 3, a = own, b = next_corner(own), c = previous_corner(own);
         all_.chart[t] = all_.chart[host / 3];
-        const auto uv = [&](uint32_t corner) {
-            const uint32_t id = all_.corner_class[corner];
-            return Vec2{all_.class_uv[2 * id], all_.class_uv[2 * id + 1]};
-        };
         const bool on_edge = vertex(a) != vertex(b) &&
                              (vertex(a) == vertex(host) ? vertex(b) == vertex(next_corner(host))
                                                         : vertex(a) == vertex(next_corner(host)));
-        if (!on_edge) { // a point on a vertex
-            all_.corner_class[a] = all_.corner_class[host];
-            for (uint32_t other : {b, c})
-                all_.corner_class[other] =
-                    vertex(other) == vertex(a) ? all_.corner_class[a] : add_class(uv(a));
-            if (vertex(b) == vertex(c))
-                all_.corner_class[c] = all_.corner_class[b];
+        if (!on_edge) {
+            hang_point(own, host);
             return;
         }
         const auto class_at = [&](uint32_t v) { // of the host's edge
@@ -218,16 +242,9 @@ private:
             all_.corner_class[c] = class_at(vertex(c));
             return;
         }
-        for (uint32_t h : {b, c}) { // its polygon may have the corner already
-            const uint32_t mate = sheets_.hints.inner_mate[h];
-            if (mate == k_none || all_.chart[mate / 3] != all_.chart[t])
-                continue;
-            const uint32_t there = vertex(mate) == vertex(c) ? mate : next_corner(mate);
-            if (all_.corner_class[there] != k_none) {
-                all_.corner_class[c] = all_.corner_class[there];
-                return;
-            }
-        }
+        all_.corner_class[c] = class_in_polygon(c);
+        if (all_.corner_class[c] != k_none)
+            return;
         const Vec3 p = position(vertex(a)), along = position(vertex(b)) - p;
         const double size = dot(along, along);
         const double share = size > 0 ? dot(position(vertex(c)) - p, along) / size : 0;
@@ -274,6 +291,22 @@ private:
     std::vector<uint32_t> copied_chart_, copied_class_; ///< of the copy at hand; k_none at rest
 };
 
+/// Numbers the nodes and scales their coordinates; `scale` is per chart, as numbered in `out`.
+void finish_nodes(const ChartSet& set, const std::vector<double>& scale, FinishedCharts& out) {
+    std::vector<uint32_t> class_of_node(set.node.size(), k_none);
+    out.corner_class.resize(set.node.size());
+    for (uint32_t c = 0; c < set.node.size(); ++c) {
+        uint32_t& id = class_of_node[set.node[c]];
+        if (id == k_none) {
+            id = uint32_t(out.class_uv.size() / 2);
+            const Vec2 p = set.uv[set.node[c]] * scale[out.chart[c / 3]];
+            out.class_uv.push_back(p.x);
+            out.class_uv.push_back(p.y);
+        }
+        out.corner_class[c] = id;
+    }
+}
+
 } // namespace
 
 EmitCharts FinishedCharts::to_emit(const Mesh& mesh) const {
@@ -287,7 +320,7 @@ FinishedCharts finish_charts(const ChartSet& set, double limit, double unit) {
     std::vector<uint32_t> number(set.charts.size(), k_none), source;
     std::vector<double> scale;
     out.chart.resize(faces);
-    for (uint32_t t = 0; t < faces; t++) {
+    for (uint32_t t = 0; t < faces; ++t) {
         const uint32_t c = set.chart[t];
         if (number[c] == k_none) {
             number[c] = uint32_t(source.size());
@@ -302,18 +335,7 @@ FinishedCharts finish_charts(const ChartSet& set, double limit, double unit) {
         }
         out.chart[t] = number[c];
     }
-    std::vector<uint32_t> class_of_node(set.node.size(), k_none);
-    out.corner_class.resize(set.node.size());
-    for (uint32_t c = 0; c < set.node.size(); c++) {
-        uint32_t& id = class_of_node[set.node[c]];
-        if (id == k_none) {
-            id = uint32_t(out.class_uv.size() / 2);
-            const Vec2 p = set.uv[set.node[c]] * scale[out.chart[c / 3]];
-            out.class_uv.push_back(p.x);
-            out.class_uv.push_back(p.y);
-        }
-        out.corner_class[c] = id;
-    }
+    finish_nodes(set, scale, out);
     for (uint32_t c : source) {
         for (uint32_t h : set.charts[c].border) {
             out.edges.push_back(out.corner_class[h]);
@@ -333,7 +355,7 @@ std::vector<uint32_t> follow_sheets(const Mesh& mesh, const Surface& surface, co
 
 Packing pack_finished(const FinishedCharts& charts, const PackOptions& options) {
     std::vector<uint32_t> edges, begin = {0}, packed(charts.chart_count(), k_none);
-    for (uint32_t c = 0; c < charts.chart_count(); c++) {
+    for (uint32_t c = 0; c < charts.chart_count(); ++c) {
         if (charts.place[c] != c)
             continue;
         packed[c] = uint32_t(begin.size() - 1);
@@ -345,7 +367,7 @@ Packing pack_finished(const FinishedCharts& charts, const PackOptions& options) 
     if (packing.status != Status::ok || begin.size() - 1 == charts.chart_count())
         return packing;
     std::vector<Placement> placements;
-    for (uint32_t c = 0; c < charts.chart_count(); c++)
+    for (uint32_t c = 0; c < charts.chart_count(); ++c)
         placements.push_back(packing.placements[packed[charts.place[c]]]);
     packing.placements = std::move(placements);
     return packing;
@@ -360,14 +382,14 @@ std::vector<uint32_t> open_adjacency(const Mesh& mesh, const ChartSet& set, cons
     /// Joined in one chart with the same new vertices on both sides.
     const auto hangs_together = [&](uint32_t h) {
         const uint32_t other = mesh.adjacency[h];
-        for (uint32_t g = 3 * other; g < 3 * other + 3; g++)
+        for (uint32_t g = 3 * other; g < 3 * other + 3; ++g)
             if (charts.corner_class[g] == charts.corner_class[next_corner(h)] &&
                 charts.corner_class[next_corner(g)] == charts.corner_class[h])
                 return true;
         return false;
     };
     std::vector<uint32_t> opened(mesh.adjacency.data, mesh.adjacency.data + mesh.adjacency.size);
-    for (uint32_t h = 0; h < opened.size(); h++) {
+    for (uint32_t h = 0; h < opened.size(); ++h) {
         if (opened[h] == k_none)
             continue;
         if (hangs(h / 3) || hangs(opened[h])) {

@@ -206,6 +206,16 @@ void take_diagonals(const Outline& outline, PairSet& taken) {
     }
 }
 
+void set_corners(const IndexSpan& vertices, const std::vector<Float3>& points, Outline& outline) {
+    outline.ids.assign(vertices.begin(), vertices.end());
+    outline.space.clear();
+    for (const std::uint32_t vertex : vertices) {
+        const Float3& p = points[vertex];
+        outline.space.emplace_back(static_cast<double>(p.x), static_cast<double>(p.y),
+                                   static_cast<double>(p.z));
+    }
+}
+
 } // namespace
 
 Triangulation triangulate(const Connectivity& connectivity, const std::vector<Float3>& points) {
@@ -234,13 +244,7 @@ Triangulation triangulate(const Connectivity& connectivity, const std::vector<Fl
                                   outline.triangles.end());
             continue;
         }
-        outline.ids.assign(vertices.begin(), vertices.end());
-        outline.space.clear();
-        for (const std::uint32_t vertex : vertices) {
-            const Float3& p = points[vertex];
-            outline.space.emplace_back(static_cast<double>(p.x), static_cast<double>(p.y),
-                                       static_cast<double>(p.z));
-        }
+        set_corners(vertices, points, outline);
         result.is_valid[polygon] = triangulate_polygon(outline, taken) ? 1 : 0;
         result.corners.insert(result.corners.end(), outline.triangles.begin(),
                               outline.triangles.end());
