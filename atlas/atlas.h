@@ -84,7 +84,11 @@ enum class Status {
     does_not_fit, ///< the texture has no room for charts and gutter; element: number of charts
     chart_limit,  ///< more charts than max_charts are needed; element: the number found
     aborted,      ///< by a progress callback
-    out_of_memory
+    out_of_memory,
+    non_finite_uv,       ///< element: UV id
+    kept_charts_collide, ///< two kept charts are closer than the gutter; element: a triangle of the
+                         ///< later one
+    kept_chart_outside   ///< a kept chart is in no tile; element: a triangle of it
 };
 
 struct Failure {
@@ -113,6 +117,95 @@ Failure create(const Mesh& mesh, const Options& options, Result& result) noexcep
 /// `mesh.adjacency` with k_none at every chart border.
 Failure partition(const Mesh& mesh, const Options& options, Result& result,
                   std::vector<uint32_t>& partition_adjacency) noexcept;
+
+/// Charts that exist, whoever made them, for pack().
+/// Shape: uvs[2*nu], indices[3*nt]; chart, keep, area: one entry per triangle, or empty.
+struct UvMesh {
+    Span<float> uvs;        ///< u v of the texture; u * width and v * height are texels
+    Span<uint32_t> indices; ///< UV ids, 0 <= id < nu
+    /// Any numbers; equal ones are one chart. Empty: triangles that share a UV id are one chart.
+    Span<uint32_t> chart;
+    /// Non-zero: the triangle's chart stays where it is, and the others are packed around it.
+    Span<uint8_t> keep;
+    Span<float> area; ///< in space, any unit squared; needed unless the density is as_is
+};
+
+enum class Turns {
+    any,     ///< whatever packs best
+    quarter, ///< by 0, 90, 180 or 270 degrees
+    none
+};
+
+enum class Density {
+    as_is,   ///< charts keep their sizes relative to each other. With kept charts, the others keep
+             ///< their size, too, or shrink alike
+    uniform, ///< every chart has the same number of texels per unit of its area in space
+    fixed    ///< that number is given; what does not fit is does_not_fit
+};
+
+/// Charts of one shape may lie in one place. Such a stack counts as one chart.
+enum class Stack {
+    none,
+    congruent, ///< charts that a turn and a shift bring to the same place
+    mirrored   ///< also after turning them over, which makes them mirrored in the texture
+};
+
+struct PackSettings {
+    uint32_t width = 512;  ///< texels, of one tile
+    uint32_t height = 512; ///< texels
+    float gutter = 2.0f;   ///< minimum distance of two charts, texels; half of it stays free at
+                           ///< the borders of a tile
+    uint32_t tiles = 1;    ///< textures of this size to fill, at most 100; tile i is moved by
+                           ///< (i % 10, i / 10), as UDIM 1001 + i
+    Turns turns = Turns::any;
+    bool align = false; ///< before any other turn, every chart is turned so that most of its
+                        ///< straight border is parallel to the axes, or its smallest box is; with
+                        ///< Turns::any, further turns are quarters
+    Density density = Density::as_is;
+    double texels_per_unit = 0; ///< for Density::fixed, > 0
+    Stack stack = Stack::none;
+    int effort = 4; ///< 0 to 10; every step doubles the time for the search
+    Quality quality = Quality::quality;
+    /// Callbacks and executor as in Options; the stages are packing and emission.
+    Progress progress = nullptr;
+    StageProgress stage_progress = nullptr;
+    void* user = nullptr;
+    ParallelFor executor = nullptr;
+};
+
+/// What became of one chart. A point p of the chart in texels, (u * width, v * height), came to lie
+/// at scale * (cosine * p.x - sine * p.y, sine * p.x + cosine * p.y) + (x, y) texels of its tile;
+/// if it was turned over, p.x is negated first.
+struct PackedChart {
+    uint32_t first_triangle = 0;
+    uint32_t tile = 0;
+    uint32_t stacked_on = k_none; ///< the chart in whose place it lies
+    double scale = 1, cosine = 1, sine = 0, x = 0, y = 0;
+    bool kept = false;
+    bool turned_over = false;
+    bool mirrored = false; ///< before packing: more area is clockwise than counter-clockwise
+    bool tangled = false;  ///< before packing: some triangles are flipped against the others, or
+                           ///< the chart overlaps itself or is in several pieces. It keeps its
+                           ///< shape, and other charts keep clear of all of it
+};
+
+struct PackResult {
+    std::vector<float> uvs;          ///< 2 per corner; equal for corners that were equal in a chart
+    std::vector<uint32_t> chart;     ///< per triangle, numbered by the first triangle
+    std::vector<PackedChart> charts; ///< per chart
+    std::vector<double> coverage;    ///< per tile: the area of its charts over its own
+    double texels_per_unit = 0;      ///< mean over the packed charts; 0 without areas in space
+    std::vector<uint32_t> lost;      ///< triangles that rounding to single precision collapsed or
+                                     ///< flipped, ascending; normally none
+};
+
+/// Packs charts that exist into one texture or several, without touching their shape.
+///
+/// Promises, in single precision: no two charts closer than the gutter, except in a stack and
+/// except two kept ones that were up to 0.01 texel closer; every coordinate in its tile; kept
+/// charts have the bits they came with. docs/atlas-packing.md has the
+/// method. Deterministic, single-threaded, never throws.
+Failure pack(const UvMesh& mesh, const PackSettings& settings, PackResult& result) noexcept;
 
 /// Describes a status in one English sentence without a full stop.
 const char* describe(Status status) noexcept;

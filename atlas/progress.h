@@ -16,6 +16,10 @@ public:
     explicit ProgressMeter(const Options& options)
         : callback_(options.progress), stage_callback_(options.stage_progress),
           user_(options.user) {}
+    /// For calls whose first stage is not the first of all; that stage begins at 0.
+    ProgressMeter(const Options& options, Stage first) : ProgressMeter(options) {
+        skipped_ = k_begin[int(first)];
+    }
 
     /// Begins a stage. False if a callback asked to stop.
     bool stage(Stage stage) {
@@ -35,7 +39,7 @@ public:
         const double done = part_begin_ + (part_end_ - part_begin_) * std::min(fraction, 1.0);
         stage_fraction_ = std::max(stage_fraction_, done);
         const double begin = k_begin[int(stage_)], end = k_begin[int(stage_) + 1];
-        const double whole = begin + (end - begin) * stage_fraction_;
+        const double whole = (begin + (end - begin) * stage_fraction_ - skipped_) / (1 - skipped_);
         while (!aborted_ && next_ < 10 && whole >= next_ * 0.1 - 1e-9)
             report_tenth();
         return poll();
@@ -72,7 +76,8 @@ private:
     Stage stage_ = Stage::surface;
     double part_begin_ = 0, part_end_ = 1; ///< of the stage
     double stage_fraction_ = 0;
-    int next_ = 0; ///< tenths reported
+    double skipped_ = 0; ///< fraction of the whole before the first stage
+    int next_ = 0;       ///< tenths reported
     bool aborted_ = false;
 };
 

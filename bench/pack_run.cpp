@@ -225,10 +225,10 @@ void run(const std::string& what, PackOptions options, int repeat, const std::st
     double best = 1e9;
     for (int r = 0; r < repeat; ++r) {
         const std::clock_t start = std::clock();
-        packing = pack({{charts.points.data(), charts.points.size()},
-                        {charts.edges.data(), charts.edges.size()},
-                        {charts.edge_begin.data(), charts.edge_begin.size()}},
-                       options);
+        packing = pack_charts({{charts.points.data(), charts.points.size()},
+                               {charts.edges.data(), charts.edges.size()},
+                               {charts.edge_begin.data(), charts.edge_begin.size()}},
+                              options);
         best = std::min(best, double(std::clock() - start) / CLOCKS_PER_SEC);
     }
     std::printf("%-40s %6zu charts  %7zu edges  coverage %.4f  %8.4f s  bits %08x%s\n",

@@ -151,18 +151,33 @@ void fit_box(const std::vector<Vec2>& hull, ChartShape& shape) {
     }
 }
 
-double enclosed_area(const PackCharts& charts, uint32_t edge_begin, uint32_t edge_end) {
-    if (edge_begin == edge_end)
-        return 0;
+/// Sums the areas of groups of `group` edges each.
+double enclosed_area(const PackCharts& charts, size_t edge_begin, size_t edge_end, size_t group) {
     const auto point = [&](size_t i) {
         const size_t id = charts.edges[i];
         return Vec2{charts.points[2 * id], charts.points[2 * id + 1]};
     };
-    const Vec2 origin = point(2 * size_t(edge_begin));
-    double sum = 0;
-    for (size_t e = edge_begin; e < edge_end; ++e)
-        sum += cross(point(2 * e) - origin, point(2 * e + 1) - origin);
-    return std::abs(sum) / 2;
+    double area = 0;
+    for (size_t begin = edge_begin; begin < edge_end; begin += group) {
+        const Vec2 origin = point(2 * begin);
+        double sum = 0;
+        for (size_t e = begin; e < std::min(edge_end, begin + group); ++e)
+            sum += cross(point(2 * e) - origin, point(2 * e + 1) - origin);
+        area += std::abs(sum) / 2;
+    }
+    return area;
+}
+
+/// A closed chain for every triangle.
+void chain_triangles(const PackCharts& charts, size_t edge_begin, size_t edge_end,
+                     ChartChains& out) {
+    for (size_t e = edge_begin; e < edge_end; e += 3) {
+        for (size_t k : {e, e + 1, e + 2, e}) {
+            const size_t id = charts.edges[2 * k];
+            out.points.push_back({charts.points[2 * id], charts.points[2 * id + 1]});
+        }
+        out.chain_begin.push_back(uint32_t(out.points.size()));
+    }
 }
 
 bool near_segment(Vec2 p, Vec2 a, Vec2 b, double squared_distance) {
@@ -188,12 +203,22 @@ ChartChains chain_borders(const PackCharts& charts) {
         ChartShape& shape = out.shapes[c];
         shape.chain_begin = uint32_t(out.chain_begin.size() - 1);
         const size_t first = out.points.size();
-        chainer.chart(charts.edge_begin[c], charts.edge_begin[c + 1]);
+        const PackCharts::Kind kind =
+            charts.kind.size > 0 ? charts.kind[c] : PackCharts::Kind::border;
+        shape.apart = kind != PackCharts::Kind::border;
+        shape.kept = kind == PackCharts::Kind::kept;
+        if (shape.kept)
+            shape.tile = charts.kept_tile[c];
+        if (shape.apart)
+            chain_triangles(charts, charts.edge_begin[c], charts.edge_begin[c + 1], out);
+        else
+            chainer.chart(charts.edge_begin[c], charts.edge_begin[c + 1]);
         shape.chain_end = uint32_t(out.chain_begin.size() - 1);
         points.assign(out.points.begin() + std::ptrdiff_t(first), out.points.end());
         convex_hull(points, hull);
         fit_box(hull, shape);
-        shape.area = enclosed_area(charts, charts.edge_begin[c], charts.edge_begin[c + 1]);
+        shape.area = enclosed_area(charts, charts.edge_begin[c], charts.edge_begin[c + 1],
+                                   shape.apart ? 3 : charts.edges.size);
     }
     return out;
 }

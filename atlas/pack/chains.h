@@ -24,6 +24,10 @@ inline Vec2 turned(Vec2 p, Turn t) {
 struct ChartShape {
     uint32_t chain_begin = 0; ///< chains chain_begin .. chain_end-1 of the set
     uint32_t chain_end = 0;
+    bool apart = false;       ///< every chain is a polygon of its own; the chart is their union
+    bool kept = false;        ///< stays where it is, in tile `tile`; points are texels
+    bool turns_finely = true; ///< may be turned by other angles than quarters
+    uint32_t tile = 0;
     double area = 0;           ///< enclosed area in chart units squared; 0 for points and segments
     double hull_perimeter = 0; ///< chart units
     Vec2 axis{1, 0};   ///< direction of the longer side of the minimum-area box, unit length

@@ -24,20 +24,55 @@ Turn quarter_turns(Turn t, uint32_t quarters) {
     return t;
 }
 
+/// Draws the kept charts into the page's tiles.
+void draw_kept(const ChartChains& chains, Page& page) {
+    // The inverse of what write_placements() does.
+    const Turn turn = page.turned ? Turn{0, -1} : Turn{1, 0};
+    const double half = page.gutter / 2 * page.density;
+    const Vec2 shift{half, half + (page.turned ? page.span * page.density : 0)};
+    for (const ChartShape& shape : chains.shapes) {
+        if (!shape.kept || shape.chain_begin == shape.chain_end)
+            continue;
+        size_t i = 0;
+        while (i < page.taken_tile.size() && page.taken_tile[i] != shape.tile)
+            ++i;
+        if (i == page.taken_tile.size()) {
+            Mask empty;
+            empty.width = page.width;
+            empty.height = page.tile_height;
+            empty.words = (empty.width + 63) / 64;
+            empty.bits.assign(size_t(empty.words) * empty.height, 0);
+            page.taken_tile.push_back(shape.tile);
+            page.taken.push_back(std::move(empty));
+        }
+        draw_in_place(chains, shape, turn, page.density, shift, half, page.taken[i]);
+    }
+}
+
 } // namespace
 
-Page make_page(double width, double height, double gutter, double cells, bool turned) {
+Page make_page(const PackRoom& room, const ChartChains& chains, uint32_t tiles, double cells,
+               bool turned) {
     Page page;
-    page.gutter = gutter;
+    page.gutter = room.gutter;
     page.turned = turned;
-    page.span = width;
+    page.span = room.width;
+    double width = room.width + room.gutter, height = room.height + room.gutter;
     if (turned)
         std::swap(width, height);
-    width += gutter;
-    height += gutter;
-    page.density = cells / std::sqrt(width * height);
+    // Many tiles share the cells of four.
+    page.density = cells / std::sqrt(width * height * std::max(1.0, tiles / 4.0));
     page.width = uint32_t(width * page.density * (1 - 1e-12));
-    page.height = uint32_t(height * page.density * (1 - 1e-12));
+    page.tile_height = uint32_t(height * page.density * (1 - 1e-12));
+    page.height = tiles * (page.tile_height + 1) - 1;
+    if (tiles > 1) {
+        page.fence.width = page.width;
+        page.fence.height = 1;
+        page.fence.words = (page.width + 63) / 64;
+        page.fence.bits.assign(page.fence.words, ~uint64_t(0));
+        page.fence.bits.back() >>= page.fence.words * 64 - page.width;
+    }
+    draw_kept(chains, page);
     return page;
 }
 
@@ -88,7 +123,7 @@ double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
     for (size_t i = plan.order.size(); i-- > 0;) {
         remaining_[i] = remaining_[i + 1];
         uint32_t lowest_height = ~0u;
-        for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
+        for (uint32_t quarter = 0; quarter < plan.quarters; ++quarter) {
             const Mask& mask = masks.mask(plan, plan.order[i], quarter);
             remaining_[i].run_level = std::max(remaining_[i].run_level, mask.run_level);
             remaining_[i].square_level = std::max(remaining_[i].square_level, mask.square_level);
@@ -106,7 +141,7 @@ double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
 const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot) {
     const Mask* chosen = nullptr;
     double lowest = 2.0 * field_.height();
-    for (uint32_t quarter = 0; quarter < MaskSet::k_quarters; ++quarter) {
+    for (uint32_t quarter = 0; quarter < plan.quarters; ++quarter) {
         const Mask& mask = masks.mask(plan, chart, quarter);
         if (mask.mean_row >= lowest)
             continue;
@@ -126,6 +161,15 @@ const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart,
     return chosen;
 }
 
+/// Marks what is taken before the first chart.
+void LayoutMaker::open(const Page& page) {
+    if (page.fence.width > 0)
+        for (uint32_t y = page.tile_height; y < page.height; y += page.tile_height + 1)
+            field_.place(page.fence, 0, y);
+    for (size_t i = 0; i < page.taken.size(); ++i)
+        field_.place(page.taken[i], 0, page.taken_tile[i] * (page.tile_height + 1));
+}
+
 Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, double max_cost) {
     Layout layout;
     layout.scale = masks.scale();
@@ -133,6 +177,7 @@ Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, dou
     const double needed = look_ahead(masks, plan);
     field_.reset(page.width, uint32_t(page.height * k_overflow) + 1, remaining_[0].run_level,
                  remaining_[0].square_level);
+    open(page);
     if (plan.skip_full_rows)
         start_rows_.assign(k_buckets * k_buckets, 0);
     double placed = 0;
@@ -165,12 +210,14 @@ void write_placements(const Layout& layout, const Page& page, std::vector<Placem
     placements.assign(layout.slots.size(), Placement());
     for (size_t i = 0; i < layout.slots.size(); ++i) {
         const Slot& slot = layout.slots[i];
-        const Vec2 at = (Vec2{double(slot.x), double(slot.y)} - slot.origin) * (1 / page.density) -
+        const uint32_t tile = slot.y / (page.tile_height + 1);
+        const double row = slot.y - tile * (page.tile_height + 1);
+        const Vec2 at = (Vec2{double(slot.x), row} - slot.origin) * (1 / page.density) -
                         Vec2{page.gutter / 2, page.gutter / 2};
         if (page.turned)
-            placements[i] = {-slot.turn.sine, slot.turn.cosine, page.span - at.y, at.x};
+            placements[i] = {-slot.turn.sine, slot.turn.cosine, page.span - at.y, at.x, tile};
         else
-            placements[i] = {slot.turn.cosine, slot.turn.sine, at.x, at.y};
+            placements[i] = {slot.turn.cosine, slot.turn.sine, at.x, at.y, tile};
     }
 }
 

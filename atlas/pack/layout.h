@@ -14,18 +14,25 @@ namespace tessora::atlas {
 
 /// The grid of cells that charts are placed on. It covers the inner rectangle widened by half the
 /// gutter on every side, because masks are widened by half the gutter too.
+///
+/// Several tiles lie one above the other, with a row of taken cells between them.
 struct Page {
-    double gutter = 0;   ///< texels, from safe_gutter()
-    double density = 1;  ///< cells per texel
-    uint32_t width = 0;  ///< cells
-    uint32_t height = 0; ///< cells
-    bool turned = false; ///< grid rows run along the texture's y axis
-    double span = 0;     ///< width of the inner rectangle in texels
+    double gutter = 0;        ///< texels, from safe_gutter()
+    double density = 1;       ///< cells per texel
+    uint32_t width = 0;       ///< cells
+    uint32_t height = 0;      ///< cells, of all tiles with the rows between them
+    uint32_t tile_height = 0; ///< cells
+    bool turned = false;      ///< grid rows run along the texture's y axis
+    double span = 0;          ///< width of the room in texels
+    Mask fence;               ///< a full row; empty with one tile
+    std::vector<Mask> taken;  ///< per tile that has kept charts: their cells, of the tile's size
+    std::vector<uint32_t> taken_tile;
 };
 
-/// Covers an inner rectangle, in texels, with about cells * cells cells whatever its proportions,
-/// so that long and square textures cost the same.
-Page make_page(double width, double height, double gutter, double cells, bool turned);
+/// Covers a room with about cells * cells cells whatever its proportions, so that long and square
+/// textures cost the same; the kept ones of `chains` are drawn into it.
+Page make_page(const PackRoom& room, const ChartChains& chains, uint32_t tiles, double cells,
+               bool turned);
 
 /// Where one chart was placed: cell = scale * density * turned point - origin + (x, y).
 struct Slot {
@@ -46,8 +53,8 @@ struct Layout {
 /// The order and rotations of a layout.
 struct Plan {
     std::vector<uint32_t> order;    ///< charts in the order of placing
-    std::vector<uint8_t> fine_turn; ///< per chart: multiples of 11.25 degrees; a layout tries all
-                                    ///< four quarter turns on top
+    std::vector<uint8_t> fine_turn; ///< per chart: multiples of 11.25 degrees
+    uint32_t quarters = 4;          ///< quarter turns that a layout tries on top
     bool skip_full_rows = false;    ///< skip rows where charts of about the same size did not fit
 };
 
@@ -93,6 +100,7 @@ private:
     static constexpr uint32_t k_steps = 8, k_buckets = 128;
 
     double look_ahead(MaskSet& masks, const Plan& plan);
+    void open(const Page& page);
     const Mask* place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot);
     /// The first row worth searching for masks of about this size: rows where one of them did not
     /// fit are assumed to be full for all.

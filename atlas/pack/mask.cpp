@@ -73,6 +73,8 @@ void draw_segment(Mask& mask, Vec2 a, Vec2 b, double radius) {
     const double wide = radius + k_rounding;
     const Flank right(a, b, wide, 1), left(a, b, wide, -1);
     const double bottom = a.y - wide, top = b.y + wide;
+    if (top < 0 || bottom >= mask.height)
+        return;
     const uint32_t first = uint32_t(std::max(0.0, std::floor(bottom)));
     const uint32_t last = uint32_t(std::min(double(mask.height - 1), std::floor(top)));
     const double width = double(mask.width - 1);
@@ -80,8 +82,9 @@ void draw_segment(Mask& mask, Vec2 a, Vec2 b, double radius) {
         const double low = std::max(double(y), bottom), high = std::min(double(y) + 1, top);
         const double from = std::floor(left.extreme(low, high) - k_rounding);
         const double to = std::floor(right.extreme(low, high) + k_rounding);
-        set_span(&mask.bits[size_t(y) * mask.words], uint32_t(std::max(0.0, from)),
-                 uint32_t(std::min(width, to)));
+        if (to >= 0 && from <= width)
+            set_span(&mask.bits[size_t(y) * mask.words], uint32_t(std::max(0.0, from)),
+                     uint32_t(std::min(width, to)));
     }
 }
 
@@ -125,6 +128,69 @@ void fill_inside(Mask& mask, const std::vector<uint64_t>& flips) {
             mask.bits[at] |= i + 1 == mask.words ? inside << spare >> spare : inside;
         }
     }
+}
+
+/// Sets the cells whose centre is inside a convex closed polygon.
+void fill_convex(Mask& mask, const Vec2* begin, const Vec2* end) {
+    double low = begin->y, high = begin->y;
+    for (const Vec2* p = begin; p != end; ++p) {
+        low = std::min(low, p->y);
+        high = std::max(high, p->y);
+    }
+    const double last = std::min(double(mask.height), std::ceil(high - 0.5));
+    for (double y = std::max(0.0, std::ceil(low - 0.5)); y < last; ++y) {
+        double from = mask.width, to = -1;
+        for (const Vec2* p = begin; p + 1 != end; ++p) {
+            const Vec2 a = p[0], b = p[1];
+            if ((a.y > y + 0.5) == (b.y > y + 0.5))
+                continue;
+            const double x = a.x + (y + 0.5 - a.y) / (b.y - a.y) * (b.x - a.x);
+            from = std::min(from, std::ceil(x - 0.5));
+            to = std::max(to, std::ceil(x - 0.5) - 1);
+        }
+        from = std::max(from, 0.0);
+        to = std::min(to, double(mask.width) - 1);
+        if (from <= to)
+            set_span(&mask.bits[size_t(y) * mask.words], uint32_t(from), uint32_t(to));
+    }
+}
+
+/// Draws the chains of a shape, given in cells, and fills them.
+void draw_chains(const ChartChains& chains, const ChartShape& shape,
+                 const std::vector<Vec2>& points, double radius, Mask& mask) {
+    const uint32_t first = chains.chain_begin[shape.chain_begin];
+    std::vector<uint64_t> flips(mask.bits.size(), 0);
+    for (uint32_t chain = shape.chain_begin; chain < shape.chain_end; ++chain) {
+        const uint32_t begin = chains.chain_begin[chain] - first;
+        const uint32_t end = chains.chain_begin[chain + 1] - first;
+        if (end - begin == 1)
+            draw_segment(mask, points[begin], points[begin], radius);
+        for (uint32_t i = begin; i + 1 < end; ++i) {
+            draw_segment(mask, points[i], points[i + 1], radius);
+            if (!shape.apart)
+                mark_crossings(mask, flips, points[i], points[i + 1]);
+        }
+        if (shape.apart)
+            fill_convex(mask, &points[begin], &points[end - 1] + 1);
+    }
+    if (!shape.apart)
+        fill_inside(mask, flips);
+}
+
+/// Takes a cell in every row and column that has none, so that a chart in several pieces cannot be
+/// placed across the border between two tiles, however it is turned.
+void join_pieces(Mask& mask) {
+    std::vector<uint64_t> columns(mask.words, 0);
+    for (uint32_t y = 0; y < mask.height; ++y) {
+        uint64_t* row = &mask.bits[size_t(y) * mask.words];
+        if (std::all_of(row, row + mask.words, [](uint64_t w) { return w == 0; }))
+            row[0] = 1;
+        for (uint32_t i = 0; i < mask.words; ++i)
+            columns[i] |= row[i];
+    }
+    const uint32_t spare = mask.words * 64 - mask.width;
+    for (uint32_t i = 0; i < mask.words; ++i)
+        mask.bits[i] |= i + 1 == mask.words ? ~columns[i] << spare >> spare : ~columns[i];
 }
 
 /// The runs of set cells, row by row; row y has the runs row_begin[y] .. row_begin[y + 1] - 1.
@@ -297,22 +363,22 @@ void draw_mask(const ChartChains& chains, const ChartShape& shape, Turn turn, do
     mask.height = uint32_t(std::floor(high.y + border - mask.origin.y)) + 1;
     mask.words = (mask.width + 63) / 64;
     mask.bits.assign(size_t(mask.words) * mask.height, 0);
-    std::vector<uint64_t> flips(mask.bits.size(), 0);
     for (Vec2& p : points)
         p = p - mask.origin;
-    for (uint32_t chain = shape.chain_begin; chain < shape.chain_end; ++chain) {
-        const uint32_t begin = chains.chain_begin[chain] - first;
-        const uint32_t end = chains.chain_begin[chain + 1] - first;
-        if (end - begin == 1)
-            draw_segment(mask, points[begin], points[begin], radius);
-        for (uint32_t i = begin; i + 1 < end; ++i) {
-            draw_segment(mask, points[i], points[i + 1], radius);
-            mark_crossings(mask, flips, points[i], points[i + 1]);
-        }
-    }
-    fill_inside(mask, flips);
+    draw_chains(chains, shape, points, radius, mask);
+    if (shape.apart)
+        join_pieces(mask);
     list_runs(mask);
     find_square(mask);
+}
+
+void draw_in_place(const ChartChains& chains, const ChartShape& shape, Turn turn, double scale,
+                   Vec2 shift, double radius, Mask& mask) {
+    std::vector<Vec2> points;
+    const uint32_t last = chains.chain_begin[shape.chain_end];
+    for (uint32_t i = chains.chain_begin[shape.chain_begin]; i < last; ++i)
+        points.push_back(turned(chains.points[i], turn) * scale + shift);
+    draw_chains(chains, shape, points, radius, mask);
 }
 
 void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned) {

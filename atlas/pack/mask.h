@@ -40,6 +40,12 @@ struct Mask {
 void draw_mask(const ChartChains& chains, const ChartShape& shape, Turn turn, double scale,
                double radius, Mask& mask);
 
+/// Draws a kept chart, whose points times `scale`, turned and moved by `shift` are cells, into a
+/// mask of the size of a tile, clipped to it. Width, height, words and bits must be set; the
+/// chart's cells are added. Only bits are changed.
+void draw_in_place(const ChartChains& chains, const ChartShape& shape, Turn turn, double scale,
+                   Vec2 shift, double radius, Mask& mask);
+
 /// Turns a mask by `quarters` * 90 degrees counter-clockwise, 1 to 3. The result is a valid mask of
 /// the turned chart, and far cheaper than drawing it.
 void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned);

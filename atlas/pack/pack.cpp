@@ -15,8 +15,30 @@ constexpr double k_min_extent = 1.0 / 16;
 double covered(const ChartChains& chains, double scale, const PackOptions& options) {
     double area = 0;
     for (const ChartShape& shape : chains.shapes)
-        area += shape.area;
-    return area * scale * scale / (double(options.width) * double(options.height));
+        area += shape.kept ? shape.area : shape.area * scale * scale;
+    return area / (double(options.width) * double(options.height) * options.tiles);
+}
+
+/// Charts that may not be turned to their smallest box stand as they came.
+void stand_as_given(ChartChains& chains, ChartShape& shape) {
+    Vec2 low{}, high{};
+    const uint32_t first = chains.chain_begin[shape.chain_begin];
+    for (uint32_t p = first; p < chains.chain_begin[shape.chain_end]; ++p) {
+        const Vec2 q = chains.points[p];
+        low = p == first ? q : Vec2{std::min(low.x, q.x), std::min(low.y, q.y)};
+        high = p == first ? q : Vec2{std::max(high.x, q.x), std::max(high.y, q.y)};
+    }
+    shape.axis = {1, 0};
+    shape.length = high.x - low.x;
+    shape.width = high.y - low.y;
+}
+
+void limit_turns(ChartChains& chains, const PackOptions& options) {
+    for (ChartShape& shape : chains.shapes) {
+        if (options.turns != Turns::any && !options.align && shape.chain_begin != shape.chain_end)
+            stand_as_given(chains, shape);
+        shape.turns_finely = options.turns == Turns::any && !options.align;
+    }
 }
 
 } // namespace
@@ -42,36 +64,46 @@ uint64_t gutter_capacity(uint32_t width, uint32_t height, float gutter) {
     return product < 9e18 ? uint64_t(product) : ~uint64_t(0);
 }
 
-Packing pack(const PackCharts& charts, const PackOptions& options) {
+PackRoom room_of(const PackOptions& options) {
+    const InnerRectangle inner = inner_rectangle(options.width, options.height, options.gutter);
+    return {inner.width, inner.height, safe_gutter(options.width, options.height, options.gutter),
+            gutter_capacity(options.width, options.height, options.gutter)};
+}
+
+Packing pack_charts(const PackCharts& charts, const PackOptions& options, const PackRoom& room) {
     Packing packing;
-    const ChartChains chains = chain_borders(charts);
+    ChartChains chains = chain_borders(charts);
+    limit_turns(chains, options);
     const size_t count = chains.shapes.size();
     packing.placements.assign(count, Placement());
-    const InnerRectangle inner = inner_rectangle(options.width, options.height, options.gutter);
-    const double gutter = safe_gutter(options.width, options.height, options.gutter);
-    uint64_t present = 0;
+    uint64_t present = 0, kept = 0;
     double extent = 0;
     for (const ChartShape& shape : chains.shapes) {
-        present += shape.chain_begin != shape.chain_end ? 1 : 0;
-        extent = std::max(extent, shape.length);
+        if (shape.chain_begin == shape.chain_end)
+            continue;
+        ++(shape.kept ? kept : present);
+        if (!shape.kept)
+            extent = std::max(extent, shape.length);
     }
     if (present == 0)
         return packing;
     packing.status = Status::does_not_fit;
-    if (std::min(inner.width, inner.height) < 1 ||
-        present > gutter_capacity(options.width, options.height, options.gutter))
+    if (std::min(room.width, room.height) < 1 || present / options.tiles > room.capacity)
         return packing;
     // Points have no size to scale; any factor keeps them points.
-    const double max_scale =
-        extent > 0 ? std::sqrt(inner.width * inner.width + inner.height * inner.height) / extent
-                   : 1;
-    const double min_scale = extent > 0 ? k_min_extent / extent : 1;
-    const SearchResult found =
-        search_layout(chains, inner, gutter, max_scale, min_scale, options, packing);
+    double max_scale =
+        extent > 0 ? std::sqrt(room.width * room.width + room.height * room.height) / extent : 1;
+    double min_scale = extent > 0 ? k_min_extent / extent : 1;
+    if (options.max_scale > 0)
+        max_scale = std::min(max_scale, options.max_scale);
+    min_scale = std::max(min_scale, options.min_scale);
+    if (max_scale < min_scale)
+        return packing;
+    const SearchResult found = search_layout(chains, room, max_scale, min_scale, options, packing);
     if (found == SearchResult::aborted)
         packing.status = Status::aborted;
     else if (found == SearchResult::found ||
-             pack_boxes(chains, inner.width, inner.height, gutter, max_scale, min_scale, packing))
+             (kept == 0 && pack_boxes(chains, room, options.tiles, max_scale, min_scale, packing)))
         packing.status = Status::ok;
     if (packing.status == Status::ok)
         packing.coverage = covered(chains, packing.scale, options);

@@ -19,12 +19,22 @@ namespace tessora::atlas {
 /// even-odd rule, so holes are free for other charts and the two coinciding sides of a slit cancel.
 /// Shape:  points[2*np]: x, y; edges[2*ne]: pairs of point numbers, any order and direction;
 ///         edge_begin[nc+1]: chart c owns edges edge_begin[c] .. edge_begin[c+1]-1.
+///         kind[nc], or empty if all are `border`.
 /// Points may belong to several charts or to none. A chart may be a point, a segment or empty.
-/// Units:  any, but the same for all charts; finite.
+/// Units:  any, but the same for all charts; finite. Charts that are kept: final texels, measured
+///         from the lower left corner of the room in their tile.
 struct PackCharts {
+    enum Kind : uint8_t {
+        border,    ///< the edges are the chart's border
+        triangles, ///< every three edges are a triangle; the chart is the union of them, whatever
+                   ///< their orientation, so it may overlap itself
+        kept       ///< as `triangles`, but the chart stays where it is; others keep their distance
+    };
     Span<double> points;
     Span<uint32_t> edges;
     Span<uint32_t> edge_begin;
+    Span<Kind> kind = {};
+    Span<uint32_t> kept_tile = {}; ///< per chart; read for kept ones
 };
 
 struct PackOptions {
@@ -34,6 +44,12 @@ struct PackOptions {
     Quality quality = Quality::quality;
     ParallelFor executor = nullptr; ///< see Options
     uint64_t triangles = 0;         ///< of the whole mesh; larger meshes get more search effort
+    double effort = 1;              ///< factor on the search effort
+    Turns turns = Turns::any;
+    bool align = false;   ///< with Turns::any: charts are turned straight first, see ChartShape
+    uint32_t tiles = 1;   ///< textures of the same size that the charts may be spread over
+    double min_scale = 0; ///< texels per unit of the charts; 0: the packer's own bound
+    double max_scale = 0; ///< the same
 
     /// Called regularly with the fraction of the packing that is done, 0..1, never decreasing;
     /// returning false aborts.
@@ -47,6 +63,7 @@ struct Placement {
     double sine = 0.0;
     double x = 0.0;
     double y = 0.0;
+    uint32_t tile = 0;
 };
 
 struct Packing {
@@ -74,8 +91,21 @@ double safe_gutter(uint32_t width, uint32_t height, float gutter);
 /// 0 if the rectangle is empty.
 uint64_t gutter_capacity(uint32_t width, uint32_t height, float gutter);
 
+/// The part of a tile that charts may fill, and the distance they must keep in it, in texels.
+struct PackRoom {
+    double width = 0, height = 0;
+    double gutter = 0;                ///< > 0
+    uint64_t capacity = ~uint64_t(0); ///< more charts than this per tile are refused at once
+};
+
+/// The room that create()'s caller leaves: inner_rectangle, safe_gutter and gutter_capacity.
+PackRoom room_of(const PackOptions& options);
+
 /// Errors: does_not_fit if the gutter leaves no room; may throw std::bad_alloc.
 /// Cost:   one bitmap of at most 2048 x 2048 cells per level; time near-linear in charts and edges.
-Packing pack(const PackCharts& charts, const PackOptions& options);
+Packing pack_charts(const PackCharts& charts, const PackOptions& options, const PackRoom& room);
+inline Packing pack_charts(const PackCharts& charts, const PackOptions& options) {
+    return pack_charts(charts, options, room_of(options));
+}
 
 } // namespace tessora::atlas

@@ -49,7 +49,7 @@ struct Demand {
 Demand demand_of(const ChartChains& chains, double gutter) {
     Demand demand;
     for (const ChartShape& shape : chains.shapes) {
-        if (shape.chain_begin == shape.chain_end)
+        if (shape.kept || shape.chain_begin == shape.chain_end)
             continue;
         demand.square += shape.area;
         demand.linear += shape.hull_perimeter * gutter / 2;
@@ -61,7 +61,7 @@ Demand demand_of(const ChartChains& chains, double gutter) {
 std::vector<uint32_t> order_by_size(const ChartChains& chains) {
     std::vector<uint32_t> order;
     for (uint32_t i = 0; i < chains.shapes.size(); ++i)
-        if (chains.shapes[i].chain_begin != chains.shapes[i].chain_end)
+        if (!chains.shapes[i].kept && chains.shapes[i].chain_begin != chains.shapes[i].chain_end)
             order.push_back(i);
     const auto diagonal = [&](uint32_t i) {
         const ChartShape& shape = chains.shapes[i];
@@ -95,15 +95,17 @@ struct Tuning {
     uint64_t draft_effort = 0, middle_effort = 0;
     int tries = 4; ///< number of scales on the final grid
 
-    static Tuning of(Quality quality, size_t charts, uint64_t triangles) {
+    static Tuning of(const PackOptions& options, size_t charts) {
         Tuning tuning;
-        const bool fast = quality == Quality::fast;
+        const bool fast = options.quality == Quality::fast;
+        const uint64_t triangles = options.triangles;
         tuning.tries = fast ? 4 : 7;
         tuning.final_cells = fast ? 768 : 1024;
         if (charts > 300)
             tuning.final_cells *= 2;
         if (charts <= k_max_searched) {
-            tuning.draft_effort = fast ? 1000000 + 30 * triangles : 10000000 + 100 * triangles;
+            const uint64_t usual = fast ? 1000000 + 30 * triangles : 10000000 + 100 * triangles;
+            tuning.draft_effort = uint64_t(double(usual) * options.effort);
             tuning.middle_effort = fast ? 0 : tuning.draft_effort;
         }
         return tuning;
@@ -112,19 +114,19 @@ struct Tuning {
 
 class Search {
 public:
-    Search(const ChartChains& chains, const InnerRectangle& inner, double gutter, double max_scale,
-           double min_scale, const PackOptions& options, Packing& packing)
-        : chains_(chains), inner_(inner), gutter_(gutter), max_scale_(max_scale),
-          min_scale_(min_scale), options_(options), packing_(packing) {}
+    Search(const ChartChains& chains, const PackRoom& room, double max_scale, double min_scale,
+           const PackOptions& options, Packing& packing)
+        : chains_(chains), room_(room), max_scale_(max_scale), min_scale_(min_scale),
+          options_(options), packing_(packing) {}
 
     SearchResult run() {
-        const Demand demand = demand_of(chains_, gutter_);
-        scale_ =
-            demand.scale_for(k_first_fill * (inner_.width + gutter_) * (inner_.height + gutter_));
+        const Demand demand = demand_of(chains_, room_.gutter);
+        scale_ = demand.scale_for(room_area());
         scale_ = std::min(max_scale_, std::max(scale_, min_scale_));
         plan_.order = order_by_size(chains_);
         plan_.fine_turn.assign(chains_.shapes.size(), 0);
-        const Tuning tuning = Tuning::of(options_.quality, plan_.order.size(), options_.triangles);
+        plan_.quarters = options_.turns == Turns::none ? 1 : 4;
+        const Tuning tuning = Tuning::of(options_, plan_.order.size());
         plan_.skip_full_rows = plan_.order.size() > k_max_thorough;
         if (tuning.draft_effort > 0) {
             choose_row_direction(tuning.draft_cells);
@@ -139,6 +141,20 @@ public:
     }
 
 private:
+    /// The area that charts and their gutters fill at the first try, in texels squared.
+    double room_area() const {
+        double area = k_first_fill * (room_.width + room_.gutter) * (room_.height + room_.gutter) *
+                      options_.tiles;
+        for (const ChartShape& shape : chains_.shapes)
+            if (shape.kept)
+                area -= shape.area + shape.hull_perimeter * room_.gutter / 2;
+        return area;
+    }
+
+    Page page(double cells) const {
+        return make_page(room_, chains_, options_.tiles, cells, turned_);
+    }
+
     /// How many charts the local search rearranges: the largest, up to 95 % of the area of all
     /// boxes. The others fill the gaps that these leave.
     size_t count_large() const {
@@ -166,6 +182,11 @@ private:
 
     static double cost(const Layout& layout) { return layout.height + layout.mean_top; }
 
+    void turn(Plan& plan, uint32_t chart, uint32_t fine_turn) const {
+        if (chains_.shapes[chart].turns_finely)
+            plan.fine_turn[chart] = uint8_t(fine_turn);
+    }
+
     /// A copy of the plan with one random change among the first `n` charts: two swapped, one moved
     /// to another place of the order, or one turned.
     Plan mutated(uint32_t n) {
@@ -184,7 +205,7 @@ private:
             break;
         }
         default:
-            next.fine_turn[next.order[i]] = uint8_t(random_.below(MaskSet::k_fine));
+            turn(next, next.order[i], random_.below(MaskSet::k_fine));
         }
         return next;
     }
@@ -202,7 +223,7 @@ private:
         for (uint32_t i = 0; i < n; ++i) {
             next.order[i] = keys[i].second;
             const uint32_t turn = random_.below(2 * MaskSet::k_fine);
-            next.fine_turn[keys[i].second] = uint8_t(turn < MaskSet::k_fine ? turn : 0);
+            this->turn(next, keys[i].second, turn < MaskSet::k_fine ? turn : 0);
         }
         return next;
     }
@@ -222,9 +243,9 @@ private:
     /// keeps changes that do not raise the cost, and raises the scale whenever everything fits.
     void improve(double cells, uint64_t budget, double done) {
         const uint32_t n = uint32_t(count_large());
-        if (n == 0 || stopped(done))
+        if (n == 0 || stopped(done) || (found_ && packing_.scale >= max_scale_))
             return;
-        const Page page = make_page(inner_.width, inner_.height, gutter_, cells, turned_);
+        const Page page = this->page(cells);
         const ChartChains coarse = simplify(chains_, k_simplify_cells / (scale_ * page.density));
         MaskSet masks(coarse);
         double scale = found_ ? std::min(max_scale_, packing_.scale * k_growth) : scale_;
@@ -263,7 +284,7 @@ private:
 
     /// Searches the largest scale at which the plan fits on a grid of cells * cells.
     void fit_scale(double cells, int tries, double done) {
-        const Page page = make_page(inner_.width, inner_.height, gutter_, cells, turned_);
+        const Page page = this->page(cells);
         double scale = found_ ? std::min(max_scale_, packing_.scale * 1.02) : scale_;
         const ChartChains fine = simplify(chains_, k_simplify_cells / (scale * page.density));
         MaskSet masks(fine);
@@ -300,8 +321,8 @@ private:
     }
 
     const ChartChains& chains_;
-    const InnerRectangle& inner_;
-    double gutter_, max_scale_, min_scale_;
+    const PackRoom& room_;
+    double max_scale_, min_scale_;
     const PackOptions& options_;
     Packing& packing_;
     Plan plan_;
@@ -314,10 +335,9 @@ private:
 
 } // namespace
 
-SearchResult search_layout(const ChartChains& chains, const InnerRectangle& inner, double gutter,
-                           double max_scale, double min_scale, const PackOptions& options,
-                           Packing& packing) {
-    return Search(chains, inner, gutter, max_scale, min_scale, options, packing).run();
+SearchResult search_layout(const ChartChains& chains, const PackRoom& room, double max_scale,
+                           double min_scale, const PackOptions& options, Packing& packing) {
+    return Search(chains, room, max_scale, min_scale, options, packing).run();
 }
 
 } // namespace tessora::atlas

@@ -9,24 +9,31 @@ namespace {
 /// Lower left corner of a chart's box, texels.
 struct BoxCorner {
     double x = 0, y = 0;
+    uint32_t tile = 0;
 };
 
 /// Next-fit: fills one shelf after another in the given order, with the boxes' shorter sides
 /// upright. False if they do not fit.
-bool fill_shelves(const ChartChains& chains, const std::vector<uint32_t>& order, double width,
-                  double height, double gutter, double scale, std::vector<BoxCorner>& corners) {
+bool fill_shelves(const ChartChains& chains, const std::vector<uint32_t>& order,
+                  const PackRoom& room, uint32_t tiles, double scale,
+                  std::vector<BoxCorner>& corners) {
     double shelf = 0, shelf_height = 0, x = 0;
+    uint32_t tile = 0;
     for (uint32_t chart : order) {
         const ChartShape& shape = chains.shapes[chart];
         const double w = shape.length * scale, h = shape.width * scale;
-        if (x > 0 && x + w > width) {
-            shelf += shelf_height + gutter;
+        if (x > 0 && x + w > room.width) {
+            shelf += shelf_height + room.gutter;
             shelf_height = x = 0;
         }
-        if (x + w > width || shelf + h > height)
+        if (shelf > 0 && shelf + h > room.height) {
+            ++tile;
+            shelf = shelf_height = x = 0;
+        }
+        if (x + w > room.width || shelf + h > room.height || tile == tiles)
             return false;
-        corners[chart] = {x, shelf};
-        x += w + gutter;
+        corners[chart] = {x, shelf, tile};
+        x += w + room.gutter;
         shelf_height = std::max(shelf_height, h);
     }
     return true;
@@ -46,19 +53,19 @@ void write(const ChartChains& chains, const std::vector<BoxCorner>& corners, Pac
             low = p == first ? q : Vec2{std::min(low.x, q.x), std::min(low.y, q.y)};
         }
         packing.placements[i] = {shape.axis.x, -shape.axis.y, corners[i].x - low.x,
-                                 corners[i].y - low.y};
+                                 corners[i].y - low.y, corners[i].tile};
     }
 }
 
 } // namespace
 
-bool pack_boxes(const ChartChains& chains, double width, double height, double gutter,
-                double max_scale, double min_scale, Packing& packing) {
+bool pack_boxes(const ChartChains& chains, PackRoom room, uint32_t tiles, double max_scale,
+                double min_scale, Packing& packing) {
     // The slack keeps rounding errors of the boxes from costing gutter.
-    const double slack = 1e-9 * std::max(width, height);
-    width -= slack;
-    height -= slack;
-    gutter += slack;
+    const double slack = 1e-9 * std::max(room.width, room.height);
+    room.width -= slack;
+    room.height -= slack;
+    room.gutter += slack;
     std::vector<uint32_t> order;
     for (uint32_t i = 0; i < chains.shapes.size(); ++i)
         if (chains.shapes[i].chain_begin != chains.shapes[i].chain_end)
@@ -68,7 +75,7 @@ bool pack_boxes(const ChartChains& chains, double width, double height, double g
     });
     std::vector<BoxCorner> corners(chains.shapes.size()), best;
     const auto fits = [&](double scale) {
-        if (!fill_shelves(chains, order, width, height, gutter, scale, corners))
+        if (!fill_shelves(chains, order, room, tiles, scale, corners))
             return false;
         best = corners;
         packing.scale = scale;

@@ -184,6 +184,12 @@ const char* describe(Status status) noexcept {
         return "the caller stopped the work";
     case Status::out_of_memory:
         return "memory ran out";
+    case Status::non_finite_uv:
+        return "a texture coordinate is not a finite number";
+    case Status::kept_charts_collide:
+        return "charts that are to stay where they are lie closer than the gutter";
+    case Status::kept_chart_outside:
+        return "a chart that is to stay where it is lies in no tile";
     }
     return "unknown status";
 }

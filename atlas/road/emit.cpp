@@ -62,6 +62,9 @@ public:
     }
 
     size_t vertices() const { return class_of_.size(); }
+    size_t class_of(size_t vertex) const { return class_of_[vertex]; }
+    /// Clockwise triangles are looked after, too.
+    void keep_both_orientations() { keeps_both_ = true; }
     uint32_t chart_of(size_t vertex) const { return chart_of_vertex_[vertex]; }
     Vec2 position(size_t vertex) const {
         const size_t c = class_of_[vertex];
@@ -136,9 +139,14 @@ private:
             if (caller_ != nullptr)
                 f[k] = {caller_->u(float(q[k].x)), caller_->v(float(q[k].y))};
         }
-        const int before = side_of_line(p[0], p[1], p[2]);
-        if (before < 0)
+        int before = side_of_line(p[0], p[1], p[2]);
+        if (before < 0 && !keeps_both_)
             return 0;
+        if (before < 0) {
+            before = 1;
+            std::swap(q[1], q[2]);
+            std::swap(f[1], f[2]);
+        }
         const double returned = fault_of(q, before);
         return caller_ == nullptr ? returned : returned + fault_of(f, before);
     }
@@ -240,6 +248,7 @@ private:
     uint64_t tests_ = 0;                       ///< triangle tests so far
     Lattice lattice_;
     const CallerMap* caller_ = nullptr;
+    bool keeps_both_ = false;
 };
 
 /// The largest lattice number that the caller's map keeps inside the texture.
@@ -291,6 +300,18 @@ void emit_unpacked(const EmitCharts& charts, Result& result) {
     for (double reach = 1; reach < extent; reach *= 2)
         lattice.step *= 2;
     emitter.round(exact, lattice, nullptr);
+}
+
+void emit_at(const EmitCharts& charts, const std::vector<double>& exact, double step,
+             Result& result) {
+    Emitter emitter(charts, result);
+    emitter.keep_both_orientations();
+    std::vector<Vec2> at(emitter.vertices());
+    for (size_t v = 0; v < at.size(); ++v)
+        at[v] = {exact[2 * emitter.class_of(v)], exact[2 * emitter.class_of(v) + 1]};
+    Lattice lattice;
+    lattice.step = step;
+    emitter.round(at, lattice, nullptr);
 }
 
 } // namespace tessora::atlas

@@ -10,6 +10,7 @@
 #include "atlas/pack/pack.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace tessora::atlas {
 
@@ -37,5 +38,11 @@ void emit(const EmitCharts& charts, const Packing& packing, const PackOptions& o
 /// Fills `result` with every chart in its own coordinates, moved so that its lower left corner is
 /// the origin; for a partition without packing. Fills `lost` as emit() does.
 void emit_unpacked(const EmitCharts& charts, Result& result);
+
+/// Fills `result` with coordinates that the caller has computed: `exact[2*classes]`, from 0 to
+/// 2^24 * step, are rounded to multiples of `step`. Triangles of either orientation keep it if
+/// nudging their vertices can achieve that; the others are listed in `lost`.
+void emit_at(const EmitCharts& charts, const std::vector<double>& exact, double step,
+             Result& result);
 
 } // namespace tessora::atlas

@@ -363,7 +363,7 @@ Packing pack_finished(const FinishedCharts& charts, const PackOptions& options) 
                      charts.edges.begin() + 2 * long(charts.edge_begin[c + 1]));
         begin.push_back(uint32_t(edges.size() / 2));
     }
-    Packing packing = pack({span(charts.class_uv), span(edges), span(begin)}, options);
+    Packing packing = pack_charts({span(charts.class_uv), span(edges), span(begin)}, options);
     if (packing.status != Status::ok || begin.size() - 1 == charts.chart_count())
         return packing;
     std::vector<Placement> placements;

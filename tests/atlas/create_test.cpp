@@ -703,7 +703,7 @@ TEST(AtlasPartition, TotalUvAreaIsOne) {
 }
 
 TEST(AtlasDescribe, EveryStatusHasADescription) {
-    for (int s = 0; s <= int(Status::out_of_memory); ++s)
+    for (int s = 0; s <= int(Status::kept_chart_outside); ++s)
         EXPECT_GT(std::string(describe(Status(s))).size(), 10u);
 }
 

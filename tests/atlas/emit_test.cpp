@@ -76,7 +76,7 @@ Packing pack_one(const FlatCharts& flat, const PackOptions& options) {
             edges.insert(edges.end(),
                          {flat.corner_class[3 * t + k], flat.corner_class[3 * t + (k + 1) % 3]});
     begin.push_back(uint32_t(edges.size() / 2));
-    return pack({span(flat.class_uv), span(edges), span(begin)}, options);
+    return pack_charts({span(flat.class_uv), span(edges), span(begin)}, options);
 }
 
 uint32_t count_flips(const Result& result, const std::vector<float>& uvs) {

@@ -20,7 +20,7 @@ PackOptions options_of(uint32_t width, uint32_t height, float gutter,
 
 /// Packs, expects a valid layout, and returns its coverage.
 double expect_valid(const PackInput& set, const PackOptions& options) {
-    const Packing packing = pack(set.face(), options);
+    const Packing packing = pack_charts(set.face(), options);
     EXPECT_EQ(packing.status, Status::ok);
     if (packing.status != Status::ok)
         return 0;
@@ -61,7 +61,7 @@ TEST(PackFormulas, SafeGutterIsSlightlyLargerThanRequested) {
 
 TEST(Pack, NoChartsIsAValidLayout) {
     const PackInput set;
-    const Packing packing = pack(set.face(), options_of(512, 512, 2));
+    const Packing packing = pack_charts(set.face(), options_of(512, 512, 2));
     EXPECT_EQ(packing.status, Status::ok);
     EXPECT_TRUE(packing.placements.empty());
 }
@@ -160,15 +160,15 @@ TEST(Pack, TexturesOfExtremeProportionsAreFilledValidly) {
 TEST(Pack, GutterAsWideAsTheTextureDoesNotFit) {
     PackInput set;
     set.box(1, 1);
-    EXPECT_EQ(pack(set.face(), options_of(512, 32, 32)).status, Status::does_not_fit);
-    EXPECT_EQ(pack(set.face(), options_of(512, 32, 31.5f)).status, Status::does_not_fit);
+    EXPECT_EQ(pack_charts(set.face(), options_of(512, 32, 32)).status, Status::does_not_fit);
+    EXPECT_EQ(pack_charts(set.face(), options_of(512, 32, 31.5f)).status, Status::does_not_fit);
 }
 
 TEST(Pack, MoreChartsThanTheCapacityDoNotFit) {
     PackInput set;
     for (int i = 0; i < 100; ++i)
         set.box(1, 1);
-    EXPECT_EQ(pack(set.face(), options_of(64, 64, 8)).status, Status::does_not_fit);
+    EXPECT_EQ(pack_charts(set.face(), options_of(64, 64, 8)).status, Status::does_not_fit);
 }
 
 TEST(Pack, AQuarterOfTheCapacityFits) {
@@ -194,18 +194,18 @@ TEST(Pack, ProgressNeverDecreasesAndReturningFalseAborts) {
         last = done;
         return true;
     };
-    EXPECT_EQ(pack(set.face(), options).status, Status::ok);
+    EXPECT_EQ(pack_charts(set.face(), options).status, Status::ok);
     EXPECT_TRUE(rising);
     options.proceed = [](double) { return false; };
-    EXPECT_EQ(pack(set.face(), options).status, Status::aborted);
+    EXPECT_EQ(pack_charts(set.face(), options).status, Status::aborted);
 }
 
 TEST(Pack, SameInputGivesIdenticalResults) {
     std::mt19937 random(17);
     const PackInput set = random_charts(random, 60);
     for (Quality quality : {Quality::fast, Quality::quality}) {
-        const Packing a = pack(set.face(), options_of(512, 256, 2, quality));
-        const Packing b = pack(set.face(), options_of(512, 256, 2, quality));
+        const Packing a = pack_charts(set.face(), options_of(512, 256, 2, quality));
+        const Packing b = pack_charts(set.face(), options_of(512, 256, 2, quality));
         ASSERT_EQ(a.placements.size(), b.placements.size());
         EXPECT_EQ(a.scale, b.scale);
         for (size_t i = 0; i < a.placements.size(); ++i) {
