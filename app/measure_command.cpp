@@ -4,6 +4,7 @@
 #include "app/exit_code.h"
 #include "app/layout_picture.h"
 #include "app/measure_layout.h"
+#include "app/mesh_import.h"
 #include "app/options.h"
 #include "app/unwrap_options.h"
 #include "host/io/obj_reader.h"
@@ -203,10 +204,12 @@ int run(const Words& words, bool verify) {
     if (!read_document(request.input, document, code))
         return code;
     const measure::Texture texture{double(request.width), double(request.height)};
-    Judgement judgement;
-    if (!judge_layout(document, nullptr, texture, {double(request.padding), request.stretch},
-                      judgement, error))
-        return fail(exit_limit, request.input + ": " + error);
+    ImportedMesh imported;
+    host::Mesh mesh;
+    if (!import_mesh(document, imported, mesh))
+        return fail(exit_limit, request.input + ": the mesh is too large");
+    const Judgement judgement =
+        judge_layout(document, mesh, nullptr, texture, {double(request.padding), request.stretch});
     code = write_picture(request, judgement, texture);
     if (code != exit_done)
         return code;

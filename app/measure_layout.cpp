@@ -1,8 +1,5 @@
 #include "app/measure_layout.h"
 
-#include "app/mesh_import.h"
-#include "host/mesh/mesh.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -166,40 +163,38 @@ void add_fault_lines(const Judgement& judgement, Table& table) {
 
 } // namespace
 
-bool make_layout(const host::ObjDocument& document, const host::ObjUvs* uvs,
-                 measure::Layout& layout, std::string& error) {
-    host::Mesh mesh;
-    ImportedMesh imported;
-    if (!import_mesh(document, imported, mesh)) {
-        error = "the mesh is too large";
-        return false;
-    }
-    layout = {};
+measure::Layout make_layout(const host::ObjDocument& document, const host::Mesh& mesh,
+                            const host::ObjUvs* uvs) {
+    measure::Layout layout;
     layout.positions = document.unit_positions;
     layout.unit = document.unit;
     layout.corner_vertex = document.corner_vertex;
     layout.polygon_count = static_cast<uint32_t>(document.polygon_count());
     take_uvs(document, uvs, layout);
+    const size_t triangles = document.corner_vertex.size() - 2 * document.polygon_count();
+    layout.triangle_corners.reserve(3 * triangles);
+    layout.triangle_polygon.reserve(triangles);
     for (uint32_t p = 0; p < layout.polygon_count; ++p) {
         const uint32_t first = document.corner_begin[p];
         const host::IndexSpan corners = mesh.triangles(p);
         for (uint32_t corner : corners)
             layout.triangle_corners.push_back(first + corner);
-        layout.triangle_polygon.insert(layout.triangle_polygon.end(), corners.size() / 3, p);
+        for (uint32_t i = 0; i < corners.size(); i += 3)
+            layout.triangle_polygon.push_back(p);
     }
-    return true;
+    return layout;
 }
 
-bool judge_layout(const host::ObjDocument& document, const host::ObjUvs* uvs,
-                  const measure::Texture& texture, const measure::Promise& promise,
-                  Judgement& judgement, std::string& error) {
-    if (!make_layout(document, uvs, judgement.layout, error))
-        return false;
+Judgement judge_layout(const host::ObjDocument& document, const host::Mesh& mesh,
+                       const host::ObjUvs* uvs, const measure::Texture& texture,
+                       const measure::Promise& promise) {
+    Judgement judgement;
+    judgement.layout = make_layout(document, mesh, uvs);
     judgement.measures = measure::measure(judgement.layout, texture);
     judgement.breaches = measure::verify(judgement.layout, judgement.measures, promise);
     judgement.over_limit =
         measure::find_over_limit(judgement.layout, judgement.measures, promise.max_stretch);
-    return true;
+    return judgement;
 }
 
 std::string measures_json(const Judgement& judgement, bool per_chart) {

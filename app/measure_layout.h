@@ -3,6 +3,7 @@
 
 #include "host/io/obj_document.h"
 #include "host/io/obj_writer.h"
+#include "host/mesh/mesh.h"
 #include "measure/verify.h"
 
 #include <string>
@@ -10,11 +11,11 @@
 
 namespace app {
 
-/// Builds a layout from the document's polygons, triangulated as an unwrap triangulates them, with
-/// `uvs` as texture coordinates or, if null, the document's own. Polygon ids are the document's.
-/// Errors: false with a sentence in `error` if the mesh is too large for the host.
-bool make_layout(const host::ObjDocument& document, const host::ObjUvs* uvs,
-                 measure::Layout& layout, std::string& error);
+/// Builds a layout from the document's polygons, triangulated as `mesh`, which was imported from
+/// the document, with `uvs` as texture coordinates or, if null, the document's own. Polygon ids are
+/// the document's.
+measure::Layout make_layout(const host::ObjDocument& document, const host::Mesh& mesh,
+                            const host::ObjUvs* uvs);
 
 /// The measurements of a layout and the guarantees it breaks.
 struct Judgement {
@@ -24,11 +25,11 @@ struct Judgement {
     measure::OverLimit over_limit;
 };
 
-/// Measures a layout and checks it against `promise`.
-/// Errors: as make_layout; std::bad_alloc.
-bool judge_layout(const host::ObjDocument& document, const host::ObjUvs* uvs,
-                  const measure::Texture& texture, const measure::Promise& promise,
-                  Judgement& judgement, std::string& error);
+/// Measures a layout and checks it against `promise`; for the arguments see make_layout.
+/// Errors: std::bad_alloc.
+Judgement judge_layout(const host::ObjDocument& document, const host::Mesh& mesh,
+                       const host::ObjUvs* uvs, const measure::Texture& texture,
+                       const measure::Promise& promise);
 
 /// The figures as one JSON object; docs/measures.md defines every key. `per_chart` adds a list of
 /// all charts.

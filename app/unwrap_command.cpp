@@ -159,9 +159,7 @@ bool UnwrapRun::verify() {
     const Stopwatch watch;
     progress_.begin_stage("verifying");
     const measure::Promise promise = {double(outcome_.settings.padding), outcome_.settings.stretch};
-    std::string error;
-    if (!judge_layout(document_, &outcome_.uvs, texture(), promise, judgement_, error))
-        return fail(exit_limit, request_.input + ": " + error);
+    judgement_ = judge_layout(document_, outcome_.mesh, &outcome_.uvs, texture(), promise);
     report_.measures = measures_json(judgement_, false);
     report_.seconds.verify = watch.seconds();
     if (judgement_.breaches.empty())

@@ -256,12 +256,11 @@ UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettings
     outcome.settings = in_range(request);
     outcome.triangles = document.corner_vertex.size() - 2 * document.polygon_count();
     ImportedMesh imported;
-    host::Mesh mesh;
-    if (!make_mesh(document, imported, mesh, outcome) || !load_plugin(outcome.reason))
+    if (!make_mesh(document, imported, outcome.mesh, outcome) || !load_plugin(outcome.reason))
         return outcome;
     warn_of(document, imported, request, warn);
     StageTimes stages(progress);
-    unwrap_mesh(mesh, document, imported, visit, outcome);
+    unwrap_mesh(outcome.mesh, document, imported, visit, outcome);
     stages.finish();
     stages.store(seconds);
     return outcome;

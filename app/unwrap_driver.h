@@ -4,6 +4,7 @@
 #include "app/progress_display.h"
 #include "app/report.h"
 #include "host/io/obj_writer.h"
+#include "host/mesh/mesh.h"
 
 #include <functional>
 #include <string>
@@ -14,6 +15,7 @@ struct UnwrapOutcome {
     bool good = false;
     bool out_of_memory = false; ///< the reason of the failure
     std::string reason;         ///< after a failure, a sentence without full stop
+    host::Mesh mesh;            ///< as imported, without the new UVs
     host::ObjUvs uvs;           ///< after a success, the UVs of the document's corners
     uint64_t triangles = 0;
     UnwrapResult result;

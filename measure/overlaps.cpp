@@ -1,6 +1,7 @@
 #include "measure/overlaps.h"
 
 #include "measure/box_tree.h"
+#include "measure/coverage.h"
 #include "measure/fans.h"
 #include "measure/shape.h"
 
@@ -189,6 +190,12 @@ private:
 
 Overlaps find_overlaps(const Layout& layout, const Texture& texture, const ChartTable& charts,
                        double depth) {
+    return is_covered_once(layout, charts) ? Overlaps{}
+                                           : compare_all_pairs(layout, texture, charts, depth);
+}
+
+Overlaps compare_all_pairs(const Layout& layout, const Texture& texture, const ChartTable& charts,
+                           double depth) {
     return OverlapSearch(layout, texture, charts, depth).find();
 }
 

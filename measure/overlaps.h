@@ -2,7 +2,8 @@
 ///
 /// Separating axis test: two triangles overlap if no line through an edge of either separates them,
 /// allowing penetration up to the rounding error of single-precision UVs. Neighbours that share an
-/// edge, and the two sides of a slit, touch without overlapping.
+/// edge, and the two sides of a slit, touch without overlapping. Pairs are only compared if the
+/// outlines do not prove at once that there are no overlaps (measure/coverage.h).
 #pragma once
 
 #include "measure/charts.h"
@@ -28,5 +29,9 @@ inline constexpr uint64_t k_max_pairs = 4'000'000;
 /// Cost: O(n log n + pairs whose extents intersect).
 Overlaps find_overlaps(const Layout& layout, const Texture& texture, const ChartTable& charts,
                        double depth);
+
+/// The same without the attempt at a proof.
+Overlaps compare_all_pairs(const Layout& layout, const Texture& texture, const ChartTable& charts,
+                           double depth);
 
 } // namespace measure

@@ -3,6 +3,7 @@
 #include "measure/shape.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace measure {
@@ -84,18 +85,21 @@ struct Running {
     }
 };
 
-/// Angle at corner k in degrees.
-double angle_at(const Point2& a, const Point2& b) {
-    return k_degrees * std::atan2(std::abs(cross(a, b)), dot(a, b));
+/// The difference of two angles in degrees, each given by its sine and cosine times any positive
+/// factor; sines are not negative.
+double angle_change(double sine_a, double cosine_a, double sine_b, double cosine_b) {
+    return k_degrees *
+           std::atan2(sine_a * cosine_b - cosine_a * sine_b, cosine_a * cosine_b + sine_a * sine_b);
 }
 
-/// A congruent triangle in the plane.
-Triangle2 flattened(const Triangle3& space) {
-    const double side = std::sqrt(space.aa);
-    Triangle2 flat;
-    flat.p[1] = {side, 0.0};
-    flat.p[2] = {space.ab / side, 2.0 * space.area / side};
-    return flat;
+/// The changes of a triangle's three angles from space to texels. The angles add up to half a turn
+/// in both, so the changes add up to 0.
+std::array<double, 3> angle_changes(const Triangle3& space, const Triangle2& texels) {
+    const Point2 a = texels.p[1] - texels.p[0], b = texels.p[2] - texels.p[0];
+    const double area2 = 2.0 * space.area, turn = std::abs(cross(a, b));
+    const double first = angle_change(area2, space.ab, turn, dot(a, b));
+    const double second = angle_change(area2, space.aa - space.ab, turn, dot(a, a) - dot(a, b));
+    return {std::abs(first), std::abs(second), std::abs(first + second)};
 }
 
 } // namespace
@@ -160,13 +164,8 @@ Distortion distortion(const Layout& layout, const Texture& texture,
         const TriangleMap& map = maps[t];
         if (map.is_unresolved || map.smaller <= 0.0)
             continue;
-        const Triangle2 flat = flattened(space_triangle(layout, t));
-        const Triangle2 texels = texel_triangle(layout, texture, t);
-        for (int k = 0; k < 3; ++k) {
-            const int next = (k + 1) % 3, last = (k + 2) % 3;
-            const double change =
-                std::abs(angle_at(flat.p[next] - flat.p[k], flat.p[last] - flat.p[k]) -
-                         angle_at(texels.p[next] - texels.p[k], texels.p[last] - texels.p[k]));
+        for (const double change :
+             angle_changes(space_triangle(layout, t), texel_triangle(layout, texture, t))) {
             angles += map.area * change / 3.0;
             result.angle_max = std::max(result.angle_max, change);
         }

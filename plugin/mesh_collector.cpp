@@ -203,6 +203,9 @@ void Collector::read_triangles(MItMeshPolygon& polygon, CornerList* corners) {
     const int id = static_cast<int>(polygon.index());
     int count = 0;
     polygon.numTriangles(count);
+    // One allocation; more if the polygon lists a vertex twice.
+    if (corners != nullptr && count > 0)
+        corners->resize(3 * static_cast<uint32_t>(count));
     for (int t = 0; t < count; ++t) {
         read_triangle(polygon, t);
         for (unsigned k = 0; k < 3; ++k) {

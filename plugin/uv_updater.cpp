@@ -43,13 +43,21 @@ MStatus count_corners(MObject& mesh, MIntArray& counts) {
     return status ? status : fail_with(k_no_faces, status);
 }
 
+/// Sets `ids` to `count` zeros, or fewer if memory runs out.
+void set_zeros(array<uint32_t>& ids, uint32_t count) {
+    if (ids.capacity() < count)
+        ids.resize(count);
+    ids.clear();
+    for (uint32_t c = 0; c < count && c < ids.capacity(); ++c)
+        ids.append(0);
+}
+
 /// Appends the UV id of every corner of polygon `p`, whose first triangle corner is `passed`.
+/// `ids` is working memory that all polygons share.
 void list_polygon_ids(uint32_t p, uint32_t passed, const CornerList& corners,
-                      const array<uint32_t>& atlas_indices, UvLayout& layout) {
-    array<uint32_t> ids;
-    ids.set_properties(ARRAY_ZERO_FILL);
-    if (p < layout.counts.length())
-        ids.alloc(static_cast<uint32_t>(layout.counts[p]));
+                      const array<uint32_t>& atlas_indices, array<uint32_t>& ids,
+                      UvLayout& layout) {
+    set_zeros(ids, p < layout.counts.length() ? static_cast<uint32_t>(layout.counts[p]) : 0);
     for (uint32_t j = 0; j < corners.count(); ++j) {
         // Deliberate: the last triangle wins, also if the triangles lie in different charts.
         const uint32_t id = atlas_indices.get(passed + j);
@@ -83,9 +91,10 @@ MStatus apply_uvs(const Unwrapper& unwrapper, MObject& mesh, const array<Vertex>
     if (!status)
         return status;
     uint32_t passed = 0;
+    array<uint32_t> ids;
     for (uint32_t p = 0; p < face_corners.count(); ++p) {
         const CornerList& corners = *face_corners.get(p);
-        list_polygon_ids(p, passed, corners, atlas_indices, layout);
+        list_polygon_ids(p, passed, corners, atlas_indices, ids, layout);
         passed += corners.count();
     }
     MFnMesh mesh_fn(mesh, &status);

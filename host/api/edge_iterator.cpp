@@ -10,7 +10,7 @@ namespace {
 constexpr host::Count k_count = &host::Connectivity::edge_count;
 
 const Mesh* begin(const char* point, const MObject& object, int index, MStatus& status) {
-    return host::begin_at(k_count, point, object, index, status);
+    return host::begin_at<k_count>(point, object, index, status);
 }
 
 std::uint32_t end_vertex(const Mesh& mesh, int edge, int end) {
@@ -38,11 +38,11 @@ MItMeshEdge::MItMeshEdge(const MDagPath& polyObject, MObject& component, MStatus
 MItMeshEdge::~MItMeshEdge() = default;
 
 bool MItMeshEdge::isDone(MStatus* ReturnStatus) const {
-    return index_ >= host::count_all(k_count, "MItMeshEdge::isDone", object_, ReturnStatus);
+    return index_ >= host::count_all<k_count>("MItMeshEdge::isDone", object_, ReturnStatus);
 }
 
 MStatus MItMeshEdge::next() {
-    return host::move_to_next(k_count, "MItMeshEdge::next", object_, index_);
+    return host::move_to_next<k_count>("MItMeshEdge::next", object_, index_);
 }
 
 MStatus MItMeshEdge::reset() { return host::move_to_first("MItMeshEdge::reset", object_, index_); }
@@ -52,11 +52,11 @@ MStatus MItMeshEdge::reset(MObject& polyObject) {
 }
 
 int MItMeshEdge::count(MStatus* ReturnStatus) const {
-    return host::count_all(k_count, "MItMeshEdge::count", object_, ReturnStatus);
+    return host::count_all<k_count>("MItMeshEdge::count", object_, ReturnStatus);
 }
 
 int MItMeshEdge::index(MStatus* ReturnStatus) const {
-    return host::current_index(k_count, "MItMeshEdge::index", object_, index_, ReturnStatus);
+    return host::current_index<k_count>("MItMeshEdge::index", object_, index_, ReturnStatus);
 }
 
 int MItMeshEdge::index(int endPoint, MStatus* ReturnStatus) const {
@@ -71,7 +71,7 @@ int MItMeshEdge::index(int endPoint, MStatus* ReturnStatus) const {
 }
 
 MStatus MItMeshEdge::setIndex(int index, int& prevIndex) {
-    return host::move_to_index(k_count, "MItMeshEdge::setIndex", object_, index, prevIndex, index_);
+    return host::move_to_index<k_count>("MItMeshEdge::setIndex", object_, index, prevIndex, index_);
 }
 
 MPoint MItMeshEdge::point(int endPoint, MSpace::Space space, MStatus* ReturnStatus) const {

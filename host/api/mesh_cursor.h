@@ -1,5 +1,6 @@
-/// Functions shared by the iterators over vertices, edges and polygons. `Count` is the member of
-/// Connectivity that returns the number of elements to iterate over.
+/// Functions shared by the iterators over vertices, edges and polygons. `count` is the member of
+/// Connectivity that returns the number of elements to iterate over: a template argument, so that
+/// it is inlined into functions that a plug-in calls for every element.
 #pragma once
 
 #include "host/api/mesh_access.h"
@@ -9,8 +10,8 @@ namespace host {
 using Count = std::uint32_t (Connectivity::*)() const;
 
 /// Passes a fault point and returns the mesh if `index` is a valid element, else NULL.
-inline const Mesh* begin_at(Count count, const char* point, const MObject& object, int index,
-                            MStatus& status) {
+template <Count count>
+const Mesh* begin_at(const char* point, const MObject& object, int index, MStatus& status) {
     status = pass_fault(point);
     const Mesh* const mesh = status ? current_mesh(object) : nullptr;
     if (status && (mesh == nullptr || index < 0 ||
@@ -20,16 +21,18 @@ inline const Mesh* begin_at(Count count, const char* point, const MObject& objec
 }
 
 /// Number of elements; 0 without a mesh.
-inline int count_all(Count count, const char* point, const MObject& object, MStatus* result) {
+template <Count count>
+int count_all(const char* point, const MObject& object, MStatus* result) {
     const MStatus fault = pass_fault(point);
     const Mesh* const mesh = fault ? current_mesh(object) : nullptr;
     report(result, fault && mesh == nullptr ? MStatus(MS::kFailure) : fault);
     return mesh == nullptr ? 0 : static_cast<int>((mesh->connectivity().*count)());
 }
 
-inline MStatus move_to_next(Count count, const char* point, const MObject& object, int& index) {
+template <Count count>
+MStatus move_to_next(const char* point, const MObject& object, int& index) {
     MStatus status;
-    begin_at(count, point, object, index, status);
+    begin_at<count>(point, object, index, status);
     index += status ? 1 : 0;
     return status;
 }
@@ -52,17 +55,18 @@ inline MStatus move_to_mesh(const char* point, const MObject& wanted, MObject& o
     return attach_mesh(point, kept, MObject(), object);
 }
 
-inline int current_index(Count count, const char* point, const MObject& object, int index,
-                         MStatus* result) {
+template <Count count>
+int current_index(const char* point, const MObject& object, int index, MStatus* result) {
     MStatus status;
-    begin_at(count, point, object, index, status);
+    begin_at<count>(point, object, index, status);
     return report(result, status) ? index : -1;
 }
 
-inline MStatus move_to_index(Count count, const char* point, const MObject& object, int wanted,
-                             int& previous, int& index) {
+template <Count count>
+MStatus move_to_index(const char* point, const MObject& object, int wanted, int& previous,
+                      int& index) {
     MStatus status;
-    begin_at(count, point, object, wanted, status);
+    begin_at<count>(point, object, wanted, status);
     if (status.error())
         return status;
     previous = index;

@@ -12,7 +12,7 @@ namespace {
 constexpr host::Count k_count = &host::Connectivity::polygon_count;
 
 const Mesh* begin(const char* point, const MObject& object, int index, MStatus& status) {
-    return host::begin_at(k_count, point, object, index, status);
+    return host::begin_at<k_count>(point, object, index, status);
 }
 
 IndexSpan vertices_of(const Mesh& mesh, int index) {
@@ -35,11 +35,11 @@ MItMeshPolygon::MItMeshPolygon(const MDagPath& polyObject, MObject& component,
 MItMeshPolygon::~MItMeshPolygon() = default;
 
 bool MItMeshPolygon::isDone(MStatus* ReturnStatus) const {
-    return index_ >= host::count_all(k_count, "MItMeshPolygon::isDone", object_, ReturnStatus);
+    return index_ >= host::count_all<k_count>("MItMeshPolygon::isDone", object_, ReturnStatus);
 }
 
 MStatus MItMeshPolygon::next() {
-    return host::move_to_next(k_count, "MItMeshPolygon::next", object_, index_);
+    return host::move_to_next<k_count>("MItMeshPolygon::next", object_, index_);
 }
 
 MStatus MItMeshPolygon::reset() {
@@ -52,17 +52,17 @@ MStatus MItMeshPolygon::reset(const MObject& polyObject) {
 
 unsigned int MItMeshPolygon::count(MStatus* ReturnStatus) const {
     return static_cast<unsigned int>(
-        host::count_all(k_count, "MItMeshPolygon::count", object_, ReturnStatus));
+        host::count_all<k_count>("MItMeshPolygon::count", object_, ReturnStatus));
 }
 
 unsigned int MItMeshPolygon::index(MStatus* ReturnStatus) const {
     return static_cast<unsigned int>(
-        host::current_index(k_count, "MItMeshPolygon::index", object_, index_, ReturnStatus));
+        host::current_index<k_count>("MItMeshPolygon::index", object_, index_, ReturnStatus));
 }
 
 MStatus MItMeshPolygon::setIndex(int index, int& prevIndex) {
-    return host::move_to_index(k_count, "MItMeshPolygon::setIndex", object_, index, prevIndex,
-                               index_);
+    return host::move_to_index<k_count>("MItMeshPolygon::setIndex", object_, index, prevIndex,
+                                        index_);
 }
 
 unsigned int MItMeshPolygon::polygonVertexCount(MStatus* ReturnStatus) const {

@@ -16,7 +16,7 @@ namespace {
 constexpr host::Count k_count = &host::Connectivity::vertex_count;
 
 const Mesh* begin(const char* point, const MObject& object, int index, MStatus& status) {
-    return host::begin_at(k_count, point, object, index, status);
+    return host::begin_at<k_count>(point, object, index, status);
 }
 
 /// The corners at a vertex in a UV set, and how many of them are mapped.
@@ -69,11 +69,11 @@ MItMeshVertex::MItMeshVertex(const MDagPath& polyObject, MObject& component,
 MItMeshVertex::~MItMeshVertex() = default;
 
 bool MItMeshVertex::isDone(MStatus* ReturnStatus) const {
-    return index_ >= host::count_all(k_count, "MItMeshVertex::isDone", object_, ReturnStatus);
+    return index_ >= host::count_all<k_count>("MItMeshVertex::isDone", object_, ReturnStatus);
 }
 
 MStatus MItMeshVertex::next() {
-    return host::move_to_next(k_count, "MItMeshVertex::next", object_, index_);
+    return host::move_to_next<k_count>("MItMeshVertex::next", object_, index_);
 }
 
 MStatus MItMeshVertex::reset() {
@@ -85,16 +85,16 @@ MStatus MItMeshVertex::reset(MObject& polyObject) {
 }
 
 int MItMeshVertex::count(MStatus* ReturnStatus) const {
-    return host::count_all(k_count, "MItMeshVertex::count", object_, ReturnStatus);
+    return host::count_all<k_count>("MItMeshVertex::count", object_, ReturnStatus);
 }
 
 int MItMeshVertex::index(MStatus* ReturnStatus) const {
-    return host::current_index(k_count, "MItMeshVertex::index", object_, index_, ReturnStatus);
+    return host::current_index<k_count>("MItMeshVertex::index", object_, index_, ReturnStatus);
 }
 
 MStatus MItMeshVertex::setIndex(int index, int& prevIndex) {
-    return host::move_to_index(k_count, "MItMeshVertex::setIndex", object_, index, prevIndex,
-                               index_);
+    return host::move_to_index<k_count>("MItMeshVertex::setIndex", object_, index, prevIndex,
+                                        index_);
 }
 
 MPoint MItMeshVertex::position(MSpace::Space space, MStatus* ReturnStatus) const {

@@ -216,6 +216,26 @@ void set_corners(const IndexSpan& vertices, const std::vector<Float3>& points, O
     }
 }
 
+/// Whether a polygon is a triangle that clearly has an area, so that it is valid without being
+/// projected. False proves nothing.
+bool is_clear_triangle(const IndexSpan& vertices, const std::vector<Float3>& points) {
+    if (vertices.size() != 3)
+        return false;
+    const Float3 &a = points[vertices[0]], &b = points[vertices[1]], &c = points[vertices[2]];
+    const double u[3] = {double(b.x) - double(a.x), double(b.y) - double(a.y),
+                         double(b.z) - double(a.z)};
+    const double v[3] = {double(c.x) - double(a.x), double(c.y) - double(a.y),
+                         double(c.z) - double(a.z)};
+    double squares = 0, size = 0;
+    for (int i = 0; i < 3; ++i) {
+        const int next = (i + 1) % 3, last = (i + 2) % 3;
+        const double part = u[next] * v[last] - u[last] * v[next];
+        squares += part * part;
+        size += u[i] * u[i] + v[i] * v[i];
+    }
+    return squares > 1e-20 * size * size; // false for NaN, too
+}
+
 } // namespace
 
 Triangulation triangulate(const Connectivity& connectivity, const std::vector<Float3>& points) {
@@ -224,8 +244,7 @@ Triangulation triangulate(const Connectivity& connectivity, const std::vector<Fl
     result.corners.reserve(3 *
                            (std::size_t{connectivity.corner_count()} - 2 * std::size_t{polygons}));
     result.is_valid.resize(polygons, 0);
-    const std::size_t diagonals =
-        std::size_t{connectivity.corner_count()} - 3 * std::size_t{polygons};
+    const std::size_t diagonals = connectivity.corner_count() - 3 * std::size_t{polygons};
     PairSet taken(diagonals == 0 ? 0 : connectivity.edge_count() + diagonals);
     for (std::uint32_t edge = 0; diagonals != 0 && edge < connectivity.edge_count(); ++edge)
         taken.insert(connectivity.edge(edge).first, connectivity.edge(edge).second);
@@ -242,6 +261,11 @@ Triangulation triangulate(const Connectivity& connectivity, const std::vector<Fl
             result.is_valid[polygon] = result.is_valid[twin];
             result.corners.insert(result.corners.end(), outline.triangles.begin(),
                                   outline.triangles.end());
+            continue;
+        }
+        if (is_clear_triangle(vertices, points)) {
+            result.corners.insert(result.corners.end(), {0, 1, 2});
+            result.is_valid[polygon] = 1;
             continue;
         }
         set_corners(vertices, points, outline);

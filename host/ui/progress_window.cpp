@@ -35,9 +35,13 @@ void notify() {
         window().listener->changed(window().state);
 }
 
+int clamped(int value) {
+    const host::ProgressState& state = window().state;
+    return std::max(state.minimum, std::min(value, state.maximum));
+}
+
 void set_value(int value) {
-    host::ProgressState& state = window().state;
-    state.value = std::max(state.minimum, std::min(value, state.maximum));
+    window().state.value = clamped(value);
     notify();
 }
 
@@ -108,7 +112,8 @@ MStatus MProgressWindow::setProgressMax(int maxValue) {
 
 MStatus MProgressWindow::setProgress(int progress) {
     const MStatus status = begin("MProgressWindow::setProgress");
-    if (status)
+    // Plug-ins call this for every element; the listener only hears of changes.
+    if (status && clamped(progress) != window().state.value)
         set_value(progress);
     return status;
 }

@@ -393,7 +393,7 @@ TEST(CollectMeshData, ShowsThePercentageOfPolygonsDone) {
     const faultpoint::Scope calls("MProgressWindow::setProgress", MStatus::kFailure, 1000);
     EXPECT_TRUE(collect_mesh_data(unwrapper, mesh, data, nullptr));
     EXPECT_EQ(faultpoint::passes("MProgressWindow::setProgress"), 6u);
-    EXPECT_EQ(record.values(), (std::vector<int>{0, 16, 33, 50, 66, 83}));
+    EXPECT_EQ(record.values(), (std::vector<int>{16, 33, 50, 66, 83})); // 0 changes nothing
     end_progress();
 }
 
