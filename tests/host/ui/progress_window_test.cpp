@@ -75,6 +75,16 @@ TEST_F(ProgressWindow, NotifiesTheListenerOfEveryChange) {
     EXPECT_FALSE(recorder.seen.back().is_shown);
 }
 
+TEST_F(ProgressWindow, NotifiesTheListenerOnceOfAValueThatIsSetAgain) {
+    MProgressWindow::reserve();
+    MProgressWindow::setProgress(4);
+    const size_t before = recorder.seen.size();
+    EXPECT_TRUE(MProgressWindow::setProgress(4));
+    EXPECT_EQ(recorder.seen.size(), before);
+    MProgressWindow::setProgress(5);
+    EXPECT_EQ(recorder.seen.size(), before + 1);
+}
+
 TEST_F(ProgressWindow, ClampsItsValueToTheRange) {
     MProgressWindow::reserve();
     MProgressWindow::setProgressRange(10, 20);
