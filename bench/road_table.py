@@ -35,6 +35,7 @@ def faults(m, padding):
     """The violated guarantees of a measured file."""
     found = []
     for key, name in [("unmapped_corners", "unmapped"), ("flipped", "flipped"),
+                      ("dented", "dented"), ("turned", "turned"),
                       ("collapsed", "collapsed"), ("mirrored_charts", "mirrored"),
                       ("outside", "outside")]:
         if m[key]:

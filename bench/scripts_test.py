@@ -18,7 +18,7 @@ def measures(**changes):
     """Measures of a faultless layout, with some changed."""
     good = {"unmapped_corners": 0, "flipped": 0, "collapsed": 0, "mirrored_charts": 0, "outside": 0,
             "overlap_pairs_within": 0, "overlap_pairs_between": 0, "gap_texels": 2.1,
-            "over_limit_broken": []}
+            "over_limit_broken": [], "dented": 0, "turned": 0}
     return {**good, **changes}
 
 
@@ -58,6 +58,7 @@ class RoadTable(unittest.TestCase):
                                  ("unmapped_corners", 3, "unmapped"),
                                  ("mirrored_charts", 1, "mirrored"), ("outside", 1, "outside"),
                                  ("overlap_pairs_within", 1, "overlaps"),
+                                 ("dented", 1, "dented"), ("turned", 2, "turned"),
                                  ("overlap_pairs_between", 1, "overlaps"),
                                  ("gap_texels", 1.98, "gap"), ("over_limit_broken", [4], "limit")]:
             found = road_table.faults(measures(**{key: value}), 2)

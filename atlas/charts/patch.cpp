@@ -12,6 +12,23 @@ constexpr double k_min_determinant = 1e-9;
 /// A guard keeps this share of its area while vertices move, so that rounding cannot turn it over.
 constexpr double k_min_guard_area = 1e-2;
 
+/// Guards have energy below this share of their area. It keeps vertices from being stopped dead at
+/// the least area, where no single vertex of a polygon can move on.
+constexpr double k_small_guard = 0.5;
+
+/// Energy of a guard per area in space, with its first two derivatives by x: its area in the
+/// texture over that in space.
+struct Barrier {
+    double value, slope, curvature;
+};
+
+Barrier barrier(double x) {
+    const double inverse = 1 / x, excess = k_small_guard * inverse - 1;
+    const double decline = k_small_guard * inverse * inverse;
+    return {excess * excess, -2 * excess * decline,
+            2 * decline * decline + 4 * excess * decline * inverse};
+}
+
 } // namespace
 
 StretchSums triangle_stretch(const Frame& f, Vec2 a, Vec2 b, Vec2 c) {
@@ -119,8 +136,12 @@ double Patch::star_energy(uint32_t v, Vec2 p) const {
     if (!guards_.empty())
         for (uint32_t i = guard_begin_[v]; i < guard_begin_[v + 1]; ++i) {
             const GuardSpoke& g = guard_star_[i];
-            if (!(doubled_area(p, uv[g.spoke.q], uv[g.spoke.r]) >= g.least))
+            const double doubled = doubled_area(p, uv[g.spoke.q], uv[g.spoke.r]);
+            if (!(doubled >= g.least))
                 return std::numeric_limits<double>::infinity();
+            const double x = 0.5 * doubled * g.spoke.inverse_area;
+            if (x < k_small_guard)
+                energy += g.spoke.area * barrier(x).value;
         }
     for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
         const Spoke& s = star_[i];
@@ -134,6 +155,21 @@ double Patch::star_energy(uint32_t v, Vec2 p) const {
         energy += 0.5 * norm * (1 + inverse * inverse);
     }
     return energy;
+}
+
+/// Adds a guard's energy with its corner at p, and the derivatives.
+void Patch::add_barrier(const Spoke& s, Vec2 p, Quadratic& h, double& energy) const {
+    const Vec2 q = uv[s.q], r = uv[s.r];
+    const double x = 0.5 * doubled_area(p, q, r) * s.inverse_area;
+    if (!(x > 0 && x < k_small_guard))
+        return;
+    const Barrier b = barrier(x);
+    const Vec2 dx = Vec2{q.y - r.y, r.x - q.x} * (0.5 * s.inverse_area);
+    h.g = h.g + dx * (s.area * b.slope);
+    h.xx += s.area * b.curvature * dx.x * dx.x;
+    h.yy += s.area * b.curvature * dx.y * dx.y;
+    h.xy += s.area * b.curvature * dx.x * dx.y;
+    energy += s.area * b.value;
 }
 
 /// Value, gradient and Hessian of star_energy at v. False if a triangle around it is flipped.
@@ -161,6 +197,8 @@ bool Patch::derivatives(uint32_t v, Quadratic& h, double& energy) const {
         h.xy += k2 * (dn.x * dd.y + dn.y * dd.x) + k3 * dd.x * dd.y;
         energy += norm * k1;
     }
+    for (uint32_t i = 0; i < guard_count(v); ++i)
+        add_barrier(guard_star_[guard_begin_[v] + i].spoke, p, h, energy);
     return true;
 }
 

@@ -67,7 +67,8 @@ public:
     /// smooth approximation of surface triangulations", 1997). No triangle flips if the patch is a
     /// disk. Ignores pins. False if the linear system cannot be factored.
     bool tutte(const std::vector<uint32_t>& loop);
-    /// Adds a triangle that only has to stay positive: it has no energy and no stretch.
+    /// Adds a triangle that only has to stay positive: it has no stretch, and energy only once it
+    /// has less than half its area.
     void add_guard(const Frame& frame, uint32_t a, uint32_t b, uint32_t c);
     StretchSums stretch() const;
     uint32_t flipped() const; ///< number of triangles and guards without positive area
@@ -103,6 +104,7 @@ private:
     void set_guard_floors();
     static FaceShape shape_of(const Frame& frame);
     double star_energy(uint32_t v, Vec2 p) const;
+    void add_barrier(const Spoke& s, Vec2 p, Quadratic& q, double& energy) const;
     bool derivatives(uint32_t v, Quadratic& q, double& energy) const;
     static bool descent_direction(Quadratic q, double min_curvature, Vec2& direction);
     double longest_step(uint32_t v, Vec2 direction) const;
