@@ -1,17 +1,8 @@
 /// Converts an OBJ document to the host's mesh.
 ///
 /// The host accepts fewer shapes than a file can hold, so some polygons get vertices of their own
-/// in the host's mesh, at the same positions as the file's:
-///
-/// * In the host, a polygon may use a vertex only once. If a polygon of the file repeats a vertex
-///   (a spike, a polygon that touches itself), each repeat becomes an added vertex.
-/// * If a polygon's diagonal is also an edge, or a diagonal of another polygon that is not on the
-///   same vertices, and no other triangulation avoids that, the adjacency might pair its triangles
-///   with others across it and tear the polygon. All its vertices become added ones, so that it is
-///   laid out as a chart of its own, in one piece.
-///
-/// Number and order of the corners never change, so results per corner apply to the file as they
-/// are.
+/// in the host's mesh, at the same positions as the file's; polygon/separate.h says which. Number
+/// and order of the corners never change, so results per corner apply to the file as they are.
 #pragma once
 
 #include "host/io/obj_document.h"

@@ -15,13 +15,16 @@ RULES = {
     "atlas/charts": (["atlas/atlas.h", "atlas/parallel.h", "atlas/progress.h", "atlas/geometry/", "atlas/charts/"], ["Eigen/"]),
     "atlas/pack": (["atlas/atlas.h", "atlas/parallel.h", "atlas/geometry/", "atlas/pack/"], []),
     "atlas/road": (["atlas/"], []),
+    "atlas/polygons": (["atlas/", "polygon/"], []),
+    "atlas/c": (["atlas/"], []),
+    "polygon": (["polygon/"], []),
     "measure": (["measure/"], []),
     "faultpoint": (["faultpoint/"], []),
     "platform": (["platform/", "atlas/", "faultpoint/"], ["windows.h", "windef.h", "d3d9", "d3dx9", "dlfcn.h", "unistd.h"]),
     "corelib": (["corelib/"], ["windows.h"]),
     "corelib/math": (["corelib/"], ["d3dx9.h"]),
     "plugin": (["plugin/", "corelib/"], ["maya/", "GL/gl.h"]),
-    "app": (["app/", "host/", "measure/"], ["nlohmann/", "editline/", "png.h", "dlfcn.h", "unistd.h", "fcntl.h", "sys/", "signal.h", "zlib.h"]),
+    "app": (["app/", "host/", "measure/", "polygon/"], ["nlohmann/", "editline/", "png.h", "dlfcn.h", "unistd.h", "fcntl.h", "sys/", "signal.h", "zlib.h"]),
     "window": (["window/", "app/", "host/", "measure/"], ["maya/", "GL/", "GLFW/", "imgui", "backends/"]),
 }
 # The floors of the host, the highest first: a folder may include itself and those above it; beside
@@ -40,7 +43,7 @@ HOST_FLOORS = [
 ]
 for floor, (folder, system) in enumerate(HOST_FLOORS):
     above = [name + "/" for name, _ in HOST_FLOORS[1:floor + 1]]
-    RULES[folder] = (above + ["faultpoint/"] if above else [], system)
+    RULES[folder] = (above + ["faultpoint/", "polygon/"] if above else [], system)
 
 # Sources that may include more, each with its reason.
 EXCEPTIONS = {

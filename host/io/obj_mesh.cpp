@@ -1,5 +1,7 @@
 #include "host/io/obj_mesh.h"
 
+#include "polygon/separate.h"
+
 namespace host {
 
 namespace {
@@ -26,28 +28,6 @@ void take_uvs(const ObjDocument& document, UvSet& set) {
 
 } // namespace
 
-DistinctCorners distinct_corners(const ObjDocument& document) {
-    DistinctCorners corners;
-    corners.corner_vertex = document.corner_vertex;
-    const auto document_vertices = static_cast<uint32_t>(document.vertex_count());
-    // Per vertex, the last polygon that used it, counted from 1.
-    std::vector<uint32_t> named_by(document_vertices, 0);
-    for (uint32_t p = 0; p < document.polygon_count(); ++p) {
-        const size_t before = corners.copy_of.size();
-        for (uint32_t c = document.corner_begin[p]; c < document.corner_begin[p + 1]; ++c) {
-            uint32_t& vertex = corners.corner_vertex[c];
-            if (named_by[vertex] != p + 1) {
-                named_by[vertex] = p + 1;
-                continue;
-            }
-            corners.copy_of.push_back(vertex);
-            vertex = document_vertices + static_cast<uint32_t>(corners.copy_of.size() - 1);
-        }
-        corners.repeat_polygons += corners.copy_of.size() > before ? 1 : 0;
-    }
-    return corners;
-}
-
 ObjOrigin::~ObjOrigin() = default;
 
 UvSet uv_set_of_document(const ObjDocument& document) {
@@ -64,10 +44,14 @@ bool mesh_of_document(const ObjDocument& document, Mesh& mesh) {
     std::vector<uint32_t> counts(document.polygon_count());
     for (size_t p = 0; p < counts.size(); ++p)
         counts[p] = document.corner_begin[p + 1] - document.corner_begin[p];
-    DistinctCorners corners = distinct_corners(document);
-    for (const uint32_t vertex : corners.copy_of)
+    tessora::polygon::SeparateCorners corners(polygons_of(document),
+                                              static_cast<uint32_t>(points.size()));
+    corners.split_repeats();
+    for (const uint32_t vertex : corners.copy_of())
         points.push_back(Float3(points[vertex]));
-    if (!Mesh::make(std::move(points), std::move(counts), std::move(corners.corner_vertex), mesh))
+    const uint32_t* const vertices = corners.polygons().corner_vertex;
+    if (!Mesh::make(std::move(points), std::move(counts),
+                    {vertices, vertices + document.corner_vertex.size()}, mesh))
         return false;
     take_uvs(document, mesh.edit_uv_set(mesh.add_uv_set("map1")));
     return true;

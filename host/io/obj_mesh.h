@@ -3,23 +3,21 @@
 
 #include "host/io/obj_document.h"
 #include "host/mesh/mesh.h"
+#include "polygon/polygons.h"
 
 #include <memory>
 #include <vector>
 
 namespace host {
 
-/// The corners of a document, changed so that no polygon uses a vertex twice: each repeated use
-/// gets an added vertex at the same position, numbered after the document's vertices.
-struct DistinctCorners {
-    std::vector<uint32_t> corner_vertex;
-    std::vector<uint32_t> copy_of; ///< per added vertex, the vertex it duplicates
-    uint64_t repeat_polygons = 0;  ///< number of polygons that use a vertex twice
-};
-MHOST_EXPORT DistinctCorners distinct_corners(const ObjDocument& document);
+/// The document's polygons. Valid as long as the document.
+inline tessora::polygon::Polygons polygons_of(const ObjDocument& document) {
+    return {document.corner_begin.data(), static_cast<uint32_t>(document.polygon_count()),
+            document.corner_vertex.data()};
+}
 
 /// Converts a document to one mesh with one UV set, "map1", which is empty if the file has no
-/// texture coordinates. Repeated vertices are duplicated as by `distinct_corners`.
+/// texture coordinates. A vertex that a polygon names again is duplicated.
 /// Errors: false if the mesh exceeds 32-bit counts or memory runs out.
 MHOST_EXPORT bool mesh_of_document(const ObjDocument& document, Mesh& mesh);
 

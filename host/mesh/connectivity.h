@@ -8,6 +8,8 @@
 /// once. Lists are in ascending order.
 #pragma once
 
+#include "polygon/polygons.h"
+
 #include <maya/MTypes.h>
 
 #include <cstdint>
@@ -17,18 +19,7 @@
 namespace host {
 
 /// A read-only range of one of the arrays.
-class IndexSpan {
-public:
-    IndexSpan(const std::uint32_t* begin, const std::uint32_t* end) : begin_(begin), end_(end) {}
-    const std::uint32_t* begin() const { return begin_; }
-    const std::uint32_t* end() const { return end_; }
-    std::uint32_t size() const { return static_cast<std::uint32_t>(end_ - begin_); }
-    std::uint32_t operator[](std::uint32_t index) const { return begin_[index]; }
-
-private:
-    const std::uint32_t* begin_;
-    const std::uint32_t* end_;
-};
+using tessora::polygon::IndexSpan;
 
 class MHOST_EXPORT Connectivity {
 public:
@@ -47,6 +38,10 @@ public:
     }
     std::uint32_t corner_count() const { return static_cast<std::uint32_t>(vertices_.size()); }
 
+    /// Valid as long as this object.
+    tessora::polygon::Polygons polygons() const {
+        return {polygon_start_.data(), polygon_count(), vertices_.data()};
+    }
     std::uint32_t first_corner(std::uint32_t polygon) const { return polygon_start_[polygon]; }
     std::uint32_t corners_of(std::uint32_t polygon) const {
         return polygon_start_[polygon + 1] - polygon_start_[polygon];

@@ -1,6 +1,6 @@
 #include "host/mesh/mesh.h"
 
-#include "host/mesh/triangulation.h"
+#include "polygon/triangulation.h"
 
 #include <algorithm>
 #include <limits>
@@ -10,6 +10,8 @@
 #include <utility>
 
 namespace host {
+
+using tessora::polygon::Triangulation;
 
 /// Points and the data derived from them, which is computed on first use.
 struct Mesh::Geometry {
@@ -109,14 +111,16 @@ MVector Mesh::normal(std::uint32_t polygon) const {
 const Triangulation& Mesh::triangulation() const {
     if (geometry_->triangulation == nullptr)
         geometry_->triangulation =
-            std::make_unique<const Triangulation>(triangulate(*connectivity_, geometry_->points));
+            std::make_unique<const Triangulation>(tessora::polygon::triangulate(
+                connectivity_->polygons(),
+                geometry_->points.empty() ? nullptr : &geometry_->points[0].x));
     return *geometry_->triangulation;
 }
 
 IndexSpan Mesh::triangles(std::uint32_t polygon) const {
     const Triangulation& all = triangulation();
     const std::uint32_t* first =
-        all.corners.data() + Triangulation::first_corner(*connectivity_, polygon);
+        all.corners.data() + Triangulation::first_corner(connectivity_->polygons(), polygon);
     return IndexSpan(first, first + 3 * (connectivity_->corners_of(polygon) - 2));
 }
 

@@ -19,6 +19,10 @@
 #include <utility>
 #include <vector>
 
+namespace tessora::polygon {
+struct Triangulation;
+}
+
 namespace host {
 
 struct Float3 {
@@ -33,8 +37,6 @@ struct UvSet {
     std::vector<float> v;
     std::vector<std::int32_t> corner_uvs; ///< one per corner; -1: unmapped
 };
-
-struct Triangulation;
 
 /// Base class of what a file reader attaches to the meshes it makes, so that a writer can find it.
 struct MHOST_EXPORT MeshOrigin {
@@ -70,6 +72,8 @@ public:
 
     /// Triangles of a polygon with n corners: n - 2 triples of polygon-relative corner numbers.
     IndexSpan triangles(std::uint32_t polygon) const;
+    /// Of all polygons; computed on first use.
+    const tessora::polygon::Triangulation& triangulation() const;
     /// False if the outline is self-intersecting or has no area: some triangles overlap or are
     /// degenerate.
     bool is_triangulation_valid(std::uint32_t polygon) const;
@@ -97,7 +101,6 @@ public:
 
 private:
     struct Geometry;
-    const Triangulation& triangulation() const;
 
     std::shared_ptr<const Connectivity> connectivity_;
     std::shared_ptr<const Geometry> geometry_;

@@ -1,4 +1,4 @@
-#include "platform/d3dx9/adjacency.h"
+#include "atlas/geometry/adjacency.h"
 #include "platform/d3dx9/object.h"
 
 #include <d3dx9.h>
@@ -12,6 +12,8 @@ const GUID IID_ID3DXMesh = {
     0x4020E5C2, 0x1403, 0x4929, {0x88, 0x3F, 0xE2, 0xE8, 0x49, 0xFA, 0xC1, 0x95}};
 
 namespace d3dx9 {
+
+namespace atlas = tessora::atlas;
 
 namespace {
 
@@ -198,14 +200,14 @@ private:
             if (point_reps != nullptr)
                 corners[i] = point_reps[corners[i]];
         }
-        VertexPositions positions;
+        atlas::VertexPositions positions;
         if (shape_.layout.has_position)
             positions = {vertex_bytes() + shape_.layout.position, shape_.layout.stride};
-        switch (
-            face_adjacency(corners.data(), shape_.faces, shape_.vertices, positions, adjacency)) {
-        case AdjacencyResult::ok:
+        switch (atlas::face_adjacency(corners.data(), shape_.faces, shape_.vertices, positions,
+                                      adjacency)) {
+        case atlas::AdjacencyResult::ok:
             return D3D_OK;
-        case AdjacencyResult::index_out_of_range:
+        case atlas::AdjacencyResult::index_out_of_range:
             return D3DXERR_INVALIDDATA;
         default:
             return E_OUTOFMEMORY;

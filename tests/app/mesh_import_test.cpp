@@ -1,6 +1,6 @@
 #include "app/mesh_import.h"
 #include "host/io/obj_reader.h"
-#include "host/mesh/twins.h"
+#include "polygon/twins.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -77,7 +77,7 @@ TEST(ImportMesh, NoPolygonOfTheResultRepeatsAVertex) {
 /// same vertices.
 size_t shared_diagonals(const host::Mesh& mesh) {
     const host::Connectivity& connectivity = mesh.connectivity();
-    const std::vector<uint32_t> twins = host::first_twins(connectivity);
+    const std::vector<uint32_t> twins = tessora::polygon::first_twins(connectivity.polygons());
     std::map<std::pair<uint32_t, uint32_t>, std::set<uint32_t>> users; // polygons, by their twins
     std::set<std::pair<uint32_t, uint32_t>> edges;
     for (uint32_t e = 0; e < connectivity.edge_count(); ++e)

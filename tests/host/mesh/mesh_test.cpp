@@ -1,5 +1,4 @@
 #include "host/mesh/mesh.h"
-#include "host/mesh/orientation.h"
 #include "tests/host/mesh/mesh_builder.h"
 
 #include <algorithm>
@@ -22,37 +21,6 @@ using mesh_builder::Parts;
 std::vector<std::uint32_t> list(const IndexSpan& span) { return {span.begin(), span.end()}; }
 
 using Ids = std::vector<std::uint32_t>;
-
-// === Orientation =================================================================================
-
-TEST(Orientation, IsTheSignOfTheTurn) {
-    EXPECT_EQ(host::orientation({0, 0}, {1, 0}, {0, 1}), 1);
-    EXPECT_EQ(host::orientation({0, 0}, {0, 1}, {1, 0}), -1);
-    EXPECT_EQ(host::orientation({0, 0}, {1, 1}, {2, 2}), 0);
-}
-
-TEST(Orientation, IsExactWhereRoundingGivesWrongSigns) {
-    // Points on or near a line, at distances of one unit in the last place.
-    const double step = std::ldexp(1.0, -53);
-    for (int i = 0; i < 64; ++i)
-        for (int j = 0; j < 64; ++j) {
-            // Turns left if the point is below the line through the other two, that is, if x is
-            // larger.
-            const host::Point2 p{0.5 + i * step, 0.5 + j * step};
-            const int expected = i == j ? 0 : (i > j ? 1 : -1);
-            EXPECT_EQ(host::orientation(p, {24, 24}, {12, 12}), expected) << i << ' ' << j;
-        }
-}
-
-TEST(Orientation, ChangesSignWhenPointsAreSwapped) {
-    const host::Point2 a{0.1, 0.3};
-    const host::Point2 b{0.2, 0.6000000000000001};
-    const host::Point2 c{0.30000000000000004, 0.8999999999999999};
-    const int sign = host::orientation(a, b, c);
-    EXPECT_EQ(host::orientation(b, c, a), sign);
-    EXPECT_EQ(host::orientation(c, a, b), sign);
-    EXPECT_EQ(host::orientation(b, a, c), -sign);
-}
 
 // === Connectivity ================================================================================
 

@@ -1,4 +1,4 @@
-#include "platform/d3dx9/adjacency.h"
+#include "atlas/geometry/adjacency.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,13 +7,11 @@
 #include <tuple>
 #include <vector>
 
-namespace d3dx9 {
+namespace tessora::atlas {
 
 namespace {
 
 using Words = std::vector<uint32_t>;
-
-constexpr uint32_t k_no_edge = 0xFFFFFFFFu;
 
 /// With more faces, edge numbers would not fit into 32 bits.
 constexpr uint32_t k_max_faces = 0x55555555u;
@@ -78,7 +76,7 @@ EdgesByVertex file_edges(const Faces& faces) {
 /// vertex, so that nothing has to be cleared between vertices.
 struct Users {
     explicit Users(uint32_t vertices)
-        : stamp(vertices, k_no_face), count(vertices), first(vertices), second(vertices) {}
+        : stamp(vertices, k_none), count(vertices), first(vertices), second(vertices) {}
 
     void add(uint32_t vertex, uint32_t high, uint32_t edge) {
         if (stamp[high] != vertex) {
@@ -92,10 +90,10 @@ struct Users {
         count[high] = std::min(count[high] + 1, 3u);
     }
 
-    /// The other face edge, if exactly two use the same vertices; else k_no_edge.
+    /// The other face edge, if exactly two use the same vertices; else k_none.
     uint32_t partner(uint32_t high, uint32_t edge) const {
         if (count[high] != 2)
-            return k_no_edge;
+            return k_none;
         return first[high] == edge ? second[high] : first[high];
     }
 
@@ -125,11 +123,11 @@ Crowds connect_pairs(const Faces& faces, uint32_t* adjacency) {
         const size_t crowded = crowds.edges.size();
         for (uint32_t i = filed.first[v]; i < filed.first[v + 1]; ++i) {
             const uint32_t edge = filed.edges[i];
-            adjacency[edge] = k_no_face;
+            adjacency[edge] = k_none;
             if (faces.repeats_a_vertex(edge / 3))
                 continue;
             const uint32_t high = faces.high(edge), other = users.partner(high, edge);
-            if (other != k_no_edge)
+            if (other != k_none)
                 adjacency[edge] = other / 3;
             else if (users.count[high] > 2)
                 crowds.edges.push_back(edge);
@@ -229,7 +227,7 @@ private:
     bool goes_on(uint32_t edge) const {
         constexpr double k_folded = -0.8;
         const uint32_t face = edge / 3, other = adjacency_[edge];
-        if (other == k_no_face || cosine(face, other) < k_folded)
+        if (other == k_none || cosine(face, other) < k_folded)
             return false;
         for (uint32_t across = other * 3; across < other * 3 + 3; ++across)
             if (faces_.from(across) == faces_.to(edge) && faces_.to(across) == faces_.from(edge))
@@ -313,7 +311,7 @@ private:
         list_candidates(first, last);
         std::sort(candidates_.begin(), candidates_.end());
         for (const Candidate& c : candidates_)
-            if (adjacency_[c.a] == k_no_face && adjacency_[c.b] == k_no_face)
+            if (adjacency_[c.a] == k_none && adjacency_[c.b] == k_none)
                 join(c.a, c.b);
     }
 
@@ -385,4 +383,4 @@ AdjacencyResult face_adjacency(const uint32_t* corners, uint32_t faces, uint32_t
     return AdjacencyResult::ok;
 }
 
-} // namespace d3dx9
+} // namespace tessora::atlas

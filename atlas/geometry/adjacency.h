@@ -5,12 +5,9 @@
 /// touches it (a doubled sphere is two spheres, a fin on a cube leaves the cube closed).
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include "atlas/atlas.h"
 
-namespace d3dx9 {
-
-inline constexpr uint32_t k_no_face = 0xFFFFFFFFu;
+namespace tessora::atlas {
 
 enum class AdjacencyResult { ok, index_out_of_range, out_of_memory };
 
@@ -41,4 +38,4 @@ struct VertexPositions {
 AdjacencyResult face_adjacency(const uint32_t* corners, uint32_t faces, uint32_t vertices,
                                const VertexPositions& positions, uint32_t* adjacency);
 
-} // namespace d3dx9
+} // namespace tessora::atlas

@@ -1,4 +1,4 @@
-#include "platform/d3dx9/adjacency.h"
+#include "atlas/geometry/adjacency.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,20 +9,21 @@
 
 namespace {
 
-using d3dx9::AdjacencyResult;
+using tessora::atlas::AdjacencyResult;
 using Words = std::vector<uint32_t>;
 
-constexpr uint32_t none = d3dx9::k_no_face;
+constexpr uint32_t none = tessora::atlas::k_none;
 
 Words neighbours(const Words& corners, const std::vector<float>& positions = {}) {
     const uint32_t vertices =
         corners.empty() ? 0 : *std::max_element(corners.begin(), corners.end()) + 1;
     Words adjacency(corners.size(), 77);
-    d3dx9::VertexPositions places;
+    tessora::atlas::VertexPositions places;
     if (!positions.empty())
         places = {reinterpret_cast<const unsigned char*>(positions.data()), 3 * sizeof(float)};
-    EXPECT_EQ(d3dx9::face_adjacency(corners.data(), static_cast<uint32_t>(corners.size() / 3),
-                                    vertices, places, adjacency.data()),
+    EXPECT_EQ(tessora::atlas::face_adjacency(corners.data(),
+                                             static_cast<uint32_t>(corners.size() / 3), vertices,
+                                             places, adjacency.data()),
               AdjacencyResult::ok);
     return adjacency;
 }
@@ -183,13 +184,13 @@ TEST(FaceAdjacency, AcceptsAMeshWithoutFaces) { EXPECT_EQ(neighbours({}), Words(
 TEST(FaceAdjacency, IndexOutOfRangeLeavesTheResultUnchanged) {
     const Words corners = {0, 1, 3};
     Words adjacency(3, 77);
-    EXPECT_EQ(d3dx9::face_adjacency(corners.data(), 1, 3, {}, adjacency.data()),
+    EXPECT_EQ(tessora::atlas::face_adjacency(corners.data(), 1, 3, {}, adjacency.data()),
               AdjacencyResult::index_out_of_range);
     EXPECT_EQ(adjacency, Words(3, 77));
 }
 
 TEST(FaceAdjacency, MoreFacesThanEdgesCanBeNumberedAreRefused) {
-    EXPECT_EQ(d3dx9::face_adjacency(nullptr, 0x55555556u, 3, {}, nullptr),
+    EXPECT_EQ(tessora::atlas::face_adjacency(nullptr, 0x55555556u, 3, {}, nullptr),
               AdjacencyResult::out_of_memory);
 }
 

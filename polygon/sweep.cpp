@@ -4,16 +4,16 @@
 /// corners that it sees. The rim is convex downwards, so the visible corners are always at its
 /// ends.
 /// Source: S. Hertel, K. Mehlhorn, "Fast Triangulation of Simple Polygons" (1983).
-#include "host/mesh/outline.h"
+#include "polygon/outline.h"
 
 #include <algorithm>
 #include <set>
 
-namespace host {
+namespace tessora::polygon {
 
 namespace {
 
-constexpr std::uint32_t k_none = 0xFFFFFFFFu;
+constexpr uint32_t k_none = 0xFFFFFFFFu;
 
 class Sweep {
 public:
@@ -25,96 +25,96 @@ public:
     bool run() {
         if (!sort_corners())
             return false;
-        for (const std::uint32_t corner : order_)
+        for (const uint32_t corner : order_)
             if (!visit(corner))
                 return false;
-        return open_.empty() && outline_.triangles.size() == 3 * (std::size_t{outline_.size()} - 2);
+        return open_.empty() && outline_.triangles.size() == 3 * (size_t{outline_.size()} - 2);
     }
 
 private:
     /// Edges are identified by their start corner. Left edges run down, right edges run up.
     struct Strip {
-        std::uint32_t left_edge;
-        std::uint32_t right_edge;
-        std::uint32_t front; ///< link at the left end of the rim
-        std::uint32_t back;  ///< link at the right end
-        std::uint32_t last;  ///< link of the corner visited last, the lowest of the rim
+        uint32_t left_edge;
+        uint32_t right_edge;
+        uint32_t front; ///< link at the left end of the rim
+        uint32_t back;  ///< link at the right end
+        uint32_t last;  ///< link of the corner visited last, the lowest of the rim
     };
     struct Link {
-        std::uint32_t corner;
-        std::uint32_t before;
-        std::uint32_t after;
+        uint32_t corner;
+        uint32_t before;
+        uint32_t after;
     };
     struct LeftToRight {
         using is_transparent = void;
         struct Corner {
-            std::uint32_t id;
+            uint32_t id;
         };
         Sweep* sweep;
-        bool operator()(std::uint32_t a, std::uint32_t b) const { return sweep->is_left_of(a, b); }
-        bool operator()(std::uint32_t strip, Corner corner) const {
+        bool operator()(uint32_t a, uint32_t b) const { return sweep->is_left_of(a, b); }
+        bool operator()(uint32_t strip, Corner corner) const {
             return sweep->side(sweep->strips_[strip].left_edge, corner.id) > 0;
         }
-        bool operator()(Corner corner, std::uint32_t strip) const {
+        bool operator()(Corner corner, uint32_t strip) const {
             return sweep->side(sweep->strips_[strip].left_edge, corner.id) < 0;
         }
     };
 
     bool sort_corners();
-    bool visit(std::uint32_t corner);
-    bool start(std::uint32_t corner);
-    bool split(std::uint32_t corner);
-    bool merge(std::uint32_t corner);
-    bool end(std::uint32_t corner);
-    bool pass_left(std::uint32_t corner);
-    bool pass_right(std::uint32_t corner);
+    bool visit(uint32_t corner);
+    bool start(uint32_t corner);
+    bool split(uint32_t corner);
+    bool merge(uint32_t corner);
+    bool end(uint32_t corner);
+    bool pass_left(uint32_t corner);
+    bool pass_right(uint32_t corner);
 
     /// +1: the corner is to the right of a left edge, 0: on it.
-    int side(std::uint32_t left_edge, std::uint32_t corner) {
+    int side(uint32_t left_edge, uint32_t corner) {
         return outline_.turn(left_edge, outline_.next(left_edge), corner);
     }
     /// Compares at the height of the lower start point of the two edges.
-    bool is_left_of(std::uint32_t a, std::uint32_t b) {
-        const std::uint32_t edge_a = strips_[a].left_edge;
-        const std::uint32_t edge_b = strips_[b].left_edge;
+    bool is_left_of(uint32_t a, uint32_t b) {
+        const uint32_t edge_a = strips_[a].left_edge;
+        const uint32_t edge_b = strips_[b].left_edge;
         if (rank_[edge_a] < rank_[edge_b])
             return side(edge_a, edge_b) > 0;
         return rank_[edge_b] < rank_[edge_a] && side(edge_b, edge_a) < 0;
     }
 
-    std::uint32_t new_link(std::uint32_t corner) {
+    uint32_t new_link(uint32_t corner) {
         links_.push_back(Link{corner, k_none, k_none});
-        return static_cast<std::uint32_t>(links_.size() - 1);
+        return static_cast<uint32_t>(links_.size() - 1);
     }
-    void join(std::uint32_t before, std::uint32_t after) {
+    void join(uint32_t before, uint32_t after) {
         links_[before].after = after;
         links_[after].before = before;
     }
-    std::uint32_t new_strip(std::uint32_t left_edge, std::uint32_t right_edge);
-    void add_front(Strip& strip, std::uint32_t link);
-    void add_back(Strip& strip, std::uint32_t link);
+    uint32_t new_strip(uint32_t left_edge, uint32_t right_edge);
+    void add_front(Strip& strip, uint32_t link);
+    void add_back(Strip& strip, uint32_t link);
 
     Outline& outline_;
-    std::vector<std::uint32_t> order_; ///< corners from top to bottom
-    std::vector<std::uint32_t> rank_;  ///< position of each corner in `order_`
+    std::vector<uint32_t> order_; ///< corners from top to bottom
+    std::vector<uint32_t> rank_;  ///< position of each corner in `order_`
     std::vector<Strip> strips_;
     std::vector<Link> links_;
-    std::vector<std::uint32_t> strip_of_left_;  ///< strip bounded by each edge on its left
-    std::vector<std::uint32_t> strip_of_right_; ///< strip bounded by each edge on its right
-    std::set<std::uint32_t, LeftToRight> open_; ///< strips under the sweep line, left to right
+    std::vector<uint32_t> strip_of_left_;  ///< strip bounded by each edge on its left
+    std::vector<uint32_t> strip_of_right_; ///< strip bounded by each edge on its right
+    std::set<uint32_t, LeftToRight> open_; ///< strips under the sweep line, left to right
 };
 
 /// Sorts by height, then left to right. Returns false if two corners coincide.
 bool Sweep::sort_corners() {
-    for (std::uint32_t i = 0; i < outline_.size(); ++i)
+    for (uint32_t i = 0; i < outline_.size(); ++i)
         order_[i] = i;
     const std::vector<Point2>& flat = outline_.flat;
-    std::sort(order_.begin(), order_.end(), [&](std::uint32_t a, std::uint32_t b) {
+    std::sort(order_.begin(), order_.end(), [&](uint32_t a, uint32_t b) {
         if (flat[a].y != flat[b].y)
             return flat[a].y > flat[b].y;
         return flat[a].x != flat[b].x ? flat[a].x < flat[b].x : a < b;
     });
-    for (std::uint32_t i = 0; i < outline_.size(); ++i) {
+    for (uint32_t i = 0; i < outline_.size(); ++i) {
         rank_[order_[i]] = i;
         if (i > 0 && flat[order_[i]] == flat[order_[i - 1]])
             return false;
@@ -122,9 +122,9 @@ bool Sweep::sort_corners() {
     return true;
 }
 
-bool Sweep::visit(std::uint32_t corner) {
-    const std::uint32_t before = outline_.previous(corner);
-    const std::uint32_t after = outline_.next(corner);
+bool Sweep::visit(uint32_t corner) {
+    const uint32_t before = outline_.previous(corner);
+    const uint32_t after = outline_.next(corner);
     const bool before_is_above = rank_[before] < rank_[corner];
     const bool after_is_above = rank_[after] < rank_[corner];
     if (before_is_above != after_is_above)
@@ -137,8 +137,8 @@ bool Sweep::visit(std::uint32_t corner) {
     return turn > 0 ? start(corner) : split(corner);
 }
 
-std::uint32_t Sweep::new_strip(std::uint32_t left_edge, std::uint32_t right_edge) {
-    const std::uint32_t strip = static_cast<std::uint32_t>(strips_.size());
+uint32_t Sweep::new_strip(uint32_t left_edge, uint32_t right_edge) {
+    const uint32_t strip = static_cast<uint32_t>(strips_.size());
     strips_.push_back(Strip{left_edge, right_edge, k_none, k_none, k_none});
     strip_of_left_[left_edge] = strip;
     strip_of_right_[right_edge] = strip;
@@ -146,11 +146,11 @@ std::uint32_t Sweep::new_strip(std::uint32_t left_edge, std::uint32_t right_edge
 }
 
 /// Joins a corner to the left end of the rim and adds the triangles it sees from there.
-void Sweep::add_front(Strip& strip, std::uint32_t link) {
-    const std::uint32_t corner = links_[link].corner;
-    std::uint32_t end = strip.front;
+void Sweep::add_front(Strip& strip, uint32_t link) {
+    const uint32_t corner = links_[link].corner;
+    uint32_t end = strip.front;
     while (links_[end].after != k_none) {
-        const std::uint32_t second = links_[end].after;
+        const uint32_t second = links_[end].after;
         if (outline_.turn(corner, links_[second].corner, links_[end].corner) <= 0)
             break;
         outline_.emit(corner, links_[second].corner, links_[end].corner);
@@ -163,11 +163,11 @@ void Sweep::add_front(Strip& strip, std::uint32_t link) {
 }
 
 /// Joins a corner to the right end of the rim and adds the triangles it sees from there.
-void Sweep::add_back(Strip& strip, std::uint32_t link) {
-    const std::uint32_t corner = links_[link].corner;
-    std::uint32_t end = strip.back;
+void Sweep::add_back(Strip& strip, uint32_t link) {
+    const uint32_t corner = links_[link].corner;
+    uint32_t end = strip.back;
     while (links_[end].before != k_none) {
-        const std::uint32_t second = links_[end].before;
+        const uint32_t second = links_[end].before;
         if (outline_.turn(corner, links_[end].corner, links_[second].corner) <= 0)
             break;
         outline_.emit(corner, links_[end].corner, links_[second].corner);
@@ -179,18 +179,18 @@ void Sweep::add_back(Strip& strip, std::uint32_t link) {
         strip.front = end;
 }
 
-bool Sweep::start(std::uint32_t corner) {
-    const std::uint32_t strip = new_strip(corner, outline_.previous(corner));
-    const std::uint32_t link = new_link(corner);
+bool Sweep::start(uint32_t corner) {
+    const uint32_t strip = new_strip(corner, outline_.previous(corner));
+    const uint32_t link = new_link(corner);
     strips_[strip].front = strips_[strip].back = strips_[strip].last = link;
     return open_.insert(strip).second;
 }
 
-bool Sweep::pass_left(std::uint32_t corner) {
-    const std::uint32_t found = strip_of_left_[outline_.previous(corner)];
+bool Sweep::pass_left(uint32_t corner) {
+    const uint32_t found = strip_of_left_[outline_.previous(corner)];
     if (found == k_none)
         return false;
-    const std::uint32_t link = new_link(corner);
+    const uint32_t link = new_link(corner);
     Strip& strip = strips_[found];
     add_front(strip, link);
     strip.left_edge = corner;
@@ -199,11 +199,11 @@ bool Sweep::pass_left(std::uint32_t corner) {
     return true;
 }
 
-bool Sweep::pass_right(std::uint32_t corner) {
-    const std::uint32_t found = strip_of_right_[corner];
+bool Sweep::pass_right(uint32_t corner) {
+    const uint32_t found = strip_of_right_[corner];
     if (found == k_none)
         return false;
-    const std::uint32_t link = new_link(corner);
+    const uint32_t link = new_link(corner);
     Strip& strip = strips_[found];
     add_back(strip, link);
     strip.right_edge = outline_.previous(corner);
@@ -213,15 +213,14 @@ bool Sweep::pass_right(std::uint32_t corner) {
 }
 
 /// Ends a strip: its lowest corner sees the entire rim.
-bool Sweep::end(std::uint32_t corner) {
-    const std::uint32_t found = strip_of_left_[outline_.previous(corner)];
+bool Sweep::end(uint32_t corner) {
+    const uint32_t found = strip_of_left_[outline_.previous(corner)];
     if (found == k_none || found != strip_of_right_[corner])
         return false;
     const Strip& strip = strips_[found];
-    for (std::uint32_t link = strip.front; links_[link].after != k_none;
-         link = links_[link].after) {
-        const std::uint32_t a = links_[link].corner;
-        const std::uint32_t b = links_[links_[link].after].corner;
+    for (uint32_t link = strip.front; links_[link].after != k_none; link = links_[link].after) {
+        const uint32_t a = links_[link].corner;
+        const uint32_t b = links_[links_[link].after].corner;
         if (outline_.turn(corner, b, a) < 0)
             return false;
         outline_.emit(corner, b, a);
@@ -230,24 +229,24 @@ bool Sweep::end(std::uint32_t corner) {
 }
 
 /// Splits a strip at a corner inside it, which sees the strip's lowest corner.
-bool Sweep::split(std::uint32_t corner) {
+bool Sweep::split(uint32_t corner) {
     const auto above = open_.lower_bound(LeftToRight::Corner{corner});
     if (above == open_.begin())
         return false;
-    const std::uint32_t found = *std::prev(above);
-    const std::uint32_t right_edge = strips_[found].right_edge;
+    const uint32_t found = *std::prev(above);
+    const uint32_t right_edge = strips_[found].right_edge;
     if (outline_.turn(right_edge, outline_.next(right_edge), corner) <= 0)
         return false;
-    const std::uint32_t apart = strips_[found].last;
-    const std::uint32_t apart_again = new_link(links_[apart].corner);
-    const std::uint32_t old_back = strips_[found].back;
-    const std::uint32_t right = new_strip(corner, right_edge);
+    const uint32_t apart = strips_[found].last;
+    const uint32_t apart_again = new_link(links_[apart].corner);
+    const uint32_t old_back = strips_[found].back;
+    const uint32_t right = new_strip(corner, right_edge);
     if (links_[apart].after != k_none) {
         join(apart_again, links_[apart].after);
         links_[apart].after = k_none;
     }
-    const std::uint32_t left_link = new_link(corner);
-    const std::uint32_t right_link = new_link(corner);
+    const uint32_t left_link = new_link(corner);
+    const uint32_t right_link = new_link(corner);
     strips_[found].back = apart;
     strips_[found].right_edge = outline_.previous(corner);
     strip_of_right_[outline_.previous(corner)] = found;
@@ -261,13 +260,13 @@ bool Sweep::split(std::uint32_t corner) {
 }
 
 /// Merges two strips; the corner between them is the lowest of the common rim.
-bool Sweep::merge(std::uint32_t corner) {
-    const std::uint32_t left = strip_of_right_[corner];
-    const std::uint32_t right = strip_of_left_[outline_.previous(corner)];
+bool Sweep::merge(uint32_t corner) {
+    const uint32_t left = strip_of_right_[corner];
+    const uint32_t right = strip_of_left_[outline_.previous(corner)];
     if (left == k_none || right == k_none || left == right || open_.erase(right) != 1)
         return false;
-    const std::uint32_t link = new_link(corner);
-    const std::uint32_t helper = new_link(corner);
+    const uint32_t link = new_link(corner);
+    const uint32_t helper = new_link(corner);
     add_back(strips_[left], link);
     add_front(strips_[right], helper);
     join(link, links_[helper].after);
@@ -285,4 +284,4 @@ bool sweep_triangulate(Outline& outline) {
     return Sweep(outline).run();
 }
 
-} // namespace host
+} // namespace tessora::polygon

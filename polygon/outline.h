@@ -1,32 +1,29 @@
 /// A polygon being triangulated: its corners projected along its normal, counter-clockwise.
 #pragma once
 
-#include "host/mesh/mesh.h"
-#include "host/mesh/orientation.h"
+#include "polygon/orientation.h"
+#include "polygon/polygons.h"
 
 #include <cstdint>
 #include <vector>
 
-namespace host {
+namespace tessora::polygon {
 
 struct Outline {
-    std::vector<Point2> flat;       ///< corners projected to the plane
-    std::vector<MVector> space;     ///< corners in object space
-    std::vector<std::uint32_t> ids; ///< mesh vertex of each corner
-    std::vector<std::uint32_t>
-        triangles;           ///< result: polygon-relative corner numbers, counter-clockwise
-    std::uint64_t steps = 0; ///< elementary steps so far
+    std::vector<Point2> flat;        ///< corners projected to the plane
+    std::vector<Vector> space;       ///< corners in object space
+    std::vector<uint32_t> ids;       ///< mesh vertex of each corner
+    std::vector<uint32_t> triangles; ///< result: polygon-relative corner numbers, counter-clockwise
+    uint64_t steps = 0;              ///< elementary steps so far
 
-    std::uint32_t size() const { return static_cast<std::uint32_t>(flat.size()); }
-    std::uint32_t next(std::uint32_t corner) const { return corner + 1 == size() ? 0 : corner + 1; }
-    std::uint32_t previous(std::uint32_t corner) const {
-        return corner == 0 ? size() - 1 : corner - 1;
-    }
-    int turn(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+    uint32_t size() const { return static_cast<uint32_t>(flat.size()); }
+    uint32_t next(uint32_t corner) const { return corner + 1 == size() ? 0 : corner + 1; }
+    uint32_t previous(uint32_t corner) const { return corner == 0 ? size() - 1 : corner - 1; }
+    int turn(uint32_t a, uint32_t b, uint32_t c) {
         steps += 1;
         return orientation(flat[a], flat[b], flat[c]);
     }
-    void emit(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+    void emit(uint32_t a, uint32_t b, uint32_t c) {
         triangles.push_back(a);
         triangles.push_back(b);
         triangles.push_back(c);
@@ -62,4 +59,4 @@ class PairSet;
 /// Cost:   O(n log n), and O(n) flips.
 bool improve_diagonals(Outline& outline, const PairSet& taken);
 
-} // namespace host
+} // namespace tessora::polygon

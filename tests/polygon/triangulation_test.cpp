@@ -1,5 +1,5 @@
-#include "host/mesh/orientation.h"
-#include "host/mesh/triangulation.h"
+#include "polygon/orientation.h"
+#include "polygon/triangulation.h"
 #include "tests/host/mesh/mesh_builder.h"
 
 #include <algorithm>
@@ -12,17 +12,19 @@
 
 namespace {
 
-using host::IndexSpan;
 using host::Mesh;
-using host::Triangulation;
 using mesh_builder::outline;
 using mesh_builder::Parts;
 using mesh_builder::Placement;
+using tessora::polygon::IndexSpan;
+using tessora::polygon::orientation;
+using tessora::polygon::Triangulation;
 
 using Outline = std::vector<std::pair<double, double>>;
 
 Triangulation triangulate(const Parts& parts) {
-    return host::triangulate(parts.mesh().connectivity(), parts.points);
+    const Mesh mesh = parts.mesh();
+    return tessora::polygon::triangulate(mesh.connectivity().polygons(), &parts.points[0].x);
 }
 
 MVector at(const Parts& parts, std::uint32_t vertex) {
@@ -184,7 +186,7 @@ Outline grown(std::uint32_t n, unsigned seed) {
                             const std::pair<double, double>& d) {
         const auto turn = [](const std::pair<double, double>& p, const std::pair<double, double>& q,
                              const std::pair<double, double>& r) {
-            return host::orientation({p.first, p.second}, {q.first, q.second}, {r.first, r.second});
+            return orientation({p.first, p.second}, {q.first, q.second}, {r.first, r.second});
         };
         return turn(a, b, c) * turn(a, b, d) <= 0 && turn(c, d, a) * turn(c, d, b) <= 0;
     };
@@ -210,13 +212,13 @@ Outline grown(std::uint32_t n, unsigned seed) {
             if (d == a || c == b) { // the neighbours must not fold back onto the new edges
                 const auto& far = d == a ? c : d;
                 const auto& near = d == a ? d : c;
-                is_free = is_free &&
-                          !(host::orientation({far.first, far.second}, {near.first, near.second},
-                                              {p.first, p.second}) == 0);
+                is_free =
+                    is_free && !(orientation({far.first, far.second}, {near.first, near.second},
+                                             {p.first, p.second}) == 0);
             }
         }
         if (is_free &&
-            host::orientation({a.first, a.second}, {b.first, b.second}, {p.first, p.second}) != 0)
+            orientation({a.first, a.second}, {b.first, b.second}, {p.first, p.second}) != 0)
             points.insert(points.begin() + static_cast<std::ptrdiff_t>(at) + 1, p);
     }
     return points;
@@ -420,7 +422,7 @@ std::multiset<std::pair<std::uint32_t, std::uint32_t>> diagonals(const Parts& pa
         const IndexSpan ids = mesh.connectivity().polygon_vertices(p);
         const std::uint32_t n = ids.size();
         const std::uint32_t* c =
-            result.corners.data() + Triangulation::first_corner(mesh.connectivity(), p);
+            result.corners.data() + Triangulation::first_corner(mesh.connectivity().polygons(), p);
         for (std::uint32_t i = 0; i < 3 * (n - 2); ++i) {
             const std::uint32_t a = c[i];
             const std::uint32_t b = c[i - i % 3 + (i + 1) % 3];
@@ -498,11 +500,11 @@ TEST(Triangulation, SeparatesTwoLobesThatMeetInOneVertex) {
 int flipped_in_the_plane(const Parts& parts, const Triangulation& result) {
     const auto flat = [&](std::size_t i) {
         const host::Float3& p = parts.points[result.corners[i]];
-        return host::Point2{static_cast<double>(p.x), static_cast<double>(p.y)};
+        return tessora::polygon::Point2{static_cast<double>(p.x), static_cast<double>(p.y)};
     };
     int flipped = 0;
     for (std::size_t i = 0; i < result.corners.size(); i += 3)
-        flipped += host::orientation(flat(i), flat(i + 1), flat(i + 2)) < 0 ? 1 : 0;
+        flipped += orientation(flat(i), flat(i + 1), flat(i + 2)) < 0 ? 1 : 0;
     return flipped;
 }
 

@@ -1,24 +1,24 @@
-#include "host/mesh/outline.h"
+#include "polygon/outline.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace host {
+namespace tessora::polygon {
 
 namespace {
 
 /// Corners at the same position as another corner.
-std::vector<std::uint32_t> coincident_corners(const std::vector<Point2>& flat) {
-    std::vector<std::uint32_t> order(flat.size());
-    for (std::uint32_t i = 0; i < order.size(); ++i)
+std::vector<uint32_t> coincident_corners(const std::vector<Point2>& flat) {
+    std::vector<uint32_t> order(flat.size());
+    for (uint32_t i = 0; i < order.size(); ++i)
         order[i] = i;
-    std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
+    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
         if (flat[a].x != flat[b].x)
             return flat[a].x < flat[b].x;
         return flat[a].y != flat[b].y ? flat[a].y < flat[b].y : a < b;
     });
-    std::vector<std::uint32_t> found;
-    for (std::size_t i = 0; i < order.size(); ++i) {
+    std::vector<uint32_t> found;
+    for (size_t i = 0; i < order.size(); ++i) {
         const bool like_last = i > 0 && flat[order[i]] == flat[order[i - 1]];
         const bool like_next = i + 1 < order.size() && flat[order[i]] == flat[order[i + 1]];
         if (like_last || like_next)
@@ -36,7 +36,7 @@ Point2 unit(const Point2& from, const Point2& to) {
 
 /// A corner's position after moving both of its edges inwards by a distance; the tip of a spike is
 /// not moved.
-Point2 moved_in(const Outline& outline, std::uint32_t corner, double distance) {
+Point2 moved_in(const Outline& outline, uint32_t corner, double distance) {
     const Point2& here = outline.flat[corner];
     const Point2 in = unit(outline.flat[outline.previous(corner)], here);
     const Point2 out = unit(here, outline.flat[outline.next(corner)]);
@@ -53,7 +53,7 @@ Point2 moved_in(const Outline& outline, std::uint32_t corner, double distance) {
 /// error of the projected coordinates, so corners that do not touch stay on the same sides of each
 /// other.
 bool sweep_touching(Outline& outline) {
-    const std::vector<std::uint32_t> touching = coincident_corners(outline.flat);
+    const std::vector<uint32_t> touching = coincident_corners(outline.flat);
     if (touching.empty())
         return false;
     double size = 0.0;
@@ -62,15 +62,15 @@ bool sweep_touching(Outline& outline) {
             {size, std::fabs(p.x - outline.flat[0].x), std::fabs(p.y - outline.flat[0].y)});
     const std::vector<Point2> kept = outline.flat;
     std::vector<Point2> apart = outline.flat;
-    for (const std::uint32_t corner : touching)
+    for (const uint32_t corner : touching)
         apart[corner] = moved_in(outline, corner, 1e-10 * size);
     outline.flat = apart;
     bool is_sound = sweep_triangulate(outline);
     outline.flat = kept;
-    for (std::size_t t = 0; is_sound && t < outline.triangles.size(); t += 3)
+    for (size_t t = 0; is_sound && t < outline.triangles.size(); t += 3)
         is_sound = outline.turn(outline.triangles[t], outline.triangles[t + 1],
                                 outline.triangles[t + 2]) >= 0;
     return is_sound;
 }
 
-} // namespace host
+} // namespace tessora::polygon

@@ -1,8 +1,8 @@
-#include "host/mesh/orientation.h"
+#include "polygon/orientation.h"
 
 #include <cmath>
 
-namespace host {
+namespace tessora::polygon {
 
 namespace {
 
@@ -83,4 +83,4 @@ int orientation(const Point2& a, const Point2& b, const Point2& c) {
     return exact.sign();
 }
 
-} // namespace host
+} // namespace tessora::polygon

@@ -1,15 +1,15 @@
-#include "host/mesh/outline.h"
+#include "polygon/outline.h"
 
 #include <cmath>
 
-namespace host {
+namespace tessora::polygon {
 
 namespace {
 
-MVector area_vector(const std::vector<MVector>& space) {
-    MVector sum;
-    for (std::size_t i = 2; i < space.size(); ++i)
-        sum += (space[i - 1] - space[0]) ^ (space[i] - space[0]);
+Vector area_vector(const std::vector<Vector>& space) {
+    Vector sum;
+    for (size_t i = 2; i < space.size(); ++i)
+        sum += cross(space[i - 1] - space[0], space[i] - space[0]);
     return sum;
 }
 
@@ -22,7 +22,7 @@ double short_slope(double slope) { return std::nearbyint(slope * 4096.0) / 4096.
 /// fractions. The projection of single-precision points is then exact, and collinear corners stay
 /// collinear.
 bool project(Outline& outline) {
-    const MVector area = area_vector(outline.space);
+    const Vector area = area_vector(outline.space);
     const double size = std::fabs(area.x) + std::fabs(area.y) + std::fabs(area.z);
     if (!std::isfinite(size) || size == 0.0)
         return false;
@@ -37,11 +37,11 @@ bool project(Outline& outline) {
     const double slope_1 = short_slope(area[first] / area[axis]);
     const double slope_2 = short_slope(area[second] / area[axis]);
     outline.flat.resize(outline.space.size());
-    for (std::size_t i = 0; i < outline.space.size(); ++i) {
-        const MVector& p = outline.space[i];
+    for (size_t i = 0; i < outline.space.size(); ++i) {
+        const Vector& p = outline.space[i];
         outline.flat[i] = Point2{p[first] - slope_1 * p[axis], p[second] - slope_2 * p[axis]};
     }
     return true;
 }
 
-} // namespace host
+} // namespace tessora::polygon

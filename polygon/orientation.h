@@ -6,9 +6,7 @@
 ///         Predicates" (1997), sections 2 and 4.
 #pragma once
 
-#include <maya/MTypes.h>
-
-namespace host {
+namespace tessora::polygon {
 
 struct Point2 {
     double x;
@@ -21,6 +19,6 @@ inline bool operator!=(const Point2& a, const Point2& b) { return !(a == b); }
 /// +1 if a, b, c turn counter-clockwise, -1 if clockwise, 0 if collinear.
 /// Limits: finite coordinates below 1e150 in magnitude; products must not underflow
 ///         (single-precision coordinates are far from both limits).
-MHOST_EXPORT int orientation(const Point2& a, const Point2& b, const Point2& c);
+int orientation(const Point2& a, const Point2& b, const Point2& c);
 
-} // namespace host
+} // namespace tessora::polygon

@@ -1,0 +1,272 @@
+#include "atlas/c/tessora_atlas.h"
+
+#include "atlas/polygon_mesh.h"
+#include "atlas/polygons/read.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace atlas = tessora::atlas;
+
+struct tessora_atlas {
+    atlas::PolygonAtlas made;
+};
+
+namespace {
+
+static_assert(TESSORA_NONE == atlas::k_none);
+static_assert(TESSORA_OUT_OF_MEMORY == static_cast<int>(atlas::Status::out_of_memory));
+static_assert(TESSORA_DOES_NOT_FIT == static_cast<int>(atlas::Status::does_not_fit));
+static_assert(TESSORA_UINT32 == static_cast<int>(atlas::Type::uint32));
+static_assert(TESSORA_UINT8 == static_cast<int>(atlas::Type::uint8));
+static_assert(sizeof(tessora_error::text) == sizeof(atlas::Fault::text));
+
+int report(const atlas::Fault& fault, tessora_error* error) {
+    if (error != nullptr) {
+        error->code = static_cast<int32_t>(fault.status);
+        error->element = fault.element;
+        std::memcpy(error->text, fault.text, sizeof error->text);
+    }
+    return static_cast<int>(fault.status);
+}
+
+atlas::Fault null_argument(const char* name) {
+    return atlas::fault(atlas::Status::invalid_argument, atlas::k_none, "%s is null", name);
+}
+
+/// Copies the members that the caller's version of a struct has over the defaults.
+template <class Struct>
+atlas::Fault take(const Struct& given, const char* name, Struct& taken) {
+    if (given.struct_size <= sizeof given.struct_size)
+        return atlas::fault(atlas::Status::invalid_argument, atlas::k_none,
+                            "%s: struct_size is %zu; initialise the struct first", name,
+                            given.struct_size);
+    std::memcpy(&taken, &given, std::min(given.struct_size, sizeof taken));
+    return {};
+}
+
+template <class Struct>
+void set_defaults(Struct* given, size_t size, Struct defaults) {
+    if (given == nullptr || size < sizeof defaults.struct_size)
+        return;
+    defaults.struct_size = size;
+    std::memset(static_cast<void*>(given), 0, size);
+    std::memcpy(static_cast<void*>(given), &defaults, std::min(size, sizeof defaults));
+}
+
+tessora_options default_options() {
+    const atlas::Options defaults;
+    tessora_options options = {};
+    options.max_stretch = defaults.max_stretch;
+    options.max_charts = defaults.max_charts;
+    options.width = defaults.width;
+    options.height = defaults.height;
+    options.gutter = defaults.gutter;
+    options.quality = TESSORA_FAST;
+    options.texture_uvs = 1;
+    return options;
+}
+
+atlas::Array array_of(const tessora_array& array) {
+    return {array.data, array.count, array.stride, static_cast<atlas::Type>(array.type)};
+}
+
+atlas::Fault read(const tessora_mesh* given, atlas::PolygonMesh& mesh) {
+    if (given == nullptr)
+        return null_argument("mesh");
+    tessora_mesh taken = {};
+    const atlas::Fault bad = take(*given, "mesh", taken);
+    mesh.positions = array_of(taken.positions);
+    mesh.indices = array_of(taken.indices);
+    mesh.offsets = array_of(taken.offsets);
+    mesh.cuts = array_of(taken.cuts);
+    mesh.normals = array_of(taken.normals);
+    mesh.neighbours = array_of(taken.neighbours);
+    mesh.false_edges = array_of(taken.false_edges);
+    mesh.normals_per_corner = taken.normals_per_corner != 0;
+    mesh.weld = taken.weld != 0;
+    return bad;
+}
+
+atlas::Fault read(const tessora_options* given, atlas::Options& options, atlas::UvSpace& space) {
+    tessora_options taken = default_options();
+    if (given != nullptr) {
+        const atlas::Fault bad = take(*given, "options", taken);
+        if (bad.status != atlas::Status::ok)
+            return bad;
+    }
+    if (taken.quality != TESSORA_FAST && taken.quality != TESSORA_QUALITY)
+        return atlas::fault(atlas::Status::invalid_argument, atlas::k_none,
+                            "quality is %d; it must be TESSORA_FAST or TESSORA_QUALITY",
+                            static_cast<int>(taken.quality));
+    options.max_stretch = taken.max_stretch;
+    options.max_charts = taken.max_charts;
+    options.width = taken.width;
+    options.height = taken.height;
+    options.gutter = taken.gutter;
+    options.quality =
+        taken.quality == TESSORA_QUALITY ? atlas::Quality::quality : atlas::Quality::fast;
+    options.stack = taken.stack != 0;
+    options.cut_to_pack = taken.cut_to_pack != 0;
+    options.progress = taken.progress;
+    options.user = taken.user;
+    space = taken.texture_uvs != 0 ? atlas::UvSpace::texture : atlas::UvSpace::isotropic;
+    return {};
+}
+
+/// Reads the arguments, makes an atlas by `make` and hands it over.
+template <class Make>
+int make_atlas(const tessora_mesh* given_mesh, const tessora_options* given_options,
+               tessora_atlas** result, tessora_error* error, Make make) {
+    if (result == nullptr)
+        return report(null_argument("atlas"), error);
+    *result = nullptr;
+    atlas::PolygonMesh mesh;
+    atlas::Options options;
+    atlas::UvSpace space = atlas::UvSpace::texture;
+    atlas::Fault bad = read(given_mesh, mesh);
+    if (bad.status == atlas::Status::ok)
+        bad = read(given_options, options, space);
+    if (bad.status != atlas::Status::ok)
+        return report(bad, error);
+    std::unique_ptr<tessora_atlas> made(new (std::nothrow) tessora_atlas);
+    if (made == nullptr)
+        return report(atlas::fault(atlas::Status::out_of_memory, atlas::k_none, "%s",
+                                   atlas::describe(atlas::Status::out_of_memory)),
+                      error);
+    bad = make(mesh, options, space, made->made);
+    if (bad.status == atlas::Status::ok)
+        *result = made.release();
+    return report(bad, error);
+}
+
+/// Copies a list into the caller's array, which must have its size.
+int give(const atlas::Fault& bad, const std::vector<uint32_t>& list, const char* name,
+         uint32_t* array, size_t count, tessora_error* error) {
+    if (bad.status != atlas::Status::ok)
+        return report(bad, error);
+    if (count != list.size())
+        return report(atlas::fault(atlas::Status::invalid_argument, atlas::k_none,
+                                   "%s has %zu entries; %zu are needed", name, count, list.size()),
+                      error);
+    if (array == nullptr && count != 0)
+        return report(null_argument(name), error);
+    std::copy(list.begin(), list.end(), array);
+    return report({}, error);
+}
+
+template <class Value>
+const Value* view(const std::vector<Value>& list, size_t* count, size_t per_element = 1) {
+    if (count != nullptr)
+        *count = list.size() / per_element;
+    return list.data();
+}
+
+} // namespace
+
+uint32_t tessora_abi_version(void) { return TESSORA_ABI_VERSION; }
+
+const char* tessora_version(void) { return TESSORA_VERSION; }
+
+void tessora_mesh_init(tessora_mesh* mesh, size_t size) { set_defaults(mesh, size, {}); }
+
+void tessora_options_init(tessora_options* options, size_t size) {
+    set_defaults(options, size, default_options());
+}
+
+int tessora_create(const tessora_mesh* mesh, const tessora_options* options, tessora_atlas** atlas,
+                   tessora_error* error) {
+    return make_atlas(mesh, options, atlas, error,
+                      [](const auto& m, const auto& o, atlas::UvSpace space, auto& made) {
+                          return atlas::create(m, o, space, made);
+                      });
+}
+
+int tessora_partition(const tessora_mesh* mesh, const tessora_options* options,
+                      tessora_atlas** atlas, tessora_error* error) {
+    return make_atlas(mesh, options, atlas, error,
+                      [](const auto& m, const auto& o, atlas::UvSpace, auto& made) {
+                          return atlas::partition(m, o, made);
+                      });
+}
+
+void tessora_atlas_free(tessora_atlas* atlas) { delete atlas; }
+
+uint32_t tessora_atlas_chart_count(const tessora_atlas* atlas) {
+    return atlas->made.triangles.chart_count;
+}
+
+float tessora_atlas_stretch(const tessora_atlas* atlas) { return atlas->made.triangles.stretch; }
+
+const float* tessora_atlas_uvs(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.triangles.uvs, count, 2);
+}
+
+const uint32_t* tessora_atlas_source_vertices(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.triangles.source_vertex, count);
+}
+
+const uint32_t* tessora_atlas_corner_vertices(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.corner_vertex, count);
+}
+
+const uint32_t* tessora_atlas_indices(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.triangles.indices, count);
+}
+
+const uint32_t* tessora_atlas_triangle_corners(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.triangle_corner, count);
+}
+
+const uint32_t* tessora_atlas_charts(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.triangles.chart, count);
+}
+
+const uint32_t* tessora_atlas_over_limit(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.triangles.over_limit, count);
+}
+
+const uint32_t* tessora_atlas_lost(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.triangles.lost, count);
+}
+
+const uint32_t* tessora_atlas_neighbours(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.neighbours, count);
+}
+
+int tessora_triangulate(const tessora_mesh* mesh, uint32_t* triangle_corners, size_t count,
+                        tessora_error* error) {
+    atlas::PolygonMesh read_mesh;
+    std::vector<uint32_t> list;
+    atlas::Fault bad = read(mesh, read_mesh);
+    if (bad.status == atlas::Status::ok)
+        bad = atlas::triangulate(read_mesh, list);
+    return give(bad, list, "triangle_corners", triangle_corners, count, error);
+}
+
+int tessora_neighbours(const tessora_mesh* mesh, uint32_t* neighbours, size_t count,
+                       tessora_error* error) {
+    atlas::PolygonMesh read_mesh;
+    std::vector<uint32_t> list;
+    atlas::Fault bad = read(mesh, read_mesh);
+    if (bad.status == atlas::Status::ok)
+        bad = atlas::find_neighbours(read_mesh, list);
+    return give(bad, list, "neighbours", neighbours, count, error);
+}
+
+int tessora_to_texture(float* uvs, size_t count, uint32_t width, uint32_t height, float gutter,
+                       tessora_error* error) {
+    if (uvs == nullptr && count != 0)
+        return report(null_argument("uvs"), error);
+    atlas::Options options;
+    options.width = width;
+    options.height = height;
+    options.gutter = gutter;
+    const atlas::Fault bad = atlas::check_options(options, true);
+    if (bad.status == atlas::Status::ok)
+        atlas::to_texture(uvs, count, width, height, gutter);
+    return report(bad, error);
+}

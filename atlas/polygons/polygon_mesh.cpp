@@ -1,0 +1,142 @@
+#include "atlas/polygon_mesh.h"
+
+#include "atlas/polygons/triangles.h"
+
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+namespace tessora::atlas {
+namespace {
+
+/// What went wrong in the engine.
+Fault engine_fault(const Failure& failure) {
+    switch (failure.status) {
+    case Status::ok:
+        return {};
+    case Status::does_not_fit:
+    case Status::chart_limit:
+        return fault(failure.status, failure.element, "%s (%u charts)", describe(failure.status),
+                     failure.element);
+    default:
+        return fault(failure.status, failure.element, "%s", describe(failure.status));
+    }
+}
+
+/// Names the caller's vertices in `source_vertex`. A new vertex that several of the caller's share,
+/// because they were welded, is divided among them: the first triangle's keeps its number.
+void restore_vertices(const MeshArrays& arrays, PolygonAtlas& atlas) {
+    Result& result = atlas.triangles;
+    const size_t made = result.source_vertex.size();
+    result.source_vertex.assign(made, k_none);
+    std::vector<uint32_t> next(made, k_none); // the next part of the same new vertex
+    for (size_t e = 0; e < result.indices.size(); ++e) {
+        const uint32_t source = arrays.corners[atlas.triangle_corner[e]];
+        uint32_t part = result.indices[e];
+        if (result.source_vertex[part] == k_none)
+            result.source_vertex[part] = source;
+        while (result.source_vertex[part] != source) {
+            if (next[part] == k_none) {
+                next[part] = static_cast<uint32_t>(next.size());
+                next.push_back(k_none);
+                result.source_vertex.push_back(source);
+                const float u = result.uvs[2 * size_t{part}], v = result.uvs[2 * size_t{part} + 1];
+                result.uvs.insert(result.uvs.end(), {u, v});
+            }
+            part = next[part];
+        }
+        result.indices[e] = part;
+    }
+}
+
+/// Prepares the mesh, lets `call` make its atlas, and fills the rest.
+template <class Call>
+Fault make_atlas(const PolygonMesh& mesh, PolygonAtlas& atlas, Call call) {
+    MeshArrays arrays;
+    Fault bad = read_mesh(mesh, arrays);
+    if (bad.status != Status::ok)
+        return bad;
+    Triangles triangles = make_triangles(arrays, mesh.weld);
+    connect(arrays, mesh.normals_per_corner, triangles);
+    bad = engine_fault(call(triangles.view()));
+    if (bad.status != Status::ok)
+        return bad;
+    atlas.triangle_corner = std::move(triangles.corner);
+    restore_vertices(arrays, atlas);
+    // Of a corner's triangles the last one counts, as in the plug-in.
+    atlas.corner_vertex.resize(arrays.corners.size());
+    for (size_t e = 0; e < atlas.triangle_corner.size(); ++e)
+        atlas.corner_vertex[atlas.triangle_corner[e]] = atlas.triangles.indices[e];
+    return {};
+}
+
+/// Runs a function; lets no exception escape and leaves no partial result behind.
+template <class Output, class Run>
+Fault guarded(Output& output, Run run) noexcept {
+    Fault bad;
+    try {
+        output = Output();
+        bad = run();
+    } catch (const std::bad_alloc&) {
+        bad = fault(Status::out_of_memory, k_none, "%s", describe(Status::out_of_memory));
+    } catch (const std::length_error&) {
+        bad = fault(Status::out_of_memory, k_none, "%s", describe(Status::out_of_memory));
+    }
+    if (bad.status != Status::ok)
+        output = Output();
+    return bad;
+}
+
+} // namespace
+
+Fault create(const PolygonMesh& mesh, const Options& options, UvSpace space,
+             PolygonAtlas& atlas) noexcept {
+    return guarded(atlas, [&] {
+        Fault bad = check_options(options, true);
+        if (bad.status != Status::ok)
+            return bad;
+        bad = make_atlas(mesh, atlas, [&](const Mesh& triangles) {
+            return create(triangles, options, atlas.triangles);
+        });
+        std::vector<float>& uvs = atlas.triangles.uvs;
+        if (bad.status == Status::ok && space == UvSpace::texture)
+            to_texture(uvs.data(), uvs.size() / 2, options.width, options.height, options.gutter);
+        return bad;
+    });
+}
+
+Fault partition(const PolygonMesh& mesh, const Options& options, PolygonAtlas& atlas) noexcept {
+    return guarded(atlas, [&] {
+        const Fault bad = check_options(options, false);
+        if (bad.status != Status::ok)
+            return bad;
+        return make_atlas(mesh, atlas, [&](const Mesh& triangles) {
+            return partition(triangles, options, atlas.triangles, atlas.neighbours);
+        });
+    });
+}
+
+Fault triangulate(const PolygonMesh& mesh, std::vector<uint32_t>& triangle_corner) noexcept {
+    return guarded(triangle_corner, [&] {
+        MeshArrays arrays;
+        const Fault bad = read_mesh(mesh, arrays);
+        if (bad.status == Status::ok)
+            triangle_corner = make_triangles(arrays, mesh.weld).corner;
+        return bad;
+    });
+}
+
+Fault find_neighbours(const PolygonMesh& mesh, std::vector<uint32_t>& neighbours) noexcept {
+    return guarded(neighbours, [&] {
+        MeshArrays arrays;
+        const Fault bad = read_mesh(mesh, arrays);
+        if (bad.status != Status::ok)
+            return bad;
+        Triangles triangles = make_triangles(arrays, mesh.weld);
+        connect(arrays, mesh.normals_per_corner, triangles);
+        neighbours = std::move(triangles.adjacency);
+        return bad;
+    });
+}
+
+} // namespace tessora::atlas

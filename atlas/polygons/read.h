@@ -1,0 +1,37 @@
+/// Reads and checks the caller's arrays.
+#pragma once
+
+#include "atlas/polygon_mesh.h"
+
+#if defined(__GNUC__)
+#define TESSORA_PRINTF __attribute__((format(printf, 3, 4)))
+#else
+#define TESSORA_PRINTF
+#endif
+
+namespace tessora::atlas {
+
+/// A fault with a printf text.
+TESSORA_PRINTF Fault fault(Status status, uint32_t element, const char* format, ...) noexcept;
+
+/// The caller's mesh in arrays of our own, every value checked.
+struct MeshArrays {
+    uint32_t vertex_count = 0;
+    std::vector<float> positions;     ///< 3 per vertex
+    std::vector<uint32_t> corners;    ///< vertex ids
+    std::vector<uint32_t> offsets;    ///< polygons + 1
+    std::vector<uint8_t> cuts;        ///< per corner, or empty
+    std::vector<float> normals;       ///< 3 per vertex or per corner, or empty
+    std::vector<uint32_t> neighbours; ///< per corner, or empty
+    std::vector<uint8_t> false_edges; ///< per corner, or empty
+
+    uint32_t polygon_count() const { return static_cast<uint32_t>(offsets.size() - 1); }
+};
+
+/// Errors: a fault that names the array; std::bad_alloc.
+Fault read_mesh(const PolygonMesh& mesh, MeshArrays& arrays);
+
+/// Names the option that is out of range, if any; those of packing only if `packs`.
+Fault check_options(const Options& options, bool packs) noexcept;
+
+} // namespace tessora::atlas
