@@ -17,9 +17,7 @@ public:
         : callback_(options.progress), stage_callback_(options.stage_progress),
           user_(options.user) {}
     /// For calls whose first stage is not the first of all; that stage begins at 0.
-    ProgressMeter(const Options& options, Stage first) : ProgressMeter(options) {
-        skipped_ = k_begin[int(first)];
-    }
+    ProgressMeter(const Options& options, Stage first) : ProgressMeter(options) { first_ = first; }
 
     /// Begins a stage. False if a callback asked to stop.
     bool stage(Stage stage) {
@@ -38,9 +36,8 @@ public:
     bool advance(double fraction) {
         const double done = part_begin_ + (part_end_ - part_begin_) * std::min(fraction, 1.0);
         stage_fraction_ = std::max(stage_fraction_, done);
-        const double begin = k_begin[int(stage_)], end = k_begin[int(stage_) + 1];
-        const double whole = (begin + (end - begin) * stage_fraction_ - skipped_) / (1 - skipped_);
-        while (!aborted_ && next_ < 10 && whole >= next_ * 0.1 - 1e-9)
+        const double all = whole(stage_, stage_fraction_, first_);
+        while (!aborted_ && next_ < 10 && all >= next_ * 0.1 - 1e-9)
             report_tenth();
         return poll();
     }
@@ -49,6 +46,12 @@ public:
         if (!aborted_ && stage_callback_ != nullptr)
             aborted_ = stage_callback_(stage_, float(stage_fraction_), user_) != 0;
         return !aborted_;
+    }
+    /// The fraction of the whole work that is done, if its first stage is `first`.
+    static double whole(Stage stage, double stage_fraction, Stage first = Stage::surface) {
+        const double begin = k_begin[int(stage)], end = k_begin[int(stage) + 1];
+        const double skipped = k_begin[int(first)];
+        return (begin + (end - begin) * stage_fraction - skipped) / (1 - skipped);
     }
     /// Reports the remaining tenths, 1 last. False if a callback asked to stop.
     bool finish() {
@@ -76,8 +79,8 @@ private:
     Stage stage_ = Stage::surface;
     double part_begin_ = 0, part_end_ = 1; ///< of the stage
     double stage_fraction_ = 0;
-    double skipped_ = 0; ///< fraction of the whole before the first stage
-    int next_ = 0;       ///< tenths reported
+    Stage first_ = Stage::surface;
+    int next_ = 0; ///< tenths reported
     bool aborted_ = false;
 };
 

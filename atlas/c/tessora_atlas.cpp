@@ -2,6 +2,7 @@
 
 #include "atlas/polygon_mesh.h"
 #include "atlas/polygons/read.h"
+#include "atlas/progress.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -91,7 +92,21 @@ atlas::Fault read(const tessora_mesh* given, atlas::PolygonMesh& mesh) {
     return bad;
 }
 
-atlas::Fault read(const tessora_options* given, atlas::Options& options, atlas::UvSpace& space) {
+/// The caller's progress function.
+struct Caller {
+    tessora_progress progress = nullptr;
+    void* user = nullptr;
+
+    static int report(atlas::Stage stage, float fraction, void* user) {
+        const Caller& caller = *static_cast<const Caller*>(user);
+        const double whole = atlas::ProgressMeter::whole(stage, static_cast<double>(fraction));
+        return caller.progress(atlas::describe(stage), static_cast<float>(whole), caller.user);
+    }
+};
+
+/// `options` refers to `caller`.
+atlas::Fault read(const tessora_options* given, atlas::Options& options, atlas::UvSpace& space,
+                  Caller& caller) {
     tessora_options taken = default_options();
     if (given != nullptr) {
         const atlas::Fault bad = take(*given, "options", taken);
@@ -111,8 +126,12 @@ atlas::Fault read(const tessora_options* given, atlas::Options& options, atlas::
         taken.quality == TESSORA_QUALITY ? atlas::Quality::quality : atlas::Quality::fast;
     options.stack = taken.stack != 0;
     options.cut_to_pack = taken.cut_to_pack != 0;
-    options.progress = taken.progress;
-    options.user = taken.user;
+    options.executor = taken.parallel_for;
+    caller = {taken.progress, taken.user};
+    if (taken.progress != nullptr) {
+        options.stage_progress = Caller::report;
+        options.user = &caller;
+    }
     space = taken.texture_uvs != 0 ? atlas::UvSpace::texture : atlas::UvSpace::isotropic;
     return {};
 }
@@ -127,9 +146,10 @@ int make_atlas(const tessora_mesh* given_mesh, const tessora_options* given_opti
     atlas::PolygonMesh mesh;
     atlas::Options options;
     atlas::UvSpace space = atlas::UvSpace::texture;
+    Caller caller;
     atlas::Fault bad = read(given_mesh, mesh);
     if (bad.status == atlas::Status::ok)
-        bad = read(given_options, options, space);
+        bad = read(given_options, options, space, caller);
     if (bad.status != atlas::Status::ok)
         return report(bad, error);
     std::unique_ptr<tessora_atlas> made(new (std::nothrow) tessora_atlas);

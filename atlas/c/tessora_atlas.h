@@ -112,9 +112,16 @@ typedef struct tessora_mesh {
     int32_t weld;
 } tessora_mesh;
 
-/* Called with the fraction done, increasing, last with 1, on the calling thread. Returning a
- * value other than 0 cancels the call. */
-typedef int (*tessora_progress)(float fraction, void* user);
+/* Called with what is being done, in a few English words, and the fraction of the whole work that
+ * is done, never decreasing; at least every half second, on the calling thread. Returning a value
+ * other than 0 cancels the call. */
+typedef int (*tessora_progress)(const char* stage, float fraction, void* user);
+
+/* Runs function(i, user) once for each i in [0, count), in any order and on any threads, and
+ * returns when all are done. The calling thread takes part, so that calls from within `function`
+ * finish too. Results do not depend on it. */
+typedef void (*tessora_parallel_for)(size_t count, void (*function)(size_t i, void* user),
+                                     void* user);
 
 typedef struct tessora_options {
     size_t struct_size;
@@ -128,8 +135,9 @@ typedef struct tessora_options {
     int32_t cut_to_pack; /* cut charts in two where that lets all charts grow; default 0 */
     int32_t texture_uvs; /* coordinates of the final texture, the bits that the plug-in writes;
                           * 0 = isotropic, in units of the longer texture side; default 1 */
-    tessora_progress progress; /* default null */
-    void* user;                /* handed to `progress` */
+    tessora_progress progress;         /* default null */
+    void* user;                        /* handed to `progress` */
+    tessora_parallel_for parallel_for; /* default null: all work is done on the calling thread */
 } tessora_options;
 
 typedef struct tessora_error {

@@ -61,7 +61,9 @@ Made split_cube() {
 
 PolygonAtlas unwrap(const PolygonMesh& mesh, UvSpace space = UvSpace::texture) {
     PolygonAtlas atlas;
-    const Fault fault = create(mesh, Options(), space, atlas);
+    Options options;
+    options.quality = Quality::fast;
+    const Fault fault = create(mesh, options, space, atlas);
     EXPECT_EQ(fault.status, Status::ok) << fault.text;
     return atlas;
 }
@@ -106,6 +108,7 @@ TEST(PolygonMesh, TextureCoordinatesAreThoseOfToTexture) {
     const Made made = cube();
     PolygonAtlas plain, final;
     Options options;
+    options.quality = Quality::fast;
     options.width = 1024;
     options.gutter = 7.0f;
     ASSERT_EQ(create(made.view(), options, UvSpace::isotropic, plain).status, Status::ok);

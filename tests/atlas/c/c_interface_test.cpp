@@ -180,6 +180,31 @@ TEST(CInterface, ToTextureChecksTheTexture) {
     EXPECT_EQ(tessora_to_texture(uvs, 1, 512, 512, 2, &error), TESSORA_OK);
 }
 
+TEST(CInterface, ReportsProgressUpToOne) {
+    const tessora_mesh mesh = square();
+    tessora_options options = defaults();
+    std::vector<float> fractions;
+    options.user = &fractions;
+    options.progress = [](const char* stage, float fraction, void* user) {
+        EXPECT_NE(std::strlen(stage), 0u);
+        static_cast<std::vector<float>*>(user)->push_back(fraction);
+        return 0;
+    };
+    Owned made;
+    ASSERT_EQ(tessora_create(&mesh, &options, &made.atlas, nullptr), TESSORA_OK);
+    ASSERT_GT(fractions.size(), 6u);
+    EXPECT_TRUE(std::is_sorted(fractions.begin(), fractions.end()));
+    EXPECT_EQ(fractions.front(), 0.0f);
+    EXPECT_EQ(fractions.back(), 1.0f);
+}
+
+TEST(CInterface, AProgressFunctionCancels) {
+    const tessora_mesh mesh = square();
+    tessora_options options = defaults();
+    options.progress = [](const char*, float, void*) { return 1; };
+    EXPECT_EQ(failure(&mesh, &options, TESSORA_CANCELLED), "the caller stopped the work");
+}
+
 TEST(CInterface, TwoThreadsGetTheSameBits) {
     std::vector<float> uvs[2];
     const auto work = [&](size_t i) {
