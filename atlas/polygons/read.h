@@ -3,7 +3,9 @@
 
 #include "atlas/polygon_mesh.h"
 
-#if defined(__GNUC__)
+#if defined(__MINGW32__)
+#define TESSORA_PRINTF __attribute__((format(gnu_printf, 3, 4)))
+#elif defined(__GNUC__)
 #define TESSORA_PRINTF __attribute__((format(printf, 3, 4)))
 #else
 #define TESSORA_PRINTF
