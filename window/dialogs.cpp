@@ -267,6 +267,22 @@ void Dialogs::draw_children(const UiControl& parent) {
     }
 }
 
+/// Draws a window's controls and takes Enter for its main button.
+void Dialogs::draw_contents(const UiControl& window, bool has_focus) {
+    main_button_ = first_button(window);
+    is_on_button_ = false;
+    const bool was_editing = ImGui::IsAnyItemActive();
+    draw_children(window);
+    const bool is_entered =
+        ImGui::IsKeyPressed(GLFW_KEY_ENTER, false) || ImGui::IsKeyPressed(GLFW_KEY_KP_ENTER, false);
+    // In a field Enter ends the editing; on a button shown as focused it presses that one.
+    if (has_focus && is_entered && main_button_ && !was_editing &&
+        !(is_on_button_ && ImGui::GetIO().NavVisible) &&
+        !ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup))
+        press(*main_button_);
+    main_button_ = nullptr;
+}
+
 void Dialogs::draw_window(const UiControl& window) {
     ImVec2 size(420.0f * state_->scale, 0.0f);
     if (const host::script::Value* given = property(window, "widthHeight")) {
@@ -291,18 +307,7 @@ void Dialogs::draw_window(const UiControl& window) {
         const ImVec2 at = ImGui::GetWindowPos(), now = ImGui::GetWindowSize();
         state_->places.add("dialog/" + window.name, at.x, at.y, now.x, now.y);
         const bool has_focus = ImGui::IsWindowFocused(ImGuiFocusedFlags_RootAndChildWindows);
-        main_button_ = first_button(window);
-        is_on_button_ = false;
-        const bool was_editing = ImGui::IsAnyItemActive();
-        draw_children(window);
-        const bool is_entered = ImGui::IsKeyPressed(GLFW_KEY_ENTER, false) ||
-                                ImGui::IsKeyPressed(GLFW_KEY_KP_ENTER, false);
-        // In a field Enter ends the editing; on a button shown as focused it presses that one.
-        if (has_focus && is_entered && main_button_ && !was_editing &&
-            !(is_on_button_ && ImGui::GetIO().NavVisible) &&
-            !ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup))
-            press(*main_button_);
-        main_button_ = nullptr;
+        draw_contents(window, has_focus);
         if (has_focus && !ImGui::IsAnyItemActive() &&
             ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape), false) &&
             !ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup))

@@ -17,6 +17,7 @@ public:
 
 private:
     void draw_window(const host::UiControl& window);
+    void draw_contents(const host::UiControl& window, bool has_focus);
     void draw_children(const host::UiControl& parent);
     void draw_control(const host::UiControl& control);
     struct Editing;

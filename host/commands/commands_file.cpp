@@ -204,20 +204,22 @@ void export_file(const Flags& flags, const std::string& path) {
         write(path, write_scene(std::filesystem::path(path).filename().string()));
 }
 
+/// Table: the flags of the command.
+const FlagTable k_file_flags = {{"new", "newFile"},
+                                {"o", "open"},
+                                {"i", "import"},
+                                {"s", "save"},
+                                {"ea", "exportAll"},
+                                {"es", "exportSelected"},
+                                {"rn", "rename", "s"},
+                                {"typ", "type", "s"},
+                                {"f", "force"},
+                                {"sn", "sceneName", "", "q"},
+                                {"loc", "location", "", "q"},
+                                {"mf", "modified", "", "q"}};
+
 Value file(Invocation& call) {
-    static const FlagTable table = {{"new", "newFile"},
-                                    {"o", "open"},
-                                    {"i", "import"},
-                                    {"s", "save"},
-                                    {"ea", "exportAll"},
-                                    {"es", "exportSelected"},
-                                    {"rn", "rename", "s"},
-                                    {"typ", "type", "s"},
-                                    {"f", "force"},
-                                    {"sn", "sceneName", "", "q"},
-                                    {"loc", "location", "", "q"},
-                                    {"mf", "modified", "", "q"}};
-    const Flags flags(call, table);
+    const Flags flags(call, k_file_flags);
     if (flags.query())
         return query(flags);
     if (flags.has("rename"))
