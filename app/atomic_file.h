@@ -3,10 +3,11 @@
 /// The bytes go to a temporary file in the same directory, named after the target and the process
 /// (so that several processes can write into one directory); `commit` renames it. Until then an
 /// older file of that name stays as it was. Destruction, `discard` and signals (interrupt.h) remove
-/// the temporary file. Symbolic links are followed, so that a link stays a link; the new file gets
-/// the permissions of the file it replaces. A link to a missing file creates that file. Targets
-/// that are not regular files (standard output, named "-", devices, pipes) are written directly, in
-/// `commit`.
+/// the temporary file; what a killed process left, NAME.tessora-tmp.PROCESS, is removed by the next
+/// process that writes into the directory. Symbolic links are followed, so that a link stays a
+/// link; the new file gets the permissions of the file it replaces. A link to a missing file
+/// creates that file. Targets that are not regular files (standard output, named "-", devices,
+/// pipes) are written directly, in `commit`.
 #pragma once
 
 #include <string>

@@ -127,9 +127,26 @@ bool rename_new(const std::string& from, const std::string& to) {
            refuse(last_reason());
 }
 
+void remove_if_abandoned(const std::string& path) {
+    // Without sharing: fails while its writer has it open.
+    const HANDLE handle = CreateFileA(path.c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (handle != INVALID_HANDLE_VALUE)
+        CloseHandle(handle);
+}
+
 void remove(const char* path) { DeleteFileA(path); } // an open file disappears when closed
 
 long process_id() { return static_cast<long>(GetCurrentProcessId()); }
+
+bool is_running(long process) {
+    const HANDLE handle = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(process));
+    if (handle == nullptr)
+        return GetLastError() != ERROR_INVALID_PARAMETER; // that means: no such process
+    const bool runs = WaitForSingleObject(handle, 0) == WAIT_TIMEOUT;
+    CloseHandle(handle);
+    return runs;
+}
 
 } // namespace file_calls
 

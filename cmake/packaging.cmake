@@ -1,5 +1,5 @@
 # Install rules, and the packages that cpack makes: a Debian package and a relocatable .tar.gz; on Windows a
-# .zip.
+# .zip. A build against a development kit has a package of its own (studio_package.cmake).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -31,15 +31,13 @@ if(NOT WIN32)
     set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
 endif()
 
-if(TARGET tessora) # absent in a build against a development kit
-    if(NOT WIN32)
-        set_target_properties(tessora PROPERTIES INSTALL_RPATH "$ORIGIN/../lib/tessora"
-            BUILD_WITH_INSTALL_RPATH ON)
-        file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
-        file(CREATE_LINK ${CMAKE_RUNTIME_OUTPUT_DIRECTORY} ${CMAKE_BINARY_DIR}/lib/tessora SYMBOLIC)
-    endif()
-    install(TARGETS tessora RUNTIME DESTINATION ${program_dir} COMPONENT product)
+if(NOT WIN32)
+    set_target_properties(tessora PROPERTIES INSTALL_RPATH "$ORIGIN/../lib/tessora"
+        BUILD_WITH_INSTALL_RPATH ON)
+    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+    file(CREATE_LINK ${CMAKE_RUNTIME_OUTPUT_DIRECTORY} ${CMAKE_BINARY_DIR}/lib/tessora SYMBOLIC)
 endif()
+install(TARGETS tessora RUNTIME DESTINATION ${program_dir} COMPONENT product)
 install(TARGETS ${modules} RUNTIME DESTINATION ${module_dir} COMPONENT product
     LIBRARY DESTINATION ${module_dir} COMPONENT product NAMELINK_SKIP)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/scripts DESTINATION ${share} COMPONENT product
@@ -53,8 +51,7 @@ endif()
 # asks ninja which headers were included, and dpkg which packages they came from.
 find_package(Python3 COMPONENTS Interpreter)
 find_program(DPKG_QUERY dpkg-query)
-if(Python3_FOUND AND DPKG_QUERY AND CMAKE_GENERATOR STREQUAL "Ninja" AND NOT CMAKE_CROSSCOMPILING
-        AND NOT TESSORA_MAYA_DEVKIT)
+if(Python3_FOUND AND DPKG_QUERY AND CMAKE_GENERATOR STREQUAL "Ninja" AND NOT CMAKE_CROSSCOMPILING)
     install(CODE "execute_process(COMMAND \"${Python3_EXECUTABLE}\" \"${PROJECT_SOURCE_DIR}/tools/make_sbom.py\"
         \"${CMAKE_BINARY_DIR}\" COMMAND_ERROR_IS_FATAL ANY)" COMPONENT product)
     install(FILES ${CMAKE_BINARY_DIR}/tessora.spdx.json DESTINATION ${doc_dir} COMPONENT product)

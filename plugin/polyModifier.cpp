@@ -15,13 +15,40 @@
 
 namespace {
 
-/// A float3 plug's value; false when the plug does not hold one.
-bool read_vector(const MPlug& plug, MObject& value, MFloatVector& vector) {
-    if (!plug.getValue(value))
-        return false;
+/// The plug of a node's attribute `name`.
+MStatus find_plug(MObject node, const char* name, MPlug& plug) {
     MStatus status;
+    MFnDependencyNode node_fn(node, &status);
+    if (status)
+        plug = node_fn.findPlug(name, true, &status);
+    return status;
+}
+
+MStatus find_plug(const MDagPath& path, const char* name, MPlug& plug) {
+    MStatus status;
+    const MObject node = path.node(&status);
+    return status ? find_plug(node, name, plug) : status;
+}
+
+/// The plug of an attribute of a node that need not be in the scene yet.
+MStatus attribute_plug(const MObject& node, const char* name, MPlug& plug) {
+    MStatus status;
+    MObject owner(node);
+    MFnDependencyNode node_fn(owner, &status);
+    const MObject attribute = status ? node_fn.attribute(name, &status) : MObject();
+    if (status)
+        plug = MPlug(owner, attribute);
+    return status;
+}
+
+/// A float3 plug's value. Fails when the plug does not hold one.
+MStatus read_vector(const MPlug& plug, MFloatVector& vector) {
+    MObject value;
+    MStatus status = plug.getValue(value);
+    if (!status)
+        return status;
     MFnNumericData data(value, &status);
-    return status && data.getData(vector.x, vector.y, vector.z);
+    return status ? data.getData(vector.x, vector.y, vector.z) : status;
 }
 
 MStatus write_vector(MPlug& plug, const MFloatVector& vector) {
@@ -59,11 +86,18 @@ MStatus write_tweak(MPlug& tweak, const MFloatVector& vector) {
     return result;
 }
 
-/// The element at a physical index; false if the host does not return one.
-bool element_at(const MPlug& array, unsigned int index, MPlug& element) {
+/// Calls `visit` with every element of an array plug that is not null, in physical order. Stops at
+/// the first failure.
+template <class Visit>
+MStatus for_each_element(const MPlug& array, const Visit& visit) {
     MStatus status;
-    element = array.elementByPhysicalIndex(index, &status);
-    return status && !element.isNull();
+    const unsigned int count = array.numElements(&status);
+    for (unsigned int i = 0; i < count && status; ++i) {
+        MPlug element = array.elementByPhysicalIndex(i, &status);
+        if (status && !element.isNull())
+            status = visit(element);
+    }
+    return status;
 }
 
 /// Written with < and >, so that a NaN counts as zero.
@@ -78,52 +112,52 @@ struct ComponentLinks {
 };
 
 /// Appends one entry per component of `tweak`, and records in `modifier` that its connections go.
-void take_links(const MPlug& tweak, MDGModifier& modifier, std::vector<ComponentLinks>& links) {
-    const unsigned int components = tweak.numChildren();
-    for (unsigned int c = 0; c < components; ++c) {
+MStatus take_links(const MPlug& tweak, MDGModifier& modifier, std::vector<ComponentLinks>& links) {
+    MStatus status;
+    const unsigned int components = tweak.numChildren(&status);
+    for (unsigned int c = 0; c < components && status; ++c) {
         links.emplace_back();
         ComponentLinks& link = links.back();
-        const MPlug component = tweak.child(c);
-        if (!component.isConnected())
+        const MPlug component = tweak.child(c, &status);
+        if (!status || !component.isConnected(&status))
             continue;
-        component.connectedTo(link.destinations, false, true);
-        for (unsigned int i = 0; i < link.destinations.length(); ++i)
-            modifier.disconnect(component, link.destinations[i]);
-        component.connectedTo(link.source, true, false);
-        if (link.source.length() > 0)
-            modifier.disconnect(link.source[0], component);
+        component.connectedTo(link.destinations, false, true, &status);
+        for (unsigned int i = 0; i < link.destinations.length() && status; ++i)
+            status = modifier.disconnect(component, link.destinations[i]);
+        if (status)
+            component.connectedTo(link.source, true, false, &status);
+        if (status && link.source.length() > 0)
+            status = modifier.disconnect(link.source[0], component);
     }
+    return status;
 }
 
 /// Records in `modifier` that the components of `tweak` get the links from `next` on.
-void give_links(const MPlug& tweak, MDGModifier& modifier, std::vector<ComponentLinks>& links,
-                size_t& next) {
-    const unsigned int components = tweak.numChildren();
-    for (unsigned int c = 0; c < components && next < links.size(); ++c, ++next) {
+MStatus give_links(const MPlug& tweak, MDGModifier& modifier, std::vector<ComponentLinks>& links,
+                   size_t& next) {
+    MStatus status;
+    const unsigned int components = tweak.numChildren(&status);
+    for (unsigned int c = 0; c < components && next < links.size() && status; ++c, ++next) {
         const ComponentLinks& link = links[next];
-        const MPlug component = tweak.child(c);
-        for (unsigned int i = 0; i < link.destinations.length(); ++i)
-            modifier.connect(component, link.destinations[i]);
-        if (link.source.length() > 0)
-            modifier.connect(link.source[0], component);
+        const MPlug component = tweak.child(c, &status);
+        for (unsigned int i = 0; i < link.destinations.length() && status; ++i)
+            status = modifier.connect(component, link.destinations[i]);
+        if (status && link.source.length() > 0)
+            status = modifier.connect(link.source[0], component);
     }
+    return status;
 }
 
 /// Sets all tweaks of a copied mesh to zero. The host copies tweaks with the shape; what uses the
 /// copy adds the tweaks of the original itself.
 MStatus zero_own_tweaks(MObject shape) {
-    MFnDependencyNode shape_fn(shape);
-    const MPlug tweaks = shape_fn.findPlug("pnts", true);
-    const unsigned int count = tweaks.isNull() ? 0 : tweaks.numElements();
-    for (unsigned int i = 0; i < count; ++i) {
-        MPlug tweak;
-        if (!element_at(tweaks, i, tweak))
-            continue;
-        const MStatus status = write_vector(tweak, MFloatVector(0.0f, 0.0f, 0.0f));
-        if (!status)
-            return status;
-    }
-    return MS::kSuccess;
+    MPlug tweaks;
+    const MStatus status = find_plug(shape, "pnts", tweaks);
+    return status ? for_each_element(tweaks,
+                                     [](MPlug& tweak) {
+                                         return write_vector(tweak, MFloatVector(0.0f, 0.0f, 0.0f));
+                                     })
+                  : status;
 }
 
 /// Copies the mesh without its tweaks; the copied shape stands below a new `transform`.
@@ -142,7 +176,8 @@ MStatus duplicate_mesh(const MDagPath& mesh, MObject& transform, MDagPath& shape
             found = transform_fn.getPath(shape);
         if (found)
             found = shape.extendToShape();
-        return found ? zero_own_tweaks(shape.node()) : found;
+        const MObject node = found ? shape.node(&found) : MObject();
+        return found ? zero_own_tweaks(node) : found;
     });
     if (!status) {
         MGlobal::deleteNode(transform);
@@ -155,7 +190,7 @@ MStatus duplicate_mesh(const MDagPath& mesh, MObject& transform, MDagPath& shape
 
 polyModifierCmd::polyModifierCmd()
     : meshPathSet(false), nodeTypeSet(false), nodeNameSet(false), hasHistory(false),
-      hasTweaks(false), recordsHistory(false), dgDone(false), dagDone(false),
+      hasTweaks(false), recordsHistory(false), applied(false), dgDone(false), dagDone(false),
       duplicateRemoved(false) {}
 
 polyModifierCmd::~polyModifierCmd() = default;
@@ -192,18 +227,23 @@ MStatus polyModifierCmd::doModifyPoly() {
     if (!meshValid)
         return MS::kFailure;
 
-    collectNodeState();
+    MStatus status = collectNodeState();
+    if (!status)
+        return status;
     if (hasHistory || recordsHistory) {
         // Only the status of the connection counts: a node without mesh attributes cannot be
         // connected anyway, and a node with some attributes unset still unwraps.
-        const MStatus status = guarded([&] { return insertModifier(); });
+        status = guarded([&] { return insertModifier(); });
         if (!status)
             guarded([&] { return abandonHistory(); });
+        applied = static_cast<bool>(status);
         return status;
     }
-    cacheMeshData();
-    cacheMeshTweaks();
-    return directModifier(meshPath.node());
+    // Nothing is modified that undo could not restore.
+    status = cacheMeshData();
+    if (status)
+        status = cacheMeshTweaks();
+    return status ? directModifier(meshPath.node()) : status;
 }
 
 MStatus polyModifierCmd::redoModifyPoly() {
@@ -212,13 +252,30 @@ MStatus polyModifierCmd::redoModifyPoly() {
     if (!hasHistory && !recordsHistory)
         return directModifier(meshPath.node());
     if (!hasHistory) {
-        const MStatus status = restoreDuplicate();
+        const MStatus status = duplicateRemoval.undoIt();
         if (!status)
             return status;
     }
+    MStatus status = hasHistory ? MStatus(MS::kSuccess) : dagModifier.doIt();
+    dgDone = false;
     // Undo put the tweaks back on the mesh; the tweak node that redo restores holds them as well.
-    zeroMeshTweaks();
-    return connectAll();
+    if (status)
+        status = zeroMeshTweaks();
+    if (status)
+        status = connectAll();
+    if (!status)
+        takeBackRedo();
+    applied = static_cast<bool>(status);
+    return status;
+}
+
+/// Takes back what a failed redo has done so far: the host may ask for undo next.
+void polyModifierCmd::takeBackRedo() {
+    if (dgDone)
+        dgModifier.undoIt();
+    if (!hasHistory)
+        removeDuplicate();
+    undoTweaks();
 }
 
 MStatus polyModifierCmd::undoModifyPoly() {
@@ -226,7 +283,10 @@ MStatus polyModifierCmd::undoModifyPoly() {
         return MS::kSuccess; // the first run found no mesh, so there is nothing to undo
     if (!hasHistory && !recordsHistory)
         return undoDirectModifier();
+    if (!applied)
+        return MS::kSuccess; // redo failed and took itself back
 
+    applied = false;
     MStatus status = dgModifier.undoIt();
     if (!hasHistory) {
         // Before the tweaks: this replaces the mesh data, without tweaks.
@@ -260,28 +320,35 @@ bool polyModifierCmd::isMeshValid() {
     return meshPath.isValid() && meshPath.apiType() == MFn::kMesh;
 }
 
-void polyModifierCmd::collectNodeState() {
-    meshPath.extendToShape();
-    MObject mesh = meshPath.node();
-    MFnDependencyNode mesh_fn(mesh);
-    hasHistory = mesh_fn.findPlug("inMesh", true).isConnected();
+MStatus polyModifierCmd::collectNodeState() {
+    MStatus status = meshPath.extendToShape();
+    MPlug meshIn, tweaks;
+    if (status)
+        status = find_plug(meshPath, "inMesh", meshIn);
+    if (status)
+        hasHistory = meshIn.isConnected(&status);
+    if (status)
+        status = find_plug(meshPath, "pnts", tweaks);
+    if (!status)
+        return status;
 
     hasTweaks = false;
-    const MPlug tweaks = mesh_fn.findPlug("pnts", true);
-    if (!tweaks.isNull()) {
-        const unsigned int count = tweaks.numElements();
-        for (unsigned int i = 0; i < count && !hasTweaks; ++i) {
-            MPlug element;
-            MObject value;
-            MFloatVector vector;
-            hasTweaks = element_at(tweaks, i, element) && read_vector(element, value, vector) &&
-                        is_tweaked(vector);
-        }
+    const unsigned int count = tweaks.numElements(&status);
+    for (unsigned int i = 0; i < count && status && !hasTweaks; ++i) {
+        // Deliberate: elements that the host does not return are skipped here.
+        const MPlug tweak = tweaks.elementByPhysicalIndex(i);
+        MFloatVector vector;
+        if (!tweak.isNull())
+            status = read_vector(tweak, vector);
+        hasTweaks = is_tweaked(vector);
     }
+    if (!status)
+        return status;
 
     int answer = 0;
-    MGlobal::executeCommand("constructionHistory -q -tgl", answer, false, false);
+    status = MGlobal::executeCommand("constructionHistory -q -tgl", answer, false, false);
     recordsHistory = answer != 0;
+    return status;
 }
 
 MStatus polyModifierCmd::insertModifier() {
@@ -329,11 +396,12 @@ MStatus polyModifierCmd::connectNodes(const MObject& modifierNode) {
         if (!status)
             return status;
     }
-    MObject modifier(modifierNode);
-    MFnDependencyNode modifier_fn(modifier);
-    const MPlug modifierIn(modifier, modifier_fn.attribute("inMesh"));
-    const MPlug modifierOut(modifier, modifier_fn.attribute("outMesh"));
-    status = dgModifier.connect(source, modifierIn);
+    MPlug modifierIn, modifierOut;
+    status = attribute_plug(modifierNode, "inMesh", modifierIn);
+    if (status)
+        status = attribute_plug(modifierNode, "outMesh", modifierOut);
+    if (status)
+        status = dgModifier.connect(source, modifierIn);
     if (status)
         status = dgModifier.connect(modifierOut, meshIn);
     return status ? connectAll() : status;
@@ -344,9 +412,7 @@ MStatus polyModifierCmd::connectNodes(const MObject& modifierNode) {
 MStatus polyModifierCmd::connectAll() {
     dgDone = true;
     const MStatus status = dgModifier.doIt();
-    if (status)
-        zeroMeshTweaks();
-    return status;
+    return status ? zeroMeshTweaks() : status;
 }
 
 /// Moves the tweaks to a polyTweak node fed by `upstream`, which becomes that node's output.
@@ -358,17 +424,19 @@ MStatus polyModifierCmd::insertTweakNode(MPlug& upstream) {
     status = moveTweaks(tweakNode);
     if (!status)
         return status;
-    MFnDependencyNode tweak_fn(tweakNode);
-    status = dgModifier.connect(upstream, MPlug(tweakNode, tweak_fn.attribute("inputPolymesh")));
-    if (!status)
-        return status;
-    upstream = MPlug(tweakNode, tweak_fn.attribute("output"));
-    return MS::kSuccess;
+    MPlug tweakIn;
+    status = attribute_plug(tweakNode, "inputPolymesh", tweakIn);
+    if (status)
+        status = dgModifier.connect(upstream, tweakIn);
+    return status ? attribute_plug(tweakNode, "output", upstream) : status;
 }
 
 MStatus polyModifierCmd::detachUpstream(const MPlug& meshIn, MPlug& upstream) {
     MPlugArray sources;
-    meshIn.connectedTo(sources, true, false);
+    MStatus status;
+    meshIn.connectedTo(sources, true, false, &status);
+    if (!status)
+        return status;
     if (sources.length() == 0)
         return MS::kFailure;
     upstream = sources[0];
@@ -420,61 +488,69 @@ MStatus polyModifierCmd::removeDuplicate() {
     return undone ? removed : undone;
 }
 
-/// Brings the copy back below the mesh's transform.
-MStatus polyModifierCmd::restoreDuplicate() {
-    MStatus status = duplicateRemoval.undoIt();
-    return status ? dagModifier.doIt() : status;
-}
-
 MStatus polyModifierCmd::moveTweaks(const MObject& tweakNode) {
-    MStatus status;
-    MObject mesh = meshPath.node();
-    MFnDependencyNode mesh_fn(mesh);
-    const MPlug meshTweaks = mesh_fn.findPlug("pnts", true, &status);
-    if (!status)
-        return status;
-    status = cacheMeshTweaks();
-    if (!status)
-        return status;
-
-    MFnDependencyNode tweak_fn(tweakNode);
-    const MPlug tweaks(tweakNode, tweak_fn.attribute("tweak"));
+    MPlug meshTweaks;
+    MStatus status = find_plug(meshPath, "pnts", meshTweaks);
+    if (status)
+        status = cacheMeshTweaks();
     std::vector<ComponentLinks> links;
-    for (unsigned int i = 0; i < tweakIndices.length(); ++i)
-        take_links(tweakAt(meshTweaks, i), dgModifier, links);
-    size_t next = 0;
-    for (unsigned int i = 0; i < tweakIndices.length(); ++i) {
-        MPlug tweak = tweakAt(tweaks, i);
-        write_vector(tweak, tweakVectors[i]);
-        give_links(tweak, dgModifier, links, next);
+    for (unsigned int i = 0; i < tweakIndices.length() && status; ++i) {
+        const MPlug tweak = tweakAt(meshTweaks, i, status);
+        if (status)
+            status = take_links(tweak, dgModifier, links);
     }
+    if (!status)
+        return status;
 
-    zeroMeshTweaks();
-    if (!hasHistory && recordsHistory) {
-        // Deliberate: the second pass looks up the copy's tweaks and zeroes the mesh's own again.
-        MObject duplicate = duplicatePath.node();
-        MFnDependencyNode duplicate_fn(duplicate);
-        if (!duplicate_fn.findPlug("pnts", true).isNull())
-            zeroMeshTweaks();
+    MPlug tweaks;
+    status = attribute_plug(tweakNode, "tweak", tweaks);
+    size_t next = 0;
+    for (unsigned int i = 0; i < tweakIndices.length() && status; ++i) {
+        MPlug tweak = tweakAt(tweaks, i, status);
+        if (status)
+            status = write_vector(tweak, tweakVectors[i]);
+        if (status)
+            status = give_links(tweak, dgModifier, links, next);
     }
-    return MS::kSuccess;
+    if (status)
+        status = zeroMeshTweaks();
+    if (status && !hasHistory && recordsHistory) {
+        // Deliberate: the second pass looks up the copy's tweaks and zeroes the mesh's own again.
+        MPlug duplicateTweaks;
+        if (find_plug(duplicatePath, "pnts", duplicateTweaks))
+            status = zeroMeshTweaks();
+    }
+    return status;
 }
 
 /// The element of a tweak array that belongs to cached tweak `i`.
-MPlug polyModifierCmd::tweakAt(const MPlug& tweaks, unsigned int i) const {
-    return tweaks.elementByLogicalIndex(static_cast<unsigned int>(tweakIndices[i]));
+MPlug polyModifierCmd::tweakAt(const MPlug& tweaks, unsigned int i, MStatus& status) const {
+    return tweaks.elementByLogicalIndex(static_cast<unsigned int>(tweakIndices[i]), &status);
 }
 
-void polyModifierCmd::zeroMeshTweaks() {
+MStatus polyModifierCmd::zeroMeshTweaks() {
+    return writeMeshTweaks([](unsigned int) { return MFloatVector(0.0f, 0.0f, 0.0f); });
+}
+
+/// Sets every cached tweak of the mesh to `value(i)`. Goes on after a failure, to set as many as
+/// possible; returns the last one.
+template <class Value>
+MStatus polyModifierCmd::writeMeshTweaks(const Value& value) {
     if (!hasTweaks)
-        return;
-    MObject mesh = meshPath.node();
-    MFnDependencyNode mesh_fn(mesh);
-    const MPlug tweaks = mesh_fn.findPlug("pnts", true);
+        return MS::kSuccess;
+    MPlug tweaks;
+    MStatus status = find_plug(meshPath, "pnts", tweaks);
+    if (!status)
+        return status;
     for (unsigned int i = 0; i < tweakIndices.length(); ++i) {
-        MPlug tweak = tweakAt(tweaks, i);
-        write_tweak(tweak, MFloatVector(0.0f, 0.0f, 0.0f));
+        MStatus written;
+        MPlug tweak = tweakAt(tweaks, i, written);
+        if (written)
+            written = write_tweak(tweak, value(i));
+        if (!written)
+            status = written;
     }
+    return status;
 }
 
 // === The direct path =========================================================================
@@ -486,11 +562,12 @@ MStatus polyModifierCmd::cacheMeshData() {
     if (!status)
         return status;
     status = guarded([&] {
-        MObject shape = duplicate.node();
-        return MFnDependencyNode(shape).findPlug("outMesh", true).getValue(cachedMesh);
+        MPlug duplicateOut;
+        const MStatus found = find_plug(duplicate, "outMesh", duplicateOut);
+        return found ? duplicateOut.getValue(cachedMesh) : found;
     });
-    MGlobal::deleteNode(transform);
-    return status;
+    const MStatus deleted = MGlobal::deleteNode(transform);
+    return status ? deleted : status;
 }
 
 MStatus polyModifierCmd::cacheMeshTweaks() {
@@ -498,23 +575,19 @@ MStatus polyModifierCmd::cacheMeshTweaks() {
     tweakVectors.clear();
     if (!hasTweaks)
         return MS::kSuccess;
-    MObject mesh = meshPath.node();
-    MFnDependencyNode mesh_fn(mesh);
-    const MPlug tweaks = mesh_fn.findPlug("pnts", true);
-    const unsigned int count = tweaks.numElements();
-    for (unsigned int i = 0; i < count; ++i) {
-        MPlug element;
-        MObject value;
-        MFloatVector vector;
-        if (!element_at(tweaks, i, element) || !read_vector(element, value, vector))
-            continue;
-        MStatus kept = tweakVectors.append(vector);
-        if (kept)
-            kept = tweakIndices.append(static_cast<int>(element.logicalIndex()));
-        if (!kept)
-            return kept;
-    }
-    return MS::kSuccess;
+    MPlug tweaks;
+    const MStatus status = find_plug(meshPath, "pnts", tweaks);
+    return status ? for_each_element(tweaks, [&](const MPlug& tweak) { return cacheTweak(tweak); })
+                  : status;
+}
+
+MStatus polyModifierCmd::cacheTweak(const MPlug& tweak) {
+    MFloatVector vector;
+    MStatus status = read_vector(tweak, vector);
+    const unsigned int index = status ? tweak.logicalIndex(&status) : 0;
+    if (status)
+        status = tweakVectors.append(vector);
+    return status ? tweakIndices.append(static_cast<int>(index)) : status;
 }
 
 /// Writes the mesh data of `source` into the mesh through its input: connects the two, evaluates
@@ -557,14 +630,17 @@ MStatus polyModifierCmd::undoDirectModifier() {
     if (!status)
         return status;
     status = guarded([&] {
-        MObject shape = duplicate.node();
-        MPlug duplicateOut = MFnDependencyNode(shape).findPlug("outMesh", true);
-        const MStatus written = duplicateOut.setValue(cachedMesh);
+        MPlug duplicateOut;
+        MStatus written = find_plug(duplicate, "outMesh", duplicateOut);
+        if (written)
+            written = duplicateOut.setValue(cachedMesh);
         return written ? evaluateFrom(duplicateOut) : written;
     });
-    MGlobal::deleteNode(transform);
+    const MStatus deleted = MGlobal::deleteNode(transform);
     const MStatus tweaked = undoTweaks();
-    return status ? tweaked : status;
+    if (status)
+        status = deleted ? tweaked : deleted;
+    return status;
 }
 
 // === Putting back ============================================================================
@@ -593,17 +669,5 @@ MStatus polyModifierCmd::undoCachedMesh() {
 }
 
 MStatus polyModifierCmd::undoTweaks() {
-    if (!hasTweaks)
-        return MS::kSuccess;
-    MObject mesh = meshPath.node();
-    MFnDependencyNode mesh_fn(mesh);
-    MPlug tweaks = mesh_fn.findPlug("pnts", true);
-    MStatus status;
-    for (unsigned int i = 0; i < tweakIndices.length(); ++i) {
-        MPlug tweak = tweakAt(tweaks, i);
-        const MStatus written = write_tweak(tweak, tweakVectors[i]);
-        if (!written)
-            status = written;
-    }
-    return status;
+    return writeMeshTweaks([&](unsigned int i) { return tweakVectors[i]; });
 }

@@ -51,27 +51,30 @@ protected:
 
 private:
     bool isMeshValid();
-    void collectNodeState();
+    MStatus collectNodeState();
     MStatus insertModifier();
     MStatus createModifierNode(MObject& modifierNode);
     MStatus connectNodes(const MObject& modifierNode);
     MStatus connectAll();
     MStatus detachUpstream(const MPlug& meshIn, MPlug& upstream);
     MStatus abandonHistory();
+    void takeBackRedo();
 
     MStatus insertDuplicate(const MObject& meshTransform, MPlug& upstream);
     MStatus doDagModifier();
     MStatus removeDuplicate();
-    MStatus restoreDuplicate();
 
     MStatus insertTweakNode(MPlug& upstream);
     MStatus moveTweaks(const MObject& tweakNode);
-    MPlug tweakAt(const MPlug& tweaks, unsigned int i) const;
-    void zeroMeshTweaks();
+    MPlug tweakAt(const MPlug& tweaks, unsigned int i, MStatus& status) const;
+    template <class Value>
+    MStatus writeMeshTweaks(const Value& value);
+    MStatus zeroMeshTweaks();
 
     MStatus cacheMeshData();
-    /// `tweakVectors` has at least as many entries as `tweakIndices`, also on failure.
     MStatus cacheMeshTweaks();
+    /// `tweakVectors` has at least as many entries as `tweakIndices`, also on failure.
+    MStatus cacheTweak(const MPlug& tweak);
     MStatus undoDirectModifier();
     MStatus undoCachedMesh();
     MStatus undoTweaks();
@@ -93,6 +96,7 @@ private:
     MDGModifier dgModifier;
     MDagModifier dagModifier;
     // Beyond the two modifiers: what has been done so far, and the removal of the hidden copy.
+    bool applied; ///< the history path's changes are in the scene
     bool dgDone;
     bool dagDone;
     bool duplicateRemoved;

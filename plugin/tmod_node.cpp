@@ -120,7 +120,11 @@ MStatus tmod_node::evaluate(const MPlug& plug, MDataBlock& block) {
         skip.setInt(1);
     }
 
-    output.set(input.asMesh());
+    status = output.set(input.asMesh());
+    if (!status) {
+        --compute_count_; // without a copy of the input the next evaluation must not skip
+        return fail(status, "ERROR setting outMesh");
+    }
     return process(plug, block, output);
 }
 

@@ -118,7 +118,9 @@ MStatus ensure_uv_set(const MString& uv_set, MObject& mesh) {
     if (!status)
         return fail_with(k_no_mesh, status);
     MStringArray names;
-    mesh_fn.getUVSetNames(names);
+    status = mesh_fn.getUVSetNames(names);
+    if (!status)
+        return status; // not knowing the sets, creating one could make a second of that name
     for (unsigned i = 0; i < names.length(); ++i)
         if (names[i] == uv_set)
             return MS::kSuccess;

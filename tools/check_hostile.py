@@ -92,7 +92,7 @@ class Box:
             assert is_result_of(output, self.mesh), "the output is not complete"
         else:
             assert output == OLD, f"the output has changed with exit code {ended.returncode}"
-        assert not [name for name in self.names() if b".tmp." in name], f"left behind: {self.names()}"
+        assert not [name for name in self.names() if b"tmp." in name], f"left behind: {self.names()}"
         return ended
 
 
@@ -121,7 +121,7 @@ def in_mount(box, size, mode, words):
 def full_disk(box):
     ended = in_mount(box, "16k", "rw", ["unwrap", "disk/m.obj"])
     assert ended.returncode == 7 and b"No space left" in ended.stderr, ended
-    assert ended.stdout == b"old" and b".tmp." not in ended.stderr.split(b"\n", 3)[-1], ended
+    assert ended.stdout == b"old" and b"tmp." not in ended.stderr.split(b"\n", 3)[-1], ended
 
 
 @case("outputs")
@@ -204,8 +204,8 @@ def planted_temporary_names(box):
     script = ["-c", 'polyCube; file -rename "s.ma"; file -save; optionVar -sv "v" "1";']
 
     def plant():  # the program keeps this process's id
-        for name in ["m_uv.obj", "s.ma", "o.mel"]:
-            os.symlink("victim", box.path(f"{name}.tmp.{os.getpid()}"))
+        for name in ["m_uv.obj.tessora-tmp", "s.ma.tmp", "o.mel.tmp"]:
+            os.symlink("victim", box.path(f"{name}.{os.getpid()}"))
     assert box.run("unwrap", "m.obj", before=plant).returncode == 0
     environment = {**os.environ, "TESSORA_PREFERENCES": os.fsdecode(box.path("o.mel"))}
     assert box.run(*script, before=plant, env=environment).returncode == 0
@@ -267,10 +267,10 @@ def file_size(box):
 # SIGKILL ---------------------------------------------------------------------------------------------
 
 def kill_during_write(box, words, watched, delay):
-    """Kills the program `delay` seconds after it began to write a temporary file for `watched`."""
+    """Kills the program `delay` seconds after it began to write the temporary file `watched`.PROCESS."""
     with subprocess.Popen([box.program, *words], cwd=box.root, stdin=subprocess.DEVNULL,
                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
-        draft = box.path(f"{watched}.tmp.{process.pid}")
+        draft = box.path(f"{watched}.{process.pid}")
         while process.poll() is None:
             try:
                 if os.stat(draft).st_size > 0:
@@ -279,9 +279,6 @@ def kill_during_write(box, words, watched, delay):
                 pass
         time.sleep(delay)
         process.kill()
-    for name in box.names():
-        if b".tmp." in name:  # nobody can remove it after SIGKILL; it must not hinder anyone
-            os.remove(box.path(name))
 
 
 @case("SIGKILL", "in place, 30 moments of the write")
@@ -289,7 +286,7 @@ def kill_in_place(box):
     mesh = dome(60)
     for i in range(30):
         box.put("m.obj", mesh)
-        kill_during_write(box, ["unwrap", "m.obj", "--in_place"], "m.obj", random.uniform(0, 0.02))
+        kill_during_write(box, ["unwrap", "m.obj", "--in_place"], "m.obj.tessora-tmp", random.uniform(0, 0.02))
         now = box.get("m.obj")
         assert now == mesh or is_result_of(now, mesh), f"kill {i}: the mesh is neither old nor new"
         if b"m.obj.bak" in box.names():
@@ -297,6 +294,8 @@ def kill_in_place(box):
             os.remove(box.path("m.obj.bak"))
         elif now != mesh:
             raise AssertionError(f"kill {i}: the mesh is new and has no backup")
+    assert box.run("unwrap", "m.obj").returncode == 0  # removes what the killed runs left
+    assert not [name for name in box.names() if b"tmp." in name], f"left behind: {box.names()}"
 
 
 @case("SIGKILL", "scene and settings, 30 moments of the write")
@@ -305,7 +304,7 @@ def kill_scene(box):
     assert box.run("-c", statements).returncode == 0
     scene = box.get("s.ma")
     for i in range(30):
-        kill_during_write(box, ["-c", statements], "s.ma", random.uniform(0, 0.05))
+        kill_during_write(box, ["-c", statements], "s.ma.tmp", random.uniform(0, 0.05))
         assert box.get("s.ma") == scene, f"kill {i}: the scene is damaged"
 
 

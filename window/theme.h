@@ -1,9 +1,7 @@
 /// The window's colours, fonts and spacing.
 #pragma once
 
-#include <cstdint>
 #include <imgui.h>
-#include <set>
 
 namespace window {
 
@@ -28,8 +26,7 @@ struct Fonts {
 };
 
 /// Loads fonts (the system's, else ImGui's own) and sets style and colours. `scale`: the screen's
-/// content scale, 1 for 96 dpi. `characters`: what the fonts must hold besides Latin letters; those
-/// that no installed font has are shown as "?".
-Fonts set_theme(float scale, const std::set<uint16_t>& characters);
+/// content scale, 1 for 96 dpi.
+Fonts set_theme(float scale);
 
 } // namespace window

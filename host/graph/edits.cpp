@@ -273,7 +273,6 @@ public:
         scene().select(before_);
         return MS::kSuccess;
     }
-    bool changes_scene() const override { return false; }
 
 private:
     Selection next_, before_;

@@ -7,6 +7,7 @@
 #include "host/graph/undo.h"
 
 #include <algorithm>
+#include <new>
 
 namespace host::graph {
 
@@ -100,19 +101,31 @@ MStatus Scene::add(Node& node, DagNode* parent) {
         return MS::kInvalidParameter; // shapes cannot be at the top level
     node.name_ = free_name(node.name_, &node, parent);
     enter(node);
-    if (dag != nullptr)
-        attach(*dag, parent, SIZE_MAX);
+    try {
+        if (dag != nullptr)
+            attach(*dag, parent, SIZE_MAX);
+    } catch (const std::bad_alloc&) {
+        leave(node);
+        throw;
+    }
     is_modified = true;
     return MS::kSuccess;
 }
 
+/// If memory runs out, the scene is unchanged.
 void Scene::enter(Node& node) {
     if (node.order_in_scene_ == 0)
         node.order_in_scene_ = ++entered_count_;
+    const auto place = entered_.emplace(node.order_in_scene_, &node).first;
+    try {
+        by_name_[node.name_].push_back(&node);
+    } catch (const std::bad_alloc&) {
+        entered_.erase(place);
+        unindex(node);
+        throw;
+    }
     node.in_scene_ = true;
-    entered_.emplace(node.order_in_scene_, &node);
     list_is_stale_ = true;
-    by_name_[node.name_].push_back(&node);
 }
 
 void Scene::leave(Node& node) {
@@ -125,6 +138,7 @@ void Scene::leave(Node& node) {
 void Scene::attach(DagNode& node, DagNode* parent, size_t index, size_t rank) {
     std::vector<DagNode*>& siblings = parent == nullptr ? top_level_ : parent->children_;
     index = std::min(index, siblings.size());
+    node.parents_.reserve(node.parents_.size() + 1); // so that nothing fails half way
     siblings.insert(siblings.begin() + static_cast<std::ptrdiff_t>(index), &node);
     if (parent == nullptr)
         return;
@@ -270,7 +284,7 @@ void Scene::clear() {
     next_number_.clear();
     make_default_nodes();
     records_history = true;
-    UndoQueue::current().mark_saved();
+    is_modified = false;
 }
 
 // === Hierarchy and connections ===============================================================
@@ -360,7 +374,7 @@ MStatus Scene::remove_instance(DagNode& node, DagNode& parent) {
 MStatus Scene::perform(std::unique_ptr<Edit> edit) {
     const MStatus status = edit->redo();
     if (status) {
-        is_modified = is_modified || edit->changes_scene();
+        is_modified = true;
         UndoQueue::current().record(std::move(edit));
     }
     return status;
@@ -370,7 +384,7 @@ MStatus Scene::perform_api_call(std::unique_ptr<Edit> edit) {
     if (!is_strict())
         return perform(std::move(edit));
     const MStatus status = edit->redo();
-    is_modified = is_modified || (status && edit->changes_scene());
+    is_modified = is_modified || status;
     return status;
 }
 

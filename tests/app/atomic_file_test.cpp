@@ -1,8 +1,11 @@
 #include "app/atomic_file.h"
 #include "tests/app/scratch.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -24,7 +27,7 @@ TEST(AtomicFile, AppearsOnlyWhenCommitted) {
     EXPECT_TRUE(file.is_open());
     ASSERT_TRUE(file.write("bytes", error)) << error;
     EXPECT_FALSE(dir.has("m.obj"));
-    EXPECT_EQ(Names{"m.obj.tmp." + std::to_string(::getpid())}, dir.names());
+    EXPECT_EQ(Names{"m.obj.tessora-tmp." + std::to_string(::getpid())}, dir.names());
     ASSERT_TRUE(file.commit(error)) << error;
     EXPECT_FALSE(file.is_open());
     EXPECT_EQ(Names{"m.obj"}, dir.names());
@@ -98,11 +101,74 @@ TEST(AtomicFile, LinkToItselfIsAnErrorThatNamesThePath) {
 TEST(AtomicFile, DoesNotWriteThroughALinkUnderTheTemporaryName) {
     Scratch dir;
     dir.put("victim", "untouched");
-    std::filesystem::create_symlink("victim", dir.path("m.obj.tmp." + std::to_string(::getpid())));
+    std::filesystem::create_symlink("victim",
+                                    dir.path("m.obj.tessora-tmp." + std::to_string(::getpid())));
     std::string error;
     ASSERT_TRUE(publish(dir.path("m.obj"), "new", error)) << error;
     EXPECT_EQ("untouched", dir.get("victim"));
     EXPECT_FALSE(std::filesystem::is_symlink(dir.path("m.obj")));
+}
+
+/// The id of a process that has ended.
+pid_t ended_process() {
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(0);
+    ::waitpid(child, nullptr, 0);
+    return child;
+}
+
+TEST(AtomicFile, RemovesWhatKilledProcessesLeftInTheFolder) {
+    Scratch dir;
+    const std::string gone = std::to_string(ended_process());
+    dir.put("m.obj.tessora-tmp." + gone, "half");
+    dir.put("other.obj.tessora-tmp." + gone + ".2", "half");
+    std::string error;
+    ASSERT_TRUE(publish(dir.path("m.obj"), "new", error)) << error;
+    EXPECT_EQ(Names{"m.obj"}, dir.names());
+}
+
+TEST(AtomicFile, KeepsFilesThatMayBelongToOthers) {
+    Scratch dir;
+    const std::string gone = std::to_string(ended_process());
+    const Names kept = {
+        "a.tessora-tmp.",
+        "a.tessora-tmp.1", // a process that runs
+        "a.tessora-tmp." + gone + "x",
+        "a.tessora-tmp." + gone + ".",
+        "a.tessora-tmp.0",
+        "a.tmp." + gone,
+        "tessora-tmp." + gone,
+    };
+    for (const std::string& name : kept)
+        dir.put(name, "theirs");
+    std::filesystem::create_directory(dir.path("d.tessora-tmp." + gone));
+    std::filesystem::create_symlink("a.tmp." + gone, dir.path("l.tessora-tmp." + gone));
+    std::string error;
+    ASSERT_TRUE(publish(dir.path("m.obj"), "new", error)) << error;
+    EXPECT_EQ(dir.names().size(), kept.size() + 3);
+}
+
+TEST(AtomicFile, KeepsALockedFileOfAnotherComputer) {
+    Scratch dir;
+    const std::string path =
+        dir.put("m.obj.tessora-tmp." + std::to_string(ended_process()), "being written");
+    const int file = ::open(path.c_str(), O_RDONLY);
+    ASSERT_EQ(0, ::flock(file, LOCK_EX));
+    std::string error;
+    ASSERT_TRUE(publish(dir.path("m.obj"), "new", error)) << error;
+    EXPECT_EQ(dir.names().size(), 2u);
+    ::close(file);
+}
+
+TEST(AtomicFile, LocksItsTemporaryFile) {
+    Scratch dir;
+    AtomicFile writer;
+    std::string error;
+    ASSERT_TRUE(writer.open(dir.path("m.obj"), error));
+    const int file = ::open(dir.path(dir.names().front()).c_str(), O_RDONLY);
+    EXPECT_EQ(-1, ::flock(file, LOCK_EX | LOCK_NB));
+    ::close(file);
 }
 
 TEST(AtomicFile, KeepRefusesToReplaceAFileThatAppearsMeanwhile) {
@@ -120,7 +186,7 @@ TEST(AtomicFile, KeepRefusesToReplaceAFileThatAppearsMeanwhile) {
 
 TEST(AtomicFile, WorksDespiteAStaleTemporaryFileOfTheSameName) {
     Scratch dir;
-    const std::string stale = "m.obj.tmp." + std::to_string(::getpid());
+    const std::string stale = "m.obj.tessora-tmp." + std::to_string(::getpid());
     dir.put(stale, "stale");
     std::string error;
     ASSERT_TRUE(publish(dir.path("m.obj"), "new", error)) << error;

@@ -223,7 +223,7 @@ protected:
         dir.put("sheet_uv.obj", "older result");
         const std::string file = dir.put("sheet.obj", dome(300));
         Process process({"unwrap", file, "--beside", "--high_quality"});
-        const std::string temporary = "sheet_uv.obj.tmp." + std::to_string(process.id());
+        const std::string temporary = "sheet_uv.obj.tessora-tmp." + std::to_string(process.id());
         for (int i = 0; i < 20000 && !dir.has(temporary); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         EXPECT_TRUE(dir.has(temporary));

@@ -1,10 +1,13 @@
 /// In a program of its own because it is not for Windows: there formatting never fails, characters
 /// that cannot be converted are dropped, and there are no POSIX threads.
 #include "corelib/error.h"
+#include "corelib/file.h"
 #include "tests/corelib/support.h"
 
+#include <csignal>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/resource.h>
 
 namespace {
 
@@ -18,6 +21,24 @@ TEST(LogDeathTest, MessageThatCannotBeFormattedIsABug) {
 void* log_on_this_stack(void* text) {
     do_log(LOG_CRITICAL, LOG_TO_STDERR, "%s", static_cast<const char*>(text));
     return nullptr;
+}
+
+TEST(FileClose, SucceedsTheSecondTimeIfTheDiskWasFullTheFirst) {
+    const TemporaryFile path;
+    file f;
+    ASSERT_TRUE(f.open(path.path(), 2));
+    ASSERT_TRUE(f.write("x", 1));
+    rlimit limit = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit none = {0, limit.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);
+    EXPECT_FALSE(f.close());
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_STREQ(f.error().c_str(), "File too large");
+    EXPECT_TRUE(f.close());
+    EXPECT_FALSE(f.is_open());
 }
 
 TEST(Log, NeedsLessThan64KilobytesOfStack) {

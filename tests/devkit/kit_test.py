@@ -7,13 +7,17 @@ The kit has this folder's declarations as its headers and, where LAYOUT (windows
 libraries, three with nothing but names in them: those that the plug-in's objects ask for. Linking with
 them proves that all that is wanted comes from the kit, from where it was looked for. Nothing of it can
 run. Libraries of macOS cannot be made here: there the build is configured, as if this system were that
-one, and no more."""
+one, and no more.
+
+The package that cpack makes of the build is unpacked and its module and package files are checked; in the
+layout of macOS those files alone."""
 
 import pathlib
 import re
 import shutil
 import subprocess
 import sys
+import xml.etree.ElementTree
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
@@ -133,6 +137,45 @@ def check_plugin():
         sys.exit(f"{plugin} does not hold the kit's version {VERSION}")
 
 
+def check_module(folder, plugin):
+    """Checks what the application reads to find the plug-in in the unpacked package `folder`."""
+    platform = {"windows": "win64", "linux": "linux", "macos": "mac"}[LAYOUT]
+    module = (folder / "tessora.mod").read_text()
+    line = re.fullmatch(r"\+ MAYAVERSION:(\d{4}) PLATFORM:(\w+) Tessora (\d+(?:\.\d+)+) (\./\S+)\n", module)
+    if not line or line.group(1, 2) != (VERSION[:4], platform):
+        sys.exit(f"tessora.mod does not fit: {module}")
+    contents = folder / line[4] if LAYOUT != "macos" else None
+    package = folder / "tessora" / "PackageContents.xml" if contents else folder / "PackageContents.xml"
+    root = xml.etree.ElementTree.parse(package).getroot()
+    system = root.find("Components/RuntimeRequirements").attrib
+    entry = root.find("Components/ComponentEntry").attrib
+    wanted = {"OS": platform, "Platform": "Maya", "SeriesMin": VERSION[:4], "SeriesMax": VERSION[:4]}
+    if system != wanted or root.tag != "ApplicationPackage" or root.attrib["AppVersion"] != line[3] \
+            or entry != {"AppName": "Tessora", "Version": line[3], "AutoLoadOnce": "True",
+                         "ModuleName": f"./Contents/plug-ins/{plugin}"}:
+        sys.exit(f"PackageContents.xml does not fit: {package.read_text()}")
+    if contents is None:
+        return
+    found = {str(path.relative_to(contents)) for path in contents.rglob("*") if path.is_file()}
+    scripts = {f"scripts/{path.name}" for path in (ROOT / "scripts").glob("*.mel")}
+    atlas = {f"plug-ins/{path.name}" for path in (BUILD / "bin").glob("*d3dx9*") if path.suffix in (".so", ".dll")}
+    if found != scripts | atlas | {f"plug-ins/{plugin}"} or (package.parent / entry["ModuleName"]).parent != \
+            contents / "plug-ins":
+        sys.exit(f"the package holds {sorted(found)}")
+    if LAYOUT == "linux" and "$ORIGIN]" not in run("readelf", "-d", contents / "plug-ins" / plugin):
+        sys.exit("the plug-in does not look for the atlas library beside itself")
+
+
+def check_package():
+    run(pathlib.Path(CMAKE).with_name("cpack"), "--config", BUILD / "CPackConfig.cmake", "-B", WORK / "packages")
+    archive, = (path for path in (WORK / "packages").iterdir() if path.is_file())
+    if not archive.name.startswith("tessora-") or f"-maya{VERSION[:4]}-" not in archive.name:
+        sys.exit(f"the package is called {archive.name}")
+    unpacked = WORK / "unpacked"
+    shutil.unpack_archive(archive, unpacked)
+    check_module(unpacked, "tessora.mll" if LAYOUT == "windows" else "tessora.so")
+
+
 def main():
     shutil.rmtree(WORK, ignore_errors=True)
     write_kit()
@@ -140,10 +183,12 @@ def main():
     if LAYOUT == "macos":
         if "tessora.bundle" not in (BUILD / "build.ninja").read_text():
             sys.exit("no tessora.bundle would be built")
+        check_module(BUILD / "studio", "tessora.bundle")
         return
     make_libraries()
     run(CMAKE, "--build", BUILD, "--target", "tessora_plugin")
     check_plugin()
+    check_package()
 
 
 if __name__ == "__main__":

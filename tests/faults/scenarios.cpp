@@ -79,7 +79,9 @@ bool World::run(const std::string& statements) {
 
 bool World::evaluate(const char* shape) {
     Node* const node = Scene::current().find(shape);
-    return node != nullptr && node->as_mesh() != nullptr && node->as_mesh()->refresh();
+    evaluation = node == nullptr || node->as_mesh() == nullptr ? MStatus(MS::kFailure)
+                                                               : node->as_mesh()->refresh();
+    return static_cast<bool>(evaluation);
 }
 
 uint64_t World::mesh(const char* shape) {

@@ -27,7 +27,8 @@ public:
     /// Evaluates the node's shape like a viewport. False if its compute fails.
     bool evaluate(const char* shape);
 
-    std::string text; ///< everything printed by scripts, the plug-in's messages included
+    MStatus evaluation; ///< of the last `evaluate`
+    std::string text;   ///< everything printed by scripts, the plug-in's messages included
 
 private:
     void print(const std::string& line) override { text += line; }

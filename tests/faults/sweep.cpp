@@ -30,10 +30,11 @@ constexpr size_t k_max_sites = 64;
 /// What a case left behind; in memory shared with the process that ran it.
 struct Outcome {
     bool finished, failed, act_ok, undo_ok, was_undone;
+    int evaluation; ///< status of the act's last evaluation
     uint64_t before, after, undone, next;
-    size_t nodes_before, nodes_undone, site_count;
+    size_t entries, nodes_before, nodes_after, nodes_undone, site_count;
     LiveSite sites[k_max_sites];
-    char text[1024];
+    char text[4096];
 };
 
 /// The call to fail; number 0: none.
@@ -45,20 +46,23 @@ struct Case {
     bool in_platform = false;
 };
 
-struct Verdict {
-    std::string rule; ///< the rule that was broken; empty if none
-    std::string text;
-};
+constexpr int k_code = MStatus::kLicenseFailure; ///< with which calls of the host fail
+
+constexpr size_t k_max_stated = 64;
 
 struct Totals {
     size_t calls = 0, stacks = 0, cases = 0, broken = 0;
+    bool stated[k_max_stated] = {}; ///< which rows of k_stated were met
 };
 
 bool g_verbose = false;
 
+bool is_host(const char* point) {
+    return point != nullptr && point[0] == 'M' && std::strstr(point, "::") != nullptr;
+}
+
 int code_for(const char* point) {
-    const bool is_host = point != nullptr && point[0] == 'M' && std::strstr(point, "::") != nullptr;
-    return is_host ? MStatus::kLicenseFailure : static_cast<int>(0x80004005u); // E_FAIL
+    return is_host(point) ? k_code : static_cast<int>(0x80004005u); // E_FAIL
 }
 
 /// Standard error of the cases, emptied before each of them.
@@ -77,23 +81,30 @@ void keep_text(Outcome& outcome, const std::string& scripts) {
     std::snprintf(outcome.text, sizeof(outcome.text), "%s", text.c_str());
 }
 
-/// Runs one case; in the child process.
-void run_case(World& world, const Scenario& scenario, const Case& one, Outcome& outcome) {
-    dup2(errors_file(), STDERR_FILENO);
+/// What precedes the act. The same in every process, so that calls have the same numbers.
+void begin(World& world, Outcome& outcome) {
     world.text.clear();
     outcome.before = world.mesh("boxShape");
     outcome.nodes_before = world.node_count();
+    outcome.entries = world.undo_count();
+}
+
+/// Runs one case; in the child process.
+void run_case(World& world, const Scenario& scenario, const Case& one, Outcome& outcome) {
+    dup2(errors_file(), STDERR_FILENO);
+    begin(world, outcome);
     if (one.number != 0)
         start_failing(one.kind, one.number, code_for(one.point));
     else
         start_tracking();
-    const size_t entries = world.undo_count();
     outcome.act_ok = scenario.act(world);
     stop();
+    outcome.evaluation = world.evaluation.statusCode();
     outcome.failed = has_failed();
     keep_text(outcome, world.text);
     outcome.after = world.mesh("boxShape");
-    outcome.was_undone = world.undo_count() > entries;
+    outcome.nodes_after = world.node_count();
+    outcome.was_undone = world.undo_count() > outcome.entries;
     outcome.undo_ok = !outcome.was_undone || world.run("undo");
     outcome.undone = world.mesh("boxShape");
     outcome.nodes_undone = world.node_count();
@@ -126,7 +137,8 @@ std::vector<Call> record_calls(World& world, const Scenario& scenario) {
     const pid_t child = fork();
     if (child == 0) {
         dup2(errors_file(), STDERR_FILENO);
-        world.mesh("boxShape");
+        Outcome ignored;
+        begin(world, ignored);
         start_recording();
         scenario.act(world);
         stop();
@@ -206,6 +218,19 @@ std::string first_message(const Outcome& outcome) {
     return "";
 }
 
+/// Whether text and status are those that belong to the call.
+std::string broken_promise(const Case& one, const std::string& function, const Outcome& outcome) {
+    const Stated* const stated = stated_for(one.point, function);
+    if (stated != nullptr && std::strstr(outcome.text, stated->text) == nullptr)
+        return std::string("does not say \"") + stated->text + "\"";
+    if (outcome.act_ok || !is_host(one.point) || std::strchr(one.point, ',') != nullptr ||
+        may_change_the_status(one.point, function))
+        return "";
+    const bool is_returned =
+        outcome.evaluation == k_code || std::strstr(outcome.text, "(kLicenseFailure)") != nullptr;
+    return is_returned ? "" : "ends in another status than the call's";
+}
+
 /// The rules that hold after any failing call.
 std::string broken_rule(const Scenario& scenario, const Case& one, int status,
                         const Outcome& outcome, const Outcome& reference) {
@@ -223,9 +248,15 @@ std::string broken_rule(const Scenario& scenario, const Case& one, int status,
     const bool is_silent = first_message(outcome).empty();
     if (is_silent && !is_declared && (!outcome.act_ok || outcome.after != reference.after))
         return outcome.act_ok ? "another result without a message" : "fails without a message";
+    const std::string promise = broken_promise(one, function, outcome);
+    if (!promise.empty())
+        return promise;
     const bool is_partial = outcome.after != outcome.before && outcome.after != reference.after;
     if (is_partial && !is_declared && scenario.is_all_or_nothing)
         return "the mesh is neither unchanged nor unwrapped";
+    if (!outcome.act_ok && !may_leave_nodes(one.point) && scenario.is_all_or_nothing &&
+        outcome.nodes_after != outcome.nodes_before && outcome.nodes_after != reference.nodes_after)
+        return "nodes are left behind";
     if (!outcome.undo_ok)
         return "undo fails";
     // Where undo leaves a difference after an ordinary run too, that is reported once.
@@ -284,6 +315,8 @@ Totals sweep(const Scenario& scenario, bool brief) {
         const int status = fork_case(world, scenario, one, outcome);
         const std::string rule = broken_rule(scenario, one, status, outcome, reference);
         totals.cases += 1;
+        if (const Stated* stated = stated_for(one.point, function_at(one.caller, one.in_platform)))
+            totals.stated[stated - k_stated] = true;
         totals.broken += rule.empty() ? 0 : 1;
         if (g_verbose || !rule.empty())
             lines[describe(one, rule, outcome)] += 1;
@@ -326,6 +359,7 @@ int main(int argc, char** argv) {
             return std::fprintf(stderr, "fault_sweep: unknown word %s\n", argv[i]), 2;
     }
     bool all_good = true;
+    bool stated[k_max_stated] = {};
     std::vector<std::string> rows;
     for (const Scenario& scenario : faults::scenarios()) {
         if (!only.empty() && only != scenario.name)
@@ -340,7 +374,14 @@ int main(int argc, char** argv) {
                       time.count());
         rows.push_back(row);
         all_good = all_good && totals.broken == 0;
+        for (size_t i = 0; i < k_stated_count; ++i)
+            stated[i] = stated[i] || totals.stated[i];
     }
+    for (size_t i = 0; i < k_stated_count && only.empty(); ++i)
+        if (!stated[i]) { // a function was renamed or inlined, so its text is not checked any more
+            std::printf("never made: %s in %s\n", k_stated[i].point, k_stated[i].caller);
+            all_good = false;
+        }
     std::printf("\n| scenario | calls | distinct stacks | failed | survived | time |\n"
                 "|---|---|---|---|---|---|\n");
     for (const std::string& row : rows)

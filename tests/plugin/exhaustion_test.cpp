@@ -114,7 +114,8 @@ protected:
         return failures;
     }
 
-    enum Outcome { k_failed, k_done, k_escaped, k_window_held, k_wrong, k_crashed };
+    // Not from 0: a sanitizer ends the process with 1.
+    enum Outcome { k_failed = 10, k_done, k_escaped, k_window_held, k_wrong, k_crashed };
 
     template <class Attempt>
     int outcome_of(Attempt attempt, unsigned nth) {

@@ -194,6 +194,15 @@ TEST_F(ApplyUvsFails, FailureInsideTheSetCheckWritesBothLines) {
                  "Unwrapping aborted because UV Set does not exist.\n");
 }
 
+TEST_F(ApplyUvsFails, IfTheUvSetsCannotBeListedTheMeshIsUntouched) {
+    start_torn_quad();
+    const UvLayout before = layout_of(mesh_, "map1");
+    expect_lines("MFnMesh::getUVSetNames", 1,
+                 "Unwrapping aborted because UV Set does not exist.\n");
+    EXPECT_EQ(uv_sets_of(mesh_), (std::vector<std::string>{"map1"}));
+    EXPECT_TRUE(same_uvs(layout_of(mesh_, "map1"), before));
+}
+
 TEST_F(ApplyUvsFails, WithoutTheUvSetTheMeshIsUntouched) {
     settings_.uv_set = "lightmap";
     start_torn_quad();

@@ -85,6 +85,17 @@ INSTANTIATE_TEST_SUITE_P(
                       Refusal{k_history, true, "MDGModifier::connect", 1},
                       Refusal{k_history, true, "MDGModifier::connect", 3},
                       Refusal{k_history, true, "MDGModifier::doIt", 1},
+                      Refusal{k_history, true, "MPlug::numElements", 1},
+                      Refusal{k_history, true, "MPlug::numElements", 2},
+                      Refusal{k_history, true, "MPlug::elementByPhysicalIndex", 2},
+                      Refusal{k_history, true, "MFnNumericData::getData", 2},
+                      Refusal{k_history, true, "MPlug::logicalIndex", 2},
+                      Refusal{k_history, true, "MPlug::child", 1},
+                      Refusal{k_history, true, "MPlug::isConnected", 2},
+                      Refusal{k_history, true, "MFnNumericData::create", 1},
+                      Refusal{k_history, true, "MFnNumericData::setData", 4},
+                      Refusal{k_recorded, true, "MPlug::numElements", 2},
+                      Refusal{k_recorded, true, "MPlug::logicalIndex", 1},
                       Refusal{k_recorded, false, "MFnDagNode::duplicate", 1},
                       Refusal{k_recorded, false, "MFnDagNode::getPath", 1},
                       Refusal{k_recorded, false, "MDagModifier::reparentNode", 1},
@@ -97,7 +108,48 @@ INSTANTIATE_TEST_SUITE_P(
                       Refusal{k_recorded, true, "MDGModifier::doIt", 3},
                       Refusal{k_recorded, true, "MDGModifier::connect", 2},
                       Refusal{k_direct, false, "MItMeshPolygon::MItMeshPolygon", 1},
-                      Refusal{k_direct, true, "MItMeshPolygon::MItMeshPolygon", 1}),
+                      Refusal{k_direct, true, "MItMeshPolygon::MItMeshPolygon", 1},
+                      Refusal{k_direct, false, "MFnDagNode::duplicate", 1},
+                      Refusal{k_direct, true, "MPlug::setValue", 1},
+                      Refusal{k_direct, true, "MPlug::getValue", 2},
+                      Refusal{k_direct, true, "MPlug::logicalIndex", 2}),
     name_of);
+
+/// Redo stops half way at a point of the graph's modifiers.
+class RedoRefusalTest : public InHostTest, public ::testing::WithParamInterface<Refusal> {};
+
+TEST_P(RedoRefusalTest, CanBeUndoneAndTriedAgain) {
+    const Refusal& refusal = GetParam();
+    run(refusal.history == k_history ? "polyCube -n box" : "polyCube -ch 0 -n box");
+    if (refusal.tweaked)
+        run("setAttr boxShape.pnts[2] 0.25 -0.5 0");
+    run("select -r box");
+    const std::string before = shown("boxShape");
+    const std::vector<std::string> nodes = names_of_nodes();
+    ASSERT_TRUE(run("tessora")) << last_error;
+    const std::string unwrapped = shown("boxShape");
+    ASSERT_TRUE(run("undo")) << last_error;
+    {
+        faultpoint::Scope scope(refusal.point, MS::kLicenseFailure, refusal.nth);
+        EXPECT_FALSE(run("redo"));
+        EXPECT_GE(faultpoint::passes(refusal.point), refusal.nth);
+    }
+    EXPECT_EQ(shown("boxShape"), before);
+    EXPECT_EQ(names_of_nodes(), nodes);
+    EXPECT_TRUE(run("undo")) << last_error;
+    EXPECT_EQ(shown("boxShape"), before);
+    EXPECT_EQ(names_of_nodes(), nodes);
+    EXPECT_TRUE(run("redo")) << last_error;
+    EXPECT_EQ(shown("boxShape"), unwrapped);
+}
+
+INSTANTIATE_TEST_SUITE_P(Points, RedoRefusalTest,
+                         ::testing::Values(Refusal{k_history, true, "MDGModifier::doIt", 1},
+                                           Refusal{k_history, true, "MPlug::setValue", 1},
+                                           Refusal{k_recorded, true, "MDGModifier::undoIt", 1},
+                                           Refusal{k_recorded, false, "MDGModifier::doIt", 1},
+                                           Refusal{k_recorded, true, "MDGModifier::doIt", 2},
+                                           Refusal{k_recorded, true, "MPlug::setValue", 1}),
+                         name_of);
 
 } // namespace plugin_in_host

@@ -424,6 +424,7 @@ INSTANTIATE_TEST_SUITE_P(
         ReadFault{"MDataBlock::inputValue", 2, "ERROR getting inMesh"},
         ReadFault{"MDataBlock::outputValue", 1, "ERROR getting outMesh"},
         ReadFault{"MDataBlock::inputValue", 3, "Retrieving settings failed (skip_compute)"},
+        ReadFault{"MDataHandle::set", 1, "ERROR setting outMesh"},
         ReadFault{"MDataBlock::outputValue", 2, "ERROR getting state"},
         ReadFault{"MDataBlock::inputValue", 4, "Retrieving settings failed (uv_set)"},
         ReadFault{"MDataBlock::inputValue", 5, "Retrieving settings failed (charts)"},
@@ -440,6 +441,17 @@ INSTANTIATE_TEST_SUITE_P(
         ReadFault{"MDataBlock::inputValue", 16, "Retrieving settings failed (adjacency_method)"},
         ReadFault{"MDataBlock::inputValue", 17, "Retrieving settings failed (epsilon)"},
         ReadFault{"MDataBlock::inputValue", 18, "Retrieving settings failed (str_mesh_path)"}));
+
+TEST_F(PluginNodeTest, IfTheInputCannotBeCopiedTheNextEvaluationUnwraps) {
+    Node& node = unwrapped();
+    {
+        faultpoint::Scope scope("MDataHandle::set", MS::kLicenseFailure);
+        errors_of([&] { EXPECT_EQ(pull_mesh(node), MS::kLicenseFailure); });
+    }
+    EXPECT_EQ(unwraps(), 0u);
+    EXPECT_EQ(pull_mesh(node), MS::kSuccess);
+    EXPECT_EQ(unwraps(), 1u);
+}
 
 TEST_F(PluginNodeTest, AFailingPreRemovalRegistrationIsAWarning) {
     Node& node = unwrapped();

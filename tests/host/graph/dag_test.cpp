@@ -1,6 +1,7 @@
 // Hierarchy, names, paths, selection, copies.
 #include "host/graph/callbacks.h"
 #include "tests/host/graph/fixture.h"
+#include "tests/platform/d3dx9/failing_new.h"
 
 #include <maya/MFnDagNode.h>
 #include <maya/MItSelectionList.h>
@@ -9,6 +10,7 @@
 #include <maya/MStringArray.h>
 
 #include <cmath>
+#include <new>
 
 namespace host::graph::testing {
 
@@ -338,6 +340,35 @@ TEST(Primitives, EveryCornerHasAUvInTheUnitSquare) {
             EXPECT_TRUE(set.u[size_t(uv)] >= 0 && set.u[size_t(uv)] <= 1);
             EXPECT_TRUE(set.v[size_t(uv)] >= 0 && set.v[size_t(uv)] <= 1);
         }
+    }
+}
+
+TEST_F(DagTest, IfMemoryRunsOutANodeIsInTheSceneOrNotAtAll) {
+    DagNode& parent = add_dag("transform", "parent");
+    const size_t before = scene.nodes().size();
+    for (unsigned nth = 1;; ++nth) {
+        const Ref<Node> node = scene.make_node(scene.find_type("transform"), "child");
+        bool added = false;
+        bool failed = false;
+        {
+            const FailingNew failing(nth);
+            try {
+                added = static_cast<bool>(scene.add(*node, &parent));
+            } catch (const std::bad_alloc&) {
+            }
+            failed = FailingNew::happened();
+        }
+        EXPECT_EQ(added, !failed) << nth;
+        EXPECT_EQ(scene.nodes().size(), before + (added ? 1 : 0)) << nth;
+        EXPECT_EQ(scene.find("child") != nullptr, added) << nth;
+        EXPECT_EQ(parent.children().size(), added ? 1u : 0u) << nth;
+        EXPECT_EQ(node->as_dag_node()->parents().size(), added ? 1u : 0u) << nth;
+        if (added) {
+            EXPECT_GT(nth, 3u);
+            return;
+        }
+        EXPECT_EQ(scene.add(*node, &parent), MS::kSuccess) << nth;
+        scene.remove(*node);
     }
 }
 

@@ -163,6 +163,20 @@ TEST_F(UvAtlas, ReturnsTheEnginesResult) {
     }
 }
 
+TEST_F(UvAtlas, OnlyTheFirstOfSeveralPositionsCounts) {
+    const D3DVERTEXELEMENT9 declaration[] = {
+        {0, 0, D3DDECLTYPE_FLOAT3, 0, D3DDECLUSAGE_POSITION, 0},
+        {0, 12, D3DDECLTYPE_FLOAT2, 0, D3DDECLUSAGE_TEXCOORD, 0},
+        {0, 20, D3DDECLTYPE_FLOAT3, 0, D3DDECLUSAGE_POSITION, 1},
+        D3DDECL_END()};
+    const Held<ID3DXMesh> mesh =
+        make_mesh({0, 1, 2}, 3, D3DXMESH_32BIT | D3DXMESH_SYSTEMMEM, declaration);
+    mesh_ = mesh.get();
+    ASSERT_EQ(create(), D3D_OK);
+    expected_live_ += 4; // the new mesh holds this mesh's device
+    EXPECT_EQ(state().positions, (std::vector<float>{0, 0, 0, 1, 2, 3, 2, 4, 6}));
+}
+
 TEST_F(UvAtlas, NewMeshKeepsOtherVertexElementsAndTheDevice) {
     const D3DVERTEXELEMENT9 declaration[] = {
         {0, 0, D3DDECLTYPE_FLOAT3, 0, D3DDECLUSAGE_POSITION, 0},
