@@ -1,6 +1,7 @@
 /// The program's subcommands. Each has its own source file; main.cpp holds the table of them.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,10 @@ struct Command {
     int (*run)(const Words& words);
 };
 
-/// Prints "tessora: SENTENCE" and a line end to standard error.
+/// Prints "tessora: SENTENCE" and a line end to standard error, or passes it to the listener.
 void say(const std::string& sentence);
+/// Sets who receives the sentences instead of standard error; empty for nobody.
+void set_talk_listener(std::function<void(const std::string& sentence)> listener);
 
 /// The product's version, as the plug-in registers it with the host.
 const char* version();

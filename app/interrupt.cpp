@@ -15,6 +15,9 @@ constexpr size_t k_path_size = 4096;
 char g_paths[k_slots][k_path_size];
 volatile std::sig_atomic_t g_line_open = 0;
 volatile std::sig_atomic_t g_published = 0;
+volatile std::sig_atomic_t g_silent = 0;
+volatile std::sig_atomic_t g_defer = 0;
+volatile std::sig_atomic_t g_deferred = 0;
 
 } // namespace
 
@@ -46,7 +49,19 @@ void remove_unfinished_files() {
 void set_terminal_line_open(bool open) { g_line_open = open ? 1 : 0; }
 bool terminal_line_open() { return g_line_open != 0; }
 
-void set_results_published() { g_published = 1; }
+void set_results_published(bool published) { g_published = published ? 1 : 0; }
 bool results_published() { return g_published != 0; }
+
+void end_silently() { g_silent = 1; }
+bool ends_silently() { return g_silent != 0; }
+
+void defer_signals() { g_defer = 1; }
+int deferred_signal() { return g_deferred; }
+
+bool note_deferred_signal(int signal) {
+    if (g_defer && !g_deferred)
+        g_deferred = signal;
+    return g_defer != 0;
+}
 
 } // namespace app

@@ -25,10 +25,22 @@ void remove_unfinished_files();
 void set_terminal_line_open(bool open);
 bool terminal_line_open();
 
-/// Call when every result is in place: from now on a signal ends the process with exit code 0, not
-/// with one that says that nothing was written.
-void set_results_published();
+/// Call with true when every result is in place: from then on a signal ends the process with exit
+/// code 0, not with one that says that nothing was written.
+void set_results_published(bool published);
 bool results_published();
+
+/// From now on a signal ends the process without a message, because a parent process tells.
+void end_silently();
+bool ends_silently();
+
+/// From now on an interrupt, a termination or a hang-up is only noted, and the caller, which has to
+/// ask for it, ends the process in an orderly way.
+void defer_signals();
+/// The signal that came first since defer_signals(), or 0.
+int deferred_signal();
+/// For the handlers: notes the signal and returns true if signals are deferred.
+bool note_deferred_signal(int signal);
 
 /// Blocks signals while it lives, so that the code in its scope is not interrupted half-way.
 class SignalsHeld {

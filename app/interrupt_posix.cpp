@@ -18,6 +18,8 @@ void write_error(const char* text) {
 }
 
 void end_process(int signal) {
+    if (signal != SIGABRT && note_deferred_signal(signal))
+        return;
     remove_unfinished_files();
     if (terminal_line_open())
         write_error("\r\033[K");
@@ -28,7 +30,8 @@ void end_process(int signal) {
     }
     if (results_published())
         ::_exit(exit_done);
-    write_error("tessora: interrupted; unfinished files are removed\n");
+    if (!ends_silently())
+        write_error("tessora: interrupted; unfinished files are removed\n");
     ::_exit(exit_signal + signal);
 }
 

@@ -38,11 +38,14 @@ void write_error(const char* text) {
 
 /// Ends the process with the exit codes of POSIX: 128 + 2 for SIGINT, 128 + 15 for SIGTERM.
 BOOL WINAPI on_console_event(DWORD event) {
+    const int signal = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? 2 : 15;
+    if (note_deferred_signal(signal))
+        return TRUE;
     EnterCriticalSection(&held());
     if (results_published())
         end_process("", exit_done);
-    end_process("tessora: interrupted; unfinished files are removed\n",
-                exit_signal + (event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? 2 : 15));
+    end_process(ends_silently() ? "" : "tessora: interrupted; unfinished files are removed\n",
+                exit_signal + signal);
 }
 
 void on_abort(int) {

@@ -8,6 +8,7 @@
 #include "app/system.h"
 #include "app/unwrap_command.h"
 #include "app/view_command.h"
+#include "app/worker_command.h"
 
 #include <cstdio>
 #include <new>
@@ -84,6 +85,8 @@ int run(const app::Words& words) {
     }
     if (name == "-c")
         return app::text_command({words.begin() + 1, words.end()});
+    if (name == "worker")
+        return app::worker_command({});
     const app::Command* command = find_command(name);
     if (command && words.size() == 2 && words[1] == "--version")
         return run({"--version"});

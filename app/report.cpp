@@ -1,6 +1,7 @@
 #include "app/report.h"
 
 #include "app/command.h"
+#include "app/request_json.h"
 
 #include <cmath>
 #include <nlohmann/json.hpp>
@@ -11,23 +12,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 double rounded(double value, double unit) { return std::round(value * unit) / unit; }
-
-Json settings_json(const UnwrapSettingsRequest& s) {
-    return {{"mapchannel", s.mapchannel},
-            {"charts", s.charts},
-            {"stretch", s.stretch},
-            {"padding", s.padding},
-            {"width", s.width},
-            {"height", s.height},
-            {"high_quality", s.high_quality},
-            {"keep_seams", s.keep_seams},
-            {"use_grooves", s.use_grooves},
-            {"groove_angle", s.groove_angle},
-            {"use_ridges", s.use_ridges},
-            {"ridge_angle", s.ridge_angle},
-            {"adjacency_method", s.adjacency_method},
-            {"epsilon", s.epsilon}};
-}
 
 Json seconds_json(const StageSeconds& s) {
     Json out = Json::object();
@@ -66,6 +50,10 @@ std::string to_json(const UnwrapReport& report) {
         if (!report.view.empty())
             out["view"] = report.view;
     }
+    if (!report.input_hash.empty())
+        out["hashes"]["input"] = report.input_hash;
+    if (report.code == 0 && !report.output_hash.empty())
+        out["hashes"]["output"] = report.output_hash;
     if (report.mesh) {
         out["polygons"] = report.mesh->polygons;
         out["triangles"] = report.mesh->triangles;
@@ -80,7 +68,7 @@ std::string to_json(const UnwrapReport& report) {
     }
     if (!report.measures.empty())
         out["measures"] = Json::parse(report.measures);
-    out["settings"] = settings_json(report.settings);
+    out["settings"] = settings_to_json(report.settings);
     out["seconds"] = seconds_json(report.seconds);
     out["peak_mb"] = rounded(report.peak_mb, 10.0);
     out["warnings"] = report.warnings;

@@ -36,7 +36,8 @@ struct StageSeconds {
 
 struct UnwrapReport {
     std::string input, output, layout, view;
-    int code = 0; ///< the program's exit code
+    std::string input_hash, output_hash; ///< fingerprints of the mesh files; empty if not reached
+    int code = 0;                        ///< the program's exit code
     std::string reason;
     std::vector<std::string> warnings;
     std::optional<MeshCounts> mesh;

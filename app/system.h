@@ -20,6 +20,9 @@ void prepare_process();
 /// Directory of the running program, without a trailing slash; "." if unknown.
 std::string program_directory();
 
+/// The running program's file; "" if unknown.
+std::string program_file();
+
 /// Peak resident memory of the process so far, in MiB.
 double peak_memory_mb();
 

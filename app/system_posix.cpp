@@ -22,10 +22,14 @@ void prepare_process() {
             ::_exit(exit_unexpected);
 }
 
-std::string program_directory() {
+std::string program_file() {
     std::error_code failure;
-    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", failure);
-    return failure ? std::string(".") : self.parent_path().string();
+    return std::filesystem::read_symlink("/proc/self/exe", failure).string();
+}
+
+std::string program_directory() {
+    const std::string file = program_file();
+    return file.empty() ? "." : std::filesystem::path(file).parent_path().string();
 }
 
 double peak_memory_mb() {

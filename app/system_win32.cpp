@@ -64,12 +64,15 @@ void prepare_process() {
     SetUnhandledExceptionFilter(end_process);
 }
 
-std::string program_directory() {
+std::string program_file() {
     wchar_t self[32768];
     const DWORD length = GetModuleFileNameW(nullptr, self, 32768);
-    if (length == 0 || length == 32768)
-        return ".";
-    return std::filesystem::path(self).parent_path().string();
+    return length == 0 || length == 32768 ? "" : std::filesystem::path(self).string();
+}
+
+std::string program_directory() {
+    const std::string file = program_file();
+    return file.empty() ? "." : std::filesystem::path(file).parent_path().string();
 }
 
 double peak_memory_mb() {

@@ -43,20 +43,6 @@ void clamp(T& value, T low, T high) {
         value = high;
 }
 
-/// The settings clamped as the plug-in clamps them.
-UnwrapSettingsRequest in_range(UnwrapSettingsRequest request) {
-    clamp(request.charts, 0, 64);
-    clamp(request.stretch, 0.0, 1.0);
-    clamp(request.padding, 0, 32);
-    clamp(request.width, 8, 8192);
-    clamp(request.height, 8, 8192);
-    clamp(request.groove_angle, 0.0, 180.0);
-    clamp(request.ridge_angle, 0.0, 180.0);
-    clamp(request.adjacency_method, 0, 1);
-    clamp(request.epsilon, 0.001, 1000.0);
-    return request;
-}
-
 /// The script statement that runs the plug-in's command. %.17g keeps doubles exact.
 std::string command_text(const UnwrapSettingsRequest& request) {
     const auto real = [](double value) {
@@ -248,6 +234,19 @@ void warn_of(const host::ObjDocument& document, const ImportedMesh& mesh,
 }
 
 } // namespace
+
+UnwrapSettingsRequest in_range(UnwrapSettingsRequest request) {
+    clamp(request.charts, 0, 64);
+    clamp(request.stretch, 0.0, 1.0);
+    clamp(request.padding, 0, 32);
+    clamp(request.width, 8, 8192);
+    clamp(request.height, 8, 8192);
+    clamp(request.groove_angle, 0.0, 180.0);
+    clamp(request.ridge_angle, 0.0, 180.0);
+    clamp(request.adjacency_method, 0, 1);
+    clamp(request.epsilon, 0.001, 1000.0);
+    return request;
+}
 
 UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettingsRequest& request,
                          const UnwrapWarning& warn, const UnwrapVisitor& visit,

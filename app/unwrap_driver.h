@@ -22,6 +22,9 @@ struct UnwrapOutcome {
     UnwrapSettingsRequest settings; ///< as used, clamped to their ranges
 };
 
+/// The settings clamped as the plug-in clamps them.
+UnwrapSettingsRequest in_range(UnwrapSettingsRequest request);
+
 /// Receives warnings that the user should see before the work begins.
 using UnwrapWarning = std::function<void(const std::string& sentence)>;
 

@@ -1,20 +1,27 @@
 #include "app/unwrap_options.h"
 
 #include "app/atomic_file.h"
+#include "app/glob.h"
 #include "app/layout_picture.h"
 #include "app/options.h"
+#include "app/presets.h"
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
+#include <filesystem>
 #include <iterator>
 
 namespace app {
 namespace {
 
 constexpr const char* k_usage = R"(usage: tessora unwrap INPUT [-o OUTPUT] [options]
+       tessora unwrap INPUT... [--out_dir DIR] [options]
 
 Gives the mesh in INPUT (Wavefront OBJ) new texture coordinates and writes it to
 OUTPUT. Only texture coordinates change: every other byte of the file stays.
+INPUT can be several files, folders and patterns: then each mesh gets a result
+and a report of its own (docs/batch.md).
 
 examples:
   tessora unwrap bunny.obj
@@ -29,6 +36,10 @@ examples:
       a picture of the mesh with its seams
   tessora unwrap scan.obj --stretch 0.05 --high_quality
       less distortion, more charts, more time
+  tessora unwrap meshes/ --out_dir out --jobs 4 --skip_existing
+      all meshes below a folder, in the same folders below out; only what is new
+  tessora unwrap "scans/**/*.obj" --preset lightmap --time_limit 60 --json_lines
+      settings by name; a line of JSON a mesh; none takes over a minute
 )";
 
 constexpr const char* k_notes = R"(
@@ -37,10 +48,13 @@ its value only if it is on, off, yes, no, true, false, 1 or 0. Values out of
 range count as the nearest end of the range, with a warning. "--" ends the
 options; "-" stands for standard input or output.
 
+presets: PRESETS
+
 exit codes: 0 done, 2 usage, 3 input missing or no mesh, 4 mesh too large or
 memory ran out, 5 not possible as asked, 6 the result failed its verification,
 7 output cannot be written, 70 internal error, 130 and 143 interrupted. Unless
-the code is 0, OUTPUT is as it was.
+the code is 0, OUTPUT is as it was. With several meshes 1 says that at least one
+failed; the code of each is in its report.
 )";
 
 void add_setting_options(OptionTable& table, UnwrapSettingsRequest& s) {
@@ -69,6 +83,28 @@ void add_setting_options(OptionTable& table, UnwrapSettingsRequest& s) {
     table.add("epsilon", &s.epsilon, "LENGTH", "0.001 to 1000; no vertices are welded");
 }
 
+void add_batch_options(OptionTable& table, BatchRequest& batch) {
+    table.heading("several meshes:");
+    table.add("out_dir", &batch.out_dir, "DIR",
+              "folder of the results, with the folders of the inputs in it");
+    table.add("suffix", &batch.suffix, "TEXT",
+              "added to the name of each result (_uv; nothing with --out_dir)");
+    table.add("list", &batch.list, "FILE", "more inputs, a file name a line; - for standard input");
+    table.add("jobs", &batch.jobs, "N", "meshes at a time, a process each; 0: one a processor");
+    table.add("skip_existing", &batch.skip_existing, "",
+              "leave out a mesh whose result is there, made by this version from this input with "
+              "these settings");
+    table.add("keep_going", &batch.keep_going, "", "go on when a mesh fails, as usual");
+    table.add("fail_fast", &batch.fail_fast, "", "end the batch when a mesh fails");
+    table.add("time_limit", &batch.time_limit, "SECONDS",
+              "give up a mesh after this time; 0: never");
+    table.add("shard", &batch.shard, "K/N",
+              "only every N-th mesh, from the K-th, K from 0: N such calls do them all");
+    table.add("dry_run", &batch.dry_run, "", "list what would be done, and do nothing");
+    table.add("json_lines", &batch.json_lines, "",
+              "print a JSON object a mesh as it is done, and one at the end");
+}
+
 OptionTable make_table(UnwrapRequest& request) {
     OptionTable table;
     table.heading("files:");
@@ -92,8 +128,12 @@ OptionTable make_table(UnwrapRequest& request) {
               "width of that picture, 64 to 8192; it is three quarters as high");
     table.add("beside", &request.beside, "",
               "write report and picture beside OUTPUT, as its name with .json and .png");
+    table.add("preset", &request.preset, "NAME",
+              "start from these settings: a name from the list below, or a JSON file of settings "
+              "(a report will do); other options go on from there");
     table.add("quiet", &request.quiet, "", "say nothing unless something fails");
     table.add("help", &request.help, "", "show this text");
+    add_batch_options(table, request.batch);
     add_setting_options(table, request.settings);
     return table;
 }
@@ -103,6 +143,13 @@ std::string extension_of(const std::string& path) {
     const size_t slash = path.rfind('/'), begin = slash == path.npos ? 0 : slash + 1;
     const size_t dot = path.rfind('.');
     return dot == path.npos || dot <= begin ? "" : path.substr(dot);
+}
+
+std::string lower_extension_of(const std::string& path) {
+    std::string extension = extension_of(path);
+    for (char& c : extension)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return extension;
 }
 
 std::string with_extension(const std::string& path, const char* extension) {
@@ -191,9 +238,7 @@ bool settle_output(UnwrapRequest& r, std::string& error) {
 } // namespace
 
 bool is_other_format(const std::string& path) {
-    std::string extension = extension_of(path);
-    for (char& c : extension)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const std::string extension = lower_extension_of(path);
     for (const char* other : {".fbx", ".gltf", ".glb", ".ply", ".stl", ".usd", ".usda", ".usdc",
                               ".usdz", ".dae", ".abc", ".3ds", ".blend", ".ma", ".mb", ".off"})
         if (extension == other)
@@ -208,27 +253,94 @@ std::string default_output(const std::string& input) {
     return input.substr(0, input.size() - extension.size()) + "_uv" + extension;
 }
 
+bool is_mesh_file(const std::string& path) { return lower_extension_of(path) == ".obj"; }
+
 std::string unwrap_help() {
     UnwrapRequest defaults;
-    return std::string(k_usage) + "\n" + make_table(defaults).help() + k_notes;
+    std::string notes = k_notes, list;
+    for (const Preset& preset : presets())
+        list += std::string("\n  ") + preset.name + ": " + preset.summary;
+    notes.replace(notes.find("PRESETS"), 7, list);
+    return std::string(k_usage) + "\n" + make_table(defaults).help() + notes;
 }
+
+namespace {
+
+/// Reads "K/N".
+bool parse_shard(BatchRequest& batch, std::string& error) {
+    if (batch.shard.empty())
+        return true;
+    char end = 0;
+    if (std::sscanf(batch.shard.c_str(), "%9d/%9d%c", &batch.shard_index, &batch.shard_count,
+                    &end) == 2 &&
+        batch.shard_count > 0 && batch.shard_index >= 0 && batch.shard_index < batch.shard_count)
+        return true;
+    error = "--shard: '" + batch.shard + "' is not K/N with K from 0 to N-1";
+    return false;
+}
+
+/// Checks what several meshes need, and refuses what is about one.
+bool check_batch(UnwrapRequest& r, std::string& error) {
+    BatchRequest& batch = r.batch;
+    if (!r.output.empty())
+        error = "-o names one output; several meshes need --out_dir or --suffix";
+    else if (!r.report.empty() || !r.layout.empty())
+        error = std::string(r.report.empty() ? "--layout" : "--report") +
+                " names one file; with several meshes reports are written beside the results, and "
+                "--beside writes pictures";
+    else if (!r.view.empty())
+        error = "--view is for one mesh at a time";
+    else if (r.in_place && (!batch.out_dir.empty() || !batch.suffix.empty()))
+        error = "--in_place excludes --out_dir and --suffix";
+    else if (batch.suffix.find_first_of("/\\") != batch.suffix.npos)
+        error = "--suffix must not contain a slash";
+    else if (batch.jobs < 0 || batch.jobs > 1024)
+        error = "--jobs is 0 to 1024";
+    else if (!(batch.time_limit >= 0.0))
+        error = "--time_limit must not be negative";
+    else if (std::count(batch.operands.begin(), batch.operands.end(), "-"))
+        error = "standard input is one mesh; several come from files";
+    batch.fail_fast |= !batch.keep_going;
+    return error.empty() && parse_shard(batch, error);
+}
+
+/// The preset counts before all other settings, wherever it stands.
+bool parse_words(const std::vector<std::string>& words, UnwrapRequest& request,
+                 std::vector<std::string>& operands, std::string& error) {
+    UnwrapRequest first;
+    std::vector<std::string> ignored;
+    if (!make_table(first).parse(words, ignored, error))
+        return false;
+    if (!first.preset.empty() && !apply_preset(first.preset, request.settings, error))
+        return false;
+    return make_table(request).parse(words, operands, error);
+}
+
+bool asks_for_batch(const UnwrapRequest& r, const std::vector<std::string>& operands) {
+    const BatchRequest& b = r.batch;
+    std::error_code failure;
+    return operands.size() > 1 || !b.list.empty() || !b.out_dir.empty() || !b.suffix.empty() ||
+           b.jobs != 0 || b.skip_existing || b.dry_run || b.json_lines || b.fail_fast ||
+           !b.keep_going || b.time_limit != 0.0 || !b.shard.empty() ||
+           (operands.size() == 1 && (std::filesystem::is_directory(operands[0], failure) ||
+                                     (is_glob(operands[0]) && !file_exists(operands[0]))));
+}
+
+} // namespace
 
 bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& request,
                           std::string& error) {
     std::vector<std::string> operands;
-    if (!make_table(request).parse(words, operands, error))
+    if (!parse_words(words, request, operands, error))
         return false;
     if (request.help)
         return true;
-    if (operands.empty() || operands[0].empty()) {
+    request.batch.is_wanted = asks_for_batch(request, operands);
+    if ((operands.empty() && request.batch.list.empty()) ||
+        std::count(operands.begin(), operands.end(), "")) {
         error = "which mesh? unwrap needs an INPUT file";
         return false;
     }
-    if (operands.size() > 1) {
-        error = "one INPUT at a time, and '" + operands[1] + "' is a second; -o names the output";
-        return false;
-    }
-    request.input = operands[0];
     PictureKind kind;
     if (!picture_kind(request.picture, kind)) {
         error = "--picture: '" + request.picture + "' is not layout, checker or stretch";
@@ -242,6 +354,11 @@ bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& 
     check_ranges(request.settings, request.warnings);
     check_range("view_width", request.view_picture.width, 64, 8192, request.warnings);
     request.view_picture.width = std::max(64, std::min(request.view_picture.width, 8192));
+    if (request.batch.is_wanted) {
+        request.batch.operands = operands;
+        return check_batch(request, error);
+    }
+    request.input = operands[0];
     return settle_output(request, error);
 }
 

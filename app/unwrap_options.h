@@ -28,8 +28,28 @@ struct UnwrapSettingsRequest {
     double epsilon = 0.001;
 };
 
+/// What concerns several meshes at once.
+struct BatchRequest {
+    std::vector<std::string> operands; ///< files, folders and patterns
+    std::string list;                  ///< file of file names; "-" is standard input; empty if none
+    std::string out_dir;               ///< empty: each result beside its input
+    std::string suffix;                ///< empty: "_uv", or nothing with out_dir
+    int jobs = 0;                      ///< processes; 0 for one a processor
+    bool skip_existing = false;
+    bool dry_run = false;
+    bool json_lines = false;
+    bool keep_going = true;
+    bool fail_fast = false;
+    double time_limit = 0.0; ///< seconds a mesh; 0 for none
+    std::string shard;       ///< "K/N", or empty
+    int shard_index = 0, shard_count = 1;
+    bool is_wanted = false; ///< there are several meshes, or an option asks for a batch
+};
+
 struct UnwrapRequest {
     UnwrapSettingsRequest settings;
+    BatchRequest batch;
+    std::string preset; ///< a name or a file; empty if none
     std::string input;  ///< "-" is standard input
     std::string output; ///< "-" is standard output
     std::string report; ///< empty if not requested
@@ -40,7 +60,8 @@ struct UnwrapRequest {
     bool in_place = false;
     bool beside = false; ///< name report and layout after the output unless given
     bool quiet = false;
-    bool help = false; ///< print the help text and stop
+    bool silent = false; ///< leave also the reason of a failure to the report
+    bool help = false;   ///< print the help text and stop
     std::vector<std::string> warnings;
 };
 
@@ -54,6 +75,9 @@ std::string unwrap_help();
 
 /// True if the file's extension names a mesh format other than OBJ.
 bool is_other_format(const std::string& path);
+
+/// True if the file's extension is that of a mesh format that can be read.
+bool is_mesh_file(const std::string& path);
 
 /// INPUT.bak, where --in_place keeps the original.
 std::string backup_name(const std::string& input);

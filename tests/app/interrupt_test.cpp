@@ -75,7 +75,7 @@ TEST(InterruptDeathTest, CommittedFilesSurviveASignal) {
 TEST(InterruptDeathTest, SignalAfterPublishingIsASuccess) {
     const auto run = [] {
         app::install_signal_handlers();
-        app::set_results_published();
+        app::set_results_published(true);
         ::raise(SIGINT);
         ::_exit(2);
     };

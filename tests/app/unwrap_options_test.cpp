@@ -1,3 +1,4 @@
+#include "app/presets.h"
 #include "app/unwrap_options.h"
 #include "tests/app/scratch.h"
 
@@ -140,17 +141,48 @@ TEST(UnwrapOptions, HelpNeedsNoInput) { EXPECT_TRUE(parsed({"--help"}).help); }
 
 TEST(UnwrapOptions, HelpListsEveryOptionAndThoseWithoutEffect) {
     const std::string help = app::unwrap_help();
-    for (const char* name :
-         {"mapchannel", "charts",       "stretch",          "padding",     "width",
-          "height",     "high_quality", "keep_seams",       "use_grooves", "groove_angle",
-          "use_ridges", "ridge_angle",  "adjacency_method", "epsilon",     "output",
-          "in_place",   "report",       "layout",           "quiet",       "help",
-          "view",       "view_panel",   "view_width"})
+    for (const char* name : {"mapchannel",
+                             "charts",
+                             "stretch",
+                             "padding",
+                             "width",
+                             "height",
+                             "high_quality",
+                             "keep_seams",
+                             "use_grooves",
+                             "groove_angle",
+                             "use_ridges",
+                             "ridge_angle",
+                             "adjacency_method",
+                             "epsilon",
+                             "output",
+                             "in_place",
+                             "report",
+                             "layout",
+                             "quiet",
+                             "help",
+                             "view",
+                             "view_panel",
+                             "view_width",
+                             "preset",
+                             "out_dir",
+                             "suffix",
+                             "list",
+                             "jobs",
+                             "skip_existing",
+                             "keep_going",
+                             "fail_fast",
+                             "time_limit",
+                             "shard",
+                             "dry_run",
+                             "json_lines"})
         EXPECT_NE(help.npos, help.find("--" + std::string(name))) << name;
     const size_t without_effect = help.find("carried without effect:");
     ASSERT_NE(help.npos, without_effect);
     for (const char* name : {"--charts", "--adjacency_method", "--epsilon"})
         EXPECT_NE(help.npos, help.find(name, without_effect)) << name;
+    for (const app::Preset& preset : app::presets())
+        EXPECT_NE(help.npos, help.find(std::string("\n  ") + preset.name + ": ")) << preset.name;
     EXPECT_NE(help.npos, help.find("examples:"));
     EXPECT_NE(help.npos, help.find("exit codes:"));
 }
@@ -158,8 +190,36 @@ TEST(UnwrapOptions, HelpListsEveryOptionAndThoseWithoutEffect) {
 TEST(UnwrapOptionsRefuse, MissingInputAndSecondInput) {
     EXPECT_EQ("which mesh? unwrap needs an INPUT file", refusal({}));
     EXPECT_EQ("which mesh? unwrap needs an INPUT file", refusal({""}));
-    EXPECT_EQ("one INPUT at a time, and 'b.obj' is a second; -o names the output",
-              refusal({"a.obj", "b.obj"}));
+    EXPECT_EQ("which mesh? unwrap needs an INPUT file", refusal({"a.obj", ""}));
+}
+
+TEST(UnwrapOptionsRefuse, OptionsOfOneMeshWithSeveral) {
+    EXPECT_EQ("-o names one output; several meshes need --out_dir or --suffix",
+              refusal({"a.obj", "b.obj", "-o", "c.obj"}));
+    EXPECT_EQ("--report names one file; with several meshes reports are written beside the "
+              "results, and --beside writes pictures",
+              refusal({"a.obj", "b.obj", "--report", "c.json"}));
+    EXPECT_EQ("--layout names one file; with several meshes reports are written beside the "
+              "results, and --beside writes pictures",
+              refusal({"a.obj", "b.obj", "--layout", "c.png"}));
+    EXPECT_EQ("--view is for one mesh at a time", refusal({"a.obj", "b.obj", "--view", "c.png"}));
+    EXPECT_EQ("--in_place excludes --out_dir and --suffix",
+              refusal({"a.obj", "--in_place", "--out_dir", "d"}));
+    EXPECT_EQ("standard input is one mesh; several come from files", refusal({"a.obj", "-"}));
+}
+
+TEST(UnwrapOptionsRefuse, BatchValuesOutOfRange) {
+    EXPECT_EQ("--suffix must not contain a slash", refusal({"a.obj", "--suffix", "a/b"}));
+    EXPECT_EQ("--jobs is 0 to 1024", refusal({"a.obj", "--jobs", "-1"}));
+    EXPECT_EQ("--time_limit must not be negative", refusal({"a.obj", "--time_limit", "-1"}));
+    for (const char* shard : {"3/3", "-1/3", "1", "1/0", "1/2x", "a/b"})
+        EXPECT_EQ(std::string("--shard: '") + shard + "' is not K/N with K from 0 to N-1",
+                  refusal({"a.obj", "--shard", shard}));
+}
+
+TEST(UnwrapOptions, KeepGoingOffIsFailFast) {
+    EXPECT_TRUE(parsed({"a.obj", "--keep_going", "off"}).batch.fail_fast);
+    EXPECT_FALSE(parsed({"a.obj", "--keep_going", "--jobs", "2"}).batch.fail_fast);
 }
 
 TEST(UnwrapOptionsRefuse, UnknownKindsOfPicture) {

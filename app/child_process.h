@@ -1,0 +1,51 @@
+/// Child processes that read requests on standard input and write answers, a line each, on standard
+/// output. Standard error is shared. One source per system.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace app {
+
+class ChildProcess {
+public:
+    ChildProcess();
+    /// Ends the child at once if it still runs.
+    ~ChildProcess();
+    ChildProcess(ChildProcess&&) noexcept;
+    ChildProcess& operator=(ChildProcess&&) noexcept;
+
+    /// Starts a program; words[0] is its file. Ends a previous child at once. The child ends when
+    /// this process does, also by a crash.
+    /// Errors: false with a sentence in `error`.
+    bool start(const std::vector<std::string>& words, std::string& error);
+    bool is_running() const;
+
+    /// Writes a line and its end; waits if the child does not read. Returns false if it has ended.
+    bool send(const std::string& line);
+    /// Closes the child's standard input, on which it ends of its own accord.
+    void close_input();
+    /// Asks the child to end, so that it can remove its unfinished files.
+    void terminate();
+    /// Ends the child at once.
+    void kill();
+
+    /// Takes the next complete line that the child has written; false if there is none yet.
+    bool take_line(std::string& line);
+    /// Collects the child if it has ended and all it wrote has been received. `how` tells how:
+    /// "with code 3" or "by signal 11". Returns false while it runs.
+    bool has_ended(std::string& how);
+
+    struct Process;
+
+private:
+    friend void wait_for_children(const std::vector<ChildProcess*>& children, int milliseconds);
+    std::unique_ptr<Process> process_;
+};
+
+/// Receives what the children write. Returns when one of them has written or ended, when a signal
+/// came, or after the time.
+void wait_for_children(const std::vector<ChildProcess*>& children, int milliseconds);
+
+} // namespace app

@@ -1,0 +1,288 @@
+#include "app/unwrap_run.h"
+
+#include "app/atomic_file.h"
+#include "app/command.h"
+#include "app/exit_code.h"
+#include "app/fingerprint.h"
+#include "app/interrupt.h"
+#include "app/layout_picture.h"
+#include "app/measure_layout.h"
+#include "app/panel_view.h"
+#include "app/progress_display.h"
+#include "app/system.h"
+#include "app/unwrap_driver.h"
+#include "host/io/obj_reader.h"
+
+#include <chrono>
+#include <cstdio>
+#include <new>
+
+namespace app {
+namespace {
+
+class Stopwatch {
+public:
+    double seconds() const { return std::chrono::duration<double>(Clock::now() - begin_).count(); }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point begin_ = Clock::now();
+};
+
+/// One run of the command. A step that fails sets the exit code and the reason. Files appear under
+/// their names only after all of them are complete.
+class UnwrapRun {
+public:
+    explicit UnwrapRun(const UnwrapRequest& request);
+    int run();
+    UnwrapReport& report() { return report_; }
+
+private:
+    bool read();
+    bool open_outputs();
+    bool open_backup(std::string& error);
+    bool unwrap();
+    void take_view();
+    bool verify();
+    bool write_mesh();
+    bool write_picture();
+    bool publish();
+    measure::Texture texture() const {
+        return {double(outcome_.settings.width), double(outcome_.settings.height)};
+    }
+    void write_failure_report();
+    void warn(const std::string& sentence);
+    bool fail(int code, const std::string& reason);
+    void say_result() const;
+
+    const UnwrapRequest& request_;
+    ProgressDisplay progress_;
+    UnwrapReport report_;
+    host::ObjDocument document_;
+    UnwrapOutcome outcome_;
+    Judgement judgement_;
+    AtomicFile mesh_file_, layout_file_, view_file_, report_file_, backup_file_;
+    std::string view_png_; ///< drawn while the mesh is in the scene
+    std::string view_error_;
+};
+
+UnwrapRun::UnwrapRun(const UnwrapRequest& request)
+    : request_(request),
+      progress_(ProgressDisplay::style_for_stderr(request.quiet), request.input) {
+    report_.input = request.input;
+    report_.output = request.output;
+    report_.layout = request.layout;
+    report_.view = request.view;
+    report_.settings = request.settings;
+    for (const std::string& warning : request.warnings)
+        warn(warning);
+}
+
+void UnwrapRun::warn(const std::string& sentence) {
+    report_.warnings.push_back(sentence);
+    if (!request_.quiet)
+        say("warning: " + sentence);
+}
+
+bool UnwrapRun::fail(int code, const std::string& reason) {
+    report_.code = code;
+    report_.reason = reason;
+    return false;
+}
+
+bool UnwrapRun::read() {
+    const Stopwatch watch;
+    if (is_other_format(request_.input))
+        return fail(exit_input, request_.input + ": only OBJ files can be read");
+    progress_.begin_stage("reading");
+    host::IoError error;
+    std::string text;
+    if (!host::read_text(request_.input, text, error) ||
+        !host::parse_obj(request_.input, std::move(text), document_, error))
+        return fail(error.kind == host::IoError::too_large ? exit_limit : exit_input,
+                    error.message);
+    report_.input_hash = fingerprint(document_.text);
+    report_.seconds.read = watch.seconds();
+    for (const std::string& warning : document_.warnings)
+        warn(warning);
+    return true;
+}
+
+/// The first backup holds the original and is never replaced.
+bool UnwrapRun::open_backup(std::string& error) {
+    const std::string backup = backup_name(request_.input);
+    if (!file_exists(backup))
+        return backup_file_.open(backup, error, AtomicFile::keep);
+    warn(backup + " exists and is kept; " + request_.input + " is replaced without a new backup");
+    return true;
+}
+
+/// Opens all outputs before the work, so that an unwritable one is not found only after it.
+bool UnwrapRun::open_outputs() {
+    std::string error;
+    const bool good = mesh_file_.open(request_.output, error) &&
+                      (!request_.in_place || open_backup(error)) &&
+                      (request_.layout.empty() || layout_file_.open(request_.layout, error)) &&
+                      (request_.view.empty() || view_file_.open(request_.view, error)) &&
+                      (request_.report.empty() || report_file_.open(request_.report, error));
+    if (!good)
+        return fail(exit_output, error);
+    return request_.view.empty() || open_panels(error) || fail(exit_unwrap, "--view: " + error);
+}
+
+void UnwrapRun::take_view() {
+    progress_.begin_stage("drawing");
+    std::string error;
+    if (!draw_panels(request_.view_picture, view_png_, error))
+        view_error_ = "--view: " + error;
+}
+
+bool UnwrapRun::unwrap() {
+    const auto warning = [this](const std::string& sentence) {
+        warn(request_.input + ": " + sentence);
+    };
+    UnwrapVisitor visit;
+    if (view_file_.is_open())
+        visit = [this] { take_view(); };
+    outcome_ = run_unwrap(document_, request_.settings, warning, visit, progress_, report_.seconds);
+    report_.settings = outcome_.settings;
+    report_.mesh =
+        MeshCounts{document_.polygon_count(), outcome_.triangles, document_.vertex_count()};
+    if (!outcome_.good)
+        return fail(outcome_.out_of_memory ? exit_limit : exit_unwrap,
+                    request_.input + ": " + outcome_.reason);
+    report_.result = outcome_.result;
+    return view_error_.empty() || fail(exit_unwrap, view_error_);
+}
+
+/// Measures the new layout independently of the engine; a layout that breaks a guarantee is not
+/// written.
+bool UnwrapRun::verify() {
+    const Stopwatch watch;
+    progress_.begin_stage("verifying");
+    const measure::Promise promise = {double(outcome_.settings.padding), outcome_.settings.stretch};
+    judgement_ = judge_layout(document_, outcome_.mesh, &outcome_.uvs, texture(), promise);
+    report_.measures = measures_json(judgement_, false);
+    report_.seconds.verify = watch.seconds();
+    if (judgement_.breaches.empty())
+        return true;
+    std::string reason = request_.input + ": the result is not good enough to be written:";
+    for (const measure::Breach& breach : judgement_.breaches)
+        reason += "\n  " + breach_text(breach);
+    return fail(exit_verification, reason);
+}
+
+bool UnwrapRun::write_mesh() {
+    progress_.begin_stage("writing");
+    std::string text, error;
+    if (!host::format_obj(document_, outcome_.uvs, text, error))
+        return fail(exit_unwrap, request_.input + ": " + error);
+    report_.output_hash = fingerprint(text);
+    if (!mesh_file_.write(text, error) ||
+        (backup_file_.is_open() && !backup_file_.write(document_.text, error)))
+        return fail(exit_output, error);
+    return true;
+}
+
+bool UnwrapRun::write_picture() {
+    std::string png, error;
+    if (view_file_.is_open() && !view_file_.write(view_png_, error))
+        return fail(exit_output, error);
+    if (!layout_file_.is_open())
+        return true;
+    const PictureSubject subject = {judgement_.layout, judgement_.measures, texture(),
+                                    double(outcome_.settings.padding)};
+    PictureKind kind = PictureKind::layout;
+    picture_kind(request_.picture, kind);
+    if (!draw_picture(kind, subject, png, error) || !layout_file_.write(png, error))
+        return fail(exit_output, error);
+    return true;
+}
+
+/// All files are complete. Pipes and devices come first: they can fail or block for long, so they
+/// must be interruptible, and no file may have changed by then. Signals are blocked during the
+/// renames. The mesh comes last, so that it is unchanged unless everything else succeeded.
+bool UnwrapRun::publish() {
+    report_.peak_mb = peak_memory_mb();
+    std::string error;
+    if (report_file_.is_open() && !report_file_.write(to_json(report_), error))
+        return fail(exit_output, error);
+    AtomicFile* const files[] = {&backup_file_, &layout_file_, &view_file_, &report_file_,
+                                 &mesh_file_};
+    for (AtomicFile* file : files)
+        if (file->is_direct() && !file->commit(error))
+            return fail(exit_output, error);
+    const SignalsHeld held;
+    for (AtomicFile* file : files)
+        if (file->is_open() && !file->commit(error))
+            return fail(exit_output, error);
+    set_results_published(true);
+    return true;
+}
+
+void UnwrapRun::write_failure_report() {
+    mesh_file_.discard();
+    backup_file_.discard();
+    layout_file_.discard();
+    view_file_.discard();
+    if (request_.report.empty())
+        return;
+    report_.result.reset();
+    report_.peak_mb = peak_memory_mb();
+    std::string error;
+    report_file_.discard();
+    if (!report_file_.open(request_.report, error) ||
+        !report_file_.write(to_json(report_), error) || !report_file_.commit(error))
+        say(error);
+}
+
+void UnwrapRun::say_result() const {
+    if (request_.quiet)
+        return;
+    char stretch[32];
+    std::snprintf(stretch, sizeof stretch, "%.4f", outcome_.result.stretch);
+    std::string line = request_.input + ": " + std::to_string(outcome_.result.charts) +
+                       (outcome_.result.charts == 1 ? " chart" : " charts") + ", stretch " +
+                       stretch;
+    if (!outcome_.result.over_limit.empty())
+        line += ", polygons over the limit: " + std::to_string(outcome_.result.over_limit.size());
+    say(line);
+    const std::pair<const char*, const std::string&> files[] = {{"mesh:    ", request_.output},
+                                                                {"report:  ", request_.report},
+                                                                {"picture: ", request_.layout},
+                                                                {"view:    ", request_.view}};
+    for (const auto& [label, path] : files)
+        if (!path.empty() && path != "-")
+            say(label + path);
+}
+
+int UnwrapRun::run() {
+    bool good = read() && open_outputs() && unwrap() && verify();
+    if (good) {
+        const Stopwatch writing;
+        good = write_mesh() && write_picture();
+        report_.seconds.write = writing.seconds();
+        good = good && publish();
+    }
+    progress_.clear();
+    if (good) {
+        say_result();
+        return exit_done;
+    }
+    if (!request_.silent)
+        say(report_.reason);
+    write_failure_report();
+    return report_.code;
+}
+
+} // namespace
+
+int run_unwrap_request(const UnwrapRequest& request, UnwrapReport& report) {
+    set_results_published(false);
+    UnwrapRun run(request);
+    const int code = run.run();
+    report = std::move(run.report());
+    return code;
+}
+
+} // namespace app
