@@ -60,8 +60,11 @@ void clusters(benchmark::State& state) {
     ClusterOptions options;
     options.hardness = measure_hardness(s);
     options.seed_groups = state.range(1) == 0;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(build_cluster_tree(s, atoms, options));
+    for (auto _ : state) {
+        ProgressMeter progress{Options{}};
+        ClusterTree tree;
+        benchmark::DoNotOptimize(build_cluster_tree(s, atoms, options, progress, tree));
+    }
     state.SetItemsProcessed(state.iterations() * sheet.triangles());
 }
 

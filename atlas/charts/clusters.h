@@ -9,6 +9,7 @@
 #pragma once
 
 #include "atlas/geometry/surface.h"
+#include "atlas/progress.h"
 
 namespace tessora::atlas {
 
@@ -59,7 +60,8 @@ struct ClusterOptions {
                               ///< of single atoms; faster
 };
 
-ClusterTree build_cluster_tree(const Surface& surface, const Atoms& atoms,
-                               const ClusterOptions& options);
+/// False if the callback asked to stop.
+bool build_cluster_tree(const Surface& surface, const Atoms& atoms, const ClusterOptions& options,
+                        ProgressMeter& progress, ClusterTree& tree);
 
 } // namespace tessora::atlas

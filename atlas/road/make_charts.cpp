@@ -100,7 +100,9 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     ClusterOptions clustering;
     clustering.seed_groups = !options.thorough;
     clustering.hardness = stages.hardness;
-    const ClusterTree tree = build_cluster_tree(stages.surface, stages.atoms, clustering);
+    ClusterTree tree;
+    if (!build_cluster_tree(stages.surface, stages.atoms, clustering, progress, tree))
+        return false;
     progress.stage(Stage::regions);
     const double limit = std::min(options.limit, stretch_limit(float(k_first_smooth_step)));
     const double component_limit = std::min(options.limit, stretch_limit(float(k_usual_stretch)));
