@@ -8,7 +8,7 @@
 namespace app {
 namespace {
 
-constexpr int k_slots = 8;
+constexpr int k_slots = 1024;
 constexpr size_t k_path_size = 4096;
 
 // Read inside handlers: plain bytes, written only while signals are blocked.

@@ -13,7 +13,7 @@ namespace app {
 /// ordinary write error instead of a signal.
 void install_signal_handlers();
 
-/// Adds a file to the list of files that a signal removes, or takes it off the list. At most eight
+/// Adds a file to the list of files that a signal removes, or takes it off the list. At most 1024
 /// paths of at most 4095 bytes; returns false beyond that.
 bool remove_on_signal(const std::string& path);
 void keep_on_signal(const std::string& path);

@@ -4,6 +4,7 @@
 #include "app/interrupt.h"
 #include "app/measure_command.h"
 #include "app/options.h"
+#include "app/pack_command.h"
 #include "app/script_command.h"
 #include "app/system.h"
 #include "app/unwrap_command.h"
@@ -17,6 +18,7 @@ namespace {
 
 constexpr app::Command k_commands[] = {
     {"unwrap", "give a mesh new texture coordinates", app::unwrap_command},
+    {"pack", "pack the charts that meshes have into one texture", app::pack_command},
     {"measure", "tell how good a mesh's texture coordinates are", app::measure_command},
     {"verify", "check that they keep what an unwrap promises", app::verify_command},
     {"view", "open the desktop window", app::view_command},

@@ -9,6 +9,7 @@
 #include "app/unwrap_options.h"
 #include "host/io/obj_reader.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -42,6 +43,8 @@ when one of these is broken.
 examples:
   tessora verify bunny_uv.obj
   tessora verify level_uv.obj --width 2048 --height 2048 --padding 8 --stretch 0.05
+  tessora verify city_packed.obj --tiles 4
+      four tiles, numbered as UDIM, each checked as a texture of its own
 )";
 
 constexpr const char* k_notes = R"(
@@ -58,6 +61,7 @@ struct Request {
     int height = 512;
     int padding = 2;
     double stretch = 0.15;
+    int tiles = 1;
     std::string layout; // file of the picture; empty if not requested
     std::string picture = "layout";
     bool json = false;
@@ -76,7 +80,11 @@ OptionTable make_table(Request& request, bool verify) {
     table.add("layout", &request.layout, "FILE.png", "draw a picture of the layout");
     table.add("picture", &request.picture, "KIND",
               "layout (charts, texel grid, gutter), checker or stretch");
-    if (!verify)
+    if (verify)
+        table.add(
+            "tiles", &request.tiles, "N",
+            "textures that the coordinates cover, 1 to 100, numbered as UDIM: 1001, 1002, ...");
+    else
         table.add("per_chart", &request.per_chart, "", "in JSON, list every chart");
     table.add("help", &request.help, "", "show this text");
     return table;
@@ -93,6 +101,10 @@ bool parse(const Words& words, bool verify, Request& request, std::string& error
         error = "a texture has 1 to 65536 texels a side";
     else if (request.padding < 0)
         error = "--padding must not be negative";
+    else if (request.tiles < 1 || request.tiles > 100)
+        error = "--tiles must be between 1 and 100";
+    else if (request.tiles > 1 && !request.layout.empty())
+        error = "--layout draws one texture; --tiles has several";
     else if (!(request.stretch >= 0.0 && request.stretch <= 1.0))
         error = "--stretch must be between 0 and 1";
     else if (PictureKind kind; !picture_kind(request.picture, kind))
@@ -148,25 +160,36 @@ void print_measures(const Request& request, const Judgement& judgement) {
     print(out);
 }
 
-void print_verdict(const Request& request, const Judgement& judgement) {
-    const char* status = judgement.breaches.empty() ? "ok" : "broken";
-    if (!request.json) {
-        if (judgement.breaches.empty())
-            std::printf("%s: all guarantees hold\n", request.input.c_str());
-        for (const measure::Breach& breach : judgement.breaches)
-            std::printf("%s: %s: %s\n", request.input.c_str(), breach.name,
-                        breach_text(breach).c_str());
-        return;
-    }
+/// Prints the verdict on every tile; one judgement per tile.
+void print_verdict(const Request& request, const std::vector<Judgement>& tiles, bool good) {
     Json out = header(request);
     out["padding"] = request.padding;
     out["stretch"] = request.stretch;
-    out["status"] = status;
+    if (request.tiles > 1)
+        out["tiles"] = request.tiles;
+    out["status"] = good ? "ok" : "broken";
     out["breaches"] = Json::array();
-    for (const measure::Breach& breach : judgement.breaches)
-        out["breaches"].push_back(
-            {{"name", breach.name}, {"message", breach.sentence}, {"polygons", breach.polygons}});
-    out["measures"] = Json::parse(measures_json(judgement, false));
+    if (good && !request.json)
+        std::printf("%s: all guarantees hold\n", request.input.c_str());
+    for (size_t i = 0; i < tiles.size(); ++i) {
+        const std::string tile = tiles.size() > 1 ? std::to_string(1001 + i) + ": " : "";
+        for (const measure::Breach& breach : tiles[i].breaches) {
+            if (!request.json)
+                std::printf("%s: %s%s: %s\n", request.input.c_str(), tile.c_str(), breach.name,
+                            breach_text(breach).c_str());
+            out["breaches"].push_back({{"name", breach.name},
+                                       {"message", breach.sentence},
+                                       {"polygons", breach.polygons}});
+            if (tiles.size() > 1)
+                out["breaches"].back()["tile"] = 1001 + i;
+        }
+    }
+    if (!request.json)
+        return;
+    Json measures = Json::array();
+    for (const Judgement& judgement : tiles)
+        measures.push_back(Json::parse(measures_json(judgement, false)));
+    out["measures"] = tiles.size() > 1 ? measures : measures[0];
     print(out);
 }
 
@@ -208,17 +231,19 @@ int run(const Words& words, bool verify) {
     host::Mesh mesh;
     if (!import_mesh(document, imported, mesh))
         return fail(exit_limit, request.input + ": the mesh is too large");
-    const Judgement judgement =
-        judge_layout(document, mesh, nullptr, texture, {double(request.padding), request.stretch});
-    code = write_picture(request, judgement, texture);
+    const std::vector<Judgement> tiles = judge_tiles(document, mesh, request.tiles, texture,
+                                                     {double(request.padding), request.stretch});
+    code = write_picture(request, tiles[0], texture);
     if (code != exit_done)
         return code;
     if (!verify) {
-        print_measures(request, judgement);
+        print_measures(request, tiles[0]);
         return exit_done;
     }
-    print_verdict(request, judgement);
-    return judgement.breaches.empty() ? exit_done : exit_verification;
+    const bool good = std::all_of(tiles.begin(), tiles.end(),
+                                  [](const Judgement& tile) { return tile.breaches.empty(); });
+    print_verdict(request, tiles, good);
+    return good ? exit_done : exit_verification;
 }
 
 } // namespace

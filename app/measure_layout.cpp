@@ -1,6 +1,9 @@
 #include "app/measure_layout.h"
 
+#include "measure/shape.h"
+
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -185,16 +188,74 @@ measure::Layout make_layout(const host::ObjDocument& document, const host::Mesh&
     return layout;
 }
 
+namespace {
+
+/// The tile of `count` that a triangle belongs to.
+uint32_t tile_of(const measure::Layout& layout, uint32_t triangle, uint32_t count) {
+    if (!measure::is_mapped(layout, triangle))
+        return 0;
+    double centre[2] = {0.0, 0.0};
+    for (uint32_t k = 0; k < 3; ++k)
+        for (uint32_t axis = 0; axis < 2; ++axis)
+            centre[axis] +=
+                layout.uvs[2 * size_t(layout.corner_uv[layout.triangle_corners[3 * triangle + k]]) +
+                           axis] /
+                3.0;
+    const double rows = (count + 9) / 10;
+    const double column = std::clamp(std::floor(centre[0]), 0.0, std::min(count, 10u) - 1.0);
+    const double row = std::clamp(std::floor(centre[1]), 0.0, rows - 1.0);
+    return std::min(count - 1, uint32_t(10.0 * row + column));
+}
+
+/// The triangles of a tile, with the tile moved to the unit square.
+measure::Layout take_tile(const measure::Layout& whole, uint32_t tile, uint32_t count) {
+    measure::Layout out = whole;
+    out.triangle_corners.clear();
+    out.triangle_polygon.clear();
+    uint32_t of_polygon = 0;
+    for (uint32_t t = 0; t < whole.triangle_count(); ++t) {
+        if (t == 0 || whole.triangle_polygon[t] != whole.triangle_polygon[t - 1])
+            of_polygon = tile_of(whole, t, count);
+        if (of_polygon == tile) {
+            out.triangle_corners.insert(out.triangle_corners.end(),
+                                        whole.triangle_corners.begin() + 3 * ptrdiff_t(t),
+                                        whole.triangle_corners.begin() + 3 * ptrdiff_t(t) + 3);
+            out.triangle_polygon.push_back(whole.triangle_polygon[t]);
+        }
+    }
+    for (size_t i = 0; i < out.uvs.size(); ++i)
+        out.uvs[i] -= float(i % 2 == 0 ? tile % 10 : tile / 10);
+    return out;
+}
+
+void judge(const measure::Texture& texture, const measure::Promise& promise, Judgement& judgement) {
+    judgement.measures = measure::measure(judgement.layout, texture);
+    judgement.breaches = measure::verify(judgement.layout, judgement.measures, promise);
+    judgement.over_limit =
+        measure::find_over_limit(judgement.layout, judgement.measures, promise.max_stretch);
+}
+
+} // namespace
+
 Judgement judge_layout(const host::ObjDocument& document, const host::Mesh& mesh,
                        const host::ObjUvs* uvs, const measure::Texture& texture,
                        const measure::Promise& promise) {
     Judgement judgement;
     judgement.layout = make_layout(document, mesh, uvs);
-    judgement.measures = measure::measure(judgement.layout, texture);
-    judgement.breaches = measure::verify(judgement.layout, judgement.measures, promise);
-    judgement.over_limit =
-        measure::find_over_limit(judgement.layout, judgement.measures, promise.max_stretch);
+    judge(texture, promise, judgement);
     return judgement;
+}
+
+std::vector<Judgement> judge_tiles(const host::ObjDocument& document, const host::Mesh& mesh,
+                                   int count, const measure::Texture& texture,
+                                   const measure::Promise& promise) {
+    const measure::Layout whole = make_layout(document, mesh, nullptr);
+    std::vector<Judgement> tiles(static_cast<size_t>(count));
+    for (uint32_t tile = 0; tile < tiles.size(); ++tile) {
+        tiles[tile].layout = count == 1 ? whole : take_tile(whole, tile, uint32_t(count));
+        judge(texture, promise, tiles[tile]);
+    }
+    return tiles;
 }
 
 std::string measures_json(const Judgement& judgement, bool per_chart) {

@@ -31,6 +31,13 @@ Judgement judge_layout(const host::ObjDocument& document, const host::Mesh& mesh
                        const host::ObjUvs* uvs, const measure::Texture& texture,
                        const measure::Promise& promise);
 
+/// Judges each of the document's `count` tiles as a texture of its own; tile i spans the unit
+/// square moved by (i % 10, i / 10), as UDIM 1001 + i. Polygons belong to the tile that the centre
+/// of their first triangle is nearest to, those without UVs to the first tile.
+std::vector<Judgement> judge_tiles(const host::ObjDocument& document, const host::Mesh& mesh,
+                                   int count, const measure::Texture& texture,
+                                   const measure::Promise& promise);
+
 /// The figures as one JSON object; docs/measures.md defines every key. `per_chart` adds a list of
 /// all charts.
 std::string measures_json(const Judgement& judgement, bool per_chart);

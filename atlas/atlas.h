@@ -185,8 +185,9 @@ struct PackedChart {
     bool turned_over = false;
     bool mirrored = false; ///< before packing: more area is clockwise than counter-clockwise
     bool tangled = false;  ///< before packing: some triangles are flipped against the others, or
-                           ///< the chart overlaps itself or is in several pieces. It keeps its
-                           ///< shape, and other charts keep clear of all of it
+                           ///< the chart overlaps itself, if only by a rounding error, or is in
+                           ///< several pieces. It keeps its shape, and other charts keep clear of
+                           ///< all of it
 };
 
 struct PackResult {

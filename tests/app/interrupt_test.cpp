@@ -82,14 +82,14 @@ TEST(InterruptDeathTest, SignalAfterPublishingIsASuccess) {
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
-TEST(Interrupt, ListOfUnfinishedFilesHoldsEight) {
-    for (int i = 0; i < 8; ++i)
+TEST(Interrupt, ListOfUnfinishedFilesHoldsAThousand) {
+    for (int i = 0; i < 1024; ++i)
         EXPECT_TRUE(app::remove_on_signal("/nonexistent/" + std::to_string(i)));
-    EXPECT_FALSE(app::remove_on_signal("/nonexistent/8"));
-    for (int i = 0; i < 8; ++i)
+    EXPECT_FALSE(app::remove_on_signal("/nonexistent/1024"));
+    for (int i = 0; i < 1024; ++i)
         app::keep_on_signal("/nonexistent/" + std::to_string(i));
-    EXPECT_TRUE(app::remove_on_signal("/nonexistent/9"));
-    app::keep_on_signal("/nonexistent/9");
+    EXPECT_TRUE(app::remove_on_signal("/nonexistent/1025"));
+    app::keep_on_signal("/nonexistent/1025");
     EXPECT_FALSE(app::remove_on_signal(std::string(5000, 'x')));
 }
 
