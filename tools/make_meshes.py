@@ -3,6 +3,8 @@
 
     tools/make_meshes.py double      IN.obj OUT.obj   every face twice, wound alike
     tools/make_meshes.py both-sides  IN.obj OUT.obj   every face twice, the copy wound against it
+    tools/make_meshes.py double-some IN.obj OUT.obj  the faces of one half of the mesh twice, wound alike
+    tools/make_meshes.py both-sides-some IN.obj OUT.obj  the same, the copies wound against them
     tools/make_meshes.py repeats     IN.obj OUT.obj   every fourth face is followed by one that names a vertex twice
     tools/make_meshes.py repeat-corners IN.obj OUT.obj   every fourth face names its first vertex twice
     tools/make_meshes.py shuffle     IN.obj OUT.obj   the faces in random order
@@ -24,8 +26,11 @@ import sys
 def read(path):
     points, faces = [], []
     with open(path, encoding="utf-8") as file:
+        words = []
         for number, line in enumerate(file, 1):
-            words = line.split()
+            words = words[:-1] + line.split() if words[-1:] == ["\\"] else line.split()
+            if words[-1:] == ["\\"]:
+                continue
             if words[:1] == ["v"]:
                 points.append(tuple(map(float, words[1:4])))
             elif words[:1] == ["f"]:
@@ -86,6 +91,17 @@ def with_repeats(faces):
     return result
 
 
+def with_half_doubled(points, faces, against):
+    """Doubles the faces with more corners below the median x than above."""
+    middle = sorted(p[0] for p in points)[len(points) // 2]
+    result = []
+    for face in faces:
+        result.append(face)
+        if 2 * sum(points[v][0] < middle for v in face) > len(face):
+            result.append(face[::-1] if against else face)
+    return result
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("kind")
@@ -105,6 +121,9 @@ def main():
     elif arguments.kind in changed and len(arguments.paths) == 2:
         points, faces = read(arguments.paths[0])
         write(arguments.paths[1], points, changed[arguments.kind](faces))
+    elif arguments.kind in ("double-some", "both-sides-some") and len(arguments.paths) == 2:
+        points, faces = read(arguments.paths[0])
+        write(arguments.paths[1], points, with_half_doubled(points, faces, arguments.kind[0] == "b"))
     else:
         parser.error("unknown kind, or too few or too many files; see --help")
 
