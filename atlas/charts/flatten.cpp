@@ -225,6 +225,8 @@ bool Flattener::spread_on_circle(const Chart& c) {
     }
     if (!copy.patch.tutte(outer))
         return false;
+    if (copy.patch.flipped() != 0) // polygons that are not convex there
+        copy.patch.untangle(10);
     copy.store(set);
     return true;
 }

@@ -152,6 +152,10 @@ private:
             const double l2 = sums[c].l2();
             if (l2 > limit * (1 + 1e-6) && !all_.over_limit[first + c])
                 return false;
+            constexpr double k_rounding = 1e-6;
+            double& reported = all_.chart_stretch[first + c];
+            if (1 - 1 / l2 > reported + k_rounding)
+                reported = 1 - 1 / l2;
         }
         return true;
     }

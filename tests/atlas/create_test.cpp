@@ -2,6 +2,7 @@
 #include "tests/atlas/shapes.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -231,6 +232,27 @@ TEST(AtlasSheets, ACopyDividedAlongOtherDiagonalsHasTheChartsOfItsSheet) {
         mesh.false_edges.push_back(marked);
     }
     EXPECT_EQ(unwrap(mesh).charts, 2 * once);
+}
+
+TEST(AtlasSheets, TheStretchOfACopyDividedAlongOtherDiagonalsIsReported) {
+    TestMesh mesh;
+    for (const auto& p : {std::array<float, 3>{0, 0, 0}, {1, 0, 1}, {1, 1, 0}, {0, 1, 1}})
+        mesh.vertex(p[0], p[1], p[2]);
+    for (const auto& t : {std::array<uint32_t, 3>{0, 1, 2}, {0, 2, 3}, {1, 2, 3}, {1, 3, 0}})
+        mesh.triangle(t[0], t[1], t[2]);
+    mesh.adjacency.assign(12, k_none);
+    mesh.false_edges.assign(12, k_none);
+    for (const auto& [h, t] : {std::pair<uint32_t, uint32_t>{2, 1}, {3, 0}, {8, 3}, {9, 2}}) {
+        mesh.adjacency[h] = t;
+        mesh.false_edges[h] = 0;
+    }
+    Options options;
+    options.max_stretch = 0.9f;
+    Result result;
+    ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
+    EXPECT_EQ(result.chart_count, 2u);
+    EXPECT_GT(result.stretch, 0.01f); // the first division alone unfolds without any
+    EXPECT_EQ(judge(mesh, options, result, true, true).faults, std::vector<std::string>{});
 }
 
 TEST(AtlasSheets, StackedCopiesShareThePlaceOfTheirSheet) {

@@ -57,6 +57,19 @@ TestMesh hills(int cells, float height, bool ring = false) {
     return mesh;
 }
 
+/// A box of five quads, open above.
+TestMesh open_box() {
+    TestMesh mesh;
+    for (float z : {0.0f, 1.0f})
+        for (uint32_t i = 0; i < 4; ++i)
+            mesh.vertex(i == 1 || i == 2 ? 1.0f : 0.0f, i >= 2 ? 1.0f : 0.0f, z);
+    mesh.polygon({0, 3, 2, 1});
+    for (uint32_t i = 0; i < 4; ++i)
+        mesh.polygon({i, (i + 1) % 4, (i + 1) % 4 + 4, i + 4});
+    mesh.connect();
+    return mesh;
+}
+
 uint32_t charts_at(const TestMesh& mesh, float stretch, Quality quality) {
     Options options;
     options.max_stretch = stretch;
@@ -119,6 +132,19 @@ TEST(StretchLimit, MoreStretchNeverTakesMoreChartsAtTheStepsOfMerging) {
 TEST(StretchLimit, AtOneAnOpenSurfaceIsOneChartHoweverSteep) {
     EXPECT_EQ(charts_at(hills(30, 60), 1, Quality::fast), 1u);
     EXPECT_EQ(charts_at(hills(30, 60), 1, Quality::quality), 1u);
+}
+
+TEST(StretchLimit, AtOneAnOpenSurfaceOfQuadsIsOneChartThoughTheyMustStayConvex) {
+    Options options;
+    options.max_stretch = 1;
+    for (uint32_t seed = 0; seed < 8; ++seed) {
+        TestMesh mesh = open_box();
+        shake(mesh, 0.2f, seed);
+        Result result;
+        ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
+        EXPECT_EQ(result.chart_count, 1u) << seed;
+        EXPECT_EQ(judge(mesh, options, result, true, true).faults, std::vector<std::string>{});
+    }
 }
 
 TEST(StretchLimit, AtOneARingIsOneChart) {

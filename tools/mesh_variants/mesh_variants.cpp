@@ -8,8 +8,8 @@
 //   mesh_variants MESH.obj OUT.obj shuffle [SEED]       the same faces in another order
 //   mesh_variants MESH.obj OUT.obj rotate [SEED]        turned by a random rotation
 //
-// Polygons are split into fans, except by `shuffle` and `rotate`. Materials, normals and texture
-// coordinates are left out. The same arguments give the same file on every machine.
+// `reduce` and `cluster` split polygons into fans. Materials, normals and texture coordinates are
+// left out. The same arguments give the same file on every machine.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -335,10 +335,12 @@ bool change(Soup& soup, const std::string& how, double amount, uint32_t seed) {
         how == "shuffle" ? shuffle(soup, uint32_t(amount)) : rotate(soup, uint32_t(amount));
         return true;
     }
-    triangulate(soup);
-    if (how == "noise")
+    if (how == "noise") {
         add_noise(soup, amount, seed);
-    else if (how == "reduce")
+        return true;
+    }
+    triangulate(soup);
+    if (how == "reduce")
         Reducer(soup).run(size_t(amount));
     else if (how == "cluster")
         cluster(soup, int(amount));
