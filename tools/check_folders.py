@@ -18,7 +18,7 @@ OWN_FOLDER = re.compile(r"^\$\{CMAKE_CURRENT_(SOURCE|BINARY)_DIR\}/")
 def files_in(root, suffixes):
     for file in sorted(root.rglob("*")):
         path = file.relative_to(root)
-        if file.suffix in suffixes and path.parts[0] not in SKIPPED:
+        if file.suffix in suffixes and path.parts[0] not in SKIPPED and "node_modules" not in path.parts:
             yield file, path.as_posix()
 
 
