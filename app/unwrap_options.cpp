@@ -181,6 +181,14 @@ void check_ranges(const UnwrapSettingsRequest& s, std::vector<std::string>& warn
     check_range("ridge_angle", s.ridge_angle, 0.0, 180.0, warnings);
     check_range("adjacency_method", s.adjacency_method, 0, 1, warnings);
     check_range("epsilon", s.epsilon, 0.001, 1000.0, warnings);
+    const UnwrapSettingsRequest defaults;
+    const std::pair<const char*, bool> without_effect[] = {
+        {"charts", s.charts != defaults.charts},
+        {"adjacency_method", s.adjacency_method != defaults.adjacency_method},
+        {"epsilon", s.epsilon != defaults.epsilon}};
+    for (const auto& [name, is_used] : without_effect)
+        if (is_used)
+            warnings.push_back(std::string("--") + name + " is stored, but has no effect");
 }
 
 /// A file that this call reads or writes.

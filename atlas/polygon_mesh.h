@@ -51,6 +51,15 @@ struct Fault {
     char text[248] = "";       ///< one English sentence without a full stop; "" if ok
 };
 
+/// Texture coordinates that exist, for pack().
+struct PolygonUvs {
+    Array uvs;    ///< 2 float32 or float64 per corner, of the texture. Corners at one vertex (one
+                  ///< place, if the mesh is welded) with equal coordinates are connected
+    Array charts; ///< a uint32 per polygon, any numbers; equal ones are one chart. Not given:
+                  ///< polygons with a common corner are one chart
+    Array keep;   ///< a uint8 per polygon: its chart stays where it is, if not 0. Optional
+};
+
 /// An atlas of a polygon mesh.
 struct PolygonAtlas {
     Result triangles; ///< of the triangulated mesh; source_vertex holds the caller's vertices
@@ -58,6 +67,10 @@ struct PolygonAtlas {
     std::vector<uint32_t> corner_vertex;   ///< per corner of the caller's: its new vertex
     std::vector<uint32_t> neighbours;      ///< 3 per triangle, k_none at every chart border; empty
                                            ///< unless made by partition()
+    // Of pack(); see PackResult.
+    std::vector<PackedChart> packed; ///< per chart
+    std::vector<double> coverage;    ///< per tile
+    double texels_per_unit = 0;
 };
 
 enum class UvSpace {
@@ -72,6 +85,11 @@ Fault create(const PolygonMesh& mesh, const Options& options, UvSpace space,
 
 /// Partitions and flattens only; see atlas.h.
 Fault partition(const PolygonMesh& mesh, const Options& options, PolygonAtlas& atlas) noexcept;
+
+/// Packs charts that exist, without touching their shape; the coordinates are those of the final
+/// texture.
+Fault pack(const PolygonMesh& mesh, const PolygonUvs& uvs, const PackSettings& settings,
+           PolygonAtlas& atlas) noexcept;
 
 /// Triangulates the polygons in order.
 /// Shape:  triangle_corner[3*(corners - 2*polygons)].

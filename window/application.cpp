@@ -7,6 +7,7 @@
 #include "host/commands/session.h"
 #include "host/graph/plugins.h"
 #include "host/view/pixels.h"
+#include "window/preferences.h"
 
 #include <GLFW/glfw3.h>
 #include <algorithm>
@@ -21,6 +22,8 @@ namespace window {
 namespace {
 
 using host::script::Session;
+
+constexpr const char* k_scale_preference = "tessora_window_scale";
 
 std::string last_glfw_error() {
     const char* text = nullptr;
@@ -52,7 +55,7 @@ Application::Application(const LaunchOptions& options, std::string& error)
     session.ui().ask = [this](const std::string& title, const std::string& message,
                               const host::script::StringArray& buttons,
                               const std::string& preferred) {
-        return ask(title, message, buttons, preferred);
+        return ask(title, message, buttons, preferred, preferred);
     };
     error_lines_ = std::make_unique<app::LineBuffer>(
         [this](const std::string& line) { state_.console.print(line + "\n"); });
@@ -64,7 +67,11 @@ Application::Application(const LaunchOptions& options, std::string& error)
     host::set_notice_listener(this);
     // Before loading: only an interactive application runs a plug-in's UI procedures.
     host::graph::Plugins::current().mode = host::graph::AppMode::interactive;
-    app::load_plugin(error);
+    if (app::load_plugin(error))
+        state_.settings = read_settings();
+    shares_ = remembered_shares();
+    if (const double chosen = preference(k_scale_preference, 0.0); chosen > 0.0)
+        set_scale(chosen);
 }
 
 Application::~Application() {
@@ -102,29 +109,54 @@ bool Application::open_window(std::string& error) {
     glfwMakeContextCurrent(window_);
     glfwSwapInterval(1);
     glfwSetWindowUserPointer(window_, this);
-    glfwSetDropCallback(window_, [](GLFWwindow* window, int count, const char** paths) {
-        static_cast<Application*>(glfwGetWindowUserPointer(window))
-            ->dropped({paths, paths + count});
-    });
-    glfwSetKeyCallback(window_, [](GLFWwindow* window, int key, int, int action, int modifiers) {
-        auto* self = static_cast<Application*>(glfwGetWindowUserPointer(window));
-        self->note_alt(key, action);
-        const bool is_text = ImGui::GetIO().WantTextInput && key <= GLFW_KEY_GRAVE_ACCENT &&
-                             (modifiers & (GLFW_MOD_CONTROL | GLFW_MOD_ALT)) == 0;
-        if (action == GLFW_PRESS && key >= 0 && key < GLFW_KEY_LEFT_SHIFT && !is_text)
-            self->presses_.push_back({key, modifiers});
-    });
+    take_events();
     IMGUI_CHECKVERSION();
     ImGui::CreateContext();
     ImGuiIO& io = ImGui::GetIO();
     io.ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard;
     io.IniFilename = nullptr;
-    float scale = 1.0f, ignored = 1.0f;
-    glfwGetWindowContentScale(window_, &scale, &ignored);
-    state_.fonts = set_theme(scale);
+    io.ConfigInputTextCursorBlink = false; // the window draws nothing when nothing happens
+    float ignored = 1.0f;
+    glfwGetWindowContentScale(window_, &screen_scale_, &ignored);
+    state_.scale = screen_scale_;
+    state_.fonts = set_theme(state_.scale, state_.glyphs.characters());
     ImGui_ImplGlfw_InitForOpenGL(window_, true);
     ImGui_ImplOpenGL2_Init();
     return true;
+}
+
+/// Before ImGui installs its own handlers, which pass the events on to these.
+void Application::take_events() {
+    static constexpr auto self = [](GLFWwindow* window) {
+        return static_cast<Application*>(glfwGetWindowUserPointer(window));
+    };
+    glfwSetDropCallback(window_, [](GLFWwindow* window, int count, const char** paths) {
+        self(window)->dropped({paths, paths + count});
+    });
+    glfwSetKeyCallback(window_, [](GLFWwindow* window, int key, int, int action, int modifiers) {
+        self(window)->note_key(key, action, modifiers);
+    });
+    glfwSetMouseButtonCallback(window_,
+                               [](GLFWwindow* window, int button, int action, int modifiers) {
+                                   self(window)->note_button(button, action, modifiers);
+                               });
+    glfwSetCharCallback(window_, [](GLFWwindow* window, unsigned int character) {
+        self(window)->state_.glyphs.note(character);
+    });
+}
+
+/// 0: as the screen asks for.
+void Application::set_scale(double scale) {
+    set_preference(k_scale_preference, scale);
+    state_.scale = scale > 0.0 ? static_cast<float>(std::clamp(scale, 0.5, 4.0)) : screen_scale_;
+    wants_fonts_ = true;
+}
+
+void Application::load_fonts() {
+    wants_fonts_ = false;
+    state_.fonts = set_theme(state_.scale, state_.glyphs.characters());
+    ImGui_ImplOpenGL2_DestroyFontsTexture();
+    ImGui_ImplOpenGL2_CreateFontsTexture();
 }
 
 void Application::run_statements(const std::string& statements) {
@@ -133,6 +165,10 @@ void Application::run_statements(const std::string& statements) {
     state_.status_revision = state_.console.revision();
     const Session::Outcome outcome = Session::current().run(statements, "window");
     has_failed_ = !outcome.ok;
+    // What was opened is what the next command works on. Not an entry of the undo queue, which is
+    // empty after opening.
+    if (outcome.ok && statements.compare(0, 10, "file -open") == 0)
+        Session::current().run("if (size(`ls -sl`) == 0) select -all;", "window", false);
     std::string result;
     for (const std::string& text : outcome.value.flattened())
         result += (result.empty() ? "" : " ") + text;
@@ -147,6 +183,8 @@ void Application::run_statements(const std::string& statements) {
     const bool had_mesh = static_cast<bool>(state_.subject.shape);
     const auto* before = state_.subject.shape.get();
     state_.refresh();
+    for (const auto& line : state_.console.lines())
+        state_.glyphs.note(line.text);
     if (state_.subject.shape && (!had_mesh || before != state_.subject.shape.get()))
         panels_->frame_all();
     state_.status = summary(statements, map_revision);
@@ -175,26 +213,36 @@ std::string Application::summary(const std::string& statements, size_t map_revis
 }
 
 void Application::set_title() {
-    const Session::Outcome name = Session::current().run("file -q -sceneName", "window", false);
-    state_.scene_name = name.ok ? name.value.to_string() : std::string();
-    const std::string shown = state_.scene_name.empty()
+    const auto answer = [](const char* question) {
+        const Session::Outcome name = Session::current().run(question, "window", false);
+        return name.ok ? name.value.to_string() : std::string();
+    };
+    state_.scene_name = answer("file -q -sceneName");
+    const std::string before = state_.opened_name;
+    state_.opened_name = answer("file -q -location");
+    if (state_.opened_name == "unknown")
+        state_.opened_name.clear();
+    if (state_.opened_name != before && !state_.opened_name.empty())
+        add_recent_file(std::filesystem::absolute(state_.opened_name).lexically_normal().string());
+    const std::string shown = state_.opened_name.empty()
                                   ? std::string("untitled")
-                                  : std::filesystem::path(state_.scene_name).filename().string();
-    glfwSetWindowTitle(window_,
-                       (shown + (state_.is_modified ? " * - Tessora" : " - Tessora")).c_str());
+                                  : std::filesystem::path(state_.opened_name).filename().string();
+    state_.title = shown + (state_.is_modified ? " *" : "");
+    glfwSetWindowTitle(window_, (state_.title + " - Tessora").c_str());
 }
 
 void Application::start() {
     if (!options_.file.empty()) {
         const std::string statement = statement_for_file(options_.file, false);
         if (statement.empty())
-            state_.console.error(options_.file + ": not an .obj, .ma or .mel file.");
+            state_.console.error(refusal_of(options_.file));
         is_good_ = !statement.empty();
         state_.jobs.add(statement);
     }
     for (const std::string& statements : options_.statements)
         state_.jobs.add(statements);
     state_.refresh();
+    set_title();
 }
 
 void Application::after_first_frame() {
@@ -206,9 +254,13 @@ void Application::after_first_frame() {
 }
 
 void Application::main_loop() {
+    // ImGui needs some frames to show all effects of a key, such as a dialog with its focus, and
+    // one more for a moved pointer. Nothing is drawn when nothing happened.
+    constexpr int k_after_event = 6, k_after_motion = 2;
     bool is_first = true;
-    while (!ends_) {
+    for (int due = k_after_event; !ends_;) {
         frame(true);
+        --due;
         if (is_first && state_.jobs.is_empty()) {
             after_first_frame();
             is_first = false;
@@ -216,6 +268,7 @@ void Application::main_loop() {
         if (!state_.jobs.is_empty()) {
             state_.jobs.run_all();
             is_good_ = is_good_ && !(is_first && has_failed_);
+            due = k_after_event;
             continue;
         }
         if (glfwWindowShouldClose(window_)) {
@@ -224,9 +277,12 @@ void Application::main_loop() {
         }
         if (ends_)
             break;
-        if (presses_.empty() && !had_press_)
-            glfwWaitEventsTimeout(0.25);
-        frame(true); // ImGui shows some effects of an event one frame late
+        if (!input_.is_idle() || wants_fonts_)
+            due = k_after_event;
+        if (due > 0)
+            continue;
+        glfwWaitEvents();
+        due = input_.is_idle() ? k_after_motion : k_after_event;
     }
 }
 
@@ -239,7 +295,7 @@ bool Application::run() {
     frame(true);
     state_.jobs.run_all();
     is_good_ = is_good_ && !has_failed_;
-    for (int i = 0; i < 4; ++i) // ImGui needs some frames to settle window sizes
+    for (int i = 0; i < 5; ++i) // ImGui needs some frames to settle window sizes
         frame(true);
     after_first_frame();
     return write_screenshot() && is_good_;
@@ -275,7 +331,7 @@ void Application::changed(const host::ProgressState& progress) {
 bool Application::show(const char* caption, const char* text) {
     state_.console.warning(text);
     if (options_.screenshot.empty())
-        ask(caption, text, {"OK"}, "OK");
+        ask(caption, text, {"OK"}, "OK", "OK");
     return true;
 }
 

@@ -8,6 +8,8 @@
 #include "host/ui/progress_window.h"
 #include "window/dialogs.h"
 #include "window/file_chooser.h"
+#include "window/input_queue.h"
+#include "window/layout.h"
 #include "window/menu_bar.h"
 #include "window/model_panels.h"
 #include "window/side_panels.h"
@@ -50,6 +52,9 @@ private:
 
     // application.cpp: construction, main loop, statements
     bool open_window(std::string& error);
+    void take_events();
+    void set_scale(double scale);
+    void load_fonts();
     bool write_screenshot();
     void start();
     void run_statements(const std::string& statements);
@@ -62,24 +67,35 @@ private:
     void frame(bool is_live);
     void draw_everything(bool is_live);
     void draw_areas(bool is_live);
-    void draw_right(float left, float top, float width, float height, bool is_live);
+    void draw_left(const AreaBox& box, bool is_live);
+    void draw_right(const AreaBox& box, bool is_live);
+    void draw_uvs(const AreaBox& box, bool is_live);
+    bool draw_splitter(const char* name, const AreaBox& box, bool is_upright, float& share,
+                       float whole);
     void draw_status(float top, float width);
     void draw_help();
+    void draw_about();
     void draw_progress();
     void draw_question();
     void take_common_keys();
     void perform(Action action);
     void change_view(Action action);
     void step_chart(int by);
+    /// Returns the button that was pressed. Enter presses `preferred`, Escape `dismissal`.
     std::string ask(const std::string& title, const std::string& message,
-                    const std::vector<std::string>& buttons, const std::string& preferred);
+                    const std::vector<std::string>& buttons, const std::string& preferred,
+                    const std::string& dismissal);
 
     // files.cpp: opening, saving, exporting, dropped files
     void open_file(bool import);
-    void save(bool as_new);
+    void open_path(const std::string& path, bool import);
+    void save(bool as_new, std::function<void()> then = nullptr);
     void export_mesh();
-    void write(const std::string& path, const std::string& statement);
-    bool may_discard();
+    void write(const std::string& path, const std::string& statement,
+               std::function<void()> then = nullptr);
+    void run_now(const std::string& statement);
+    /// Calls `then` once the scene has no unsaved changes or the user discards them.
+    void unless_unsaved(std::function<void()> then);
     void dropped(const std::vector<std::string>& files);
 
     // Called by the host while a statement runs.
@@ -103,28 +119,29 @@ private:
     Clock::time_point last_progress_;
     Clock::duration drawing_time_{}; ///< of the last frame drawn while a statement ran
     bool is_in_frame_ = false;
-    /// Key presses with their modifiers, fed to ImGui one per frame, so that a press and release
-    /// between two frames is not missed.
-    struct KeyPress {
-        int key, modifiers;
-    };
-    std::vector<KeyPress> presses_;
-    bool had_press_ = false;    ///< the last frame saw a press, so this one must see the release
+    InputQueue input_;
     bool is_alt_alone_ = false; ///< Alt is down and nothing else was pressed since
     bool opens_menu_ = false;   ///< open the first menu in the next frame
     void note_alt(int key, int action);
-    void put_press();
+    void note_key(int key, int action, int modifiers);
+    void note_button(int button, int action, int modifiers);
+    void put_event();
+    void put_key(int key);
     void take_keys_as_they_are();
+    AreaShares shares_;
+    bool is_uv_alone_ = false; ///< the texture view fills the window
+    float screen_scale_ = 1.0f;
+    bool wants_fonts_ = false; ///< load the fonts anew before the next frame
     /// A modal question; `ask` draws frames until it is answered.
     struct Question {
-        std::string title, message, preferred;
+        std::string title, message, preferred, dismissal;
         std::vector<std::string> buttons;
     };
     const Question* question_ = nullptr;
     std::string answer_;
     Action action_ = Action::none;             ///< requested in this frame
     std::vector<std::function<void()>> later_; ///< calls postponed to the end of the frame
-    bool shows_help_ = false;
+    bool shows_help_ = false, shows_about_ = false;
     bool focuses_uvs_ = false, focuses_panels_ = false;
     bool ends_ = false;
     bool is_good_ = true;

@@ -2,6 +2,7 @@
 
 #include "host/script/value.h"
 
+#include <GLFW/glfw3.h>
 #include <algorithm>
 #include <cstdio>
 #include <imgui.h>
@@ -30,6 +31,17 @@ bool truth(const UiControl& control, const char* name, bool absent) {
     return value ? value->truth() : absent;
 }
 
+/// The button that Enter presses: the first one, in the order in which the script made them.
+const UiControl* first_button(const UiControl& parent) {
+    for (const auto& child : parent.children) {
+        if (child->type == "button" && truth(*child, "enable", true))
+            return child.get();
+        if (const UiControl* below = first_button(*child))
+            return below;
+    }
+    return nullptr;
+}
+
 std::string text_of(double value) {
     char text[40];
     std::snprintf(text, sizeof text, "%.9g", value);
@@ -55,7 +67,7 @@ void Dialogs::set(const UiControl& control, const std::string& value) {
 void Dialogs::label(const UiControl& control) {
     const std::string text = control.text("label");
     ImGui::AlignTextToFramePadding();
-    const float room = k_label_width - ImGui::CalcTextSize(text.c_str()).x;
+    const float room = k_label_width * state_->scale - ImGui::CalcTextSize(text.c_str()).x;
     ImGui::SetCursorPosX(ImGui::GetCursorPosX() + std::max(0.0f, room));
     ImGui::TextUnformatted(text.c_str());
     ImGui::SameLine(0.0f, 10.0f);
@@ -66,7 +78,7 @@ template <class DrawField>
 void Dialogs::draw_field(const UiControl& control, Editing& editing, DrawField draw) {
     if (!truth(control, "field", false))
         return;
-    ImGui::SetNextItemWidth(k_field_width);
+    ImGui::SetNextItemWidth(k_field_width * state_->scale);
     draw();
     state_->places.add_item("control/" + control.name);
     editing.note();
@@ -156,10 +168,20 @@ void Dialogs::draw_option_menu(const UiControl& control) {
     ImGui::EndCombo();
 }
 
+void Dialogs::press(const UiControl& button) {
+    state_->run_on_shown("uiPress " + host::script::quoted(button.name) + ";");
+}
+
 void Dialogs::draw_button(const UiControl& control, float width) {
+    const bool is_main = &control == main_button_;
+    if (is_main)
+        ImGui::PushStyleColor(ImGuiCol_Button, ImGui::GetStyle().Colors[ImGuiCol_Header]);
     if (ImGui::Button(control.text("label").c_str(), {width, 0.0f}))
-        state_->run("uiPress " + host::script::quoted(control.name) + ";");
+        press(control);
+    if (is_main)
+        ImGui::PopStyleColor();
     state_->places.add_item("control/" + control.name);
+    is_on_button_ = is_on_button_ || ImGui::IsItemFocused();
 }
 
 void Dialogs::draw_row(const UiControl& row) {
@@ -183,6 +205,24 @@ void Dialogs::draw_row(const UiControl& row) {
             draw_control(*child);
         ImGui::PopID();
     }
+}
+
+/// Shows a control's annotation while the pointer is on the control or its label.
+void Dialogs::draw_annotation(const UiControl& control) {
+    const std::string annotation = control.text("annotation");
+    if (annotation.empty() || ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup))
+        return;
+    const ImVec2 low = ImGui::GetItemRectMin(), high = ImGui::GetItemRectMax();
+    const float left = ImGui::GetWindowPos().x;
+    if (!ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) ||
+        !ImGui::IsMouseHoveringRect({left, low.y}, high))
+        return;
+    ImGui::BeginTooltip();
+    ImGui::PushTextWrapPos(24.0f * ImGui::GetFontSize());
+    ImGui::TextUnformatted(annotation.c_str());
+    ImGui::PopTextWrapPos();
+    ImGui::EndTooltip();
+    state_->places.add("tooltip/" + control.name, low.x, low.y, high.x - low.x, high.y - low.y);
 }
 
 void Dialogs::draw_control(const UiControl& control) {
@@ -216,9 +256,7 @@ void Dialogs::draw_control(const UiControl& control) {
     } else if (control.is_layout)
         draw_children(control);
     ImGui::EndDisabled();
-    const std::string annotation = control.text("annotation");
-    if (!annotation.empty() && ImGui::IsItemHovered())
-        ImGui::SetTooltip("%s", annotation.c_str());
+    draw_annotation(control);
 }
 
 void Dialogs::draw_children(const UiControl& parent) {
@@ -229,12 +267,29 @@ void Dialogs::draw_children(const UiControl& parent) {
     }
 }
 
+/// Draws a window's controls and takes Enter for its main button.
+void Dialogs::draw_contents(const UiControl& window, bool has_focus) {
+    main_button_ = first_button(window);
+    is_on_button_ = false;
+    const bool was_editing = ImGui::IsAnyItemActive();
+    draw_children(window);
+    const bool is_entered =
+        ImGui::IsKeyPressed(GLFW_KEY_ENTER, false) || ImGui::IsKeyPressed(GLFW_KEY_KP_ENTER, false);
+    // In a field Enter ends the editing; on a button shown as focused it presses that one.
+    if (has_focus && is_entered && main_button_ && !was_editing &&
+        !(is_on_button_ && ImGui::GetIO().NavVisible) &&
+        !ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup))
+        press(*main_button_);
+    main_button_ = nullptr;
+}
+
 void Dialogs::draw_window(const UiControl& window) {
-    ImVec2 size(420.0f, 0.0f);
+    ImVec2 size(420.0f * state_->scale, 0.0f);
     if (const host::script::Value* given = property(window, "widthHeight")) {
         const auto words = given->flattened();
         if (words.size() == 2)
-            size.x = std::clamp(std::strtof(words[0].c_str(), nullptr), 260.0f, 1200.0f);
+            size.x =
+                state_->scale * std::clamp(std::strtof(words[0].c_str(), nullptr), 260.0f, 1200.0f);
     }
     const ImVec2 middle = ImGui::GetMainViewport()->GetCenter();
     ImGui::SetNextWindowPos(middle, ImGuiCond_Appearing, {0.5f, 0.5f});
@@ -252,7 +307,7 @@ void Dialogs::draw_window(const UiControl& window) {
         const ImVec2 at = ImGui::GetWindowPos(), now = ImGui::GetWindowSize();
         state_->places.add("dialog/" + window.name, at.x, at.y, now.x, now.y);
         const bool has_focus = ImGui::IsWindowFocused(ImGuiFocusedFlags_RootAndChildWindows);
-        draw_children(window);
+        draw_contents(window, has_focus);
         if (has_focus && !ImGui::IsAnyItemActive() &&
             ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape), false) &&
             !ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup))

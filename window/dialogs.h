@@ -17,6 +17,7 @@ public:
 
 private:
     void draw_window(const host::UiControl& window);
+    void draw_contents(const host::UiControl& window, bool has_focus);
     void draw_children(const host::UiControl& parent);
     void draw_control(const host::UiControl& control);
     struct Editing;
@@ -28,11 +29,15 @@ private:
     void draw_check_box(const host::UiControl& control);
     void draw_option_menu(const host::UiControl& control);
     void draw_button(const host::UiControl& control, float width);
+    void draw_annotation(const host::UiControl& control);
+    void press(const host::UiControl& button);
     void draw_row(const host::UiControl& row);
     void label(const host::UiControl& control);
     void set(const host::UiControl& control, const std::string& value);
 
     State* state_ = nullptr;
+    const host::UiControl* main_button_ = nullptr; ///< of the window being drawn; null if none
+    bool is_on_button_ = false;                    ///< some button of that window has the focus
     /// Values being edited and not yet written to the model, by control name.
     std::map<std::string, float> reals_;
     std::map<std::string, int> integers_;

@@ -68,13 +68,14 @@ void FileChooser::choose() {
 }
 
 void FileChooser::draw_entries(State& state) {
-    ImGui::BeginChild("entries", {520.0f, 260.0f}, true);
+    ImGui::BeginChild("entries", {520.0f * state.scale, 260.0f * state.scale}, true);
     if (ImGui::Selectable("..")) {
         folder_ = fs::path(folder_).parent_path().string();
         path_ = (fs::path(folder_) / "").string();
         list();
     }
     for (size_t i = 0; i < entries_.size(); ++i) {
+        state.glyphs.note(entries_[i].name);
         const Entry entry = entries_[i];
         const std::string full = (fs::path(folder_) / entry.name).string();
         const std::string words = entry.name + (entry.is_folder ? "/" : "");
@@ -115,15 +116,15 @@ void FileChooser::draw(State& state) {
     draw_entries(state);
     if (ImGui::IsWindowAppearing())
         ImGui::SetKeyboardFocusHere();
-    ImGui::SetNextItemWidth(520.0f);
+    ImGui::SetNextItemWidth(520.0f * state.scale);
     const bool is_entered = ImGui::InputText(
         "##path", &path_, ImGuiInputTextFlags_EnterReturnsTrue | ImGuiInputTextFlags_AutoSelectAll);
     state.places.add_item("file/path");
-    if (ImGui::Button(button_.c_str(), {110.0f, 0.0f}) || is_entered)
+    if (ImGui::Button(button_.c_str(), {110.0f * state.scale, 0.0f}) || is_entered)
         choose();
     state.places.add_item("file/choose");
     ImGui::SameLine();
-    if (ImGui::Button("Cancel", {110.0f, 0.0f}) ||
+    if (ImGui::Button("Cancel", {110.0f * state.scale, 0.0f}) ||
         ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape))) {
         is_open_ = false;
         ImGui::CloseCurrentPopup();

@@ -15,34 +15,47 @@ std::string extension_of(const std::string& path) { return fs::path(path).extens
 } // namespace
 
 void Application::open_file(bool import) {
-    const std::string folder = state_.scene_name.empty() ? options_.file : state_.scene_name;
+    const std::string folder = state_.opened_name.empty() ? options_.file : state_.opened_name;
     const fs::path begin = fs::path(folder).parent_path() / "";
     chooser_.ask(import ? "Import" : "Open", import ? "Import" : "Open", begin.string(),
-                 {".obj", ".ma", ".mel"}, [this, import](const std::string& path) {
-                     const std::string statement = statement_for_file(path, import);
-                     if (statement.empty())
-                         state_.console.error(path + ": not an .obj, .ma or .mel file.");
-                     else
-                         later_.push_back([this, import, statement] {
-                             if (import || may_discard())
-                                 state_.run(statement);
-                         });
-                 });
+                 {".obj", ".ma", ".mel"},
+                 [this, import](const std::string& path) { open_path(path, import); });
 }
 
-void Application::save(bool as_new) {
-    if (!as_new && !state_.scene_name.empty())
-        return state_.run("file -save;");
+void Application::open_path(const std::string& path, bool import) {
+    const std::string statement = statement_for_file(path, import);
+    if (statement.empty())
+        return state_.console.error(refusal_of(path));
+    later_.push_back([this, import, statement] {
+        if (import)
+            state_.run(statement);
+        else
+            unless_unsaved([this, statement] { state_.run(statement); });
+    });
+}
+
+void Application::run_now(const std::string& statement) {
+    state_.run(statement);
+    state_.jobs.run_all();
+}
+
+void Application::save(bool as_new, std::function<void()> then) {
+    if (!as_new && !state_.scene_name.empty()) {
+        run_now("file -save;");
+        if (then && !has_failed_)
+            then();
+        return;
+    }
     fs::path suggested = state_.scene_name;
     if (suggested.empty())
-        suggested = fs::path(options_.file).replace_extension(".ma");
+        suggested = fs::path(state_.opened_name).replace_extension(".ma");
     if (suggested.empty())
         suggested = "untitled.ma";
     chooser_.ask("Save the scene", "Save", suggested.string(), {".ma"},
-                 [this](const std::string& path) {
+                 [this, then](const std::string& path) {
                      const std::string whole = extension_of(path).empty() ? path + ".ma" : path;
                      if (extension_of(whole) == ".ma")
-                         write(whole, "file -rename " + quoted(whole) + "; file -save;");
+                         write(whole, "file -rename " + quoted(whole) + "; file -save;", then);
                      else
                          state_.console.error(whole + ": scenes are saved as .ma; "
                                                       "File > Export mesh writes .obj.");
@@ -50,7 +63,8 @@ void Application::save(bool as_new) {
 }
 
 void Application::export_mesh() {
-    fs::path suggested = options_.file.empty() ? fs::path("mesh.obj") : fs::path(options_.file);
+    fs::path suggested =
+        state_.opened_name.empty() ? fs::path("mesh") : fs::path(state_.opened_name);
     suggested.replace_filename(suggested.stem().string() + "_uv.obj");
     chooser_.ask("Export the mesh", "Export", suggested.string(), {".obj"},
                  [this](const std::string& path) {
@@ -59,22 +73,31 @@ void Application::export_mesh() {
                  });
 }
 
-void Application::write(const std::string& path, const std::string& statement) {
-    later_.push_back([this, path, statement] {
+void Application::write(const std::string& path, const std::string& statement,
+                        std::function<void()> then) {
+    later_.push_back([this, path, statement, then] {
         std::error_code ignored;
-        if (path == state_.scene_name || !fs::exists(path, ignored) ||
-            ask("Replace the file", path + " exists already.", {"Replace it", "Cancel"},
-                "Cancel") == "Replace it")
-            state_.run(statement);
+        if (path != state_.scene_name && fs::exists(path, ignored) &&
+            ask("Replace the file", path + " exists already.", {"Replace it", "Cancel"}, "Cancel",
+                "Cancel") != "Replace it")
+            return;
+        run_now(statement);
+        if (then && !has_failed_)
+            then();
     });
 }
 
-bool Application::may_discard() {
+void Application::unless_unsaved(std::function<void()> then) {
     if (!state_.is_modified)
-        return true;
-    const std::string answer = ask("Unsaved changes", "The scene has changes that were not saved.",
-                                   {"Discard them", "Keep working"}, "Keep working");
-    return answer == "Discard them";
+        return then();
+    const std::string answer =
+        ask("Unsaved changes",
+            state_.title.substr(0, state_.title.rfind(" *")) + " has changes that were not saved.",
+            {"Save", "Discard them", "Keep working"}, "Save", "Keep working");
+    if (answer == "Save")
+        save(false, std::move(then));
+    else if (answer == "Discard them")
+        then();
 }
 
 void Application::dropped(const std::vector<std::string>& files) {
@@ -84,7 +107,7 @@ void Application::dropped(const std::vector<std::string>& files) {
     for (const std::string& statement : statements_for_drop(files, replaces, refused))
         state_.run(statement);
     for (const std::string& file : refused)
-        state_.console.error(file + ": not an .obj, .ma or .mel file.");
+        state_.console.error(refusal_of(file));
 }
 
 } // namespace window

@@ -1,4 +1,5 @@
 // Drawing one frame of the window, and the keyboard, actions and questions handled around it.
+#include "app/command.h"
 #include "host/commands/session.h"
 #include "host/ui/panels.h"
 #include "window/application.h"
@@ -7,13 +8,14 @@
 #include <algorithm>
 #include <backends/imgui_impl_glfw.h>
 #include <backends/imgui_impl_opengl2.h>
+#include <cmath>
 #include <cstdio>
 #include <imgui.h>
 
 namespace window {
 namespace {
 
-constexpr float k_gap = 2.0f; // pixels between areas
+constexpr float k_splitter = 5.0f; // pixels between areas, at scale 1
 
 constexpr ImGuiWindowFlags k_area = ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove |
                                     ImGuiWindowFlags_NoSavedSettings |
@@ -26,10 +28,11 @@ void begin_area(const char* name, float left, float top, float width, float heig
     ImGui::SetNextWindowSize({width, height});
     ImGui::PushStyleVar(ImGuiStyleVar_WindowRounding, 0.0f);
     ImGui::PushStyleVar(ImGuiStyleVar_WindowBorderSize, 0.0f);
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowMinSize, {1.0f, 1.0f});
     if (!has_padding)
         ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, {0.0f, 0.0f});
     ImGui::Begin(name, nullptr, k_area | more);
-    ImGui::PopStyleVar(has_padding ? 2 : 3);
+    ImGui::PopStyleVar(has_padding ? 3 : 4);
 }
 
 } // namespace
@@ -43,24 +46,49 @@ void Application::note_alt(int key, int action) {
         opens_menu_ = true;
 }
 
-void Application::put_press() {
+void Application::note_key(int key, int action, int modifiers) {
+    note_alt(key, action);
+    const bool is_text = ImGui::GetIO().WantTextInput && key <= GLFW_KEY_GRAVE_ACCENT &&
+                         (modifiers & (GLFW_MOD_CONTROL | GLFW_MOD_ALT)) == 0;
+    if (action == GLFW_PRESS && key >= 0 && key < GLFW_KEY_LEFT_SHIFT && !is_text)
+        input_.add({InputEvent::Kind::key_press, key, modifiers, 0.0, 0.0});
+}
+
+void Application::note_button(int button, int action, int modifiers) {
+    double x = 0.0, y = 0.0;
+    glfwGetCursorPos(window_, &x, &y);
+    input_.add(
+        {action == GLFW_PRESS ? InputEvent::Kind::button_press : InputEvent::Kind::button_release,
+         button, modifiers, x, y});
+}
+
+void Application::put_key(int key) {
     ImGuiIO& io = ImGui::GetIO();
-    for (const KeyPress& press : presses_)
-        io.KeysDown[press.key] = false;
-    if (presses_.empty() || had_press_) {
-        had_press_ = false;
-        return;
-    }
-    const KeyPress press = presses_.front();
-    presses_.erase(presses_.begin());
-    had_press_ = true;
-    io.KeysDown[press.key] = true;
+    io.KeysDown[key] = true;
     // ImGui activates the focused item on Space only; make Enter do the same.
-    if ((press.key == GLFW_KEY_ENTER || press.key == GLFW_KEY_KP_ENTER) && !io.WantTextInput)
+    if ((key == GLFW_KEY_ENTER || key == GLFW_KEY_KP_ENTER) && !io.WantTextInput)
         io.NavInputs[ImGuiNavInput_Activate] = 1.0f;
-    io.KeyCtrl = (press.modifiers & GLFW_MOD_CONTROL) != 0;
-    io.KeyShift = (press.modifiers & GLFW_MOD_SHIFT) != 0;
-    io.KeyAlt = (press.modifiers & GLFW_MOD_ALT) != 0;
+}
+
+/// Feeds ImGui the next event instead of the present state of keys and buttons.
+void Application::put_event() {
+    ImGuiIO& io = ImGui::GetIO();
+    for (int key = 0; key < GLFW_KEY_LEFT_SHIFT; ++key)
+        if (input_.is_waiting(key))
+            io.KeysDown[key] = false;
+    const std::optional<InputEvent> event = input_.next();
+    const InputEvent* place = event ? &*event : input_.waiting();
+    if (place && place->kind != InputEvent::Kind::key_press)
+        io.MousePos = {static_cast<float>(place->x), static_cast<float>(place->y)};
+    for (int button = 0; button < IM_ARRAYSIZE(io.MouseDown); ++button)
+        io.MouseDown[button] = input_.is_down(button);
+    if (!event)
+        return;
+    if (event->kind == InputEvent::Kind::key_press)
+        put_key(event->code);
+    io.KeyCtrl = (event->modifiers & GLFW_MOD_CONTROL) != 0;
+    io.KeyShift = (event->modifiers & GLFW_MOD_SHIFT) != 0;
+    io.KeyAlt = (event->modifiers & GLFW_MOD_ALT) != 0;
 }
 
 void Application::take_keys_as_they_are() {
@@ -79,9 +107,11 @@ void Application::frame(bool is_live) {
         return;
     is_in_frame_ = true;
     glfwPollEvents();
+    if (state_.glyphs.take_news() || wants_fonts_)
+        load_fonts();
     ImGui_ImplOpenGL2_NewFrame();
     ImGui_ImplGlfw_NewFrame();
-    put_press();
+    put_event();
     ImGui::NewFrame();
     state_.places.begin_frame();
     draw_everything(is_live);
@@ -120,6 +150,7 @@ void Application::draw_everything(bool is_live) {
     dialogs_.draw(state_, host::script::Session::current().ui().model, is_live);
     chooser_.draw(state_);
     draw_help();
+    draw_about();
     if (question_)
         draw_question();
     else if (!is_live && progress_.is_shown)
@@ -128,52 +159,101 @@ void Application::draw_everything(bool is_live) {
 
 void Application::draw_areas(bool is_live) {
     const ImGuiViewport* whole = ImGui::GetMainViewport();
-    const float top = whole->WorkPos.y + k_gap, width = whole->WorkSize.x;
-    const float status = ImGui::GetFrameHeight();
-    const float height = whole->WorkSize.y - k_gap - status;
-    const float right = std::clamp(0.34f * width, 340.0f, 720.0f);
-    const float left = width - right - k_gap;
-    const float console = std::clamp(0.2f * height, 110.0f, 260.0f);
+    const float gap = std::round(k_splitter * state_.scale), status = ImGui::GetFrameHeight();
+    const AreaBox box{0.0f, whole->WorkPos.y, whole->WorkSize.x, whole->WorkSize.y - status};
+    draw_status(box.top + box.height, box.width);
+    if (is_uv_alone_)
+        return draw_uvs(box, is_live);
+    const float right = std::round(shares_.right * box.width);
+    const float left = box.width - right - gap;
+    draw_left({0.0f, box.top, left, box.height}, is_live);
+    float share = shares_.right;
+    draw_splitter("columns", {left, box.top, gap, box.height}, true, share, -box.width);
+    draw_right({left + gap, box.top, right, box.height}, is_live);
+    shares_.right = share;
+    shares_.limit();
+}
+
+void Application::draw_left(const AreaBox& box, bool is_live) {
+    const float gap = std::round(k_splitter * state_.scale);
+    const float console = std::round(shares_.console * box.height);
+    const float panels = box.height - console - gap;
     if (focuses_panels_)
         ImGui::SetNextWindowFocus();
     focuses_panels_ = false;
-    begin_area("Panels", 0.0f, top, left, height - console - k_gap, false,
+    begin_area("Panels", box.left, box.top, box.width, panels, false,
                ImGuiWindowFlags_NoNavInputs | ImGuiWindowFlags_NoNavFocus);
     panels_->draw(is_live);
     ImGui::End();
-    begin_area("Console", 0.0f, top + height - console, left, console, true);
+    draw_splitter("console", {box.left, box.top + panels, box.width, gap}, false, shares_.console,
+                  -box.height);
+    begin_area("Console", box.left, box.top + panels + gap, box.width, console, true);
     ImGui::BeginDisabled(!is_live);
     console_.draw(state_);
     ImGui::EndDisabled();
     ImGui::End();
-    draw_right(left + k_gap, top, right, height, is_live);
-    draw_status(top + height, width);
 }
 
-void Application::draw_right(float left, float top, float width, float height, bool is_live) {
-    const float uvs = std::min(0.50f * height, width + 46.0f);
-    const float results = 6.0f * ImGui::GetTextLineHeightWithSpacing() + 20.0f;
+void Application::draw_uvs(const AreaBox& box, bool is_live) {
     if (focuses_uvs_)
         ImGui::SetNextWindowFocus();
     focuses_uvs_ = false;
-    begin_area("UVs", left, top, width, uvs, true, ImGuiWindowFlags_NoNavInputs);
-    uvs_->draw(state_, is_live);
+    begin_area("UVs", box.left, box.top, box.width, box.height, true, ImGuiWindowFlags_NoNavInputs);
+    if (uvs_->draw(state_, is_live))
+        later_.push_back([this] { change_view(Action::toggle_uv_alone); });
     ImGui::End();
-    begin_area("Results", left, top + uvs + k_gap, width, results, true);
+}
+
+void Application::draw_right(const AreaBox& box, bool is_live) {
+    const float gap = std::round(k_splitter * state_.scale);
+    const float uvs = std::round(shares_.texture * box.height);
+    const float results = std::round(shares_.results * box.height);
+    draw_uvs({box.left, box.top, box.width, uvs}, is_live);
+    draw_splitter("texture", {box.left, box.top + uvs, box.width, gap}, false, shares_.texture,
+                  box.height);
+    float top = box.top + uvs + gap;
+    begin_area("Results", box.left, top, box.width, results, true);
     draw_results(state_);
     ImGui::End();
-    begin_area("Attributes", left, top + uvs + results + 2.0f * k_gap, width,
-               height - uvs - results - 2.0f * k_gap, true);
+    top += results;
+    draw_splitter("results", {box.left, top, box.width, gap}, false, shares_.results, box.height);
+    top += gap;
+    begin_area("Attributes", box.left, top, box.width, box.top + box.height - top, true);
     ImGui::BeginDisabled(!is_live);
     attributes_.draw(state_);
     ImGui::EndDisabled();
     ImGui::End();
 }
 
+/// Draws the bar between two areas. Dragging it changes `share` by the way in relation to `whole`,
+/// which is negative if the share grows towards the left or the top. Returns whether it is dragged.
+bool Application::draw_splitter(const char* name, const AreaBox& box, bool is_upright, float& share,
+                                float whole) {
+    const std::string id = std::string("splitter/") + name;
+    begin_area(id.c_str(), box.left, box.top, box.width, box.height, false,
+               ImGuiWindowFlags_NoNavFocus | ImGuiWindowFlags_NoNavInputs |
+                   ImGuiWindowFlags_NoBackground);
+    ImGui::InvisibleButton(id.c_str(), {box.width, box.height});
+    const bool is_dragged = ImGui::IsItemActive();
+    if (is_dragged || ImGui::IsItemHovered()) {
+        ImGui::SetMouseCursor(is_upright ? ImGuiMouseCursor_ResizeEW : ImGuiMouseCursor_ResizeNS);
+        ImGui::GetWindowDrawList()->AddRectFilled(ImGui::GetItemRectMin(), ImGui::GetItemRectMax(),
+                                                  ImGui::GetColorU32(colour::accent));
+    }
+    const ImVec2 moved = ImGui::GetIO().MouseDelta;
+    if (is_dragged)
+        share += (is_upright ? moved.x : moved.y) / whole;
+    if (ImGui::IsItemDeactivated())
+        later_.push_back([this] { remember_shares(shares_); });
+    state_.places.add_item(id);
+    ImGui::End();
+    return is_dragged;
+}
+
 void Application::draw_status(float top, float width) {
     begin_area("Status", 0.0f, top, width, ImGui::GetFrameHeight(), true,
                ImGuiWindowFlags_NoNavFocus | ImGuiWindowFlags_NoNavInputs);
-    ImGui::SetCursorPosY(4.0f);
+    ImGui::SetCursorPosY(4.0f * state_.scale);
     ImGui::PushFont(state_.fonts.small);
     const Console::Line* last = state_.console.last(state_.status_revision);
     ImVec4 tone = colour::faint;
@@ -186,6 +266,7 @@ void Application::draw_status(float top, float width) {
                                                       : state_.status;
     ImGui::TextColored(tone, "%s", words.c_str());
     state_.places.add_item("status");
+    state_.places.add_item("title/" + state_.title);
     ImGui::PopFont();
     ImGui::End();
 }
@@ -217,10 +298,32 @@ void Application::draw_help() {
     ImGui::End();
 }
 
+void Application::draw_about() {
+    if (!shows_about_)
+        return;
+    ImGui::SetNextWindowPos(ImGui::GetMainViewport()->GetCenter(), ImGuiCond_Appearing,
+                            {0.5f, 0.5f});
+    if (ImGui::Begin("About Tessora", &shows_about_,
+                     ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_AlwaysAutoResize |
+                         ImGuiWindowFlags_NoSavedSettings)) {
+        ImGui::Text("Tessora %s", app::version());
+        state_.places.add_item("about");
+        ImGui::TextUnformatted(
+            "Automatic UV unwrapping: a plug-in, this window and a command line.\n"
+            "The README of the program tells what each can do; F1 shows the keys.");
+        ImGui::TextDisabled("Drawn by %s", glGetString(GL_RENDERER));
+        ImGui::TextDisabled("Dear ImGui %s, GLFW %s", ImGui::GetVersion(), glfwGetVersionString());
+        if (ImGui::Button("Close") ||
+            (ImGui::IsWindowFocused() && ImGui::IsKeyPressed(GLFW_KEY_ESCAPE, false)))
+            shows_about_ = false;
+    }
+    ImGui::End();
+}
+
 void Application::draw_progress() {
     const ImVec2 middle = ImGui::GetMainViewport()->GetCenter();
     ImGui::SetNextWindowPos(middle, ImGuiCond_Always, {0.5f, 0.5f});
-    ImGui::SetNextWindowSize({420.0f, 0.0f});
+    ImGui::SetNextWindowSize({420.0f * state_.scale, 0.0f});
     ImGui::SetNextWindowFocus();
     ImGui::Begin("###progress", nullptr,
                  ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_AlwaysAutoResize |
@@ -244,7 +347,8 @@ void Application::draw_progress() {
 
 void Application::draw_question() {
     ImGui::SetNextWindowPos(ImGui::GetMainViewport()->GetCenter(), ImGuiCond_Always, {0.5f, 0.5f});
-    ImGui::SetNextWindowSizeConstraints({320.0f, 0.0f}, {640.0f, 900.0f});
+    ImGui::SetNextWindowSizeConstraints({320.0f * state_.scale, 0.0f},
+                                        {640.0f * state_.scale, 900.0f * state_.scale});
     const std::string title = question_->title + "###question";
     if (!ImGui::IsPopupOpen("###question"))
         ImGui::OpenPopup("###question");
@@ -252,7 +356,7 @@ void Application::draw_question() {
                                 ImGuiWindowFlags_AlwaysAutoResize |
                                     ImGuiWindowFlags_NoSavedSettings))
         return;
-    ImGui::PushTextWrapPos(600.0f);
+    ImGui::PushTextWrapPos(600.0f * state_.scale);
     ImGui::TextUnformatted(question_->message.c_str());
     ImGui::PopTextWrapPos();
     ImGui::Dummy({0.0f, 6.0f});
@@ -269,8 +373,9 @@ void Application::draw_question() {
     // ImGui hides the keyboard focus after mouse use; Enter then means the preferred button.
     const bool is_entered =
         ImGui::IsKeyPressed(GLFW_KEY_ENTER, false) || ImGui::IsKeyPressed(GLFW_KEY_KP_ENTER, false);
-    if (ImGui::IsKeyPressed(GLFW_KEY_ESCAPE, false) ||
-        (is_entered && answer_.empty() && !ImGui::GetIO().NavVisible))
+    if (ImGui::IsKeyPressed(GLFW_KEY_ESCAPE, false))
+        answer_ = question_->dismissal;
+    else if (is_entered && answer_.empty() && !ImGui::GetIO().NavVisible)
         answer_ = question_->preferred;
     if (!answer_.empty())
         ImGui::CloseCurrentPopup();
@@ -278,21 +383,22 @@ void Application::draw_question() {
 }
 
 std::string Application::ask(const std::string& title, const std::string& message,
-                             const std::vector<std::string>& buttons,
-                             const std::string& preferred) {
+                             const std::vector<std::string>& buttons, const std::string& preferred,
+                             const std::string& dismissal) {
     if (is_in_frame_ || question_ || !options_.screenshot.empty())
-        return preferred; // the question cannot be shown: no further frame can be drawn
-    const Question question{title, message, preferred, buttons};
+        return dismissal; // the question cannot be shown: no further frame can be drawn
+    state_.glyphs.note(title + message);
+    const Question question{title, message, preferred, dismissal, buttons};
     question_ = &question;
     answer_.clear();
     while (answer_.empty() && !glfwWindowShouldClose(window_)) {
         frame(false);
-        if (answer_.empty())
+        if (answer_.empty() && input_.is_idle())
             glfwWaitEventsTimeout(0.1);
     }
     question_ = nullptr;
     frame(false); // removes the question from the screen before the statement continues
-    return answer_.empty() ? preferred : answer_;
+    return answer_.empty() ? dismissal : answer_;
 }
 
 void Application::step_chart(int by) {
@@ -315,14 +421,17 @@ void Application::take_common_keys() {
                 panels_->choose(panel);
     if (ImGui::IsKeyPressed(GLFW_KEY_ESCAPE, false))
         state_.chosen = k_none;
+    if (state_.wanted_scale >= 0.0)
+        set_scale(state_.wanted_scale);
+    state_.wanted_scale = -1.0;
+    if (!state_.wanted_file.empty())
+        open_path(std::exchange(state_.wanted_file, std::string()), false);
 }
 
 void Application::perform(Action action) {
     switch (action) {
     case Action::new_scene:
-        if (may_discard())
-            state_.run("file -new -force;");
-        break;
+        return unless_unsaved([this] { state_.run("file -new -force;"); });
     case Action::open:
     case Action::import:
         return open_file(action == Action::import);
@@ -332,8 +441,7 @@ void Application::perform(Action action) {
     case Action::export_mesh:
         return export_mesh();
     case Action::quit:
-        ends_ = may_discard();
-        break;
+        return unless_unsaved([this] { ends_ = true; });
     default:
         change_view(action);
     }
@@ -365,6 +473,13 @@ void Application::change_view(Action action) {
         break;
     case Action::help:
         shows_help_ = !shows_help_;
+        break;
+    case Action::about:
+        shows_about_ = true;
+        break;
+    case Action::toggle_uv_alone:
+        is_uv_alone_ = !is_uv_alone_;
+        focuses_uvs_ = true;
         break;
     default:
         break;

@@ -1,8 +1,10 @@
 #include "window/menu_bar.h"
 
 #include "host/ui/menus.h"
+#include "window/preferences.h"
 
 #include <GLFW/glfw3.h>
+#include <filesystem>
 #include <imgui.h>
 
 namespace window {
@@ -31,7 +33,8 @@ constexpr Item k_create[] = {{"Cube", nullptr, Action::none, "polyCube;"},
                              {"Torus", nullptr, Action::none, "polyTorus;"},
                              {"Plane", nullptr, Action::none, "polyPlane;"}};
 constexpr Item k_display[] = {{"Frame all", "A", Action::frame_all, nullptr},
-                              {"One panel or four", "Space", Action::toggle_alone, nullptr}};
+                              {"One panel or four", "Space", Action::toggle_alone, nullptr},
+                              {"Texture alone", nullptr, Action::toggle_uv_alone, nullptr}};
 constexpr Item k_window[] = {{"Panels", "F2", Action::focus_panels, nullptr},
                              {"UVs", "F3", Action::focus_uv, nullptr},
                              {"Attributes", "F4", Action::focus_attributes, nullptr},
@@ -39,7 +42,8 @@ constexpr Item k_window[] = {{"Panels", "F2", Action::focus_panels, nullptr},
                              {nullptr, nullptr, Action::none, nullptr},
                              {"Next chart", "]", Action::next_chart, nullptr},
                              {"Previous chart", "[", Action::previous_chart, nullptr}};
-constexpr Item k_help[] = {{"Keyboard and mouse", "F1", Action::help, nullptr}};
+constexpr Item k_help[] = {{"Keyboard and mouse", "F1", Action::help, nullptr},
+                           {"About Tessora", nullptr, Action::about, nullptr}};
 
 template <size_t N>
 Action draw_items(State& state, const Item (&items)[N]) {
@@ -75,8 +79,6 @@ void draw_edit(State& state) {
     state.places.add_item("menuitem/Select all");
     if (ImGui::MenuItem("Delete", "Del"))
         state.run("delete;");
-    if (ImGui::MenuItem("Delete history", nullptr))
-        state.run("delete -constructionHistory;");
 }
 
 void draw_display(State& state) {
@@ -87,6 +89,64 @@ void draw_display(State& state) {
             state.display = static_cast<Display>(i);
         state.places.add_item(std::string("menuitem/") + k_display_names[i]);
     }
+}
+
+void draw_scales(State& state) {
+    const bool is_open = ImGui::BeginMenu("Size of everything");
+    state.places.add_item("menuitem/Size of everything");
+    if (!is_open)
+        return;
+    if (ImGui::MenuItem("As the screen asks"))
+        state.wanted_scale = 0.0;
+    state.places.add_item("menuitem/As the screen asks");
+    for (const int percent : {75, 100, 125, 150, 175, 200, 250, 300}) {
+        const std::string label = std::to_string(percent) + " %";
+        const bool is_on = std::abs(100.0f * state.scale - static_cast<float>(percent)) < 1.0f;
+        if (ImGui::MenuItem(label.c_str(), nullptr, is_on))
+            state.wanted_scale = 0.01 * percent;
+        state.places.add_item("menuitem/" + label);
+    }
+    ImGui::EndMenu();
+}
+
+void draw_recent(State& state) {
+    const bool is_open = ImGui::BeginMenu("Open recent");
+    state.places.add_item("menuitem/Open recent");
+    if (!is_open)
+        return;
+    const std::vector<std::string> files = recent_files();
+    if (files.empty())
+        ImGui::TextDisabled("None yet");
+    for (const std::string& file : files) {
+        state.glyphs.note(file);
+        const std::string name = std::filesystem::path(file).filename().string();
+        if (ImGui::MenuItem((name + "###" + file).c_str()))
+            state.wanted_file = file;
+        state.places.add_item("menuitem/" + name);
+        if (ImGui::IsItemHovered())
+            ImGui::SetTooltip("%s", file.c_str());
+    }
+    ImGui::EndMenu();
+}
+
+Action draw_file(State& state) {
+    draw_recent(state);
+    return draw_items(state, k_file);
+}
+
+/// What can be done with the mesh that is shown.
+void draw_mesh(State& state) {
+    const bool has_mesh = static_cast<bool>(state.subject.shape);
+    const auto item = [&](const char* label, const char* keys, bool is_enabled,
+                          const std::string& statements) {
+        if (ImGui::MenuItem(label, keys, false, is_enabled))
+            state.run_on_shown(statements);
+        state.places.add_item(std::string("menuitem/") + label);
+    };
+    item("Unwrap", nullptr, has_mesh, "tessora;");
+    item("Unwrap again", nullptr, static_cast<bool>(state.subject.node), state.unwrap_again());
+    ImGui::Separator();
+    item("Delete history", nullptr, has_mesh, "delete -constructionHistory;");
 }
 
 /// "mainModifyMenu" -> "Modify".
@@ -101,7 +161,7 @@ std::string label_of(const std::string& menu) {
 
 Action draw_own(State& state, const std::string& label) {
     if (label == "File")
-        return draw_items(state, k_file);
+        return draw_file(state);
     if (label == "Create")
         return draw_items(state, k_create);
     if (label == "Window")
@@ -110,9 +170,12 @@ Action draw_own(State& state, const std::string& label) {
         return draw_items(state, k_help);
     if (label == "Edit")
         draw_edit(state);
+    if (label == "Mesh")
+        draw_mesh(state);
     if (label == "Display") {
         const Action action = draw_items(state, k_display);
         draw_display(state);
+        draw_scales(state);
         return action;
     }
     return Action::none;
@@ -132,7 +195,7 @@ void draw_added(State& state, const std::string& menu, bool has_own) {
     for (const host::MenuItem& item : items) {
         const char* keys = item.label == "Tessora" ? "Ctrl+U" : nullptr;
         if (ImGui::MenuItem((item.label + "###" + item.name).c_str(), keys))
-            state.run(item.command);
+            state.run_on_shown(item.command);
         state.places.add_item("menuitem/" + item.label);
     }
 }
@@ -140,7 +203,7 @@ void draw_added(State& state, const std::string& menu, bool has_own) {
 void run_menu_item(State& state, const std::string& menu, const char* label) {
     for (const host::MenuItem& item : host::MenuTree::current().items(menu))
         if (item.label == label)
-            return state.run(item.command);
+            return state.run_on_shown(item.command);
     state.console.warning(std::string("The menu has no item ") + label + ".");
 }
 
@@ -233,6 +296,7 @@ const std::vector<Shortcut>& shortcuts() {
         {"Ctrl+Q", "quit"},
         {"Alt or F10, arrows, Enter", "the menus"},
         {"Tab, Shift+Tab, arrows, Space", "from control to control in a dialog or panel"},
+        {"Enter, Esc", "the main button of a dialog; close it"},
         {"Ctrl+Tab", "from window to window"},
         {"F2, F3, F4, F5", "to the panels, the UVs, the attributes, the console"},
         {"4, 5, 6, 7", "show plain, charts, checker, stretch"},
@@ -248,6 +312,7 @@ const std::vector<Shortcut>& shortcuts() {
         {"", ""},
         {"In the UVs", ""},
         {"drag, arrows; wheel, + and -", "move; zoom"},
+        {"Space", "the texture alone, or beside the panels"},
         {"F, A", "show the lit chart, show everything"},
         {"", ""},
         {"In the console", ""},

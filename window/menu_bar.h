@@ -26,8 +26,10 @@ enum class Action {
     focus_console,
     next_chart,
     previous_chart,
+    toggle_uv_alone,
     open_menu,
-    help
+    help,
+    about
 };
 
 /// Draws the bar and returns the picked action. `opens`: open the first menu for keyboard use.

@@ -109,6 +109,20 @@ void draw_remarks(State& state) {
     state.places.add_item("result/Chart");
 }
 
+/// Shows the tooltip of a row.
+void explain(const ShownAttribute& row) {
+    if (row.help.empty() && !row.has_changed)
+        return;
+    ImGui::BeginTooltip();
+    ImGui::PushTextWrapPos(24.0f * ImGui::GetFontSize());
+    if (!row.help.empty())
+        ImGui::TextUnformatted(row.help.c_str());
+    if (row.has_changed)
+        ImGui::TextUnformatted("The UVs were made with another value.");
+    ImGui::PopTextWrapPos();
+    ImGui::EndTooltip();
+}
+
 } // namespace
 
 void draw_results(State& state) {
@@ -182,14 +196,19 @@ void AttributePanel::draw_row(State& state, const ShownAttribute& row) {
     const ImVec4 tone = row.has_changed ? colour::warm
                         : row.is_input  ? colour::text
                                         : colour::faint;
-    ImGui::TextColored(tone, "%s", nice(row.name).c_str());
-    if (row.has_changed && ImGui::IsItemHovered())
-        ImGui::SetTooltip("The UVs were made with another value.");
+    const std::string label = row.label.empty() ? nice(row.name) : row.label;
+    ImGui::TextColored(row.has_effect ? tone : colour::faint, "%s%s", label.c_str(),
+                       row.has_effect ? "" : " (no effect)");
+    state.places.add_item("label/" + row.name);
+    if (ImGui::IsItemHovered())
+        explain(row);
     ImGui::TableNextColumn();
     ImGui::PushID(row.plug.c_str());
     ImGui::BeginDisabled(!row.is_input);
     draw_value(state, row);
     ImGui::EndDisabled();
+    if (ImGui::IsItemHovered(ImGuiHoveredFlags_AllowWhenDisabled))
+        explain(row);
     ImGui::PopID();
 }
 
@@ -201,7 +220,7 @@ void AttributePanel::draw_head(State& state) const {
         if (state.has_changed_rows)
             ImGui::PopStyleColor();
         if (is_pressed)
-            state.run("setAttr \"" + state.rows_node + "." + k_skip_attribute + "\" 0;");
+            state.run(state.unwrap_again());
         state.places.add_item("attribute/Unwrap again");
         ImGui::SameLine();
     }

@@ -104,7 +104,35 @@ void State::take_rows() {
     rows_node = node->name_text();
     for (host::graph::Slot* slot : editable_slots(*node))
         rows.push_back(row_of(*slot, rows_node));
+    if (subject.node)
+        explain_rows();
     compare_rows();
+}
+
+/// Labels the settings of the unwrap node and puts them first, in the order of the dialog; all else
+/// but the drawing of seams is kept by the node itself and cannot be edited.
+void State::explain_rows() {
+    const auto rank = [this](const ShownAttribute& row) {
+        const auto setting = settings.find(row.name);
+        return setting != settings.end() ? setting->second.row : row.is_input ? 1000 : 1001;
+    };
+    for (ShownAttribute& row : rows) {
+        const auto setting = settings.find(row.name);
+        if (setting != settings.end()) {
+            row.label = setting->second.label;
+            row.help = setting->second.help;
+            row.has_effect = setting->second.has_effect;
+        } else if (row.name == "Visualization") {
+            row.label = "Show seams";
+            row.help = "Draws the seams of the unwrap in the model panels. Default: on.";
+        } else {
+            row.is_input = false;
+            row.help = "Kept by the node; it cannot be edited here.";
+        }
+    }
+    std::stable_sort(
+        rows.begin(), rows.end(),
+        [&](const ShownAttribute& a, const ShownAttribute& b) { return rank(a) < rank(b); });
 }
 
 void State::compare_rows() {
@@ -138,6 +166,14 @@ MeshPicker& State::mesh_picker() {
 void State::run(const std::string& statements) {
     if (!jobs.add(statements))
         console.warning("Something is being computed; \"" + statements + "\" was not run.");
+}
+
+void State::run_on_shown(const std::string& statements) {
+    if (host::graph::Scene::current().selection().empty() && subject.shape) {
+        auto* shape = subject.shape->as_dag_node();
+        run("select " + host::script::quoted(host::graph::full_name(shape->path())) + ";");
+    }
+    run(statements);
 }
 
 uint32_t chart_colour(uint32_t chart) {

@@ -5,9 +5,11 @@
 #pragma once
 
 #include "window/console.h"
+#include "window/glyphs.h"
 #include "window/jobs.h"
 #include "window/mesh_picker.h"
 #include "window/places.h"
+#include "window/settings.h"
 #include "window/subject.h"
 #include "window/theme.h"
 #include "window/uv_map.h"
@@ -30,6 +32,9 @@ inline constexpr const char* k_skip_attribute = "Skip_compute";
 struct ShownAttribute {
     std::string plug; ///< "node.attribute"
     std::string name;
+    std::string label; ///< of a setting of the unwrap; else empty
+    std::string help;  ///< what the attribute means; empty if unknown
+    bool has_effect = true;
     enum class Kind { boolean, integer, real, text } kind = Kind::real;
     bool is_input = true;
     bool has_changed = false; ///< differs from the value that the current UVs were made with
@@ -45,6 +50,9 @@ struct State {
     Jobs jobs;
     Places places;
     Fonts fonts;
+    float scale = 1.0f; ///< of everything that is drawn; 1 for 96 dpi
+    Glyphs glyphs;      ///< characters of names that are shown
+    std::map<std::string, Setting> settings;
 
     Subject subject;
     UvMap map;
@@ -54,12 +62,17 @@ struct State {
     std::string rows_node;
     bool has_changed_rows = false;    ///< some row has_changed
     std::string undo_name, redo_name; ///< empty: nothing to undo or redo
-    std::string scene_name;           ///< the scene's file
+    std::string scene_name;           ///< the scene's file; empty if it was never saved
+    std::string opened_name;          ///< the mesh or scene file that was opened; else empty
     bool is_modified = false;
+    std::string title;          ///< the opened file's name, with a star if modified
     std::string status;         ///< summary of the last statement; console messages take precedence
     size_t status_revision = 0; ///< the console's revision when that statement began
     size_t map_revision = 0;    ///< increases when `map` changes
     size_t scene_revision = 0;  ///< increases with every refresh
+
+    double wanted_scale = -1.0; ///< picked in the menu; 0: as the screen asks for, negative: none
+    std::string wanted_file;    ///< picked from the recent files; empty if none
 
     Display display = Display::charts;
     uint32_t hovered = k_none; ///< the chart under the pointer, in any panel
@@ -70,9 +83,15 @@ struct State {
     /// Updates the snapshot from the scene, without evaluating nodes.
     void refresh();
     MeshPicker& mesh_picker();
+    /// The statement that makes the unwrap node compute again; there must be one.
+    std::string unwrap_again() const {
+        return "setAttr \"" + rows_node + "." + k_skip_attribute + "\" 0;";
+    }
 
     /// Enqueues statements; warns in the console if refused because a statement is running.
     void run(const std::string& statements);
+    /// Enqueues statements that work on the selection; if nothing is selected, on the mesh shown.
+    void run_on_shown(const std::string& statements);
 
 private:
     /// UVs of a node and the attributes at the time the window first saw these UVs.
@@ -82,6 +101,7 @@ private:
         std::vector<ShownAttribute> rows;
     };
     void take_rows();
+    void explain_rows();
     void compare_rows();
     std::map<std::string, UsedSettings> used_settings_; ///< by node
 };

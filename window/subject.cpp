@@ -143,6 +143,10 @@ std::string statement_for_file(const std::string& path, bool import) {
     return (import ? "file -import " : "file -open -force ") + name + ";";
 }
 
+std::string refusal_of(const std::string& path) {
+    return path + ": not an .obj, .ma or .mel file.";
+}
+
 std::vector<std::string> statements_for_drop(const std::vector<std::string>& paths, bool replaces,
                                              std::vector<std::string>& refused) {
     std::vector<std::string> statements;

@@ -44,6 +44,9 @@ std::vector<host::graph::Slot*> editable_slots(host::graph::Node& node);
 /// any other extension.
 std::string statement_for_file(const std::string& path, bool import);
 
+/// Why a file for which `statement_for_file` has no statement is not opened.
+std::string refusal_of(const std::string& path);
+
 /// Statements for files dropped on the window, in order. If `replaces`, the first mesh or scene
 /// replaces the current scene; all others are imported. `refused` receives files of other types.
 std::vector<std::string> statements_for_drop(const std::vector<std::string>& paths, bool replaces,

@@ -2,25 +2,60 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace window {
 namespace {
 
-/// Loads the first of `files` that exists, else ImGui's default font.
-ImFont* load_font(std::initializer_list<const char*> files, float pixels) {
-    // Latin letters, dashes, the ellipsis, arrows and the multiplication sign.
-    static const ImWchar k_ranges[] = {0x20,   0xFF,   0x2010, 0x2027, 0x2190,
-                                       0x2193, 0x00D7, 0x00D7, 0};
-    ImGuiIO& io = ImGui::GetIO();
-    for (const char* file : files) {
-        std::error_code failure;
-        if (std::filesystem::exists(file, failure))
-            if (ImFont* font = io.Fonts->AddFontFromFileTTF(file, pixels, nullptr, k_ranges))
-                return font;
-    }
+/// Fonts that are asked for characters that the main font lacks.
+constexpr const char* k_other_fonts[] = {
+    "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf",
+    "/usr/share/fonts-droid-fallback/truetype/DroidSansFallback.ttf",
+    "/usr/share/fonts/truetype/droid/DroidSansFallbackFull.ttf",
+    "/usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc",
+};
+
+bool exists(const char* file) {
+    std::error_code failure;
+    return std::filesystem::exists(file, failure);
+}
+
+/// Adds characters to the font loaded last. `ranges` must outlive the building of the fonts.
+void add_characters(float pixels, const ImWchar* ranges) {
     ImFontConfig config;
-    config.SizePixels = pixels;
-    return io.Fonts->AddFontDefault(&config);
+    config.MergeMode = true;
+    for (const char* file : k_other_fonts)
+        if (exists(file))
+            ImGui::GetIO().Fonts->AddFontFromFileTTF(file, pixels, &config, ranges);
+}
+
+/// Loads the first of `files` that exists, else ImGui's default font. `ranges`: pairs of first and
+/// last characters, 0 at the end.
+ImFont* load_font(std::initializer_list<const char*> files, float pixels,
+                  const std::vector<ImWchar>& ranges, bool has_more) {
+    ImGuiIO& io = ImGui::GetIO();
+    ImFont* font = nullptr;
+    for (const char* file : files)
+        if (!font && exists(file))
+            font = io.Fonts->AddFontFromFileTTF(file, pixels, nullptr, ranges.data());
+    if (!font) {
+        ImFontConfig config;
+        config.SizePixels = pixels;
+        font = io.Fonts->AddFontDefault(&config);
+    }
+    if (has_more)
+        add_characters(pixels, ranges.data());
+    return font;
+}
+
+/// Latin letters, dashes, the ellipsis, arrows, and the given characters.
+const std::vector<ImWchar>& ranges_with(const std::set<uint16_t>& characters) {
+    static std::vector<ImWchar> ranges; // ImGui reads it when it builds the fonts
+    ranges = {0x20, 0xFF, 0x2010, 0x2027, 0x2190, 0x2193};
+    for (const uint16_t character : characters)
+        ranges.insert(ranges.end(), {character, character});
+    ranges.push_back(0);
+    return ranges;
 }
 
 /// Table: ImGui's colours.
@@ -77,17 +112,20 @@ void set_colours(ImVec4* colours) {
 
 } // namespace
 
-Fonts set_theme(float scale) {
+Fonts set_theme(float scale, const std::set<uint16_t>& characters) {
     Fonts fonts;
+    const std::vector<ImWchar>& ranges = ranges_with(characters);
+    const bool has_more = !characters.empty();
+    ImGui::GetIO().Fonts->Clear();
     const auto text_font = {"/usr/share/fonts/opentype/inter/Inter-Regular.otf",
                             "/usr/share/fonts/truetype/inter/Inter-Regular.ttf",
                             "/usr/share/fonts/truetype/noto/NotoSans-Regular.ttf",
                             "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"};
-    fonts.text = load_font(text_font, 15.0f * scale);
-    fonts.small = load_font(text_font, 13.0f * scale);
+    fonts.text = load_font(text_font, 15.0f * scale, ranges, has_more);
+    fonts.small = load_font(text_font, 13.0f * scale, ranges, has_more);
     fonts.mono = load_font({"/usr/share/fonts/truetype/dejavu/DejaVuSansMono.ttf",
                             "/usr/share/fonts/truetype/liberation/LiberationMono-Regular.ttf"},
-                           13.0f * scale);
+                           13.0f * scale, ranges, has_more);
     ImGuiStyle& style = ImGui::GetStyle();
     style = ImGuiStyle();
     style.WindowPadding = {10.0f, 8.0f};

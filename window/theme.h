@@ -1,7 +1,9 @@
 /// The window's colours, fonts and spacing.
 #pragma once
 
+#include <cstdint>
 #include <imgui.h>
+#include <set>
 
 namespace window {
 
@@ -26,7 +28,8 @@ struct Fonts {
 };
 
 /// Loads fonts (the system's, else ImGui's own) and sets style and colours. `scale`: the screen's
-/// content scale, 1 for 96 dpi.
-Fonts set_theme(float scale);
+/// content scale, 1 for 96 dpi. `characters`: what the fonts must hold besides Latin letters; those
+/// that no installed font has are shown as "?".
+Fonts set_theme(float scale, const std::set<uint16_t>& characters);
 
 } // namespace window

@@ -15,6 +15,7 @@ void UvPanel::frame_all(const State& state) {
         box.high[axis] = std::max(1.0, state.map.box().high[axis]);
     }
     view_.frame(box);
+    is_whole_ = true;
     wants_paint_ = true;
 }
 
@@ -39,7 +40,8 @@ void UvPanel::header(State& state) {
     state.places.add_item("display/Texels");
 }
 
-void UvPanel::keys(State& state) {
+/// Returns whether Space was pressed.
+bool UvPanel::keys(State& state) {
     const double step = 24.0;
     const std::pair<int, std::pair<double, double>> moves[] = {{GLFW_KEY_LEFT, {step, 0.0}},
                                                                {GLFW_KEY_RIGHT, {-step, 0.0}},
@@ -48,6 +50,7 @@ void UvPanel::keys(State& state) {
     for (const auto& [key, by] : moves)
         if (ImGui::IsKeyPressed(key)) {
             view_.pan(by.first, by.second);
+            is_whole_ = false;
             wants_paint_ = true;
         }
     for (const auto& [key, factor] :
@@ -55,17 +58,21 @@ void UvPanel::keys(State& state) {
           std::pair(GLFW_KEY_MINUS, 0.8), std::pair(GLFW_KEY_KP_SUBTRACT, 0.8)})
         if (ImGui::IsKeyPressed(key)) {
             view_.zoom(factor, 0.5 * view_.width(), 0.5 * view_.height());
+            is_whole_ = false;
             wants_paint_ = true;
         }
     if (ImGui::IsKeyPressed(GLFW_KEY_A))
         frame_all(state);
     if (ImGui::IsKeyPressed(GLFW_KEY_F)) {
-        if (state.lit() != k_none)
-            view_.frame(state.map.charts()[state.lit()].box);
-        else
+        if (state.lit() == k_none) {
             frame_all(state);
+        } else {
+            view_.frame(state.map.charts()[state.lit()].box);
+            is_whole_ = false;
+        }
         wants_paint_ = true;
     }
+    return ImGui::IsKeyPressed(GLFW_KEY_SPACE, false);
 }
 
 void UvPanel::react(State& state, float left, float top) {
@@ -79,10 +86,12 @@ void UvPanel::react(State& state, float left, float top) {
                        0.5 * view_.width(), 0.5 * view_.height());
         else
             view_.pan(static_cast<double>(io.MouseDelta.x), static_cast<double>(io.MouseDelta.y));
+        is_whole_ = false;
         wants_paint_ = true;
     }
     if (is_over && io.MouseWheel != 0.0f) {
         view_.zoom(std::pow(1.18, static_cast<double>(io.MouseWheel)), x, y);
+        is_whole_ = false;
         wants_paint_ = true;
     }
     if (was_over_ && !is_over)
@@ -143,7 +152,7 @@ void UvPanel::draw_legend(const State& state, float right, float middle) const {
                       ImGui::GetColorU32(colour::text), words);
         return end - size.x - 6.0f;
     };
-    const float bar = std::min(140.0f, 0.3f * static_cast<float>(view_.width()));
+    const float bar = std::min(140.0f * state.scale, 0.3f * static_cast<float>(view_.width()));
     const float end = put("2", right - 8.0f);
     for (int i = 0; i < static_cast<int>(bar); ++i) {
         const float stretch = std::pow(2.0f, 2.0f * static_cast<float>(i) / bar - 1.0f);
@@ -172,25 +181,37 @@ void UvPanel::fit(const State& state, int width, int height) {
     const bool has_other_size = target_.resize(width, height);
     if (has_other_size)
         view_.resize(width, height);
-    if (has_other_shape || (has_other_size && !is_framed_))
+    if (has_other_shape || (has_other_size && is_whole_))
         frame_all(state);
     wants_paint_ = wants_paint_ || has_other_size;
-    is_framed_ = true;
 }
 
 void UvPanel::draw_picture(State& state, const ImVec2& low, const ImVec2& high) const {
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), low,
                    high, {0.0f, 1.0f}, {1.0f, 0.0f});
-    if (!state.subject.shape || !state.map.charts().empty())
-        return;
-    const char* words = "No texture coordinates yet: Ctrl+U unwraps";
-    const ImVec2 size = ImGui::CalcTextSize(words);
-    list->AddText({0.5f * (low.x + high.x - size.x), 0.5f * (low.y + high.y - size.y)},
-                  ImGui::GetColorU32(colour::text), words);
+    if (state.subject.shape && state.map.charts().empty())
+        draw_invitation(state, low, high);
 }
 
-void UvPanel::draw(State& state, bool is_live) {
+/// Stands in place of charts while the mesh has none.
+void UvPanel::draw_invitation(State& state, const ImVec2& low, const ImVec2& high) const {
+    const char* words = "No texture coordinates yet";
+    const float step = ImGui::GetFrameHeightWithSpacing();
+    const float middle = 0.5f * (low.x + high.x), top = 0.5f * (low.y + high.y) - step;
+    const ImVec2 after = ImGui::GetCursorScreenPos();
+    ImGui::SetCursorScreenPos({middle - 0.5f * ImGui::CalcTextSize(words).x, top});
+    ImGui::TextUnformatted(words);
+    const float width = 110.0f * state.scale;
+    ImGui::SetCursorScreenPos({middle - 0.5f * width, top + step});
+    if (ImGui::Button("Unwrap", {width, 0.0f}))
+        state.run_on_shown("tessora;");
+    state.places.add_item("uv/Unwrap");
+    ImGui::SetCursorScreenPos(after);
+}
+
+bool UvPanel::draw(State& state, bool is_live) {
+    bool wants_other_size = false;
     header(state);
     const ImVec2 corner = ImGui::GetCursorScreenPos();
     const ImVec2 room = ImGui::GetContentRegionAvail();
@@ -202,18 +223,20 @@ void UvPanel::draw(State& state, bool is_live) {
     ImGui::InvisibleButton("##texture", size,
                            ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonMiddle |
                                ImGuiButtonFlags_MouseButtonRight);
+    ImGui::SetItemAllowOverlap(); // for the button that invites to unwrap
     state.places.add_item("uv/texture");
     has_focus_ = ImGui::IsWindowFocused(ImGuiFocusedFlags_ChildWindows);
     if (is_live) {
         react(state, corner.x, corner.y);
         if (has_focus_ && !ImGui::GetIO().WantTextInput && !ImGui::GetIO().KeyCtrl)
-            keys(state);
+            wants_other_size = keys(state);
         paint_if_needed(state);
     }
     add_places(state, corner.x, corner.y);
     const ImVec2 end(corner.x + size.x, corner.y + size.y);
     draw_picture(state, corner, end);
     footer(state, corner.x, end.y + 2.0f, end.x, line);
+    return wants_other_size;
 }
 
 } // namespace window

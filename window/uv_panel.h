@@ -12,14 +12,15 @@ namespace window {
 class UvPanel {
 public:
     /// Draws the panel into the current ImGui window. Unless `is_live`, shows the last picture and
-    /// ignores input.
-    void draw(State& state, bool is_live);
+    /// ignores input. Returns true if the user wants the panel to fill the window, or no more.
+    bool draw(State& state, bool is_live);
     /// Frames the whole texture.
     void frame_all(const State& state);
 
 private:
     void react(State& state, float left, float top);
-    void keys(State& state);
+    bool keys(State& state);
+    void draw_invitation(State& state, const ImVec2& low, const ImVec2& high) const;
     void header(State& state);
     void add_places(State& state, float left, float top) const;
     void fit(const State& state, int width, int height);
@@ -32,7 +33,7 @@ private:
     GlTarget target_;
     MapPaint paint_;
     bool has_grid_ = true; ///< lines between texels
-    bool is_framed_ = false;
+    bool is_whole_ = true; ///< all is shown, and still is to be when the panel changes its size
     bool has_focus_ = false;
     bool was_over_ = false; ///< the pointer was over the panel in the last frame
     bool wants_paint_ = true;

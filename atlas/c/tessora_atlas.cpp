@@ -58,6 +58,17 @@ void set_defaults(Struct* given, size_t size, Struct defaults) {
     std::memcpy(static_cast<void*>(given), &defaults, std::min(size, sizeof defaults));
 }
 
+/// Converts a value of an enumeration, whose last enumerator is `last`.
+template <class Enum>
+atlas::Fault read_enum(const char* name, int32_t value, Enum last, Enum& read) {
+    if (value < 0 || value > static_cast<int32_t>(last))
+        return atlas::fault(atlas::Status::invalid_argument, atlas::k_none,
+                            "%s is %d; it must be 0 to %d", name, static_cast<int>(value),
+                            static_cast<int>(last));
+    read = static_cast<Enum>(value);
+    return {};
+}
+
 tessora_options default_options() {
     const atlas::Options defaults;
     tessora_options options = {};
@@ -92,14 +103,35 @@ atlas::Fault read(const tessora_mesh* given, atlas::PolygonMesh& mesh) {
     return bad;
 }
 
+tessora_pack_options default_pack_options() {
+    const atlas::PackSettings defaults;
+    tessora_pack_options options = {};
+    options.width = defaults.width;
+    options.height = defaults.height;
+    options.gutter = defaults.gutter;
+    options.tiles = defaults.tiles;
+    options.effort = defaults.effort;
+    options.quality = TESSORA_QUALITY;
+    return options;
+}
+
 /// The caller's progress function.
 struct Caller {
     tessora_progress progress = nullptr;
     void* user = nullptr;
+    atlas::Stage first = atlas::Stage::surface; ///< of the call's stages
 
+    /// Fills the callbacks of `options`, which refers to this object then.
+    template <class Options>
+    void attach(Options& options) {
+        if (progress == nullptr)
+            return;
+        options.stage_progress = report;
+        options.user = this;
+    }
     static int report(atlas::Stage stage, float fraction, void* user) {
         const Caller& caller = *static_cast<const Caller*>(user);
-        const double whole = atlas::ProgressMeter::whole(stage, static_cast<double>(fraction));
+        const double whole = atlas::ProgressMeter::whole(stage, double{fraction}, caller.first);
         return caller.progress(atlas::describe(stage), static_cast<float>(whole), caller.user);
     }
 };
@@ -113,27 +145,78 @@ atlas::Fault read(const tessora_options* given, atlas::Options& options, atlas::
         if (bad.status != atlas::Status::ok)
             return bad;
     }
-    if (taken.quality != TESSORA_FAST && taken.quality != TESSORA_QUALITY)
-        return atlas::fault(atlas::Status::invalid_argument, atlas::k_none,
-                            "quality is %d; it must be TESSORA_FAST or TESSORA_QUALITY",
-                            static_cast<int>(taken.quality));
     options.max_stretch = taken.max_stretch;
     options.max_charts = taken.max_charts;
     options.width = taken.width;
     options.height = taken.height;
     options.gutter = taken.gutter;
-    options.quality =
-        taken.quality == TESSORA_QUALITY ? atlas::Quality::quality : atlas::Quality::fast;
     options.stack = taken.stack != 0;
     options.cut_to_pack = taken.cut_to_pack != 0;
     options.executor = taken.parallel_for;
     caller = {taken.progress, taken.user};
-    if (taken.progress != nullptr) {
-        options.stage_progress = Caller::report;
-        options.user = &caller;
-    }
+    caller.attach(options);
     space = taken.texture_uvs != 0 ? atlas::UvSpace::texture : atlas::UvSpace::isotropic;
-    return {};
+    return read_enum("quality", taken.quality, atlas::Quality::quality, options.quality);
+}
+
+static_assert(TESSORA_TURN_NONE == static_cast<int>(atlas::Turns::none));
+static_assert(TESSORA_DENSITY_FIXED == static_cast<int>(atlas::Density::fixed));
+static_assert(TESSORA_STACK_MIRRORED == static_cast<int>(atlas::Stack::mirrored));
+static_assert(TESSORA_QUALITY == static_cast<int>(atlas::Quality::quality));
+
+/// `settings` refers to `caller`.
+atlas::Fault read(const tessora_pack_options* given, atlas::PackSettings& settings,
+                  Caller& caller) {
+    tessora_pack_options taken = default_pack_options();
+    atlas::Fault bad;
+    if (given != nullptr)
+        bad = take(*given, "options", taken);
+    const auto step = [&](const atlas::Fault& next) {
+        if (bad.status == atlas::Status::ok)
+            bad = next;
+    };
+    step(read_enum("turns", taken.turns, atlas::Turns::none, settings.turns));
+    step(read_enum("density", taken.density, atlas::Density::fixed, settings.density));
+    step(read_enum("stack", taken.stack, atlas::Stack::mirrored, settings.stack));
+    step(read_enum("quality", taken.quality, atlas::Quality::quality, settings.quality));
+    settings.width = taken.width;
+    settings.height = taken.height;
+    settings.gutter = taken.gutter;
+    settings.tiles = taken.tiles;
+    settings.align = taken.align != 0;
+    settings.effort = taken.effort;
+    settings.texels_per_unit = taken.texels_per_unit;
+    settings.executor = taken.parallel_for;
+    caller = {taken.progress, taken.user, atlas::Stage::packing};
+    caller.attach(settings);
+    return bad;
+}
+
+atlas::Fault read(const tessora_uvs* given, atlas::PolygonUvs& uvs) {
+    if (given == nullptr)
+        return null_argument("uvs");
+    tessora_uvs taken = {};
+    const atlas::Fault bad = take(*given, "uvs", taken);
+    uvs.uvs = array_of(taken.uvs);
+    uvs.charts = array_of(taken.charts);
+    uvs.keep = array_of(taken.keep);
+    return bad;
+}
+
+/// Makes an atlas by `make` unless `bad` says otherwise, and hands it over.
+template <class Make>
+int hand_over(atlas::Fault bad, tessora_atlas** result, tessora_error* error, Make make) {
+    if (bad.status != atlas::Status::ok)
+        return report(bad, error);
+    std::unique_ptr<tessora_atlas> made(new (std::nothrow) tessora_atlas);
+    if (made == nullptr)
+        return report(atlas::fault(atlas::Status::out_of_memory, atlas::k_none, "%s",
+                                   atlas::describe(atlas::Status::out_of_memory)),
+                      error);
+    bad = make(made->made);
+    if (bad.status == atlas::Status::ok)
+        *result = made.release();
+    return report(bad, error);
 }
 
 /// Reads the arguments, makes an atlas by `make` and hands it over.
@@ -150,17 +233,8 @@ int make_atlas(const tessora_mesh* given_mesh, const tessora_options* given_opti
     atlas::Fault bad = read(given_mesh, mesh);
     if (bad.status == atlas::Status::ok)
         bad = read(given_options, options, space, caller);
-    if (bad.status != atlas::Status::ok)
-        return report(bad, error);
-    std::unique_ptr<tessora_atlas> made(new (std::nothrow) tessora_atlas);
-    if (made == nullptr)
-        return report(atlas::fault(atlas::Status::out_of_memory, atlas::k_none, "%s",
-                                   atlas::describe(atlas::Status::out_of_memory)),
-                      error);
-    bad = make(mesh, options, space, made->made);
-    if (bad.status == atlas::Status::ok)
-        *result = made.release();
-    return report(bad, error);
+    return hand_over(bad, result, error,
+                     [&](atlas::PolygonAtlas& made) { return make(mesh, options, space, made); });
 }
 
 /// Copies a list into the caller's array, which must have its size.
@@ -213,6 +287,31 @@ int tessora_partition(const tessora_mesh* mesh, const tessora_options* options,
                       });
 }
 
+void tessora_uvs_init(tessora_uvs* uvs, size_t size) { set_defaults(uvs, size, {}); }
+
+void tessora_pack_options_init(tessora_pack_options* options, size_t size) {
+    set_defaults(options, size, default_pack_options());
+}
+
+int tessora_pack(const tessora_mesh* mesh, const tessora_uvs* uvs,
+                 const tessora_pack_options* options, tessora_atlas** atlas, tessora_error* error) {
+    if (atlas == nullptr)
+        return report(null_argument("atlas"), error);
+    *atlas = nullptr;
+    atlas::PolygonMesh polygons;
+    atlas::PolygonUvs polygon_uvs;
+    atlas::PackSettings settings;
+    Caller caller;
+    atlas::Fault bad = read(mesh, polygons);
+    if (bad.status == atlas::Status::ok)
+        bad = read(uvs, polygon_uvs);
+    if (bad.status == atlas::Status::ok)
+        bad = read(options, settings, caller);
+    return hand_over(bad, atlas, error, [&](atlas::PolygonAtlas& made) {
+        return atlas::pack(polygons, polygon_uvs, settings, made);
+    });
+}
+
 void tessora_atlas_free(tessora_atlas* atlas) { delete atlas; }
 
 uint32_t tessora_atlas_chart_count(const tessora_atlas* atlas) {
@@ -255,6 +354,22 @@ const uint32_t* tessora_atlas_lost(const tessora_atlas* atlas, size_t* count) {
 
 const uint32_t* tessora_atlas_neighbours(const tessora_atlas* atlas, size_t* count) {
     return view(atlas->made.neighbours, count);
+}
+
+const double* tessora_atlas_coverage(const tessora_atlas* atlas, size_t* count) {
+    return view(atlas->made.coverage, count);
+}
+
+double tessora_atlas_texels_per_unit(const tessora_atlas* atlas) {
+    return atlas->made.texels_per_unit;
+}
+
+uint32_t tessora_atlas_chart_tile(const tessora_atlas* atlas, uint32_t chart) {
+    return chart < atlas->made.packed.size() ? atlas->made.packed[chart].tile : 0;
+}
+
+uint32_t tessora_atlas_chart_stacked_on(const tessora_atlas* atlas, uint32_t chart) {
+    return chart < atlas->made.packed.size() ? atlas->made.packed[chart].stacked_on : TESSORA_NONE;
 }
 
 int tessora_triangulate(const tessora_mesh* mesh, uint32_t* triangle_corners, size_t count,

@@ -167,6 +167,67 @@ TESSORA_API int tessora_create(const tessora_mesh* mesh, const tessora_options* 
 TESSORA_API int tessora_partition(const tessora_mesh* mesh, const tessora_options* options,
                                   tessora_atlas** atlas, tessora_error* error);
 
+/* Texture coordinates that exist, whoever made them. */
+typedef struct tessora_uvs {
+    size_t struct_size;
+    /* 2 float32 or float64 per corner, of the texture. Corners at one vertex (one place, if the
+     * mesh is welded) with equal coordinates are connected. */
+    tessora_array uvs;
+    /* A uint32 per polygon, any numbers; equal ones are one chart. Not given: polygons with a
+     * connected corner are one chart. */
+    tessora_array charts;
+    /* A uint8 per polygon: if not 0, its chart stays where it is and the others are packed around
+     * it. Optional. */
+    tessora_array keep;
+} tessora_uvs;
+
+typedef enum tessora_turns { /* of a chart */
+                             TESSORA_TURN_ANY = 0,
+                             TESSORA_TURN_QUARTER = 1,
+                             TESSORA_TURN_NONE = 2
+} tessora_turns;
+
+typedef enum tessora_density { /* texels per unit of length on the surface */
+                               TESSORA_DENSITY_AS_IS =
+                                   0, /* charts keep their sizes relative to each other */
+                               TESSORA_DENSITY_UNIFORM = 1, /* the same for every chart */
+                               TESSORA_DENSITY_FIXED =
+                                   2 /* `texels_per_unit`; what does not fit is an error */
+} tessora_density;
+
+typedef enum tessora_stack { /* charts of one shape share a place */
+                             TESSORA_STACK_NONE = 0,
+                             TESSORA_STACK_CONGRUENT = 1, /* after a turn and a shift */
+                             TESSORA_STACK_MIRRORED = 2   /* also after turning them over */
+} tessora_stack;
+
+typedef struct tessora_pack_options {
+    size_t struct_size;
+    uint32_t width;  /* of one tile, texels; default 512 */
+    uint32_t height; /* default 512 */
+    float gutter;    /* least distance of two charts, texels; default 2 */
+    uint32_t tiles;  /* 1 to 100 textures; tile i is moved by (i % 10, i / 10); default 1 */
+    int32_t turns;   /* a tessora_turns; default any */
+    int32_t align;   /* turn charts so that their straight borders follow the axes; default 0 */
+    int32_t density; /* a tessora_density; default as is */
+    int32_t stack;   /* a tessora_stack; default none */
+    int32_t effort;  /* 0 to 10; every step doubles the time for the search; default 4 */
+    int32_t quality; /* a tessora_quality; default TESSORA_QUALITY */
+    double texels_per_unit;    /* for a fixed density, in the unit of the positions */
+    tessora_progress progress; /* these three as in tessora_options */
+    void* user;
+    tessora_parallel_for parallel_for;
+} tessora_pack_options;
+
+TESSORA_API void tessora_uvs_init(tessora_uvs* uvs, size_t size);
+TESSORA_API void tessora_pack_options_init(tessora_pack_options* options, size_t size);
+
+/* Packs charts that exist into one texture or several, without touching their shape. Coordinates
+ * of the result are those of the final texture. */
+TESSORA_API int tessora_pack(const tessora_mesh* mesh, const tessora_uvs* uvs,
+                             const tessora_pack_options* options, tessora_atlas** atlas,
+                             tessora_error* error);
+
 TESSORA_API void tessora_atlas_free(tessora_atlas* atlas); /* null is allowed */
 
 TESSORA_API uint32_t tessora_atlas_chart_count(const tessora_atlas* atlas);
@@ -199,6 +260,14 @@ TESSORA_API const uint32_t* tessora_atlas_lost(const tessora_atlas* atlas, size_
 /* 3 per triangle: the triangle across the edge, TESSORA_NONE at every chart border. Empty unless
  * made by tessora_partition(). The count is that of entries. */
 TESSORA_API const uint32_t* tessora_atlas_neighbours(const tessora_atlas* atlas, size_t* count);
+
+/* Made by tessora_pack(), else empty or 0. Per tile: the area of its charts over its own. */
+TESSORA_API const double* tessora_atlas_coverage(const tessora_atlas* atlas, size_t* count);
+/* The mean density of the packed charts. */
+TESSORA_API double tessora_atlas_texels_per_unit(const tessora_atlas* atlas);
+/* Of one chart: its tile, and the chart in whose place it lies, or TESSORA_NONE. */
+TESSORA_API uint32_t tessora_atlas_chart_tile(const tessora_atlas* atlas, uint32_t chart);
+TESSORA_API uint32_t tessora_atlas_chart_stacked_on(const tessora_atlas* atlas, uint32_t chart);
 
 /* The triangles of the polygons, in order; a polygon of n corners gives n - 2.
  * Shape: triangle_corners[count], count = 3 * (corners - 2 * polygons): the caller's corners. */

@@ -1,6 +1,6 @@
 #include "atlas/polygon_mesh.h"
 
-#include "atlas/polygons/triangles.h"
+#include "atlas/polygons/uv_triangles.h"
 
 #include <new>
 #include <stdexcept>
@@ -49,6 +49,17 @@ void restore_vertices(const MeshArrays& arrays, PolygonAtlas& atlas) {
     }
 }
 
+/// Fills the members of `atlas` that name the caller's vertices and corners.
+void name_corners(const MeshArrays& arrays, std::vector<uint32_t> triangle_corner,
+                  PolygonAtlas& atlas) {
+    atlas.triangle_corner = std::move(triangle_corner);
+    restore_vertices(arrays, atlas);
+    // Of a corner's triangles the last one counts, as in the plug-in.
+    atlas.corner_vertex.resize(arrays.corners.size());
+    for (size_t e = 0; e < atlas.triangle_corner.size(); ++e)
+        atlas.corner_vertex[atlas.triangle_corner[e]] = atlas.triangles.indices[e];
+}
+
 /// Prepares the mesh, lets `call` make its atlas, and fills the rest.
 template <class Call>
 Fault make_atlas(const PolygonMesh& mesh, PolygonAtlas& atlas, Call call) {
@@ -59,15 +70,29 @@ Fault make_atlas(const PolygonMesh& mesh, PolygonAtlas& atlas, Call call) {
     Triangles triangles = make_triangles(arrays, mesh.weld);
     connect(arrays, mesh.normals_per_corner, triangles);
     bad = engine_fault(call(triangles.view()));
+    if (bad.status == Status::ok)
+        name_corners(arrays, std::move(triangles.corner), atlas);
+    return bad;
+}
+
+Fault pack_charts(const PolygonMesh& mesh, const PolygonUvs& uvs, const PackSettings& settings,
+                  PolygonAtlas& atlas) {
+    MeshArrays arrays;
+    UvArrays uv_arrays;
+    Fault bad = read_mesh(mesh, arrays);
+    if (bad.status == Status::ok)
+        bad = read_uvs(uvs, arrays, uv_arrays);
     if (bad.status != Status::ok)
         return bad;
-    atlas.triangle_corner = std::move(triangles.corner);
-    restore_vertices(arrays, atlas);
-    // Of a corner's triangles the last one counts, as in the plug-in.
-    atlas.corner_vertex.resize(arrays.corners.size());
-    for (size_t e = 0; e < atlas.triangle_corner.size(); ++e)
-        atlas.corner_vertex[atlas.triangle_corner[e]] = atlas.triangles.indices[e];
-    return {};
+    Triangles triangles = make_triangles(arrays, mesh.weld);
+    const UvTriangles input = make_uv_triangles(arrays, uv_arrays, mesh.weld, triangles);
+    PackResult packed;
+    bad = engine_fault(pack(input.view(), settings, packed));
+    if (bad.status != Status::ok)
+        return bad;
+    take_packed(input, std::move(packed), atlas);
+    name_corners(arrays, std::move(triangles.corner), atlas);
+    return bad;
 }
 
 /// Runs a function; lets no exception escape and leaves no partial result behind.
@@ -113,6 +138,14 @@ Fault partition(const PolygonMesh& mesh, const Options& options, PolygonAtlas& a
         return make_atlas(mesh, atlas, [&](const Mesh& triangles) {
             return partition(triangles, options, atlas.triangles, atlas.neighbours);
         });
+    });
+}
+
+Fault pack(const PolygonMesh& mesh, const PolygonUvs& uvs, const PackSettings& settings,
+           PolygonAtlas& atlas) noexcept {
+    return guarded(atlas, [&] {
+        const Fault bad = check_options(settings);
+        return bad.status == Status::ok ? pack_charts(mesh, uvs, settings, atlas) : bad;
     });
 }
 

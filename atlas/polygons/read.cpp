@@ -175,15 +175,16 @@ Fault read_offsets(const PolygonMesh& mesh, MeshArrays& arrays) {
     return {};
 }
 
-/// Reads 3 numbers per element and refuses those that are not finite.
+/// Reads several numbers per element and refuses those that are not finite.
 template <class Real>
-Fault read_vectors(const char* name, const Reader& reader, std::vector<Real>& values) {
+Fault read_vectors(const char* name, const Reader& reader, std::vector<Real>& values,
+                   int components = 3) {
     values = reader.read<Real>();
     const auto found =
         std::find_if(values.begin(), values.end(), [](Real x) { return !std::isfinite(x); });
     if (found == values.end())
         return {};
-    const auto element = static_cast<uint32_t>((found - values.begin()) / 3);
+    const auto element = static_cast<uint32_t>((found - values.begin()) / components);
     return fault(Status::non_finite_position, element, "%s[%u] is not finite", name, element);
 }
 
@@ -197,17 +198,17 @@ Fault read_positions(const PolygonMesh& mesh, MeshArrays& arrays) {
     std::vector<double> exact;
     const Fault bad = read_vectors("positions", reader, exact);
     if (bad.status == Status::ok)
-        polygon::scale_to_unit(exact, arrays.corners.data(), arrays.corners.size(),
-                               arrays.positions);
+        arrays.unit = polygon::scale_to_unit(exact, arrays.corners.data(), arrays.corners.size(),
+                                             arrays.positions);
     return bad;
 }
 
-Fault read_marks(const char* name, const Array& array, size_t corners,
+Fault read_marks(const char* name, const Array& array, size_t count, const char* count_of,
                  std::vector<uint8_t>& marks) {
     const Reader reader(name, array, 1);
     if (!reader.is_given())
         return {};
-    const Fault bad = reader.check(Type::uint8, Type::uint8, corners, "corners");
+    const Fault bad = reader.check(Type::uint8, Type::uint8, count, count_of);
     if (bad.status == Status::ok)
         marks = reader.read<uint8_t>();
     return bad;
@@ -252,6 +253,16 @@ Fault check_triangles_only(const PolygonMesh& mesh) {
     return {};
 }
 
+Fault check_texture(uint32_t width, uint32_t height, float gutter) {
+    if (width == 0 || height == 0)
+        return fault(Status::invalid_argument, k_none, "%s is 0; it must be at least 1",
+                     width == 0 ? "width" : "height");
+    if (!(gutter >= 0.0f && std::isfinite(gutter)))
+        return fault(Status::invalid_argument, k_none,
+                     "gutter is %g; it must be a finite number, 0 or more", double{gutter});
+    return {};
+}
+
 } // namespace
 
 Fault fault(Status status, uint32_t element, const char* format, ...) noexcept {
@@ -281,30 +292,58 @@ Fault read_mesh(const PolygonMesh& mesh, MeshArrays& arrays) {
     step([&] { return read_indices(mesh, arrays); });
     step([&] { return read_offsets(mesh, arrays); });
     step([&] { return read_positions(mesh, arrays); });
-    step([&] { return read_marks("cuts", mesh.cuts, arrays.corners.size(), arrays.cuts); });
+    step([&] {
+        return read_marks("cuts", mesh.cuts, arrays.corners.size(), "corners", arrays.cuts);
+    });
     step([&] { return read_normals(mesh, arrays); });
     step([&] { return read_neighbours(mesh, arrays); });
     step([&] {
-        return read_marks("false_edges", mesh.false_edges, arrays.corners.size(),
+        return read_marks("false_edges", mesh.false_edges, arrays.corners.size(), "corners",
                           arrays.false_edges);
     });
     return bad;
 }
 
+Fault read_uvs(const PolygonUvs& uvs, const MeshArrays& mesh, UvArrays& arrays) {
+    const Reader reader("uvs", uvs.uvs, 2);
+    if (!reader.is_given() && !mesh.corners.empty())
+        return fault(Status::invalid_argument, k_none, "uvs: 0 elements for %zu corners",
+                     mesh.corners.size());
+    Fault bad;
+    if (reader.is_given())
+        bad = reader.check(Type::float32, Type::float64, mesh.corners.size(), "corners");
+    if (bad.status == Status::ok && reader.is_given())
+        bad = read_vectors("uvs", reader, arrays.uvs, 2);
+    const Reader charts("charts", uvs.charts, 1);
+    if (bad.status == Status::ok && charts.is_given())
+        bad = charts.check(Type::uint32, Type::uint32, mesh.polygon_count(), "polygons");
+    if (bad.status == Status::ok && charts.is_given())
+        arrays.charts = charts.read<uint32_t>();
+    if (bad.status == Status::ok)
+        bad = read_marks("keep", uvs.keep, mesh.polygon_count(), "polygons", arrays.keep);
+    return bad;
+}
+
 Fault check_options(const Options& options, bool packs) noexcept {
-    const Status bad = Status::invalid_argument;
     if (!(options.max_stretch >= 0.0f && options.max_stretch <= 1.0f))
-        return fault(bad, k_none, "max_stretch is %g; it must be 0 to 1",
-                     static_cast<double>(options.max_stretch));
-    if (!packs)
-        return {};
-    if (options.width == 0 || options.height == 0)
-        return fault(bad, k_none, "%s is 0; it must be at least 1",
-                     options.width == 0 ? "width" : "height");
-    if (!(options.gutter >= 0.0f && std::isfinite(options.gutter)))
-        return fault(bad, k_none, "gutter is %g; it must be a finite number, 0 or more",
-                     static_cast<double>(options.gutter));
-    return {};
+        return fault(Status::invalid_argument, k_none, "max_stretch is %g; it must be 0 to 1",
+                     double{options.max_stretch});
+    return packs ? check_texture(options.width, options.height, options.gutter) : Fault();
+}
+
+Fault check_options(const PackSettings& settings) noexcept {
+    if (settings.tiles < 1 || settings.tiles > 100)
+        return fault(Status::invalid_argument, k_none, "tiles is %u; it must be 1 to 100",
+                     settings.tiles);
+    if (settings.effort < 0 || settings.effort > 10)
+        return fault(Status::invalid_argument, k_none, "effort is %d; it must be 0 to 10",
+                     settings.effort);
+    if (settings.density == Density::fixed &&
+        !(settings.texels_per_unit > 0 && std::isfinite(settings.texels_per_unit)))
+        return fault(Status::invalid_argument, k_none,
+                     "texels_per_unit is %g; it must be over 0 for a fixed density",
+                     settings.texels_per_unit);
+    return check_texture(settings.width, settings.height, settings.gutter);
 }
 
 } // namespace tessora::atlas

@@ -19,6 +19,7 @@ TESSORA_PRINTF Fault fault(Status status, uint32_t element, const char* format, 
 /// The caller's mesh in arrays of our own, every value checked.
 struct MeshArrays {
     uint32_t vertex_count = 0;
+    double unit = 1;                  ///< a length of 1 in `positions`, in the caller's unit
     std::vector<float> positions;     ///< 3 per vertex
     std::vector<uint32_t> corners;    ///< vertex ids
     std::vector<uint32_t> offsets;    ///< polygons + 1
@@ -33,7 +34,17 @@ struct MeshArrays {
 /// Errors: a fault that names the array; std::bad_alloc.
 Fault read_mesh(const PolygonMesh& mesh, MeshArrays& arrays);
 
+struct UvArrays {
+    std::vector<float> uvs;       ///< 2 per corner
+    std::vector<uint32_t> charts; ///< per polygon, or empty
+    std::vector<uint8_t> keep;    ///< per polygon, or empty
+};
+
+/// Errors: as read_mesh().
+Fault read_uvs(const PolygonUvs& uvs, const MeshArrays& mesh, UvArrays& arrays);
+
 /// Names the option that is out of range, if any; those of packing only if `packs`.
 Fault check_options(const Options& options, bool packs) noexcept;
+Fault check_options(const PackSettings& settings) noexcept;
 
 } // namespace tessora::atlas

@@ -16,25 +16,6 @@ namespace {
 
 uint32_t next_edge(uint32_t edge) { return edge % 3 == 2 ? edge - 2 : edge + 1; }
 
-/// Replaces every vertex by the first one at the same position.
-void weld_vertices(const std::vector<float>& positions, std::vector<uint32_t>& corners) {
-    const auto place = [&](uint32_t v) {
-        const float* const p = &positions[3 * size_t{v}];
-        return std::make_tuple(p[0], p[1], p[2]);
-    };
-    std::vector<uint32_t> order(positions.size() / 3);
-    std::iota(order.begin(), order.end(), 0u);
-    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
-        return place(a) != place(b) ? place(a) < place(b) : a < b;
-    });
-    std::vector<uint32_t> first(order.size());
-    for (size_t i = 0; i < order.size(); ++i)
-        first[order[i]] =
-            i > 0 && place(order[i]) == place(order[i - 1]) ? first[order[i - 1]] : order[i];
-    for (uint32_t& vertex : corners)
-        vertex = first[vertex];
-}
-
 /// The corners with vertices of their own where that is needed, and their triangulation.
 polygon::Triangulation divide(const std::vector<float>& positions, bool split_repeats,
                               polygon::SeparateCorners& corners, std::vector<float>& all) {
@@ -169,6 +150,24 @@ Mesh Triangles::view() const {
     mesh.adjacency = {adjacency.data(), adjacency.size()};
     mesh.false_edges = {false_edges.data(), false_edges.size()};
     return mesh;
+}
+
+void weld_vertices(const std::vector<float>& positions, std::vector<uint32_t>& corners) {
+    const auto place = [&](uint32_t v) {
+        const float* const p = &positions[3 * size_t{v}];
+        return std::make_tuple(p[0], p[1], p[2]);
+    };
+    std::vector<uint32_t> order(positions.size() / 3);
+    std::iota(order.begin(), order.end(), 0u);
+    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+        return place(a) != place(b) ? place(a) < place(b) : a < b;
+    });
+    std::vector<uint32_t> first(order.size());
+    for (size_t i = 0; i < order.size(); ++i)
+        first[order[i]] =
+            i > 0 && place(order[i]) == place(order[i - 1]) ? first[order[i - 1]] : order[i];
+    for (uint32_t& vertex : corners)
+        vertex = first[vertex];
 }
 
 Triangles make_triangles(const MeshArrays& arrays, bool weld) {

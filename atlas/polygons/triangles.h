@@ -20,6 +20,9 @@ struct Triangles {
 /// Errors: std::bad_alloc.
 Triangles make_triangles(const MeshArrays& arrays, bool weld);
 
+/// Replaces every vertex by the first one at the same position.
+void weld_vertices(const std::vector<float>& positions, std::vector<uint32_t>& corners);
+
 /// Finds the neighbours and opens them at cuts and where normals differ.
 /// Errors: std::bad_alloc.
 void connect(const MeshArrays& arrays, bool normals_per_corner, Triangles& triangles);

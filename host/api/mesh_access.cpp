@@ -37,7 +37,7 @@ MStatus find_set(const Mesh& mesh, const MString* name, std::uint32_t& set) {
 }
 
 MStatus ready_triangles(const Mesh& mesh) {
-    if (mesh.connectivity().polygon_count() == 0)
+    if (mesh.is_triangulated() || mesh.connectivity().polygon_count() == 0)
         return MS::kSuccess;
     return guard_memory([&] { mesh.triangles(0); });
 }
@@ -48,15 +48,9 @@ MStatus ready_normals(const Mesh& mesh) {
     return guard_memory([&] { mesh.normal(0); });
 }
 
-SpaceMap::SpaceMap(MSpace::Space space, const MDagPath& path, MStatus& status)
-    : is_world_(space == MSpace::kWorld) {
-    status = MS::kSuccess;
-    if (is_world_) {
-        matrix_ = path.inclusiveMatrix(&status);
-        normals_ = matrix_.inverse().transpose();
-    } else if (space <= MSpace::kInvalid || space >= MSpace::kLast) {
-        status = MS::kInvalidParameter;
-    }
+void SpaceMap::read_world(const MDagPath& path, MStatus& status) {
+    const MMatrix matrix = path.inclusiveMatrix(&status);
+    world_ = World{matrix, matrix.inverse().transpose()};
 }
 
 } // namespace host

@@ -9,6 +9,8 @@
 #include <maya/MPoint.h>
 #include <maya/MSpace.h>
 
+#include <optional>
+
 namespace host {
 
 /// The mesh of an attached object; NULL if no object is attached or it holds no mesh.
@@ -56,19 +58,29 @@ MStatus copy_ids(const IndexSpan& ids, A& array) {
 class SpaceMap {
 public:
     /// Sets `status` to kInvalidParameter if the space requires a path and `path` is invalid.
-    SpaceMap(MSpace::Space space, const MDagPath& path, MStatus& status);
+    SpaceMap(MSpace::Space space, const MDagPath& path, MStatus& status) {
+        status = MS::kSuccess;
+        if (space == MSpace::kWorld)
+            read_world(path, status);
+        else if (space <= MSpace::kInvalid || space >= MSpace::kLast)
+            status = MS::kInvalidParameter;
+    }
     MPoint point(const Float3& p) const {
         const MPoint result(static_cast<double>(p.x), static_cast<double>(p.y),
                             static_cast<double>(p.z));
-        return is_world_ ? result * matrix_ : result;
+        return world_ ? result * world_->matrix : result;
     }
     /// Takes and returns unit normals.
-    MVector normal(const MVector& n) const { return is_world_ ? (n * normals_).normal() : n; }
+    MVector normal(const MVector& n) const { return world_ ? (n * world_->normals).normal() : n; }
 
 private:
-    bool is_world_;
-    MMatrix matrix_;
-    MMatrix normals_; ///< inverse transpose of the transformation
+    void read_world(const MDagPath& path, MStatus& status);
+
+    struct World {
+        MMatrix matrix;
+        MMatrix normals; ///< inverse transpose of the transformation
+    };
+    std::optional<World> world_; ///< empty in object space
 };
 
 } // namespace host

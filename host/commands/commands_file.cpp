@@ -28,6 +28,12 @@ std::string& scene_file() {
     return name;
 }
 
+/// Path of the file that was opened, a mesh or a scene; empty for a new scene.
+std::string& opened_file() {
+    static std::string name;
+    return name;
+}
+
 void write(const std::string& path, const std::string& text) {
     std::string reason;
     if (!write_file(path, text, Durability::power, reason))
@@ -64,7 +70,7 @@ void new_scene() {
     Scene::current().clear();
     SceneNotes::current().clear();
     scene_file().clear();
-    Scene::current().is_modified = false;
+    opened_file().clear();
 }
 
 Mesh read_obj(const std::string& path) {
@@ -146,8 +152,9 @@ void open_file(Invocation& call, const Flags& flags, const std::string& path) {
         read_scene_file(call, path);
     graph::UndoQueue::current().clear();
     scene_file() = format == Format::scene ? path : std::string();
+    opened_file() = path;
     perform(graph::select_edit({}), "file", path);
-    Scene::current().is_modified = false;
+    graph::UndoQueue::current().mark_saved();
 }
 
 Value save(const Flags& flags) {
@@ -158,7 +165,8 @@ Value save(const Flags& flags) {
         throw ScriptFault(
             "file: A scene is saved as \"mayaAscii\"; export meshes with -exportAll.");
     write(path, write_scene(std::filesystem::path(path).filename().string()));
-    Scene::current().is_modified = false;
+    opened_file() = path;
+    graph::UndoQueue::current().mark_saved();
     return path;
 }
 
@@ -167,6 +175,8 @@ Value query(const Flags& flags) {
         throw ScriptFault("file answers one flag at a time.");
     if (flags.has("modified"))
         return Scene::current().is_modified;
+    if (flags.has("location"))
+        return opened_file().empty() ? "unknown" : opened_file();
     return scene_file();
 }
 
@@ -194,19 +204,22 @@ void export_file(const Flags& flags, const std::string& path) {
         write(path, write_scene(std::filesystem::path(path).filename().string()));
 }
 
+/// Table: the flags of the command.
+const FlagTable k_file_flags = {{"new", "newFile"},
+                                {"o", "open"},
+                                {"i", "import"},
+                                {"s", "save"},
+                                {"ea", "exportAll"},
+                                {"es", "exportSelected"},
+                                {"rn", "rename", "s"},
+                                {"typ", "type", "s"},
+                                {"f", "force"},
+                                {"sn", "sceneName", "", "q"},
+                                {"loc", "location", "", "q"},
+                                {"mf", "modified", "", "q"}};
+
 Value file(Invocation& call) {
-    static const FlagTable table = {{"new", "newFile"},
-                                    {"o", "open"},
-                                    {"i", "import"},
-                                    {"s", "save"},
-                                    {"ea", "exportAll"},
-                                    {"es", "exportSelected"},
-                                    {"rn", "rename", "s"},
-                                    {"typ", "type", "s"},
-                                    {"f", "force"},
-                                    {"sn", "sceneName", "", "q"},
-                                    {"mf", "modified", "", "q"}};
-    const Flags flags(call, table);
+    const Flags flags(call, k_file_flags);
     if (flags.query())
         return query(flags);
     if (flags.has("rename"))

@@ -273,6 +273,7 @@ public:
         scene().select(before_);
         return MS::kSuccess;
     }
+    bool changes_scene() const override { return false; }
 
 private:
     Selection next_, before_;

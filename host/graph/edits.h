@@ -21,6 +21,8 @@ public:
     virtual ~Edit();
     virtual MStatus redo() = 0;
     virtual MStatus undo() = 0;
+    /// Whether the edit changes what a saved scene contains; selecting does not.
+    virtual bool changes_scene() const { return true; }
 };
 using EditPtr = std::unique_ptr<Edit>;
 

@@ -284,7 +284,7 @@ void Scene::clear() {
     next_number_.clear();
     make_default_nodes();
     records_history = true;
-    is_modified = false;
+    UndoQueue::current().mark_saved();
 }
 
 // === Hierarchy and connections ===============================================================
@@ -374,7 +374,7 @@ MStatus Scene::remove_instance(DagNode& node, DagNode& parent) {
 MStatus Scene::perform(std::unique_ptr<Edit> edit) {
     const MStatus status = edit->redo();
     if (status) {
-        is_modified = true;
+        is_modified = is_modified || edit->changes_scene();
         UndoQueue::current().record(std::move(edit));
     }
     return status;
@@ -384,7 +384,7 @@ MStatus Scene::perform_api_call(std::unique_ptr<Edit> edit) {
     if (!is_strict())
         return perform(std::move(edit));
     const MStatus status = edit->redo();
-    is_modified = is_modified || status;
+    is_modified = is_modified || (status && edit->changes_scene());
     return status;
 }
 

@@ -1,5 +1,7 @@
 #include "host/graph/undo.h"
 
+#include <algorithm>
+
 namespace host::graph {
 
 UndoQueue& UndoQueue::current() {
@@ -48,9 +50,19 @@ void UndoQueue::record(EditPtr edit) {
 
 void UndoQueue::keep(Entry entry) {
     undone_.clear();
+    entry.number = next_number_++;
     done_.push_back(std::move(entry));
-    if (limit_ > 0 && done_.size() > limit_)
-        done_.erase(done_.begin(), done_.end() - static_cast<std::ptrdiff_t>(limit_));
+    drop_oldest();
+}
+
+/// Keeps at most limit_ entries. The state before the oldest dropped one is out of reach.
+void UndoQueue::drop_oldest() {
+    if (limit_ == 0 || done_.size() <= limit_)
+        return;
+    const auto kept = done_.end() - static_cast<std::ptrdiff_t>(limit_);
+    if (saved_ && *saved_ < std::prev(kept)->number)
+        saved_.reset();
+    done_.erase(done_.begin(), kept);
 }
 
 MStatus UndoQueue::undo() {
@@ -66,6 +78,7 @@ MStatus UndoQueue::undo() {
             status = one;
     }
     undoing_ = false;
+    note_step(entry);
     undone_.push_back(std::move(entry));
     return status;
 }
@@ -84,7 +97,32 @@ MStatus UndoQueue::redo() {
     }
     redoing_ = false;
     done_.push_back(std::move(entry));
+    note_step(done_.back());
     return status;
+}
+
+bool UndoQueue::Entry::changes_scene() const {
+    return std::any_of(edits.begin(), edits.end(),
+                       [](const EditPtr& edit) { return edit->changes_scene(); });
+}
+
+size_t UndoQueue::last_number() const {
+    const auto last = std::find_if(done_.rbegin(), done_.rend(),
+                                   [](const Entry& entry) { return entry.changes_scene(); });
+    return last == done_.rend() ? 0 : last->number;
+}
+
+void UndoQueue::note_step(const Entry& entry) const {
+    bool& is_modified = Scene::current().is_modified;
+    is_modified = saved_ != last_number() && (is_modified || entry.changes_scene());
+}
+
+void UndoQueue::mark_saved() {
+    saved_ = last_number();
+    for (const Entry& frame : frames_)
+        if (!frame.edits.empty())
+            saved_.reset(); // the state lies inside of an entry, and undo passes it by
+    Scene::current().is_modified = false;
 }
 
 std::string UndoQueue::undo_name() const { return done_.empty() ? "" : done_.back().name; }
@@ -105,11 +143,14 @@ void UndoQueue::set_enabled(bool enabled) {
 
 void UndoQueue::set_limit(size_t limit) {
     limit_ = limit;
-    if (limit_ > 0 && done_.size() > limit_)
-        done_.erase(done_.begin(), done_.end() - static_cast<std::ptrdiff_t>(limit_));
+    drop_oldest();
 }
 
 void UndoQueue::clear() {
+    // Where the queue begins from now on is the saved state only if nothing was changed since.
+    saved_.reset();
+    if (!Scene::current().is_modified)
+        saved_ = 0;
     undone_.clear();
     done_.clear();
 }

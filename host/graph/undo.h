@@ -7,6 +7,7 @@
 
 #include "host/graph/edits.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,9 @@ public:
     /// Name of the entry that undo or redo would act on; empty if there is none.
     std::string undo_name() const;
     std::string redo_name() const;
+    /// The present state of the scene is the saved one: undo and redo that lead back to it make the
+    /// scene unmodified, all others modified.
+    void mark_saved();
     size_t undo_count() const { return done_.size(); }
     size_t redo_count() const { return undone_.size(); }
     std::vector<std::string> names() const;
@@ -55,8 +59,14 @@ private:
         std::string name;
         std::vector<EditPtr> edits;
         bool recording = true;
+        size_t number = 0; ///< from 1, never repeated
+        bool changes_scene() const;
     };
+    void note_step(const Entry& entry) const;
+    /// Of the newest entry that changes the scene; 0 if none.
+    size_t last_number() const;
     void keep(Entry entry);
+    void drop_oldest();
     std::vector<Entry> frames_;
     std::vector<Entry> done_;
     std::vector<Entry> undone_;
@@ -64,6 +74,8 @@ private:
     bool undoing_ = false;
     bool redoing_ = false;
     size_t limit_ = 0;
+    size_t next_number_ = 1;
+    std::optional<size_t> saved_ = 0; ///< last_number() at mark_saved; none if out of reach
 };
 
 /// Opens a frame for the duration of a scope.

@@ -10,6 +10,10 @@ ObjLexer::ObjLexer(std::string_view text) : text_(text), at_(text.data()) {
     at_ += start_;
     const bool has_line_feed = !text.empty() && std::memchr(text.data(), '\n', text.size());
     newline_ = has_line_feed ? '\n' : '\r';
+    for (const char c : {' ', '\t', '\v', '\f', '\r'})
+        kinds_[static_cast<unsigned char>(c)] = is_blank;
+    for (const char c : {newline_, '#', '\\'})
+        kinds_[static_cast<unsigned char>(c)] = is_special;
 }
 
 const char* ObjLexer::find_newline(const char* from) const {
@@ -68,8 +72,14 @@ bool ObjLexer::next_word(std::string_view& word) {
             break;
     }
     const char* begin = at_;
-    while (at_ < end() && !blank(*at_) && *at_ != newline_ && *at_ != '#' && !continuation(at_))
-        ++at_;
+    const char* const stop = end();
+    const char* p = begin;
+    for (; p < stop; ++p) {
+        const uint8_t kind = kinds_[static_cast<unsigned char>(*p)];
+        if (kind != in_word && (kind == is_blank || *p != '\\' || continuation(p)))
+            break;
+    }
+    at_ = p;
     word = std::string_view(begin, static_cast<size_t>(at_ - begin));
     return !word.empty();
 }

@@ -41,9 +41,8 @@ public:
     std::string_view line_end() const;
 
 private:
-    bool blank(char c) const {
-        return c == ' ' || c == '\t' || c == '\v' || c == '\f' || (c == '\r' && newline_ == '\n');
-    }
+    enum Kind : uint8_t { in_word, is_blank, is_special };
+    bool blank(char c) const { return kinds_[static_cast<unsigned char>(c)] == is_blank; }
     const char* end() const { return text_.data() + text_.size(); }
     const char* find_newline(const char* from) const;
     /// Length of the joined line end at `p` (backslash included), or 0.
@@ -51,8 +50,9 @@ private:
 
     std::string_view text_;
     const char* at_;
-    uint64_t start_ = 0;  // offset after the byte-order mark
-    char newline_ = '\n'; // '\r' if the text contains no line feed
+    uint64_t start_ = 0;      // offset after the byte-order mark
+    char newline_ = '\n';     // '\r' if the text contains no line feed
+    uint8_t kinds_[256] = {}; // of every character; special: line end, comment, backslash
 };
 
 } // namespace host

@@ -2,6 +2,8 @@
 /// error, and floats are rounded to the nearest value.
 #pragma once
 
+#include <maya/MTypes.h>
+
 #include <cstdint>
 #include <string_view>
 
@@ -14,15 +16,12 @@ enum class NumberFault {
     too_large     ///< overflows single precision (integers: 64 bits)
 };
 
-/// Parses a decimal number, with an optional sign. Values too small for single precision become
-/// zero with the same sign.
-NumberFault parse_number(std::string_view word, float& value);
-
-/// The nearest double-precision value of a word that `parse_number` has accepted.
-double exact_number(std::string_view word);
+/// Parses a decimal number, with an optional sign, to the nearest values in single and in double
+/// precision. Values too small for single precision become zero there, with the same sign.
+MHOST_EXPORT NumberFault parse_number(std::string_view word, float& value, double& exact);
 
 /// Parses a decimal integer with an optional sign.
-NumberFault parse_integer(std::string_view word, int64_t& value);
+MHOST_EXPORT NumberFault parse_integer(std::string_view word, int64_t& value);
 
 /// "is not a number" and the like, to append to the quoted word in a message.
 const char* fault_text(NumberFault fault);

@@ -129,12 +129,13 @@ bool Parser::vertex() {
     int have = 0;
     for (; lexer_.next_word(word); ++have) {
         float ignored = 0.0f; // weight or colour, not used
-        const NumberFault fault = parse_number(word, have < 3 ? value[have] : ignored);
+        double ignored_too = 0.0;
+        const bool is_used = have < 3;
+        const NumberFault fault = parse_number(word, is_used ? value[have] : ignored,
+                                               is_used ? exact[have] : ignored_too);
         if (fault == NumberFault::not_a_number || (have < 3 && fault != NumberFault::none))
             return fail(lexer_.offset_of(word),
                         label() + ": " + quoted(word) + " " + fault_text(fault));
-        if (have < 3)
-            exact[have] = exact_number(word);
     }
     if (have < 3)
         return fail(begin_, label() + " needs three coordinates and has " + std::to_string(have));
@@ -152,7 +153,8 @@ bool Parser::texture() {
     int have = 0;
     for (; lexer_.next_word(word); ++have) {
         float ignored = 0.0f;
-        const NumberFault fault = parse_number(word, have < 2 ? value[have] : ignored);
+        double exact = 0.0;
+        const NumberFault fault = parse_number(word, have < 2 ? value[have] : ignored, exact);
         if (fault == NumberFault::not_a_number)
             return fail(lexer_.offset_of(word), "texture coordinate " +
                                                     std::to_string(doc_.texture_count() + 1) +

@@ -124,6 +124,8 @@ IndexSpan Mesh::triangles(std::uint32_t polygon) const {
     return IndexSpan(first, first + 3 * (connectivity_->corners_of(polygon) - 2));
 }
 
+bool Mesh::is_triangulated() const { return geometry_->triangulation != nullptr; }
+
 bool Mesh::is_triangulation_valid(std::uint32_t polygon) const {
     return triangulation().is_valid[polygon] != 0;
 }

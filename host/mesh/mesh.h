@@ -74,6 +74,8 @@ public:
     IndexSpan triangles(std::uint32_t polygon) const;
     /// Of all polygons; computed on first use.
     const tessora::polygon::Triangulation& triangulation() const;
+    /// Whether the triangles are computed, so that `triangles` does not allocate.
+    bool is_triangulated() const;
     /// False if the outline is self-intersecting or has no area: some triangles overlap or are
     /// degenerate.
     bool is_triangulation_valid(std::uint32_t polygon) const;

@@ -98,7 +98,10 @@ TEST(UnwrapOptions, OutOfRangeValuesAddWarnings) {
               parsed({"m.obj", "--width", "4", "--stretch", "1.5"}).warnings);
     EXPECT_EQ((Words{"--charts 100 counts as 64", "--height 10000 counts as 8192",
                      "--groove_angle 270.0 counts as 180.0", "--ridge_angle -1.0 counts as 0.0",
-                     "--adjacency_method 2 counts as 1", "--epsilon 0.0 counts as 0.001"}),
+                     "--adjacency_method 2 counts as 1", "--epsilon 0.0 counts as 0.001",
+                     "--charts is stored, but has no effect",
+                     "--adjacency_method is stored, but has no effect",
+                     "--epsilon is stored, but has no effect"}),
               parsed({"m.obj", "--charts", "100", "--height", "10000", "--groove_angle", "270",
                       "--ridge_angle", "-1", "--adjacency_method", "2", "--epsilon", "0"})
                   .warnings);

@@ -328,6 +328,128 @@ TEST(PolygonMesh, AFlatTriangleAtAWeldedPoleOpensNoEdge) {
     EXPECT_EQ(unwrap(mesh).triangles.chart_count, 1u);
 }
 
+// === Packing
+// =======================================================================================
+
+/// Two unit squares in space whose coordinates lie on each other in the texture, one half as large.
+struct TwoSquares {
+    Made mesh;
+    std::vector<float> uvs = {0, 0, 1, 0, 1, 1, 0, 1, 0, 0, 0.5f, 0, 0.5f, 0.5f, 0, 0.5f};
+
+    TwoSquares() {
+        mesh.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 3, 0, 0, 4, 0, 0, 4, 1, 0, 3, 1, 0};
+        mesh.indices = {0, 1, 2, 3, 4, 5, 6, 7};
+        mesh.offsets = {0, 4, 8};
+    }
+    PolygonUvs view() const {
+        PolygonUvs made;
+        made.uvs = array_of(uvs, 2, Type::float32);
+        return made;
+    }
+};
+
+float width_of(const PolygonAtlas& atlas, size_t polygon) {
+    const std::vector<float> uvs = corner_uvs(atlas);
+    float low = 2, high = -1, left = 2, right = -1;
+    for (size_t c = 4 * polygon; c < 4 * polygon + 4; ++c) {
+        left = std::min(left, uvs[2 * c]);
+        right = std::max(right, uvs[2 * c]);
+        low = std::min(low, uvs[2 * c + 1]);
+        high = std::max(high, uvs[2 * c + 1]);
+    }
+    return std::max(right - left, high - low);
+}
+
+TEST(PackPolygons, ChartsKeepTheirRelativeSizeAndNoLongerOverlap) {
+    const TwoSquares two;
+    PackSettings settings;
+    settings.turns = Turns::quarter;
+    PolygonAtlas atlas;
+    const Fault fault = pack(two.mesh.view(), two.view(), settings, atlas);
+    ASSERT_EQ(fault.status, Status::ok) << fault.text;
+    EXPECT_EQ(atlas.triangles.chart_count, 2u);
+    EXPECT_EQ(atlas.packed.size(), 2u);
+    ASSERT_EQ(atlas.coverage.size(), 1u);
+    EXPECT_GT(atlas.coverage[0], 0.4);
+    EXPECT_NEAR(width_of(atlas, 0), 2 * width_of(atlas, 1), 1e-5);
+    for (size_t c = 0; c < 8; ++c)
+        EXPECT_EQ(atlas.triangles.source_vertex[atlas.corner_vertex[c]], c);
+}
+
+TEST(PackPolygons, AKeptChartKeepsItsBits) {
+    const TwoSquares two;
+    const std::vector<uint8_t> keep = {0, 1};
+    PolygonUvs uvs = two.view();
+    uvs.keep = array_of(keep, 1, Type::uint8);
+    PackSettings settings;
+    settings.width = settings.height = 2048;
+    PolygonAtlas atlas;
+    ASSERT_EQ(pack(two.mesh.view(), uvs, settings, atlas).status, Status::ok);
+    const std::vector<float> packed = corner_uvs(atlas);
+    EXPECT_TRUE(std::equal(packed.begin() + 8, packed.end(), two.uvs.begin() + 8));
+}
+
+TEST(PackPolygons, AFixedDensityIsInTheUnitOfThePositions) {
+    const TwoSquares two;
+    std::vector<double> positions;
+    for (const float x : two.mesh.positions)
+        positions.push_back(double{x} * 100); // scaled by the reader
+    PolygonMesh mesh = two.mesh.view();
+    mesh.positions = array_of(positions, 3, Type::float64);
+    PackSettings settings;
+    settings.density = Density::fixed;
+    settings.turns = Turns::quarter;
+    settings.texels_per_unit = 1;
+    PolygonAtlas atlas;
+    ASSERT_EQ(pack(mesh, two.view(), settings, atlas).status, Status::ok);
+    EXPECT_NEAR(width_of(atlas, 0) * 512, 100, 0.1);
+    EXPECT_NEAR(width_of(atlas, 1) * 512, 100, 0.1);
+    EXPECT_NEAR(atlas.texels_per_unit, 1, 1e-3);
+}
+
+TEST(PackPolygons, GivenChartsNeedNotBeConnected) {
+    const TwoSquares two;
+    const std::vector<uint32_t> charts = {7, 7};
+    PolygonUvs uvs = two.view();
+    uvs.charts = array_of(charts, 1, Type::uint32);
+    PolygonAtlas atlas;
+    ASSERT_EQ(pack(two.mesh.view(), uvs, PackSettings(), atlas).status, Status::ok);
+    EXPECT_EQ(atlas.triangles.chart_count, 1u);
+}
+
+TEST(PackPolygons, FaultsNameArrayAndOption) {
+    const TwoSquares two;
+    const auto text = [&](const PolygonUvs& uvs, const PackSettings& settings) {
+        PolygonAtlas atlas;
+        const Fault fault = pack(two.mesh.view(), uvs, settings, atlas);
+        EXPECT_NE(fault.status, Status::ok);
+        EXPECT_TRUE(atlas.corner_vertex.empty());
+        return std::string(fault.text);
+    };
+    PolygonUvs uvs = two.view();
+    uvs.uvs.count = 7;
+    EXPECT_EQ(text(uvs, PackSettings()), "uvs: 7 elements for 8 corners");
+    uvs.uvs = Array();
+    EXPECT_EQ(text(uvs, PackSettings()), "uvs: 0 elements for 8 corners");
+    std::vector<float> wild = two.uvs;
+    wild[11] = std::numeric_limits<float>::infinity();
+    uvs.uvs = array_of(wild, 2, Type::float32);
+    EXPECT_EQ(text(uvs, PackSettings()), "uvs[5] is not finite");
+    uvs = two.view();
+    uvs.charts = uvs.uvs;
+    EXPECT_EQ(text(uvs, PackSettings()), "charts: the type is float32; it must be uint32");
+    PackSettings settings;
+    settings.tiles = 0;
+    EXPECT_EQ(text(two.view(), settings), "tiles is 0; it must be 1 to 100");
+    settings = PackSettings();
+    settings.effort = 11;
+    EXPECT_EQ(text(two.view(), settings), "effort is 11; it must be 0 to 10");
+    settings = PackSettings();
+    settings.density = Density::fixed;
+    EXPECT_EQ(text(two.view(), settings),
+              "texels_per_unit is 0; it must be over 0 for a fixed density");
+}
+
 // === Faults
 // ========================================================================================
 

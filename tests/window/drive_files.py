@@ -113,20 +113,23 @@ def quit_with_unsaved_work(window, scratch):
     window.settle()
     window.key("F2", "ctrl+q")
     window.wait_for(KEEP)
-    window.key("Return")  # chooses the preferred button, Keep working
+    window.key("Escape")
     window.wait_gone(KEEP)
     meshes(window, 2)
     scene = scratch / "kept.ma"
     window.key("F2")
     choose_file(window, "ctrl+s", scene)
     window.wait(scene.exists, "the scene's file")
-    window.settle()
+    window.wait_for("title/kept.ma")
     window.statement("polyCube;", r"Result: pCube")
+    window.wait_for("title/kept.ma *")
     window.key("F2", "ctrl+q")
-    window.click(DISCARD)
+    window.wait_for(KEEP)
+    window.picture("quit_question")
+    window.key("Return")  # the main button: Save
     window.wait_end()
     text = scene.read_text()
-    fail_unless(len(re.findall("createNode mesh", text)) == 2, "the saved scene is another one")
+    fail_unless(len(re.findall("createNode mesh", text)) == 3, "the quit question did not save")
     tell("asked before quitting")
 
 

@@ -136,7 +136,7 @@ TEST(CInterface, RefusesAnUnknownQuality) {
     tessora_options options = defaults();
     options.quality = 7;
     EXPECT_EQ(failure(&mesh, &options, TESSORA_INVALID_ARGUMENT),
-              "quality is 7; it must be TESSORA_FAST or TESSORA_QUALITY");
+              "quality is 7; it must be 0 to 1");
 }
 
 TEST(CInterface, TellsStatusAndElement) {
@@ -203,6 +203,50 @@ TEST(CInterface, AProgressFunctionCancels) {
     tessora_options options = defaults();
     options.progress = [](const char*, float, void*) { return 1; };
     EXPECT_EQ(failure(&mesh, &options, TESSORA_CANCELLED), "the caller stopped the work");
+}
+
+TEST(CInterface, PacksChartsThatExist) {
+    const tessora_mesh mesh = square();
+    const float coordinates[] = {0, 0, 0.25f, 0, 0.25f, 0.25f, 0, 0.25f};
+    tessora_uvs uvs;
+    tessora_uvs_init(&uvs, sizeof uvs);
+    uvs.uvs = {coordinates, 4, 0, TESSORA_FLOAT32};
+    tessora_pack_options options;
+    tessora_pack_options_init(&options, sizeof options);
+    options.turns = TESSORA_TURN_NONE;
+    float last = 0;
+    options.user = &last;
+    options.progress = [](const char*, float fraction, void* user) {
+        *static_cast<float*>(user) = fraction;
+        return 0;
+    };
+    Owned made;
+    tessora_error error;
+    ASSERT_EQ(tessora_pack(&mesh, &uvs, &options, &made.atlas, &error), TESSORA_OK) << error.text;
+    EXPECT_EQ(last, 1.0f);
+    size_t count = 0;
+    EXPECT_GT(*tessora_atlas_coverage(made.atlas, &count), 0.9);
+    EXPECT_EQ(count, 1u);
+    EXPECT_GT(tessora_atlas_texels_per_unit(made.atlas), 500.0);
+    EXPECT_EQ(tessora_atlas_chart_tile(made.atlas, 0), 0u);
+    EXPECT_EQ(tessora_atlas_chart_stacked_on(made.atlas, 0), TESSORA_NONE);
+    EXPECT_EQ(tessora_atlas_chart_stacked_on(made.atlas, 99), TESSORA_NONE);
+}
+
+TEST(CInterface, PackNamesWhatIsWrong) {
+    const tessora_mesh mesh = square();
+    tessora_pack_options options;
+    tessora_pack_options_init(&options, sizeof options);
+    options.turns = 3;
+    tessora_uvs uvs;
+    tessora_uvs_init(&uvs, sizeof uvs);
+    tessora_atlas* atlas = nullptr;
+    tessora_error error;
+    EXPECT_EQ(tessora_pack(&mesh, &uvs, &options, &atlas, &error), TESSORA_INVALID_ARGUMENT);
+    EXPECT_STREQ(error.text, "turns is 3; it must be 0 to 2");
+    EXPECT_EQ(tessora_pack(&mesh, nullptr, nullptr, &atlas, &error), TESSORA_INVALID_ARGUMENT);
+    EXPECT_STREQ(error.text, "uvs is null");
+    EXPECT_EQ(atlas, nullptr);
 }
 
 TEST(CInterface, TwoThreadsGetTheSameBits) {

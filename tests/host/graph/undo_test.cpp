@@ -48,6 +48,64 @@ TEST_F(UndoTest, AFrameThatDoesNotRecordLeavesNoEntry) {
     EXPECT_EQ(pull(node, "input"), 4.0);
 }
 
+/// Sets the input of a node as one entry of the queue.
+void set_input(Scene& scene, Slot& input, double value) {
+    UndoFrame frame("set");
+    scene.perform(set_value_edit(input, PlugValue::of_double(value)));
+}
+
+TEST_F(UndoTest, UndoBackToTheSavedStateMakesTheSceneUnmodified) {
+    Slot& input = plug(add("scaleNode"), "input");
+    set_input(scene, input, 4);
+    undo.mark_saved();
+    EXPECT_FALSE(scene.is_modified);
+    set_input(scene, input, 5);
+    EXPECT_TRUE(scene.is_modified);
+    undo.undo();
+    EXPECT_FALSE(scene.is_modified);
+    undo.redo();
+    EXPECT_TRUE(scene.is_modified);
+}
+
+TEST_F(UndoTest, UndoBeyondTheSavedStateMakesTheSceneModified) {
+    Slot& input = plug(add("scaleNode"), "input");
+    set_input(scene, input, 4);
+    undo.mark_saved();
+    undo.undo();
+    EXPECT_TRUE(scene.is_modified);
+    undo.redo();
+    EXPECT_FALSE(scene.is_modified);
+    undo.undo();
+    set_input(scene, input, 6);
+    undo.undo();
+    EXPECT_TRUE(scene.is_modified) << "the saved state is out of reach";
+}
+
+TEST_F(UndoTest, SelectingDoesNotModifyTheScene) {
+    Node& node = add("scaleNode");
+    undo.mark_saved();
+    {
+        UndoFrame frame("select");
+        scene.perform(select_edit({item_of(node)}));
+    }
+    EXPECT_FALSE(scene.is_modified);
+    undo.undo();
+    EXPECT_FALSE(scene.is_modified);
+    EXPECT_EQ(1u, undo.redo_count());
+}
+
+TEST_F(UndoTest, StateSavedInsideOfAnEntryIsNotReachedByUndo) {
+    Slot& input = plug(add("scaleNode"), "input");
+    {
+        UndoFrame frame("set and save");
+        scene.perform(set_value_edit(input, PlugValue::of_double(7)));
+        undo.mark_saved();
+    }
+    EXPECT_FALSE(scene.is_modified);
+    undo.undo();
+    EXPECT_TRUE(scene.is_modified);
+}
+
 TEST_F(UndoTest, ANewEntryClearsTheRedoList) {
     Node& node = add("scaleNode");
     for (const double value : {4.0, 5.0}) {
