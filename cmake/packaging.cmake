@@ -57,16 +57,32 @@ if(Python3_FOUND AND DPKG_QUERY AND CMAKE_GENERATOR STREQUAL "Ninja" AND NOT CMA
     install(FILES ${CMAKE_BINARY_DIR}/tessora.spdx.json DESTINATION ${doc_dir} COMPONENT product)
 endif()
 
-# The engine as a library for other programs.
-install(TARGETS tessora_atlas EXPORT tessora_atlas ARCHIVE DESTINATION lib COMPONENT engine)
-install(FILES atlas/atlas.h DESTINATION include/tessora/atlas COMPONENT engine)
+# The engine as a library for other programs: tessora::atlas (C++17, static) and tessora::atlas_c (C, shared).
+install(TARGETS tessora_atlas tessora_atlas_shared EXPORT tessora_atlas
+    ARCHIVE DESTINATION lib COMPONENT engine
+    LIBRARY DESTINATION lib COMPONENT engine
+    RUNTIME DESTINATION ${program_dir} COMPONENT engine)
+install(FILES atlas/atlas.h atlas/polygon_mesh.h DESTINATION include/tessora/atlas COMPONENT engine)
+install(FILES atlas/c/tessora_atlas.h DESTINATION include/tessora/atlas/c COMPONENT engine)
+install(FILES docs/atlas.md docs/atlas-packing.md docs/c.md DESTINATION ${doc_dir}/docs COMPONENT engine)
+install(DIRECTORY examples DESTINATION ${doc_dir} COMPONENT engine)
 set(config_dir lib/cmake/tessora_atlas)
-install(EXPORT tessora_atlas NAMESPACE tessora:: FILE tessora_atlasConfig.cmake
+install(EXPORT tessora_atlas NAMESPACE tessora:: FILE tessora_atlasTargets.cmake
     DESTINATION ${config_dir} COMPONENT engine)
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/tessora_atlasConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tessora_atlasConfigVersion.cmake
+install(FILES packaging/tessora_atlasConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/tessora_atlasConfigVersion.cmake
     DESTINATION ${config_dir} COMPONENT engine)
+set(to_prefix ../..)
+configure_file(packaging/tessora_atlas.pc.in ${CMAKE_CURRENT_BINARY_DIR}/tessora_atlas.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tessora_atlas.pc DESTINATION lib/pkgconfig COMPONENT engine)
+
+if(TARGET tessora_python)
+    install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-tessora COMPONENT python)
+    install(FILES docs/python.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-tessora COMPONENT python)
+    install(FILES /usr/share/doc/pybind11-dev/copyright RENAME copyright.pybind11
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-tessora COMPONENT python OPTIONAL)
+endif()
 
 set(CPACK_PACKAGE_NAME tessora)
 set(CPACK_PACKAGE_VENDOR "Brightfold Labs")
@@ -80,13 +96,29 @@ set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
-set(CPACK_MONOLITHIC_INSTALL ON)
 if(WIN32)
+    set(CPACK_MONOLITHIC_INSTALL ON)
     set(CPACK_GENERATOR ZIP)
     set(CPACK_SYSTEM_NAME windows-x86_64)
 else()
     set(CPACK_GENERATOR DEB TGZ)
-    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    # The program with the engine, and the Python package: two Debian packages, one archive without Python.
+    set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/packaging/cpack_components.cmake)
+    set(CPACK_COMPONENTS_ALL product engine)
+    set(CPACK_COMPONENT_PRODUCT_GROUP tessora)
+    set(CPACK_COMPONENT_ENGINE_GROUP tessora)
+    set(CPACK_DEBIAN_TESSORA_FILE_NAME DEB-DEFAULT)
+    set(CPACK_DEBIAN_TESSORA_PACKAGE_NAME tessora)
+    if(TARGET tessora_python)
+        list(APPEND CPACK_COMPONENTS_ALL python)
+        set(CPACK_COMPONENT_PYTHON_GROUP python)
+        set(CPACK_DEBIAN_PYTHON_FILE_NAME DEB-DEFAULT)
+        set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-tessora)
+        set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+        set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.11), python3 (<< 3.12), python3-numpy")
+        set(CPACK_COMPONENT_PYTHON_DESCRIPTION "Automatic UV unwrapping of polygon meshes, for Python
+ Charts without flips or overlaps under a stretch limit, packed with the gutter asked for.")
+    endif()
     set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})

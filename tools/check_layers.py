@@ -19,6 +19,7 @@ RULES = {
     "atlas/c": (["atlas/"], []),
     "polygon": (["polygon/"], []),
     "measure": (["measure/"], []),
+    "python": (["atlas/", "measure/"], ["pybind11/"]),
     "faultpoint": (["faultpoint/"], []),
     "platform": (["platform/", "atlas/", "faultpoint/"], ["windows.h", "windef.h", "d3d9", "d3dx9", "dlfcn.h", "unistd.h"]),
     "corelib": (["corelib/"], ["windows.h"]),

@@ -10,6 +10,7 @@ built against the packaged engine."""
 import json
 import os
 import pathlib
+import re
 import sys
 import tempfile
 import unittest
@@ -27,7 +28,8 @@ class Packages(unittest.TestCase):
         done = run(CPACK, "-B", cls.folder / "packages", cwd=BUILD)
         if done.returncode:
             raise AssertionError(done.stdout + done.stderr)
-        cls.deb, = (cls.folder / "packages").glob("*.deb")
+        cls.deb, = (cls.folder / "packages").glob("tessora_*.deb")
+        cls.python_deb, = (cls.folder / "packages").glob("python3-tessora_*.deb")
         cls.tar, = (cls.folder / "packages").glob("*.tar.gz")
         cls.root, cls.moved = cls.folder / "root", cls.folder / "another place"
         cls.moved.mkdir()
@@ -82,6 +84,43 @@ class Packages(unittest.TestCase):
 
     def test_another_project_builds_against_the_packaged_engine(self):
         use_engine(self, self.moved, CMAKE, lambda folder: [folder / "consumer"])
+
+    def test_examples_build_against_the_packaged_engine_and_give_the_same_bits(self):
+        examples, = self.moved.rglob("examples")
+        with tempfile.TemporaryDirectory() as work:
+            for words in (["-S", examples, "-B", work, f"-DCMAKE_PREFIX_PATH={self.moved}"], ["--build", work]):
+                done = run(CMAKE, *words)
+                self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+            from_c, from_cpp = (run(pathlib.Path(work) / name) for name in ("unwrap_c", "unwrap_cpp"))
+            self.assertEqual(from_c.returncode, 0, from_c.stderr)
+            self.assertEqual(from_c.stdout, from_cpp.stdout)
+            self.assertRegex(from_c.stdout, r"charts: 1\n$")
+
+    def test_a_c_program_builds_by_pkg_config(self):
+        with tempfile.TemporaryDirectory() as work:
+            environment = {**os.environ, "PKG_CONFIG_PATH": str(self.root / "usr/lib/pkgconfig")}
+            flags = run("pkg-config", "--cflags", "--libs", "tessora_atlas", env=environment)
+            self.assertEqual(flags.returncode, 0, flags.stderr)
+            example, = self.root.rglob("examples/unwrap.c")
+            done = run("cc", "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror", example, *flags.stdout.split(),
+                       f"-Wl,-rpath,{self.root / 'usr/lib'}", "-o", pathlib.Path(work) / "a.out")
+            self.assertEqual(done.returncode, 0, done.stderr)
+            self.assertRegex(run(pathlib.Path(work) / "a.out").stdout, r"charts: 1\n$")
+
+    def test_documents_that_headers_name_are_in_the_package(self):
+        for header in self.moved.rglob("include/**/*.h"):
+            for name in re.findall(r"docs/([a-z-]+\.md)", header.read_text()):
+                self.assertTrue(list(self.moved.rglob(f"docs/{name}")), f"{header.name} names docs/{name}")
+
+    def test_python_package_imports_where_it_is_unpacked(self):
+        root = self.folder / "python root"
+        run("dpkg", "-x", self.python_deb, root).check_returncode()
+        code = "import tessora; print(tessora.__file__, tessora.unwrap([[0,0,0],[1,0,0],[0,1,0]], [[0,1,2]]).chart_count)"
+        done = run("/usr/bin/python3", "-c", code, env={"PYTHONPATH": str(root / "usr/lib/python3/dist-packages")})
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertRegex(done.stdout, rf"^{re.escape(str(root))}.* 1\n$")
+        depends = run("dpkg", "-f", self.python_deb, "Depends").stdout
+        self.assertRegex(depends, r"python3-numpy.*libstdc\+\+6|libstdc\+\+6.*python3-numpy")
 
 
 if __name__ == "__main__":

@@ -1,0 +1,10 @@
+# Read by cpack for each generator: one Debian package per group, one archive of everything but Python.
+if(CPACK_GENERATOR STREQUAL "DEB")
+    set(CPACK_DEB_COMPONENT_INSTALL ON)
+    set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
+else()
+    list(REMOVE_ITEM CPACK_COMPONENTS_ALL python)
+    set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
+    set(CPACK_COMPONENTS_GROUPING ALL_COMPONENTS_IN_ONE)
+    set(CPACK_ARCHIVE_FILE_NAME ${CPACK_PACKAGE_FILE_NAME})
+endif()
