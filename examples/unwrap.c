@@ -4,8 +4,10 @@
 #include <stdio.h>
 
 int main(void) {
-    const float positions[] = {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 0, 1, 1, 0, 1, 0, 1, 1, 1, 1, 1};
-    const uint32_t corners[] = {0, 2, 3, 1, 4, 5, 7, 6, 0, 1, 5, 4, 2, 6, 7, 3, 0, 4, 6, 2, 1, 3, 7, 5};
+    const float positions[] = {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0,
+                               0, 0, 1, 1, 0, 1, 0, 1, 1, 1, 1, 1};
+    const uint32_t corners[] = {0, 2, 3, 1, 4, 5, 7, 6, 0, 1, 5, 4,
+                                2, 6, 7, 3, 0, 4, 6, 2, 1, 3, 7, 5};
     const uint32_t offsets[] = {0, 4, 8, 12, 16, 20, 24};
     tessora_mesh mesh;
     tessora_mesh_init(&mesh, sizeof mesh);

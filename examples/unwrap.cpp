@@ -1,4 +1,5 @@
-// Unwraps a cube of six quads and prints the texture coordinates of its corners; CMakeLists.txt builds it.
+// Unwraps a cube of six quads and prints the texture coordinates of its corners; CMakeLists.txt
+// builds it.
 #include <atlas/polygon_mesh.h>
 #include <cstdio>
 
