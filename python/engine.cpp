@@ -283,6 +283,7 @@ py::array list(const std::vector<Value> atlas::Result::*member, const py::object
 
 } // namespace
 
+// Table: the classes and functions that Python sees.
 PYBIND11_MODULE(_engine, module) {
     using Result = atlas::Result;
     py::class_<Polygons>(module, "Polygons")
