@@ -1,16 +1,20 @@
 // Runs the engine on a mesh file and prints the quality of the result and the time as a CSV row.
 //
 //   atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] [--gutter G] [--cut-angle DEGREES]
-//             [--unpacked] [--check] [--cut-to-pack] [--repeat N] [--copies N] [--header] [--dump
-//             FILE.obj]
+//             [--unpacked] [--check] [--cut-to-pack] [--repeat N] [--copies N] [--threads N]
+//             [--stages] [--header] [--dump FILE.obj]
 //
 // --check verifies the result by brute force (slow) and lists violated guarantees; --copies N puts
-// N copies of the mesh side by side; --dump writes the triangles with their coordinates.
+// N copies of the mesh side by side; --threads N (1, 2, 4 or 8) runs on that many threads, and the
+// seconds are then those of the wall clock; --stages prints the CPU time of every stage and the
+// longest time between two reports of progress; --dump writes the triangles with their coordinates.
 #include "atlas/atlas.h"
 #include "host/io/obj_reader.h"
 #include "tests/atlas/check_result.h"
+#include "tests/atlas/threads.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -27,14 +31,57 @@ struct Request {
     std::string file, dump;
     Options options;
     double cut_angle = 181;
-    bool packed = true, check = false, header = false;
+    bool packed = true, check = false, header = false, stages = false;
     int repeat = 1, copies = 1;
 };
 
-double cpu_seconds() {
+double seconds(clockid_t clock) {
     timespec now;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    clock_gettime(clock, &now);
     return double(now.tv_sec) + 1e-9 * double(now.tv_nsec);
+}
+
+double cpu_seconds() { return seconds(CLOCK_THREAD_CPUTIME_ID); }
+
+/// The time that each stage takes, and the longest time without a report.
+struct StageClock {
+    std::array<double, size_t(Stage::emission) + 1> spent = {};
+    Stage stage = Stage::surface, silent_stage = Stage::surface;
+    double last = 0, silence = 0;
+
+    void note(Stage now) {
+        const double time = cpu_seconds(), passed = time - last;
+        if (passed > silence) {
+            silence = passed;
+            silent_stage = stage;
+        }
+        spent[size_t(stage)] += passed;
+        stage = now;
+        last = time;
+    }
+    static int report(Stage now, float, void* user) {
+        static_cast<StageClock*>(user)->note(now);
+        return 0;
+    }
+    void print() const {
+        for (size_t i = 0; i < spent.size(); ++i)
+            std::printf("  %-20s %8.3f s\n", describe(Stage(i)), spent[i]);
+        std::printf("  longest silence      %8.3f s (%s)\n", silence, describe(silent_stage));
+    }
+};
+
+ParallelFor executor_of(int threads) {
+    using atlas_test::run_on;
+    switch (threads) {
+    case 2:
+        return run_on<2>;
+    case 4:
+        return run_on<4>;
+    case 8:
+        return run_on<8>;
+    default:
+        return nullptr;
+    }
 }
 
 /// A memory figure of this process in megabytes ("VmRSS:" or "VmHWM:"); Linux only.
@@ -240,6 +287,10 @@ bool parse(int count, char** words, Request& request) {
             request.packed = false;
         else if (word == "--check")
             request.check = true;
+        else if (word == "--threads")
+            request.options.executor = executor_of(std::atoi(value()));
+        else if (word == "--stages")
+            request.stages = true;
         else if (word == "--header")
             request.header = true;
         else if (word == "--cut-to-pack")
@@ -277,11 +328,21 @@ int run(const Request& request) {
     Failure failure;
     double best = 1e30;
     const double held = reset_peak(); // the mesh, and memory not returned after reading it
+    Options options = request.options;
+    const clockid_t clock = options.executor == nullptr ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC;
+    StageClock stages;
+    if (request.stages) {
+        options.stage_progress = StageClock::report;
+        options.user = &stages;
+    }
     for (int i = 0; i < request.repeat; ++i) {
-        const double start = cpu_seconds();
-        failure = request.packed ? create(view, request.options, result)
-                                 : partition(view, request.options, result, adjacency);
-        best = std::min(best, cpu_seconds() - start);
+        stages = {};
+        stages.last = cpu_seconds();
+        const double start = seconds(clock);
+        failure = request.packed ? create(view, options, result)
+                                 : partition(view, options, result, adjacency);
+        best = std::min(best, seconds(clock) - start);
+        stages.note(Stage::emission);
     }
     const double memory = status_mb("VmHWM:") - held;
     if (request.header)
@@ -300,6 +361,8 @@ int run(const Request& request) {
     std::printf("%s,%u,%u,%.2f,%.4f,%.4f,%.3f,%.3f,%.0f,%.0f,%zu,%zu\n", name.c_str(), mesh.faces(),
                 j.charts, j.seam, j.l2, j.worst_chart, j.coverage, best, mesh.faces() / best * 1e-3,
                 memory, result.over_limit.size(), j.faults.size());
+    if (request.stages)
+        stages.print();
     for (const std::string& fault : j.faults)
         std::printf("  %s\n", fault.c_str());
     return j.faults.empty() ? 0 : 1;
@@ -310,10 +373,10 @@ int run(const Request& request) {
 int main(int count, char** words) {
     Request request;
     if (!parse(count, words, request)) {
-        std::fprintf(stderr,
-                     "usage: atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] "
-                     "[--gutter G] [--cut-angle DEGREES] [--unpacked] [--check] "
-                     "[--cut-to-pack] [--repeat N] [--copies N] [--header] [--dump FILE.obj]\n");
+        std::fprintf(stderr, "usage: atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] "
+                             "[--gutter G] [--cut-angle DEGREES] [--unpacked] [--check] "
+                             "[--cut-to-pack] [--repeat N] [--copies N] [--threads N] [--stages] "
+                             "[--header] [--dump FILE.obj]\n");
         return 2;
     }
     return run(request);
