@@ -30,6 +30,7 @@ void draw_kept(const ChartChains& chains, Page& page) {
     const Turn turn = page.turned ? Turn{0, -1} : Turn{1, 0};
     const double half = page.gutter / 2 * page.density;
     const Vec2 shift{half, half + (page.turned ? page.span * page.density : 0)};
+    MaskWork work;
     for (const ChartShape& shape : chains.shapes) {
         if (!shape.kept || shape.chain_begin == shape.chain_end)
             continue;
@@ -45,7 +46,7 @@ void draw_kept(const ChartChains& chains, Page& page) {
             page.taken_tile.push_back(shape.tile);
             page.taken.push_back(std::move(empty));
         }
-        draw_in_place(chains, shape, turn, page.density, shift, half, page.taken[i]);
+        draw_in_place(chains, shape, turn, page.density, shift, half, page.taken[i], work);
     }
 }
 
@@ -80,7 +81,10 @@ void MaskSet::reset(const Page& page, double scale) {
     texel_scale_ = scale;
     scale_ = scale * page.density;
     radius_ = page.gutter / 2 * page.density + chains_.tolerance * scale_;
-    masks_.clear();
+    for (const std::unique_ptr<Quarters>& slot : masks_)
+        if (slot != nullptr)
+            for (Mask& mask : *slot)
+                mask.width = 0;
     masks_.resize(chains_.shapes.size() * k_fine);
 }
 
@@ -94,14 +98,14 @@ Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const 
 
 const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter) {
     std::unique_ptr<Quarters>& slot = masks_[size_t(chart) * k_fine + plan.fine_turn[chart]];
-    if (slot == nullptr) {
+    if (slot == nullptr)
         slot = std::make_unique<Quarters>();
+    if ((*slot)[0].width == 0)
         draw_mask(chains_, chains_.shapes[chart], turn_of(plan, chart, 0), scale_, radius_,
-                  (*slot)[0]);
-    }
+                  (*slot)[0], work_);
     Mask& mask = (*slot)[quarter];
     if (mask.width == 0)
-        turn_mask((*slot)[0], quarter, mask);
+        turn_mask((*slot)[0], quarter, mask, work_);
     return mask;
 }
 
@@ -116,11 +120,13 @@ uint32_t& LayoutMaker::start_row(const Mask& mask) {
     return start_rows_[size_t(bucket(mask.width)) * k_buckets + bucket(mask.height)];
 }
 
-/// Fills remaining_; returns the number of cells of all masks.
+/// Fills remaining_; returns the number of cells of all masks, 0 if asked to stop.
 double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
     double cells = 0;
     remaining_.assign(plan.order.size() + 1, {});
     for (size_t i = plan.order.size(); i-- > 0;) {
+        if (is_stopped_at(i))
+            return 0;
         remaining_[i] = remaining_[i + 1];
         uint32_t lowest_height = ~0u;
         for (uint32_t quarter = 0; quarter < plan.quarters; ++quarter) {
@@ -175,6 +181,10 @@ Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, dou
     layout.scale = masks.scale();
     layout.slots.resize(masks.chains().shapes.size());
     const double needed = look_ahead(masks, plan);
+    if (needed == 0) {
+        layout.height = layout.mean_top = std::numeric_limits<double>::infinity();
+        return layout;
+    }
     field_.reset(page.width, uint32_t(page.height * k_overflow) + 1, remaining_[0].run_level,
                  remaining_[0].square_level);
     open(page);
@@ -195,7 +205,8 @@ Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, dou
         placed += mask->cells;
         layout.mean_top += double(mask->cells) * top;
         used = std::max(used, top);
-        if (used + (layout.mean_top + remaining_[i + 1].min_tops) / needed > max_cost) {
+        if (used + (layout.mean_top + remaining_[i + 1].min_tops) / needed > max_cost ||
+            is_stopped_at(i)) {
             layout.height = layout.mean_top = std::numeric_limits<double>::infinity();
             return layout;
         }

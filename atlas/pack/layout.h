@@ -6,8 +6,10 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace tessora::atlas {
@@ -75,16 +77,22 @@ private:
     using Quarters = std::array<Mask, k_quarters>;
 
     const ChartChains& chains_;
-    std::vector<std::unique_ptr<Quarters>> masks_; ///< per chart and fine turn; null before use
+    /// Per chart and fine turn; null before its first use. Masks of width 0 are not drawn yet at
+    /// this scale, but have their memory from former ones.
+    std::vector<std::unique_ptr<Quarters>> masks_;
+    MaskWork work_;
     double texel_scale_ = 0, scale_ = 0, radius_ = 0;
 };
 
 /// Makes layouts; keeps its memory between them.
 class LayoutMaker {
 public:
+    /// `goes_on` is called often while charts are placed; if it returns false the layout is given
+    /// up.
+    explicit LayoutMaker(std::function<bool()> goes_on) : goes_on_(std::move(goes_on)) {}
     /// Places the plan's charts. The grid may grow beyond the page, so that a layout that does not
     /// fit says by how much. Gives up, returning an infinite height, as soon as height + mean_top
-    /// is certain to exceed `max_cost`.
+    /// is certain to exceed `max_cost`, or when asked to stop.
     Layout make(MaskSet& masks, const Page& page, const Plan& plan,
                 double max_cost = std::numeric_limits<double>::infinity());
     /// Words of bitmaps read by all layouts so far: a reproducible measure of effort.
@@ -99,6 +107,8 @@ private:
     /// Masks count as the same size if width and height agree within an eighth.
     static constexpr uint32_t k_steps = 8, k_buckets = 128;
 
+    /// Asks at every 256th of the numbers 0, 1, 2...
+    bool is_stopped_at(size_t number) const { return number % 256 == 0 && !goes_on_(); }
     double look_ahead(MaskSet& masks, const Plan& plan);
     void open(const Page& page);
     const Mask* place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot);
@@ -106,6 +116,7 @@ private:
     /// fit are assumed to be full for all.
     uint32_t& start_row(const Mask& mask);
 
+    std::function<bool()> goes_on_;
     Field field_;
     std::vector<Remaining> remaining_; ///< entry i: charts i and later in the order
     std::vector<uint32_t> start_rows_;

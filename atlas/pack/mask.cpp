@@ -1,6 +1,7 @@
 #include "atlas/pack/mask.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tessora::atlas {
 namespace {
@@ -155,11 +156,13 @@ void fill_convex(Mask& mask, const Vec2* begin, const Vec2* end) {
     }
 }
 
-/// Draws the chains of a shape, given in cells, and fills them.
-void draw_chains(const ChartChains& chains, const ChartShape& shape,
-                 const std::vector<Vec2>& points, double radius, Mask& mask) {
+/// Draws the chains of a shape, whose points are in work.points in cells, and fills them.
+void draw_chains(const ChartChains& chains, const ChartShape& shape, double radius, Mask& mask,
+                 MaskWork& work) {
     const uint32_t first = chains.chain_begin[shape.chain_begin];
-    std::vector<uint64_t> flips(mask.bits.size(), 0);
+    const std::vector<Vec2>& points = work.points;
+    std::vector<uint64_t>& flips = work.flips;
+    flips.assign(mask.bits.size(), 0);
     for (uint32_t chain = shape.chain_begin; chain < shape.chain_end; ++chain) {
         const uint32_t begin = chains.chain_begin[chain] - first;
         const uint32_t end = chains.chain_begin[chain + 1] - first;
@@ -193,9 +196,12 @@ void join_pieces(Mask& mask) {
         mask.bits[i] |= i + 1 == mask.words ? ~columns[i] << spare >> spare : ~columns[i];
 }
 
-/// The runs of set cells, row by row; row y has the runs row_begin[y] .. row_begin[y + 1] - 1.
-std::vector<Run> runs_by_row(const Mask& mask, std::vector<uint32_t>& row_begin) {
-    std::vector<Run> runs;
+/// Lists the runs of set cells, row by row, in work.runs; row y has the runs from
+/// work.row_begin[y] to work.row_begin[y + 1] - 1.
+void list_by_row(const Mask& mask, MaskWork& work) {
+    std::vector<Run>& runs = work.runs;
+    std::vector<uint32_t>& row_begin = work.row_begin;
+    runs.clear();
     row_begin.resize(mask.height + 1);
     for (uint32_t y = 0; y < mask.height; ++y) {
         row_begin[y] = uint32_t(runs.size());
@@ -220,13 +226,13 @@ std::vector<Run> runs_by_row(const Mask& mask, std::vector<uint32_t>& row_begin)
             runs.push_back({y, start, mask.words * 64 - start});
     }
     row_begin[mask.height] = uint32_t(runs.size());
-    return runs;
 }
 
 /// Fills the mask's runs and the members that are computed from them.
-void list_runs(Mask& mask) {
-    std::vector<uint32_t> row_begin;
-    const std::vector<Run> by_row = runs_by_row(mask, row_begin);
+void list_runs(Mask& mask, MaskWork& work) {
+    list_by_row(mask, work);
+    const std::vector<uint32_t>& row_begin = work.row_begin;
+    const std::vector<Run>& by_row = work.runs;
     mask.runs.clear();
     mask.cells = 0;
     for (const Run& run : by_row) {
@@ -264,12 +270,14 @@ uint64_t shifted_word(const std::vector<uint64_t>& bits, size_t row, uint32_t wo
 
 /// Finds the largest square of set cells by eroding with squares of doubling size until no cell is
 /// left; takes one from the middle of the last survivors.
-void find_square(Mask& mask) {
-    std::vector<uint64_t> now = mask.bits, next;
+void find_square(Mask& mask, MaskWork& work) {
+    std::vector<uint64_t>&now = work.square, &next = work.smaller_square;
+    std::vector<uint32_t>& rows = work.rows;
+    now = mask.bits;
     uint32_t height = mask.height;
     const uint32_t words = mask.words;
     for (uint32_t level = 0;; ++level) {
-        std::vector<uint32_t> rows;
+        rows.clear();
         for (uint32_t y = 0; y < height; ++y)
             if (std::any_of(&now[size_t(y) * words], &now[size_t(y) * words] + words,
                             [](uint64_t w) { return w != 0; }))
@@ -328,6 +336,13 @@ void reverse_row(uint64_t* row, uint32_t words, uint32_t width) {
 
 /// Transposes a mask.
 void transpose_bits(const Mask& from, Mask& to) {
+    constexpr uint32_t k_small = 24; // cells; a block of 64 x 64 takes longer than their bits
+    if (from.width <= k_small && from.height <= k_small) {
+        for (uint32_t y = 0; y < from.height; ++y)
+            for (uint64_t rest = from.bits[y]; rest != 0; rest &= rest - 1)
+                to.bits[uint32_t(__builtin_ctzll(rest))] |= uint64_t(1) << y;
+        return;
+    }
     uint64_t block[64];
     for (uint32_t by = 0; by < to.words; ++by)
         for (uint32_t bx = 0; bx < from.words; ++bx) {
@@ -339,16 +354,28 @@ void transpose_bits(const Mask& from, Mask& to) {
         }
 }
 
+/// Makes a mask empty; it keeps its memory.
+void clear(Mask& mask) {
+    std::vector<uint64_t> bits = std::move(mask.bits);
+    std::vector<Run> runs = std::move(mask.runs);
+    bits.clear();
+    runs.clear();
+    mask = Mask();
+    mask.bits = std::move(bits);
+    mask.runs = std::move(runs);
+}
+
 } // namespace
 
 void draw_mask(const ChartChains& chains, const ChartShape& shape, Turn turn, double scale,
-               double radius, Mask& mask) {
-    mask = Mask();
+               double radius, Mask& mask, MaskWork& work) {
+    clear(mask);
     if (shape.chain_begin == shape.chain_end)
         return;
     const uint32_t first = chains.chain_begin[shape.chain_begin];
     const uint32_t last = chains.chain_begin[shape.chain_end];
-    std::vector<Vec2> points(last - first);
+    std::vector<Vec2>& points = work.points;
+    points.resize(last - first);
     const Turn scaled{turn.cosine * scale, turn.sine * scale};
     Vec2 low{}, high{};
     for (uint32_t i = first; i < last; ++i) {
@@ -365,24 +392,25 @@ void draw_mask(const ChartChains& chains, const ChartShape& shape, Turn turn, do
     mask.bits.assign(size_t(mask.words) * mask.height, 0);
     for (Vec2& p : points)
         p = p - mask.origin;
-    draw_chains(chains, shape, points, radius, mask);
+    draw_chains(chains, shape, radius, mask, work);
     if (shape.apart)
         join_pieces(mask);
-    list_runs(mask);
-    find_square(mask);
+    list_runs(mask, work);
+    find_square(mask, work);
 }
 
 void draw_in_place(const ChartChains& chains, const ChartShape& shape, Turn turn, double scale,
-                   Vec2 shift, double radius, Mask& mask) {
-    std::vector<Vec2> points;
+                   Vec2 shift, double radius, Mask& mask, MaskWork& work) {
+    std::vector<Vec2>& points = work.points;
+    points.clear();
     const uint32_t last = chains.chain_begin[shape.chain_end];
     for (uint32_t i = chains.chain_begin[shape.chain_begin]; i < last; ++i)
         points.push_back(turned(chains.points[i], turn) * scale + shift);
-    draw_chains(chains, shape, points, radius, mask);
+    draw_chains(chains, shape, radius, mask, work);
 }
 
-void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned) {
-    turned = Mask();
+void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned, MaskWork& work) {
+    clear(turned);
     if (mask.width == 0)
         return;
     const bool across = quarters % 2 == 1;
@@ -415,7 +443,7 @@ void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned) {
         turned.origin = {mask.origin.y, -far.x};
     turned.square_x = quarters == 1 ? above : quarters == 2 ? right : mask.square_y;
     turned.square_y = quarters == 1 ? mask.square_x : quarters == 2 ? above : right;
-    list_runs(turned);
+    list_runs(turned, work);
 }
 
 } // namespace tessora::atlas

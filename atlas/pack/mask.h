@@ -32,22 +32,30 @@ struct Mask {
     uint64_t row_word(uint32_t y, uint32_t word) const { return bits[size_t(y) * words + word]; }
 };
 
+/// Working memory for making masks; keeps its memory between them.
+struct MaskWork {
+    std::vector<Vec2> points;
+    std::vector<uint64_t> flips, square, smaller_square;
+    std::vector<Run> runs;
+    std::vector<uint32_t> row_begin, rows;
+};
+
 /// Draws chart `shape`, turned, scaled and widened by `radius`: sets every cell whose closed square
 /// comes within `radius` cells of the chart, and few others. `scale` is cells per chart unit,
 /// `radius` > 0 is in cells and must include the chains' tolerance. A shape without
 /// chains makes an empty mask.
 /// Cost: O(border length in cells * radius + cells / 64).
 void draw_mask(const ChartChains& chains, const ChartShape& shape, Turn turn, double scale,
-               double radius, Mask& mask);
+               double radius, Mask& mask, MaskWork& work);
 
 /// Draws a kept chart, whose points times `scale`, turned and moved by `shift` are cells, into a
 /// mask of the size of a tile, clipped to it. Width, height, words and bits must be set; the
 /// chart's cells are added. Only bits are changed.
 void draw_in_place(const ChartChains& chains, const ChartShape& shape, Turn turn, double scale,
-                   Vec2 shift, double radius, Mask& mask);
+                   Vec2 shift, double radius, Mask& mask, MaskWork& work);
 
 /// Turns a mask by `quarters` * 90 degrees counter-clockwise, 1 to 3. The result is a valid mask of
 /// the turned chart, and far cheaper than drawing it.
-void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned);
+void turn_mask(const Mask& mask, uint32_t quarters, Mask& turned, MaskWork& work);
 
 } // namespace tessora::atlas

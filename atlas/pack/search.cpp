@@ -176,6 +176,7 @@ private:
 
     /// Reports progress; true if the search should stop.
     bool stopped(double done) {
+        done_ = done;
         aborted_ = aborted_ || (options_.proceed && !options_.proceed(std::min(1.0, done)));
         return aborted_;
     }
@@ -326,7 +327,8 @@ private:
     const PackOptions& options_;
     Packing& packing_;
     Plan plan_;
-    LayoutMaker maker_;
+    LayoutMaker maker_{[this] { return !stopped(done_); }};
+    double done_ = 0; ///< the fraction reported last
     Random random_;
     double scale_ = 0;
     bool turned_ = false;

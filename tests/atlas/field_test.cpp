@@ -45,7 +45,8 @@ struct PlainField {
 Mask mask_of(const PackInput& set, uint32_t chart, Turn turn, double scale, double radius) {
     const ChartChains chains = chain_borders(set.face());
     Mask mask;
-    draw_mask(chains, chains.shapes[chart], turn, scale, radius, mask);
+    MaskWork work;
+    draw_mask(chains, chains.shapes[chart], turn, scale, radius, mask, work);
     return mask;
 }
 
@@ -97,7 +98,8 @@ TEST(PackMask, ChartWithoutEdgesIsEmpty) {
     const Mask mask = mask_of(set, 0, {}, 1, 2);
     EXPECT_EQ(mask.width, 0u);
     Mask turned;
-    turn_mask(mask, 1, turned);
+    MaskWork work;
+    turn_mask(mask, 1, turned, work);
     EXPECT_EQ(turned.width, 0u);
 }
 
@@ -153,7 +155,8 @@ TEST(PackMaskProperty, QuarterTurnsMoveEveryCellCorrectly) {
         const Mask mask = mask_of(set, 0, {}, 5 + random() % 90, 1.5);
         for (uint32_t quarters = 1; quarters <= 3; ++quarters) {
             Mask turned_mask;
-            turn_mask(mask, quarters, turned_mask);
+            MaskWork work;
+            turn_mask(mask, quarters, turned_mask, work);
             ASSERT_EQ(turned_mask.cells, mask.cells);
             for (uint32_t y = 0; y < mask.height; ++y)
                 for (uint32_t x = 0; x < mask.width; ++x) {

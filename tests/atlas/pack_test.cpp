@@ -200,6 +200,23 @@ TEST(Pack, ProgressNeverDecreasesAndReturningFalseAborts) {
     EXPECT_EQ(pack_charts(set.face(), options).status, Status::aborted);
 }
 
+TEST(Pack, ThousandsOfChartsAreStoppedAtAnyReport) {
+    std::mt19937 random(19);
+    const PackInput set = random_charts(random, 3000);
+    PackOptions options = options_of(4096, 4096, 2, Quality::fast);
+    int calls = 0;
+    options.proceed = [&](double) { return ++calls > 0; };
+    ASSERT_EQ(pack_charts(set.face(), options).status, Status::ok);
+    const int all = calls;
+    EXPECT_GT(all, 3000 / 256 * 2); // several within every layout
+    for (int stop = 1; stop <= all; stop += all / 7) {
+        calls = 0;
+        options.proceed = [&](double) { return ++calls < stop; };
+        EXPECT_EQ(pack_charts(set.face(), options).status, Status::aborted) << stop;
+        EXPECT_EQ(calls, stop);
+    }
+}
+
 TEST(Pack, SameInputGivesIdenticalResults) {
     std::mt19937 random(17);
     const PackInput set = random_charts(random, 60);
