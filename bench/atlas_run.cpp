@@ -316,42 +316,52 @@ std::string base_name(const std::string& file) {
     return name.substr(0, name.rfind('.'));
 }
 
+/// One measured series of runs and its last result.
+struct Runs {
+    Result result;
+    Failure failure;
+    double best = 1e30; ///< seconds
+    StageClock stages;
+};
+
+void repeat(const Request& request, const Mesh& mesh, Runs& runs) {
+    Options options = request.options;
+    const clockid_t clock = options.executor == nullptr ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC;
+    if (request.stages) {
+        options.stage_progress = StageClock::report;
+        options.user = &runs.stages;
+    }
+    std::vector<uint32_t> adjacency;
+    for (int i = 0; i < request.repeat; ++i) {
+        runs.stages = {};
+        runs.stages.last = cpu_seconds();
+        const double start = seconds(clock);
+        runs.failure = request.packed ? create(mesh, options, runs.result)
+                                      : partition(mesh, options, runs.result, adjacency);
+        runs.best = std::min(runs.best, seconds(clock) - start);
+        runs.stages.note(Stage::emission);
+    }
+}
+
 int run(const Request& request) {
     TestMesh mesh;
     if (!load(request, mesh))
         return 3;
     if (request.cut_angle <= 180)
         cut_bends(mesh, request.cut_angle);
-    const Mesh view = mesh.view();
-    Result result;
-    std::vector<uint32_t> adjacency;
-    Failure failure;
-    double best = 1e30;
+    Runs runs;
     const double held = reset_peak(); // the mesh, and memory not returned after reading it
-    Options options = request.options;
-    const clockid_t clock = options.executor == nullptr ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC;
-    StageClock stages;
-    if (request.stages) {
-        options.stage_progress = StageClock::report;
-        options.user = &stages;
-    }
-    for (int i = 0; i < request.repeat; ++i) {
-        stages = {};
-        stages.last = cpu_seconds();
-        const double start = seconds(clock);
-        failure = request.packed ? create(view, options, result)
-                                 : partition(view, options, result, adjacency);
-        best = std::min(best, seconds(clock) - start);
-        stages.note(Stage::emission);
-    }
+    repeat(request, mesh.view(), runs);
+    const Result& result = runs.result;
+    const double best = runs.best;
     const double memory = status_mb("VmHWM:") - held;
     if (request.header)
         std::printf(
             "mesh,triangles,charts,seam,l2,worst,coverage,seconds,ktri_per_s,mb,over,faults\n");
     const std::string name = base_name(request.file);
-    if (failure.status != Status::ok) {
-        std::printf("%s,%u,failed: %s (%u)\n", name.c_str(), mesh.faces(), describe(failure.status),
-                    failure.element);
+    if (runs.failure.status != Status::ok) {
+        std::printf("%s,%u,failed: %s (%u)\n", name.c_str(), mesh.faces(),
+                    describe(runs.failure.status), runs.failure.element);
         return 1;
     }
     if (!request.dump.empty())
@@ -362,7 +372,7 @@ int run(const Request& request) {
                 j.charts, j.seam, j.l2, j.worst_chart, j.coverage, best, mesh.faces() / best * 1e-3,
                 memory, result.over_limit.size(), j.faults.size());
     if (request.stages)
-        stages.print();
+        runs.stages.print();
     for (const std::string& fault : j.faults)
         std::printf("  %s\n", fault.c_str());
     return j.faults.empty() ? 0 : 1;
