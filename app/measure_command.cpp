@@ -8,6 +8,7 @@
 #include "app/options.h"
 #include "app/unwrap_options.h"
 #include "host/io/obj_reader.h"
+#include "measure/straight.h"
 
 #include <algorithm>
 #include <cmath>
@@ -151,12 +152,20 @@ void print(const Json& json) {
 }
 
 void print_measures(const Request& request, const Judgement& judgement) {
+    const measure::Straightness straight =
+        measure::straightness(judgement.layout, {double(request.width), double(request.height)},
+                              judgement.measures.triangle_chart, judgement.measures.outline);
     if (!request.json) {
-        std::printf("%s\n\n%s", request.input.c_str(), measures_table(judgement).c_str());
+        std::printf("%s\n\n%s%-22s %14.6g  texels of straight border; %.6g if every chart stood "
+                    "straight\n",
+                    request.input.c_str(), measures_table(judgement).c_str(),
+                    "parallel to the axes", straight.parallel, straight.best);
         return;
     }
     Json out = header(request);
     out["measures"] = Json::parse(measures_json(judgement, request.per_chart));
+    out["measures"]["straight_texels"] = straight.parallel;
+    out["measures"]["straight_texels_best"] = straight.best;
     print(out);
 }
 

@@ -2,6 +2,7 @@
 
 #include "atlas/pack/search.h"
 #include "atlas/pack/shelves.h"
+#include "atlas/pack/straight.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,6 +13,15 @@ namespace {
 /// Layouts are given up if the largest chart would be shorter than this, in texels.
 constexpr double k_min_extent = 1.0 / 16;
 
+/// Straight border has runs of this many texels.
+constexpr double k_straight_run = 12;
+
+/// Charts with more than this share of straight border parallel to one pair of axes stand straight.
+constexpr double k_straight_share = 0.06;
+
+/// Share of the room that charts usually fill.
+constexpr double k_likely_fill = 0.75;
+
 double covered(const ChartChains& chains, double scale, const PackOptions& options) {
     double area = 0;
     for (const ChartShape& shape : chains.shapes)
@@ -19,25 +29,44 @@ double covered(const ChartChains& chains, double scale, const PackOptions& optio
     return area / (double(options.width) * double(options.height) * options.tiles);
 }
 
-/// Charts that may not be turned to their smallest box stand as they came.
-void stand_as_given(ChartChains& chains, ChartShape& shape) {
-    Vec2 low{}, high{};
-    const uint32_t first = chains.chain_begin[shape.chain_begin];
-    for (uint32_t p = first; p < chains.chain_begin[shape.chain_end]; ++p) {
-        const Vec2 q = chains.points[p];
-        low = p == first ? q : Vec2{std::min(low.x, q.x), std::min(low.y, q.y)};
-        high = p == first ? q : Vec2{std::max(high.x, q.x), std::max(high.y, q.y)};
-    }
-    shape.axis = {1, 0};
-    shape.length = high.x - low.x;
-    shape.width = high.y - low.y;
+/// The scale at which the charts would fill most of the room, in texels per chart unit.
+double likely_scale(const ChartChains& chains, const PackOptions& options, const PackRoom& room) {
+    double area = 0;
+    for (const ChartShape& shape : chains.shapes)
+        area += shape.kept ? 0 : shape.area;
+    if (options.max_scale > 0)
+        return options.max_scale;
+    return area > 0 ? std::sqrt(k_likely_fill * room.width * room.height * options.tiles / area)
+                    : 1;
 }
 
-void limit_turns(ChartChains& chains, const PackOptions& options) {
+/// `axis` or a direction a multiple of a quarter turn from it, whichever is nearest to the x axis.
+Vec2 nearest_to_x(Vec2 axis) {
+    if (std::abs(axis.y) > std::abs(axis.x))
+        axis = {axis.y, -axis.x};
+    return axis.x < 0 ? Vec2{-axis.x, -axis.y} : axis;
+}
+
+/// Sets the charts' axes and how they may turn from there.
+void choose_axes(ChartChains& chains, const PackOptions& options, const PackRoom& room) {
+    const double min_run = k_straight_run / likely_scale(chains, options, room);
     for (ChartShape& shape : chains.shapes) {
-        if (options.turns != Turns::any && !options.align && shape.chain_begin != shape.chain_end)
-            stand_as_given(chains, shape);
-        shape.turns_finely = options.turns == Turns::any && !options.align;
+        if (shape.kept || shape.chain_begin == shape.chain_end)
+            continue;
+        const bool free = options.turns == Turns::any;
+        shape.turns_finely = free && !options.align;
+        if (!free && !options.align) {
+            stand_along(chains, {1, 0}, shape);
+            continue;
+        }
+        const StraightBorder straight =
+            shape.apart ? StraightBorder{} : find_straight_border(chains, shape, min_run);
+        const bool stands = straight.length > k_straight_share * straight.perimeter;
+        if (stands)
+            stand_along(chains, straight.axis, shape);
+        shape.turns_finely = shape.turns_finely && !stands;
+        if (options.turns == Turns::none)
+            stand_along(chains, nearest_to_x(shape.axis), shape);
     }
 }
 
@@ -73,7 +102,7 @@ PackRoom room_of(const PackOptions& options) {
 Packing pack_charts(const PackCharts& charts, const PackOptions& options, const PackRoom& room) {
     Packing packing;
     ChartChains chains = chain_borders(charts);
-    limit_turns(chains, options);
+    choose_axes(chains, options, room);
     const size_t count = chains.shapes.size();
     packing.placements.assign(count, Placement());
     uint64_t present = 0, kept = 0;

@@ -470,3 +470,48 @@ TEST(Repack, PacksTighterWithMoreEffort) {
     }
     EXPECT_GT(most, least + 0.01);
 }
+
+TEST(Repack, StandsChartsWithStraightBorderStraight) {
+    // Half disks, so that the smallest box does not tell; the straight side at odd angles.
+    Charts charts;
+    for (int i = 0; i < 12; ++i) {
+        std::vector<std::array<double, 2>> ring;
+        for (int k = 0; k <= 20; ++k) {
+            const double t = 3.141592653589793 * k / 20, turn = 0.37 * i;
+            const double x = 0.1 * std::cos(t), y = (0.08 + 0.01 * i) * std::sin(t) + 0.03 * x;
+            ring.push_back({0.5 + std::cos(turn) * x - std::sin(turn) * y,
+                            0.5 + std::sin(turn) * x + std::cos(turn) * y});
+        }
+        charts.fan(ring, false);
+    }
+    const PackResult result = packed(charts, fast());
+    for (uint32_t c = 0; c < charts.count; ++c) {
+        // The chord joins the first corner of the fan to the last corner of its last triangle.
+        const size_t a = 3 * size_t(result.charts[c].first_triangle), b = a + 3 * 18 + 2;
+        const double du = std::abs(double(result.uvs[2 * a]) - result.uvs[2 * b]);
+        const double dv = std::abs(double(result.uvs[2 * a + 1]) - result.uvs[2 * b + 1]);
+        EXPECT_LT(std::min(du, dv), 0.005 * std::max(du, dv)) << c;
+    }
+}
+
+TEST(Repack, AlignsWithoutTurningFurtherThanNeeded) {
+    Charts charts;
+    for (double angle : {0.3, 1.2, -0.4, 3.0}) {
+        std::vector<std::array<double, 2>> ring = {{0, 0}, {0.3, 0}, {0.3, 0.1}, {0, 0.1}};
+        for (auto& p : ring)
+            p = {std::cos(angle) * p[0] - std::sin(angle) * p[1],
+                 std::sin(angle) * p[0] + std::cos(angle) * p[1]};
+        charts.fan(ring, false);
+    }
+    PackSettings settings = fast();
+    settings.turns = Turns::none;
+    settings.align = true;
+    const PackResult result = packed(charts, settings);
+    for (const PackedChart& chart : result.charts) {
+        EXPECT_GT(chart.cosine, 0.7);
+        const size_t a = 3 * size_t(chart.first_triangle);
+        const double du = std::abs(double(result.uvs[2 * a]) - result.uvs[2 * a + 2]);
+        const double dv = std::abs(double(result.uvs[2 * a + 1]) - result.uvs[2 * a + 3]);
+        EXPECT_LT(std::min(du, dv), 1e-4);
+    }
+}
