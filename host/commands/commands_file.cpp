@@ -108,6 +108,13 @@ void gather(DagNode& node, std::vector<MeshNode*>& meshes) {
         gather(*child, meshes);
 }
 
+std::vector<MeshNode*> all_meshes() {
+    std::vector<MeshNode*> meshes;
+    for (DagNode* node : Scene::current().top_level())
+        gather(*node, meshes);
+    return meshes;
+}
+
 void export_obj(const std::string& path, bool selected) {
     std::vector<MeshNode*> meshes;
     if (selected) {
@@ -115,8 +122,7 @@ void export_obj(const std::string& path, bool selected) {
             if (DagNode* dag = item.node->as_dag_node())
                 gather(*dag, meshes);
     } else {
-        for (DagNode* node : Scene::current().top_level())
-            gather(*node, meshes);
+        meshes = all_meshes();
     }
     std::vector<ObjPart> parts;
     for (MeshNode* node : meshes) {
@@ -157,14 +163,26 @@ void open_file(Invocation& call, const Flags& flags, const std::string& path) {
     graph::UndoQueue::current().mark_saved();
 }
 
-Value save(const Flags& flags) {
+/// Writes the scene, and warns of what it cannot hold.
+void write_scene_file(Invocation& call, const std::string& path) {
+    write(path, write_scene(std::filesystem::path(path).filename().string()));
+    for (MeshNode* node : all_meshes())
+        if (node->mesh() != nullptr && has_other_lines(*node->mesh())) {
+            call.interpreter.output().warning("file: A scene does not hold materials, normals, "
+                                              "groups and names of OBJ files, such as those of " +
+                                              name_of(*node) + "; an export now keeps them.");
+            return;
+        }
+}
+
+Value save(Invocation& call, const Flags& flags) {
     const std::string path = scene_file();
     if (path.empty())
         throw ScriptFault("file: The scene has no name yet; give one with -rename.");
     if (flags.has("type") && format_of(flags, path) != Format::scene)
         throw ScriptFault(
             "file: A scene is saved as \"mayaAscii\"; export meshes with -exportAll.");
-    write(path, write_scene(std::filesystem::path(path).filename().string()));
+    write_scene_file(call, path);
     opened_file() = path;
     graph::UndoQueue::current().mark_saved();
     return path;
@@ -195,13 +213,13 @@ void require_saved(const Flags& flags) {
         throw ScriptFault("file: There are unsaved changes; save them or use -force.");
 }
 
-void export_file(const Flags& flags, const std::string& path) {
+void export_file(Invocation& call, const Flags& flags, const std::string& path) {
     if (format_of(flags, path) == Format::obj)
         export_obj(path, flags.has("exportSelected"));
     else if (flags.has("exportSelected"))
         throw ScriptFault("file: Selected objects are exported as OBJ; a scene is saved whole.");
     else
-        write(path, write_scene(std::filesystem::path(path).filename().string()));
+        write_scene_file(call, path);
 }
 
 /// Table: the flags of the command.
@@ -231,7 +249,7 @@ Value file(Invocation& call) {
         return Value();
     }
     if (flags.has("save"))
-        return save(flags);
+        return save(call, flags);
     if (flags.has("rename") && flags.operands().empty())
         return scene_file();
     flags.require_operands(1, 1);
@@ -241,7 +259,7 @@ Value file(Invocation& call) {
     } else if (flags.has("import")) {
         return import_file(call, flags, path);
     } else if (flags.has("exportAll") || flags.has("exportSelected")) {
-        export_file(flags, path);
+        export_file(call, flags, path);
     } else {
         throw ScriptFault("file needs -new, -open, -import, -save, -exportAll or -exportSelected.");
     }

@@ -8,6 +8,7 @@
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <sstream>
 
 namespace host {
 
@@ -248,6 +249,21 @@ bool obj_of_meshes(const std::vector<ObjPart>& parts, std::string& text, std::st
         counts = FileCopy(part, origin->document, file, counts, text).write();
     }
     return true;
+}
+
+bool has_other_lines(const Mesh& mesh) {
+    const auto* const origin = dynamic_cast<const ObjOrigin*>(mesh.origin());
+    if (origin == nullptr)
+        return false;
+    std::istringstream text(origin->document.text);
+    std::string line, word;
+    while (std::getline(text, line)) {
+        word.clear();
+        std::istringstream(line) >> word;
+        if (!word.empty() && word[0] != '#' && word != "v" && word != "vt" && word != "f")
+            return true;
+    }
+    return false;
 }
 
 } // namespace host
