@@ -108,13 +108,6 @@ void gather(DagNode& node, std::vector<MeshNode*>& meshes) {
         gather(*child, meshes);
 }
 
-std::vector<MeshNode*> all_meshes() {
-    std::vector<MeshNode*> meshes;
-    for (DagNode* node : Scene::current().top_level())
-        gather(*node, meshes);
-    return meshes;
-}
-
 void export_obj(const std::string& path, bool selected) {
     std::vector<MeshNode*> meshes;
     if (selected) {
@@ -122,7 +115,8 @@ void export_obj(const std::string& path, bool selected) {
             if (DagNode* dag = item.node->as_dag_node())
                 gather(*dag, meshes);
     } else {
-        meshes = all_meshes();
+        for (DagNode* node : Scene::current().top_level())
+            gather(*node, meshes);
     }
     std::vector<ObjPart> parts;
     for (MeshNode* node : meshes) {
@@ -166,13 +160,17 @@ void open_file(Invocation& call, const Flags& flags, const std::string& path) {
 /// Writes the scene, and warns of what it cannot hold.
 void write_scene_file(Invocation& call, const std::string& path) {
     write(path, write_scene(std::filesystem::path(path).filename().string()));
-    for (MeshNode* node : all_meshes())
-        if (node->mesh() != nullptr && has_other_lines(*node->mesh())) {
-            call.interpreter.output().warning("file: A scene does not hold materials, normals, "
-                                              "groups and names of OBJ files, such as those of " +
-                                              name_of(*node) + "; an export now keeps them.");
-            return;
-        }
+    for (const Ref<Node>& node : Scene::current().nodes()) {
+        const graph::Slot* const in = node->existing_slot(*graph::mesh_attributes().in_mesh);
+        Object* const data = in == nullptr ? nullptr : in->value.as_data();
+        const Mesh* const mesh = data == nullptr ? nullptr : data->as_mesh()->mesh();
+        if (mesh == nullptr || !has_other_lines(*mesh))
+            continue;
+        call.interpreter.output().warning("file: A scene does not hold the materials, normals, "
+                                          "groups and names of OBJ files, such as those of " +
+                                          name_of(*node) + "; export meshes to keep them.");
+        return;
+    }
 }
 
 Value save(Invocation& call, const Flags& flags) {
