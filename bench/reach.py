@@ -1,0 +1,177 @@
+#!/usr/bin/env python3
+"""Compares the texture coordinates that come out of every way to the engine, bit by bit.
+
+    /usr/bin/python3 bench/reach.py [--build build/release] [--web web] FILE.obj...
+    /usr/bin/python3 bench/reach.py --cost FILE.obj      what a call and an import cost in Python
+
+Prints a table: the SHA-256 of the coordinates (float32, little-endian, per corner of the polygons in file order)
+as read back from what `tessora unwrap` writes, and "same" or the other hash for the C library (by ctypes), the
+Python package, Node and headless Chromium, in both modes. Ways that are not built are left out: C and Python
+need /usr/bin/python3 with numpy, Node and Chromium the package of ./check --web. Exit code 1 if any hash
+differs."""
+
+import argparse
+import hashlib
+import pathlib
+import resource
+import subprocess
+import sys
+import tempfile
+import time
+
+import numpy
+
+ROOT = pathlib.Path(__file__).resolve().parents[1]
+MODES = ("fast", "quality")
+
+
+class Mesh:
+    """Polygons and texture coordinates of an OBJ file; lines it does not know are skipped."""
+
+    def __init__(self, path):
+        vertices, corners, counts, uvs, corner_uvs = [], [], [], [], []
+        for line in pathlib.Path(path).read_text(errors="replace").splitlines():
+            words = line.split()
+            if not words:
+                continue
+            if words[0] == "v":
+                vertices.append([float(word) for word in words[1:4]])
+            elif words[0] == "vt":
+                uvs.append([float(word) for word in words[1:3]])
+            elif words[0] == "f":
+                counts.append(len(words) - 1)
+                for word in words[1:]:
+                    ids = word.split("/")
+                    vertex = int(ids[0])
+                    corners.append(vertex - 1 if vertex > 0 else len(vertices) + vertex)
+                    corner_uvs.append(int(ids[1]) - 1 if len(ids) > 1 and ids[1] else 0)
+        self.positions = numpy.array(vertices)
+        self.corners = numpy.array(corners, numpy.uint32)
+        self.offsets = numpy.concatenate([[0], numpy.cumsum(counts)]).astype(numpy.uint32)
+        self.uvs = numpy.array(uvs, numpy.float32).reshape(-1, 2)
+        self.corner_uvs = self.uvs[corner_uvs] if uvs else None
+
+
+def digest(uvs):
+    return hashlib.sha256(numpy.ascontiguousarray(uvs, "<f4").tobytes()).hexdigest()
+
+
+def from_program(build):
+    def way(path, mesh, mode):
+        with tempfile.TemporaryDirectory() as folder:
+            out = pathlib.Path(folder) / "out.obj"
+            done = subprocess.run([build / "bin/tessora", "unwrap", path, "-o", out] +
+                                  (["--high_quality"] if mode == "quality" else []), capture_output=True, text=True)
+            if not out.exists():
+                sys.exit(f"reach: {path}: {done.stderr.strip()}")
+            return digest(Mesh(out).corner_uvs)
+    return way
+
+
+def from_c(build):
+    """The C library by ctypes, through the same file as in Blender."""
+    sys.path.insert(0, str(ROOT / "blender/tessora_uv"))
+    import engine
+    library = engine.Engine(str(build / "bin/libtessora_atlas.so.1"))
+
+    def way(path, mesh, mode):
+        return digest(library.unwrap(engine.Mesh(mesh.positions, mesh.corners, mesh.offsets),
+                                     quality=MODES.index(mode)).uvs)
+    return way
+
+
+def from_python(build):
+    sys.path.insert(0, str(build / "python"))
+    import tessora
+
+    def way(path, mesh, mode):
+        return digest(tessora.unwrap(mesh.positions, mesh.corners, offsets=mesh.offsets, quality=mode).corner_uvs)
+    return way
+
+
+def from_web(web, files, *flags):
+    """web/tools/hash_uvs.mjs prints a line for each file, the hash first. All files in one run per mode."""
+    hashes = {}
+
+    def way(path, mesh, mode):
+        if mode not in hashes:
+            done = subprocess.run(["node", web / "tools/hash_uvs.mjs", *flags] +
+                                  (["--quality"] if mode == "quality" else []) +
+                                  [pathlib.Path(file).resolve() for file in files], cwd=web, capture_output=True, text=True)
+            lines = done.stdout.splitlines() if done.returncode == 0 else ["failed"] * len(files)
+            hashes[mode] = dict(zip(files, (line.split()[0] for line in lines)))
+        return hashes[mode][path]
+    return way
+
+
+def ways(build, web, files):
+    found = {}
+    if (build / "bin/libtessora_atlas.so.1").exists():
+        found["C"] = from_c(build)
+    if (build / "python/tessora").exists():
+        found["Python"] = from_python(build)
+    if (web / "dist").exists():
+        found["Node"] = from_web(web, files)
+        found["Chromium"] = from_web(web, files, "--chromium")
+    return found
+
+
+def compare(files, build, web):
+    program, others = from_program(build), ways(build, web, files)
+    print("| mesh | corners | mode | program | " + " | ".join(others) + " |")
+    print("|---|---|---|---|" + "---|" * len(others), flush=True)
+    differing = 0
+    for path in files:
+        mesh = Mesh(path)
+        for mode in MODES:
+            expected = program(path, mesh, mode)
+            hashes = [way(path, mesh, mode) for way in others.values()]
+            differing += sum(value != expected for value in hashes)
+            cells = ["same" if value == expected else f"**{value[:16]}**" for value in hashes]
+            print(f"| {pathlib.Path(path).stem} | {len(mesh.corners):,} | {mode} | `{expected[:16]}` | "
+                  + " | ".join(cells) + " |", flush=True)
+    return 1 if differing else 0
+
+
+def cpu(command):
+    before = resource.getrusage(resource.RUSAGE_CHILDREN)
+    subprocess.run(command, check=True)
+    after = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
+
+
+def cost(path, build):
+    """Least of several interleaved runs, since other work only adds time."""
+    mesh, native, package = Mesh(path), from_c(build), from_python(build)
+    imports = {"numpy": [], "numpy and tessora": []}
+    for _ in range(9):
+        for name, code in (("numpy", "import numpy"),
+                           ("numpy and tessora", f"import sys; sys.path.insert(0, {str(build / 'python')!r}); import numpy, tessora")):
+            imports[name].append(cpu([sys.executable, "-c", code]))
+    least = {name: min(times) for name, times in imports.items()}
+    print(f"import: numpy {least['numpy']:.3f} CPU s, with tessora {least['numpy and tessora']:.3f}, "
+          f"so {least['numpy and tessora'] - least['numpy']:.3f} more")
+    calls = {"C": [], "Python": []}
+    for _ in range(5):
+        for name, way in (("C", native), ("Python", package)):
+            start = time.process_time()
+            way(path, mesh, "fast")
+            calls[name].append(time.process_time() - start)
+    print(f"call on {pathlib.Path(path).stem}: C {min(calls['C']):.3f} CPU s, Python {min(calls['Python']):.3f}, "
+          f"ratio {min(calls['Python']) / min(calls['C']):.3f}")
+    return 0
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("files", nargs="+", metavar="FILE.obj")
+    parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build/release")
+    parser.add_argument("--web", type=pathlib.Path, default=ROOT / "web")
+    parser.add_argument("--cost", action="store_true", help="what a call and an import cost in Python")
+    words = parser.parse_args()
+    build, web = words.build.resolve(), words.web.resolve()
+    return cost(words.files[0], build) if words.cost else compare(words.files, build, web)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
