@@ -27,6 +27,11 @@ void visit_settings(Settings& s, Visit visit) {
     visit("ridge_angle", s.ridge_angle);
     visit("adjacency_method", s.adjacency_method);
     visit("epsilon", s.epsilon);
+    visit("max_charts", s.max_charts);
+    visit("density", s.density);
+    visit("align", s.align);
+    visit("stack", s.stack);
+    visit("effort", s.effort);
 }
 
 /// Stores a JSON value in a setting; returns null, or what was expected.

@@ -245,6 +245,9 @@ UnwrapSettingsRequest in_range(UnwrapSettingsRequest request) {
     clamp(request.ridge_angle, 0.0, 180.0);
     clamp(request.adjacency_method, 0, 1);
     clamp(request.epsilon, 0.001, 1000.0);
+    clamp(request.max_charts, 0, 1000000000);
+    clamp(request.density, 0.0, 1e9);
+    clamp(request.effort, 0, 10);
     return request;
 }
 

@@ -20,6 +20,8 @@ struct UnwrapOutcome {
     uint64_t triangles = 0;
     UnwrapResult result;
     UnwrapSettingsRequest settings; ///< as used, clamped to their ranges
+    std::vector<std::string>
+        stack_breaches; ///< with stacks: the promises of packing that are broken, in words
 };
 
 /// The settings clamped as the plug-in clamps them.

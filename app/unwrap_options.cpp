@@ -4,6 +4,7 @@
 #include "app/glob.h"
 #include "app/layout_picture.h"
 #include "app/options.h"
+#include "app/pack_options.h"
 #include "app/presets.h"
 
 #include <algorithm>
@@ -34,6 +35,10 @@ examples:
       keeps the cuts of the present layout; writes figures and a picture
   tessora unwrap boot.obj --keep_seams --view boot.png --view_panel persp
       a picture of the mesh with its seams
+  tessora unwrap body.obj --max_charts 8
+      at most eight charts, with as little stretch as that takes
+  tessora unwrap wall.obj --density 256 --align --effort 8
+      256 texels per unit of length, charts parallel to the axes, packed with patience
   tessora unwrap scan.obj --stretch 0.05 --high_quality
       less distortion, more charts, more time
   tessora unwrap meshes/ --out_dir out --jobs 4 --skip_existing
@@ -76,6 +81,20 @@ void add_setting_options(OptionTable& table, UnwrapSettingsRequest& s) {
     table.add("use_ridges", &s.use_ridges, "", "cut along convex creases");
     table.add("ridge_angle", &s.ridge_angle, "DEGREES",
               "bend from which a convex edge is a crease, 0 to 180");
+    table.heading("what becomes of the charts (acts after the plug-in):");
+    table.add(
+        "max_charts", &s.max_charts, "N",
+        "at most this many charts, 0: any number; allows as much stretch as that takes, up to "
+        "--stretch if given, else up to 1");
+    table.add("density", &s.density, "TEXELS",
+              "texels per unit of length; the texture's sides are doubled until all fits; 0: as "
+              "many as fit");
+    table.add("align", &s.align, "",
+              "turn every chart so that most of its straight border, or its smallest box, is "
+              "parallel to the axes");
+    table.add("stack", &s.stack, "WHICH",
+              "charts of one shape share a place: none, congruent, or mirrored as well");
+    table.add("effort", &s.effort, "N", "time for packing, 0 to 10; each step doubles it");
     table.heading("settings that are carried without effect:");
     table.add("charts", &s.charts, "N", "number of charts, 0 to 64; stretch alone governs");
     table.add("adjacency_method", &s.adjacency_method, "N",
@@ -181,6 +200,9 @@ void check_ranges(const UnwrapSettingsRequest& s, std::vector<std::string>& warn
     check_range("ridge_angle", s.ridge_angle, 0.0, 180.0, warnings);
     check_range("adjacency_method", s.adjacency_method, 0, 1, warnings);
     check_range("epsilon", s.epsilon, 0.001, 1000.0, warnings);
+    check_range("max_charts", s.max_charts, 0, 1000000000, warnings);
+    check_range("density", s.density, 0.0, 1e9, warnings);
+    check_range("effort", s.effort, 0, 10, warnings);
     const UnwrapSettingsRequest defaults;
     const std::pair<const char*, bool> without_effect[] = {
         {"charts", s.charts != defaults.charts},
@@ -315,13 +337,21 @@ bool check_batch(UnwrapRequest& r, std::string& error) {
 /// The preset counts before all other settings, wherever it stands.
 bool parse_words(const std::vector<std::string>& words, UnwrapRequest& request,
                  std::vector<std::string>& operands, std::string& error) {
+    constexpr double not_given = -2.0;
     UnwrapRequest first;
+    first.settings.stretch = not_given;
     std::vector<std::string> ignored;
     if (!make_table(first).parse(words, ignored, error))
         return false;
     if (!first.preset.empty() && !apply_preset(first.preset, request.settings, error))
         return false;
-    return make_table(request).parse(words, operands, error);
+    if (!make_table(request).parse(words, operands, error))
+        return false;
+    // A number of charts may take any stretch unless one is given.
+    if (request.settings.max_charts > 0 && first.preset.empty() &&
+        first.settings.stretch == not_given)
+        request.settings.stretch = 1.0;
+    return true;
 }
 
 bool asks_for_batch(const UnwrapRequest& r, const std::vector<std::string>& operands) {
@@ -359,6 +389,9 @@ bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& 
                 "' is not all, top, front, side or persp";
         return false;
     }
+    tessora::atlas::PackSettings ignored;
+    if (!read_stack(request.settings.stack, ignored, error))
+        return false;
     check_ranges(request.settings, request.warnings);
     check_range("view_width", request.view_picture.width, 64, 8192, request.warnings);
     request.view_picture.width = std::max(64, std::min(request.view_picture.width, 8192));

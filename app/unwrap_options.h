@@ -26,6 +26,12 @@ struct UnwrapSettingsRequest {
     double ridge_angle = 90.0;
     int adjacency_method = 0;
     double epsilon = 0.001;
+    // What follows is the program's own; the plug-in does not know of it.
+    int max_charts = 0;         ///< 0: any number; else `stretch` is the most that is tried
+    double density = 0.0;       ///< texels per unit of length; 0: what fits
+    bool align = false;         ///< turn charts straight, and by quarters only
+    std::string stack = "none"; ///< or congruent, or mirrored
+    int effort = 4;             ///< of packing, 0 to 10
 };
 
 /// What concerns several meshes at once.

@@ -11,6 +11,7 @@
 #include "app/progress_display.h"
 #include "app/system.h"
 #include "app/unwrap_driver.h"
+#include "app/unwrap_packing.h"
 #include "host/io/obj_reader.h"
 
 #include <chrono>
@@ -19,6 +20,9 @@
 
 namespace app {
 namespace {
+
+/// Unwraps that look for a lower stretch once one with few enough charts is found.
+constexpr int k_stretch_tries = 4;
 
 class Stopwatch {
 public:
@@ -41,7 +45,10 @@ private:
     bool read();
     bool open_outputs();
     bool open_backup(std::string& error);
+    bool unwrap_once(double stretch);
+    bool search_stretch();
     bool unwrap();
+    bool repack();
     void take_view();
     bool verify();
     bool write_mesh();
@@ -64,6 +71,7 @@ private:
     AtomicFile mesh_file_, layout_file_, view_file_, report_file_, backup_file_;
     std::string view_png_; ///< drawn while the mesh is in the scene
     std::string view_error_;
+    bool tried_ = false; ///< the mesh was unwrapped, so the user has seen the warnings about it
 };
 
 UnwrapRun::UnwrapRun(const UnwrapRequest& request)
@@ -137,22 +145,81 @@ void UnwrapRun::take_view() {
         view_error_ = "--view: " + error;
 }
 
-bool UnwrapRun::unwrap() {
+/// One unwrap through the plug-in, with the stretch limit given.
+bool UnwrapRun::unwrap_once(double stretch) {
     const auto warning = [this](const std::string& sentence) {
-        warn(request_.input + ": " + sentence);
+        if (!tried_)
+            warn(request_.input + ": " + sentence);
     };
     UnwrapVisitor visit;
     if (view_file_.is_open())
         visit = [this] { take_view(); };
-    outcome_ = run_unwrap(document_, request_.settings, warning, visit, progress_, report_.seconds);
+    UnwrapSettingsRequest settings = request_.settings;
+    settings.stretch = stretch;
+    outcome_ = run_unwrap(document_, settings, warning, visit, progress_, report_.seconds);
+    tried_ = true;
+    if (outcome_.good)
+        return true;
+    return fail(outcome_.out_of_memory ? exit_limit : exit_unwrap,
+                request_.input + ": " + outcome_.reason);
+}
+
+/// Looks for the least stretch with which there are at most --max_charts charts: the usual one,
+/// then the most allowed, then between the two.
+bool UnwrapRun::search_stretch() {
+    const int most_charts = request_.settings.max_charts;
+    const double ceiling = request_.settings.stretch;
+    const double usual = std::min(ceiling, UnwrapSettingsRequest().stretch);
+    int least = 0;
+    double found = -1.0;
+    const auto attempt = [&](double stretch) {
+        if (!unwrap_once(stretch))
+            return false;
+        const int charts = outcome_.result.charts;
+        least = least == 0 ? charts : std::min(least, charts);
+        if (charts <= most_charts)
+            found = stretch;
+        return true;
+    };
+    if (!attempt(usual) || (found < 0.0 && ceiling > usual && !attempt(ceiling)))
+        return false;
+    double too_little = usual;
+    for (int i = 0; i < k_stretch_tries && found > usual; ++i) {
+        const double before = found, middle = (too_little + found) / 2.0;
+        if (!attempt(middle))
+            return false;
+        if (found == before)
+            too_little = middle;
+    }
+    char text[160];
+    std::snprintf(text, sizeof text,
+                  "%d charts cannot be had with stretch up to %.4g; the least found is %d",
+                  most_charts, ceiling, least);
+    if (found < 0.0)
+        return fail(exit_unwrap, request_.input + ": " + text);
+    return outcome_.settings.stretch == found || unwrap_once(found);
+}
+
+bool UnwrapRun::unwrap() {
+    const bool good = request_.settings.max_charts > 0 ? search_stretch()
+                                                       : unwrap_once(request_.settings.stretch);
     report_.settings = outcome_.settings;
     report_.mesh =
         MeshCounts{document_.polygon_count(), outcome_.triangles, document_.vertex_count()};
-    if (!outcome_.good)
-        return fail(outcome_.out_of_memory ? exit_limit : exit_unwrap,
-                    request_.input + ": " + outcome_.reason);
+    if (!good)
+        return false;
     report_.result = outcome_.result;
     return view_error_.empty() || fail(exit_unwrap, view_error_);
+}
+
+/// Packs the charts again if a setting asks for it.
+bool UnwrapRun::repack() {
+    if (!wants_packing(outcome_.settings))
+        return true;
+    std::string reason;
+    const int code = pack_again(document_, outcome_, progress_, reason);
+    report_.settings = outcome_.settings;
+    return code == exit_done || fail(code, request_.input + ": " + reason);
 }
 
 /// Measures the new layout independently of the engine; a layout that breaks a guarantee is not
@@ -164,11 +231,21 @@ bool UnwrapRun::verify() {
     judgement_ = judge_layout(document_, outcome_.mesh, &outcome_.uvs, texture(), promise);
     report_.measures = measures_json(judgement_, false);
     report_.seconds.verify = watch.seconds();
-    if (judgement_.breaches.empty())
+    // Charts of a stack may lie on each other; for stacks there is another check.
+    const auto is_excused = [&](const measure::Breach& breach) {
+        const std::string name = breach.name;
+        return outcome_.settings.stack != "none" &&
+               (name == "overlaps" || name == "mirrored" || name == "gap");
+    };
+    std::vector<std::string> breaches = outcome_.stack_breaches;
+    for (const measure::Breach& breach : judgement_.breaches)
+        if (!is_excused(breach))
+            breaches.push_back(breach_text(breach));
+    if (breaches.empty())
         return true;
     std::string reason = request_.input + ": the result is not good enough to be written:";
-    for (const measure::Breach& breach : judgement_.breaches)
-        reason += "\n  " + breach_text(breach);
+    for (const std::string& breach : breaches)
+        reason += "\n  " + breach;
     return fail(exit_verification, reason);
 }
 
@@ -257,7 +334,7 @@ void UnwrapRun::say_result() const {
 }
 
 int UnwrapRun::run() {
-    bool good = read() && open_outputs() && unwrap() && verify();
+    bool good = read() && open_outputs() && unwrap() && repack() && verify();
     if (good) {
         const Stopwatch writing;
         good = write_mesh() && write_picture();

@@ -371,4 +371,79 @@ TEST_F(PackProgram, HelpTellsTheOptions) {
         EXPECT_NE(std::string::npos, ended.out.find(word)) << word;
 }
 
+/// `tessora unwrap` with what acts on the finished charts.
+class UnwrapCharts : public Program {
+protected:
+    Json figures(const Words& words) {
+        Words all = {"measure", dir.path("result.obj"), "--json"};
+        all.insert(all.end(), words.begin(), words.end());
+        return Json::parse(run(all).out)["measures"];
+    }
+};
+
+TEST_F(UnwrapCharts, MaxChartsTakesTheStretchItNeeds) {
+    const std::string mesh = dome(16);
+    const int usual = charts(mesh, {"--stretch", "0.02"});
+    ASSERT_GT(usual, 2);
+    EXPECT_LE(charts(mesh, {"--max_charts", "1"}), 1);
+    EXPECT_LT(report("charts.obj")["stretch"].get<double>(), 0.9);
+    EXPECT_LE(charts(mesh, {"--max_charts", "2", "--stretch", "0.5"}), 2);
+    EXPECT_LE(report("charts.obj")["stretch"].get<double>(), 0.5 + 1e-3);
+}
+
+TEST_F(UnwrapCharts, MaxChartsSaysWhatIsTheLeast) {
+    const std::string mesh = dome(16);
+    const int least = charts(mesh, {"--stretch", "0.02"});
+    const Ended ended = unwrap("dome.obj", mesh, {"--max_charts", "1", "--stretch", "0.02"});
+    EXPECT_EQ(5, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("1 charts cannot be had with stretch up to 0.02; "
+                                                "the least found is " +
+                                                std::to_string(least)))
+        << ended.err;
+    EXPECT_FALSE(dir.has("dome_uv.obj"));
+}
+
+TEST_F(UnwrapCharts, DensitySetsTheTextureSize) {
+    result(cube_grid(2), {"--density", "200"});
+    EXPECT_EQ(1024, report("source.obj")["settings"]["width"]);
+    const Json m = figures({"--width", "1024", "--height", "1024"});
+    EXPECT_NEAR(200, m["density_mean"].get<double>(), 0.1);
+    const Ended ended = unwrap("a.obj", cube_grid(2), {"--density", "9000"});
+    EXPECT_EQ(5, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("at least 22046 texels a side")) << ended.err;
+}
+
+TEST_F(UnwrapCharts, AlignTurnsEveryChartByQuartersOnly) {
+    result(l_shape(), {"--align", "--use_ridges", "--use_grooves"});
+    const Json m = figures({});
+    EXPECT_GT(m["straight_texels_best"].get<double>(), 500);
+    EXPECT_GT(m["straight_texels"].get<double>(), 0.99 * m["straight_texels_best"].get<double>());
+}
+
+TEST_F(UnwrapCharts, StacksChartsOfOneShape) {
+    // All edges of a cube are ridges: six squares, stacked into one.
+    const std::string out =
+        result(cube_grid(2), {"--use_ridges", "--ridge_angle", "80", "--stack", "congruent"});
+    EXPECT_EQ(6, figures({})["charts"]);
+    const Json m = figures({});
+    EXPECT_GT(m["overlap_pairs_between"].get<int>(), 0);
+    EXPECT_GT(m["coverage"].get<double>(), 5.0); // six squares that fill the texture each
+}
+
+TEST_F(UnwrapCharts, MoreEffortIsNeverLessDense) {
+    const auto coverage = [&](const char* effort) {
+        result(dome(20), {"--stretch", "0.03", "--effort", effort});
+        return figures({})["coverage"].get<double>();
+    };
+    const double usual = coverage("4");
+    EXPECT_GE(coverage("0"), usual - 1e-6);
+    EXPECT_GE(coverage("7"), usual - 1e-6);
+}
+
+TEST_F(UnwrapCharts, RefusesAnUnknownStack) {
+    const Ended ended = unwrap("cube.obj", k_cube, {"--stack", "all"});
+    EXPECT_EQ(2, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("--stack: 'all' is not none"));
+}
+
 } // namespace
