@@ -17,6 +17,17 @@ static_assert(sizeof(tessora_options) == 52 && offsetof(tessora_options, max_str
               offsetof(tessora_options, stack) == 28 &&
               offsetof(tessora_options, cut_to_pack) == 32 &&
               offsetof(tessora_options, progress) == 40);
+static_assert(sizeof(tessora_uvs) == 52 && offsetof(tessora_uvs, uvs) == 4 &&
+              offsetof(tessora_uvs, charts) == 20 && offsetof(tessora_uvs, keep) == 36);
+static_assert(
+    sizeof(tessora_pack_options) == 72 && offsetof(tessora_pack_options, width) == 4 &&
+    offsetof(tessora_pack_options, height) == 8 && offsetof(tessora_pack_options, gutter) == 12 &&
+    offsetof(tessora_pack_options, tiles) == 16 && offsetof(tessora_pack_options, turns) == 20 &&
+    offsetof(tessora_pack_options, align) == 24 && offsetof(tessora_pack_options, density) == 28 &&
+    offsetof(tessora_pack_options, stack) == 32 && offsetof(tessora_pack_options, effort) == 36 &&
+    offsetof(tessora_pack_options, quality) == 40 &&
+    offsetof(tessora_pack_options, texels_per_unit) == 48 &&
+    offsetof(tessora_pack_options, progress) == 56);
 static_assert(sizeof(tessora_error) == 256 && offsetof(tessora_error, element) == 4 &&
               offsetof(tessora_error, text) == 8);
 

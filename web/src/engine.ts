@@ -33,6 +33,9 @@ const STATUSES: (Status | 'ok')[] = ['ok', 'invalid_argument', 'index_out_of_ran
 export const MESH = { size: 124, positions: 4, indices: 20, offsets: 36, cuts: 52, normals: 68, normalsPerCorner: 116, weld: 120 };
 export const OPTIONS = { size: 52, stretch: 4, maxCharts: 8, width: 12, height: 16, gutter: 20, quality: 24, stack: 28,
   cutToPack: 32, progress: 40, user: 44 };
+export const UVS = { size: 52, uvs: 4, charts: 20, keep: 36 };
+export const PACK = { size: 72, width: 4, height: 8, gutter: 12, tiles: 16, turns: 20, align: 24, density: 28, stack: 32,
+  effort: 36, quality: 40, texelsPerUnit: 48, progress: 56 };
 const ARRAY = { count: 4, stride: 8, type: 12 };
 const ERROR = { size: 256, element: 4, text: 8 };
 const PAGE = 65536, NONE = 0xffffffff;
@@ -160,7 +163,7 @@ export class Call {
     return block;
   }
 
-  struct(name: 'mesh' | 'options', size: number): number {
+  struct(name: 'mesh' | 'options' | 'uvs' | 'pack_options', size: number): number {
     const block = this.allocate(size);
     this.exports[`tessora_${name}_init`]!(block, size);
     return block;
@@ -171,6 +174,9 @@ export class Call {
   }
   setFloat(pointer: number, value: number): void {
     this.view().setFloat32(pointer, value, true);
+  }
+  setDouble(pointer: number, value: number): void {
+    this.view().setFloat64(pointer, value, true);
   }
 
   /** Copies an array in and describes it in the tessora_array at `pointer`. `per` numbers are one element. */
@@ -211,18 +217,18 @@ export class Call {
   }
 
   /** A number of an atlas. */
-  get(name: string, atlas: number): number {
-    return this.exports[`tessora_atlas_${name}`]!(atlas);
+  get(name: string, atlas: number, ...of: number[]): number {
+    return this.exports[`tessora_atlas_${name}`]!(atlas, ...of);
   }
 
   /** A copy of an array of an atlas. `per` numbers are one element. */
-  copy<T extends Float32Array | Uint32Array>(type: new (buffer: ArrayBufferLike, at: number, size: number) => T, name: string, atlas: number, per = 1): T {
+  copy<T extends Float32Array | Float64Array | Uint32Array>(type: new (buffer: ArrayBufferLike, at: number, size: number) => T, name: string, atlas: number, per = 1): T {
     const place = this.allocate(4);
     const data = this.exports[`tessora_atlas_${name}`]!(atlas, place) >>> 0;
     return this.read(type, data, this.pointerAt(place) * per);
   }
 
-  read<T extends Float32Array | Uint32Array>(type: new (buffer: ArrayBufferLike, at: number, size: number) => T, pointer: number, size: number): T {
+  read<T extends Float32Array | Float64Array | Uint32Array>(type: new (buffer: ArrayBufferLike, at: number, size: number) => T, pointer: number, size: number): T {
     return new type(this.memory.buffer, size ? pointer : 0, size).slice() as T;
   }
 }

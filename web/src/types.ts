@@ -60,3 +60,44 @@ export interface Atlas {
   /** Triangles that single precision collapsed or flipped, ascending; normally none. */
   lost: Uint32Array;
 }
+
+export interface PackOptions {
+  /** Sides of one tile in texels. Default 512. */
+  width?: number;
+  height?: number;
+  /** Least distance between two charts in texels. Default 2. */
+  gutter?: number;
+  /** 1 to 100 textures; tile i is moved by (i % 10, floor(i / 10)). Default 1. */
+  tiles?: number;
+  /** How charts may be turned. Default `any`. */
+  turns?: 'any' | 'quarter' | 'none';
+  /** Turns charts so that their straight borders follow the axes. Default false. */
+  align?: boolean;
+  /**
+   * Texels per unit of length on the surface: charts keep their sizes relative to each other (`as-is`), all get the
+   * same (`uniform`), or this many; what does not fit then is an error. Default `as-is`.
+   */
+  density?: 'as-is' | 'uniform' | number;
+  /** Charts of one shape share a place: after a turn and a shift, or also after turning them over. Default `none`. */
+  stack?: 'none' | 'congruent' | 'mirrored';
+  /** 0 to 10; every step doubles the time for the search. Default 4. */
+  effort?: number;
+  /** Default `quality`. */
+  quality?: 'fast' | 'quality';
+  /** Per polygon the number of its chart, any numbers. Without it, polygons with a connected corner are one chart. */
+  charts?: Uint32Array | readonly number[];
+  /** Per polygon: not 0 if its chart stays where it is; the others are packed around it. */
+  keep?: Uint8Array | readonly number[];
+}
+
+/** Packed charts. */
+export interface PackedAtlas extends Atlas {
+  /** Per tile: the area of its charts over its own. */
+  coverage: Float64Array;
+  /** Mean density of the packed charts. */
+  texelsPerUnit: number;
+  /** Tile of each chart. */
+  tiles: Uint32Array;
+  /** Per chart the one in whose place it lies, 0xffffffff if none. */
+  stackedOn: Uint32Array;
+}

@@ -95,6 +95,33 @@ test('partition flattens every chart by itself', () => {
   assert.equal(uvs.length, 48);
 });
 
+/** Coordinates per corner of an atlas. */
+const perCorner = ({ uvs, indices }) => Float32Array.from({ length: 2 * indices.length }, (_, i) => uvs[2 * indices[i >> 1] + i % 2]);
+
+test('charts that exist are packed without touching their shape', () => {
+  const before = tessora.unwrap({ ...cube, cuts: new Uint8Array(24).fill(1) }), uvs = perCorner(before).map((x) => x / 4);
+  const after = tessora.pack(cube, uvs, { width: 256, height: 256, gutter: 4 });
+  assert.equal(after.chartCount, 6);
+  assert.equal(after.tiles.length, 6);
+  assert(after.coverage[0] > 0.5 && after.coverage[0] <= 1);
+  assert(after.texelsPerUnit > 1);
+  assert.deepEqual(after.stackedOn, new Uint32Array(6).fill(0xffffffff));
+});
+
+test('packing takes tiles, a fixed density, stacks, kept charts and the caller\'s charts', () => {
+  const uvs = perCorner(tessora.unwrap({ ...cube, cuts: new Uint8Array(24).fill(1) }));
+  const tiled = tessora.pack(cube, uvs, { width: 64, height: 64, density: 25, tiles: 6 });
+  assert(new Set(tiled.tiles).size > 1);
+  assert(Math.abs(tiled.texelsPerUnit - 25) < 1e-6);
+  assert.equal(tessora.pack(cube, uvs, { stack: 'congruent' }).stackedOn.filter((chart) => chart !== 0xffffffff).length, 5);
+  const kept = tessora.pack(cube, uvs, { keep: [1, 1, 1, 1, 1, 1] });
+  assert.deepEqual(perCorner(kept), uvs);
+  assert.equal(tessora.pack(cube, uvs, { charts: [3, 3, 3, 3, 3, 3] }).chartCount, 1);
+  fails('does_not_fit', /./, () => tessora.pack(cube, uvs, { width: 64, height: 64, density: 1000 }));
+  fails('invalid_argument', /turns is 'half'/, () => tessora.pack(cube, uvs, { turns: 'half' }));
+  fails('invalid_argument', /uvs has 1 numbers/, () => tessora.pack(cube, [1]));
+});
+
 test('triangulate and neighbours describe the polygons', () => {
   const triangles = tessora.triangulate(cube);
   assert.equal(triangles.length, 36);
