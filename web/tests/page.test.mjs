@@ -212,8 +212,12 @@ test('a chart under the pointer lights up in both views; keys step through the c
   });
   const box = await picture('#texture'), look = async () => createHash('md5').update(await (await page.$('#surface')).screenshot()).digest('hex');
   const before = await look();
-  await page.mouse.move(box.x + box.width * 0.45, box.y + box.height * 0.6);
-  await until(page, () => /^Chart \d+ of/.test(document.getElementById('chart').textContent));
+  // Where charts lie is the engine's business: somewhere along a line there is one.
+  for (let x = 0.3; x < 0.7 && !/^Chart \d+ of/.test(await text(page, 'chart')); x += 0.04) {
+    await page.mouse.move(box.x + box.width * x, box.y + box.height * 0.6);
+    await sleep(200);
+  }
+  assert.match(await text(page, 'chart'), /^Chart \d+ of/);
   await sleep(200);
   assert.notEqual(await look(), before);
   await page.mouse.move(5, 5);
