@@ -10,8 +10,9 @@
 namespace measure {
 namespace {
 
+constexpr double k_pi = 3.14159265358979323846;
 constexpr double k_min_run = 12.0; // texels
-constexpr double k_tolerance = 0.017453292519943295;
+constexpr double k_tolerance = k_pi / 180;
 constexpr int k_steps = 360; // over a quarter turn
 
 struct Edge {
@@ -34,7 +35,7 @@ std::vector<Edge> chain(const std::vector<std::pair<Point2, Point2>>& sides) {
             const Point2 d = sides[i].second - sides[i].first;
             if (length(d) > 0.0) {
                 double angle = std::atan2(d.y, d.x);
-                angle -= std::floor(angle / M_PI) * M_PI;
+                angle -= std::floor(angle / k_pi) * k_pi;
                 edges.push_back({angle, length(d), opens});
                 opens = false;
             }
@@ -52,9 +53,9 @@ std::vector<Edge> chain(const std::vector<std::pair<Point2, Point2>>& sides) {
 /// 1 if an edge is parallel to the direction, 2 if perpendicular, else 0.
 int side_of(const Edge& edge, double direction) {
     double off = edge.angle - direction;
-    off -= std::round(off / M_PI) * M_PI;
+    off -= std::round(off / k_pi) * k_pi;
     return std::abs(off) <= k_tolerance                        ? 1
-           : std::abs(std::abs(off) - M_PI / 2) <= k_tolerance ? 2
+           : std::abs(std::abs(off) - k_pi / 2) <= k_tolerance ? 2
                                                                : 0;
 }
 
@@ -98,7 +99,7 @@ Straightness straightness(const Layout& layout, const Texture& texture,
         result.parallel += straight_length(edges, 0.0);
         double best = 0.0;
         for (int i = 0; i < k_steps; ++i)
-            best = std::max(best, straight_length(edges, i * (M_PI / 2) / k_steps));
+            best = std::max(best, straight_length(edges, i * (k_pi / 2) / k_steps));
         result.best += best;
     }
     return result;

@@ -9,7 +9,8 @@ namespace {
 /// A rectangle of two triangles, turned by some degrees, in a texture of 512 x 512 texels.
 measure::Layout rectangle(double width, double height, double degrees) {
     measure::Layout layout;
-    const double c = std::cos(degrees * M_PI / 180.0), s = std::sin(degrees * M_PI / 180.0);
+    const double c = std::cos(degrees * 3.14159265358979323846 / 180.0),
+                 s = std::sin(degrees * M_PI / 180.0);
     const double corners[4][2] = {{0, 0}, {width, 0}, {width, height}, {0, height}};
     for (const auto& p : corners) {
         const double x = 200 + c * p[0] - s * p[1], y = 200 + s * p[0] + c * p[1];
