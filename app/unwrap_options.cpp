@@ -150,6 +150,10 @@ OptionTable make_table(UnwrapRequest& request) {
     table.add("preset", &request.preset, "NAME",
               "start from these settings: a name from the list below, or a JSON file of settings "
               "(a report will do); other options go on from there");
+    table.add(
+        "threads", &request.threads, "N",
+        "threads that one mesh is unwrapped on; 0: one a processor. The result does not depend "
+        "on it");
     table.add("quiet", &request.quiet, "", "say nothing unless something fails");
     table.add("help", &request.help, "", "show this text");
     add_batch_options(table, request.batch);

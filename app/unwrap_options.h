@@ -63,6 +63,7 @@ struct UnwrapRequest {
     std::string picture = "layout";
     std::string view; ///< empty if not requested
     PanelPictureRequest view_picture;
+    int threads = 0; ///< that one mesh is unwrapped on; 0 for one a processor
     bool in_place = false;
     bool beside = false; ///< name report and layout after the output unless given
     bool quiet = false;

@@ -12,6 +12,7 @@
 #include "app/system.h"
 #include "app/unwrap_driver.h"
 #include "app/unwrap_packing.h"
+#include "host/base/threads.h"
 #include "host/io/obj_reader.h"
 
 #include <chrono>
@@ -77,6 +78,7 @@ private:
 UnwrapRun::UnwrapRun(const UnwrapRequest& request)
     : request_(request),
       progress_(ProgressDisplay::style_for_stderr(request.quiet), request.input) {
+    host::set_thread_count(static_cast<unsigned>(request.threads));
     report_.input = request.input;
     report_.output = request.output;
     report_.layout = request.layout;

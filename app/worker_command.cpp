@@ -28,6 +28,7 @@ Json answer_to(const std::string& line) {
         answer["reason"] = error.empty() ? "the request is not JSON" : error;
     } else {
         request.silent = request.quiet = true;
+        request.threads = 1; // the processes of a batch already use every processor
         answer["code"] = run_unwrap_request(request, report);
         answer["reason"] = report.reason;
         answer["report"] = Json::parse(to_json(report));

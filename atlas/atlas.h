@@ -73,6 +73,8 @@ struct Options {
     StageProgress stage_progress = nullptr;
     void* user = nullptr;           ///< for both callbacks
     ParallelFor executor = nullptr; ///< null: all work is done on the calling thread
+    /// Meshes with fewer triangles are done on the calling thread all the same.
+    uint32_t min_parallel = 5000;
 };
 
 enum class Status {

@@ -4,6 +4,9 @@
 #include "atlas/atlas.h"
 
 #include <exception>
+#include <memory>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 namespace tessora::atlas {
@@ -36,5 +39,53 @@ void parallel_for(ParallelFor executor, size_t count, const Work& work) {
         if (exception)
             std::rethrow_exception(exception);
 }
+
+/// Workspaces for calls that may run at the same time: as many as have been needed at once. What a
+/// call computes must not depend on which one it gets.
+template <class Workspace>
+class WorkspacePool {
+public:
+    /// Takes a workspace until the end of the scope.
+    class Lease {
+    public:
+        Lease(WorkspacePool& pool, Workspace* workspace) : pool_(pool), workspace_(workspace) {}
+        ~Lease() { pool_.give(workspace_); }
+        Lease(const Lease&) = delete;
+        Lease& operator=(const Lease&) = delete;
+        Workspace& operator*() const { return *workspace_; }
+        Workspace* operator->() const { return workspace_; }
+
+    private:
+        WorkspacePool& pool_;
+        Workspace* workspace_;
+    };
+
+    /// `first` serves every call that runs while no other does.
+    explicit WorkspacePool(Workspace& first) : free_{&first} {}
+
+    /// `make()` returns another workspace in a std::unique_ptr; it is called if none is free.
+    template <class Make>
+    Lease lease(const Make& make) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (free_.empty()) {
+            free_.reserve(made_.size() + 2); // so that give() does not allocate
+            made_.push_back(make());
+            return Lease(*this, made_.back().get());
+        }
+        Workspace* const workspace = free_.back();
+        free_.pop_back();
+        return Lease(*this, workspace);
+    }
+
+private:
+    void give(Workspace* workspace) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        free_.push_back(workspace);
+    }
+
+    std::mutex mutex_;
+    std::vector<Workspace*> free_;
+    std::vector<std::unique_ptr<Workspace>> made_;
+};
 
 } // namespace tessora::atlas

@@ -1,13 +1,17 @@
 /// Reports the progress of the stages to the caller's two callbacks. Options::progress gets at most
 /// eleven calls with strictly increasing fractions, the last one 1; Options::stage_progress gets
 /// every advance. Fractions come from fixed shares per stage and from counts of work, never from a
-/// clock, so the same input causes the same calls.
+/// clock, so the same input causes the same calls, except for how often a fraction is reported
+/// while several threads work. Any thread may report; callbacks are only called on the one that
+/// made the meter.
 #pragma once
 
 #include "atlas/atlas.h"
 
 #include <algorithm>
+#include <atomic>
 #include <iterator>
+#include <thread>
 
 namespace tessora::atlas {
 
@@ -34,6 +38,8 @@ public:
     }
     /// Sets the fraction of the part that is done, 0..1. False if a callback asked to stop.
     bool advance(double fraction) {
+        if (std::this_thread::get_id() != thread_)
+            return !aborted_;
         const double done = part_begin_ + (part_end_ - part_begin_) * std::min(fraction, 1.0);
         stage_fraction_ = std::max(stage_fraction_, done);
         const double all = whole(stage_, stage_fraction_, first_);
@@ -43,6 +49,8 @@ public:
     }
     /// Reports the same fraction again, during long steps. False if a callback asked to stop.
     bool poll() {
+        if (std::this_thread::get_id() != thread_)
+            return !aborted_;
         if (!aborted_ && stage_callback_ != nullptr)
             aborted_ = stage_callback_(stage_, float(stage_fraction_), user_) != 0;
         return !aborted_;
@@ -81,7 +89,8 @@ private:
     double stage_fraction_ = 0;
     Stage first_ = Stage::surface;
     int next_ = 0; ///< tenths reported
-    bool aborted_ = false;
+    std::atomic<bool> aborted_{false};
+    const std::thread::id thread_ = std::this_thread::get_id();
 };
 
 } // namespace tessora::atlas

@@ -33,7 +33,7 @@ RULES = {
 # each, its system headers.
 HOST_FLOORS = [
     ("host/include", ["maya/"]),
-    ("host/base", ["maya/"]),
+    ("host/base", ["maya/", "tbb/"]),
     ("host/mesh", ["maya/"]),
     ("host/ui", ["maya/"]),
     ("host/graph", ["maya/", "dlfcn.h"]),

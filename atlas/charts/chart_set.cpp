@@ -13,6 +13,7 @@ ChartSet::ChartSet(const Surface& s) : surface(s) {
         node[c] = c;
     uv.resize(corners);
     chart.assign(s.face_count, k_none);
+    traced_.assign(corners, 0);
 }
 
 void ChartSet::rebuild_nodes(const std::vector<uint32_t>& faces) {
@@ -29,7 +30,6 @@ void ChartSet::trace_border(Chart& c) const {
     c.border.clear();
     c.loop_end.clear();
     c.border_length = 0;
-    traced_.resize(glued.size(), 0);
     for (uint32_t t : c.faces)
         for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
             if (glued[h] || traced_[h])

@@ -167,21 +167,19 @@ bool Flattener::improve(Chart& c, RegionTerms terms) {
 }
 
 bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
-                               RegionTerms terms) {
+                               RegionTerms terms, Chart& c) {
     constexpr double k_min_cosine = 0.4; // of 66 degrees; steeper regions are better split first
     if (end - begin > 1 && !faces_forward(begin, end, normal, k_min_cosine))
         return false;
-    Chart c;
+    c = Chart();
     c.faces.assign(begin, end);
     glue_inside(c.faces, false);
     if (c.faces.size() == 1)
         set_uv_of_triangle(c.faces[0]);
     else
         project(c.faces, normal);
-    if (improve(c, terms)) {
-        set.add_chart(std::move(c));
+    if (improve(c, terms))
         return true;
-    }
     unglue_inside(c.faces);
     return false;
 }

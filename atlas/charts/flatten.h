@@ -30,9 +30,11 @@ public:
     Flattener(ChartSet& set, const FlattenOptions& options);
 
     /// Makes a chart of connected triangles that are in no chart yet: glues all edges between them,
-    /// projects them along `normal` and relaxes. False, with nothing glued, if the result is not
-    /// legal or does not meet the terms.
-    bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal, RegionTerms terms);
+    /// projects them along `normal` and relaxes. The chart is not added to the set. False, with
+    /// nothing glued, if the result is not legal or does not meet the terms. Flatteners of the same
+    /// set may do this at the same time with regions that have no triangle in common.
+    bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal, RegionTerms terms,
+                        Chart& chart);
     /// Makes one chart of a connected component if it is a disk or a planar ring, by a map that
     /// cannot flip triangles but may stretch them without limit. False, with all charts as they
     /// were, if the component is of another kind or the result is not legal.
@@ -42,6 +44,7 @@ public:
     void flatten_polygon(std::vector<uint32_t> faces);
 
     /// Lowers the distortion of a legal chart; leaves it unchanged if it would not stay legal.
+    /// Flatteners of the same set may do this at the same time with different charts.
     void polish(Chart& c, int sweeps);
 
     /// Traces the border of a chart whose triangles and coordinates are set, closes its slits,

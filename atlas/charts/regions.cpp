@@ -1,6 +1,9 @@
 #include "atlas/charts/regions.h"
 
+#include "atlas/parallel.h"
+
 #include <algorithm>
+#include <atomic>
 
 namespace tessora::atlas {
 namespace {
@@ -25,36 +28,91 @@ RegionTerms region_terms(double limit, double hardness) {
     return {limit + (hard_limit - limit) * hardness, hardness < k_mostly_smooth};
 }
 
+/// A region that became a chart, or a leaf that could not and falls apart into its polygons.
+struct Piece {
+    const ClusterTree::Region* region;
+    bool is_chart;
+    Chart chart;
+};
+
+class RegionMaker {
+public:
+    RegionMaker(const Surface& surface, const ClusterTree& tree, const std::vector<float>& hardness,
+                const RegionLimits& limits, ProgressMeter& progress)
+        : surface_(surface), tree_(tree), hardness_(hardness), limits_(limits), progress_(progress),
+          components_(find_components(surface)), component_size_(components_.count, 0) {
+        for (uint32_t c : components_.of_face)
+            ++component_size_[c];
+    }
+
+    /// Descends from a root and lists what comes of it in `pieces`. May run for several roots at
+    /// the same time, each with a flattener of its own.
+    void descend(uint32_t root, Flattener& flattener, std::vector<Piece>& pieces) {
+        std::vector<uint32_t> stack{root};
+        while (!stack.empty()) {
+            const ClusterTree::Region& region = tree_.regions[stack.back()];
+            stack.pop_back();
+            if (!progress_.advance(double(done_) / double(tree_.faces.size())))
+                return;
+            Chart chart;
+            const uint32_t* faces = tree_.faces.data();
+            const bool is_chart = flattener.flatten_region(faces + region.begin, faces + region.end,
+                                                           region.normal, terms_of(region), chart);
+            if (is_chart || region.left == ClusterTree::k_no_child) {
+                pieces.push_back({&region, is_chart, std::move(chart)});
+                done_ += region.end - region.begin;
+            } else {
+                stack.push_back(region.right);
+                stack.push_back(region.left);
+            }
+        }
+    }
+
+private:
+    RegionTerms terms_of(const ClusterTree::Region& region) const {
+        const uint32_t* const begin = tree_.faces.data() + region.begin;
+        const uint32_t* const end = tree_.faces.data() + region.end;
+        // A whole component has no neighbour to merge with: it need not save stretch for later.
+        const bool whole =
+            region.end - region.begin == component_size_[components_.of_face[*begin]];
+        return region_terms(whole ? limits_.component : limits_.region,
+                            mean_hardness(surface_, hardness_, begin, end));
+    }
+
+    const Surface& surface_;
+    const ClusterTree& tree_;
+    const std::vector<float>& hardness_;
+    const RegionLimits limits_;
+    ProgressMeter& progress_;
+    const Components components_;
+    std::vector<uint32_t> component_size_;
+    std::atomic<size_t> done_{0}; ///< triangles
+};
+
 } // namespace
 
 bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
-                  const std::vector<float>& hardness, double limit, double component_limit,
-                  ProgressMeter& progress) {
-    const Components components = find_components(flattener.set.surface);
-    std::vector<uint32_t> component_size(components.count, 0);
-    for (uint32_t c : components.of_face)
-        ++component_size[c];
-    std::vector<uint32_t> stack(tree.roots.rbegin(), tree.roots.rend());
-    while (!stack.empty()) {
-        const ClusterTree::Region& region = tree.regions[stack.back()];
-        stack.pop_back();
-        const uint32_t* begin = tree.faces.data() + region.begin;
-        const uint32_t* end = tree.faces.data() + region.end;
-        if (!progress.advance(double(region.begin) / double(tree.faces.size())))
-            return false;
-        // A whole component has no neighbour to merge with: it need not save stretch for later.
-        const bool whole = region.end - region.begin == component_size[components.of_face[*begin]];
-        const double hard = mean_hardness(flattener.set.surface, hardness, begin, end);
-        if (flattener.flatten_region(begin, end, region.normal,
-                                     region_terms(whole ? component_limit : limit, hard)))
-            continue;
-        if (region.left == ClusterTree::k_no_child) {
-            flatten_polygons(flattener, atoms, begin, end);
-        } else {
-            stack.push_back(region.right);
-            stack.push_back(region.left);
-        }
-    }
+                  const std::vector<float>& hardness, const RegionLimits& limits,
+                  ParallelFor executor, ProgressMeter& progress) {
+    ChartSet& set = flattener.set;
+    RegionMaker maker(set.surface, tree, hardness, limits, progress);
+    std::vector<std::vector<Piece>> pieces(tree.roots.size());
+    WorkspacePool<Flattener> flatteners(flattener);
+    const auto another = [&] { return std::make_unique<Flattener>(set, flattener.options); };
+    parallel_for(executor, tree.roots.size(), [&](size_t i) {
+        const auto lease = flatteners.lease(another);
+        maker.descend(tree.roots[i], *lease, pieces[i]);
+    });
+    if (!progress.advance(1))
+        return false;
+    // In the order of the tree, whichever thread was first.
+    for (std::vector<Piece>& of_root : pieces)
+        for (Piece& piece : of_root)
+            if (piece.is_chart)
+                set.add_chart(std::move(piece.chart));
+            else
+                flatten_polygons(flattener, atoms, tree.faces.data() + piece.region->begin,
+                                 tree.faces.data() + piece.region->end);
     return true;
 }
 

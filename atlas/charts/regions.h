@@ -7,14 +7,19 @@
 
 namespace tessora::atlas {
 
+/// Limits on L2 stretch.
+struct RegionLimits {
+    double region;
+    double component; ///< for a region that is a whole connected component
+};
+
 /// Descends the tree until every triangle is in a legal chart, or in one that is legal except that
-/// it is a single polygon beyond the stretch limit. Every other region has an L2
-/// stretch of at most `limit`; the harder its triangles (`hardness`, from measure_hardness), the
-/// closer its own limit is to k_hard_stretch. For a region that is a whole connected component,
-/// `component_limit` takes the place of `limit`.
+/// it is a single polygon beyond the stretch limit. Every other region is within its limit; the
+/// harder its triangles (`hardness`, from measure_hardness), the closer that is to k_hard_stretch.
+/// The roots of the tree are descended from on the executor.
 /// False if the callback asked to stop.
 bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
-                  const std::vector<float>& hardness, double limit, double component_limit,
-                  ProgressMeter& progress);
+                  const std::vector<float>& hardness, const RegionLimits& limits,
+                  ParallelFor executor, ProgressMeter& progress);
 
 } // namespace tessora::atlas

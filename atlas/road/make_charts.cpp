@@ -3,9 +3,12 @@
 #include "atlas/charts/merge.h"
 #include "atlas/charts/regions.h"
 #include "atlas/geometry/buckets.h"
+#include "atlas/parallel.h"
 
 #include <algorithm>
+#include <atomic>
 #include <iterator>
+#include <memory>
 
 namespace tessora::atlas {
 namespace {
@@ -16,13 +19,18 @@ constexpr double k_hard_pair = 0.5;
 bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
     const int sweeps = stages.flattener.options.thorough ? 8 : 2;
     std::vector<Chart>& charts = stages.set.charts;
-    for (size_t i = 0; i < charts.size(); ++i) {
-        if (!progress.advance(double(i) / double(charts.size())))
-            return false;
-        if (charts[i].alive)
-            stages.flattener.polish(charts[i], sweeps);
-    }
-    return true;
+    WorkspacePool<Flattener> flatteners(stages.flattener);
+    const auto another = [&] {
+        return std::make_unique<Flattener>(stages.set, stages.flattener.options);
+    };
+    std::atomic<size_t> done{0};
+    parallel_for(stages.executor, charts.size(), [&](size_t i) {
+        if (!progress.advance(double(done++) / double(charts.size())) || !charts[i].alive)
+            return;
+        const auto lease = flatteners.lease(another);
+        lease->polish(charts[i], sweeps);
+    });
+    return progress.advance(1);
 }
 
 /// Charts are merged under limits that rise to the caller's in these steps. Unions that need little
@@ -88,7 +96,8 @@ void unite_open_components(ChartStages& stages) {
 
 ChartStages::ChartStages(Surface& s, const Options& options)
     : surface(s), atoms(build_atoms(s)), polygons(s, atoms), hardness(measure_hardness(s)),
-      max_stretch(options.max_stretch), set(s),
+      max_stretch(options.max_stretch),
+      executor(s.face_count < options.min_parallel ? nullptr : options.executor), set(s),
       flattener(set, {stretch_limit(options.max_stretch), options.quality == Quality::quality}),
       smoother(flattener, atoms, hardness) {
     set.polygons = &polygons;
@@ -106,8 +115,8 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     progress.stage(Stage::regions);
     const double limit = std::min(options.limit, stretch_limit(float(k_first_smooth_step)));
     const double component_limit = std::min(options.limit, stretch_limit(float(k_usual_stretch)));
-    if (!make_regions(stages.flattener, stages.atoms, tree, stages.hardness, limit, component_limit,
-                      progress))
+    if (!make_regions(stages.flattener, stages.atoms, tree, stages.hardness,
+                      {limit, component_limit}, stages.executor, progress))
         return false;
     Merger merger(stages.flattener, {stages.hardness, options.thorough});
     if (!merge_charts(stages, merger, progress))

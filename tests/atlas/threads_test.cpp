@@ -1,0 +1,117 @@
+// The engine on several threads: the same bits as on one. ./check --tsan runs this program alone
+// under ThreadSanitizer.
+#include "tests/atlas/shapes.h"
+#include "tests/atlas/threads.h"
+
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace {
+
+using namespace atlas_test;
+using namespace tessora::atlas;
+
+std::vector<TestMesh> meshes() {
+    return {cube_of_quads(4),       flat_grid(12, false),
+            flat_grid(9, true),     cylinder(24, 8, true),
+            cylinder(24, 8, false), sphere(16),
+            torus(16, 32),          moebius(24),
+            fan(12, 1.5),           washer(4),
+            pierced_plate(3),       loose_triangles(200)};
+}
+
+void expect_same(const Result& a, const Result& b) {
+    EXPECT_EQ(a.source_vertex, b.source_vertex);
+    EXPECT_EQ(a.indices, b.indices);
+    EXPECT_EQ(a.uvs, b.uvs);
+    EXPECT_EQ(a.chart, b.chart);
+    EXPECT_EQ(a.over_limit, b.over_limit);
+    EXPECT_EQ(a.lost, b.lost);
+    EXPECT_EQ(a.chart_count, b.chart_count);
+    EXPECT_EQ(a.stretch, b.stretch);
+}
+
+constexpr ParallelFor k_executors[] = {run_on<1>, run_on<2>, run_on<8>, run_on<32>};
+
+/// Fast mode packs as well; quality mode, whose packing takes long and uses no threads, does not.
+Result unwrap(const TestMesh& mesh, Options options, Quality quality) {
+    options.quality = quality;
+    Result result;
+    std::vector<uint32_t> adjacency;
+    const Failure failure = quality == Quality::fast
+                                ? create(mesh.view(), options, result)
+                                : partition(mesh.view(), options, result, adjacency);
+    EXPECT_EQ(failure.status, Status::ok);
+    return result;
+}
+
+void expect_same_on_all_executors(const TestMesh& mesh, Options options) {
+    for (Quality quality : {Quality::fast, Quality::quality}) {
+        options.executor = nullptr;
+        const Result serial = unwrap(mesh, options, quality);
+        for (ParallelFor executor : k_executors) {
+            options.executor = executor;
+            expect_same(serial, unwrap(mesh, options, quality));
+        }
+    }
+}
+
+TEST(AtlasThreads, TheResultDoesNotDependOnTheirNumber) {
+    Options options;
+    options.min_parallel = 0;
+    for (const TestMesh& mesh : meshes())
+        expect_same_on_all_executors(mesh, options);
+}
+
+TEST(AtlasThreads, TheResultDoesNotDependOnTheirNumberWithTheUsualSizes) {
+    expect_same_on_all_executors(torus(36, 72), {}); // more than min_parallel triangles
+}
+
+/// Counts the loops that reach the executor.
+size_t loops = 0;
+void count_loops(size_t count, void (*function)(size_t i, void* user), void* user) {
+    ++loops;
+    run_on<1>(count, function, user);
+}
+
+TEST(AtlasThreads, SmallMeshesStayOnTheCallingThread) {
+    Options options;
+    options.executor = count_loops;
+    Result result;
+    loops = 0;
+    ASSERT_EQ(create(torus(16, 32).view(), options, result).status, Status::ok);
+    EXPECT_EQ(loops, 0u);
+    options.min_parallel = 0;
+    ASSERT_EQ(create(torus(16, 32).view(), options, result).status, Status::ok);
+    EXPECT_GT(loops, 0u);
+}
+
+struct Watch {
+    std::thread::id thread = std::this_thread::get_id();
+    size_t calls = 0, elsewhere = 0, stop_after = SIZE_MAX;
+    static int note(Stage, float, void* user) {
+        Watch& self = *static_cast<Watch*>(user);
+        self.elsewhere += std::this_thread::get_id() != self.thread;
+        return ++self.calls >= self.stop_after;
+    }
+};
+
+TEST(AtlasThreads, CallbacksComeOnTheCallingThreadAndMayStopTheWork) {
+    Watch watch;
+    Options options;
+    options.min_parallel = 0;
+    options.executor = run_on<8>;
+    options.stage_progress = Watch::note;
+    options.user = &watch;
+    Result result;
+    ASSERT_EQ(create(loose_triangles(300).view(), options, result).status, Status::ok);
+    EXPECT_EQ(watch.elsewhere, 0u);
+    for (size_t stop = 1; stop < 12; ++stop) {
+        watch.calls = 0;
+        watch.stop_after = stop;
+        EXPECT_EQ(create(loose_triangles(300).view(), options, result).status, Status::aborted);
+        EXPECT_TRUE(result.indices.empty());
+    }
+}
+
+} // namespace
