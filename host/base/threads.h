@@ -7,7 +7,8 @@
 
 namespace host {
 
-/// How many threads a loop may use, the calling one included; 0 for one a processor, the default.
+/// How many threads a loop may use, the calling one included: at most one a processor, which is the
+/// default and what 0 means.
 /// Not to be called during a loop.
 MHOST_EXPORT void set_thread_count(unsigned int count);
 

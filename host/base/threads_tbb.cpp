@@ -1,5 +1,7 @@
 #include "host/base/threads.h"
 
+#include <algorithm>
+#include <tbb/info.h>
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
@@ -20,7 +22,9 @@ namespace host {
 void set_thread_count(unsigned int count) {
     thread_count = count;
     arena().terminate();
-    arena().initialize(count == 0 ? int(tbb::task_arena::automatic) : static_cast<int>(count));
+    // More than there are processors would not help, and the library warns of it.
+    const int most = tbb::info::default_concurrency();
+    arena().initialize(count == 0 ? most : std::min(static_cast<int>(count), most));
 }
 
 } // namespace host
