@@ -3,6 +3,8 @@
 #include "atlas/geometry/buckets.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <numeric>
 
 namespace tessora::atlas {
 namespace {
@@ -262,6 +264,15 @@ private:
     CandidateHeap heap_;
 };
 
+/// About 0.618 of `count`, without a common divisor: multiples of it, modulo `count`, reach
+/// everything, and successive ones lie far apart.
+uint32_t coprime_stride(uint32_t count) {
+    uint32_t stride = uint32_t(0.6180339887498949 * count);
+    while (std::gcd(stride, count) > 1)
+        ++stride;
+    return std::max(1u, stride);
+}
+
 /// Makes the leaves: groups of atoms that grow breadth-first around seed triangles.
 void TreeBuilder::group_atoms(const Atoms& atoms) {
     constexpr uint32_t k_max_faces = 16;
@@ -275,7 +286,9 @@ void TreeBuilder::group_atoms(const Atoms& atoms) {
             group.push_back(faces.item[i]);
         }
     };
-    for (uint32_t t = 0; t < s_.face_count; ++t) {
+    // Seeds far apart make rounder groups than neighbours in a row do.
+    const uint32_t stride = getenv("NOHASH")?1:coprime_stride(s_.face_count);
+    for (uint32_t i = 0, t = 0; i < s_.face_count; ++i, t = (t + stride) % s_.face_count) {
         if (leaf_of_face_[t] != k_none)
             continue;
         group.clear();

@@ -1,5 +1,7 @@
 #include "atlas/geometry/sheets.h"
 
+#include "atlas/geometry/order.h"
+
 #include <algorithm>
 #include <deque>
 #include <iterator>
@@ -408,24 +410,15 @@ private:
     }
 
     void number_kept() {
-        const auto follows = [&](uint32_t t) {
-            return trailing_[t] || (!out_.mirrored.empty() && out_.copy[t] != k_none);
-        };
-        for (uint32_t t = 0; t < s_.face_count && out_.everything; ++t)
-            out_.everything = !follows(t);
-        if (out_.everything) {
-            LooseHints hints = std::move(out_.hints);
-            out_ = Sheets{};
-            out_.hints = std::move(hints);
-            return;
-        }
         out_.copy.resize(s_.face_count, k_none);
-        out_.number.assign(s_.face_count, k_none);
+        std::vector<uint32_t> kept;
         for (uint32_t t = 0; t < s_.face_count; ++t)
-            if (!follows(t)) {
-                out_.number[t] = uint32_t(out_.kept.size());
-                out_.kept.push_back(t);
-            }
+            if (!trailing_[t] && out_.copy[t] == k_none)
+                kept.push_back(t);
+        out_.kept = order_by_shape(s_, kept);
+        out_.number.assign(s_.face_count, k_none);
+        for (uint32_t i = 0; i < out_.kept.size(); ++i)
+            out_.number[out_.kept[i]] = i;
     }
 
     Surface& s_;

@@ -20,13 +20,12 @@ struct LooseHints {
 };
 
 struct Sheets {
-    bool everything = true;       ///< all triangles are laid out by themselves: the lists are empty
-    std::vector<uint32_t> kept;   ///< triangles that are laid out, ascending
-    std::vector<uint32_t> number; ///< per triangle: its place in `kept`, or k_none
-    std::vector<uint32_t> copy;   ///< per triangle: the copied sheet it is in, or k_none
+    std::vector<uint32_t> kept;    ///< triangles that are laid out, ordered by shape (order.h)
+    std::vector<uint32_t> number;  ///< per triangle: its place in `kept`, or k_none
+    std::vector<uint32_t> copy;    ///< per triangle: the copied sheet it is in, or k_none
     std::vector<uint8_t> mirrored; ///< per copied sheet: 1 when wound against what it copies
-    /// 3 per triangle, k_none outside copies. A corner's source has the same vertex; a half-edge's
-    /// runs between the same two vertices, k_none for a diagonal.
+    /// 3 per triangle, k_none outside copies; empty without copies. A corner's source has the same
+    /// vertex; a half-edge's runs between the same two vertices, k_none for a diagonal.
     std::vector<uint32_t> source_corner, source_edge;
     LooseHints hints; ///< empty when all triangles have area
 };

@@ -149,17 +149,22 @@ Failure build_surface(const Mesh& mesh, Surface& s) {
 
 void restrict_surface(const Mesh& mesh, const std::vector<uint32_t>& kept,
                       const std::vector<uint32_t>& number, Surface& s) {
-    for (uint32_t t = 0; t < kept.size(); t++)
-        for (uint32_t k = 0; k < 3; k++) {
-            const uint32_t from = 3 * kept[t] + k, mate = s.mate[from];
-            s.vertex[3 * t + k] = s.vertex[from];
-            s.mate[3 * t + k] = mate == k_none ? k_none : 3 * number[mate / 3] + mate % 3;
-            s.false_edge[3 * t + k] = s.false_edge[from];
+    std::vector<uint32_t> vertex, mate;
+    std::vector<uint8_t> false_edge;
+    vertex.reserve(3 * kept.size());
+    mate.reserve(3 * kept.size());
+    false_edge.reserve(3 * kept.size());
+    for (uint32_t t : kept)
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
+            const uint32_t m = s.mate[h];
+            vertex.push_back(s.vertex[h]);
+            mate.push_back(m == k_none ? k_none : 3 * number[m / 3] + m % 3);
+            false_edge.push_back(s.false_edge[h]);
         }
     s.face_count = uint32_t(kept.size());
-    s.vertex.resize(3 * kept.size());
-    s.mate.resize(3 * kept.size());
-    s.false_edge.resize(3 * kept.size());
+    s.vertex = std::move(vertex);
+    s.mate = std::move(mate);
+    s.false_edge = std::move(false_edge);
     normalise_positions(mesh, s);
     build_frames(s);
 }

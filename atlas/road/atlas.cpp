@@ -56,8 +56,7 @@ struct ChartingCall {
             return failure;
         const double area = surface.total_area * surface.unit * surface.unit;
         sheets = find_sheets(surface, refused);
-        if (!sheets.everything)
-            restrict_surface(mesh, sheets.kept, sheets.number, surface);
+        restrict_surface(mesh, sheets.kept, sheets.number, surface);
         total_area = area / (surface.unit * surface.unit);
         stages = std::make_unique<ChartStages>(surface, options);
         return make_charts(*stages, progress) ? Failure{} : Failure{Status::aborted, k_none};

@@ -31,7 +31,7 @@ public:
     }
 
 private:
-    uint32_t kept_number(uint32_t t) const { return sheets_.everything ? t : sheets_.number[t]; }
+    uint32_t kept_number(uint32_t t) const { return sheets_.number[t]; }
 
     void take_kept() {
         all_ = kept_;
@@ -352,8 +352,6 @@ FinishedCharts finish_charts(const ChartSet& set, double limit, double unit) {
 
 std::vector<uint32_t> follow_sheets(const Mesh& mesh, const Surface& surface, const Sheets& sheets,
                                     const Options& options, FinishedCharts& charts) {
-    if (sheets.everything && sheets.hints.point.empty())
-        return {};
     return Follower(mesh, surface, sheets, options, charts).run(charts);
 }
 
@@ -379,7 +377,7 @@ Packing pack_finished(const FinishedCharts& charts, const PackOptions& options) 
 
 std::vector<uint32_t> open_adjacency(const Mesh& mesh, const ChartSet& set, const Sheets& sheets,
                                      const FinishedCharts& charts) {
-    const auto kept_number = [&](uint32_t t) { return sheets.everything ? t : sheets.number[t]; };
+    const auto kept_number = [&](uint32_t t) { return sheets.number[t]; };
     const auto hangs = [&](uint32_t t) { // on an edge of another triangle
         return kept_number(t) == k_none && sheets.copy[t] == k_none;
     };
@@ -401,7 +399,7 @@ std::vector<uint32_t> open_adjacency(const Mesh& mesh, const ChartSet& set, cons
                 opened[h] = k_none;
             continue;
         }
-        const bool copied = !sheets.everything && sheets.copy[h / 3] != k_none;
+        const bool copied = sheets.copy[h / 3] != k_none;
         const uint32_t source = copied ? sheets.source_edge[h] : h;
         if (source != k_none && !set.glued[3 * kept_number(source / 3) + source % 3])
             opened[h] = k_none;
