@@ -3,7 +3,6 @@
 #include "atlas/geometry/buckets.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <numeric>
 
 namespace tessora::atlas {
@@ -287,7 +286,7 @@ void TreeBuilder::group_atoms(const Atoms& atoms) {
         }
     };
     // Seeds far apart make rounder groups than neighbours in a row do.
-    const uint32_t stride = getenv("NOHASH")?1:coprime_stride(s_.face_count);
+    const uint32_t stride = coprime_stride(s_.face_count);
     for (uint32_t i = 0, t = 0; i < s_.face_count; ++i, t = (t + stride) % s_.face_count) {
         if (leaf_of_face_[t] != k_none)
             continue;

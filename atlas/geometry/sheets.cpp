@@ -362,6 +362,8 @@ private:
         taken_.resize(polygons_.size(), 0);
         const Winding way = winding(polygons_[first], polygons_[twin]);
         const auto add = [&](uint32_t p, uint32_t q) {
+            if (p == k_none || q == k_none) // the source has neighbours without a twin
+                return false;
             if (twin_[p] != k_none || taken_[q] != 0)
                 return twin_[p] == q;
             if (winding(polygons_[p], polygons_[q]) != way)

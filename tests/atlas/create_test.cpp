@@ -234,6 +234,29 @@ TEST(AtlasSheets, ACopyDividedAlongOtherDiagonalsHasTheChartsOfItsSheet) {
     EXPECT_EQ(unwrap(mesh).charts, 2 * once);
 }
 
+TEST(AtlasSheets, SheetsThatCorrespondInPartOnlyAreNoCopies) {
+    // Triangles 2 and 3 are twins of 0 and 1 and neighbours; but 0 is followed by another triangle,
+    // and a chain of them leads around to 1.
+    const uint32_t corners[][3] = {{0, 1, 2}, {1, 0, 3}, {0, 1, 2}, {1, 0, 3}, {1, 0, 4},
+                                   {4, 0, 5}, {3, 0, 6}, {4, 5, 7}, {3, 6, 7}, {4, 7, 6}};
+    TestMesh mesh;
+    for (int v = 0; v < 8; ++v)
+        mesh.vertex(float(std::cos(v)), float(std::sin(v)), float(v % 3));
+    for (const auto& c : corners)
+        mesh.triangle(c[0], c[1], c[2]);
+    mesh.connect();
+    const auto join = [&](uint32_t g, uint32_t h) {
+        mesh.adjacency[g] = h / 3;
+        mesh.adjacency[h] = g / 3;
+    };
+    join(3 * 2, 3 * 3);
+    join(3 * 0, 3 * 4);
+    join(3 * 1 + 1, 3 * 6);
+    Result result;
+    ASSERT_EQ(create(mesh.view(), {}, result).status, Status::ok);
+    EXPECT_EQ(judge(mesh, {}, result, true, true).faults, std::vector<std::string>{});
+}
+
 TEST(AtlasSheets, TheStretchOfACopyDividedAlongOtherDiagonalsIsReported) {
     TestMesh mesh;
     for (const auto& p : {std::array<float, 3>{0, 0, 0}, {1, 0, 1}, {1, 1, 0}, {0, 1, 1}})
