@@ -195,6 +195,34 @@ TestMesh doubled(TestMesh mesh, bool reversed) {
     return mesh;
 }
 
+TEST(AtlasOrder, TheOrderOfTheTrianglesDoesNotMatter) {
+    TestMesh mesh = torus(24, 10);
+    for (size_t i = 0; i < mesh.positions.size(); ++i) // no two parts are alike
+        mesh.positions[i] += 0.02f * float(std::sin(double(i * i)));
+    TestMesh turned; // the same triangles from the middle on, then those before it
+    turned.positions = mesh.positions;
+    const size_t half = mesh.indices.size() / 6 * 3;
+    turned.indices.assign(mesh.indices.begin() + long(half), mesh.indices.end());
+    turned.indices.insert(turned.indices.end(), mesh.indices.begin(),
+                          mesh.indices.begin() + long(half));
+    mesh.false_edges.clear();
+    mesh.connect();
+    turned.connect();
+    for (Quality quality : {Quality::fast, Quality::quality}) {
+        Options options;
+        options.quality = quality;
+        Result first, second;
+        std::vector<uint32_t> adjacency;
+        ASSERT_EQ(partition(mesh.view(), options, first, adjacency).status, Status::ok);
+        ASSERT_EQ(partition(turned.view(), options, second, adjacency).status, Status::ok);
+        ASSERT_EQ(first.chart_count, second.chart_count);
+        const size_t faces = mesh.faces(), moved = half / 3;
+        for (size_t t = 0; t < faces; ++t) // the same triangles share a chart
+            EXPECT_EQ(first.chart[t] == first.chart[0], second.chart[(t + faces - moved) % faces] ==
+                                                            second.chart[(faces - moved) % faces]);
+    }
+}
+
 TEST(AtlasSheets, ACopyHasTheChartsOfItsSheet) {
     for (const bool reversed : {false, true})
         for (const TestMesh& mesh : {cube_of_quads(3), sphere(12), torus(20, 8)}) {
