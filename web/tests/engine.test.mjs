@@ -187,8 +187,8 @@ test('an engine that ran out of memory goes on', async () => {
 });
 
 test('runs give their memory back', async () => {
-  const small = await load({ maxMemory: 32 << 20 }), shape = grid(60, 60, ball);
-  for (let i = 0; i < 30; ++i)
+  const small = await load({ maxMemory: 32 << 20 }), shape = grid(100, 100, ball); // 360 KB of arrays
+  for (let i = 0; i < 60; ++i)
     small.unwrap(shape);
 });
 

@@ -46,6 +46,9 @@ test('only texture coordinates change', () => {
     `# \xe9\n${TRIANGLE}vt 0.25 0.5\nvn 0 0 1\ng a\nf  1/1/1 2/1/1 3/1 # f\nl 1 2\n`);
 });
 
+test('faces of two corners keep their normals', () =>
+  assert.equal(write(`vn 0 0 1\n${TRIANGLE}f 1/1/1 2//1\nf 1 2 3\n`), `vn 0 0 1\n${TRIANGLE}vt 0.25 0.5\nf 1//1 2//1\nf 1/1 2/1 3/1\n`));
+
 test('new coordinates come before the first face', () =>
   assert.equal(write(`f 1 2 3\n${TRIANGLE}vt 1 1`), `vt 0.25 0.5\nf 1/1 2/1 3/1\n${TRIANGLE}`));
 
