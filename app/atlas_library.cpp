@@ -5,6 +5,7 @@
 namespace app {
 namespace {
 
+constexpr int32_t k_no_room = static_cast<int32_t>(0x88760867u);       // D3DERR_MOREDATA
 constexpr int32_t k_out_of_memory = static_cast<int32_t>(0x8007000Eu); // E_OUTOFMEMORY
 
 template <class Function>
@@ -18,6 +19,8 @@ int32_t last_atlas_result() {
     const auto function = find<LastResult>(k_last_result_name);
     return function ? function() : 0;
 }
+
+bool atlas_had_no_room() { return last_atlas_result() == k_no_room; }
 
 bool atlas_ran_out_of_memory() { return last_atlas_result() == k_out_of_memory; }
 

@@ -30,6 +30,9 @@ int32_t last_atlas_result();
 /// True if the last call failed because memory ran out.
 bool atlas_ran_out_of_memory();
 
+/// True if the last call failed because the texture has no room for the charts and their gutter.
+bool atlas_had_no_room();
+
 /// Why the last call failed, as a sentence without full stop; "" after a success or if unknown.
 std::string last_atlas_reason();
 

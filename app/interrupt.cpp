@@ -18,6 +18,7 @@ volatile std::sig_atomic_t g_published = 0;
 volatile std::sig_atomic_t g_silent = 0;
 volatile std::sig_atomic_t g_defer = 0;
 volatile std::sig_atomic_t g_deferred = 0;
+volatile std::sig_atomic_t g_interrupted = 0;
 
 } // namespace
 
@@ -50,6 +51,14 @@ void set_terminal_line_open(bool open) { g_line_open = open ? 1 : 0; }
 bool terminal_line_open() { return g_line_open != 0; }
 
 void set_results_published(bool published) { g_published = published ? 1 : 0; }
+bool was_interrupted() { return g_interrupted != 0; }
+bool take_interrupt() {
+    const bool was = was_interrupted();
+    g_interrupted = 0;
+    return was;
+}
+void note_interrupt() { g_interrupted = 1; }
+
 bool results_published() { return g_published != 0; }
 
 void end_silently() { g_silent = 1; }

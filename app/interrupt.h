@@ -54,4 +54,19 @@ private:
     uint64_t before_[16] = {}; // the signal mask to restore, in the system's own format
 };
 
+/// While it lives, Ctrl-C is noted instead of ending the process. System calls that wait are
+/// interrupted.
+class InterruptNoted {
+public:
+    InterruptNoted();
+    ~InterruptNoted();
+    InterruptNoted(const InterruptNoted&) = delete;
+    InterruptNoted& operator=(const InterruptNoted&) = delete;
+};
+/// Whether Ctrl-C was noted since the last `take_interrupt`, which also forgets it.
+bool was_interrupted();
+bool take_interrupt();
+/// For the handlers: notes Ctrl-C.
+void note_interrupt();
+
 } // namespace app

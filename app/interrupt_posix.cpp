@@ -53,6 +53,19 @@ void install_signal_handlers() {
     sigaction(SIGXFSZ, &action, nullptr);
 }
 
+InterruptNoted::InterruptNoted() {
+    struct sigaction action = {}; // without SA_RESTART: reading a line ends
+    action.sa_handler = [](int) { note_interrupt(); };
+    sigaction(SIGINT, &action, nullptr);
+}
+
+InterruptNoted::~InterruptNoted() {
+    struct sigaction action = {};
+    action.sa_handler = end_process;
+    sigfillset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+}
+
 SignalsHeld::SignalsHeld() {
     sigset_t set;
     sigemptyset(&set);

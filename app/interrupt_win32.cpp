@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -19,6 +20,9 @@ CRITICAL_SECTION& held() {
     }();
     return *section;
 }
+
+/// An InterruptNoted lives. Read in the thread of console events.
+std::atomic<bool> g_is_noted{false};
 
 void write_error(const char* text) {
     DWORD written = 0;
@@ -41,6 +45,10 @@ BOOL WINAPI on_console_event(DWORD event) {
     const int signal = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? 2 : 15;
     if (note_deferred_signal(signal))
         return TRUE;
+    if (event == CTRL_C_EVENT && g_is_noted) {
+        note_interrupt();
+        return TRUE;
+    }
     EnterCriticalSection(&held());
     if (results_published())
         end_process("", exit_done);
@@ -61,6 +69,9 @@ void install_signal_handlers() {
     SetConsoleCtrlHandler(on_console_event, TRUE);
     std::signal(SIGABRT, on_abort);
 }
+
+InterruptNoted::InterruptNoted() { g_is_noted = true; }
+InterruptNoted::~InterruptNoted() { g_is_noted = false; }
 
 SignalsHeld::SignalsHeld() { EnterCriticalSection(&held()); }
 SignalsHeld::~SignalsHeld() { LeaveCriticalSection(&held()); }

@@ -42,9 +42,9 @@ std::string help() {
         text += "  " + name + command.summary + "\n";
     }
     return text + R"(
-  -c TEXT   runs script statements and prints their result
-  --help    this text; 'tessora COMMAND --help' for a command's options
-  --version the version, also after a command
+  -c TEXT        runs script statements and prints their result
+  -h, --help     this text; 'tessora COMMAND --help' for a command's options
+  -V, --version  the version, also after a command
 
 examples:
   tessora unwrap bunny.obj
@@ -74,11 +74,11 @@ int run(const app::Words& words) {
         return app::exit_usage;
     }
     const std::string& name = words[0];
-    if (name == "--version") {
+    if (name == "--version" || name == "-V") {
         std::printf("tessora %s\n", app::version());
         return app::exit_done;
     }
-    if (name == "--help" || name == "help") {
+    if (name == "--help" || name == "-h" || name == "help") {
         const app::Command* command = words.size() > 1 ? find_command(words[1]) : nullptr;
         if (command)
             return command->run({"--help"});
@@ -90,7 +90,7 @@ int run(const app::Words& words) {
     if (name == "worker")
         return app::worker_command({});
     const app::Command* command = find_command(name);
-    if (command && words.size() == 2 && words[1] == "--version")
+    if (command && words.size() == 2 && (words[1] == "--version" || words[1] == "-V"))
         return run({"--version"});
     return command ? command->run({words.begin() + 1, words.end()}) : unknown_command(name);
 }

@@ -2,6 +2,7 @@
 
 #include "app/atomic_file.h"
 #include "app/exit_code.h"
+#include "app/file_formats.h"
 #include "app/layout_picture.h"
 #include "app/measure_layout.h"
 #include "app/mesh_import.h"
@@ -112,6 +113,8 @@ bool parse(const Words& words, bool verify, Request& request, std::string& error
         error = "--picture is layout, checker or stretch, not '" + request.picture + "'";
     else if (!request.layout.empty() && same_file(request.layout, operands[0]))
         error = "the picture would be written over the mesh";
+    else if (const std::string refusal = picture_refusal(request.layout); !refusal.empty())
+        error = refusal;
     else
         request.input = operands[0];
     return error.empty();
@@ -123,8 +126,8 @@ int fail(int code, const std::string& reason) {
 }
 
 bool read_document(const std::string& path, host::ObjDocument& document, int& code) {
-    if (is_other_format(path)) {
-        code = fail(exit_input, path + ": only OBJ files can be read");
+    if (const std::string refusal = input_refusal(path); !refusal.empty()) {
+        code = fail(exit_input, refusal);
         return false;
     }
     host::IoError error;

@@ -6,9 +6,9 @@
 
 namespace app {
 
-MessageListener::MessageListener()
+MessageListener::MessageListener(bool is_silent)
     : lines_([this](const std::string& line) { print(line); }),
-      error_stream_(std::cerr.rdbuf(&lines_)) {
+      error_stream_(std::cerr.rdbuf(&lines_)), is_silent_(is_silent) {
     host::set_notice_listener(this);
 }
 
@@ -30,7 +30,8 @@ void MessageListener::print(const std::string& line) {
         return;
     last_ = line;
     ran_out_of_memory_ |= line.find(k_memory_words) != line.npos;
-    say(last_);
+    if (!is_silent_)
+        say(last_);
 }
 
 } // namespace app

@@ -16,7 +16,8 @@ constexpr const char* k_memory_words = "ut of memory";
 /// line.
 class MessageListener : public host::NoticeListener {
 public:
-    MessageListener();
+    /// `is_silent`: only keeps lines.
+    explicit MessageListener(bool is_silent = false);
     ~MessageListener();
     MessageListener(const MessageListener&) = delete;
     MessageListener& operator=(const MessageListener&) = delete;
@@ -36,6 +37,7 @@ private:
     std::streambuf* error_stream_; ///< std::cerr's own buffer, restored at the end
     std::string last_;
     bool ran_out_of_memory_ = false;
+    bool is_silent_ = false;
 };
 
 } // namespace app

@@ -130,7 +130,8 @@ void OptionTable::heading(const std::string& text) {
 
 void OptionTable::add(const std::string& name, Target target, const std::string& value_name,
                       const std::string& help) {
-    rows_.push_back({name, "", target, value_name, help, std::visit(DefaultText{}, target)});
+    rows_.push_back({name, name == "help" ? "-h" : "", target, value_name, help,
+                     std::visit(DefaultText{}, target)});
 }
 
 void OptionTable::alias(const std::string& spelling) { rows_.back().alias = spelling; }

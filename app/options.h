@@ -19,8 +19,9 @@ public:
     /// Adds a heading to the help text, above the options added next.
     void heading(const std::string& text);
 
-    /// Adds an option. `target` holds the default and receives the value; it must outlive the
-    /// table. The help text shows `value_name` ("" for switches) and the default.
+    /// Adds an option; "help" is also spelled -h. `target` holds the default and receives the
+    /// value; it must outlive the table. The help text shows `value_name` ("" for switches) and the
+    /// default.
     void add(const std::string& name, Target target, const std::string& value_name,
              const std::string& help);
     /// Adds another spelling of the last option, with its dashes ("-o").

@@ -3,6 +3,7 @@
 #include "app/atomic_file.h"
 #include "app/chart_packing.h"
 #include "app/exit_code.h"
+#include "app/file_formats.h"
 #include "app/interrupt.h"
 #include "app/layout_picture.h"
 #include "app/pack_options.h"
@@ -122,8 +123,8 @@ bool PackRun::read() {
     documents_.resize(request_.inputs.size());
     for (size_t i = 0; i < documents_.size(); ++i) {
         const std::string& input = request_.inputs[i];
-        if (is_other_format(input))
-            return fail(exit_input, input + ": only OBJ files can be read");
+        if (const std::string refusal = input_refusal(input); !refusal.empty())
+            return fail(exit_input, refusal);
         host::IoError error;
         std::string text;
         if (!host::read_text(input, text, error) ||

@@ -14,7 +14,8 @@ public:
 
     /// `history_file` keeps the lines between sessions; no history is kept if it is "".
     Prompt(Names names, std::string history_file);
-    /// Reads a line after printing `mark`. Returns false at end of input.
+    /// Reads a line, in UTF-8, after printing `mark`. Returns false at end of input. If Ctrl-C was
+    /// noted (app/interrupt.h), the line is empty.
     bool read(const std::string& mark, std::string& line);
     /// Writes the history file.
     void save_history() const;

@@ -1,10 +1,15 @@
+#include "app/interrupt.h"
 #include "app/prompt.h"
 
+#include <cerrno>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <editline/readline.h>
 #include <filesystem>
+#include <langinfo.h>
+#include <unistd.h>
 
 namespace app {
 
@@ -26,6 +31,41 @@ char* next_candidate(const char* prefix, int state) {
     return nullptr;
 }
 
+/// Reads one byte; -1 at end of input, and when Ctrl-C was noted.
+int read_byte(int file) {
+    unsigned char byte = 0;
+    for (;;) {
+        const ssize_t count = ::read(file, &byte, 1);
+        if (count == 1)
+            return byte;
+        if (count == 0 || errno != EINTR || was_interrupted())
+            return -1;
+    }
+}
+
+/// Reads one character in UTF-8. The library's own reader waits on after Ctrl-C.
+int read_character(FILE* input) {
+    const int file = ::fileno(input), first = read_byte(file);
+    if (first < 0xC0)
+        return first;
+    const int more = first >= 0xF0 ? 3 : first >= 0xE0 ? 2 : 1;
+    int character = first & (0x3F >> more);
+    for (int i = 0; i < more; ++i) {
+        const int next = read_byte(file);
+        if (next < 0)
+            return next;
+        character = character << 6 | (next & 0x3F);
+    }
+    return character;
+}
+
+/// The library encodes what was typed in the locale's encoding.
+void use_utf8() {
+    std::setlocale(LC_CTYPE, "");
+    if (std::strcmp(::nl_langinfo(CODESET), "UTF-8") != 0)
+        std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
 char** complete(const char* prefix, int, int) {
     g_candidates = g_names();
     return rl_completion_matches(prefix, next_candidate);
@@ -35,6 +75,8 @@ char** complete(const char* prefix, int, int) {
 
 Prompt::Prompt(Names names, std::string history_file) : history_file_(std::move(history_file)) {
     g_names = names;
+    use_utf8();
+    rl_getc_function = read_character;
     rl_attempted_completion_function = complete;
     using_history();
     if (history_file_.empty())
@@ -46,9 +88,10 @@ Prompt::Prompt(Names names, std::string history_file) : history_file_(std::move(
 }
 
 bool Prompt::read(const std::string& mark, std::string& line) {
+    line.clear();
     char* const typed = readline(mark.c_str());
     if (!typed)
-        return false;
+        return was_interrupted();
     line = typed;
     if (*typed)
         add_history(typed);

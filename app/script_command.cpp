@@ -1,10 +1,12 @@
 #include "app/script_command.h"
 
 #include "app/exit_code.h"
+#include "app/interrupt.h"
 #include "app/panel_view.h"
 #include "app/prompt.h"
 #include "app/session_setup.h"
 #include "app/system.h"
+#include "app/unwrap_remarks.h"
 #include "host/commands/session.h"
 
 #include <cstdio>
@@ -33,7 +35,14 @@ exit codes: 0 done, 1 the script failed, 2 wrong usage, 3 the file cannot be rea
 constexpr char k_shell_help[] = R"(usage: tessora shell
 
 A prompt for statements. A statement may span lines; Tab completes commands and $variables; the
-history is kept between sessions. End with `quit` or Ctrl-D.
+history is kept between sessions. `help` lists the commands, `help COMMAND` tells what one takes.
+Ctrl-C cancels the line, or the statement that runs. End with `quit` or Ctrl-D.
+
+examples:
+  loadPlugin tessora; file -open "bunny.obj"; select -all;
+  tessora -stretch 0.1 -padding 4;
+  polyEvaluate -uvShell;
+  file -force -exportAll "bunny_uv.obj";
 )";
 
 bool wants_help(const Words& words) {
@@ -43,6 +52,7 @@ bool wants_help(const Words& words) {
 void prepare() {
     set_search_paths();
     add_panel_commands();
+    watch_unwraps();
 }
 
 int finish(bool ok) {
@@ -71,10 +81,14 @@ bool is_unfinished(const std::string& text) {
     }
 }
 
-void run_and_print(const std::string& text) {
+/// Runs what was typed, prints its result and what became of unwraps. Returns whether it succeeded.
+bool run_and_print(const std::string& text) {
     const Session::Outcome outcome = Session::current().run(text, "shell");
     if (outcome.ok)
         print_result(outcome.value);
+    for (const std::string& line : finished_unwraps())
+        std::cout << "// " << line << std::endl;
+    return outcome.ok;
 }
 
 // --- line editing -------------------------------------------------------------------------------
@@ -96,17 +110,26 @@ std::string history_file() {
 
 int run_prompt() {
     Prompt prompt(known_names, history_file());
+    const InterruptNoted noted;
+    Session::current().interpreter().set_stop(was_interrupted);
     std::string text, line;
     while (prompt.read(text.empty() ? "tessora> " : "    ...> ", line)) {
+        if (take_interrupt()) {
+            std::puts("^C");
+            text.clear();
+            continue;
+        }
         text += line;
         if (is_unfinished(text)) {
             text += '\n';
             continue;
         }
         run_and_print(text);
+        take_interrupt();
         text.clear();
         prompt.save_history();
     }
+    Session::current().interpreter().set_stop(nullptr);
     std::puts("");
     return finish(true);
 }
@@ -118,14 +141,11 @@ int run_stream() {
         text += line + "\n";
         if (is_unfinished(text))
             continue;
-        const Session::Outcome outcome = Session::current().run(text, "shell");
-        ok = ok && outcome.ok;
-        if (outcome.ok)
-            print_result(outcome.value);
+        ok = run_and_print(text) && ok;
         text.clear();
     }
     if (!text.empty())
-        ok = Session::current().run(text, "shell").ok && ok;
+        ok = run_and_print(text) && ok;
     return finish(ok);
 }
 
@@ -157,6 +177,10 @@ int script_command(const Words& words) {
 }
 
 int text_command(const Words& words) {
+    if (wants_help(words) && words.size() == 1) {
+        std::fputs(k_script_help, stdout);
+        return exit_done;
+    }
     if (words.size() != 1) {
         say("-c takes one text; see 'tessora script --help'");
         return exit_usage;

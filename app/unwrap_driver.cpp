@@ -206,6 +206,34 @@ void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
         visit();
 }
 
+/// Whether an unwrap with these settings succeeds. Prints nothing.
+bool can_unwrap(const host::Mesh& mesh, const UnwrapSettingsRequest& settings) {
+    MessageListener messages(true);
+    ScriptTalk talk;
+    MeshScene scene;
+    scene.import(mesh);
+    if (!host::script::Session::current().run(command_text(settings), "unwrap", false).ok)
+        return false;
+    MStatus status;
+    return scene.pull(status) && status;
+}
+
+/// The smallest texture with room for the charts, among those of the asked shape doubled again and
+/// again: "; 512 x 512 texels have room". Every size is tried by an unwrap.
+std::string advice_on_size(const host::Mesh& mesh, UnwrapSettingsRequest settings) {
+    constexpr int k_largest = 8192;
+    while (2 * std::max(settings.width, settings.height) <= k_largest) {
+        settings.width *= 2;
+        settings.height *= 2;
+        if (can_unwrap(mesh, settings))
+            return "; " + std::to_string(settings.width) + " x " + std::to_string(settings.height) +
+                   " texels have room";
+        if (!atlas_had_no_room())
+            break;
+    }
+    return std::string();
+}
+
 bool make_mesh(const host::ObjDocument& document, ImportedMesh& imported, host::Mesh& mesh,
                UnwrapOutcome& outcome) {
     const MStatus made = import_mesh(document, imported, mesh);
@@ -263,6 +291,8 @@ UnwrapOutcome run_unwrap(const host::ObjDocument& document, const UnwrapSettings
     warn_of(document, imported, request, warn);
     StageTimes stages(progress);
     unwrap_mesh(outcome.mesh, document, imported, visit, outcome);
+    if (!outcome.good && atlas_had_no_room())
+        outcome.reason += advice_on_size(outcome.mesh, outcome.settings);
     stages.finish();
     stages.store(seconds);
     return outcome;

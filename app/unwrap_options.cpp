@@ -1,6 +1,7 @@
 #include "app/unwrap_options.h"
 
 #include "app/atomic_file.h"
+#include "app/file_formats.h"
 #include "app/glob.h"
 #include "app/layout_picture.h"
 #include "app/options.h"
@@ -264,20 +265,27 @@ bool settle_output(UnwrapRequest& r, std::string& error) {
     }
     if ((r.output == "-") + (r.report == "-") + (r.layout == "-") + (r.view == "-") > 1)
         error = "only one of output, report and picture can go to standard output";
-    else if (is_other_format(r.output))
-        error = r.output + ": only OBJ files can be written";
-    return error.empty() && check_files_differ(r, error);
+    else
+        error = output_refusal(r.output);
+    if (!error.empty() || !check_files_differ(r, error))
+        return false;
+    for (const std::string* picture : {&r.layout, &r.view})
+        if (error.empty())
+            error = picture_refusal(*picture);
+    return error.empty();
 }
 
 } // namespace
 
-bool is_other_format(const std::string& path) {
-    const std::string extension = lower_extension_of(path);
-    for (const char* other : {".fbx", ".gltf", ".glb", ".ply", ".stl", ".usd", ".usda", ".usdc",
-                              ".usdz", ".dae", ".abc", ".3ds", ".blend", ".ma", ".mb", ".off"})
-        if (extension == other)
-            return true;
-    return false;
+std::vector<std::string> warnings_about_settings(const std::vector<std::string>& words) {
+    UnwrapSettingsRequest settings;
+    OptionTable table;
+    add_setting_options(table, settings);
+    std::vector<std::string> operands, warnings;
+    std::string ignored; // the plug-in has read the same words and reports its own errors
+    table.parse(words, operands, ignored);
+    check_ranges(settings, warnings);
+    return warnings;
 }
 
 std::string backup_name(const std::string& input) { return input + ".bak"; }

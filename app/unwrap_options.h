@@ -80,8 +80,9 @@ bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& 
 /// The text of `tessora unwrap --help`.
 std::string unwrap_help();
 
-/// True if the file's extension names a mesh format other than OBJ.
-bool is_other_format(const std::string& path);
+/// Warnings about the settings among the words: values out of range, and settings without effect.
+/// Stops at a word that is no setting.
+std::vector<std::string> warnings_about_settings(const std::vector<std::string>& words);
 
 /// True if the file's extension is that of a mesh format that can be read.
 bool is_mesh_file(const std::string& path);

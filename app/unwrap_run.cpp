@@ -3,6 +3,7 @@
 #include "app/atomic_file.h"
 #include "app/command.h"
 #include "app/exit_code.h"
+#include "app/file_formats.h"
 #include "app/fingerprint.h"
 #include "app/interrupt.h"
 #include "app/layout_picture.h"
@@ -102,8 +103,8 @@ bool UnwrapRun::fail(int code, const std::string& reason) {
 
 bool UnwrapRun::read() {
     const Stopwatch watch;
-    if (is_other_format(request_.input))
-        return fail(exit_input, request_.input + ": only OBJ files can be read");
+    if (const std::string refusal = input_refusal(request_.input); !refusal.empty())
+        return fail(exit_input, refusal);
     progress_.begin_stage("reading");
     host::IoError error;
     std::string text;

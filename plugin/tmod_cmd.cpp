@@ -119,6 +119,8 @@ MStatus tmod_cmd::unwrap_selected(const MArgList& arguments) {
 
 MStatus tmod_cmd::redoIt() {
     const MStatus status = guarded([&] { return redoModifyPoly(); });
+    if (status)
+        guarded([&] { return show_seams_again(); });
     const MStatus reported = guarded([&] {
         clearResult();
         appendToResult(static_cast<bool>(status));
@@ -136,7 +138,17 @@ MStatus tmod_cmd::undoIt() {
     return status ? reported : status;
 }
 
+/// On the history path: the node comes back with its results, but without its overlay.
+MStatus tmod_cmd::show_seams_again() {
+    if (modifier_node_.isNull())
+        return MS::kSuccess;
+    MFnDependencyNode node_fn(modifier_node_);
+    auto* node = static_cast<tmod_node*>(node_fn.userNode());
+    return node != nullptr ? node->show_seams_again() : MStatus(MS::kSuccess);
+}
+
 MStatus tmod_cmd::initModifierNode(MObject modifierNode) {
+    modifier_node_ = modifierNode;
     MFnDependencyNode node_fn(modifierNode);
     MString mesh_path;
     for (int i = 0; i < k_attribute_count; ++i) {

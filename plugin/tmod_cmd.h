@@ -31,7 +31,9 @@ private:
     MStatus unwrap_selected(const MArgList& arguments);
     void reset_settings();
     bool parse_flags(const MArgList& arguments);
+    MStatus show_seams_again();
 
     tmod_fty fty_;
     UnwrapSettings settings_;
+    MObject modifier_node_; ///< null on the direct path
 };

@@ -194,6 +194,14 @@ MStatus tmod_node::publish(const MPlug& plug, const UnwrapSettings& settings) co
     return MGlobal::executeCommand(command.c_str(), true, false);
 }
 
+MStatus tmod_node::show_seams_again() {
+    const bool has_seams = visualization_data_.existing_seams.length() > 0 ||
+                           visualization_data_.new_seams.length() > 0;
+    if (!visualization_active_ || !has_seams)
+        return MS::kSuccess;
+    return attach_viewport_callbacks(visualization_data_);
+}
+
 MStatus tmod_node::show_seams(MDataBlock& block) {
     MStatus status;
     MDataHandle path = read_input(block, k_mesh_path, status);

@@ -39,6 +39,10 @@ public:
     /// The host calls this before it deletes the node; detaches the node's overlay.
     static void pre_removal(MObject& node, void* client_data);
 
+    /// Draws the seams of the last unwrap again, after the node's removal detached the overlay and
+    /// redo brought the node back. The next evaluation need not compute.
+    MStatus show_seams_again();
+
     static MTypeId id;
     static MObject in_mesh;
     static MObject out_mesh;

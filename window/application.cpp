@@ -4,6 +4,7 @@
 #include "app/command.h"
 #include "app/line_buffer.h"
 #include "app/session_setup.h"
+#include "app/unwrap_remarks.h"
 #include "host/commands/session.h"
 #include "host/graph/plugins.h"
 #include "host/view/pixels.h"
@@ -43,7 +44,7 @@ Display display_named(const std::string& name) {
 
 } // namespace
 
-Application::Application(const LaunchOptions& options, std::string& error)
+Application::Application(const app::ViewRequest& options, std::string& error)
     : options_(options),
       state_([this](const std::string& text) { run_statements(text); }, options.places) {
     state_.display = display_named(options.display);
@@ -69,6 +70,7 @@ Application::Application(const LaunchOptions& options, std::string& error)
     host::graph::Plugins::current().mode = host::graph::AppMode::interactive;
     if (app::load_plugin(error))
         state_.settings = read_settings();
+    app::watch_unwraps();
     shares_ = remembered_shares();
     if (const double chosen = preference(k_scale_preference, 0.0); chosen > 0.0)
         set_scale(chosen);

@@ -4,6 +4,7 @@
 /// controls disabled.
 #pragma once
 
+#include "app/view_options.h"
 #include "host/ui/notices.h"
 #include "host/ui/progress_window.h"
 #include "window/dialogs.h"
@@ -25,20 +26,10 @@ struct GLFWwindow;
 
 namespace window {
 
-struct LaunchOptions {
-    std::string file;                    ///< mesh, scene or script to open; empty if none
-    int width = 1440, height = 900;      ///< window size in pixels
-    std::vector<std::string> statements; ///< script statements to run once the file is open
-    std::string screenshot;              ///< PNG to write before closing; empty: stay open
-    std::string display;                 ///< lower-case name from k_display_names, or empty
-    std::string places;                  ///< widget positions are written here (window/places.h)
-    bool is_verbose = false;             ///< print how long startup took
-};
-
 class Application : private host::ProgressListener, private host::NoticeListener {
 public:
     /// Errors: sets `error` to a sentence if there is no screen, no OpenGL or no plug-in.
-    explicit Application(const LaunchOptions& options, std::string& error);
+    explicit Application(const app::ViewRequest& options, std::string& error);
     virtual ~Application();
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
@@ -103,7 +94,7 @@ private:
     bool is_cancelled() override { return false; }
     bool show(const char* caption, const char* text) override;
 
-    LaunchOptions options_;
+    app::ViewRequest options_;
     Clock::time_point begin_ = Clock::now();
     GLFWwindow* window_ = nullptr;
     std::unique_ptr<std::streambuf> error_lines_; ///< forwards std::cerr to the console

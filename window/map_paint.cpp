@@ -202,6 +202,37 @@ void MapPaint::paint_lit(const State& state) const {
     glDisable(GL_BLEND);
 }
 
+/// Draws the selected polygons.
+void MapPaint::paint_marked(const State& state) const {
+    if (state.marked.empty())
+        return;
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    set_colour(colour::error, 0.75f);
+    glBegin(GL_TRIANGLES);
+    for (const uint32_t t : state.marked)
+        if (state.map.triangle_chart()[t] != k_none)
+            for (uint32_t k = 0; k < 3; ++k)
+                glVertex2fv(state.map.uvs().data() + 6 * t + 2 * k);
+    glEnd();
+    glDisable(GL_BLEND);
+}
+
+/// Draws the seams of UVs that no unwrap made, in the colour that unwraps give seams they keep.
+/// Expects the camera's matrices and the mesh's.
+void MapPaint::paint_seams(const State& state) const {
+    if (state.subject.node || state.map.seams().empty())
+        return;
+    glDisable(GL_BLEND);
+    glDepthFunc(GL_LEQUAL);
+    glColor3f(0.0f, 1.0f, 0.0f);
+    glLineWidth(3.0f);
+    glVertexPointer(3, GL_FLOAT, 0, state.map.seams().data());
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(state.map.seams().size() / 3));
+    glDisableClientState(GL_VERTEX_ARRAY);
+}
+
 void MapPaint::paint_texture(const State& state, const UvView& view, bool has_grid) {
     const SavedGlState saved;
     update_arrays(state);
@@ -228,6 +259,7 @@ void MapPaint::paint_texture(const State& state, const UvView& view, bool has_gr
         paint_grid(state, view);
     paint_outline(state);
     paint_lit(state);
+    paint_marked(state);
     glLineWidth(1.0f);
     glColor4f(0.42f, 0.45f, 0.50f, 1.0f);
     glBegin(GL_LINE_LOOP);
@@ -239,13 +271,20 @@ void MapPaint::paint_texture(const State& state, const UvView& view, bool has_gr
 }
 
 void MapPaint::paint_mesh(const State& state, const MMatrix& to_world) {
-    if (state.display == Display::plain || state.map.charts().empty())
+    if (state.map.charts().empty())
         return;
     const SavedGlState saved;
     update_arrays(state);
     glMultMatrixd(&to_world.matrix[0][0]);
     glDisable(GL_LIGHTING);
     glDepthMask(GL_FALSE);
+    if (state.display != Display::plain)
+        paint_tint(state);
+    paint_seams(state);
+}
+
+/// Multiplies the colours of the mesh's faces.
+void MapPaint::paint_tint(const State& state) {
     glEnable(GL_BLEND);
     glBlendFunc(GL_DST_COLOR, GL_ZERO);
     // Depth between the mesh's faces and the wireframe lines drawn on them.
@@ -254,6 +293,7 @@ void MapPaint::paint_mesh(const State& state, const MMatrix& to_world) {
     // The host highlights this chart; multiplying by white keeps its highlight colour.
     set_white_chart(state, state.lit());
     paint_triangles(state, state.map.points().data(), 3);
+    glDisable(GL_POLYGON_OFFSET_FILL);
 }
 
 } // namespace window

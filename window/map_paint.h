@@ -27,10 +27,13 @@ private:
     void update_arrays(const State& state);
     void set_white_chart(const State& state, uint32_t chart);
     void paint_triangles(const State& state, const float* places, int dimensions);
+    void paint_tint(const State& state);
     void paint_gutter(const State& state, const UvView& view) const;
     void paint_grid(const State& state, const UvView& view) const;
     void paint_outline(const State& state) const;
     void paint_lit(const State& state) const;
+    void paint_marked(const State& state) const;
+    void paint_seams(const State& state) const;
 
     size_t revision_ = 0;
     Display display_ = Display::plain;

@@ -211,9 +211,9 @@ bool pressed(int key) { return ImGui::IsKeyPressed(key, false); }
 
 Action control_action(State& state, bool with_shift) {
     if (ImGui::IsKeyPressed(GLFW_KEY_Z, true))
-        state.run(with_shift ? "redo;" : "undo;");
+        with_shift ? state.redo() : state.undo();
     if (ImGui::IsKeyPressed(GLFW_KEY_Y, true))
-        state.run("redo;");
+        state.redo();
     if (pressed(GLFW_KEY_A) && !ImGui::GetIO().WantTextInput)
         state.run("select -all;");
     if (pressed(GLFW_KEY_U))

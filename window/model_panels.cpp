@@ -211,8 +211,11 @@ void ModelPanels::react(float left, float top) {
         host::set_active_panel(under);
     }
     const bool is_click = ImGui::IsItemDeactivated() && dragged_ >= 0 && drag_length_ < 4.0f;
-    if (is_click && ImGui::IsMouseReleased(ImGuiMouseButton_Left))
+    if (is_click && ImGui::IsMouseReleased(ImGuiMouseButton_Left)) {
+        hover(dragged_, x, y);
+        state_.chosen = state_.hovered; // stays lit when the pointer leaves
         select(dragged_, x, y, io.KeyShift || io.KeyCtrl);
+    }
     if (ImGui::IsItemActive()) {
         drag_length_ += std::fabs(io.MouseDelta.x) + std::fabs(io.MouseDelta.y);
         if (dragged_ >= 0 && (io.MouseDelta.x != 0.0f || io.MouseDelta.y != 0.0f))

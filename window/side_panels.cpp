@@ -97,8 +97,6 @@ void draw_remarks(State& state) {
     if (map.unmapped() > 0)
         ImGui::TextColored(colour::warning, "%s triangles have no UVs",
                            counted(map.unmapped()).c_str());
-    else if (map.coverage() > 1.0)
-        ImGui::TextColored(colour::warning, "Charts overlap");
     const uint32_t lit = state.lit();
     if (lit == k_none)
         return;
@@ -107,6 +105,36 @@ void draw_remarks(State& state) {
                        lit + 1, counted(chart.triangles).c_str(), chart.stretch,
                        100.0 * chart.area);
     state.places.add_item("result/Chart");
+}
+
+/// Draws what `tessora verify` would say, a line for each broken guarantee; a click selects its
+/// polygons.
+void draw_breaches(State& state) {
+    if (state.map.charts().empty())
+        return;
+    if (!state.has_checked() && !state.checks_by_itself()) {
+        if (ImGui::Button("Check the UVs"))
+            state.breaches();
+        state.places.add_item("result/Check");
+        return;
+    }
+    const std::vector<measure::Breach>& breaches = state.breaches();
+    if (breaches.empty()) {
+        ImGui::TextColored(colour::good, "All guarantees hold");
+        state.places.add_item("verdict/ok");
+    }
+    for (const measure::Breach& breach : breaches) {
+        ImGui::PushStyleColor(ImGuiCol_Text, colour::warning);
+        const std::string line = breach.sentence + "###" + breach.name;
+        if (ImGui::Selectable(line.c_str()) && !breach.polygons.empty())
+            state.run(statement_selecting(state.subject.shape_name(), breach.polygons));
+        ImGui::PopStyleColor();
+        state.places.add_item(std::string("verdict/") + breach.name);
+        if (ImGui::IsItemHovered() && !breach.polygons.empty())
+            ImGui::SetTooltip("%s\nClick: select %zu %s", breach.sentence.c_str(),
+                              breach.polygons.size(),
+                              breach.polygons.size() == 1 ? "polygon" : "polygons");
+    }
 }
 
 /// Shows the tooltip of a row.
@@ -149,6 +177,7 @@ void draw_results(State& state) {
         ImGui::EndTable();
     }
     draw_remarks(state);
+    draw_breaches(state);
 }
 
 /// Draws the value as a field and returns it as setAttr takes it.

@@ -79,14 +79,57 @@ void State::refresh() {
         picker.reset();
         map = subject.shape ? UvMap(subject.mesh, subject.uv_set, subject.texture) : UvMap();
         hovered = chosen = k_none;
+        breaches_.reset();
         ++map_revision;
     }
+    take_marked();
     take_rows();
     const host::graph::UndoQueue& queue = host::graph::UndoQueue::current();
     undo_name = queue.undo_name();
     redo_name = queue.redo_name();
     is_modified = host::graph::Scene::current().is_modified;
     ++scene_revision;
+}
+
+void State::take_marked() {
+    marked.clear();
+    std::vector<bool> is_marked;
+    for (const host::graph::SelectionItem& item : host::graph::Scene::current().selection()) {
+        if (!item.component || item.component->kind() != host::graph::ComponentKind::face ||
+            item.node.get() != subject.shape.get())
+            continue;
+        is_marked.resize(subject.mesh.connectivity().polygon_count());
+        for (const int face : item.component->ids())
+            is_marked[static_cast<size_t>(face)] = true;
+    }
+    for (uint32_t t = 0; !is_marked.empty() && t < map.triangle_count(); ++t)
+        if (is_marked[map.triangle_polygon()[t]])
+            marked.push_back(t);
+}
+
+const std::vector<measure::Breach>& State::breaches() {
+    if (!breaches_)
+        breaches_ = find_breaches(subject);
+    return *breaches_;
+}
+
+void State::say(const std::string& words) {
+    status = words;
+    status_revision = console.revision();
+}
+
+void State::undo() {
+    if (undo_name.empty())
+        say("There is nothing to undo");
+    else
+        run("undo;");
+}
+
+void State::redo() {
+    if (redo_name.empty())
+        say("There is nothing to redo");
+    else
+        run("redo;");
 }
 
 void State::take_rows() {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "window/console.h"
+#include "window/findings.h"
 #include "window/glyphs.h"
 #include "window/jobs.h"
 #include "window/mesh_picker.h"
@@ -75,14 +76,25 @@ struct State {
     std::string wanted_file;    ///< picked from the recent files; empty if none
 
     Display display = Display::charts;
-    uint32_t hovered = k_none; ///< the chart under the pointer, in any panel
-    uint32_t chosen = k_none;  ///< the chart selected by keyboard
+    std::vector<uint32_t> marked; ///< triangles of the selected polygons
+    uint32_t hovered = k_none;    ///< the chart under the pointer, in any panel
+    uint32_t chosen = k_none;     ///< the chart selected by keyboard
     /// The chart to highlight; k_none if none.
     uint32_t lit() const { return hovered != k_none ? hovered : chosen; }
 
     /// Updates the snapshot from the scene, without evaluating nodes.
     void refresh();
     MeshPicker& mesh_picker();
+    /// The guarantees that the UVs break; computed once for every map.
+    const std::vector<measure::Breach>& breaches();
+    /// Whether computing them is quick enough to be done without being asked.
+    bool checks_by_itself() const { return map.triangle_count() <= 100000; }
+    bool has_checked() const { return breaches_.has_value(); }
+    /// Shows words in the status line.
+    void say(const std::string& words);
+    /// Says so if there is nothing to undo or redo.
+    void undo();
+    void redo();
     /// The statement that makes the unwrap node compute again; there must be one.
     std::string unwrap_again() const {
         return "setAttr \"" + rows_node + "." + k_skip_attribute + "\" 0;";
@@ -100,10 +112,12 @@ private:
         int uv_set = -1;
         std::vector<ShownAttribute> rows;
     };
+    void take_marked();
     void take_rows();
     void explain_rows();
     void compare_rows();
     std::map<std::string, UsedSettings> used_settings_; ///< by node
+    std::optional<std::vector<measure::Breach>> breaches_;
 };
 
 /// Colours as 0xAABBGGRR, the same as in layout pictures.

@@ -5,12 +5,15 @@
 #include "measure/stretch.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace window {
 namespace {
 
 constexpr int k_max_cells = 512; // per side of the picking grid
+
+} // namespace
 
 measure::Layout layout_of(const host::Mesh& mesh, int set) {
     const host::Connectivity& polygons = mesh.connectivity();
@@ -40,12 +43,11 @@ measure::Layout layout_of(const host::Mesh& mesh, int set) {
     return layout;
 }
 
-} // namespace
-
 UvMap::UvMap(const host::Mesh& mesh, int set, const measure::Texture& texture) {
     const measure::Layout layout = layout_of(mesh, set);
     fill_triangles(layout);
     fill_charts(layout, texture);
+
     fill_box();
     fill_grid();
 }
@@ -79,6 +81,7 @@ void UvMap::fill_charts(const measure::Layout& layout, const measure::Texture& t
     }
     fill_stretch(maps, sums.back());
     fill_outline(table);
+    fill_seams(layout, table);
 }
 
 void UvMap::fill_stretch(const std::vector<measure::TriangleMap>& maps,
@@ -113,6 +116,31 @@ void UvMap::fill_outline(const measure::ChartTable& table) {
         for (const uint32_t end : {k, (k + 1) % 3})
             outline_.insert(outline_.end(), {uvs_[6 * t + 2 * end], uvs_[6 * t + 2 * end + 1]});
         outline_chart_.push_back(triangle_chart_[t]);
+    }
+}
+
+/// An outline edge is a seam if another triangle has the edge too; otherwise it is a border of the
+/// mesh.
+void UvMap::fill_seams(const measure::Layout& layout, const measure::ChartTable& table) {
+    std::vector<std::array<uint32_t, 3>> edges; // lower vertex, higher vertex, half-edge
+    edges.reserve(table.outline.size());
+    for (const uint32_t half_edge : table.outline) {
+        const uint32_t t = half_edge / 3, k = half_edge % 3;
+        const uint32_t a = layout.corner_vertex[layout.triangle_corners[3 * t + k]];
+        const uint32_t b = layout.corner_vertex[layout.triangle_corners[3 * t + (k + 1) % 3]];
+        edges.push_back({std::min(a, b), std::max(a, b), half_edge});
+    }
+    std::sort(edges.begin(), edges.end());
+    for (size_t i = 0; i + 1 < edges.size(); ++i) {
+        const bool is_pair = edges[i][0] == edges[i + 1][0] && edges[i][1] == edges[i + 1][1];
+        const bool is_first =
+            i == 0 || edges[i][0] != edges[i - 1][0] || edges[i][1] != edges[i - 1][1];
+        if (!is_pair || !is_first)
+            continue;
+        const uint32_t t = edges[i][2] / 3, k = edges[i][2] % 3;
+        for (const uint32_t end : {k, (k + 1) % 3})
+            seams_.insert(seams_.end(), points_.begin() + 9 * t + 3 * end,
+                          points_.begin() + 9 * t + 3 * end + 3);
     }
 }
 

@@ -22,6 +22,9 @@ struct UvBox {
     double high[2] = {1.0, 1.0};
 };
 
+/// The measures' view of a mesh; corners without UVs if `set` is -1.
+measure::Layout layout_of(const host::Mesh& mesh, int set);
+
 struct UvChart {
     uint32_t triangles = 0;
     double stretch = 0.0; ///< fraction of the sampling rate lost, 1 - 1/L2, 0..1
@@ -48,6 +51,9 @@ public:
     /// Chart outlines. Shape: u0 v0 u1 v1 per edge; one chart per edge.
     const std::vector<float>& outline() const { return outline_; }
     const std::vector<uint32_t>& outline_chart() const { return outline_chart_; }
+    /// Edges between two polygons along which the UVs are cut. Shape: 6 floats per edge, object
+    /// space.
+    const std::vector<float>& seams() const { return seams_; }
     const std::vector<UvChart>& charts() const { return charts_; }
 
     double coverage() const { return coverage_; }           ///< of the unit square, 0..1
@@ -67,6 +73,7 @@ private:
     void fill_stretch(const std::vector<measure::TriangleMap>& maps,
                       const measure::StretchSum& whole);
     void fill_outline(const measure::ChartTable& table);
+    void fill_seams(const measure::Layout& layout, const measure::ChartTable& table);
     void fill_box();
     void fill_grid();
     template <class Put>
@@ -75,7 +82,7 @@ private:
     int cell(double value, int axis) const;
 
     std::vector<uint32_t> triangle_chart_, triangle_polygon_;
-    std::vector<float> points_, uvs_, triangle_stretch_, outline_;
+    std::vector<float> points_, uvs_, triangle_stretch_, outline_, seams_;
     std::vector<uint32_t> outline_chart_;
     std::vector<UvChart> charts_;
     double coverage_ = 0.0, worst_stretch_ = 0.0, l2_stretch_ = 1.0;

@@ -94,6 +94,15 @@ void UvPanel::react(State& state, float left, float top) {
         is_whole_ = false;
         wants_paint_ = true;
     }
+    if (ImGui::IsItemActivated())
+        dragged_ = 0.0f;
+    if (ImGui::IsItemActive())
+        dragged_ += std::abs(io.MouseDelta.x) + std::abs(io.MouseDelta.y);
+    if (ImGui::IsItemDeactivated() && ImGui::IsMouseReleased(0) && dragged_ < 4.0f) {
+        double u, v;
+        view_.to_uv(x, y, u, v);
+        state.chosen = state.map.chart_at(u, v);
+    }
     if (was_over_ && !is_over)
         state.hovered = k_none;
     was_over_ = is_over;
@@ -112,8 +121,9 @@ void UvPanel::react(State& state, float left, float top) {
 
 void UvPanel::paint_if_needed(const State& state) {
     if (!wants_paint_ && revision_ == state.map_revision && lit_ == state.lit() &&
-        display_ == state.display)
+        display_ == state.display && scene_revision_ == state.scene_revision)
         return;
+    scene_revision_ = state.scene_revision;
     target_.bind();
     paint_.paint_texture(state, view_, has_grid_);
     target_.unbind();

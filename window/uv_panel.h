@@ -36,7 +36,9 @@ private:
     bool is_whole_ = true; ///< all is shown, and still is to be when the panel changes its size
     bool has_focus_ = false;
     bool was_over_ = false; ///< the pointer was over the panel in the last frame
+    float dragged_ = 0.0f;  ///< pixels since the button went down
     bool wants_paint_ = true;
+    size_t scene_revision_ = 0;
     size_t revision_ = 0;
     uint32_t lit_ = k_none;
     Display display_ = Display::plain;

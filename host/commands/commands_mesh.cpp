@@ -173,8 +173,42 @@ int32_t triangle_count(const Mesh& mesh) {
     return int32_t(connectivity.corner_count()) - 2 * int32_t(connectivity.polygon_count());
 }
 
+/// Number of UV shells: sets of faces connected by UVs that they share.
+int32_t shell_count(const Mesh& mesh, int uv_set) {
+    if (uv_set < 0)
+        return 0;
+    const UvSet& set = mesh.uv_set(uint32_t(uv_set));
+    std::vector<int32_t> leader(set.u.size(), -1); ///< -1: no face has the UV
+    const auto find = [&](int32_t uv) {
+        while (leader[size_t(uv)] != uv)
+            uv = leader[size_t(uv)] = leader[size_t(leader[size_t(uv)])];
+        return uv;
+    };
+    int32_t shells = 0;
+    for (uint32_t face = 0; face < mesh.connectivity().polygon_count(); ++face) {
+        const uint32_t first = mesh.connectivity().first_corner(face);
+        int32_t own = -1;
+        for (uint32_t i = 0; i < mesh.connectivity().corners_of(face); ++i) {
+            const int32_t uv = set.corner_uvs[first + i];
+            if (uv < 0)
+                continue;
+            if (leader[size_t(uv)] < 0) {
+                leader[size_t(uv)] = uv;
+                ++shells;
+            }
+            if (own < 0)
+                own = uv;
+            if (find(own) == find(uv))
+                continue;
+            leader[size_t(find(uv))] = find(own);
+            --shells;
+        }
+    }
+    return shells;
+}
+
 struct MeshCounts {
-    int32_t vertices = 0, edges = 0, faces = 0, triangles = 0, uvs = 0;
+    int32_t vertices = 0, edges = 0, faces = 0, triangles = 0, uvs = 0, shells = 0;
 
     void add(const Mesh& mesh, int uv_set) {
         vertices += int32_t(mesh.connectivity().vertex_count());
@@ -183,6 +217,7 @@ struct MeshCounts {
         triangles += triangle_count(mesh);
         if (uv_set >= 0)
             uvs += int32_t(mesh.uv_set(uint32_t(uv_set)).u.size());
+        shells += shell_count(mesh, uv_set);
     }
     /// The count that a flag of polyEvaluate asks for.
     int32_t of_flag(const std::string& flag) const {
@@ -190,14 +225,15 @@ struct MeshCounts {
                : flag == "edge"     ? edges
                : flag == "face"     ? faces
                : flag == "triangle" ? triangles
+               : flag == "uvShell"  ? shells
                                     : uvs;
     }
 };
 
 Value evaluate_mesh(Invocation& call) {
-    static const FlagTable table = {{"v", "vertex"},   {"e", "edge"},
-                                    {"f", "face"},     {"t", "triangle"},
-                                    {"uv", "uvcoord"}, {"uvs", "uvSetName", "s"}};
+    static const FlagTable table = {{"v", "vertex"},          {"e", "edge"},     {"f", "face"},
+                                    {"t", "triangle"},        {"uv", "uvcoord"}, {"us", "uvShell"},
+                                    {"uvs", "uvSetName", "s"}};
     const Flags flags(call, table);
     MeshCounts counts;
     const graph::Selection items = items_named(flags.names());

@@ -2,14 +2,18 @@
 
 #include "host/base/restore.h"
 #include "host/commands/commands.h"
+#include "host/commands/help.h"
 #include "host/graph/command_registry.h"
 #include "host/graph/plugins.h"
 #include "host/graph/undo.h"
 #include "host/script/functions.h"
 #include "host/ui/panels.h"
 
+#include <maya/MSyntax.h>
+
 #include <cstdlib>
 #include <iostream>
+#include <utility>
 
 namespace host::script {
 
@@ -36,16 +40,7 @@ void Session::Forward::error(const std::string& text) {
 
 namespace {
 
-/// Runs a plug-in's command, which takes its arguments as text.
-Value run_plugin_command(Invocation& call) {
-    StringArray arguments;
-    for (const Value& value : call.expanded())
-        arguments.push_back(value.to_string());
-    graph::CommandResult result;
-    const MStatus status = graph::Commands::current().run(call.name, arguments, result);
-    if (!status)
-        throw ScriptFault("The command \"" + call.name +
-                          "\" failed: " + status.errorString().asChar() + ".");
+Value value_of(const graph::CommandResult& result) {
     using Kind = graph::CommandResult::Kind;
     switch (result.kind) {
     case Kind::integer:
@@ -64,6 +59,34 @@ Value run_plugin_command(Invocation& call) {
         break;
     }
     return Value();
+}
+
+const char* word_of(MSyntax::MArgType type) {
+    switch (type) {
+    case MSyntax::kBoolean:
+        return "boolean";
+    case MSyntax::kLong:
+    case MSyntax::kUnsigned:
+        return "int";
+    case MSyntax::kDouble:
+    case MSyntax::kDistance:
+    case MSyntax::kAngle:
+    case MSyntax::kTime:
+        return "float";
+    default:
+        return "string";
+    }
+}
+
+CommandSyntax described(const MSyntax& syntax) {
+    CommandSyntax described;
+    for (const MSyntax::Flag& flag : syntax.host_flags()) {
+        std::string values;
+        for (const MSyntax::MArgType type : flag.arguments)
+            values += std::string(values.empty() ? "" : " ") + word_of(type);
+        described.flags.push_back({flag.short_name.asChar(), flag.long_name.asChar(), values, "c"});
+    }
+    return described;
 }
 
 graph::CommandResult result_of(const Value& value) {
@@ -123,9 +146,10 @@ Session::Session()
     add_plugin_commands(interpreter_);
     add_transform_commands(interpreter_);
     add_file_commands(interpreter_);
+    add_help_command(interpreter_);
     add_session_commands();
     for (const std::string& name : graph::Commands::current().names())
-        interpreter_.add_command(name, run_plugin_command);
+        command_added(name);
     graph::set_script_host(this);
     interpreter_.set_wrapper([this](const std::string& name, const std::function<void()>& run) {
         // undo and redo must not make undo entries themselves.
@@ -134,6 +158,33 @@ Session::Session()
         const graph::UndoFrame frame(name, undoable_);
         run();
     });
+}
+
+void Session::show_held_error() {
+    if (!held_error_.empty())
+        output_.error(std::exchange(held_error_, std::string()));
+}
+
+/// Runs a plug-in's command, which takes its arguments as text.
+Value Session::run_plugin_command(Invocation& call) {
+    if (call.describes)
+        throw described(graph::Commands::current().syntax_of(call.name));
+    StringArray arguments;
+    for (const Value& value : call.expanded())
+        arguments.push_back(value.to_string());
+    graph::CommandResult result;
+    ++plugin_commands_;
+    const MStatus status = graph::Commands::current().run(call.name, arguments, result);
+    --plugin_commands_;
+    if (!status && !held_error_.empty())
+        throw ScriptFault(call.name + ": " + std::exchange(held_error_, std::string()));
+    if (!status)
+        throw ScriptFault("The command \"" + call.name +
+                          "\" failed: " + status.errorString().asChar() + ".");
+    show_held_error();
+    if (on_plugin_command)
+        on_plugin_command(call.name, arguments);
+    return value_of(result);
 }
 
 void Session::add_session_commands() {
@@ -191,7 +242,10 @@ MStatus Session::source(const std::string& file) {
 }
 
 void Session::show(graph::Severity severity, const std::string& text) {
-    if (severity == graph::Severity::error)
+    show_held_error();
+    if (severity == graph::Severity::error && plugin_commands_ > 0)
+        held_error_ = text;
+    else if (severity == graph::Severity::error)
         output_.error(text);
     else if (severity == graph::Severity::warning)
         output_.warning(text);
@@ -200,7 +254,8 @@ void Session::show(graph::Severity severity, const std::string& text) {
 }
 
 void Session::command_added(const std::string& name) {
-    interpreter_.add_command(name, run_plugin_command);
+    interpreter_.add_command(
+        name, [this](Invocation& call) { return run_plugin_command(call); }, true);
 }
 
 void Session::command_removed(const std::string& name) { interpreter_.remove_command(name); }

@@ -26,6 +26,8 @@ public:
     void set_output(Output* output) { output_.target = output; }
     /// Called by `quit` with the exit code; if empty, `quit` ends the process.
     std::function<void(int)> on_quit;
+    /// Called after a plug-in's command succeeded, with its arguments as typed.
+    std::function<void(const std::string& name, const StringArray& arguments)> on_plugin_command;
 
     /// Runs a text and reports its error, if any, to the output. If not `undoable`, it makes no
     /// undo entries.
@@ -39,6 +41,9 @@ public:
 private:
     Session();
     void add_session_commands();
+
+    Value run_plugin_command(Invocation& call);
+    void show_held_error();
 
     // graph::ScriptHost: scripts and messages from plug-ins.
     MStatus execute(const std::string& text, bool display, bool undoable,
@@ -59,6 +64,10 @@ private:
     std::shared_ptr<UiState> ui_;
     std::shared_ptr<OptionVariables> options_;
     bool undoable_ = true;
+    /// The last error that a running plug-in's command showed. Held back, because it becomes the
+    /// error of the statement if the command fails.
+    std::string held_error_;
+    int plugin_commands_ = 0; ///< running, one inside the other
 };
 
 } // namespace host::script

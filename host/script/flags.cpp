@@ -30,6 +30,11 @@ const char* kind_name(char kind) {
     }
 }
 
+std::string kind_word(char kind) {
+    const std::string name = kind_name(kind);
+    return name.substr(name.find(' ') + 1);
+}
+
 Value flag_value(char kind, const Value& value) {
     switch (kind) {
     case 'b':
@@ -43,6 +48,17 @@ Value flag_value(char kind, const Value& value) {
         return value.to_string();
     }
     throw ScriptFault("not a number");
+}
+
+CommandSyntax described(const FlagTable& table) {
+    CommandSyntax syntax;
+    for (const Flag& flag : table) {
+        std::string values;
+        for (const char* kind = flag.values; *kind; ++kind)
+            values += (values.empty() ? "" : " ") + kind_word(*kind);
+        syntax.flags.push_back({flag.short_name, flag.long_name, values, flag.modes});
+    }
+    return syntax;
 }
 
 } // namespace
@@ -102,6 +118,8 @@ void Flags::check_mode(const Flag& flag) const {
 }
 
 Flags::Flags(const Invocation& call, const FlagTable& table) : command_(call.name) {
+    if (call.describes)
+        throw described(table);
     const std::vector<Value> arguments = call.expanded();
     find_mode(arguments, table);
     for (size_t i = 0; i < arguments.size(); ++i) {

@@ -98,10 +98,12 @@ Value sort(Invocation& call) {
 
 void require_arguments(const Invocation& call, size_t min, size_t max) {
     const size_t given = call.arguments.size();
-    if (given >= min && given <= max)
-        return;
     const std::string wanted =
         min == max ? std::to_string(min) : std::to_string(min) + " to " + std::to_string(max);
+    if (call.describes)
+        throw CommandSyntax{{}, wanted};
+    if (given >= min && given <= max)
+        return;
     throw ScriptFault("Wrong number of arguments on call to " + call.name + ": " + wanted +
                       " expected, " + std::to_string(given) + " given.");
 }

@@ -110,11 +110,16 @@ void Interpreter::source(const std::string& name) {
     run(text, path);
 }
 
-void Interpreter::add_command(const std::string& name, Command command) {
+void Interpreter::add_command(const std::string& name, Command command, bool is_from_plugin) {
     commands_[name] = std::move(command);
+    if (is_from_plugin)
+        from_plugins_.insert(name);
 }
 
-bool Interpreter::remove_command(const std::string& name) { return commands_.erase(name) != 0; }
+bool Interpreter::remove_command(const std::string& name) {
+    from_plugins_.erase(name);
+    return commands_.erase(name) != 0;
+}
 
 std::vector<std::string> Interpreter::command_names() const {
     std::vector<std::string> names;
@@ -176,6 +181,8 @@ Interpreter::Flow Interpreter::execute(const SyntaxNode& node) {
 Interpreter::Flow Interpreter::execute_kind(const SyntaxNode& node) {
     if (stack_is_low())
         throw ScriptFault("Nested too deeply.");
+    if (stop_ && stop_())
+        throw ScriptFault("Interrupted.");
     switch (node.kind) {
     case SyntaxKind::block:
         return execute_block(node);
@@ -392,7 +399,7 @@ Value Interpreter::call(const std::string& name, std::vector<Value> arguments) {
         return call_procedure(known, std::move(arguments));
     const auto command = commands_.find(name);
     if (command != commands_.end()) {
-        Invocation invocation{*this, name, std::move(arguments)};
+        Invocation invocation{*this, name, std::move(arguments), false};
         const Command run = command->second; // copied, because the command may remove itself
         return run(invocation);
     }
@@ -404,6 +411,19 @@ Value Interpreter::call(const std::string& name, std::vector<Value> arguments) {
             return call_procedure(found, std::move(arguments));
     }
     throw ScriptFault("Cannot find procedure \"" + name + "\".");
+}
+
+CommandSyntax Interpreter::describe(const std::string& name) {
+    const auto command = commands_.find(name);
+    if (command == commands_.end())
+        throw ScriptFault("There is no command \"" + name + "\".");
+    Invocation question{*this, name, {}, true};
+    try {
+        command->second(question);
+    } catch (CommandSyntax& syntax) {
+        return std::move(syntax);
+    }
+    return CommandSyntax();
 }
 
 Value Interpreter::call_procedure(const Procedure& procedure, std::vector<Value> arguments) {

@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -32,9 +33,26 @@ struct MHOST_EXPORT Invocation {
     Interpreter& interpreter;
     std::string name;
     std::vector<Value> arguments; ///< arrays unexpanded; flags as strings with their dash
+    /// The command is only asked what it takes: where it would read its arguments, it throws a
+    /// CommandSyntax.
+    bool describes = false;
     /// The arguments with each array replaced by its elements, as commands (not functions) take
     /// them.
     std::vector<Value> expanded() const;
+};
+
+/// A flag of a command, for its description.
+struct DescribedFlag {
+    std::string short_name, long_name; ///< without the dash
+    std::string values;                ///< words such as "int float"; empty if it takes no value
+    std::string modes;                 ///< letters: c create, q query, e edit
+};
+
+/// What a command takes. Thrown by commands that are asked to describe themselves; no exception
+/// handler of the language catches it.
+struct CommandSyntax {
+    std::vector<DescribedFlag> flags;
+    std::string arguments; ///< number of arguments, "1" or "0 to 2"; empty if the flags tell
 };
 
 /// Throws ScriptFault to fail.
@@ -52,7 +70,9 @@ public:
     /// Calls a procedure or command by name, as a statement would.
     Value call(const std::string& name, std::vector<Value> arguments);
 
-    void add_command(const std::string& name, Command command);
+    /// `is_from_plugin`: the command does not belong to the host.
+    void add_command(const std::string& name, Command command, bool is_from_plugin = false);
+    bool is_from_plugin(const std::string& name) const { return from_plugins_.count(name) != 0; }
     bool remove_command(const std::string& name);
 
     enum class Known { no, command, procedure, script };
@@ -68,6 +88,11 @@ public:
     /// call `run`.
     using Wrapper = std::function<void(const std::string& name, const std::function<void()>& run)>;
     void set_wrapper(Wrapper wrapper) { wrapper_ = std::move(wrapper); }
+    /// What a command takes. Runs nothing. Throws ScriptFault if there is no such command.
+    CommandSyntax describe(const std::string& name);
+    /// Asked before every statement and every turn of a loop; if it answers true, the script ends
+    /// with the error "Interrupted.". Null: never.
+    void set_stop(std::function<bool()> stop) { stop_ = std::move(stop); }
     /// Names of all commands in byte order, for completion.
     std::vector<std::string> command_names() const;
     /// Names of global variables in byte order, without the dollar sign.
@@ -148,8 +173,10 @@ private:
     std::unordered_map<std::string, VariablePtr> globals_;
     std::unordered_map<std::string, Procedure> procedures_;
     std::map<std::string, Command> commands_;
+    std::set<std::string> from_plugins_;
     std::vector<std::string> script_path_;
     Wrapper wrapper_;
+    std::function<bool()> stop_;
     Frame* frame_ = nullptr;
     Value last_;
     int depth_ = 0;

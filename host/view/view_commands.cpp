@@ -4,6 +4,8 @@
 #include "host/script/flags.h"
 #include "host/view/scene_shapes.h"
 
+#include <filesystem>
+
 namespace host {
 
 using script::Flags;
@@ -110,6 +112,13 @@ Value model_editor(Invocation& call, PictureStudio& studio) {
     return Value();
 }
 
+bool has_other_extension(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char& c : extension)
+        c = c >= 'A' && c <= 'Z' ? char(c + 32) : c;
+    return !extension.empty() && extension != ".png";
+}
+
 Value panel_picture(Invocation& call, PictureStudio& studio) {
     static const FlagTable table = {
         {"p", "panel", "s"}, {"w", "width", "i"}, {"h", "height", "i"}, {"s", "samples", "i"}};
@@ -121,6 +130,9 @@ Value panel_picture(Invocation& call, PictureStudio& studio) {
     request.width = flags.integer("width", request.width);
     request.height = flags.integer("height", request.height);
     request.samples = flags.integer("samples", request.samples);
+    const std::string path = flags.names()[0];
+    if (has_other_extension(path))
+        throw ScriptFault("panelPicture: \"" + path + "\": pictures are written as .png files.");
     if (request.width < 16 || request.height < 16)
         throw ScriptFault("panelPicture: A picture has 16 x 16 pixels at least.");
     std::string error;
@@ -128,7 +140,7 @@ Value panel_picture(Invocation& call, PictureStudio& studio) {
     PanelPictures* const pictures = studio.open(error);
     if (!pictures || !pictures->take(request, picture, error))
         throw ScriptFault("panelPicture: " + error + ".");
-    const std::string path = flags.names()[0], bytes = png_of(picture);
+    const std::string bytes = png_of(picture);
     std::string reason = "not enough memory";
     if (bytes.empty() || !write_file(path, bytes, Durability::process, reason))
         throw ScriptFault("panelPicture: \"" + path + "\" cannot be written: " + reason + ".");

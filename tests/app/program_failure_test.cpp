@@ -90,7 +90,7 @@ TEST_F(ProgramFailure, DirectoryAsInputIsAnInputError) {
 TEST_F(ProgramFailure, OtherMeshFormatsAreInputErrors) {
     const Ended ended = run({"unwrap", dir.put("m.FBX", "x"), "-o", dir.path("x.obj")});
     EXPECT_EQ(3, ended.code);
-    EXPECT_NE(std::string::npos, ended.err.find("m.FBX: only OBJ files can be read"));
+    EXPECT_NE(std::string::npos, ended.err.find("m.FBX: FBX files cannot be read, only OBJ files"));
 }
 
 TEST_F(ProgramFailure, FileWithoutAMeshIsAnInputError) {

@@ -25,6 +25,45 @@ TEST_F(Program, HelpGoesToStandardOutput) {
     }
 }
 
+TEST_F(Program, ShortFlagsForHelpAndVersionWorkEverywhere) {
+    for (const char* command : {"unwrap", "measure", "verify", "view", "script", "shell", "-c"}) {
+        const Ended help = run({command, "-h"});
+        EXPECT_EQ(0, help.code) << command;
+        EXPECT_NE(std::string::npos, help.out.find("usage: tessora")) << command;
+    }
+    EXPECT_EQ(run({"--help"}).out, run({"-h"}).out);
+    const std::string version = run({"--version"}).out;
+    EXPECT_EQ(version, run({"-V"}).out);
+    EXPECT_EQ(version, run({"unwrap", "-V"}).out);
+}
+
+TEST_F(Program, TextureWithoutRoomIsAnsweredByOneWithRoom) {
+    std::string mesh;
+    for (int i = 0; i < 40; ++i) {
+        const std::string x = std::to_string(3 * i), next = std::to_string(3 * i + 1);
+        mesh += "v " + x + " 0 0\nv " + next + " 0 0\nv " + next + " 1 0\nv " + x + " 1 0\n";
+        mesh += "f -4 -3 -2 -1\n";
+    }
+    const std::string file = dir.put("many.obj", mesh);
+    const Words words = {"unwrap", file, "--width", "16", "--height", "8", "--padding", "8"};
+    const Ended ended = run(words);
+    EXPECT_EQ(5, ended.code);
+    const size_t at = ended.err.find("(40 charts); ");
+    ASSERT_NE(std::string::npos, at) << ended.err;
+    int width = 0, height = 0;
+    ASSERT_EQ(2, std::sscanf(ended.err.c_str() + at, "(40 charts); %d x %d texels have room",
+                             &width, &height))
+        << ended.err;
+    EXPECT_EQ(width, 2 * height);
+    const auto with_width = [&](int w) {
+        return run({"unwrap", file, "--width", std::to_string(w), "--height", std::to_string(w / 2),
+                    "--padding", "8"})
+            .code;
+    };
+    EXPECT_EQ(0, with_width(width));
+    EXPECT_EQ(5, with_width(width / 2));
+}
+
 TEST_F(Program, WritesBesideTheInputByDefault) {
     const Ended ended = run({"unwrap", dir.put("cube.obj", k_cube)});
     EXPECT_EQ(0, ended.code) << ended.err;

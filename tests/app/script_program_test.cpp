@@ -76,6 +76,21 @@ TEST_F(Script, UnwrapsAndExports) {
     expect_unwrapped("ring.obj");
 }
 
+TEST_F(Script, ShellTellsWhatBecameOfAnUnwrap) {
+    const Ended ended = shell("loadPlugin tessora; polyCube -n box;\ntessora -pad 40 -cr 3;\n");
+    EXPECT_EQ(0, ended.code) << ended.err;
+    EXPECT_NE(std::string::npos, ended.out.find("// tessora_node1: ")) << ended.out;
+    EXPECT_NE(std::string::npos, ended.out.find(", on boxShape\n")) << ended.out;
+    EXPECT_NE(std::string::npos, ended.err.find("tessora: -padding 40 counts as 32.")) << ended.err;
+    EXPECT_NE(std::string::npos, ended.err.find("tessora: -charts is stored, but has no effect."))
+        << ended.err;
+}
+
+TEST_F(Script, ShellTellsThatNothingIsSelected) {
+    const Ended ended = shell("loadPlugin tessora;\ntessora;\n");
+    EXPECT_NE(std::string::npos, ended.err.find("No mesh is selected")) << ended.err;
+}
+
 TEST_F(Script, ShellContinuesAfterAnErrorAndReturnsOneAtTheEnd) {
     const Ended ended = shell("nonsense;\nprint \"still here\\n\";\n");
     EXPECT_EQ(1, ended.code);

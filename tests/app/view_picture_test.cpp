@@ -104,6 +104,26 @@ TEST_F(ViewPicture, MissingOpenGlIsFoundBeforeTheUnwrap) {
     EXPECT_EQ(ended.err.find("generating"), std::string::npos) << ended.err;
 }
 
+TEST_F(ViewPicture, SeamsGoWithUndoAndComeBackWithRedo) {
+    const auto picture = [&](const char* name) {
+        return std::string("panelPicture -panel modelPanel4 -w 320 -h 240 \"") + dir.path(name) +
+               "\"; ";
+    };
+    const Ended ended =
+        run({"-c", "loadPlugin tessora; polySphere -n ball; viewFit -all; "
+                   "tessora -stretch 0.05; dgeval ballShape.outMesh; " +
+                       picture("done.png") + "undo; " + picture("undone.png") + "redo; " +
+                       picture("redone.png") + "undo; redo; " + picture("again.png")});
+    ASSERT_EQ(0, ended.code) << ended.err;
+    const auto seam_pixels = [&](const char* name) {
+        return Pixels(dir.get(name)).count(0, 0, 255);
+    };
+    EXPECT_GT(seam_pixels("done.png"), 50u);
+    EXPECT_EQ(seam_pixels("undone.png"), 0u);
+    EXPECT_EQ(dir.get("redone.png"), dir.get("done.png"));
+    EXPECT_EQ(dir.get("again.png"), dir.get("done.png"));
+}
+
 TEST_F(ViewPicture, CanBeWrittenByAScript) {
     const Ended ended = run({"-c", "polySphere; viewFit -all; panelPicture -panel modelPanel4 "
                                    "-w 320 -h 240 \"" +

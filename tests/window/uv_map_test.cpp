@@ -108,4 +108,21 @@ TEST(UvMap, EmptyMeshHasNoTriangles) {
     EXPECT_EQ(k_none, map.triangle_at(0.5, 0.5));
 }
 
+TEST(UvMapSeams, EdgeBetweenTwoChartsIsOneSeamAndBordersAreNone) {
+    // Two squares side by side, each with UVs of its own.
+    host::Mesh mesh;
+    ASSERT_TRUE(host::Mesh::make({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {0, 1, 0}, {1, 1, 0}, {2, 1, 0}},
+                                 {4, 4}, {0, 1, 4, 3, 1, 2, 5, 4}, mesh));
+    host::UvSet& set = mesh.edit_uv_set(mesh.add_uv_set("map1"));
+    set.u = {0.0f, 0.4f, 0.4f, 0.0f, 0.6f, 1.0f, 1.0f, 0.6f};
+    set.v = {0.0f, 0.0f, 0.4f, 0.4f, 0.0f, 0.0f, 0.4f, 0.4f};
+    set.corner_uvs = {0, 1, 2, 3, 4, 5, 6, 7};
+    const UvMap map(mesh, 0, {});
+    ASSERT_EQ(6u, map.seams().size());
+    EXPECT_EQ(1.0f, map.seams()[0]);
+    EXPECT_EQ(1.0f, map.seams()[3]);
+    set.corner_uvs = {0, 1, 2, 3, 1, 5, 6, 2};
+    EXPECT_TRUE(UvMap(mesh, 0, {}).seams().empty());
+}
+
 } // namespace

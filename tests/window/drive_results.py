@@ -1,0 +1,97 @@
+#!/usr/bin/env python3
+"""Drives the results of `tessora view`.
+
+    drive_results.py PROGRAM FOLDER    screenshots go to FOLDER
+
+The results say what `tessora verify` would say; a click selects the polygons. Seams of the file's own
+UVs are drawn before any unwrap; a click on a chart, in the texture or on the mesh, keeps it lit. Undo
+names what it undid, and is no error if there is nothing to undo.
+"""
+import subprocess
+import sys
+
+from window_driver import drive_on_a_screen, fail_unless, tell
+
+# Two squares with an edge in common whose UVs overlap.
+SQUARES = """v 0 0 0
+v 2 0 0
+v 4 0 0
+v 0 2 0
+v 2 2 0
+v 4 2 0
+vt 0.1 0.1
+vt 0.5 0.1
+vt 0.5 0.5
+vt 0.1 0.5
+vt 0.3 0.3
+vt 0.7 0.3
+vt 0.7 0.7
+vt 0.3 0.7
+f 1/1 2/2 5/3 4/4
+f 2/5 3/6 6/7 5/8
+"""
+
+
+def colours(window, name):
+    """Number of pixels of every colour in the last screenshot."""
+    picture = sorted(window.folder.glob(f"*_{name}.png"))[-1]
+    lines = subprocess.run(["convert", str(picture), "-format", "%c", "histogram:info:-"],
+                           check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines()
+    return {line.split("#")[1][:6]: int(line.split(":")[0]) for line in lines if "#" in line}
+
+
+def see_the_files_own_seams(window):
+    window.wait_for("panel/modelPanel4")
+    window.picture("own_seams")
+    fail_unless(colours(window, "own_seams").get("00FF00", 0) > 30,
+                "the seam of the file's own UVs is not drawn")
+    tell("saw the seams of the file")
+
+
+def read_the_verdict(window):
+    window.wait_for("verdict/overlaps")
+    window.click("verdict/overlaps")
+    window.statement("print (size(`ls -sl`) + \" of \" + stringArrayToString(`ls -sl`, \" \") + \"\\n\");",
+                     r"of .*\.f\[0:1\]")
+    window.picture("selected")
+    tell("the verdict selects its polygons")
+
+
+def choose_charts(window):
+    window.click("chart/2")
+    window.move_to("menu/Help")
+    window.wait_for("lit/2")
+    window.picture("chosen")
+    window.key("F2", "Escape")
+    window.wait_gone("lit/2")
+    window.click("panel/modelPanel4")
+    window.move_to("menu/Help")
+    window.wait(lambda: window.has("lit/1") or window.has("lit/2"), "the clicked chart to stay lit")
+    tell("charts stay lit after a click")
+
+
+def undo_by_name(window):
+    window.statement('file -f -new; print("empty\\n");', "empty\n")
+    window.key("F2", "ctrl+z")
+    window.settle()
+    fail_unless("Error" not in window.said(), "nothing to undo is an error:\n" + window.said())
+    window.picture("nothing_to_undo")
+    tell("nothing to undo is no error")
+
+
+def drive(window, _):
+    see_the_files_own_seams(window)
+    read_the_verdict(window)
+    choose_charts(window)
+    undo_by_name(window)
+    window.key("F2", "ctrl+q")
+    window.wait_end()
+
+
+def make_mesh(scratch):
+    (scratch / "squares.obj").write_text(SQUARES)
+    return (str(scratch / "squares.obj"),)
+
+
+if __name__ == "__main__":
+    drive_on_a_screen(drive, make_mesh)

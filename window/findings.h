@@ -1,0 +1,21 @@
+/// What `tessora verify` would say about the UVs that are shown.
+#pragma once
+
+#include "measure/verify.h"
+#include "window/subject.h"
+
+#include <string>
+#include <vector>
+
+namespace window {
+
+/// The guarantees that the layout breaks, for the texture and gutter of the subject, and for the
+/// stretch limit of its unwrap node (0.15 without one). Empty without UVs.
+/// Cost: as `tessora verify`, near-linear in triangles.
+std::vector<measure::Breach> find_breaches(const Subject& subject);
+
+/// "shape.f[3]", "shape.f[5:9]": the polygons as a script selects them, with runs as ranges.
+/// `polygons`: ascending.
+std::string statement_selecting(const std::string& shape, const std::vector<uint32_t>& polygons);
+
+} // namespace window
