@@ -75,6 +75,20 @@ bool UvPanel::keys(State& state) {
     return ImGui::IsKeyPressed(GLFW_KEY_SPACE, false);
 }
 
+/// A click, as opposed to a drag, keeps the chart at (x, y) lit.
+void UvPanel::take_click(State& state, double x, double y) {
+    const ImVec2 moved = ImGui::GetIO().MouseDelta;
+    if (ImGui::IsItemActivated())
+        dragged_ = 0.0f;
+    if (ImGui::IsItemActive())
+        dragged_ += std::abs(moved.x) + std::abs(moved.y);
+    if (!ImGui::IsItemDeactivated() || !ImGui::IsMouseReleased(0) || dragged_ >= 4.0f)
+        return;
+    double u, v;
+    view_.to_uv(x, y, u, v);
+    state.chosen = state.map.chart_at(u, v);
+}
+
 void UvPanel::react(State& state, float left, float top) {
     const ImGuiIO& io = ImGui::GetIO();
     const bool is_over = ImGui::IsItemHovered();
@@ -94,15 +108,7 @@ void UvPanel::react(State& state, float left, float top) {
         is_whole_ = false;
         wants_paint_ = true;
     }
-    if (ImGui::IsItemActivated())
-        dragged_ = 0.0f;
-    if (ImGui::IsItemActive())
-        dragged_ += std::abs(io.MouseDelta.x) + std::abs(io.MouseDelta.y);
-    if (ImGui::IsItemDeactivated() && ImGui::IsMouseReleased(0) && dragged_ < 4.0f) {
-        double u, v;
-        view_.to_uv(x, y, u, v);
-        state.chosen = state.map.chart_at(u, v);
-    }
+    take_click(state, x, y);
     if (was_over_ && !is_over)
         state.hovered = k_none;
     was_over_ = is_over;

@@ -19,6 +19,7 @@ public:
 
 private:
     void react(State& state, float left, float top);
+    void take_click(State& state, double x, double y);
     bool keys(State& state);
     void draw_invitation(State& state, const ImVec2& low, const ImVec2& high) const;
     void header(State& state);

@@ -13,6 +13,7 @@ void add_transform_commands(Interpreter& interpreter); ///< move, rotate, scale
 void add_history_commands(Interpreter& interpreter);   ///< undo, redo, constructionHistory, dgeval
 void add_menu_commands(Interpreter& interpreter);      ///< menu, uiOpenMenu
 void add_plugin_commands(Interpreter& interpreter);    ///< loadPlugin, unloadPlugin, pluginInfo
+void add_uv_commands(Interpreter& interpreter);        ///< polyMapCut, polyMapSew, polySelect
 void add_file_commands(Interpreter& interpreter);      ///< file
 
 } // namespace host::script

@@ -9,8 +9,6 @@
 #include "host/script/functions.h"
 #include "host/ui/panels.h"
 
-#include <maya/MSyntax.h>
-
 #include <cstdlib>
 #include <iostream>
 #include <utility>
@@ -59,34 +57,6 @@ Value value_of(const graph::CommandResult& result) {
         break;
     }
     return Value();
-}
-
-const char* word_of(MSyntax::MArgType type) {
-    switch (type) {
-    case MSyntax::kBoolean:
-        return "boolean";
-    case MSyntax::kLong:
-    case MSyntax::kUnsigned:
-        return "int";
-    case MSyntax::kDouble:
-    case MSyntax::kDistance:
-    case MSyntax::kAngle:
-    case MSyntax::kTime:
-        return "float";
-    default:
-        return "string";
-    }
-}
-
-CommandSyntax described(const MSyntax& syntax) {
-    CommandSyntax described;
-    for (const MSyntax::Flag& flag : syntax.host_flags()) {
-        std::string values;
-        for (const MSyntax::MArgType type : flag.arguments)
-            values += std::string(values.empty() ? "" : " ") + word_of(type);
-        described.flags.push_back({flag.short_name.asChar(), flag.long_name.asChar(), values, "c"});
-    }
-    return described;
 }
 
 graph::CommandResult result_of(const Value& value) {
@@ -145,6 +115,7 @@ Session::Session()
     add_menu_commands(interpreter_);
     add_plugin_commands(interpreter_);
     add_transform_commands(interpreter_);
+    add_uv_commands(interpreter_);
     add_file_commands(interpreter_);
     add_help_command(interpreter_);
     add_session_commands();
@@ -167,8 +138,12 @@ void Session::show_held_error() {
 
 /// Runs a plug-in's command, which takes its arguments as text.
 Value Session::run_plugin_command(Invocation& call) {
-    if (call.describes)
-        throw described(graph::Commands::current().syntax_of(call.name));
+    if (call.describes) {
+        CommandSyntax syntax;
+        for (const graph::CommandFlag& flag : graph::Commands::current().flags_of(call.name))
+            syntax.flags.push_back({flag.short_name, flag.long_name, flag.values, "c"});
+        throw syntax;
+    }
     StringArray arguments;
     for (const Value& value : call.expanded())
         arguments.push_back(value.to_string());

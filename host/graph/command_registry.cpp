@@ -135,4 +135,37 @@ MStatus Commands::redo(MPxCommand& command) {
     return command.redoIt();
 }
 
+namespace {
+
+const char* word_of(MSyntax::MArgType type) {
+    switch (type) {
+    case MSyntax::kBoolean:
+        return "boolean";
+    case MSyntax::kLong:
+    case MSyntax::kUnsigned:
+        return "int";
+    case MSyntax::kDouble:
+    case MSyntax::kDistance:
+    case MSyntax::kAngle:
+    case MSyntax::kTime:
+        return "float";
+    default:
+        return "string";
+    }
+}
+
+} // namespace
+
+std::vector<CommandFlag> Commands::flags_of(const std::string& name) const {
+    std::vector<CommandFlag> flags;
+    const MSyntax syntax = syntax_of(name);
+    for (const MSyntax::Flag& flag : syntax.host_flags()) {
+        std::string values;
+        for (const MSyntax::MArgType type : flag.arguments)
+            values += std::string(values.empty() ? "" : " ") + word_of(type);
+        flags.push_back({flag.short_name.asChar(), flag.long_name.asChar(), values});
+    }
+    return flags;
+}
+
 } // namespace host::graph

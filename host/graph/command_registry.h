@@ -14,6 +14,12 @@ class MSyntax;
 
 namespace host::graph {
 
+/// A flag of a command, for its description.
+struct CommandFlag {
+    std::string short_name, long_name; ///< without the dash
+    std::string values;                ///< words such as "int float"; empty if it takes no value
+};
+
 class MHOST_EXPORT Commands {
 public:
     using Creator = void* (*)();
@@ -41,6 +47,8 @@ public:
     CommandResult& result() { return result_; }
     /// The syntax that a command was registered with; empty if it has none.
     MSyntax syntax_of(const std::string& name) const;
+    /// The flags of that syntax, in order of declaration.
+    std::vector<CommandFlag> flags_of(const std::string& name) const;
 
     /// Called by the undo queue.
     MStatus undo(MPxCommand& command);

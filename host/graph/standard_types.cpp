@@ -6,6 +6,7 @@ void add_standard_types(Scene& scene) {
     add_dag_types(scene);
     add_mesh_types(scene);
     add_primitive_types(scene);
+    add_uv_types(scene);
 }
 
 void add_dag_types(Scene& scene) {

@@ -14,5 +14,9 @@ void add_standard_types(Scene& scene);
 void add_dag_types(Scene& scene);
 void add_mesh_types(Scene& scene);
 void add_primitive_types(Scene& scene);
+void add_uv_types(Scene& scene);
+
+/// The ids in a text such as "e[3] e[5:8]" that are below `count`.
+std::vector<std::uint32_t> ids_in_text(const std::string& text, std::uint32_t count);
 
 } // namespace host::graph

@@ -14,8 +14,11 @@ using host::script::Session;
 
 /// Keeps the preferences of these tests in memory, out of the user's own file.
 const int k_no_file = [] {
-    static char empty[] = "TESSORA_PREFERENCES=";
-    return ::putenv(empty);
+#if defined(_WIN32)
+    return ::_putenv("TESSORA_PREFERENCES=");
+#else
+    return ::setenv("TESSORA_PREFERENCES", "", 1);
+#endif
 }();
 
 class SettingsTest : public testing::Test {
