@@ -281,6 +281,7 @@ public:
     MString name(MStatus* = NULL) const;
     MString typeName(MStatus* = NULL) const;
     MTypeId typeId(MStatus* = NULL) const;
+    class MPxNode* userNode(MStatus* = NULL) const;
 };
 
 class MFnDagNode : public MFnDependencyNode {
