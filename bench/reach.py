@@ -30,7 +30,8 @@ class Mesh:
 
     def __init__(self, path):
         vertices, corners, counts, uvs, corner_uvs = [], [], [], [], []
-        for line in pathlib.Path(path).read_text(errors="replace").splitlines():
+        text = pathlib.Path(path).read_text(errors="replace").replace("\\\n", " ")  # continued lines
+        for line in text.splitlines():
             words = line.split()
             if not words:
                 continue
