@@ -45,6 +45,9 @@ constexpr Item k_window[] = {{"Panels", "F2", Action::focus_panels, nullptr},
 constexpr Item k_help[] = {{"Keyboard and mouse", "F1", Action::help, nullptr},
                            {"About Tessora", nullptr, Action::about, nullptr}};
 
+/// Keeps the seams that are there and adds as few as can be.
+constexpr const char* k_along_seams = "tessora -keep_seams on -stretch 1;";
+
 template <size_t N>
 Action draw_items(State& state, const Item (&items)[N]) {
     Action action = Action::none;
@@ -145,6 +148,10 @@ void draw_mesh(State& state) {
     };
     item("Unwrap", nullptr, has_mesh, "tessora;");
     item("Unwrap again", nullptr, static_cast<bool>(state.subject.node), state.unwrap_again());
+    item("Unwrap along the seams", nullptr, !state.map.charts().empty(), k_along_seams);
+    ImGui::Separator();
+    item("Cut the selected edges", "C", has_mesh, "polyMapCut;");
+    item("Sew the selected edges", "S", has_mesh, "polyMapSew;");
     ImGui::Separator();
     item("Delete history", nullptr, has_mesh, "delete -constructionHistory;");
 }
@@ -278,6 +285,10 @@ Action pressed_action(State& state) {
         return Action::none;
     if (pressed(GLFW_KEY_DELETE))
         state.run("delete;");
+    if (pressed(GLFW_KEY_C))
+        state.run("polyMapCut;");
+    if (pressed(GLFW_KEY_S))
+        state.run("polyMapSew;");
     for (int i = 0; i < 4; ++i)
         if (pressed(GLFW_KEY_4 + i))
             state.display = static_cast<Display>(i);
@@ -293,6 +304,7 @@ const std::vector<Shortcut>& shortcuts() {
         {"Ctrl+Z, Ctrl+Shift+Z", "undo, redo"},
         {"click, Ctrl+A", "select a mesh, all meshes"},
         {"Ctrl+U", "the options of Tessora"},
+        {"C, S", "cut, sew the UVs along the selected edges"},
         {"Ctrl+Q", "quit"},
         {"Alt or F10, arrows, Enter", "the menus"},
         {"Tab, Shift+Tab, arrows, Space", "from control to control in a dialog or panel"},

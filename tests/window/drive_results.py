@@ -70,6 +70,25 @@ def choose_charts(window):
     tell("charts stay lit after a click")
 
 
+def cut_by_hand(window):
+    window.statement('polyPlane -n sheet -sx 4 -sy 4; polySelect -sep 2 22 sheet; print("picked\\n");',
+                     "picked\n")
+    window.key("F2", "c")
+    window.wait_said("Result: polyMapCut1")
+    window.statement("polyEvaluate -us sheet;", r"Result: 2\n")
+    window.picture("cut")
+    window.key("F2", "s")
+    window.wait_said("Result: polyMapSew1")
+    window.statement("polyEvaluate -us sheet;", r"Result: 1\n")
+    window.key("F2", "ctrl+z")
+    window.statement("polyEvaluate -us sheet;", r"Result: 2\n")
+    window.click("menu/Mesh")
+    window.click("menuitem/Unwrap along the seams")
+    window.wait_said(r"Charts_result\" 2;")
+    window.picture("along_the_seams")
+    tell("cut, sewed and unwrapped along the cut")
+
+
 def undo_by_name(window):
     window.statement('file -f -new; print("empty\\n");', "empty\n")
     window.key("F2", "ctrl+z")
@@ -83,6 +102,7 @@ def drive(window, _):
     see_the_files_own_seams(window)
     read_the_verdict(window)
     choose_charts(window)
+    cut_by_hand(window)
     undo_by_name(window)
     window.key("F2", "ctrl+q")
     window.wait_end()
