@@ -141,6 +141,15 @@ TEST(FindSeamEdges, ReturnsTheHostsStatusWhenAnIteratorFails) {
     }
 }
 
+TEST(FindSeamEdges, ReturnsNoSeamsWhenTheWalkBreaksOff) {
+    MObject mesh = make_host_mesh(fixtures::cube()); // without UVs all edges are seams
+    ASSERT_FALSE(seams_of(mesh).empty());
+    const faultpoint::Scope fault("MItMeshEdge::next", MStatus::kNotFound, 3);
+    MStatus status;
+    EXPECT_EQ(find_seam_edges(mesh, "map1", &status).length(), 0u);
+    EXPECT_EQ(status, MStatus::kNotFound);
+}
+
 TEST(FindSeamEdges, ReportsWhenMemoryRunsOut) {
     MObject mesh = make_host_mesh(fixtures::cube(), fixtures::one_shell(fixtures::cube()));
     for (size_t fail_from = 0; fail_from < 2; ++fail_from) {

@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <new>
+#include <set>
 
 namespace host::graph::testing {
 
@@ -25,6 +26,25 @@ TEST_F(DagTest, ANewSceneHasFourCameras) {
         EXPECT_EQ(node->as_dag_node()->children()[0]->type(), MFn::kCamera);
     }
     EXPECT_EQ(remove_node_edit(*scene.find("persp"))->redo(), MS::kFailure);
+}
+
+TEST_F(DagTest, CamerasOfANewSceneAreTurnedByAnglesInRadians) {
+    EXPECT_NEAR(plug(*scene.find("top"), "rotateX").value.number(), -std::acos(0.0), 1e-12);
+    EXPECT_NEAR(plug(*scene.find("side"), "rotateY").value.number(), std::acos(0.0), 1e-12);
+}
+
+TEST_F(DagTest, ThereIsNoChildBehindTheLast) {
+    DagNode& parent = add_dag("transform", "parent");
+    add_dag("transform", "first", &parent);
+    DagNode& second = add_dag("transform", "second", &parent);
+    EXPECT_FALSE(parent.child(1).isNull());
+    scene.remove(second);
+    EXPECT_TRUE(parent.child(1).isNull());
+}
+
+TEST_F(DagTest, ComponentsAreSortedAndListedOnce) {
+    const Ref<Component> faces = new Component(ComponentKind::face, {3, 1, 3, 2});
+    EXPECT_EQ(faces->ids(), (std::vector<int>{1, 2, 3}));
 }
 
 TEST_F(DagTest, ATakenNameGetsTheNextFreeNumber) {
@@ -327,6 +347,20 @@ TEST(Primitives, SolidsAreClosedAndFaceOutward) {
 }
 
 TEST(Primitives, APlaneFacesUp) { EXPECT_EQ(make_plane(1, 1, 2, 2).normal(0).y, 1.0); }
+
+TEST(Primitives, NoPolygonUsesATextureCoordinateTwice) {
+    for (const Mesh& mesh :
+         {make_cube(1, 1, 1, 2, 2, 2), make_plane(1, 1, 2, 3), make_sphere(1, 8, 6),
+          make_cylinder(1, 2, 8, 3, 0), make_cylinder(1, 2, 8, 3, 3), make_torus(1, 0.25, 8, 6)}) {
+        const Connectivity& c = mesh.connectivity();
+        const std::vector<int32_t>& ids = mesh.uv_set(0).corner_uvs;
+        for (uint32_t p = 0; p < c.polygon_count(); ++p) {
+            const auto first = ids.begin() + c.first_corner(p);
+            const std::set<int32_t> distinct(first, first + c.corners_of(p));
+            EXPECT_EQ(distinct.size(), c.corners_of(p)) << p;
+        }
+    }
+}
 
 TEST(Primitives, EveryCornerHasAUvInTheUnitSquare) {
     for (const Mesh& mesh :
