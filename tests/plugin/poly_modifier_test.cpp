@@ -68,6 +68,11 @@ TEST_F(PolyModifier, CreatesTheNodeByTheNameOfItsType) {
     EXPECT_EQ(source->node().node_type().name, "tessora_node");
 }
 
+TEST_F(PolyModifier, WithoutADirectModificationOfItsOwnTheCommandSucceeds) {
+    scene.records_history = false;
+    EXPECT_EQ(run("tessora_node"), MS::kSuccess);
+}
+
 TEST_F(PolyModifier, WithoutANodeTypeFailsAndChangesNothing) {
     const size_t nodes = scene.nodes().size();
     EXPECT_EQ(run(""), MS::kFailure);

@@ -44,7 +44,7 @@ from cpp_source import code_of, functions  # noqa: E402
 FOLDERS = ("plugin", "corelib", "platform", "host/graph")
 # The tests of each folder, fastest first: programs, and suites of scripts as script:SUITE.
 TESTS = {
-    "plugin": ["plugin_test", "host_plugin_test", "plugin_in_host_test", "draw_seams_test",
+    "plugin": ["plugin_test", "plugin_objects_test", "host_plugin_test", "plugin_in_host_test", "draw_seams_test",
                "plugin_overlay_test", "script:plugin"],
     "corelib": ["corelib_test", "corelib_posix_test", "math_test", "math_device_calls_test",
                 "math_whole_stage_test", "plugin_test", "plugin_in_host_test"],
