@@ -56,12 +56,14 @@ is 0, every output is as it was.
 /// What the table of options fills in and settle() turns into a request.
 struct Raw {
     std::string output, turns = "any", stack = "none", density = "as_is", keep, from;
-    int width = 512, height = 512, padding = 2, tiles = 1, effort = 4;
+    double padding = 2;
+    int width = 512, height = 512, tiles = 1, effort = 4;
 };
 
 void add_settings(OptionTable& table, PackRequest& request, Raw& raw) {
     table.heading("settings (defaults in parentheses):");
-    table.add("padding", &raw.padding, "TEXELS", "gutter between charts, 0 to 256");
+    table.add("padding", &raw.padding, "TEXELS",
+              "gutter between charts, 0 to 256, fractions allowed");
     table.add("width", &raw.width, "TEXELS", "width of the texture, 8 to 8192");
     table.add("height", &raw.height, "TEXELS", "height of the texture, 8 to 8192");
     table.add("from", &raw.from, "WIDTHxHEIGHT",
@@ -139,7 +141,8 @@ bool read_numbers(const Raw& raw, PackRequest& request, std::string& error) {
     };
     within("width", raw.width, 8, 8192);
     within("height", raw.height, 8, 8192);
-    within("padding", raw.padding, 0, 256);
+    if (error.empty() && !(raw.padding >= 0.0 && raw.padding <= 256.0))
+        error = "--padding must be 0 to 256";
     within("tiles", raw.tiles, 1, 100);
     within("effort", raw.effort, 0, 10);
     request.settings.width = static_cast<uint32_t>(raw.width);

@@ -329,7 +329,7 @@ TEST_F(PackProgram, RefusesWrongOptions) {
         {{a, "--picture", "oil"}, "--picture: 'oil' is not layout, checker or stretch"},
         {{a, "--from", "10"}, "--from: '10' is not a size"},
         {{a, "--tiles", "0"}, "--tiles 0 is not 1 to 100"},
-        {{a, "--padding", "300"}, "--padding 300 is not 0 to 256"},
+        {{a, "--padding", "300"}, "--padding must be 0 to 256"},
         {{a, "--width", "4"}, "--width 4 is not 8 to 8192"},
         {{a, "--effort", "11"}, "--effort 11 is not 0 to 10"},
         {{a, "--in_place", "-o", "x.obj"}, "--in_place and -o exclude each other"},
