@@ -79,8 +79,10 @@ struct Options {
 
 enum class Status {
     ok,
-    invalid_argument,   ///< array sizes disagree, width or height 0, gutter or stretch not finite
-    index_out_of_range, ///< element: position in `indices`
+    /// Array sizes disagree or need more than 32 bits; width or height 0, gutter or stretch not
+    /// finite
+    invalid_argument,
+    index_out_of_range,     ///< element: position in `indices`
     adjacency_out_of_range, ///< element: position in `adjacency`
     non_finite_position,    ///< element: vertex id
     does_not_fit, ///< the texture has no room for charts and gutter; element: number of charts

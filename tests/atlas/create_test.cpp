@@ -596,6 +596,19 @@ TEST(AtlasCreate, InvalidArraysFailWithStatusAndElement) {
     EXPECT_EQ(create(mesh.view(), {}, result).status, Status::invalid_argument);
 }
 
+TEST(AtlasCreate, MoreCornersThan32BitsCanNumberAreInvalidArguments) {
+    constexpr size_t k_corners = 3 * ((size_t(1) << 32) / 3 + 1);
+    Mesh mesh; // sizes alone: nothing may be read
+    mesh.indices = {nullptr, k_corners};
+    mesh.adjacency = {nullptr, k_corners};
+    Result result;
+    EXPECT_EQ(create(mesh, {}, result).status, Status::invalid_argument);
+    mesh = {};
+    mesh.positions = {nullptr, k_corners * 3};
+    EXPECT_EQ(create(mesh, {}, result).status, Status::invalid_argument);
+    EXPECT_TRUE(result.indices.empty());
+}
+
 TEST(AtlasCreate, OptionsOutOfRangeAreInvalidArguments) {
     const TestMesh mesh = loose_triangles(2);
     Result result;
