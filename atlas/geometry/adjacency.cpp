@@ -133,8 +133,9 @@ Crowds connect_pairs(const Faces& faces, uint32_t* adjacency) {
                 crowds.edges.push_back(edge);
         }
         const auto first = crowds.edges.begin() + static_cast<std::ptrdiff_t>(crowded);
-        std::stable_sort(first, crowds.edges.end(),
-                         [&](uint32_t a, uint32_t b) { return faces.high(a) < faces.high(b); });
+        std::sort(first, crowds.edges.end(), [&](uint32_t a, uint32_t b) {
+            return std::make_pair(faces.high(a), a) < std::make_pair(faces.high(b), b);
+        });
         for (size_t i = crowded + 1; i <= crowds.edges.size(); ++i)
             if (i == crowds.edges.size() ||
                 faces.high(crowds.edges[i]) != faces.high(crowds.edges[i - 1]))
