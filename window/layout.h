@@ -12,8 +12,8 @@ struct AreaBox {
 struct AreaShares {
     float right = 0.36f;   ///< of the window's width: texture, results, attributes
     float console = 0.18f; ///< of the height: the console below the model panels
-    float texture = 0.56f; ///< of the right side's height
-    float results = 0.16f; ///< of the right side's height
+    float texture = 0.52f; ///< of the right side's height
+    float results = 0.21f; ///< of the right side's height
 
     /// Clamps every share so that no area vanishes.
     void limit();
