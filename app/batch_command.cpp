@@ -115,6 +115,7 @@ UnwrapRequest Batch::request_for(const BatchItem& item) const {
     UnwrapRequest request;
     request.settings = request_.settings;
     request.in_place = request_.in_place;
+    request.threads = request_.threads > 0 ? request_.threads : 1; // the processes share the work
     request.picture = request_.picture;
     request.input = item.input;
     request.output = item.output;

@@ -73,6 +73,7 @@ void visit_request(Request& r, Visit visit) {
     visit("layout", r.layout);
     visit("picture", r.picture);
     visit("in_place", r.in_place);
+    visit("threads", r.threads);
 }
 
 /// Reads the members that `visit_members` lists from an object that may have no others.

@@ -92,6 +92,7 @@ TEST(RequestJson, ReadsBackWhatItWrote) {
     r.layout = "c.png";
     r.picture = "stretch";
     r.in_place = true;
+    r.threads = 3;
     r.settings.stretch = 0.1;
     r.settings.keep_seams = true;
     app::UnwrapRequest read;
@@ -99,6 +100,7 @@ TEST(RequestJson, ReadsBackWhatItWrote) {
     ASSERT_TRUE(request_from_json(request_to_json(r), read, error)) << error;
     EXPECT_EQ(request_to_json(r).dump(), request_to_json(read).dump());
     EXPECT_EQ("stretch", read.picture);
+    EXPECT_EQ(3, read.threads);
     EXPECT_EQ(0.1, read.settings.stretch);
 }
 
