@@ -117,6 +117,8 @@ UnwrapRequest Batch::request_for(const BatchItem& item) const {
     request.in_place = request_.in_place;
     request.threads = request_.threads > 0 ? request_.threads : 1; // the processes share the work
     request.picture = request_.picture;
+    request.texcoord = request_.texcoord;
+    request.max_input = request_.max_input;
     request.input = item.input;
     request.output = item.output;
     request.report = item.report;
@@ -143,6 +145,10 @@ bool Batch::is_up_to_date(const BatchItem& item) const {
     const Json hashes = report["hashes"];
     if (!hashes.is_object() || (!item.layout.empty() && !file_exists(item.layout)))
         return false;
+    const Json files = hashes.value("files", Json::object());
+    for (const auto& [path, hash] : files.items())
+        if (hash != file_fingerprint(path))
+            return false;
     // What was unwrapped in place is its own result.
     const std::string output = file_fingerprint(item.output);
     return !output.empty() && hashes.value("output", Json()) == output &&

@@ -1,6 +1,7 @@
 #include "app/batch_plan.h"
 
 #include "app/exit_code.h"
+#include "app/file_formats.h"
 #include "app/glob.h"
 #include "host/io/obj_reader.h"
 
@@ -78,7 +79,8 @@ bool Planner::add_folder(const fs::path& folder) {
             if (hidden || identity_(path / "x") == results)
                 entry.disable_recursion_pending();
         } else if (!hidden && is_mesh_file(path.string())) {
-            sources_.push_back({path.generic_string(), path.lexically_relative(folder), true});
+            sources_.push_back(
+                {path.lexically_normal().generic_string(), path.lexically_relative(folder), true});
             ++meshes;
         }
     }
@@ -154,8 +156,9 @@ BatchItem Planner::item_of(const Source& source) const {
     const std::string suffix = !batch_.suffix.empty()   ? batch_.suffix
                                : batch_.out_dir.empty() ? "_uv"
                                                         : "";
-    const std::string stem = name.stem().string() + (request_.in_place ? "" : suffix);
-    item.output = (folder / (stem + name.extension().string())).generic_string();
+    const auto [bare, extension] = split_name(name.string());
+    const std::string stem = bare + (request_.in_place ? "" : suffix);
+    item.output = (folder / (stem + output_extension(request_, extension))).generic_string();
     if (request_.in_place)
         item.output = item.input;
     item.report = (folder / (stem + ".json")).generic_string();

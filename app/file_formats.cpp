@@ -1,5 +1,9 @@
 #include "app/file_formats.h"
 
+#include "formats/mesh_file.h"
+
+#include <cctype>
+
 namespace app {
 namespace {
 
@@ -10,6 +14,7 @@ struct OtherFormat {
     const char* converter;
 };
 
+/// Formats other than OBJ; some commands read a few of them.
 constexpr OtherFormat k_others[] = {
     {".fbx", "FBX", "assimp export FILE.fbx FILE.obj"},
     {".gltf", "glTF", "assimp export FILE.gltf FILE.obj"},
@@ -37,6 +42,18 @@ const OtherFormat* find(const std::string& path) {
     return nullptr;
 }
 
+std::string refusal_of(const std::string& path, const std::string& readable) {
+    const OtherFormat* format = find(path);
+    if (!format)
+        return std::string();
+    const std::string stem = path.substr(0, path.size() - lower_extension(path).size());
+    std::string converter = format->converter;
+    for (size_t at = 0; (at = converter.find("FILE", at)) != converter.npos; at += stem.size())
+        converter.replace(at, 4, stem);
+    return path + ": " + format->name + " files cannot be read, only " + readable +
+           " files; this converts it:\n  " + converter;
+}
+
 } // namespace
 
 std::string lower_extension(const std::string& path) {
@@ -51,28 +68,54 @@ std::string lower_extension(const std::string& path) {
     return extension;
 }
 
-bool is_other_format(const std::string& path) { return find(path) != nullptr; }
+std::string format_names() {
+    std::string names;
+    const std::vector<formats::FormatFacts>& list = formats::all_formats();
+    for (size_t i = 0; i < list.size(); ++i) {
+        names += i == 0 ? "" : i + 1 == list.size() ? " and " : ", ";
+        for (const char* c = list[i].name; *c; ++c)
+            names += static_cast<char>(std::toupper(static_cast<unsigned char>(*c)));
+    }
+    return names;
+}
+
+std::pair<std::string, std::string> split_name(const std::string& path) {
+    const size_t slash = path.rfind('/'), begin = slash == path.npos ? 0 : slash + 1;
+    size_t dot = path.rfind('.');
+    if (formats::is_compressed_name(path) && dot > begin) {
+        const size_t second = path.rfind('.', dot - 1);
+        dot = second != path.npos && second > begin ? second : dot;
+    }
+    if (dot == path.npos || dot <= begin) // a name that starts with a dot has no extension
+        return {path, ""};
+    return {path.substr(0, dot), path.substr(dot)};
+}
+
+bool is_mesh_file(const std::string& path) {
+    formats::Format format;
+    return formats::format_of(path, format);
+}
 
 std::string input_refusal(const std::string& path) {
-    const OtherFormat* format = find(path);
-    if (!format)
-        return std::string();
-    const std::string stem = path.substr(0, path.size() - lower_extension(path).size());
-    std::string converter = format->converter;
-    for (size_t at = 0; (at = converter.find("FILE", at)) != converter.npos; at += stem.size())
-        converter.replace(at, 4, stem);
-    return path + ": " + format->name +
-           " files cannot be read, only OBJ files; this converts it:\n  " + converter;
+    return is_mesh_file(path) ? std::string() : refusal_of(path, format_names());
+}
+
+std::string obj_input_refusal(const std::string& path) {
+    if (formats::is_compressed_name(path))
+        return path + ": compressed files cannot be read; this inflates it:\n  gzip -d " + path;
+    return refusal_of(path, "OBJ");
 }
 
 std::string output_refusal(const std::string& path) {
-    return is_other_format(path) ? path + ": only OBJ files can be written" : std::string();
+    return find(path) && !is_mesh_file(path)
+               ? path + ": only " + format_names() + " files can be written"
+               : std::string();
 }
 
 std::string picture_refusal(const std::string& path) {
     const std::string extension = lower_extension(path);
     for (const char* other : {".jpg", ".jpeg", ".bmp", ".gif", ".tga", ".tif", ".tiff", ".webp",
-                              ".svg", ".exr", ".obj", ".pdf"})
+                              ".svg", ".exr", ".obj", ".gltf", ".glb", ".pdf"})
         if (extension == other)
             return path + ": pictures are written as PNG files; name it " +
                    path.substr(0, path.size() - extension.size()) + ".png";

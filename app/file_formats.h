@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 namespace app {
 
@@ -9,12 +10,21 @@ namespace app {
 /// has none.
 std::string lower_extension(const std::string& path);
 
-/// True if the extension names a mesh or scene format other than OBJ.
-bool is_other_format(const std::string& path);
+/// The formats for messages: "OBJ, GLTF and GLB".
+std::string format_names();
+
+/// A file name without its extension, and the extension with its dot; ".gz" counts as a part of the
+/// extension before it: "a.obj.gz" is "a" and ".obj.gz".
+std::pair<std::string, std::string> split_name(const std::string& path);
+
+/// True if the file's extension is that of a mesh format that can be read.
+bool is_mesh_file(const std::string& path);
 
 /// Why a mesh cannot be read from such a file and which tool converts it: a sentence that begins
-/// with the path. Empty if the extension may belong to an OBJ file.
+/// with the path. Empty if the extension may belong to a file that can be read.
 std::string input_refusal(const std::string& path);
+/// The same for a command that reads uncompressed OBJ files alone.
+std::string obj_input_refusal(const std::string& path);
 /// Why a mesh cannot be written to such a file; empty if it can.
 std::string output_refusal(const std::string& path);
 /// Why a picture cannot be written to such a file: pictures are PNG files. Empty if it can.

@@ -8,6 +8,7 @@
 #include "app/mesh_import.h"
 #include "app/options.h"
 #include "app/unwrap_options.h"
+#include "formats/mesh_file.h"
 #include "host/io/obj_reader.h"
 #include "measure/straight.h"
 
@@ -23,8 +24,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* k_measure_usage = R"(usage: tessora measure MESH [options]
 
-Tells how good the texture coordinates of a mesh are (Wavefront OBJ, whoever made
-them): charts, stretch, distortion, flips, overlaps, gaps, coverage, seams.
+Tells how good the texture coordinates of a mesh are (OBJ, glTF or GLB, whoever
+made them): charts, stretch, distortion, flips, overlaps, gaps, coverage, seams.
 docs/measures.md defines every figure.
 
 examples:
@@ -66,6 +67,7 @@ struct Request {
     int tiles = 1;
     std::string layout; // file of the picture; empty if not requested
     std::string picture = "layout";
+    int texcoord = 0; // glTF: the n of TEXCOORD_n
     bool json = false;
     bool per_chart = false;
     bool help = false;
@@ -78,6 +80,7 @@ OptionTable make_table(Request& request, bool verify) {
     table.add("height", &request.height, "TEXELS", "height of the texture");
     table.add("padding", &request.padding, "TEXELS", "least gap between two charts");
     table.add("stretch", &request.stretch, "LIMIT", "largest stretch of a chart, 0 to 1");
+    table.add("texcoord", &request.texcoord, "N", "glTF: the set TEXCOORD_N");
     table.add("json", &request.json, "", "print JSON");
     table.add("layout", &request.layout, "FILE.png", "draw a picture of the layout");
     table.add("picture", &request.picture, "KIND",
@@ -101,6 +104,8 @@ bool parse(const Words& words, bool verify, Request& request, std::string& error
     else if (request.width < 1 || request.height < 1 || request.width > 65536 ||
              request.height > 65536)
         error = "a texture has 1 to 65536 texels a side";
+    else if (request.texcoord < 0 || request.texcoord > 7)
+        error = "--texcoord is 0 to 7";
     else if (request.padding < 0)
         error = "--padding must not be negative";
     else if (request.tiles < 1 || request.tiles > 100)
@@ -125,15 +130,20 @@ int fail(int code, const std::string& reason) {
     return code;
 }
 
-bool read_document(const std::string& path, host::ObjDocument& document, int& code) {
+bool read_document(const Request& request, host::ObjDocument& document, int& code) {
+    const std::string& path = request.input;
     if (const std::string refusal = input_refusal(path); !refusal.empty()) {
         code = fail(exit_input, refusal);
         return false;
     }
     host::IoError error;
     std::string text;
+    formats::MeshFile file;
+    formats::ReadOptions options;
+    options.texcoord = request.texcoord;
     if (host::read_text(path, text, error) &&
-        host::parse_obj(path, std::move(text), document, error)) {
+        formats::parse_mesh(path, std::move(text), options, file, error)) {
+        document = std::move(file.document);
         for (const std::string& warning : document.warnings)
             say("warning: " + warning);
         return true;
@@ -236,7 +246,7 @@ int run(const Words& words, bool verify) {
     }
     host::ObjDocument document;
     int code = exit_done;
-    if (!read_document(request.input, document, code))
+    if (!read_document(request, document, code))
         return code;
     const measure::Texture texture{double(request.width), double(request.height)};
     ImportedMesh imported;

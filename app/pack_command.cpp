@@ -123,7 +123,7 @@ bool PackRun::read() {
     documents_.resize(request_.inputs.size());
     for (size_t i = 0; i < documents_.size(); ++i) {
         const std::string& input = request_.inputs[i];
-        if (const std::string refusal = input_refusal(input); !refusal.empty())
+        if (const std::string refusal = obj_input_refusal(input); !refusal.empty())
             return fail(exit_input, refusal);
         host::IoError error;
         std::string text;

@@ -32,6 +32,16 @@ Json seconds_json(const StageSeconds& s) {
     return out;
 }
 
+/// Fingerprints of the files that were reached.
+void put_hashes(const UnwrapReport& report, Json& out) {
+    if (!report.input_hash.empty())
+        out["hashes"]["input"] = report.input_hash;
+    for (const auto& [path, hash] : report.other_hashes)
+        out["hashes"]["files"][path] = hash;
+    if (report.code == 0 && !report.output_hash.empty())
+        out["hashes"]["output"] = report.output_hash;
+}
+
 } // namespace
 
 std::string to_json(const UnwrapReport& report) {
@@ -50,10 +60,7 @@ std::string to_json(const UnwrapReport& report) {
         if (!report.view.empty())
             out["view"] = report.view;
     }
-    if (!report.input_hash.empty())
-        out["hashes"]["input"] = report.input_hash;
-    if (report.code == 0 && !report.output_hash.empty())
-        out["hashes"]["output"] = report.output_hash;
+    put_hashes(report, out);
     if (report.mesh) {
         out["polygons"] = report.mesh->polygons;
         out["triangles"] = report.mesh->triangles;

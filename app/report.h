@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace app {
@@ -37,7 +38,9 @@ struct StageSeconds {
 struct UnwrapReport {
     std::string input, output, layout, view;
     std::string input_hash, output_hash; ///< fingerprints of the mesh files; empty if not reached
-    int code = 0;                        ///< the program's exit code
+    /// Of the files that the mesh file names: path, fingerprint.
+    std::vector<std::pair<std::string, std::string>> other_hashes;
+    int code = 0; ///< the program's exit code
     std::string reason;
     std::vector<std::string> warnings;
     std::optional<MeshCounts> mesh;

@@ -74,6 +74,8 @@ void visit_request(Request& r, Visit visit) {
     visit("picture", r.picture);
     visit("in_place", r.in_place);
     visit("threads", r.threads);
+    visit("texcoord", r.texcoord);
+    visit("max_input", r.max_input);
 }
 
 /// Reads the members that `visit_members` lists from an object that may have no others.

@@ -7,9 +7,9 @@
 #include "app/options.h"
 #include "app/pack_options.h"
 #include "app/presets.h"
+#include "formats/mesh_file.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
@@ -20,8 +20,9 @@ namespace {
 constexpr const char* k_usage = R"(usage: tessora unwrap INPUT [-o OUTPUT] [options]
        tessora unwrap INPUT... [--out_dir DIR] [options]
 
-Gives the mesh in INPUT (Wavefront OBJ) new texture coordinates and writes it to
-OUTPUT. Only texture coordinates change: every other byte of the file stays.
+Gives the mesh in INPUT (OBJ, glTF or GLB, also compressed by gzip) new texture
+coordinates and writes it to OUTPUT. Only texture coordinates change: all else
+in the file stays (docs/formats.md).
 INPUT can be several files, folders and patterns: then each mesh gets a result
 and a report of its own (docs/batch.md).
 
@@ -125,6 +126,15 @@ void add_batch_options(OptionTable& table, BatchRequest& batch) {
               "print a JSON object a mesh as it is done, and one at the end");
 }
 
+void add_format_options(OptionTable& table, UnwrapRequest& request) {
+    table.add("format", &request.format, "NAME",
+              "format of the result, obj, gltf or glb, if OUTPUT's name does not tell");
+    table.add("texcoord", &request.texcoord, "N",
+              "glTF: the set TEXCOORD_N gets the result, others stay");
+    table.add("max_input", &request.max_input, "GIB",
+              "refuse files that are larger, when inflated");
+}
+
 OptionTable make_table(UnwrapRequest& request) {
     OptionTable table;
     table.heading("files:");
@@ -146,6 +156,7 @@ OptionTable make_table(UnwrapRequest& request) {
               "all four panels, or one: top, front, side, persp");
     table.add("view_width", &request.view_picture.width, "PIXELS",
               "width of that picture, 64 to 8192; it is three quarters as high");
+    add_format_options(table, request);
     table.add("beside", &request.beside, "",
               "write report and picture beside OUTPUT, as its name with .json and .png");
     table.add("preset", &request.preset, "NAME",
@@ -162,22 +173,8 @@ OptionTable make_table(UnwrapRequest& request) {
     return table;
 }
 
-/// The extension with its dot, or "". A file name that starts with a dot has no extension.
-std::string extension_of(const std::string& path) {
-    const size_t slash = path.rfind('/'), begin = slash == path.npos ? 0 : slash + 1;
-    const size_t dot = path.rfind('.');
-    return dot == path.npos || dot <= begin ? "" : path.substr(dot);
-}
-
-std::string lower_extension_of(const std::string& path) {
-    std::string extension = extension_of(path);
-    for (char& c : extension)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return extension;
-}
-
 std::string with_extension(const std::string& path, const char* extension) {
-    return path.substr(0, path.size() - extension_of(path).size()) + extension;
+    return split_name(path).first + extension;
 }
 
 template <class Number>
@@ -248,6 +245,32 @@ bool check_files_differ(const UnwrapRequest& r, std::string& error) {
     return true;
 }
 
+/// INPUT with "_uv" before its extension.
+std::string default_output(const UnwrapRequest& r) {
+    const auto [name, extension] = split_name(r.input);
+    return name + "_uv" + output_extension(r, extension);
+}
+
+bool check_format(const UnwrapRequest& r, std::string& error) {
+    bool is_known = r.format.empty();
+    for (const formats::FormatFacts& facts : formats::all_formats())
+        is_known |= facts.is_written && r.format == facts.name;
+    formats::Format by_name;
+    if (!is_known)
+        error =
+            "--format: '" + r.format + "' is not one of " + format_names() + ", in small letters";
+    else if (!r.format.empty() && r.in_place)
+        error = "--in_place keeps the format";
+    else if (!r.format.empty() && formats::format_of(r.output, by_name) &&
+             r.format != formats::all_formats()[size_t(by_name)].name)
+        error = "--format " + r.format + " and the name " + r.output + " contradict each other";
+    else if (r.texcoord < 0 || r.texcoord > 7)
+        error = "--texcoord is 0 to 7";
+    else if (!(r.max_input > 0.0 && r.max_input <= 1e6))
+        error = "--max_input is more than 0 and at most 1000000 GiB";
+    return error.empty();
+}
+
 bool settle_output(UnwrapRequest& r, std::string& error) {
     if (r.in_place && !r.output.empty())
         error = "--in_place and -o exclude each other";
@@ -258,7 +281,7 @@ bool settle_output(UnwrapRequest& r, std::string& error) {
     if (!error.empty())
         return false;
     if (r.output.empty())
-        r.output = r.in_place ? r.input : default_output(r.input);
+        r.output = r.in_place ? r.input : default_output(r);
     if (r.beside && r.output != "-") {
         r.report = r.report.empty() ? with_extension(r.output, ".json") : r.report;
         r.layout = r.layout.empty() ? with_extension(r.output, ".png") : r.layout;
@@ -288,14 +311,13 @@ std::vector<std::string> warnings_about_settings(const std::vector<std::string>&
     return warnings;
 }
 
-std::string backup_name(const std::string& input) { return input + ".bak"; }
-
-std::string default_output(const std::string& input) {
-    const std::string extension = extension_of(input);
-    return input.substr(0, input.size() - extension.size()) + "_uv" + extension;
+std::string output_extension(const UnwrapRequest& request, const std::string& input_extension) {
+    if (request.format.empty())
+        return input_extension;
+    return "." + request.format + (formats::is_compressed_name(input_extension) ? ".gz" : "");
 }
 
-bool is_mesh_file(const std::string& path) { return lower_extension_of(path) == ".obj"; }
+std::string backup_name(const std::string& input) { return input + ".bak"; }
 
 std::string unwrap_help() {
     UnwrapRequest defaults;
@@ -407,6 +429,8 @@ bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& 
     check_ranges(request.settings, request.warnings);
     check_range("view_width", request.view_picture.width, 64, 8192, request.warnings);
     request.view_picture.width = std::max(64, std::min(request.view_picture.width, 8192));
+    if (!check_format(request, error))
+        return false;
     if (request.batch.is_wanted) {
         request.batch.operands = operands;
         return check_batch(request, error);

@@ -63,7 +63,10 @@ struct UnwrapRequest {
     std::string picture = "layout";
     std::string view; ///< empty if not requested
     PanelPictureRequest view_picture;
-    int threads = 0; ///< that one mesh is unwrapped on; 0 for one a processor
+    int threads = 0;        ///< that one mesh is unwrapped on; 0 for one a processor
+    std::string format;     ///< of the result; empty for that of the output's or the input's name
+    int texcoord = 0;       ///< glTF: the n of TEXCOORD_n
+    double max_input = 8.0; ///< GiB
     bool in_place = false;
     bool beside = false; ///< name report and layout after the output unless given
     bool quiet = false;
@@ -84,13 +87,10 @@ std::string unwrap_help();
 /// Stops at a word that is no setting.
 std::vector<std::string> warnings_about_settings(const std::vector<std::string>& words);
 
-/// True if the file's extension is that of a mesh format that can be read.
-bool is_mesh_file(const std::string& path);
+/// The result's extension for an input's: that of the format asked for, compressed as the input.
+std::string output_extension(const UnwrapRequest& request, const std::string& input_extension);
 
 /// INPUT.bak, where --in_place keeps the original.
 std::string backup_name(const std::string& input);
-
-/// INPUT with "_uv" before its extension.
-std::string default_output(const std::string& input);
 
 } // namespace app

@@ -13,6 +13,7 @@
 #include "app/system.h"
 #include "app/unwrap_driver.h"
 #include "app/unwrap_packing.h"
+#include "formats/mesh_file.h"
 #include "host/base/threads.h"
 #include "host/io/obj_reader.h"
 
@@ -67,7 +68,7 @@ private:
     const UnwrapRequest& request_;
     ProgressDisplay progress_;
     UnwrapReport report_;
-    host::ObjDocument document_;
+    formats::MeshFile file_;
     UnwrapOutcome outcome_;
     Judgement judgement_;
     AtomicFile mesh_file_, layout_file_, view_file_, report_file_, backup_file_;
@@ -107,14 +108,22 @@ bool UnwrapRun::read() {
         return fail(exit_input, refusal);
     progress_.begin_stage("reading");
     host::IoError error;
-    std::string text;
-    if (!host::read_text(request_.input, text, error) ||
-        !host::parse_obj(request_.input, std::move(text), document_, error))
+    std::string bytes, reason;
+    const formats::ReadOptions options = {request_.texcoord,
+                                          uint64_t(request_.max_input * double(1u << 30))};
+    if (host::read_text(request_.input, bytes, error)) {
+        report_.input_hash = fingerprint(bytes);
+        formats::parse_mesh(request_.input, std::move(bytes), options, file_, error);
+    }
+    if (error.kind != host::IoError::none)
         return fail(error.kind == host::IoError::too_large ? exit_limit : exit_input,
                     error.message);
-    report_.input_hash = fingerprint(document_.text);
+    for (const std::string& path : file_.other_files)
+        report_.other_hashes.emplace_back(path, file_fingerprint(path));
+    if (!formats::can_write(file_, request_.output, reason))
+        return fail(exit_usage, reason);
     report_.seconds.read = watch.seconds();
-    for (const std::string& warning : document_.warnings)
+    for (const std::string& warning : file_.document.warnings)
         warn(warning);
     return true;
 }
@@ -159,7 +168,7 @@ bool UnwrapRun::unwrap_once(double stretch) {
         visit = [this] { take_view(); };
     UnwrapSettingsRequest settings = request_.settings;
     settings.stretch = stretch;
-    outcome_ = run_unwrap(document_, settings, warning, visit, progress_, report_.seconds);
+    outcome_ = run_unwrap(file_.document, settings, warning, visit, progress_, report_.seconds);
     tried_ = true;
     if (outcome_.good)
         return true;
@@ -207,8 +216,8 @@ bool UnwrapRun::unwrap() {
     const bool good = request_.settings.max_charts > 0 ? search_stretch()
                                                        : unwrap_once(request_.settings.stretch);
     report_.settings = outcome_.settings;
-    report_.mesh =
-        MeshCounts{document_.polygon_count(), outcome_.triangles, document_.vertex_count()};
+    report_.mesh = MeshCounts{file_.document.polygon_count(), outcome_.triangles,
+                              file_.document.vertex_count()};
     if (!good)
         return false;
     report_.result = outcome_.result;
@@ -220,7 +229,7 @@ bool UnwrapRun::repack() {
     if (!wants_packing(outcome_.settings))
         return true;
     std::string reason;
-    const int code = pack_again(document_, outcome_, progress_, reason);
+    const int code = pack_again(file_.document, outcome_, progress_, reason);
     report_.settings = outcome_.settings;
     return code == exit_done || fail(code, request_.input + ": " + reason);
 }
@@ -231,7 +240,7 @@ bool UnwrapRun::verify() {
     const Stopwatch watch;
     progress_.begin_stage("verifying");
     const measure::Promise promise = {double(outcome_.settings.padding), outcome_.settings.stretch};
-    judgement_ = judge_layout(document_, outcome_.mesh, &outcome_.uvs, texture(), promise);
+    judgement_ = judge_layout(file_.document, outcome_.mesh, &outcome_.uvs, texture(), promise);
     report_.measures = measures_json(judgement_, false);
     report_.seconds.verify = watch.seconds();
     // Charts of a stack may lie on each other; for stacks there is another check.
@@ -255,11 +264,11 @@ bool UnwrapRun::verify() {
 bool UnwrapRun::write_mesh() {
     progress_.begin_stage("writing");
     std::string text, error;
-    if (!host::format_obj(document_, outcome_.uvs, text, error))
+    if (!formats::format_mesh(file_, outcome_.uvs, request_.output, text, error))
         return fail(exit_unwrap, request_.input + ": " + error);
     report_.output_hash = fingerprint(text);
     if (!mesh_file_.write(text, error) ||
-        (backup_file_.is_open() && !backup_file_.write(document_.text, error)))
+        (backup_file_.is_open() && !backup_file_.write(file_.original(), error)))
         return fail(exit_output, error);
     return true;
 }

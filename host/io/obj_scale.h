@@ -3,6 +3,8 @@
 
 #include "host/io/obj_document.h"
 
+#include <maya/MTypes.h>
+
 #include <cstdint>
 #include <vector>
 
@@ -19,6 +21,7 @@ struct CoarsePolygons {
 /// the origin for its size, its box is centred on the origin first; `exact` is changed.
 /// Shape:  exact[3*vertices], the file's positions in double precision.
 /// Cost:   O(vertices + corners). Errors: std::bad_alloc.
-CoarsePolygons fit_to_single_precision(std::vector<double>& exact, ObjDocument& document);
+MHOST_EXPORT CoarsePolygons fit_to_single_precision(std::vector<double>& exact,
+                                                    ObjDocument& document);
 
 } // namespace host

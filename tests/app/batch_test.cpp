@@ -216,6 +216,32 @@ TEST_F(SkipExisting, AReportOfAnotherVersion) {
     EXPECT_EQ(1, done_again());
 }
 
+TEST_F(SkipExisting, AGltfWhoseBufferChanged) {
+    // A triangle: three positions in a file of their own.
+    const float places[] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    dir.put("in/t.bin", std::string(reinterpret_cast<const char*>(places), sizeof places));
+    dir.put("in/t.gltf", R"({"asset": {"version": "2.0"},
+        "buffers": [{"uri": "t.bin", "byteLength": 36}],
+        "bufferViews": [{"buffer": 0, "byteLength": 36}],
+        "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3"}],
+        "meshes": [{"primitives": [{"attributes": {"POSITION": 0}}]}]})");
+    const Words words = {"--format", "obj"};
+    EXPECT_EQ(1, done_again(words));
+    EXPECT_TRUE(dir.has("out/t.obj"));
+    EXPECT_EQ(0, done_again(words));
+    dir.put("in/t.bin", std::string(36, '\1'));
+    EXPECT_EQ(1, done_again(words));
+}
+
+TEST_F(BatchProgram, ResultThatItsFormatForbidsFailsBeforeTheWork) {
+    dir.put("in/m.obj.gz", "x");
+    const Ended ended = batch({"--format", "glb"});
+    EXPECT_EQ(1, ended.code);
+    EXPECT_NE(ended.err.npos, ended.err.find("code 2: " + dir.path("out/cube.glb") +
+                                             ": an OBJ file cannot be written in this format"))
+        << ended.err;
+}
+
 TEST_F(SkipExisting, AllIfPicturesAreWantedForTheFirstTime) {
     EXPECT_EQ(2, done_again({"--beside"}));
     EXPECT_EQ(0, done_again({"--beside"}));

@@ -5,7 +5,8 @@
 namespace {
 
 TEST(FileFormats, RefusalNamesTheFileAndTheToolThatConvertsIt) {
-    EXPECT_EQ("in/bunny.FBX: FBX files cannot be read, only OBJ files; this converts it:\n"
+    EXPECT_EQ("in/bunny.FBX: FBX files cannot be read, only OBJ, GLTF and GLB files; "
+              "this converts it:\n"
               "  assimp export in/bunny.fbx in/bunny.obj",
               app::input_refusal("in/bunny.FBX"));
     EXPECT_NE(std::string::npos, app::input_refusal("a.blend").find("Blender"));
@@ -13,11 +14,23 @@ TEST(FileFormats, RefusalNamesTheFileAndTheToolThatConvertsIt) {
     EXPECT_NE(std::string::npos, app::input_refusal("FILE.ply").find("export FILE.ply FILE.obj"));
 }
 
-TEST(FileFormats, ObjAndUnknownExtensionsAreNotRefused) {
-    for (const char* path : {"a.obj", "a.OBJ", "a", "-", "a.txt", ".ply", "in.ply/a"})
+TEST(FileFormats, CommandsThatReadObjAloneRefuseOtherReadableFiles) {
+    EXPECT_EQ("a.GLB: glTF files cannot be read, only OBJ files; this converts it:\n"
+              "  assimp export a.glb a.obj",
+              app::obj_input_refusal("a.GLB"));
+    EXPECT_EQ("a.obj.gz: compressed files cannot be read; this inflates it:\n  gzip -d a.obj.gz",
+              app::obj_input_refusal("a.obj.gz"));
+    for (const char* path : {"a.obj", "a", "-", "a.txt"})
+        EXPECT_EQ("", app::obj_input_refusal(path)) << path;
+}
+
+TEST(FileFormats, ReadableAndUnknownExtensionsAreNotRefused) {
+    for (const char* path :
+         {"a.obj", "a.OBJ", "a", "-", "a.txt", ".ply", "in.ply/a", "a.gltf", "a.GLB", "a.glb.gz"})
         EXPECT_EQ("", app::input_refusal(path)) << path;
     EXPECT_EQ("", app::output_refusal("a.obj"));
-    EXPECT_EQ("a.fbx: only OBJ files can be written", app::output_refusal("a.fbx"));
+    EXPECT_EQ("", app::output_refusal("a.glb"));
+    EXPECT_EQ("a.fbx: only OBJ, GLTF and GLB files can be written", app::output_refusal("a.fbx"));
 }
 
 TEST(FileFormats, PicturesOfOtherFormatsAreRefused) {

@@ -111,6 +111,7 @@ TEST_F(MeasureCommand, RefusesInvalidCommandLines) {
         {{}, "which mesh?"},
         {{mesh, mesh}, "one mesh at a time"},
         {{mesh, "--width", "0"}, "1 to 65536 texels"},
+        {{mesh, "--texcoord", "9"}, "--texcoord is 0 to 7"},
         {{mesh, "--padding", "-1"}, "--padding must not be negative"},
         {{mesh, "--stretch", "1.5"}, "--stretch must be between 0 and 1"},
         {{mesh, "--picture", "painting"}, "layout, checker or stretch, not 'painting'"},
@@ -130,7 +131,7 @@ TEST_F(MeasureCommand, MissingOrInvalidInputIsAnErrorThatNamesTheFile) {
     EXPECT_EQ(app::exit_input, measure({dir.put("bad.obj", "v 0 0 zero\n")}));
     EXPECT_NE(err.find("bad.obj:1:"), err.npos) << err;
     EXPECT_EQ(app::exit_input, measure({"mesh.fbx"}));
-    EXPECT_NE(err.find("cannot be read, only OBJ files"), err.npos) << err;
+    EXPECT_NE(err.find("cannot be read, only OBJ, GLTF and GLB files"), err.npos) << err;
 }
 
 TEST_F(MeasureCommand, HelpHasExamplesAndEveryOption) {

@@ -81,16 +81,18 @@ TEST_F(ProgramFailure, MissingInputIsAnInputError) {
     EXPECT_TRUE(dir.names().empty());
 }
 
-TEST_F(ProgramFailure, DirectoryAsInputIsAnInputError) {
+TEST_F(ProgramFailure, DirectoryAsInputHasNoSingleOutput) {
     const Ended ended = run({"unwrap", dir.root(), "-o", dir.path("x.obj")});
-    EXPECT_EQ(3, ended.code);
-    EXPECT_NE(std::string::npos, ended.err.find("cannot be read: Is a directory"));
+    EXPECT_EQ(2, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("-o names one output; several meshes need"));
+    EXPECT_EQ(3, run({"measure", dir.root()}).code);
 }
 
 TEST_F(ProgramFailure, OtherMeshFormatsAreInputErrors) {
     const Ended ended = run({"unwrap", dir.put("m.FBX", "x"), "-o", dir.path("x.obj")});
     EXPECT_EQ(3, ended.code);
-    EXPECT_NE(std::string::npos, ended.err.find("m.FBX: FBX files cannot be read, only OBJ files"));
+    EXPECT_NE(std::string::npos, ended.err.find("m.FBX: FBX files cannot be read, only OBJ, GLTF "
+                                                "and GLB files; this converts it"));
 }
 
 TEST_F(ProgramFailure, FileWithoutAMeshIsAnInputError) {

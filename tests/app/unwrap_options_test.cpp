@@ -108,10 +108,13 @@ TEST(UnwrapOptions, OutOfRangeValuesAddWarnings) {
 }
 
 TEST(UnwrapOptions, OutputIsNamedAfterTheInput) {
-    EXPECT_EQ("a/b.c/m_uv.OBJ", app::default_output("a/b.c/m.OBJ"));
-    EXPECT_EQ("a/b.c/m_uv", app::default_output("a/b.c/m"));
-    EXPECT_EQ("m.v2_uv.obj", app::default_output("m.v2.obj"));
-    EXPECT_EQ("a/.obj_uv", app::default_output("a/.obj"));
+    EXPECT_EQ("a/b.c/m_uv.OBJ", parsed({"a/b.c/m.OBJ"}).output);
+    EXPECT_EQ("a/b.c/m_uv", parsed({"a/b.c/m"}).output);
+    EXPECT_EQ("m.v2_uv.obj", parsed({"m.v2.obj"}).output);
+    EXPECT_EQ("a/.obj_uv", parsed({"a/.obj"}).output);
+    EXPECT_EQ("a/m_uv.obj.gz", parsed({"a/m.obj.gz"}).output);
+    EXPECT_EQ("m_uv.gz", parsed({"m.gz"}).output);
+    EXPECT_EQ("m_uv.obj.gz", parsed({"m.glb.gz", "--format", "obj"}).output);
 }
 
 TEST(UnwrapOptions, BesideDerivesReportAndPictureNamesFromTheOutput) {
@@ -211,6 +214,17 @@ TEST(UnwrapOptionsRefuse, OptionsOfOneMeshWithSeveral) {
     EXPECT_EQ("standard input is one mesh; several come from files", refusal({"a.obj", "-"}));
 }
 
+TEST(UnwrapOptionsRefuse, FormatsThatCannotBeWritten) {
+    EXPECT_EQ("--format: 'fbx' is not one of OBJ, GLTF and GLB, in small letters",
+              refusal({"m.obj", "--format", "fbx"}));
+    EXPECT_EQ("--in_place keeps the format", refusal({"m.glb", "--in_place", "--format", "obj"}));
+    EXPECT_EQ("--format obj and the name m2.glb contradict each other",
+              refusal({"m.glb", "-o", "m2.glb", "--format", "obj"}));
+    EXPECT_EQ("--texcoord is 0 to 7", refusal({"m.glb", "--texcoord", "8"}));
+    EXPECT_EQ("--max_input is more than 0 and at most 1000000 GiB",
+              refusal({"m.glb", "--max_input", "0"}));
+}
+
 TEST(UnwrapOptionsRefuse, BatchValuesOutOfRange) {
     EXPECT_EQ("--suffix must not contain a slash", refusal({"a.obj", "--suffix", "a/b"}));
     EXPECT_EQ("--jobs is 0 to 1024", refusal({"a.obj", "--jobs", "-1"}));
@@ -292,7 +306,8 @@ TEST(UnwrapOptionsRefuse, ContradictoryOutputs) {
               refusal({"m.obj", "--view", "-", "--layout", "-"}));
     EXPECT_EQ("only one of output, report and picture can go to standard output",
               refusal({"m.obj", "-o", "-", "--report", "-"}));
-    EXPECT_EQ("m.fbx: only OBJ files can be written", refusal({"m.obj", "-o", "m.fbx"}));
+    EXPECT_EQ("m.fbx: only OBJ, GLTF and GLB files can be written",
+              refusal({"m.obj", "-o", "m.fbx"}));
 }
 
 } // namespace

@@ -1,0 +1,37 @@
+/// glTF 2.0 files, as text (.gltf) and binary (.glb): the JSON and the buffers.
+/// Source: the glTF 2.0 specification, sections "GLB File Format" and "Binary Data Storage".
+#pragma once
+
+#include "formats/json_text.h"
+
+#include <string>
+#include <vector>
+
+namespace formats {
+
+struct GltfFile {
+    Json json;
+    bool is_binary = false;
+    std::vector<std::string> buffers; ///< the content of every buffer
+    std::string other_chunks;         ///< of a binary file, behind the first two; kept as they are
+    std::vector<std::string> file_names; ///< files that the buffers were read from
+    bool has_files = false;              ///< buffers or images are files of their own
+};
+
+/// Reads a file's bytes. `name` is the file's path: buffers lie beside it or below its folder, and
+/// nowhere else.
+/// Errors: false with "what: reason" in `error`.
+bool read_gltf(const std::string& name, const std::string& bytes, GltfFile& file,
+               std::string& error);
+
+/// Writes a binary file; all buffers become one.
+/// Errors: false with a reason in `error` if the file would exceed 4 GiB.
+bool write_glb(const GltfFile& file, std::string& bytes, std::string& error);
+
+/// Writes a text file. Buffers stay where their URIs say.
+std::string write_gltf_text(const GltfFile& file);
+
+/// Standard base64 with padding.
+std::string to_base64(const std::string& bytes);
+
+} // namespace formats

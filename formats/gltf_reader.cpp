@@ -1,0 +1,263 @@
+#include "formats/gltf_accessor.h"
+#include "formats/gltf_mesh.h"
+#include "host/io/obj_scale.h"
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <map>
+#include <unordered_map>
+
+namespace formats {
+namespace {
+
+enum Mode { triangles = 4, strip = 5, fan = 6 };
+
+/// A position or a texture coordinate by its bits.
+using Bits = std::array<uint32_t, 3>;
+struct BitsHash {
+    size_t operator()(const Bits& bits) const {
+        uint64_t hash = 1469598103934665603u;
+        for (const uint32_t word : bits)
+            hash = (hash ^ word) * 1099511628211u ^ (hash >> 29);
+        return size_t(hash);
+    }
+};
+using Ids = std::unordered_map<Bits, uint32_t, BitsHash>;
+
+uint32_t bits_of(float value) {
+    value += 0.0f; // -0 is 0
+    uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+class MeshReader {
+public:
+    MeshReader(int set, GltfMesh& mesh, host::ObjDocument& document)
+        : mesh_(mesh), document_(document), set_name_("TEXCOORD_" + std::to_string(set)) {
+        mesh_.set = set;
+    }
+    bool run(std::string& error);
+
+private:
+    bool check_extensions();
+    bool add_primitive(size_t mesh, size_t number, const Json& primitive);
+    bool check_set(const Json& attributes);
+    size_t group_of(const Json& primitive, size_t vertex_count);
+    bool read_corners(const Json& primitive, uint64_t mode, size_t vertex_count,
+                      std::vector<uint32_t>& corners);
+    bool add_triangles(const GltfPrimitive& primitive, const Json& attributes);
+    bool add_vertex(const GltfElements& positions, uint32_t vertex);
+    uint32_t coordinate_id(const GltfElements& coordinates, uint32_t vertex);
+    bool fail(const std::string& reason) {
+        error_ = reason;
+        return false;
+    }
+
+    GltfMesh& mesh_;
+    host::ObjDocument& document_;
+    std::string set_name_;
+    std::string error_;
+    std::map<std::string, size_t> groups_; ///< by attributes and targets
+    Ids vertices_;                         ///< of the present mesh
+    Ids coordinates_;                      ///< of all meshes: third word 0
+    std::vector<double> exact_;
+};
+
+/// Compressed data would have to be decompressed and compressed again.
+bool MeshReader::check_extensions() {
+    const Json used = mesh_.file.json.value("extensionsUsed", Json::array());
+    if (!used.is_array())
+        return fail("JSON: a value has the wrong type");
+    const auto uses = [&](const char* extension) {
+        for (const Json& name : used)
+            if (name == extension)
+                return true;
+        return false;
+    };
+    for (const char* extension :
+         {"KHR_draco_mesh_compression", "EXT_meshopt_compression", "KHR_meshopt_compression"})
+        if (uses(extension))
+            return fail(std::string(extension) +
+                        ": compressed meshes are not read; 'gltf-transform copy IN OUT' (npm "
+                        "@gltf-transform/cli) decompresses them");
+    return true;
+}
+
+/// Texture coordinate sets must be without gaps.
+bool MeshReader::check_set(const Json& attributes) {
+    if (mesh_.set == 0 || attributes.contains("TEXCOORD_" + std::to_string(mesh_.set - 1)))
+        return true;
+    return fail("it has no TEXCOORD_" + std::to_string(mesh_.set - 1) + ", so it cannot get " +
+                set_name_);
+}
+
+size_t MeshReader::group_of(const Json& primitive, size_t vertex_count) {
+    const Json& attributes = primitive["attributes"];
+    const Json targets = primitive.value("targets", Json::array());
+    const auto [place, is_new] =
+        groups_.try_emplace(attributes.dump() + targets.dump(), mesh_.groups.size());
+    if (is_new)
+        mesh_.groups.push_back({attributes, targets, vertex_count});
+    return place->second;
+}
+
+bool MeshReader::read_corners(const Json& primitive, uint64_t mode, size_t vertex_count,
+                              std::vector<uint32_t>& corners) {
+    GltfElements indices;
+    const bool is_indexed = primitive.contains("indices");
+    if (is_indexed && !read_accessor(mesh_.file, primitive["indices"], indices, error_))
+        return false;
+    if (is_indexed && (indices.components != 1 || indices.component_type == 5120 ||
+                       indices.component_type == 5122 || indices.component_type == 5126))
+        return fail("its indices are not unsigned whole numbers");
+    const size_t count = is_indexed ? indices.count : vertex_count;
+    for (size_t i = 0; is_indexed && i < count; ++i)
+        if (indices.index(i) >= vertex_count)
+            return fail("index " + std::to_string(i) + " is " + std::to_string(indices.index(i)) +
+                        ", and it has " + std::to_string(vertex_count) + " vertices");
+    const auto vertex = [&](size_t i) { return is_indexed ? indices.index(i) : uint32_t(i); };
+    if (count < 3 || (mode == triangles && count % 3 != 0))
+        return fail("its " + std::to_string(count) + " corners are not whole triangles");
+    const size_t end = mode == triangles ? count / 3 : count - 2;
+    for (size_t t = 0; t < end; ++t) {
+        if (mode == triangles)
+            corners.insert(corners.end(), {vertex(3 * t), vertex(3 * t + 1), vertex(3 * t + 2)});
+        else if (mode == strip)
+            corners.insert(corners.end(),
+                           {vertex(t), vertex(t + 1 + t % 2), vertex(t + 2 - t % 2)});
+        else
+            corners.insert(corners.end(), {vertex(t + 1), vertex(t + 2), vertex(0)});
+    }
+    return true;
+}
+
+bool MeshReader::add_triangles(const GltfPrimitive& primitive, const Json& attributes) {
+    GltfElements positions, coordinates;
+    if (!read_accessor(mesh_.file, attributes["POSITION"], positions, error_))
+        return false;
+    const bool has_coordinates = attributes.contains(set_name_);
+    if (has_coordinates && !read_accessor(mesh_.file, attributes[set_name_], coordinates, error_))
+        return false;
+    if (has_coordinates && (coordinates.components != 2 || coordinates.count != positions.count))
+        return fail(set_name_ + " does not fit its positions");
+    for (const uint32_t vertex : primitive.corners) {
+        if (!add_vertex(positions, vertex))
+            return false;
+        document_.corner_texture.push_back(has_coordinates ? coordinate_id(coordinates, vertex)
+                                                           : host::k_obj_none);
+    }
+    for (size_t end = primitive.first_corner + 3; end <= document_.corner_vertex.size(); end += 3)
+        document_.corner_begin.push_back(uint32_t(end));
+    return true;
+}
+
+/// Adds a corner at a vertex's position.
+bool MeshReader::add_vertex(const GltfElements& positions, uint32_t vertex) {
+    float place[3];
+    for (size_t k = 0; k < 3; ++k) {
+        place[k] = float(positions.number(vertex, k));
+        if (!std::isfinite(place[k]))
+            return fail("vertex " + std::to_string(vertex) + " has a position that is not finite");
+    }
+    const auto [known, is_new] =
+        vertices_.try_emplace({bits_of(place[0]), bits_of(place[1]), bits_of(place[2])},
+                              uint32_t(document_.vertex_count()));
+    if (is_new)
+        for (const float value : place) {
+            document_.positions.push_back(value);
+            exact_.push_back(double(value));
+        }
+    document_.corner_vertex.push_back(known->second);
+    return true;
+}
+
+/// The document's number for a vertex's texture coordinate, equal for equal values.
+uint32_t MeshReader::coordinate_id(const GltfElements& coordinates, uint32_t vertex) {
+    const auto u = float(coordinates.number(vertex, 0));
+    const auto v = float(1.0 - coordinates.number(vertex, 1)); // glTF counts downwards
+    if (!std::isfinite(u) || !std::isfinite(v))
+        return host::k_obj_none;
+    const auto [known, is_new] =
+        coordinates_.try_emplace({bits_of(u), bits_of(v), 0}, uint32_t(document_.texture_count()));
+    if (is_new)
+        document_.texture_coords.insert(document_.texture_coords.end(), {u, v});
+    return known->second;
+}
+
+bool MeshReader::add_primitive(size_t mesh, size_t number, const Json& primitive) {
+    if (!primitive.is_object() || !primitive.value("attributes", Json()).is_object() ||
+        !primitive.value("targets", Json::array()).is_array())
+        return fail("it has no attributes");
+    const Json mode = primitive.value("mode", Json(4u));
+    if (!mode.is_number_unsigned() || mode.get<uint64_t>() > 6)
+        return fail("its mode is not known");
+    const Json& attributes = primitive["attributes"];
+    if (mode.get<int>() < triangles || !attributes.contains("POSITION"))
+        return true;
+    GltfElements positions;
+    if (!check_set(attributes) ||
+        !read_accessor(mesh_.file, attributes["POSITION"], positions, error_))
+        return false;
+    if (positions.components != 3)
+        return fail("its positions have " + std::to_string(positions.components) + " components");
+    GltfPrimitive read;
+    read.mesh = mesh;
+    read.number = number;
+    read.first_corner = document_.corner_vertex.size();
+    if (!read_corners(primitive, mode.get<uint64_t>(), positions.count, read.corners))
+        return false;
+    if (read.corners.size() > UINT32_MAX - read.first_corner)
+        return fail("the file has more than 4294967295 corners");
+    read.group = group_of(primitive, positions.count);
+    mesh_.primitives.push_back(std::move(read));
+    return add_triangles(mesh_.primitives.back(), attributes);
+}
+
+bool MeshReader::run(std::string& error) {
+    const Json none = Json::array();
+    const auto found = mesh_.file.json.find("meshes");
+    const Json& meshes = found == mesh_.file.json.end() ? none : *found;
+    bool good = check_extensions();
+    document_.corner_begin.push_back(0);
+    for (size_t m = 0; good && m < meshes.size(); ++m) {
+        vertices_.clear();
+        const Json primitives = meshes[m].value("primitives", Json::array());
+        if (!primitives.is_array())
+            good = fail("JSON: a value has the wrong type");
+        for (size_t p = 0; good && p < primitives.size(); ++p)
+            if (!add_primitive(m, p, primitives[p])) {
+                error_ =
+                    "mesh " + std::to_string(m) + " primitive " + std::to_string(p) + ": " + error_;
+                good = false;
+            }
+    }
+    if (good && document_.polygon_count() == 0)
+        good = fail("no mesh in the file: it has no triangles");
+    if (good)
+        fit_to_single_precision(exact_, document_);
+    error = error_;
+    return good;
+}
+
+} // namespace
+
+bool read_gltf_mesh(const std::string& name, const std::string& bytes, int set, GltfMesh& mesh,
+                    host::ObjDocument& document, host::IoError& error) {
+    mesh = GltfMesh();
+    document = host::ObjDocument();
+    document.name = name;
+    std::string reason;
+    try {
+        if (read_gltf(name, bytes, mesh.file, reason) &&
+            MeshReader(set, mesh, document).run(reason))
+            return true;
+    } catch (const Json::exception&) { // a member is used as what it is not
+        reason = "JSON: a value has the wrong type";
+    }
+    error = {host::IoError::malformed, name + ": " + reason};
+    return false;
+}
+
+} // namespace formats

@@ -1,0 +1,67 @@
+/// Mesh files of all formats that the program reads and writes.
+#pragma once
+
+#include "formats/gltf_mesh.h"
+#include "host/io/obj_document.h"
+#include "host/io/obj_reader.h"
+#include "host/io/obj_writer.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace formats {
+
+enum class Format { obj, gltf, glb };
+
+struct FormatFacts {
+    Format format;
+    const char* name;      ///< for --format and messages
+    const char* extension; ///< with its dot
+    bool is_read, is_written;
+    const char* loses; ///< what a result in this format does not keep of a file of the same format
+};
+
+/// All formats, in the order of the documents.
+const std::vector<FormatFacts>& all_formats();
+
+/// The format of a file by its name, with or without ".gz" behind it. Returns false if the
+/// extension is not that of a mesh format in the list.
+bool format_of(const std::string& path, Format& format);
+
+/// True if the name ends in ".gz".
+bool is_compressed_name(const std::string& path);
+
+/// A mesh file in memory.
+struct MeshFile {
+    Format format = Format::obj;
+    host::ObjDocument document; ///< the mesh; its text is the file only for OBJ
+    std::string bytes;          ///< the file as it was, unless that is the document's text
+    GltfMesh gltf;
+    std::vector<std::string> other_files; ///< that were read too
+
+    const std::string& original() const { return bytes.empty() ? document.text : bytes; }
+};
+
+struct ReadOptions {
+    int texcoord = 0;                       ///< glTF: the set that is replaced
+    uint64_t max_input = uint64_t(8) << 30; ///< bytes, of compressed files when inflated
+};
+
+/// Parses a file's bytes, which `read_text` of host/io reads. The format is that of the name;
+/// without a known extension, that of the content. gzip is inflated whatever the name.
+/// Errors: false with `error` set: "file: place: reason".
+bool parse_mesh(const std::string& name, std::string bytes, const ReadOptions& options,
+                MeshFile& file, host::IoError& error);
+
+/// Checks before the work whether `format_mesh` can write the file under this name.
+/// Errors: false with a sentence in `error`.
+bool can_write(const MeshFile& file, const std::string& output, std::string& error);
+
+/// The file with new texture coordinates, in the format of `output` (that of the file if the name
+/// has no known extension).
+/// Errors: false with a reason in `error`.
+bool format_mesh(const MeshFile& file, const host::ObjUvs& uvs, const std::string& output,
+                 std::string& bytes, std::string& error);
+
+} // namespace formats
