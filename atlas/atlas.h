@@ -66,8 +66,10 @@ struct Options {
     float gutter = 2.0f;       ///< minimum distance between two charts in the final texture, texels
     Quality quality = Quality::quality;
     bool stack = false; ///< copies of a sheet share its place; wound against it, they are mirrored
-    bool cut_to_pack = false; ///< cut large charts in two where that lets all charts grow; read by
-                              ///< create() only
+    /// Cut large charts in two where that lets all charts grow; read by create() only. Quality mode
+    /// does so without being asked if there are more than three charts, none of them a copy, and
+    /// max_stretch is below 1.
+    bool cut_to_pack = false;
     /// Callbacks come on the thread that called; null for none.
     Progress progress = nullptr;
     StageProgress stage_progress = nullptr;

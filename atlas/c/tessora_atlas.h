@@ -132,7 +132,8 @@ typedef struct tessora_options {
     float gutter;        /* least distance of two charts, texels; default 2 */
     int32_t quality;     /* a tessora_quality; default TESSORA_FAST, as the plug-in's */
     int32_t stack;       /* copies of a sheet share its place; default 0 */
-    int32_t cut_to_pack; /* cut charts in two where that lets all charts grow; default 0 */
+    int32_t cut_to_pack; /* cut charts in two where that lets all charts grow, however few there are
+                          * and in fast mode too; see Options in atlas/atlas.h; default 0 */
     int32_t texture_uvs; /* coordinates of the final texture, the bits that the plug-in writes;
                           * 0 = isotropic, in units of the longer texture side; default 1 */
     tessora_progress progress;         /* default null */

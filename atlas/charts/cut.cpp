@@ -193,15 +193,17 @@ uint32_t most_wasteful(const ChartSet& set, const std::vector<uint8_t>& tried) {
 /// Implements cut_for_packing().
 class CutSearch {
 public:
-    CutSearch(ChartCutter& cutter, uint32_t max_charts, double scale,
-              const std::function<double()>& pack)
-        : cutter_(cutter), set_(cutter.set()), pack_(pack), max_charts_(max_charts), scale_(scale),
-          wanted_(scale), tried_(set_.charts.size(), 0) {
+    CutSearch(ChartCutter& cutter, uint32_t max_charts, const std::function<double()>& pack)
+        : cutter_(cutter), set_(cutter.set()), pack_(pack), max_charts_(max_charts),
+          tried_(set_.charts.size(), 0) {
         for (const Chart& chart : set_.charts)
             charts_before_ += chart.alive;
     }
-    bool run() {
-        while (failures_ < k_max_failures && cuts_ < k_max_cuts) {
+    void run() {
+        if (most_wasteful(set_, tried_) == k_none)
+            return;
+        scale_ = wanted_ = pack_();
+        while (scale_ > 0 && failures_ < k_max_failures && cuts_ < k_max_cuts) {
             const bool room = max_charts_ == 0 || charts_before_ + cuts_ + pending_ < max_charts_;
             const uint32_t chart = room ? most_wasteful(set_, tried_) : k_none;
             if (chart == k_none) {
@@ -212,7 +214,6 @@ public:
             if (cutter_.cut(chart))
                 lay_out();
         }
-        return current_;
     }
 
 private:
@@ -223,8 +224,7 @@ private:
         tried_.resize(set_.charts.size(), 0);
         wanted_ *= k_min_growth;
         const double now = pack_();
-        current_ = now >= wanted_;
-        if (current_) {
+        if (now >= wanted_) {
             cutter_.accept();
             scale_ = wanted_ = now;
             cuts_ += pending_;
@@ -246,19 +246,18 @@ private:
     const ChartSet& set_;
     const std::function<double()>& pack_;
     const uint32_t max_charts_;
-    double scale_, wanted_;      ///< scale of the last accepted layout; scale that the pending
-                                 ///< cuts must reach
-    std::vector<uint8_t> tried_; ///< per chart: whether it was cut since the last accepted cut
+    double scale_ = 0, wanted_ = 0; ///< scale of the last accepted layout; scale that the pending
+                                    ///< cuts must reach
+    std::vector<uint8_t> tried_;    ///< per chart: whether it was cut since the last accepted cut
     size_t charts_before_ = 0;
     uint32_t cuts_ = 0, pending_ = 0, failures_ = 0;
-    bool current_ = true; ///< the latest layout shows the present charts
 };
 
 } // namespace
 
-bool cut_for_packing(ChartCutter& cutter, uint32_t max_charts, double scale,
+void cut_for_packing(ChartCutter& cutter, uint32_t max_charts,
                      const std::function<double()>& pack) {
-    return CutSearch(cutter, max_charts, scale, pack).run();
+    CutSearch(cutter, max_charts, pack).run();
 }
 
 } // namespace tessora::atlas

@@ -60,10 +60,8 @@ private:
 
 /// Cuts charts for as long as that raises the scale of all charts by enough; max_charts limits the
 /// number of charts (0: no limit). `pack` lays out the current charts and returns their scale, or 0
-/// if they do not fit or the caller wants to stop; `scale` is that of the charts before any cut.
-/// Returns whether the latest call of `pack`, if there was one, laid out the charts as they are
-/// now; otherwise cuts were undone after it and the charts have to be laid out again.
-bool cut_for_packing(ChartCutter& cutter, uint32_t max_charts, double scale,
-                     const std::function<double()>& pack);
+/// if they do not fit or the caller wants to stop; it is first called with the charts as they are,
+/// and not at all if none is large enough to be worth a cut.
+void cut_for_packing(ChartCutter& cutter, uint32_t max_charts, const std::function<double()>& pack);
 
 } // namespace tessora::atlas

@@ -44,7 +44,8 @@ struct PackOptions {
     Quality quality = Quality::quality;
     ParallelFor executor = nullptr; ///< see Options
     uint64_t triangles = 0;         ///< of the whole mesh; larger meshes get more search effort
-    double effort = 1;              ///< factor on the search effort
+    bool quick = false; ///< a quick layout, which tells about how large the charts can be
+    double effort = 1;  ///< factor on the search effort
     Turns turns = Turns::any;
     bool align = false;   ///< with Turns::any: charts are turned straight first, see ChartShape
     uint32_t tiles = 1;   ///< textures of the same size that the charts may be spread over

@@ -97,10 +97,10 @@ struct Tuning {
 
     static Tuning of(const PackOptions& options, size_t charts) {
         Tuning tuning;
-        const bool fast = options.quality == Quality::fast;
+        const bool fast = options.quick || options.quality == Quality::fast;
         const uint64_t triangles = options.triangles;
         tuning.tries = fast ? 4 : 7;
-        tuning.final_cells = fast ? 768 : 1024;
+        tuning.final_cells = options.quick ? 512 : fast ? 768 : 1024;
         if (charts > 300)
             tuning.final_cells *= 2;
         if (charts <= k_max_searched) {

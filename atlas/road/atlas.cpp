@@ -79,6 +79,32 @@ struct ChartingCall {
     FinishedCharts finished;
 };
 
+/// Whether charts may be cut in two for the texture. Quality mode does so where several charts
+/// share the texture and stretch is limited: what unfolds into a net or two stays whole, and a
+/// caller who allows any stretch wants no cut that is not needed. Copies of sheets follow their
+/// sheet, which would double every cut.
+bool may_cut(const ChartingCall& call) {
+    constexpr uint32_t k_few_charts = 3;
+    if (call.options.cut_to_pack)
+        return true;
+    const std::vector<uint32_t>& copy = call.sheets.copy;
+    return call.options.quality == Quality::quality && call.options.max_stretch < 1 &&
+           call.finished.chart_count() > k_few_charts &&
+           std::all_of(copy.begin(), copy.end(), [](uint32_t id) { return id == k_none; });
+}
+
+/// Cuts charts where that lets all of them grow. Quick layouts judge the cuts: what a cut has to
+/// gain is more than a thorough layout gains on a quick one.
+void cut_to_pack(ChartingCall& call, PackOptions options) {
+    options.quick = true;
+    cut_charts(*call.stages, call.options.max_charts, [&] {
+        call.finish();
+        const Packing packing = pack_finished(call.finished, options);
+        return packing.status == Status::ok ? packing.scale : 0.0;
+    });
+    call.finish();
+}
+
 Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
     ChartingCall call(mesh, options, true);
     const Failure failure = call.run();
@@ -93,16 +119,12 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
     call.progress.stage(Stage::packing);
     pack_options.executor = options.executor;
     pack_options.proceed = [&](double fraction) { return call.progress.advance(fraction); };
-    Packing packing = pack_finished(call.finished, pack_options);
-    if (options.cut_to_pack && packing.status == Status::ok) {
-        const auto pack_again = [&] {
-            call.finish();
-            packing = pack_finished(call.finished, pack_options);
-            return packing.status == Status::ok ? packing.scale : 0.0;
-        };
-        if (!cut_charts(*call.stages, options.max_charts, packing.scale, pack_again))
-            pack_again();
+    if (may_cut(call)) {
+        call.progress.part(0, 0.5);
+        cut_to_pack(call, pack_options);
+        call.progress.part(0.5, 1);
     }
+    const Packing packing = pack_finished(call.finished, pack_options);
     if (packing.status == Status::does_not_fit)
         return {packing.status, call.finished.chart_count()};
     if (packing.status != Status::ok)

@@ -136,10 +136,9 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     return true;
 }
 
-bool cut_charts(ChartStages& stages, uint32_t max_charts, double scale,
-                const std::function<double()>& pack) {
+void cut_charts(ChartStages& stages, uint32_t max_charts, const std::function<double()>& pack) {
     ChartCutter cutter(stages.flattener, stages.atoms, stages.smoother);
-    return cut_for_packing(cutter, max_charts, scale, pack);
+    cut_for_packing(cutter, max_charts, pack);
 }
 
 } // namespace tessora::atlas

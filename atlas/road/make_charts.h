@@ -32,7 +32,6 @@ struct ChartStages {
 bool make_charts(ChartStages& stages, ProgressMeter& progress);
 
 /// Cuts charts in two where that lets all charts grow; see cut_for_packing in charts/cut.h.
-bool cut_charts(ChartStages& stages, uint32_t max_charts, double scale,
-                const std::function<double()>& pack);
+void cut_charts(ChartStages& stages, uint32_t max_charts, const std::function<double()>& pack);
 
 } // namespace tessora::atlas

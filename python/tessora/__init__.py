@@ -189,7 +189,8 @@ def unwrap(vertices, faces, *, offsets=None, stretch=0.15, width=512, height=512
     weld: vertices at equal positions count as one, for meshes whose vertices are split at normals
     max_charts: more charts than this are an error; 0 = no limit
     stack: copies of a sheet share its place
-    cut_to_pack: cut large charts where that lets all charts grow
+    cut_to_pack: cut large charts where that lets all charts grow, however few there are and in fast mode too;
+        quality mode does so by itself where more than three charts share the texture and stretch is below 1
     progress: called with (stage, fraction), a text and 0 to 1. What it raises stops the work and is raised
         here; so is KeyboardInterrupt.
 

@@ -226,9 +226,10 @@ TEST(AtlasOrder, TheOrderOfTheTrianglesDoesNotMatter) {
 TEST(AtlasSheets, ACopyHasTheChartsOfItsSheet) {
     for (const bool reversed : {false, true})
         for (const TestMesh& mesh : {cube_of_quads(3), sphere(12), torus(20, 8)}) {
-            const uint32_t once = unwrap(mesh).charts;
-            Result result;
-            EXPECT_EQ(unwrap(doubled(mesh, reversed), {}, &result).charts, 2 * once);
+            Result once, result; // partition() cuts nothing for the texture
+            std::vector<uint32_t> adjacency;
+            ASSERT_EQ(partition(mesh.view(), {}, once, adjacency).status, Status::ok);
+            EXPECT_EQ(unwrap(doubled(mesh, reversed), {}, &result).charts, 2 * once.chart_count);
             for (uint32_t t = 0; t < mesh.faces(); t++)
                 for (uint32_t other = 0; other < t; other++)
                     ASSERT_EQ(result.chart[t] == result.chart[other],
@@ -534,6 +535,42 @@ TEST(AtlasCutToPack, ALongStripIsCutAndCoverageGrows) {
     EXPECT_LT(cut.charts, 26u);
     EXPECT_GT(cut.coverage, 5 * whole.coverage);
     EXPECT_NEAR(cut.l2, 1, 1e-5);
+}
+
+/// A long strip and short ones apart from it, each a chart of its own.
+TestMesh separate_strips(uint32_t strips) {
+    TestMesh mesh;
+    for (uint32_t k = 0; k < strips; ++k) {
+        const uint32_t quads = k == 0 ? 40 : 4;
+        const TestMesh one = row_of_quads(quads);
+        const uint32_t first = uint32_t(mesh.positions.size() / 3);
+        for (size_t i = 0; i < one.positions.size(); ++i)
+            mesh.positions.push_back(one.positions[i] + (i % 3 == 2 ? 5.0f * float(k) : 0.0f));
+        for (uint32_t i = 0; i < quads; ++i)
+            mesh.polygon({first + 2 * i, first + 2 * i + 2, first + 2 * i + 3, first + 2 * i + 1});
+    }
+    mesh.connect();
+    return mesh;
+}
+
+TEST(AtlasCutToPack, QualityModeCutsWhereSeveralChartsShareTheTexture) {
+    const TestMesh strips = separate_strips(4);
+    Options options;
+    options.max_stretch = 1; // nothing is cut
+    const Judgement whole = unwrap(strips, options);
+    EXPECT_EQ(whole.charts, 4u);
+    options.max_stretch = 0.15f;
+    const Judgement cut = unwrap(strips, options);
+    EXPECT_GT(cut.charts, 4u);
+    EXPECT_GT(cut.coverage, 2 * whole.coverage);
+}
+
+TEST(AtlasCutToPack, QualityModeLeavesAFewChartsWhole) {
+    EXPECT_EQ(unwrap(separate_strips(3)).charts, 3u);
+}
+
+TEST(AtlasCutToPack, CopiesAreNotCutUnasked) {
+    EXPECT_EQ(unwrap(doubled(separate_strips(4), true)).charts, 8u);
 }
 
 TEST(AtlasCutToPack, AChartThatFillsTheTextureIsNotCut) {
