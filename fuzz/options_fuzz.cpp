@@ -22,7 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string error;
     if (!app::parse_unwrap_request(words, request, error))
         report_finding(error.empty() ? "refused without a reason" : "");
-    else if (!request.help && request.input.empty())
+    else if (!request.help && request.input.empty() && request.batch.operands.empty() &&
+             request.batch.list.empty())
         report_finding("accepted without an input");
     return 0;
 }
