@@ -26,12 +26,4 @@ inline double turn(const std::vector<Vec3>& corners, size_t i, Vec3 axis) {
     return dot(cross(here - corners[(i + n - 1) % n], corners[(i + 1) % n] - here), axis);
 }
 
-inline bool is_convex(const std::vector<Vec3>& corners) {
-    const Vec3 axis = area_vector(corners);
-    for (size_t i = 0; i < corners.size(); i++)
-        if (!(turn(corners, i, axis) > k_least_turn * dot(axis, axis)))
-            return false;
-    return true;
-}
-
 } // namespace tessora::atlas
