@@ -1,27 +1,16 @@
 #include "app/fingerprint.h"
 #include "app/presets.h"
 #include "app/request_json.h"
+#include "tests/app/parsed_words.h"
 #include "tests/app/scratch.h"
 
 #include <nlohmann/json.hpp>
 
 namespace {
 
-using Words = std::vector<std::string>;
-
-app::UnwrapRequest parsed(const Words& words) {
-    app::UnwrapRequest request;
-    std::string error;
-    EXPECT_TRUE(parse_unwrap_request(words, request, error)) << error;
-    return request;
-}
-
-std::string refusal(const Words& words) {
-    app::UnwrapRequest request;
-    std::string error;
-    EXPECT_FALSE(parse_unwrap_request(words, request, error));
-    return error;
-}
+using test::parsed;
+using test::refusal;
+using test::Words;
 
 TEST(Presets, EachChangesSettingsAndStaysInRange) {
     const auto text = [](const app::UnwrapSettingsRequest& s) {

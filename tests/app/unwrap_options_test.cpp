@@ -1,24 +1,13 @@
 #include "app/presets.h"
 #include "app/unwrap_options.h"
+#include "tests/app/parsed_words.h"
 #include "tests/app/scratch.h"
 
 namespace {
 
-using Words = std::vector<std::string>;
-
-app::UnwrapRequest parsed(const Words& words) {
-    app::UnwrapRequest request;
-    std::string error;
-    EXPECT_TRUE(parse_unwrap_request(words, request, error)) << error;
-    return request;
-}
-
-std::string refusal(const Words& words) {
-    app::UnwrapRequest request;
-    std::string error;
-    EXPECT_FALSE(parse_unwrap_request(words, request, error));
-    return error;
-}
+using test::parsed;
+using test::refusal;
+using test::Words;
 
 TEST(UnwrapOptions, DefaultsEqualThoseOfThePluginCommand) {
     const app::UnwrapRequest r = parsed({"m.obj"});
