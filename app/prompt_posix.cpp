@@ -3,12 +3,14 @@
 
 #include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <editline/readline.h>
 #include <filesystem>
 #include <langinfo.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace app {
@@ -31,16 +33,30 @@ char* next_candidate(const char* prefix, int state) {
     return nullptr;
 }
 
+/// Waits until there is something to read; returns false if Ctrl-C was noted. A signal that comes
+/// between looking at the note and waiting would be missed, so it is blocked until ppoll() waits.
+bool wait_for_input(int file) {
+    sigset_t interrupt, before;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &interrupt, &before);
+    pollfd input = {file, POLLIN, 0};
+    while (!was_interrupted() && ::ppoll(&input, 1, nullptr, &before) < 0 && errno == EINTR) {
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return !was_interrupted();
+}
+
 /// Reads one byte; -1 at end of input, and when Ctrl-C was noted.
 int read_byte(int file) {
     unsigned char byte = 0;
-    for (;;) {
-        const ssize_t count = ::read(file, &byte, 1);
-        if (count == 1)
-            return byte;
-        if (count == 0 || errno != EINTR || was_interrupted())
+    ssize_t count = 0;
+    do {
+        if (!wait_for_input(file))
             return -1;
-    }
+        count = ::read(file, &byte, 1);
+    } while (count < 0 && errno == EINTR);
+    return count == 1 ? byte : -1;
 }
 
 /// Reads one character in UTF-8. The library's own reader waits on after Ctrl-C.

@@ -60,6 +60,10 @@ def main():
         shell.wait(r"\.\.\.> ")
         shell.type("\x03")
         shell.wait("tessora> ")
+        # At once after each prompt: the key must not fall between the prompt and the wait for it.
+        for _ in range(100):
+            shell.type("\x03")
+            shell.wait("tessora> ")
         shell.type("int $count; while (1) { $count++; }\n")
         time.sleep(1.0)
         shell.type("\x03")
