@@ -2,58 +2,13 @@
 
 #include "app/file_calls.h"
 #include "app/interrupt.h"
+#include "host/io/temporary_file.h"
 
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <filesystem>
-#include <mutex>
-#include <set>
 
 namespace app {
-namespace {
-
-namespace files = std::filesystem;
-
-constexpr std::string_view k_infix = ".tessora-tmp.";
-
-std::string temporary_name(const std::string& base, int attempt) {
-    return base + std::string(k_infix) + std::to_string(file_calls::process_id()) +
-           (attempt ? "." + std::to_string(attempt) : "");
-}
-
-/// The process in a name made by `temporary_name`; 0 for other names.
-long writer_of(const std::string& name) {
-    const size_t infix = name.rfind(k_infix);
-    if (infix == name.npos)
-        return 0;
-    const char* const end = name.data() + name.size();
-    long process = 0;
-    unsigned attempt = 0;
-    auto read = std::from_chars(name.data() + infix + k_infix.size(), end, process);
-    if (read.ec == std::errc() && read.ptr != end && *read.ptr == '.')
-        read = std::from_chars(read.ptr + 1, end, attempt);
-    return read.ec == std::errc() && read.ptr == end && process > 0 ? process : 0;
-}
-
-/// Removes the temporary files that killed processes left in a folder. Once per folder, so that
-/// writing many files into one does not list it every time.
-void remove_abandoned_files(const files::path& folder) {
-    static std::mutex mutex;
-    static std::set<files::path> done;
-    const std::lock_guard<std::mutex> guard(mutex);
-    if (!done.insert(folder).second)
-        return;
-    std::error_code failure;
-    files::directory_iterator entry(folder.empty() ? "." : folder, failure);
-    for (; !failure && entry != files::directory_iterator(); entry.increment(failure)) {
-        const long writer = writer_of(entry->path().filename().string());
-        if (writer != 0 && !file_calls::is_running(writer))
-            file_calls::remove_if_abandoned(entry->path().string());
-    }
-}
-
-} // namespace
 
 bool AtomicFile::fail(int reason, std::string& error) const {
     error = path_ + ": cannot be written: " + std::strerror(reason);
@@ -83,18 +38,9 @@ bool AtomicFile::open(const std::string& path, std::string& error, Existing exis
 }
 
 bool AtomicFile::create_temporary(std::string& error) {
-    remove_abandoned_files(files::path(target_).parent_path());
+    host::remove_abandoned_files(target_);
     const SignalsHeld held; // until the new file is in the list of files that a signal removes
-    std::string base = target_;
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        temporary_ = temporary_name(base, attempt);
-        file_ = file_calls::create_new(temporary_);
-        if (file_ < 0 && errno == ENAMETOOLONG &&
-            base == target_) // with the suffix the name is too long
-            base = (files::path(target_).parent_path() / "tessora").string();
-        else if (file_ >= 0 || errno != EEXIST)
-            break;
-    }
+    file_ = host::create_temporary(target_, temporary_);
     if (file_ < 0)
         return fail(errno, error);
     state_ = temporary;
@@ -146,7 +92,7 @@ bool AtomicFile::commit(std::string& error) {
 
 bool file_exists(const std::string& path) {
     std::error_code failure;
-    return files::exists(path, failure);
+    return std::filesystem::exists(path, failure);
 }
 
 void AtomicFile::discard() {

@@ -15,9 +15,6 @@ struct Target {
 /// Examines the file to be written. Returns false if it cannot be written.
 bool find_target(const std::string& path, Target& target);
 
-/// Creates a file that must not exist yet, and locks it until it is closed, so that
-/// `remove_if_abandoned` spares it. Returns its descriptor, or a negative number on failure.
-int create_new(const std::string& path);
 /// Opens a target that is not a regular file ("-" is standard output); negative on failure.
 int open_direct(const std::string& path);
 /// Closes a descriptor that open_direct returned.
@@ -32,13 +29,7 @@ bool close(int file);
 bool replace(const std::string& from, const std::string& to);
 /// Like `replace`, but fails with EEXIST if `to` exists.
 bool rename_new(const std::string& from, const std::string& to);
-/// Removes a temporary file whose writer is gone: no process holds it locked (on Windows: open).
-/// Failures are ignored.
-void remove_if_abandoned(const std::string& path);
 /// Safe inside signal handlers. Failures are ignored.
 void remove(const char* path);
-long process_id();
-/// Whether a process with this id runs on this computer.
-bool is_running(long process);
 
 } // namespace app::file_calls

@@ -3,10 +3,8 @@
 
 #include <cerrno>
 #include <climits>
-#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -81,13 +79,6 @@ bool find_target(const std::string& path, Target& target) {
     return !exists || ::access(target.path.c_str(), W_OK) == 0;
 }
 
-int create_new(const std::string& path) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (file >= 0) // not all file systems can lock; then only the process id protects the file
-        ::flock(file, LOCK_EX | LOCK_NB);
-    return file;
-}
-
 int open_direct(const std::string& path) {
     return path == "-" ? STDOUT_FILENO : ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
 }
@@ -135,23 +126,7 @@ bool rename_new(const std::string& from, const std::string& to) {
     return done;
 }
 
-void remove_if_abandoned(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    if (file < 0)
-        return;
-    struct stat info = {};
-    if (::fstat(file, &info) == 0 && S_ISREG(info.st_mode) && ::flock(file, LOCK_EX | LOCK_NB) == 0)
-        ::unlink(path.c_str());
-    ::close(file);
-}
-
 void remove(const char* path) { ::unlink(path); }
-
-long process_id() { return ::getpid(); }
-
-bool is_running(long process) {
-    return ::kill(static_cast<pid_t>(process), 0) == 0 || errno != ESRCH;
-}
 
 } // namespace file_calls
 

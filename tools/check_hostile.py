@@ -204,8 +204,8 @@ def planted_temporary_names(box):
     script = ["-c", 'polyCube; file -rename "s.ma"; file -save; optionVar -sv "v" "1";']
 
     def plant():  # the program keeps this process's id
-        for name in ["m_uv.obj.tessora-tmp", "s.ma.tmp", "o.mel.tmp"]:
-            os.symlink("victim", box.path(f"{name}.{os.getpid()}"))
+        for name in ["m_uv.obj", "s.ma", "o.mel"]:
+            os.symlink("victim", box.path(f"{name}.tessora-tmp.{os.getpid()}"))
     assert box.run("unwrap", "m.obj", before=plant).returncode == 0
     environment = {**os.environ, "TESSORA_PREFERENCES": os.fsdecode(box.path("o.mel"))}
     assert box.run(*script, before=plant, env=environment).returncode == 0
@@ -305,8 +305,10 @@ def kill_scene(box):
     assert box.run("-c", statements).returncode == 0
     scene = box.get("s.ma")
     for i in range(30):
-        kill_during_write(box, ["-c", statements], "s.ma.tmp", random.uniform(0, 0.05))
+        kill_during_write(box, ["-c", statements], "s.ma.tessora-tmp", random.uniform(0, 0.05))
         assert box.get("s.ma") == scene, f"kill {i}: the scene is damaged"
+    assert box.run("-c", statements).returncode == 0  # removes what the killed runs left
+    assert not [name for name in box.names() if b"tmp." in name], f"left behind: {box.names()}"
 
 
 # Names and surroundings ------------------------------------------------------------------------------

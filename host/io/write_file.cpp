@@ -1,6 +1,7 @@
 #include "host/io/write_file.h"
 
 #include "host/io/open_flags.h"
+#include "host/io/temporary_file.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -18,9 +19,8 @@ namespace {
 
 namespace files = std::filesystem;
 
-constexpr int k_max_links = 40;            // as many as Linux follows
-constexpr size_t k_max_write = 1u << 30;   // bytes; every system accepts that much in one call
-constexpr int k_max_temporary_names = 100; // this many stale files cannot be an accident
+constexpr int k_max_links = 40;          // as many as Linux follows
+constexpr size_t k_max_write = 1u << 30; // bytes; every system accepts that much in one call
 
 /// `path` with symbolic links in its last part followed, also to a missing file.
 bool follow_links(files::path& path) {
@@ -32,26 +32,6 @@ bool follow_links(files::path& path) {
     }
     errno = ELOOP;
     return false;
-}
-
-/// Opens a file that must not exist, not even as a link; negative on failure.
-int create_new(const std::string& path) {
-    return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_BINARY | O_CLOEXEC, 0666);
-}
-
-int create_temporary(const files::path& target, std::string& name) {
-    const std::string suffix = ".tmp." + std::to_string(::getpid());
-    std::string base = target.string();
-    int file = -1;
-    for (int attempt = 0; attempt < k_max_temporary_names; ++attempt) {
-        name = base + suffix + (attempt ? "." + std::to_string(attempt) : "");
-        file = create_new(name);
-        if (file < 0 && errno == ENAMETOOLONG)
-            base = (target.parent_path() / "tessora").string();
-        else if (file >= 0 || errno != EEXIST)
-            break;
-    }
-    return file;
 }
 
 bool write_all(int file, std::string_view bytes) {
@@ -75,7 +55,8 @@ bool write_and_close(int file, std::string_view bytes, bool sync) {
 
 bool replace(const files::path& target, std::string_view bytes, Durability durability) {
     std::string temporary;
-    const int file = create_temporary(target, temporary);
+    remove_abandoned_files(target.string());
+    const int file = create_temporary(target.string(), temporary);
     if (file < 0)
         return false;
     std::error_code failure;

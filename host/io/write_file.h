@@ -16,7 +16,7 @@ enum class Durability {
 
 /// Writes `bytes` to a new file beside `path` and renames it over `path`, with the permissions of
 /// the file it replaces. Symbolic links to files are followed and stay. Devices and pipes are
-/// written directly. A file or link that is planted under the temporary name is left alone. Errors:
+/// written directly. Temporary files: see temporary_file.h. Errors:
 /// false with the system's words in `reason`; the old file is unchanged.
 MHOST_EXPORT bool write_file(const std::string& path, std::string_view bytes, Durability durability,
                              std::string& reason);

@@ -2,6 +2,7 @@
 #include "tests/app/scratch.h"
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -27,7 +28,7 @@ TEST(WriteFile, ReplacesTheOldFileAndKeepsItsPermissions) {
 
 TEST(WriteFile, LeavesALinkPlantedUnderTheTemporaryNameAlone) {
     Scratch dir;
-    const std::string planted = "scene.ma.tmp." + std::to_string(::getpid());
+    const std::string planted = "scene.ma.tessora-tmp." + std::to_string(::getpid());
     dir.put("victim", "untouched");
     std::filesystem::create_symlink("victim", dir.path(planted));
     std::string reason;
@@ -36,6 +37,26 @@ TEST(WriteFile, LeavesALinkPlantedUnderTheTemporaryNameAlone) {
     EXPECT_TRUE(std::filesystem::is_symlink(dir.path(planted)));
     EXPECT_FALSE(std::filesystem::is_symlink(dir.path("scene.ma")));
     EXPECT_EQ("new", dir.get("scene.ma"));
+}
+
+TEST(WriteFile, RemovesWhatKilledProcessesLeftInTheFolder) {
+    Scratch dir;
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(0);
+    ::waitpid(child, nullptr, 0);
+    dir.put("other.ma.tessora-tmp." + std::to_string(child), "half");
+    std::string reason;
+    ASSERT_TRUE(write(dir.path("scene.ma"), "new", reason)) << reason;
+    EXPECT_EQ(Names{"scene.ma"}, dir.names());
+}
+
+TEST(WriteFile, WritesFilesWithNamesOf255Bytes) {
+    Scratch dir;
+    const std::string name(255, 'n');
+    std::string reason;
+    ASSERT_TRUE(write(dir.path(name), "new", reason)) << reason;
+    EXPECT_EQ(Names{name}, dir.names());
 }
 
 TEST(WriteFile, WritesBehindLinksToExistingAndMissingFiles) {
