@@ -2,6 +2,7 @@
 #include "atlas/charts/merge.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace tessora::atlas {
 namespace {
@@ -12,6 +13,8 @@ int bit_length(size_t n) {
         ++bits;
     return bits;
 }
+
+uint64_t pair_key(uint32_t a, uint32_t b) { return uint64_t(a) << 32 | b; }
 
 } // namespace
 
@@ -74,6 +77,32 @@ bool Merger::failed_before(const Pair& p) {
     return false;
 }
 
+/// Whether an earlier run has tried these versions of the pair, and the limit has not risen enough
+/// since for another result.
+bool Merger::refused_before(const Pair& p) const {
+    const auto found = refusals_.find(pair_key(p.a, p.b));
+    return found != refusals_.end() && found->second.version_a == p.version_a &&
+           found->second.version_b == p.version_b && terms_.limit < found->second.below;
+}
+
+/// Tries a pair unless it is known to fail. True if it was merged.
+bool Merger::try_or_remember(const Pair& p) {
+    if (refused_before(p))
+        return false;
+    next_limit_ = std::numeric_limits<double>::infinity();
+    if (try_pair(p.a, p.b))
+        return true;
+    refusals_[pair_key(p.a, p.b)] = {p.version_a, p.version_b, next_limit_};
+    return false;
+}
+
+/// Refusals hold for any limit, but only as long as nothing else that decides changes.
+void Merger::forget_refusals_unless_same(Round round, const MergeTerms& terms) {
+    if (round != round_ || terms.slack != terms_.slack ||
+        terms.hardness_weight != terms_.hardness_weight)
+        refusals_.clear();
+}
+
 /// The mean over both charts, weighted by area.
 double Merger::hardness(uint32_t a, uint32_t b) const {
     return (history_[a].hard_area + history_[b].hard_area) /
@@ -81,6 +110,7 @@ double Merger::hardness(uint32_t a, uint32_t b) const {
 }
 
 bool Merger::run(Round round, const MergeTerms& terms, ProgressMeter& progress) {
+    forget_refusals_unless_same(round, terms);
     round_ = round;
     terms_ = terms;
     for (History& history : history_)
@@ -98,7 +128,7 @@ bool Merger::run(Round round, const MergeTerms& terms, ProgressMeter& progress) 
         if (!set_.charts[p.a].alive || !set_.charts[p.b].alive || a.version != p.version_a ||
             b.version != p.version_b || failed_before(p))
             continue;
-        if (try_pair(p.a, p.b)) {
+        if (try_or_remember(p)) {
             if (!progress.advance(double(++done) / double(expected)))
                 return false;
         } else {

@@ -14,6 +14,7 @@
 #include "atlas/progress.h"
 
 #include <queue>
+#include <unordered_map>
 
 namespace tessora::atlas {
 
@@ -75,6 +76,12 @@ private:
     struct FailedPair {
         uint32_t other, own_version, other_version;
     };
+    /// What is known of a pair that failed: trying these versions again fails in the same way under
+    /// every limit below the given one.
+    struct Refusal {
+        uint32_t version_a, version_b;
+        double below;
+    };
     /// Data that merging keeps for each chart.
     struct History {
         uint32_t version = 0; ///< merges so far; pairs queued for an earlier version are stale
@@ -95,6 +102,9 @@ private:
 
     void push_pairs(uint32_t a);
     bool failed_before(const Pair& p);
+    bool refused_before(const Pair& p) const;
+    bool try_or_remember(const Pair& p);
+    void forget_refusals_unless_same(Round round, const MergeTerms& terms);
     bool try_pair(uint32_t a, uint32_t b);
     void find_runs(uint32_t a, uint32_t b, std::vector<BorderRun>& runs) const;
     bool borders_chart(uint32_t h, uint32_t b) const;
@@ -123,6 +133,8 @@ private:
     bool solve(Chart& joined, const std::vector<Vec2>& gap);
     bool close_without_solving(Chart& joined, const std::vector<Vec2>& gap);
     void spread_gap(const std::vector<Vec2>& gap, uint32_t rings);
+    bool within_limit(const StretchSums& sums);
+    bool hopeless(const StretchSums& sums);
     bool worth_more_work() const;
     bool relax_band(uint32_t rings, bool global);
     bool legal_once_slits_close(Chart& joined);
@@ -135,7 +147,9 @@ private:
     Round round_ = Round::free;
     MergeTerms terms_{};
     std::priority_queue<Pair> queue_;
-    std::vector<History> history_;    ///< per chart
+    std::vector<History> history_;                   ///< per chart
+    std::unordered_map<uint64_t, Refusal> refusals_; ///< by pair_key
+    double next_limit_ = 0; ///< least limit under which the pair being tried could fare better
     std::vector<FaceSums> face_sums_; ///< per triangle
     SharedBorders shared_;
     Arc arc_;

@@ -409,6 +409,27 @@ bool Merger::close_without_solving(Chart& joined, const std::vector<Vec2>& gap) 
     return joined.stretch.flipped == 0;
 }
 
+/// Whether the stretch keeps to the limit. If not, the same outcome will under a limit as large as
+/// the stretch.
+bool Merger::within_limit(const StretchSums& sums) {
+    const double l2 = sums.worst_l2();
+    if (l2 <= terms_.limit)
+        return true;
+    next_limit_ = std::min(next_limit_, l2);
+    return false;
+}
+
+/// Whether the stretch is so far above the limit that a larger band will not help. If it is, the
+/// same outcome will not be under a limit that is large enough.
+bool Merger::hopeless(const StretchSums& sums) {
+    constexpr double k_rounding = 1e-9; // a limit that is nearly large enough counts as such
+    const double l2 = sums.worst_l2();
+    if (!(l2 > 1 + k_hopeless * (terms_.limit - 1)))
+        return false;
+    next_limit_ = std::min(next_limit_, (1 + (l2 - 1) / k_hopeless) * (1 - k_rounding));
+    return true;
+}
+
 /// Closes the gap and brings the joined chart within the stretch limit; fills joined.stretch.
 bool Merger::solve(Chart& joined, const std::vector<Vec2>& gap) {
     constexpr double k_negligible_gap = 1e-7; // of the mean edge length
@@ -417,20 +438,18 @@ bool Merger::solve(Chart& joined, const std::vector<Vec2>& gap) {
         widest = std::max(widest, length(g));
     const double edge = arc_.length / double(arc_.edges.size());
     if (widest <= k_negligible_gap * edge && close_without_solving(joined, gap))
-        return joined.stretch.worst_l2() <= terms_.limit;
+        return within_limit(joined.stretch);
     const double extra = k_rings_per_gap * widest / edge;
     uint32_t rings = k_first_rings + uint32_t(std::min(k_max_extra_rings, extra));
     bool whole = band_.grow(arc_.node_b, rings);
     spread_gap(gap, rings);
-    const double hopeless = 1 + k_hopeless * (terms_.limit - 1);
     for (int attempt = 0;; ++attempt) {
         const bool valid = relax_band(rings, whole && attempt > 0);
         joined.stretch = joined_sums();
-        const double l2 = joined.stretch.worst_l2();
-        if (valid && joined.stretch.flipped == 0 && l2 <= terms_.limit)
+        if (valid && joined.stretch.flipped == 0 && within_limit(joined.stretch))
             return true;
-        if ((whole && attempt > 0) || (valid && l2 > hopeless) || !worth_more_work() ||
-            (!options_.thorough && attempt > 0))
+        if ((whole && attempt > 0) || !worth_more_work() || (!options_.thorough && attempt > 0) ||
+            (valid && hopeless(joined.stretch)))
             return false;
         rings *= k_band_growth;
         if (!whole)
@@ -450,7 +469,7 @@ bool Merger::legal_once_slits_close(Chart& joined) {
             band_.add_face(c / 3);
         });
     joined.stretch = joined_sums();
-    return legal && joined.stretch.flipped == 0 && joined.stretch.worst_l2() <= terms_.limit &&
+    return legal && joined.stretch.flipped == 0 && within_limit(joined.stretch) &&
            stretch_pays(joined) && flattener_.judge_outline(joined);
 }
 
