@@ -448,7 +448,10 @@ bool Merger::solve(Chart& joined, const std::vector<Vec2>& gap) {
         joined.stretch = joined_sums();
         if (valid && joined.stretch.flipped == 0 && within_limit(joined.stretch))
             return true;
-        if ((whole && attempt > 0) || !worth_more_work() || (!options_.thorough && attempt > 0) ||
+        // Solving all of the chart a second time differs only where it adds a global solve, and a
+        // first solve that failed has made one.
+        const bool exhausted = whole && (attempt > 0 || !valid);
+        if (exhausted || !worth_more_work() || (!options_.thorough && attempt > 0) ||
             (valid && hopeless(joined.stretch)))
             return false;
         rings *= k_band_growth;
