@@ -81,6 +81,8 @@ void Patch::untangle_vertex(uint32_t v, double offset) {
 void Patch::untangle(int rounds) {
     constexpr double k_first_offset = 0.3, k_offset_factor = 0.6;
     constexpr int k_sweeps = 3;
+    // More flipped triangles than this that do not get fewer in the first round do not later on.
+    constexpr uint32_t k_many = 64;
     build_stars();
     std::vector<uint32_t> moving;
     std::vector<uint8_t> is_moving(uv.size(), 0);
@@ -91,10 +93,11 @@ void Patch::untangle(int rounds) {
         }
     };
     double offset = k_first_offset;
+    uint32_t flipped_before = 0;
     for (int round = 0; round < rounds; ++round, offset *= k_offset_factor) {
-        bool clean = true;
+        uint32_t flipped_now = 0;
         const auto add_around = [&](const uint32_t* corner) { // corners and their neighbours
-            clean = false;
+            ++flipped_now;
             for (uint32_t k = 0; k < 3; ++k) {
                 const uint32_t hub = corner[k];
                 add(hub);
@@ -110,8 +113,9 @@ void Patch::untangle(int rounds) {
         for (const Guard& guard : guards_)
             if (is_flipped(guard))
                 add_around(guard.corner);
-        if (clean)
+        if (flipped_now == 0 || (round == 1 && flipped_now > std::max(k_many, flipped_before)))
             return;
+        flipped_before = flipped_now;
         for (int sweep = 0; sweep < k_sweeps; ++sweep)
             for (uint32_t v : moving)
                 untangle_vertex(v, offset);
