@@ -100,6 +100,11 @@ private:
         uint32_t corner[3];
         FaceShape shape;
     };
+    /// The vertices that untangle moves, in the order in which it moves them.
+    struct MovingVertices {
+        std::vector<uint32_t> list;
+        std::vector<uint8_t> has; ///< per vertex
+    };
     void build_stars();
     void set_guard_floors();
     static FaceShape shape_of(const Frame& frame);
@@ -117,6 +122,7 @@ private:
     }
     double offset_energy(uint32_t v, Vec2 p, double offset) const;
     Quadratic offset_derivatives(uint32_t v, double offset) const;
+    uint32_t add_flipped(MovingVertices& moving) const;
     void untangle_vertex(uint32_t v, double offset);
 
     std::vector<uint32_t> corner_;     ///< 3 per triangle: vertex

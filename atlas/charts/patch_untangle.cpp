@@ -78,46 +78,53 @@ void Patch::untangle_vertex(uint32_t v, double offset) {
         }
 }
 
+/// Adds the corners of flipped triangles and guards, and the neighbours of these, to the vertices
+/// that move. Returns the number of flipped ones.
+uint32_t Patch::add_flipped(MovingVertices& moving) const {
+    const auto add = [&](uint32_t v) {
+        if (!moving.has[v] && !pinned[v]) {
+            moving.has[v] = 1;
+            moving.list.push_back(v);
+        }
+    };
+    uint32_t count = 0;
+    const auto add_around = [&](const uint32_t* corner) {
+        ++count;
+        for (uint32_t k = 0; k < 3; ++k) {
+            const uint32_t hub = corner[k];
+            add(hub);
+            for (uint32_t i = star_begin_[hub]; i < star_begin_[hub + 1]; ++i) {
+                add(star_[i].q);
+                add(star_[i].r);
+            }
+        }
+    };
+    for (uint32_t t = 0; t < shape_.size(); ++t)
+        if (is_flipped(t))
+            add_around(&corner_[3 * t]);
+    for (const Guard& guard : guards_)
+        if (is_flipped(guard))
+            add_around(guard.corner);
+    return count;
+}
+
 void Patch::untangle(int rounds) {
     constexpr double k_first_offset = 0.3, k_offset_factor = 0.6;
     constexpr int k_sweeps = 3;
     // More flipped triangles than this that do not get fewer in the first round do not later on.
     constexpr uint32_t k_many = 64;
     build_stars();
-    std::vector<uint32_t> moving;
-    std::vector<uint8_t> is_moving(uv.size(), 0);
-    const auto add = [&](uint32_t v) {
-        if (!is_moving[v] && !pinned[v]) {
-            is_moving[v] = 1;
-            moving.push_back(v);
-        }
-    };
+    MovingVertices moving;
+    moving.has.assign(uv.size(), 0);
     double offset = k_first_offset;
     uint32_t flipped_before = 0;
     for (int round = 0; round < rounds; ++round, offset *= k_offset_factor) {
-        uint32_t flipped_now = 0;
-        const auto add_around = [&](const uint32_t* corner) { // corners and their neighbours
-            ++flipped_now;
-            for (uint32_t k = 0; k < 3; ++k) {
-                const uint32_t hub = corner[k];
-                add(hub);
-                for (uint32_t i = star_begin_[hub]; i < star_begin_[hub + 1]; ++i) {
-                    add(star_[i].q);
-                    add(star_[i].r);
-                }
-            }
-        };
-        for (uint32_t t = 0; t < shape_.size(); ++t)
-            if (is_flipped(t))
-                add_around(&corner_[3 * t]);
-        for (const Guard& guard : guards_)
-            if (is_flipped(guard))
-                add_around(guard.corner);
+        const uint32_t flipped_now = add_flipped(moving);
         if (flipped_now == 0 || (round == 1 && flipped_now > std::max(k_many, flipped_before)))
             return;
         flipped_before = flipped_now;
         for (int sweep = 0; sweep < k_sweeps; ++sweep)
-            for (uint32_t v : moving)
+            for (uint32_t v : moving.list)
                 untangle_vertex(v, offset);
     }
 }
