@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets and runs each for a minute from its corpus in fuzz/corpus/.
 #
-#   tools/fuzz.sh [TARGET...]            obj, scene, script, options, gltf, engine, false_edges, mesh, measure
+#   tools/fuzz.sh [TARGET...]            obj, scene, script, options, gltf, engine, pack, false_edges, mesh,
+#                                        measure
 #   tools/fuzz.sh --brief [TARGET...]    10 seconds each
 #   tools/fuzz.sh --seconds N [TARGET...]
 #
@@ -16,12 +17,12 @@ while [ $# -gt 0 ]; do
     case "$1" in
     --brief) seconds=10 ;;
     --seconds) seconds=$2; shift ;;
-    -h | --help) sed -n '2,10s/^# \{0,1\}//p' "$0"; exit 0 ;;
+    -h | --help) sed -n '2,11s/^# \{0,1\}//p' "$0"; exit 0 ;;
     *) targets+=("$1") ;;
     esac
     shift
 done
-[ ${#targets[@]} -gt 0 ] || targets=(obj scene script options gltf engine false_edges mesh measure)
+[ ${#targets[@]} -gt 0 ] || targets=(obj scene script options gltf engine pack false_edges mesh measure)
 
 tools/setup.sh
 tools/setup.sh tools/packages-fuzz.txt

@@ -32,7 +32,7 @@ struct ChartShape {
     double hull_perimeter = 0; ///< chart units
     Vec2 axis{1, 0};   ///< direction of the longer side of the minimum-area box, unit length
     double length = 0; ///< of that box along `axis`
-    double width = 0;  ///< across it, <= length
+    double width = 0;  ///< across it, <= length unless stand_along() chose the axis
 };
 
 /// The borders of all charts. A chain joins consecutive points by segments; a chain of one point is

@@ -112,7 +112,7 @@ Packing pack_charts(const PackCharts& charts, const PackOptions& options, const 
             continue;
         ++(shape.kept ? kept : present);
         if (!shape.kept)
-            extent = std::max(extent, shape.length);
+            extent = std::max({extent, shape.length, shape.width});
     }
     if (present == 0)
         return packing;

@@ -390,6 +390,16 @@ TEST(Repack, TakesChartsThatTouchThemselvesOrHaveHoles) {
         EXPECT_FALSE(chart.tangled);
 }
 
+TEST(Repack, PacksAnUprightNeedleThatMayNotTurn) {
+    Charts charts;
+    charts.fan({{0, 0}, {1e-20, 0.5}, {0, 0.9}}, false);
+    PackSettings settings = fast();
+    settings.turns = Turns::none;
+    const PackResult result = packed(charts, settings);
+    ASSERT_EQ(result.uvs.size(), 6u);
+    EXPECT_NEAR(result.uvs[5] - result.uvs[1], 1, 0.02);
+}
+
 TEST(Repack, TakesEmptyInputAndChartsWithoutArea) {
     EXPECT_EQ(status_of({}, fast()), Status::ok);
     Charts charts;
