@@ -65,7 +65,12 @@ Application::Application(const app::ViewRequest& options, std::string& error)
     panels_->on_redraw = [this] { frame(false); };
     uvs_ = std::make_unique<UvPanel>();
     host::set_progress_listener(this);
+    host::set_stage_listener(this);
     host::set_notice_listener(this);
+    session.interpreter().set_stop([this] {
+        keep_up();
+        return is_cancelled_;
+    });
     // Before loading: only an interactive application runs a plug-in's UI procedures.
     host::graph::Plugins::current().mode = host::graph::AppMode::interactive;
     if (app::load_plugin(error))
@@ -80,7 +85,9 @@ Application::~Application() {
     if (error_stream_)
         std::cerr.rdbuf(error_stream_);
     host::set_progress_listener(nullptr);
+    host::set_stage_listener(nullptr);
     host::set_notice_listener(nullptr);
+    Session::current().interpreter().set_stop(nullptr);
     Session::current().set_output(nullptr);
     Session::current().on_quit = nullptr;
     Session::current().ui().ask = nullptr;
@@ -159,38 +166,6 @@ void Application::load_fonts() {
     state_.fonts = set_theme(state_.scale, state_.glyphs.characters());
     ImGui_ImplOpenGL2_DestroyFontsTexture();
     ImGui_ImplOpenGL2_CreateFontsTexture();
-}
-
-void Application::run_statements(const std::string& statements) {
-    std::cerr.rdbuf(error_lines_.get());
-    const size_t map_revision = state_.map_revision;
-    state_.status_revision = state_.console.revision();
-    const Session::Outcome outcome = Session::current().run(statements, "window");
-    has_failed_ = !outcome.ok;
-    // What was opened is what the next command works on. Not an entry of the undo queue, which is
-    // empty after opening.
-    if (outcome.ok && statements.compare(0, 10, "file -open") == 0)
-        Session::current().run("if (size(`ls -sl`) == 0) select -all;", "window", false);
-    std::string result;
-    for (const std::string& text : outcome.value.flattened())
-        result += (result.empty() ? "" : " ") + text;
-    if (outcome.ok && !result.empty())
-        state_.console.result(result);
-    if (!update_meshes()) {
-        has_failed_ = true;
-        state_.console.error("A mesh could not be brought up to date; it is shown as it was.");
-    }
-    std::cerr.rdbuf(error_stream_);
-    progress_ = host::ProgressState();
-    const bool had_mesh = static_cast<bool>(state_.subject.shape);
-    const auto* before = state_.subject.shape.get();
-    state_.refresh();
-    for (const auto& line : state_.console.lines())
-        state_.glyphs.note(line.text);
-    if (state_.subject.shape && (!had_mesh || before != state_.subject.shape.get()))
-        panels_->frame_all();
-    state_.status = summary(statements, map_revision);
-    set_title();
 }
 
 /// Status line text after a statement: what was undone, redone or unwrapped.
@@ -314,27 +289,6 @@ bool Application::write_screenshot() {
         return true;
     app::say(error);
     return false;
-}
-
-void Application::changed(const host::ProgressState& progress) {
-    const bool is_new =
-        progress.is_shown != progress_.is_shown || !(progress.status == progress_.status);
-    progress_ = progress;
-    // Progress may change faster than a frame is drawn: spend at most a fifth of the time drawing.
-    const auto now = Clock::now();
-    const auto pause = std::max<Clock::duration>(std::chrono::milliseconds(66), 4 * drawing_time_);
-    if (!progress.is_shown || (!is_new && now - last_progress_ < pause))
-        return;
-    frame(false);
-    last_progress_ = Clock::now();
-    drawing_time_ = last_progress_ - now;
-}
-
-bool Application::show(const char* caption, const char* text) {
-    state_.console.warning(text);
-    if (options_.screenshot.empty())
-        ask(caption, text, {"OK"}, "OK", "OK");
-    return true;
 }
 
 } // namespace window

@@ -1,12 +1,13 @@
 /// The desktop window: a main loop that draws frames and runs the user's statements between them.
 ///
-/// Single-threaded. During a long statement the host's progress callback draws frames, with all
-/// controls disabled.
+/// Single-threaded. During a long statement the host's callbacks draw frames, with all controls
+/// disabled but the button that cancels.
 #pragma once
 
 #include "app/view_options.h"
 #include "host/ui/notices.h"
 #include "host/ui/progress_window.h"
+#include "host/ui/stages.h"
 #include "window/dialogs.h"
 #include "window/file_chooser.h"
 #include "window/input_queue.h"
@@ -15,6 +16,7 @@
 #include "window/model_panels.h"
 #include "window/side_panels.h"
 #include "window/uv_panel.h"
+#include "window/work_progress.h"
 
 #include <chrono>
 #include <functional>
@@ -26,7 +28,9 @@ struct GLFWwindow;
 
 namespace window {
 
-class Application : private host::ProgressListener, private host::NoticeListener {
+class Application : private host::ProgressListener,
+                    private host::NoticeListener,
+                    private host::StageListener {
 public:
     /// Errors: sets `error` to a sentence if there is no screen, no OpenGL or no plug-in.
     explicit Application(const app::ViewRequest& options, std::string& error);
@@ -48,11 +52,18 @@ private:
     void load_fonts();
     bool write_screenshot();
     void start();
-    void run_statements(const std::string& statements);
     std::string summary(const std::string& statements, size_t map_revision) const;
     void main_loop();
     void after_first_frame();
     void set_title();
+
+    // computing.cpp: running statements, and what happens while they run
+    void run_statements(const std::string& statements);
+    bool run_and_print(const std::string& statements);
+    void keep_up();
+    void cancel();
+    void take_back(size_t undo_count, const UnwrapResults& results);
+    void draw_progress();
 
     // frame.cpp: drawing one frame, keyboard, modal questions
     void frame(bool is_live);
@@ -66,7 +77,6 @@ private:
     void draw_status(float top, float width);
     void draw_help();
     void draw_about();
-    void draw_progress();
     void draw_question();
     void take_common_keys();
     void perform(Action action);
@@ -91,7 +101,8 @@ private:
 
     // Called by the host while a statement runs.
     void changed(const host::ProgressState& progress) override;
-    bool is_cancelled() override { return false; }
+    bool is_cancelled() override { return is_cancelled_; }
+    bool reached(const char* stage, float fraction) override;
     bool show(const char* caption, const char* text) override;
 
     app::ViewRequest options_;
@@ -106,9 +117,13 @@ private:
     FileChooser chooser_;
     std::unique_ptr<ModelPanels> panels_;
     std::unique_ptr<UvPanel> uvs_;
-    host::ProgressState progress_;
-    Clock::time_point last_progress_;
-    Clock::duration drawing_time_{}; ///< of the last frame drawn while a statement ran
+    WorkProgress progress_;
+    bool is_computing_ = false;       ///< a statement runs
+    bool is_cancelled_ = false;       ///< it is to stop and to be taken back
+    bool is_unwrapping_ = false;      ///< a plug-in shows the host's progress window
+    Clock::time_point last_poll_;     ///< of events, while a statement runs
+    Clock::time_point last_progress_; ///< the last frame drawn while it runs
+    Clock::duration drawing_time_{};  ///< of that frame
     bool is_in_frame_ = false;
     InputQueue input_;
     bool is_alt_alone_ = false; ///< Alt is down and nothing else was pressed since

@@ -32,12 +32,16 @@ void Console::print(const std::string& text) {
 }
 
 void Console::warning(const std::string& text) {
+    if (withholds_errors)
+        return;
     if (echoes_to_streams)
         errors_ << "// Warning: " << text << std::endl;
     add(Kind::warning, "// Warning: " + text);
 }
 
 void Console::error(const std::string& text) {
+    if (withholds_errors)
+        return;
     if (echoes_to_streams)
         errors_ << "// Error: " << text << std::endl;
     add(Kind::error, "// Error: " + text);

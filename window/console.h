@@ -37,6 +37,9 @@ public:
     const Line* last(size_t since = 0) const;
     void clear();
     bool echoes_to_streams = true;
+    /// Warnings and errors are dropped, because what causes them was asked for: a cancelled
+    /// statement fails in many words.
+    bool withholds_errors = false;
 
     // Input history, navigated with the up and down keys as in a shell.
     void remember(const std::string& statements);

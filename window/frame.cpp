@@ -48,6 +48,8 @@ void Application::note_alt(int key, int action) {
 
 void Application::note_key(int key, int action, int modifiers) {
     note_alt(key, action);
+    if (is_computing_ && !question_ && action == GLFW_PRESS && key == GLFW_KEY_ESCAPE)
+        return cancel();
     const bool is_text = ImGui::GetIO().WantTextInput && key <= GLFW_KEY_GRAVE_ACCENT &&
                          (modifiers & (GLFW_MOD_CONTROL | GLFW_MOD_ALT)) == 0;
     if (action == GLFW_PRESS && key >= 0 && key < GLFW_KEY_LEFT_SHIFT && !is_text)
@@ -153,7 +155,7 @@ void Application::draw_everything(bool is_live) {
     draw_about();
     if (question_)
         draw_question();
-    else if (!is_live && progress_.is_shown)
+    else if (is_computing_ && progress_.is_worth_showing(Clock::now()))
         draw_progress();
 }
 
@@ -317,31 +319,6 @@ void Application::draw_about() {
             (ImGui::IsWindowFocused() && ImGui::IsKeyPressed(GLFW_KEY_ESCAPE, false)))
             shows_about_ = false;
     }
-    ImGui::End();
-}
-
-void Application::draw_progress() {
-    const ImVec2 middle = ImGui::GetMainViewport()->GetCenter();
-    ImGui::SetNextWindowPos(middle, ImGuiCond_Always, {0.5f, 0.5f});
-    ImGui::SetNextWindowSize({420.0f * state_.scale, 0.0f});
-    ImGui::SetNextWindowFocus();
-    ImGui::Begin("###progress", nullptr,
-                 ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_AlwaysAutoResize |
-                     ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoNav);
-    const char* title = progress_.title.asChar();
-    ImGui::TextUnformatted(*title ? title : "Working");
-    if (!(progress_.status == progress_.title)) {
-        ImGui::PushStyleColor(ImGuiCol_Text, colour::faint);
-        ImGui::TextUnformatted(progress_.status.asChar());
-        ImGui::PopStyleColor();
-    }
-    const int range = progress_.maximum - progress_.minimum;
-    const float share = range > 0 ? static_cast<float>(progress_.value - progress_.minimum) /
-                                        static_cast<float>(range)
-                                  : 0.0f;
-    ImGui::ProgressBar(share, {-1.0f, 0.0f});
-    const ImVec2 at = ImGui::GetWindowPos(), size = ImGui::GetWindowSize();
-    state_.places.add("progress", at.x, at.y, size.x, size.y);
     ImGui::End();
 }
 

@@ -24,6 +24,9 @@ public:
     /// Runs all entries in order. Refused (returns false) from inside a job.
     bool run_all();
 
+    /// Drops the entries that wait; the running one goes on.
+    void clear() { waiting_.clear(); }
+
     bool is_empty() const { return waiting_.empty(); }
 
 private:

@@ -309,6 +309,7 @@ const std::vector<Shortcut>& shortcuts() {
         {"Alt or F10, arrows, Enter", "the menus"},
         {"Tab, Shift+Tab, arrows, Space", "from control to control in a dialog or panel"},
         {"Enter, Esc", "the main button of a dialog; close it"},
+        {"Esc", "stop what is being computed"},
         {"Ctrl+Tab", "from window to window"},
         {"F2, F3, F4, F5", "to the panels, the UVs, the attributes, the console"},
         {"4, 5, 6, 7", "show plain, charts, checker, stretch"},

@@ -1,5 +1,6 @@
 #include "window/subject.h"
 
+#include "host/graph/data.h"
 #include "host/graph/edits.h"
 #include "host/script/value.h"
 
@@ -16,6 +17,7 @@ using host::graph::Scene;
 using host::graph::Slot;
 
 constexpr const char* k_unwrap_node = "tessora_node";
+constexpr const char* k_result = "outMesh"; // of an unwrap node
 
 bool is_hidden(host::graph::DagNode& node) {
     Slot* visibility = node.slot("visibility");
@@ -112,6 +114,23 @@ bool update_meshes() {
     for (MeshNode* mesh : visible_meshes())
         is_good = !mesh->refresh().error() && is_good;
     return is_good;
+}
+
+UnwrapResults UnwrapResults::now() {
+    UnwrapResults results;
+    for (const Ref<Node>& node : Scene::current().nodes()) {
+        const Slot* slot = node->node_type().name == k_unwrap_node ? node->slot(k_result) : nullptr;
+        host::Object* data = slot ? slot->value.as_data() : nullptr;
+        if (data && data->as_mesh() && data->as_mesh()->mesh())
+            results.meshes_.emplace_back(node, *data->as_mesh()->mesh());
+    }
+    return results;
+}
+
+void UnwrapResults::restore() const {
+    for (const auto& [node, mesh] : meshes_)
+        node->slot(k_result)->value =
+            host::graph::PlugValue::of_data(host::graph::mesh_data(&mesh).get());
 }
 
 std::vector<Slot*> editable_slots(Node& node) {

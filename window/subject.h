@@ -7,6 +7,7 @@
 #include "measure/layout.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace window {
@@ -35,6 +36,19 @@ Subject find_subject(const Subject& last);
 
 /// Evaluates every visible mesh, which runs pending unwraps. Returns false if any failed.
 bool update_meshes();
+
+/// What the unwrap nodes of the scene put out. A computation that stops half-way leaves its input
+/// there, so a cancelled statement is taken back by more than undo.
+class UnwrapResults {
+public:
+    /// Those of the present scene; shares storage with the meshes.
+    static UnwrapResults now();
+    /// Puts them back.
+    void restore() const;
+
+private:
+    std::vector<std::pair<host::Ref<host::graph::Node>, host::Mesh>> meshes_;
+};
 
 /// Scalar and text attributes of a node that are neither hidden nor in an array, inputs first, in
 /// order of declaration; without those that every node has.

@@ -21,6 +21,14 @@ protected:
     Console console;
 };
 
+TEST_F(ConsoleTest, WithheldErrorsAndWarningsLeaveNoLine) {
+    console.withholds_errors = true;
+    console.error("it failed");
+    console.warning("beware");
+    console.print("told all the same\n");
+    EXPECT_EQ((Texts{"told all the same"}), texts());
+}
+
 TEST_F(ConsoleTest, PrintedFragmentsFormOneLine) {
     console.print("a");
     EXPECT_TRUE(console.lines().empty());

@@ -45,4 +45,19 @@ TEST(Jobs, RunningFromInsideAJobIsRefused) {
     EXPECT_EQ(2, runs);
 }
 
+TEST(Jobs, AJobMayDropThoseThatWait) {
+    Jobs* queue = nullptr;
+    std::vector<std::string> ran;
+    Jobs jobs([&](const std::string& text) {
+        ran.push_back(text);
+        queue->clear();
+    });
+    queue = &jobs;
+    jobs.add("a");
+    jobs.add("b");
+    jobs.run_all();
+    EXPECT_EQ((std::vector<std::string>{"a"}), ran);
+    EXPECT_TRUE(jobs.is_empty());
+}
+
 } // namespace

@@ -152,9 +152,10 @@ class Window:
         self.wait(lambda: len(re.findall(pattern, self.said())) >= count,
                   f"'{pattern}' to be said {count} times")
 
-    def picture(self, name):
-        self.wait(lambda: not self.place("progress"), "the progress window to go")
-        self.settle()
+    def picture(self, name, while_it_works=False):
+        if not while_it_works:
+            self.wait(lambda: not self.place("progress"), "the progress window to go")
+            self.settle()
         self.step += 1
         subprocess.run(["import", "-window", "root", str(self.folder / f"{self.step:02}_{name}.png")],
                        env=self.environment, check=True)

@@ -1,0 +1,154 @@
+// Running statements, and what happens while they run: progress, and cancelling.
+#include "host/commands/session.h"
+#include "host/graph/undo.h"
+#include "window/application.h"
+
+#include <GLFW/glfw3.h>
+#include <algorithm>
+#include <imgui.h>
+#include <iostream>
+
+namespace window {
+
+using host::script::Session;
+
+/// Runs statements and shows their result. Returns whether they succeeded.
+bool Application::run_and_print(const std::string& statements) {
+    const Session::Outcome outcome = Session::current().run(statements, "window");
+    // What was opened is what the next command works on. Not an entry of the undo queue, which is
+    // empty after opening.
+    if (outcome.ok && statements.compare(0, 10, "file -open") == 0)
+        Session::current().run("if (size(`ls -sl`) == 0) select -all;", "window", false);
+    std::string result;
+    for (const std::string& text : outcome.value.flattened())
+        result += (result.empty() ? "" : " ") + text;
+    if (outcome.ok && !result.empty())
+        state_.console.result(result);
+    if (update_meshes())
+        return outcome.ok;
+    state_.console.error("A mesh could not be brought up to date; it is shown as it was.");
+    return false;
+}
+
+void Application::run_statements(const std::string& statements) {
+    std::cerr.rdbuf(error_lines_.get());
+    const size_t map_revision = state_.map_revision;
+    const size_t undo_count = host::graph::UndoQueue::current().undo_count();
+    const UnwrapResults results = UnwrapResults::now();
+    state_.status_revision = state_.console.revision();
+    is_computing_ = true;
+    progress_.begin(Clock::now());
+    last_progress_ = Clock::now();
+    has_failed_ = !run_and_print(statements);
+    const bool was_cancelled = is_cancelled_;
+    if (was_cancelled)
+        take_back(undo_count, results);
+    is_computing_ = is_cancelled_ = is_unwrapping_ = false;
+    std::cerr.rdbuf(error_stream_);
+    const bool had_mesh = static_cast<bool>(state_.subject.shape);
+    const auto* before = state_.subject.shape.get();
+    state_.refresh();
+    for (const auto& line : state_.console.lines())
+        state_.glyphs.note(line.text);
+    if (state_.subject.shape && (!had_mesh || before != state_.subject.shape.get()))
+        panels_->frame_all();
+    state_.status = was_cancelled ? "Cancelled; the scene is as it was before"
+                                  : summary(statements, map_revision);
+    set_title();
+}
+
+/// Undoes, or redoes, what a cancelled statement did. `results`: from before it.
+void Application::take_back(size_t undo_count, const UnwrapResults& results) {
+    host::graph::UndoQueue& queue = host::graph::UndoQueue::current();
+    while (queue.undo_count() > undo_count)
+        queue.undo();
+    while (queue.undo_count() < undo_count && queue.redo_count() > 0)
+        queue.redo();
+    results.restore();
+    update_meshes();
+    state_.jobs.clear();
+    state_.console.withholds_errors = false;
+    state_.console.print("// Cancelled.\n");
+}
+
+/// From now on the running statement fails at the first occasion, without a word about it.
+void Application::cancel() {
+    is_cancelled_ = true;
+    state_.console.withholds_errors = true;
+}
+
+/// Called often while a statement runs: takes events, and draws a frame now and then.
+void Application::keep_up() {
+    const auto now = Clock::now();
+    if (!is_computing_ || is_in_frame_ || now - last_poll_ < std::chrono::milliseconds(30))
+        return;
+    last_poll_ = now;
+    glfwPollEvents();
+    if (glfwWindowShouldClose(window_))
+        cancel();
+    // Progress may change faster than a frame is drawn: spend at most a fifth of the time drawing.
+    const auto pause = std::max<Clock::duration>(std::chrono::milliseconds(66), 4 * drawing_time_);
+    if (input_.is_idle() && now - last_progress_ < pause)
+        return;
+    frame(false);
+    last_progress_ = Clock::now();
+    drawing_time_ = last_progress_ - now;
+}
+
+bool Application::reached(const char* stage, float fraction) {
+    progress_.note_engine(stage, static_cast<double>(fraction));
+    keep_up();
+    return !is_cancelled_;
+}
+
+void Application::changed(const host::ProgressState& state) {
+    if (state.is_shown && !is_unwrapping_)
+        progress_.begin(Clock::now());
+    is_unwrapping_ = state.is_shown;
+    const int range = state.maximum - state.minimum;
+    progress_.note_plugin(state.status.asChar(),
+                          range > 0 ? double(state.value - state.minimum) / range : 0.0);
+    keep_up();
+}
+
+void Application::draw_progress() {
+    const ImVec2 middle = ImGui::GetMainViewport()->GetCenter();
+    ImGui::SetNextWindowPos(middle, ImGuiCond_Always, {0.5f, 0.5f});
+    ImGui::SetNextWindowSize({420.0f * state_.scale, 0.0f});
+    ImGui::SetNextWindowFocus();
+    ImGui::Begin("###progress", nullptr,
+                 ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_AlwaysAutoResize |
+                     ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoNav);
+    ImGui::TextUnformatted(is_unwrapping_ ? "Unwrapping" : "Working");
+    std::string words = progress_.stage();
+    if (!words.empty() && words[0] >= 'a' && words[0] <= 'z')
+        words[0] = char(words[0] - 'a' + 'A');
+    const std::string left = progress_.time_left(Clock::now());
+    if (!left.empty())
+        words += ", " + left;
+    ImGui::TextColored(colour::faint, "%s", is_cancelled_ ? "Stopping" : words.c_str());
+    state_.places.add_item("progress/stage/" + progress_.stage());
+    ImGui::ProgressBar(static_cast<float>(progress_.fraction()), {-1.0f, 0.0f});
+    ImGui::BeginDisabled(is_cancelled_);
+    if (ImGui::Button("Cancel  (Esc)", {-1.0f, 0.0f}))
+        cancel();
+    ImGui::EndDisabled();
+    state_.places.add_item("progress/Cancel");
+    const ImVec2 at = ImGui::GetWindowPos(), size = ImGui::GetWindowSize();
+    state_.places.add("progress", at.x, at.y, size.x, size.y);
+    char percent[24];
+    std::snprintf(percent, sizeof percent, "progress/at/%.4f", progress_.fraction());
+    state_.places.add(percent, at.x, at.y, size.x, size.y);
+    ImGui::End();
+}
+
+bool Application::show(const char* caption, const char* text) {
+    if (is_cancelled_)
+        return true;
+    state_.console.warning(text);
+    if (options_.screenshot.empty())
+        ask(caption, text, {"OK"}, "OK", "OK");
+    return true;
+}
+
+} // namespace window
