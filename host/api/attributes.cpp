@@ -341,6 +341,8 @@ MFnData::Type MFnTypedAttribute::attrType(MStatus* ReturnStatus) const {
     switch (attribute->kind()) {
     case AttributeKind::text:
         return MFnData::kString;
+    case AttributeKind::component_list:
+        return MFnData::kComponentList;
     case AttributeKind::mesh:
         return MFnData::kMesh;
     case AttributeKind::matrix:

@@ -77,6 +77,8 @@ MFnData::Type MDataHandle::type() const {
     switch (slot_->attribute().kind()) {
     case AttributeKind::text:
         return MFnData::kString;
+    case AttributeKind::component_list:
+        return MFnData::kComponentList;
     case AttributeKind::mesh:
         return MFnData::kMesh;
     case AttributeKind::matrix:

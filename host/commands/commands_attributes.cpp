@@ -1,4 +1,5 @@
 #include "host/commands/commands.h"
+#include "host/graph/component_text.h"
 #include "host/graph/edits.h"
 #include "host/script/functions.h"
 #include "host/script/plugs.h"
@@ -72,7 +73,7 @@ constexpr TupleName k_tuples[] = {
     {"double2", Tuple::double2}, {"double3", Tuple::double3}, {"double4", Tuple::double4}};
 
 bool known_type(const std::string& name) {
-    if (name == "string")
+    if (name == "string" || name == "componentList")
         return true;
     for (const TupleName& tuple : k_tuples)
         if (name == tuple.name)
@@ -104,6 +105,24 @@ void set_values(const std::vector<Slot*>& plugs, const std::vector<Value>& value
         for (unsigned i = 0; i < plug->attribute().children().size(); ++i)
             set_plug(*plug->child(i), values[next++], "setAttr");
     }
+}
+
+/// Sets a component list to values such as 2 "e[3]" "e[5:8]": their number, then the components.
+void set_components(Slot& plug, const std::vector<Value>& values) {
+    if (plug.attribute().kind() != AttributeKind::component_list)
+        throw ScriptFault("setAttr: " + name_of(plug) + " is no list of components.");
+    if (values.empty() || values[0].is_string() ||
+        values[0].to_real() != static_cast<double>(values.size() - 1))
+        throw ScriptFault("setAttr: A component list starts with the number of its entries.");
+    std::string text;
+    for (size_t i = 1; i < values.size(); ++i) {
+        const std::string word = values[i].to_string();
+        if (!graph::is_component_word(word))
+            throw ScriptFault("setAttr: \"" + word + "\" does not name components.");
+        text += (i > 1 ? " " : "") + word;
+    }
+    perform(graph::set_value_edit(plug, graph::PlugValue::of_text(text.c_str())), "setAttr",
+            name_of(plug));
 }
 
 double clamped(const Attribute& attribute, double value) {
@@ -168,7 +187,10 @@ Value set_attribute(Invocation& call) {
     if (unlock)
         set_marks(flags, plugs);
     check_range(plugs, values, flags.has("clamp"));
-    set_values(plugs, values, name);
+    if (type == "componentList")
+        set_components(*plugs[0], values);
+    else
+        set_values(plugs, values, name);
     if (!unlock)
         set_marks(flags, plugs);
     return Value();

@@ -1,7 +1,9 @@
 #include "host/commands/commands.h"
+#include "host/commands/mesh_history.h"
 #include "host/graph/edits.h"
 #include "host/graph/mesh_node.h"
 #include "host/mesh/mesh.h"
+#include "host/mesh/uv_move.h"
 #include "host/script/functions.h"
 #include "host/script/plugs.h"
 
@@ -83,16 +85,6 @@ Node& add(const char* type, const std::string& name, DagNode* parent, const std:
     return *node;
 }
 
-/// Sets the mesh of a shape without construction history, undoable.
-void put_mesh(graph::MeshNode& node, const Mesh& mesh, const std::string& command) {
-    const Ref<Node> keep(&node);
-    perform(graph::change_slot_edit(*node.slot(*graph::mesh_attributes().in_mesh),
-                                    [keep, mesh](Slot&) {
-                                        return static_cast<graph::MeshNode&>(*keep).set_mesh(mesh);
-                                    }),
-            command, name_of(node));
-}
-
 /// Queries or sets parameters of an existing primitive node.
 Value query_or_edit(Invocation& call, const Creator& creator, const Flags& flags) {
     flags.require_operands(1, 1);
@@ -148,63 +140,9 @@ Value create(Invocation& call, const Creator& creator) {
 
 // --- meshes -------------------------------------------------------------------------------------
 
-graph::MeshNode& mesh_node(const graph::SelectionItem& item, const std::string& command) {
-    DagNode* dag = item.node->as_dag_node();
-    if (dag && !dag->is_shape())
-        for (DagNode* child : dag->children())
-            if (child->node_type().name == "mesh" && !child->is_intermediate())
-                dag = child;
-    auto* mesh = dynamic_cast<graph::MeshNode*>(dag);
-    if (!mesh)
-        throw ScriptFault(command + ": \"" + name_of(*item.node) + "\" is no mesh.");
-    return *mesh;
-}
-
-const Mesh& mesh_of(graph::MeshNode& node, const std::string& command) {
-    require(node.refresh(), command, name_of(node));
-    const Mesh* mesh = node.mesh();
-    if (!mesh)
-        throw ScriptFault(command + ": \"" + name_of(node) + "\" holds no mesh.");
-    return *mesh;
-}
-
 int32_t triangle_count(const Mesh& mesh) {
     const Connectivity& connectivity = mesh.connectivity();
     return int32_t(connectivity.corner_count()) - 2 * int32_t(connectivity.polygon_count());
-}
-
-/// Number of UV shells: sets of faces connected by UVs that they share.
-int32_t shell_count(const Mesh& mesh, int uv_set) {
-    if (uv_set < 0)
-        return 0;
-    const UvSet& set = mesh.uv_set(uint32_t(uv_set));
-    std::vector<int32_t> leader(set.u.size(), -1); ///< -1: no face has the UV
-    const auto find = [&](int32_t uv) {
-        while (leader[size_t(uv)] != uv)
-            uv = leader[size_t(uv)] = leader[size_t(leader[size_t(uv)])];
-        return uv;
-    };
-    int32_t shells = 0;
-    for (uint32_t face = 0; face < mesh.connectivity().polygon_count(); ++face) {
-        const uint32_t first = mesh.connectivity().first_corner(face);
-        int32_t own = -1;
-        for (uint32_t i = 0; i < mesh.connectivity().corners_of(face); ++i) {
-            const int32_t uv = set.corner_uvs[first + i];
-            if (uv < 0)
-                continue;
-            if (leader[size_t(uv)] < 0) {
-                leader[size_t(uv)] = uv;
-                ++shells;
-            }
-            if (own < 0)
-                own = uv;
-            if (find(own) == find(uv))
-                continue;
-            leader[size_t(find(uv))] = find(own);
-            --shells;
-        }
-    }
-    return shells;
 }
 
 struct MeshCounts {
@@ -215,9 +153,10 @@ struct MeshCounts {
         edges += int32_t(mesh.connectivity().edge_count());
         faces += int32_t(mesh.connectivity().polygon_count());
         triangles += triangle_count(mesh);
-        if (uv_set >= 0)
-            uvs += int32_t(mesh.uv_set(uint32_t(uv_set)).u.size());
-        shells += shell_count(mesh, uv_set);
+        if (uv_set < 0)
+            return;
+        uvs += int32_t(mesh.uv_set(uint32_t(uv_set)).u.size());
+        shells += int32_t(uv_shells(mesh, uint32_t(uv_set)).count);
     }
     /// The count that a flag of polyEvaluate asks for.
     int32_t of_flag(const std::string& flag) const {
@@ -240,7 +179,7 @@ Value evaluate_mesh(Invocation& call) {
     if (items.empty())
         throw ScriptFault("polyEvaluate: Nothing is named or selected.");
     for (const graph::SelectionItem& item : items) {
-        const Mesh& mesh = mesh_of(mesh_node(item, call.name), call.name);
+        const Mesh& mesh = mesh_of(mesh_shape(item, call.name), call.name);
         counts.add(mesh, flags.has("uvSetName")
                              ? mesh.find_uv_set(flags.text("uvSetName", "").c_str())
                              : mesh.current_uv_set());
@@ -259,86 +198,6 @@ Value evaluate_mesh(Invocation& call) {
            " uvs: " + std::to_string(counts.uvs);
 }
 
-// --- UV sets ------------------------------------------------------------------------------------
-
-/// Changes the mesh of a shape without construction history, undoable.
-void change_mesh(graph::MeshNode& node, const std::function<void(Mesh&)>& change) {
-    Slot& input = *node.slot(*graph::mesh_attributes().in_mesh);
-    if (input.source())
-        throw ScriptFault(
-            "polyUVSet: \"" + name_of(node) +
-            "\" has construction history, which would undo the change; delete it first.");
-    const Mesh* held = input.value.as_data() ? input.value.as_data()->as_mesh()->mesh() : nullptr;
-    if (!held)
-        throw ScriptFault("polyUVSet: \"" + name_of(node) + "\" holds no mesh.");
-    Mesh changed = *held;
-    change(changed);
-    put_mesh(node, changed, "polyUVSet");
-}
-
-/// Name of the current UV set, or with -allUVSets the names of all.
-StringArray queried_uv_sets(const Mesh& mesh, const Flags& flags) {
-    StringArray names;
-    for (uint32_t i = 0; i < mesh.uv_set_count(); ++i)
-        if (flags.has("allUVSets") || int(i) == mesh.current_uv_set())
-            names.emplace_back(mesh.uv_set(i).name.asChar());
-    return names;
-}
-
-uint32_t uv_set_named(const Mesh& mesh, const std::string& name) {
-    const int set = mesh.find_uv_set(name.c_str());
-    if (set < 0)
-        throw ScriptFault("polyUVSet: There is no UV set \"" + name + "\".");
-    return uint32_t(set);
-}
-
-/// Creates, deletes, renames or selects a UV set. Returns its name.
-std::string edit_uv_set(Mesh& mesh, const Flags& flags) {
-    const std::string name = flags.text("uvSet", "");
-    if (flags.has("create")) {
-        const uint32_t set = mesh.add_uv_set(name.c_str());
-        mesh.edit_uv_set(set).corner_uvs.assign(mesh.connectivity().corner_count(), -1);
-        return mesh.uv_set(set).name.asChar();
-    }
-    if (flags.has("delete")) {
-        if (mesh.uv_set_count() < 2)
-            throw ScriptFault("polyUVSet: The last UV set cannot be deleted.");
-        mesh.remove_uv_set(uv_set_named(mesh, name));
-        return name;
-    }
-    if (flags.has("rename")) {
-        const std::string wanted = flags.text("newUVSet", "");
-        if (wanted.empty() || mesh.find_uv_set(wanted.c_str()) >= 0)
-            throw ScriptFault("polyUVSet: The name \"" + wanted + "\" cannot be given.");
-        mesh.edit_uv_set(uv_set_named(mesh, name)).name = wanted.c_str();
-        return wanted;
-    }
-    if (!flags.has("currentUVSet"))
-        throw ScriptFault("polyUVSet needs -create, -delete, -rename or -currentUVSet.");
-    mesh.set_current_uv_set(int(uv_set_named(mesh, name)));
-    return name;
-}
-
-Value uv_set(Invocation& call) {
-    static const FlagTable table = {{"cr", "create"},
-                                    {"d", "delete"},
-                                    {"rn", "rename"},
-                                    {"uvs", "uvSet", "s"},
-                                    {"nuv", "newUVSet", "s"},
-                                    {"cuv", "currentUVSet", "", "cq"},
-                                    {"auv", "allUVSets", "", "q"}};
-    const Flags flags(call, table);
-    const graph::Selection items = items_named(flags.names());
-    if (items.size() != 1)
-        throw ScriptFault("polyUVSet needs one mesh.");
-    graph::MeshNode& node = mesh_node(items[0], call.name);
-    if (flags.query())
-        return queried_uv_sets(mesh_of(node, call.name), flags);
-    std::string result;
-    change_mesh(node, [&](Mesh& mesh) { result = edit_uv_set(mesh, flags); });
-    return result;
-}
-
 } // namespace
 
 void add_mesh_commands(Interpreter& interpreter) {
@@ -346,7 +205,6 @@ void add_mesh_commands(Interpreter& interpreter) {
         interpreter.add_command(creator.command,
                                 [&creator](Invocation& call) { return create(call, creator); });
     interpreter.add_command("polyEvaluate", evaluate_mesh);
-    interpreter.add_command("polyUVSet", uv_set);
 }
 
 } // namespace host::script

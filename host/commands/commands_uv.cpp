@@ -1,13 +1,17 @@
-// Commands that cut, sew and select edges: polyMapCut, polyMapSew, polySelect.
+// Commands that cut and sew UVs along edges, and select edges: polyMapCut, polyMapSew,
+// polyMapSewMove, polySelect.
 #include "host/commands/commands.h"
+#include "host/commands/mesh_history.h"
+#include "host/graph/component_text.h"
 #include "host/graph/edits.h"
-#include "host/graph/mesh_node.h"
-#include "host/mesh/mesh.h"
+#include "host/mesh/components.h"
 #include "host/mesh/uv_edit.h"
+#include "host/mesh/uv_move.h"
 #include "host/script/functions.h"
 #include "host/script/plugs.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace host::script {
 
@@ -17,8 +21,11 @@ using graph::Component;
 using graph::ComponentKind;
 using graph::MeshNode;
 using graph::Node;
+using graph::PlugValue;
 using graph::Scene;
 using graph::Slot;
+
+// --- polyMapCut, polyMapSew, polyMapSewMove -----------------------------------------------------
 
 /// Edges of one mesh.
 struct Edges {
@@ -26,133 +33,124 @@ struct Edges {
     std::vector<std::uint32_t> ids; ///< ascending
 };
 
-/// "e[3] e[5:8]". `ids`: ascending.
-std::string text_of(const std::vector<std::uint32_t>& ids) {
-    std::string text;
-    for (size_t i = 0; i < ids.size();) {
-        size_t end = i + 1;
-        while (end < ids.size() && ids[end] == ids[end - 1] + 1)
-            ++end;
-        text += (text.empty() ? "e[" : " e[") + std::to_string(ids[i]) +
-                (end - i > 1 ? ":" + std::to_string(ids[end - 1]) : "") + "]";
-        i = end;
-    }
-    return text;
-}
-
 /// The edges among the named items, or the selected ones if none is named.
 Edges edges_named(const StringArray& names, const std::string& command) {
-    Edges edges;
-    for (const graph::SelectionItem& item : items_named(names)) {
-        if (!item.component || item.component->kind() != ComponentKind::edge)
-            continue;
-        auto* shape = static_cast<MeshNode*>(item.node.get());
-        if (edges.shape && edges.shape != shape)
-            throw ScriptFault(command + ": The edges belong to several meshes; name those of one.");
-        edges.shape = shape;
-        for (const int id : item.component->ids())
-            edges.ids.push_back(static_cast<std::uint32_t>(id));
-    }
-    if (!edges.shape)
+    graph::Selection items = items_named(names);
+    items.erase(std::remove_if(items.begin(), items.end(),
+                               [](const graph::SelectionItem& item) {
+                                   return !item.component ||
+                                          item.component->kind() != ComponentKind::edge;
+                               }),
+                items.end());
+    if (items.empty())
         throw ScriptFault(command + ": Name or select edges of a mesh.");
+    Edges edges;
+    edges.shape = static_cast<MeshNode*>(items.front().node.get());
+    for (const graph::SelectionItem& item : items) {
+        if (item.node.get() != edges.shape)
+            throw ScriptFault(command + ": The edges belong to several meshes; name those of one.");
+        edges.ids.insert(edges.ids.end(), item.component->ids().begin(),
+                         item.component->ids().end());
+    }
     std::sort(edges.ids.begin(), edges.ids.end());
     edges.ids.erase(std::unique(edges.ids.begin(), edges.ids.end()), edges.ids.end());
     return edges;
 }
 
-void set_text(Node& node, const char* attribute, const std::string& text,
-              const std::string& command) {
-    perform(graph::set_value_edit(*node.slot(attribute), graph::PlugValue::of_text(text.c_str())),
-            command, attribute);
-}
-
-/// Where the mesh of a shape comes from; for a shape without history, a hidden copy of it.
-Slot& source_of(MeshNode& shape, const std::string& command) {
-    Slot& input = *shape.slot(*graph::mesh_attributes().in_mesh);
-    if (Slot* source = input.source())
-        return *source;
-    if (!input.value.as_data() || !input.value.as_data()->as_mesh()->mesh())
-        throw ScriptFault(command + ": \"" + name_of(shape) + "\" holds no mesh.");
-    Scene& scene = Scene::current();
-    const Ref<Node> copy = scene.make_node(scene.find_type("mesh"), shape.name_text() + "Orig");
-    perform(graph::add_node_edit(*copy, shape.parents().front()), command, shape.name_text());
-    perform(
-        graph::set_value_edit(*copy->slot("intermediateObject"), graph::PlugValue::of_bool(true)),
-        command, "intermediateObject");
-    const Mesh mesh = *input.value.as_data()->as_mesh()->mesh();
-    perform(graph::change_slot_edit(
-                *copy->slot(*graph::mesh_attributes().in_mesh),
-                [copy, mesh](Slot&) { return static_cast<MeshNode&>(*copy).set_mesh(mesh); }),
-            command, copy->name_text());
-    return *copy->slot(*graph::mesh_attributes().out_mesh);
-}
-
-/// Inserts a node at the end of the history of a shape. Returns its name.
-std::string insert(MeshNode& shape, const char* type, const std::string& name,
-                   const std::string& edges, const std::string& uv_set) {
-    Scene& scene = Scene::current();
-    Slot& source = source_of(shape, type);
-    Slot& input = *shape.slot(*graph::mesh_attributes().in_mesh);
-    const Ref<Node> node = scene.make_node(scene.find_type(type), name);
-    perform(graph::add_node_edit(*node, nullptr), type, name);
-    set_text(*node, "inputComponents", edges, type);
-    set_text(*node, "uvSetName", uv_set, type);
-    if (input.source())
-        perform(graph::disconnect_edit(source, input), type, name);
-    perform(graph::connect_edit(source, *node->slot("inputPolymesh"), false), type, name);
-    perform(graph::connect_edit(*node->slot("output"), input, false), type, name);
-    return node->name_text();
-}
-
-/// Changes the mesh of a shape without history and records none.
-void change(MeshNode& shape, const std::string& command, const std::function<void(Mesh&)>& edit) {
-    Slot& input = *shape.slot(*graph::mesh_attributes().in_mesh);
-    const Mesh* held = input.value.as_data() ? input.value.as_data()->as_mesh()->mesh() : nullptr;
-    if (!held)
-        throw ScriptFault(command + ": \"" + name_of(shape) + "\" holds no mesh.");
-    Mesh mesh = *held;
-    edit(mesh);
-    const Ref<Node> keep(&shape);
-    perform(
-        graph::change_slot_edit(
-            input, [keep, mesh](Slot&) { return static_cast<MeshNode&>(*keep).set_mesh(mesh); }),
-        command, name_of(shape));
-}
-
-/// The name of the UV set to edit: the one asked for, or the current one.
-std::string uv_set_of(const Flags& flags, const Mesh& mesh, const std::string& command) {
+/// The name of the UV set to work on: the one asked for or the current one. A mesh without UVs can
+/// be cut all the same: the cut makes a set.
+std::string set_to_edit(const Flags& flags, const Mesh& mesh, const std::string& command) {
     const std::string asked = flags.text("uvSetName", "");
-    if (!asked.empty() && mesh.find_uv_set(asked.c_str()) < 0)
-        throw ScriptFault(command + ": There is no UV set \"" + asked + "\".");
-    if (asked.empty() && mesh.current_uv_set() < 0)
-        throw ScriptFault(command + ": The mesh has no UV set.");
-    return asked.empty()
-               ? mesh.uv_set(static_cast<std::uint32_t>(mesh.current_uv_set())).name.asChar()
-               : asked;
+    if (command == "polyMapCut" && asked.empty() && mesh.current_uv_set() < 0)
+        return "map1";
+    return mesh.uv_set(uv_set_of(flags, mesh, command)).name.asChar();
 }
 
-using UvEdit = std::uint32_t (*)(Mesh&, std::uint32_t, const std::vector<std::uint32_t>&);
+/// Sets what the flags of polyMapSewMove say, and caching and nodeState.
+void set_more(Node& node, const Flags& flags, const std::string& command) {
+    for (const char* attribute : {"caching", "nodeState", "numberFaces", "limitPieceSize"})
+        if (flags.has(attribute))
+            set_attribute(node, attribute, PlugValue::of_double(flags.value(attribute).to_real()),
+                          command);
+}
 
-/// polyMapCut and polyMapSew. Returns the name of the node, or nothing without history.
-Value edit_edges(Invocation& call, const char* type, UvEdit edit) {
-    static const FlagTable table = {
-        {"ch", "constructionHistory", "b"}, {"n", "name", "s"}, {"uvs", "uvSetName", "s"}};
+/// Inserts the node that does what the command is called. Returns its name.
+std::string insert_edge_node(const Edges& edges, const std::string& command, const Flags& flags,
+                             Node* before, const std::string& set) {
+    Node& node = insert_history_node(*edges.shape, command,
+                                     flags.text("name", (command + "1").c_str()), before, command);
+    set_attribute(node, "inputComponents",
+                  PlugValue::of_text(graph::component_text("e", edges.ids).c_str()), command);
+    set_attribute(node, "uvSetName", PlugValue::of_text(set.c_str()), command);
+    set_more(node, flags, command);
+    return node.name_text();
+}
+
+using UvEdit = void (*)(Mesh&, std::uint32_t set, const std::vector<std::uint32_t>& edges,
+                        const Flags&);
+
+/// Does what the flag -before asks for: inserts the node above another one, whose results undo and
+/// redo bring back without computing them.
+Value insert_before(const Edges& edges, const std::string& command, const Flags& flags) {
+    Node& before = node_named(flags.text("before", ""));
+    const Mesh& mesh = mesh_before(*edges.shape, before, command);
+    const std::string set = set_to_edit(flags, mesh, command);
+    auto [first, last] = graph::keep_results_edits(mesh_output(before, command));
+    perform(std::move(first), command, before.name_text());
+    const std::string name = insert_edge_node(edges, command, flags, &before, set);
+    perform(std::move(last), command, before.name_text());
+    return StringArray{name};
+}
+
+/// Returns the name of the node, or nothing without history.
+Value edit_edges(Invocation& call, const FlagTable& table, UvEdit edit) {
     const Flags flags(call, table);
     const Edges edges = edges_named(flags.names(), call.name);
-    require(edges.shape->refresh(), call.name, name_of(*edges.shape));
-    const Mesh* mesh = edges.shape->mesh();
-    if (!mesh)
-        throw ScriptFault(call.name + ": \"" + name_of(*edges.shape) + "\" holds no mesh.");
-    const std::string set = uv_set_of(flags, *mesh, call.name);
-    const bool has_history = edges.shape->slot(*graph::mesh_attributes().in_mesh)->source();
-    const bool records = flags.boolean("constructionHistory", Scene::current().records_history);
-    const std::string name = flags.text("name", (std::string(type) + "1").c_str());
-    if (has_history || records)
-        return StringArray{insert(*edges.shape, type, name, text_of(edges.ids), set)};
-    change(*edges.shape, call.name, [&](Mesh& changed) {
-        edit(changed, static_cast<std::uint32_t>(changed.find_uv_set(set.c_str())), edges.ids);
+    if (flags.has("before"))
+        return insert_before(edges, call.name, flags);
+    const std::string set = set_to_edit(flags, mesh_of(*edges.shape, call.name), call.name);
+    if (makes_history(*edges.shape, flags))
+        return StringArray{insert_edge_node(edges, call.name, flags, nullptr, set)};
+    change_mesh(*edges.shape, call.name, [&](Mesh& mesh) {
+        int id = mesh.find_uv_set(set.c_str());
+        if (id < 0)
+            id = static_cast<int>(mesh.add_uv_set(set.c_str()));
+        edit(mesh, static_cast<std::uint32_t>(id), edges.ids, flags);
     });
     return Value();
+}
+
+FlagTable edge_flags() {
+    return {{"ch", "constructionHistory", "b"}, {"n", "name", "s"},
+            {"uvs", "uvSetName", "s"},          {"cch", "caching", "b"},
+            {"nds", "nodeState", "i"},          {"bf", "before", "s"}};
+}
+
+Value map_cut(Invocation& call) {
+    return edit_edges(call, edge_flags(),
+                      [](Mesh& mesh, std::uint32_t set, const std::vector<std::uint32_t>& edges,
+                         const Flags&) { cut_uvs(mesh, set, edges); });
+}
+
+Value map_sew(Invocation& call) {
+    return edit_edges(call, edge_flags(),
+                      [](Mesh& mesh, std::uint32_t set, const std::vector<std::uint32_t>& edges,
+                         const Flags&) { sew_uvs(mesh, set, edges); });
+}
+
+Value map_sew_move(Invocation& call) {
+    FlagTable table = edge_flags();
+    table.push_back({"nf", "numberFaces", "i"});
+    table.push_back({"lps", "limitPieceSize", "b"});
+    return edit_edges(call, table,
+                      [](Mesh& mesh, std::uint32_t set, const std::vector<std::uint32_t>& edges,
+                         const Flags& flags) {
+                          const bool is_limited = flags.boolean("limitPieceSize", false);
+                          move_and_sew_uvs(mesh, set, edges,
+                                           is_limited ? static_cast<std::uint32_t>(std::max(
+                                                            flags.integer("numberFaces", 10), 0))
+                                                      : std::numeric_limits<std::uint32_t>::max());
+                      });
 }
 
 // --- polySelect ---------------------------------------------------------------------------------
@@ -214,10 +212,7 @@ Value poly_select(Invocation& call) {
     const Flags flags(call, table);
     flags.require_operands(0, 1);
     MeshNode& shape = mesh_named(flags.names());
-    require(shape.refresh(), call.name, name_of(shape));
-    if (!shape.mesh())
-        throw ScriptFault("polySelect: \"" + name_of(shape) + "\" holds no mesh.");
-    const std::vector<std::uint32_t> edges = asked_edges(flags, *shape.mesh());
+    const std::vector<std::uint32_t> edges = asked_edges(flags, mesh_of(shape, call.name));
     if (!flags.has("noSelection"))
         select_edges(shape, edges, flags);
     if (!flags.has("asSelectString"))
@@ -228,14 +223,127 @@ Value poly_select(Invocation& call) {
     return names;
 }
 
+// --- polyListComponentConversion ----------------------------------------------------------------
+
+struct PartName {
+    const char* flag; ///< after "from" or "to"
+    const char* text;
+    MeshPart part;
+};
+constexpr PartName k_parts[] = {{"Vertex", "vtx", MeshPart::vertex},
+                                {"Edge", "e", MeshPart::edge},
+                                {"Face", "f", MeshPart::face},
+                                {"UV", "map", MeshPart::uv}};
+
+/// The kinds that the flags with a prefix name.
+std::vector<const PartName*> asked_parts(const Flags& flags, const std::string& prefix) {
+    std::vector<const PartName*> parts;
+    for (const PartName& part : k_parts)
+        if (flags.has((prefix + part.flag).c_str()))
+            parts.push_back(&part);
+    return parts;
+}
+
+/// All UVs of the shells that these UVs are in.
+std::vector<std::uint32_t> whole_shells(const Mesh& mesh, std::uint32_t set,
+                                        const std::vector<std::uint32_t>& uvs) {
+    const UvShells shells = uv_shells(mesh, set);
+    std::vector<bool> is_meant(shells.count);
+    for (const std::uint32_t uv : uvs)
+        if (shells.of_uv[uv] != k_no_shell)
+            is_meant[shells.of_uv[uv]] = true;
+    std::vector<std::uint32_t> all;
+    for (std::uint32_t uv = 0; uv < shells.of_uv.size(); ++uv)
+        if (shells.of_uv[uv] != k_no_shell && is_meant[shells.of_uv[uv]])
+            all.push_back(uv);
+    return all;
+}
+
+/// Components of one kind of one mesh, or (`is_whole`) all of it.
+struct Given {
+    MeshNode* shape = nullptr;
+    bool is_whole = false;
+    MeshPart part = MeshPart::face;
+    std::vector<std::uint32_t> ids;
+};
+
+/// The items by mesh and kind, in the order in which these first come; of the kinds asked for.
+std::vector<Given> grouped(const graph::Selection& items,
+                           const std::vector<const PartName*>& kinds) {
+    std::vector<Given> groups;
+    for (const graph::SelectionItem& item : items) {
+        Given given;
+        given.shape = &mesh_shape(item, "polyListComponentConversion");
+        given.is_whole = !item.component;
+        if (item.component)
+            given.part = static_cast<MeshPart>(item.component->kind());
+        const bool is_asked = given.is_whole || kinds.empty() ||
+                              std::any_of(kinds.begin(), kinds.end(), [&](const PartName* kind) {
+                                  return kind->part == given.part;
+                              });
+        if (!is_asked)
+            continue;
+        auto group = std::find_if(groups.begin(), groups.end(), [&](const Given& other) {
+            return other.shape == given.shape && other.is_whole == given.is_whole &&
+                   other.part == given.part;
+        });
+        if (group == groups.end())
+            group = groups.insert(groups.end(), given);
+        if (item.component)
+            group->ids.insert(group->ids.end(), item.component->ids().begin(),
+                              item.component->ids().end());
+    }
+    return groups;
+}
+
+void append_converted(const Given& given, const PartName& to, const Flags& flags,
+                      StringArray& names) {
+    const Mesh& mesh = mesh_of(*given.shape, "polyListComponentConversion");
+    const std::uint32_t set =
+        mesh.current_uv_set() < 0 ? k_no_uv_set : static_cast<std::uint32_t>(mesh.current_uv_set());
+    const bool is_internal = flags.has("internal");
+    std::vector<std::uint32_t> ids;
+    if (given.is_whole) {
+        ids = all_components(mesh, to.part, set);
+    } else if (flags.has("uvShell") && set != k_no_uv_set) {
+        const std::vector<std::uint32_t> uvs =
+            converted_components(mesh, set, given.part, given.ids, MeshPart::uv, false);
+        ids = converted_components(mesh, set, MeshPart::uv, whole_shells(mesh, set, uvs), to.part,
+                                   is_internal);
+    } else {
+        ids = converted_components(mesh, set, given.part, given.ids, to.part, is_internal);
+    }
+    for (const std::string& word : graph::component_words(graph::component_text(to.text, ids)))
+        names.push_back(name_of(*given.shape->parents().front()) + "." + word);
+}
+
+/// Names the components of other kinds that touch those given or, with -internal, lie among them.
+Value convert_components(Invocation& call) {
+    static const FlagTable table = {{"fv", "fromVertex"}, {"fe", "fromEdge"}, {"ff", "fromFace"},
+                                    {"fuv", "fromUV"},    {"tv", "toVertex"}, {"te", "toEdge"},
+                                    {"tf", "toFace"},     {"tuv", "toUV"},    {"in", "internal"},
+                                    {"uvs", "uvShell"}};
+    const Flags flags(call, table);
+    const std::vector<const PartName*> from = asked_parts(flags, "from");
+    const std::vector<const PartName*> to = asked_parts(flags, "to");
+    if (to.empty())
+        throw ScriptFault("polyListComponentConversion needs -toVertex, -toEdge, -toFace or "
+                          "-toUV.");
+    StringArray names;
+    for (const Given& given : grouped(items_named(flags.names()), from))
+        for (const PartName* part : to)
+            append_converted(given, *part, flags, names);
+    return names;
+}
+
 } // namespace
 
 void add_uv_commands(Interpreter& interpreter) {
-    interpreter.add_command(
-        "polyMapCut", [](Invocation& call) { return edit_edges(call, "polyMapCut", cut_uvs); });
-    interpreter.add_command(
-        "polyMapSew", [](Invocation& call) { return edit_edges(call, "polyMapSew", sew_uvs); });
+    interpreter.add_command("polyMapCut", map_cut);
+    interpreter.add_command("polyMapSew", map_sew);
+    interpreter.add_command("polyMapSewMove", map_sew_move);
     interpreter.add_command("polySelect", poly_select);
+    interpreter.add_command("polyListComponentConversion", convert_components);
 }
 
 } // namespace host::script

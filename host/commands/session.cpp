@@ -116,6 +116,7 @@ Session::Session()
     add_plugin_commands(interpreter_);
     add_transform_commands(interpreter_);
     add_uv_commands(interpreter_);
+    add_uv_edit_commands(interpreter_);
     add_file_commands(interpreter_);
     add_help_command(interpreter_);
     add_session_commands();

@@ -9,6 +9,7 @@ MFn::Type function_set_of(AttributeKind kind) {
     case AttributeKind::enumeration:
         return MFn::kEnumAttribute;
     case AttributeKind::text:
+    case AttributeKind::component_list:
     case AttributeKind::mesh:
         return MFn::kTypedAttribute;
     case AttributeKind::matrix:
@@ -50,6 +51,7 @@ ValueKind Attribute::value_kind() const {
     case AttributeKind::real64:
         return ValueKind::real64;
     case AttributeKind::text:
+    case AttributeKind::component_list:
         return ValueKind::text;
     case AttributeKind::mesh:
     case AttributeKind::matrix:
@@ -85,6 +87,8 @@ const char* Attribute::type_text() const {
                                      : "double";
     case AttributeKind::text:
         return "string";
+    case AttributeKind::component_list:
+        return "componentList";
     case AttributeKind::mesh:
         return "mesh";
     case AttributeKind::matrix:

@@ -23,6 +23,7 @@ enum class AttributeKind : uint8_t {
     real64,
     enumeration, ///< stored as a short
     text,
+    component_list, ///< text that names components: "e[3] e[5:8]"
     mesh,
     matrix,
     message, ///< carries no value, only connections

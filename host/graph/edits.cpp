@@ -261,6 +261,65 @@ private:
     bool before_ = false;
 };
 
+/// The results of a node: an output, and numbers that affect nothing.
+class Results {
+public:
+    explicit Results(Slot& output) : node_(&output.node()), slots_({&output}) {
+        const NodeType& type = node_->node_type();
+        for (const Ref<Attribute>& attribute : type.attributes())
+            if (attribute->is_number() && !attribute->is_array() && !attribute->parent() &&
+                !type.is_output(*attribute) && type.affected_by(*attribute).empty())
+                slots_.push_back(node_->slot(*attribute));
+        before_ = read();
+    }
+    void go_back() {
+        after_ = read();
+        write(before_);
+    }
+    void go_forward() {
+        if (!after_.empty())
+            write(after_);
+    }
+
+private:
+    std::vector<PlugValue> read() const {
+        std::vector<PlugValue> values;
+        for (const Slot* slot : slots_)
+            values.push_back(slot->value);
+        return values;
+    }
+    void write(const std::vector<PlugValue>& values) {
+        set_computed(*slots_[0], values[0]);
+        for (size_t i = 1; i < slots_.size(); ++i)
+            slots_[i]->value = values[i];
+    }
+
+    Ref<Node> node_;
+    std::vector<Slot*> slots_;
+    std::vector<PlugValue> before_, after_;
+};
+
+/// One half of keep_results_edits().
+class KeepResults : public Edit {
+public:
+    KeepResults(std::shared_ptr<Results> results, bool is_first)
+        : results_(std::move(results)), is_first_(is_first) {}
+    MStatus redo() override {
+        if (!is_first_)
+            results_->go_forward();
+        return MS::kSuccess;
+    }
+    MStatus undo() override {
+        if (is_first_)
+            results_->go_back();
+        return MS::kSuccess;
+    }
+
+private:
+    std::shared_ptr<Results> results_;
+    bool is_first_;
+};
+
 class Select : public Edit {
 public:
     explicit Select(const Selection& selection) : next_(selection) {}
@@ -297,6 +356,11 @@ EditPtr set_value_edit(Slot& slot, const PlugValue& value) {
 }
 EditPtr change_slot_edit(Slot& slot, std::function<MStatus(Slot&)> change) {
     return std::make_unique<ChangeSlot>(slot, std::move(change));
+}
+std::pair<EditPtr, EditPtr> keep_results_edits(Slot& output) {
+    const auto results = std::make_shared<Results>(output);
+    return {std::make_unique<KeepResults>(results, true),
+            std::make_unique<KeepResults>(results, false)};
 }
 EditPtr rename_edit(Node& node, const std::string& name) {
     return std::make_unique<Rename>(node, name);

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace host::graph {
 
@@ -46,6 +47,11 @@ MHOST_EXPORT EditPtr reparent_edit(DagNode& node, DagNode* parent);
 MHOST_EXPORT EditPtr instance_edit(DagNode& node, DagNode& parent);
 MHOST_EXPORT EditPtr add_attribute_edit(Node& node, const Ref<Attribute>& attribute);
 MHOST_EXPORT EditPtr remove_attribute_edit(Node& node, const Ref<Attribute>& attribute);
+/// Two edits, to be performed before and after changes of the history above a computed plug. After
+/// undo the plug has the value of before the changes, after redo the one of after them, each
+/// without being computed: for nodes that compute only when they are asked to. The node's numbers
+/// that affect nothing, which are results, too, are kept like the plug.
+MHOST_EXPORT std::pair<EditPtr, EditPtr> keep_results_edits(Slot& output);
 /// Properties of a plug that are not part of its value.
 enum class PlugMark { locked, keyable, channel_box };
 MHOST_EXPORT EditPtr mark_edit(Slot& slot, PlugMark mark, bool on);

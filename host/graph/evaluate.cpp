@@ -179,6 +179,12 @@ MStatus evaluate(Slot& slot) {
     return status;
 }
 
+void set_computed(Slot& output, const PlugValue& value) {
+    output.value = value;
+    announce_change(output);
+    set_clean(output);
+}
+
 bool assign(Slot& slot, const PlugValue& value) {
     if (!slot.is_leaf())
         return false;
@@ -188,7 +194,7 @@ bool assign(Slot& slot, const PlugValue& value) {
             return false;
         return slot.value.assign_number(value.number());
     }
-    if (attribute.kind() == AttributeKind::text) {
+    if (attribute.value_kind() == ValueKind::text) {
         if (value.kind() == ValueKind::text)
             slot.value = value;
         else if (value.as_data() != nullptr && value.as_data()->type() == MFn::kStringData)

@@ -38,6 +38,9 @@ MHOST_EXPORT bool can_connect(const Slot& from, const Slot& to);
 /// Errors: kFailure if the plug is locked, not writable or fed by a connection; kInvalidParameter
 ///         if the value has an incompatible type.
 MHOST_EXPORT MStatus set_value(Slot& slot, const PlugValue& value);
+/// Stores the value of a computed plug on behalf of its node: the plug is clean until something
+/// that it depends on changes, and what it feeds is dirty. For values that were computed elsewhere.
+MHOST_EXPORT void set_computed(Slot& output, const PlugValue& value);
 /// The slot that stores a value written to `slot`: usually the slot itself, but writing a mesh
 /// shape's outMesh writes its inMesh.
 MHOST_EXPORT Slot& value_target(Slot& slot);

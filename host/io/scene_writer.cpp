@@ -1,3 +1,4 @@
+#include "host/graph/component_text.h"
 #include "host/graph/data.h"
 #include "host/graph/mesh_node.h"
 #include "host/graph/plugins.h"
@@ -222,7 +223,13 @@ private:
 
     void leaf(Slot& slot) {
         const std::string head = "\tsetAttr \"." + slot.path(false) + "\"";
-        if (slot.value.kind() == graph::ValueKind::text)
+        if (slot.attribute().kind() == AttributeKind::component_list) {
+            const auto words = graph::component_words(slot.value.as_text().asChar());
+            text_ += head + " -type \"componentList\" " + std::to_string(words.size());
+            for (const std::string& word : words)
+                text_ += " " + script::quoted(word);
+            text_ += ";\n";
+        } else if (slot.value.kind() == graph::ValueKind::text)
             text_ +=
                 head + " -type \"string\" " + script::quoted(slot.value.as_text().asChar()) + ";\n";
         else if (slot.value.is_number())

@@ -1,5 +1,7 @@
 #include "host/mesh/uv_edit.h"
 
+#include "host/mesh/uv_move.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -115,6 +117,9 @@ std::uint32_t continuation(const Connectivity& mesh, std::uint32_t edge, std::ui
 
 std::uint32_t cut_uvs(Mesh& mesh, std::uint32_t set, const std::vector<std::uint32_t>& edges) {
     const Connectivity& polygons = mesh.connectivity();
+    const std::vector<std::int32_t>& mapped = mesh.uv_set(set).corner_uvs;
+    if (std::all_of(mapped.begin(), mapped.end(), [](std::int32_t uv) { return uv < 0; }))
+        project_uvs(mesh, set);
     UvSet& uvs = mesh.edit_uv_set(set);
     std::vector<bool> is_cut(polygons.edge_count());
     std::vector<std::uint32_t> vertices;
@@ -169,6 +174,12 @@ std::uint32_t sew_uvs(Mesh& mesh, std::uint32_t set, const std::vector<std::uint
         if (uv >= 0)
             uv = static_cast<std::int32_t>(merged.leader(static_cast<size_t>(uv)));
     return count;
+}
+
+void copy_uvs(Mesh& mesh, std::uint32_t from, std::uint32_t to) {
+    UvSet copy = mesh.uv_set(from);
+    copy.name = mesh.uv_set(to).name;
+    mesh.edit_uv_set(to) = std::move(copy);
 }
 
 std::vector<std::uint32_t> edge_loop(const Mesh& mesh, std::uint32_t edge) {

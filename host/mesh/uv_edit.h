@@ -13,13 +13,17 @@ namespace host {
 
 /// Cuts along edges. A vertex is split where the cut, with the borders that are there already,
 /// divides the polygons around it: a single edge inside of a chart changes nothing. Ids that are no
-/// edges are skipped. Returns the number of UVs added.
+/// edges are skipped. A set without any mapped corner is projected first (project_uvs), so that
+/// cuts have something to divide. Returns the number of UVs added.
 std::uint32_t cut_uvs(Mesh& mesh, std::uint32_t set, const std::vector<std::uint32_t>& edges);
 
 /// Sews along edges with two mapped polygons: the UVs at either end become one, in the middle of
 /// their places. Other edges are skipped. UVs that no corner has any more stay in the list. Returns
 /// the number of UVs that were merged into others.
 std::uint32_t sew_uvs(Mesh& mesh, std::uint32_t set, const std::vector<std::uint32_t>& edges);
+
+/// Copies the UVs of one set to another, which keeps its name.
+void copy_uvs(Mesh& mesh, std::uint32_t from, std::uint32_t to);
 
 /// Edges of a loop through `edge`, in order: across every vertex with four edges to the opposite
 /// one. A closed loop has its first edge at the end again.

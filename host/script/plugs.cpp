@@ -1,5 +1,6 @@
 #include "host/script/plugs.h"
 
+#include "host/graph/component_text.h"
 #include "host/graph/data.h"
 #include "host/graph/edits.h"
 
@@ -96,6 +97,8 @@ Value leaf_value(graph::Slot& plug) {
     const graph::Attribute& attribute = plug.attribute();
     switch (plug.value.kind()) {
     case graph::ValueKind::text:
+        if (attribute.kind() == graph::AttributeKind::component_list)
+            return graph::component_words(plug.value.as_text().asChar());
         return std::string(plug.value.as_text().asChar());
     case graph::ValueKind::real32:
     case graph::ValueKind::real64:
