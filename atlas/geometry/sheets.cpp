@@ -56,8 +56,8 @@ private:
 
 class SheetFinder {
 public:
-    SheetFinder(Surface& surface, const std::vector<uint8_t>& refused)
-        : s_(surface), refused_(refused), trailing_(surface.face_count, 0) {}
+    SheetFinder(Surface& surface, const SheetOptions& options)
+        : s_(surface), options_(options), trailing_(surface.face_count, 0) {}
 
     Sheets run() {
         drop_trailing();
@@ -286,14 +286,36 @@ private:
         return place == k_none ? nullptr : &polygons_[place];
     }
 
+    /// Two polygons folded onto each other that have no other neighbours can be one flat chart:
+    /// they stay joined, unless sheets are to share their place.
     void open_between_twins() {
         for (const Polygon& p : polygons_)
-            for (const Side& side : p.sides) {
-                const uint32_t mate = s_.mate[side.half_edge];
-                const Polygon* other = mate == k_none ? nullptr : polygon_of(mate);
-                if (other != nullptr && p.kind != k_none && other->kind == p.kind)
-                    open(side.half_edge);
-            }
+            if (options_.stack || !meets_only_its_twin(p))
+                for (const Side& side : p.sides)
+                    if (is_twin(p, mate_of(side)))
+                        open(side.half_edge);
+    }
+
+    const Polygon* mate_of(const Side& side) const {
+        const uint32_t mate = s_.mate[side.half_edge];
+        return mate == k_none ? nullptr : polygon_of(mate);
+    }
+
+    static bool is_twin(const Polygon& p, const Polygon* other) {
+        return p.kind != k_none && other != nullptr && other->kind == p.kind;
+    }
+
+    bool meets_only_its_twin(const Polygon& p) const {
+        const Polygon* twin = nullptr;
+        for (const Side& side : p.sides) {
+            if (s_.mate[side.half_edge] == k_none)
+                continue;
+            const Polygon* const other = mate_of(side);
+            if (other == &p || !is_twin(p, other) || (twin != nullptr && other != twin))
+                return false;
+            twin = other;
+        }
+        return twin != nullptr;
     }
 
     /// All sheets, by their first triangle.
@@ -319,7 +341,7 @@ private:
                 sheets[sheet].polygons.push_back(place);
             else
                 sheets[sheet].may_copy = false;
-            if (!refused_.empty() && refused_[t])
+            if (!options_.refused.empty() && options_.refused[t])
                 sheets[sheet].may_copy = false;
         }
         return sheets;
@@ -424,7 +446,7 @@ private:
     }
 
     Surface& s_;
-    const std::vector<uint8_t>& refused_;
+    const SheetOptions& options_;
     Sheets out_;
     std::vector<uint8_t> trailing_;
     std::vector<uint32_t> polygon_; ///< per triangle: the first one of its polygon
@@ -600,8 +622,8 @@ private:
 
 } // namespace
 
-Sheets find_sheets(Surface& s, const std::vector<uint8_t>& refused) {
-    return SheetFinder(s, refused).run();
+Sheets find_sheets(Surface& s, const SheetOptions& options) {
+    return SheetFinder(s, options).run();
 }
 
 std::vector<Attachment>

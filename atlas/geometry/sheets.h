@@ -30,9 +30,13 @@ struct Sheets {
     LooseHints hints; ///< empty when all triangles have area
 };
 
-/// Opens the edges between twins in `s` and finds what follows what. Sheets that hold a triangle of
-/// `refused` (per triangle, or empty) are no copies.
-Sheets find_sheets(Surface& s, const std::vector<uint8_t>& refused);
+struct SheetOptions {
+    std::vector<uint8_t> refused; ///< per triangle, or empty: sheets that hold a 1 are no copies
+    bool stack = false;           ///< copies are to share the place of their sheet
+};
+
+/// Opens the edges between twins in `s` and finds what follows what.
+Sheets find_sheets(Surface& s, const SheetOptions& options);
 
 /// A triangle hung on another. Both half-edges run between the same two vertices; for a triangle
 /// that is a point they merely start at the same vertex.

@@ -31,9 +31,11 @@ struct ChartingCall {
             return {Status::aborted, k_none};
         // Copies that their sheet's charts do not serve are rare; then they are laid out too.
         constexpr int k_most_rounds = 3;
-        std::vector<uint8_t> refused;
+        SheetOptions sheet_options;
+        sheet_options.stack = options.stack;
+        std::vector<uint8_t>& refused = sheet_options.refused;
         for (int round = 1;; ++round) {
-            const Failure failure = chart_sheets(refused);
+            const Failure failure = chart_sheets(sheet_options);
             if (failure.status != Status::ok)
                 return failure;
             const std::vector<uint32_t> unserved = finish();
@@ -50,12 +52,12 @@ struct ChartingCall {
         return {};
     }
     /// Charts of everything but copies, as far as those are not refused, and loose triangles.
-    Failure chart_sheets(const std::vector<uint8_t>& refused) {
+    Failure chart_sheets(const SheetOptions& sheet_options) {
         const Failure failure = build_surface(mesh, surface);
         if (failure.status != Status::ok)
             return failure;
         const double area = surface.total_area * surface.unit * surface.unit;
-        sheets = find_sheets(surface, refused);
+        sheets = find_sheets(surface, sheet_options);
         restrict_surface(mesh, sheets.kept, sheets.number, surface);
         total_area = area / (surface.unit * surface.unit);
         stages = std::make_unique<ChartStages>(surface, options);

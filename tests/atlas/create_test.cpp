@@ -119,15 +119,6 @@ TEST(AtlasCreate, TwoTrianglesFoldedOntoEachOtherUnwrap) {
     unwrap(mesh);
 }
 
-TEST(AtlasCreate, BothSidesOfASheetAreChartsOfTheirOwn) {
-    TestMesh mesh;
-    const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0), c = mesh.vertex(0, 1, 0);
-    mesh.triangle(a, b, c);
-    mesh.triangle(a, c, b);
-    mesh.connect();
-    EXPECT_EQ(unwrap(mesh).charts, 2u);
-}
-
 TEST(AtlasCreate, FalseEdgesThatCannotBelongToAPolygonBecomeReal) {
     TestMesh mesh;
     const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0), c = mesh.vertex(0, 1, 0);
@@ -305,6 +296,53 @@ TEST(AtlasSheets, TheStretchOfACopyDividedAlongOtherDiagonalsIsReported) {
     EXPECT_EQ(result.chart_count, 2u);
     EXPECT_GT(result.stretch, 0.01f); // the first division alone unfolds without any
     EXPECT_EQ(judge(mesh, options, result, true, true).faults, std::vector<std::string>{});
+}
+
+/// A polygon and the same one wound against it, joined along its first `sides` sides.
+TestMesh folded_pair(uint32_t corners, uint32_t sides) {
+    TestMesh mesh;
+    std::vector<uint32_t> front;
+    for (uint32_t i = 0; i < corners; ++i)
+        front.push_back(
+            mesh.vertex(float(std::cos(2 * i)), float(std::sin(2 * i)), 0.1f * float(i)));
+    mesh.polygon(front);
+    mesh.connect();
+    const TestMesh half = mesh;
+    const uint32_t entries = uint32_t(half.indices.size());
+    for (uint32_t h = 0; h < entries; ++h) { // corner order c, b, a: edge k lies at 1 - k
+        const uint32_t t = h / 3, from = 3 * t + 2 - h % 3, edge = 3 * t + (4 - h % 3) % 3;
+        mesh.indices.push_back(half.indices[from]);
+        mesh.adjacency.push_back(
+            half.adjacency[edge] == k_none ? k_none : half.adjacency[edge] + entries / 3);
+        mesh.false_edges.push_back(half.false_edges[edge]);
+    }
+    const auto joins = [&](uint32_t from, uint32_t to) {
+        return mesh.indices[from] < sides && mesh.indices[to] == (mesh.indices[from] + 1) % corners;
+    };
+    for (uint32_t g = 0; g < entries; ++g)
+        for (uint32_t h = entries; h < 2 * entries; ++h) {
+            const uint32_t g1 = g % 3 == 2 ? g - 2 : g + 1, h1 = h % 3 == 2 ? h - 2 : h + 1;
+            if (mesh.indices[g] == mesh.indices[h1] && mesh.indices[g1] == mesh.indices[h] &&
+                joins(g, g1)) {
+                mesh.adjacency[g] = h / 3;
+                mesh.adjacency[h] = g / 3;
+            }
+        }
+    return mesh;
+}
+
+TEST(AtlasSheets, APolygonFoldedOntoItsTwinIsOneChartWithIt) {
+    for (const uint32_t corners : {3u, 4u})
+        for (uint32_t sides = 1; sides <= corners; ++sides)
+            EXPECT_EQ(unwrap(folded_pair(corners, sides)).charts, 1u) << corners << ' ' << sides;
+}
+
+TEST(AtlasSheets, APolygonFoldedOntoItsTwinIsApartFromItWhereCopiesStack) {
+    Options options;
+    options.stack = true;
+    Result result;
+    ASSERT_EQ(create(folded_pair(4, 2).view(), options, result).status, Status::ok);
+    EXPECT_EQ(result.chart_count, 2u);
 }
 
 TEST(AtlasSheets, StackedCopiesShareThePlaceOfTheirSheet) {
