@@ -1,36 +1,15 @@
 #include "formats/gltf_accessor.h"
 #include "formats/gltf_mesh.h"
+#include "formats/value_ids.h"
 #include "host/io/obj_scale.h"
 
-#include <array>
 #include <cmath>
-#include <cstring>
 #include <map>
-#include <unordered_map>
 
 namespace formats {
 namespace {
 
 enum Mode { triangles = 4, strip = 5, fan = 6 };
-
-/// A position or a texture coordinate by its bits.
-using Bits = std::array<uint32_t, 3>;
-struct BitsHash {
-    size_t operator()(const Bits& bits) const {
-        uint64_t hash = 1469598103934665603u;
-        for (const uint32_t word : bits)
-            hash = (hash ^ word) * 1099511628211u ^ (hash >> 29);
-        return size_t(hash);
-    }
-};
-using Ids = std::unordered_map<Bits, uint32_t, BitsHash>;
-
-uint32_t bits_of(float value) {
-    value += 0.0f; // -0 is 0
-    uint32_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
-}
 
 class MeshReader {
 public:
@@ -60,8 +39,8 @@ private:
     std::string set_name_;
     std::string error_;
     std::map<std::string, size_t> groups_; ///< by attributes and targets
-    Ids vertices_;                         ///< of the present mesh
-    Ids coordinates_;                      ///< of all meshes: third word 0
+    ValueIds vertices_;                    ///< of the present mesh
+    ValueIds coordinates_;                 ///< of all meshes
     std::vector<double> exact_;
 };
 
@@ -161,29 +140,28 @@ bool MeshReader::add_vertex(const GltfElements& positions, uint32_t vertex) {
         if (!std::isfinite(place[k]))
             return fail("vertex " + std::to_string(vertex) + " has a position that is not finite");
     }
-    const auto [known, is_new] =
-        vertices_.try_emplace({bits_of(place[0]), bits_of(place[1]), bits_of(place[2])},
-                              uint32_t(document_.vertex_count()));
-    if (is_new)
+    const auto next = uint32_t(document_.vertex_count());
+    const uint32_t id = vertices_.of(place, 3, next);
+    if (id == next)
         for (const float value : place) {
             document_.positions.push_back(value);
             exact_.push_back(double(value));
         }
-    document_.corner_vertex.push_back(known->second);
+    document_.corner_vertex.push_back(id);
     return true;
 }
 
 /// The document's number for a vertex's texture coordinate, equal for equal values.
 uint32_t MeshReader::coordinate_id(const GltfElements& coordinates, uint32_t vertex) {
-    const auto u = float(coordinates.number(vertex, 0));
-    const auto v = float(1.0 - coordinates.number(vertex, 1)); // glTF counts downwards
-    if (!std::isfinite(u) || !std::isfinite(v))
+    const float uv[2] = {float(coordinates.number(vertex, 0)),
+                         float(1.0 - coordinates.number(vertex, 1))}; // glTF counts downwards
+    if (!std::isfinite(uv[0]) || !std::isfinite(uv[1]))
         return host::k_obj_none;
-    const auto [known, is_new] =
-        coordinates_.try_emplace({bits_of(u), bits_of(v), 0}, uint32_t(document_.texture_count()));
-    if (is_new)
-        document_.texture_coords.insert(document_.texture_coords.end(), {u, v});
-    return known->second;
+    const auto next = uint32_t(document_.texture_count());
+    const uint32_t id = coordinates_.of(uv, 2, next);
+    if (id == next)
+        document_.texture_coords.insert(document_.texture_coords.end(), uv, uv + 2);
+    return id;
 }
 
 bool MeshReader::add_primitive(size_t mesh, size_t number, const Json& primitive) {
