@@ -117,7 +117,6 @@ UnwrapRequest Batch::request_for(const BatchItem& item) const {
     request.in_place = request_.in_place;
     request.threads = request_.threads > 0 ? request_.threads : 1; // the processes share the work
     request.picture = request_.picture;
-    request.texcoord = request_.texcoord;
     request.max_input = request_.max_input;
     request.input = item.input;
     request.output = item.output;

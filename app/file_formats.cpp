@@ -42,6 +42,21 @@ const OtherFormat* find(const std::string& path) {
     return nullptr;
 }
 
+template <class Predicate>
+std::string names_of(Predicate belongs) {
+    std::vector<std::string> names;
+    for (const formats::FormatFacts& facts : formats::all_formats())
+        if (belongs(facts)) {
+            names.emplace_back(facts.name);
+            for (char& c : names.back())
+                c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        }
+    std::string text;
+    for (size_t i = 0; i < names.size(); ++i)
+        text += (i == 0 ? "" : i + 1 == names.size() ? " and " : ", ") + names[i];
+    return text;
+}
+
 std::string refusal_of(const std::string& path, const std::string& readable) {
     const OtherFormat* format = find(path);
     if (!format)
@@ -69,14 +84,11 @@ std::string lower_extension(const std::string& path) {
 }
 
 std::string format_names() {
-    std::string names;
-    const std::vector<formats::FormatFacts>& list = formats::all_formats();
-    for (size_t i = 0; i < list.size(); ++i) {
-        names += i == 0 ? "" : i + 1 == list.size() ? " and " : ", ";
-        for (const char* c = list[i].name; *c; ++c)
-            names += static_cast<char>(std::toupper(static_cast<unsigned char>(*c)));
-    }
-    return names;
+    return names_of([](const formats::FormatFacts& facts) { return facts.is_read; });
+}
+
+std::string written_format_names() {
+    return names_of([](const formats::FormatFacts& facts) { return facts.is_written; });
 }
 
 std::pair<std::string, std::string> split_name(const std::string& path) {
@@ -107,15 +119,17 @@ std::string obj_input_refusal(const std::string& path) {
 }
 
 std::string output_refusal(const std::string& path) {
-    return find(path) && !is_mesh_file(path)
-               ? path + ": only " + format_names() + " files can be written"
-               : std::string();
+    formats::Format format;
+    if (formats::format_of(path, format))
+        return formats::cannot_be_written(path, format);
+    return find(path) ? path + ": only " + written_format_names() + " files can be written"
+                      : std::string();
 }
 
 std::string picture_refusal(const std::string& path) {
     const std::string extension = lower_extension(path);
     for (const char* other : {".jpg", ".jpeg", ".bmp", ".gif", ".tga", ".tif", ".tiff", ".webp",
-                              ".svg", ".exr", ".obj", ".gltf", ".glb", ".pdf"})
+                              ".svg", ".exr", ".obj", ".gltf", ".glb", ".ply", ".stl", ".pdf"})
         if (extension == other)
             return path + ": pictures are written as PNG files; name it " +
                    path.substr(0, path.size() - extension.size()) + ".png";

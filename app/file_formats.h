@@ -10,8 +10,10 @@ namespace app {
 /// has none.
 std::string lower_extension(const std::string& path);
 
-/// The formats for messages: "OBJ, GLTF and GLB".
+/// The formats that are read, for messages: "OBJ, GLTF and GLB".
 std::string format_names();
+/// The same for those that are written.
+std::string written_format_names();
 
 /// A file name without its extension, and the extension with its dot; ".gz" counts as a part of the
 /// extension before it: "a.obj.gz" is "a" and ".obj.gz".

@@ -24,8 +24,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* k_measure_usage = R"(usage: tessora measure MESH [options]
 
-Tells how good the texture coordinates of a mesh are (OBJ, glTF or GLB, whoever
-made them): charts, stretch, distortion, flips, overlaps, gaps, coverage, seams.
+Tells how good the texture coordinates of a mesh are (OBJ, glTF, GLB or PLY,
+whoever made them): charts, stretch, distortion, flips, overlaps, gaps, coverage, seams.
 docs/measures.md defines every figure.
 
 examples:

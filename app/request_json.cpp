@@ -32,6 +32,8 @@ void visit_settings(Settings& s, Visit visit) {
     visit("align", s.align);
     visit("stack", s.stack);
     visit("effort", s.effort);
+    visit("texcoord", s.texcoord);
+    visit("ply_uvs", s.ply_uvs);
 }
 
 /// Stores a JSON value in a setting; returns null, or what was expected.
@@ -74,7 +76,6 @@ void visit_request(Request& r, Visit visit) {
     visit("picture", r.picture);
     visit("in_place", r.in_place);
     visit("threads", r.threads);
-    visit("texcoord", r.texcoord);
     visit("max_input", r.max_input);
 }
 

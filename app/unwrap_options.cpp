@@ -20,7 +20,7 @@ namespace {
 constexpr const char* k_usage = R"(usage: tessora unwrap INPUT [-o OUTPUT] [options]
        tessora unwrap INPUT... [--out_dir DIR] [options]
 
-Gives the mesh in INPUT (OBJ, glTF or GLB, also compressed by gzip) new texture
+Gives the mesh in INPUT (OBJ, glTF, GLB, PLY or STL, also compressed by gzip) new texture
 coordinates and writes it to OUTPUT. Only texture coordinates change: all else
 in the file stays (docs/formats.md).
 INPUT can be several files, folders and patterns: then each mesh gets a result
@@ -128,9 +128,12 @@ void add_batch_options(OptionTable& table, BatchRequest& batch) {
 
 void add_format_options(OptionTable& table, UnwrapRequest& request) {
     table.add("format", &request.format, "NAME",
-              "format of the result, obj, gltf or glb, if OUTPUT's name does not tell");
-    table.add("texcoord", &request.texcoord, "N",
+              "format of the result, obj, gltf, glb or ply, if OUTPUT's name does not tell");
+    table.add("texcoord", &request.settings.texcoord, "N",
               "glTF: the set TEXCOORD_N gets the result, others stay");
+    table.add("ply_uvs", &request.settings.ply_uvs, "PLACE",
+              "PLY: coordinates of each corner (face), of vertices, which are split at seams "
+              "(vertex), or as_read: where the input has them, else face");
     table.add("max_input", &request.max_input, "GIB",
               "refuse files that are larger, when inflated");
 }
@@ -257,14 +260,16 @@ bool check_format(const UnwrapRequest& r, std::string& error) {
         is_known |= facts.is_written && r.format == facts.name;
     formats::Format by_name;
     if (!is_known)
-        error =
-            "--format: '" + r.format + "' is not one of " + format_names() + ", in small letters";
+        error = "--format: '" + r.format + "' is not one of " + written_format_names() +
+                ", in small letters";
     else if (!r.format.empty() && r.in_place)
         error = "--in_place keeps the format";
+    else if (formats::PlyUvs place; !formats::ply_uvs_of(r.settings.ply_uvs, place))
+        error = "--ply_uvs: '" + r.settings.ply_uvs + "' is not as_read, face or vertex";
     else if (!r.format.empty() && formats::format_of(r.output, by_name) &&
              r.format != formats::all_formats()[size_t(by_name)].name)
         error = "--format " + r.format + " and the name " + r.output + " contradict each other";
-    else if (r.texcoord < 0 || r.texcoord > 7)
+    else if (r.settings.texcoord < 0 || r.settings.texcoord > 7)
         error = "--texcoord is 0 to 7";
     else if (!(r.max_input > 0.0 && r.max_input <= 1e6))
         error = "--max_input is more than 0 and at most 1000000 GiB";
@@ -312,9 +317,15 @@ std::vector<std::string> warnings_about_settings(const std::vector<std::string>&
 }
 
 std::string output_extension(const UnwrapRequest& request, const std::string& input_extension) {
-    if (request.format.empty())
-        return input_extension;
-    return "." + request.format + (formats::is_compressed_name(input_extension) ? ".gz" : "");
+    formats::Format format;
+    std::string name = request.format;
+    if (name.empty()) {
+        if (!formats::format_of("a" + input_extension, format) ||
+            formats::facts_of(format).result == format)
+            return input_extension;
+        name = formats::facts_of(formats::facts_of(format).result).name;
+    }
+    return "." + name + (formats::is_compressed_name(input_extension) ? ".gz" : "");
 }
 
 std::string backup_name(const std::string& input) { return input + ".bak"; }

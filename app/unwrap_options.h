@@ -27,11 +27,13 @@ struct UnwrapSettingsRequest {
     int adjacency_method = 0;
     double epsilon = 0.001;
     // What follows is the program's own; the plug-in does not know of it.
-    int max_charts = 0;         ///< 0: any number; else `stretch` is the most that is tried
-    double density = 0.0;       ///< texels per unit of length; 0: what fits
-    bool align = false;         ///< turn charts straight, and by quarters only
-    std::string stack = "none"; ///< or congruent, or mirrored
-    int effort = 4;             ///< of packing, 0 to 10
+    int max_charts = 0;              ///< 0: any number; else `stretch` is the most that is tried
+    double density = 0.0;            ///< texels per unit of length; 0: what fits
+    bool align = false;              ///< turn charts straight, and by quarters only
+    std::string stack = "none";      ///< or congruent, or mirrored
+    int effort = 4;                  ///< of packing, 0 to 10
+    int texcoord = 0;                ///< glTF: the n of TEXCOORD_n
+    std::string ply_uvs = "as_read"; ///< PLY: or face, or vertex
 };
 
 /// What concerns several meshes at once.
@@ -65,7 +67,6 @@ struct UnwrapRequest {
     PanelPictureRequest view_picture;
     int threads = 0;        ///< that one mesh is unwrapped on; 0 for one a processor
     std::string format;     ///< of the result; empty for that of the output's or the input's name
-    int texcoord = 0;       ///< glTF: the n of TEXCOORD_n
     double max_input = 8.0; ///< GiB
     bool in_place = false;
     bool beside = false; ///< name report and layout after the output unless given

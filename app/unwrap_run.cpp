@@ -69,6 +69,7 @@ private:
     ProgressDisplay progress_;
     UnwrapReport report_;
     formats::MeshFile file_;
+    formats::WriteOptions write_options_;
     UnwrapOutcome outcome_;
     Judgement judgement_;
     AtomicFile mesh_file_, layout_file_, view_file_, report_file_, backup_file_;
@@ -86,6 +87,8 @@ UnwrapRun::UnwrapRun(const UnwrapRequest& request)
     report_.layout = request.layout;
     report_.view = request.view;
     report_.settings = request.settings;
+    write_options_.format = request.format;
+    formats::ply_uvs_of(request.settings.ply_uvs, write_options_.ply_uvs);
     for (const std::string& warning : request.warnings)
         warn(warning);
 }
@@ -109,7 +112,7 @@ bool UnwrapRun::read() {
     progress_.begin_stage("reading");
     host::IoError error;
     std::string bytes, reason;
-    const formats::ReadOptions options = {request_.texcoord,
+    const formats::ReadOptions options = {request_.settings.texcoord,
                                           uint64_t(request_.max_input * double(1u << 30))};
     if (host::read_text(request_.input, bytes, error)) {
         report_.input_hash = fingerprint(bytes);
@@ -120,7 +123,7 @@ bool UnwrapRun::read() {
                     error.message);
     for (const std::string& path : file_.other_files)
         report_.other_hashes.emplace_back(path, file_fingerprint(path));
-    if (!formats::can_write(file_, request_.output, reason))
+    if (!formats::can_write(file_, request_.output, write_options_, reason))
         return fail(exit_usage, reason);
     report_.seconds.read = watch.seconds();
     for (const std::string& warning : file_.document.warnings)
@@ -264,7 +267,7 @@ bool UnwrapRun::verify() {
 bool UnwrapRun::write_mesh() {
     progress_.begin_stage("writing");
     std::string text, error;
-    if (!formats::format_mesh(file_, outcome_.uvs, request_.output, text, error))
+    if (!formats::format_mesh(file_, outcome_.uvs, request_.output, write_options_, text, error))
         return fail(exit_unwrap, request_.input + ": " + error);
     report_.output_hash = fingerprint(text);
     if (!mesh_file_.write(text, error) ||

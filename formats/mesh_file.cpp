@@ -16,6 +16,12 @@ std::string lower_case(std::string text) {
     return text;
 }
 
+std::string upper_case(std::string text) {
+    for (char& c : text)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
 std::string extension_of(const std::string& path) {
     std::filesystem::path name = std::filesystem::path(path).filename();
     if (is_compressed_name(path))
@@ -26,13 +32,20 @@ std::string extension_of(const std::string& path) {
 Format format_of_content(std::string_view bytes) {
     if (bytes.substr(0, 4) == "glTF")
         return Format::glb;
+    if (bytes.substr(0, 3) == "ply" && bytes.substr(3, 1).find_first_of("\r\n ") == 0)
+        return Format::ply;
     const size_t first = bytes.find_first_not_of(" \t\r\n");
+    if (first != bytes.npos && bytes.substr(first, 6) == "solid ")
+        return Format::stl;
     return first != bytes.npos && bytes[first] == '{' ? Format::gltf : Format::obj;
 }
 
-Format output_format(const MeshFile& file, const std::string& output) {
-    Format format = file.format;
-    format_of(output, format);
+Format output_format(const MeshFile& file, const std::string& output, const WriteOptions& options) {
+    Format format = facts_of(file.format).result;
+    if (!format_of(output, format))
+        for (const FormatFacts& facts : all_formats())
+            if (options.format == facts.name)
+                format = facts.format;
     return format;
 }
 
@@ -103,6 +116,16 @@ bool parse(const std::string& name, std::string bytes, const ReadOptions& option
         return host::parse_obj(name, is_compressed ? std::move(inflated) : std::move(bytes),
                                file.document, error);
     }
+    if (file.format == Format::ply) {
+        file.bytes = is_compressed ? std::move(bytes) : "";
+        return read_ply_mesh(name, is_compressed ? std::move(inflated) : std::move(bytes), file.ply,
+                             file.document, error);
+    }
+    if (file.format == Format::stl) {
+        const bool good = read_stl_mesh(name, text, file.solids, file.document, error);
+        file.bytes = std::move(bytes);
+        return good;
+    }
     const bool good = read_gltf_mesh(name, text, options.texcoord, file.gltf, file.document, error);
     file.other_files = file.gltf.file.file_names;
     file.bytes = std::move(bytes);
@@ -131,13 +154,27 @@ host::ObjUvs used_only(const host::ObjUvs& uvs) {
 
 const std::vector<FormatFacts>& all_formats() {
     static const std::vector<FormatFacts> list = {
-        {Format::obj, "obj", ".obj", true, true, "nothing: every other byte stays"},
+        {Format::obj, "obj", ".obj", true, true, "nothing: every other byte stays", Format::obj},
         {Format::gltf, "gltf", ".gltf", true, true,
-         "nothing; JSON is laid out anew, with its keys in their order"},
+         "nothing; JSON is laid out anew, with its keys in their order", Format::gltf},
         {Format::glb, "glb", ".glb", true, true,
-         "nothing; JSON is laid out anew, with its keys in their order"},
+         "nothing; JSON is laid out anew, with its keys in their order", Format::glb},
+        {Format::ply, "ply", ".ply", true, true, "nothing; rows of text are laid out anew",
+         Format::ply},
+        {Format::stl, "stl", ".stl", true, false, "cannot hold texture coordinates: OBJ is written",
+         Format::obj},
     };
     return list;
+}
+
+bool ply_uvs_of(const std::string& name, PlyUvs& place) {
+    const char* const names[] = {"as_read", "face", "vertex"};
+    for (int i = 0; i < 3; ++i)
+        if (name == names[i]) {
+            place = PlyUvs(i);
+            return true;
+        }
+    return false;
 }
 
 bool is_compressed_name(const std::string& path) {
@@ -165,15 +202,24 @@ bool parse_mesh(const std::string& name, std::string bytes, const ReadOptions& o
     }
 }
 
-bool can_write(const MeshFile& file, const std::string& output, std::string& error) {
+std::string cannot_be_written(const std::string& output, Format format) {
+    return facts_of(format).is_written
+               ? std::string()
+               : output + ": STL files cannot hold texture coordinates; name an OBJ file instead";
+}
+
+bool can_write(const MeshFile& file, const std::string& output, const WriteOptions& options,
+               std::string& error) {
     namespace fs = std::filesystem;
-    const Format format = output_format(file, output);
-    if (file.format == Format::obj || file.format == Format::glb) {
+    const Format format = output_format(file, output, options);
+    error = cannot_be_written(output, format);
+    if (!error.empty())
+        return false;
+    if (file.format != Format::gltf) {
         if (format == file.format || format == Format::obj)
             return true;
-        error = output + ": " + (file.format == Format::obj ? "an OBJ" : "a GLB") +
-                " file cannot be written in this format; " +
-                (file.format == Format::obj ? "OBJ can" : "GLB and OBJ can");
+        error = output + ": a mesh read as " + upper_case(facts_of(file.format).name) +
+                " cannot be written in this format; OBJ can";
         return false;
     }
     std::error_code failure;
@@ -191,10 +237,13 @@ bool can_write(const MeshFile& file, const std::string& output, std::string& err
 }
 
 bool format_mesh(const MeshFile& file, const host::ObjUvs& uvs, const std::string& output,
-                 std::string& bytes, std::string& error) {
-    const Format format = output_format(file, output);
+                 const WriteOptions& options, std::string& bytes, std::string& error) {
+    const Format format = output_format(file, output, options);
     if (file.format == Format::obj) {
         if (!host::format_obj(file.document, uvs, bytes, error))
+            return false;
+    } else if (format == Format::ply) {
+        if (!patch_ply(file.ply, file.document, uvs, options.ply_uvs, bytes, error))
             return false;
     } else if (format == Format::obj) {
         bytes = plain_obj(file.document, used_only(uvs));

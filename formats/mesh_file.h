@@ -2,6 +2,8 @@
 #pragma once
 
 #include "formats/gltf_mesh.h"
+#include "formats/ply_mesh.h"
+#include "formats/stl_mesh.h"
 #include "host/io/obj_document.h"
 #include "host/io/obj_reader.h"
 #include "host/io/obj_writer.h"
@@ -12,7 +14,7 @@
 
 namespace formats {
 
-enum class Format { obj, gltf, glb };
+enum class Format { obj, gltf, glb, ply, stl };
 
 struct FormatFacts {
     Format format;
@@ -20,10 +22,12 @@ struct FormatFacts {
     const char* extension; ///< with its dot
     bool is_read, is_written;
     const char* loses; ///< what a result in this format does not keep of a file of the same format
+    Format result;     ///< of a result whose format nobody asked for
 };
 
-/// All formats, in the order of the documents.
+/// All formats, in the order of the enumeration.
 const std::vector<FormatFacts>& all_formats();
+inline const FormatFacts& facts_of(Format format) { return all_formats()[size_t(format)]; }
 
 /// The format of a file by its name, with or without ".gz" behind it. Returns false if the
 /// extension is not that of a mesh format in the list.
@@ -36,17 +40,30 @@ bool is_compressed_name(const std::string& path);
 struct MeshFile {
     Format format = Format::obj;
     host::ObjDocument document; ///< the mesh; its text is the file only for OBJ
-    std::string bytes;          ///< the file as it was, unless that is the document's text
+    std::string bytes;          ///< the file as it was, unless a member below has that
     GltfMesh gltf;
+    PlyMesh ply;
+    std::vector<StlSolid> solids;
     std::vector<std::string> other_files; ///< that were read too
 
-    const std::string& original() const { return bytes.empty() ? document.text : bytes; }
+    /// The file's bytes.
+    const std::string& original() const {
+        return !bytes.empty() ? bytes : format == Format::ply ? ply.file.bytes : document.text;
+    }
 };
 
 struct ReadOptions {
     int texcoord = 0;                       ///< glTF: the set that is replaced
     uint64_t max_input = uint64_t(8) << 30; ///< bytes, of compressed files when inflated
 };
+
+struct WriteOptions {
+    std::string format; ///< by its name; empty for that of the output's name
+    PlyUvs ply_uvs = PlyUvs::as_read;
+};
+
+/// The place by its name: as_read, face or vertex. Returns false for any other.
+bool ply_uvs_of(const std::string& name, PlyUvs& place);
 
 /// Parses a file's bytes, which `read_text` of host/io reads. The format is that of the name;
 /// without a known extension, that of the content. gzip is inflated whatever the name.
@@ -56,12 +73,15 @@ bool parse_mesh(const std::string& name, std::string bytes, const ReadOptions& o
 
 /// Checks before the work whether `format_mesh` can write the file under this name.
 /// Errors: false with a sentence in `error`.
-bool can_write(const MeshFile& file, const std::string& output, std::string& error);
+bool can_write(const MeshFile& file, const std::string& output, const WriteOptions& options,
+               std::string& error);
+/// Why no file of this format is written, a sentence; empty if one can be.
+std::string cannot_be_written(const std::string& output, Format format);
 
-/// The file with new texture coordinates, in the format of `output` (that of the file if the name
-/// has no known extension).
+/// The file with new texture coordinates, in the format asked for, that of the name or, if
+/// neither tells, the usual one for the file.
 /// Errors: false with a reason in `error`.
 bool format_mesh(const MeshFile& file, const host::ObjUvs& uvs, const std::string& output,
-                 std::string& bytes, std::string& error);
+                 const WriteOptions& options, std::string& bytes, std::string& error);
 
 } // namespace formats

@@ -376,9 +376,10 @@ bool PlyCursor::next_count(const PlyProperty& list, uint64_t& count) {
         return false;
     // Each item of a text takes a digit and a blank.
     const uint64_t least = file_.encoding == PlyEncoding::ascii ? 2 : ply_size(list.type);
+    value = std::min(std::max(value, -1e9), 1e18); // what an integer holds
     if (!(value >= 0.0 && value <= 4294967295.0) || value != std::floor(value) ||
         uint64_t(value) > (left() + 1) / least)
-        return fail("a list of " + std::to_string(value) + " items, with " +
+        return fail("a list of " + std::to_string(int64_t(value)) + " items, with " +
                     std::to_string(left()) + " bytes left in the file");
     count = uint64_t(value);
     return true;

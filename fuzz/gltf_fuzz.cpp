@@ -46,9 +46,10 @@ std::string check(const std::string& bytes) {
     if (const std::string broken = broken_invariant(file.document); !broken.empty())
         return broken;
     std::string written, reason;
-    if (!formats::format_mesh(file, split_everywhere(file.document), "out.glb", written, reason))
+    if (!formats::format_mesh(file, split_everywhere(file.document), "out.glb", {}, written,
+                              reason))
         return reason.empty() ? "not written without a reason" : "";
-    if (!formats::parse_mesh("out.glb", written, formats::ReadOptions(), again, error))
+    if (!formats::parse_mesh("out.glb", {}, written, formats::ReadOptions(), again, error))
         return "the result is refused: " + error.message;
     return again.document.positions == file.document.positions &&
                    again.document.corner_vertex == file.document.corner_vertex

@@ -5,13 +5,13 @@
 namespace {
 
 TEST(FileFormats, RefusalNamesTheFileAndTheToolThatConvertsIt) {
-    EXPECT_EQ("in/bunny.FBX: FBX files cannot be read, only OBJ, GLTF and GLB files; "
-              "this converts it:\n"
+    EXPECT_EQ("in/bunny.FBX: FBX files cannot be read, only OBJ, GLTF, GLB, PLY and STL "
+              "files; this converts it:\n"
               "  assimp export in/bunny.fbx in/bunny.obj",
               app::input_refusal("in/bunny.FBX"));
     EXPECT_NE(std::string::npos, app::input_refusal("a.blend").find("Blender"));
     EXPECT_NE(std::string::npos, app::input_refusal("a.ma").find("file -open \"a.ma\""));
-    EXPECT_NE(std::string::npos, app::input_refusal("FILE.ply").find("export FILE.ply FILE.obj"));
+    EXPECT_NE(std::string::npos, app::input_refusal("FILE.off").find("export FILE.off FILE.obj"));
 }
 
 TEST(FileFormats, CommandsThatReadObjAloneRefuseOtherReadableFiles) {
@@ -25,12 +25,15 @@ TEST(FileFormats, CommandsThatReadObjAloneRefuseOtherReadableFiles) {
 }
 
 TEST(FileFormats, ReadableAndUnknownExtensionsAreNotRefused) {
-    for (const char* path :
-         {"a.obj", "a.OBJ", "a", "-", "a.txt", ".ply", "in.ply/a", "a.gltf", "a.GLB", "a.glb.gz"})
+    for (const char* path : {"a.obj", "a.OBJ", "a", "-", "a.txt", ".ply", "in.ply/a", "a.gltf",
+                             "a.GLB", "a.glb.gz", "a.ply", "a.stl"})
         EXPECT_EQ("", app::input_refusal(path)) << path;
     EXPECT_EQ("", app::output_refusal("a.obj"));
     EXPECT_EQ("", app::output_refusal("a.glb"));
-    EXPECT_EQ("a.fbx: only OBJ, GLTF and GLB files can be written", app::output_refusal("a.fbx"));
+    EXPECT_EQ("a.fbx: only OBJ, GLTF, GLB and PLY files can be written",
+              app::output_refusal("a.fbx"));
+    EXPECT_EQ("a.stl: STL files cannot hold texture coordinates; name an OBJ file instead",
+              app::output_refusal("a.stl"));
 }
 
 TEST(FileFormats, PicturesOfOtherFormatsAreRefused) {

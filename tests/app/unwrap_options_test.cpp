@@ -104,6 +104,9 @@ TEST(UnwrapOptions, OutputIsNamedAfterTheInput) {
     EXPECT_EQ("a/m_uv.obj.gz", parsed({"a/m.obj.gz"}).output);
     EXPECT_EQ("m_uv.gz", parsed({"m.gz"}).output);
     EXPECT_EQ("m_uv.obj.gz", parsed({"m.glb.gz", "--format", "obj"}).output);
+    EXPECT_EQ("m_uv.obj", parsed({"m.stl"}).output) << "STL has no texture coordinates";
+    EXPECT_EQ("m_uv.obj.gz", parsed({"m.STL.gz"}).output);
+    EXPECT_EQ("m_uv.PLY", parsed({"m.PLY"}).output);
 }
 
 TEST(UnwrapOptions, BesideDerivesReportAndPictureNamesFromTheOutput) {
@@ -204,12 +207,14 @@ TEST(UnwrapOptionsRefuse, OptionsOfOneMeshWithSeveral) {
 }
 
 TEST(UnwrapOptionsRefuse, FormatsThatCannotBeWritten) {
-    EXPECT_EQ("--format: 'fbx' is not one of OBJ, GLTF and GLB, in small letters",
+    EXPECT_EQ("--format: 'fbx' is not one of OBJ, GLTF, GLB and PLY, in small letters",
               refusal({"m.obj", "--format", "fbx"}));
     EXPECT_EQ("--in_place keeps the format", refusal({"m.glb", "--in_place", "--format", "obj"}));
     EXPECT_EQ("--format obj and the name m2.glb contradict each other",
               refusal({"m.glb", "-o", "m2.glb", "--format", "obj"}));
     EXPECT_EQ("--texcoord is 0 to 7", refusal({"m.glb", "--texcoord", "8"}));
+    EXPECT_EQ("--ply_uvs: 'corner' is not as_read, face or vertex",
+              refusal({"m.ply", "--ply_uvs", "corner"}));
     EXPECT_EQ("--max_input is more than 0 and at most 1000000 GiB",
               refusal({"m.glb", "--max_input", "0"}));
 }
@@ -295,7 +300,7 @@ TEST(UnwrapOptionsRefuse, ContradictoryOutputs) {
               refusal({"m.obj", "--view", "-", "--layout", "-"}));
     EXPECT_EQ("only one of output, report and picture can go to standard output",
               refusal({"m.obj", "-o", "-", "--report", "-"}));
-    EXPECT_EQ("m.fbx: only OBJ, GLTF and GLB files can be written",
+    EXPECT_EQ("m.fbx: only OBJ, GLTF, GLB and PLY files can be written",
               refusal({"m.obj", "-o", "m.fbx"}));
 }
 

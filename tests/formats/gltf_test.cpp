@@ -117,7 +117,7 @@ host::ObjUvs coordinates(const host::ObjDocument& document, bool split) {
 formats::GltfFile written(const Read& r, bool split, const std::string& name = "out.glb") {
     std::string bytes, error;
     EXPECT_TRUE(
-        formats::format_mesh(r.file, coordinates(r.file.document, split), name, bytes, error))
+        formats::format_mesh(r.file, coordinates(r.file.document, split), name, {}, bytes, error))
         << error;
     formats::GltfFile file;
     EXPECT_TRUE(formats::read_gltf(name, bytes, file, error)) << error;
@@ -204,7 +204,7 @@ TEST(Gltf, ResultReadsBackAsTheSameMesh) {
         const Read first = read(b.glb());
         std::string bytes, error;
         ASSERT_TRUE(formats::format_mesh(first.file, coordinates(first.file.document, split),
-                                         "out.glb", bytes, error));
+                                         "out.glb", {}, bytes, error));
         const Read second = read(bytes);
         ASSERT_TRUE(second.good) << second.error.message;
         EXPECT_EQ(first.file.document.positions, second.file.document.positions);
@@ -385,8 +385,8 @@ TEST_F(GltfText, BuffersComeFromFilesBesideIt) {
     EXPECT_EQ(built.buffer, out.buffers[0]);
     EXPECT_EQ(2u, out.buffers.size());
     std::string error;
-    EXPECT_TRUE(formats::can_write(r.file, dir.path("out.gltf"), error));
-    EXPECT_FALSE(formats::can_write(r.file, "/elsewhere/out.gltf", error));
+    EXPECT_TRUE(formats::can_write(r.file, dir.path("out.gltf"), {}, error));
+    EXPECT_FALSE(formats::can_write(r.file, "/elsewhere/out.gltf", {}, error));
     EXPECT_EQ("/elsewhere/out.gltf: " + dir.path("m.gltf") +
                   " names files beside it, which would be missing there; write the result into the "
                   "same folder",
@@ -399,7 +399,7 @@ TEST_F(GltfText, BuffersInTheTextAreRead) {
     ASSERT_TRUE(r.good) << r.error.message;
     EXPECT_EQ(built.buffer, r.file.gltf.file.buffers[0]);
     std::string error;
-    EXPECT_TRUE(formats::can_write(r.file, "/elsewhere/out.gltf", error));
+    EXPECT_TRUE(formats::can_write(r.file, "/elsewhere/out.gltf", {}, error));
 }
 
 TEST_F(GltfText, BecomesABinaryFileWithOneBuffer) {
@@ -576,23 +576,23 @@ TEST(GltfRefuses, AttributesThatAreTooShortToSplit) {
     const Read r = read(b.glb());
     ASSERT_TRUE(r.good);
     std::string bytes, error;
-    EXPECT_FALSE(
-        formats::format_mesh(r.file, coordinates(r.file.document, true), "o.glb", bytes, error));
+    EXPECT_FALSE(formats::format_mesh(r.file, coordinates(r.file.document, true), "o.glb", {},
+                                      bytes, error));
     EXPECT_EQ("accessor 1: it has 3 elements for more vertices", error);
     host::ObjUvs wrong = coordinates(r.file.document, true);
     wrong.corner_uv.pop_back();
-    EXPECT_FALSE(formats::format_mesh(r.file, wrong, "o.glb", bytes, error));
+    EXPECT_FALSE(formats::format_mesh(r.file, wrong, "o.glb", {}, bytes, error));
     EXPECT_EQ("the UV set does not fit the mesh", error);
-    EXPECT_FALSE(formats::can_write(r.file, "o.gltf", error));
-    EXPECT_EQ("o.gltf: a GLB file cannot be written in this format; GLB and OBJ can", error);
+    EXPECT_FALSE(formats::can_write(r.file, "o.gltf", {}, error));
+    EXPECT_EQ("o.gltf: a mesh read as GLB cannot be written in this format; OBJ can", error);
 }
 
 TEST(Gltf, BecomesAnObjFile) {
     Builder b = square();
     const Read r = read(b.glb());
     std::string bytes, error;
-    ASSERT_TRUE(
-        formats::format_mesh(r.file, coordinates(r.file.document, false), "o.obj", bytes, error));
+    ASSERT_TRUE(formats::format_mesh(r.file, coordinates(r.file.document, false), "o.obj", {},
+                                     bytes, error));
     host::ObjDocument document;
     host::IoError failure;
     ASSERT_TRUE(host::parse_obj("o.obj", bytes, document, failure)) << failure.message;

@@ -31,7 +31,7 @@ struct Trip {
         for (size_t c = 0; c < file.document.corner_vertex.size(); ++c)
             uvs.corner_uv.push_back(int32_t(c % 2));
         std::string bytes, failure;
-        EXPECT_TRUE(formats::format_mesh(file, uvs, name, bytes, failure)) << failure;
+        EXPECT_TRUE(formats::format_mesh(file, uvs, name, {}, bytes, failure)) << failure;
         return bytes;
     }
 };
@@ -69,8 +69,8 @@ TEST(MeshFile, ObjCannotBecomeGlb) {
     Trip trip;
     ASSERT_TRUE(trip.read("m.obj", k_triangle));
     std::string error;
-    EXPECT_FALSE(formats::can_write(trip.file, "m.glb", error));
-    EXPECT_EQ("m.glb: an OBJ file cannot be written in this format; OBJ can", error);
+    EXPECT_FALSE(formats::can_write(trip.file, "m.glb", {}, error));
+    EXPECT_EQ("m.glb: a mesh read as OBJ cannot be written in this format; OBJ can", error);
 }
 
 TEST(MeshFile, DocumentHasTheTableOfFormats) {
