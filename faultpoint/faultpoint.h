@@ -2,17 +2,16 @@
 ///
 /// Every operation that can fail in the field passes a named point ("MFnMesh::setUVs",
 /// "D3DXCreateMesh"). A test arms a point, and the operation then fails as it would in reality.
-/// Without armed points a pass costs one load and one predictable branch. Not thread-safe, like
-/// everything that calls it.
+/// Only tests can arm points: the record of armed ones is in a library that tests link
+/// (tessora_armed_points) and that no package contains. Without it a pass costs two loads and a
+/// predictable branch. Not thread-safe, like everything that calls it.
 #pragma once
-
-#include <cstddef>
 
 #if defined(TESSORA_WITHOUT_FAULT_POINTS)
 
 namespace faultpoint {
 
-inline constexpr int armed_count = 0;
+inline bool is_any_armed() { return false; }
 inline int hit(const char*) { return 0; }
 
 } // namespace faultpoint
@@ -27,8 +26,27 @@ inline int hit(const char*) { return 0; }
 
 namespace faultpoint {
 
-/// Number of armed points, plus one if there is a monitor; zero outside tests.
-extern TESSORA_FAULTPOINT_API int armed_count;
+/// What all modules of a test's process share.
+struct Record {
+    int armed_count;               ///< armed points, plus one if there is a monitor
+    int (*pass)(const char* name); ///< counts a pass and returns the armed code, or 0
+};
+
+/// The record of the process, found by name; one without armed points if it is not a test's.
+const Record& find_record();
+
+inline const Record& record() {
+    static const Record& found = find_record();
+    return found;
+}
+
+inline bool is_any_armed() { return record().armed_count != 0; }
+
+/// Passes a point. 0 means continue; any other value means fail with that code: an MStatus code at
+/// points of the host, an HRESULT or 1 at points of the platform.
+inline int hit(const char* name) { return is_any_armed() ? record().pass(name) : 0; }
+
+// For tests, from here on.
 
 /// Arms `name`: of the passes from now on, `times` (0 = all) starting with the `nth` (1 = the next)
 /// fail with `code`. Arming a name again replaces its setting.
@@ -45,13 +63,6 @@ TESSORA_FAULTPOINT_API unsigned passes(const char* name);
 /// that code. Used to count and sweep all operations that can fail. NULL removes the monitor.
 using Monitor = int (*)(const char* name);
 TESSORA_FAULTPOINT_API void set_monitor(Monitor monitor);
-
-/// The slow part of `hit`: counts a pass and returns the armed code, or 0.
-TESSORA_FAULTPOINT_API int pass(const char* name);
-
-/// Passes a point. 0 means continue; any other value means fail with that code: an MStatus code at
-/// points of the host, an HRESULT or 1 at points of the platform.
-inline int hit(const char* name) { return armed_count == 0 ? 0 : pass(name); }
 
 /// Arms a point until the end of the scope.
 class Scope {

@@ -20,7 +20,7 @@ RULES = {
     "polygon": (["polygon/"], []),
     "measure": (["measure/"], []),
     "python": (["atlas/", "measure/"], ["pybind11/"]),
-    "faultpoint": (["faultpoint/"], []),
+    "faultpoint": (["faultpoint/"], ["dlfcn.h"]),
     "platform": (["platform/", "atlas/", "faultpoint/"], ["windows.h", "windef.h", "d3d9", "d3dx9", "dlfcn.h", "unistd.h"]),
     "corelib": (["corelib/"], ["windows.h"]),
     "corelib/math": (["corelib/"], ["d3dx9.h"]),

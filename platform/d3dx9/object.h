@@ -34,7 +34,7 @@ void keep_frame() {
 }
 
 /// Whether a fault point is armed, so that callers may leak objects on purpose.
-inline bool failures_are_planned() { return faultpoint::armed_count != 0; }
+inline bool failures_are_planned() { return faultpoint::is_any_armed(); }
 
 /// Allocates a zeroed block with a T at its start and `extra` bytes behind it; null if memory runs
 /// out.

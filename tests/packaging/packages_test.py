@@ -56,6 +56,14 @@ class Packages(unittest.TestCase):
             done = run("readelf", "-d", module)
             self.assertNotIn(BUILD, done.stdout, module)
 
+    def test_nothing_of_the_tests_is_packed(self):
+        # What makes operations fail, and the frame of the tests.
+        for root in (self.root, self.moved):
+            for path in root.rglob("*"):
+                self.assertNotRegex(path.name, r"faultpoint|armed_points|gtest|_test$", path)
+        for module in (self.moved / "lib" / "tessora").iterdir():
+            self.assertNotRegex(run("readelf", "-d", module).stdout, r"NEEDED.*(faultpoint|armed_points)", module)
+
     def test_debian_package_declares_its_dependencies(self):
         done = run("dpkg", "-f", self.deb, "Package", "Version", "Architecture", "Depends")
         self.assertIn("Package: tessora", done.stdout)

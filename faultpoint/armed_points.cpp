@@ -4,9 +4,6 @@
 #include <string>
 
 namespace faultpoint {
-
-int armed_count = 0;
-
 namespace {
 
 struct Setting {
@@ -23,8 +20,36 @@ std::map<std::string, Setting>& settings() {
 
 Monitor g_monitor = nullptr;
 
+int pass(const char* name) {
+    if (g_monitor != nullptr) {
+        const int code = g_monitor(name);
+        if (code != 0 || settings().empty())
+            return code;
+    }
+    const auto found = settings().find(name);
+    if (found == settings().end())
+        return 0;
+    Setting& setting = found->second;
+    setting.passes += 1;
+    if (setting.passes < setting.first)
+        return 0;
+    if (setting.times != 0 && setting.passes >= setting.first + setting.times)
+        return 0;
+    return setting.code;
+}
+
+} // namespace
+
+/// find_record() looks for this name.
+extern "C" {
+TESSORA_FAULTPOINT_API Record tessora_fault_record = {0, pass};
+}
+
+namespace {
+
 void update_count() {
-    armed_count = static_cast<int>(settings().size()) + (g_monitor != nullptr ? 1 : 0);
+    tessora_fault_record.armed_count =
+        static_cast<int>(settings().size()) + (g_monitor != nullptr ? 1 : 0);
 }
 
 } // namespace
@@ -52,24 +77,6 @@ void set_monitor(Monitor monitor) {
 unsigned passes(const char* name) {
     const auto found = settings().find(name);
     return found == settings().end() ? 0 : found->second.passes;
-}
-
-int pass(const char* name) {
-    if (g_monitor != nullptr) {
-        const int code = g_monitor(name);
-        if (code != 0 || settings().empty())
-            return code;
-    }
-    const auto found = settings().find(name);
-    if (found == settings().end())
-        return 0;
-    Setting& setting = found->second;
-    setting.passes += 1;
-    if (setting.passes < setting.first)
-        return 0;
-    if (setting.times != 0 && setting.passes >= setting.first + setting.times)
-        return 0;
-    return setting.code;
 }
 
 } // namespace faultpoint
