@@ -91,10 +91,10 @@ enum class Status {
     chart_limit,  ///< more charts than max_charts are needed; element: the number found
     aborted,      ///< by a progress callback
     out_of_memory,
-    non_finite_uv,       ///< element: UV id
     kept_charts_collide, ///< two kept charts are closer than the gutter; element: a triangle of the
                          ///< later one
-    kept_chart_outside   ///< a kept chart is in no tile; element: a triangle of it
+    kept_chart_outside,  ///< a kept chart is in no tile; element: a triangle of it
+    non_finite_uv        ///< element: UV id
 };
 
 struct Failure {

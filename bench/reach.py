@@ -2,7 +2,7 @@
 """Compares the texture coordinates that come out of every way to the engine, bit by bit.
 
     /usr/bin/python3 bench/reach.py [--build build/release] [--web web] FILE.obj...
-    /usr/bin/python3 bench/reach.py --cost FILE.obj      what a call and an import cost in Python
+    /usr/bin/python3 bench/reach.py --cost FILE.obj...   what an import and a call cost in Python and Node
 
 Prints a table: the SHA-256 of the coordinates (float32, little-endian, per corner of the polygons in file order)
 as read back from what `tessora unwrap` writes, and "same" or the other hash for the C library (by ctypes), the
@@ -14,6 +14,7 @@ import argparse
 import hashlib
 import pathlib
 import resource
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -86,7 +87,8 @@ def from_python(build):
     import tessora
 
     def way(path, mesh, mode):
-        return digest(tessora.unwrap(mesh.positions, mesh.corners, offsets=mesh.offsets, quality=mode).corner_uvs)
+        return digest(tessora.unwrap(mesh.positions, mesh.corners, offsets=mesh.offsets, quality=mode,
+                                     threads=1).corner_uvs)
     return way
 
 
@@ -141,9 +143,7 @@ def cpu(command):
     return after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
 
 
-def cost(path, build):
-    """Least of several interleaved runs, since other work only adds time."""
-    mesh, native, package = Mesh(path), from_c(build), from_python(build)
+def import_cost(build):
     imports = {"numpy": [], "numpy and tessora": []}
     for _ in range(9):
         for name, code in (("numpy", "import numpy"),
@@ -152,14 +152,41 @@ def cost(path, build):
     least = {name: min(times) for name, times in imports.items()}
     print(f"import: numpy {least['numpy']:.3f} CPU s, with tessora {least['numpy and tessora']:.3f}, "
           f"so {least['numpy and tessora'] - least['numpy']:.3f} more")
-    calls = {"C": [], "Python": []}
-    for _ in range(5):
-        for name, way in (("C", native), ("Python", package)):
-            start = time.process_time()
-            way(path, mesh, "fast")
-            calls[name].append(time.process_time() - start)
-    print(f"call on {pathlib.Path(path).stem}: C {min(calls['C']):.3f} CPU s, Python {min(calls['Python']):.3f}, "
-          f"ratio {min(calls['Python']) / min(calls['C']):.3f}")
+
+
+def timed(way, path, mesh):
+    start = time.process_time()
+    way(path, mesh, "fast")
+    return time.process_time() - start
+
+
+def node_calls(web, path):
+    """CPU seconds of the first three calls of a new process."""
+    done = subprocess.run(["node", web / "tools/hash_uvs.mjs"] + 3 * [pathlib.Path(path).resolve()], cwd=web,
+                          capture_output=True, text=True, check=True)
+    return [float(line.split()[2]) for line in done.stdout.splitlines()]
+
+
+def cost(files, build, web):
+    """Interleaved runs; the least and the median of each, since other work mostly adds time."""
+    import_cost(build)
+    native, package = from_c(build), from_python(build)
+    print("| mesh, fast, one thread | C | Python | Node, first call | later calls |\n|---|---|---|---|---|", flush=True)
+    for path in files:
+        mesh, calls = Mesh(path), {"C": [], "Python": [], "first": [], "later": []}
+        for _ in range(7):
+            calls["C"].append(timed(native, path, mesh))
+            calls["Python"].append(timed(package, path, mesh))
+            if (web / "dist").exists():
+                first, *later = node_calls(web, path)
+                calls["first"].append(first)
+                calls["later"].append(min(later))
+        cells = [pathlib.Path(path).stem]
+        for times in filter(None, calls.values()):
+            least, median = min(times), statistics.median(times)
+            cells.append(f"{least:.3f} / {median:.3f} ({least / min(calls['C']):.2f} / "
+                         f"{median / statistics.median(calls['C']):.2f})")
+        print("| " + " | ".join(cells) + " |", flush=True)
     return 0
 
 
@@ -168,10 +195,10 @@ def main():
     parser.add_argument("files", nargs="+", metavar="FILE.obj")
     parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build/release")
     parser.add_argument("--web", type=pathlib.Path, default=ROOT / "web")
-    parser.add_argument("--cost", action="store_true", help="what a call and an import cost in Python")
+    parser.add_argument("--cost", action="store_true", help="what an import and a call cost in Python and Node")
     words = parser.parse_args()
     build, web = words.build.resolve(), words.web.resolve()
-    return cost(words.files[0], build) if words.cost else compare(words.files, build, web)
+    return cost(words.files, build, web) if words.cost else compare(words.files, build, web)
 
 
 if __name__ == "__main__":

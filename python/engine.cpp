@@ -1,6 +1,7 @@
 // The compiled half of the Python package: arrays in, arrays out. What a caller may pass, and how
 // it becomes these arrays, is in tessora/__init__.py.
 #include "atlas/polygon_mesh.h"
+#include "atlas/polygons/threads.h"
 #include "atlas/polygons/triangles.h"
 #include "atlas/progress.h"
 #include "measure/verify.h"
@@ -18,10 +19,17 @@ namespace atlas = tessora::atlas;
 namespace {
 
 const char* name_of(atlas::Status status) {
-    constexpr const char* k_names[] = {
-        "ok",           "invalid_argument", "index_out_of_range", "neighbour_out_of_range",
-        "not_finite",   "does_not_fit",     "chart_limit",        "cancelled",
-        "out_of_memory"};
+    constexpr const char* k_names[] = {"ok",
+                                       "invalid_argument",
+                                       "index_out_of_range",
+                                       "neighbour_out_of_range",
+                                       "not_finite",
+                                       "does_not_fit",
+                                       "chart_limit",
+                                       "cancelled",
+                                       "out_of_memory",
+                                       "kept_charts_collide",
+                                       "kept_chart_outside"};
     return k_names[static_cast<size_t>(status)];
 }
 
@@ -144,7 +152,12 @@ using Atlas = atlas::PolygonAtlas;
 
 std::unique_ptr<Atlas> create(const Polygons& polygons, float stretch, uint32_t max_charts,
                               uint32_t width, uint32_t height, float gutter, bool quality,
-                              bool stack, bool cut_to_pack, const py::object& progress) {
+                              bool stack, bool cut_to_pack, uint32_t thread_count,
+                              const py::object& progress) {
+    const atlas::Fault bad = atlas::check_threads(thread_count);
+    if (bad.status != atlas::Status::ok)
+        raise(bad);
+    const atlas::Threads threads(thread_count);
     atlas::Options options;
     options.max_stretch = stretch;
     options.max_charts = max_charts;
@@ -154,6 +167,7 @@ std::unique_ptr<Atlas> create(const Polygons& polygons, float stretch, uint32_t 
     options.quality = quality ? atlas::Quality::quality : atlas::Quality::fast;
     options.stack = stack;
     options.cut_to_pack = cut_to_pack;
+    options.executor = threads.executor();
     Watch watch(progress, atlas::Stage::surface);
     watch.attach(options);
     auto made = std::make_unique<Atlas>();

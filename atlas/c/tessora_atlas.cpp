@@ -2,13 +2,16 @@
 
 #include "atlas/polygon_mesh.h"
 #include "atlas/polygons/read.h"
+#include "atlas/polygons/threads.h"
 #include "atlas/progress.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <new>
+#include <optional>
 
 namespace atlas = tessora::atlas;
 
@@ -20,6 +23,7 @@ namespace {
 
 static_assert(TESSORA_NONE == atlas::k_none);
 static_assert(TESSORA_OUT_OF_MEMORY == static_cast<int>(atlas::Status::out_of_memory));
+static_assert(TESSORA_KEPT_CHART_OUTSIDE == static_cast<int>(atlas::Status::kept_chart_outside));
 static_assert(TESSORA_DOES_NOT_FIT == static_cast<int>(atlas::Status::does_not_fit));
 static_assert(TESSORA_UINT32 == static_cast<int>(atlas::Type::uint32));
 static_assert(TESSORA_UINT8 == static_cast<int>(atlas::Type::uint8));
@@ -38,14 +42,24 @@ atlas::Fault null_argument(const char* name) {
     return atlas::fault(atlas::Status::invalid_argument, atlas::k_none, "%s is null", name);
 }
 
+/// The first fault of a list, if any.
+atlas::Fault first_of(std::initializer_list<atlas::Fault> faults) {
+    for (const atlas::Fault& fault : faults)
+        if (fault.status != atlas::Status::ok)
+            return fault;
+    return {};
+}
+
 /// Copies the members that the caller's version of a struct has over the defaults.
 template <class Struct>
-atlas::Fault take(const Struct& given, const char* name, Struct& taken) {
-    if (given.struct_size <= sizeof given.struct_size)
+atlas::Fault take(const Struct* given, const char* name, Struct& taken) {
+    if (given == nullptr)
+        return null_argument(name);
+    if (given->struct_size <= sizeof given->struct_size)
         return atlas::fault(atlas::Status::invalid_argument, atlas::k_none,
                             "%s: struct_size is %zu; initialise the struct first", name,
-                            given.struct_size);
-    std::memcpy(&taken, &given, std::min(given.struct_size, sizeof taken));
+                            given->struct_size);
+    std::memcpy(&taken, given, std::min(given->struct_size, sizeof taken));
     return {};
 }
 
@@ -69,28 +83,13 @@ atlas::Fault read_enum(const char* name, int32_t value, Enum last, Enum& read) {
     return {};
 }
 
-tessora_options default_options() {
-    const atlas::Options defaults;
-    tessora_options options = {};
-    options.max_stretch = defaults.max_stretch;
-    options.max_charts = defaults.max_charts;
-    options.width = defaults.width;
-    options.height = defaults.height;
-    options.gutter = defaults.gutter;
-    options.quality = TESSORA_FAST;
-    options.texture_uvs = 1;
-    return options;
-}
-
 atlas::Array array_of(const tessora_array& array) {
     return {array.data, array.count, array.stride, static_cast<atlas::Type>(array.type)};
 }
 
 atlas::Fault read(const tessora_mesh* given, atlas::PolygonMesh& mesh) {
-    if (given == nullptr)
-        return null_argument("mesh");
     tessora_mesh taken = {};
-    const atlas::Fault bad = take(*given, "mesh", taken);
+    const atlas::Fault bad = take(given, "mesh", taken);
     mesh.positions = array_of(taken.positions);
     mesh.indices = array_of(taken.indices);
     mesh.offsets = array_of(taken.offsets);
@@ -101,6 +100,29 @@ atlas::Fault read(const tessora_mesh* given, atlas::PolygonMesh& mesh) {
     mesh.normals_per_corner = taken.normals_per_corner != 0;
     mesh.weld = taken.weld != 0;
     return bad;
+}
+
+atlas::Fault read(const tessora_uvs* given, atlas::PolygonUvs& uvs) {
+    tessora_uvs taken = {};
+    const atlas::Fault bad = take(given, "uvs", taken);
+    uvs.uvs = array_of(taken.uvs);
+    uvs.charts = array_of(taken.charts);
+    uvs.keep = array_of(taken.keep);
+    return bad;
+}
+
+tessora_options default_options() {
+    const atlas::Options defaults;
+    tessora_options options = {};
+    options.max_stretch = defaults.max_stretch;
+    options.max_charts = defaults.max_charts;
+    options.width = defaults.width;
+    options.height = defaults.height;
+    options.gutter = defaults.gutter;
+    options.quality = TESSORA_FAST;
+    options.texture_uvs = 1;
+    options.threads = 1;
+    return options;
 }
 
 tessora_pack_options default_pack_options() {
@@ -121,14 +143,6 @@ struct Caller {
     void* user = nullptr;
     atlas::Stage first = atlas::Stage::surface; ///< of the call's stages
 
-    /// Fills the callbacks of `options`, which refers to this object then.
-    template <class Options>
-    void attach(Options& options) {
-        if (progress == nullptr)
-            return;
-        options.stage_progress = report;
-        options.user = this;
-    }
     static int report(atlas::Stage stage, float fraction, void* user) {
         const Caller& caller = *static_cast<const Caller*>(user);
         const double whole = atlas::ProgressMeter::whole(stage, double{fraction}, caller.first);
@@ -136,27 +150,20 @@ struct Caller {
     }
 };
 
-/// `options` refers to `caller`.
-atlas::Fault read(const tessora_options* given, atlas::Options& options, atlas::UvSpace& space,
-                  Caller& caller) {
-    tessora_options taken = default_options();
-    if (given != nullptr) {
-        const atlas::Fault bad = take(*given, "options", taken);
-        if (bad.status != atlas::Status::ok)
-            return bad;
+/// Reads what the options of all calls have. `options` refers to `caller` then.
+template <class Given, class Options>
+atlas::Fault read_common(const Given& given, Options& options, Caller& caller) {
+    options.width = given.width;
+    options.height = given.height;
+    options.gutter = given.gutter;
+    options.executor = given.parallel_for;
+    caller.progress = given.progress;
+    caller.user = given.user;
+    if (given.progress != nullptr) {
+        options.stage_progress = Caller::report;
+        options.user = &caller;
     }
-    options.max_stretch = taken.max_stretch;
-    options.max_charts = taken.max_charts;
-    options.width = taken.width;
-    options.height = taken.height;
-    options.gutter = taken.gutter;
-    options.stack = taken.stack != 0;
-    options.cut_to_pack = taken.cut_to_pack != 0;
-    options.executor = taken.parallel_for;
-    caller = {taken.progress, taken.user};
-    caller.attach(options);
-    space = taken.texture_uvs != 0 ? atlas::UvSpace::texture : atlas::UvSpace::isotropic;
-    return read_enum("quality", taken.quality, atlas::Quality::quality, options.quality);
+    return read_enum("quality", given.quality, atlas::Quality::quality, options.quality);
 }
 
 static_assert(TESSORA_TURN_NONE == static_cast<int>(atlas::Turns::none));
@@ -164,82 +171,85 @@ static_assert(TESSORA_DENSITY_FIXED == static_cast<int>(atlas::Density::fixed));
 static_assert(TESSORA_STACK_MIRRORED == static_cast<int>(atlas::Stack::mirrored));
 static_assert(TESSORA_QUALITY == static_cast<int>(atlas::Quality::quality));
 
-/// `settings` refers to `caller`.
-atlas::Fault read(const tessora_pack_options* given, atlas::PackSettings& settings,
-                  Caller& caller) {
-    tessora_pack_options taken = default_pack_options();
-    atlas::Fault bad;
-    if (given != nullptr)
-        bad = take(*given, "options", taken);
-    const auto step = [&](const atlas::Fault& next) {
-        if (bad.status == atlas::Status::ok)
-            bad = next;
-    };
-    step(read_enum("turns", taken.turns, atlas::Turns::none, settings.turns));
-    step(read_enum("density", taken.density, atlas::Density::fixed, settings.density));
-    step(read_enum("stack", taken.stack, atlas::Stack::mirrored, settings.stack));
-    step(read_enum("quality", taken.quality, atlas::Quality::quality, settings.quality));
-    settings.width = taken.width;
-    settings.height = taken.height;
-    settings.gutter = taken.gutter;
-    settings.tiles = taken.tiles;
-    settings.align = taken.align != 0;
-    settings.effort = taken.effort;
-    settings.texels_per_unit = taken.texels_per_unit;
-    settings.executor = taken.parallel_for;
-    caller = {taken.progress, taken.user, atlas::Stage::packing};
-    caller.attach(settings);
-    return bad;
-}
+/// What a call makes an atlas of. Its members refer to each other.
+struct UnwrapCall {
+    atlas::PolygonMesh mesh;
+    atlas::Options options;
+    atlas::UvSpace space = atlas::UvSpace::texture;
+    Caller caller;
+    std::optional<atlas::Threads> threads;
 
-atlas::Fault read(const tessora_uvs* given, atlas::PolygonUvs& uvs) {
-    if (given == nullptr)
-        return null_argument("uvs");
-    tessora_uvs taken = {};
-    const atlas::Fault bad = take(*given, "uvs", taken);
-    uvs.uvs = array_of(taken.uvs);
-    uvs.charts = array_of(taken.charts);
-    uvs.keep = array_of(taken.keep);
-    return bad;
-}
+    atlas::Fault read(const tessora_mesh* given_mesh, const tessora_options* given) {
+        tessora_options taken = default_options();
+        const atlas::Fault bad = first_of({
+            ::read(given_mesh, mesh),
+            given != nullptr ? take(given, "options", taken) : atlas::Fault(),
+            read_common(taken, options, caller),
+            atlas::check_threads(taken.threads),
+        });
+        options.max_stretch = taken.max_stretch;
+        options.max_charts = taken.max_charts;
+        options.stack = taken.stack != 0;
+        options.cut_to_pack = taken.cut_to_pack != 0;
+        space = taken.texture_uvs != 0 ? atlas::UvSpace::texture : atlas::UvSpace::isotropic;
+        if (bad.status == atlas::Status::ok && options.executor == nullptr)
+            options.executor = threads.emplace(taken.threads).executor();
+        return bad;
+    }
+};
 
-/// Makes an atlas by `make` unless `bad` says otherwise, and hands it over.
+struct PackCall {
+    atlas::PolygonMesh mesh;
+    atlas::PolygonUvs uvs;
+    atlas::PackSettings settings;
+    Caller caller{nullptr, nullptr, atlas::Stage::packing};
+
+    atlas::Fault read(const tessora_mesh* given_mesh, const tessora_uvs* given_uvs,
+                      const tessora_pack_options* given) {
+        tessora_pack_options taken = default_pack_options();
+        const atlas::Fault bad = first_of({
+            ::read(given_mesh, mesh),
+            ::read(given_uvs, uvs),
+            given != nullptr ? take(given, "options", taken) : atlas::Fault(),
+            read_common(taken, settings, caller),
+            read_enum("turns", taken.turns, atlas::Turns::none, settings.turns),
+            read_enum("density", taken.density, atlas::Density::fixed, settings.density),
+            read_enum("stack", taken.stack, atlas::Stack::mirrored, settings.stack),
+        });
+        settings.tiles = taken.tiles;
+        settings.align = taken.align != 0;
+        settings.effort = taken.effort;
+        settings.texels_per_unit = taken.texels_per_unit;
+        return bad;
+    }
+};
+
+/// Makes an atlas by `make`, which returns a fault, and hands it over.
 template <class Make>
-int hand_over(atlas::Fault bad, tessora_atlas** result, tessora_error* error, Make make) {
-    if (bad.status != atlas::Status::ok)
-        return report(bad, error);
+int hand_over(tessora_atlas** result, tessora_error* error, Make make) {
+    if (result == nullptr)
+        return report(null_argument("atlas"), error);
+    *result = nullptr;
     std::unique_ptr<tessora_atlas> made(new (std::nothrow) tessora_atlas);
     if (made == nullptr)
         return report(atlas::fault(atlas::Status::out_of_memory, atlas::k_none, "%s",
                                    atlas::describe(atlas::Status::out_of_memory)),
                       error);
-    bad = make(made->made);
+    const atlas::Fault bad = make(made->made);
     if (bad.status == atlas::Status::ok)
         *result = made.release();
     return report(bad, error);
 }
 
-/// Reads the arguments, makes an atlas by `make` and hands it over.
-template <class Make>
-int make_atlas(const tessora_mesh* given_mesh, const tessora_options* given_options,
-               tessora_atlas** result, tessora_error* error, Make make) {
-    if (result == nullptr)
-        return report(null_argument("atlas"), error);
-    *result = nullptr;
+/// Copies the list that `find` makes of a mesh into the caller's array, which must have its size.
+template <class Find>
+int give_list(const tessora_mesh* given, Find find, const char* name, uint32_t* array, size_t count,
+              tessora_error* error) {
     atlas::PolygonMesh mesh;
-    atlas::Options options;
-    atlas::UvSpace space = atlas::UvSpace::texture;
-    Caller caller;
-    atlas::Fault bad = read(given_mesh, mesh);
+    std::vector<uint32_t> list;
+    atlas::Fault bad = read(given, mesh);
     if (bad.status == atlas::Status::ok)
-        bad = read(given_options, options, space, caller);
-    return hand_over(bad, result, error,
-                     [&](atlas::PolygonAtlas& made) { return make(mesh, options, space, made); });
-}
-
-/// Copies a list into the caller's array, which must have its size.
-int give(const atlas::Fault& bad, const std::vector<uint32_t>& list, const char* name,
-         uint32_t* array, size_t count, tessora_error* error) {
+        bad = find(mesh, list);
     if (bad.status != atlas::Status::ok)
         return report(bad, error);
     if (count != list.size())
@@ -273,18 +283,23 @@ void tessora_options_init(tessora_options* options, size_t size) {
 
 int tessora_create(const tessora_mesh* mesh, const tessora_options* options, tessora_atlas** atlas,
                    tessora_error* error) {
-    return make_atlas(mesh, options, atlas, error,
-                      [](const auto& m, const auto& o, atlas::UvSpace space, auto& made) {
-                          return atlas::create(m, o, space, made);
-                      });
+    return hand_over(atlas, error, [&](atlas::PolygonAtlas& made) {
+        UnwrapCall call;
+        const atlas::Fault bad = call.read(mesh, options);
+        return bad.status == atlas::Status::ok
+                   ? atlas::create(call.mesh, call.options, call.space, made)
+                   : bad;
+    });
 }
 
 int tessora_partition(const tessora_mesh* mesh, const tessora_options* options,
                       tessora_atlas** atlas, tessora_error* error) {
-    return make_atlas(mesh, options, atlas, error,
-                      [](const auto& m, const auto& o, atlas::UvSpace, auto& made) {
-                          return atlas::partition(m, o, made);
-                      });
+    return hand_over(atlas, error, [&](atlas::PolygonAtlas& made) {
+        UnwrapCall call;
+        const atlas::Fault bad = call.read(mesh, options);
+        return bad.status == atlas::Status::ok ? atlas::partition(call.mesh, call.options, made)
+                                               : bad;
+    });
 }
 
 void tessora_uvs_init(tessora_uvs* uvs, size_t size) { set_defaults(uvs, size, {}); }
@@ -295,20 +310,12 @@ void tessora_pack_options_init(tessora_pack_options* options, size_t size) {
 
 int tessora_pack(const tessora_mesh* mesh, const tessora_uvs* uvs,
                  const tessora_pack_options* options, tessora_atlas** atlas, tessora_error* error) {
-    if (atlas == nullptr)
-        return report(null_argument("atlas"), error);
-    *atlas = nullptr;
-    atlas::PolygonMesh polygons;
-    atlas::PolygonUvs polygon_uvs;
-    atlas::PackSettings settings;
-    Caller caller;
-    atlas::Fault bad = read(mesh, polygons);
-    if (bad.status == atlas::Status::ok)
-        bad = read(uvs, polygon_uvs);
-    if (bad.status == atlas::Status::ok)
-        bad = read(options, settings, caller);
-    return hand_over(bad, atlas, error, [&](atlas::PolygonAtlas& made) {
-        return atlas::pack(polygons, polygon_uvs, settings, made);
+    return hand_over(atlas, error, [&](atlas::PolygonAtlas& made) {
+        PackCall call;
+        const atlas::Fault bad = call.read(mesh, uvs, options);
+        return bad.status == atlas::Status::ok
+                   ? atlas::pack(call.mesh, call.uvs, call.settings, made)
+                   : bad;
     });
 }
 
@@ -374,22 +381,12 @@ uint32_t tessora_atlas_chart_stacked_on(const tessora_atlas* atlas, uint32_t cha
 
 int tessora_triangulate(const tessora_mesh* mesh, uint32_t* triangle_corners, size_t count,
                         tessora_error* error) {
-    atlas::PolygonMesh read_mesh;
-    std::vector<uint32_t> list;
-    atlas::Fault bad = read(mesh, read_mesh);
-    if (bad.status == atlas::Status::ok)
-        bad = atlas::triangulate(read_mesh, list);
-    return give(bad, list, "triangle_corners", triangle_corners, count, error);
+    return give_list(mesh, atlas::triangulate, "triangle_corners", triangle_corners, count, error);
 }
 
 int tessora_neighbours(const tessora_mesh* mesh, uint32_t* neighbours, size_t count,
                        tessora_error* error) {
-    atlas::PolygonMesh read_mesh;
-    std::vector<uint32_t> list;
-    atlas::Fault bad = read(mesh, read_mesh);
-    if (bad.status == atlas::Status::ok)
-        bad = atlas::find_neighbours(read_mesh, list);
-    return give(bad, list, "neighbours", neighbours, count, error);
+    return give_list(mesh, atlas::find_neighbours, "neighbours", neighbours, count, error);
 }
 
 int tessora_to_texture(float* uvs, size_t count, uint32_t width, uint32_t height, float gutter,

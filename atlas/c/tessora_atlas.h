@@ -59,7 +59,9 @@ typedef enum tessora_status {
     TESSORA_DOES_NOT_FIT = 5, /* no room for charts and gutter; element: number of charts */
     TESSORA_CHART_LIMIT = 6,  /* more charts than max_charts needed; element: the number */
     TESSORA_CANCELLED = 7,    /* by the progress function */
-    TESSORA_OUT_OF_MEMORY = 8
+    TESSORA_OUT_OF_MEMORY = 8,
+    TESSORA_KEPT_CHARTS_COLLIDE = 9, /* closer than the gutter; element: a polygon of the later */
+    TESSORA_KEPT_CHART_OUTSIDE = 10  /* of every tile; element: a polygon of it */
 } tessora_status;
 
 typedef enum tessora_type {
@@ -138,7 +140,9 @@ typedef struct tessora_options {
                           * 0 = isotropic, in units of the longer texture side; default 1 */
     tessora_progress progress;         /* default null */
     void* user;                        /* handed to `progress` */
-    tessora_parallel_for parallel_for; /* default null: all work is done on the calling thread */
+    tessora_parallel_for parallel_for; /* default null: `threads` says what is used */
+    uint32_t threads; /* of this library, the calling one included; 0 = one a processor; default 1.
+                       * WebAssembly has one */
 } tessora_options;
 
 typedef struct tessora_error {
@@ -215,9 +219,9 @@ typedef struct tessora_pack_options {
     int32_t effort;  /* 0 to 10; every step doubles the time for the search; default 4 */
     int32_t quality; /* a tessora_quality; default TESSORA_QUALITY */
     double texels_per_unit;    /* for a fixed density, in the unit of the positions */
-    tessora_progress progress; /* these three as in tessora_options */
+    tessora_progress progress; /* as in tessora_options */
     void* user;
-    tessora_parallel_for parallel_for;
+    tessora_parallel_for parallel_for; /* default null: all work is done on the calling thread */
 } tessora_pack_options;
 
 TESSORA_API void tessora_uvs_init(tessora_uvs* uvs, size_t size);

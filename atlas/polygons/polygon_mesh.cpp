@@ -2,6 +2,7 @@
 
 #include "atlas/polygons/uv_triangles.h"
 
+#include <algorithm>
 #include <new>
 #include <stdexcept>
 #include <utility>
@@ -21,6 +22,15 @@ Fault engine_fault(const Failure& failure) {
     default:
         return fault(failure.status, failure.element, "%s", describe(failure.status));
     }
+}
+
+/// A failure whose element is a triangle, with the caller's polygon instead.
+Fault fault_of_polygon(const Failure& failure, const MeshArrays& arrays,
+                       const std::vector<uint32_t>& triangle_corner) {
+    const uint32_t corner = triangle_corner[3 * size_t{failure.element}];
+    const auto next = std::upper_bound(arrays.offsets.begin(), arrays.offsets.end(), corner);
+    const auto polygon = static_cast<uint32_t>(next - arrays.offsets.begin() - 1);
+    return fault(failure.status, polygon, "polygon %u: %s", polygon, describe(failure.status));
 }
 
 /// Names the caller's vertices in `source_vertex`. A new vertex that several of the caller's share,
@@ -87,7 +97,11 @@ Fault pack_charts(const PolygonMesh& mesh, const PolygonUvs& uvs, const PackSett
     Triangles triangles = make_triangles(arrays, mesh.weld);
     const UvTriangles input = make_uv_triangles(arrays, uv_arrays, mesh.weld, triangles);
     PackResult packed;
-    bad = engine_fault(pack(input.view(), settings, packed));
+    const Failure failure = pack(input.view(), settings, packed);
+    if (failure.status == Status::kept_charts_collide ||
+        failure.status == Status::kept_chart_outside)
+        return fault_of_polygon(failure, arrays, triangles.corner);
+    bad = engine_fault(failure);
     if (bad.status != Status::ok)
         return bad;
     take_packed(input, std::move(packed), atlas);

@@ -52,6 +52,8 @@ class UnwrapSettings(TextureSettings):
     stack: BoolProperty(name="Stack Copies", description="Copies of a sheet share its place in the texture")
     max_charts: IntProperty(name="Most Islands", description="More islands than this are an error; 0 = any number",
                             default=0, min=0)
+    threads: IntProperty(name="Threads", description="0 = one a processor. The result does not depend on it", default=0,
+                         min=0, max=1024)
 
 
 class PackSettings(TextureSettings):
@@ -198,7 +200,8 @@ class UV_OT_tessora_unwrap(EngineOperator, UnwrapSettings, bpy.types.Operator):
     def _make_job(self, library):
         mesh = meshes.join(self._parts, self.use_seams)
         options = {"max_stretch": self.stretch, "width": self.width, "height": self.height, "gutter": self.gutter,
-                   "quality": int(self.quality), "stack": int(self.stack), "max_charts": self.max_charts}
+                   "quality": int(self.quality), "stack": int(self.stack), "max_charts": self.max_charts,
+                   "threads": self.threads}
         return Job(lambda progress: library.unwrap(mesh, progress, **options))
 
     def _summary(self, atlas):

@@ -174,7 +174,8 @@ class Atlas:
 
 
 def unwrap(vertices, faces, *, offsets=None, stretch=0.15, width=512, height=512, gutter=2.0, quality="fast",
-           cuts=None, normals=None, weld=False, max_charts=0, stack=False, cut_to_pack=False, progress=None):
+           cuts=None, normals=None, weld=False, max_charts=0, stack=False, cut_to_pack=False, threads=0,
+           progress=None):
     """Unwraps a mesh to a texture and returns an Atlas.
 
     vertices: numbers of shape (n, 3), any unit
@@ -191,6 +192,8 @@ def unwrap(vertices, faces, *, offsets=None, stretch=0.15, width=512, height=512
     stack: copies of a sheet share its place
     cut_to_pack: cut large charts where that lets all charts grow, however few there are and in fast mode too;
         quality mode does so by itself where more than three charts share the texture and stretch is below 1
+    threads: that large meshes are unwrapped on, the calling one included; 0 = one a processor. The result does
+        not depend on it
     progress: called with (stage, fraction), a text and 0 to 1. What it raises stops the work and is raised
         here; so is KeyboardInterrupt.
 
@@ -201,7 +204,7 @@ def unwrap(vertices, faces, *, offsets=None, stretch=0.15, width=512, height=512
     polygons, _ = _polygons(vertices, faces, offsets, cuts, normals, weld)
     return Atlas(_engine.create(polygons, stretch, _whole("max_charts", max_charts), _whole("width", width),
                                 _whole("height", height), gutter, bool(_choice("quality", quality, ["fast", "quality"])),
-                                bool(stack), bool(cut_to_pack), progress))
+                                bool(stack), bool(cut_to_pack), _whole("threads", threads), progress))
 
 
 def pack(vertices, faces, uvs, *, offsets=None, charts=None, keep=None, width=512, height=512, gutter=2.0, tiles=1,

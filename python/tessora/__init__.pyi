@@ -65,6 +65,7 @@ def unwrap(
     max_charts: int = ...,
     stack: bool = ...,
     cut_to_pack: bool = ...,
+    threads: int = ...,
     progress: Optional[Progress] = ...,
 ) -> Atlas: ...
 def pack(

@@ -5,9 +5,9 @@ class Error(ValueError):
     """An input that cannot be unwrapped, or work that was stopped.
 
     status: what is wrong, one of "invalid_argument", "index_out_of_range", "not_finite",
-        "does_not_fit", "chart_limit", "cancelled".
-    element: the position in the array that the message names, or the number of charts for
-        "does_not_fit" and "chart_limit"; None if there is none.
+        "does_not_fit", "chart_limit", "cancelled", "kept_charts_collide", "kept_chart_outside".
+    element: the position in the array that the message names, the number of charts for "does_not_fit"
+        and "chart_limit", or a face for the last two; None if there is none.
     """
 
     def __init__(self, text, status="invalid_argument", element=None):

@@ -157,9 +157,17 @@ class Errors(unittest.TestCase):
         self.fails("turns is 1; it must be 'any', 'quarter' or 'none'", VERTICES, FACES, VERTICES[:, :2],
                    call=tessora.pack, turns=1)
         self.fails("width is -1; it must be a whole number, 0 to 2147483647", VERTICES, FACES, width=-1)
+        self.fails("threads is 1025; it must be 0 to 1024", VERTICES, FACES, threads=1025)
         self.fails("max_stretch is 3; it must be 0 to 1", VERTICES, FACES, stretch=3)
         self.fails("more charts are needed than the chart limit allows (6 charts)", VERTICES, FACES,
                    cuts=numpy.ones(24, bool), max_charts=2, status="chart_limit", element=6)
+
+    def test_kept_charts_that_collide_or_lie_outside(self):
+        triangles, uvs = [[0, 1, 2], [4, 5, 6]], numpy.array([[0, 0], [0.4, 0], [0, 0.4]] * 2) + 0.1
+        self.fails("polygon 1: charts that are to stay where they are lie closer than the gutter", VERTICES, triangles, uvs,
+                   call=tessora.pack, keep=[1, 1], status="kept_charts_collide", element=1)
+        self.fails("polygon 0: a chart that is to stay where it is lies in no tile", VERTICES, triangles, uvs + [[2, 0]],
+                   call=tessora.pack, keep=[1, 0], status="kept_chart_outside", element=0)
 
     def test_errors_can_be_pickled(self):
         error = pickle.loads(pickle.dumps(tessora.Error("text", "not_finite", 4)))
@@ -225,6 +233,12 @@ class Concurrency(unittest.TestCase):
         self.assertEqual(fractions, sorted(fractions))
         self.assertEqual(fractions[-1], 1.0)
         self.assertTrue(all(isinstance(stage, str) and stage for stage, _ in calls))
+
+    def test_any_number_of_threads_gives_the_same_bits(self):
+        points, faces = sphere(60)  # more than 5,000 triangles
+        expected = tessora.unwrap(points, faces, threads=1).uvs.tobytes()
+        for threads in (0, 2, 7):
+            self.assertEqual(tessora.unwrap(points, faces, threads=threads).uvs.tobytes(), expected)
 
     def test_what_progress_raises_comes_out_of_the_call(self):
         def progress(stage, fraction):

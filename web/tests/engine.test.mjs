@@ -118,6 +118,7 @@ test('packing takes tiles, a fixed density, stacks, kept charts and the caller\'
   assert.deepEqual(perCorner(kept), uvs);
   assert.equal(tessora.pack(cube, uvs, { charts: [3, 3, 3, 3, 3, 3] }).chartCount, 1);
   fails('does_not_fit', /./, () => tessora.pack(cube, uvs, { width: 64, height: 64, density: 1000 }));
+  fails('kept_chart_outside', /polygon \d: a chart that is to stay/, () => tessora.pack(cube, uvs.map((x) => x + 3), { keep: [1, 1, 1, 1, 1, 1] }));
   fails('invalid_argument', /turns is 'half'/, () => tessora.pack(cube, uvs, { turns: 'half' }));
   fails('invalid_argument', /uvs has 1 numbers/, () => tessora.pack(cube, [1]));
 });

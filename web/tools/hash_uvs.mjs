@@ -58,7 +58,7 @@ const { run, close } = await (words.includes('--chromium') ? inChromium() : inNo
 try {
   for (const file of files) {
     const { perCorner, chartCount, seconds } = await run(readFileSync(file));
-    console.log(createHash('sha256').update(perCorner).digest('hex'), chartCount, seconds.toFixed(2), file);
+    console.log(createHash('sha256').update(perCorner).digest('hex'), chartCount, seconds.toFixed(3), file);
   }
 } finally {
   await close();

@@ -1,7 +1,11 @@
 #include "atlas/c/tessora_atlas.h"
+#include "tests/atlas/threads.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <thread>
 #include <vector>
@@ -205,6 +209,108 @@ TEST(CInterface, AProgressFunctionCancels) {
     EXPECT_EQ(failure(&mesh, &options, TESSORA_CANCELLED), "the caller stopped the work");
 }
 
+/// A torus with bumps, of so many triangles that loops over its charts may run on several threads.
+struct LargeMesh {
+    LargeMesh() {
+        constexpr uint32_t around = 120, across = 40;
+        constexpr float turn = 6.2831853f;
+        for (uint32_t i = 0; i < around; ++i)
+            for (uint32_t k = 0; k < across; ++k) {
+                const float a = turn * float(i) / around, b = turn * float(k) / across;
+                const float radius = 0.4f + 0.15f * std::sin(5 * a) * std::sin(3 * b);
+                positions.insert(positions.end(),
+                                 {std::cos(a) * (1 + radius * std::cos(b)),
+                                  std::sin(a) * (1 + radius * std::cos(b)), radius * std::sin(b)});
+                const uint32_t next_i = (i + 1) % around, next_k = (k + 1) % across;
+                const uint32_t quad[] = {i * across + k, next_i * across + k,
+                                         next_i * across + next_k, i * across + next_k};
+                corners.insert(corners.end(),
+                               {quad[0], quad[1], quad[2], quad[0], quad[2], quad[3]});
+            }
+    }
+    tessora_mesh mesh() const {
+        tessora_mesh mesh;
+        tessora_mesh_init(&mesh, sizeof mesh);
+        mesh.positions = {positions.data(), positions.size() / 3, 0, TESSORA_FLOAT32};
+        mesh.indices = {corners.data(), corners.size(), 0, TESSORA_UINT32};
+        return mesh;
+    }
+    std::vector<float> positions;
+    std::vector<uint32_t> corners;
+};
+
+std::vector<float> uvs_of(const LargeMesh& shape, const tessora_options& options) {
+    const tessora_mesh mesh = shape.mesh();
+    Owned made;
+    tessora_error error;
+    EXPECT_EQ(tessora_create(&mesh, &options, &made.atlas, &error), TESSORA_OK) << error.text;
+    size_t count = 0;
+    const float* const uvs = tessora_atlas_uvs(made.atlas, &count);
+    return {uvs, uvs + 2 * count};
+}
+
+size_t loops_lent = 0;
+
+void lend_threads(size_t count, void (*function)(size_t i, void* user), void* user) {
+    ++loops_lent;
+    atlas_test::run_on<4>(count, function, user);
+}
+
+TEST(CInterface, RunsLoopsOnTheCallersThreadsAndGivesTheSameBits) {
+    const LargeMesh shape;
+    tessora_options options = defaults();
+    const std::vector<float> expected = uvs_of(shape, options);
+    options.parallel_for = lend_threads;
+    loops_lent = 0;
+    EXPECT_EQ(uvs_of(shape, options), expected);
+    EXPECT_GT(loops_lent, 0u);
+}
+
+TEST(CInterface, GivesTheSameBitsForAnyNumberOfThreads) {
+    const LargeMesh shape;
+    tessora_options options = defaults();
+    EXPECT_EQ(options.threads, 1u);
+    const std::vector<float> expected = uvs_of(shape, options);
+    for (const uint32_t threads : {0u, 2u, 7u}) {
+        options.threads = threads;
+        EXPECT_EQ(uvs_of(shape, options), expected);
+    }
+}
+
+TEST(CInterface, RefusesTooManyThreads) {
+    const tessora_mesh mesh = square();
+    tessora_options options = defaults();
+    options.threads = 1025;
+    EXPECT_EQ(failure(&mesh, &options, TESSORA_INVALID_ARGUMENT),
+              "threads is 1025; it must be 0 to 1024");
+}
+
+#if defined(__linux__)
+TEST(CInterface, StartsTheThreadsThatAreAskedFor) {
+    const auto threads_now = [] {
+        const std::filesystem::directory_iterator tasks("/proc/self/task");
+        return std::distance(begin(tasks), end(tasks));
+    };
+    const LargeMesh shape;
+    std::atomic<std::ptrdiff_t> most{0};
+    std::atomic<bool> is_done{false};
+    std::thread watch([&] {
+        while (!is_done)
+            most = std::max<std::ptrdiff_t>(most, threads_now());
+    });
+    tessora_options options = defaults();
+    uvs_of(shape, options);
+    const std::ptrdiff_t alone = std::max<std::ptrdiff_t>(most, threads_now());
+    options.threads = 4;
+    // The watch may have missed a run.
+    for (int run = 0; run < 100 && most == alone; ++run)
+        uvs_of(shape, options);
+    is_done = true;
+    watch.join();
+    EXPECT_GT(most, alone);
+}
+#endif
+
 TEST(CInterface, PacksChartsThatExist) {
     const tessora_mesh mesh = square();
     const float coordinates[] = {0, 0, 0.25f, 0, 0.25f, 0.25f, 0, 0.25f};
@@ -249,23 +355,67 @@ TEST(CInterface, PackNamesWhatIsWrong) {
     EXPECT_EQ(atlas, nullptr);
 }
 
-TEST(CInterface, TwoThreadsGetTheSameBits) {
-    std::vector<float> uvs[2];
-    const auto work = [&](size_t i) {
-        for (int round = 0; round < 20; ++round) {
-            const tessora_mesh mesh = square();
-            Owned made;
-            if (tessora_create(&mesh, nullptr, &made.atlas, nullptr) != TESSORA_OK)
-                return;
-            const float* const first = tessora_atlas_uvs(made.atlas, nullptr);
-            uvs[i].insert(uvs[i].end(), first, first + 8);
-        }
+/// Packs two triangles at `first` and `second` in the texture that are both kept.
+std::string kept_failure(const std::vector<float>& coordinates, int code) {
+    const float positions[] = {0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0};
+    const uint32_t corners[] = {0, 1, 2, 3, 4, 5};
+    const uint8_t keep[] = {1, 1};
+    tessora_mesh mesh;
+    tessora_mesh_init(&mesh, sizeof mesh);
+    mesh.positions = {positions, 6, 0, TESSORA_FLOAT32};
+    mesh.indices = {corners, 6, 0, TESSORA_UINT32};
+    tessora_uvs uvs;
+    tessora_uvs_init(&uvs, sizeof uvs);
+    uvs.uvs = {coordinates.data(), 6, 0, TESSORA_FLOAT32};
+    uvs.keep = {keep, 2, 0, TESSORA_UINT8};
+    Owned made;
+    tessora_error error;
+    EXPECT_EQ(tessora_pack(&mesh, &uvs, nullptr, &made.atlas, &error), code);
+    EXPECT_EQ(error.element, 1u);
+    return error.text;
+}
+
+TEST(CInterface, NamesAPolygonOfKeptChartsThatCollide) {
+    EXPECT_EQ(kept_failure({0.1f, 0.1f, 0.4f, 0.1f, 0.1f, 0.4f, 0.1f, 0.1f, 0.4f, 0.1f, 0.1f, 0.4f},
+                           TESSORA_KEPT_CHARTS_COLLIDE),
+              "polygon 1: charts that are to stay where they are lie closer than the gutter");
+}
+
+TEST(CInterface, NamesAPolygonOfAKeptChartOutsideTheTexture) {
+    EXPECT_EQ(kept_failure({0.1f, 0.1f, 0.4f, 0.1f, 0.1f, 0.4f, 2.1f, 0.1f, 2.4f, 0.1f, 2.1f, 0.4f},
+                           TESSORA_KEPT_CHART_OUTSIDE),
+              "polygon 1: a chart that is to stay where it is lies in no tile");
+}
+
+/// The coordinates of the square in a texture of a width.
+std::vector<float> square_in(uint32_t width) {
+    const tessora_mesh mesh = square();
+    tessora_options options = defaults();
+    options.width = width;
+    options.height = 64;
+    Owned made;
+    if (tessora_create(&mesh, &options, &made.atlas, nullptr) != TESSORA_OK)
+        return {};
+    size_t count = 0;
+    const float* const uvs = tessora_atlas_uvs(made.atlas, &count);
+    return {uvs, uvs + 2 * count};
+}
+
+TEST(CInterface, CallsOnTwoThreadsDoNotDisturbEachOther) {
+    constexpr uint32_t widths[] = {64, 96};
+    const std::vector<float> expected[] = {square_in(widths[0]), square_in(widths[1])};
+    EXPECT_NE(expected[0], expected[1]);
+    const auto count_right = [&](size_t i) {
+        int right = 0;
+        for (int round = 0; round < 20; ++round)
+            right += square_in(widths[i]) == expected[i];
+        return right;
     };
-    std::thread other(work, 1);
-    work(0);
+    int on_other = 0;
+    std::thread other([&] { on_other = count_right(1); });
+    EXPECT_EQ(count_right(0), 20);
     other.join();
-    EXPECT_EQ(uvs[0].size(), 160u);
-    EXPECT_EQ(uvs[0], uvs[1]);
+    EXPECT_EQ(on_other, 20);
 }
 
 } // namespace
