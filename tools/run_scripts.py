@@ -41,7 +41,7 @@ def run(program, path):
     # Into a file: a process that the program leaves running would keep a pipe open.
     with tempfile.TemporaryFile() as out:
         result = subprocess.run(program + [path.name], cwd=path.parent, stdin=subprocess.DEVNULL,
-                                stdout=out, stderr=subprocess.STDOUT, timeout=60)
+                                stdout=out, stderr=subprocess.STDOUT, timeout=300)
         out.seek(0)
         return out.read().decode("utf-8", "replace"), result.returncode
 
