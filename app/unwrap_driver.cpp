@@ -151,7 +151,7 @@ public:
         scene.add(*shape, transform->as_dag_node());
         shape_ = static_cast<host::graph::MeshNode*>(shape.get());
         shape_->set_mesh(mesh);
-        scene.select({host::graph::item_of(*transform)});
+        scene.select({host::graph::SelectionItem(*transform)});
     }
 
     /// Evaluates the shape's mesh; the plug-in's node computes the unwrap here.

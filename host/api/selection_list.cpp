@@ -60,7 +60,7 @@ MStatus MSelectionList::add(const MObject& object, bool mergeWithExisting) {
     Node* const node = host::graph::node_of(object);
     if (node == nullptr)
         return MS::kInvalidParameter;
-    append(*items_, host::graph::item_of(*node), mergeWithExisting);
+    append(*items_, SelectionItem(*node), mergeWithExisting);
     return status;
 }
 
@@ -69,11 +69,10 @@ MStatus MSelectionList::add(const MDagPath& object, const MObject& component,
     const MStatus status = pass_fault("MSelectionList::add");
     if (!status)
         return status;
-    SelectionItem item;
-    item.path = host::graph::to_graph(object);
-    if (item.path.empty())
+    const host::graph::DagPath path = host::graph::to_graph(object);
+    if (path.empty())
         return MS::kInvalidParameter;
-    item.node = item.path.back().get();
+    SelectionItem item(path);
     if (!component.isNull()) {
         if (!component.hasFn(MFn::kComponent))
             return MS::kInvalidParameter;
@@ -89,7 +88,7 @@ MStatus MSelectionList::add(const MPlug& plug, bool mergeWithExisting) {
         return status;
     if (plug.host_slot() == NULL)
         return MS::kInvalidParameter;
-    SelectionItem item = host::graph::item_of(plug.host_slot()->node());
+    SelectionItem item(plug.host_slot()->node());
     item.plug = plug.host_slot();
     append(*items_, item, mergeWithExisting);
     return status;
@@ -118,9 +117,9 @@ MStatus MSelectionList::getDagPath(unsigned int index, MDagPath& dagPath) const 
     const MStatus status = pass_fault("MSelectionList::getDagPath");
     if (!status)
         return status;
-    if (index >= items_->list.size() || items_->list[index].path.empty())
+    if (index >= items_->list.size() || !items_->list[index].is_dag())
         return MS::kInvalidParameter;
-    dagPath = host::graph::to_interface(items_->list[index].path);
+    dagPath = host::graph::to_interface(items_->list[index].path());
     return status;
 }
 
@@ -189,13 +188,13 @@ void collect(const SelectionItem& item, MFn::Type filter, std::vector<SelectionI
         found.push_back(item);
         return;
     }
-    if (item.path.empty())
+    if (!item.is_dag())
         return;
-    for (DagNode* child : item.path.back()->children()) {
-        SelectionItem below;
-        below.node = child;
-        below.path = item.path;
-        below.path.push_back(child);
+    for (DagNode* child : item.node->as_dag_node()->children()) {
+        SelectionItem below = item;
+        below.plug = nullptr;
+        below.component = nullptr;
+        below.descend(*child);
         collect(below, filter, found);
     }
 }
@@ -243,7 +242,7 @@ MItSelectionList::ItemType MItSelectionList::itemType(MStatus* ReturnStatus) con
     const SelectionItem& item = matches_.host_items().list[position_];
     if (item.plug != nullptr)
         return kPlugSelectionItem;
-    return item.path.empty() ? kDNselectionItem : kDagSelectionItem;
+    return item.is_dag() ? kDagSelectionItem : kDNselectionItem;
 }
 
 bool MItSelectionList::hasComponents(MStatus* ReturnStatus) const {

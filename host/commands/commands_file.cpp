@@ -96,7 +96,7 @@ std::string add_obj(const Mesh& mesh, const std::string& path) {
         scene.make_node(scene.find_type("mesh"), transform->name_text() + "Shape");
     perform(graph::add_node_edit(*shape, transform->as_dag_node()), "file", stem);
     require(static_cast<MeshNode&>(*shape).set_mesh(mesh), "file", stem);
-    perform(graph::select_edit({graph::item_of(*transform)}), "file", stem);
+    perform(graph::select_edit({graph::SelectionItem(*transform)}), "file", stem);
     return name_of(*transform);
 }
 

@@ -63,14 +63,14 @@ Value select(Invocation& call) {
     if (flags.has("all")) {
         for (DagNode* node : scene.top_level())
             if (!node->is_default)
-                items.push_back(graph::item_of(*node));
+                items.push_back(graph::SelectionItem(*node));
     } else {
         items = items_named(flags.names());
     }
     for (size_t i = 0; flags.has("hierarchy") && i < items.size(); ++i)
         if (DagNode* dag = items[i].node->as_dag_node())
             for (DagNode* child : dag->children())
-                items.push_back(graph::item_of(*child));
+                items.push_back(graph::SelectionItem(*child));
     for (const SelectionItem& item : items) {
         const bool there = holds(selection, item);
         if (there && (flags.has("deselect") || flags.has("toggle")))
@@ -114,7 +114,7 @@ struct Filter {
 };
 
 void add_below(DagNode& node, Selection& items) {
-    items.push_back(graph::item_of(node));
+    items.push_back(graph::SelectionItem(node));
     for (DagNode* child : node.children())
         add_below(*child, items);
 }
@@ -133,7 +133,7 @@ Selection candidates(const Flags& flags) {
         }
     } else {
         for (const auto& node : scene.nodes())
-            items.push_back(graph::item_of(*node));
+            items.push_back(graph::SelectionItem(*node));
         return items;
     }
     if (!flags.has("dagObjects"))
@@ -158,7 +158,7 @@ Value list(Invocation& call) {
         if (!filter.passes(item))
             continue;
         if (flags.has("objectsOnly"))
-            item = graph::item_of(*item.node);
+            item = graph::SelectionItem(*item.node);
         append(names, graph::names_of(item, flags.has("long")));
     }
     const auto limit = [&](const char* flag) {

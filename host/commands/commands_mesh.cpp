@@ -134,7 +134,7 @@ Value create(Invocation& call, const Creator& creator) {
         perform(graph::remove_node_edit(maker), call.name, shape_name);
         put_mesh(static_cast<graph::MeshNode&>(shape), made, call.name);
     }
-    perform(graph::select_edit({graph::item_of(transform)}), call.name, "selection");
+    perform(graph::select_edit({graph::SelectionItem(transform)}), call.name, "selection");
     return names;
 }
 

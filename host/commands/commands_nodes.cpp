@@ -27,7 +27,7 @@ DagNode& dag_named(const std::string& name) {
 void select_nodes(const std::vector<Node*>& nodes, const std::string& command) {
     Selection selection;
     for (Node* node : nodes)
-        selection.push_back(graph::item_of(*node));
+        selection.push_back(graph::SelectionItem(*node));
     perform(graph::select_edit(selection), command, "selection");
 }
 
@@ -144,7 +144,7 @@ Value remove(Invocation& call) {
     if (flags.has("all")) {
         for (const auto& node : scene.nodes())
             if (!node->is_default)
-                items.push_back(graph::item_of(*node));
+                items.push_back(graph::SelectionItem(*node));
     } else {
         items = items_named(flags.names());
         if (items.empty())

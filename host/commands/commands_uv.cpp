@@ -191,7 +191,7 @@ std::vector<std::uint32_t> asked_edges(const Flags& flags, const Mesh& mesh) {
 }
 
 void select_edges(MeshNode& shape, const std::vector<std::uint32_t>& edges, const Flags& flags) {
-    graph::SelectionItem item = graph::item_of(shape);
+    graph::SelectionItem item(shape);
     item.component =
         new Component(ComponentKind::edge, std::vector<int>(edges.begin(), edges.end()));
     graph::Selection selection;

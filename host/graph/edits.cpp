@@ -22,7 +22,6 @@ public:
         if (removal_.nodes.empty())
             return scene().add(*node_, parent_.get());
         scene().restore(removal_);
-        removal_ = Removal();
         return MS::kSuccess;
     }
     MStatus undo() override {

@@ -147,7 +147,7 @@ std::vector<std::string> split_path(std::string_view text) {
 void descend(const DagPath& path, const std::vector<std::string>& words, size_t next,
              std::vector<SelectionItem>& found) {
     if (next == words.size()) {
-        found.push_back({path.back().get(), path, nullptr, {}});
+        found.emplace_back(path);
         return;
     }
     for (DagNode* child : path.back()->children()) {
@@ -168,6 +168,30 @@ size_t common_names(const DagPath& a, const DagPath& b) {
     return count;
 }
 
+const DagNode* only_parent(const DagNode& node) {
+    return node.parents().empty() ? nullptr : node.parents().front();
+}
+
+/// How many names the path up from `node`, which has no instances, has in common with `above`.
+size_t common_names(const std::vector<const DagNode*>& above, const DagNode* node) {
+    size_t count = 0;
+    for (; count < above.size() && node != nullptr; ++count, node = only_parent(*node))
+        if (above[count]->name_text() != node->name_text())
+            break;
+    return count;
+}
+
+/// The end of a path that is longer than the `shared` names which another path ends with as well;
+/// the whole path if that does not tell the two apart, or if `is_removed` from the scene.
+std::string name_from(const std::vector<const DagNode*>& path, size_t shared, bool is_removed) {
+    const size_t taken = std::min(std::max<size_t>(shared + 1, 2), path.size());
+    const bool is_whole = is_removed || shared + 1 > path.size() || path.size() == 1;
+    std::string text = is_whole ? "|" : "";
+    for (size_t i = path.size() - (is_whole ? path.size() : taken); i < path.size(); ++i)
+        text += path[i]->name_text() + (i + 1 < path.size() ? "|" : "");
+    return text;
+}
+
 } // namespace
 
 std::vector<SelectionItem> Scene::find_all(std::string_view text) const {
@@ -183,9 +207,9 @@ std::vector<SelectionItem> Scene::find_all(std::string_view text) const {
             rarest = i;
     for (Node* node : named(words[rarest])) {
         DagNode* dag = node->as_dag_node();
-        if (dag == nullptr) {
+        if (dag == nullptr || (words.size() == 1 && !absolute && has_one_path(*dag))) {
             if (words.size() == 1 && !absolute)
-                found.push_back({node, {}, nullptr, {}});
+                found.emplace_back(*node);
             continue;
         }
         for (const DagPath& path : dag->all_paths()) {
@@ -226,8 +250,25 @@ bool Scene::has_one_path(const DagNode& node) const {
 }
 
 std::string Scene::partial_name(const DagNode& node) const {
-    const bool is_unique = named(node.name_text()).size() == 1 && has_one_path(node);
-    return is_unique ? node.name_text() : partial_name(node.path());
+    const std::vector<Node*>& holders = named(node.name_text());
+    if (holders.size() == 1 && has_one_path(node))
+        return node.name_text();
+    if (extra_parents_ > 0)
+        return partial_name(node.path());
+    // Without instances there is one path up from every node, which need not be copied.
+    std::vector<const DagNode*> above;
+    for (const DagNode* at = &node; at != nullptr; at = only_parent(*at))
+        above.push_back(at);
+    size_t shared = 0;
+    for (Node* holder : holders)
+        if (const DagNode* dag = holder->as_dag_node(); dag != nullptr && dag != &node)
+            shared = std::max(shared, common_names(above, dag));
+    return name_from({above.rbegin(), above.rend()}, shared, holders.empty());
+}
+
+std::string Scene::partial_name(const SelectionItem& item) const {
+    DagNode* const dag = item.node->as_dag_node();
+    return has_one_path(*dag) ? partial_name(*dag) : partial_name(item.path());
 }
 
 std::string Scene::partial_name(const DagPath& path) const {
@@ -243,12 +284,10 @@ std::string Scene::partial_name(const DagPath& path) const {
             for (const DagPath& other : dag->all_paths())
                 if (other != path)
                     shared = std::max(shared, common_names(path, other));
-    const size_t taken = std::min(std::max<size_t>(shared + 1, 2), path.size());
-    const bool is_whole = holders.empty() || shared + 1 > path.size() || path.size() == 1;
-    std::string text = is_whole ? "|" : "";
-    for (size_t i = path.size() - (is_whole ? path.size() : taken); i < path.size(); ++i)
-        text += path[i]->name_text() + (i + 1 < path.size() ? "|" : "");
-    return text;
+    std::vector<const DagNode*> nodes;
+    for (const Ref<DagNode>& node : path)
+        nodes.push_back(node.get());
+    return name_from(nodes, shared, holders.empty());
 }
 
 } // namespace host::graph

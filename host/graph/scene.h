@@ -101,6 +101,8 @@ public:
     /// The same for the path through the node's first parents. Cost: constant if no other node has
     /// the node's name and the scene has no instances.
     std::string partial_name(const DagNode& node) const;
+    /// The same for the path of an item that is_dag().
+    std::string partial_name(const SelectionItem& item) const;
 
     // === Connections and hierarchy ===========================================================
     /// Errors: kFailure if the destination is already connected, locked or not writable;
@@ -110,6 +112,8 @@ public:
     MStatus disconnect(Slot& source, Slot& destination);
     /// `index`: position among the new siblings; clamped to the end.
     MStatus reparent(DagNode& node, DagNode* parent, size_t index);
+    /// Cost: constant if the scene has no instances.
+    bool has_one_path(const DagNode& node) const;
     MStatus add_instance(DagNode& node, DagNode& parent);
     MStatus remove_instance(DagNode& node, DagNode& parent);
     /// Copies a node and everything below it, without connections. Meshes are copied with their
@@ -149,7 +153,6 @@ private:
     void attach(DagNode& node, DagNode* parent, size_t index, size_t rank = SIZE_MAX);
     void detach(DagNode& node, DagNode* parent);
     void unindex(Node& node);
-    bool has_one_path(const DagNode& node) const;
     bool name_is_free(const std::string& name, const Node* of, const DagNode* parent) const;
     void detach_recorded(DagNode& child, DagNode* parent, Removal& removal);
     void break_connections(Node& node, std::vector<BrokenConnection>& broken);

@@ -99,18 +99,15 @@ bool parse_range(const std::string& text, int count, std::vector<int>& ids) {
     return !ids.empty();
 }
 
-/// The mesh shape whose components a path refers to: the path's last node, or its first
-/// shape that is not an intermediate object, which is then appended to the path.
+/// The mesh shape whose components an item refers to: its node, or the node's first shape that is
+/// not an intermediate object, which then takes the node's place.
 DagNode* component_shape(SelectionItem& item) {
-    if (item.path.empty())
-        return nullptr;
-    DagNode* node = item.path.back().get();
-    if (node->as_mesh() != nullptr)
+    DagNode* node = item.node->as_dag_node();
+    if (node == nullptr || node->as_mesh() != nullptr)
         return node;
     for (DagNode* child : node->children())
         if (child->as_mesh() != nullptr && !child->is_intermediate()) {
-            item.path.push_back(child);
-            item.node = child;
+            item.descend(*child);
             return child;
         }
     return nullptr;
@@ -135,15 +132,15 @@ bool add_part(SelectionItem& item, const std::string& part) {
         }
     }
     item.plug = item.node->find_plug(part, false);
-    if (item.plug != nullptr || item.path.empty())
+    DagNode* const dag = item.node->as_dag_node();
+    if (item.plug != nullptr || dag == nullptr)
         return item.plug != nullptr;
     // Attributes not found on a transform are looked up on its visible shape.
-    for (DagNode* child : item.path.back()->children()) {
+    for (DagNode* child : dag->children()) {
         if (!child->is_shape() || child->is_intermediate())
             continue;
         item.plug = child->find_plug(part, false);
-        item.node = child;
-        item.path.push_back(child);
+        item.descend(*child);
         return item.plug != nullptr;
     }
     return false;
@@ -157,17 +154,17 @@ Selection match_nodes(const std::string& pattern) {
     const bool by_path = pattern.find('|') != std::string::npos;
     for (const Ref<Node>& node : scene.nodes()) {
         DagNode* dag = node->as_dag_node();
-        if (dag == nullptr) {
+        if (dag == nullptr || (!by_path && scene.has_one_path(*dag))) {
             if (!by_path && fits(pattern.c_str(), node->name_text().c_str()))
-                found.push_back({node, {}, nullptr, {}});
+                found.emplace_back(*node);
             continue;
         }
-        for (DagPath& path : dag->all_paths()) {
+        for (const DagPath& path : dag->all_paths()) {
             std::string text = by_path ? full_name(path) : node->name_text();
             if (by_path && pattern.front() != '|')
                 text.erase(0, 1);
             if (fits(pattern.c_str(), text.c_str()))
-                found.push_back({node, std::move(path), nullptr, {}});
+                found.emplace_back(path);
         }
     }
     return found;
@@ -193,9 +190,32 @@ std::vector<std::string> component_ranges(const Component& component) {
 
 } // namespace
 
+SelectionItem::SelectionItem(Node& node) : node(&node) {
+    DagNode* const dag = node.as_dag_node();
+    if (dag != nullptr && !Scene::current().has_one_path(*dag))
+        path_ = dag->path();
+}
+
+SelectionItem::SelectionItem(const DagPath& path) : node(path.back().get()) {
+    if (!Scene::current().has_one_path(*path.back()))
+        path_ = path;
+}
+
+DagPath SelectionItem::path() const {
+    return path_.empty() && is_dag() ? node->as_dag_node()->path() : path_;
+}
+
+void SelectionItem::descend(DagNode& child) {
+    if (path_.empty() && child.parents().size() > 1)
+        path_ = path();
+    if (!path_.empty())
+        path_.emplace_back(&child);
+    node = &child;
+}
+
 bool SelectionItem::same_thing(const SelectionItem& other) const {
-    return node == other.node && path == other.path && plug == other.plug &&
-           component == other.component;
+    return node == other.node && plug == other.plug && component == other.component &&
+           (path_ == other.path_ || path() == other.path());
 }
 
 Selection resolve(const std::string& pattern) {
@@ -210,28 +230,20 @@ Selection resolve(const std::string& pattern) {
     return parts;
 }
 
-SelectionItem item_of(Node& node) {
-    SelectionItem item;
-    item.node = &node;
-    if (DagNode* dag = node.as_dag_node())
-        item.path = dag->path();
-    return item;
-}
-
 std::vector<std::string> names_of(const SelectionItem& item, bool full) {
     const Scene& scene = Scene::current();
     std::string name = item.node->name_text();
-    if (!item.path.empty())
-        name = full ? full_name(item.path) : scene.partial_name(item.path);
+    if (item.is_dag())
+        name = full ? full_name(item.path()) : scene.partial_name(item);
     if (item.plug != nullptr)
         return {name + "." + item.plug->path()};
     if (!item.component)
         return {name};
     // Components are listed with the name of the transform, as users expect.
-    if (!full && item.path.size() > 1) {
-        DagPath above = item.path;
+    DagPath above = full ? DagPath() : item.path();
+    if (above.size() > 1) {
         above.pop_back();
-        SelectionItem transform{above.back().get(), above, nullptr, {}};
+        SelectionItem transform(above);
         if (component_shape(transform) == item.node.get())
             name = scene.partial_name(above);
     }

@@ -22,13 +22,28 @@ private:
     std::vector<int> ids_;
 };
 
-struct SelectionItem {
+/// A selected thing. A DAG node that has one path is stored without it, so that items of deeply
+/// nested nodes cost no more than others.
+struct MHOST_EXPORT SelectionItem {
     Ref<Node> node;
-    DagPath path;             ///< of DAG nodes only
     Slot* plug = nullptr;     ///< of `node`, if the item is a plug
-    Ref<Component> component; ///< of the shape at the end of `path`
+    Ref<Component> component; ///< of the shape `node`
 
+    SelectionItem() = default;
+    /// The node, through its first parents if it has several paths.
+    explicit SelectionItem(Node& node);
+    /// The node at the end of a path that is not empty.
+    explicit SelectionItem(const DagPath& path);
+
+    bool is_dag() const { return node && node->as_dag_node() != nullptr; }
+    /// Empty unless the node is a DAG node.
+    DagPath path() const;
+    /// Replaces the node, a DAG node, by one of its children.
+    void descend(DagNode& child);
     bool same_thing(const SelectionItem& other) const;
+
+private:
+    DagPath path_; ///< empty if the node is no DAG node, or had one path when it was stored
 };
 
 using Selection = std::vector<SelectionItem>;
@@ -42,7 +57,6 @@ struct SelectionItems {
 /// ("a.vtx[0:3]", "a.f[*]"), with the wildcards * and ?. Empty if nothing matches. Matches of
 /// wildcards are in order of node creation.
 MHOST_EXPORT Selection resolve(const std::string& pattern);
-MHOST_EXPORT SelectionItem item_of(Node& node);
 /// The names of an item as listed by `ls -sl`: shortest unique name, with plug or components
 /// appended.
 MHOST_EXPORT std::vector<std::string> names_of(const SelectionItem& item, bool full = false);

@@ -75,7 +75,7 @@ struct GlPanels::Parts {
 
 void GlPanels::Parts::add_parts(const VisibleShape& shape, DrawnShape& drawn) {
     for (const graph::SelectionItem& item : graph::Scene::current().selection())
-        if (item.component && item.path == shape.path)
+        if (item.component && item.node.get() == shape.node && item.path() == shape.path)
             drawn.selected_parts.emplace_back(buffers.get(*drawn.buffer, item.component),
                                               item.component->kind());
     for (const Highlight& highlight : highlights)

@@ -31,7 +31,11 @@ bool is_at_or_below(const DagPath& path, const DagPath& above) {
 /// Depth-first walk of the DAG with the current path and world matrix.
 class Walk {
 public:
-    explicit Walk(std::vector<VisibleShape>& found) : found_(found) {}
+    explicit Walk(std::vector<VisibleShape>& found) : found_(found) {
+        for (const SelectionItem& item : graph::Scene::current().selection())
+            if (item.plug == nullptr && !item.component && item.is_dag())
+                selected_.push_back(item.path());
+    }
 
     void visit(DagNode& node, const MMatrix& above) {
         if (is_hidden(node))
@@ -47,16 +51,14 @@ public:
 
 private:
     void add(graph::MeshNode& node, const MMatrix& matrix) {
-        const graph::Selection& selection = graph::Scene::current().selection();
         const bool is_selected =
-            std::any_of(selection.begin(), selection.end(), [&](const SelectionItem& item) {
-                return item.plug == nullptr && !item.component && !item.path.empty() &&
-                       is_at_or_below(path_, item.path);
-            });
+            std::any_of(selected_.begin(), selected_.end(),
+                        [&](const DagPath& path) { return is_at_or_below(path_, path); });
         found_.push_back({path_, matrix, &node, is_selected});
     }
 
     std::vector<VisibleShape>& found_;
+    std::vector<DagPath> selected_;
     DagPath path_;
 };
 
@@ -94,7 +96,7 @@ void visit_shape(const VisibleShape& shape, bool only_selected, const PointSink&
         return;
     }
     for (const SelectionItem& item : graph::Scene::current().selection())
-        if (item.component && item.path == shape.path)
+        if (item.component && item.node.get() == shape.node && item.path() == shape.path)
             visit_component(*mesh, *item.component, shape.to_world, sink);
 }
 

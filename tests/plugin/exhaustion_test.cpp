@@ -84,7 +84,7 @@ protected:
         undo.clear();
         MeshNode& shape = add_cube("box");
         set(shape, "pnts[2].pnty", 0.5);
-        scene.select({item_of(*shape.parents().front())});
+        scene.select({SelectionItem(*shape.parents().front())});
         scene.records_history = true;
         return shape;
     }

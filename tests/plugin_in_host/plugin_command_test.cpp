@@ -161,7 +161,8 @@ TEST_F(PluginCommandTest, WithoutASelectedMeshItSucceedsWithoutEffect) {
 TEST_F(PluginCommandTest, OnlyTheFirstSelectedMeshIsUnwrapped) {
     scene.records_history = true;
     MeshNode& other = add_cube("other");
-    scene.select({item_of(*other.parents().front()), item_of(*shape_.parents().front())});
+    scene.select(
+        {SelectionItem(*other.parents().front()), SelectionItem(*shape_.parents().front())});
     ASSERT_EQ(run("tessora"), MS::kSuccess);
     EXPECT_EQ(plug(other, "inMesh").source()->node().name_text(), "tessora_node1");
     EXPECT_EQ(node().name_text(), "polyCube1");

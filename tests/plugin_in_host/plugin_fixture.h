@@ -35,7 +35,7 @@ protected:
         CommandResult result;
         return script.execute(text, false, true, result);
     }
-    void select(Node& node) { scene.select({item_of(node)}); }
+    void select(Node& node) { scene.select({SelectionItem(node)}); }
     /// A mesh shape with construction history: polyCube -> shape.
     MeshNode& add_cube_with_history() {
         Node& maker = add("polyCube");

@@ -365,6 +365,13 @@ TEST_F(PluginNodeTest, UndoingTheCommandRemovesTheCallbacksByTheNextRedraw) {
     EXPECT_EQ(callbacks_attached(), 0u);
 }
 
+TEST_F(PluginNodeTest, RedoingACommandThatHasNotUnwrappedYetAttachesNoCallbacks) {
+    unwrapped();
+    undo.undo();
+    undo.redo();
+    EXPECT_EQ(callbacks_attached(), 0u);
+}
+
 TEST_F(PluginNodeTest, TheFirstRedrawAfterTheMeshIsDeletedRemovesTheCallbacks) {
     unwrapped();
     shown(*shape_);

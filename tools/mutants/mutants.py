@@ -52,8 +52,8 @@ TESTS = {
                 "math_whole_stage_test", "plugin_test", "plugin_in_host_test"],
     "platform": ["win32_test", "win32_hook_test", "d3dx9_test", "math_test", "math_device_calls_test",
                  "math_whole_stage_test", "plugin_test", "plugin_in_host_test"],
-    "host/graph": ["host_graph_test", "host_api_test", "host_plugin_test", "script:scene", "plugin_in_host_test",
-                   "script:plugin", "host_view_test"],
+    "host/graph": ["host_graph_test", "host_api_test", "script:plugin", "host_plugin_test", "script:scene",
+                   "plugin_in_host_test", "host_view_test"],
 }
 SECONDS_A_PROGRAM = 120
 
@@ -69,6 +69,8 @@ CONDITION = re.compile(r"\bif \(")
 UNCHECKED = re.compile(r"if \((!status)\)")
 CALL = re.compile(r"^[ \t]+(?:[\w:.]|->|\[\w+\])+\((?:[^;{}]|\n)*\);", re.M)
 ASSIGNMENT = re.compile(r"^[ \t]+\*?[\w.>\[\]-]+ [-+*/|&]?= (?:[^;{}]|\n)*;", re.M)
+# A failed test of a program, or the first line of a script's difference.
+FAILED = re.compile(r"^\[  FAILED  \] ([\w./]+)|^--- (\S+\.mel) ", re.M)
 JUMP = re.compile(r"\b(?:break|continue|return);")
 OPPOSITES = {"true": "false", "false": "true", "kSuccess": "kFailure"}
 
@@ -238,7 +240,7 @@ class Builder:
         return sorted(self.tests_of(folder_of(path)), key=lambda test: -self.catches[path, test])
 
     def run(self, test):
-        """True if the test passes."""
+        """Returns what failed, a program and one of its tests, or none if the program passes."""
         if test.startswith("script:"):
             command = [sys.executable, self.tree / "tools/run_scripts.py",
                        str(self.build / "bin/script_console"), self.tree / "tests/script" / test[7:]]
@@ -247,11 +249,15 @@ class Builder:
         environment = {"TESSORA_PREFERENCES": str(self.build / "preferences.mel"), "PATH": "/usr/bin:/bin",
                        "GTEST_DEATH_TEST_STYLE": "fast", "HOME": str(self.build)}
         try:
-            return subprocess.run(command, env=environment, cwd=self.build, stdin=subprocess.DEVNULL,
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                                  timeout=SECONDS_A_PROGRAM).returncode == 0
+            ended = subprocess.run(command, env=environment, cwd=self.build, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, errors="replace",
+                                   timeout=SECONDS_A_PROGRAM)
         except subprocess.TimeoutExpired:
-            return False
+            return f"{test} (too slow)"
+        if ended.returncode == 0:
+            return None
+        found = FAILED.search(ended.stdout)
+        return f"{test}, {found[1] or pathlib.Path(found[2]).name}" if found else f"{test} (crashed)"
 
 
 def targets_of(test):
@@ -268,10 +274,10 @@ def judge(builder, mutant):
         if builder.digest(mutant.path) in (None, before):
             return "invalid"
         for test in builder.tests_for(mutant.path):
-            # A test may see a change when it is built.
-            if builder.make(targets_of(test)).returncode != 0 or not builder.run(test):
+            failed = builder.run(test) if builder.make(targets_of(test)).returncode == 0 else f"building {test}"
+            if failed:
                 builder.catches[mutant.path, test] += 1
-                return f"caught by {test}"
+                return f"caught by {failed}"
         return "survived"
     finally:
         file.write_text(original)
@@ -283,7 +289,7 @@ def check_clean(builder, folders):
     done = builder.make([target for test in tests for target in targets_of(test)])
     if done.returncode != 0:
         sys.exit("mutants: the tree does not build:\n" + done.stdout[-3000:])
-    failing = [test for test in tests if not builder.run(test)]
+    failing = list(filter(None, map(builder.run, tests)))
     if failing:
         sys.exit(f"mutants: these fail without any mutant: {', '.join(failing)}")
 

@@ -100,7 +100,7 @@ TEST_F(DagTest, DeletingATransformDeletesItsDescendantsAndUndoRestoresThem) {
     MeshNode& shape = add_cube();
     DagNode& transform = *shape.parents().front();
     set(transform, "translateX", 3);
-    scene.select({item_of(transform)});
+    scene.select({SelectionItem(transform)});
     EditPtr edit = remove_node_edit(transform);
     EXPECT_EQ(edit->redo(), MS::kSuccess);
     EXPECT_FALSE(shape.is_valid());
@@ -227,6 +227,15 @@ TEST_F(DagTest, NamesResolveToNodesPlugsAndComponents) {
     EXPECT_EQ(resolve("box.vtx[8]").size(), 0u);
 }
 
+TEST_F(DagTest, NamingAMissingElementOfAShapesArrayDoesNotMakeIt) {
+    MeshNode& shape = add_cube();
+    EXPECT_EQ(resolve("box.pnts[3]").size(), 0u);
+    EXPECT_EQ(resolve("boxShape.pnts[3]").size(), 0u);
+    EXPECT_EQ(shape.find_plug("pnts[3]", false), nullptr);
+    ASSERT_NE(shape.find_plug("pnts[3]", true), nullptr);
+    EXPECT_EQ(resolve("box.pnts[3]").size(), 1u);
+}
+
 TEST_F(DagTest, AFilterFindsShapesBelowSelectedTransformsInOrder) {
     MeshNode& second = add_cube("second");
     MeshNode& first = add_cube("first");
@@ -271,6 +280,27 @@ TEST_F(DagTest, ASelectedPathThroughAnInstanceIsKept) {
     list.getDagPath(0, path);
     EXPECT_EQ(path.fullPathName(), "|b|leaf");
     EXPECT_EQ(path.partialPathName(), "b|leaf");
+}
+
+TEST_F(DagTest, ShapesBelowASelectedInstanceAreFoundThroughItsPath) {
+    MeshNode& shape = add_cube();
+    DagNode& other = add_dag("transform", "other");
+    DagNode& box = *shape.parents().front();
+    scene.add_instance(shape, other);
+    MSelectionList list;
+    list.add("other");
+    MItSelectionList item(list, MFn::kMesh);
+    MDagPath path;
+    EXPECT_EQ(item.getDagPath(path), MS::kSuccess);
+    EXPECT_EQ(path.fullPathName(), "|other|boxShape");
+    EXPECT_EQ(names_of(resolve("other.vtx[1]")[0]), std::vector<std::string>{"other.vtx[1]"});
+    // A path stored while there was only one stays the same thing.
+    scene.remove_instance(shape, other);
+    const SelectionItem before(shape);
+    scene.add_instance(shape, other);
+    EXPECT_TRUE(before.same_thing(SelectionItem(shape)));
+    EXPECT_FALSE(before.same_thing(SelectionItem(DagPath{&other, &shape})));
+    EXPECT_EQ(before.path(), (DagPath{&box, &shape}));
 }
 
 // === Callbacks ===============================================================================

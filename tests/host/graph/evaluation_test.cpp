@@ -67,6 +67,15 @@ TEST_F(EvaluationTest, AnOutputThatComputeDoesNotCleanIsComputedAgain) {
     EXPECT_EQ(ScaleNode::computes, 2);
 }
 
+TEST_F(EvaluationTest, AnOutputThatComputeDoesNotKnowKeepsItsValueAndIsClean) {
+    Node& node = add("scaleNode");
+    set(node, "unhandled", 7);
+    set(node, "input", 3);
+    EXPECT_EQ(pull(node, "unhandled"), 7.0);
+    EXPECT_EQ(pull(node, "unhandled"), 7.0);
+    EXPECT_EQ(ScaleNode::computes, 1);
+}
+
 TEST_F(EvaluationTest, APlugFedByADirtyPlugIsEvaluatedAgain) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
@@ -168,6 +177,14 @@ TEST_F(EvaluationTest, ADestinationKeepsTheLastValueAfterDisconnection) {
     EXPECT_EQ(scene.disconnect(plug(first, "result"), plug(second, "input")), MS::kSuccess);
     EXPECT_EQ(pull(second, "input"), 2.0);
     EXPECT_EQ(pull(second, "result"), 4.0);
+}
+
+TEST_F(EvaluationTest, ArraysConnectOnlyToArrays) {
+    Node& first = add("polyTweak");
+    Node& second = add("polyTweak");
+    EXPECT_EQ(scene.connect(plug(first, "tweak"), plug(second, "tweak[0]")), MS::kInvalidParameter);
+    EXPECT_EQ(scene.connect(plug(first, "tweak[0]"), plug(second, "tweak")), MS::kInvalidParameter);
+    EXPECT_EQ(scene.connect(plug(first, "tweak[0]"), plug(second, "tweak[0]")), MS::kSuccess);
 }
 
 TEST_F(EvaluationTest, MessagesConnectOnlyToMessages) {

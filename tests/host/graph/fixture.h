@@ -44,10 +44,12 @@ public:
         in = number.create("input", "in", MFnNumericData::kDouble, 1.0);
         factor = number.create("factor", "fa", MFnNumericData::kDouble, 2.0);
         other = number.create("other", "ot", MFnNumericData::kDouble);
+        unhandled = number.create("unhandled", "un", MFnNumericData::kDouble);
         out = number.create("result", "re", MFnNumericData::kDouble);
         number.setWritable(false);
-        for (MObject* attribute : {&in, &factor, &other, &out})
+        for (MObject* attribute : {&in, &factor, &other, &unhandled, &out})
             addAttribute(*attribute);
+        attributeAffects(in, unhandled);
         attributeAffects(in, out);
         return attributeAffects(factor, out);
     }
@@ -56,12 +58,14 @@ public:
     static bool cleans;
     static MStatus answer;
     static MObject in, factor, other, out;
+    static MObject unhandled; ///< an output that compute does not know
 };
 
 inline int ScaleNode::computes = 0;
 inline bool ScaleNode::cleans = true;
 inline MStatus ScaleNode::answer;
-inline MObject ScaleNode::in, ScaleNode::factor, ScaleNode::other, ScaleNode::out;
+inline MObject ScaleNode::in, ScaleNode::factor, ScaleNode::other, ScaleNode::out,
+    ScaleNode::unhandled;
 
 class SceneTest : public ::testing::Test {
 protected:

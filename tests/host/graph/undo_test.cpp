@@ -67,6 +67,27 @@ TEST_F(UndoTest, UndoBackToTheSavedStateMakesTheSceneUnmodified) {
     EXPECT_TRUE(scene.is_modified);
 }
 
+TEST_F(UndoTest, EmptyingTheQueueInTheSavedStateKeepsItSaved) {
+    Slot& input = plug(add("scaleNode"), "input");
+    set_input(scene, input, 4);
+    undo.mark_saved();
+    undo.clear();
+    set_input(scene, input, 5);
+    EXPECT_TRUE(scene.is_modified);
+    undo.undo();
+    EXPECT_FALSE(scene.is_modified);
+}
+
+TEST_F(UndoTest, EmptyingTheQueueOfAModifiedSceneLeavesItModified) {
+    Slot& input = plug(add("scaleNode"), "input");
+    undo.mark_saved();
+    set_input(scene, input, 4);
+    undo.clear();
+    set_input(scene, input, 5);
+    undo.undo();
+    EXPECT_TRUE(scene.is_modified);
+}
+
 TEST_F(UndoTest, UndoBeyondTheSavedStateMakesTheSceneModified) {
     Slot& input = plug(add("scaleNode"), "input");
     set_input(scene, input, 4);
@@ -86,7 +107,7 @@ TEST_F(UndoTest, SelectingDoesNotModifyTheScene) {
     undo.mark_saved();
     {
         UndoFrame frame("select");
-        scene.perform(select_edit({item_of(node)}));
+        scene.perform(select_edit({SelectionItem(node)}));
     }
     EXPECT_FALSE(scene.is_modified);
     undo.undo();
