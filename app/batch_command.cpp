@@ -1,12 +1,14 @@
 #include "app/batch_command.h"
 
 #include "app/atomic_file.h"
+#include "app/batch_page.h"
 #include "app/batch_plan.h"
 #include "app/child_process.h"
 #include "app/command.h"
 #include "app/exit_code.h"
 #include "app/fingerprint.h"
 #include "app/interrupt.h"
+#include "app/mesh_rows.h"
 #include "app/progress_display.h"
 #include "app/report.h"
 #include "app/request_json.h"
@@ -81,7 +83,7 @@ private:
         int code;
     };
     UnwrapRequest request_for(const BatchItem& item) const;
-    bool is_up_to_date(const BatchItem& item) const;
+    bool is_up_to_date(const BatchItem& item, Json& report) const;
     void give_work();
     bool give_next(Worker& worker);
     void take_answers(Worker& worker);
@@ -90,7 +92,9 @@ private:
     void fail_without_report(size_t item, int code, const std::string& reason, double seconds);
     void tell(const BatchItem& item, const char* status, const Json& answer, double seconds);
     std::string remaining_time() const;
+    void add_row(const BatchItem& item, const char* status, const Json& report);
     void end_workers();
+    bool write_page_of_batch();
     int summary();
     bool may_go_on() const {
         return !deferred_signal() && !(batch_.fail_fast && !failures_.empty());
@@ -109,6 +113,7 @@ private:
     size_t next_ = 0; ///< the first item not yet begun
     size_t done_ = 0, skipped_ = 0;
     std::vector<Failure> failures_;
+    std::vector<std::vector<Json>> rows_; ///< for the page, if there is one
 };
 
 UnwrapRequest Batch::request_for(const BatchItem& item) const {
@@ -117,6 +122,8 @@ UnwrapRequest Batch::request_for(const BatchItem& item) const {
     request.in_place = request_.in_place;
     request.threads = request_.threads > 0 ? request_.threads : 1; // the processes share the work
     request.picture = request_.picture;
+    if (!batch_.html.empty())
+        request.thumbnails = picture_folder(batch_.html);
     request.max_input = request_.max_input;
     request.input = item.input;
     request.output = item.output;
@@ -127,12 +134,12 @@ UnwrapRequest Batch::request_for(const BatchItem& item) const {
 
 /// The report beside the result tells of which input, with which settings and by which version it
 /// was made.
-bool Batch::is_up_to_date(const BatchItem& item) const {
+bool Batch::is_up_to_date(const BatchItem& item, Json& report) const {
     std::string text;
     host::IoError failure;
     if (!file_exists(item.report) || !host::read_text(item.report, text, failure))
         return false;
-    const Json report = Json::parse(text, nullptr, false);
+    report = Json::parse(text, nullptr, false);
     const auto is = [&](const char* key, const Json& value) {
         const auto found = report.find(key);
         return found != report.end() && *found == value;
@@ -142,7 +149,9 @@ bool Batch::is_up_to_date(const BatchItem& item) const {
         !is("settings", settings_to_json(in_range(request_.settings))))
         return false;
     const Json hashes = report["hashes"];
-    if (!hashes.is_object() || (!item.layout.empty() && !file_exists(item.layout)))
+    if (!hashes.is_object() || (!item.layout.empty() && !file_exists(item.layout)) ||
+        (!batch_.html.empty() &&
+         !file_exists(picture_folder(batch_.html) + "/" + thumbnails_name(report))))
         return false;
     const Json files = hashes.value("files", Json::object());
     for (const auto& [path, hash] : files.items())
@@ -156,8 +165,9 @@ bool Batch::is_up_to_date(const BatchItem& item) const {
 
 int Batch::print_plan() const {
     size_t to_do = 0;
+    Json report;
     for (const BatchItem& item : items_) {
-        const bool skip = batch_.skip_existing && is_up_to_date(item);
+        const bool skip = batch_.skip_existing && is_up_to_date(item, report);
         to_do += !skip;
         if (batch_.json_lines)
             std::printf("%s\n", dumped({{"input", item.input},
@@ -180,9 +190,9 @@ bool Batch::give_next(Worker& worker) {
     while (next_ < items_.size() && may_go_on()) {
         const size_t index = next_++;
         const BatchItem& item = items_[index];
-        if (batch_.skip_existing && is_up_to_date(item)) {
+        if (Json report; batch_.skip_existing && is_up_to_date(item, report)) {
             ++skipped_;
-            tell(item, "skipped", Json::object(), 0.0);
+            tell(item, "skipped", {{"report", report}}, 0.0);
             continue;
         }
         std::string line, error;
@@ -292,6 +302,7 @@ std::string Batch::remaining_time() const {
 
 void Batch::tell(const BatchItem& item, const char* status, const Json& answer, double seconds) {
     const Json report = answer.value("report", Json::object());
+    add_row(item, status, report);
     if (batch_.json_lines) {
         Json line = {{"input", item.input},
                      {"output", item.output},
@@ -306,14 +317,16 @@ void Batch::tell(const BatchItem& item, const char* status, const Json& answer, 
     }
     if (request_.quiet || batch_.json_lines)
         return;
+    const bool is_skipped = status[0] == 's';
     for (const Json& warning : report.value("warnings", Json::array()))
-        say("warning: " + warning.get<std::string>());
+        if (!is_skipped)
+            say("warning: " + warning.get<std::string>());
     if (answer.value("code", 0) == exit_done) // else the last message is the reason
         for (const Json& message : answer.value("messages", Json::array()))
             say(item.input + ": " + message.get<std::string>());
     const size_t count = done_ + skipped_ + failures_.size();
     std::string line = item.input + ": " + status;
-    if (report.contains("charts")) {
+    if (report.contains("charts") && !is_skipped) {
         char stretch[32];
         std::snprintf(stretch, sizeof stretch, "%.4f", report["stretch"].get<double>());
         line = item.input + ": charts " + report["charts"].dump() + ", stretch " + stretch;
@@ -326,6 +339,15 @@ void Batch::tell(const BatchItem& item, const char* status, const Json& answer, 
         progress_.begin_stage(std::to_string(count) + " of " + std::to_string(items_.size()) +
                               remaining_time());
     progress_.set_percent(int(100 * count / items_.size()));
+}
+
+void Batch::add_row(const BatchItem& item, const char* status, const Json& report) {
+    if (batch_.html.empty())
+        return;
+    Json row = mesh_row(report, item.report);
+    row["input"] = item.input;
+    row["status"] = status;
+    rows_.push_back({std::move(row)});
 }
 
 void Batch::end_workers() {
@@ -352,8 +374,40 @@ void Batch::end_workers() {
     workers_.clear(); // ends those that remain at once
 }
 
+/// Also after an interrupt: the page then shows what was done.
+bool Batch::write_page_of_batch() {
+    if (batch_.html.empty())
+        return true;
+    std::sort(rows_.begin(), rows_.end(), [](const auto& a, const auto& b) {
+        return a[0]["input"].template get_ref<const std::string&>() <
+               b[0]["input"].template get_ref<const std::string&>();
+    });
+    BatchPage page;
+    page.folder = batch_.html;
+    page.not_done = items_.size() - rows_.size();
+    if (batch_.shard_count > 1) {
+        page.name = "shard-" + std::to_string(batch_.shard_index) + "-of-" +
+                    std::to_string(batch_.shard_count);
+        page.rows_name = page.name + ".jsonl";
+    }
+    const std::string name = page.name;
+    page.meshes = std::move(rows_);
+    const bool is_whole = batch_.shard_count == 1 && page.not_done == 0;
+    std::string error;
+    if (!write_page(std::move(page), error)) {
+        say(error);
+        return false;
+    }
+    if (is_whole)
+        sweep_pictures(batch_.html);
+    if (!request_.quiet && !batch_.json_lines)
+        say("page:    " + batch_.html + "/" + name + ".html");
+    return true;
+}
+
 int Batch::summary() {
     progress_.clear();
+    const bool has_page = write_page_of_batch();
     const size_t left = items_.size() - done_ - skipped_ - failures_.size();
     const int signal = deferred_signal();
     if (batch_.json_lines)
@@ -380,7 +434,7 @@ int Batch::summary() {
         say(line);
     if (signal)
         return exit_signal + signal;
-    return failures_.empty() ? exit_done : exit_unexpected;
+    return !failures_.empty() ? exit_unexpected : has_page ? exit_done : exit_output;
 }
 
 int Batch::run() {
@@ -418,6 +472,11 @@ int run_batch(const UnwrapRequest& request) {
     if (!request.quiet)
         for (const std::string& warning : request.warnings)
             say("warning: " + warning);
+    if (!request.batch.html.empty() && !request.batch.dry_run &&
+        !make_page_folders(request.batch.html, error)) {
+        say(error);
+        return exit_output;
+    }
     Batch batch(request, std::move(items));
     return request.batch.dry_run ? batch.print_plan() : batch.run();
 }

@@ -31,6 +31,10 @@ public:
     /// Ends the child at once.
     void kill();
 
+    /// The file that the child writes to, for poll(); -1 without a child, once it has closed it,
+    /// and on Windows.
+    int output_file() const;
+
     /// Takes the next complete line that the child has written; false if there is none yet.
     bool take_line(std::string& line);
     /// Collects the child if it has ended and all it wrote has been received. `how` tells how:
@@ -42,6 +46,7 @@ public:
 private:
     friend void wait_for_children(const std::vector<ChildProcess*>& children, int milliseconds);
     std::unique_ptr<Process> process_;
+    std::string received_; ///< not yet taken
 };
 
 /// Receives what the children write. Returns when one of them has written or ended, when a signal

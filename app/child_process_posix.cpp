@@ -15,7 +15,6 @@ struct ChildProcess::Process {
     pid_t id = -1; ///< -1 if there is no child
     int input = -1, output = -1;
     bool output_ended = false;
-    std::string received; ///< not yet taken
 
     ~Process() { end(); }
 
@@ -38,7 +37,7 @@ struct ChildProcess::Process {
         close_files();
     }
     /// Reads what has arrived, without waiting.
-    void receive() {
+    void receive(std::string& received) {
         char block[65536];
         for (;;) {
             const ssize_t got = ::read(output, block, sizeof block);
@@ -87,6 +86,7 @@ ChildProcess& ChildProcess::operator=(ChildProcess&&) noexcept = default;
 
 bool ChildProcess::start(const std::vector<std::string>& words, std::string& error) {
     process_ = std::make_unique<Process>();
+    received_.clear();
     std::vector<char*> pointers;
     for (const std::string& word : words)
         pointers.push_back(const_cast<char*>(word.c_str()));
@@ -138,14 +138,7 @@ void ChildProcess::kill() {
         ::kill(process_->id, SIGKILL);
 }
 
-bool ChildProcess::take_line(std::string& line) {
-    const size_t end = process_->received.find('\n');
-    if (end == std::string::npos)
-        return false;
-    line = process_->received.substr(0, end);
-    process_->received.erase(0, end + 1);
-    return true;
-}
+int ChildProcess::output_file() const { return process_->output_ended ? -1 : process_->output; }
 
 bool ChildProcess::has_ended(std::string& how) {
     int status = 0;
@@ -167,7 +160,7 @@ void wait_for_children(const std::vector<ChildProcess*>& children, int milliseco
         return;
     for (size_t i = 0; i < children.size(); ++i)
         if (files[i].revents)
-            children[i]->process_->receive();
+            children[i]->process_->receive(children[i]->received_);
 }
 
 } // namespace app

@@ -11,7 +11,6 @@ struct ChildProcess::Process {
     HANDLE job = nullptr;     ///< ends the child when this process ends
     HANDLE input = nullptr, output = nullptr;
     bool output_ended = false;
-    std::string received; ///< not yet taken
 
     ~Process() {
         if (process) {
@@ -32,7 +31,7 @@ struct ChildProcess::Process {
         close_handle(output);
     }
     /// Reads what has arrived, without waiting. Returns true if something has changed.
-    bool receive() {
+    bool receive(std::string& received) {
         DWORD ready = 0;
         if (output_ended)
             return false;
@@ -95,6 +94,7 @@ ChildProcess& ChildProcess::operator=(ChildProcess&&) noexcept = default;
 
 bool ChildProcess::start(const std::vector<std::string>& words, std::string& error) {
     process_ = std::make_unique<Process>();
+    received_.clear();
     std::string line;
     for (const std::string& word : words)
         line += (line.empty() ? "" : " ") + quoted(word);
@@ -146,14 +146,7 @@ void ChildProcess::kill() {
         TerminateProcess(process_->process, 1);
 }
 
-bool ChildProcess::take_line(std::string& line) {
-    const size_t end = process_->received.find('\n');
-    if (end == std::string::npos)
-        return false;
-    line = process_->received.substr(0, end);
-    process_->received.erase(0, end + 1);
-    return true;
-}
+int ChildProcess::output_file() const { return -1; }
 
 bool ChildProcess::has_ended(std::string& how) {
     DWORD code = 0;
@@ -171,7 +164,7 @@ void wait_for_children(const std::vector<ChildProcess*>& children, int milliseco
     for (int waited = 0;; waited += 5) {
         bool changed = false;
         for (ChildProcess* child : children)
-            changed |= child->is_running() && child->process_->receive();
+            changed |= child->is_running() && child->process_->receive(child->received_);
         if (changed || waited >= milliseconds)
             return;
         Sleep(5);

@@ -1,6 +1,8 @@
 /// The program's subcommands. Each has its own source file; main.cpp holds the table of them.
 #pragma once
 
+#include "app/command_help.h"
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -16,6 +18,7 @@ struct Command {
     /// Runs the command, prints its messages and returns the process's exit code (exit_code.h).
     /// Errors: std::bad_alloc, which the caller reports.
     int (*run)(const Words& words);
+    CommandHelp (*help)();
 };
 
 /// Prints "tessora: SENTENCE" and a line end to standard error, or passes it to the listener.

@@ -17,15 +17,22 @@ constexpr int k_legend_height = 72; // pixels
 constexpr double k_max_stretch = 2.0;
 constexpr uint16_t k_contested = 65535; // claimed by the gutters of two charts
 
-/// Draws the texture in layers, enlarged by a whole factor.
+double longer_side(const PictureSubject& subject) {
+    return std::max(subject.texture.width, subject.texture.height);
+}
+
+/// The whole factor by which a picture of its own enlarges the texture.
+double whole_zoom(const PictureSubject& subject) {
+    return std::max(1, k_min_side / static_cast<int>(longer_side(subject)));
+}
+
+/// Draws the texture in layers, with `zoom` pixels a texel.
 class TexturePainter {
 public:
-    TexturePainter(const PictureSubject& subject, int strip_below)
-        : layout_(subject.layout), measures_(subject.measures), subject_(subject),
-          zoom_(std::max(1, k_min_side / static_cast<int>(std::max(subject.texture.width,
-                                                                   subject.texture.height)))),
-          width_(static_cast<int>(subject.texture.width) * zoom_),
-          height_(static_cast<int>(subject.texture.height) * zoom_),
+    TexturePainter(const PictureSubject& subject, double zoom, int strip_below)
+        : layout_(subject.layout), measures_(subject.measures), subject_(subject), zoom_(zoom),
+          width_(std::max(1, static_cast<int>(subject.texture.width * zoom + 0.5))),
+          height_(std::max(1, static_cast<int>(subject.texture.height * zoom + 0.5))),
           canvas_(width_, height_ + strip_below, k_background),
           owner_(static_cast<size_t>(width_) * static_cast<size_t>(height_), 0) {}
 
@@ -67,7 +74,7 @@ public:
 
     /// Lines between texels, or between blocks of texels if single texels are under 4 pixels.
     void draw_grid() {
-        int step = zoom_;
+        int step = static_cast<int>(zoom_);
         while (step < 4)
             step *= 2;
         for (int y = 0; y < height_; ++y)
@@ -190,7 +197,8 @@ private:
     const measure::Layout& layout_;
     const measure::Measures& measures_;
     const PictureSubject& subject_;
-    int zoom_, width_, height_;
+    double zoom_;
+    int width_, height_;
     Canvas canvas_;
     std::vector<uint16_t> owner_;        // chart tag per pixel; 0 if no chart covers it
     std::vector<uint32_t> first_, last_; // first and last corner of each polygon
@@ -213,6 +221,18 @@ void draw_legend(Canvas& canvas, int top) {
         canvas.fill(x, top + 30, x + 2, top + 54, k_paper);
         canvas.text(x - 10, top + 56, label, k_paper, 2);
     }
+}
+
+void fill_with_stretch(const measure::Measures& m, TexturePainter& painter) {
+    const double density2 = m.density.mean * m.density.mean;
+    painter.fill_triangles([&](uint32_t t) {
+        const measure::TriangleMap& map = m.maps[t];
+        if (map.smaller <= 0.0)
+            return k_red;
+        return stretch_colour(
+            std::sqrt(0.5 * density2 *
+                      (1.0 / (map.smaller * map.smaller) + 1.0 / (map.larger * map.larger))));
+    });
 }
 
 } // namespace
@@ -244,7 +264,7 @@ Colour stretch_colour(double stretch) {
 }
 
 Canvas draw_layout(const PictureSubject& subject) {
-    TexturePainter painter(subject, 0);
+    TexturePainter painter(subject, whole_zoom(subject), 0);
     const std::vector<uint32_t>& chart = subject.measures.triangle_chart;
     painter.fill_triangles([&](uint32_t t) { return chart_colour(chart[t]); });
     painter.draw_gutter();
@@ -256,21 +276,28 @@ Canvas draw_layout(const PictureSubject& subject) {
 }
 
 Canvas draw_stretch(const PictureSubject& subject) {
-    TexturePainter painter(subject, k_legend_height);
-    const measure::Measures& m = subject.measures;
-    const double density2 = m.density.mean * m.density.mean;
-    painter.fill_triangles([&](uint32_t t) {
-        const measure::TriangleMap& map = m.maps[t];
-        if (map.smaller <= 0.0)
-            return k_red;
-        return stretch_colour(
-            std::sqrt(0.5 * density2 *
-                      (1.0 / (map.smaller * map.smaller) + 1.0 / (map.larger * map.larger))));
-    });
+    TexturePainter painter(subject, whole_zoom(subject), k_legend_height);
+    fill_with_stretch(subject.measures, painter);
     painter.draw_gutter();
     painter.draw_grid();
     painter.draw_outlines();
     draw_legend(painter.canvas(), painter.height());
+    return std::move(painter.canvas());
+}
+
+Canvas draw_small_layout(const PictureSubject& subject, int side) {
+    TexturePainter painter(subject, side / longer_side(subject), 0);
+    const std::vector<uint32_t>& chart = subject.measures.triangle_chart;
+    painter.fill_triangles([&](uint32_t t) { return chart_colour(chart[t]); });
+    painter.draw_outlines();
+    painter.draw_faults();
+    return std::move(painter.canvas());
+}
+
+Canvas draw_small_stretch(const PictureSubject& subject, int side) {
+    TexturePainter painter(subject, side / longer_side(subject), 0);
+    fill_with_stretch(subject.measures, painter);
+    painter.draw_outlines();
     return std::move(painter.canvas());
 }
 

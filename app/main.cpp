@@ -2,13 +2,19 @@
 #include "app/command.h"
 #include "app/exit_code.h"
 #include "app/interrupt.h"
+#include "app/manual.h"
 #include "app/measure_command.h"
 #include "app/options.h"
 #include "app/pack_command.h"
+#include "app/pack_options.h"
+#include "app/report_command.h"
 #include "app/script_command.h"
+#include "app/serve_command.h"
 #include "app/system.h"
 #include "app/unwrap_command.h"
+#include "app/unwrap_options.h"
 #include "app/view_command.h"
+#include "app/view_options.h"
 #include "app/worker_command.h"
 
 #include <cstdio>
@@ -16,14 +22,21 @@
 
 namespace {
 
-constexpr app::Command k_commands[] = {
-    {"unwrap", "give a mesh new texture coordinates", app::unwrap_command},
-    {"pack", "pack the charts that meshes have into one texture", app::pack_command},
-    {"measure", "tell how good a mesh's texture coordinates are", app::measure_command},
-    {"verify", "check that they keep what an unwrap promises", app::verify_command},
-    {"view", "open the desktop window", app::view_command},
-    {"script", "run a script file in the embedded host", app::script_command},
-    {"shell", "a prompt for script statements", app::shell_command},
+const std::vector<app::Command> k_commands = {
+    {"unwrap", "give a mesh new texture coordinates", app::unwrap_command, app::unwrap_help},
+    {"pack", "pack the charts that meshes have into one texture", app::pack_command,
+     app::pack_help},
+    {"measure", "tell how good a mesh's texture coordinates are", app::measure_command,
+     app::measure_help},
+    {"verify", "check that they keep what an unwrap promises", app::verify_command,
+     app::verify_help},
+    {"report", "merge or compare the figures of many meshes", app::report_command,
+     app::report_help},
+    {"serve", "unwrap what other programs ask for, a line of JSON each", app::serve_command,
+     app::serve_help},
+    {"view", "open the desktop window", app::view_command, app::view_help},
+    {"script", "run a script file in the embedded host", app::script_command, app::script_help},
+    {"shell", "a prompt for script statements", app::shell_command, app::shell_help},
 };
 
 const app::Command* find_command(const std::string& name) {
@@ -38,10 +51,12 @@ std::string help() {
                        ": automatic UV unwrapping\n\nusage: tessora COMMAND ...\n\ncommands:\n";
     for (const app::Command& command : k_commands) {
         std::string name = command.name;
-        name.resize(10, ' ');
+        name.resize(11, ' ');
         text += "  " + name + command.summary + "\n";
     }
-    return text + R"(
+    return text + R"(  manual     print the manual page of a command
+  completion print what completes commands and options in bash, zsh or fish
+
   -c TEXT        runs script statements and prints their result
   -h, --help     this text; 'tessora COMMAND --help' for a command's options
   -V, --version  the version, also after a command
@@ -87,6 +102,10 @@ int run(const app::Words& words) {
     }
     if (name == "-c")
         return app::text_command({words.begin() + 1, words.end()});
+    if (name == "manual")
+        return app::manual_command(k_commands, {words.begin() + 1, words.end()});
+    if (name == "completion")
+        return app::completion_command(k_commands, {words.begin() + 1, words.end()});
     if (name == "worker")
         return app::worker_command({});
     const app::Command* command = find_command(name);

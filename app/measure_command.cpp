@@ -85,6 +85,7 @@ OptionTable make_table(Request& request, bool verify) {
     table.add("layout", &request.layout, "FILE.png", "draw a picture of the layout");
     table.add("picture", &request.picture, "KIND",
               "layout (charts, texel grid, gutter), checker or stretch");
+    table.choices({"layout", "checker", "stretch"});
     if (verify)
         table.add(
             "tiles", &request.tiles, "N",
@@ -239,9 +240,7 @@ int run(const Words& words, bool verify) {
     if (!parse(words, verify, request, error))
         return fail(exit_usage, error + "\nsee 'tessora " + name + " --help'");
     if (request.help) {
-        Request defaults;
-        std::printf("%s\n%s%s", verify ? k_verify_usage : k_measure_usage,
-                    make_table(defaults, verify).help().c_str(), k_notes);
+        std::fputs((verify ? verify_help() : measure_help()).text().c_str(), stdout);
         return exit_done;
     }
     host::ObjDocument document;
@@ -269,6 +268,16 @@ int run(const Words& words, bool verify) {
 }
 
 } // namespace
+
+CommandHelp measure_help() {
+    Request defaults;
+    return {k_measure_usage, make_table(defaults, false), k_notes};
+}
+
+CommandHelp verify_help() {
+    Request defaults;
+    return {k_verify_usage, make_table(defaults, true), k_notes};
+}
 
 int measure_command(const Words& words) { return run(words, false); }
 

@@ -12,4 +12,7 @@ int measure_command(const Words& words);
 /// Returns exit_verification and prints the polygons at fault if a guarantee is broken.
 int verify_command(const Words& words);
 
+CommandHelp measure_help();
+CommandHelp verify_help();
+
 } // namespace app

@@ -136,6 +136,10 @@ void OptionTable::add(const std::string& name, Target target, const std::string&
 
 void OptionTable::alias(const std::string& spelling) { rows_.back().alias = spelling; }
 
+void OptionTable::choices(std::vector<std::string> values) {
+    rows_.back().choices = std::move(values);
+}
+
 const OptionTable::Row* OptionTable::find(const std::string& spelling) const {
     for (const Row& row : rows_)
         if (!row.name.empty() && (spelling == "--" + row.name || spelling == row.alias))

@@ -26,6 +26,8 @@ public:
              const std::string& help);
     /// Adds another spelling of the last option, with its dashes ("-o").
     void alias(const std::string& spelling);
+    /// Names the values of the last option, for completion; `parse` accepts others too.
+    void choices(std::vector<std::string> values);
 
     /// Reads the options in `words` and appends the operands to `operands`, in order.
     /// Errors: false with a sentence in `error`; earlier options have been stored by then.
@@ -35,15 +37,18 @@ public:
     /// The help text: headings and options, at most 80 columns wide.
     std::string help() const;
 
-private:
     struct Row {
-        std::string name; // empty for a heading, whose text is in `help`
-        std::string alias;
+        std::string name;  ///< empty for a heading, whose text is in `help`
+        std::string alias; ///< empty if none
         Target target;
-        std::string value_name;
+        std::string value_name; ///< empty for a switch
         std::string help;
         std::string default_text;
+        std::vector<std::string> choices = {};
     };
+    const std::vector<Row>& rows() const { return rows_; }
+
+private:
     const Row* find(const std::string& spelling) const;
     std::string unknown(const std::string& spelling) const;
 

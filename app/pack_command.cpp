@@ -438,7 +438,7 @@ int pack_command(const Words& words) {
         return exit_usage;
     }
     if (request.help) {
-        std::fputs(pack_help().c_str(), stdout);
+        std::fputs(pack_help().text().c_str(), stdout);
         return exit_done;
     }
     return PackRun(request).run();

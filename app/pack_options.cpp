@@ -64,23 +64,23 @@ void add_settings(OptionTable& table, PackRequest& request, Raw& raw) {
     table.heading("settings (defaults in parentheses):");
     table.add("padding", &raw.padding, "TEXELS",
               "gutter between charts, 0 to 256, fractions allowed");
-    table.add("width", &raw.width, "TEXELS", "width of the texture, 8 to 8192");
-    table.add("height", &raw.height, "TEXELS", "height of the texture, 8 to 8192");
+    add_texture_options(table, raw.width, raw.height);
     table.add("from", &raw.from, "WIDTHxHEIGHT",
               "proportions of the texture that the coordinates were made for; those of the new one "
               "if not given");
     table.add("tiles", &raw.tiles, "N",
               "textures to fill, 1 to 100, numbered as UDIM: 1001, 1002, ...");
     table.add("turns", &raw.turns, "WHICH", "how charts may be turned: any, quarter or none");
+    table.choices({"any", "quarter", "none"});
     table.add("align", &request.settings.align, "",
               "turn charts so that most of their straight border is parallel to the axes");
-    table.add("stack", &raw.stack, "WHICH",
-              "charts of one shape share a place: none, congruent, or mirrored as well");
+    add_stack_option(table, raw.stack);
     table.add(
         "density", &raw.density, "DENSITY",
         "as_is: charts keep their relative sizes; uniform: the same number of texels per unit "
         "of length everywhere; a number: that many, and the texture grows by doubling until "
         "all fits, or with --tiles as many tiles as needed are filled");
+    table.choices({"as_is", "uniform"});
     table.add("keep", &raw.keep, "NAMES",
               "charts that stay where they are: names of meshes, objects, groups or materials, "
               "separated by commas");
@@ -102,6 +102,7 @@ OptionTable make_table(PackRequest& request, Raw& raw) {
               "tile's number in the name");
     table.add("picture", &request.picture, "KIND",
               "what the picture shows: layout, checker or stretch");
+    table.choices({"layout", "checker", "stretch"});
     table.add("quiet", &request.quiet, "", "say nothing unless something fails");
     table.add("help", &request.help, "", "show this text");
     add_settings(table, request, raw);
@@ -251,10 +252,21 @@ bool read_stack(const std::string& value, atlas::PackSettings& settings, std::st
     return error.empty();
 }
 
-std::string pack_help() {
+CommandHelp pack_help() {
     PackRequest defaults;
     Raw raw;
-    return std::string(k_usage) + "\n" + make_table(defaults, raw).help() + k_notes;
+    return {k_usage, make_table(defaults, raw), k_notes};
+}
+
+void add_texture_options(OptionTable& table, int& width, int& height) {
+    table.add("width", &width, "TEXELS", "width of the texture, 8 to 8192");
+    table.add("height", &height, "TEXELS", "height of the texture, 8 to 8192");
+}
+
+void add_stack_option(OptionTable& table, std::string& which) {
+    table.add("stack", &which, "WHICH",
+              "charts of one shape share a place: none, congruent, or mirrored as well");
+    table.choices({"none", "congruent", "mirrored"});
 }
 
 bool parse_pack_request(const std::vector<std::string>& words, PackRequest& request,

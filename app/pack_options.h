@@ -1,6 +1,7 @@
 /// The command line of `tessora pack`. To add a flag: a member here, a line in pack_options.cpp.
 #pragma once
 
+#include "app/command_help.h"
 #include "atlas/atlas.h"
 
 #include <string>
@@ -40,7 +41,11 @@ bool read_stack(const std::string& value, tessora::atlas::PackSettings& settings
 bool parse_pack_request(const std::vector<std::string>& words, PackRequest& request,
                         std::string& error);
 
-/// The text of `tessora pack --help`.
-std::string pack_help();
+/// What `tessora pack --help` says.
+CommandHelp pack_help();
+
+/// Options that other commands have as well.
+void add_texture_options(OptionTable& table, int& width, int& height);
+void add_stack_option(OptionTable& table, std::string& which);
 
 } // namespace app

@@ -16,4 +16,12 @@ Canvas draw_layout(const PictureSubject& subject);
 Canvas draw_stretch(const PictureSubject& subject);
 Canvas draw_checker(const PictureSubject& subject);
 
+/// The same without details that need room, in at most `side` x `side` pixels.
+Canvas draw_small_layout(const PictureSubject& subject, int side);
+Canvas draw_small_stretch(const PictureSubject& subject, int side);
+/// The mesh from one corner, in side x side pixels: with a checkerboard of texels, or with its
+/// seams and open borders as lines.
+Canvas draw_small_checker(const PictureSubject& subject, int side);
+Canvas draw_small_seams(const PictureSubject& subject, int side);
+
 } // namespace app

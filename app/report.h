@@ -6,6 +6,7 @@
 #pragma once
 
 #include "app/unwrap_options.h"
+#include "host/io/obj_writer.h"
 
 #include <cstdint>
 #include <optional>
@@ -49,6 +50,7 @@ struct UnwrapReport {
     StageSeconds seconds;
     double peak_mb = 0.0;
     std::string measures; ///< JSON object from measures_json, or ""
+    host::ObjUvs uvs;     ///< of a mesh in the request; not part of the JSON
 };
 
 /// The report as JSON, indented by two blanks, with a line end. Bytes in file names that are not

@@ -74,6 +74,7 @@ void visit_request(Request& r, Visit visit) {
     visit("report", r.report);
     visit("layout", r.layout);
     visit("picture", r.picture);
+    visit("thumbnails", r.thumbnails);
     visit("in_place", r.in_place);
     visit("threads", r.threads);
     visit("max_input", r.max_input);

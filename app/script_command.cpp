@@ -27,7 +27,9 @@ Runs a script file in the embedded host. The arguments are the script's global a
 examples:
   tessora script unwrap_all.mel chair.obj table.obj
   tessora -c 'loadPlugin tessora; polyCube; tessora; file -f -exportAll "cube.obj";'
+)";
 
+constexpr char k_script_notes[] = R"(
 exit codes: 0 done, 1 the script failed, 2 wrong usage, 3 the file cannot be read,
             or the number that the script's `quit -exitCode` gives
 )";
@@ -44,6 +46,14 @@ examples:
   polyEvaluate -uvShell;
   file -force -exportAll "bunny_uv.obj";
 )";
+
+OptionTable help_option() {
+    static bool ignored = false;
+    OptionTable table;
+    table.heading("options:");
+    table.add("help", &ignored, "", "show this text");
+    return table;
+}
 
 bool wants_help(const Words& words) {
     return !words.empty() && (words[0] == "--help" || words[0] == "-h");
@@ -151,13 +161,17 @@ int run_stream() {
 
 } // namespace
 
+CommandHelp script_help() { return {k_script_help, help_option(), k_script_notes}; }
+
+CommandHelp shell_help() { return {k_shell_help, help_option(), ""}; }
+
 int script_command(const Words& words) {
     if (wants_help(words)) {
-        std::fputs(k_script_help, stdout);
+        std::fputs(script_help().text().c_str(), stdout);
         return exit_done;
     }
     if (words.empty()) {
-        std::fputs(k_script_help, stderr);
+        std::fputs(script_help().text().c_str(), stderr);
         return exit_usage;
     }
     prepare();
@@ -178,7 +192,7 @@ int script_command(const Words& words) {
 
 int text_command(const Words& words) {
     if (wants_help(words) && words.size() == 1) {
-        std::fputs(k_script_help, stdout);
+        std::fputs(script_help().text().c_str(), stdout);
         return exit_done;
     }
     if (words.size() != 1) {
@@ -194,7 +208,7 @@ int text_command(const Words& words) {
 
 int shell_command(const Words& words) {
     if (wants_help(words)) {
-        std::fputs(k_shell_help, stdout);
+        std::fputs(shell_help().text().c_str(), stdout);
         return exit_done;
     }
     if (!words.empty()) {

@@ -17,4 +17,7 @@ int text_command(const Words& words);
 /// reads statements from standard input.
 int shell_command(const Words& words);
 
+CommandHelp script_help();
+CommandHelp shell_help();
+
 } // namespace app

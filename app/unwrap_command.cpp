@@ -16,7 +16,7 @@ int unwrap_command(const Words& words) {
         return exit_usage;
     }
     if (request.help) {
-        std::fputs(unwrap_help().c_str(), stdout);
+        std::fputs(unwrap_help().text().c_str(), stdout);
         return exit_done;
     }
     if (request.batch.is_wanted)

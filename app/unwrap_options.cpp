@@ -47,6 +47,8 @@ examples:
       all meshes below a folder, in the same folders below out; only what is new
   tessora unwrap "scans/**/*.obj" --preset lightmap --time_limit 60 --json_lines
       settings by name; a line of JSON a mesh; none takes over a minute
+  tessora unwrap meshes/ --out_dir out --html page
+      page/index.html shows every mesh with its layout, stretch and seams
 )";
 
 constexpr const char* k_notes = R"(
@@ -71,8 +73,7 @@ void add_setting_options(OptionTable& table, UnwrapSettingsRequest& s) {
     table.add("stretch", &s.stretch, "LIMIT",
               "largest stretch of a chart, 0 (none) to 1 (any); charts are cut until they meet it");
     table.add("padding", &s.padding, "TEXELS", "gutter between charts, 0 to 32");
-    table.add("width", &s.width, "TEXELS", "width of the texture, 8 to 8192");
-    table.add("height", &s.height, "TEXELS", "height of the texture, 8 to 8192");
+    add_texture_options(table, s.width, s.height);
     table.add("high_quality", &s.high_quality, "",
               "look for fewer charts and shorter seams; takes longer");
     table.add("keep_seams", &s.keep_seams, "",
@@ -94,8 +95,7 @@ void add_setting_options(OptionTable& table, UnwrapSettingsRequest& s) {
     table.add("align", &s.align, "",
               "turn every chart so that most of its straight border, or its smallest box, is "
               "parallel to the axes");
-    table.add("stack", &s.stack, "WHICH",
-              "charts of one shape share a place: none, congruent, or mirrored as well");
+    add_stack_option(table, s.stack);
     table.add("effort", &s.effort, "N", "time for packing, 0 to 10; each step doubles it");
     table.heading("settings that are carried without effect:");
     table.add("charts", &s.charts, "N", "number of charts, 0 to 64; stretch alone governs");
@@ -122,18 +122,43 @@ void add_batch_options(OptionTable& table, BatchRequest& batch) {
     table.add("shard", &batch.shard, "K/N",
               "only every N-th mesh, from the K-th, K from 0: N such calls do them all");
     table.add("dry_run", &batch.dry_run, "", "list what would be done, and do nothing");
+    table.add("html", &batch.html, "DIR",
+              "write a page with pictures and figures of all meshes: DIR/index.html");
     table.add("json_lines", &batch.json_lines, "",
               "print a JSON object a mesh as it is done, and one at the end");
+}
+
+void add_picture_options(OptionTable& table, UnwrapRequest& request) {
+    table.add("report", &request.report, "FILE.json",
+              "what was done, in figures; on failure the reason");
+    table.add("layout", &request.layout, "FILE.png", "picture of the charts in the texture");
+    table.add("picture", &request.picture, "KIND",
+              "what the picture shows: layout, checker or stretch");
+    table.choices({"layout", "checker", "stretch"});
+    table.add(
+        "view", &request.view, "FILE.png",
+        "picture of the mesh in the model panels, seams on it: kept ones green, new ones blue");
+    table.add("view_panel", &request.view_picture.panel, "NAME",
+              "all four panels, or one: top, front, side, persp");
+    table.choices({"all", "top", "front", "side", "persp"});
+    table.add("view_width", &request.view_picture.width, "PIXELS",
+              "width of that picture, 64 to 8192; it is three quarters as high");
 }
 
 void add_format_options(OptionTable& table, UnwrapRequest& request) {
     table.add("format", &request.format, "NAME",
               "format of the result, obj, gltf, glb or ply, if OUTPUT's name does not tell");
+    std::vector<std::string> names;
+    for (const formats::FormatFacts& facts : formats::all_formats())
+        if (facts.is_written)
+            names.push_back(facts.name);
+    table.choices(names);
     table.add("texcoord", &request.settings.texcoord, "N",
               "glTF: the set TEXCOORD_N gets the result, others stay");
     table.add("ply_uvs", &request.settings.ply_uvs, "PLACE",
               "PLY: coordinates of each corner (face), of vertices, which are split at seams "
               "(vertex), or as_read: where the input has them, else face");
+    table.choices({"as_read", "face", "vertex"});
     table.add("max_input", &request.max_input, "GIB",
               "refuse files that are larger, when inflated");
 }
@@ -147,24 +172,17 @@ OptionTable make_table(UnwrapRequest& request) {
         "in_place", &request.in_place, "",
         "write the result over INPUT; INPUT.bak keeps the original, also when the next --in_place "
         "follows");
-    table.add("report", &request.report, "FILE.json",
-              "what was done, in figures; on failure the reason");
-    table.add("layout", &request.layout, "FILE.png", "picture of the charts in the texture");
-    table.add("picture", &request.picture, "KIND",
-              "what the picture shows: layout, checker or stretch");
-    table.add(
-        "view", &request.view, "FILE.png",
-        "picture of the mesh in the model panels, seams on it: kept ones green, new ones blue");
-    table.add("view_panel", &request.view_picture.panel, "NAME",
-              "all four panels, or one: top, front, side, persp");
-    table.add("view_width", &request.view_picture.width, "PIXELS",
-              "width of that picture, 64 to 8192; it is three quarters as high");
+    add_picture_options(table, request);
     add_format_options(table, request);
     table.add("beside", &request.beside, "",
               "write report and picture beside OUTPUT, as its name with .json and .png");
     table.add("preset", &request.preset, "NAME",
               "start from these settings: a name from the list below, or a JSON file of settings "
               "(a report will do); other options go on from there");
+    std::vector<std::string> names;
+    for (const Preset& preset : presets())
+        names.push_back(preset.name);
+    table.choices(names);
     table.add(
         "threads", &request.threads, "N",
         "threads that one mesh is unwrapped on; 0: one a processor. The result does not depend "
@@ -330,13 +348,13 @@ std::string output_extension(const UnwrapRequest& request, const std::string& in
 
 std::string backup_name(const std::string& input) { return input + ".bak"; }
 
-std::string unwrap_help() {
+CommandHelp unwrap_help() {
     UnwrapRequest defaults;
     std::string notes = k_notes, list;
     for (const Preset& preset : presets())
         list += std::string("\n  ") + preset.name + ": " + preset.summary;
     notes.replace(notes.find("PRESETS"), 7, list);
-    return std::string(k_usage) + "\n" + make_table(defaults).help() + notes;
+    return {k_usage, make_table(defaults), notes};
 }
 
 namespace {
@@ -404,26 +422,13 @@ bool asks_for_batch(const UnwrapRequest& r, const std::vector<std::string>& oper
     std::error_code failure;
     return operands.size() > 1 || !b.list.empty() || !b.out_dir.empty() || !b.suffix.empty() ||
            b.jobs != 0 || b.skip_existing || b.dry_run || b.json_lines || b.fail_fast ||
-           !b.keep_going || b.time_limit != 0.0 || !b.shard.empty() ||
+           !b.keep_going || b.time_limit != 0.0 || !b.shard.empty() || !b.html.empty() ||
            (operands.size() == 1 && (std::filesystem::is_directory(operands[0], failure) ||
                                      (is_glob(operands[0]) && !file_exists(operands[0]))));
 }
 
-} // namespace
-
-bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& request,
-                          std::string& error) {
-    std::vector<std::string> operands;
-    if (!parse_words(words, request, operands, error))
-        return false;
-    if (request.help)
-        return true;
-    request.batch.is_wanted = asks_for_batch(request, operands);
-    if ((operands.empty() && request.batch.list.empty()) ||
-        std::count(operands.begin(), operands.end(), "")) {
-        error = "which mesh? unwrap needs an INPUT file";
-        return false;
-    }
+/// Checks the values that one mesh and several have in common.
+bool check_values(UnwrapRequest& request, std::string& error) {
     PictureKind kind;
     if (!picture_kind(request.picture, kind)) {
         error = "--picture: '" + request.picture + "' is not layout, checker or stretch";
@@ -440,14 +445,34 @@ bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& 
     check_ranges(request.settings, request.warnings);
     check_range("view_width", request.view_picture.width, 64, 8192, request.warnings);
     request.view_picture.width = std::max(64, std::min(request.view_picture.width, 8192));
-    if (!check_format(request, error))
+    return check_format(request, error);
+}
+
+} // namespace
+
+bool check_unwrap_request(UnwrapRequest& request, std::string& error) {
+    return check_values(request, error) && (request.mesh || settle_output(request, error));
+}
+
+bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& request,
+                          std::string& error) {
+    std::vector<std::string> operands;
+    if (!parse_words(words, request, operands, error))
         return false;
+    if (request.help)
+        return true;
+    request.batch.is_wanted = asks_for_batch(request, operands);
+    if ((operands.empty() && request.batch.list.empty()) ||
+        std::count(operands.begin(), operands.end(), "")) {
+        error = "which mesh? unwrap needs an INPUT file";
+        return false;
+    }
     if (request.batch.is_wanted) {
         request.batch.operands = operands;
-        return check_batch(request, error);
+        return check_values(request, error) && check_batch(request, error);
     }
     request.input = operands[0];
-    return settle_output(request, error);
+    return check_unwrap_request(request, error);
 }
 
 } // namespace app

@@ -2,10 +2,15 @@
 /// unwrap_options.cpp.
 #pragma once
 
+#include "app/command_help.h"
 #include "app/panel_view.h"
 
 #include <string>
 #include <vector>
+
+namespace host {
+struct ObjDocument;
+}
 
 namespace app {
 
@@ -49,6 +54,7 @@ struct BatchRequest {
     bool keep_going = true;
     bool fail_fast = false;
     double time_limit = 0.0; ///< seconds a mesh; 0 for none
+    std::string html;        ///< folder of the page; empty if not requested
     std::string shard;       ///< "K/N", or empty
     int shard_index = 0, shard_count = 1;
     bool is_wanted = false; ///< there are several meshes, or an option asks for a batch
@@ -57,13 +63,15 @@ struct BatchRequest {
 struct UnwrapRequest {
     UnwrapSettingsRequest settings;
     BatchRequest batch;
-    std::string preset; ///< a name or a file; empty if none
-    std::string input;  ///< "-" is standard input
-    std::string output; ///< "-" is standard output
-    std::string report; ///< empty if not requested
-    std::string layout; ///< empty if not requested
+    std::string preset;                      ///< a name or a file; empty if none
+    std::string input;                       ///< "-" is standard input
+    const host::ObjDocument* mesh = nullptr; ///< instead of input and output; null if none
+    std::string output;                      ///< "-" is standard output
+    std::string report;                      ///< empty if not requested
+    std::string layout;                      ///< empty if not requested
     std::string picture = "layout";
-    std::string view; ///< empty if not requested
+    std::string view;       ///< empty if not requested
+    std::string thumbnails; ///< folder of the thumbnails; empty if not requested
     PanelPictureRequest view_picture;
     int threads = 0;        ///< that one mesh is unwrapped on; 0 for one a processor
     std::string format;     ///< of the result; empty for that of the output's or the input's name
@@ -81,8 +89,13 @@ struct UnwrapRequest {
 bool parse_unwrap_request(const std::vector<std::string>& words, UnwrapRequest& request,
                           std::string& error);
 
-/// The text of `tessora unwrap --help`.
-std::string unwrap_help();
+/// Checks the values and file names of a request for one mesh, fills in default names, and adds
+/// warnings about what does not count as given.
+/// Errors: false with a sentence in `error`.
+bool check_unwrap_request(UnwrapRequest& request, std::string& error);
+
+/// What `tessora unwrap --help` says.
+CommandHelp unwrap_help();
 
 /// Warnings about the settings among the words: values out of range, and settings without effect.
 /// Stops at a word that is no setting.

@@ -8,9 +8,11 @@
 #include "app/interrupt.h"
 #include "app/layout_picture.h"
 #include "app/measure_layout.h"
+#include "app/mesh_rows.h"
 #include "app/panel_view.h"
 #include "app/progress_display.h"
 #include "app/system.h"
+#include "app/thumbnails.h"
 #include "app/unwrap_driver.h"
 #include "app/unwrap_packing.h"
 #include "formats/mesh_file.h"
@@ -20,6 +22,7 @@
 #include <chrono>
 #include <cstdio>
 #include <new>
+#include <nlohmann/json.hpp>
 
 namespace app {
 namespace {
@@ -56,6 +59,7 @@ private:
     bool verify();
     bool write_mesh();
     bool write_picture();
+    bool write_thumbnails();
     bool publish();
     measure::Texture texture() const {
         return {double(outcome_.settings.width), double(outcome_.settings.height)};
@@ -72,7 +76,7 @@ private:
     formats::WriteOptions write_options_;
     UnwrapOutcome outcome_;
     Judgement judgement_;
-    AtomicFile mesh_file_, layout_file_, view_file_, report_file_, backup_file_;
+    AtomicFile mesh_file_, layout_file_, view_file_, thumbnails_file_, report_file_, backup_file_;
     std::string view_png_; ///< drawn while the mesh is in the scene
     std::string view_error_;
     bool tried_ = false; ///< the mesh was unwrapped, so the user has seen the warnings about it
@@ -107,6 +111,10 @@ bool UnwrapRun::fail(int code, const std::string& reason) {
 
 bool UnwrapRun::read() {
     const Stopwatch watch;
+    if (request_.mesh) {
+        file_.document = *request_.mesh;
+        return true;
+    }
     if (const std::string refusal = input_refusal(request_.input); !refusal.empty())
         return fail(exit_input, refusal);
     progress_.begin_stage("reading");
@@ -143,7 +151,7 @@ bool UnwrapRun::open_backup(std::string& error) {
 /// Opens all outputs before the work, so that an unwritable one is not found only after it.
 bool UnwrapRun::open_outputs() {
     std::string error;
-    const bool good = mesh_file_.open(request_.output, error) &&
+    const bool good = (request_.mesh || mesh_file_.open(request_.output, error)) &&
                       (!request_.in_place || open_backup(error)) &&
                       (request_.layout.empty() || layout_file_.open(request_.layout, error)) &&
                       (request_.view.empty() || view_file_.open(request_.view, error)) &&
@@ -265,6 +273,10 @@ bool UnwrapRun::verify() {
 }
 
 bool UnwrapRun::write_mesh() {
+    if (request_.mesh) {
+        report_.uvs = outcome_.uvs;
+        return true;
+    }
     progress_.begin_stage("writing");
     std::string text, error;
     if (!formats::format_mesh(file_, outcome_.uvs, request_.output, write_options_, text, error))
@@ -291,6 +303,21 @@ bool UnwrapRun::write_picture() {
     return true;
 }
 
+bool UnwrapRun::write_thumbnails() {
+    if (request_.thumbnails.empty())
+        return true;
+    const std::string name = thumbnails_name(nlohmann::ordered_json::parse(to_json(report_)));
+    const std::string path = request_.thumbnails + "/" + name;
+    if (file_exists(path)) // of the same result
+        return true;
+    std::string png, error;
+    const PictureSubject subject = {judgement_.layout, judgement_.measures, texture(),
+                                    double(outcome_.settings.padding)};
+    return (thumbnails_file_.open(path, error) && draw_thumbnails(subject, png, error) &&
+            thumbnails_file_.write(png, error)) ||
+           fail(exit_output, error);
+}
+
 /// All files are complete. Pipes and devices come first: they can fail or block for long, so they
 /// must be interruptible, and no file may have changed by then. Signals are blocked during the
 /// renames. The mesh comes last, so that it is unchanged unless everything else succeeded.
@@ -299,10 +326,10 @@ bool UnwrapRun::publish() {
     std::string error;
     if (report_file_.is_open() && !report_file_.write(to_json(report_), error))
         return fail(exit_output, error);
-    AtomicFile* const files[] = {&backup_file_, &layout_file_, &view_file_, &report_file_,
-                                 &mesh_file_};
+    AtomicFile* const files[] = {&backup_file_,     &layout_file_, &view_file_,
+                                 &thumbnails_file_, &report_file_, &mesh_file_};
     for (AtomicFile* file : files)
-        if (file->is_direct() && !file->commit(error))
+        if (file->is_open() && file->is_direct() && !file->commit(error))
             return fail(exit_output, error);
     const SignalsHeld held;
     for (AtomicFile* file : files)
@@ -317,6 +344,7 @@ void UnwrapRun::write_failure_report() {
     backup_file_.discard();
     layout_file_.discard();
     view_file_.discard();
+    thumbnails_file_.discard();
     if (request_.report.empty())
         return;
     report_.result.reset();
@@ -352,7 +380,7 @@ int UnwrapRun::run() {
     bool good = read() && open_outputs() && unwrap() && repack() && verify();
     if (good) {
         const Stopwatch writing;
-        good = write_mesh() && write_picture();
+        good = write_mesh() && write_picture() && write_thumbnails();
         report_.seconds.write = writing.seconds();
         good = good && publish();
     }

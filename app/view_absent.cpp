@@ -11,7 +11,7 @@ int view_command(const Words& words) {
     ViewRequest request;
     std::string error;
     if (parse_view_request(words, request, error) && request.wants_help) {
-        std::fputs(view_help().c_str(), stdout);
+        std::fputs(view_help().text().c_str(), stdout);
         return exit_done;
     }
     say("this build has no window: it was made without GLFW and Dear ImGui "

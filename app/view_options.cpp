@@ -15,7 +15,6 @@ constexpr char k_usage[] = R"(usage: tessora view [FILE] [options]
 Opens the desktop window with FILE (.obj, .ma or .mel): four model panels, the texture with its
 charts, the plug-in's menus and dialogs, undo and redo, a script console. Files can be dropped on it.
 F1 shows the keyboard shortcuts.
-
 )";
 
 constexpr char k_examples[] = R"(
@@ -38,6 +37,7 @@ OptionTable table_of(ViewRequest& request, TypedWords& typed) {
     table.add("exec", &typed.statements, "TEXT", "script statements to run once the file is open");
     table.add("display", &request.display, "NAME",
               "plain, charts, checker or stretch, in the texture and on the mesh (charts)");
+    table.choices({"plain", "charts", "checker", "stretch"});
     table.add("screenshot", &request.screenshot, "FILE.png",
               "write a picture of the window, then close it");
     table.add("places", &request.places, "FILE",
@@ -101,10 +101,10 @@ bool parse_view_request(const std::vector<std::string>& words, ViewRequest& requ
     return error.empty();
 }
 
-std::string view_help() {
+CommandHelp view_help() {
     ViewRequest request;
     TypedWords typed;
-    return k_usage + table_of(request, typed).help() + k_examples;
+    return {k_usage, table_of(request, typed), k_examples};
 }
 
 } // namespace app

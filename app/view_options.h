@@ -1,6 +1,8 @@
 /// The command line of `tessora view`, which every build explains, with a window or without.
 #pragma once
 
+#include "app/command_help.h"
+
 #include <string>
 #include <vector>
 
@@ -21,6 +23,6 @@ struct ViewRequest {
 bool parse_view_request(const std::vector<std::string>& words, ViewRequest& request,
                         std::string& error);
 /// The text of `tessora view --help`.
-std::string view_help();
+CommandHelp view_help();
 
 } // namespace app

@@ -45,6 +45,13 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/scripts DESTINATION ${share} COMPONENT p
 install(FILES README.md CHANGELOG.md LICENSE docs/maya.md DESTINATION ${doc_dir} COMPONENT product)
 if(NOT WIN32)
     install(FILES packaging/copyright DESTINATION ${doc_dir} COMPONENT product)
+    install(PROGRAMS packaging/slurm/unwrap_array.sh packaging/slurm/unwrap_parallel.sh
+        DESTINATION ${share}/farm COMPONENT product)
+    install(FILES packaging/openjd/tessora_unwrap.json DESTINATION ${share}/farm COMPONENT product)
+endif()
+
+if(NOT CMAKE_CROSSCOMPILING)
+    include(cmake/manual.cmake)
 endif()
 
 # The bill of materials is written during installation, because it reads what the finished build linked. It

@@ -18,7 +18,7 @@ int view_command(const Words& words) {
         return exit_usage;
     }
     if (request.wants_help) {
-        std::fputs(view_help().c_str(), stdout);
+        std::fputs(view_help().text().c_str(), stdout);
         return exit_done;
     }
     std::error_code failure;

@@ -237,8 +237,9 @@ TEST_F(BatchProgram, ResultThatItsFormatForbidsFailsBeforeTheWork) {
     dir.put("in/m.obj.gz", "x");
     const Ended ended = batch({"--format", "glb"});
     EXPECT_EQ(1, ended.code);
-    EXPECT_NE(ended.err.npos, ended.err.find("code 2: " + dir.path("out/cube.glb") +
-                                             ": an OBJ file cannot be written in this format"))
+    EXPECT_NE(ended.err.npos,
+              ended.err.find("code 2: " + dir.path("out/cube.glb") +
+                             ": a mesh read as OBJ cannot be written in this format"))
         << ended.err;
 }
 

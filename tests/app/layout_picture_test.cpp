@@ -1,5 +1,6 @@
 #include "app/layout_picture.h"
 #include "app/picture_parts.h"
+#include "app/thumbnails.h"
 #include "tests/measure/layouts.h"
 
 #include <cstring>
@@ -197,4 +198,52 @@ TEST(CanvasTriangles, AdjacentTrianglesCoverEveryPixelExactlyOnce) {
     }
     for (int hit : hits)
         ASSERT_EQ(hit, 1);
+}
+
+TEST(Thumbnails, AreFourSquaresInARow) {
+    const measure::Layout layout = cube_net();
+    const measure::Texture texture = {512, 256};
+    const measure::Measures measures = measure::measure(layout, texture);
+    std::string png, error;
+    ASSERT_TRUE(draw_thumbnails({layout, measures, texture, 2.0}, png, error)) << error;
+    const Picture picture = decode(png);
+    EXPECT_EQ(picture.width, 4 * k_thumbnail_side);
+    EXPECT_EQ(picture.height, k_thumbnail_side);
+    const Colour surround = picture.at(1, 1); // above the texture, which is half as high as wide
+    for (int part = 0; part < 4; ++part) {
+        size_t drawn = 0;
+        for (int y = 0; y < picture.height; ++y)
+            for (int x = 0; x < k_thumbnail_side; ++x)
+                drawn += !(picture.at(part * k_thumbnail_side + x, y) == surround);
+        EXPECT_GT(drawn, size_t(k_thumbnail_side * k_thumbnail_side / 8)) << part;
+    }
+}
+
+TEST(Thumbnails, ShowSeamsOnTheMesh) {
+    const measure::Layout layout = cube_net();
+    const measure::Texture texture = {64, 64};
+    const measure::Measures measures = measure::measure(layout, texture);
+    const Canvas seams = draw_small_seams({layout, measures, texture, 2.0}, 128);
+    size_t blue = 0;
+    for (int y = 0; y < 128; ++y)
+        for (int x = 0; x < 128; ++x)
+            blue += seams.at(x, y) == Colour{30, 80, 235};
+    EXPECT_GT(blue, 50u);
+}
+
+TEST(Thumbnails, StayBelowTheLimitWhereEveryPixelIsAnother) {
+    measure::Layout layout;
+    uint32_t random = 1;
+    for (int i = 0; i < 4096; ++i) { // small charts of random size all over the texture
+        random = random * 1664525u + 1013904223u;
+        const float x = float(i % 64) / 64, y = float(i / 64) / 64;
+        const float size = float(random >> 24) / 256 / 64;
+        add_polygon(layout, rectangle(64 * x, 64 * y, 64 * x + 1, 64 * y + 1),
+                    rectangle(x, y, x + size, y + size));
+    }
+    const measure::Texture texture = {512, 512};
+    const measure::Measures measures = measure::measure(layout, texture);
+    std::string png, error;
+    ASSERT_TRUE(draw_thumbnails({layout, measures, texture, 2.0}, png, error)) << error;
+    EXPECT_LE(png.size(), k_thumbnails_limit);
 }

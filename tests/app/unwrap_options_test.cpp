@@ -138,7 +138,7 @@ TEST(UnwrapOptions, NamesThatStartWithADashAreAcceptedAfterADoubleDash) {
 TEST(UnwrapOptions, HelpNeedsNoInput) { EXPECT_TRUE(parsed({"--help"}).help); }
 
 TEST(UnwrapOptions, HelpListsEveryOptionAndThoseWithoutEffect) {
-    const std::string help = app::unwrap_help();
+    const std::string help = app::unwrap_help().text();
     for (const char* name : {"mapchannel",
                              "charts",
                              "stretch",

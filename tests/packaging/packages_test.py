@@ -90,6 +90,11 @@ class Packages(unittest.TestCase):
         shipped = {path.name for path in (self.moved / "share/tessora/scripts").glob("*.mel")}
         self.assertLessEqual({"tessoraCreateUI.mel", "tessoraDeleteUI.mel", "tessoraMenuItemClicked.mel"}, shipped)
 
+    def test_archive_contains_the_manual_and_completion(self):
+        for name in ("man/man1/tessora.1", "man/man1/tessora-unwrap.1", "bash-completion/completions/tessora",
+                     "zsh/vendor-completions/_tessora", "fish/vendor_completions.d/tessora.fish"):
+            self.assertIn("tessora", (self.moved / "share" / name).read_text(), name)
+
     def test_another_project_builds_against_the_packaged_engine(self):
         use_engine(self, self.moved, CMAKE, lambda folder: [folder / "consumer"])
 
