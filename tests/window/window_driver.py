@@ -142,7 +142,7 @@ class Window:
         """Types a statement into the console and waits for a new match of `wanted` in the log."""
         count = len(re.findall(wanted, self.said()))
         self.key("F5")
-        self.wait(lambda: self.place("console/field/active"), "the console to listen")
+        self.key_until("F5", "console/field/active")  # the first may come before the window listens
         self.type(text)
         self.key("Return")
         self.wait(lambda: len(re.findall(wanted, self.said())) > count,
