@@ -66,12 +66,12 @@ struct Moments {
     double deviation() const {
         return 4 * min_variance() + 0.05 * std::max(0.0, 1 - length(normal) / area);
     }
-    /// Priority of merging; `shape` is 1 for a flat disk and grows with an irregular outline.
     /// Up to where deviation() may grow: interpolated, in the inverse, by the mean hardness.
     double max_deviation() const {
         const double hardness = hard_area / area;
         return 1 / ((1 - hardness) / k_max_smooth_deviation + hardness / k_max_hard_deviation);
     }
+    /// Priority of merging; `shape` is 1 for a flat disk and grows with an irregular outline.
     double cost(double deviation) const {
         const double shape = perimeter * perimeter / (12.566370614359172 * area);
         return (deviation + 0.002) * shape * shape * shape;

@@ -207,11 +207,7 @@ bool Merger::try_pair(uint32_t a, uint32_t b) {
     for (size_t i = 0; i < runs.size() && i < max_tries; ++i) {
         if (i > 0 && runs[i].length < k_second_run * runs[0].length)
             break;
-        if (try_run(a, b, runs[i], round_ == Round::exact))
-            return true;
-        // What shares several sides, as those of a box do, may unfold along one of them.
-        if (round_ == Round::free && runs[i].count > 1 && is_undistorted(a) && is_undistorted(b) &&
-            try_run(a, b, runs[i], true))
+        if (try_run(a, b, runs[i]))
             return true;
     }
     return false;
@@ -219,18 +215,18 @@ bool Merger::try_pair(uint32_t a, uint32_t b) {
 
 /// One merge: cheap refusals first, then gluing and solving, which are taken back if the joined
 /// chart is not legal or not worth it.
-bool Merger::try_run(uint32_t a, uint32_t b, const BorderRun& run, bool matching) {
+bool Merger::try_run(uint32_t a, uint32_t b, const BorderRun& run) {
     constexpr double k_preview_residual = 0.05; // relative to the arc; with larger residuals the
                                                 // preview is too rough for quality mode to trust
     take_arc(a, b, run);
-    if (matching)
+    if (round_ == Round::exact)
         keep_matching_part();
     arc_.length = 0;
     for (uint32_t h : arc_.edges)
         arc_.length += set_.surface.edge_length(h);
     Rigid motion;
     const double residual = align(motion);
-    if (!sides_fit(residual, matching))
+    if (!sides_fit(residual))
         return false;
     Chart joined;
     splice_border(joined);

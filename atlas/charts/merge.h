@@ -37,7 +37,7 @@ public:
     Merger(Flattener& flattener, const MergeOptions& options);
     /// Which merges a round looks for.
     enum class Round {
-        exact, ///< hard surfaces only: arcs along which both charts match without any solving
+        exact, ///< arcs along which both charts match without any solving
         free   ///< any merge whose stretch stays within the limit
     };
     /// Merges until no pair is left. False if the callback asked to stop.
@@ -110,7 +110,7 @@ private:
     bool borders_chart(uint32_t h, uint32_t b) const;
     void find_runs_of_loop(uint32_t a, uint32_t b, uint32_t loop,
                            std::vector<BorderRun>& runs) const;
-    bool try_run(uint32_t a, uint32_t b, const BorderRun& run, bool matching);
+    bool try_run(uint32_t a, uint32_t b, const BorderRun& run);
     void commit(Chart&& joined);
     bool zip_edge(uint32_t h);
     double hardness(uint32_t a, uint32_t b) const;
@@ -119,8 +119,7 @@ private:
     void list_arc_nodes();
     void keep_matching_part();
     double align(Rigid& motion) const;
-    bool sides_fit(double residual, bool matching) const;
-    bool is_undistorted(uint32_t chart) const;
+    bool sides_fit(double residual) const;
     void splice_border(Chart& joined) const;
     void preview_outline(const Chart& joined, const Rigid& motion);
     Box box_of(const Outline& outline) const;

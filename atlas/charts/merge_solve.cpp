@@ -11,8 +11,6 @@ namespace {
 
 /// Maximum residual of aligning the two sides of an arc, relative to the arc's length.
 constexpr double k_max_residual = 0.25;
-/// What counts as no residual, relative to the arc's length, and as no stretch.
-constexpr double k_exact = 1e-5;
 /// Maximum residual in the exact round, relative to the arc's length.
 constexpr double k_max_exact_residual = 1e-4;
 /// Minimum length of an arc in the exact round, relative to the shorter of the two borders.
@@ -148,14 +146,15 @@ double Merger::align(Rigid& motion) const {
     return fit_rigid(from, to, weight, motion);
 }
 
-/// Whether the aligned sides of the arc lie close enough together. Of matching parts, those that
-/// are short against the borders of both charts are refused too.
-bool Merger::sides_fit(double residual, bool matching) const {
-    if (residual < 0 || residual > (matching ? k_max_exact_residual : k_max_residual) * arc_.length)
+/// Whether the aligned sides of the arc lie close enough together. The exact round also refuses
+/// arcs that are short against the borders of both charts.
+bool Merger::sides_fit(double residual) const {
+    const bool exact = round_ == Round::exact;
+    if (residual < 0 || residual > (exact ? k_max_exact_residual : k_max_residual) * arc_.length)
         return false;
     const double shorter =
         std::min(set_.charts[arc_.a].border_length, set_.charts[arc_.b].border_length);
-    return !matching || arc_.length >= k_min_exact_arc * shorter;
+    return !exact || arc_.length >= k_min_exact_arc * shorter;
 }
 
 /// The border that both charts will have once the arc is glued. Its last loop is the one that the
@@ -241,11 +240,11 @@ Box Merger::box_of(const Outline& outline) const {
 
 /// Whether gluing unfolds undistorted charts without distorting them.
 bool Merger::is_exact(double residual) const {
-    return residual < k_exact * arc_.length && is_undistorted(arc_.a) && is_undistorted(arc_.b);
-}
-
-bool Merger::is_undistorted(uint32_t chart) const {
-    return set_.charts[chart].stretch.l2() < 1 + k_exact;
+    constexpr double k_tolerance = 1e-5;
+    const auto undistorted = [&](uint32_t chart) {
+        return set_.charts[chart].stretch.l2() < 1 + k_tolerance;
+    };
+    return residual < k_tolerance * arc_.length && undistorted(arc_.a) && undistorted(arc_.b);
 }
 
 /// Refuses unions whose box would waste the texture. Lengths are measured in sides of the square

@@ -74,7 +74,9 @@ bool merge_charts(ChartStages& stages, Merger& merger, ProgressMeter& progress) 
             break;
         begin = end;
     }
-    return true;
+    // What shares several sides, such as two faces of a solid, may unfold along one of them.
+    terms.min_hardness = 0;
+    return merger.run(Merger::Round::exact, terms, progress);
 }
 
 /// Where any stretch is allowed, a component that is open as a disk or a planar ring needs no

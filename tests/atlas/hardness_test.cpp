@@ -70,6 +70,45 @@ TestMesh open_box() {
     return mesh;
 }
 
+/// A staircase: square quads of size 1 in a row, at right angles to each other.
+TestMesh stairs(uint32_t steps) {
+    TestMesh mesh;
+    for (uint32_t i = 0; i <= steps; ++i)
+        for (float y : {0.0f, 1.0f})
+            mesh.vertex(float((i + 1) / 2), y, float(i / 2));
+    for (uint32_t i = 0; i < steps; ++i)
+        mesh.polygon({2 * i, 2 * i + 2, 2 * i + 3, 2 * i + 1});
+    mesh.connect();
+    return mesh;
+}
+
+/// Half a sphere of `sides` x `rings` flat quads, each divided into four, open at both ends.
+TestMesh faceted_dome(uint32_t sides, uint32_t rings) {
+    TestMesh mesh;
+    const uint32_t columns = 2 * sides;
+    const auto corner = [&](uint32_t i, uint32_t j, int k) {
+        const double a = 6.283185307 * double(i % sides) / sides, b = 1.3 * double(j) / rings;
+        return float(k == 2 ? std::sin(b) : std::cos(b) * (k == 0 ? std::cos(a) : std::sin(a)));
+    };
+    for (uint32_t j = 0; j <= 2 * rings; ++j)
+        for (uint32_t i = 0; i < columns; ++i) {
+            float p[3] = {0, 0, 0};
+            for (uint32_t dj : {j / 2, (j + 1) / 2})
+                for (uint32_t di : {i / 2, (i + 1) / 2})
+                    for (int k = 0; k < 3; ++k)
+                        p[k] += corner(di, dj, k) / 4;
+            mesh.vertex(p[0], p[1], p[2]);
+        }
+    for (uint32_t j = 0; j < 2 * rings; ++j)
+        for (uint32_t i = 0; i < columns; ++i) {
+            const uint32_t next = (i + 1) % columns;
+            mesh.polygon({j * columns + i, j * columns + next, (j + 1) * columns + next,
+                          (j + 1) * columns + i});
+        }
+    mesh.connect();
+    return mesh;
+}
+
 uint32_t charts_at(const TestMesh& mesh, float stretch, Quality quality) {
     Options options;
     options.max_stretch = stretch;
@@ -126,6 +165,33 @@ TEST(StretchLimit, MoreStretchNeverTakesMoreChartsAtTheStepsOfMerging) {
             EXPECT_LE(charts, before) << "at " << stretch;
             before = charts;
         }
+    }
+}
+
+TEST(StretchLimit, TheMoreIsAllowedTheLongerMayChartsBe) {
+    const TestMesh strip = stairs(40); // unfolds without any stretch
+    for (Quality quality : {Quality::fast, Quality::quality}) {
+        uint32_t before = strip.faces();
+        for (float stretch : {0.15f, 0.3f, 0.5f, 1.0f}) {
+            const uint32_t charts = charts_at(strip, stretch, quality);
+            EXPECT_LT(charts, before) << "at " << stretch;
+            before = charts;
+        }
+        EXPECT_EQ(before, 1u);
+    }
+}
+
+TEST(StretchLimit, TheMoreIsAllowedTheLessAreFlatPiecesKept) {
+    const TestMesh dome = faceted_dome(6, 2); // its facets do not unfold around a corner
+    ASSERT_EQ(lowest(hardness_of(dome)), 1.0f);
+    for (Quality quality : {Quality::fast, Quality::quality}) {
+        uint32_t before = dome.faces();
+        for (float stretch : {0.15f, 0.3f, 0.5f}) {
+            const uint32_t charts = charts_at(dome, stretch, quality);
+            EXPECT_LT(charts, before) << "at " << stretch;
+            before = charts;
+        }
+        EXPECT_EQ(before, 1u);
     }
 }
 
