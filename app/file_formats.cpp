@@ -105,7 +105,7 @@ std::pair<std::string, std::string> split_name(const std::string& path) {
 
 bool is_mesh_file(const std::string& path) {
     formats::Format format;
-    return formats::format_of(path, format);
+    return formats::format_of(path, format) && formats::facts_of(format).is_read;
 }
 
 std::string input_refusal(const std::string& path) {

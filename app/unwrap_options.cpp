@@ -147,7 +147,7 @@ void add_picture_options(OptionTable& table, UnwrapRequest& request) {
 
 void add_format_options(OptionTable& table, UnwrapRequest& request) {
     table.add("format", &request.format, "NAME",
-              "format of the result, obj, gltf, glb or ply, if OUTPUT's name does not tell");
+              "format of the result, obj, gltf, glb, ply or fbx, if OUTPUT's name does not tell");
     std::vector<std::string> names;
     for (const formats::FormatFacts& facts : formats::all_formats())
         if (facts.is_written)

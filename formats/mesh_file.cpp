@@ -1,9 +1,10 @@
 #include "formats/mesh_file.h"
 
 #include "formats/gzip.h"
+#include "formats/model_readers.h"
+#include "formats/model_writers.h"
 
 #include <cctype>
-#include <charconv>
 #include <filesystem>
 #include <new>
 
@@ -13,12 +14,6 @@ namespace {
 std::string lower_case(std::string text) {
     for (char& c : text)
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
-}
-
-std::string upper_case(std::string text) {
-    for (char& c : text)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     return text;
 }
 
@@ -47,39 +42,6 @@ Format output_format(const MeshFile& file, const std::string& output, const Writ
             if (options.format == facts.name)
                 format = facts.format;
     return format;
-}
-
-void append_number(float value, std::string& text) {
-    char digits[32];
-    text += ' ';
-    text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
-}
-
-/// An OBJ file of the mesh alone: positions, texture coordinates, polygons.
-std::string plain_obj(const host::ObjDocument& document, const host::ObjUvs& uvs) {
-    std::string text;
-    for (size_t v = 0; v < document.vertex_count(); ++v) {
-        text += 'v';
-        for (size_t k = 0; k < 3; ++k)
-            append_number(document.positions[3 * v + k], text);
-        text += '\n';
-    }
-    for (size_t i = 0; i < uvs.u.size(); ++i) {
-        text += "vt";
-        append_number(uvs.u[i], text);
-        append_number(uvs.v[i], text);
-        text += '\n';
-    }
-    for (size_t p = 0; p < document.polygon_count(); ++p) {
-        text += 'f';
-        for (uint32_t c = document.corner_begin[p]; c < document.corner_begin[p + 1]; ++c) {
-            text += ' ' + std::to_string(document.corner_vertex[c] + 1);
-            if (uvs.corner_uv[c] >= 0)
-                text += '/' + std::to_string(uvs.corner_uv[c] + 1);
-        }
-        text += '\n';
-    }
-    return text;
 }
 
 bool refuse(host::IoError::Kind kind, const std::string& message, host::IoError& error) {
@@ -132,37 +94,83 @@ bool parse(const std::string& name, std::string bytes, const ReadOptions& option
     return good;
 }
 
-/// Texture coordinates that some corner uses, in their order, for writers that write them all.
-host::ObjUvs used_only(const host::ObjUvs& uvs) {
-    host::ObjUvs used;
-    std::vector<int32_t> number(uvs.u.size(), -1);
-    for (const int32_t id : uvs.corner_uv)
-        if (id >= 0)
-            number[size_t(id)] = 0;
-    for (size_t i = 0; i < number.size(); ++i)
-        if (number[i] == 0) {
-            number[i] = static_cast<int32_t>(used.u.size());
-            used.u.push_back(uvs.u[i]);
-            used.v.push_back(uvs.v[i]);
-        }
-    for (const int32_t id : uvs.corner_uv)
-        used.corner_uv.push_back(id < 0 ? -1 : number[size_t(id)]);
-    return used;
+/// Whether a result in this format is the input with changes, not a new file.
+bool is_patched(const MeshFile& file, Format format) {
+    const auto family = [](Format f) { return f == Format::glb ? Format::gltf : f; };
+    return family(file.format) == family(format);
+}
+
+std::string data_uri(const std::string& buffer) {
+    return "data:application/octet-stream;base64," + to_base64(buffer);
+}
+
+bool format_new(const MeshFile& file, const host::ObjUvs& uvs, Format format,
+                const WriteOptions& options, std::string& bytes, std::string& error) {
+    Model model;
+    if (!model_of(file, uvs, model, error))
+        return false;
+    if (format == Format::obj)
+        return model_to_obj(model, bytes, error);
+    if (format == Format::ply)
+        return model_to_ply(model, options.ply_uvs, bytes, error);
+    if (format == Format::fbx)
+        return model_to_fbx(model, bytes, error);
+    GltfFile result = model_to_gltf(model);
+    if (format == Format::glb)
+        return write_glb(result, bytes, error);
+    result.json["buffers"][0]["uri"] = data_uri(result.buffers[0]);
+    bytes = write_gltf_text(result);
+    return true;
+}
+
+bool format_patched(const MeshFile& file, const host::ObjUvs& uvs, Format format,
+                    const WriteOptions& options, std::string& bytes, std::string& error) {
+    if (file.format == Format::obj)
+        return host::format_obj(file.document, uvs, bytes, error);
+    if (file.format == Format::ply)
+        return patch_ply(file.ply, file.document, uvs, options.ply_uvs, bytes, error);
+    GltfFile result;
+    if (!patch_gltf(file.gltf, uvs, result, error))
+        return false;
+    if (format == Format::glb)
+        return write_glb(result, bytes, error);
+    for (size_t i = 0; i < result.buffers.size(); ++i)
+        if (!result.json["buffers"][i].contains("uri")) // it was the binary chunk
+            result.json["buffers"][i]["uri"] = data_uri(result.buffers[i]);
+    bytes = write_gltf_text(result);
+    return true;
+}
+
+/// Whether the coordinates belong to the mesh; the patching writers check for themselves.
+bool fit(const MeshFile& file, const host::ObjUvs& uvs, std::string& error) {
+    bool good =
+        uvs.v.size() == uvs.u.size() && uvs.corner_uv.size() == file.document.corner_vertex.size();
+    for (size_t c = 0; good && c < uvs.corner_uv.size(); ++c)
+        good = uvs.corner_uv[c] < int64_t(uvs.u.size());
+    if (!good)
+        error = "the UV set does not fit the mesh";
+    return good;
 }
 
 } // namespace
 
 const std::vector<FormatFacts>& all_formats() {
     static const std::vector<FormatFacts> list = {
-        {Format::obj, "obj", ".obj", true, true, "nothing: every other byte stays", Format::obj},
+        {Format::obj, "obj", ".obj", true, true, "nothing: every other byte stays",
+         "other UV sets, colours, hierarchy", Format::obj},
         {Format::gltf, "gltf", ".gltf", true, true,
-         "nothing; JSON is laid out anew, with its keys in their order", Format::gltf},
+         "nothing; JSON is laid out anew, with its keys in their order",
+         "polygons: they become triangles", Format::gltf},
         {Format::glb, "glb", ".glb", true, true,
-         "nothing; JSON is laid out anew, with its keys in their order", Format::glb},
+         "nothing; JSON is laid out anew, with its keys in their order",
+         "polygons: they become triangles", Format::glb},
         {Format::ply, "ply", ".ply", true, true, "nothing; rows of text are laid out anew",
+         "other UV sets, hierarchy, names, materials; normals and colours that differ at the "
+         "corners of a vertex",
          Format::ply},
         {Format::stl, "stl", ".stl", true, false, "cannot hold texture coordinates: OBJ is written",
-         Format::obj},
+         "", Format::obj},
+        {Format::fbx, "fbx", ".fbx", false, true, "", "nothing of the model", Format::fbx},
     };
     return list;
 }
@@ -202,6 +210,20 @@ bool parse_mesh(const std::string& name, std::string bytes, const ReadOptions& o
     }
 }
 
+namespace {
+
+/// Whether pictures are files of their own; a GLB contains all buffers, but not those.
+bool names_images(const GltfFile& file) {
+    const Json images = file.json.value("images", Json::array());
+    for (const Json& image : images)
+        if (const Json uri = image.is_object() ? image.value("uri", Json()) : Json();
+            uri.is_string() && uri.get<std::string>().compare(0, 5, "data:") != 0)
+            return true;
+    return false;
+}
+
+} // namespace
+
 std::string cannot_be_written(const std::string& output, Format format) {
     return facts_of(format).is_written
                ? std::string()
@@ -215,20 +237,16 @@ bool can_write(const MeshFile& file, const std::string& output, const WriteOptio
     error = cannot_be_written(output, format);
     if (!error.empty())
         return false;
-    if (file.format != Format::gltf) {
-        if (format == file.format || format == Format::obj)
-            return true;
-        error = output + ": a mesh read as " + upper_case(facts_of(file.format).name) +
-                " cannot be written in this format; OBJ can";
-        return false;
-    }
+    if (!is_patched(file, format) || file.format != Format::gltf)
+        return true;
     std::error_code failure;
     const auto folder = [&](const std::string& path) {
         const fs::path parent = fs::path(path).parent_path();
         return fs::weakly_canonical(parent.empty() ? "." : parent, failure);
     };
-    if (format == Format::obj || !file.gltf.file.has_files ||
-        folder(output) == folder(file.document.name))
+    const bool needs_files =
+        format == Format::glb ? names_images(file.gltf.file) : file.gltf.file.has_files;
+    if (!needs_files || folder(output) == folder(file.document.name))
         return true;
     error = output + ": " + file.document.name +
             " names files beside it, which would be missing there; write the result into the same "
@@ -239,23 +257,12 @@ bool can_write(const MeshFile& file, const std::string& output, const WriteOptio
 bool format_mesh(const MeshFile& file, const host::ObjUvs& uvs, const std::string& output,
                  const WriteOptions& options, std::string& bytes, std::string& error) {
     const Format format = output_format(file, output, options);
-    if (file.format == Format::obj) {
-        if (!host::format_obj(file.document, uvs, bytes, error))
-            return false;
-    } else if (format == Format::ply) {
-        if (!patch_ply(file.ply, file.document, uvs, options.ply_uvs, bytes, error))
-            return false;
-    } else if (format == Format::obj) {
-        bytes = plain_obj(file.document, used_only(uvs));
-    } else {
-        GltfFile result;
-        if (!patch_gltf(file.gltf, uvs, result, error))
-            return false;
-        if (format == Format::gltf)
-            bytes = write_gltf_text(result);
-        else if (!write_glb(result, bytes, error))
-            return false;
-    }
+    const bool good =
+        is_patched(file, format)
+            ? format_patched(file, uvs, format, options, bytes, error)
+            : fit(file, uvs, error) && format_new(file, uvs, format, options, bytes, error);
+    if (!good)
+        return false;
     if (is_compressed_name(output))
         bytes = deflate_gzip(bytes);
     return true;

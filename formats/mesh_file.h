@@ -14,14 +14,15 @@
 
 namespace formats {
 
-enum class Format { obj, gltf, glb, ply, stl };
+enum class Format { obj, gltf, glb, ply, stl, fbx };
 
 struct FormatFacts {
     Format format;
     const char* name;      ///< for --format and messages
     const char* extension; ///< with its dot
     bool is_read, is_written;
-    const char* loses; ///< what a result in this format does not keep of a file of the same format
+    const char* loses; ///< what a result does not keep of an input in the same format
+    const char* lacks; ///< what a result does not keep of the model of another format's input
     Format result;     ///< of a result whose format nobody asked for
 };
 

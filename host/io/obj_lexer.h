@@ -7,13 +7,15 @@
 /// that UTF-16 text is not read as single digits. A `#` starts a comment anywhere.
 #pragma once
 
+#include <maya/MTypes.h>
+
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
 namespace host {
 
-class ObjLexer {
+class MHOST_EXPORT ObjLexer {
 public:
     explicit ObjLexer(std::string_view text);
 

@@ -216,8 +216,8 @@ TEST_F(SkipExisting, AReportOfAnotherVersion) {
     EXPECT_EQ(1, done_again());
 }
 
-TEST_F(SkipExisting, AGltfWhoseBufferChanged) {
-    // A triangle: three positions in a file of their own.
+/// A triangle, in/t.gltf: three positions in a file of their own.
+void put_triangle(const test::Scratch& dir) {
     const float places[] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
     dir.put("in/t.bin", std::string(reinterpret_cast<const char*>(places), sizeof places));
     dir.put("in/t.gltf", R"({"asset": {"version": "2.0"},
@@ -225,6 +225,10 @@ TEST_F(SkipExisting, AGltfWhoseBufferChanged) {
         "bufferViews": [{"buffer": 0, "byteLength": 36}],
         "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3"}],
         "meshes": [{"primitives": [{"attributes": {"POSITION": 0}}]}]})");
+}
+
+TEST_F(SkipExisting, AGltfWhoseBufferChanged) {
+    put_triangle(dir);
     const Words words = {"--format", "obj"};
     EXPECT_EQ(1, done_again(words));
     EXPECT_TRUE(dir.has("out/t.obj"));
@@ -234,13 +238,20 @@ TEST_F(SkipExisting, AGltfWhoseBufferChanged) {
 }
 
 TEST_F(BatchProgram, ResultThatItsFormatForbidsFailsBeforeTheWork) {
-    dir.put("in/m.obj.gz", "x");
-    const Ended ended = batch({"--format", "glb"});
+    put_triangle(dir);
+    const Ended ended = batch({});
     EXPECT_EQ(1, ended.code);
-    EXPECT_NE(ended.err.npos,
-              ended.err.find("code 2: " + dir.path("out/cube.glb") +
-                             ": a mesh read as OBJ cannot be written in this format"))
+    EXPECT_NE(ended.err.npos, ended.err.find("code 2: " + dir.path("out/t.gltf") + ": " +
+                                             dir.path("in/t.gltf") + " names files beside it"))
         << ended.err;
+}
+
+TEST_F(SkipExisting, NoneIfTheSetOfCoordinatesIsAnother) {
+    put_triangle(dir);
+    const Words words = {"--format", "glb"};
+    EXPECT_EQ(3, done_again(words));
+    EXPECT_EQ(0, done_again(words));
+    EXPECT_EQ(3, done_again({"--format", "glb", "--ply_uvs", "vertex"}));
 }
 
 TEST_F(SkipExisting, AllIfPicturesAreWantedForTheFirstTime) {

@@ -30,8 +30,9 @@ TEST(FileFormats, ReadableAndUnknownExtensionsAreNotRefused) {
         EXPECT_EQ("", app::input_refusal(path)) << path;
     EXPECT_EQ("", app::output_refusal("a.obj"));
     EXPECT_EQ("", app::output_refusal("a.glb"));
-    EXPECT_EQ("a.fbx: only OBJ, GLTF, GLB and PLY files can be written",
-              app::output_refusal("a.fbx"));
+    EXPECT_EQ("", app::output_refusal("a.fbx"));
+    EXPECT_EQ("a.3ds: only OBJ, GLTF, GLB, PLY and FBX files can be written",
+              app::output_refusal("a.3ds"));
     EXPECT_EQ("a.stl: STL files cannot hold texture coordinates; name an OBJ file instead",
               app::output_refusal("a.stl"));
 }

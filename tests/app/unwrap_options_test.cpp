@@ -207,8 +207,8 @@ TEST(UnwrapOptionsRefuse, OptionsOfOneMeshWithSeveral) {
 }
 
 TEST(UnwrapOptionsRefuse, FormatsThatCannotBeWritten) {
-    EXPECT_EQ("--format: 'fbx' is not one of OBJ, GLTF, GLB and PLY, in small letters",
-              refusal({"m.obj", "--format", "fbx"}));
+    EXPECT_EQ("--format: 'dae' is not one of OBJ, GLTF, GLB, PLY and FBX, in small letters",
+              refusal({"m.obj", "--format", "dae"}));
     EXPECT_EQ("--in_place keeps the format", refusal({"m.glb", "--in_place", "--format", "obj"}));
     EXPECT_EQ("--format obj and the name m2.glb contradict each other",
               refusal({"m.glb", "-o", "m2.glb", "--format", "obj"}));
@@ -300,8 +300,8 @@ TEST(UnwrapOptionsRefuse, ContradictoryOutputs) {
               refusal({"m.obj", "--view", "-", "--layout", "-"}));
     EXPECT_EQ("only one of output, report and picture can go to standard output",
               refusal({"m.obj", "-o", "-", "--report", "-"}));
-    EXPECT_EQ("m.fbx: only OBJ, GLTF, GLB and PLY files can be written",
-              refusal({"m.obj", "-o", "m.fbx"}));
+    EXPECT_EQ("m.dae: only OBJ, GLTF, GLB, PLY and FBX files can be written",
+              refusal({"m.obj", "-o", "m.dae"}));
 }
 
 } // namespace
