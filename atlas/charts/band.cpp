@@ -3,7 +3,7 @@
 namespace tessora::atlas {
 
 Band::Band(const ChartSet& set) : set_(set) {
-    ring_.assign(set.node.size(), k_none);
+    place_.assign(set.node.size(), k_none);
     has_face_.assign(set.surface.face_count, 0);
     if (set.polygons != nullptr && !set.polygons->empty())
         is_lead_.assign(set.surface.face_count, 0);
@@ -11,13 +11,16 @@ Band::Band(const ChartSet& set) : set_(set) {
 
 bool Band::grow(const std::vector<uint32_t>& arc_nodes, uint32_t rings) {
     clear();
-    for (uint32_t n : arc_nodes) {
-        ring_[n] = 0;
+    const auto add_node = [&](uint32_t n, uint32_t ring) {
+        place_[n] = uint32_t(nodes_.size());
         nodes_.push_back(n);
-    }
+        ring_.push_back(ring);
+    };
+    for (uint32_t n : arc_nodes)
+        add_node(n, 0);
     bool whole = true;
     for (size_t i = 0; i < nodes_.size(); ++i) {
-        const uint32_t n = nodes_[i], ring = ring_[n];
+        const uint32_t n = nodes_[i], ring = ring_[i];
         if (ring == rings) {
             whole = false;
             continue;
@@ -29,10 +32,8 @@ bool Band::grow(const std::vector<uint32_t>& arc_nodes, uint32_t rings) {
             add_face(t);
             for (uint32_t k = 3 * t; k < 3 * t + 3; ++k) {
                 const uint32_t m = set_.node[k];
-                if (ring_[m] == k_none) {
-                    ring_[m] = ring + 1;
-                    nodes_.push_back(m);
-                }
+                if (place_[m] == k_none)
+                    add_node(m, ring + 1);
             }
         });
     }
@@ -55,12 +56,13 @@ void Band::add_face(uint32_t t) {
 
 void Band::clear() {
     for (uint32_t n : nodes_)
-        ring_[n] = k_none;
+        place_[n] = k_none;
     for (uint32_t t : faces_)
         has_face_[t] = 0;
     for (uint32_t t : leads_)
         is_lead_[t] = 0;
     nodes_.clear();
+    ring_.clear();
     faces_.clear();
     leads_.clear();
 }

@@ -24,13 +24,18 @@ public:
 
     const std::vector<uint32_t>& faces() const { return faces_; }
     const std::vector<uint32_t>& nodes() const { return nodes_; } ///< rings in ascending order
+    /// Position of a node in nodes(); k_none outside the band.
+    uint32_t place(uint32_t node) const { return place_[node]; }
     /// Ring of a node; k_none outside the band.
-    uint32_t ring(uint32_t node) const { return ring_[node]; }
+    uint32_t ring(uint32_t node) const {
+        return place_[node] == k_none ? k_none : ring_[place_[node]];
+    }
 
 private:
     const ChartSet& set_;
     std::vector<uint32_t> faces_, nodes_, leads_;
-    std::vector<uint32_t> ring_;    ///< per node; k_none outside the band
+    std::vector<uint32_t> place_;   ///< per node of the mesh: its position in nodes_, or k_none
+    std::vector<uint32_t> ring_;    ///< per node of nodes_
     std::vector<uint8_t> has_face_; ///< per triangle; 0 outside the band
     std::vector<uint8_t> is_lead_;  ///< per triangle: 1 if in leads_; empty without polygons
 };

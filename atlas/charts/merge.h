@@ -154,7 +154,7 @@ private:
     SharedBorders shared_;
     Arc arc_;
     Band band_;
-    std::vector<Vec2> shift_; ///< per node: workspace of spread_gap
+    std::vector<Vec2> shift_; ///< per node of the band: workspace of spread_gap
     std::vector<std::pair<uint32_t, Vec2>>
         moved_; ///< nodes with their coordinates before the merge
     Outline outline_;

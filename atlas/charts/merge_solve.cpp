@@ -315,10 +315,10 @@ void Merger::set_uv(uint32_t node, Vec2 p) {
 /// the mean of its neighbours one ring closer to the arc, slightly reduced.
 void Merger::spread_gap(const std::vector<Vec2>& gap, uint32_t rings) {
     std::vector<Vec2>& shift = shift_;
-    shift.resize(set_.node.size());
+    shift.resize(band_.nodes().size());
     for (size_t i = 0; i < arc_.node_b.size(); ++i) {
         const uint32_t n = arc_.node_b[i];
-        shift[n] = gap[i] * 0.5;
+        shift[i] = gap[i] * 0.5;
         set_uv(n, set_.uv[n] + gap[i] * 0.5);
     }
     for (size_t i = arc_.node_b.size(); i < band_.nodes().size(); ++i) {
@@ -333,13 +333,13 @@ void Merger::spread_gap(const std::vector<Vec2>& gap, uint32_t rings) {
                     // a's side moves against the gap, b's side with it. The arc's nodes belong to
                     // both, so the sign is chosen where the first ring reads them.
                     const double sign = ring == 1 && set_.chart[c / 3] == arc_.a ? -1 : 1;
-                    sum = sum + shift[m] * sign;
+                    sum = sum + shift[band_.place(m)] * sign;
                     ++count;
                 }
         });
         const double fade = double(rings - ring) / double(rings + 1 - ring);
-        shift[n] = sum * (fade / count);
-        set_uv(n, set_.uv[n] + shift[n]);
+        shift[i] = sum * (fade / count);
+        set_uv(n, set_.uv[n] + shift[i]);
     }
 }
 

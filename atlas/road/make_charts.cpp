@@ -94,6 +94,24 @@ void unite_open_components(ChartStages& stages) {
     }
 }
 
+/// Clusters the triangles and flattens regions of them, the charts that merging starts from. The
+/// tree of clusters, the largest part of the memory so far, ends here.
+bool grow_regions(ChartStages& stages, ProgressMeter& progress) {
+    const FlattenOptions& options = stages.flattener.options;
+    progress.stage(Stage::clusters);
+    ClusterOptions clustering;
+    clustering.seed_groups = !options.thorough;
+    clustering.hardness = stages.hardness;
+    ClusterTree tree;
+    if (!build_cluster_tree(stages.surface, stages.atoms, clustering, progress, tree))
+        return false;
+    progress.stage(Stage::regions);
+    const double limit = std::min(options.limit, stretch_limit(float(k_first_smooth_step)));
+    const double component_limit = std::min(options.limit, stretch_limit(float(k_usual_stretch)));
+    return make_regions(stages.flattener, stages.atoms, tree, stages.hardness,
+                        {limit, component_limit}, stages.executor, progress);
+}
+
 } // namespace
 
 ChartStages::ChartStages(Surface& s, const Options& options)
@@ -106,21 +124,9 @@ ChartStages::ChartStages(Surface& s, const Options& options)
 }
 
 bool make_charts(ChartStages& stages, ProgressMeter& progress) {
-    const FlattenOptions& options = stages.flattener.options;
-    progress.stage(Stage::clusters);
-    ClusterOptions clustering;
-    clustering.seed_groups = !options.thorough;
-    clustering.hardness = stages.hardness;
-    ClusterTree tree;
-    if (!build_cluster_tree(stages.surface, stages.atoms, clustering, progress, tree))
+    if (!grow_regions(stages, progress))
         return false;
-    progress.stage(Stage::regions);
-    const double limit = std::min(options.limit, stretch_limit(float(k_first_smooth_step)));
-    const double component_limit = std::min(options.limit, stretch_limit(float(k_usual_stretch)));
-    if (!make_regions(stages.flattener, stages.atoms, tree, stages.hardness,
-                      {limit, component_limit}, stages.executor, progress))
-        return false;
-    Merger merger(stages.flattener, {stages.hardness, options.thorough});
+    Merger merger(stages.flattener, {stages.hardness, stages.flattener.options.thorough});
     if (!merge_charts(stages, merger, progress))
         return false;
     if (stages.max_stretch >= 1)
