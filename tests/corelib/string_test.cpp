@@ -208,6 +208,13 @@ TEST(StringTruncate, SizeBeyond32BitsCountsAsOutOfMemory) {
     EXPECT_EQ(s.length(), UINT32_MAX);
 }
 
+TEST(StringTruncate, LargestSizeOf32BitsIsRequested) {
+    string s;
+    AllocationWatch watch(0);
+    EXPECT_FALSE(s.truncate(UINT32_MAX - 1));
+    EXPECT_EQ(AllocationWatch::sizes(), std::vector<size_t>{UINT32_MAX});
+}
+
 TEST(StringTruncateDeathTest, CuttingBeyondABufferThatCouldNotGrowIsABug) {
     string s("abc");
     {

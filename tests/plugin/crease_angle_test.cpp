@@ -51,6 +51,7 @@ TEST(PortableAtan2, IsNanForNanAndForHugeArguments) {
     EXPECT_TRUE(std::isnan(portable_atan2(1.0, nan)));
     EXPECT_TRUE(std::isnan(portable_atan2(inf, inf)));
     EXPECT_TRUE(std::isnan(portable_atan2(1.0, 1e301)));
+    EXPECT_EQ(portable_atan2(0.0, 1e300), 0.0);
 }
 
 // Reference values, to be bit-identical on every compiler and system.

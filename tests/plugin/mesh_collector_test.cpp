@@ -255,6 +255,17 @@ TEST(CollectMeshData, VerticesBehindAnEarlyEndOfTheIteratorCountAsUnmapped) {
     EXPECT_GT(result.seam_pairs.length(), 0u);
 }
 
+TEST(CollectMeshData, EdgesBehindAnEarlyEndOfTheIteratorCountAsDiagonals) {
+    const fixtures::Mesh cube = fixtures::cube();
+    MObject mesh = make_host_mesh(cube, fixtures::one_shell(cube));
+    // The seam search asks 13 times before.
+    const faultpoint::Scope fault("MItMeshEdge::isDone", MStatus::kFailure, 13 + 5);
+    Collected result;
+    collect(plain_settings(), mesh, result);
+    EXPECT_TRUE(result.status);
+    EXPECT_EQ(result.reals().size(), 4u);
+}
+
 TEST(CollectMeshData, FailsIfThePolygonIteratorEndsEarly) {
     MObject mesh = make_host_mesh(fixtures::cube());
     const faultpoint::Scope fault("MItMeshPolygon::isDone", MStatus::kFailure, 3);

@@ -5,6 +5,8 @@ catches shows behaviour that nothing holds.
     tools/mutants/mutants.py --seed 1 --count 100           draws mutants at random
     tools/mutants/mutants.py --listed                       those of tools/mutants/listed.txt
     tools/mutants/mutants.py --seed 1 --count 5 --folder plugin
+    tools/mutants/mutants.py --match 'undo.cpp: assignment: {saved_ = 0; -> ;}'
+                                                            those described so, to try a new test
     tools/mutants/mutants.py --seed 1 --count 100 --dry-run prints them only
 
 Works on a copy of the committed tree in build/mutants/tree. A mutant that does not compile, or that gives
@@ -171,6 +173,15 @@ def listed():
             sys.exit(f"mutants: listed.txt: {path} has {source.count(old)} places with: {old}")
         begin = source.index(old)
         yield Mutant(path, begin, begin + len(old), new, "listed")
+
+
+def matching(mutants, texts):
+    found = []
+    for mutant in mutants:
+        description = without_line(mutant.describe((ROOT / mutant.path).read_text()))
+        if any(text in description for text in texts):
+            found.append(mutant)
+    return found
 
 
 class Builder:
@@ -342,10 +353,15 @@ def main():
     parser.add_argument("--folder", action="append", choices=FOLDERS, help="may be given several times")
     parser.add_argument("--tests", action="append", help="run only this program or script:SUITE; several times")
     parser.add_argument("--listed", action="store_true")
+    parser.add_argument("--match", action="append", help="only mutants whose description without line number"
+                        " contains this text; several times")
     parser.add_argument("--dry-run", action="store_true")
     parser.add_argument("--jobs", type=int, default=2, help="compile jobs")
     arguments = parser.parse_args()
     mutants = list(listed()) if arguments.listed else drawn(arguments)[arguments.skip:]
+    if arguments.match:
+        mutants = matching(mutants, arguments.match)
+        arguments.count = len(mutants)
     wanted = len(mutants) if arguments.listed else arguments.count
     if arguments.dry_run:
         for mutant in mutants[:wanted]:

@@ -392,6 +392,41 @@ TEST(Primitives, NoPolygonUsesATextureCoordinateTwice) {
     }
 }
 
+TEST(Primitives, CapsOfACylinderHaveTheirShapeInTheTexture) {
+    const Mesh mesh = make_cylinder(2, 2, 8, 1, 3);
+    const Connectivity& faces = mesh.connectivity();
+    const UvSet& set = mesh.uv_set(0);
+    size_t caps = 0;
+    for (uint32_t f = 0; f < faces.polygon_count(); ++f) {
+        const auto corner = [&](uint32_t k) {
+            return faces.first_corner(f) + k % faces.polygon_vertices(f).size();
+        };
+        const auto point = [&](uint32_t k) {
+            return mesh.points()[faces.polygon_vertices(f)[corner(k) - faces.first_corner(f)]];
+        };
+        if (point(0).y != point(1).y || point(1).y != point(2).y)
+            continue;
+        ++caps;
+        for (uint32_t k = 0; k < faces.polygon_vertices(f).size(); ++k) {
+            const auto a = size_t(set.corner_uvs[corner(k)]),
+                       b = size_t(set.corner_uvs[corner(k + 1)]);
+            const double flat = std::hypot(set.u[a] - set.u[b], set.v[a] - set.v[b]);
+            const double space =
+                std::hypot(point(k).x - point(k + 1).x, point(k).z - point(k + 1).z);
+            EXPECT_NEAR(flat / space, 0.15625 / 2, 1e-6);
+        }
+    }
+    EXPECT_EQ(caps, 2u * 3 * 8);
+}
+
+TEST_F(DagTest, CylindersHaveTheirDefaults) {
+    Node& node = add("polyCylinder");
+    const std::pair<const char*, double> defaults[] = {
+        {"r", 1}, {"h", 2}, {"sa", 20}, {"sh", 1}, {"sc", 1}};
+    for (const auto& [name, value] : defaults)
+        EXPECT_EQ(pull(node, name), value) << name;
+}
+
 TEST(Primitives, EveryCornerHasAUvInTheUnitSquare) {
     for (const Mesh& mesh :
          {make_cube(1, 1, 1, 1, 1, 1), make_plane(1, 1, 2, 2), make_sphere(1, 8, 6),

@@ -67,6 +67,25 @@ TEST_F(EvaluationTest, AnOutputThatComputeDoesNotCleanIsComputedAgain) {
     EXPECT_EQ(ScaleNode::computes, 2);
 }
 
+TEST_F(EvaluationTest, ConnectedVectorsPassOnAllComponents) {
+    DagNode& from = add_dag("transform", "from");
+    DagNode& to = add_dag("transform", "to");
+    connect(from, "translate", to, "translate");
+    set(from, "tx", 4);
+    set(from, "tz", 6);
+    EXPECT_EQ(pull(to, "tx"), 4.0);
+    EXPECT_EQ(pull(to, "tz"), 6.0);
+}
+
+TEST_F(EvaluationTest, AShapesWorldMeshIsCleanOnceEvaluated) {
+    MeshNode& shape = add_cube();
+    Slot& world = plug(shape, "worldMesh[0]");
+    set(shape, "pnts[0].pntx", 1);
+    EXPECT_FALSE(is_clean(world));
+    EXPECT_EQ(evaluate(world), MS::kSuccess);
+    EXPECT_TRUE(is_clean(world));
+}
+
 TEST_F(EvaluationTest, AnOutputThatComputeDoesNotKnowKeepsItsValueAndIsClean) {
     Node& node = add("scaleNode");
     set(node, "unhandled", 7);

@@ -220,6 +220,19 @@ TEST(Attributes, VectorsHaveNumberedComponents) {
     EXPECT_EQ(value, 0.5);
 }
 
+TEST(Attributes, VectorsOfSeparateComponentsHaveTheirType) {
+    MFnNumericAttribute set;
+    const auto components = [&](MFnNumericData::Type type) {
+        const MObject x = set.create("x", "x", type), y = set.create("y", "y", type),
+                      z = set.create("z", "z", type);
+        const MObject vector = set.create("where", "wh", x, y, z);
+        return std::string(static_cast<Attribute*>(vector.host_object())->type_text());
+    };
+    EXPECT_EQ(components(MFnNumericData::kDouble), "double3");
+    EXPECT_EQ(components(MFnNumericData::kFloat), "float3");
+    EXPECT_EQ(components(MFnNumericData::kLong), "long3");
+}
+
 TEST(Attributes, NamesMustNotBeEmpty) {
     MFnNumericAttribute set;
     MStatus status;
