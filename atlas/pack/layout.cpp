@@ -109,6 +109,13 @@ const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter) {
     return mask;
 }
 
+Slot MaskSet::slot(const Plan& plan, uint32_t chart, uint32_t quarter, uint32_t x, uint32_t y) {
+    const Mask& drawn = mask(plan, chart, quarter);
+    const Vec2 centre{x + 0.5 * drawn.width, y + 0.5 * drawn.height};
+    return {turn_of(plan, chart, quarter), drawn.origin,     x,     y,
+            plan.fine_turn[chart],         uint8_t(quarter), centre};
+}
+
 uint32_t& LayoutMaker::start_row(const Mask& mask) {
     const auto bucket = [](uint32_t size) {
         if (size < k_steps)
@@ -159,7 +166,7 @@ const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart,
         if (!spot.found || (chosen != nullptr && spot.y + mask.mean_row >= lowest))
             continue;
         chosen = &mask;
-        slot = {masks.turn_of(plan, chart, quarter), mask.origin, spot.x, spot.y};
+        slot = masks.slot(plan, chart, quarter, spot.x, spot.y);
         lowest = spot.y + mask.mean_row;
     }
     if (chosen != nullptr)

@@ -42,6 +42,9 @@ struct Slot {
     Vec2 origin;
     uint32_t x = 0;
     uint32_t y = 0;
+    uint8_t fine_turn = 0; ///< what `turn` was made of: multiples of 11.25 degrees
+    uint8_t quarter = 0;   ///< and quarter turns
+    Vec2 centre;           ///< of the mask's box, in cells of the page
 };
 
 struct Layout {
@@ -70,6 +73,8 @@ public:
     void reset(const Page& page, double scale);
     const Mask& mask(const Plan& plan, uint32_t chart, uint32_t quarter);
     Turn turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const;
+    /// The slot of a chart whose mask's lower left cell is (x, y).
+    Slot slot(const Plan& plan, uint32_t chart, uint32_t quarter, uint32_t x, uint32_t y);
     double scale() const { return texel_scale_; }
     const ChartChains& chains() const { return chains_; }
 

@@ -1,5 +1,8 @@
 #include "atlas/pack/search.h"
 
+#include "atlas/pack/nest.h"
+#include "atlas/pack/random.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -15,6 +18,30 @@ constexpr size_t k_max_arranged = 60;
 /// With more charts than this there is no local search.
 constexpr size_t k_max_searched = 1000;
 
+/// Up to this many charts are nested. More are small against the page, and greedy layouts of them
+/// are as good.
+constexpr size_t k_max_nested = 40;
+
+/// Cells of the grid on which nesting looks for an arrangement, and of the first one on which it
+/// keeps the gutter, as square roots.
+constexpr double k_rough_cells = 128, k_first_exact_cells = 256;
+
+/// The rough grid would cost too much room if it kept the gutter. Its gutter, in cells, and the
+/// share of the page that may be covered twice on it.
+constexpr double k_rough_gutter = 0.05, k_rough_overlap = 0.001;
+
+/// Rounds of moves without gain before charts that overlap are given up: on the rough grid, and on
+/// those that keep the gutter.
+constexpr int k_rough_patience = 8, k_exact_patience = 5;
+
+/// Failures in a row after which nesting tries a smaller scale; between them two charts are
+/// swapped.
+constexpr int k_swaps = 3;
+
+/// An arrangement is dropped if it fits at less than this share of the best scale: finer grids gain
+/// about as much.
+constexpr double k_worth_settling = 0.985;
+
 /// With more charts than this, rows that were full for one chart are skipped for similar ones.
 constexpr size_t k_max_thorough = 150;
 
@@ -23,6 +50,9 @@ constexpr double k_simplify_cells = 0.1;
 
 /// Factor from a scale that fits to the next one that is tried.
 constexpr double k_growth = 1.004;
+
+/// The first such factor in nesting, which is halved by failures, and the least on exact grids.
+constexpr double k_first_growth = 1.01, k_least_growth = 1.0015;
 
 /// The local search restarts after this fraction of its effort, 1/k_starts, brought no gain.
 constexpr uint64_t k_starts = 6;
@@ -72,30 +102,16 @@ std::vector<uint32_t> order_by_size(const ChartChains& chains) {
     return order;
 }
 
-/// A reproducible random generator (Marsaglia, "Xorshift RNGs", 2003).
-class Random {
-public:
-    uint32_t below(uint32_t n) {
-        state_ ^= state_ << 13;
-        state_ ^= state_ >> 7;
-        state_ ^= state_ << 17;
-        return uint32_t((state_ >> 32) * n >> 32);
-    }
-
-private:
-    uint64_t state_ = 0x9E3779B97F4A7C15ull;
-};
-
 /// Search effort per mode; efforts count words of bitmaps read, about 5 ns each.
 struct Tuning {
     // Grids are given as the square root of their number of cells.
     double draft_cells = 256;  ///< first local search
     double middle_cells = 512; ///< second local search
     double final_cells = 768;  ///< final layout
-    uint64_t draft_effort = 0, middle_effort = 0;
+    uint64_t draft_effort = 0, middle_effort = 0, nest_effort = 0;
     int tries = 4; ///< number of scales on the final grid
 
-    static Tuning of(const PackOptions& options, size_t charts) {
+    static Tuning of(const PackOptions& options, size_t charts, bool nests) {
         Tuning tuning;
         const bool fast = options.quick || options.quality == Quality::fast;
         const uint64_t triangles = options.triangles;
@@ -103,9 +119,14 @@ struct Tuning {
         tuning.final_cells = options.quick ? 512 : fast ? 768 : 1024;
         if (charts > 300)
             tuning.final_cells *= 2;
-        if (charts <= k_max_searched) {
-            const uint64_t usual = fast ? 1000000 + 30 * triangles : 10000000 + 100 * triangles;
-            tuning.draft_effort = uint64_t(double(usual) * options.effort);
+        const auto effort = [&](uint64_t base, uint64_t per_triangle) {
+            return uint64_t(double(base + per_triangle * triangles) * options.effort);
+        };
+        if (nests) {
+            tuning.draft_effort = fast ? effort(500000, 15) : effort(1000000, 10);
+            tuning.nest_effort = fast ? effort(4000000, 0) : effort(30000000, 0);
+        } else if (charts <= k_max_searched) {
+            tuning.draft_effort = fast ? effort(1000000, 30) : effort(10000000, 100);
             tuning.middle_effort = fast ? 0 : tuning.draft_effort;
         }
         return tuning;
@@ -126,7 +147,7 @@ public:
         plan_.order = order_by_size(chains_);
         plan_.fine_turn.assign(chains_.shapes.size(), 0);
         plan_.quarters = options_.turns == Turns::none ? 1 : 4;
-        const Tuning tuning = Tuning::of(options_, plan_.order.size());
+        const Tuning tuning = Tuning::of(options_, plan_.order.size(), may_nest());
         plan_.skip_full_rows = plan_.order.size() > k_max_thorough;
         if (tuning.draft_effort > 0) {
             choose_row_direction(tuning.draft_cells);
@@ -134,7 +155,10 @@ public:
         }
         if (tuning.middle_effort > 0)
             improve(tuning.middle_cells, tuning.middle_effort, 0.5);
-        fit_scale(tuning.final_cells, tuning.tries, 0.8);
+        if (tuning.nest_effort > 0 && found_)
+            nest(tuning);
+        else
+            fit_scale(tuning.final_cells, tuning.tries, 0.8);
         if (aborted_)
             return SearchResult::aborted;
         return found_ ? SearchResult::found : SearchResult::not_found;
@@ -283,6 +307,103 @@ private:
         plan_ = best;
     }
 
+    /// Charts on the page, wherever grids of other densities place them.
+    struct Arrangement {
+        double scale = 0;
+        std::vector<Pose> poses;
+        std::vector<Vec2> centres; ///< in texels
+    };
+
+    /// Whether charts may be nested: several, but not too many, that may turn on one page.
+    bool may_nest() const {
+        return options_.tiles == 1 && plan_.quarters == MaskSet::k_quarters &&
+               plan_.order.size() > 1 && plan_.order.size() <= k_max_nested &&
+               std::none_of(chains_.shapes.begin(), chains_.shapes.end(),
+                            [](const ChartShape& shape) { return shape.kept; });
+    }
+
+    /// Improves the best layout by letting charts overlap and moving them apart: for another
+    /// arrangement on a rough grid, then, ever finer, for the largest scale.
+    void nest(const Tuning& tuning) {
+        Arrangement now;
+        now.scale = packing_.scale;
+        for (uint32_t chart : plan_.order) {
+            const Slot& slot = best_[chart];
+            now.poses.push_back({chart, slot.fine_turn, slot.quarter, 0, 0});
+            now.centres.push_back(slot.centre * (1 / best_density_));
+        }
+        const Arrangement start = now;
+        rearrange(tuning.nest_effort * 6 / 10, now);
+        double cells = k_first_exact_cells;
+        if (now.scale <= start.scale || !settle(cells, tuning.nest_effort / 10, 0.8, now))
+            now = start;
+        while (cells < tuning.final_cells) {
+            cells = std::min(2 * cells, tuning.final_cells);
+            settle(cells, tuning.nest_effort * 15 / 100, 0.9, now);
+        }
+    }
+
+    /// Looks for an arrangement of the charts at a larger scale on a grid too rough to keep the
+    /// gutter.
+    void rearrange(uint64_t budget, Arrangement& best) {
+        Page page = this->page(k_rough_cells);
+        page.gutter = k_rough_gutter / page.density;
+        const ChartChains coarse = simplify(chains_, k_simplify_cells / (scale_ * page.density));
+        MaskSet masks(coarse);
+        Nester nester(masks, page, chains_.shapes.size(), [this] { return !stopped(done_); });
+        const int64_t tolerance = int64_t(k_rough_overlap * page.width * page.height);
+        double growth = k_first_growth;
+        Arrangement now = best;
+        int failures = 0;
+        while (nester.effort() < budget) {
+            const double scale = best.scale * growth;
+            if (stopped(0.5 + 0.3 * double(nester.effort()) / double(budget)) || scale > max_scale_)
+                return;
+            masks.reset(page, scale);
+            if (!nester.start(now.poses, now.centres))
+                return;
+            if (failures > 0)
+                nester.swap_two();
+            const bool fits = nester.separate(tolerance, k_rough_patience, true);
+            now = {scale, nester.poses(), nester.centres()};
+            failures = fits ? 0 : failures + 1;
+            if (fits)
+                best = now;
+            if (failures == k_swaps) {
+                growth = std::max(k_growth, 1 + (growth - 1) / 2);
+                now = best;
+                failures = 0;
+            }
+        }
+    }
+
+    /// Moves charts by a few cells on a grid that keeps the gutter, at ever larger scales. If they
+    /// do not fit, at smaller ones first; false if no scale near the best one will do.
+    bool settle(double cells, uint64_t budget, double done, Arrangement& best) {
+        const Page page = this->page(cells);
+        const ChartChains coarse = simplify(chains_, k_simplify_cells / (scale_ * page.density));
+        MaskSet masks(coarse);
+        Nester nester(masks, page, chains_.shapes.size(), [this] { return !stopped(done_); });
+        const double least = k_worth_settling * packing_.scale;
+        double growth = k_first_growth, scale = best.scale;
+        bool settled = false;
+        while (nester.effort() < budget && growth > k_least_growth && scale >= least &&
+               scale <= max_scale_ && !stopped(done)) {
+            masks.reset(page, scale);
+            const bool fits = nester.start(best.poses, best.centres) &&
+                              nester.separate(0, k_exact_patience, false);
+            if (fits) {
+                best = {scale, nester.poses(), nester.centres()};
+                settled = true;
+                keep(nester.layout(), page);
+            } else if (settled) {
+                growth = 1 + (growth - 1) / 2;
+            }
+            scale = settled ? best.scale * growth : scale / k_first_growth;
+        }
+        return settled;
+    }
+
     /// Searches the largest scale at which the plan fits on a grid of cells * cells.
     void fit_scale(double cells, int tries, double done) {
         const Page page = this->page(cells);
@@ -319,6 +440,8 @@ private:
         found_ = true;
         packing_.scale = layout.scale;
         write_placements(layout, page, packing_.placements);
+        best_ = layout.slots;
+        best_density_ = page.density;
     }
 
     const ChartChains& chains_;
@@ -326,6 +449,8 @@ private:
     double max_scale_, min_scale_;
     const PackOptions& options_;
     Packing& packing_;
+    std::vector<Slot> best_;  ///< of the best layout
+    double best_density_ = 1; ///< cells per texel there
     Plan plan_;
     LayoutMaker maker_{[this] { return !stopped(done_); }};
     double done_ = 0; ///< the fraction reported last
