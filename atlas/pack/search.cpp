@@ -123,8 +123,8 @@ struct Tuning {
             return uint64_t(double(base + per_triangle * triangles) * options.effort);
         };
         if (nests) {
-            tuning.draft_effort = fast ? effort(500000, 15) : effort(1000000, 10);
-            tuning.nest_effort = fast ? effort(4000000, 0) : effort(30000000, 0);
+            tuning.draft_effort = options.quick ? effort(500000, 15) : effort(1000000, 10);
+            tuning.nest_effort = options.quick ? effort(4000000, 0) : effort(30000000, 0);
         } else if (charts <= k_max_searched) {
             tuning.draft_effort = fast ? effort(1000000, 30) : effort(10000000, 100);
             tuning.middle_effort = fast ? 0 : tuning.draft_effort;
@@ -314,10 +314,11 @@ private:
         std::vector<Vec2> centres; ///< in texels
     };
 
-    /// Whether charts may be nested: several, but not too many, that may turn on one page.
+    /// Whether charts are nested: several, but not too many, that may turn on one page.
     bool may_nest() const {
-        return options_.tiles == 1 && plan_.quarters == MaskSet::k_quarters &&
-               plan_.order.size() > 1 && plan_.order.size() <= k_max_nested &&
+        return options_.quality == Quality::quality && options_.tiles == 1 &&
+               plan_.quarters == MaskSet::k_quarters && plan_.order.size() > 1 &&
+               plan_.order.size() <= k_max_nested &&
                std::none_of(chains_.shapes.begin(), chains_.shapes.end(),
                             [](const ChartShape& shape) { return shape.kept; });
     }
