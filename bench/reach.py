@@ -2,6 +2,7 @@
 """Compares the texture coordinates that come out of every way to the engine, bit by bit.
 
     /usr/bin/python3 bench/reach.py [--build build/release] [--web web] FILE.obj...
+    /usr/bin/python3 bench/reach.py --blender FILE.obj... the add-on against the Python package, on Blender's arrays
     /usr/bin/python3 bench/reach.py --cost FILE.obj...   what an import and a call cost in Python and Node
 
 Prints a table: the SHA-256 of the coordinates (float32, little-endian, per corner of the polygons in file order)
@@ -12,6 +13,7 @@ differs."""
 
 import argparse
 import hashlib
+import os
 import pathlib
 import resource
 import statistics
@@ -136,6 +138,28 @@ def compare(files, build, web):
     return 1 if differing else 0
 
 
+def compare_blender(files, build):
+    addon, = build.glob("tessora_uv-*.zip")
+    script = pathlib.Path(__file__).with_name("reach_blender.py")
+    print("| mesh | corners | mode | Python | Blender |\n|---|---|---|---|---|", flush=True)
+    wrong = 0
+    for mode in MODES:
+        with tempfile.TemporaryDirectory() as profile:
+            # Debian's Blender finds its modules by the first python3 on the path.
+            environment = {**os.environ, "PATH": "/usr/bin:" + os.environ["PATH"],
+                           "BLENDER_USER_CONFIG": profile + "/config", "BLENDER_USER_SCRIPTS": profile + "/scripts"}
+            done = subprocess.run(["blender", "-b", "--factory-startup", "--python-exit-code", "3", "--python", script, "--",
+                                   build, addon, mode, *files], env=environment, capture_output=True, text=True)
+        rows = [line.split(maxsplit=4)[1:] for line in done.stdout.splitlines() if line.startswith("reach: ")]
+        for blender, package, corners, path in rows:
+            cell = "same" if blender == package else f"**{blender[:16]}**"
+            print(f"| {pathlib.Path(path).stem} | {int(corners):,} | {mode} | `{package[:16]}` | {cell} |", flush=True)
+        wrong += sum(row[0] != row[1] for row in rows)
+        if done.returncode or len(rows) != len(files):
+            sys.exit(f"reach: Blender failed: {done.stdout[-2000:]}{done.stderr[-2000:]}")
+    return 1 if wrong else 0
+
+
 def cpu(command):
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
     subprocess.run(command, check=True)
@@ -174,7 +198,7 @@ def cost(files, build, web):
     print("| mesh, fast, one thread | C | Python | Node, first call | later calls |\n|---|---|---|---|---|", flush=True)
     for path in files:
         mesh, calls = Mesh(path), {"C": [], "Python": [], "first": [], "later": []}
-        for _ in range(7):
+        for _ in range(5):
             calls["C"].append(timed(native, path, mesh))
             calls["Python"].append(timed(package, path, mesh))
             if (web / "dist").exists():
@@ -196,8 +220,11 @@ def main():
     parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build/release")
     parser.add_argument("--web", type=pathlib.Path, default=ROOT / "web")
     parser.add_argument("--cost", action="store_true", help="what an import and a call cost in Python and Node")
+    parser.add_argument("--blender", action="store_true", help="the add-on against the Python package")
     words = parser.parse_args()
     build, web = words.build.resolve(), words.web.resolve()
+    if words.blender:
+        return compare_blender(words.files, build)
     return cost(words.files, build, web) if words.cost else compare(words.files, build, web)
 
 
