@@ -153,6 +153,7 @@ def compare_blender(files, build):
         rows = [line.split(maxsplit=4)[1:] for line in done.stdout.splitlines() if line.startswith("reach: ")]
         for blender, package, corners, path in rows:
             cell = "same" if blender == package else f"**{blender[:16]}**"
+            cell = "holds no such polygon" if package == "-" else cell
             print(f"| {pathlib.Path(path).stem} | {int(corners):,} | {mode} | `{package[:16]}` | {cell} |", flush=True)
         wrong += sum(row[0] != row[1] for row in rows)
         if done.returncode or len(rows) != len(files):

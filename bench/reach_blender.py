@@ -28,7 +28,10 @@ for path in files:
     source = reach.Mesh(path)
     data = bpy.data.meshes.new("mesh")
     data.from_pydata(source.positions.tolist(), [], [c.tolist() for c in numpy.split(source.corners, source.offsets[1:-1])])
-    data.validate()
+    data.validate()  # drops polygons that repeat a vertex
+    if not data.polygons:
+        print("reach: - - 0", path, flush=True)
+        continue
     obj = bpy.data.objects.new("mesh", data)
     bpy.context.collection.objects.link(obj)
     bpy.context.view_layer.objects.active = obj
