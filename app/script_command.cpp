@@ -60,7 +60,7 @@ bool wants_help(const Words& words) {
 }
 
 void prepare() {
-    set_search_paths();
+    set_up_session();
     add_panel_commands();
     watch_unwraps();
 }

@@ -1,5 +1,6 @@
 #include "app/session_setup.h"
 
+#include "app/layout_command.h"
 #include "app/system.h"
 #include "host/commands/session.h"
 #include "host/graph/plugins.h"
@@ -8,11 +9,12 @@
 
 namespace app {
 
-void set_search_paths() {
+void set_up_session() {
     static bool done = false;
     if (done)
         return;
     done = true;
+    add_layout_command();
     const std::string home = program_directory();
     std::vector<std::string>& scripts =
         host::script::Session::current().interpreter().script_path();
@@ -34,7 +36,7 @@ void set_search_paths() {
 }
 
 bool load_plugin(std::string& error) {
-    set_search_paths();
+    set_up_session();
     host::graph::Plugins& plugins = host::graph::Plugins::current();
     std::string reason;
     if (plugins.is_loaded("tessora") || plugins.load("tessora", reason))

@@ -157,30 +157,14 @@ void open_file(Invocation& call, const Flags& flags, const std::string& path) {
     graph::UndoQueue::current().mark_saved();
 }
 
-/// Writes the scene, and warns of what it cannot hold.
-void write_scene_file(Invocation& call, const std::string& path) {
-    write(path, write_scene(std::filesystem::path(path).filename().string()));
-    for (const Ref<Node>& node : Scene::current().nodes()) {
-        const graph::Slot* const in = node->existing_slot(*graph::mesh_attributes().in_mesh);
-        Object* const data = in == nullptr ? nullptr : in->value.as_data();
-        const Mesh* const mesh = data == nullptr ? nullptr : data->as_mesh()->mesh();
-        if (mesh == nullptr || !has_other_lines(*mesh))
-            continue;
-        call.interpreter.output().warning("file: A scene does not hold the materials, normals, "
-                                          "groups and names of OBJ files, such as those of " +
-                                          name_of(*node) + "; export meshes to keep them.");
-        return;
-    }
-}
-
-Value save(Invocation& call, const Flags& flags) {
+Value save(const Flags& flags) {
     const std::string path = scene_file();
     if (path.empty())
         throw ScriptFault("file: The scene has no name yet; give one with -rename.");
     if (flags.has("type") && format_of(flags, path) != Format::scene)
         throw ScriptFault(
             "file: A scene is saved as \"mayaAscii\"; export meshes with -exportAll.");
-    write_scene_file(call, path);
+    write(path, write_scene(std::filesystem::path(path).filename().string()));
     opened_file() = path;
     graph::UndoQueue::current().mark_saved();
     return path;
@@ -211,13 +195,13 @@ void require_saved(const Flags& flags) {
         throw ScriptFault("file: There are unsaved changes; save them or use -force.");
 }
 
-void export_file(Invocation& call, const Flags& flags, const std::string& path) {
+void export_file(const Flags& flags, const std::string& path) {
     if (format_of(flags, path) == Format::obj)
         export_obj(path, flags.has("exportSelected"));
     else if (flags.has("exportSelected"))
         throw ScriptFault("file: Selected objects are exported as OBJ; a scene is saved whole.");
     else
-        write_scene_file(call, path);
+        write(path, write_scene(std::filesystem::path(path).filename().string()));
 }
 
 /// Table: the flags of the command.
@@ -247,7 +231,7 @@ Value file(Invocation& call) {
         return Value();
     }
     if (flags.has("save"))
-        return save(call, flags);
+        return save(flags);
     if (flags.has("rename") && flags.operands().empty())
         return scene_file();
     flags.require_operands(1, 1);
@@ -257,7 +241,7 @@ Value file(Invocation& call) {
     } else if (flags.has("import")) {
         return import_file(call, flags, path);
     } else if (flags.has("exportAll") || flags.has("exportSelected")) {
-        export_file(call, flags, path);
+        export_file(flags, path);
     } else {
         throw ScriptFault("file needs -new, -open, -import, -save, -exportAll or -exportSelected.");
     }

@@ -52,6 +52,7 @@ constexpr Summary k_summaries[] = {
     {nullptr, "polyMapSewMove", "moves the smaller UV shell to the other one and sews both"},
     {nullptr, "polyEditUV", "moves, turns and scales UVs; asks for their places"},
     {nullptr, "polyNormalizeUV", "scales UVs to fill the unit square"},
+    {nullptr, "polyLayoutUV", "packs UV charts into the texture, around those that stay"},
     {nullptr, "polyListComponentConversion", "the components that others touch"},
     {nullptr, "polySelect", "selects edge loops and shortest paths of edges"},
     {"transforms", "move", "moves objects, or vertices by tweaks"},

@@ -15,5 +15,6 @@ void add_dag_types(Scene& scene);
 void add_mesh_types(Scene& scene);
 void add_primitive_types(Scene& scene);
 void add_uv_types(Scene& scene);
+void add_layout_type(Scene& scene);
 
 } // namespace host::graph

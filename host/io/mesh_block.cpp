@@ -1,7 +1,11 @@
 #include "host/io/mesh_block.h"
 
+#include "host/io/obj_mesh.h"
+#include "host/io/obj_reader.h"
+
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 
 namespace host {
@@ -38,6 +42,8 @@ std::string head_of(const std::string& path, size_t& index) {
 
 template <class T>
 std::string shortest_text(T value) {
+    if (value == T(0) && std::signbit(value))
+        return "-0.0"; // "-0" would be read as a whole number, which has no sign
     char text[40];
     const auto end = std::to_chars(text, text + sizeof text, value);
     return std::string(text, end.ptr);
@@ -79,6 +85,9 @@ bool MeshBlock::take(const std::string& path, const std::vector<Token>& values) 
     } else if (head == "cuvs" || head == "currentUVSet") {
         if (!values.empty())
             current_set_ = values[0].text;
+    } else if (head == k_obj_attribute) {
+        if (!values.empty())
+            obj_text_ = values[0].text;
     } else if (head == "uvst" || head == "uvSet") {
         const size_t dot = path.find("].");
         return dot == std::string::npos ? values.empty()
@@ -204,7 +213,26 @@ Mesh MeshBlock::build() const {
     const int current = mesh.find_uv_set(current_set_.c_str());
     if (current >= 0)
         mesh.set_current_uv_set(current);
+    attach_origin(mesh);
     return mesh;
+}
+
+/// Attaches the OBJ file, if it is one and has the mesh's polygons.
+void MeshBlock::attach_origin(Mesh& mesh) const {
+    ObjDocument document;
+    IoError error;
+    if (obj_text_.empty() || !parse_obj("scene", obj_text_, document, error))
+        return;
+    const Connectivity& polygons = mesh.connectivity();
+    bool is_same = document.polygon_count() == polygons.polygon_count() &&
+                   document.vertex_count() <= polygons.vertex_count();
+    for (uint32_t polygon = 0; is_same && polygon < polygons.polygon_count(); ++polygon)
+        is_same = document.corner_begin[polygon + 1] - document.corner_begin[polygon] ==
+                  polygons.corners_of(polygon);
+    if (!is_same)
+        return;
+    document.unit_positions = {}; // not needed for an export
+    mesh.set_origin(std::make_shared<ObjOrigin>(std::move(document)));
 }
 
 // --- writing ------------------------------------------------------------------------------------

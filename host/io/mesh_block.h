@@ -9,6 +9,9 @@
 
 namespace host {
 
+/// Attribute of a mesh node with the text of the OBJ file that the mesh was read from.
+inline constexpr const char* k_obj_attribute = "objText";
+
 /// Collects the setAttr statements of one mesh node and builds its mesh.
 class MeshBlock {
 public:
@@ -32,6 +35,7 @@ private:
     void take_faces(const std::vector<script::Token>& values);
     bool take_uvs(Set& set, const std::string& path, const std::vector<script::Token>& values);
     Set& set_at(size_t index);
+    void attach_origin(Mesh& mesh) const;
 
     std::vector<Float3> points_;
     std::vector<int32_t> edges_; ///< per edge: two vertices and smoothness
@@ -40,6 +44,7 @@ private:
     std::vector<FaceUvs> face_uvs_;
     std::vector<Set> sets_;
     std::string current_set_;
+    std::string obj_text_;
 };
 
 /// Appends a mesh to `text` as the setAttr statements that MeshBlock reads.

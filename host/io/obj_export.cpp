@@ -260,7 +260,7 @@ bool has_other_lines(const Mesh& mesh) {
     while (std::getline(text, line)) {
         word.clear();
         std::istringstream(line) >> word;
-        if (!word.empty() && word[0] != '#' && word != "v" && word != "vt" && word != "f")
+        if (!word.empty() && word != "v" && word != "vt" && word != "f")
             return true;
     }
     return false;

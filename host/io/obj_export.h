@@ -28,8 +28,8 @@ struct ObjPart {
 MHOST_EXPORT bool obj_of_meshes(const std::vector<ObjPart>& parts, std::string& text,
                                 std::string& error);
 
-/// Whether the file that a mesh was read from has lines other than positions, texture coordinates,
-/// faces and comments, which only an export keeps.
+/// Whether the file that a mesh was read from has lines other than positions, texture coordinates
+/// and faces.
 MHOST_EXPORT bool has_other_lines(const Mesh& mesh);
 
 } // namespace host

@@ -6,6 +6,7 @@
 #include "host/script/flags.h"
 #include "host/script/plugs.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <set>
@@ -248,8 +249,16 @@ private:
             return;
         if (statement.name == "setAttr" && mesh_ && take_geometry(statement))
             return;
+        // The text that this attribute holds becomes part of the mesh.
+        if (statement.name == "addAttr" && mesh_ && names_word(statement, k_obj_attribute))
+            return;
         if (!call(statement.name, statement.words, statement.words.size()))
             notes_.unknown_settings.emplace_back(node_, std::string(statement.text));
+    }
+
+    static bool names_word(const Statement& statement, const char* word) {
+        return std::any_of(statement.words.begin(), statement.words.end(),
+                           [&](const Token& token) { return token.text == word; });
     }
 
     /// Passes the attribute and the values of a setAttr, without its flags, to the mesh.

@@ -3,6 +3,8 @@
 #include "host/graph/mesh_node.h"
 #include "host/graph/plugins.h"
 #include "host/io/mesh_block.h"
+#include "host/io/obj_export.h"
+#include "host/io/obj_mesh.h"
 #include "host/io/scene_file.h"
 #include "host/script/plugs.h"
 
@@ -242,8 +244,17 @@ private:
         Slot* input = node.existing_slot(*graph::mesh_attributes().in_mesh);
         if (!input || input->source() || !input->value.as_data())
             return;
-        if (const Mesh* mesh = input->value.as_data()->as_mesh()->mesh())
-            write_mesh(*mesh, text_);
+        const Mesh* mesh = input->value.as_data()->as_mesh()->mesh();
+        if (!mesh)
+            return;
+        write_mesh(*mesh, text_);
+        // What an export would keep of the file that the mesh was read from: all of it.
+        if (has_other_lines(*mesh))
+            text_ += std::string("\taddAttr -ln \"") + k_obj_attribute + "\" -sn \"" +
+                     k_obj_attribute + "\" -dt \"string\";\n\tsetAttr \"." + k_obj_attribute +
+                     "\" -type \"string\" " +
+                     script::quoted(static_cast<const ObjOrigin*>(mesh->origin())->document.text) +
+                     ";\n";
     }
 
     void connections(Slot& slot) {

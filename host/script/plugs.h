@@ -16,7 +16,7 @@ graph::Node& node_named(const std::string& name);
 
 /// Resolves a list of names with wildcards; the selection if the list is empty. Throws ScriptFault
 /// for a name without a match.
-graph::Selection items_named(const StringArray& names);
+MHOST_EXPORT graph::Selection items_named(const StringArray& names);
 
 /// Returns the plug "node.path". Without a node (".tx") it is on the node selected last; if a
 /// transform lacks the attribute, it is looked up on its shapes. Throws ScriptFault if not found.
@@ -32,7 +32,7 @@ std::string full_name_of(graph::Node& node);
 std::string name_of(graph::Slot& plug);
 
 /// Throws ScriptFault "COMMAND: ABOUT: error text of the status" unless the status is success.
-void require(MStatus status, const std::string& command, const std::string& about);
+MHOST_EXPORT void require(MStatus status, const std::string& command, const std::string& about);
 
 /// Applies an edit to the scene, undoable. Throws as `require` does.
 void perform(std::unique_ptr<graph::Edit> edit, const std::string& command,

@@ -26,6 +26,15 @@ protected:
         EXPECT_EQ(0, ended.code) << ended.err;
         return ended.out;
     }
+    /// `text` without the statements that unwrap nodes echo.
+    static std::string without_results(const std::string& text) {
+        std::istringstream in(text);
+        std::string kept;
+        for (std::string line; std::getline(in, line);)
+            if (line.compare(0, 8, "setAttr ") != 0)
+                kept += line + "\n";
+        return kept;
+    }
     std::string quoted(const std::string& name) const { return '"' + dir.path(name) + '"'; }
 };
 
@@ -251,6 +260,76 @@ TEST_F(Script, ExportKeepsAllLinesOfAnImportedMesh) {
     }
     EXPECT_EQ(0, run({"unwrap", dir.path("chair.obj"), "-o", dir.path("unwrapped.obj")}).code);
     EXPECT_EQ(other_lines(dir.get("unwrapped.obj")), other_lines(dir.get("out.obj")));
+}
+
+TEST_F(Script, SceneKeepsAllLinesOfAnImportedMesh) {
+    dir.put("chair.obj", k_furnished);
+    in_a_process("file -import " + quoted("chair.obj") +
+                 "; loadPlugin tessora; tessora; file -rename " + quoted("room.ma") +
+                 "; file -save; file -f -exportAll " + quoted("first.obj") + ";");
+    in_a_process("file -open " + quoted("room.ma") + "; file -rename " + quoted("again.ma") +
+                 "; file -save;");
+    in_a_process("file -open " + quoted("again.ma") + "; file -f -exportAll " + quoted("out.obj") +
+                 ";");
+    EXPECT_EQ(other_lines(k_furnished), other_lines(dir.get("out.obj"))) << dir.get("out.obj");
+    EXPECT_EQ(dir.get("first.obj"), dir.get("out.obj"));
+}
+
+/// A script in the way of an artist who cuts a mesh by hand, and what the steps leave behind. $work
+/// is the folder.
+const char* const k_artist = R"(
+proc float[] uvs() { return `polyEditUV -q model.map[*]`; }
+proc string same(float $a[], float $b[]) {
+    if (size($a) != size($b))
+        return "other\n";
+    for ($i = 0; $i < size($a); $i++)
+        if ($a[$i] != $b[$i])
+            return "other\n";
+    return "same\n";
+}
+global string $argv[];
+loadPlugin tessora;
+file -open ($argv[0] + "/model.obj");
+float $file[] = uvs();
+polyMapSew model.e[*];
+polyMapCut `polySelect -ns -ass -el 0 model`;
+polyMapCut `polySelect -ns -ass -el 64 model`;
+polyMapCut `polySelect -ns -ass -sep 0 64 model`;
+select model;
+tessora -keep_seams on -stretch 1;
+print ("charts " + `polyEvaluate -us model` + " " + `getAttr tessora_node1.Charts_result` + "\n");
+polyEditUV -u 0.01 -a 90 -pu 0.5 -pv 0.5 `polyListComponentConversion -toUV -uvShell model.f[0]`;
+polyLayoutUV -gutter 4 -tw 1024 -th 1024 model;
+print ("charts " + `polyEvaluate -us model` + "\n");
+file -rename ($argv[0] + "/model.ma");
+file -save;
+file -f -exportAll ($argv[0] + "/saved.obj");
+int $steps = 0;
+while (`undoInfo -q -un` != "" && $steps++ < 100)
+    undo;
+print (same($file, uvs()));
+print ("history " + size(`listHistory model`) + "\n");
+file -f -exportAll ($argv[0] + "/undone.obj");
+)";
+
+TEST_F(Script, ArtistCutsUnwrapsMovesPacksSavesAndUndoes) {
+    in_a_process("polyCylinder -sx 16 -sy 4 -n model; file -f -exportAll " + quoted("plain.obj") +
+                 ";");
+    const std::string plain = dir.get("plain.obj");
+    const size_t half = plain.find("\nf ", plain.size() * 3 / 4) + 1;
+    dir.put("model.obj", "mtllib wood.mtl\nusemtl oak\n" + plain.substr(0, half) + "usemtl cork\n" +
+                             plain.substr(half));
+    const Ended ended = script(k_artist, {dir.path("")});
+    ASSERT_EQ(0, ended.code) << ended.err;
+    EXPECT_EQ("charts 3 3\ncharts 3\nsame\nhistory 1\n", without_results(ended.out));
+    EXPECT_EQ(dir.get("model.obj"), dir.get("undone.obj"));
+    in_a_process("file -open " + quoted("model.ma") + "; file -f -exportAll " +
+                 quoted("reopened.obj") + ";");
+    EXPECT_EQ(dir.get("saved.obj"), dir.get("reopened.obj"));
+    EXPECT_EQ(other_lines(dir.get("model.obj")), other_lines(dir.get("reopened.obj")));
+    const Ended verified = run({"verify", dir.path("reopened.obj"), "--padding", "4", "--width",
+                                "1024", "--height", "1024", "--stretch", "1"});
+    EXPECT_EQ(0, verified.code) << verified.out << verified.err;
 }
 
 TEST_F(Script, ExportOfSeveralMeshesKeepsTheLinesOfEach) {
