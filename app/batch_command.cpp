@@ -469,9 +469,14 @@ int run_batch(const UnwrapRequest& request) {
         say(error + (code == exit_usage ? "; nothing was done" : ""));
         return code;
     }
+    return run_batch(request, std::move(items));
+}
+
+int run_batch(const UnwrapRequest& request, std::vector<BatchItem> items) {
     if (!request.quiet)
         for (const std::string& warning : request.warnings)
             say("warning: " + warning);
+    std::string error;
     if (!request.batch.html.empty() && !request.batch.dry_run &&
         !make_page_folders(request.batch.html, error)) {
         say(error);

@@ -112,12 +112,6 @@ std::string input_refusal(const std::string& path) {
     return is_mesh_file(path) ? std::string() : refusal_of(path, format_names());
 }
 
-std::string obj_input_refusal(const std::string& path) {
-    if (formats::is_compressed_name(path))
-        return path + ": compressed files cannot be read; this inflates it:\n  gzip -d " + path;
-    return refusal_of(path, "OBJ");
-}
-
 std::string output_refusal(const std::string& path) {
     formats::Format format;
     if (formats::format_of(path, format))

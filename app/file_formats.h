@@ -25,8 +25,6 @@ bool is_mesh_file(const std::string& path);
 /// Why a mesh cannot be read from such a file and which tool converts it: a sentence that begins
 /// with the path. Empty if the extension may belong to a file that can be read.
 std::string input_refusal(const std::string& path);
-/// The same for a command that reads uncompressed OBJ files alone.
-std::string obj_input_refusal(const std::string& path);
 /// Why a mesh cannot be written to such a file; empty if it can.
 std::string output_refusal(const std::string& path);
 /// Why a picture cannot be written to such a file: pictures are PNG files. Empty if it can.

@@ -65,6 +65,11 @@ void end_silently() { g_silent = 1; }
 bool ends_silently() { return g_silent != 0; }
 
 void defer_signals() { g_defer = 1; }
+void stop_deferring_signals() {
+    g_defer = 0;
+    if (g_deferred)
+        std::raise(g_deferred);
+}
 int deferred_signal() { return g_deferred; }
 
 bool note_deferred_signal(int signal) {

@@ -37,6 +37,8 @@ bool ends_silently();
 /// From now on an interrupt, a termination or a hang-up is only noted, and the caller, which has to
 /// ask for it, ends the process in an orderly way.
 void defer_signals();
+/// From now on they end the process again; one that was noted does so at once.
+void stop_deferring_signals();
 /// The signal that came first since defer_signals(), or 0.
 int deferred_signal();
 /// For the handlers: notes the signal and returns true if signals are deferred.

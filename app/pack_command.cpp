@@ -10,6 +10,7 @@
 #include "app/progress_display.h"
 #include "app/system.h"
 #include "app/unwrap_options.h"
+#include "formats/mesh_file.h"
 #include "host/io/obj_reader.h"
 
 #include <algorithm>
@@ -92,7 +93,7 @@ private:
     const PackRequest& request_;
     atlas::PackSettings settings_; ///< as used
     ProgressDisplay progress_;
-    std::vector<host::ObjDocument> documents_;
+    std::vector<formats::MeshFile> meshes_;
     ChartList list_;
     atlas::PackResult result_;
     double gap_ = -1.0;
@@ -120,20 +121,25 @@ bool PackRun::fail(int code, const std::string& reason) {
 
 bool PackRun::read() {
     progress_.begin_stage("reading");
-    documents_.resize(request_.inputs.size());
-    for (size_t i = 0; i < documents_.size(); ++i) {
+    meshes_.resize(request_.inputs.size());
+    for (size_t i = 0; i < meshes_.size(); ++i) {
         const std::string& input = request_.inputs[i];
-        if (const std::string refusal = obj_input_refusal(input); !refusal.empty())
+        if (const std::string refusal = input_refusal(input); !refusal.empty())
             return fail(exit_input, refusal);
         host::IoError error;
         std::string text;
         if (!host::read_text(input, text, error) ||
-            !host::parse_obj(input, std::move(text), documents_[i], error))
+            !formats::parse_mesh(input, std::move(text), {}, meshes_[i], error))
             return fail(error.kind == host::IoError::too_large ? exit_limit : exit_input,
                         error.message);
-        for (const std::string& warning : documents_[i].warnings)
+        if (!request_.names.empty())
+            meshes_[i].document.name = request_.names[i];
+        std::string reason;
+        if (!formats::can_write(meshes_[i], request_.outputs[i], {}, reason))
+            return fail(exit_usage, reason);
+        for (const std::string& warning : meshes_[i].document.warnings)
             warn(warning);
-        if (!documents_[i].has_uvs())
+        if (!meshes_[i].document.has_uvs())
             return fail(exit_unwrap, input + ": the mesh has no texture coordinates to pack; "
                                              "'tessora unwrap' makes some");
     }
@@ -173,16 +179,16 @@ bool PackRun::open_outputs() {
 bool PackRun::collect() {
     std::vector<uint8_t> named(request_.keep.size(), 0);
     std::vector<PackSource> sources;
-    for (size_t i = 0; i < documents_.size(); ++i) {
+    for (size_t i = 0; i < meshes_.size(); ++i) {
         PackSource source;
-        source.document = &documents_[i];
+        source.document = &meshes_[i].document;
         if (!request_.keep.empty())
-            source.keep = named_polygons(documents_[i], request_.keep, named);
+            source.keep = named_polygons(meshes_[i].document, request_.keep, named);
         for (size_t k = 0; k < request_.keep.size(); ++k)
             if (request_.keep[k] == request_.inputs[i] ||
                 same_file(request_.keep[k], request_.inputs[i])) {
                 named[k] = 1;
-                source.keep.assign(documents_[i].polygon_count(), 1);
+                source.keep.assign(meshes_[i].document.polygon_count(), 1);
             }
         sources.push_back(std::move(source));
     }
@@ -193,9 +199,9 @@ bool PackRun::collect() {
     std::string error;
     if (!list_charts(std::move(sources), list_, error))
         return fail(exit_limit, error);
-    for (size_t i = 0; i < documents_.size(); ++i) {
-        const auto corners = std::count(documents_[i].corner_texture.begin(),
-                                        documents_[i].corner_texture.end(), host::k_obj_none);
+    for (size_t i = 0; i < meshes_.size(); ++i) {
+        const auto corners = std::count(meshes_[i].document.corner_texture.begin(),
+                                        meshes_[i].document.corner_texture.end(), host::k_obj_none);
         if (corners > 0)
             warn(request_.inputs[i] + ": " + std::to_string(corners) +
                  " polygon corners have no texture coordinates; their polygons stay as they are");
@@ -295,14 +301,14 @@ bool PackRun::write() {
     progress_.begin_stage("writing");
     const std::vector<host::ObjUvs> uvs = packed_uvs(list_, result_);
     std::string text, error;
-    for (size_t i = 0; i < documents_.size(); ++i) {
-        if (!host::format_obj(documents_[i], uvs[i], text, error))
+    for (size_t i = 0; i < meshes_.size(); ++i) {
+        if (!formats::format_mesh(meshes_[i], uvs[i], request_.outputs[i], {}, text, error))
             return fail(exit_unwrap, request_.inputs[i] + ": " + error);
         if (!files_[i].write(text, error))
             return fail(exit_output, error);
     }
     for (size_t i = 0; i < backups_.size(); ++i)
-        if (!backups_[i].write(documents_[backed_up_[i]].text, error))
+        if (!backups_[i].write(meshes_[backed_up_[i]].original(), error))
             return fail(exit_output, error);
     for (uint32_t tile = 0; tile < pictures_.size(); ++tile) {
         if (tile >= settings_.tiles)
@@ -364,7 +370,7 @@ std::string PackRun::report() const {
     out["code"] = code_;
     if (!reason_.empty())
         out["reason"] = reason_;
-    out["inputs"] = request_.inputs;
+    out["inputs"] = request_.names.empty() ? request_.inputs : request_.names;
     if (code_ == exit_done)
         add_result(out);
     out["width"] = settings_.width;
@@ -441,7 +447,9 @@ int pack_command(const Words& words) {
         std::fputs(pack_help().text().c_str(), stdout);
         return exit_done;
     }
-    return PackRun(request).run();
+    return run_pack(request);
 }
+
+int run_pack(const PackRequest& request) { return PackRun(request).run(); }
 
 } // namespace app

@@ -2,9 +2,13 @@
 #pragma once
 
 #include "app/command.h"
+#include "app/pack_options.h"
 
 namespace app {
 
 int pack_command(const Words& words);
+
+/// Packs as the request says and returns the exit code.
+int run_pack(const PackRequest& request);
 
 } // namespace app

@@ -1,6 +1,7 @@
 #include "app/pack_options.h"
 
 #include "app/atomic_file.h"
+#include "app/file_formats.h"
 #include "app/layout_picture.h"
 #include "app/options.h"
 #include "app/unwrap_options.h"
@@ -17,7 +18,7 @@ namespace atlas = tessora::atlas;
 
 constexpr const char* k_usage = R"(usage: tessora pack MESH... [-o OUTPUT] [options]
 
-Packs the charts that meshes have (Wavefront OBJ, whoever made their texture
+Packs the charts that meshes have (OBJ, glTF, GLB or PLY, whoever made their texture
 coordinates) into one texture, without touching the charts' shape: they are moved,
 turned and all scaled alike. With several meshes OUTPUT is a folder. Only texture
 coordinates change: every other byte of the files stays.
@@ -156,9 +157,8 @@ bool read_numbers(const Raw& raw, PackRequest& request, std::string& error) {
 }
 
 std::string packed_name(const std::string& input) {
-    const std::filesystem::path path(input);
-    return (path.parent_path() / (path.stem().string() + "_packed" + path.extension().string()))
-        .string();
+    const auto [name, extension] = split_name(input);
+    return name + "_packed" + extension;
 }
 
 /// Names the outputs: the one given, files in the folder given, or names beside the inputs.

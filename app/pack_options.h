@@ -14,6 +14,7 @@ struct PackRequest {
     double from_width = 0, from_height = 0; ///< of the texture that the UVs are of; 0: `settings`
     bool texture_follows = false;           ///< the density is fixed and the texture's size is not
     std::vector<std::string> inputs;
+    std::vector<std::string> names;   ///< of the inputs for messages; empty: as they are
     std::vector<std::string> outputs; ///< one per input
     std::vector<std::string> keep;    ///< meshes, objects, groups and materials whose charts stay
     std::string report;               ///< empty if not requested

@@ -2,6 +2,7 @@
 
 #include "app/batch_command.h"
 #include "app/exit_code.h"
+#include "app/one_atlas.h"
 #include "app/unwrap_run.h"
 
 #include <cstdio>
@@ -19,6 +20,8 @@ int unwrap_command(const Words& words) {
         std::fputs(unwrap_help().text().c_str(), stdout);
         return exit_done;
     }
+    if (request.batch.one_atlas)
+        return run_one_atlas(request);
     if (request.batch.is_wanted)
         return run_batch(request);
     UnwrapReport report;

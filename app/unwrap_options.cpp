@@ -49,6 +49,8 @@ examples:
       settings by name; a line of JSON a mesh; none takes over a minute
   tessora unwrap meshes/ --out_dir out --html page
       page/index.html shows every mesh with its layout, stretch and seams
+  tessora unwrap props/ --out_dir packed --one_atlas --width 4096 --height 4096
+      all props share one texture
 )";
 
 constexpr const char* k_notes = R"(
@@ -122,6 +124,11 @@ void add_batch_options(OptionTable& table, BatchRequest& batch) {
     table.add("shard", &batch.shard, "K/N",
               "only every N-th mesh, from the K-th, K from 0: N such calls do them all");
     table.add("dry_run", &batch.dry_run, "", "list what would be done, and do nothing");
+    table.add("one_atlas", &batch.one_atlas, "",
+              "pack the charts of all meshes into one texture, with as many texels per unit of "
+              "length everywhere; the report is DIR/atlas.json");
+    table.add("tiles", &batch.tiles, "N",
+              "with --one_atlas: textures to fill, 1 to 100, numbered as UDIM: 1001, 1002, ...");
     table.add("html", &batch.html, "DIR",
               "write a page with pictures and figures of all meshes: DIR/index.html");
     table.add("json_lines", &batch.json_lines, "",
@@ -372,9 +379,26 @@ bool parse_shard(BatchRequest& batch, std::string& error) {
     return false;
 }
 
+/// Checks what one texture for all meshes needs.
+void check_atlas(const UnwrapRequest& r, std::string& error) {
+    const BatchRequest& batch = r.batch;
+    if (batch.tiles < 1 || batch.tiles > 100)
+        error = "--tiles is 1 to 100";
+    else if (batch.tiles != 1 && !batch.one_atlas)
+        error = "--tiles needs --one_atlas; 'tessora pack' fills tiles too";
+    else if (batch.one_atlas && batch.out_dir.empty())
+        error = "--one_atlas needs --out_dir";
+    else if (batch.one_atlas && (batch.skip_existing || batch.shard_count > 1 ||
+                                 !batch.html.empty() || batch.json_lines))
+        error = "--one_atlas makes one result of all meshes: it excludes --skip_existing, --shard, "
+                "--html and --json_lines";
+}
+
 /// Checks what several meshes need, and refuses what is about one.
 bool check_batch(UnwrapRequest& r, std::string& error) {
     BatchRequest& batch = r.batch;
+    if (!parse_shard(batch, error))
+        return false;
     if (!r.output.empty())
         error = "-o names one output; several meshes need --out_dir or --suffix";
     else if (!r.report.empty() || !r.layout.empty())
@@ -393,8 +417,10 @@ bool check_batch(UnwrapRequest& r, std::string& error) {
         error = "--time_limit must not be negative";
     else if (std::count(batch.operands.begin(), batch.operands.end(), "-"))
         error = "standard input is one mesh; several come from files";
+    else
+        check_atlas(r, error);
     batch.fail_fast |= !batch.keep_going;
-    return error.empty() && parse_shard(batch, error);
+    return error.empty();
 }
 
 /// The preset counts before all other settings, wherever it stands.
@@ -423,6 +449,7 @@ bool asks_for_batch(const UnwrapRequest& r, const std::vector<std::string>& oper
     return operands.size() > 1 || !b.list.empty() || !b.out_dir.empty() || !b.suffix.empty() ||
            b.jobs != 0 || b.skip_existing || b.dry_run || b.json_lines || b.fail_fast ||
            !b.keep_going || b.time_limit != 0.0 || !b.shard.empty() || !b.html.empty() ||
+           b.one_atlas || b.tiles != 1 ||
            (operands.size() == 1 && (std::filesystem::is_directory(operands[0], failure) ||
                                      (is_glob(operands[0]) && !file_exists(operands[0]))));
 }

@@ -55,7 +55,9 @@ struct BatchRequest {
     bool fail_fast = false;
     double time_limit = 0.0; ///< seconds a mesh; 0 for none
     std::string html;        ///< folder of the page; empty if not requested
-    std::string shard;       ///< "K/N", or empty
+    bool one_atlas = false;
+    int tiles = 1;     ///< of the one atlas
+    std::string shard; ///< "K/N", or empty
     int shard_index = 0, shard_count = 1;
     bool is_wanted = false; ///< there are several meshes, or an option asks for a batch
 };

@@ -14,9 +14,9 @@ int create_new(const std::string& path);
 /// Removes a temporary file whose writer is gone: no process holds it locked (on Windows: open).
 /// Failures are ignored.
 void remove_if_abandoned(const std::string& path);
-long process_id();
+MHOST_EXPORT long process_id();
 /// Whether a process with this id runs on this computer.
-bool is_running(long process);
+MHOST_EXPORT bool is_running(long process);
 #ifdef _WIN32
 /// The errno value for the system's last error, so that messages are the same on every system.
 MHOST_EXPORT int last_reason();

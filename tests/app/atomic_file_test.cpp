@@ -128,6 +128,20 @@ TEST(AtomicFile, RemovesWhatKilledProcessesLeftInTheFolder) {
     EXPECT_EQ(Names{"m.obj"}, dir.names());
 }
 
+TEST(AtomicFile, RemovesWhatAnEndedProcessLeftThatNobodyHasCollected) {
+    Scratch dir;
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(0);
+    siginfo_t info;
+    ASSERT_EQ(0, ::waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT));
+    dir.put("m.obj.tessora-tmp." + std::to_string(child), "half");
+    std::string error;
+    EXPECT_TRUE(publish(dir.path("m.obj"), "new", error)) << error;
+    EXPECT_EQ(Names{"m.obj"}, dir.names());
+    ::waitpid(child, nullptr, 0);
+}
+
 TEST(AtomicFile, KeepsFilesThatMayBelongToOthers) {
     Scratch dir;
     const std::string gone = std::to_string(ended_process());

@@ -37,7 +37,7 @@ TEST_F(DialogMemory, AppliedValuesAreRestoredInANewProcess) {
 
 TEST_F(DialogMemory, PresetIsRestoredInANewProcessWithItsValues) {
     in_a_process("uiSet tessora_preset \"Paint\"; uiPress tessora_unwrap;");
-    EXPECT_EQ("Paint 8 2048\n",
+    EXPECT_EQ("Paint 4 2048\n",
               in_a_process("print (`optionMenuGrp -q -value tessora_preset` + \" \" + "
                            "`intSliderGrp -q -value tessora_padding` + \" \" + "
                            "`intSliderGrp -q -value tessora_width` + \"\\n\");"));
@@ -77,6 +77,33 @@ TEST_F(DialogMemory, ApplyingToAnExistingNodeUnwrapsAgain) {
     for (const char* line :
          {"own stretch 1\n", "more charts 1\n", "in limit 1\n", "nodes 1\n", "after undo 1\n"})
         EXPECT_NE(std::string::npos, ended.out.find(line)) << line << ended.out;
+}
+
+TEST_F(DialogMemory, PresetsAreThoseOfTheProgram) {
+    for (const auto& [shown, name] : {std::pair{"Bake", "bake"},
+                                      {"Paint", "paint"},
+                                      {"Hard surface", "hard_surface"},
+                                      {"Organic", "organic"},
+                                      {"Lightmap", "lightmap"}}) {
+        std::istringstream words(
+            in_a_process("string $names[] = tessoraSettingFlags(); string $values[] = "
+                         "tessoraPreset(\"" +
+                         std::string(shown) +
+                         "\"); for ($i = 1; $i < size($names); $i++) print ($names[$i] + \" \" + "
+                         "$values[$i] + \"\\n\");"));
+        ASSERT_EQ(0,
+                  unwrap("t.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n", {"--preset", name}).code);
+        const Json settings = report("t.obj")["settings"];
+        int count = 0;
+        double value = 0.0;
+        for (std::string setting; words >> setting >> value; ++count) {
+            const Json& wanted = settings[setting.substr(1)];
+            EXPECT_EQ(wanted.is_boolean() ? double(wanted.get<bool>()) : wanted.get<double>(),
+                      value)
+                << name << setting;
+        }
+        EXPECT_EQ(13, count) << name;
+    }
 }
 
 } // namespace

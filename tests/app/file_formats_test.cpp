@@ -14,16 +14,6 @@ TEST(FileFormats, RefusalNamesTheFileAndTheToolThatConvertsIt) {
     EXPECT_NE(std::string::npos, app::input_refusal("FILE.off").find("export FILE.off FILE.obj"));
 }
 
-TEST(FileFormats, CommandsThatReadObjAloneRefuseOtherReadableFiles) {
-    EXPECT_EQ("a.GLB: glTF files cannot be read, only OBJ files; this converts it:\n"
-              "  assimp export a.glb a.obj",
-              app::obj_input_refusal("a.GLB"));
-    EXPECT_EQ("a.obj.gz: compressed files cannot be read; this inflates it:\n  gzip -d a.obj.gz",
-              app::obj_input_refusal("a.obj.gz"));
-    for (const char* path : {"a.obj", "a", "-", "a.txt"})
-        EXPECT_EQ("", app::obj_input_refusal(path)) << path;
-}
-
 TEST(FileFormats, ReadableAndUnknownExtensionsAreNotRefused) {
     for (const char* path : {"a.obj", "a.OBJ", "a", "-", "a.txt", ".ply", "in.ply/a", "a.gltf",
                              "a.GLB", "a.glb.gz", "a.ply", "a.stl"})

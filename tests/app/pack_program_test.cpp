@@ -302,10 +302,7 @@ TEST_F(PackProgram, RefusesMeshesThatCannotBeRead) {
     EXPECT_EQ(3, pack({dir.path("missing.obj")}).code);
     EXPECT_EQ(3, pack({dir.put("broken.obj", "v 0 0\nf 1 2 3\n")}).code);
     EXPECT_EQ(3, pack({dir.put("mesh.fbx", "x")}).code);
-    const Ended ended = pack({dir.put("mesh.glb", "x")});
-    EXPECT_EQ(3, ended.code);
-    EXPECT_NE(std::string::npos, ended.err.find("mesh.glb: glTF files cannot be read, only OBJ"))
-        << ended.err;
+    EXPECT_EQ(3, pack({dir.put("mesh.glb", "x")}).code);
 }
 
 TEST_F(PackProgram, LeavesPolygonsWithoutCoordinatesAsTheyAre) {
