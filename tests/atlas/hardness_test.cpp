@@ -182,16 +182,11 @@ TEST(StretchLimit, TheMoreIsAllowedTheLongerMayChartsBe) {
 }
 
 TEST(StretchLimit, TheMoreIsAllowedTheLessAreFlatPiecesKept) {
-    const TestMesh dome = faceted_dome(6, 2); // its facets do not unfold around a corner
-    ASSERT_EQ(lowest(hardness_of(dome)), 1.0f);
+    const TestMesh dome = faceted_dome(10, 3); // closed all around: its facets unfold in sectors
+    ASSERT_GT(mean(hardness_of(dome)), 0.3f);
     for (Quality quality : {Quality::fast, Quality::quality}) {
-        uint32_t before = dome.faces();
-        for (float stretch : {0.15f, 0.3f, 0.5f}) {
-            const uint32_t charts = charts_at(dome, stretch, quality);
-            EXPECT_LT(charts, before) << "at " << stretch;
-            before = charts;
-        }
-        EXPECT_EQ(before, 1u);
+        EXPECT_GT(charts_at(dome, 0.15f, quality), 2u);
+        EXPECT_EQ(charts_at(dome, 0.95f, quality), 1u);
     }
 }
 
