@@ -36,8 +36,9 @@ OptionTable table_of(ViewRequest& request, TypedWords& typed) {
     table.add("size", &typed.size, "WxH", "size of the window in pixels (1440x900)");
     table.add("exec", &typed.statements, "TEXT", "script statements to run once the file is open");
     table.add("display", &request.display, "NAME",
-              "plain, charts, checker or stretch, in the texture and on the mesh (charts)");
-    table.choices({"plain", "charts", "checker", "stretch"});
+              "plain, charts, checker, stretch or density, in the texture and on the mesh "
+              "(charts)");
+    table.choices({"plain", "charts", "checker", "stretch", "density"});
     table.add("screenshot", &request.screenshot, "FILE.png",
               "write a picture of the window, then close it");
     table.add("places", &request.places, "FILE",
@@ -61,7 +62,7 @@ bool read_size(const std::string& text, ViewRequest& request) {
 }
 
 bool is_display(const std::string& name) {
-    const auto known = {"", "plain", "charts", "checker", "stretch"};
+    const auto known = {"", "plain", "charts", "checker", "stretch", "density"};
     return std::find(known.begin(), known.end(), name) != known.end();
 }
 
@@ -90,7 +91,8 @@ bool parse_view_request(const std::vector<std::string>& words, ViewRequest& requ
     else if (!typed.size.empty() && !read_size(typed.size, request))
         error = "--size takes WIDTHxHEIGHT, from 640x480 on: " + typed.size;
     else if (!is_display(request.display))
-        error = "--display takes plain, charts, checker or stretch, not " + request.display;
+        error =
+            "--display takes plain, charts, checker, stretch or density, not " + request.display;
     if (!error.empty())
         return false;
     if (!typed.statements.empty())

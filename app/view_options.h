@@ -13,7 +13,7 @@ struct ViewRequest {
     int width = 1440, height = 900;      ///< window size in pixels
     std::vector<std::string> statements; ///< script statements to run once the file is open
     std::string screenshot;              ///< PNG to write before closing; empty: stay open
-    std::string display;                 ///< plain, charts, checker, stretch, or empty
+    std::string display;                 ///< plain, charts, checker, stretch, density, or empty
     std::string places;                  ///< widget positions are written here (window/places.h)
     bool is_verbose = false;             ///< print how long startup took
     bool wants_help = false;             ///< print the help text and stop

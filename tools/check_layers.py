@@ -28,7 +28,7 @@ RULES = {
     "formats": (["formats/", "host/io/", "polygon/"], ["nlohmann/", "zlib.h"]),
     "app": (["app/", "formats/", "host/", "measure/", "polygon/", "atlas/atlas.h"], ["nlohmann/", "editline/", "png.h", "dlfcn.h", "unistd.h", "langinfo.h", "fcntl.h", "sys/", "signal.h", "zlib.h", "xxhash.h", "poll.h"]),
     "web/engine": (["atlas/c/"], []),
-    "window": (["window/", "app/", "host/", "measure/"], ["maya/", "GL/", "GLFW/", "imgui", "backends/"]),
+    "window": (["window/", "app/", "host/", "measure/"], ["maya/", "GL/", "GLFW/", "imgui", "backends/", "stb/"]),
 }
 # The floors of the host, the highest first: a folder may include itself and those above it; beside
 # each, its system headers.

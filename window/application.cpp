@@ -33,7 +33,7 @@ std::string last_glfw_error() {
 }
 
 Display display_named(const std::string& name) {
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < k_display_count; ++i) {
         std::string known = k_display_names[i];
         known[0] = char(known[0] + 32);
         if (name == known)
@@ -258,7 +258,7 @@ void Application::main_loop() {
             due = k_after_event;
         if (due > 0)
             continue;
-        glfwWaitEvents();
+        wait_for_events();
         due = input_.is_idle() ? k_after_motion : k_after_event;
     }
 }

@@ -12,9 +12,11 @@
 #include "window/file_chooser.h"
 #include "window/input_queue.h"
 #include "window/layout.h"
+#include "window/live_unwrap.h"
 #include "window/menu_bar.h"
 #include "window/model_panels.h"
 #include "window/side_panels.h"
+#include "window/tool_bar.h"
 #include "window/uv_panel.h"
 #include "window/work_progress.h"
 
@@ -64,6 +66,8 @@ private:
     void cancel();
     void take_back(size_t undo_count, const UnwrapResults& results);
     void draw_progress();
+    bool follow_live();
+    void wait_for_events();
 
     // frame.cpp: drawing one frame, keyboard, modal questions
     void frame(bool is_live);
@@ -92,6 +96,7 @@ private:
     void open_path(const std::string& path, bool import);
     void save(bool as_new, std::function<void()> then = nullptr);
     void export_mesh();
+    void choose_picture();
     void write(const std::string& path, const std::string& statement,
                std::function<void()> then = nullptr);
     void run_now(const std::string& statement);
@@ -117,6 +122,7 @@ private:
     FileChooser chooser_;
     std::unique_ptr<ModelPanels> panels_;
     std::unique_ptr<UvPanel> uvs_;
+    LiveUnwrap live_;
     WorkProgress progress_;
     bool is_computing_ = false;       ///< a statement runs
     bool is_cancelled_ = false;       ///< it is to stop and to be taken back

@@ -1,12 +1,15 @@
 // Running statements, and what happens while they run: progress, and cancelling.
 #include "host/commands/session.h"
 #include "host/graph/undo.h"
+#include "host/script/value.h"
 #include "window/application.h"
 
 #include <GLFW/glfw3.h>
 #include <algorithm>
+#include <cstdio>
 #include <imgui.h>
 #include <iostream>
+#include <utility>
 
 namespace window {
 
@@ -149,6 +152,52 @@ bool Application::show(const char* caption, const char* text) {
     if (options_.screenshot.empty())
         ask(caption, text, {"OK"}, "OK", "OK");
     return true;
+}
+
+/// Lets a child process unwrap along changed seams, and takes its result. Returns whether something
+/// changed on the screen.
+bool Application::follow_live() {
+    const bool was_waiting = std::exchange(state_.is_waiting, false);
+    if (!state_.is_live || !state_.subject.node) {
+        live_.stop();
+        return was_waiting;
+    }
+    // The overlay of the node shows the seams of its own last unwrap.
+    auto* overlay = state_.subject.node->slot("Visualization");
+    if (overlay && overlay->value.number() != 0.0 && state_.jobs.is_empty())
+        state_.run("setAttr " +
+                   host::script::quoted(state_.subject.node_name() + ".Visualization") + " 0;");
+    std::string error;
+    const bool has_result = live_.follow(state_.subject, error) && live_.take_result(error);
+    if (has_result) {
+        update_meshes();
+        state_.refresh();
+        ++state_.live_results;
+        char words[96];
+        std::snprintf(words, sizeof words, "// Live: %zu charts after %.2f s\n",
+                      state_.map.charts().size(),
+                      std::chrono::duration<double>(live_.last_time()).count());
+        state_.console.print(words);
+    }
+    if (!error.empty())
+        state_.console.error("Live: " + error);
+    state_.is_waiting = live_.is_late();
+    return has_result || !error.empty() || was_waiting != state_.is_waiting;
+}
+
+/// Returns when something happened that is to be shown; a child process may be what it waits for.
+void Application::wait_for_events() {
+    constexpr double k_look = 0.01; // seconds between two looks at the child
+    while (!follow_live()) {
+        if (!state_.jobs.is_empty())
+            return;
+        if (!live_.is_busy())
+            return glfwWaitEvents();
+        const double begun = glfwGetTime();
+        glfwWaitEventsTimeout(k_look);
+        if (glfwGetTime() - begun < k_look)
+            return;
+    }
 }
 
 } // namespace window

@@ -73,6 +73,21 @@ void Application::export_mesh() {
                  });
 }
 
+/// The picture that is shown as the mesh's texture.
+void Application::choose_picture() {
+    const std::string folder = state_.opened_name.empty() ? options_.file : state_.opened_name;
+    chooser_.ask("Picture as texture", "Show", (fs::path(folder).parent_path() / "").string(),
+                 {".png", ".jpg", ".jpeg"}, [this](const std::string& path) {
+                     std::string error;
+                     if (!read_picture(path, state_.picture, error))
+                         return state_.console.error(error);
+                     ++state_.picture_revision;
+                     ++state_.scene_revision; // so that all views are drawn again
+                     state_.display = Display::picture;
+                     state_.say("The texture is " + path);
+                 });
+}
+
 void Application::write(const std::string& path, const std::string& statement,
                         std::function<void()> then) {
     later_.push_back([this, path, statement, then] {

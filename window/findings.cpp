@@ -22,16 +22,17 @@ std::vector<measure::Breach> find_breaches(const Subject& subject) {
     return measure::verify(layout, measure::measure(layout, subject.texture), promise);
 }
 
-std::string statement_selecting(const std::string& shape, const std::vector<uint32_t>& polygons) {
-    std::string statement = "select";
-    for (size_t i = 0; i < polygons.size();) {
+std::string statement_selecting(const std::string& shape, const std::vector<uint32_t>& ids,
+                                char kind, bool adds) {
+    std::string statement = adds ? "select -add" : "select";
+    for (size_t i = 0; i < ids.size();) {
         size_t end = i + 1;
-        while (end < polygons.size() && polygons[end] == polygons[end - 1] + 1)
+        while (end < ids.size() && ids[end] == ids[end - 1] + 1)
             ++end;
-        std::string range = std::to_string(polygons[i]);
+        std::string range = std::to_string(ids[i]);
         if (end - i > 1)
-            range += ":" + std::to_string(polygons[end - 1]);
-        statement += " " + host::script::quoted(shape + ".f[" + range + "]");
+            range += ":" + std::to_string(ids[end - 1]);
+        statement += " " + host::script::quoted(shape + "." + kind + "[" + range + "]");
         i = end;
     }
     return statement + ";";

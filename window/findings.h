@@ -14,8 +14,9 @@ namespace window {
 /// Cost: as `tessora verify`, near-linear in triangles.
 std::vector<measure::Breach> find_breaches(const Subject& subject);
 
-/// "shape.f[3]", "shape.f[5:9]": the polygons as a script selects them, with runs as ranges.
-/// `polygons`: ascending.
-std::string statement_selecting(const std::string& shape, const std::vector<uint32_t>& polygons);
+/// The statement that selects components of a shape, or adds them to the selection: "shape.f[3]",
+/// "shape.f[5:9]", with runs as ranges. `kind`: f for polygons, e for edges. `ids`: ascending.
+std::string statement_selecting(const std::string& shape, const std::vector<uint32_t>& ids,
+                                char kind, bool adds = false);
 
 } // namespace window

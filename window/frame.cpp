@@ -3,6 +3,7 @@
 #include "host/commands/session.h"
 #include "host/ui/panels.h"
 #include "window/application.h"
+#include "window/welcome.h"
 
 #include <GLFW/glfw3.h>
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <cmath>
 #include <cstdio>
 #include <imgui.h>
+#include <utility>
 
 namespace window {
 namespace {
@@ -183,10 +185,19 @@ void Application::draw_left(const AreaBox& box, bool is_live) {
     if (focuses_panels_)
         ImGui::SetNextWindowFocus();
     focuses_panels_ = false;
-    begin_area("Panels", box.left, box.top, box.width, panels, false,
+    const float tools = std::round(ImGui::GetFrameHeight() + 10.0f * state_.scale);
+    begin_area("Tools", box.left, box.top, box.width, tools, true);
+    ImGui::SetCursorPosY(5.0f * state_.scale);
+    ImGui::BeginDisabled(!is_live);
+    draw_tool_bar(state_);
+    ImGui::EndDisabled();
+    ImGui::End();
+    begin_area("Panels", box.left, box.top + tools, box.width, panels - tools, false,
                ImGuiWindowFlags_NoNavInputs | ImGuiWindowFlags_NoNavFocus);
     panels_->draw(is_live);
     ImGui::End();
+    if (is_live)
+        draw_walk(state_, box.left, box.top + panels);
     draw_splitter("console", {box.left, box.top + panels, box.width, gap}, false, shares_.console,
                   -box.height);
     begin_area("Console", box.left, box.top + panels + gap, box.width, console, true);
@@ -401,6 +412,8 @@ void Application::take_common_keys() {
     if (state_.wanted_scale >= 0.0)
         set_scale(state_.wanted_scale);
     state_.wanted_scale = -1.0;
+    if (std::exchange(state_.wants_picture, false))
+        choose_picture();
     if (!state_.wanted_file.empty())
         open_path(std::exchange(state_.wanted_file, std::string()), false);
 }

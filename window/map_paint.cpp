@@ -3,6 +3,7 @@
 #include <GL/glext.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace window {
 namespace {
@@ -56,6 +57,8 @@ public:
 MapPaint::~MapPaint() {
     if (checker_)
         glDeleteTextures(1, &checker_);
+    if (picture_)
+        glDeleteTextures(1, &picture_);
 }
 
 void MapPaint::update_arrays(const State& state) {
@@ -70,12 +73,47 @@ void MapPaint::update_arrays(const State& state) {
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
         glBindTexture(GL_TEXTURE_2D, 0);
     }
+    update_picture(state);
     if (revision_ == state.map_revision && display_ == state.display && !colours_.empty())
         return;
     revision_ = state.map_revision;
     display_ = state.display;
     white_chart_ = k_none;
     colours_ = corner_colours(state.map, state.display);
+}
+
+void MapPaint::update_picture(const State& state) {
+    if (picture_revision_ == state.picture_revision || state.picture.is_empty())
+        return;
+    picture_revision_ = state.picture_revision;
+    if (picture_ == 0)
+        glGenTextures(1, &picture_);
+    glBindTexture(GL_TEXTURE_2D, picture_);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glTexParameteri(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, GL_TRUE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB8, state.picture.width, state.picture.height, 0, GL_RGB,
+                 GL_UNSIGNED_BYTE, state.picture.rgb.data());
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+/// Binds the checker or the picture, in coordinates of the texture.
+void MapPaint::begin_texturing(const State& state) {
+    const bool is_checker = state.display == Display::checker;
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, is_checker ? checker_ : picture_);
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    glMatrixMode(GL_TEXTURE);
+    glLoadIdentity();
+    if (is_checker) {
+        glScaled(state.subject.texture.width / (2.0 * k_checker_texels),
+                 state.subject.texture.height / (2.0 * k_checker_texels), 1.0);
+    } else { // the picture's first row is its top
+        glTranslated(0.0, 1.0, 0.0);
+        glScaled(1.0, -1.0, 1.0);
+    }
+    glMatrixMode(GL_MODELVIEW);
 }
 
 void MapPaint::set_white_chart(const State& state, uint32_t chart) {
@@ -94,16 +132,9 @@ void MapPaint::paint_triangles(const State& state, const float* places, int dime
     const auto corners = static_cast<GLsizei>(3 * state.map.triangle_count());
     if (corners == 0)
         return;
-    const bool is_checker = state.display == Display::checker;
-    if (is_checker) {
-        glEnable(GL_TEXTURE_2D);
-        glBindTexture(GL_TEXTURE_2D, checker_);
-        glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
-        glMatrixMode(GL_TEXTURE);
-        glLoadIdentity();
-        glScaled(state.subject.texture.width / (2.0 * k_checker_texels),
-                 state.subject.texture.height / (2.0 * k_checker_texels), 1.0);
-        glMatrixMode(GL_MODELVIEW);
+    const bool has_picture = state.display == Display::picture && picture_ != 0;
+    if (state.display == Display::checker || has_picture) {
+        begin_texturing(state);
         glTexCoordPointer(2, GL_FLOAT, 0, state.map.uvs().data());
         glEnableClientState(GL_TEXTURE_COORD_ARRAY);
     }
@@ -218,10 +249,23 @@ void MapPaint::paint_marked(const State& state) const {
     glDisable(GL_BLEND);
 }
 
-/// Draws the seams of UVs that no unwrap made, in the colour that unwraps give seams they keep.
+/// Draws the selected edges, on both sides of a seam.
+void MapPaint::paint_picked(const State& state) const {
+    if (state.picked_uvs.empty())
+        return;
+    set_colour(colour::warm, 1.0f);
+    glLineWidth(3.0f);
+    glVertexPointer(2, GL_FLOAT, 0, state.picked_uvs.data());
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(state.picked_uvs.size() / 2));
+    glDisableClientState(GL_VERTEX_ARRAY);
+}
+
+/// Draws the seams of UVs that no unwrap made, or that were edited after it, in the colour that
+/// unwraps give seams they keep.
 /// Expects the camera's matrices and the mesh's.
 void MapPaint::paint_seams(const State& state) const {
-    if (state.subject.node || state.map.seams().empty())
+    if (state.shows_overlay() || state.map.seams().empty())
         return;
     glDisable(GL_BLEND);
     glDepthFunc(GL_LEQUAL);
@@ -231,6 +275,23 @@ void MapPaint::paint_seams(const State& state) const {
     glEnableClientState(GL_VERTEX_ARRAY);
     glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(state.map.seams().size() / 3));
     glDisableClientState(GL_VERTEX_ARRAY);
+}
+
+/// Draws the unit square, with the picture on it in that mode.
+void MapPaint::paint_background(const State& state) {
+    if (state.display != Display::picture || picture_ == 0) {
+        glColor4f(0.215f, 0.222f, 0.236f, 1.0f);
+        return quad(0.0, 0.0, 1.0, 1.0);
+    }
+    begin_texturing(state);
+    glColor4f(0.55f, 0.55f, 0.55f, 1.0f); // darker than under the charts
+    glBegin(GL_QUADS);
+    for (const auto& [u, v] : {std::pair(0.0, 0.0), {1.0, 0.0}, {1.0, 1.0}, {0.0, 1.0}}) {
+        glTexCoord2d(u, v);
+        glVertex2d(u, v);
+    }
+    glEnd();
+    glDisable(GL_TEXTURE_2D);
 }
 
 void MapPaint::paint_texture(const State& state, const UvView& view, bool has_grid) {
@@ -251,8 +312,7 @@ void MapPaint::paint_texture(const State& state, const UvView& view, bool has_gr
     view.to_pixel(0.0, 0.0, x, y);
     glTranslated(x, y, 0.0);
     glScaled(view.pixels_per_unit(0), -view.pixels_per_unit(1), 1.0);
-    glColor4f(0.215f, 0.222f, 0.236f, 1.0f);
-    quad(0.0, 0.0, 1.0, 1.0);
+    paint_background(state);
     paint_gutter(state, view);
     paint_triangles(state, state.map.uvs().data(), 2);
     if (has_grid)
@@ -260,6 +320,7 @@ void MapPaint::paint_texture(const State& state, const UvView& view, bool has_gr
     paint_outline(state);
     paint_lit(state);
     paint_marked(state);
+    paint_picked(state);
     glLineWidth(1.0f);
     glColor4f(0.42f, 0.45f, 0.50f, 1.0f);
     glBegin(GL_LINE_LOOP);

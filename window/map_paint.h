@@ -25,6 +25,9 @@ public:
 
 private:
     void update_arrays(const State& state);
+    void update_picture(const State& state);
+    void begin_texturing(const State& state);
+    void paint_background(const State& state);
     void set_white_chart(const State& state, uint32_t chart);
     void paint_triangles(const State& state, const float* places, int dimensions);
     void paint_tint(const State& state);
@@ -33,6 +36,7 @@ private:
     void paint_outline(const State& state) const;
     void paint_lit(const State& state) const;
     void paint_marked(const State& state) const;
+    void paint_picked(const State& state) const;
     void paint_seams(const State& state) const;
 
     size_t revision_ = 0;
@@ -40,6 +44,8 @@ private:
     std::vector<uint32_t> colours_;
     uint32_t white_chart_ = k_none; ///< the chart set to white in colours_
     GLuint checker_ = 0;
+    GLuint picture_ = 0;
+    size_t picture_revision_ = 0;
 };
 
 } // namespace window

@@ -2,6 +2,7 @@
 
 #include "host/ui/menus.h"
 #include "window/preferences.h"
+#include "window/tool_bar.h"
 
 #include <GLFW/glfw3.h>
 #include <filesystem>
@@ -45,9 +46,6 @@ constexpr Item k_window[] = {{"Panels", "F2", Action::focus_panels, nullptr},
 constexpr Item k_help[] = {{"Keyboard and mouse", "F1", Action::help, nullptr},
                            {"About Tessora", nullptr, Action::about, nullptr}};
 
-/// Keeps the seams that are there and adds as few as can be.
-constexpr const char* k_along_seams = "tessora -keep_seams on -stretch 1;";
-
 template <size_t N>
 Action draw_items(State& state, const Item (&items)[N]) {
     Action action = Action::none;
@@ -86,12 +84,15 @@ void draw_edit(State& state) {
 
 void draw_display(State& state) {
     ImGui::Separator();
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < k_display_count; ++i) {
         const char key[] = {static_cast<char>('4' + i), 0};
         if (ImGui::MenuItem(k_display_names[i], key, static_cast<int>(state.display) == i))
-            state.display = static_cast<Display>(i);
+            state.show(static_cast<Display>(i));
         state.places.add_item(std::string("menuitem/") + k_display_names[i]);
     }
+    if (ImGui::MenuItem("Picture as texture…"))
+        state.wants_picture = true;
+    state.places.add_item("menuitem/Picture as texture…");
 }
 
 void draw_scales(State& state) {
@@ -149,9 +150,13 @@ void draw_mesh(State& state) {
     item("Unwrap", nullptr, has_mesh, "tessora;");
     item("Unwrap again", nullptr, static_cast<bool>(state.subject.node), state.unwrap_again());
     item("Unwrap along the seams", nullptr, !state.map.charts().empty(), k_along_seams);
+    item("Suggest the rest of the seams", nullptr, !state.map.charts().empty(), k_suggest_rest);
     ImGui::Separator();
-    item("Cut the selected edges", "C", has_mesh, "polyMapCut;");
-    item("Sew the selected edges", "S", has_mesh, "polyMapSew;");
+    if (ImGui::MenuItem("Pick edges", "E", state.picks_edges))
+        state.picks_edges = !state.picks_edges;
+    state.places.add_item("menuitem/Pick edges");
+    item("Cut the picked edges", "C", has_mesh, statement_cutting(state));
+    item("Sew the picked edges", "S", has_mesh, statement_sewing(state));
     ImGui::Separator();
     item("Delete history", nullptr, has_mesh, "delete -constructionHistory;");
 }
@@ -285,18 +290,21 @@ Action pressed_action(State& state) {
         return Action::none;
     if (pressed(GLFW_KEY_DELETE))
         state.run("delete;");
+    if (pressed(GLFW_KEY_E))
+        state.picks_edges = !state.picks_edges;
     if (pressed(GLFW_KEY_C))
-        state.run("polyMapCut;");
+        state.run(statement_cutting(state));
     if (pressed(GLFW_KEY_S))
-        state.run("polyMapSew;");
-    for (int i = 0; i < 4; ++i)
+        state.run(statement_sewing(state));
+    for (int i = 0; i < k_display_count; ++i)
         if (pressed(GLFW_KEY_4 + i))
-            state.display = static_cast<Display>(i);
+            state.show(static_cast<Display>(i));
     if (ImGui::IsKeyPressed(GLFW_KEY_RIGHT_BRACKET))
         return Action::next_chart;
     return ImGui::IsKeyPressed(GLFW_KEY_LEFT_BRACKET) ? Action::previous_chart : Action::none;
 }
 
+/// Table of all keys and mouse actions, for the help window.
 const std::vector<Shortcut>& shortcuts() {
     static const std::vector<Shortcut> list = {
         {"Ctrl+N, O, I", "new scene, open, import"},
@@ -304,7 +312,8 @@ const std::vector<Shortcut>& shortcuts() {
         {"Ctrl+Z, Ctrl+Shift+Z", "undo, redo"},
         {"click, Ctrl+A", "select a mesh, all meshes"},
         {"Ctrl+U", "the options of Tessora"},
-        {"C, S", "cut, sew the UVs along the selected edges"},
+        {"E", "pick edges instead of meshes, or meshes again"},
+        {"C, S", "cut, sew the UVs along the picked edges"},
         {"Ctrl+Q", "quit"},
         {"Alt or F10, arrows, Enter", "the menus"},
         {"Tab, Shift+Tab, arrows, Space", "from control to control in a dialog or panel"},
@@ -312,13 +321,15 @@ const std::vector<Shortcut>& shortcuts() {
         {"Esc", "stop what is being computed"},
         {"Ctrl+Tab", "from window to window"},
         {"F2, F3, F4, F5", "to the panels, the UVs, the attributes, the console"},
-        {"4, 5, 6, 7", "show plain, charts, checker, stretch"},
+        {"4, 5, 6, 7, 8, 9", "show plain, charts, checker, stretch, density, a picture"},
         {"[ and ]", "light up the previous or the next chart; Esc: none"},
         {"", ""},
         {"In a model panel", ""},
         {"left drag, Alt+left drag, arrows", "turn (the flat views: move)"},
         {"middle drag, Shift+left drag, Shift+arrows", "move"},
         {"wheel, right drag, + and -", "nearer, farther"},
+        {"picking edges: click, double click", "the edge, its loop"},
+        {"Shift+click, left drag, Ctrl", "the way from the last edge, those inside, add"},
         {"F, A", "frame the selection, frame everything"},
         {"1, 2, 3, 0", "use the top, front, side, persp panel"},
         {"Space", "that panel alone, or all four"},
@@ -327,6 +338,8 @@ const std::vector<Shortcut>& shortcuts() {
         {"drag, arrows; wheel, + and -", "move; zoom"},
         {"Space", "the texture alone, or beside the panels"},
         {"F, A", "show the lit chart, show everything"},
+        {"click, Ctrl+click", "keep a chart lit, pick several"},
+        {"M, drag, Shift", "move charts by whole texels, along one axis"},
         {"", ""},
         {"In the console", ""},
         {"Enter; up, down; Tab", "run; earlier and later statements; complete"},

@@ -4,6 +4,8 @@
 #include "host/script/value.h"
 #include "host/ui/panels.h"
 #include "host/view/scene_shapes.h"
+#include "window/legend.h"
+#include "window/welcome.h"
 
 #include <GLFW/glfw3.h>
 #include <cmath>
@@ -15,17 +17,6 @@ namespace {
 constexpr int k_gap = 2; // pixels between panels
 
 double real(float value) { return static_cast<double>(value); }
-
-/// The ray through a pixel of a panel, in the space of a shape.
-Ray ray_at(host::GlPanels& panels, int panel, double x, double y, const MMatrix& to_world) {
-    MPoint origin;
-    MVector direction;
-    host::ray_through(panels.camera_view(panel), panels.viewport(panel), x, y, origin, direction);
-    const MMatrix inverse = to_world.inverse();
-    const MPoint from = origin * inverse;
-    const MVector along = direction * inverse;
-    return {{from.x, from.y, from.z}, {along.x, along.y, along.z}};
-}
 
 } // namespace
 
@@ -169,7 +160,7 @@ void ModelPanels::hover(int panel, double x, double y) {
         if (shape.node != state_.subject.shape.get())
             continue;
         const uint32_t hit =
-            state_.mesh_picker().first_hit(ray_at(panels_, panel, x, y, shape.to_world));
+            state_.mesh_picker().first_hit(ray_at(panels_, panel, {x, y}, shape.to_world));
         if (hit != k_none)
             state_.hovered = state_.map.triangle_chart()[hit];
     }
@@ -181,7 +172,7 @@ void ModelPanels::select(int panel, double x, double y, bool adds) {
     for (const host::VisibleShape& shape : host::visible_shapes()) {
         if (!shape.node->mesh() || shape.path.size() < 2)
             continue;
-        const Ray ray = ray_at(panels_, panel, x, y, shape.to_world);
+        const Ray ray = ray_at(panels_, panel, {x, y}, shape.to_world);
         double here = 0.0;
         const bool is_subject = shape.node == state_.subject.shape.get();
         const UvMap other =
@@ -200,41 +191,94 @@ void ModelPanels::select(int panel, double x, double y, bool adds) {
         state_.run("select -clear;");
 }
 
-void ModelPanels::react(float left, float top) {
+/// Whether a drag that begins now is a line around edges.
+bool ModelPanels::is_lasso() const {
+    return state_.picks_edges && ImGui::IsMouseDown(ImGuiMouseButton_Left) &&
+           !ImGui::GetIO().KeyAlt;
+}
+
+/// ImGui measures the time between two presses when it draws them. Where the first click takes long
+/// to show, the second one has waited and comes in one of the next frames.
+bool ModelPanels::is_double_click(const ScreenPoint& place) const {
+    constexpr int k_frames = 3;
+    const bool is_near =
+        std::abs(place.x - click_place_.x) + std::abs(place.y - click_place_.y) < 6;
+    return ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left) ||
+           (is_near && ImGui::GetFrameCount() - click_frame_ <= k_frames);
+}
+
+void ModelPanels::take_click(const ScreenPoint& place) {
     const ImGuiIO& io = ImGui::GetIO();
-    const double x = real(io.MousePos.x - left);
-    const double y = target_.height() - 1.0 - real(io.MousePos.y - top);
-    const int under = panel_at(x, y);
-    if (ImGui::IsItemActivated() && under >= 0) {
-        dragged_ = under;
-        drag_length_ = 0.0f;
-        host::set_active_panel(under);
+    click_frame_ = ImGui::GetFrameCount();
+    click_place_ = place;
+    if (state_.picks_edges) {
+        const auto mode = io.KeyShift  ? EdgeTool::Mode::path
+                          : io.KeyCtrl ? EdgeTool::Mode::add
+                                       : EdgeTool::Mode::replace;
+        return edges_.click(place, dragged_, mode, is_double_);
     }
-    const bool is_click = ImGui::IsItemDeactivated() && dragged_ >= 0 && drag_length_ < 4.0f;
-    if (is_click && ImGui::IsMouseReleased(ImGuiMouseButton_Left)) {
-        hover(dragged_, x, y);
-        state_.chosen = state_.hovered; // stays lit when the pointer leaves
-        select(dragged_, x, y, io.KeyShift || io.KeyCtrl);
-    }
-    if (ImGui::IsItemActive()) {
-        drag_length_ += std::fabs(io.MouseDelta.x) + std::fabs(io.MouseDelta.y);
-        if (dragged_ >= 0 && (io.MouseDelta.x != 0.0f || io.MouseDelta.y != 0.0f))
-            drag(dragged_, io.MouseDelta.x, io.MouseDelta.y);
+    hover(dragged_, place.x, place.y);
+    state_.chosen = state_.hovered; // stays lit when the pointer leaves
+    select(dragged_, place.x, place.y, io.KeyShift || io.KeyCtrl);
+}
+
+void ModelPanels::take_drag(const ScreenPoint& place) {
+    const ImVec2 moved = ImGui::GetIO().MouseDelta;
+    drag_length_ += std::fabs(moved.x) + std::fabs(moved.y);
+    if (dragged_ < 0 || (moved.x == 0.0f && moved.y == 0.0f))
         return;
-    }
-    dragged_ = -1;
+    if (draws_lasso_)
+        edges_.drag(place);
+    else
+        drag(dragged_, moved.x, moved.y);
+}
+
+void ModelPanels::take_motion(const ScreenPoint& place, int under) {
+    const ImGuiIO& io = ImGui::GetIO();
     const bool was_over = is_over_;
     is_over_ = ImGui::IsItemHovered();
-    if (was_over && !is_over_)
+    if (was_over && !is_over_) {
         state_.hovered = k_none;
+        edges_.hover(-1, place);
+    }
     if (!is_over_)
         return;
     if (under >= 0 && io.MouseWheel != 0.0f) {
         host::zoom(host::panel_camera(under), std::pow(1.15, real(io.MouseWheel)));
         wants_paint_ = true;
     }
-    if (io.MouseDelta.x != 0.0f || io.MouseDelta.y != 0.0f)
-        hover(under, x, y);
+    if (io.MouseDelta.x == 0.0f && io.MouseDelta.y == 0.0f && io.MouseWheel == 0.0f)
+        return;
+    hover(under, place.x, place.y);
+    edges_.hover(state_.picks_edges ? under : -1, place);
+}
+
+void ModelPanels::react(float left, float top) {
+    const ImGuiIO& io = ImGui::GetIO();
+    const ScreenPoint place = {real(io.MousePos.x - left),
+                               target_.height() - 1.0 - real(io.MousePos.y - top)};
+    const int under = panel_at(place.x, place.y);
+    if (ImGui::IsItemActivated() && under >= 0) {
+        dragged_ = under;
+        drag_length_ = 0.0f;
+        is_double_ = is_double_click(place);
+        draws_lasso_ = is_lasso();
+        if (draws_lasso_)
+            edges_.begin_line(place);
+        host::set_active_panel(under);
+    }
+    if (ImGui::IsItemDeactivated() && dragged_ >= 0) {
+        const bool is_click = drag_length_ < 4.0f;
+        if (is_click && ImGui::IsMouseReleased(ImGuiMouseButton_Left))
+            take_click(place);
+        if (draws_lasso_ && !is_click)
+            edges_.drop(dragged_, io.KeyCtrl || io.KeyShift);
+        draws_lasso_ = false;
+    }
+    if (ImGui::IsItemActive())
+        return take_drag(place);
+    dragged_ = -1;
+    take_motion(place, under);
 }
 
 void ModelPanels::keys() {
@@ -306,34 +350,13 @@ void ModelPanels::draw_over(float left, float top) {
             list->AddRect(low, {low.x + size.x, low.y + size.y},
                           ImGui::GetColorU32(colour::accent));
     }
+    const host::Viewport& v = panels_.viewport(active());
+    draw_legend(state_, left + static_cast<float>(v.x + v.width),
+                top + static_cast<float>(target_.height() - v.y - v.height) + 14.0f * state_.scale,
+                static_cast<float>(v.width), true);
     if (!state_.subject.shape)
-        draw_welcome(left, top);
-}
-
-void ModelPanels::draw_welcome(float left, float top) const {
-    const std::pair<const char*, ImVec4> lines[] = {
-        {"Nothing to unwrap yet", colour::text},
-        {"Ctrl+O opens a mesh (.obj) or a scene (.ma); files can be dropped in", colour::text},
-        {"The Create menu makes a sphere or a torus to try", colour::text},
-        {"F1 shows all keys", colour::faint}};
-    ImDrawList* list = ImGui::GetWindowDrawList();
-    const float step = ImGui::GetTextLineHeight() + 8.0f;
-    const float middle = left + 0.5f * static_cast<float>(target_.width());
-    float width = 0.0f;
-    for (const auto& line : lines)
-        width = std::max(width, ImGui::CalcTextSize(line.first).x);
-    const float height = 4.0f * step + 18.0f;
-    const ImVec2 low(middle - 0.5f * width - 24.0f,
-                     top + 0.5f * (static_cast<float>(target_.height()) - height));
-    list->AddRectFilled(
-        low, {low.x + width + 48.0f, low.y + height},
-        ImGui::GetColorU32({colour::panel.x, colour::panel.y, colour::panel.z, 0.94f}), 6.0f);
-    float y = low.y + 13.0f;
-    for (const auto& [words, tone] : lines) {
-        list->AddText({std::floor(middle - 0.5f * ImGui::CalcTextSize(words).x), std::floor(y)},
-                      ImGui::GetColorU32(tone), words);
-        y += step;
-    }
+        draw_welcome(state_, left, top, static_cast<float>(target_.width()),
+                     static_cast<float>(target_.height()));
 }
 
 void ModelPanels::draw(bool is_live) {
@@ -351,6 +374,7 @@ void ModelPanels::draw(bool is_live) {
     ImGui::InvisibleButton("##panels", size,
                            ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonMiddle |
                                ImGuiButtonFlags_MouseButtonRight);
+    ImGui::SetItemAllowOverlap(); // for the buttons of an empty scene
     has_focus_ = ImGui::IsWindowFocused();
     if (is_live) {
         react(corner.x, corner.y);
@@ -366,6 +390,10 @@ void ModelPanels::draw(bool is_live) {
         reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), corner,
         {corner.x + size.x, corner.y + size.y}, {0.0f, 1.0f}, {1.0f, 0.0f});
     draw_over(corner.x, corner.y);
+    if (!state_.picks_edges)
+        return;
+    edges_.draw(ImGui::GetWindowDrawList(), corner.x, corner.y + size.y - 1.0f);
+    edges_.add_places(active(), corner.x, corner.y + size.y - 1.0f);
 }
 
 } // namespace window

@@ -2,13 +2,15 @@
 /// selection, and highlighting of the chart under the pointer.
 ///
 /// Mouse: click selects (Shift or Ctrl adds to the selection); left drag orbits, middle drag or
-/// Shift+left drag pans, right drag and wheel zoom. Keys act on the active panel: arrows orbit (pan
-/// in orthographic views), Shift+arrows pan, + and - zoom, F frames the selection, A frames
-/// everything, Space toggles between one panel and four.
+/// Shift+left drag pans, right drag and wheel zoom. While edges are picked, click and left drag are
+/// those of window/edge_tool.h, and Alt+left drag orbits. Keys act on the active panel: arrows
+/// orbit (pan in orthographic views), Shift+arrows pan, + and - zoom, F frames the selection, A
+/// frames everything, Space toggles between one panel and four.
 #pragma once
 
 #include "host/graph/callbacks.h"
 #include "host/view/gl_panels.h"
+#include "window/edge_tool.h"
 #include "window/gl_target.h"
 #include "window/map_paint.h"
 
@@ -38,6 +40,11 @@ private:
     void lay_out(int width, int height);
     void paint_if_needed();
     void react(float left, float top);
+    void take_click(const ScreenPoint& place);
+    void take_drag(const ScreenPoint& place);
+    void take_motion(const ScreenPoint& place, int under);
+    bool is_lasso() const;
+    bool is_double_click(const ScreenPoint& place) const;
     void drag(int panel, float dx, float dy);
     void hover(int panel, double x, double y);
     /// Selects the nearest mesh under the pointer; `adds` keeps the present selection.
@@ -47,7 +54,6 @@ private:
     void tint();
     void draw_name(int panel, float left, float top) const;
     void draw_over(float left, float top);
-    void draw_welcome(float left, float top) const;
     int panel_at(double x, double y) const;
 
     State& state_;
@@ -55,6 +61,7 @@ private:
     MapPaint paint_;
     host::GlPanels panels_;
     std::vector<host::graph::CallbackId> callbacks_;
+    EdgeTool edges_{state_, panels_};
     bool is_alone_ = false;
     bool has_focus_ = false;
     bool is_over_ = false; ///< the pointer is over the panels
@@ -62,6 +69,10 @@ private:
     bool wants_frame_ = true;
     int dragged_ = -1;         ///< panel being dragged in; -1 if none
     float drag_length_ = 0.0f; ///< pixels since the button went down
+    bool is_double_ = false;   ///< the button went down for the second time
+    int click_frame_ = -100;   ///< the frame of the last click
+    ScreenPoint click_place_;  ///< and its place
+    bool draws_lasso_ = false; ///< the drag is a line around edges
     uint32_t lit_ = k_none;
     size_t lit_revision_ = 0, scene_revision_ = 0;
     Display display_ = Display::plain;

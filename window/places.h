@@ -13,6 +13,7 @@ public:
     /// `file`: where to write; empty disables writing.
     explicit Places(std::string file = std::string()) : file_(std::move(file)) {}
 
+    bool is_kept() const { return !file_.empty(); }
     void begin_frame() { now_.clear(); }
     void add(const std::string& name, float left, float top, float width, float height);
     /// Adds the ImGui item drawn last; also NAME/active and NAME/focused if it is.

@@ -127,7 +127,7 @@ void draw_breaches(State& state) {
         ImGui::PushStyleColor(ImGuiCol_Text, colour::warning);
         const std::string line = breach.sentence + "###" + breach.name;
         if (ImGui::Selectable(line.c_str()) && !breach.polygons.empty())
-            state.run(statement_selecting(state.subject.shape_name(), breach.polygons));
+            state.run(statement_selecting(state.subject.shape_name(), breach.polygons, 'f'));
         ImGui::PopStyleColor();
         state.places.add_item(std::string("verdict/") + breach.name);
         if (ImGui::IsItemHovered() && !breach.polygons.empty())
@@ -173,6 +173,10 @@ void draw_results(State& state) {
         result(state, "Coverage", shown("%.1f %%", 100.0 * map.coverage()),
                map.coverage() > 1.0 ? colour::warning : colour::text);
         result(state, "Worst stretch", shown("%.4f", map.worst_stretch()));
+        if (has_charts && ImGui::IsItemHovered())
+            ImGui::SetTooltip("Click: light the chart with the most stretch; F frames it");
+        if (has_charts && ImGui::IsItemClicked())
+            state.chosen = map.worst_chart();
         result(state, "L2 stretch", shown("%.4f", map.l2_stretch()));
         ImGui::EndTable();
     }

@@ -82,7 +82,7 @@ void State::refresh() {
         breaches_.reset();
         ++map_revision;
     }
-    take_marked();
+    take_selection();
     take_rows();
     const host::graph::UndoQueue& queue = host::graph::UndoQueue::current();
     undo_name = queue.undo_name();
@@ -91,12 +91,18 @@ void State::refresh() {
     ++scene_revision;
 }
 
-void State::take_marked() {
+void State::take_selection() {
     marked.clear();
+    picked.clear();
+    picked_uvs.clear();
     std::vector<bool> is_marked;
+    std::vector<int> edges;
     for (const host::graph::SelectionItem& item : host::graph::Scene::current().selection()) {
-        if (!item.component || item.component->kind() != host::graph::ComponentKind::face ||
-            item.node.get() != subject.shape.get())
+        if (!item.component || item.node.get() != subject.shape.get())
+            continue;
+        if (item.component->kind() == host::graph::ComponentKind::edge)
+            edges.insert(edges.end(), item.component->ids().begin(), item.component->ids().end());
+        if (item.component->kind() != host::graph::ComponentKind::face)
             continue;
         is_marked.resize(subject.mesh.connectivity().polygon_count());
         for (const int face : item.component->ids())
@@ -105,6 +111,31 @@ void State::take_marked() {
     for (uint32_t t = 0; !is_marked.empty() && t < map.triangle_count(); ++t)
         if (is_marked[map.triangle_polygon()[t]])
             marked.push_back(t);
+    take_picked(edges);
+}
+
+void State::take_picked(const std::vector<int>& edges) {
+    picked.assign(edges.begin(), edges.end());
+    std::sort(picked.begin(), picked.end());
+    picked.erase(std::unique(picked.begin(), picked.end()), picked.end());
+    if (subject.uv_set < 0)
+        return;
+    const host::Connectivity& polygons = subject.mesh.connectivity();
+    const host::UvSet& set = subject.mesh.uv_set(uint32_t(subject.uv_set));
+    for (const uint32_t edge : picked)
+        for (const uint32_t polygon : polygons.edge_polygons(edge)) {
+            const host::IndexSpan sides = polygons.polygon_edges(polygon);
+            const auto side = uint32_t(std::find(sides.begin(), sides.end(), edge) - sides.begin());
+            for (const uint32_t corner : {side, (side + 1) % polygons.corners_of(polygon)}) {
+                const int32_t uv = set.corner_uvs[polygons.first_corner(polygon) + corner];
+                picked_uvs.push_back(uv < 0 ? 0.0f : set.u[size_t(uv)]);
+                picked_uvs.push_back(uv < 0 ? 0.0f : set.v[size_t(uv)]);
+            }
+        }
+}
+
+std::string State::shape_path() const {
+    return host::graph::full_name(subject.shape->as_dag_node()->path());
 }
 
 const std::vector<measure::Breach>& State::breaches() {
@@ -212,10 +243,8 @@ void State::run(const std::string& statements) {
 }
 
 void State::run_on_shown(const std::string& statements) {
-    if (host::graph::Scene::current().selection().empty() && subject.shape) {
-        auto* shape = subject.shape->as_dag_node();
-        run("select " + host::script::quoted(host::graph::full_name(shape->path())) + ";");
-    }
+    if (host::graph::Scene::current().selection().empty() && subject.shape)
+        run("select " + host::script::quoted(shape_path()) + ";");
     run(statements);
 }
 
@@ -246,7 +275,11 @@ uint32_t triangle_colour(const UvMap& map, uint32_t triangle, Display display) {
     const uint32_t chart = map.triangle_chart()[triangle];
     if (chart == k_none || display == Display::plain)
         return k_flat;
-    return display == Display::stretch ? stretch_colour(map.triangle_stretch()[triangle])
+    if (display == Display::picture)
+        return 0xFFFFFFFFu;
+    if (display == Display::stretch)
+        return stretch_colour(map.triangle_stretch()[triangle]);
+    return display == Display::density ? stretch_colour(map.triangle_density()[triangle])
                                        : chart_colour(chart);
 }
 

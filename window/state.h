@@ -12,6 +12,7 @@
 #include "window/places.h"
 #include "window/settings.h"
 #include "window/subject.h"
+#include "window/texture_picture.h"
 #include "window/theme.h"
 #include "window/uv_map.h"
 
@@ -23,8 +24,10 @@
 namespace window {
 
 /// Display mode of charts, in the texture and on the mesh.
-enum class Display { plain, charts, checker, stretch };
-inline constexpr const char* k_display_names[] = {"Plain", "Charts", "Checker", "Stretch"};
+enum class Display { plain, charts, checker, stretch, density, picture };
+inline constexpr const char* k_display_names[] = {"Plain",   "Charts",  "Checker",
+                                                  "Stretch", "Density", "Picture"};
+inline constexpr int k_display_count = 6;
 
 /// The unwrap node recomputes when this is 0, and then sets it to 1.
 inline constexpr const char* k_skip_attribute = "Skip_compute";
@@ -76,15 +79,29 @@ struct State {
     std::string wanted_file;    ///< picked from the recent files; empty if none
 
     Display display = Display::charts;
-    std::vector<uint32_t> marked; ///< triangles of the selected polygons
-    uint32_t hovered = k_none;    ///< the chart under the pointer, in any panel
-    uint32_t chosen = k_none;     ///< the chart selected by keyboard
+    TexturePicture picture;        ///< shown as the texture in that mode
+    size_t picture_revision = 0;   ///< increases with every picture read
+    bool wants_picture = false;    ///< a file of it is to be chosen
+    int walk_step = -1;            ///< of the walk for new users; negative: it is not on
+    bool is_live = false;          ///< cuts go before the unwrap node, which follows them at once
+    bool is_waiting = false;       ///< Live is late: a child process still unwraps
+    size_t live_results = 0;       ///< received so far
+    bool picks_edges = false;      ///< the mouse picks edges on the mesh, not objects
+    std::vector<uint32_t> marked;  ///< triangles of the selected polygons
+    std::vector<uint32_t> picked;  ///< selected edges of the mesh shown, ascending
+    std::vector<float> picked_uvs; ///< these in the texture: u0 v0 u1 v1 for each side of an edge
+    uint32_t hovered = k_none;     ///< the chart under the pointer, in any panel
+    uint32_t chosen = k_none;      ///< the chart selected by keyboard
     /// The chart to highlight; k_none if none.
     uint32_t lit() const { return hovered != k_none ? hovered : chosen; }
 
     /// Updates the snapshot from the scene, without evaluating nodes.
     void refresh();
+    /// Whether the unwrap node draws its seams itself, because they are those of the shown UVs.
+    bool shows_overlay() const { return subject.node && !subject.has_later_edits && !is_live; }
     MeshPicker& mesh_picker();
+    /// The path of the shape shown, as statements name it; there must be one.
+    std::string shape_path() const;
     /// The guarantees that the UVs break; computed once for every map.
     const std::vector<measure::Breach>& breaches();
     /// Whether computing them is quick enough to be done without being asked.
@@ -92,6 +109,11 @@ struct State {
     bool has_checked() const { return breaches_.has_value(); }
     /// Shows words in the status line.
     void say(const std::string& words);
+    /// Switches the display; a mode that lacks its picture asks for one.
+    void show(Display mode) {
+        display = mode;
+        wants_picture = mode == Display::picture && picture.is_empty();
+    }
     /// Says so if there is nothing to undo or redo.
     void undo();
     void redo();
@@ -112,7 +134,8 @@ private:
         int uv_set = -1;
         std::vector<ShownAttribute> rows;
     };
-    void take_marked();
+    void take_selection();
+    void take_picked(const std::vector<int>& edges);
     void take_rows();
     void explain_rows();
     void compare_rows();

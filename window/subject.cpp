@@ -100,9 +100,11 @@ Subject find_subject(const Subject& last) {
     subject.shape = shape;
     subject.mesh = *mesh;
     subject.uv_set = mesh->current_uv_set();
-    for (Node* node : Scene::current().history_of(*shape, false))
+    const std::vector<Node*> history = Scene::current().history_of(*shape, false);
+    for (Node* node : history)
         if (node->node_type().name == k_unwrap_node) {
             subject.node = node;
+            subject.has_later_edits = node != history.front();
             read_settings(*node, subject);
             break;
         }
@@ -112,7 +114,8 @@ Subject find_subject(const Subject& last) {
 bool update_meshes() {
     bool is_good = true;
     for (MeshNode* mesh : visible_meshes())
-        is_good = !mesh->refresh().error() && is_good;
+        // A node whose overlay was switched computes with the second request only.
+        is_good = mesh->refresh() && mesh->refresh() && is_good;
     return is_good;
 }
 

@@ -16,9 +16,10 @@ struct Subject {
     host::Ref<host::graph::Node> shape; ///< null if the scene has no mesh
     host::Ref<host::graph::Node> node;  ///< last unwrap node in its history, or null
     host::Mesh mesh;                    ///< shares storage with the shape
-    int uv_set = -1;          ///< the set that `node` writes, else the current one; -1 if none
-    measure::Texture texture; ///< size set on `node`, else 512 x 512
-    double gutter = 2.0;      ///< texels
+    int uv_set = -1;              ///< the set that `node` writes, else the current one; -1 if none
+    measure::Texture texture;     ///< size set on `node`, else 512 x 512
+    double gutter = 2.0;          ///< texels
+    bool has_later_edits = false; ///< the UVs were edited after `node` made them
 
     std::string shape_name() const { return shape ? name_of(shape) : std::string(); }
     std::string node_name() const { return node ? name_of(node) : std::string(); }

@@ -87,7 +87,9 @@ void UvMap::fill_charts(const measure::Layout& layout, const measure::Texture& t
 void UvMap::fill_stretch(const std::vector<measure::TriangleMap>& maps,
                          const measure::StretchSum& whole) {
     const double density2 = whole.area > 0.0 ? whole.texel_area / whole.area : 0;
+    density_ = std::sqrt(density2);
     triangle_stretch_.assign(triangle_count(), 0.0f);
+    triangle_density_.assign(triangle_count(), 0.0f);
     for (uint32_t t = 0; t < triangle_count(); ++t) {
         const uint32_t c = triangle_chart_[t];
         if (c == k_none) {
@@ -95,6 +97,9 @@ void UvMap::fill_stretch(const std::vector<measure::TriangleMap>& maps,
             continue;
         }
         const measure::TriangleMap& map = maps[t];
+        if (map.smaller > 0.0 && density_ > 0.0)
+            triangle_density_[t] =
+                static_cast<float>(std::sqrt(map.smaller * map.larger) / density_);
         if (map.smaller > 0.0)
             triangle_stretch_[t] = static_cast<float>(
                 std::sqrt(0.5 * density2 *
@@ -222,6 +227,22 @@ uint32_t UvMap::triangle_at(double u, double v) const {
 uint32_t UvMap::chart_at(double u, double v) const {
     const uint32_t triangle = triangle_at(u, v);
     return triangle == k_none ? k_none : triangle_chart_[triangle];
+}
+
+std::vector<uint32_t> UvMap::polygons_of(uint32_t chart) const {
+    std::vector<uint32_t> polygons;
+    for (uint32_t t = 0; t < triangle_count(); ++t)
+        if (triangle_chart_[t] == chart &&
+            (polygons.empty() || polygons.back() != triangle_polygon_[t]))
+            polygons.push_back(triangle_polygon_[t]);
+    return polygons;
+}
+
+uint32_t UvMap::worst_chart() const {
+    const auto worst =
+        std::max_element(charts_.begin(), charts_.end(),
+                         [](const UvChart& a, const UvChart& b) { return a.stretch < b.stretch; });
+    return worst == charts_.end() ? k_none : static_cast<uint32_t>(worst - charts_.begin());
 }
 
 } // namespace window

@@ -48,6 +48,8 @@ public:
     const std::vector<float>& uvs() const { return uvs_; }
     /// L2 stretch per triangle relative to the layout's mean density, 1 = even, 0 if collapsed.
     const std::vector<float>& triangle_stretch() const { return triangle_stretch_; }
+    /// Texels per unit of length per triangle, relative to the layout's mean; 0 if collapsed.
+    const std::vector<float>& triangle_density() const { return triangle_density_; }
     /// Chart outlines. Shape: u0 v0 u1 v1 per edge; one chart per edge.
     const std::vector<float>& outline() const { return outline_; }
     const std::vector<uint32_t>& outline_chart() const { return outline_chart_; }
@@ -59,11 +61,16 @@ public:
     double coverage() const { return coverage_; }           ///< of the unit square, 0..1
     double worst_stretch() const { return worst_stretch_; } ///< maximum over charts, 0..1
     double l2_stretch() const { return l2_stretch_; }       ///< of the whole layout, >= 1
+    double density() const { return density_; }             ///< mean, texels per unit of length
     uint32_t unmapped() const { return unmapped_; }         ///< triangles without UVs
 
     /// The first triangle that contains a point of the texture, and its chart; k_none if none.
     uint32_t triangle_at(double u, double v) const;
     uint32_t chart_at(double u, double v) const;
+    /// The polygons of a chart, ascending.
+    std::vector<uint32_t> polygons_of(uint32_t chart) const;
+    /// The chart with the most stretch; k_none if there are no charts.
+    uint32_t worst_chart() const;
     /// Bounds of all charts; the unit square if there are none.
     const UvBox& box() const { return box_; }
 
@@ -82,10 +89,10 @@ private:
     int cell(double value, int axis) const;
 
     std::vector<uint32_t> triangle_chart_, triangle_polygon_;
-    std::vector<float> points_, uvs_, triangle_stretch_, outline_, seams_;
+    std::vector<float> points_, uvs_, triangle_stretch_, triangle_density_, outline_, seams_;
     std::vector<uint32_t> outline_chart_;
     std::vector<UvChart> charts_;
-    double coverage_ = 0.0, worst_stretch_ = 0.0, l2_stretch_ = 1.0;
+    double coverage_ = 0.0, worst_stretch_ = 0.0, l2_stretch_ = 1.0, density_ = 0.0;
     uint32_t unmapped_ = 0;
     UvBox box_;
     /// Uniform grid over box() for picking; triangles grouped by cell.

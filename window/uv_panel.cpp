@@ -1,7 +1,9 @@
 #include "window/uv_panel.h"
 
+#include "window/findings.h"
+#include "window/legend.h"
+
 #include <GLFW/glfw3.h>
-#include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <imgui.h>
@@ -20,14 +22,14 @@ void UvPanel::frame_all(const State& state) {
 }
 
 void UvPanel::header(State& state) {
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < k_display_count; ++i) {
         const bool is_on = static_cast<int>(state.display) == i;
         if (i > 0)
             ImGui::SameLine(0.0f, 2.0f);
         ImGui::PushStyleColor(ImGuiCol_Button,
                               is_on ? ImGui::GetStyle().Colors[ImGuiCol_Header] : colour::window);
         if (ImGui::Button(k_display_names[i]))
-            state.display = static_cast<Display>(i);
+            state.show(static_cast<Display>(i));
         ImGui::PopStyleColor();
         const std::string place = std::string("display/") + k_display_names[i];
         state.places.add_item(place);
@@ -38,6 +40,8 @@ void UvPanel::header(State& state) {
     if (ImGui::Checkbox("Texels", &has_grid_))
         wants_paint_ = true;
     state.places.add_item("display/Texels");
+    if (!state.map.charts().empty())
+        charts_.draw(state);
 }
 
 /// Returns whether Space was pressed.
@@ -72,6 +76,8 @@ bool UvPanel::keys(State& state) {
         }
         wants_paint_ = true;
     }
+    if (ImGui::IsKeyPressed(GLFW_KEY_M, false))
+        charts_.toggle();
     return ImGui::IsKeyPressed(GLFW_KEY_SPACE, false);
 }
 
@@ -86,7 +92,28 @@ void UvPanel::take_click(State& state, double x, double y) {
         return;
     double u, v;
     view_.to_uv(x, y, u, v);
-    state.chosen = state.map.chart_at(u, v);
+    const uint32_t chart = state.map.chart_at(u, v);
+    if (ImGui::GetIO().KeyCtrl && chart != k_none)
+        return state.run(statement_selecting(state.shape_path(), state.map.polygons_of(chart), 'f',
+                                             !state.marked.empty()));
+    state.chosen = chart;
+}
+
+/// While charts may be moved, a drag that begins on one moves it instead of the view.
+bool UvPanel::take_chart_drag(State& state, double x, double y) {
+    const ImGuiIO& io = ImGui::GetIO();
+    double u, v;
+    view_.to_uv(x, y, u, v);
+    if (ImGui::IsItemActivated() && ImGui::IsMouseDown(ImGuiMouseButton_Left))
+        charts_.begin(state, u, v);
+    if (!charts_.is_dragging())
+        return false;
+    if (ImGui::IsItemActive()) {
+        charts_.drag(state, u, v, io.KeyShift);
+        return true;
+    }
+    charts_.drop(state);
+    return false;
 }
 
 void UvPanel::react(State& state, float left, float top) {
@@ -94,7 +121,9 @@ void UvPanel::react(State& state, float left, float top) {
     const bool is_over = ImGui::IsItemHovered();
     const double x = static_cast<double>(io.MousePos.x - left);
     const double y = static_cast<double>(io.MousePos.y - top);
-    if (ImGui::IsItemActive() && (io.MouseDelta.x != 0.0f || io.MouseDelta.y != 0.0f)) {
+    const bool moves_charts = take_chart_drag(state, x, y);
+    if (!moves_charts && ImGui::IsItemActive() &&
+        (io.MouseDelta.x != 0.0f || io.MouseDelta.y != 0.0f)) {
         if (ImGui::IsMouseDown(ImGuiMouseButton_Right))
             view_.zoom(std::exp(0.01 * static_cast<double>(io.MouseDelta.x - io.MouseDelta.y)),
                        0.5 * view_.width(), 0.5 * view_.height());
@@ -158,26 +187,6 @@ void UvPanel::add_places(State& state, float left, float top) const {
         state.places.add("lit/" + std::to_string(state.lit() + 1), left, top, 0.0f, 0.0f);
 }
 
-/// Draws the colour scale of stretch from 1/2 to 2, logarithmic.
-void UvPanel::draw_legend(const State& state, float right, float middle) const {
-    ImDrawList* list = ImGui::GetWindowDrawList();
-    ImFont* font = state.fonts.small;
-    const auto put = [&](const char* words, float end) {
-        const ImVec2 size = font->CalcTextSizeA(font->FontSize, FLT_MAX, 0.0f, words);
-        list->AddText(font, font->FontSize, {end - size.x, middle - 0.5f * size.y},
-                      ImGui::GetColorU32(colour::text), words);
-        return end - size.x - 6.0f;
-    };
-    const float bar = std::min(140.0f * state.scale, 0.3f * static_cast<float>(view_.width()));
-    const float end = put("2", right - 8.0f);
-    for (int i = 0; i < static_cast<int>(bar); ++i) {
-        const float stretch = std::pow(2.0f, 2.0f * static_cast<float>(i) / bar - 1.0f);
-        const float x = end - bar + static_cast<float>(i);
-        list->AddRectFilled({x, middle - 4.0f}, {x + 1.0f, middle + 4.0f}, stretch_colour(stretch));
-    }
-    put("stretch", put("½", end - bar - 6.0f) - 4.0f);
-}
-
 /// Draws the line below the texture: its size, the gutter, and the colour scale.
 void UvPanel::footer(const State& state, float left, float top, float right, float height) const {
     const float middle = top + 0.5f * height;
@@ -188,8 +197,7 @@ void UvPanel::footer(const State& state, float left, float top, float right, flo
     ImGui::GetWindowDrawList()->AddText(font, font->FontSize,
                                         {left + 2.0f, middle - 0.5f * font->FontSize},
                                         ImGui::GetColorU32(colour::faint), words);
-    if (state.display == Display::stretch && !state.map.charts().empty())
-        draw_legend(state, right, middle);
+    draw_legend(state, right, middle, static_cast<float>(view_.width()), false);
 }
 
 void UvPanel::fit(const State& state, int width, int height) {
@@ -206,6 +214,7 @@ void UvPanel::draw_picture(State& state, const ImVec2& low, const ImVec2& high) 
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), low,
                    high, {0.0f, 1.0f}, {1.0f, 0.0f});
+    charts_.draw_dragged(state, view_, list, low.x, low.y);
     if (state.subject.shape && state.map.charts().empty())
         draw_invitation(state, low, high);
 }

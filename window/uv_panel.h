@@ -4,6 +4,7 @@
 /// frames the highlighted chart, A frames everything.
 #pragma once
 
+#include "window/chart_tool.h"
 #include "window/gl_target.h"
 #include "window/map_paint.h"
 
@@ -20,6 +21,7 @@ public:
 private:
     void react(State& state, float left, float top);
     void take_click(State& state, double x, double y);
+    bool take_chart_drag(State& state, double x, double y);
     bool keys(State& state);
     void draw_invitation(State& state, const ImVec2& low, const ImVec2& high) const;
     void header(State& state);
@@ -27,9 +29,9 @@ private:
     void fit(const State& state, int width, int height);
     void draw_picture(State& state, const ImVec2& low, const ImVec2& high) const;
     void footer(const State& state, float left, float top, float right, float height) const;
-    void draw_legend(const State& state, float right, float middle) const;
     void paint_if_needed(const State& state);
 
+    ChartTool charts_;
     UvView view_;
     GlTarget target_;
     MapPaint paint_;

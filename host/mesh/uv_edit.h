@@ -31,7 +31,7 @@ std::vector<std::uint32_t> edge_loop(const Mesh& mesh, std::uint32_t edge);
 
 /// Edges of the shortest path between two vertices, in order from `from`; empty if they are not
 /// connected. Source: Dijkstra, "A note on two problems in connexion with graphs", 1959.
-std::vector<std::uint32_t> shortest_edge_path(const Mesh& mesh, std::uint32_t from,
-                                              std::uint32_t to);
+MHOST_EXPORT std::vector<std::uint32_t> shortest_edge_path(const Mesh& mesh, std::uint32_t from,
+                                                           std::uint32_t to);
 
 } // namespace host

@@ -52,7 +52,8 @@ TEST(Findings, MeshWithoutUvsIsNotJudged) {
 
 TEST(Findings, RunsOfPolygonsAreSelectedAsRanges) {
     EXPECT_EQ("select \"a|b.f[3]\" \"a|b.f[5:7]\" \"a|b.f[9]\";",
-              statement_selecting("a|b", {3, 5, 6, 7, 9}));
+              statement_selecting("a|b", {3, 5, 6, 7, 9}, 'f'));
+    EXPECT_EQ("select -add \"a.e[4]\";", statement_selecting("a", {4}, 'e', true));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "window/uv_map.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 namespace {
@@ -29,6 +30,29 @@ TEST(UvMap, FindsChartsAndTheirBounds) {
     EXPECT_NEAR(0.6, map.charts()[1].box.low[0], 1e-6);
     EXPECT_NEAR(0.75, map.charts()[1].box.high[1], 1e-6);
     EXPECT_NEAR(0.0625, map.charts()[0].area, 1e-6);
+}
+
+TEST(UvMap, KnowsThePolygonsOfAChartAndTheMostStretchedOne) {
+    host::Mesh mesh = two_squares();
+    host::UvSet& set = mesh.edit_uv_set(0);
+    set.u[5] = set.u[6] = 0.95f; // the second square, stretched along u
+    const UvMap map(mesh, 0, k_texture);
+    EXPECT_EQ(1u, map.worst_chart());
+    EXPECT_EQ((std::vector<uint32_t>{1}), map.polygons_of(1));
+    EXPECT_EQ(k_none, UvMap().worst_chart());
+}
+
+TEST(UvMap, DensityIsRelativeToTheMean) {
+    host::Mesh mesh = two_squares();
+    host::UvSet& set = mesh.edit_uv_set(0);
+    set.u[5] = set.u[6] = 0.6f + 0.125f; // the second square at half the size
+    set.v[6] = set.v[7] = 0.5f + 0.125f;
+    const UvMap map(mesh, 0, k_texture);
+    // 25 and 12.5 texels per unit, on areas of the same size.
+    const double mean = std::sqrt(0.5 * (25.0 * 25.0 + 12.5 * 12.5));
+    EXPECT_NEAR(mean, map.density(), 1e-4);
+    EXPECT_NEAR(25.0 / mean, double(map.triangle_density()[0]), 1e-5);
+    EXPECT_NEAR(12.5 / mean, double(map.triangle_density()[3]), 1e-5);
 }
 
 TEST(UvMap, PicksTheChartAtAPoint) {

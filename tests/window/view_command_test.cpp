@@ -53,7 +53,7 @@ TEST_F(ViewCommand, RefusesAMalformedSize) {
 
 TEST_F(ViewCommand, RefusesAnUnknownDisplayMode) {
     expect_refused({"view", "--display", "glossy"}, 2,
-                   "--display takes plain, charts, checker or stretch, not glossy");
+                   "--display takes plain, charts, checker, stretch or density, not glossy");
 }
 
 TEST_F(ViewCommand, RefusesAnUnknownOption) { expect_refused({"view", "--wide"}, 2, "--wide"); }

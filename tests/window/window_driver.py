@@ -81,6 +81,8 @@ class Window:
             if self.program.poll() is not None:
                 raise SystemExit(f"the program ended while waiting for {what}:\n{self.said()}")
             time.sleep(0.05)
+        subprocess.run(["import", "-window", "root", str(self.folder / "failed.png")],
+                       env=self.environment, check=False)
         raise SystemExit(f"waited in vain for {what}; it said:\n{self.said()}")
 
     def has(self, name):
@@ -117,6 +119,57 @@ class Window:
             self.tool("mouseup", "1")
             time.sleep(0.08)
         time.sleep(0.3)
+
+    def click_until(self, name, wanted, max_times=6):
+        """Clicks until something appears; waits long before it clicks again."""
+        for _ in range(max_times):
+            self.click(name)
+            end = time.monotonic() + PATIENCE / 6
+            while time.monotonic() < end:
+                if self.has(wanted):
+                    return
+                time.sleep(0.1)
+        raise SystemExit(f"{wanted} did not appear after {max_times} clicks on {name}")
+
+    def choose(self, menu, item, wanted, max_times=5):
+        """Picks a menu item; again if the menu was closed or the click came too early."""
+        for _ in range(max_times):
+            self.click(f"menu/{menu}")
+            self.settle()
+            if self.has(f"menuitem/{item}"):
+                self.click(f"menuitem/{item}")
+            self.settle()
+            if self.has(wanted):
+                return
+            self.key("Escape")
+            self.settle()
+        raise SystemExit(f"{wanted} did not appear after {menu} > {item}")
+
+    def press(self, count=1):
+        """Presses and releases the left button where the pointer is."""
+        self.tool("click", "--repeat", str(count), "--delay", "60", "1")
+        self.settle()
+
+    def double_click_until(self, name, wanted, max_times=20):
+        """On a busy machine two clicks may come too far apart to be a double click."""
+        self.move_to(name)
+        for _ in range(max_times):
+            self.press(2)
+            if self.has(wanted):
+                return
+        raise SystemExit(f"{wanted} did not appear after {max_times} double clicks on {name}")
+
+    def drag(self, points):
+        """Presses the left button at the first point, releases it at the last."""
+        self.tool("mousemove", *map(str, points[0]))
+        time.sleep(0.2)
+        self.tool("mousedown", "1")
+        for point in points[1:]:
+            time.sleep(0.15)
+            self.tool("mousemove", *map(str, point))
+        time.sleep(0.15)
+        self.tool("mouseup", "1")
+        self.settle()
 
     def key(self, *keys):
         for key in keys:

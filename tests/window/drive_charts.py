@@ -1,0 +1,94 @@
+#!/usr/bin/env python3
+"""Drives charts in the texture of `tessora view`.
+
+    drive_charts.py PROGRAM FOLDER    screenshots go to FOLDER
+
+The results lead to the chart with the most stretch; it is scaled by a number, in one step of undo;
+several charts are picked.
+"""
+import re
+
+from window_driver import drive_on_a_screen, fail_unless, tell
+
+# Two squares, the second with half the width in the texture.
+SQUARES = """v 0 0 0
+v 2 0 0
+v 4 0 0
+v 0 2 0
+v 2 2 0
+v 4 2 0
+vt 0.125 0.125
+vt 0.375 0.125
+vt 0.375 0.375
+vt 0.125 0.375
+vt 0.5 0.5
+vt 0.625 0.5
+vt 0.625 0.75
+vt 0.5 0.75
+f 1/1 2/2 5/3 4/4
+f 2/5 3/6 6/7 5/8
+"""
+
+
+def corners(window, scratch):
+    """The texture coordinates of the corners, in the order of the faces."""
+    file = scratch / "now.obj"
+    window.statement(f'file -f -exportAll "{file}"; print("written\\n");', "written\n")
+    lines = file.read_text().splitlines()
+    uvs = [tuple(map(float, line.split()[1:3])) for line in lines if line.startswith("vt ")]
+    return [uvs[int(corner.split("/")[1]) - 1] for line in lines if line.startswith("f ")
+            for corner in line.split()[1:]]
+
+
+def find_the_worst(window):
+    window.click("result/Worst stretch")
+    window.move_to("menu/Help")
+    window.wait_for("lit/2")
+    window.wait_for("charts/1")
+    window.picture("worst")
+    tell("found the chart with the most stretch")
+
+
+def scale_by_number(window, scratch):
+    before = corners(window, scratch)
+    window.click("chart_tool/Scale")
+    window.wait_for("title/squares.obj *")
+    after = corners(window, scratch)
+    fail_unless(after[:4] == before[:4], "another chart was scaled, too")
+    width = [max(c[0] for c in uvs[4:]) - min(c[0] for c in uvs[4:]) for uvs in (before, after)]
+    fail_unless(abs(width[1] - 2 * width[0]) < 1e-5, f"widths {width}")
+    window.key("F2", "ctrl+z")
+    window.wait_for("title/squares.obj")
+    fail_unless(corners(window, scratch) == before, "undo did not bring the chart back")
+    tell("scaled by a number")
+
+
+def pick_both(window):
+    window.tool("keydown", "ctrl")
+    window.click_until("chart/1", "charts/1")
+    window.click_until("chart/2", "charts/2")
+    window.tool("keyup", "ctrl")
+    window.picture("both")
+    tell("picked both charts")
+
+
+def drive(window, scratch):
+    find_the_worst(window)
+    scale_by_number(window, scratch)
+    pick_both(window)
+    fail_unless(not re.search("Error", window.said()), "there was an error:\n" + window.said())
+    window.key("F2", "ctrl+q")
+    window.wait(lambda: window.program.poll() is not None or window.has("question/Discard them"),
+                "the question")
+    if window.program.poll() is None:
+        window.click("question/Discard them")
+    window.wait_end()
+
+
+def make_mesh(scratch):
+    (scratch / "squares.obj").write_text(SQUARES)
+    return (str(scratch / "squares.obj"),)
+
+
+if __name__ == "__main__":
+    drive_on_a_screen(drive, make_mesh)

@@ -1,0 +1,120 @@
+#!/usr/bin/env python3
+"""Drives picking edges in `tessora view`.
+
+    drive_edges.py PROGRAM FOLDER    screenshots go to FOLDER
+
+Edges are picked by a click, a double click, Shift and a line around them; cut and sewn by key and by
+button, each as one step of undo; then the mesh is unwrapped along them.
+"""
+import re
+import sys
+
+from window_driver import drive_on_a_screen, fail_unless, run_script, tell
+
+# A sheet of 4 x 4 squares. Edges of its middle line from one side to the other.
+MIDDLE = (5, 16, 25, 34)
+
+
+def shells(window, count):
+    window.statement("polyEvaluate -us sheet;", rf"Result: {count}\n")
+
+
+def click_edge(window, edge, held=None):
+    window.move_to(f"edge/{edge}")
+    if held:
+        window.tool("keydown", held)
+    window.press()
+    if held:
+        window.tool("keyup", held)
+
+
+def pick_by_clicks(window):
+    window.click_until("tool/Edges", "tool/Edges/on")
+    window.key("1")  # the view from above
+    click_edge(window, MIDDLE[0])
+    window.wait_for("picked/1")
+    window.picture("one_edge")
+    click_edge(window, MIDDLE[3], "shift")
+    window.wait_for("picked/4")
+    click_edge(window, MIDDLE[0])
+    window.wait_for("picked/1")
+    click_edge(window, 0, "ctrl")
+    window.wait_for("picked/2")
+    tell("picked by click, with Shift and with Ctrl")
+
+
+def pick_a_loop(window):
+    click_edge(window, 0)
+    window.wait_for("picked/1")
+    window.double_click_until(f"edge/{MIDDLE[1]}", "picked/4")
+    window.picture("loop")
+    tell("picked a loop by double click")
+
+
+def cut_and_sew(window):
+    window.key("c")
+    window.wait_said(r"polyMapCut1")
+    shells(window, 2)
+    window.picture("cut")
+    window.key("F2", "ctrl+z")
+    shells(window, 1)
+    window.click("tool/Cut")
+    shells(window, 2)
+    window.key("F2", "s")
+    shells(window, 1)
+    window.key("F2", "ctrl+z")
+    shells(window, 2)
+    tell("cut and sewn, a step of undo each")
+
+
+def pick_by_lasso(window):
+    """Around the whole sheet: all of its 40 edges."""
+    window.key("F2")
+    x, y = window.place("panel/modelPanel1")
+    window.drag([(x - 200, y - 160), (x + 200, y - 160), (x + 200, y + 160), (x - 200, y + 160)])
+    window.wait_for("picked/40")
+    window.picture("lasso")
+    tell("picked by a line around the edges")
+
+
+def unwrap_along_them(window):
+    window.click("tool/Along my seams")
+    window.wait_said(r"Charts_result\" 2;")
+    window.picture("along_the_seams")
+    window.click("tool/Suggest the rest")
+    window.wait_said(r"Charts_result\" 2;", 2)
+    shells(window, 2)
+    tell("unwrapped along the seams")
+
+
+def sew_after_the_unwrap(window):
+    window.statement('polySelect -sep 2 22 sheet; print("picked\\n");', "picked\n")
+    window.key("F2", "s")
+    shells(window, 1)
+    window.picture("sewn_after_the_unwrap")
+    window.key("F2", "ctrl+z")
+    shells(window, 2)
+    tell("sewn after the unwrap")
+
+
+def drive(window, _):
+    pick_by_clicks(window)
+    pick_a_loop(window)
+    cut_and_sew(window)
+    pick_by_lasso(window)
+    unwrap_along_them(window)
+    sew_after_the_unwrap(window)
+    fail_unless(not re.search("Error", window.said()), "there was an error:\n" + window.said())
+    window.key("F2", "ctrl+q")
+    window.click("question/Discard them")
+    window.wait_end()
+
+
+def make_mesh(scratch):
+    run_script(sys.argv[1], 'polyPlane -n sheet -sx 4 -sy 4; '
+               f'file -f -exportAll "{scratch / "sheet.obj"}";')
+    return (str(scratch / "sheet.obj"),)
+
+
+if __name__ == "__main__":
+    drive_on_a_screen(drive, make_mesh)

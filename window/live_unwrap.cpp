@@ -1,0 +1,201 @@
+#include "window/live_unwrap.h"
+
+#include "app/system.h"
+#include "host/graph/data.h"
+#include "host/graph/evaluate.h"
+#include "host/io/obj_mesh.h"
+#include "host/io/obj_reader.h"
+#include "host/io/write_file.h"
+#include "host/script/value.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <random>
+
+namespace window {
+namespace {
+
+namespace fs = std::filesystem;
+using host::graph::Node;
+using host::graph::Slot;
+using host::script::quoted;
+
+/// A folder that only this user can read.
+fs::path make_folder() {
+    std::error_code failure;
+    const fs::path parent = fs::temp_directory_path(failure);
+    std::random_device random;
+    for (int i = 0; i < 100; ++i) {
+        const fs::path folder = parent / ("tessora_live." + std::to_string(random()));
+        if (fs::create_directory(folder, failure)) {
+            fs::permissions(folder, fs::perms::owner_all, failure);
+            return folder;
+        }
+    }
+    return fs::path();
+}
+
+double number(Node& node, const char* attribute) {
+    const Slot* slot = node.slot(attribute);
+    return slot ? slot->value.number() : 0.0;
+}
+
+std::string text(Node& node, const char* attribute) {
+    const Slot* slot = node.slot(attribute);
+    return slot && slot->value.kind() == host::graph::ValueKind::text
+               ? slot->value.as_text().asChar()
+               : std::string();
+}
+
+app::UnwrapSettingsRequest settings_of(Node& node) {
+    app::UnwrapSettingsRequest settings;
+    settings.mapchannel = "map1"; // the only set of the file that travels
+    settings.stretch = number(node, "Stretch");
+    settings.padding = static_cast<int>(number(node, "Padding"));
+    settings.width = static_cast<int>(number(node, "Texture_Width"));
+    settings.height = static_cast<int>(number(node, "Texture_Height"));
+    settings.high_quality = number(node, "High_Quality") != 0.0;
+    settings.keep_seams = number(node, "Keep_Borders") != 0.0;
+    settings.use_grooves = number(node, "Cut_Grooves") != 0.0;
+    settings.groove_angle = number(node, "Groove_Angle");
+    settings.use_ridges = number(node, "Cut_Ridges") != 0.0;
+    settings.ridge_angle = number(node, "Ridge_Angle");
+    return settings;
+}
+
+/// The set that the node writes; in its input, the one whose borders it keeps.
+int set_of(const host::Mesh& mesh, Node& node) {
+    const int named = mesh.find_uv_set(text(node, "UV_Set").c_str());
+    return named >= 0 ? named : mesh.current_uv_set();
+}
+
+bool is_same_input(const host::Mesh& a, const host::Mesh& b, Node& node) {
+    const int set = set_of(a, node);
+    return &a.connectivity() == &b.connectivity() && &a.points() == &b.points() &&
+           set == set_of(b, node) &&
+           (set < 0 || &a.uv_set(uint32_t(set)) == &b.uv_set(uint32_t(set)));
+}
+
+bool read_uvs(const fs::path& file, host::UvSet& uvs, std::string& error) {
+    std::string bytes;
+    host::IoError failure;
+    host::ObjDocument document;
+    if (host::read_text(file.string(), bytes, failure) &&
+        host::parse_obj(file.string(), std::move(bytes), document, failure)) {
+        uvs = host::uv_set_of_document(document);
+        return true;
+    }
+    error = failure.message;
+    return false;
+}
+
+} // namespace
+
+const host::Mesh* input_of(Node& node) {
+    const Slot* slot = node.slot("inMesh");
+    host::Object* data = slot ? slot->value.as_data() : nullptr;
+    return data && data->as_mesh() ? data->as_mesh()->mesh() : nullptr;
+}
+
+std::string obj_text(const host::Mesh& mesh, int uv_set) {
+    std::string out;
+    char line[80];
+    for (const host::Float3& p : mesh.points()) {
+        std::snprintf(line, sizeof line, "v %.9g %.9g %.9g\n", double(p.x), double(p.y),
+                      double(p.z));
+        out += line;
+    }
+    const host::UvSet* set = uv_set < 0 ? nullptr : &mesh.uv_set(uint32_t(uv_set));
+    for (size_t i = 0; set && i < set->u.size(); ++i) {
+        std::snprintf(line, sizeof line, "vt %.9g %.9g\n", double(set->u[i]), double(set->v[i]));
+        out += line;
+    }
+    const host::Connectivity& polygons = mesh.connectivity();
+    for (uint32_t p = 0; p < polygons.polygon_count(); ++p) {
+        out += 'f';
+        for (uint32_t c = 0; c < polygons.corners_of(p); ++c) {
+            const uint32_t corner = polygons.first_corner(p) + c;
+            out += " " + std::to_string(polygons.corner_vertex(corner) + 1);
+            if (set && set->corner_uvs[corner] >= 0)
+                out += "/" + std::to_string(set->corner_uvs[corner] + 1);
+        }
+        out += '\n';
+    }
+    return out;
+}
+
+LiveUnwrap::LiveUnwrap() : child_(app::program_file()) {}
+
+LiveUnwrap::~LiveUnwrap() { stop(); }
+
+void LiveUnwrap::stop() {
+    child_.stop();
+    node_ = host::Ref<Node>();
+    input_ = host::Mesh();
+    std::error_code ignored;
+    if (!folder_.empty())
+        fs::remove_all(folder_, ignored);
+    folder_.clear();
+}
+
+bool LiveUnwrap::follow(const Subject& subject, std::string& error) {
+    Node* node = subject.has_later_edits ? nullptr : subject.node.get();
+    const host::Mesh* input = node ? input_of(*node) : nullptr;
+    if (!input || (node == node_.get() && is_same_input(*input, input_, *node)))
+        return true;
+    node_ = subject.node;
+    input_ = *input;
+    begun_ = Clock::now();
+    if (folder_.empty())
+        folder_ = make_folder();
+    app::UnwrapRequest request;
+    request.settings = settings_of(*node);
+    request.input = (folder_ / "in.obj").string();
+    request.output = (folder_ / "out.obj").string();
+    if (child_.is_busy())
+        child_.stop(); // it may be reading the file
+    return host::write_file(request.input, obj_text(input_, set_of(input_, *node)),
+                            host::Durability::process, error) &&
+           child_.begin(request, error);
+}
+
+bool LiveUnwrap::take_result(std::string& error) {
+    const auto answer = child_.take_answer();
+    if (!answer)
+        return false;
+    host::UvSet uvs;
+    if (answer->code != 0)
+        error = answer->reason;
+    if (answer->code != 0 || !read_uvs(folder_ / "out.obj", uvs, error))
+        return false;
+    host::Mesh mesh = input_;
+    const int set = set_of(mesh, *node_);
+    if (set < 0 || uvs.corner_uvs.size() != mesh.connectivity().corner_count()) {
+        error = "the unwrapped mesh is another one";
+        return false;
+    }
+    host::UvSet& target = mesh.edit_uv_set(uint32_t(set));
+    target.u = std::move(uvs.u);
+    target.v = std::move(uvs.v);
+    target.corner_uvs = std::move(uvs.corner_uvs);
+    Slot& output = *node_->slot("outMesh");
+    output.value = host::graph::PlugValue::of_data(host::graph::mesh_data(&mesh).get());
+    host::graph::announce_change(output);
+    host::graph::assign(*node_->slot("Charts_result"),
+                        host::graph::PlugValue::of_int(answer->charts));
+    host::graph::assign(*node_->slot("Stretch_result"),
+                        host::graph::PlugValue::of_double(answer->stretch));
+    last_time_ = Clock::now() - begun_;
+    return true;
+}
+
+std::string statement_beginning_live(const Subject& subject, bool has_uvs) {
+    const std::string follow = "tessora -keep_seams on -stretch 1;";
+    if (!has_uvs) // as few seams as can be are there to begin with
+        return "{ tessora -stretch 1; delete -constructionHistory; " + follow + " }";
+    if (!subject.node || subject.has_later_edits)
+        return follow;
+    return "setAttr " + quoted(subject.node_name() + ".Keep_Borders") + " 1;";
+}
+
+} // namespace window

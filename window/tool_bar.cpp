@@ -1,0 +1,105 @@
+#include "window/tool_bar.h"
+
+#include "host/script/value.h"
+#include "window/live_unwrap.h"
+
+#include <imgui.h>
+
+namespace window {
+namespace {
+
+/// Edits the UVs along the picked edges. Once UVs are edited after an unwrap, its overlay would
+/// show seams that are gone: the window draws those that are there instead.
+std::string editing(const State& state, const std::string& command) {
+    if (state.is_live && state.subject.node && !state.subject.has_later_edits)
+        return command + " -before " + host::script::quoted(state.subject.node_name()) + ";";
+    if (!state.subject.node)
+        return command + ";";
+    return "{ " + command + "; setAttr " +
+           host::script::quoted(state.subject.node_name() + ".Visualization") + " 0; }";
+}
+
+/// A button that is lit while `is_on`. Returns whether it was pressed.
+bool toggle(State& state, const char* label, const char* help, bool is_on) {
+    if (is_on)
+        ImGui::PushStyleColor(ImGuiCol_Button, ImGui::GetStyle().Colors[ImGuiCol_Header]);
+    const bool is_pressed = ImGui::Button(label);
+    if (is_on)
+        ImGui::PopStyleColor();
+    state.places.add_item(std::string("tool/") + label);
+    if (is_on)
+        state.places.add_item(std::string("tool/") + label + "/on");
+    if (ImGui::IsItemHovered(ImGuiHoveredFlags_AllowWhenDisabled))
+        ImGui::SetTooltip("%s", help);
+    ImGui::SameLine(0.0f, 2.0f * state.scale);
+    return is_pressed;
+}
+
+void gap(const State& state) {
+    ImGui::Dummy({10.0f * state.scale, 0.0f});
+    ImGui::SameLine(0.0f, 2.0f * state.scale);
+}
+
+/// A button that runs statements.
+void command(State& state, const char* label, const char* help, bool is_enabled,
+             const std::string& statements) {
+    ImGui::BeginDisabled(!is_enabled);
+    if (toggle(state, label, help, false))
+        state.run_on_shown(statements);
+    ImGui::EndDisabled();
+}
+
+/// Switches Live, and says when its result is late.
+void draw_live(State& state) {
+    gap(state);
+    ImGui::BeginDisabled(!state.subject.shape);
+    if (toggle(state, "Live", "Cut and Sew unwrap along the seams at once, in a process of its own",
+               state.is_live)) {
+        state.is_live = !state.is_live;
+        if (state.is_live)
+            state.run_on_shown(
+                statement_beginning_live(state.subject, !state.map.charts().empty()));
+    }
+    ImGui::EndDisabled();
+    if (state.is_waiting) {
+        ImGui::TextColored(colour::warm, "Unwrapping…");
+        state.places.add_item("live/waiting");
+        ImGui::SameLine();
+    }
+    state.places.add("live/results/" + std::to_string(state.live_results), 0.0f, 0.0f, 0.0f, 0.0f);
+    ImGui::NewLine();
+}
+
+} // namespace
+
+std::string statement_cutting(const State& state) { return editing(state, "polyMapCut"); }
+std::string statement_sewing(const State& state) { return editing(state, "polyMapSew"); }
+
+void draw_tool_bar(State& state) {
+    const bool has_mesh = static_cast<bool>(state.subject.shape);
+    const bool has_uvs = !state.map.charts().empty();
+    if (toggle(state, "Objects", "Click a mesh to select it", !state.picks_edges))
+        state.picks_edges = false;
+    if (toggle(state, "Edges",
+               "Pick edges (E): click one, double click for its loop, Shift+click for the way\n"
+               "from the last one, drag around several; Ctrl adds. Alt+drag turns the view.",
+               state.picks_edges))
+        state.picks_edges = true;
+    gap(state);
+    command(state, "Cut", "Make the picked edges seams (C)", !state.picked.empty(),
+            statement_cutting(state));
+    command(state, "Sew", "Take the picked edges out of the seams (S)", !state.picked.empty(),
+            statement_sewing(state));
+    gap(state);
+    command(state, "Unwrap", "Unwrap with the default settings; Ctrl+U shows them all", has_mesh,
+            "tessora;");
+    command(state, "Along my seams",
+            "Unwrap along the seams that are there, with others only where it cannot do without",
+            has_uvs, k_along_seams);
+    command(state, "Suggest the rest",
+            "Unwrap along the seams that are there and add those that keep the stretch low",
+            has_uvs, k_suggest_rest);
+    draw_live(state);
+}
+
+} // namespace window
