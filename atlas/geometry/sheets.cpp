@@ -234,7 +234,7 @@ private:
         std::vector<uint32_t> members;
         for (; first != last; ++first) {
             const uint32_t p = place_[first->second];
-            if (!names_each_vertex_once(polygons_[p]))
+            if (!is_polygon(polygons_[p]))
                 continue;
             uint32_t model = 0;
             while (model < models.size() &&
@@ -251,10 +251,19 @@ private:
         }
     }
 
-    static bool names_each_vertex_once(const Polygon& p) {
-        return std::adjacent_find(p.sides.begin(), p.sides.end(), [](const Side& a, const Side& b) {
-                   return a.from == b.from;
-               }) == p.sides.end();
+    /// Whether the border names every vertex once; a set of false edges may also close a surface or
+    /// leave a vertex inside.
+    bool is_polygon(const Polygon& p) const {
+        const auto same_from = [](const Side& a, const Side& b) { return a.from == b.from; };
+        if (p.sides.empty() ||
+            std::adjacent_find(p.sides.begin(), p.sides.end(), same_from) != p.sides.end())
+            return false;
+        return std::all_of(p.faces.begin(), p.faces.end(), [&](uint32_t t) {
+            for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
+                if (side_from(p, s_.vertex[c]).from != s_.vertex[c])
+                    return false;
+            return true;
+        });
     }
 
     enum class Winding { alike, against, other };

@@ -345,6 +345,21 @@ TEST(AtlasSheets, APolygonFoldedOntoItsTwinIsApartFromItWhereCopiesStack) {
     EXPECT_EQ(result.chart_count, 2u);
 }
 
+TEST(AtlasSheets, ClosedSetsOfFalseEdgesAreNoTwins) {
+    TestMesh mesh;
+    for (int v = 0; v < 4; ++v)
+        mesh.vertex(float(v == 1), float(v == 2), float(v == 3));
+    for (const auto& t : {std::array<uint32_t, 3>{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}})
+        mesh.triangle(t[0], t[1], t[2]);
+    mesh.connect();
+    mesh.false_edges.assign(12, 0u);
+    TestMesh twice = doubled(mesh, false);
+    Result result;
+    ASSERT_EQ(create(twice.view(), {}, result).status, Status::ok);
+    twice.false_edges.clear();
+    EXPECT_EQ(judge(twice, {}, result, true, true).faults, std::vector<std::string>{});
+}
+
 TEST(AtlasSheets, StackedCopiesShareThePlaceOfTheirSheet) {
     for (const bool reversed : {false, true}) {
         const TestMesh once = cube_of_quads(2), twice = doubled(once, reversed);
