@@ -149,6 +149,10 @@ void Application::take_events() {
                                [](GLFWwindow* window, int button, int action, int modifiers) {
                                    self(window)->note_button(button, action, modifiers);
                                });
+    glfwSetCursorPosCallback(window_, [](GLFWwindow* window, double x, double y) {
+        self(window)->pointer_[0] = x;
+        self(window)->pointer_[1] = y;
+    });
     glfwSetCharCallback(window_, [](GLFWwindow* window, unsigned int character) {
         self(window)->state_.glyphs.note(character);
     });

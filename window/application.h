@@ -132,8 +132,9 @@ private:
     Clock::duration drawing_time_{};  ///< of that frame
     bool is_in_frame_ = false;
     InputQueue input_;
-    bool is_alt_alone_ = false; ///< Alt is down and nothing else was pressed since
-    bool opens_menu_ = false;   ///< open the first menu in the next frame
+    double pointer_[2] = {-1.0, -1.0}; ///< of the last event, negative before the first
+    bool is_alt_alone_ = false;        ///< Alt is down and nothing else was pressed since
+    bool opens_menu_ = false;          ///< open the first menu in the next frame
     void note_alt(int key, int action);
     void note_key(int key, int action, int modifiers);
     void note_button(int button, int action, int modifiers);

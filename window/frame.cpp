@@ -59,8 +59,10 @@ void Application::note_key(int key, int action, int modifiers) {
 }
 
 void Application::note_button(int button, int action, int modifiers) {
-    double x = 0.0, y = 0.0;
-    glfwGetCursorPos(window_, &x, &y);
+    // The pointer may be elsewhere by now: where it was when the button moved.
+    double x = pointer_[0], y = pointer_[1];
+    if (x < 0.0)
+        glfwGetCursorPos(window_, &x, &y);
     input_.add(
         {action == GLFW_PRESS ? InputEvent::Kind::button_press : InputEvent::Kind::button_release,
          button, modifiers, x, y});

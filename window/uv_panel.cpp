@@ -108,10 +108,9 @@ bool UvPanel::take_chart_drag(State& state, double x, double y) {
         charts_.begin(state, u, v);
     if (!charts_.is_dragging())
         return false;
-    if (ImGui::IsItemActive()) {
-        charts_.drag(state, u, v, io.KeyShift);
+    charts_.drag(state, u, v, io.KeyShift);
+    if (ImGui::IsItemActive())
         return true;
-    }
     charts_.drop(state);
     return false;
 }

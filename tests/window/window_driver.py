@@ -175,6 +175,8 @@ class Window:
         for key in keys:
             self.tool("key", key)
             time.sleep(0.25)
+            if key == "F2":  # else the next key would go into the console
+                self.wait_gone("console/field/active")
             if key.startswith("F"):  # F keys move the focus, which takes a few frames
                 self.settle()
 
