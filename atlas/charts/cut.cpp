@@ -166,18 +166,19 @@ constexpr double k_min_growth = 1.025;
 constexpr uint32_t k_max_pending = 3;
 /// The search ends after so many accepted cuts, or so many failed groups of cuts in a row.
 constexpr uint32_t k_max_cuts = 24, k_max_failures = 2;
-/// Charts with less than this share of the whole area are not cut: they do not limit the scale.
-constexpr double k_min_share = 0.02;
+/// Charts are cut if they waste at least this share of the whole area: no cut can gain more, and a
+/// smaller gain does not pay.
+constexpr double k_min_waste = k_min_growth * k_min_growth - 1;
 
 /// The chart whose bounding square exceeds its own area the most: a long strip, or a shape bent
 /// around empty space. k_none if every chart that is large enough was tried.
 uint32_t most_wasteful(const ChartSet& set, const std::vector<uint8_t>& tried) {
     uint32_t best = k_none;
-    double max_waste = 0;
+    double max_waste = k_min_waste * set.surface.total_area;
     Outline outline;
     for (uint32_t a = 0; a < set.charts.size(); ++a) {
         const Chart& chart = set.charts[a];
-        if (!chart.alive || tried[a] || chart.stretch.area < k_min_share * set.surface.total_area)
+        if (!chart.alive || tried[a])
             continue;
         set.outline(chart, outline);
         const double side = min_area_box(outline.point).longer;
