@@ -105,7 +105,8 @@ void cut_to_pack(ChartingCall& call, PackOptions options) {
     cut_charts(*call.stages, call.options.max_charts, [&] {
         call.finish();
         const Packing packing = pack_finished(call.finished, options);
-        const bool cuts_pay = !first || packing.coverage < k_well_filled;
+        const bool cuts_pay =
+            call.options.cut_to_pack || !first || packing.coverage < k_well_filled;
         first = false;
         return packing.status == Status::ok && cuts_pay ? packing.scale : 0.0;
     });
