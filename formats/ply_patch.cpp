@@ -49,7 +49,8 @@ private:
     const PlyElement& vertices_;
     const PlyElement& faces_;
     bool per_vertex_;
-    PlyProperty texcoord_; ///< as written
+    std::string new_u_, new_v_; ///< names of coordinates that the vertices do not have yet
+    PlyProperty texcoord_;      ///< as written
     PlyProperty indices_;
     std::vector<int32_t> row_uv_;      ///< per row of the file; -1 if no corner uses it
     std::vector<Copy> copies_;         ///< rows behind the last
@@ -68,7 +69,15 @@ bool Patch::check() {
                         !std::isfinite(uvs_.v[size_t(id)])))
             return false;
     error_.clear();
-    if (per_vertex_ &&
+    for (const auto& [u, v] : {std::pair{"s", "t"}, {"u", "v"}, {"texture_u", "texture_v"}})
+        if (new_u_.empty() && vertices_.find(u) < 0 && vertices_.find(v) < 0) {
+            new_u_ = u;
+            new_v_ = v;
+        }
+    if (per_vertex_ ? mesh_.u < 0 && new_u_.empty()
+                    : mesh_.texcoord < 0 && faces_.find("texcoord") >= 0)
+        error_ = "the names of texture coordinates are taken by properties that are none";
+    if (error_.empty() && per_vertex_ &&
         std::any_of(uvs_.corner_uv.begin(), uvs_.corner_uv.end(), [](int32_t i) { return i < 0; }))
         error_ = "some polygons have no texture coordinates, which is not possible with those of "
                  "vertices; --ply_uvs face writes those of corners";
@@ -178,7 +187,8 @@ void Patch::write_header() {
         if (!text.empty() || other == changed.end())
             bytes_ += text + file_.line_end;
         if (line == vertices_.properties.back().line && per_vertex_ && mesh_.u < 0)
-            bytes_ += "property float s" + file_.line_end + "property float t" + file_.line_end;
+            bytes_ += "property float " + new_u_ + file_.line_end + "property float " + new_v_ +
+                      file_.line_end;
         if (line == faces_.properties.back().line && !per_vertex_ && mesh_.texcoord < 0)
             bytes_ += line_of(texcoord_) + file_.line_end;
     }

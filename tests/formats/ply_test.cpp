@@ -185,6 +185,20 @@ TEST(Ply, CoordinatesOfVerticesAreReplacedInTheirColumns) {
     }
 }
 
+TEST(Ply, NamesOfCoordinatesThatAreTakenAreNotUsedTwice) {
+    std::string text = k_quads;
+    text.replace(text.find("uchar red"), 9, "uchar t");
+    EXPECT_NE(std::string::npos,
+              written(read(text), true, PlyUvs::vertex).find("float u\nproperty float v\n"));
+    text = k_quads;
+    text.replace(text.find("float quality"), 13, "float texcoord");
+    const Read r = read(text);
+    std::string bytes, error;
+    EXPECT_FALSE(
+        formats::format_mesh(r.file, coordinates(r.document(), true), "o.ply", {}, bytes, error));
+    EXPECT_EQ("the names of texture coordinates are taken by properties that are none", error);
+}
+
 TEST(Ply, ListOfTheFaceGoesWhenVerticesGetTheCoordinates) {
     const std::string out = written(read(written(read(k_quads), true)), false, PlyUvs::vertex);
     EXPECT_EQ(out.npos, out.find("texcoord"));
