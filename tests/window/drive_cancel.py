@@ -64,11 +64,11 @@ def watch_the_bar(window):
 
 
 def cancel_by_mouse(window, scratch):
-    begin(window, "tessora;")
+    begin(window, "tessora -hq on;")
     watch_the_bar(window)
     window.wait_said(PUBLISHED)
     before = uvs(window, scratch / "before.obj")
-    begin(window, "setAttr tessora_node1.High_Quality 1; setAttr tessora_node1.Skip_compute 0;")
+    begin(window, "setAttr tessora_node1.Texture_Width 1024; setAttr tessora_node1.Skip_compute 0;")
     x, y = window.place("progress/Cancel")
     window.tool("mousemove", str(x), str(y))
     window.tool("mousedown", "1")
@@ -78,7 +78,7 @@ def cancel_by_mouse(window, scratch):
     window.wait_said(CANCELLED, 2)
     window.wait_gone("progress")
     fail_unless(uvs(window, scratch / "after.obj") == before, "cancelling changed the UVs")
-    window.statement("getAttr tessora_node1.High_Quality;", r"Result: 0\n")
+    window.statement("getAttr tessora_node1.Texture_Width;", r"Result: 512\n")
     fail_unless("Error" not in window.said(), "a cancelled unwrap speaks of an error:\n" + window.said())
     tell("cancelled by mouse")
 
