@@ -14,11 +14,14 @@ void append_number(Number value, std::string& text, char before = ' ') {
     text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
-/// A name without line ends and other control characters, which no text format quotes.
+/// A name without line ends and other control characters, which no text format quotes, and without
+/// a backslash at its end, which would join the next line to an OBJ file's.
 inline std::string one_line(std::string name) {
     for (char& c : name)
         if (static_cast<unsigned char>(c) < 32)
             c = '_';
+    if (!name.empty() && name.back() == '\\')
+        name.back() = '_';
     return name;
 }
 

@@ -140,6 +140,13 @@ TEST(Conversion, StlSolidsBecomeObjects) {
     EXPECT_NE(std::string::npos, converted(stl, "o.obj").find("o lid\nf 1/1 2/2 3/3\n"));
 }
 
+TEST(Conversion, NameThatEndsInABackslashDoesNotJoinTheNextLineOfAnObj) {
+    const Read stl = read("m.stl", "solid lid\\\nfacet normal 0 0 0\nouter loop\nvertex 0 0 0\n"
+                                   "vertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\nendsolid\n");
+    const Read again = read("o.obj", converted(stl, "o.obj"));
+    EXPECT_EQ(1u, again.file.document.polygon_count());
+}
+
 TEST(Conversion, NodesPlaceTheMeshInFormatsOfOneSpace) {
     const Read glb = read("m.glb", instances());
     const Read obj = read("o.obj", converted(glb, "o.obj"));
