@@ -124,30 +124,44 @@ private:
                     {charts_.corner_class[3 * *t + k], charts_.corner_class[3 * *t + (k + 1) % 3]});
     }
 
+    /// Lists the edges of the triangles; those of triangles folded to a line, which cancel each
+    /// other, apart.
     void gather(const uint32_t* begin, const uint32_t* end) {
         all_.clear();
-        for (const uint32_t* t = begin; t != end; ++t)
-            for (uint32_t k = 0; k < 3; ++k) {
-                const uint32_t a = charts_.corner_class[3 * *t + k];
-                const uint32_t b = charts_.corner_class[3 * *t + (k + 1) % 3];
-                if (a != b)
-                    all_.push_back({a, b, false});
-            }
+        folded_.clear();
+        for (const uint32_t* t = begin; t != end; ++t) {
+            const uint32_t* const c = &charts_.corner_class[3 * size_t(*t)];
+            const bool folded = c[0] == c[1] || c[1] == c[2] || c[2] == c[0];
+            for (uint32_t k = 0; k < 3; ++k)
+                if (c[k] != c[(k + 1) % 3])
+                    (folded ? folded_ : all_).push_back({c[k], c[(k + 1) % 3], false});
+        }
+    }
+
+    static std::pair<uint32_t, uint32_t> ends(const Edge& e) { return std::minmax(e.from, e.to); }
+
+    /// Whether triangles folded to a line lie on edges of others. One that does not may stick out
+    /// of the border. Needs all_ in the order of ends().
+    bool folded_lie_on_edges() const {
+        return std::all_of(folded_.begin(), folded_.end(), [&](const Edge& edge) {
+            return std::binary_search(
+                all_.begin(), all_.end(), edge,
+                [](const Edge& a, const Edge& b) { return ends(a) < ends(b); });
+        });
     }
 
     /// Leaves the edges that no triangle on the other side cancels, ordered by their first point.
-    /// False if triangles lie on top of each other along an edge.
+    /// False if triangles lie on top of each other along an edge, or a line sticks out.
     bool cancel() {
-        const auto low = [](const Edge& e) { return std::min(e.from, e.to); };
-        const auto high = [](const Edge& e) { return std::max(e.from, e.to); };
-        std::sort(all_.begin(), all_.end(), [&](const Edge& a, const Edge& b) {
-            return low(a) != low(b) ? low(a) < low(b) : high(a) < high(b);
-        });
+        std::sort(all_.begin(), all_.end(),
+                  [](const Edge& a, const Edge& b) { return ends(a) < ends(b); });
+        if (!folded_lie_on_edges())
+            return false;
         border_.clear();
         for (size_t i = 0; i < all_.size();) {
             int net = 0;
-            const uint32_t a = low(all_[i]), b = high(all_[i]);
-            for (; i < all_.size() && low(all_[i]) == a && high(all_[i]) == b; ++i)
+            const auto [a, b] = ends(all_[i]);
+            for (; i < all_.size() && ends(all_[i]) == std::make_pair(a, b); ++i)
                 net += all_[i].from == a ? 1 : -1;
             if (net > 1 || net < -1)
                 return false;
@@ -215,7 +229,7 @@ private:
     }
 
     UvCharts& charts_;
-    std::vector<Edge> all_, border_;
+    std::vector<Edge> all_, folded_, border_;
     std::vector<uint32_t> loops_; ///< the border edges as pairs of classes, loop by loop
     Outline outline_;
     OutlineTester tester_;

@@ -400,6 +400,22 @@ TEST(Repack, PacksAnUprightNeedleThatMayNotTurn) {
     EXPECT_NEAR(result.uvs[5] - result.uvs[1], 1, 0.02);
 }
 
+TEST(Repack, KeepsALineThatSticksOutOfItsChartInTheTexture) {
+    Charts charts;
+    charts.box(0, 0, 0.2, 0.2);
+    charts.uvs.insert(charts.uvs.end(), {0.9f, 0.9f});
+    charts.count = 0; // still in the chart of the box
+    charts.triangle(1, 4, 1, false);
+    charts.count = 1;
+    const PackResult result = packed(charts, fast());
+    ASSERT_EQ(result.charts.size(), 1u);
+    const auto distance = [&](size_t a, size_t b) {
+        return std::hypot(result.uvs[2 * a] - result.uvs[2 * b],
+                          result.uvs[2 * a + 1] - result.uvs[2 * b + 1]);
+    };
+    EXPECT_NEAR(distance(6, 7) / distance(0, 1), std::hypot(0.7, 0.9) / 0.2, 1e-3);
+}
+
 TEST(Repack, TakesEmptyInputAndChartsWithoutArea) {
     EXPECT_EQ(status_of({}, fast()), Status::ok);
     Charts charts;
