@@ -46,8 +46,8 @@ install(FILES README.md CHANGELOG.md LICENSE docs/maya.md DESTINATION ${doc_dir}
 if(NOT WIN32)
     install(FILES packaging/copyright DESTINATION ${doc_dir} COMPONENT product)
     install(PROGRAMS packaging/slurm/unwrap_array.sh packaging/slurm/unwrap_parallel.sh
-        DESTINATION ${share}/farm COMPONENT product)
-    install(FILES packaging/openjd/tessora_unwrap.json DESTINATION ${share}/farm COMPONENT product)
+        DESTINATION ${share}/render_farm COMPONENT product)
+    install(FILES packaging/openjd/tessora_unwrap.json DESTINATION ${share}/render_farm COMPONENT product)
 endif()
 
 if(NOT CMAKE_CROSSCOMPILING)

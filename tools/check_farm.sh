@@ -9,4 +9,4 @@ tools/setup.sh tools/packages-farm.txt
 printf '== build (release)\n'
 tools/build.sh release tessora
 printf '== farm\n'
-exec python3 -B tests/farm/farm_test.py build/release/bin/tessora packaging/slurm
+exec python3 -B tests/render_farm/farm_test.py build/release/bin/tessora packaging/slurm
