@@ -25,7 +25,10 @@ MESH = {"positions": [0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 1, 1, 0, 1, 1, 1
 
 
 def wait_until(condition):
+    end = time.monotonic() + 120
     while not condition():
+        if time.monotonic() > end:
+            raise TimeoutError("waited in vain")
         time.sleep(0.002)
 
 
@@ -314,8 +317,8 @@ class Serve(unittest.TestCase):
             try:
                 client.connect(path)
                 return True
-            except ConnectionRefusedError:  # it is bound but does not listen yet
-                return False
+            except (ConnectionRefusedError, FileNotFoundError):
+                return False  # it is bound but does not listen yet, or a dead one is being replaced
         wait_until(is_open)
         return client, client.makefile("rw")
 
