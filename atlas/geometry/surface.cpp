@@ -79,11 +79,11 @@ constexpr double k_min_area = 1e-9; // of the mean triangle
 
 /// The frame of a triangle, with a minimum height so that all solves are regular. The longest edge
 /// keeps its length. The height is at least a millionth of it; such fattening costs no stretch,
-/// because L2 stretch only counts shrinking.
+/// because L2 stretch only counts shrinking. What is too short for that is laid out as a point.
 Frame sliver_frame(Vec3 a, Vec3 b, Vec3 c) {
     const double ab = length(b - a), bc = length(c - b), ca = length(a - c);
     const double base = std::max({ab, bc, ca});
-    if (!(base > 0)) {
+    if (!(base > 2 * k_min_area)) { // the height would be longer than the mean edge
         const double side = std::sqrt(2 * k_min_area);
         return {side, 0, side};
     }

@@ -444,6 +444,20 @@ TEST(AtlasCreate, AVertexSharedByTwoSheetsIsSplit) {
     EXPECT_EQ(unwrap(mesh).charts, 2u);
 }
 
+TEST(AtlasCreate, LinesFarShorterThanTheMeshGetFiniteCoordinates) {
+    TestMesh mesh;
+    mesh.vertex(-29, -25.75f, 0);
+    const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(0, 0, 9e-44f);
+    mesh.triangle(b, a, b);
+    mesh.triangle(b, 0, 0);
+    mesh.connect();
+    Result result;
+    std::vector<uint32_t> adjacency;
+    ASSERT_EQ(partition(mesh.view(), Options(), result, adjacency).status, Status::ok);
+    for (const float coordinate : result.uvs)
+        EXPECT_TRUE(std::isfinite(coordinate));
+}
+
 TEST(AtlasCreate, DegenerateTrianglesAreKept) {
     TestMesh mesh = flat_grid(4, false);
     const uint32_t a = mesh.vertex(9, 9, 9);
