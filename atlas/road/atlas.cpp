@@ -65,7 +65,9 @@ struct ChartingCall {
     }
     /// Fills `finished`; returns the copies that are not served.
     std::vector<uint32_t> finish() {
-        const double unit = packs || !(total_area > 0) ? 1 : 1 / std::sqrt(total_area);
+        // Where nothing has an area, what is laid out may have another unit than the whole mesh.
+        constexpr double k_no_area = 1e-12; // in mean triangles
+        const double unit = packs || !(total_area > k_no_area) ? 1 : 1 / std::sqrt(total_area);
         finished = finish_charts(stages->set, stretch_limit(options.max_stretch), unit);
         return follow_sheets(mesh, surface, sheets, options, finished);
     }

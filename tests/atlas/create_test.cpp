@@ -458,6 +458,24 @@ TEST(AtlasCreate, LinesFarShorterThanTheMeshGetFiniteCoordinates) {
         EXPECT_TRUE(std::isfinite(coordinate));
 }
 
+TEST(AtlasCreate, PointsBesideATinyLineGetFiniteCoordinates) {
+    TestMesh mesh;
+    for (int i = 0; i < 9; ++i)
+        mesh.vertex(0, 0, i == 1 ? 8.5e-44f : 0);
+    mesh.indices.assign(29, 0);
+    for (const uint32_t v :
+         {5, 0, 8, 0, 0, 8, 3, 3, 3, 3, 3, 3, 3, 3, 5, 1, 6, 4, 3, 5, 5, 3, 3, 3, 6})
+        mesh.indices.push_back(v);
+    mesh.adjacency.assign(54, k_none);
+    Options options;
+    options.quality = Quality::quality;
+    Result result;
+    std::vector<uint32_t> adjacency;
+    ASSERT_EQ(partition(mesh.view(), options, result, adjacency).status, Status::ok);
+    for (const float coordinate : result.uvs)
+        EXPECT_TRUE(std::isfinite(coordinate)) << coordinate;
+}
+
 TEST(AtlasCreate, DegenerateTrianglesAreKept) {
     TestMesh mesh = flat_grid(4, false);
     const uint32_t a = mesh.vertex(9, 9, 9);
