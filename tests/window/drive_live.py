@@ -59,6 +59,9 @@ def sew(window):
     window.wait(lambda: results(window) > before, "the result of sewing")
     shells(window, 1)
     window.click("tool/Live")
+    window.settle()
+    if window.has("tool/Live/on"):
+        window.click("tool/Live")
     window.wait_gone("tool/Live/on")
     tell("sewn; Live is off")
 
