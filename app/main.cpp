@@ -17,8 +17,11 @@
 #include "app/view_options.h"
 #include "app/worker_command.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <new>
+#include <string>
 
 namespace {
 
@@ -128,7 +131,8 @@ int main(int argc, char** argv) {
     }
     // A write error on standard output appears only when the buffer is flushed.
     if (std::fflush(stdout) != 0 && code == app::exit_done) {
-        app::say("standard output cannot be written");
+        if (errno != EPIPE) // a reader that has seen enough, such as head, is nobody's mistake
+            app::say(std::string("standard output cannot be written: ") + std::strerror(errno));
         return app::exit_output;
     }
     return code;

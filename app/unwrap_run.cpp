@@ -199,6 +199,9 @@ bool UnwrapRun::search_stretch() {
         if (!unwrap_once(stretch))
             return false;
         const int charts = outcome_.result.charts;
+        char tried[80];
+        std::snprintf(tried, sizeof tried, "stretch %.4g gives %d charts", stretch, charts);
+        progress_.begin_stage(tried);
         least = least == 0 ? charts : std::min(least, charts);
         if (charts <= most_charts)
             found = stretch;

@@ -401,6 +401,9 @@ TEST_F(UnwrapCharts, MaxChartsSaysWhatIsTheLeast) {
                                                 "the least found is " +
                                                 std::to_string(least)))
         << ended.err;
+    EXPECT_NE(std::string::npos,
+              ended.err.find("stretch 0.02 gives " + std::to_string(least) + " charts\n"))
+        << ended.err;
     EXPECT_FALSE(dir.has("dome_uv.obj"));
 }
 

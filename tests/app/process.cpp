@@ -85,6 +85,8 @@ Process::Process(const std::vector<std::string>& words, const Setup& setup) {
         ::dup2(in, STDIN_FILENO);
         ::dup2(out[1], STDOUT_FILENO);
         ::dup2(err[1], STDERR_FILENO);
+        if (setup.full_output)
+            ::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO);
         ::setenv("TERM", "xterm", 1);
         for (const int stream : setup.closed)
             ::close(stream);

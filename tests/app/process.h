@@ -22,6 +22,7 @@ public:
         std::string directory;          ///< working directory; "" for that of the test
         bool terminal = false;          ///< standard error is a terminal
         bool closed_output = false;     ///< standard output is a pipe without a reader
+        bool full_output = false;       ///< standard output is a device without space
         std::vector<int> closed;        ///< standard streams, 0 to 2, that are closed at the start
         unsigned long memory_limit = 0; ///< bytes of address space; 0 for no limit
         unsigned long file_limit = 0;   ///< size of written files in bytes; 0 for no limit

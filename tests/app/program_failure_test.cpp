@@ -256,7 +256,22 @@ TEST_F(ProgramFailure, ClosedPipeIsAWriteError) {
     const Ended ended = run({"unwrap", dir.put("cube.obj", k_cube), "-o", "-"}, setup);
     EXPECT_EQ(7, ended.code) << ended.signal;
     EXPECT_NE(std::string::npos, ended.err.find("-: cannot be written: Broken pipe"));
-    EXPECT_EQ(7, run({"--help"}, setup).code);
+}
+
+TEST_F(ProgramFailure, TextForAReaderWhoLeftEndsWithoutAWord) {
+    Process::Setup setup;
+    setup.closed_output = true;
+    const Ended ended = run({"--help"}, setup);
+    EXPECT_EQ(7, ended.code);
+    EXPECT_EQ("", ended.err);
+}
+
+TEST_F(ProgramFailure, TextThatCannotBeWrittenIsAnOutputError) {
+    Process::Setup setup;
+    setup.full_output = true;
+    const Ended ended = run({"--help"}, setup);
+    EXPECT_EQ(7, ended.code);
+    EXPECT_EQ("tessora: standard output cannot be written: No space left on device\n", ended.err);
 }
 
 } // namespace
