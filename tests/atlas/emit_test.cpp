@@ -158,11 +158,12 @@ TEST(Emit, NoTrianglesGiveEmptyArrays) {
 }
 
 TEST(Emit, CoordinatesAreInUnitsOfTheLongerSide) {
-    for (const auto& [width, height] : {std::pair<uint32_t, uint32_t>{1024, 256},
-                                        {256, 1024},
-                                        {512, 512},
-                                        {300, 100},
-                                        {8192, 8}}) {
+    for (const auto& sides : {std::pair<uint32_t, uint32_t>{1024, 256},
+                              {256, 1024},
+                              {512, 512},
+                              {300, 100},
+                              {8192, 8}}) {
+        const uint32_t width = sides.first, height = sides.second;
         const FlatCharts flat = grid(8, 8, [](uint32_t x, uint32_t y) {
             return Point{3.0 * x, 1.0 * y};
         });
