@@ -23,6 +23,20 @@ struct Inflater {
     Inflater& operator=(const Inflater&) = delete;
 };
 
+/// Calls zlib's `inflate` or `deflate` once: takes what it reads off the front of `bytes`; what it
+/// writes begins `block` and leaves `stream.avail_out` bytes of it free. Returns zlib's status.
+int take_step(z_stream& stream, int (*step)(z_stream*, int), int flush, std::string_view& bytes,
+              std::string& block) {
+    const size_t feed = std::min(bytes.size(), k_max_feed);
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+    stream.avail_in = static_cast<uInt>(feed);
+    stream.next_out = reinterpret_cast<Bytef*>(block.data());
+    stream.avail_out = static_cast<uInt>(block.size());
+    const int status = step(&stream, flush);
+    bytes.remove_prefix(feed - stream.avail_in);
+    return status;
+}
+
 /// Inflates the member at the front of `bytes` and takes it off.
 bool inflate_member(std::string_view& bytes, uint64_t max_size, std::string& inflated,
                     bool& is_too_large, std::string& error) {
@@ -31,13 +45,7 @@ bool inflate_member(std::string_view& bytes, uint64_t max_size, std::string& inf
     std::string block(k_block, '\0');
     int status = Z_OK;
     while (status != Z_STREAM_END) {
-        const size_t feed = std::min(bytes.size(), k_max_feed);
-        stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
-        stream.avail_in = static_cast<uInt>(feed);
-        stream.next_out = reinterpret_cast<Bytef*>(block.data());
-        stream.avail_out = static_cast<uInt>(block.size());
-        status = inflate(&stream, Z_NO_FLUSH);
-        bytes.remove_prefix(feed - stream.avail_in);
+        status = take_step(stream, inflate, Z_NO_FLUSH, bytes, block);
         if (status == Z_MEM_ERROR)
             throw std::bad_alloc();
         if (status != Z_OK && status != Z_STREAM_END) {
@@ -83,13 +91,8 @@ std::string deflate_gzip(std::string_view bytes) {
     std::string out, block(k_block, '\0');
     int status = Z_OK;
     while (status != Z_STREAM_END) {
-        const size_t feed = std::min(bytes.size(), k_max_feed);
-        stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
-        stream.avail_in = static_cast<uInt>(feed);
-        stream.next_out = reinterpret_cast<Bytef*>(block.data());
-        stream.avail_out = static_cast<uInt>(block.size());
-        status = deflate(&stream, feed == bytes.size() ? Z_FINISH : Z_NO_FLUSH);
-        bytes.remove_prefix(feed - stream.avail_in);
+        const int flush = bytes.size() <= k_max_feed ? Z_FINISH : Z_NO_FLUSH;
+        status = take_step(stream, deflate, flush, bytes, block);
         out.append(block, 0, block.size() - stream.avail_out);
     }
     deflateEnd(&stream);

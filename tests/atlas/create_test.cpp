@@ -622,20 +622,25 @@ TEST(AtlasCutToPack, ALongStripIsCutAndCoverageGrows) {
     EXPECT_NEAR(cut.l2, 1, 1e-5);
 }
 
-/// A long strip and short ones apart from it, each a chart of its own.
-TestMesh separate_strips(uint32_t strips) {
+/// Rows of quads apart from each other, each a chart of its own.
+TestMesh separate_rows(const std::vector<TestMesh>& rows) {
     TestMesh mesh;
-    for (uint32_t k = 0; k < strips; ++k) {
-        const uint32_t quads = k == 0 ? 40 : 4;
-        const TestMesh one = row_of_quads(quads);
+    for (size_t k = 0; k < rows.size(); ++k) {
         const uint32_t first = uint32_t(mesh.positions.size() / 3);
-        for (size_t i = 0; i < one.positions.size(); ++i)
-            mesh.positions.push_back(one.positions[i] + (i % 3 == 2 ? 5.0f * float(k) : 0.0f));
-        for (uint32_t i = 0; i < quads; ++i)
-            mesh.polygon({first + 2 * i, first + 2 * i + 2, first + 2 * i + 3, first + 2 * i + 1});
+        for (size_t i = 0; i < rows[k].positions.size(); ++i)
+            mesh.positions.push_back(rows[k].positions[i] + (i % 3 == 2 ? 5.0f * float(k) : 0.0f));
+        for (uint32_t v = first; v + 3 < mesh.positions.size() / 3; v += 2)
+            mesh.polygon({v, v + 2, v + 3, v + 1});
     }
     mesh.connect();
     return mesh;
+}
+
+/// A long strip and short ones.
+TestMesh separate_strips(uint32_t strips) {
+    std::vector<TestMesh> rows(strips, row_of_quads(4));
+    rows.front() = row_of_quads(40);
+    return separate_rows(rows);
 }
 
 TEST(AtlasCutToPack, QualityModeCutsWhereSeveralChartsShareTheTexture) {
@@ -652,6 +657,30 @@ TEST(AtlasCutToPack, QualityModeCutsWhereSeveralChartsShareTheTexture) {
 
 TEST(AtlasCutToPack, QualityModeLeavesAFewChartsWhole) {
     EXPECT_EQ(unwrap(separate_strips(3)).charts, 3u);
+}
+
+/// A strip of 20 x 1 and three squares of about `side`.
+TestMesh strip_and_squares(uint32_t side) {
+    std::vector<TestMesh> rows = {row_of_quads(20)};
+    for (const float more : {0.0f, 0.25f, 0.5f})
+        rows.push_back(row_of_quads(side, float(side) + more));
+    return separate_rows(rows);
+}
+
+TEST(AtlasCutToPack, QualityModeLeavesChartsWholeThatCoverMoreThanSeventyPercent) {
+    const Judgement whole = unwrap(strip_and_squares(10));
+    EXPECT_EQ(whole.charts, 4u);
+    EXPECT_GT(whole.coverage, 0.7);
+    Options options;
+    options.cut_to_pack = true; // a cut would pay
+    EXPECT_GT(unwrap(strip_and_squares(10), options).charts, 4u);
+}
+
+TEST(AtlasCutToPack, QualityModeCutsChartsThatCoverLessThanSeventyPercent) {
+    Options options;
+    options.max_stretch = 1; // nothing is cut
+    EXPECT_LT(unwrap(strip_and_squares(9), options).coverage, 0.7);
+    EXPECT_GT(unwrap(strip_and_squares(9)).charts, 4u);
 }
 
 TEST(AtlasCutToPack, CopiesAreNotCutUnasked) {

@@ -10,9 +10,9 @@ using namespace tessora::atlas;
 
 class ChartCutterTest : public atlas_test::GridCharts {
 protected:
-    /// Chart 0 is `columns` wide and three high.
-    void prepare(bool quads, int columns = 6) {
-        build_flat(8, 3, quads, [=](int x, int, bool) { return x < columns ? 0 : 1; });
+    /// Chart 0 is `columns` wide and three high, chart 1 is the rest of `all` columns.
+    void prepare(bool quads, int columns = 6, int all = 8) {
+        build_flat(all, 3, quads, [=](int x, int, bool) { return x < columns ? 0 : 1; });
         flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
         smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
         cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
@@ -61,6 +61,68 @@ TEST_F(ChartCutterTest, UndoRestoresEverythingInReverseOrder) {
         EXPECT_EQ(set->charts[i].faces, before.charts[i].faces);
         EXPECT_EQ(set->charts[i].border, before.charts[i].border);
     }
+}
+
+/// Cuts for layouts of these scales, the last one for all that follow. Returns how many were asked
+/// for.
+size_t cut_for_scales(ChartCutter& cutter, const std::vector<double>& scales,
+                      uint32_t max_charts = 0) {
+    size_t asked = 0;
+    cut_for_packing(cutter, max_charts,
+                    [&] { return scales[std::min(asked++, scales.size() - 1)]; });
+    return asked;
+}
+
+TEST_F(ChartCutterTest, ACutIsKeptIfItRaisesCoverageByFivePercent) {
+    prepare(true);
+    cut_for_scales(*cutter, {1, 1.0251});
+    EXPECT_EQ(set->charts.size(), 3u);
+}
+
+TEST_F(ChartCutterTest, CutsThatRaiseCoverageByLessThanFivePercentEachAreUndone) {
+    prepare(true);
+    cut_for_scales(*cutter, {1, 1.0249, 1.0506, 1.0768, 1.0249});
+    EXPECT_EQ(set->charts.size(), 2u);
+}
+
+TEST_F(ChartCutterTest, CutsThatOnlyPayTogetherAreKept) {
+    prepare(true);
+    cut_for_scales(*cutter, {1, 1, 1.0507});
+    EXPECT_EQ(set->charts.size(), 4u);
+}
+
+TEST_F(ChartCutterTest, NoMoreThanThreeCutsAreTriedTogether) {
+    prepare(true, 24, 40);
+    cut_for_scales(*cutter, {1, 1, 1, 1, 1.2});
+    EXPECT_EQ(set->charts.size(), 2u);
+}
+
+TEST_F(ChartCutterTest, CuttingStopsAtTheChartLimit) {
+    prepare(true);
+    cut_for_scales(*cutter, {1, 2, 4, 8, 16}, 4);
+    EXPECT_EQ(set->charts.size(), 4u);
+}
+
+/// A chart of columns x rows squares, and one square apart from it.
+class ChartWasteTest : public ChartCutterTest {
+protected:
+    size_t layouts_of(int columns, int rows) {
+        build_flat(columns + 2, rows, true, [=](int x, int y, bool) {
+            return x < columns ? 0u : x > columns && y == 0 ? 1u : 2u;
+        });
+        flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
+        smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
+        cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
+        return cut_for_scales(*cutter, {1});
+    }
+};
+
+TEST_F(ChartWasteTest, AChartThatWastesFivePercentIsCut) {
+    EXPECT_GT(layouts_of(20, 19), 0u); // 20 of 381 squares
+}
+
+TEST_F(ChartWasteTest, AChartThatWastesLessThanFivePercentIsNotCut) {
+    EXPECT_EQ(layouts_of(21, 20), 0u); // 21 of 421 squares
 }
 
 TEST_F(ChartCutterTest, ChartsOfOnePolygonAreNotCut) {

@@ -419,12 +419,29 @@ TEST(Primitives, CapsOfACylinderHaveTheirShapeInTheTexture) {
     EXPECT_EQ(caps, 2u * 3 * 8);
 }
 
-TEST_F(DagTest, CylindersHaveTheirDefaults) {
-    Node& node = add("polyCylinder");
-    const std::pair<const char*, double> defaults[] = {
-        {"r", 1}, {"h", 2}, {"sa", 20}, {"sh", 1}, {"sc", 1}};
-    for (const auto& [name, value] : defaults)
-        EXPECT_EQ(pull(node, name), value) << name;
+struct PrimitiveDefaults {
+    const char* type;
+    std::vector<std::pair<const char*, double>> lengths, subdivisions;
+};
+
+TEST_F(DagTest, PrimitivesHaveTheirDefaultsAndWholeSubdivisions) {
+    const PrimitiveDefaults primitives[] = {
+        {"polyCube", {{"w", 1}, {"h", 1}, {"d", 1}}, {{"sw", 1}, {"sh", 1}, {"sd", 1}}},
+        {"polyPlane", {{"w", 1}, {"h", 1}}, {{"sw", 10}, {"sh", 10}}},
+        {"polySphere", {{"r", 1}}, {{"sa", 20}, {"sh", 20}}},
+        {"polyCylinder", {{"r", 1}, {"h", 2}}, {{"sa", 20}, {"sh", 1}, {"sc", 1}}},
+        {"polyTorus", {{"r", 1}, {"sr", 0.5}}, {{"sa", 20}, {"sh", 20}}}};
+    for (const auto& [type, lengths, subdivisions] : primitives) {
+        Node& node = add(type);
+        for (const auto& [name, value] : lengths) {
+            EXPECT_EQ(pull(node, name), value) << type << " " << name;
+            EXPECT_EQ(plug(node, name).attribute().kind(), AttributeKind::real64) << name;
+        }
+        for (const auto& [name, value] : subdivisions) {
+            EXPECT_EQ(pull(node, name), value) << type << " " << name;
+            EXPECT_EQ(plug(node, name).attribute().kind(), AttributeKind::integer) << name;
+        }
+    }
 }
 
 TEST(Primitives, EveryCornerHasAUvInTheUnitSquare) {

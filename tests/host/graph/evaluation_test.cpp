@@ -1,3 +1,4 @@
+#include "host/graph/data.h"
 #include "tests/host/graph/fixture.h"
 
 namespace host::graph::testing {
@@ -210,6 +211,104 @@ TEST_F(EvaluationTest, MessagesConnectOnlyToMessages) {
     Node& first = add("scaleNode");
     Node& second = add("scaleNode");
     EXPECT_EQ(scene.connect(plug(first, "message"), plug(second, "input")), MS::kInvalidParameter);
+}
+
+/// Adds an array "pairs" of vectors of two numbers; returns the name of its first element.
+const char* add_pairs(Node& node) {
+    static const char* const k_suffixes[] = {"U", "V"};
+    const Ref<Attribute> pairs =
+        Attribute::make_tuple("pairs", "pr", Tuple::double2, Unit::none, k_suffixes);
+    pairs->flags.array = true;
+    EXPECT_EQ(node.add_attribute(pairs), MS::kSuccess);
+    return "pairs[0]";
+}
+
+TEST_F(EvaluationTest, AVectorConnectsOnlyToAVectorOfTheSameSize) {
+    Node& number = add("scaleNode");
+    Node& from = add("transform", "from");
+    Node& to = add("transform", "to");
+    EXPECT_FALSE(can_connect(plug(from, "translate"), plug(number, "input")));
+    EXPECT_FALSE(can_connect(plug(number, "result"), plug(to, "translate")));
+    EXPECT_FALSE(can_connect(plug(from, "translate"), plug(to, add_pairs(to))));
+    EXPECT_TRUE(can_connect(plug(from, "translate"), plug(to, "scale")));
+}
+
+TEST_F(EvaluationTest, AVectorConnectsToFloatsAndDoublesButNotToOtherKinds) {
+    Ref<Attribute> mixed = new Attribute("mixed", "mx", AttributeKind::compound);
+    mixed->add_child(new Attribute("one", "on", AttributeKind::real64));
+    mixed->add_child(new Attribute("two", "tw", AttributeKind::text));
+    mixed->add_child(new Attribute("three", "th", AttributeKind::real64));
+    Node& from = add("transform", "from");
+    Node& to = add("transform", "to");
+    ASSERT_EQ(to.add_attribute(mixed), MS::kSuccess);
+    EXPECT_FALSE(can_connect(plug(from, "translate"), plug(to, "mixed")));
+    EXPECT_TRUE(can_connect(plug(from, "translate"), plug(add_cube(), "pnts[0]")));
+}
+
+TEST_F(EvaluationTest, AVectorTakesNoSingleValue) {
+    Node& node = add("transform");
+    EXPECT_FALSE(assign(plug(node, "translate"), PlugValue::of_double(3)));
+    EXPECT_TRUE(assign(plug(node, "tx"), PlugValue::of_double(3)));
+}
+
+TEST_F(EvaluationTest, ATextTakesNoNumberAndNoMesh) {
+    Node& node = add("transform");
+    ASSERT_EQ(node.add_attribute(new Attribute("label", "lb", AttributeKind::text)), MS::kSuccess);
+    EXPECT_TRUE(assign(plug(node, "label"), PlugValue::of_text("kept")));
+    EXPECT_FALSE(assign(plug(node, "label"), PlugValue::of_double(3)));
+    EXPECT_FALSE(assign(plug(node, "label"), plug(add_cube(), "outMesh").value));
+    EXPECT_EQ(plug(node, "label").value.as_text(), "kept");
+}
+
+TEST_F(EvaluationTest, AMeshTakesNoNumberAndNoMatrix) {
+    MeshNode& shape = add_cube();
+    Slot& mesh = plug(shape, "inMesh");
+    EXPECT_FALSE(assign(mesh, PlugValue::of_double(3)));
+    EXPECT_FALSE(assign(mesh, PlugValue::of_data(new MatrixData(MMatrix()))));
+    EXPECT_TRUE(assign(mesh, PlugValue()));
+}
+
+TEST_F(EvaluationTest, CopyingAVectorSaysWhetherEveryComponentFitted) {
+    MeshNode& shape = add_cube();
+    Node& node = add("transform");
+    EXPECT_TRUE(copy_values(plug(node, "translate"), plug(shape, "pnts[0]")));
+    EXPECT_FALSE(copy_values(plug(node, "translate"), plug(node, add_pairs(node))));
+    EXPECT_FALSE(copy_values(plug(node, "translate"), plug(node, "tx")));
+    Ref<Attribute> labels = new Attribute("labels", "lb", AttributeKind::compound);
+    for (const char* name : {"one", "two", "three"})
+        labels->add_child(new Attribute(name, name, AttributeKind::text));
+    ASSERT_EQ(node.add_attribute(labels), MS::kSuccess);
+    EXPECT_FALSE(copy_values(plug(node, "translate"), plug(node, "labels")));
+}
+
+TEST_F(EvaluationTest, CopyingAnArraySaysWhetherEveryElementFitted) {
+    MeshNode& shape = add_cube();
+    Node& tweak = add("polyTweak");
+    set(tweak, "tweak[2].tweakX", 4);
+    EXPECT_TRUE(copy_values(plug(tweak, "tweak"), plug(shape, "pnts")));
+    EXPECT_EQ(plug(shape, "pnts[2].pntx").value.number(), 4.0);
+    add_pairs(shape);
+    EXPECT_FALSE(copy_values(plug(tweak, "tweak"), plug(shape, "pairs")));
+}
+
+TEST_F(EvaluationTest, AComponentOfAVectorIsDirtyUntilTheVectorIsFetched) {
+    Node& from = add("transform", "from");
+    Node& to = add("transform", "to");
+    connect(from, "translate", to, "translate");
+    EXPECT_EQ(pull(to, "tx"), 0.0);
+    EXPECT_TRUE(is_clean(plug(to, "tx")));
+    set(from, "tx", 4);
+    EXPECT_FALSE(is_clean(plug(to, "tx")));
+}
+
+TEST_F(EvaluationTest, AVectorIsDirtyWhileAConnectedComponentIs) {
+    Node& from = add("transform", "from");
+    Node& to = add("transform", "to");
+    connect(from, "ty", to, "ty");
+    EXPECT_EQ(evaluate(plug(to, "translate")), MS::kSuccess);
+    EXPECT_TRUE(is_clean(plug(to, "translate")));
+    set(from, "ty", 4);
+    EXPECT_FALSE(is_clean(plug(to, "translate")));
 }
 
 } // namespace host::graph::testing
