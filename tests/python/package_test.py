@@ -12,6 +12,7 @@ import signal
 import subprocess
 import sys
 import threading
+import time
 import unittest
 
 import numpy
@@ -244,6 +245,18 @@ class Concurrency(unittest.TestCase):
         expected = tessora.unwrap(points, faces, threads=1).uvs.tobytes()
         for threads in (0, 2, 7):
             self.assertEqual(tessora.unwrap(points, faces, threads=threads).uvs.tobytes(), expected)
+
+    def test_threads_share_the_work(self):
+        points, faces = sphere(120)
+
+        def on_others(threads):
+            """The processor time of all threads but this one, in seconds."""
+            whole, own = time.process_time(), time.thread_time()
+            tessora.unwrap(points, faces, threads=threads)
+            return (time.process_time() - whole) - (time.thread_time() - own)
+
+        self.assertLess(on_others(1), 0.0005)
+        self.assertGreater(on_others(4), 0.0005)
 
     def test_what_progress_raises_comes_out_of_the_call(self):
         def progress(stage, fraction):
