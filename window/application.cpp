@@ -118,7 +118,6 @@ bool Application::open_window(std::string& error) {
     glfwMakeContextCurrent(window_);
     glfwSwapInterval(1);
     glfwSetWindowUserPointer(window_, this);
-    take_events();
     IMGUI_CHECKVERSION();
     ImGui::CreateContext();
     ImGuiIO& io = ImGui::GetIO();
@@ -129,12 +128,13 @@ bool Application::open_window(std::string& error) {
     glfwGetWindowContentScale(window_, &screen_scale_, &ignored);
     state_.scale = screen_scale_;
     state_.fonts = set_theme(state_.scale, state_.glyphs.characters());
-    ImGui_ImplGlfw_InitForOpenGL(window_, true);
+    ImGui_ImplGlfw_InitForOpenGL(window_, false);
+    take_events();
     ImGui_ImplOpenGL2_Init();
     return true;
 }
 
-/// Before ImGui installs its own handlers, which pass the events on to these.
+/// Keys, characters and buttons go through the queues; ImGui takes all else as it comes.
 void Application::take_events() {
     static constexpr auto self = [](GLFWwindow* window) {
         return static_cast<Application*>(glfwGetWindowUserPointer(window));
@@ -145,6 +145,9 @@ void Application::take_events() {
     glfwSetKeyCallback(window_, [](GLFWwindow* window, int key, int, int action, int modifiers) {
         self(window)->note_key(key, action, modifiers);
     });
+    glfwSetCharCallback(window_, [](GLFWwindow* window, unsigned int character) {
+        self(window)->note_character(character);
+    });
     glfwSetMouseButtonCallback(window_,
                                [](GLFWwindow* window, int button, int action, int modifiers) {
                                    self(window)->note_button(button, action, modifiers);
@@ -153,9 +156,10 @@ void Application::take_events() {
         self(window)->pointer_[0] = x;
         self(window)->pointer_[1] = y;
     });
-    glfwSetCharCallback(window_, [](GLFWwindow* window, unsigned int character) {
-        self(window)->state_.glyphs.note(character);
-    });
+    glfwSetWindowFocusCallback(window_, ImGui_ImplGlfw_WindowFocusCallback);
+    glfwSetCursorEnterCallback(window_, ImGui_ImplGlfw_CursorEnterCallback);
+    glfwSetScrollCallback(window_, ImGui_ImplGlfw_ScrollCallback);
+    glfwSetMonitorCallback(ImGui_ImplGlfw_MonitorCallback);
 }
 
 /// 0: as the screen asks for.
@@ -246,7 +250,7 @@ void Application::main_loop() {
             after_first_frame();
             is_first = false;
         }
-        if (!state_.jobs.is_empty()) {
+        if (may_run()) {
             state_.jobs.run_all();
             is_good_ = is_good_ && !(is_first && has_failed_);
             due = k_after_event;

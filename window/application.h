@@ -131,14 +131,21 @@ private:
     Clock::time_point last_progress_; ///< the last frame drawn while it runs
     Clock::duration drawing_time_{};  ///< of that frame
     bool is_in_frame_ = false;
-    InputQueue input_;
+    InputQueue input_;       ///< waits while a statement runs
+    InputQueue front_input_; ///< for a question or the progress, once they are on the screen
+    bool has_front_ = false; ///< one of them is
     double pointer_[2] = {-1.0, -1.0}; ///< of the last event, negative before the first
+    float seen_[2] = {-1.0f, -1.0f};   ///< of the pointer, in the last frame
     bool is_alt_alone_ = false;        ///< Alt is down and nothing else was pressed since
     bool opens_menu_ = false;          ///< open the first menu in the next frame
     void note_alt(int key, int action);
     void note_key(int key, int action, int modifiers);
+    void note_character(unsigned int character);
     void note_button(int button, int action, int modifiers);
-    void put_event();
+    void put_input(InputQueue* queue);
+    void put_event(const InputEvent& event);
+    void leave_front();
+    bool may_run() const;
     void put_key(int key);
     void take_keys_as_they_are();
     AreaShares shares_;

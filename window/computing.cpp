@@ -47,6 +47,7 @@ void Application::run_statements(const std::string& statements) {
     if (was_cancelled)
         take_back(undo_count, results);
     is_computing_ = is_cancelled_ = is_unwrapping_ = false;
+    leave_front();
     std::cerr.rdbuf(error_stream_);
     const bool had_mesh = static_cast<bool>(state_.subject.shape);
     const auto* before = state_.subject.shape.get();
@@ -91,7 +92,8 @@ void Application::keep_up() {
         cancel();
     // Progress may change faster than a frame is drawn: spend at most a fifth of the time drawing.
     const auto pause = std::max<Clock::duration>(std::chrono::milliseconds(66), 4 * drawing_time_);
-    if (input_.is_idle() && now - last_progress_ < pause)
+    if (!progress_.is_worth_showing(now) ||
+        (front_input_.is_idle() && now - last_progress_ < pause))
         return;
     frame(false);
     last_progress_ = Clock::now();
@@ -185,11 +187,18 @@ bool Application::follow_live() {
     return has_result || !error.empty() || was_waiting != state_.is_waiting;
 }
 
+/// Whether a statement waits and may begin now. Not between the press and the release of a button:
+/// while it runs, the button's place takes no input, and the click would be lost.
+bool Application::may_run() const { return !state_.jobs.is_empty() && !input_.is_any_down(); }
+
 /// Returns when something happened that is to be shown; a child process may be what it waits for.
 void Application::wait_for_events() {
     constexpr double k_look = 0.01; // seconds between two looks at the child
+    // A result would put other charts under a button that is held.
+    if (input_.is_any_down())
+        return glfwWaitEvents();
     while (!follow_live()) {
-        if (!state_.jobs.is_empty())
+        if (may_run())
             return;
         if (!live_.is_busy())
             return glfwWaitEvents();

@@ -39,23 +39,31 @@ void begin_area(const char* name, float left, float top, float width, float heig
 
 } // namespace
 
-/// Alt pressed and released without another key opens the first menu.
+/// Alt pressed and released without another key or a button opens the first menu.
 void Application::note_alt(int key, int action) {
     const bool is_alt = key == GLFW_KEY_LEFT_ALT || key == GLFW_KEY_RIGHT_ALT;
     if (action == GLFW_PRESS)
         is_alt_alone_ = is_alt;
     else if (is_alt && action == GLFW_RELEASE && is_alt_alone_)
-        opens_menu_ = true;
+        (has_front_ ? front_input_ : input_).add({InputEvent::Kind::key_press, GLFW_KEY_LEFT_ALT});
 }
 
 void Application::note_key(int key, int action, int modifiers) {
     note_alt(key, action);
     if (is_computing_ && !question_ && action == GLFW_PRESS && key == GLFW_KEY_ESCAPE)
         return cancel();
-    const bool is_text = ImGui::GetIO().WantTextInput && key <= GLFW_KEY_GRAVE_ACCENT &&
-                         (modifiers & (GLFW_MOD_CONTROL | GLFW_MOD_ALT)) == 0;
-    if (action == GLFW_PRESS && key >= 0 && key < GLFW_KEY_LEFT_SHIFT && !is_text)
-        input_.add({InputEvent::Kind::key_press, key, modifiers, 0.0, 0.0});
+    if (action != GLFW_PRESS || key < 0 || key >= GLFW_KEY_LEFT_SHIFT)
+        return;
+    InputEvent event{InputEvent::Kind::key_press, key, modifiers};
+    event.is_text =
+        key <= GLFW_KEY_GRAVE_ACCENT && (modifiers & (GLFW_MOD_CONTROL | GLFW_MOD_ALT)) == 0;
+    (has_front_ ? front_input_ : input_).add(event);
+}
+
+void Application::note_character(unsigned int character) {
+    state_.glyphs.note(character);
+    (has_front_ ? front_input_ : input_)
+        .add({InputEvent::Kind::character, static_cast<int>(character)});
 }
 
 void Application::note_button(int button, int action, int modifiers) {
@@ -63,38 +71,50 @@ void Application::note_button(int button, int action, int modifiers) {
     double x = pointer_[0], y = pointer_[1];
     if (x < 0.0)
         glfwGetCursorPos(window_, &x, &y);
-    input_.add(
-        {action == GLFW_PRESS ? InputEvent::Kind::button_press : InputEvent::Kind::button_release,
-         button, modifiers, x, y});
+    const bool is_press = action == GLFW_PRESS;
+    is_alt_alone_ = false;
+    const bool is_in_front = has_front_ && (is_press || !input_.is_held(button));
+    (is_in_front ? front_input_ : input_)
+        .add({is_press ? InputEvent::Kind::button_press : InputEvent::Kind::button_release, button,
+              modifiers, static_cast<float>(x), static_cast<float>(y)});
 }
 
-void Application::put_key(int key) {
+/// Feeds ImGui the next events of a queue instead of the present state of keys and buttons. Null:
+/// no event, because nothing on the screen takes any now; they wait.
+void Application::put_input(InputQueue* queue) {
     ImGuiIO& io = ImGui::GetIO();
-    io.KeysDown[key] = true;
-    // ImGui activates the focused item on Space only; make Enter do the same.
-    if ((key == GLFW_KEY_ENTER || key == GLFW_KEY_KP_ENTER) && !io.WantTextInput)
-        io.NavInputs[ImGuiNavInput_Activate] = 1.0f;
-}
-
-/// Feeds ImGui the next event instead of the present state of keys and buttons.
-void Application::put_event() {
-    ImGuiIO& io = ImGui::GetIO();
+    const InputQueue& source = queue ? *queue : input_;
     for (int key = 0; key < GLFW_KEY_LEFT_SHIFT; ++key)
-        if (input_.is_waiting(key))
+        if (source.is_waiting(key))
             io.KeysDown[key] = false;
-    const std::optional<InputEvent> event = input_.next();
-    const InputEvent* place = event ? &*event : input_.waiting();
-    if (place && place->kind != InputEvent::Kind::key_press)
-        io.MousePos = {static_cast<float>(place->x), static_cast<float>(place->y)};
+    const std::vector<InputEvent> events =
+        queue ? queue->next({seen_[0], seen_[1], io.WantTextInput}) : std::vector<InputEvent>();
+    for (const InputEvent& event : events)
+        put_event(event);
+    const InputEvent* place = events.empty() ? source.waiting() : &events.front();
+    if (place && place->kind != InputEvent::Kind::key_press &&
+        place->kind != InputEvent::Kind::character)
+        io.MousePos = {place->x, place->y};
+    seen_[0] = io.MousePos.x;
+    seen_[1] = io.MousePos.y;
     for (int button = 0; button < IM_ARRAYSIZE(io.MouseDown); ++button)
-        io.MouseDown[button] = input_.is_down(button);
-    if (!event)
-        return;
-    if (event->kind == InputEvent::Kind::key_press)
-        put_key(event->code);
-    io.KeyCtrl = (event->modifiers & GLFW_MOD_CONTROL) != 0;
-    io.KeyShift = (event->modifiers & GLFW_MOD_SHIFT) != 0;
-    io.KeyAlt = (event->modifiers & GLFW_MOD_ALT) != 0;
+        io.MouseDown[button] = source.is_down(button);
+}
+
+void Application::put_event(const InputEvent& event) {
+    ImGuiIO& io = ImGui::GetIO();
+    if (event.kind == InputEvent::Kind::character)
+        return io.AddInputCharacter(static_cast<unsigned int>(event.code));
+    opens_menu_ = opens_menu_ || event.code == GLFW_KEY_LEFT_ALT;
+    if (event.kind == InputEvent::Kind::key_press && event.code < GLFW_KEY_LEFT_SHIFT) {
+        io.KeysDown[event.code] = true;
+        // ImGui activates the focused item on Space only; make Enter do the same.
+        if ((event.code == GLFW_KEY_ENTER || event.code == GLFW_KEY_KP_ENTER) && !io.WantTextInput)
+            io.NavInputs[ImGuiNavInput_Activate] = 1.0f;
+    }
+    io.KeyCtrl = (event.modifiers & GLFW_MOD_CONTROL) != 0;
+    io.KeyShift = (event.modifiers & GLFW_MOD_SHIFT) != 0;
+    io.KeyAlt = (event.modifiers & GLFW_MOD_ALT) != 0;
 }
 
 void Application::take_keys_as_they_are() {
@@ -117,7 +137,7 @@ void Application::frame(bool is_live) {
         load_fonts();
     ImGui_ImplOpenGL2_NewFrame();
     ImGui_ImplGlfw_NewFrame();
-    put_event();
+    put_input(has_front_ ? &front_input_ : is_live ? &input_ : nullptr);
     ImGui::NewFrame();
     state_.places.begin_frame();
     draw_everything(is_live);
@@ -146,7 +166,6 @@ void Application::frame(bool is_live) {
 }
 
 void Application::draw_everything(bool is_live) {
-    is_alt_alone_ = is_alt_alone_ && !ImGui::IsAnyMouseDown();
     const bool opens_menu = opens_menu_ && is_live && !question_ && !chooser_.is_open();
     opens_menu_ = false;
     action_ = draw_menu_bar(state_, is_live, opens_menu);
@@ -161,6 +180,15 @@ void Application::draw_everything(bool is_live) {
         draw_question();
     else if (is_computing_ && progress_.is_worth_showing(Clock::now()))
         draw_progress();
+    else
+        return;
+    has_front_ = true;
+}
+
+/// What was meant for the question or the progress, and came too late, is for nothing else.
+void Application::leave_front() {
+    has_front_ = false;
+    front_input_ = InputQueue();
 }
 
 void Application::draw_areas(bool is_live) {
@@ -383,10 +411,11 @@ std::string Application::ask(const std::string& title, const std::string& messag
     answer_.clear();
     while (answer_.empty() && !glfwWindowShouldClose(window_)) {
         frame(false);
-        if (answer_.empty() && input_.is_idle())
+        if (answer_.empty() && front_input_.is_idle())
             glfwWaitEventsTimeout(0.1);
     }
     question_ = nullptr;
+    leave_front();
     frame(false); // removes the question from the screen before the statement continues
     return answer_.empty() ? dismissal : answer_;
 }

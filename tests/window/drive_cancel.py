@@ -19,7 +19,6 @@ CANCELLED = r"// Cancelled\.\n"
 def begin(window, statement):
     """Types a statement that takes long, and waits until its progress is shown."""
     window.key("F5")
-    window.key_until("F5", "console/field/active")
     window.type(statement)
     window.tool("key", "Return")
     window.wait_for("progress/Cancel")

@@ -6,17 +6,10 @@
 Edges are picked by a click, a double click, Shift and a line around them; cut and sewn by key and by
 button, each as one step of undo; then the mesh is unwrapped along them.
 """
-import re
-import sys
-
-from window_driver import drive_on_a_screen, fail_unless, run_script, tell
+from window_driver import (drive_on_a_screen, make_sheet, quit_without_saving, shells, tell)
 
 # A sheet of 4 x 4 squares. Edges of its middle line from one side to the other.
 MIDDLE = (5, 16, 25, 34)
-
-
-def shells(window, count):
-    window.statement("polyEvaluate -us sheet;", rf"Result: {count}\n")
 
 
 def click_edge(window, edge, held=None):
@@ -29,7 +22,7 @@ def click_edge(window, edge, held=None):
 
 
 def pick_by_clicks(window):
-    window.click_until("tool/Edges", "tool/Edges/on")
+    window.click_for("tool/Edges", "tool/Edges/on")
     window.key("1")  # the view from above
     click_edge(window, MIDDLE[0])
     window.wait_for("picked/1")
@@ -46,7 +39,7 @@ def pick_by_clicks(window):
 def pick_a_loop(window):
     click_edge(window, 0)
     window.wait_for("picked/1")
-    window.double_click_until(f"edge/{MIDDLE[1]}", "picked/4")
+    window.double_click_for(f"edge/{MIDDLE[1]}", "picked/4")
     window.picture("loop")
     tell("picked a loop by double click")
 
@@ -102,17 +95,8 @@ def drive(window, _):
     pick_by_lasso(window)
     unwrap_along_them(window)
     sew_after_the_unwrap(window)
-    fail_unless(not re.search("Error", window.said()), "there was an error:\n" + window.said())
-    window.key("F2", "ctrl+q")
-    window.click("question/Discard them")
-    window.wait_end()
-
-
-def make_mesh(scratch):
-    run_script(sys.argv[1], 'polyPlane -n sheet -sx 4 -sy 4; '
-               f'file -f -exportAll "{scratch / "sheet.obj"}";')
-    return (str(scratch / "sheet.obj"),)
+    quit_without_saving(window)
 
 
 if __name__ == "__main__":
-    drive_on_a_screen(drive, make_mesh)
+    drive_on_a_screen(drive, make_sheet)

@@ -10,26 +10,7 @@ names what it undid, and is no error if there is nothing to undo.
 import subprocess
 import sys
 
-from window_driver import drive_on_a_screen, fail_unless, tell
-
-# Two squares with an edge in common whose UVs overlap.
-SQUARES = """v 0 0 0
-v 2 0 0
-v 4 0 0
-v 0 2 0
-v 2 2 0
-v 4 2 0
-vt 0.1 0.1
-vt 0.5 0.1
-vt 0.5 0.5
-vt 0.1 0.5
-vt 0.3 0.3
-vt 0.7 0.3
-vt 0.7 0.7
-vt 0.3 0.7
-f 1/1 2/2 5/3 4/4
-f 2/5 3/6 6/7 5/8
-"""
+from window_driver import drive_on_a_screen, fail_unless, tell, write_squares
 
 
 def colours(window, name):
@@ -109,7 +90,8 @@ def drive(window, _):
 
 
 def make_mesh(scratch):
-    (scratch / "squares.obj").write_text(SQUARES)
+    # Their coordinates overlap.
+    write_squares(scratch / "squares.obj", (0.1, 0.1, 0.5, 0.5), (0.3, 0.3, 0.7, 0.7))
     return (str(scratch / "squares.obj"),)
 
 

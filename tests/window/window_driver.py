@@ -1,5 +1,6 @@
 """Runs `tessora view` on a virtual screen (Xvfb) and sends it mouse and keyboard events (xdotool).
 Widgets are located through the file of positions that the window writes (--places)."""
+import contextlib
 import os
 import pathlib
 import re
@@ -105,59 +106,43 @@ class Window:
             time.sleep(0.4)
 
     def move_to(self, name):
-        x, y = self.wait(lambda: self.place(name), name)
+        self.wait_for(name)
         self.settle()
         x, y = self.wait(lambda: self.place(name), name)
         self.tool("mousemove", str(x), str(y))
-        time.sleep(0.3)
 
-    def click(self, name, count=1):
+    def click(self, name):
         self.move_to(name)
-        for _ in range(count):
-            self.tool("mousedown", "1")
-            time.sleep(0.12)
-            self.tool("mouseup", "1")
-            time.sleep(0.08)
-        time.sleep(0.3)
+        self.press()
 
-    def click_until(self, name, wanted, max_times=6):
-        """Clicks until something appears; waits long before it clicks again."""
-        for _ in range(max_times):
-            self.click(name)
-            end = time.monotonic() + PATIENCE / 6
-            while time.monotonic() < end:
-                if self.has(wanted):
-                    return
-                time.sleep(0.1)
-        raise SystemExit(f"{wanted} did not appear after {max_times} clicks on {name}")
+    def click_for(self, name, wanted):
+        """One click, and waits for what it is to show."""
+        self.click(name)
+        self.wait_for(wanted)
 
-    def choose(self, menu, item, wanted, max_times=5):
-        """Picks a menu item; again if the menu was closed or the click came too early."""
-        for _ in range(max_times):
-            self.click(f"menu/{menu}")
-            self.settle()
-            if self.has(f"menuitem/{item}"):
-                self.click(f"menuitem/{item}")
-            self.settle()
-            if self.has(wanted):
-                return
-            self.key("Escape")
-            self.settle()
-        raise SystemExit(f"{wanted} did not appear after {menu} > {item}")
+    def choose(self, menu, item, wanted):
+        """Picks a menu item, and waits for what it is to show."""
+        self.click_for(f"menu/{menu}", f"menuitem/{item}")
+        self.click_for(f"menuitem/{item}", wanted)
 
     def press(self, count=1):
         """Presses and releases the left button where the pointer is."""
-        self.tool("click", "--repeat", str(count), "--delay", "60", "1")
-        self.settle()
+        self.tool(*["mousedown", "1", "mouseup", "1"] * count)
 
-    def double_click_until(self, name, wanted, max_times=20):
-        """On a busy machine two clicks may come too far apart to be a double click."""
+    def double_click_for(self, name, wanted):
         self.move_to(name)
-        for _ in range(max_times):
-            self.press(2)
-            if self.has(wanted):
-                return
-        raise SystemExit(f"{wanted} did not appear after {max_times} double clicks on {name}")
+        self.press(2)
+        self.wait_for(wanted)
+
+    @contextlib.contextmanager
+    def between_two_frames(self):
+        """All keys and clicks sent inside reach the program at once."""
+        self.settle()
+        os.kill(self.program.pid, signal.SIGSTOP)
+        try:
+            yield
+        finally:
+            os.kill(self.program.pid, signal.SIGCONT)
 
     def drag(self, points):
         """Presses the left button at the first point, releases it at the last."""
@@ -172,13 +157,7 @@ class Window:
         self.settle()
 
     def key(self, *keys):
-        for key in keys:
-            self.tool("key", key)
-            time.sleep(0.25)
-            if key == "F2":  # else the next key would go into the console
-                self.wait_gone("console/field/active")
-            if key.startswith("F"):  # F keys move the focus, which takes a few frames
-                self.settle()
+        self.tool("key", *keys)
 
     def key_until(self, key, name, max_presses=60):
         """Presses a key repeatedly until a widget appears."""
@@ -190,14 +169,12 @@ class Window:
         raise SystemExit(f"{name} did not appear after {max_presses} times {key}")
 
     def type(self, text):
-        self.tool("type", "--delay", "25", text)
-        time.sleep(0.3)
+        self.tool("type", "--delay", "2", text)
 
     def statement(self, text, wanted):
         """Types a statement into the console and waits for a new match of `wanted` in the log."""
         count = len(re.findall(wanted, self.said()))
         self.key("F5")
-        self.key_until("F5", "console/field/active")  # the first may come before the window listens
         self.type(text)
         self.key("Return")
         self.wait(lambda: len(re.findall(wanted, self.said())) > count,
@@ -235,6 +212,38 @@ def fail_unless(condition, sentence):
 
 def run_script(program, text):
     subprocess.run([program, "-c", text], check=True, stdout=subprocess.DEVNULL)
+
+
+def shells(window, count):
+    """Fails unless the mesh `sheet` has so many pieces in the texture."""
+    window.statement("polyEvaluate -us sheet;", rf"Result: {count}\n")
+
+
+def make_sheet(scratch):
+    """A mesh of 4 x 4 squares; edges 2 and 22 are the ends of a line through its middle."""
+    run_script(sys.argv[1], 'polyPlane -n sheet -sx 4 -sy 4; '
+               f'file -f -exportAll "{scratch / "sheet.obj"}";')
+    return (str(scratch / "sheet.obj"),)
+
+
+def write_squares(file, first, second):
+    """Two squares with an edge in common, each with the texture rectangle (left, bottom, right, top)."""
+    lines = [f"v {x} {y} 0" for y in (0, 2) for x in (0, 2, 4)]
+    for left, bottom, right, top in (first, second):
+        lines += [f"vt {u} {v}" for u, v in ((left, bottom), (right, bottom), (right, top), (left, top))]
+    lines += ["f 1/1 2/2 5/3 4/4", "f 2/5 3/6 6/7 5/8"]
+    file.write_text("\n".join(lines) + "\n")
+
+
+def quit_without_saving(window):
+    """Fails if an error was said."""
+    fail_unless("Error" not in window.said(), "there was an error:\n" + window.said())
+    window.key("F2", "ctrl+q")
+    window.wait(lambda: window.program.poll() is not None or window.has("question/Discard them"),
+                "the question")
+    if window.program.poll() is None:
+        window.click("question/Discard them")
+    window.wait_end()
 
 
 def drive_on_a_screen(steps, arguments=lambda scratch: ()):
