@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace app {
@@ -24,6 +25,8 @@ public:
 
     /// Writes a line and its end; waits if the child does not read. Returns false if it has ended.
     bool send(const std::string& line);
+    /// Writes bytes as they are, like `send`.
+    bool send_bytes(const std::string& bytes);
     /// Closes the child's standard input, on which it ends of its own accord.
     void close_input();
     /// Asks the child to end, so that it can remove its unfinished files.
@@ -37,6 +40,8 @@ public:
 
     /// Takes the next complete line that the child has written; false if there is none yet.
     bool take_line(std::string& line);
+    /// Takes all that the child has written so far and that no line took.
+    std::string take_bytes() { return std::exchange(received_, std::string()); }
     /// Collects the child if it has ended and all it wrote has been received. `how` tells how:
     /// "with code 3" or "by signal 11". Returns false while it runs.
     bool has_ended(std::string& how);

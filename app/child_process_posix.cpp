@@ -114,8 +114,9 @@ bool ChildProcess::start(const std::vector<std::string>& words, std::string& err
 
 bool ChildProcess::is_running() const { return process_->id >= 0; }
 
-bool ChildProcess::send(const std::string& line) {
-    const std::string bytes = line + "\n";
+bool ChildProcess::send(const std::string& line) { return send_bytes(line + "\n"); }
+
+bool ChildProcess::send_bytes(const std::string& bytes) {
     for (size_t done = 0; done < bytes.size();) {
         const ssize_t wrote = ::write(process_->input, bytes.data() + done, bytes.size() - done);
         if (wrote > 0)

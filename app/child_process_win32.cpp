@@ -124,8 +124,9 @@ bool ChildProcess::start(const std::vector<std::string>& words, std::string& err
 
 bool ChildProcess::is_running() const { return process_->process != nullptr; }
 
-bool ChildProcess::send(const std::string& line) {
-    const std::string bytes = line + "\n";
+bool ChildProcess::send(const std::string& line) { return send_bytes(line + "\n"); }
+
+bool ChildProcess::send_bytes(const std::string& bytes) {
     for (size_t done = 0; done < bytes.size();) {
         DWORD wrote = 0;
         if (!WriteFile(process_->input, bytes.data() + done,

@@ -14,16 +14,8 @@ struct OtherFormat {
     const char* converter;
 };
 
-/// Formats other than OBJ; some commands read a few of them.
+/// Formats that are not read.
 constexpr OtherFormat k_others[] = {
-    {".fbx", "FBX", "assimp export FILE.fbx FILE.obj"},
-    {".gltf", "glTF", "assimp export FILE.gltf FILE.obj"},
-    {".glb", "glTF", "assimp export FILE.glb FILE.obj"},
-    {".ply", "PLY", "assimp export FILE.ply FILE.obj"},
-    {".stl", "STL", "assimp export FILE.stl FILE.obj"},
-    {".dae", "COLLADA", "assimp export FILE.dae FILE.obj"},
-    {".3ds", "3DS", "assimp export FILE.3ds FILE.obj"},
-    {".off", "OFF", "assimp export FILE.off FILE.obj"},
     {".usd", "USD", "Blender: File > Import, then File > Export as Wavefront OBJ"},
     {".usda", "USD", "Blender: File > Import, then File > Export as Wavefront OBJ"},
     {".usdc", "USD", "Blender: File > Import, then File > Export as Wavefront OBJ"},

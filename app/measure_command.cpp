@@ -6,6 +6,7 @@
 #include "app/layout_picture.h"
 #include "app/measure_layout.h"
 #include "app/mesh_import.h"
+#include "app/mesh_reader.h"
 #include "app/options.h"
 #include "app/unwrap_options.h"
 #include "formats/mesh_file.h"
@@ -132,18 +133,11 @@ int fail(int code, const std::string& reason) {
 }
 
 bool read_document(const Request& request, host::ObjDocument& document, int& code) {
-    const std::string& path = request.input;
-    if (const std::string refusal = input_refusal(path); !refusal.empty()) {
-        code = fail(exit_input, refusal);
-        return false;
-    }
     host::IoError error;
-    std::string text;
     formats::MeshFile file;
     formats::ReadOptions options;
     options.texcoord = request.texcoord;
-    if (host::read_text(path, text, error) &&
-        formats::parse_mesh(path, std::move(text), options, file, error)) {
+    if (read_mesh(request.input, options, file, error)) {
         document = std::move(file.document);
         for (const std::string& warning : document.warnings)
             say("warning: " + warning);

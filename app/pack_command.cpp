@@ -3,9 +3,9 @@
 #include "app/atomic_file.h"
 #include "app/chart_packing.h"
 #include "app/exit_code.h"
-#include "app/file_formats.h"
 #include "app/interrupt.h"
 #include "app/layout_picture.h"
+#include "app/mesh_reader.h"
 #include "app/pack_options.h"
 #include "app/progress_display.h"
 #include "app/system.h"
@@ -124,17 +124,13 @@ bool PackRun::read() {
     meshes_.resize(request_.inputs.size());
     for (size_t i = 0; i < meshes_.size(); ++i) {
         const std::string& input = request_.inputs[i];
-        if (const std::string refusal = input_refusal(input); !refusal.empty())
-            return fail(exit_input, refusal);
         host::IoError error;
-        std::string text;
-        if (!host::read_text(input, text, error) ||
-            !formats::parse_mesh(input, std::move(text), {}, meshes_[i], error))
+        std::string reason;
+        if (!read_mesh(input, formats::ReadOptions(), meshes_[i], error))
             return fail(error.kind == host::IoError::too_large ? exit_limit : exit_input,
                         error.message);
         if (!request_.names.empty())
             meshes_[i].document.name = request_.names[i];
-        std::string reason;
         if (!formats::can_write(meshes_[i], request_.outputs[i], {}, reason))
             return fail(exit_usage, reason);
         for (const std::string& warning : meshes_[i].document.warnings)

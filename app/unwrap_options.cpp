@@ -20,9 +20,10 @@ namespace {
 constexpr const char* k_usage = R"(usage: tessora unwrap INPUT [-o OUTPUT] [options]
        tessora unwrap INPUT... [--out_dir DIR] [options]
 
-Gives the mesh in INPUT (OBJ, glTF, GLB, PLY or STL, also compressed by gzip) new texture
-coordinates and writes it to OUTPUT. Only texture coordinates change: all else
-in the file stays (docs/formats.md).
+Gives the mesh in INPUT (OBJ, glTF, GLB, PLY, STL, FBX, Collada and others, also
+compressed by gzip) new texture coordinates and writes it to OUTPUT. Of OBJ,
+glTF and PLY only texture coordinates change: all else in the file stays
+(docs/formats.md).
 INPUT can be several files, folders and patterns: then each mesh gets a result
 and a report of its own (docs/batch.md).
 
@@ -49,6 +50,8 @@ examples:
       settings by name; a line of JSON a mesh; none takes over a minute
   tessora unwrap meshes/ --out_dir out --html page
       page/index.html shows every mesh with its layout, stretch and seams
+  tessora unwrap rig.fbx -o rig.glb
+      from another format; FBX is written as text
   tessora unwrap props/ --out_dir packed --one_atlas --width 4096 --height 4096
       all props share one texture
 )";

@@ -3,11 +3,11 @@
 #include "app/atomic_file.h"
 #include "app/command.h"
 #include "app/exit_code.h"
-#include "app/file_formats.h"
 #include "app/fingerprint.h"
 #include "app/interrupt.h"
 #include "app/layout_picture.h"
 #include "app/measure_layout.h"
+#include "app/mesh_reader.h"
 #include "app/mesh_rows.h"
 #include "app/panel_view.h"
 #include "app/progress_display.h"
@@ -115,18 +115,12 @@ bool UnwrapRun::read() {
         file_.document = *request_.mesh;
         return true;
     }
-    if (const std::string refusal = input_refusal(request_.input); !refusal.empty())
-        return fail(exit_input, refusal);
     progress_.begin_stage("reading");
     host::IoError error;
-    std::string bytes, reason;
+    std::string reason;
     const formats::ReadOptions options = {request_.settings.texcoord,
                                           uint64_t(request_.max_input * double(1u << 30))};
-    if (host::read_text(request_.input, bytes, error)) {
-        report_.input_hash = fingerprint(bytes);
-        formats::parse_mesh(request_.input, std::move(bytes), options, file_, error);
-    }
-    if (error.kind != host::IoError::none)
+    if (!read_mesh(request_.input, options, file_, error, &report_.input_hash))
         return fail(error.kind == host::IoError::too_large ? exit_limit : exit_input,
                     error.message);
     for (const std::string& path : file_.other_files)
@@ -135,6 +129,10 @@ bool UnwrapRun::read() {
         return fail(exit_usage, reason);
     report_.seconds.read = watch.seconds();
     for (const std::string& warning : file_.document.warnings)
+        warn(warning);
+    if (const std::string warning =
+            formats::warning_about_result(file_, request_.output, write_options_);
+        !warning.empty())
         warn(warning);
     return true;
 }

@@ -16,7 +16,7 @@ import subprocess
 import sys
 import tempfile
 
-FORMATS = ["obj", "obj.gz", "ply", "glb", "gltf"]
+FORMATS = ["obj", "obj.gz", "ply", "glb", "gltf", "fbx"]
 TRIANGLES_ONLY = {"glb", "gltf"}
 VALIDATE = """
 const validator = require(process.argv[1] + '/node_modules/gltf-validator');

@@ -24,11 +24,17 @@ std::string extension_of(const std::string& path) {
     return lower_case(name.extension().string());
 }
 
+constexpr std::string_view k_binary_fbx = "Kaydara FBX Binary";
+
 Format format_of_content(std::string_view bytes) {
     if (bytes.substr(0, 4) == "glTF")
         return Format::glb;
     if (bytes.substr(0, 3) == "ply" && bytes.substr(3, 1).find_first_of("\r\n ") == 0)
         return Format::ply;
+    if (bytes.substr(0, k_binary_fbx.size()) == k_binary_fbx || bytes.substr(0, 6) == "; FBX ")
+        return Format::fbx;
+    if (bytes.substr(0, 5) == "<?xml" && bytes.substr(0, 1024).find("<COLLADA") != bytes.npos)
+        return Format::dae;
     const size_t first = bytes.find_first_not_of(" \t\r\n");
     if (first != bytes.npos && bytes.substr(first, 6) == "solid ")
         return Format::stl;
@@ -73,6 +79,11 @@ bool parse(const std::string& name, std::string bytes, const ReadOptions& option
                       error);
     if (!format_of(name, file.format))
         file.format = format_of_content(text);
+    if (file.is_foreign()) {
+        file.bytes = is_compressed ? std::move(bytes) : "";
+        file.inflated = is_compressed ? std::move(inflated) : std::move(bytes);
+        return true;
+    }
     if (file.format == Format::obj) {
         file.bytes = is_compressed ? std::move(bytes) : "";
         return host::parse_obj(name, is_compressed ? std::move(inflated) : std::move(bytes),
@@ -97,7 +108,7 @@ bool parse(const std::string& name, std::string bytes, const ReadOptions& option
 /// Whether a result in this format is the input with changes, not a new file.
 bool is_patched(const MeshFile& file, Format format) {
     const auto family = [](Format f) { return f == Format::glb ? Format::gltf : f; };
-    return family(file.format) == family(format);
+    return !file.is_foreign() && family(file.format) == family(format);
 }
 
 std::string data_uri(const std::string& buffer) {
@@ -155,6 +166,9 @@ bool fit(const MeshFile& file, const host::ObjUvs& uvs, std::string& error) {
 } // namespace
 
 const std::vector<FormatFacts>& all_formats() {
+    const auto imported = [](Format format, const char* name, const char* extension) {
+        return FormatFacts{format, name, extension, true, false, "OBJ is written", "", Format::obj};
+    };
     static const std::vector<FormatFacts> list = {
         {Format::obj, "obj", ".obj", true, true, "nothing: every other byte stays",
          "other UV sets, colours, hierarchy", Format::obj},
@@ -170,7 +184,23 @@ const std::vector<FormatFacts>& all_formats() {
          Format::ply},
         {Format::stl, "stl", ".stl", true, false, "cannot hold texture coordinates: OBJ is written",
          "", Format::obj},
-        {Format::fbx, "fbx", ".fbx", false, true, "", "nothing of the model", Format::fbx},
+        {Format::fbx, "fbx", ".fbx", true, true, "all but the model; text is written",
+         "nothing of the model", Format::fbx},
+        imported(Format::dae, "dae", ".dae"),
+        imported(Format::zae, "zae", ".zae"),
+        imported(Format::x3d, "x3d", ".x3d"),
+        imported(Format::three_ds, "3ds", ".3ds"),
+        imported(Format::three_mf, "3mf", ".3mf"),
+        imported(Format::amf, "amf", ".amf"),
+        imported(Format::ase, "ase", ".ase"),
+        imported(Format::ac, "ac", ".ac"),
+        imported(Format::b3d, "b3d", ".b3d"),
+        imported(Format::dxf, "dxf", ".dxf"),
+        imported(Format::lwo, "lwo", ".lwo"),
+        imported(Format::lxo, "lxo", ".lxo"),
+        imported(Format::ms3d, "ms3d", ".ms3d"),
+        imported(Format::off, "off", ".off"),
+        imported(Format::x, "x", ".x"),
     };
     return list;
 }
@@ -212,6 +242,11 @@ bool parse_mesh(const std::string& name, std::string bytes, const ReadOptions& o
 
 namespace {
 
+bool is_binary_fbx(const MeshFile& file) {
+    return file.format == Format::fbx &&
+           file.inflated.compare(0, k_binary_fbx.size(), k_binary_fbx) == 0;
+}
+
 /// Whether pictures are files of their own; a GLB contains all buffers, but not those.
 bool names_images(const GltfFile& file) {
     const Json images = file.json.value("images", Json::array());
@@ -225,9 +260,12 @@ bool names_images(const GltfFile& file) {
 } // namespace
 
 std::string cannot_be_written(const std::string& output, Format format) {
-    return facts_of(format).is_written
-               ? std::string()
-               : output + ": STL files cannot hold texture coordinates; name an OBJ file instead";
+    if (facts_of(format).is_written)
+        return std::string();
+    if (format == Format::stl)
+        return output + ": STL files cannot hold texture coordinates; name an OBJ file instead";
+    return output + ": files of this format are read, but not written; name an OBJ, GLB or FBX "
+                    "file instead";
 }
 
 bool can_write(const MeshFile& file, const std::string& output, const WriteOptions& options,
@@ -235,11 +273,14 @@ bool can_write(const MeshFile& file, const std::string& output, const WriteOptio
     namespace fs = std::filesystem;
     const Format format = output_format(file, output, options);
     error = cannot_be_written(output, format);
+    std::error_code failure;
+    if (error.empty() && is_binary_fbx(file) && fs::equivalent(output, file.document.name, failure))
+        error = output + ": binary FBX files cannot be written, only text ones (-o OTHER.fbx); for "
+                         "programs that read no text (Blender), write OBJ or GLB";
     if (!error.empty())
         return false;
     if (!is_patched(file, format) || file.format != Format::gltf)
         return true;
-    std::error_code failure;
     const auto folder = [&](const std::string& path) {
         const fs::path parent = fs::path(path).parent_path();
         return fs::weakly_canonical(parent.empty() ? "." : parent, failure);
@@ -252,6 +293,14 @@ bool can_write(const MeshFile& file, const std::string& output, const WriteOptio
             " names files beside it, which would be missing there; write the result into the same "
             "folder";
     return false;
+}
+
+std::string warning_about_result(const MeshFile& file, const std::string& output,
+                                 const WriteOptions& options) {
+    return is_binary_fbx(file) && output_format(file, output, options) == Format::fbx
+               ? output + ": text, not binary FBX; programs that read no text FBX (Blender) take "
+                          "OBJ or GLB (--format glb)"
+               : std::string();
 }
 
 bool format_mesh(const MeshFile& file, const host::ObjUvs& uvs, const std::string& output,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formats/gltf_mesh.h"
+#include "formats/model.h"
 #include "formats/ply_mesh.h"
 #include "formats/stl_mesh.h"
 #include "host/io/obj_document.h"
@@ -14,7 +15,30 @@
 
 namespace formats {
 
-enum class Format { obj, gltf, glb, ply, stl, fbx };
+enum class Format {
+    obj,
+    gltf,
+    glb,
+    ply,
+    stl,
+    // Those that the importer reads (app/mesh_reader.h).
+    fbx,
+    dae,
+    zae,
+    x3d,
+    three_ds,
+    three_mf,
+    amf,
+    ase,
+    ac,
+    b3d,
+    dxf,
+    lwo,
+    lxo,
+    ms3d,
+    off,
+    x
+};
 
 struct FormatFacts {
     Format format;
@@ -45,11 +69,18 @@ struct MeshFile {
     GltfMesh gltf;
     PlyMesh ply;
     std::vector<StlSolid> solids;
+    Model model;                          ///< of a foreign file, once it is imported
+    std::string inflated;                 ///< the content of a foreign file
     std::vector<std::string> other_files; ///< that were read too
 
+    /// Whether the importer has to make the document (app/mesh_reader.h).
+    bool is_foreign() const { return format >= Format::fbx; }
     /// The file's bytes.
     const std::string& original() const {
-        return !bytes.empty() ? bytes : format == Format::ply ? ply.file.bytes : document.text;
+        return !bytes.empty()          ? bytes
+               : is_foreign()          ? inflated
+               : format == Format::ply ? ply.file.bytes
+                                       : document.text;
     }
 };
 
@@ -76,6 +107,9 @@ bool parse_mesh(const std::string& name, std::string bytes, const ReadOptions& o
 /// Errors: false with a sentence in `error`.
 bool can_write(const MeshFile& file, const std::string& output, const WriteOptions& options,
                std::string& error);
+/// What the user of a result should know before it is written; empty if nothing.
+std::string warning_about_result(const MeshFile& file, const std::string& output,
+                                 const WriteOptions& options);
 /// Why no file of this format is written, a sentence; empty if one can be.
 std::string cannot_be_written(const std::string& output, Format format);
 

@@ -9,11 +9,13 @@ namespace {
 
 constexpr size_t k_max_corners = 0x7FFFFFFF;
 
-Matrix world_matrix(const Model& model, size_t node) {
-    Matrix matrix = model.nodes[node].matrix;
-    for (int32_t up = model.nodes[node].parent; up >= 0; up = model.nodes[size_t(up)].parent)
-        matrix = product(model.nodes[size_t(up)].matrix, matrix);
-    return matrix;
+/// Of every node to the space of all.
+std::vector<Matrix> world_matrices(const Model& model) {
+    std::vector<Matrix> matrices;
+    for (const ModelNode& node : model.nodes) // parents come first
+        matrices.push_back(node.parent < 0 ? node.matrix
+                                           : product(matrices[size_t(node.parent)], node.matrix));
+    return matrices;
 }
 
 /// Of the upper left three rows and columns; entry (row, column) is at [row + 3 * column].
@@ -33,7 +35,7 @@ std::array<double, 9> cofactors(const Matrix& m) {
 class Placer {
 public:
     Placer(const Model& from, Model& to)
-        : from_(from), to_(to), polygons_(polygons_by_part(from)),
+        : from_(from), to_(to), matrices_(world_matrices(from)), polygons_(polygons_by_part(from)),
           vertices_(from.vertex_count(), host::k_obj_none) {}
     bool place(size_t node);
 
@@ -43,6 +45,7 @@ private:
 
     const Model& from_;
     Model& to_;
+    std::vector<Matrix> matrices_;                ///< of each node
     std::vector<std::vector<uint32_t>> polygons_; ///< of each part
     std::vector<uint32_t> vertices_, used_;       ///< of the present node
 };
@@ -90,7 +93,7 @@ void Placer::copy_corner(uint32_t corner, const std::array<double, 9>& turn) {
 
 bool Placer::place(size_t node) {
     const auto part = uint32_t(from_.nodes[node].part);
-    const Matrix matrix = world_matrix(from_, node);
+    const Matrix& matrix = matrices_[node];
     std::array<double, 9> turn = cofactors(matrix);
     const bool mirrors = matrix[0] * turn[0] + matrix[1] * turn[1] + matrix[2] * turn[2] < 0.0;
     for (double& value : turn)

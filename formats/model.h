@@ -53,7 +53,8 @@ struct Model {
     std::vector<std::string> parts;         ///< names of meshes
     std::vector<uint32_t> polygon_part;
     std::vector<ModelNode> nodes;
-    double metres = 0.0; ///< a unit of length; 0 if the file does not tell
+    double metres = 0.0;               ///< a unit of length; 0 if the file does not tell
+    std::vector<std::string> left_out; ///< kinds of things that the imported file has beside these
 
     size_t vertex_count() const { return positions.size() / 3; }
     size_t polygon_count() const { return corner_begin.size() - 1; }

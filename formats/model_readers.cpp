@@ -365,8 +365,10 @@ void fill_layers(Model& model) {
 } // namespace
 
 bool model_of(const MeshFile& file, const host::ObjUvs& uvs, Model& model, std::string& error) {
-    model = Model();
-    if (file.format == Format::obj)
+    model = file.model;
+    if (file.is_foreign()) {
+        // all is there but the coordinates
+    } else if (file.format == Format::obj)
         ObjScan(file.document, model).run();
     else if (file.format == Format::ply)
         PlyScan(file.ply, model).run();
@@ -381,7 +383,8 @@ bool model_of(const MeshFile& file, const host::ObjUvs& uvs, Model& model, std::
             return false;
         }
     take_mesh(file.document, uvs, model);
-    model.uvs.name = "map1";
+    if (model.uvs.name.empty())
+        model.uvs.name = "map1";
     fill_layers(model);
     return true;
 }

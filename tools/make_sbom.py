@@ -16,7 +16,8 @@ import sys
 
 # The Python package is a package of its own.
 NOT_PRODUCT = ("tests/", "python/", "bench/", "fuzz/", "gtest", "googletest/")
-BINARIES = ("tessora", "tessora.so", "libtessora_host.so", "libtessora_d3dx9.so", "libtessora_atlas.so.1")
+BINARIES = ("tessora", "tessora_import", "tessora.so", "libtessora_host.so", "libtessora_d3dx9.so",
+            "libtessora_atlas.so.1")
 # Headers of the C and C++ libraries themselves: part of every program of the system.
 TOOLCHAIN = re.compile(r"^(libc6|libstdc\+\+|libgcc|linux-libc|gcc|g\+\+|libgomp|libcrypt)")
 

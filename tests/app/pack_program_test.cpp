@@ -301,8 +301,21 @@ TEST_F(PackProgram, RefusesAMeshWithoutCoordinates) {
 TEST_F(PackProgram, RefusesMeshesThatCannotBeRead) {
     EXPECT_EQ(3, pack({dir.path("missing.obj")}).code);
     EXPECT_EQ(3, pack({dir.put("broken.obj", "v 0 0\nf 1 2 3\n")}).code);
-    EXPECT_EQ(3, pack({dir.put("mesh.fbx", "x")}).code);
-    EXPECT_EQ(3, pack({dir.put("mesh.glb", "x")}).code);
+    EXPECT_EQ(3, pack({dir.put("mesh.usd", "x")}).code);
+    const Ended ended = pack({dir.put("mesh.glb", "x")});
+    EXPECT_EQ(3, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("mesh.glb: ")) << ended.err;
+}
+
+TEST_F(PackProgram, PacksEveryFormatThatCanBeWritten) {
+    for (const char* extension : {"glb", "ply", "obj.gz"}) {
+        const std::string mesh = dir.path(std::string("m.") + extension);
+        ASSERT_EQ(0, run({"unwrap", dir.put("m.obj", cube_grid(2)), "-o", mesh}).code);
+        const std::string packed = dir.path(std::string("p.") + extension);
+        const Ended ended = pack({mesh, "-o", packed});
+        EXPECT_EQ(0, ended.code) << ended.err;
+        EXPECT_EQ(0, run({"verify", packed}).code);
+    }
 }
 
 TEST_F(PackProgram, LeavesPolygonsWithoutCoordinatesAsTheyAre) {

@@ -2,8 +2,10 @@
 #include "tests/app/program_fixture.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 
 namespace {
@@ -248,6 +250,39 @@ TEST_F(ProgramSignal, TerminationRemovesUnfinishedFiles) { interrupted(SIGTERM, 
 TEST_F(ProgramSignal, AbortReturnsTheCodeOfAnInternalError) {
     const Ended ended = interrupted(SIGABRT, 70);
     EXPECT_NE(std::string::npos, ended.err.find("tessora: internal error"));
+}
+
+/// The program with a script in place of the process that reads other formats, as it is installed.
+Ended run_with_importer(const Scratch& dir, const std::string& script, const std::string& words) {
+    namespace fs = std::filesystem;
+    const std::string home = dir.path("home"), modules = home + "/lib/tessora";
+    fs::create_directories(home + "/bin");
+    fs::create_directories(modules);
+    fs::copy_file(TESSORA_PROGRAM, home + "/bin/tessora");
+    for (const auto& entry : fs::directory_iterator(fs::path(TESSORA_PROGRAM).parent_path()))
+        if (entry.path().extension() == ".so")
+            fs::create_symlink(entry.path(), fs::path(modules) / entry.path().filename());
+    dir.put("home/lib/tessora/tessora_import", "#!/bin/sh\n" + script);
+    fs::permissions(modules + "/tessora_import", fs::perms::all);
+    const std::string err = dir.path("err");
+    const int status =
+        std::system(("cd " + dir.root() + " && home/bin/tessora " + words + " 2>" + err).c_str());
+    Ended ended;
+    ended.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    ended.err = dir.get("err");
+    return ended;
+}
+
+TEST_F(ProgramFailure, CrashInTheLibraryThatReadsAFormatIsAnInputErrorWithTheFilesName) {
+    dir.put("bad.fbx", "; FBX 7.4.0 project file\n");
+    const Ended ended = run_with_importer(dir, "cat > /dev/null; kill -SEGV $$\n",
+                                          "unwrap bad.fbx -o bad.obj --report bad.json");
+    const std::string reason = "bad.fbx: the library that reads this format ended by signal 11; "
+                               "the file is probably damaged";
+    EXPECT_EQ(3, ended.code) << ended.err;
+    EXPECT_NE(std::string::npos, ended.err.find("tessora: " + reason + "\n")) << ended.err;
+    EXPECT_EQ(reason, Json::parse(dir.get("bad.json"))["reason"]);
+    EXPECT_FALSE(dir.has("bad.obj"));
 }
 
 TEST_F(ProgramFailure, ClosedPipeIsAWriteError) {

@@ -300,7 +300,8 @@ TEST(UnwrapOptionsRefuse, ContradictoryOutputs) {
               refusal({"m.obj", "--view", "-", "--layout", "-"}));
     EXPECT_EQ("only one of output, report and picture can go to standard output",
               refusal({"m.obj", "-o", "-", "--report", "-"}));
-    EXPECT_EQ("m.dae: only OBJ, GLTF, GLB, PLY and FBX files can be written",
+    EXPECT_EQ("m.dae: files of this format are read, but not written; name an OBJ, GLB or FBX file "
+              "instead",
               refusal({"m.obj", "-o", "m.dae"}));
 }
 

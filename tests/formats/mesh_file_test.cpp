@@ -53,6 +53,40 @@ TEST(MeshFile, FormatIsThatOfTheContentIfTheNameDoesNotTell) {
     EXPECT_EQ("-: JSON: this is not a glTF file: it has no asset", trip.error.message);
 }
 
+TEST(MeshFile, ContentTellsFbxAndCollada) {
+    Trip trip;
+    const std::string binary = "Kaydara FBX Binary  \0more";
+    for (const std::string& bytes : {binary, std::string("; FBX 7.4.0 project file\n")}) {
+        EXPECT_TRUE(trip.read("-", bytes));
+        EXPECT_EQ(formats::Format::fbx, trip.file.format);
+        EXPECT_TRUE(trip.file.is_foreign());
+    }
+    EXPECT_TRUE(trip.read("-", formats::deflate_gzip("<?xml version=\"1.0\"?>\n<COLLADA>")));
+    EXPECT_EQ(formats::Format::dae, trip.file.format);
+    EXPECT_EQ("<?xml version=\"1.0\"?>\n<COLLADA>", trip.file.inflated);
+}
+
+TEST(MeshFile, TextFbxNeverReplacesABinaryOne) {
+    const test::Scratch dir;
+    Trip trip;
+    const std::string path = dir.put("a.fbx", "Kaydara FBX Binary"), other = dir.path("b.fbx");
+    ASSERT_TRUE(trip.read(path, dir.get("a.fbx")));
+    trip.file.document.name = path; // as the importer leaves it
+    std::string error;
+    EXPECT_FALSE(formats::can_write(trip.file, dir.root() + "/./a.fbx", {}, error));
+    EXPECT_EQ(dir.root() + "/./a.fbx: binary FBX files cannot be written, only text ones (-o "
+                           "OTHER.fbx); for programs that read no text (Blender), write OBJ or GLB",
+              error);
+    EXPECT_TRUE(formats::can_write(trip.file, other, {}, error)) << error;
+    EXPECT_EQ(other +
+                  ": text, not binary FBX; programs that read no text FBX (Blender) take OBJ or "
+                  "GLB (--format glb)",
+              formats::warning_about_result(trip.file, other, {}));
+    EXPECT_EQ("", formats::warning_about_result(trip.file, "b.glb", {}));
+    ASSERT_TRUE(trip.read("t.fbx", "; FBX 7.4.0"));
+    EXPECT_EQ("", formats::warning_about_result(trip.file, "b.fbx", {}));
+}
+
 TEST(MeshFile, LimitHoldsForFilesThatAreNotCompressed) {
     Trip trip;
     EXPECT_FALSE(trip.read("m.obj", k_triangle, 10));

@@ -73,7 +73,7 @@ class Packages(unittest.TestCase):
         bill, = self.moved.rglob("tessora.spdx.json")
         packages = {package["name"]: package for package in json.loads(bill.read_text())["packages"]}
         self.assertEqual(packages["tessora"]["licenseDeclared"], "Apache-2.0")
-        for library in ("libpng16-16", "libedit2"):
+        for library in ("libpng16-16", "libedit2", "libassimp5"):
             self.assertIn("linked dynamically", packages[library]["comment"])
         for headers in ("libeigen3-dev", "nlohmann-json3-dev"):
             self.assertIn("headers compiled in", packages[headers]["comment"])
