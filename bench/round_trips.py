@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Takes meshes through every format and back, and tells what survives (docs/formats.md).
 
-  bench/round_trips.py TESSORA MESH.obj...   each mesh, unwrapped into each format and from there into OBJ again
+  bench/round_trips.py TESSORA MESH.obj...   each mesh, unwrapped into each format and from there into OBJ again:
+                                               positions, polygons, normals, materials and names are compared
   bench/round_trips.py TESSORA --files FILE... files of any format: unwrapped in their own format or refused;
                                                GLB and glTF results are given to the validator, if there is one
 
@@ -12,6 +13,7 @@ import collections
 import json
 import os
 import pathlib
+import struct
 import subprocess
 import sys
 import tempfile
@@ -42,22 +44,82 @@ def run(program, *words):
     return ended.returncode, ended.stderr
 
 
+Face = collections.namedtuple("Face", "part material places normals")
+
+
+def single(numbers):
+    """The numbers as a reader with single precision has them."""
+    return struct.unpack(f"{len(numbers)}f", struct.pack(f"{len(numbers)}f", *numbers))
+
+
 def read_obj(path):
-    """Positions of the corners of each face, in the order of the file."""
-    places, faces = [], []
-    for line in path.read_text(errors="replace").splitlines():
-        words = line.split()
+    """The faces in the order of their parts: objects, or groups where there are no objects."""
+    places, normals, faces, part, material, has_objects = [], [], [], "", "", False
+    for line in path.read_text(errors="replace").replace("\\\n", " ").splitlines():
+        words = line.split("#")[0].split()
         if words[:1] == ["v"]:
-            places.append(tuple(float(w) for w in words[1:4]))
-        elif words[:1] == ["f"] and len(words) > 3:
-            ids = [int(w.split("/")[0]) for w in words[1:]]
-            faces.append(tuple(places[i - 1 if i > 0 else i] for i in ids))
-    return faces
+            places.append(single([float(w) for w in words[1:4]]))
+        elif words[:1] == ["vn"]:
+            normals.append(single([float(w) for w in words[1:4]]))
+        elif words[:1] == ["o"] or (words[:1] == ["g"] and not has_objects):
+            part, has_objects = " ".join(words[1:]), has_objects or words[0] == "o"
+        elif words[:1] == ["usemtl"]:
+            material = " ".join(words[1:])
+        elif words[:1] in (["f"], ["fo"]) and len(words) > 3:
+            corners = [(word + "//").split("/")[:3] for word in words[1:]]
+            item = lambda items, number: items[int(number) - (int(number) > 0)] if number else None
+            faces.append(Face(part, material, tuple(item(places, c[0]) for c in corners),
+                              tuple(item(normals, c[2]) for c in corners)))
+    order = {part: number for number, part in enumerate(dict.fromkeys(face.part for face in faces))}
+    return sorted(faces, key=lambda face: order[face.part])
 
 
-def single(face):
-    import struct
-    return tuple(struct.unpack("3f", struct.pack("3f", *p)) for p in face)
+def near(a, b):
+    """Whether points or directions are the same, but for the last digit of a single-precision number."""
+    if a is None or b is None:
+        return a is b
+    size = max(abs(x) for x in (*a, *b))
+    return all(abs(x - y) <= 3e-7 * size for x, y in zip(a, b))
+
+
+def unit(normal):
+    length = sum(x * x for x in normal) ** 0.5 if normal else 0.0
+    return tuple(x / length for x in normal) if length else None
+
+
+def lost_polygons(before, after, exact):
+    if len(before) != len(after):
+        return f"{len(before)} polygons became {len(after)}"
+    differ = 0
+    for old, new in zip(before, after):
+        same = old.places == new.places if exact else \
+            len(old.places) == len(new.places) and all(map(near, old.places, new.places))
+        normals = exact and old.normals == new.normals or \
+            len(old.normals) == len(new.normals) and all(near(unit(n), unit(m)) for n, m in
+                                                         zip(old.normals, new.normals))
+        differ += not (same and normals and old.material == new.material and old.part == new.part)
+    return f"of {len(before)} polygons {differ} differ" if differ else ""
+
+
+def lost_triangles(before, after):
+    """Formats of triangles have each place with its normal, in the parts and materials of before."""
+    triangles = sum(len(face.places) - 2 for face in before)
+    if len(after) != triangles:
+        return f"{triangles} triangles became {len(after)}"
+    # A primitive has normals where all its corners have one.
+    bare = {(face.part, face.material) for face in before if not all(map(unit, face.normals))}
+    corners = [{(face.part, face.material, place, (face.part, face.material) in bare or bool(normal))
+                for face in faces for place, normal in zip(face.places, face.normals)}
+               for faces in (before, [f._replace(normals=[True] * 3) if (f.part, f.material) in bare else f
+                                      for f in after])]
+    return f"{len(corners[0] ^ corners[1])} corners differ" if corners[0] != corners[1] else ""
+
+
+def lost_shapes(before, after):
+    """Formats without parts and materials."""
+    count = [collections.Counter(face.places for face in faces) for faces in (before, after)]
+    return f"of {len(before)} polygons {sum((count[0] - count[1]).values())} differ" \
+        if count[0] != count[1] else ""
 
 
 def trip(program, mesh, name, work):
@@ -67,18 +129,13 @@ def trip(program, mesh, name, work):
         code, text = run(program, "unwrap", source, "-o", target, "--quiet")
         if code != 0:
             return f"{source.name}: code {code}: {text.strip().splitlines()[-1:]}"
-    before = [single(f) for f in read_obj(mesh)]
-    after = [single(f) for f in read_obj(back)]
+    before, after = read_obj(mesh), read_obj(back)
     if name in TRIANGLES_ONLY:
-        triangles = sum(len(f) - 2 for f in before)
-        if len(after) != triangles:
-            return f"{triangles} triangles became {len(after)}"
-        if {p for f in before for p in f} != {p for f in after for p in f}:
-            return "positions differ"
-        return ""
-    if collections.Counter(before) != collections.Counter(after):
-        return f"of {len(before)} polygons {sum((collections.Counter(before) - collections.Counter(after)).values())} differ"
-    return ""
+        return lost_triangles(before, after)
+    if name == "ply":
+        return lost_shapes(before, after)
+    # Assimp rounds the numbers of text FBX on its own way to single precision.
+    return lost_polygons(before, after, exact=name != "fbx")
 
 
 def round_trips(program, meshes):

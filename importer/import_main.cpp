@@ -77,13 +77,16 @@ void Conversion::add_layer(ModelLayer& layer, size_t components, const aiMesh& m
     layer.components = components;
     layer.corner.resize(before, k_obj_none);
     std::vector<uint32_t> number(mesh.mNumVertices, k_obj_none);
+    formats::ValueIds ids;
     for (unsigned v = 0; values && v < mesh.mNumVertices; ++v) {
         const auto* value =
             reinterpret_cast<const float*>(static_cast<const char*>(values) + size_t(v) * stride);
         if (!are_finite(value, components))
             continue;
-        number[v] = uint32_t(layer.values.size() / components);
-        layer.values.insert(layer.values.end(), value, value + components);
+        const auto next = uint32_t(layer.values.size() / components);
+        number[v] = ids.of(value, components, next);
+        if (number[v] == next)
+            layer.values.insert(layer.values.end(), value, value + components);
     }
     for (const unsigned vertex : corners_)
         layer.corner.push_back(number[vertex]);

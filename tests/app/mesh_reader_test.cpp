@@ -165,6 +165,7 @@ TEST_F(MeshImportByAssimp, TextFbxThatWasWrittenReadsBackAsTheSameModel) {
         EXPECT_EQ(float(c) / 8.0f, model.uvs.at(c)[0]);
         EXPECT_EQ(c < 5 ? 1.0f : 0.8f, model.normals.at(c)[2]);
     }
+    EXPECT_EQ(6u, model.normals.values.size()) << "equal normals are one";
     EXPECT_TRUE(r.file.document.warnings.empty());
 }
 
