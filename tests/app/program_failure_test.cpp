@@ -91,9 +91,9 @@ TEST_F(ProgramFailure, DirectoryAsInputHasNoSingleOutput) {
 }
 
 TEST_F(ProgramFailure, OtherMeshFormatsAreInputErrors) {
-    const Ended ended = run({"unwrap", dir.put("m.FBX", "x"), "-o", dir.path("x.obj")});
+    const Ended ended = run({"unwrap", dir.put("m.USD", "x"), "-o", dir.path("x.obj")});
     EXPECT_EQ(3, ended.code);
-    EXPECT_NE(std::string::npos, ended.err.find("m.FBX: FBX files cannot be read, only OBJ, "));
+    EXPECT_NE(std::string::npos, ended.err.find("m.USD: USD files cannot be read, only OBJ, "));
     EXPECT_NE(std::string::npos, ended.err.find("; this converts it"));
 }
 
