@@ -1,5 +1,6 @@
 #include "atlas/pack/search.h"
 
+#include "atlas/pack/inflate.h"
 #include "atlas/pack/nest.h"
 #include "atlas/pack/random.h"
 
@@ -108,7 +109,7 @@ struct Tuning {
     double draft_cells = 256;  ///< first local search
     double middle_cells = 512; ///< second local search
     double final_cells = 768;  ///< final layout
-    uint64_t draft_effort = 0, middle_effort = 0, nest_effort = 0;
+    uint64_t draft_effort = 0, middle_effort = 0, nest_effort = 0, inflate_effort = 0;
     int tries = 4; ///< number of scales on the final grid
 
     static Tuning of(const PackOptions& options, size_t charts, bool nests) {
@@ -116,12 +117,13 @@ struct Tuning {
         const bool fast = options.quick || options.quality == Quality::fast;
         const uint64_t triangles = options.triangles;
         tuning.tries = fast ? 4 : 7;
-        tuning.final_cells = options.quick ? 512 : fast ? 768 : 1024;
+        tuning.final_cells = options.quick || nests ? 512 : 768;
         if (charts > 300)
-            tuning.final_cells *= 2;
+            tuning.final_cells = fast ? 1536 : 2048;
         const auto effort = [&](uint64_t base, uint64_t per_triangle) {
             return uint64_t(double(base + per_triangle * triangles) * options.effort);
         };
+        tuning.inflate_effort = fast ? effort(1000000, 20) : effort(3000000, 60);
         if (nests) {
             tuning.draft_effort = options.quick ? effort(500000, 15) : effort(1000000, 10);
             tuning.nest_effort = options.quick ? effort(2000000, 0) : effort(25000000, 0);
@@ -159,6 +161,10 @@ public:
             nest(tuning);
         else
             fit_scale(tuning.final_cells, tuning.tries, 0.8);
+        if (found_ && !has_kept())
+            inflate(
+                chains_, room_, max_scale_, tuning.inflate_effort,
+                [this] { return !stopped(0.98); }, packing_);
         if (aborted_)
             return SearchResult::aborted;
         return found_ ? SearchResult::found : SearchResult::not_found;
@@ -318,9 +324,11 @@ private:
     bool may_nest() const {
         return options_.quality == Quality::quality && options_.tiles == 1 &&
                plan_.quarters == MaskSet::k_quarters && plan_.order.size() > 1 &&
-               plan_.order.size() <= k_max_nested &&
-               std::none_of(chains_.shapes.begin(), chains_.shapes.end(),
-                            [](const ChartShape& shape) { return shape.kept; });
+               plan_.order.size() <= k_max_nested && !has_kept();
+    }
+    bool has_kept() const {
+        return std::any_of(chains_.shapes.begin(), chains_.shapes.end(),
+                           [](const ChartShape& shape) { return shape.kept; });
     }
 
     /// Improves the best layout by letting charts overlap and moving them apart: for another
