@@ -31,8 +31,10 @@ Merger::Merger(Flattener& flattener, const MergeOptions& options)
             history_[a].hard_area += set_.surface.frame[t].area() * double(options_.hardness[t]);
     }
     face_sums_.resize(set_.surface.face_count);
-    for (uint32_t t = 0; t < set_.surface.face_count; ++t)
-        remember_face(t);
+    for (uint32_t t = 0; t < set_.surface.face_count; ++t) {
+        const StretchSums sums = set_.measure_face(t);
+        face_sums_[t] = {sums.inverse, sums.flat_area, sums.excess};
+    }
 }
 
 /// Queues a chart with each of its neighbours. Long common borders come first and small pairs
@@ -251,10 +253,7 @@ bool Merger::try_run(uint32_t a, uint32_t b, const BorderRun& run) {
 
 /// Replaces chart b by the joined chart; chart a is no longer alive.
 void Merger::commit(Chart&& joined) {
-    for (uint32_t t : band_.faces())
-        remember_face(t);
-    for (uint32_t t : band_.leads())
-        remember_face(t);
+    remember_band_sums();
     band_.clear();
     moved_.clear();
     joined.stretch.flipped = 0;

@@ -138,8 +138,8 @@ private:
     bool worth_more_work() const;
     bool relax_band(uint32_t rings, bool global);
     bool legal_once_slits_close(Chart& joined);
-    StretchSums joined_sums() const;
-    void remember_face(uint32_t t);
+    StretchSums joined_sums();
+    void remember_band_sums();
 
     Flattener& flattener_;
     ChartSet& set_;
@@ -151,6 +151,7 @@ private:
     std::unordered_map<uint64_t, Refusal> refusals_; ///< by pair_key
     double next_limit_ = 0; ///< least limit under which the pair being tried could fare better
     std::vector<FaceSums> face_sums_; ///< per triangle
+    std::vector<FaceSums> band_sums_; ///< by joined_sums: of the band's triangles, then its leads
     SharedBorders shared_;
     Arc arc_;
     Band band_;

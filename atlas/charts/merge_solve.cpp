@@ -57,11 +57,6 @@ constexpr size_t k_max_fast_band = 8000;
 
 } // namespace
 
-void Merger::remember_face(uint32_t t) {
-    const StretchSums sums = set_.measure_face(t);
-    face_sums_[t] = {sums.inverse, sums.flat_area, sums.excess};
-}
-
 void Merger::take_arc(uint32_t a, uint32_t b, const BorderRun& run) {
     const Chart& chart = set_.charts[a];
     const uint32_t begin = run.loop == 0 ? 0 : chart.loop_end[run.loop - 1];
@@ -363,18 +358,24 @@ bool Merger::relax_band(uint32_t rings, bool global) {
     for (uint32_t t : band_.leads())
         for (const Polygons::CornerTriangle& corner : set_.polygons->corner_triangles(t))
             copy.add_guard(corner, set_, true);
+    uint32_t flipped = patch.flipped();
+    const auto untangle = [&](int rounds) {
+        patch.untangle(rounds);
+        flipped = patch.flipped();
+    };
     // A few flipped triangles can be untangled at once; many mean that the start is bad.
-    const uint32_t flipped = patch.flipped();
     if (flipped != 0 && flipped < band_.faces().size() / 16 + 4)
-        patch.untangle(4);
-    if (patch.flipped() != 0 && !worth_more_work())
+        untangle(4);
+    if (flipped != 0 && !worth_more_work())
         return false;
     const int steps = options_.thorough ? 4 : 2;
-    if (global || patch.flipped() != 0)
+    if (global || flipped != 0) {
         patch.arap(steps);
-    if (patch.flipped() != 0)
-        patch.untangle(6);
-    if (patch.flipped() != 0)
+        flipped = patch.flipped();
+    }
+    if (flipped != 0)
+        untangle(6);
+    if (flipped != 0)
         return false;
     patch.relax(steps);
     for (uint32_t i = 0; i < copy.nodes.size(); ++i)
@@ -383,15 +384,17 @@ bool Merger::relax_band(uint32_t rings, bool global) {
 }
 
 /// The stretch sums of both charts together, with the band's triangles measured again.
-StretchSums Merger::joined_sums() const {
+StretchSums Merger::joined_sums() {
     StretchSums sums = set_.charts[arc_.a].stretch;
     sums.add(set_.charts[arc_.b].stretch);
+    band_sums_.clear();
     const auto measure_again = [&](uint32_t t) {
         const StretchSums now = set_.measure_face(t);
         sums.inverse += now.inverse - face_sums_[t].inverse;
         sums.flat_area += now.flat_area - face_sums_[t].flat_area;
         sums.excess += now.excess - face_sums_[t].excess;
         sums.flipped += now.flipped;
+        band_sums_.push_back({now.inverse, now.flat_area, now.excess});
     };
     for (uint32_t t : band_.faces())
         measure_again(t);
@@ -399,6 +402,16 @@ StretchSums Merger::joined_sums() const {
         if (!band_.has_face(t))
             measure_again(t);
     return sums;
+}
+
+/// Takes over what joined_sums measured last.
+void Merger::remember_band_sums() {
+    auto sums = band_sums_.begin();
+    for (uint32_t t : band_.faces())
+        face_sums_[t] = *sums++;
+    for (uint32_t t : band_.leads())
+        if (!band_.has_face(t))
+            face_sums_[t] = *sums++;
 }
 
 /// Puts the arc's nodes in the middle of a negligible gap. False if that flips a triangle.
@@ -472,7 +485,8 @@ bool Merger::legal_once_slits_close(Chart& joined) {
             legal = legal && set_.measure_face(c / 3).flipped == 0;
             band_.add_face(c / 3);
         });
-    joined.stretch = joined_sums();
+    if (moved_.size() != before)
+        joined.stretch = joined_sums();
     return legal && joined.stretch.flipped == 0 && within_limit(joined.stretch) &&
            stretch_pays(joined) && flattener_.judge_outline(joined);
 }

@@ -143,16 +143,19 @@ double Patch::star_energy(uint32_t v, Vec2 p) const {
             if (x < k_small_guard)
                 energy += g.spoke.area * barrier(x).value;
         }
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
-        const Spoke& s = star_[i];
-        const Vec2 q = uv[s.q], r = uv[s.r];
-        const double doubled = doubled_area(p, q, r);
-        if (!(doubled > 2 * k_min_determinant * s.area))
+    const Spoke* const spokes = star_.data() + star_begin_[v];
+    const uint32_t count = star_begin_[v + 1] - star_begin_[v];
+    for (uint32_t i = 0; i < count; i += 2) {
+        const bool second = i + 1 < count;
+        const SpokePair s(spokes[i], spokes[i + second], uv);
+        const Lanes doubled = s.doubled_area(p), least = 2 * k_min_determinant * s.area;
+        if (!(doubled[0] > least[0] && doubled[1] > least[1]))
             return std::numeric_limits<double>::infinity();
-        const double norm =
-            s.cot_p * dot(r - q, r - q) + s.cot_q * dot(p - r, p - r) + s.cot_r * dot(p - q, p - q);
-        const double inverse = 2 * s.area / doubled;
-        energy += 0.5 * norm * (1 + inverse * inverse);
+        const Lanes inverse = 2 * s.area / doubled;
+        const Lanes term = 0.5 * s.doubled_norm(p) * (1 + inverse * inverse);
+        energy += term[0];
+        if (second)
+            energy += term[1];
     }
     return energy;
 }
@@ -177,25 +180,34 @@ bool Patch::derivatives(uint32_t v, Quadratic& h, double& energy) const {
     h = {};
     energy = 0;
     const Vec2 p = uv[v];
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i) {
-        const Spoke& s = star_[i];
-        const Vec2 q = uv[s.q], r = uv[s.r];
-        const double doubled = doubled_area(p, q, r);
-        if (!(doubled > 2 * k_min_determinant * s.area))
+    const Spoke* const spokes = star_.data() + star_begin_[v];
+    const uint32_t count = star_begin_[v + 1] - star_begin_[v];
+    for (uint32_t i = 0; i < count; i += 2) {
+        const bool second = i + 1 < count;
+        const SpokePair s(spokes[i], spokes[i + second], uv);
+        const Lanes doubled = s.doubled_area(p), least = 2 * k_min_determinant * s.area;
+        if (!(doubled[0] > least[0] && doubled[1] > least[1]))
             return false;
-        const Vec2 pr = p - r, pq = p - q;
-        const double norm = 0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(pr, pr) +
-                                   s.cot_r * dot(pq, pq)); // A |J|^2
-        const Vec2 dn = pr * s.cot_q + pq * s.cot_r;
-        const double e = 2 * s.area / doubled, e2 = e * e; // 1/det
-        const Vec2 dd = Vec2{q.y - r.y, r.x - q.x} * (0.5 * s.inverse_area);
-        const double k1 = 1 + e2, k2 = -2 * e2 * e, k3 = 6 * norm * e2 * e2;
-        h.g = h.g + dn * k1 + dd * (k2 * norm);
-        const double m = (s.cot_q + s.cot_r) * k1;
-        h.xx += m + 2 * k2 * dn.x * dd.x + k3 * dd.x * dd.x;
-        h.yy += m + 2 * k2 * dn.y * dd.y + k3 * dd.y * dd.y;
-        h.xy += k2 * (dn.x * dd.y + dn.y * dd.x) + k3 * dd.x * dd.y;
-        energy += norm * k1;
+        const Lanes norm = 0.5 * s.doubled_norm(p); // A |J|^2
+        const Lanes dn_x = (p.x - s.rx) * s.cot_q + (p.x - s.qx) * s.cot_r;
+        const Lanes dn_y = (p.y - s.ry) * s.cot_q + (p.y - s.qy) * s.cot_r;
+        const Lanes e = 2 * s.area / doubled, e2 = e * e; // 1/det
+        const Lanes half_inverse = 0.5 * s.inverse_area;
+        const Lanes dd_x = (s.qy - s.ry) * half_inverse, dd_y = (s.rx - s.qx) * half_inverse;
+        const Lanes k1 = 1 + e2, k2 = -2 * e2 * e, k3 = 6 * norm * e2 * e2;
+        const Lanes k2_norm = k2 * norm, m = (s.cot_q + s.cot_r) * k1;
+        const Lanes nx = dn_x * k1, ny = dn_y * k1, dx = dd_x * k2_norm, dy = dd_y * k2_norm;
+        const Lanes xx = m + 2 * k2 * dn_x * dd_x + k3 * dd_x * dd_x;
+        const Lanes yy = m + 2 * k2 * dn_y * dd_y + k3 * dd_y * dd_y;
+        const Lanes xy = k2 * (dn_x * dd_y + dn_y * dd_x) + k3 * dd_x * dd_y;
+        const Lanes term = norm * k1;
+        for (int l = 0; l <= int(second); ++l) {
+            h.g = h.g + Vec2{nx[l], ny[l]} + Vec2{dx[l], dy[l]};
+            h.xx += xx[l];
+            h.yy += yy[l];
+            h.xy += xy[l];
+            energy += term[l];
+        }
     }
     for (uint32_t i = 0; i < guard_count(v); ++i)
         add_barrier(guard_star_[guard_begin_[v] + i].spoke, p, h, energy);

@@ -8,6 +8,7 @@
 /// meshes", 2001), and it tends to infinity where a triangle collapses.
 #pragma once
 
+#include "atlas/geometry/lanes.h"
 #include "atlas/geometry/surface.h"
 
 namespace tessora::atlas {
@@ -86,6 +87,27 @@ private:
         uint32_t q, r;
         double cot_p, cot_q, cot_r, area, inverse_area;
     };
+    /// Two spokes of a vertex side by side, with the coordinates at their ends.
+    struct SpokePair {
+        Lanes qx, qy, rx, ry, cot_p, cot_q, cot_r, area, inverse_area;
+
+        SpokePair(const Spoke& a, const Spoke& b, const std::vector<Vec2>& uv)
+            : qx{uv[a.q].x, uv[b.q].x}, qy{uv[a.q].y, uv[b.q].y}, rx{uv[a.r].x, uv[b.r].x},
+              ry{uv[a.r].y, uv[b.r].y}, cot_p{a.cot_p, b.cot_p}, cot_q{a.cot_q, b.cot_q},
+              cot_r{a.cot_r, b.cot_r}, area{a.area, b.area}, inverse_area{a.inverse_area,
+                                                                          b.inverse_area} {}
+        /// Twice the triangles' areas in the plane with the hub at p.
+        Lanes doubled_area(Vec2 p) const {
+            return (qx - p.x) * (ry - p.y) - (qy - p.y) * (rx - p.x);
+        }
+        /// Twice A |J|^2 with the hub at p.
+        Lanes doubled_norm(Vec2 p) const {
+            const Lanes qrx = rx - qx, qry = ry - qy, prx = p.x - rx, pry = p.y - ry;
+            const Lanes pqx = p.x - qx, pqy = p.y - qy;
+            return cot_p * (qrx * qrx + qry * qry) + cot_q * (prx * prx + pry * pry) +
+                   cot_r * (pqx * pqx + pqy * pqy);
+        }
+    };
     /// Gradient and Hessian of an energy at one vertex.
     struct Quadratic {
         Vec2 g;
@@ -105,6 +127,20 @@ private:
         std::vector<uint32_t> list;
         std::vector<uint8_t> has; ///< per vertex
     };
+    /// Calls add(a, b, second) for the spokes of v and then for those of its guards, two at a time
+    /// in order; where a last one stands alone, it is both a and b and `second` is false.
+    template <class Add>
+    void for_pairs(uint32_t v, Add add) const {
+        const Spoke* const spokes = star_.data() + star_begin_[v];
+        const uint32_t count = star_begin_[v + 1] - star_begin_[v];
+        for (uint32_t i = 0; i < count; i += 2)
+            add(spokes[i], spokes[i + (i + 1 < count)], i + 1 < count);
+        const uint32_t guards = guard_count(v);
+        for (uint32_t i = 0; i < guards; i += 2) {
+            const GuardSpoke* const g = &guard_star_[guard_begin_[v] + i];
+            add(g[0].spoke, g[i + 1 < guards].spoke, i + 1 < guards);
+        }
+    }
     void build_stars();
     void set_guard_floors();
     static FaceShape shape_of(const Frame& frame);
@@ -121,7 +157,7 @@ private:
         return guards_.empty() ? 0 : guard_begin_[v + 1] - guard_begin_[v];
     }
     double offset_energy(uint32_t v, Vec2 p, double offset) const;
-    Quadratic offset_derivatives(uint32_t v, double offset) const;
+    Quadratic offset_derivatives(uint32_t v, double offset, double& energy) const;
     uint32_t add_flipped(MovingVertices& moving) const;
     void untangle_vertex(uint32_t v, double offset);
 

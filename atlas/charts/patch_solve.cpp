@@ -8,7 +8,6 @@ namespace tessora::atlas {
 namespace {
 
 using Matrix = Eigen::SparseMatrix<double, Eigen::ColMajor, int>;
-using Columns = Eigen::Matrix<double, Eigen::Dynamic, 2>;
 
 /// Numbers the free vertices 0, 1, ... as unknowns; the others get -1. Returns their count.
 int number_free(const std::vector<uint8_t>& pinned, std::vector<int>& number) {
@@ -21,38 +20,139 @@ int number_free(const std::vector<uint8_t>& pinned, std::vector<int>& number) {
     return count;
 }
 
+/// Eigen's minimum degree ordering for a symmetric matrix of which both halves are stored. Eigen's
+/// own would add the transpose first, in case the matrix were not symmetric.
+struct MinimumDegree {
+    using PermutationType = Eigen::AMDOrdering<int>::PermutationType;
+    void operator()(const Matrix& matrix, PermutationType& permutation) {
+        Eigen::AMDOrdering<int>()(matrix.selfadjointView<Eigen::Lower>(), permutation);
+    }
+};
+
 /// A weighted graph Laplacian restricted to the free vertices, assembled edge by edge and factored.
+/// An edge may be added in parts.
 class Laplacian {
 public:
-    explicit Laplacian(size_t edges) { entries_.reserve(3 * edges); }
+    Laplacian(int count, size_t edges) : matrix_(count, count), diagonal_(size_t(count), 0.0) {
+        links_.reserve(edges);
+    }
     /// a and b are the numbers of the edge's ends, -1 for pinned ones.
     void add_edge(int a, int b, double weight) {
         if (a >= 0)
-            entries_.emplace_back(a, a, weight);
+            diagonal_[size_t(a)] += weight;
         if (b >= 0)
-            entries_.emplace_back(b, b, weight);
+            diagonal_[size_t(b)] += weight;
         if (a >= 0 && b >= 0)
-            entries_.emplace_back(std::max(a, b), std::min(a, b), -weight);
+            links_.push_back({std::max(a, b), std::min(a, b), weight});
     }
-    /// False if the matrix cannot be factored.
-    bool factor(int count) {
-        Matrix matrix(count, count);
-        matrix.setFromTriplets(entries_.begin(), entries_.end());
-        solver_.compute(matrix);
+    /// Call once, after all edges. False if the matrix cannot be factored.
+    bool factor() {
+        assemble();
+        solver_.compute(matrix_);
         return solver_.info() == Eigen::Success;
     }
-    /// Writes the solution for the free vertices into uv.
-    void solve(const Columns& right, const std::vector<int>& number, std::vector<Vec2>& uv) const {
-        const Columns solution = solver_.solve(right);
-        for (size_t v = 0; v < uv.size(); ++v)
-            if (number[v] >= 0)
-                uv[v] = {solution(number[v], 0), solution(number[v], 1)};
-    }
+    /// Writes the solution for the free vertices into uv. The sides hold one equation per unknown,
+    /// in u and v.
+    void solve(const std::vector<Vec2>& sides, const std::vector<int>& number,
+               std::vector<Vec2>& uv);
 
 private:
-    std::vector<Eigen::Triplet<double>> entries_;
-    Eigen::SimplicialLDLT<Matrix, Eigen::Lower> solver_;
+    struct Link {
+        int row, column;
+        double weight;
+    };
+    void assemble();
+
+    Matrix matrix_; ///< the lower half
+    std::vector<double> diagonal_;
+    std::vector<Link> links_;
+    std::vector<Lanes> x_; ///< workspace of solve
+    Eigen::SimplicialLDLT<Matrix, Eigen::Lower, MinimumDegree> solver_;
 };
+
+/// Sorts the links by row, keeping their order within it, then deals the rows out to the columns,
+/// which so come to be in ascending order, and adds up the parts of an entry in their order.
+void Laplacian::assemble() {
+    const size_t count = diagonal_.size();
+    std::vector<int> begin(count + 1, 0), last_row(count, -1), column_size(count, 1);
+    for (const Link& link : links_)
+        ++begin[size_t(link.row) + 1];
+    for (size_t row = 0; row < count; ++row)
+        begin[row + 1] += begin[row];
+    std::vector<Link> by_row(links_.size());
+    {
+        std::vector<int> at(begin.begin(), begin.end() - 1);
+        for (const Link& link : links_)
+            by_row[size_t(at[size_t(link.row)]++)] = link;
+    }
+    links_ = {};
+    const auto starts_entry = [&](const Link& link) {
+        int& last = last_row[size_t(link.column)];
+        const bool first = last != link.row;
+        last = link.row;
+        return first;
+    };
+    for (const Link& link : by_row)
+        column_size[size_t(link.column)] += starts_entry(link);
+    int* const outer = matrix_.outerIndexPtr();
+    outer[0] = 0;
+    for (size_t column = 0; column < count; ++column)
+        outer[column + 1] = outer[column] + column_size[column];
+    matrix_.resizeNonZeros(outer[count]);
+    int* const inner = matrix_.innerIndexPtr();
+    double* const value = matrix_.valuePtr();
+    std::vector<int>& next = column_size; // where the column's next entry goes
+    for (size_t column = 0; column < count; ++column) {
+        inner[outer[column]] = int(column);
+        value[outer[column]] = diagonal_[column];
+        next[column] = outer[column] + 1;
+    }
+    last_row.assign(count, -1);
+    for (const Link& link : by_row) {
+        int& at = next[size_t(link.column)];
+        if (starts_entry(link)) {
+            inner[at] = link.row;
+            value[at++] = -link.weight;
+        } else {
+            value[at - 1] -= link.weight;
+        }
+    }
+}
+
+/// Both sides are substituted together, which reads the factor once.
+void Laplacian::solve(const std::vector<Vec2>& sides, const std::vector<int>& number,
+                      std::vector<Vec2>& uv) {
+    const int count = int(sides.size());
+    const Eigen::VectorXi& place = solver_.permutationP().indices();
+    const Matrix& factor = solver_.matrixL().nestedExpression(); // unit diagonal, not stored
+    const int* const outer = factor.outerIndexPtr();
+    const int* const inner = factor.innerIndexPtr();
+    const double* const value = factor.valuePtr();
+    x_.resize(sides.size());
+    const auto x = [&](int i) -> Lanes& { return x_[size_t(i)]; };
+    const auto placed = [&](int i) { return place.size() == 0 ? i : place[i]; };
+    for (int i = 0; i < count; ++i)
+        x(placed(i)) = Lanes{sides[size_t(i)].x, sides[size_t(i)].y};
+    for (int i = 0; i < count; ++i) {
+        const Lanes known = x(i);
+        for (int k = outer[i]; k < outer[i + 1]; ++k)
+            x(inner[k]) = x(inner[k]) - known * value[k];
+    }
+    const auto diagonal = solver_.vectorD();
+    for (int i = 0; i < count; ++i)
+        x(i) = 1 / diagonal[i] * x(i);
+    for (int i = count; i-- > 0;) {
+        Lanes sum = x(i);
+        for (int k = outer[i]; k < outer[i + 1]; ++k)
+            sum = sum - value[k] * x(inner[k]);
+        x(i) = sum;
+    }
+    for (size_t v = 0; v < uv.size(); ++v)
+        if (number[v] >= 0) {
+            const Lanes solution = x(placed(number[v]));
+            uv[v] = {solution[0], solution[1]};
+        }
+}
 
 /// The rotation, as (cosine, sine), that best maps a triangle's rest edges onto its current ones.
 /// Entry k of all three arrays belongs to the edge opposite corner k.
@@ -71,7 +171,7 @@ Vec2 best_rotation(const Vec2* rest, const Vec2* edge, const double* weight) {
 /// The right side of the global step of arap(): what the rotated rest edges and the pinned vertices
 /// contribute to each unknown.
 struct RightSide {
-    Columns sums;
+    std::vector<Vec2> sums;
     const std::vector<int>& number;
     const std::vector<Vec2>& uv;
 
@@ -94,8 +194,8 @@ struct RightSide {
         if (row < 0)
             return;
         const bool other_is_free = number[other] >= 0;
-        sums(row, 0) += other_is_free ? e.x : weight * uv[other].x + e.x;
-        sums(row, 1) += other_is_free ? e.y : weight * uv[other].y + e.y;
+        Vec2& sum = sums[size_t(row)];
+        sum = sum + (other_is_free ? e : uv[other] * weight + e);
     }
 };
 
@@ -127,17 +227,17 @@ bool Patch::arap(int steps) {
     if (count == 0)
         return true;
     std::vector<double> weight(corner_.size()); // of the edge opposite each corner
-    Laplacian laplacian(corner_.size());
+    Laplacian laplacian(count, corner_.size());
     for (uint32_t c = 0; c < corner_.size(); ++c) {
         weight[c] = std::min(k_max_weight, std::max(k_min_weight, shape_[c / 3].cot[c % 3]));
         laplacian.add_edge(number[corner_[next_corner(c)]], number[corner_[previous_corner(c)]],
                            weight[c]);
     }
-    if (!laplacian.factor(count))
+    if (!laplacian.factor())
         return false;
-    RightSide right{Columns(count, 2), number, uv};
+    RightSide right{std::vector<Vec2>(size_t(count)), number, uv};
     for (int step = 0; step < steps; ++step) {
-        right.sums.setZero();
+        right.sums.assign(size_t(count), Vec2{});
         for (uint32_t t = 0; t < shape_.size(); ++t)
             right.add_rotated_face(frame_[t], &corner_[3 * t], &weight[3 * t]);
         laplacian.solve(right.sums, number, uv);
@@ -157,18 +257,18 @@ bool Patch::tutte(const std::vector<uint32_t>& loop) {
     const int count = number_free(held, number);
     if (count == 0)
         return true;
-    Laplacian laplacian(corner_.size());
-    Columns right = Columns::Zero(count, 2);
+    Laplacian laplacian(count, corner_.size());
+    std::vector<Vec2> right((size_t(count)));
     for (uint32_t c = 0; c < corner_.size(); ++c) {
         const uint32_t va = corner_[c], vb = corner_[next_corner(c)];
         const int a = number[va], b = number[vb];
         laplacian.add_edge(a, b, 1);
         if (a >= 0 && b < 0)
-            right(a, 0) += uv[vb].x, right(a, 1) += uv[vb].y;
+            right[size_t(a)] = right[size_t(a)] + uv[vb];
         if (b >= 0 && a < 0)
-            right(b, 0) += uv[va].x, right(b, 1) += uv[va].y;
+            right[size_t(b)] = right[size_t(b)] + uv[va];
     }
-    if (!laplacian.factor(count))
+    if (!laplacian.factor())
         return false;
     laplacian.solve(right, number, uv);
     return true;

@@ -7,10 +7,9 @@ namespace tessora::atlas {
 namespace {
 
 /// A positive, increasing stand-in for the determinant d: close to d where d is well above the
-/// offset, small but never 0 below it.
-double lifted(double d, double offset) {
-    const double root = std::sqrt(d * d + offset * offset);
-    return d >= 0 ? 0.5 * (d + root) : 0.5 * offset * offset / (root - d);
+/// offset, small but never 0 below it. `root` is sqrt(d^2 + offset^2).
+Lanes lifted(Lanes d, Lanes root, double offset) {
+    return where_not_negative(d, 0.5 * (d + root), 0.5 * offset * offset / (root - d));
 }
 
 } // namespace
@@ -19,45 +18,47 @@ double lifted(double d, double offset) {
 /// for flipped triangles too.
 double Patch::offset_energy(uint32_t v, Vec2 p, double offset) const {
     double energy = 0;
-    const auto add = [&](const Spoke& s) {
-        const Vec2 q = uv[s.q], r = uv[s.r];
-        const double norm = 0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(p - r, p - r) +
-                                   s.cot_r * dot(p - q, p - q));
-        const double x = lifted(doubled_area(p, q, r) / (2 * s.area), offset);
-        energy += norm * (1 + 1 / (x * x));
+    const auto add = [&](const Spoke& a, const Spoke& b, bool second) {
+        const SpokePair s(a, b, uv);
+        const Lanes norm = 0.5 * s.doubled_norm(p), d = s.doubled_area(p) / (2 * s.area);
+        const Lanes x = lifted(d, sqrt(d * d + offset * offset), offset);
+        const Lanes term = norm * (1 + 1 / (x * x));
+        energy += term[0];
+        if (second)
+            energy += term[1];
     };
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i)
-        add(star_[i]);
-    for (uint32_t i = 0; i < guard_count(v); ++i)
-        add(guard_star_[guard_begin_[v] + i].spoke);
+    for_pairs(v, add);
     return energy;
 }
 
-/// Gradient and Gauss-Newton approximation of the Hessian of offset_energy at v.
-Patch::Quadratic Patch::offset_derivatives(uint32_t v, double offset) const {
+/// Gradient and Gauss-Newton approximation of the Hessian of offset_energy at v, and the energy.
+Patch::Quadratic Patch::offset_derivatives(uint32_t v, double offset, double& energy) const {
     Quadratic h;
+    energy = 0;
     const Vec2 p = uv[v];
-    const auto add = [&](const Spoke& s) {
-        const Vec2 q = uv[s.q], r = uv[s.r];
-        const Vec2 pr = p - r, pq = p - q;
-        const double norm =
-            0.5 * (s.cot_p * dot(r - q, r - q) + s.cot_q * dot(pr, pr) + s.cot_r * dot(pq, pq));
-        const double d = doubled_area(p, q, r) / (2 * s.area);
-        const double x = lifted(d, offset), inverse = 1 / x;
-        const double slope = x / std::sqrt(d * d + offset * offset);
-        const Vec2 dn = pr * s.cot_q + pq * s.cot_r;
-        const Vec2 dx = Vec2{q.y - r.y, r.x - q.x} * (0.5 * slope / s.area);
-        const double k1 = 1 + inverse * inverse, k2 = -2 * inverse * inverse * inverse;
-        const double k3 = 6 * norm * inverse * inverse * inverse * inverse;
-        h.g = h.g + dn * k1 + dx * (k2 * norm);
-        h.xx += (s.cot_q + s.cot_r) * k1 + k3 * dx.x * dx.x;
-        h.yy += (s.cot_q + s.cot_r) * k1 + k3 * dx.y * dx.y;
-        h.xy += k3 * dx.x * dx.y;
+    const auto add = [&](const Spoke& a, const Spoke& b, bool second) {
+        const SpokePair s(a, b, uv);
+        const Lanes norm = 0.5 * s.doubled_norm(p), d = s.doubled_area(p) / (2 * s.area);
+        const Lanes root = sqrt(d * d + offset * offset), x = lifted(d, root, offset);
+        const Lanes inverse = 1 / x, slope = x / root, half_slope = 0.5 * slope / s.area;
+        const Lanes dn_x = (p.x - s.rx) * s.cot_q + (p.x - s.qx) * s.cot_r;
+        const Lanes dn_y = (p.y - s.ry) * s.cot_q + (p.y - s.qy) * s.cot_r;
+        const Lanes dx_x = (s.qy - s.ry) * half_slope, dx_y = (s.rx - s.qx) * half_slope;
+        const Lanes k1 = 1 + inverse * inverse, k2 = -2 * inverse * inverse * inverse;
+        const Lanes k3 = 6 * norm * inverse * inverse * inverse * inverse;
+        const Lanes k2_norm = k2 * norm, m = (s.cot_q + s.cot_r) * k1;
+        const Lanes nx = dn_x * k1, ny = dn_y * k1, gx = dx_x * k2_norm, gy = dx_y * k2_norm;
+        const Lanes xx = m + k3 * dx_x * dx_x, yy = m + k3 * dx_y * dx_y, xy = k3 * dx_x * dx_y;
+        const Lanes term = norm * (1 + 1 / (x * x));
+        for (int l = 0; l <= int(second); ++l) {
+            h.g = h.g + Vec2{nx[l], ny[l]} + Vec2{gx[l], gy[l]};
+            h.xx += xx[l];
+            h.yy += yy[l];
+            h.xy += xy[l];
+            energy += term[l];
+        }
     };
-    for (uint32_t i = star_begin_[v]; i < star_begin_[v + 1]; ++i)
-        add(star_[i]);
-    for (uint32_t i = 0; i < guard_count(v); ++i)
-        add(guard_star_[guard_begin_[v] + i].spoke);
+    for_pairs(v, add);
     return h;
 }
 
@@ -65,11 +66,11 @@ Patch::Quadratic Patch::offset_derivatives(uint32_t v, double offset) const {
 void Patch::untangle_vertex(uint32_t v, double offset) {
     constexpr double k_min_curvature = 1e-6;
     constexpr int k_halvings = 8;
+    double before = 0;
     Vec2 direction;
-    if (!descent_direction(offset_derivatives(v, offset), k_min_curvature, direction))
+    if (!descent_direction(offset_derivatives(v, offset, before), k_min_curvature, direction))
         return;
     const Vec2 p = uv[v];
-    const double before = offset_energy(v, p, offset);
     double step = 1;
     for (int i = 0; i < k_halvings; ++i, step *= 0.5)
         if (offset_energy(v, p + direction * step, offset) < before) {
