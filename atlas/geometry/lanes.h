@@ -4,10 +4,6 @@
 
 #include <cmath>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 namespace tessora::atlas {
 
 #if defined(__GNUC__)
@@ -26,13 +22,7 @@ inline Lanes operator*(Lanes a, Lanes b) { return {a[0] * b[0], a[1] * b[1]}; }
 inline Lanes operator/(Lanes a, Lanes b) { return {a[0] / b[0], a[1] / b[1]}; }
 #endif
 
-inline Lanes sqrt(Lanes a) {
-#if defined(__SSE2__)
-    return _mm_sqrt_pd(a);
-#else
-    return Lanes{std::sqrt(a[0]), std::sqrt(a[1])};
-#endif
-}
+inline Lanes sqrt(Lanes a) { return Lanes{std::sqrt(a[0]), std::sqrt(a[1])}; }
 
 /// Lane by lane: `yes` where x >= 0, else `no`.
 inline Lanes where_not_negative(Lanes x, Lanes yes, Lanes no) {
