@@ -61,6 +61,7 @@ private:
         int row, column;
         double weight;
     };
+    void sort_by_row();
     void assemble();
 
     Matrix matrix_; ///< the lower half
@@ -70,29 +71,32 @@ private:
     Eigen::SimplicialLDLT<Matrix, Eigen::Lower, MinimumDegree> solver_;
 };
 
-/// Sorts the links by row, keeping their order within it, then deals the rows out to the columns,
-/// which so come to be in ascending order, and adds up the parts of an entry in their order.
-void Laplacian::assemble() {
-    const size_t count = diagonal_.size();
-    std::vector<int> begin(count + 1, 0), last_row(count, -1), column_size(count, 1);
+/// Sorts the links by row, keeping their order within it.
+void Laplacian::sort_by_row() {
+    std::vector<size_t> at(diagonal_.size() + 1, 0); // where the row's next link goes
     for (const Link& link : links_)
-        ++begin[size_t(link.row) + 1];
-    for (size_t row = 0; row < count; ++row)
-        begin[row + 1] += begin[row];
-    std::vector<Link> by_row(links_.size());
-    {
-        std::vector<int> at(begin.begin(), begin.end() - 1);
-        for (const Link& link : links_)
-            by_row[size_t(at[size_t(link.row)]++)] = link;
-    }
-    links_ = {};
+        ++at[size_t(link.row) + 1];
+    for (size_t row = 1; row < at.size(); ++row)
+        at[row] += at[row - 1];
+    std::vector<Link> sorted(links_.size());
+    for (const Link& link : links_)
+        sorted[at[size_t(link.row)]++] = link;
+    links_ = std::move(sorted);
+}
+
+/// Deals the links out to the columns row by row, so that the rows of a column come to be in
+/// ascending order, and adds up the parts of an entry in the order in which they were added.
+void Laplacian::assemble() {
+    sort_by_row();
+    const size_t count = diagonal_.size();
+    std::vector<int> last_row(count, -1), column_size(count, 1);
     const auto starts_entry = [&](const Link& link) {
         int& last = last_row[size_t(link.column)];
         const bool first = last != link.row;
         last = link.row;
         return first;
     };
-    for (const Link& link : by_row)
+    for (const Link& link : links_)
         column_size[size_t(link.column)] += starts_entry(link);
     int* const outer = matrix_.outerIndexPtr();
     outer[0] = 0;
@@ -108,7 +112,7 @@ void Laplacian::assemble() {
         next[column] = outer[column] + 1;
     }
     last_row.assign(count, -1);
-    for (const Link& link : by_row) {
+    for (const Link& link : links_) {
         int& at = next[size_t(link.column)];
         if (starts_entry(link)) {
             inner[at] = link.row;
@@ -117,6 +121,7 @@ void Laplacian::assemble() {
             value[at - 1] -= link.weight;
         }
     }
+    links_ = {};
 }
 
 /// Both sides are substituted together, which reads the factor once.
