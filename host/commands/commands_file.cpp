@@ -101,11 +101,12 @@ std::string add_obj(const Mesh& mesh, const std::string& path) {
 }
 
 void gather(DagNode& node, std::vector<MeshNode*>& meshes) {
-    if (auto* mesh = dynamic_cast<MeshNode*>(&node))
-        if (!mesh->is_intermediate())
+    graph::walk_down(node, [&](DagNode& one) {
+        auto* mesh = dynamic_cast<MeshNode*>(&one);
+        if (mesh != nullptr && !mesh->is_intermediate())
             meshes.push_back(mesh);
-    for (DagNode* child : node.children())
-        gather(*child, meshes);
+        return true;
+    });
 }
 
 void export_obj(const std::string& path, bool selected) {

@@ -113,12 +113,6 @@ struct Filter {
     }
 };
 
-void add_below(DagNode& node, Selection& items) {
-    items.push_back(graph::SelectionItem(node));
-    for (DagNode* child : node.children())
-        add_below(*child, items);
-}
-
 /// The items that `ls` lists before it filters them.
 Selection candidates(const Flags& flags) {
     graph::Scene& scene = graph::Scene::current();
@@ -141,7 +135,10 @@ Selection candidates(const Flags& flags) {
     Selection below;
     for (const SelectionItem& item : items)
         if (DagNode* dag = item.node->as_dag_node())
-            add_below(*dag, below);
+            graph::walk_down(*dag, [&](DagNode& node) {
+                below.push_back(graph::SelectionItem(node));
+                return true;
+            });
     return below;
 }
 

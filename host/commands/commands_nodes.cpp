@@ -116,12 +116,13 @@ void delete_history(DagNode& shape) {
 
 /// Appends the nodes of the construction histories of all meshes at and below a node.
 void collect_histories(DagNode& node, std::vector<Ref<Node>>& nodes) {
-    if (node.node_type().name == "mesh")
-        for (Node* upstream : Scene::current().history_of(node, true))
-            if (!upstream->as_dag_node())
-                nodes.emplace_back(upstream);
-    for (DagNode* child : node.children())
-        collect_histories(*child, nodes);
+    graph::walk_down(node, [&](DagNode& one) {
+        if (one.node_type().name == "mesh")
+            for (Node* upstream : Scene::current().history_of(one, true))
+                if (!upstream->as_dag_node())
+                    nodes.emplace_back(upstream);
+        return true;
+    });
 }
 
 /// Removes an object together with the history that nothing else uses. Left behind, such nodes

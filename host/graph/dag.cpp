@@ -213,6 +213,16 @@ size_t DagNode::path_count() const {
     return count;
 }
 
+void walk_down(DagNode& top, const std::function<bool(DagNode&)>& visit) {
+    std::vector<DagNode*> pending = {&top}; // the next node last
+    while (!pending.empty()) {
+        DagNode& node = *pending.back();
+        pending.pop_back();
+        if (visit(node))
+            pending.insert(pending.end(), node.children().rbegin(), node.children().rend());
+    }
+}
+
 std::string full_name(const DagPath& path) {
     std::string text;
     for (const Ref<DagNode>& node : path)

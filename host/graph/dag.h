@@ -6,6 +6,8 @@
 #include <maya/MDagPath.h>
 #include <maya/MMatrix.h>
 
+#include <functional>
+
 namespace host::graph {
 
 class DagNode;
@@ -49,6 +51,10 @@ private:
 
 /// The full path as text: "|group|shape".
 MHOST_EXPORT std::string full_name(const DagPath& path);
+/// Calls `visit` for a node and all below it, parents before their children and siblings in order;
+/// what is below a node is left out if `visit` returns false for it. Hierarchies of any depth take
+/// the same stack.
+MHOST_EXPORT void walk_down(DagNode& top, const std::function<bool(DagNode&)>& visit);
 
 /// From the object space of `node` to world space, through the first parent at every level; the
 /// identity for null.

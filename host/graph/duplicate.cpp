@@ -50,19 +50,29 @@ Ref<Node> Scene::copy_node(Node& original, bool with_tweaks, bool new_name) {
     return copy;
 }
 
-MStatus Scene::copy_children(DagNode& from, DagNode& to, bool with_tweaks, bool new_shape_names,
+MStatus Scene::copy_children(DagNode& from, DagNode& to, bool with_tweaks,
                              std::vector<Copy>& copies) {
-    for (DagNode* child : from.children_) {
-        if (child->is_intermediate())
+    struct Pending {
+        DagNode *original, *parent;
+    };
+    std::vector<Pending> pending; // the next one last
+    const auto add_children = [&](DagNode& original, DagNode& copy) {
+        for (auto child = original.children_.rbegin(); child != original.children_.rend(); ++child)
+            pending.push_back({*child, &copy});
+    };
+    add_children(from, to);
+    while (!pending.empty()) {
+        const auto [original, parent] = pending.back();
+        pending.pop_back();
+        if (original->is_intermediate())
             continue; // an intermediate object feeds history that the copy does not have
-        const Ref<Node> copy = copy_node(*child, with_tweaks, new_shape_names && child->is_shape());
+        // The shapes of the copied transform itself get names of their own.
+        const bool new_name = parent == &to && original->is_shape();
+        const Ref<Node> copy = copy_node(*original, with_tweaks, new_name);
         if (!copy)
             return MS::kFailure;
-        copies.push_back({copy, &to});
-        const MStatus status =
-            copy_children(*child, *copy->as_dag_node(), with_tweaks, false, copies);
-        if (!status)
-            return status;
+        copies.push_back({copy, parent});
+        add_children(*original, *copy->as_dag_node());
     }
     return MS::kSuccess;
 }
@@ -84,7 +94,7 @@ MStatus Scene::duplicate(Node& node, bool with_tweaks, std::vector<Copy>& copies
     if (dag == nullptr)
         return MS::kSuccess;
     if (!dag->is_shape())
-        return copy_children(*root, *top->as_dag_node(), with_tweaks, true, copies);
+        return copy_children(*root, *top->as_dag_node(), with_tweaks, copies);
     const Ref<Node> shape = copy_node(*dag, with_tweaks, true);
     if (!shape)
         return MS::kFailure;

@@ -160,20 +160,23 @@ void Scene::detach(DagNode& node, DagNode* parent) {
 }
 
 void Scene::collect_subtree(Node& node, std::vector<Ref<Node>>& nodes) const {
-    nodes.push_back(&node);
     DagNode* dag = node.as_dag_node();
-    if (dag == nullptr)
+    if (dag == nullptr) {
+        nodes.push_back(&node);
         return;
+    }
     const auto holds = [&](const DagNode* one) {
         return std::any_of(nodes.begin(), nodes.end(),
                            [&](const Ref<Node>& held) { return held.get() == one; });
     };
-    for (DagNode* child : dag->children_) {
+    walk_down(*dag, [&](DagNode& one) {
         // A node with another parent outside the removed hierarchy stays in the scene.
-        if (child->parents_.size() == 1 ||
-            std::all_of(child->parents_.begin(), child->parents_.end(), holds))
-            collect_subtree(*child, nodes);
-    }
+        const bool goes = &one == dag || one.parents_.size() == 1 ||
+                          std::all_of(one.parents_.begin(), one.parents_.end(), holds);
+        if (goes)
+            nodes.push_back(&one);
+        return goes;
+    });
 }
 
 Removal Scene::remove(Node& node, RemovalCause cause) {

@@ -143,8 +143,7 @@ public:
 
 private:
     Ref<Node> copy_node(Node& original, bool with_tweaks, bool new_name);
-    MStatus copy_children(DagNode& from, DagNode& to, bool with_tweaks, bool new_shape_names,
-                          std::vector<Copy>& copies);
+    MStatus copy_children(DagNode& from, DagNode& to, bool with_tweaks, std::vector<Copy>& copies);
     Scene();
     void make_default_nodes();
     void collect_subtree(Node& node, std::vector<Ref<Node>>& nodes) const;

@@ -50,18 +50,15 @@ private:
     void sort_nodes() {
         graph::Scene& scene = graph::Scene::current();
         for (DagNode* node : scene.top_level())
-            add_below(*node);
+            graph::walk_down(*node, [&](DagNode& one) {
+                const bool is_new = seen_.insert(&one).second;
+                if (is_new)
+                    nodes_.push_back(&one);
+                return is_new;
+            });
         for (const auto& node : scene.nodes())
             if (!node->as_dag_node())
                 nodes_.push_back(node.get());
-    }
-
-    void add_below(DagNode& node) {
-        if (!seen_.insert(&node).second)
-            return;
-        nodes_.push_back(&node);
-        for (DagNode* child : node.children())
-            add_below(*child);
     }
 
     void header() {

@@ -37,19 +37,31 @@ public:
                 selected_.push_back(item.path());
     }
 
-    void visit(DagNode& node, const MMatrix& above) {
-        if (is_hidden(node))
-            return;
-        path_.push_back(Ref<DagNode>(&node));
-        const MMatrix matrix = node.local_matrix() * above;
-        if (node.as_mesh() != nullptr)
-            add(static_cast<graph::MeshNode&>(node), matrix);
-        for (DagNode* const child : node.children())
-            visit(*child, matrix);
-        path_.pop_back();
+    void visit(DagNode& root) {
+        std::vector<Step> pending = {{&root, 0, MMatrix()}}; // the next one last
+        while (!pending.empty()) {
+            const Step step = pending.back();
+            pending.pop_back();
+            if (is_hidden(*step.node))
+                continue;
+            path_.resize(step.depth);
+            path_.push_back(Ref<DagNode>(step.node));
+            const MMatrix matrix = step.node->local_matrix() * step.above;
+            if (step.node->as_mesh() != nullptr)
+                add(static_cast<graph::MeshNode&>(*step.node), matrix);
+            const std::vector<DagNode*>& children = step.node->children();
+            for (auto child = children.rbegin(); child != children.rend(); ++child)
+                pending.push_back({*child, step.depth + 1, matrix});
+        }
     }
 
 private:
+    struct Step {
+        DagNode* node;
+        size_t depth;
+        MMatrix above;
+    };
+
     void add(graph::MeshNode& node, const MMatrix& matrix) {
         const bool is_selected =
             std::any_of(selected_.begin(), selected_.end(),
@@ -108,7 +120,7 @@ std::vector<VisibleShape> visible_shapes() {
     // Copied, because evaluating a plug may run scripts that change the scene.
     const std::vector<DagNode*> roots = graph::Scene::current().top_level();
     for (DagNode* const root : roots)
-        walk.visit(*root, MMatrix());
+        walk.visit(*root);
     return found;
 }
 

@@ -67,12 +67,8 @@ TEST(OverlapMap, WeighsEveryCellUnderAShape) {
             ASSERT_EQ(map.under(shape, x, y), plain.under(shape, x, y)) << x << " " << y;
 }
 
-TEST(OverlapMap, FindsTheLowestOfThePlacesWithLeastWeight) {
-    std::mt19937 random(2);
-    OverlapMap map;
-    PlainMap plain(33, 29);
-    fill(random, map, plain);
-    const NestShape shape = random_shape(random, 12, 10);
+/// Looks for a place at every cell and compares it with find_least().
+void expect_lowest_place(OverlapMap& map, PlainMap& plain, const NestShape& shape) {
     int64_t least = INT64_MAX;
     int32_t best_x = 0, best_y = 0, x = -1, y = -1;
     for (int32_t j = 0; j + shape.height <= plain.height; ++j)
@@ -85,6 +81,15 @@ TEST(OverlapMap, FindsTheLowestOfThePlacesWithLeastWeight) {
     EXPECT_EQ(map.find_least(shape, x, y), least);
     EXPECT_EQ(x, best_x);
     EXPECT_EQ(y, best_y);
+}
+
+TEST(OverlapMap, FindsTheLowestOfThePlacesWithLeastWeight) {
+    std::mt19937 random(2);
+    OverlapMap map;
+    PlainMap plain(33, 29);
+    fill(random, map, plain);
+    expect_lowest_place(map, plain, random_shape(random, 12, 10));
+    expect_lowest_place(map, plain, random_shape(random, 2, 2)); // has many places without weight
 }
 
 TEST(OverlapMap, HasNoPlaceForAShapeLargerThanThePage) {

@@ -97,6 +97,17 @@ TEST(EdgePick, APathIsTheShortestAndHasBothEnds) {
     EXPECT_EQ((std::vector<uint32_t>{from}), path_between(mesh, from, from));
 }
 
+TEST(EdgePick, APathBeginsAtTheEndThatMakesItShortest) {
+    host::Mesh mesh; // from the edge 0-1 to the edge 2-3: 0-2 is longer than 1-2
+    host::Mesh::make({{0, 0, 0}, {1, 0, 0}, {1, 0.5f, 0}, {2, 0.5f, 0}}, {3, 3}, {0, 1, 2, 1, 3, 2},
+                     mesh);
+    const uint32_t from = edge_between(mesh, 0, 1), to = edge_between(mesh, 2, 3);
+    std::vector<uint32_t> wanted = {from, edge_between(mesh, 1, 2), to};
+    std::sort(wanted.begin(), wanted.end());
+    EXPECT_EQ(wanted, path_between(mesh, from, to));
+    EXPECT_EQ(wanted, path_between(mesh, to, from));
+}
+
 TEST(EdgePick, NeighboursNeedNoPath) {
     const host::Mesh mesh = grid(2);
     EXPECT_EQ(2u, path_between(mesh, edge_between(mesh, 0, 1), edge_between(mesh, 1, 2)).size());
