@@ -1,6 +1,7 @@
 #include "atlas/geometry/sheets.h"
 
 #include "atlas/geometry/order.h"
+#include "atlas/geometry/repeats.h"
 
 #include <algorithm>
 #include <deque>
@@ -66,6 +67,7 @@ public:
             open_between_twins();
             find_copies();
         }
+        copy_repeats();
         number_kept();
         return std::move(out_);
     }
@@ -359,9 +361,7 @@ private:
     /// A sheet that matches an earlier one polygon by polygon copies it.
     void find_copies() {
         const std::vector<Sheet> sheets = collect_sheets();
-        out_.copy.assign(s_.face_count, k_none);
-        out_.source_corner.assign(3 * size_t(s_.face_count), k_none);
-        out_.source_edge.assign(3 * size_t(s_.face_count), k_none);
+        begin_copies();
         // Per kind: sheets that are laid out and have such a polygon.
         std::vector<std::vector<std::pair<uint32_t, uint32_t>>> laid_out(kinds_);
         std::vector<Match> matches;
@@ -430,6 +430,8 @@ private:
         const Winding way = winding(polygons_[matches[0].polygon], polygons_[matches[0].source]);
         const uint32_t id = uint32_t(out_.mirrored.size());
         out_.mirrored.push_back(way == Winding::against);
+        out_.elsewhere.push_back(0);
+        out_.difference.push_back(0);
         for (const Match& m : matches) {
             const Polygon &p = polygons_[m.polygon], &q = polygons_[m.source];
             for (uint32_t t : p.faces) {
@@ -439,6 +441,39 @@ private:
             }
             for (const Side& side : p.sides)
                 out_.source_edge[side.half_edge] = source_of(side, q, way).half_edge;
+        }
+    }
+
+    void begin_copies() {
+        out_.copy.assign(s_.face_count, k_none);
+        out_.source_corner.assign(3 * size_t(s_.face_count), k_none);
+        out_.source_edge.assign(3 * size_t(s_.face_count), k_none);
+    }
+
+    /// Sheets that repeat one elsewhere, unless they are copies or copied already.
+    void copy_repeats() {
+        std::vector<uint8_t> candidate(s_.face_count), copied(s_.face_count); // copied: polygons
+        for (uint32_t t = 0; t < s_.face_count && !out_.copy.empty(); ++t)
+            if (out_.copy[t] != k_none)
+                copied[polygon_[out_.source_corner[3 * t] / 3]] = 1;
+        for (uint32_t t = 0; t < s_.face_count; ++t)
+            candidate[t] = !trailing_[t] && (options_.refused.empty() || !options_.refused[t]) &&
+                           (out_.copy.empty() || out_.copy[t] == k_none) && !copied[polygon_[t]];
+        const std::vector<Repeat> repeats = find_repeats(s_, candidate);
+        if (out_.copy.empty() && !repeats.empty())
+            begin_copies();
+        for (const Repeat& repeat : repeats) {
+            size_t i = 0;
+            for (uint32_t t : repeat.faces) {
+                out_.copy[t] = uint32_t(out_.mirrored.size());
+                for (uint32_t c = 3 * t; c < 3 * t + 3; ++c, ++i) {
+                    out_.source_corner[c] = repeat.source_corner[i];
+                    out_.source_edge[c] = repeat.source_edge[i];
+                }
+            }
+            out_.mirrored.push_back(repeat.mirrored);
+            out_.elsewhere.push_back(1);
+            out_.difference.push_back(repeat.difference);
         }
     }
 

@@ -58,10 +58,21 @@ struct ChartingCall {
             return failure;
         const double area = surface.total_area * surface.unit * surface.unit;
         sheets = find_sheets(surface, sheet_options);
+        const double repeated = repeated_area() * surface.unit * surface.unit;
         restrict_surface(mesh, sheets.kept, sheets.number, surface);
         total_area = area / (surface.unit * surface.unit);
+        // What merging weighs against the whole must not depend on how often a part repeats.
+        surface.total_area += repeated / (surface.unit * surface.unit);
         stages = std::make_unique<ChartStages>(surface, options);
         return make_charts(*stages, progress) ? Failure{} : Failure{Status::aborted, k_none};
+    }
+    /// Area of the copies that lie elsewhere in space.
+    double repeated_area() const {
+        double area = 0;
+        for (uint32_t t = 0; t < surface.face_count; ++t)
+            if (sheets.copy[t] != k_none && sheets.elsewhere[sheets.copy[t]])
+                area += surface.frame[t].area();
+        return area;
     }
     /// Fills `finished`; returns the copies that are not served.
     std::vector<uint32_t> finish() {
@@ -85,16 +96,16 @@ struct ChartingCall {
 
 /// Whether charts may be cut in two for the texture. Quality mode does so where several charts
 /// share the texture and stretch is limited: what unfolds into a net or two stays whole, and a
-/// caller who allows any stretch wants no cut that is not needed. Copies of sheets follow their
-/// sheet, which would double every cut.
+/// caller who allows any stretch wants no cut that is not needed. Twins follow their sheet, which
+/// would double every cut.
 bool may_cut(const ChartingCall& call) {
     constexpr uint32_t k_few_charts = 3;
     if (call.options.cut_to_pack)
         return true;
-    const std::vector<uint32_t>& copy = call.sheets.copy;
     return call.options.quality == Quality::quality && call.options.max_stretch < 1 &&
            call.finished.chart_count() > k_few_charts &&
-           std::all_of(copy.begin(), copy.end(), [](uint32_t id) { return id == k_none; });
+           std::all_of(call.sheets.elsewhere.begin(), call.sheets.elsewhere.end(),
+                       [](uint8_t elsewhere) { return elsewhere != 0; });
 }
 
 /// Cuts charts where that lets all of them grow. Quick layouts judge the cuts: what a cut has to
@@ -105,7 +116,8 @@ void cut_to_pack(ChartingCall& call, PackOptions options) {
     bool first = true;
     options.quick = true;
     cut_charts(*call.stages, call.options.max_charts, [&] {
-        call.finish();
+        if (!call.finish().empty())
+            return 0.0; // a copy cannot follow the latest cut
         const Packing packing = pack_finished(call.finished, options);
         const bool cuts_pay =
             call.options.cut_to_pack || !first || packing.coverage < k_well_filled;

@@ -60,14 +60,16 @@ private:
         copied_class_.assign(kept_.class_uv.size() / 2, k_none);
         std::vector<uint32_t> unserved;
         for (uint32_t copy = 0; copy < faces.size(); ++copy)
-            if (!take_copy(faces[copy], sheets_.mirrored[copy] != 0))
+            if (!take_copy(faces[copy], copy))
                 unserved.push_back(copy);
         return unserved;
     }
 
     /// One sheet. Charts and classes appear in the order of its triangles.
-    bool take_copy(const std::vector<uint32_t>& faces, bool mirrored) {
-        const bool turned = mirrored && !options_.stack;
+    bool take_copy(const std::vector<uint32_t>& faces, uint32_t copy) {
+        const bool mirrored = sheets_.mirrored[copy] != 0;
+        const bool stacked = options_.stack && !sheets_.elsewhere[copy];
+        const bool turned = mirrored && !stacked;
         std::vector<uint32_t> charts, classes;
         bool whole = true; // no polygon of the sheet fell apart
         for (uint32_t t : faces) {
@@ -94,8 +96,9 @@ private:
             }
         }
         for (uint32_t chart : charts)
-            add_chart(chart, turned);
-        const bool served = whole && serves(faces, charts, mirrored && options_.stack);
+            add_chart(chart, turned, stacked);
+        const bool served = whole && leaves_room(charts, sheets_.difference[copy]) &&
+                            serves(faces, charts, mirrored && stacked);
         for (uint32_t chart : charts)
             copied_chart_[chart] = k_none;
         for (uint32_t id : classes)
@@ -109,7 +112,7 @@ private:
         return uint32_t(all_.class_uv.size() / 2 - 1);
     }
 
-    void add_chart(uint32_t source, bool turned) {
+    void add_chart(uint32_t source, bool turned, bool stacked) {
         for (uint32_t e = kept_.edge_begin[source]; e < kept_.edge_begin[source + 1]; ++e) {
             const uint32_t a = copied_class_[kept_.edges[2 * e]];
             const uint32_t b = copied_class_[kept_.edges[2 * e + 1]];
@@ -119,7 +122,17 @@ private:
         all_.edge_begin.push_back(uint32_t(all_.edges.size() / 2));
         all_.chart_stretch.push_back(kept_.chart_stretch[source]);
         all_.over_limit.push_back(kept_.over_limit[source]);
-        all_.place.push_back(options_.stack ? source : uint32_t(all_.place.size()));
+        all_.place.push_back(stacked ? source : uint32_t(all_.place.size()));
+    }
+
+    /// Whether lengths that differ as little as the copy's keep its charts within the limit,
+    /// whichever diagonals its quads are divided along.
+    bool leaves_room(const std::vector<uint32_t>& charts, double difference) const {
+        constexpr double k_margin = 4; // L2 grows at most about twice as fast as lengths differ
+        const double most = stretch_limit(options_.max_stretch) * (1 - k_margin * difference);
+        return difference == 0 || std::all_of(charts.begin(), charts.end(), [&](uint32_t c) {
+                   return kept_.over_limit[c] || kept_.worst_l2[c] <= most;
+               });
     }
 
     /// Whether the copy's own triangles, where they divide its quads otherwise, lie well.
@@ -334,6 +347,7 @@ FinishedCharts finish_charts(const ChartSet& set, double limit, double unit) {
             const StretchSums exact = set.true_stretch(set.charts[c]);
             const bool has_area = exact.area > 0;
             out.chart_stretch.push_back(has_area ? std::max(0.0, 1 - 1 / exact.l2()) : 0);
+            out.worst_l2.push_back(has_area ? exact.worst_l2() : 1);
             out.over_limit.push_back(has_area && exact.worst_l2() > limit * (1 + 1e-6));
             out.place.push_back(number[c]);
         }

@@ -14,6 +14,7 @@ namespace tessora::atlas {
 struct FinishedCharts {
     std::vector<uint32_t> corner_class, chart;
     std::vector<double> class_uv, chart_stretch;
+    std::vector<double> worst_l2; ///< per chart that was laid out: L2 along the worse diagonals
     std::vector<uint8_t> over_limit;
     std::vector<uint32_t> edges, edge_begin = {0};
     std::vector<uint32_t> place;

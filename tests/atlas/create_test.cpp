@@ -390,6 +390,129 @@ TEST(AtlasSheets, PartitionOpensCopiesLikeTheirSheets) {
         EXPECT_EQ(adjacency[h] == k_none, adjacency[h + once.indices.size()] == k_none);
 }
 
+/// Adds a part again: each vertex where `place` puts it, every polygon wound the other way if
+/// `reversed`, from its last corner then, so that quads get other diagonals.
+template <class Place>
+void add_part(TestMesh& mesh, const TestMesh& part, bool reversed, const Place& place) {
+    const uint32_t first = uint32_t(mesh.positions.size() / 3);
+    for (size_t v = 0; v < part.positions.size(); v += 3) {
+        const std::array<float, 3> p = place(
+            std::array<float, 3>{part.positions[v], part.positions[v + 1], part.positions[v + 2]});
+        mesh.vertex(p[0], p[1], p[2]);
+    }
+    for (size_t c = 0; c < part.indices.size(); c += 6) { // quads are (a b c)(a c d)
+        const uint32_t* const v = &part.indices[c];
+        std::vector<uint32_t> corners = {first + v[0], first + v[1], first + v[2], first + v[5]};
+        if (reversed)
+            std::reverse(corners.begin(), corners.end());
+        mesh.polygon(corners);
+    }
+}
+
+/// A bent sheet of quads without any symmetry.
+TestMesh bent_sheet() {
+    TestMesh sheet = flat_grid(12, true);
+    for (size_t v = 0; v < sheet.positions.size(); v += 3)
+        sheet.positions[v + 2] +=
+            2 * float(std::sin(0.013 * double(v)) * std::cos(0.21 * sheet.positions[v]));
+    return sheet;
+}
+
+/// Per vertex and vertex of a part: whether their distance in the texture is that of the part's
+/// first instance; -1 for pairs in different charts. Pairs of neighbours in a polygon only.
+std::vector<double> side_lengths(const TestMesh& mesh, const Result& result, uint32_t instance,
+                                 uint32_t instances) {
+    const uint32_t vertices = uint32_t(mesh.positions.size() / 3) / instances;
+    std::vector<std::array<double, 3>> sides; // (from, to, length)
+    for (uint32_t h = 0; h < mesh.indices.size(); ++h) {
+        const uint32_t next = h % 3 == 2 ? h - 2 : h + 1;
+        const uint32_t a = mesh.indices[h], b = mesh.indices[next];
+        if (a / vertices != instance || mesh.false_edges[h] != k_none)
+            continue;
+        const float* p = &result.uvs[2 * size_t(result.indices[h])];
+        const float* q = &result.uvs[2 * size_t(result.indices[next])];
+        sides.push_back({double(std::min(a, b) % vertices), double(std::max(a, b) % vertices),
+                         std::hypot(p[0] - q[0], p[1] - q[1])});
+    }
+    std::sort(sides.begin(), sides.end());
+    std::vector<double> lengths;
+    for (const auto& side : sides)
+        lengths.push_back(side[2]);
+    return lengths;
+}
+
+TEST(AtlasRepeats, PartsThatRepeatAreLaidOutAlike) {
+    const TestMesh part = bent_sheet();
+    TestMesh mesh;
+    add_part(mesh, part, false, [](std::array<float, 3> p) { return p; });
+    add_part(mesh, part, false, [](std::array<float, 3> p) {
+        return std::array<float, 3>{p[1] + 40, p[2], p[0]};
+    });
+    add_part(mesh, part, true, [](std::array<float, 3> p) { // a mirror image
+        return std::array<float, 3>{-p[0] - 7, p[1], p[2]};
+    });
+    mesh.connect();
+    Result result;
+    const Judgement judgement = unwrap(mesh, {}, &result);
+    EXPECT_EQ(judgement.charts % 3, 0u);
+    const std::vector<double> first = side_lengths(mesh, result, 0, 3);
+    for (const uint32_t instance : {1u, 2u}) {
+        const std::vector<double> other = side_lengths(mesh, result, instance, 3);
+        ASSERT_EQ(first.size(), other.size());
+        for (size_t i = 0; i < first.size(); ++i)
+            ASSERT_NEAR(first[i], other[i], 3e-7) << instance;
+    }
+}
+
+TEST(AtlasRepeats, PartsThatDifferInOneVertexAreLaidOutEachByItself) {
+    const TestMesh part = flat_grid(6, true);
+    TestMesh mesh;
+    add_part(mesh, part, false, [](std::array<float, 3> p) { return p; });
+    add_part(mesh, part, false, [&](std::array<float, 3> p) {
+        const bool moved = p[0] == part.positions[72] && p[1] == part.positions[73];
+        return std::array<float, 3>{p[0] + (moved ? 20.05f : 20), p[1], p[2]};
+    });
+    mesh.connect();
+    Result result;
+    EXPECT_NEAR(unwrap(mesh, {}, &result).l2, 1, 1e-6);
+    const std::vector<double> first = side_lengths(mesh, result, 0, 2),
+                              other = side_lengths(mesh, result, 1, 2);
+    double largest = 0;
+    for (size_t i = 0; i < first.size(); ++i)
+        largest = std::max(largest, std::abs(first[i] / other[i] - 1));
+    EXPECT_GT(largest, 0.02);
+}
+
+TEST(AtlasRepeats, StackingTwinsLeavesRepeatsApart) {
+    TestMesh mesh;
+    const TestMesh part = bent_sheet();
+    add_part(mesh, part, false, [](std::array<float, 3> p) { return p; });
+    add_part(mesh, part, false, [](std::array<float, 3> p) {
+        return std::array<float, 3>{p[0], p[1], p[2] + 9};
+    });
+    mesh.connect();
+    Options options;
+    options.stack = true;
+    unwrap(mesh, options); // finds overlaps
+}
+
+TEST(AtlasRepeats, PartsThatAreDoubledAndRepeatedUnwrap) {
+    const TestMesh part = doubled(cube_of_quads(2), true);
+    TestMesh mesh;
+    for (const float x : {0.0f, 5.0f}) {
+        const uint32_t first = uint32_t(mesh.positions.size() / 3), face = mesh.faces();
+        for (size_t i = 0; i < part.positions.size(); ++i)
+            mesh.positions.push_back(part.positions[i] + (i % 3 == 0 ? x : 0));
+        for (size_t h = 0; h < part.indices.size(); ++h) {
+            mesh.indices.push_back(part.indices[h] + first);
+            mesh.adjacency.push_back(part.adjacency[h] == k_none ? k_none
+                                                                 : part.adjacency[h] + face);
+            mesh.false_edges.push_back(part.false_edges[h]);
+        }
+    }
+    EXPECT_EQ(unwrap(mesh).charts % 4, 0u);
+}
+
 TEST(AtlasLoose, TrianglesThatRepeatAVertexCostNoChartAndOpenNothing) {
     TestMesh mesh = flat_grid(4, false);
     const uint32_t faces = mesh.faces();
