@@ -9,7 +9,7 @@ namespace {
 constexpr double k_share = 1e-4;
 constexpr double k_rounding = 4e-6; // of the largest coordinate, from the centre
 
-/// Two sources of about the same size are tried for a component, the latest first.
+/// So many sources of about the same size are tried for a component, the latest first.
 constexpr size_t k_most_sources = 4;
 
 struct Component {
