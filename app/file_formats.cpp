@@ -22,6 +22,10 @@ constexpr OtherFormat k_others[] = {
     {".usdz", "USD", "Blender: File > Import, then File > Export as Wavefront OBJ"},
     {".abc", "Alembic", "Blender: File > Import, then File > Export as Wavefront OBJ"},
     {".blend", "Blender", "Blender: File > Export as Wavefront OBJ"},
+    {".stp", "STEP", "a CAD program: export the shape as a mesh, STL or OBJ"},
+    {".step", "STEP", "a CAD program: export the shape as a mesh, STL or OBJ"},
+    {".igs", "IGES", "a CAD program: export the shape as a mesh, STL or OBJ"},
+    {".iges", "IGES", "a CAD program: export the shape as a mesh, STL or OBJ"},
     {".ma", "scene", "tessora -c 'file -open \"FILE.ma\"; file -exportAll \"FILE.obj\";'"},
     {".mb", "binary scene", "the application that wrote it: save it as .ma, or export OBJ"},
 };

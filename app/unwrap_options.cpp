@@ -276,10 +276,11 @@ bool check_files_differ(const UnwrapRequest& r, std::string& error) {
     return true;
 }
 
-/// INPUT with "_uv" before its extension.
+/// INPUT with "_uv" before its extension; .obj where reading will refuse INPUT's format by name.
 std::string default_output(const UnwrapRequest& r) {
     const auto [name, extension] = split_name(r.input);
-    return name + "_uv" + output_extension(r, extension);
+    const bool is_refused = !input_refusal(r.input).empty();
+    return name + "_uv" + (is_refused ? ".obj" : output_extension(r, extension));
 }
 
 bool check_format(const UnwrapRequest& r, std::string& error) {

@@ -293,6 +293,16 @@ TEST_F(ProgramFailure, ClosedPipeIsAWriteError) {
     EXPECT_NE(std::string::npos, ended.err.find("-: cannot be written: Broken pipe"));
 }
 
+TEST_F(ProgramFailure, InputOfAnotherFormatIsNamedAlsoWhereTheOutputHasItsName) {
+    for (const char* name : {"a.blend", "a.step"}) {
+        const std::string file = dir.put(name, "x");
+        const Ended ended = run({"unwrap", file});
+        EXPECT_EQ(3, ended.code);
+        EXPECT_NE(std::string::npos, ended.err.find(file + ": ")) << ended.err;
+        EXPECT_NE(std::string::npos, ended.err.find("files cannot be read, only OBJ")) << ended.err;
+    }
+}
+
 TEST_F(ProgramFailure, TextForAReaderWhoLeftEndsWithoutAWord) {
     Process::Setup setup;
     setup.closed_output = true;
