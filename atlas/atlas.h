@@ -112,7 +112,8 @@ struct Result {
     std::vector<uint32_t> lost; ///< triangles that rounding to single precision collapsed or
                                 ///< flipped, ascending; normally none
     uint32_t chart_count = 0;
-    float stretch = 0.0f; ///< reached: max over charts of 1 - 1/L2
+    float stretch = 0.0f; ///< reached: max over charts of 1 - 1/L2; of the rounded coordinates
+                          ///< where that differs visibly
 };
 
 /// Partitions, flattens and packs.

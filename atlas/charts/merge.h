@@ -119,12 +119,14 @@ private:
     void list_arc_nodes();
     void keep_matching_part();
     double align(Rigid& motion) const;
-    bool sides_fit(double residual) const;
+    bool sides_fit(double residual);
+    bool nothing_else_borders() const;
     void splice_border(Chart& joined) const;
     void preview_outline(const Chart& joined, const Rigid& motion);
     Box box_of(const Outline& outline) const;
     bool is_exact(double residual) const;
-    bool box_allowed(const Box& box, bool exact) const;
+    bool box_allowed(const Box& box, bool exact);
+    bool is_last_limit();
     bool stretch_pays(const Chart& joined) const;
 
     void glue(const Rigid& motion);

@@ -11,6 +11,10 @@ namespace {
 
 /// Maximum residual of aligning the two sides of an arc, relative to the arc's length.
 constexpr double k_max_residual = 0.25;
+/// The same in quality mode under the caller's limit, when the merges that fit better are made.
+constexpr double k_max_last_residual = 0.3;
+/// The same for the last two charts of a surface, which have nothing else to be merged with.
+constexpr double k_max_whole_residual = 0.45;
 /// Maximum residual in the exact round, relative to the arc's length.
 constexpr double k_max_exact_residual = 1e-4;
 /// Minimum length of an arc in the exact round, relative to the shorter of the two borders.
@@ -24,11 +28,11 @@ constexpr double k_max_exact_length = 1.25;
 constexpr double k_min_fill = 0.6;
 /// How much an exact union's box may exceed the two boxes it replaces, per length of the arc.
 constexpr double k_waste_per_arc = 0.4;
-/// Exact unions with at least this share of the mesh's area are only limited in length, by
-/// k_max_length_most.
+/// Unions with at least this share of the mesh's area are only limited in length, by
+/// k_max_length_most, if they are exact or there is nothing left that fits better.
 constexpr double k_most_of_mesh = 0.64;
 constexpr double k_max_length_most = 1.7;
-/// Exact unions with at least this share count as the whole mesh, limited by k_max_length_whole.
+/// Unions with at least this share count as the whole mesh, limited by k_max_length_whole.
 constexpr double k_whole_mesh = 0.999;
 constexpr double k_max_length_whole = 2.1;
 
@@ -143,13 +147,39 @@ double Merger::align(Rigid& motion) const {
 
 /// Whether the aligned sides of the arc lie close enough together. The exact round also refuses
 /// arcs that are short against the borders of both charts.
-bool Merger::sides_fit(double residual) const {
-    const bool exact = round_ == Round::exact;
-    if (residual < 0 || residual > (exact ? k_max_exact_residual : k_max_residual) * arc_.length)
+bool Merger::sides_fit(double residual) {
+    if (residual < 0)
         return false;
-    const double shorter =
-        std::min(set_.charts[arc_.a].border_length, set_.charts[arc_.b].border_length);
-    return !exact || arc_.length >= k_min_exact_arc * shorter;
+    if (round_ == Round::exact) {
+        const double shorter =
+            std::min(set_.charts[arc_.a].border_length, set_.charts[arc_.b].border_length);
+        return residual <= k_max_exact_residual * arc_.length &&
+               arc_.length >= k_min_exact_arc * shorter;
+    }
+    if (residual <= k_max_residual * arc_.length)
+        return true;
+    if (residual <= k_max_whole_residual * arc_.length && nothing_else_borders())
+        return true;
+    return options_.thorough && residual <= k_max_last_residual * arc_.length && is_last_limit();
+}
+
+/// Whether the limit has risen to the caller's. If not, the pair could fare better then.
+bool Merger::is_last_limit() {
+    const double last = flattener_.options.limit;
+    next_limit_ = std::min(next_limit_, last);
+    return terms_.limit >= last;
+}
+
+/// Whether both charts border on each other and themselves only.
+bool Merger::nothing_else_borders() const {
+    const auto ends_here = [&](uint32_t h) {
+        const uint32_t mate = set_.surface.mate[h];
+        return mate == k_none || set_.chart[mate / 3] == arc_.a || set_.chart[mate / 3] == arc_.b;
+    };
+    const auto ends_all = [&](const Chart& chart) {
+        return std::all_of(chart.border.begin(), chart.border.end(), ends_here);
+    };
+    return ends_all(set_.charts[arc_.a]) && ends_all(set_.charts[arc_.b]);
 }
 
 /// The border that both charts will have once the arc is glued. Its last loop is the one that the
@@ -245,8 +275,9 @@ bool Merger::is_exact(double residual) const {
 /// Refuses unions whose box would waste the texture. Lengths are measured in sides of the square
 /// that has the area of the mesh: a strip longer than that square wastes room whatever else there
 /// is to pack. An exact union (the net of a box, an unrolled tube) may waste more, the longer the
-/// border that it removes.
-bool Merger::box_allowed(const Box& box, bool exact) const {
+/// border that it removes; so may, under the caller's limit, one that leaves few other charts to
+/// fill the gaps.
+bool Merger::box_allowed(const Box& box, bool exact) {
     if (terms_.slack >= 1)
         return true;
     const double looser = 1 + (k_slack_growth - 1) * terms_.slack;
@@ -254,14 +285,17 @@ bool Merger::box_allowed(const Box& box, bool exact) const {
     const double area = set_.charts[arc_.a].stretch.area + set_.charts[arc_.b].stretch.area;
     const double room = looser * (history_[arc_.a].box.area() + history_[arc_.b].box.area());
     const double share = area / set_.surface.total_area;
-    if (exact && share >= k_most_of_mesh) // few other charts are left to fill the gaps
-        return box.longer <=
-               (share >= k_whole_mesh ? k_max_length_whole : k_max_length_most) * side;
+    const double most = share >= k_whole_mesh ? k_max_length_whole : k_max_length_most;
+    const bool fits_as_most = share >= k_most_of_mesh && box.longer <= most * side;
+    if (exact && share >= k_most_of_mesh)
+        return fits_as_most;
     const bool filled = area >= k_min_fill * box.area();
     if (exact)
         return box.longer <= k_max_exact_length * side &&
                (filled || box.area() <= room + k_waste_per_arc * arc_.length * side);
-    return box.longer <= k_max_length * side && (filled || box.area() <= room);
+    if (box.longer <= k_max_length * side && (filled || box.area() <= room))
+        return true;
+    return fits_as_most && is_last_limit();
 }
 
 /// The harder the surface, the more border has to be removed for the stretch that is added.

@@ -167,7 +167,11 @@ public:
                       crowds.edges.data() + crowds.begin[i + 1]);
         };
         find_normals();
-        for_each([&](auto first, auto last) { pair_two_with_area(first, last); });
+        find_trailing(crowds);
+        for_each([&](auto first, auto last) {
+            pair_two(first, last, [&](uint32_t face) { return has_area(face); });
+            pair_two(first, last, [&](uint32_t face) { return !trailing_[face]; });
+        });
         find_patches();
         rank_twins();
         for_each([&](auto first, auto last) { pair_crowd(first, last); });
@@ -176,13 +180,13 @@ public:
 private:
     /// Two face edges that may become neighbours; the least is the best.
     struct Candidate {
-        bool lacks_area, other_patch, other_rank;
+        bool trails, lacks_area, other_patch, other_rank;
         int32_t bend; ///< 1 - cosine, in steps too wide for rounding to decide
         uint32_t distance, a, b;
 
         bool operator<(const Candidate& o) const {
             const auto key = [](const Candidate& c) {
-                return std::make_tuple(c.lacks_area, c.other_patch, c.other_rank, c.bend,
+                return std::make_tuple(c.trails, c.lacks_area, c.other_patch, c.other_rank, c.bend,
                                        c.distance, std::min(c.a, c.b), std::max(c.a, c.b));
             };
             return key(*this) < key(o);
@@ -217,6 +221,48 @@ private:
 
     bool has_area(uint32_t face) const {
         return !has_positions() || dot(normal_[face], normal_[face]) > 0.0;
+    }
+
+    /// Marks faces without area that connect nothing, chains of them from their ends: what others
+    /// leave at a crowded edge is enough for them.
+    void find_trailing(const Crowds& crowds) {
+        trailing_.assign(faces_.count, 0);
+        Words todo;
+        for (uint32_t face = 0; face < faces_.count; ++face)
+            if (!has_area(face))
+                todo.push_back(face);
+        if (todo.empty())
+            return;
+        Words crowd_of(size_t{faces_.count} * 3, k_none), users;
+        for (uint32_t c = 0; c + 1 < crowds.begin.size(); ++c) {
+            users.push_back(crowds.begin[c + 1] - crowds.begin[c]);
+            for (uint32_t i = crowds.begin[c]; i < crowds.begin[c + 1]; ++i)
+                crowd_of[crowds.edges[i]] = c;
+        }
+        const auto connects = [&](uint32_t edge) {
+            if (crowd_of[edge] != k_none)
+                return users[crowd_of[edge]] > 1;
+            return adjacency_[edge] != k_none && !trailing_[adjacency_[edge]];
+        };
+        const auto visit_again = [&](uint32_t face) {
+            if (!has_area(face) && !trailing_[face])
+                todo.push_back(face);
+        };
+        while (!todo.empty()) {
+            const uint32_t face = todo.back(), edge = 3 * face;
+            todo.pop_back();
+            if (trailing_[face] || connects(edge) + connects(edge + 1) + connects(edge + 2) > 1)
+                continue;
+            trailing_[face] = 1;
+            for (const uint32_t own : {edge, edge + 1, edge + 2}) {
+                const uint32_t c = crowd_of[own];
+                if (c == k_none && adjacency_[own] != k_none)
+                    visit_again(adjacency_[own]);
+                else if (c != k_none && --users[c] == 1)
+                    for (uint32_t i = crowds.begin[c]; i < crowds.begin[c + 1]; ++i)
+                        visit_again(crowds.edges[i] / 3);
+            }
+        }
     }
 
     double cosine(uint32_t face, uint32_t other) const {
@@ -300,12 +346,16 @@ private:
         adjacency_[other] = edge / 3;
     }
 
-    void pair_two_with_area(const uint32_t* first, const uint32_t* last) {
-        const auto lacks_area = [&](uint32_t edge) { return !has_area(edge / 3); };
-        if (last - first - std::count_if(first, last, lacks_area) == 2) {
-            const uint32_t* const a = std::find_if_not(first, last, lacks_area);
-            join(*a, *std::find_if_not(a + 1, last, lacks_area));
-        }
+    /// Joins the two faces at an edge that count, where there are two.
+    template <class Counts>
+    void pair_two(const uint32_t* first, const uint32_t* last, Counts counts) {
+        const auto is_one = [&](uint32_t edge) { return counts(edge / 3); };
+        if (std::count_if(first, last, is_one) != 2)
+            return;
+        const uint32_t* const a = std::find_if(first, last, is_one);
+        const uint32_t* const b = std::find_if(a + 1, last, is_one);
+        if (adjacency_[*a] == k_none && adjacency_[*b] == k_none)
+            join(*a, *b);
     }
 
     void pair_crowd(const uint32_t* first, const uint32_t* last) {
@@ -348,7 +398,8 @@ private:
         if (twins(face, other))
             return;
         constexpr double k_steps = 1048576.0; // bends closer than a millionth are equal
-        candidates_.push_back({!has_area(face) || !has_area(other), patch_[face] != patch_[other],
+        candidates_.push_back({trailing_[face] || trailing_[other],
+                               !has_area(face) || !has_area(other), patch_[face] != patch_[other],
                                rank_[patch_[face]] != rank_[patch_[other]],
                                static_cast<int32_t>((1.0 - cosine(face, other)) * k_steps + 0.5),
                                face < other ? other - face : face - other, a, b});
@@ -356,10 +407,11 @@ private:
 
     const Faces& faces_;
     uint32_t* const adjacency_;
-    std::vector<Vector> normal_; ///< per face; empty without positions
-    Words patch_;                ///< per face: the first face of its patch
-    std::vector<Border> border_; ///< per patch, at its first face
-    Words rank_;                 ///< per patch, at its first face: among twins wound alike
+    std::vector<Vector> normal_;    ///< per face; empty without positions
+    std::vector<uint8_t> trailing_; ///< per face: 1 without area and connecting nothing
+    Words patch_;                   ///< per face: the first face of its patch
+    std::vector<Border> border_;    ///< per patch, at its first face
+    Words rank_;                    ///< per patch, at its first face: among twins wound alike
     std::vector<Candidate> candidates_;
     Words ways_[2];
 };

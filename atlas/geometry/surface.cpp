@@ -44,7 +44,8 @@ void match_half_edges(const Mesh& mesh, Surface& s) {
 }
 
 /// Moves the centre of the bounding box of all used vertices to the origin and makes the mean
-/// triangle area 1, or the diagonal of the box if the mesh has no area.
+/// triangle area 1, or the diagonal of the box if the mesh has no area. Triangles without any area
+/// do not count: a mesh with more of them is laid out alike, to the last bit.
 void normalise_positions(const Mesh& mesh, Surface& s) {
     s.position.assign(s.vertex_count, Vec3{});
     if (s.face_count == 0)
@@ -61,11 +62,14 @@ void normalise_positions(const Mesh& mesh, Surface& s) {
     }
     const Vec3 centre = (low + high) * 0.5;
     double area = 0;
+    uint32_t count = 0;
     for (uint32_t t = 0; t < s.face_count; ++t) {
         const Vec3 a = point(s.vertex[3 * t]), b = point(s.vertex[3 * t + 1]);
-        area += 0.5 * length(cross(b - a, point(s.vertex[3 * t + 2]) - a));
+        const double own = 0.5 * length(cross(b - a, point(s.vertex[3 * t + 2]) - a));
+        area += own;
+        count += own > 0;
     }
-    double unit = std::sqrt(area / s.face_count);
+    double unit = std::sqrt(area / std::max(1u, count));
     if (!(unit > 0))
         unit = length(high - low);
     if (!(unit > 0))

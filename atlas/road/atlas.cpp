@@ -83,6 +83,13 @@ struct ChartingCall {
         return follow_sheets(mesh, surface, sheets, options, finished);
     }
 
+    /// Those that are laid out, and copies.
+    size_t triangles_with_area() const {
+        const auto is_copy = [](uint32_t id) { return id != k_none; };
+        return sheets.kept.size() +
+               size_t(std::count_if(sheets.copy.begin(), sheets.copy.end(), is_copy));
+    }
+
     const Mesh& mesh;
     const Options& options;
     const bool packs;
@@ -95,14 +102,15 @@ struct ChartingCall {
 };
 
 /// Whether charts may be cut in two for the texture. Quality mode does so where several charts
-/// share the texture and stretch is limited: what unfolds into a net or two stays whole, and a
-/// caller who allows any stretch wants no cut that is not needed. Twins follow their sheet, which
-/// would double every cut.
+/// share the texture: what unfolds into a net or two stays whole. A caller who allows so much
+/// stretch that half of the sampling rate may be lost wants few charts more than room. Twins follow
+/// their sheet, which would double every cut.
 bool may_cut(const ChartingCall& call) {
     constexpr uint32_t k_few_charts = 3;
+    constexpr float k_free_stretch = 0.5f;
     if (call.options.cut_to_pack)
         return true;
-    return call.options.quality == Quality::quality && call.options.max_stretch < 1 &&
+    return call.options.quality == Quality::quality && call.options.max_stretch < k_free_stretch &&
            call.finished.chart_count() > k_few_charts &&
            std::all_of(call.sheets.elsewhere.begin(), call.sheets.elsewhere.end(),
                        [](uint8_t elsewhere) { return elsewhere != 0; });
@@ -137,7 +145,7 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
     pack_options.height = options.height;
     pack_options.gutter = options.gutter;
     pack_options.quality = options.quality;
-    pack_options.triangles = mesh.indices.size / 3;
+    pack_options.triangles = call.triangles_with_area();
     call.progress.stage(Stage::packing);
     pack_options.executor = options.executor;
     pack_options.proceed = [&](double fraction) { return call.progress.advance(fraction); };
@@ -154,6 +162,7 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
     if (!call.progress.stage(Stage::emission))
         return {Status::aborted, k_none};
     emit(call.finished.to_emit(mesh), packing, pack_options, result);
+    report_rounded_stretch(mesh, result);
     return call.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }
 
@@ -166,6 +175,7 @@ Failure partition_charts(const Mesh& mesh, const Options& options, Result& resul
     if (!call.progress.stage(Stage::emission))
         return {Status::aborted, k_none};
     emit_unpacked(call.finished.to_emit(mesh), result);
+    report_rounded_stretch(mesh, result);
     partition_adjacency = open_adjacency(mesh, call.stages->set, call.sheets, call.finished);
     return call.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }

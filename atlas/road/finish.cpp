@@ -324,6 +324,23 @@ void finish_nodes(const ChartSet& set, const std::vector<double>& scale, Finishe
     }
 }
 
+/// The triangles as they are, without the minimum height of a surface's frames; zero without area.
+std::vector<Frame> exact_frames(const Mesh& mesh) {
+    std::vector<Frame> frames(mesh.indices.size / 3);
+    for (size_t t = 0; t < frames.size(); ++t) {
+        Vec3 at[3];
+        for (size_t k = 0; k < 3; ++k) {
+            const float* p = mesh.positions.data + 3 * size_t(mesh.indices[3 * t + k]);
+            at[k] = {p[0], p[1], p[2]};
+        }
+        const Vec3 e = at[1] - at[0], f = at[2] - at[0];
+        const double x1 = length(e), doubled = length(cross(e, f));
+        if (doubled > 0)
+            frames[t] = {x1, dot(e, f) / x1, doubled / x1};
+    }
+    return frames;
+}
+
 } // namespace
 
 EmitCharts FinishedCharts::to_emit(const Mesh& mesh) const {
@@ -387,6 +404,40 @@ Packing pack_finished(const FinishedCharts& charts, const PackOptions& options) 
         placements.push_back(packing.placements[packed[charts.place[c]]]);
     packing.placements = std::move(placements);
     return packing;
+}
+
+void report_rounded_stretch(const Mesh& mesh, Result& result) {
+    constexpr double k_least_area = 1e-7; // of the mean triangle: rounding leaves no shape to less
+    constexpr double k_visible = 1e-3, k_visible_share = 1e-2;
+    const std::vector<Frame> frames = exact_frames(mesh);
+    double total_area = 0;
+    for (const Frame& frame : frames)
+        total_area += frame.area();
+    const double least = k_least_area * total_area / double(frames.size());
+    const double unit = 1 / std::sqrt(total_area);
+    std::vector<StretchSums> sums(result.chart_count);
+    for (uint32_t t = 0; t < frames.size(); ++t) {
+        const Frame& frame = frames[t];
+        if (!(frame.area() > least))
+            continue;
+        Vec2 p[3];
+        for (uint32_t k = 0; k < 3; ++k) {
+            const size_t v = result.indices[3 * t + k];
+            p[k] = {result.uvs[2 * v], result.uvs[2 * v + 1]};
+        }
+        if (doubled_area(p[0], p[1], p[2]) < 0) // in a mirrored copy
+            p[0].x = -p[0].x, p[1].x = -p[1].x, p[2].x = -p[2].x;
+        const StretchSums own =
+            triangle_stretch({frame.x1 * unit, frame.x2 * unit, frame.y2 * unit}, p[0], p[1], p[2]);
+        if (own.flipped == 0)
+            sums[result.chart[t]].add(own);
+    }
+    double rounded = 0;
+    for (const StretchSums& of_chart : sums)
+        if (of_chart.area > 0)
+            rounded = std::max(rounded, 1 - 1 / of_chart.l2());
+    if (std::abs(rounded - double(result.stretch)) > k_visible + k_visible_share * rounded)
+        result.stretch = float(rounded);
 }
 
 std::vector<uint32_t> open_adjacency(const Mesh& mesh, const ChartSet& set, const Sheets& sheets,

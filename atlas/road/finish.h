@@ -37,6 +37,10 @@ std::vector<uint32_t> follow_sheets(const Mesh& mesh, const Surface& surface, co
 /// Packs every chart but those that share another's place, which get its placement.
 Packing pack_finished(const FinishedCharts& charts, const PackOptions& options);
 
+/// Reports the stretch of the returned coordinates where rounding has changed it visibly: needles
+/// that are squeezed to a few steps of single precision have another width afterwards.
+void report_rounded_stretch(const Mesh& mesh, Result& result);
+
 /// The caller's adjacency with every chart border opened.
 std::vector<uint32_t> open_adjacency(const Mesh& mesh, const ChartSet& set, const Sheets& sheets,
                                      const FinishedCharts& charts);

@@ -92,6 +92,15 @@ TEST(FaceAdjacency, AFaceWithoutAreaOpensNoEdge) {
               (Words{none, none, none, 2, none, none, 1, none, none}));
 }
 
+TEST(FaceAdjacency, AFaceWithoutAreaThatConnectsNothingGivesWayToOneThatDoes) {
+    // 1-0-3 lies on the edge 0-1 and joins the faces beyond; 1-0-4, where 4 is at 1's place, joins
+    // nothing, though it is nearer in number to the face on the other side.
+    const std::vector<float> places = {0, 0,    0, 1, 0,     0,  0, 1, 0,  0.5f, 0,
+                                       0, 1.0f, 0, 0, 0.25f, -1, 0, 1, -1, 0};
+    EXPECT_EQ(neighbours({0, 1, 2, 1, 0, 4, 1, 0, 3, 3, 0, 5, 1, 3, 6}, places),
+              (Words{2, none, none, none, none, none, 0, 3, 4, 2, none, none, 2, none, none}));
+}
+
 /// A sphere of quads, every quad twice, `reversed` or not, the second copy divided otherwise.
 struct DoubledSphere {
     Words corners;

@@ -1,4 +1,5 @@
 // The engine's guarantees on meshes that each have one unusual property.
+#include "atlas/geometry/adjacency.h"
 #include "tests/atlas/shapes.h"
 
 #include <algorithm>
@@ -526,6 +527,51 @@ TEST(AtlasLoose, TrianglesThatRepeatAVertexCostNoChartAndOpenNothing) {
     EXPECT_EQ(unwrap(mesh, with_stretch(0)).charts, 1u);
 }
 
+/// Every third triangle followed by one on its first edge, with two corners in one place.
+TestMesh with_repeats(const TestMesh& clean) {
+    TestMesh mesh;
+    mesh.positions = clean.positions;
+    for (uint32_t t = 0; t < clean.faces(); ++t) {
+        const uint32_t* v = &clean.indices[3 * t];
+        mesh.triangle(v[0], v[1], v[2]);
+        const float* p = &clean.positions[3 * v[1]];
+        if (t % 3 == 0)
+            mesh.triangle(v[0], v[1], mesh.vertex(p[0], p[1], p[2]));
+    }
+    return mesh;
+}
+
+void connect_as_sheets(TestMesh& mesh) {
+    mesh.adjacency.resize(mesh.indices.size());
+    ASSERT_EQ(face_adjacency(mesh.indices.data(), mesh.faces(), uint32_t(mesh.positions.size() / 3),
+                             {reinterpret_cast<const unsigned char*>(mesh.positions.data()), 12},
+                             mesh.adjacency.data()),
+              AdjacencyResult::ok);
+}
+
+TEST(AtlasLoose, TrianglesThatRepeatAPlaceMoveNoOther) {
+    TestMesh clean = sphere(8);
+    clean.positions[7] += 0.2f; // no two parts alike
+    TestMesh repeats = with_repeats(clean);
+    connect_as_sheets(clean);
+    connect_as_sheets(repeats);
+    for (const Quality quality : {Quality::fast, Quality::quality}) {
+        Options options;
+        options.quality = quality;
+        Result expected, result;
+        ASSERT_EQ(create(clean.view(), options, expected).status, Status::ok);
+        ASSERT_EQ(create(repeats.view(), options, result).status, Status::ok);
+        EXPECT_EQ(result.chart_count, expected.chart_count);
+        for (uint32_t t = 0; t < clean.faces(); ++t)
+            for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
+                const uint32_t own = result.indices[c + 3 * ((t + 2) / 3)];
+                const uint32_t other = expected.indices[c];
+                EXPECT_EQ(result.uvs[2 * own], expected.uvs[2 * other]);
+                EXPECT_EQ(result.uvs[2 * own + 1], expected.uvs[2 * other + 1]);
+            }
+    }
+}
+
 TEST(AtlasLoose, ATriangleWithoutAreaLiesOnItsNeighboursEdge) {
     TestMesh mesh;
     const uint32_t a = mesh.vertex(0, 0, 0), b = mesh.vertex(1, 0, 0), c = mesh.vertex(0, 1, 0);
@@ -550,6 +596,37 @@ TEST(AtlasLoose, TrianglesWithoutAreaAndNeighboursAreChartsOfTheirOwn) {
     mesh.triangle(0, 1, 1); // hangs on the first
     mesh.adjacency.assign(9, k_none);
     EXPECT_EQ(unwrap(mesh).charts, 2u);
+}
+
+/// The part of the unit sphere within `angle` of its pole.
+TestMesh dome(double angle, uint32_t rings) {
+    constexpr double k_turn = 6.283185307179586;
+    const uint32_t around = 2 * rings;
+    TestMesh mesh;
+    mesh.vertex(0, 0, 1);
+    for (uint32_t j = 1; j <= rings; ++j)
+        for (uint32_t i = 0; i < around; ++i) {
+            const double a = k_turn * i / around, b = angle * j / rings;
+            mesh.vertex(float(std::sin(b) * std::cos(a)), float(std::sin(b) * std::sin(a)),
+                        float(std::cos(b)));
+        }
+    for (uint32_t j = 0; j < rings; ++j)
+        for (uint32_t i = 0; i < around; ++i) {
+            const uint32_t c = 1 + j * around + i, d = 1 + j * around + (i + 1) % around;
+            if (j == 0) {
+                mesh.triangle(0, c, d);
+                continue;
+            }
+            mesh.triangle(c - around, c, d);
+            mesh.triangle(c - around, d, d - around);
+        }
+    mesh.connect();
+    return mesh;
+}
+
+TEST(AtlasCreate, ADomeIsOneChart) {
+    for (const uint32_t rings : {8u, 12u, 20u})
+        EXPECT_EQ(unwrap(dome(1.57, rings)).charts, 1u) << rings << " rings";
 }
 
 TEST(AtlasCreate, AnOpeningOnOneSideIsABorderOnBoth) {
@@ -776,6 +853,12 @@ TEST(AtlasCutToPack, QualityModeCutsWhereSeveralChartsShareTheTexture) {
     const Judgement cut = unwrap(strips, options);
     EXPECT_GT(cut.charts, 4u);
     EXPECT_GT(cut.coverage, 2 * whole.coverage);
+}
+
+TEST(AtlasCutToPack, WhoAllowsHalfOfTheSamplingRateToBeLostGetsNoCutUnasked) {
+    Options options;
+    options.max_stretch = 0.5f;
+    EXPECT_EQ(unwrap(separate_strips(4), options).charts, 4u);
 }
 
 TEST(AtlasCutToPack, QualityModeLeavesAFewChartsWhole) {

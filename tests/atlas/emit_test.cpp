@@ -1,4 +1,4 @@
-#include "atlas/road/emit.h"
+#include "atlas/road/finish.h"
 #include "tests/atlas/pack_fixture.h"
 
 #include <cmath>
@@ -121,6 +121,41 @@ TEST(Emit, StretchIsTheMaximumOverCharts) {
     flat.stretch = {2e-7, 9e-7};
     emit_unpacked(flat.face(), result);
     EXPECT_EQ(result.stretch, 0.0f);
+}
+
+/// A right triangle in space, half as wide in the texture.
+struct HalvedTriangle {
+    const std::vector<float> positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    const std::vector<uint32_t> indices = {0, 1, 2}, adjacency = {k_none, k_none, k_none};
+    const Mesh mesh = {span(positions), span(indices), span(adjacency), {}};
+    Result result;
+
+    HalvedTriangle() {
+        result.uvs = {0, 0, 0.25f, 0, 0, 0.5f};
+        result.indices = indices;
+        result.chart = {0};
+        result.chart_count = 1;
+    }
+    static constexpr float stretch = 0.10557281f; ///< 1 - 1/L2, L2 = sqrt(2.5 * 0.5)
+};
+
+TEST(Emit, StretchThatRoundingHasChangedVisiblyIsMeasuredAnew) {
+    HalvedTriangle halved;
+    halved.result.stretch = 0.2f;
+    report_rounded_stretch(halved.mesh, halved.result);
+    EXPECT_FLOAT_EQ(halved.result.stretch, halved.stretch);
+    for (size_t v = 0; v < 3; ++v) // a copy that shares the place of its sheet
+        halved.result.uvs[2 * v] *= -1;
+    halved.result.stretch = 0;
+    report_rounded_stretch(halved.mesh, halved.result);
+    EXPECT_FLOAT_EQ(halved.result.stretch, halved.stretch);
+}
+
+TEST(Emit, StretchThatRoundingHasHardlyChangedIsReportedAsItWasBefore) {
+    HalvedTriangle halved;
+    halved.result.stretch = halved.stretch - 1e-3f;
+    report_rounded_stretch(halved.mesh, halved.result);
+    EXPECT_EQ(halved.result.stretch, halved.stretch - 1e-3f);
 }
 
 TEST(Emit, OverLimitListsTrianglesOfChartsOverTheLimit) {

@@ -345,6 +345,10 @@ TEST_P(AtlasProperty, EveryGuaranteeHoldsOnRandomMeshes) {
     }
 }
 
+TEST(AtlasProperty, NeedlesAFewRoundingStepsWideAreReportedAsTheyAreReturned) {
+    EXPECT_EQ(faults_of(97900), "");
+}
+
 INSTANTIATE_TEST_SUITE_P(Shard, AtlasProperty, ::testing::Range<uint64_t>(0, k_shards));
 
 } // namespace
