@@ -87,7 +87,7 @@ atlas::Array array_of(const tessora_array& array) {
     return {array.data, array.count, array.stride, static_cast<atlas::Type>(array.type)};
 }
 
-atlas::Fault read(const tessora_mesh* given, atlas::PolygonMesh& mesh) {
+atlas::Fault read_mesh(const tessora_mesh* given, atlas::PolygonMesh& mesh) {
     tessora_mesh taken = {};
     const atlas::Fault bad = take(given, "mesh", taken);
     mesh.positions = array_of(taken.positions);
@@ -102,7 +102,7 @@ atlas::Fault read(const tessora_mesh* given, atlas::PolygonMesh& mesh) {
     return bad;
 }
 
-atlas::Fault read(const tessora_uvs* given, atlas::PolygonUvs& uvs) {
+atlas::Fault read_uvs(const tessora_uvs* given, atlas::PolygonUvs& uvs) {
     tessora_uvs taken = {};
     const atlas::Fault bad = take(given, "uvs", taken);
     uvs.uvs = array_of(taken.uvs);
@@ -182,7 +182,7 @@ struct UnwrapCall {
     atlas::Fault read(const tessora_mesh* given_mesh, const tessora_options* given) {
         tessora_options taken = default_options();
         const atlas::Fault bad = first_of({
-            ::read(given_mesh, mesh),
+            read_mesh(given_mesh, mesh),
             given != nullptr ? take(given, "options", taken) : atlas::Fault(),
             read_common(taken, options, caller),
             atlas::check_threads(taken.threads),
@@ -208,8 +208,8 @@ struct PackCall {
                       const tessora_pack_options* given) {
         tessora_pack_options taken = default_pack_options();
         const atlas::Fault bad = first_of({
-            ::read(given_mesh, mesh),
-            ::read(given_uvs, uvs),
+            read_mesh(given_mesh, mesh),
+            read_uvs(given_uvs, uvs),
             given != nullptr ? take(given, "options", taken) : atlas::Fault(),
             read_common(taken, settings, caller),
             read_enum("turns", taken.turns, atlas::Turns::none, settings.turns),
@@ -247,7 +247,7 @@ int give_list(const tessora_mesh* given, Find find, const char* name, uint32_t* 
               tessora_error* error) {
     atlas::PolygonMesh mesh;
     std::vector<uint32_t> list;
-    atlas::Fault bad = read(given, mesh);
+    atlas::Fault bad = read_mesh(given, mesh);
     if (bad.status == atlas::Status::ok)
         bad = find(mesh, list);
     if (bad.status != atlas::Status::ok)

@@ -71,7 +71,8 @@ TEST_F(OneAtlas, MeshesShareATextureWithOneDensity) {
 
 TEST_F(OneAtlas, DensityAndPictureAreAsAskedFor) {
     ASSERT_EQ(0, atlas({"--density", "64", "--width", "256", "--height", "256", "--beside"}).code);
-    EXPECT_NEAR(0.25, area("out/sub/large.obj"), 1e-3); // 128 of 256 texels a side
+    EXPECT_NEAR(0.25, area("out/sub/large.obj"), 1e-3);              // 128 of 256 texels a side
+    EXPECT_EQ(256, Json::parse(dir.get("out/atlas.json"))["width"]); // it grows if it is too small
     EXPECT_EQ("\x89PNG", dir.get("out/atlas.png").substr(0, 4));
 }
 

@@ -311,4 +311,18 @@ TEST_F(EvaluationTest, AVectorIsDirtyWhileAConnectedComponentIs) {
     EXPECT_FALSE(is_clean(plug(to, "translate")));
 }
 
+TEST_F(EvaluationTest, AStateRestoredWhileConnectedCountsAfterDisconnection) {
+    Node& first = add("scaleNode");
+    Node& second = add("scaleNode");
+    Slot& input = plug(second, "input");
+    set(second, "input", 5);
+    const SlotState before = save_state(input);
+    connect(first, "result", second, "input");
+    restore_state(input, before);
+    set(first, "input", 3);
+    EXPECT_EQ(pull(second, "input"), 6.0);
+    EXPECT_EQ(scene.disconnect(plug(first, "result"), input), MS::kSuccess);
+    EXPECT_EQ(pull(second, "input"), 5.0);
+}
+
 } // namespace host::graph::testing
