@@ -152,10 +152,8 @@ void Application::take_events() {
                                [](GLFWwindow* window, int button, int action, int modifiers) {
                                    self(window)->note_button(button, action, modifiers);
                                });
-    glfwSetCursorPosCallback(window_, [](GLFWwindow* window, double x, double y) {
-        self(window)->pointer_[0] = x;
-        self(window)->pointer_[1] = y;
-    });
+    glfwSetCursorPosCallback(
+        window_, [](GLFWwindow* window, double x, double y) { self(window)->note_motion(x, y); });
     glfwSetWindowFocusCallback(window_, ImGui_ImplGlfw_WindowFocusCallback);
     glfwSetCursorEnterCallback(window_, ImGui_ImplGlfw_CursorEnterCallback);
     glfwSetScrollCallback(window_, ImGui_ImplGlfw_ScrollCallback);

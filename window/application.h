@@ -141,6 +141,7 @@ private:
     void note_alt(int key, int action);
     void note_key(int key, int action, int modifiers);
     void note_character(unsigned int character);
+    void note_motion(double x, double y);
     void note_button(int button, int action, int modifiers);
     void put_input(InputQueue* queue);
     void put_event(const InputEvent& event);

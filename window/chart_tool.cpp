@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstdio>
 #include <imgui.h>
+#include <iterator>
+#include <tuple>
 
 namespace window {
 namespace {
@@ -16,6 +18,42 @@ std::string flag(const char* name, double value) {
     std::snprintf(text, sizeof text, " %s %.9g", name, value);
     return text;
 }
+
+/// One polygon of every chart.
+std::vector<uint32_t> polygons_of(const State& state, const std::vector<uint32_t>& charts) {
+    std::vector<uint32_t> polygons;
+    std::vector<bool> is_wanted(state.map.charts().size());
+    for (const uint32_t chart : charts)
+        is_wanted[chart] = true;
+    for (uint32_t t = 0; t < state.map.triangle_count(); ++t) {
+        const uint32_t chart = state.map.triangle_chart()[t];
+        if (chart == k_none || !is_wanted[chart])
+            continue;
+        is_wanted[chart] = false;
+        polygons.push_back(state.map.triangle_polygon()[t]);
+    }
+    return polygons;
+}
+
+std::string polygon_name(const State& state, uint32_t polygon) {
+    return host::script::quoted(state.shape_path() + ".f[" + std::to_string(polygon) + "]");
+}
+
+/// The charts that polygons lie in, ascending.
+std::vector<uint32_t> charts_of(const State& state, const std::vector<uint32_t>& polygons) {
+    std::vector<uint32_t> charts;
+    for (uint32_t t = 0; !polygons.empty() && t < state.map.triangle_count(); ++t) {
+        const uint32_t chart = state.map.triangle_chart()[t];
+        if (chart != k_none &&
+            std::binary_search(polygons.begin(), polygons.end(), state.map.triangle_polygon()[t]))
+            charts.push_back(chart);
+    }
+    std::sort(charts.begin(), charts.end());
+    charts.erase(std::unique(charts.begin(), charts.end()), charts.end());
+    return charts;
+}
+
+constexpr double k_degrees = 180.0 / 3.14159265358979323846;
 
 /// The middle of the charts' bounds.
 void set_pivot(const State& state, const std::vector<uint32_t>& charts, ChartChange& change) {
@@ -43,22 +81,26 @@ std::vector<uint32_t> held_charts(const State& state) {
     return charts;
 }
 
+std::string statement_packing(const State& state, const std::vector<uint32_t>& locked) {
+    char flags[96];
+    std::snprintf(flags, sizeof flags,
+                  "polyLayoutUV -textureWidth %.0f -textureHeight %.0f -gutter %g",
+                  state.subject.texture.width, state.subject.texture.height, state.subject.gutter);
+    std::string text = flags;
+    if (locked.empty())
+        return text + " " + host::script::quoted(state.shape_path()) + ";";
+    text += " -lockComponents on";
+    for (const uint32_t polygon : polygons_of(state, locked))
+        text += " " + polygon_name(state, polygon);
+    return text + ";";
+}
+
 std::string statement_changing(const State& state, const std::vector<uint32_t>& charts,
                                const ChartChange& change) {
-    // One polygon of every chart; the conversion extends it to the whole chart.
+    // The conversion extends a polygon to its whole chart.
     std::string polygons;
-    std::vector<bool> is_named(state.map.charts().size(), true);
-    for (const uint32_t chart : charts)
-        is_named[chart] = false;
-    for (uint32_t t = 0; t < state.map.triangle_count(); ++t) {
-        const uint32_t chart = state.map.triangle_chart()[t];
-        if (chart == k_none || is_named[chart])
-            continue;
-        is_named[chart] = true;
-        polygons +=
-            " " + host::script::quoted(state.shape_path() + ".f[" +
-                                       std::to_string(state.map.triangle_polygon()[t]) + "]");
-    }
+    for (const uint32_t polygon : polygons_of(state, charts))
+        polygons += " " + polygon_name(state, polygon);
     std::string flags;
     if (change.move[0] != 0.0 || change.move[1] != 0.0)
         flags += flag("-u", change.move[0]) + flag("-v", change.move[1]);
@@ -71,26 +113,103 @@ std::string statement_changing(const State& state, const std::vector<uint32_t>& 
     return "polyEditUV" + flags + " `polyListComponentConversion -toUV -uvShell" + polygons + "`;";
 }
 
-void ChartTool::draw(State& state) {
-    ImGui::Checkbox("Drag", &is_on_);
-    state.places.add_item("charts/Drag");
-    if (ImGui::IsItemHovered())
-        ImGui::SetTooltip("Drag charts (M), by whole texels; Shift keeps to one axis.\n"
-                          "A click picks a chart, Ctrl+click several.");
-    draw_fields(state);
+std::vector<uint32_t> ChartLocks::charts(const State& state) {
+    if (!polygons_.empty() &&
+        (!state.subject.shape || &mesh_.connectivity() != &state.subject.mesh.connectivity()))
+        polygons_.clear();
+    return charts_of(state, polygons_);
 }
 
-void ChartTool::draw_fields(State& state) {
-    const std::vector<uint32_t> charts = held_charts(state);
-    if (charts.empty())
-        return;
-    ImGui::SameLine();
-    ImGui::AlignTextToFramePadding();
-    if (charts.size() == 1)
-        ImGui::TextColored(colour::warm, "Chart %u", charts[0] + 1);
+void ChartLocks::toggle(const State& state, const std::vector<uint32_t>& charts) {
+    const std::vector<uint32_t> before = this->charts(state);
+    std::vector<uint32_t> after;
+    if (std::includes(before.begin(), before.end(), charts.begin(), charts.end()))
+        std::set_difference(before.begin(), before.end(), charts.begin(), charts.end(),
+                            std::back_inserter(after));
     else
-        ImGui::TextColored(colour::warm, "%zu charts", charts.size());
-    state.places.add_item("charts/" + std::to_string(charts.size()));
+        std::set_union(before.begin(), before.end(), charts.begin(), charts.end(),
+                       std::back_inserter(after));
+    polygons_ = polygons_of(state, after);
+    std::sort(polygons_.begin(), polygons_.end());
+    mesh_ = state.subject.mesh;
+}
+
+std::vector<uint32_t> ChartTool::without_locked(const State& state, std::vector<uint32_t> charts) {
+    const std::vector<uint32_t> locked = locks_.charts(state);
+    charts.erase(std::remove_if(charts.begin(), charts.end(),
+                                [&](uint32_t chart) {
+                                    return std::binary_search(locked.begin(), locked.end(), chart);
+                                }),
+                 charts.end());
+    return charts;
+}
+
+void ChartTool::lock(State& state) {
+    const std::vector<uint32_t> held = held_charts(state);
+    if (held.empty())
+        return state.say("Pick the charts to lock first: click, Ctrl+click");
+    locks_.toggle(state, held);
+}
+
+void ChartTool::draw(State& state) {
+    const std::vector<uint32_t> held = held_charts(state);
+    draw_hands(state);
+    draw_packing(state, held);
+    if (!held.empty())
+        draw_fields(state, held);
+}
+
+void ChartTool::draw_hands(State& state) {
+    constexpr std::tuple<Hand, const char*, const char*> hands[] = {
+        {Hand::move, "Move",
+         "Drag charts (M), by whole texels; Shift keeps to one axis.\n"
+         "A click picks a chart, Ctrl+click several."},
+        {Hand::turn, "Turn", "Drag around the middle of charts (T); Shift: steps of 15 degrees."},
+        {Hand::scale, "Scale",
+         "Drag to or from the middle of charts (R); Shift: steps of a tenth."}};
+    ImGui::AlignTextToFramePadding();
+    ImGui::TextColored(colour::faint, "Drag");
+    for (const auto& [hand, name, help] : hands) {
+        ImGui::SameLine(0.0f, hand == Hand::move ? -1.0f : 2.0f);
+        const bool is_on = hand_ == hand;
+        ImGui::PushStyleColor(ImGuiCol_Button,
+                              is_on ? ImGui::GetStyle().Colors[ImGuiCol_Header] : colour::window);
+        if (ImGui::Button((std::string(name) + "##drag").c_str()))
+            take(hand);
+        ImGui::PopStyleColor();
+        if (ImGui::IsItemHovered())
+            ImGui::SetTooltip("%s", help);
+        state.places.add_item(std::string("charts/") + name + (is_on ? "/on" : ""));
+    }
+}
+
+void ChartTool::draw_packing(State& state, const std::vector<uint32_t>& held) {
+    const std::vector<uint32_t> locked = locks_.charts(state);
+    ImGui::SameLine();
+    const bool unlocks =
+        !held.empty() && std::includes(locked.begin(), locked.end(), held.begin(), held.end());
+    if (ImGui::Button(unlocks ? "Unlock###lock" : "Lock###lock"))
+        lock(state);
+    if (ImGui::IsItemHovered())
+        ImGui::SetTooltip("The picked charts stay where they are (L)");
+    state.places.add_item("charts/Lock");
+    state.places.add_item("charts/locked/" + std::to_string(locked.size()));
+    ImGui::SameLine(0.0f, 2.0f);
+    if (ImGui::Button(locked.empty() ? "Pack###pack" : "Pack the rest###pack"))
+        state.run(statement_packing(state, locked));
+    if (ImGui::IsItemHovered())
+        ImGui::SetTooltip("Arranges all charts anew in the texture,\naround those that are locked");
+    state.places.add_item("charts/Pack");
+}
+
+void ChartTool::draw_fields(State& state, const std::vector<uint32_t>& held) {
+    ImGui::AlignTextToFramePadding();
+    if (held.size() == 1)
+        ImGui::TextColored(colour::warm, "Chart %u", held[0] + 1);
+    else
+        ImGui::TextColored(colour::warm, "%zu charts", held.size());
+    state.places.add_item("charts/" + std::to_string(held.size()));
+    const std::vector<uint32_t> charts = without_locked(state, held);
     ChartChange change;
     set_pivot(state, charts, change);
     bool is_asked = false;
@@ -116,58 +235,95 @@ void ChartTool::draw_fields(State& state) {
         change.angle = double(angle_);
     if (field("Scale", &factor_, 1, 40.0f, "by this factor: 2 gives twice the texel density"))
         change.scale = double(factor_);
-    if (is_asked)
+    if (is_asked && charts.empty())
+        state.say("The charts are locked");
+    else if (is_asked)
         state.run(statement_changing(state, charts, change));
 }
 
-bool ChartTool::begin(const State& state, double u, double v) {
+bool ChartTool::begin(State& state, double u, double v) {
     const uint32_t under = state.map.chart_at(u, v);
     dragged_.clear();
-    if (!is_on_ || under == k_none)
+    if (hand_ == Hand::none || under == k_none)
         return false;
-    dragged_ = held_charts(state);
-    if (!std::binary_search(dragged_.begin(), dragged_.end(), under))
-        dragged_ = {under};
+    std::vector<uint32_t> charts = held_charts(state);
+    if (!std::binary_search(charts.begin(), charts.end(), under))
+        charts = {under};
+    dragged_ = without_locked(state, charts);
+    if (dragged_.empty()) {
+        state.say("The chart is locked");
+        return false;
+    }
     from_[0] = u;
     from_[1] = v;
-    by_[0] = by_[1] = 0.0;
+    change_ = ChartChange();
+    set_pivot(state, dragged_, change_);
     return true;
 }
 
-void ChartTool::drag(const State& state, double u, double v, bool is_straight) {
+void ChartTool::drag(const State& state, double u, double v, bool is_rough) {
     const double texels[2] = {state.subject.texture.width, state.subject.texture.height};
-    by_[0] = std::round((u - from_[0]) * texels[0]) / texels[0];
-    by_[1] = std::round((v - from_[1]) * texels[1]) / texels[1];
-    if (is_straight)
-        by_[std::abs(by_[0] * texels[0]) < std::abs(by_[1] * texels[1]) ? 0 : 1] = 0.0;
+    const double begin[2] = {from_[0] - change_.pivot[0], from_[1] - change_.pivot[1]};
+    const double now[2] = {u - change_.pivot[0], v - change_.pivot[1]};
+    if (hand_ == Hand::move) {
+        change_.move[0] = std::round((u - from_[0]) * texels[0]) / texels[0];
+        change_.move[1] = std::round((v - from_[1]) * texels[1]) / texels[1];
+        const bool is_wide =
+            std::abs(change_.move[0] * texels[0]) >= std::abs(change_.move[1] * texels[1]);
+        if (is_rough)
+            change_.move[is_wide ? 1 : 0] = 0.0;
+    } else if (hand_ == Hand::turn) {
+        const double angle =
+            k_degrees * (std::atan2(now[1], now[0]) - std::atan2(begin[1], begin[0]));
+        change_.angle =
+            is_rough ? 15.0 * std::round(angle / 15.0) : std::round(10.0 * angle) / 10.0;
+    } else {
+        // Close to the middle a texel more or less would be much.
+        const double least = 4.0 / std::max(texels[0], texels[1]);
+        const double factor =
+            std::hypot(now[0], now[1]) / std::max(least, std::hypot(begin[0], begin[1]));
+        const double step = is_rough ? 0.1 : 0.01;
+        change_.scale = std::max(step, step * std::round(factor / step));
+    }
 }
 
 void ChartTool::drop(State& state) {
     const std::vector<uint32_t> charts = std::move(dragged_);
     dragged_.clear();
-    ChartChange change;
-    change.move[0] = by_[0];
-    change.move[1] = by_[1];
-    if (!charts.empty() && (by_[0] != 0.0 || by_[1] != 0.0))
-        state.run(statement_changing(state, charts, change));
+    const bool has_changed = change_.move[0] != 0.0 || change_.move[1] != 0.0 ||
+                             change_.angle != 0.0 || change_.scale != 1.0;
+    if (!charts.empty() && has_changed)
+        state.run(statement_changing(state, charts, change_));
 }
 
-void ChartTool::draw_dragged(const State& state, const UvView& view, ImDrawList* list, float left,
-                             float top) const {
-    if (dragged_.empty())
+void ChartTool::draw_outlines(const State& state, const UvView& view, ImDrawList* list, float left,
+                              float top) {
+    const std::vector<uint32_t> locked = locks_.charts(state);
+    if (dragged_.empty() && locked.empty())
         return;
+    const double cosine = std::cos(change_.angle / k_degrees) * change_.scale;
+    const double sine = std::sin(change_.angle / k_degrees) * change_.scale;
     const std::vector<float>& outline = state.map.outline();
     for (size_t i = 0; i < state.map.outline_chart().size(); ++i) {
-        if (!std::binary_search(dragged_.begin(), dragged_.end(), state.map.outline_chart()[i]))
+        const uint32_t chart = state.map.outline_chart()[i];
+        const bool is_dragged = std::binary_search(dragged_.begin(), dragged_.end(), chart);
+        if (!is_dragged && !std::binary_search(locked.begin(), locked.end(), chart))
             continue;
         ImVec2 ends[2];
         for (size_t end = 0; end < 2; ++end) {
+            double u = double(outline[4 * i + 2 * end]), v = double(outline[4 * i + 2 * end + 1]);
+            if (is_dragged) {
+                const double x = u - change_.pivot[0], y = v - change_.pivot[1];
+                u = change_.pivot[0] + cosine * x - sine * y + change_.move[0];
+                v = change_.pivot[1] + sine * x + cosine * y + change_.move[1];
+            }
             double x, y;
-            view.to_pixel(double(outline[4 * i + 2 * end]) + by_[0],
-                          double(outline[4 * i + 2 * end + 1]) + by_[1], x, y);
+            view.to_pixel(u, v, x, y);
             ends[end] = {left + static_cast<float>(x), top + static_cast<float>(y)};
         }
-        list->AddLine(ends[0], ends[1], ImGui::GetColorU32(colour::warm), 1.5f * state.scale);
+        list->AddLine(ends[0], ends[1],
+                      ImGui::GetColorU32(is_dragged ? colour::warm : colour::good),
+                      1.5f * state.scale);
     }
 }
 

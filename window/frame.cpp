@@ -79,6 +79,14 @@ void Application::note_button(int button, int action, int modifiers) {
               modifiers, static_cast<float>(x), static_cast<float>(y)});
 }
 
+/// The way of the pointer counts while a button is held, as around edges to be picked.
+void Application::note_motion(double x, double y) {
+    pointer_[0] = x;
+    pointer_[1] = y;
+    if (input_.is_any_held())
+        input_.add({InputEvent::Kind::motion, 0, 0, static_cast<float>(x), static_cast<float>(y)});
+}
+
 /// Feeds ImGui the next events of a queue instead of the present state of keys and buttons. Null:
 /// no event, because nothing on the screen takes any now; they wait.
 void Application::put_input(InputQueue* queue) {
@@ -89,9 +97,10 @@ void Application::put_input(InputQueue* queue) {
             io.KeysDown[key] = false;
     const std::vector<InputEvent> events =
         queue ? queue->next({seen_[0], seen_[1], io.WantTextInput}) : std::vector<InputEvent>();
+    state_.pointer_path.clear();
     for (const InputEvent& event : events)
         put_event(event);
-    const InputEvent* place = events.empty() ? source.waiting() : &events.front();
+    const InputEvent* place = events.empty() ? source.waiting() : &events.back();
     if (place && place->kind != InputEvent::Kind::key_press &&
         place->kind != InputEvent::Kind::character)
         io.MousePos = {place->x, place->y};
@@ -105,6 +114,8 @@ void Application::put_event(const InputEvent& event) {
     ImGuiIO& io = ImGui::GetIO();
     if (event.kind == InputEvent::Kind::character)
         return io.AddInputCharacter(static_cast<unsigned int>(event.code));
+    if (event.kind == InputEvent::Kind::motion)
+        return state_.pointer_path.push_back({double(event.x), double(event.y)});
     opens_menu_ = opens_menu_ || event.code == GLFW_KEY_LEFT_ALT;
     if (event.kind == InputEvent::Kind::key_press && event.code < GLFW_KEY_LEFT_SHIFT) {
         io.KeysDown[event.code] = true;

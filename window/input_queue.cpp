@@ -7,8 +7,8 @@ namespace {
 
 using Kind = InputEvent::Kind;
 
-bool is_button(const InputEvent& event) {
-    return event.kind == Kind::button_press || event.kind == Kind::button_release;
+bool is_by_mouse(const InputEvent& event) {
+    return event.kind != Kind::key_press && event.kind != Kind::character;
 }
 
 } // namespace
@@ -27,14 +27,23 @@ std::vector<InputEvent> InputQueue::next(const Seen& seen) {
     if (waiting_.empty())
         return {};
     // Buttons follow each other at once, or two clicks would not be a double click.
-    if (!is_settled && (was_key_ || !is_button(waiting_.front())))
+    if (!is_settled && (was_key_ || !is_by_mouse(waiting_.front())))
         return {};
-    if (is_button(waiting_.front()))
+    if (waiting_.front().kind == Kind::motion)
+        return take_motions();
+    if (is_by_mouse(waiting_.front()))
         return {take_button(seen)};
     std::vector<InputEvent> typed = take_text(seen.takes_text);
     if (typed.empty() && !waiting_.empty() && waiting_.front().kind == Kind::key_press)
         return {take_key()};
     return typed;
+}
+
+std::vector<InputEvent> InputQueue::take_motions() {
+    std::vector<InputEvent> motions;
+    for (; !waiting_.empty() && waiting_.front().kind == Kind::motion; waiting_.pop_front())
+        motions.push_back(waiting_.front());
+    return motions;
 }
 
 std::vector<InputEvent> InputQueue::take_text(bool takes_text) {

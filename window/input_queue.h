@@ -34,8 +34,9 @@ public:
         /// otherwise these keys are fed, and not their characters.
         bool takes_text = false;
     };
-    /// The events of the next frame: none, one key, one button, or characters typed in a row. A
-    /// button that moves where the pointer was not seen comes after a motion to that place.
+    /// The events of the next frame: none, one key, one button, or characters typed or motions made
+    /// in a row. A button that moves where the pointer was not seen comes after a motion to that
+    /// place.
     std::vector<InputEvent> next(const Seen& seen);
     /// The event that a later frame gets; null if none waits.
     const InputEvent* waiting() const { return waiting_.empty() ? nullptr : &waiting_.front(); }
@@ -46,10 +47,12 @@ public:
     bool is_any_down() const { return !down_.empty(); }
     /// Whether a button is down, as of the last event added.
     bool is_held(int button) const { return held_.count(button) != 0; }
+    bool is_any_held() const { return !held_.empty(); }
     /// No frame is needed for events that happened.
     bool is_idle() const { return waiting_.empty() && quiet_frames_ >= k_settling; }
 
 private:
+    std::vector<InputEvent> take_motions();
     std::vector<InputEvent> take_text(bool takes_text);
     InputEvent take_key();
     InputEvent take_button(const Seen& seen);

@@ -222,15 +222,21 @@ void ModelPanels::take_click(const ScreenPoint& place) {
     select(dragged_, place.x, place.y, io.KeyShift || io.KeyCtrl);
 }
 
-void ModelPanels::take_drag(const ScreenPoint& place) {
+void ModelPanels::take_drag(float left, float top) {
     const ImVec2 moved = ImGui::GetIO().MouseDelta;
-    drag_length_ += std::fabs(moved.x) + std::fabs(moved.y);
-    if (dragged_ < 0 || (moved.x == 0.0f && moved.y == 0.0f))
+    const ImVec2 now = ImGui::GetIO().MousePos;
+    ScreenPoint from = {real(now.x - moved.x), real(now.y - moved.y)};
+    for (const ScreenPoint& at : state_.pointer_path) {
+        drag_length_ += std::fabs(at.x - from.x) + std::fabs(at.y - from.y);
+        from = at;
+    }
+    if (dragged_ < 0)
         return;
-    if (draws_lasso_)
-        edges_.drag(place);
-    else
+    if (!draws_lasso_ && (moved.x != 0.0f || moved.y != 0.0f))
         drag(dragged_, moved.x, moved.y);
+    for (const ScreenPoint& at : state_.pointer_path)
+        if (draws_lasso_)
+            edges_.drag(in_panels(at.x, at.y, left, top));
 }
 
 void ModelPanels::take_motion(const ScreenPoint& place, int under) {
@@ -253,14 +259,18 @@ void ModelPanels::take_motion(const ScreenPoint& place, int under) {
     edges_.hover(state_.picks_edges ? under : -1, place);
 }
 
+/// A place in the window as one in the picture of the panels, from its lower left corner.
+ScreenPoint ModelPanels::in_panels(double x, double y, float left, float top) const {
+    return {x - real(left), target_.height() - 1.0 - (y - real(top))};
+}
+
 void ModelPanels::react(float left, float top) {
     const ImGuiIO& io = ImGui::GetIO();
-    const ScreenPoint place = {real(io.MousePos.x - left),
-                               target_.height() - 1.0 - real(io.MousePos.y - top)};
+    const ScreenPoint place = in_panels(real(io.MousePos.x), real(io.MousePos.y), left, top);
     const int under = panel_at(place.x, place.y);
     if (ImGui::IsItemActivated() && under >= 0) {
         dragged_ = under;
-        drag_length_ = 0.0f;
+        drag_length_ = 0.0;
         is_double_ = is_double_click(place);
         draws_lasso_ = is_lasso();
         if (draws_lasso_)
@@ -268,7 +278,7 @@ void ModelPanels::react(float left, float top) {
         host::set_active_panel(under);
     }
     if (ImGui::IsItemDeactivated() && dragged_ >= 0) {
-        const bool is_click = drag_length_ < 4.0f;
+        const bool is_click = drag_length_ < 4.0;
         if (is_click && ImGui::IsMouseReleased(ImGuiMouseButton_Left))
             take_click(place);
         if (draws_lasso_ && !is_click)
@@ -276,7 +286,7 @@ void ModelPanels::react(float left, float top) {
         draws_lasso_ = false;
     }
     if (ImGui::IsItemActive())
-        return take_drag(place);
+        return take_drag(left, top);
     dragged_ = -1;
     take_motion(place, under);
 }

@@ -41,7 +41,8 @@ private:
     void paint_if_needed();
     void react(float left, float top);
     void take_click(const ScreenPoint& place);
-    void take_drag(const ScreenPoint& place);
+    ScreenPoint in_panels(double x, double y, float left, float top) const;
+    void take_drag(float left, float top);
     void take_motion(const ScreenPoint& place, int under);
     bool is_lasso() const;
     bool is_double_click(const ScreenPoint& place) const;
@@ -68,7 +69,7 @@ private:
     bool wants_paint_ = true;
     bool wants_frame_ = true;
     int dragged_ = -1;         ///< panel being dragged in; -1 if none
-    float drag_length_ = 0.0f; ///< pixels since the button went down
+    double drag_length_ = 0.0; ///< pixels since the button went down
     bool is_double_ = false;   ///< the button went down for the second time
     int click_frame_ = -100;   ///< the frame of the last click
     ScreenPoint click_place_;  ///< and its place

@@ -77,8 +77,11 @@ void State::refresh() {
     subject = std::move(next);
     if (!has_same_map) {
         picker.reset();
+        const UvMap before = std::move(map);
         map = subject.shape ? UvMap(subject.mesh, subject.uv_set, subject.texture) : UvMap();
-        hovered = chosen = k_none;
+        hovered = k_none;
+        if (map.triangle_chart() != before.triangle_chart())
+            chosen = k_none; // charts were cut or sewn; moved ones are still meant
         breaches_.reset();
         ++map_revision;
     }

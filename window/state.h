@@ -5,6 +5,7 @@
 #pragma once
 
 #include "window/console.h"
+#include "window/edge_pick.h"
 #include "window/findings.h"
 #include "window/glyphs.h"
 #include "window/jobs.h"
@@ -79,13 +80,15 @@ struct State {
     std::string wanted_file;    ///< picked from the recent files; empty if none
 
     Display display = Display::charts;
-    TexturePicture picture;        ///< shown as the texture in that mode
-    size_t picture_revision = 0;   ///< increases with every picture read
-    bool wants_picture = false;    ///< a file of it is to be chosen
-    int walk_step = -1;            ///< of the walk for new users; negative: it is not on
-    bool is_live = false;          ///< cuts go before the unwrap node, which follows them at once
-    bool is_waiting = false;       ///< Live is late: a child process still unwraps
-    size_t live_results = 0;       ///< received so far
+    TexturePicture picture;      ///< shown as the texture in that mode
+    size_t picture_revision = 0; ///< increases with every picture read
+    bool wants_picture = false;  ///< a file of it is to be chosen
+    int walk_step = -1;          ///< of the walk for new users; negative: it is not on
+    bool is_live = false;        ///< cuts go before the unwrap node, which follows them at once
+    bool is_waiting = false;     ///< Live is late: a child process still unwraps
+    size_t live_results = 0;     ///< received so far
+    /// Places of the pointer since the last frame while a button is held, in pixels of the window.
+    std::vector<ScreenPoint> pointer_path;
     bool picks_edges = false;      ///< the mouse picks edges on the mesh, not objects
     std::vector<uint32_t> marked;  ///< triangles of the selected polygons
     std::vector<uint32_t> picked;  ///< selected edges of the mesh shown, ascending

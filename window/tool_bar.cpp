@@ -9,7 +9,7 @@ namespace window {
 namespace {
 
 /// Edits the UVs along the picked edges. Once UVs are edited after an unwrap, its overlay would
-/// show seams that are gone: the window draws those that are there instead.
+/// show seams that are gone: the window draws those that are there instead. One step of undo.
 std::string editing(const State& state, const std::string& command) {
     if (state.is_live && state.subject.node && !state.subject.has_later_edits)
         return command + " -before " + host::script::quoted(state.subject.node_name()) + ";";

@@ -76,8 +76,13 @@ bool UvPanel::keys(State& state) {
         }
         wants_paint_ = true;
     }
-    if (ImGui::IsKeyPressed(GLFW_KEY_M, false))
-        charts_.toggle();
+    for (const auto& [key, hand] : {std::pair(GLFW_KEY_M, ChartTool::Hand::move),
+                                    std::pair(GLFW_KEY_T, ChartTool::Hand::turn),
+                                    std::pair(GLFW_KEY_R, ChartTool::Hand::scale)})
+        if (ImGui::IsKeyPressed(key, false))
+            charts_.take(hand);
+    if (ImGui::IsKeyPressed(GLFW_KEY_L, false))
+        charts_.lock(state);
     return ImGui::IsKeyPressed(GLFW_KEY_SPACE, false);
 }
 
@@ -209,11 +214,11 @@ void UvPanel::fit(const State& state, int width, int height) {
     wants_paint_ = wants_paint_ || has_other_size;
 }
 
-void UvPanel::draw_picture(State& state, const ImVec2& low, const ImVec2& high) const {
+void UvPanel::draw_picture(State& state, const ImVec2& low, const ImVec2& high) {
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddImage(reinterpret_cast<ImTextureID>(static_cast<intptr_t>(target_.texture())), low,
                    high, {0.0f, 1.0f}, {1.0f, 0.0f});
-    charts_.draw_dragged(state, view_, list, low.x, low.y);
+    charts_.draw_outlines(state, view_, list, low.x, low.y);
     if (state.subject.shape && state.map.charts().empty())
         draw_invitation(state, low, high);
 }

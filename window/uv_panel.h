@@ -27,7 +27,7 @@ private:
     void header(State& state);
     void add_places(State& state, float left, float top) const;
     void fit(const State& state, int width, int height);
-    void draw_picture(State& state, const ImVec2& low, const ImVec2& high) const;
+    void draw_picture(State& state, const ImVec2& low, const ImVec2& high);
     void footer(const State& state, float left, float top, float right, float height) const;
     void paint_if_needed(const State& state);
 

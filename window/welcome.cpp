@@ -52,18 +52,21 @@ constexpr Step k_steps[] = {
 } // namespace
 
 void draw_welcome(State& state, float left, float top, float width, float height) {
-    const float wide = 430.0f * state.scale, high = 8.0f * ImGui::GetFrameHeightWithSpacing();
+    const char* opens = "Ctrl+O opens a mesh (.obj) or a scene (.ma); files can be dropped in.";
+    const float margin = 20.0f * state.scale;
+    const float wide = ImGui::CalcTextSize(opens).x + 2.0f * margin;
+    const float high = 4.0f * ImGui::GetTextLineHeightWithSpacing() +
+                       ImGui::GetFrameHeightWithSpacing() + 9.0f * state.scale + 2.0f * margin;
     const ImVec2 low(left + 0.5f * (width - wide), top + 0.5f * (height - high));
     ImGui::GetWindowDrawList()->AddRectFilled(
         low, {low.x + wide, low.y + high},
         ImGui::GetColorU32({colour::panel.x, colour::panel.y, colour::panel.z, 0.96f}), 6.0f);
     const ImVec2 before = ImGui::GetCursorScreenPos();
-    const float margin = 20.0f * state.scale;
     ImGui::SetCursorScreenPos({low.x + margin, low.y + margin});
     ImGui::BeginGroup();
     ImGui::TextUnformatted("Nothing to unwrap yet");
     ImGui::Spacing();
-    ImGui::TextUnformatted("Ctrl+O opens a mesh (.obj) or a scene (.ma); files can be dropped in.");
+    ImGui::TextUnformatted(opens);
     ImGui::TextUnformatted("Or try one of these; a walk of two minutes goes with it:");
     ImGui::Spacing();
     for (const Sample& sample : k_samples) {

@@ -80,15 +80,25 @@ Value Interpreter::run(std::string_view text, const std::string& file) {
     return last_;
 }
 
+namespace {
+
+/// The command that a statement runs, or a block begins with; "script" for all others.
+std::string name_of(const SyntaxNode& statement) {
+    if (statement.kind == SyntaxKind::block && !statement.items.empty())
+        return name_of(*statement.items.front());
+    const bool is_expression = statement.kind == SyntaxKind::expression;
+    const SyntaxNode& inner = is_expression ? statement[part::operand] : statement;
+    return inner.kind == SyntaxKind::call ? inner.text : std::string("script");
+}
+
+} // namespace
+
 Interpreter::Flow Interpreter::execute_top(const SyntaxNodePtr& statement) {
     Flow flow = Flow::normal;
     if (statement->kind == SyntaxKind::procedure) {
         define(statement);
     } else if (depth_ == 1 && wrapper_) {
-        const bool plain = statement->kind == SyntaxKind::expression;
-        const SyntaxNode& inner = plain ? (*statement)[part::operand] : *statement;
-        wrapper_(inner.kind == SyntaxKind::call ? inner.text : std::string(),
-                 [&] { flow = execute(*statement); });
+        wrapper_(name_of(*statement), [&] { flow = execute(*statement); });
     } else {
         flow = execute(*statement);
     }

@@ -42,6 +42,59 @@ def scale_by_number(window, scratch):
     tell("scaled by a number")
 
 
+def size(corners):
+    return [max(c[i] for c in corners) - min(c[i] for c in corners) for i in (0, 1)]
+
+
+def place_of(window, u, v):
+    """A place of the texture in pixels, from those of the first triangles of both charts."""
+    (x1, y1), (x2, y2) = window.place("chart/1"), window.place("chart/2")
+    u1, v1, u2, v2 = (0.125 + 2 * 0.375) / 3, (2 * 0.125 + 0.375) / 3, 1.75 / 3, 1.75 / 3
+    return (round(x1 + (u - u1) / (u2 - u1) * (x2 - x1)), round(y1 + (v - v1) / (v2 - v1) * (y2 - y1)))
+
+
+def turn_and_scale_by_mouse(window, scratch):
+    before = corners(window, scratch)
+    for hand, key, to, wanted in (("Turn", "t", (0.5625, 0.7), (0.25, 0.125)),
+                                  ("Scale", "r", (0.6625, 0.625), (0.25, 0.5))):
+        window.key("F3", key)
+        window.wait_for(f"charts/{hand}/on")
+        window.tool("keydown", "shift")  # by round steps
+        window.drag([place_of(window, 0.6125, 0.625), place_of(window, *to)])
+        window.tool("keyup", "shift")
+        window.wait_for("title/squares.obj *")
+        window.picture(hand.lower())
+        after = corners(window, scratch)
+        fail_unless(after[:4] == before[:4], "another chart was changed, too")
+        fail_unless(all(abs(a - b) < 1e-5 for a, b in zip(size(after[4:]), wanted)),
+                    f"{hand}: {size(after[4:])}")
+        window.key("F2", "ctrl+z")
+        window.wait_for("title/squares.obj")
+    window.key("F3", "r")
+    window.wait_gone("charts/Scale/on")
+    fail_unless(corners(window, scratch) == before, "undo did not bring the chart back")
+    tell("turned and scaled by mouse")
+
+
+def pack_around_a_locked_chart(window, scratch):
+    before = corners(window, scratch)
+    window.click("chart/1")
+    window.wait_for("charts/1")
+    window.click_for("charts/Lock", "charts/locked/1")
+    window.click("charts/Pack")
+    window.wait_for("title/squares.obj *")
+    window.picture("packed")
+    after = corners(window, scratch)
+    fail_unless(after[:4] == before[:4], "the locked chart was moved")
+    fail_unless(after[4:] != before[4:], "the other chart was not packed")
+    window.key("F2", "ctrl+z")
+    window.wait_for("title/squares.obj")
+    window.click("chart_tool/Scale")
+    fail_unless(corners(window, scratch) == before, "a locked chart was scaled")
+    window.click_for("charts/Lock", "charts/locked/0")
+    tell("packed around a locked chart")
+
+
 def pick_both(window):
     window.tool("keydown", "ctrl")
     window.click_for("chart/1", "charts/1")
@@ -54,6 +107,8 @@ def pick_both(window):
 def drive(window, scratch):
     find_the_worst(window)
     scale_by_number(window, scratch)
+    turn_and_scale_by_mouse(window, scratch)
+    pack_around_a_locked_chart(window, scratch)
     pick_both(window)
     quit_without_saving(window)
 

@@ -85,7 +85,9 @@ def sew_after_the_unwrap(window):
     window.key("F2", "s")
     shells(window, 1)
     window.picture("sewn_after_the_unwrap")
-    tell("sewn after the unwrap")
+    window.key("F2", "ctrl+z")
+    shells(window, 2)
+    tell("sewn after the unwrap, and undone")
 
 
 def drive(window, _):

@@ -91,11 +91,17 @@ def shortcut_text_and_keys(window):
 def drag(window):
     before = window.place("splitter/columns")
     with window.between_two_frames():
-        window.tool("mousemove", *map(str, before), "mousedown", "1",
-                    "mousemove", str(before[0] - 90), str(before[1]), "mouseup", "1")
+        window.drag([before, (before[0] - 90, before[1])])
     window.wait(lambda: abs(window.place("splitter/columns")[0] - before[0] + 90) <= 3,
                 "the splitter to follow")
-    tell("a drag")
+    window.statement('delete crate; select sheet; print("alone\\n");', "alone\n")
+    window.key("F2", "1")  # the view from above
+    window.click_for("tool/Edges", "tool/Edges/on")
+    x, y = window.place("panel/modelPanel1")
+    with window.between_two_frames():
+        window.drag([(x - 200, y - 160), (x + 200, y - 160), (x + 200, y + 160), (x - 200, y + 160)])
+    window.wait_for("picked/40")
+    tell("drags")
 
 
 def key_before_a_question(window):

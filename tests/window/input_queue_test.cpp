@@ -91,6 +91,23 @@ TEST(InputQueue, PointerIsSeenWhereAButtonMovesBeforeItMoves) {
     EXPECT_FALSE(queue.is_down(0));
 }
 
+TEST(InputQueue, MotionsInARowComeInOneFrameBeforeTheButtonThatEndsThem) {
+    InputQueue queue;
+    queue.add(press(0.0f, 0.0f));
+    queue.add({Kind::motion, 0, 0, 1.0f, 2.0f});
+    queue.add({Kind::motion, 0, 0, 3.0f, 4.0f});
+    queue.add(release(3.0f, 4.0f));
+    next(queue);
+    const auto motions = next(queue);
+    ASSERT_EQ(2u, motions.size());
+    EXPECT_EQ(1.0f, motions[0].x);
+    EXPECT_EQ(4.0f, motions[1].y);
+    EXPECT_TRUE(queue.is_down(0));
+    const auto end = queue.next({3.0f, 4.0f, false});
+    ASSERT_EQ(1u, end.size());
+    EXPECT_EQ(Kind::button_release, end[0].kind);
+}
+
 TEST(InputQueue, IsIdleOnceTheKeyHasTakenEffect) {
     InputQueue queue;
     EXPECT_TRUE(queue.is_idle());

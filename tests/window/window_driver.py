@@ -146,15 +146,10 @@ class Window:
 
     def drag(self, points):
         """Presses the left button at the first point, releases it at the last."""
-        self.tool("mousemove", *map(str, points[0]))
-        time.sleep(0.2)
-        self.tool("mousedown", "1")
+        words = ["mousemove", *points[0], "mousedown", 1]
         for point in points[1:]:
-            time.sleep(0.15)
-            self.tool("mousemove", *map(str, point))
-        time.sleep(0.15)
-        self.tool("mouseup", "1")
-        self.settle()
+            words += ["mousemove", *point]
+        self.tool(*map(str, words), "mouseup", "1")
 
     def key(self, *keys):
         self.tool("key", *keys)
