@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 /// A file to read, and its path below the output folder.
 struct Source {
     std::string input;
-    fs::path place;
+    std::string place;
     bool was_found = false; ///< by searching a folder or a pattern, not named by the user
 };
 
@@ -79,8 +79,8 @@ bool Planner::add_folder(const fs::path& folder) {
             if (hidden || identity_(path / "x") == results)
                 entry.disable_recursion_pending();
         } else if (!hidden && is_mesh_file(path.string())) {
-            sources_.push_back(
-                {path.lexically_normal().generic_string(), path.lexically_relative(folder), true});
+            sources_.push_back({path.lexically_normal().generic_string(),
+                                path.lexically_relative(folder).generic_string(), true});
             ++meshes;
         }
     }
@@ -94,7 +94,7 @@ bool Planner::add_operand(const std::string& operand) {
     if (fs::is_directory(operand, failure))
         return add_folder(operand);
     if (fs::exists(operand, failure)) {
-        sources_.push_back({operand, fs::path(operand).filename(), false});
+        sources_.push_back({operand, fs::path(operand).filename().generic_string(), false});
         return true;
     }
     if (!is_glob(operand))
@@ -107,7 +107,8 @@ bool Planner::add_operand(const std::string& operand) {
     for (const std::string& file : files)
         if (is_mesh_file(file))
             sources_.push_back(
-                {file, base.empty() ? fs::path(file) : fs::path(file).lexically_relative(base),
+                {file,
+                 base.empty() ? file : fs::path(file).lexically_relative(base).generic_string(),
                  true});
     return (!files.empty() && sources_.back().was_found) ||
            refuse(operand + ": no mesh file matches");
@@ -129,7 +130,7 @@ bool Planner::add_list() {
             continue;
         const fs::path path = fs::path(line).lexically_normal();
         const bool can_mirror = path.is_relative() && *path.begin() != "..";
-        sources_.push_back({line, can_mirror ? path : path.filename(), false});
+        sources_.push_back({line, (can_mirror ? path : path.filename()).generic_string(), false});
     }
     return true;
 }
@@ -151,7 +152,7 @@ BatchItem Planner::item_of(const Source& source) const {
     item.input = source.input;
     const fs::path folder = batch_.out_dir.empty()
                                 ? fs::path(source.input).parent_path()
-                                : fs::path(batch_.out_dir) / source.place.parent_path();
+                                : fs::path(batch_.out_dir) / fs::path(source.place).parent_path();
     const fs::path name = fs::path(source.input).filename();
     const std::string suffix = !batch_.suffix.empty()   ? batch_.suffix
                                : batch_.out_dir.empty() ? "_uv"
@@ -206,6 +207,7 @@ int Planner::plan(std::vector<BatchItem>& items) {
     drop_results();
     for (const Source& source : sources_)
         items.push_back(item_of(source));
+    std::vector<Source>().swap(sources_); // lists may have a million names
     const auto key = [](const BatchItem& item) { return std::tie(item.input, item.output); };
     std::sort(items.begin(), items.end(),
               [&](const BatchItem& a, const BatchItem& b) { return key(a) < key(b); });

@@ -32,6 +32,23 @@ Json seconds_json(const StageSeconds& s) {
     return out;
 }
 
+void put_figures(const UnwrapReport& report, Json& out) {
+    if (report.mesh) {
+        out["polygons"] = report.mesh->polygons;
+        out["triangles"] = report.mesh->triangles;
+        out["vertices"] = report.mesh->vertices;
+    }
+    if (report.result) {
+        out["charts"] = report.result->charts;
+        out["stretch"] = report.result->stretch;
+        out["over_limit"] = report.result->over_limit;
+        out["existing_seam_edges"] = report.result->existing_seam_edges;
+        out["new_seam_edges"] = report.result->new_seam_edges;
+    }
+    if (!report.measures.empty())
+        out["measures"] = Json::parse(report.measures);
+}
+
 /// Fingerprints of the files that were reached.
 void put_hashes(const UnwrapReport& report, Json& out) {
     if (!report.input_hash.empty())
@@ -61,20 +78,14 @@ std::string to_json(const UnwrapReport& report) {
             out["view"] = report.view;
     }
     put_hashes(report, out);
-    if (report.mesh) {
-        out["polygons"] = report.mesh->polygons;
-        out["triangles"] = report.mesh->triangles;
-        out["vertices"] = report.mesh->vertices;
+    put_figures(report, out);
+    for (const MeshReport& mesh : report.meshes) {
+        Json one = {{"name", mesh.name}};
+        put_figures(mesh.report, one);
+        one["width"] = mesh.report.settings.width;
+        one["height"] = mesh.report.settings.height;
+        out["meshes"].push_back(std::move(one));
     }
-    if (report.result) {
-        out["charts"] = report.result->charts;
-        out["stretch"] = report.result->stretch;
-        out["over_limit"] = report.result->over_limit;
-        out["existing_seam_edges"] = report.result->existing_seam_edges;
-        out["new_seam_edges"] = report.result->new_seam_edges;
-    }
-    if (!report.measures.empty())
-        out["measures"] = Json::parse(report.measures);
     out["settings"] = settings_to_json(report.settings);
     out["seconds"] = seconds_json(report.seconds);
     out["peak_mb"] = rounded(report.peak_mb, 10.0);

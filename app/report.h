@@ -36,6 +36,9 @@ struct StageSeconds {
     std::optional<double> read, collect, generate, apply, verify, write;
 };
 
+/// One mesh of a file, each of which got a texture of its own.
+struct MeshReport;
+
 struct UnwrapReport {
     std::string input, output, layout, view;
     std::string input_hash, output_hash; ///< fingerprints of the mesh files; empty if not reached
@@ -49,8 +52,14 @@ struct UnwrapReport {
     UnwrapSettingsRequest settings; ///< as used, clamped to their ranges
     StageSeconds seconds;
     double peak_mb = 0.0;
-    std::string measures; ///< JSON object from measures_json, or ""
-    host::ObjUvs uvs;     ///< of a mesh in the request; not part of the JSON
+    std::string measures; ///< JSON object from measures_json, or ""; with `meshes` each has its own
+    std::vector<MeshReport> meshes; ///< with each_mesh
+    host::ObjUvs uvs;               ///< of a mesh in the request; not part of the JSON
+};
+
+struct MeshReport {
+    std::string name;
+    UnwrapReport report;
 };
 
 /// The report as JSON, indented by two blanks, with a line end. Bytes in file names that are not

@@ -34,6 +34,7 @@ void visit_settings(Settings& s, Visit visit) {
     visit("effort", s.effort);
     visit("texcoord", s.texcoord);
     visit("ply_uvs", s.ply_uvs);
+    visit("each_mesh", s.each_mesh);
 }
 
 /// Stores a JSON value in a setting; returns null, or what was expected.

@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
+#include <malloc.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -20,6 +21,13 @@ void prepare_process() {
         if (::fcntl(stream, F_GETFD) < 0 &&
             ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream)
             ::_exit(exit_unexpected);
+}
+
+void keep_freed_memory() {
+#ifdef __GLIBC__
+    ::mallopt(M_TRIM_THRESHOLD, 64 << 20);
+    ::mallopt(M_MMAP_THRESHOLD, 32 << 20); // the first call stops the library from adapting it
+#endif
 }
 
 std::string program_file() {

@@ -64,6 +64,8 @@ void prepare_process() {
     SetUnhandledExceptionFilter(end_process);
 }
 
+void keep_freed_memory() {} // the heap keeps it
+
 std::string program_file() {
     wchar_t self[32768];
     const DWORD length = GetModuleFileNameW(nullptr, self, 32768);

@@ -52,6 +52,8 @@ examples:
       page/index.html shows every mesh with its layout, stretch and seams
   tessora unwrap rig.fbx -o rig.glb
       from another format; FBX is written as text
+  tessora unwrap car.glb --each_mesh --report car.json
+      body, wheels and glass get a texture each
   tessora unwrap props/ --out_dir packed --one_atlas --width 4096 --height 4096
       all props share one texture
 )";
@@ -169,6 +171,9 @@ void add_format_options(OptionTable& table, UnwrapRequest& request) {
               "PLY: coordinates of each corner (face), of vertices, which are split at seams "
               "(vertex), or as_read: where the input has them, else face");
     table.choices({"as_read", "face", "vertex"});
+    table.add("each_mesh", &request.settings.each_mesh, "",
+              "the meshes of a file (objects of OBJ) get a texture each, not one together; the "
+              "report has them by name");
     table.add("max_input", &request.max_input, "GIB",
               "refuse files that are larger, when inflated");
 }
@@ -468,6 +473,13 @@ bool check_values(UnwrapRequest& request, std::string& error) {
     if (!is_panel_name(request.view_picture.panel)) {
         error = "--view_panel: '" + request.view_picture.panel +
                 "' is not all, top, front, side or persp";
+        return false;
+    }
+    if (request.settings.each_mesh &&
+        (request.beside || request.batch.one_atlas || !request.layout.empty() ||
+         !request.view.empty() || !request.batch.html.empty())) {
+        error = "--each_mesh gives each mesh of a file a texture of its own, so one picture cannot "
+                "show them: it excludes --layout, --view, --beside, --html and --one_atlas";
         return false;
     }
     tessora::atlas::PackSettings ignored;

@@ -39,6 +39,7 @@ struct UnwrapSettingsRequest {
     int effort = 4;                  ///< of packing, 0 to 10
     int texcoord = 0;                ///< glTF: the n of TEXCOORD_n
     std::string ply_uvs = "as_read"; ///< PLY: or face, or vertex
+    bool each_mesh = false;          ///< a texture for each mesh of the file, not one for all
 };
 
 /// What concerns several meshes at once.

@@ -7,6 +7,7 @@
 #include "app/interrupt.h"
 #include "app/layout_picture.h"
 #include "app/measure_layout.h"
+#include "app/mesh_parts.h"
 #include "app/mesh_reader.h"
 #include "app/mesh_rows.h"
 #include "app/panel_view.h"
@@ -55,6 +56,8 @@ private:
     bool search_stretch();
     bool unwrap();
     bool repack();
+    bool unwrap_each();
+    bool unwrap_part(const MeshPart& part);
     void take_view();
     bool verify();
     bool write_mesh();
@@ -273,6 +276,68 @@ bool UnwrapRun::verify() {
     return fail(exit_verification, reason);
 }
 
+/// Unwraps a mesh of the file as a request of its own, and takes its coordinates and figures over.
+bool UnwrapRun::unwrap_part(const MeshPart& part) {
+    UnwrapRequest request = request_;
+    request.mesh = &part.document;
+    request.input = part.document.name;
+    request.output = request.report = std::string();
+    request.settings.each_mesh = request.in_place = false;
+    request.silent = true;
+    request.warnings.clear();
+    UnwrapRun run(request);
+    const int code = run.run();
+    set_results_published(false); // the file's result is not
+    const UnwrapReport& done = run.report();
+    report_.warnings.insert(report_.warnings.end(), done.warnings.begin(), done.warnings.end());
+    if (code != exit_done)
+        return fail(code, done.reason);
+    const auto first = int32_t(outcome_.uvs.u.size());
+    const auto append = [](const std::vector<float>& from, std::vector<float>& to) {
+        to.insert(to.end(), from.begin(), from.end());
+    };
+    append(done.uvs.u, outcome_.uvs.u);
+    append(done.uvs.v, outcome_.uvs.v);
+    for (size_t c = 0; c < part.corners.size(); ++c)
+        outcome_.uvs.corner_uv[part.corners[c]] = first + done.uvs.corner_uv[c];
+    UnwrapResult& all = outcome_.result;
+    all.charts += done.result->charts;
+    all.stretch = std::max(all.stretch, done.result->stretch);
+    all.existing_seam_edges += done.result->existing_seam_edges;
+    all.new_seam_edges += done.result->new_seam_edges;
+    for (const uint32_t polygon : done.result->over_limit)
+        all.over_limit.push_back(part.polygons[polygon]);
+    outcome_.triangles += done.mesh->triangles;
+    const auto add = [](const std::optional<double>& from, std::optional<double>& to) {
+        to = to.value_or(0.0) + from.value_or(0.0);
+    };
+    add(done.seconds.collect, report_.seconds.collect);
+    add(done.seconds.generate, report_.seconds.generate);
+    add(done.seconds.apply, report_.seconds.apply);
+    add(done.seconds.verify, report_.seconds.verify);
+    report_.meshes.push_back({part.name, done});
+    report_.meshes.back().report.uvs = host::ObjUvs();
+    return true;
+}
+
+/// A texture for each mesh of the file.
+bool UnwrapRun::unwrap_each() {
+    std::vector<MeshPart> parts;
+    std::string error;
+    if (!split_meshes(file_, parts, error))
+        return fail(exit_input, request_.input + ": " + error);
+    outcome_.uvs.corner_uv.assign(file_.document.corner_vertex.size(), -1);
+    for (const MeshPart& part : parts)
+        if (!unwrap_part(part))
+            return false;
+    std::sort(outcome_.result.over_limit.begin(), outcome_.result.over_limit.end());
+    report_.settings = in_range(request_.settings);
+    report_.mesh = MeshCounts{file_.document.polygon_count(), outcome_.triangles,
+                              file_.document.vertex_count()};
+    report_.result = outcome_.result;
+    return true;
+}
+
 bool UnwrapRun::write_mesh() {
     if (request_.mesh) {
         report_.uvs = outcome_.uvs;
@@ -365,6 +430,9 @@ void UnwrapRun::say_result() const {
     std::string line = request_.input + ": " + std::to_string(outcome_.result.charts) +
                        (outcome_.result.charts == 1 ? " chart" : " charts") + ", stretch " +
                        stretch;
+    if (!report_.meshes.empty())
+        line += ", in " + std::to_string(report_.meshes.size()) +
+                (report_.meshes.size() == 1 ? " texture" : " textures");
     if (!outcome_.result.over_limit.empty())
         line += ", polygons over the limit: " + std::to_string(outcome_.result.over_limit.size());
     say(line);
@@ -378,7 +446,8 @@ void UnwrapRun::say_result() const {
 }
 
 int UnwrapRun::run() {
-    bool good = read() && open_outputs() && unwrap() && repack() && verify();
+    bool good = read() && open_outputs() &&
+                (request_.settings.each_mesh ? unwrap_each() : unwrap() && repack() && verify());
     if (good) {
         const Stopwatch writing;
         good = write_mesh() && write_picture() && write_thumbnails();

@@ -4,6 +4,7 @@
 #include "app/inline_mesh.h"
 #include "app/interrupt.h"
 #include "app/request_json.h"
+#include "app/system.h"
 #include "app/unwrap_run.h"
 
 #include <cstdio>
@@ -72,6 +73,7 @@ Json answer_to(const std::string& line, std::string& uvs) {
 
 int worker_command(const Words&) {
     end_silently();
+    keep_freed_memory();
     std::string line;
     while (std::getline(std::cin, line)) {
         Json answer;

@@ -43,7 +43,7 @@ TEST(Report, ContainsEveryFigureAfterASuccess) {
     EXPECT_EQ(5, json["existing_seam_edges"]);
     EXPECT_EQ(9, json["new_seam_edges"]);
     EXPECT_EQ(7, json["settings"]["padding"]);
-    EXPECT_EQ(21u, json["settings"].size());
+    EXPECT_EQ(22u, json["settings"].size());
     EXPECT_EQ((Json{{"read", 0.25},
                     {"collect", 0.5},
                     {"generate", 1.0},

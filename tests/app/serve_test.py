@@ -2,6 +2,7 @@
 """`tessora serve`, talked to as other programs do: serve_test.py PROGRAM"""
 
 import array
+import faulthandler
 import fcntl
 import json
 import os
@@ -32,6 +33,15 @@ def wait_until(condition):
         time.sleep(0.002)
 
 
+def give_up(processes):
+    """Ends the tests: a service that does not answer, or not read, must fail them and not stop them."""
+    for process in processes:
+        process.kill()
+    print("a test waits for longer than its time", file=sys.stderr)
+    faulthandler.dump_traceback()
+    os._exit(1)
+
+
 def unread(pipe):
     count = array.array("i", [0])
     fcntl.ioctl(pipe, termios.FIONREAD, count)
@@ -42,6 +52,10 @@ class Serve(unittest.TestCase):
     def setUp(self):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tessora-serve-"))
         self.addCleanup(shutil.rmtree, self.folder)
+        self.started = []
+        deadline = threading.Timer(150, give_up, [self.started])  # longer than wait_until waits
+        deadline.start()
+        self.addCleanup(deadline.cancel)
         (self.folder / "cube.obj").write_text(CUBE)
 
     def path(self, name):
@@ -50,6 +64,7 @@ class Serve(unittest.TestCase):
     def start(self, *words, **options):
         process = subprocess.Popen([PROGRAM, "serve", *words], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE, **options)
+        self.started.append(process)
         self.addCleanup(lambda: (process.kill(), process.wait(), process.stdin.close(), process.stdout.close(),
                                  process.stderr.close()))
         return process
