@@ -60,7 +60,8 @@ bool Reader::take(uint64_t count, std::vector<T>& values) {
     if (count > bytes_.size() / sizeof(T))
         return false;
     values.resize(size_t(count));
-    std::memcpy(values.data(), bytes_.data(), values.size() * sizeof(T));
+    if (count > 0)
+        std::memcpy(values.data(), bytes_.data(), values.size() * sizeof(T));
     bytes_.remove_prefix(values.size() * sizeof(T));
     return true;
 }
