@@ -168,6 +168,14 @@ TEST_F(BatchProgram, CollidingNamesAreRefusedBeforeAnythingRuns) {
 }
 
 /// How many meshes a second run with --skip_existing does again.
+TEST_F(BatchProgram, ThreadsDoNotChangeTheResult) {
+    for (const char* threads : {"1", "3"})
+        ASSERT_EQ(0, test::run({"unwrap", dir.path("in/sub/dome.obj"), "--threads", threads, "-o",
+                                dir.path(threads + std::string(".obj"))})
+                         .code);
+    EXPECT_EQ(dir.get("1.obj"), dir.get("3.obj"));
+}
+
 class SkipExisting : public BatchProgram {
 protected:
     SkipExisting() { EXPECT_EQ(0, batch({"--jobs", "1"}).code); }

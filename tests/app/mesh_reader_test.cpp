@@ -256,6 +256,24 @@ TEST_F(MeshImportByAssimp, DamagedFilesAreRefusedWithAReason) {
     EXPECT_LT(8u, r.error.message.size());
 }
 
+TEST_F(MeshImportByAssimp, NodesThatAreNowhereAreRefused) {
+    const std::string dae = R"(<?xml version="1.0"?>
+        <COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">
+        <library_geometries><geometry id="g"><mesh><source id="p">
+        <float_array id="a" count="9">0 0 0 1 0 0 0 1 0</float_array>
+        <technique_common><accessor source="#a" count="3" stride="3"><param name="X" type="float"/>
+        <param name="Y" type="float"/><param name="Z" type="float"/></accessor></technique_common>
+        </source><vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+        <triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p>
+        </triangles></mesh></geometry></library_geometries>
+        <library_visual_scenes><visual_scene id="s"><node id="n" name="far">
+        <translate>inf 0 0</translate><instance_geometry url="#g"/></node></visual_scene>
+        </library_visual_scenes><scene><instance_visual_scene url="#s"/></scene></COLLADA>)";
+    EXPECT_EQ("m: node \"far\": its transformation is not finite",
+              import_file(formats::Format::dae, dae).error.message);
+    EXPECT_TRUE(import_file(formats::Format::dae, replaced(dae, "inf", "1")).good);
+}
+
 TEST_F(MeshImportByAssimp, MemoryIsLimited) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer reserves more than any limit";
