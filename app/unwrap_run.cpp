@@ -58,6 +58,7 @@ private:
     bool repack();
     bool unwrap_each();
     bool unwrap_part(const MeshPart& part);
+    void add_figures(const MeshPart& part, const UnwrapReport& done);
     void take_view();
     bool verify();
     bool write_mesh();
@@ -300,6 +301,12 @@ bool UnwrapRun::unwrap_part(const MeshPart& part) {
     append(done.uvs.v, outcome_.uvs.v);
     for (size_t c = 0; c < part.corners.size(); ++c)
         outcome_.uvs.corner_uv[part.corners[c]] = first + done.uvs.corner_uv[c];
+    add_figures(part, done);
+    return true;
+}
+
+/// Adds the figures of a mesh to the file's.
+void UnwrapRun::add_figures(const MeshPart& part, const UnwrapReport& done) {
     UnwrapResult& all = outcome_.result;
     all.charts += done.result->charts;
     all.stretch = std::max(all.stretch, done.result->stretch);
@@ -317,7 +324,6 @@ bool UnwrapRun::unwrap_part(const MeshPart& part) {
     add(done.seconds.verify, report_.seconds.verify);
     report_.meshes.push_back({part.name, done});
     report_.meshes.back().report.uvs = host::ObjUvs();
-    return true;
 }
 
 /// A texture for each mesh of the file.

@@ -27,7 +27,7 @@ RULES = {
     "plugin": (["plugin/", "corelib/"], ["maya/", "GL/gl.h"]),
     "formats": (["formats/", "host/io/", "polygon/"], ["nlohmann/", "zlib.h"]),
     "importer": (["formats/"], ["assimp/", "sys/resource.h"]),
-    "app": (["app/", "formats/", "host/", "measure/", "polygon/", "atlas/atlas.h"], ["nlohmann/", "editline/", "png.h", "dlfcn.h", "unistd.h", "langinfo.h", "fcntl.h", "sys/", "signal.h", "zlib.h", "xxhash.h", "poll.h"]),
+    "app": (["app/", "formats/", "host/", "measure/", "polygon/", "atlas/atlas.h"], ["nlohmann/", "editline/", "png.h", "dlfcn.h", "unistd.h", "langinfo.h", "fcntl.h", "sys/", "signal.h", "zlib.h", "xxhash.h", "poll.h", "malloc.h"]),
     "web/engine": (["atlas/c/"], []),
     "window": (["window/", "app/", "host/", "measure/"], ["maya/", "GL/", "GLFW/", "imgui", "backends/", "stb/"]),
 }
