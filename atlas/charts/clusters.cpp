@@ -166,7 +166,8 @@ public:
     Neighbour* end(uint32_t slot) { return begin(slot) + lists_[slot].size; }
     uint32_t size(uint32_t slot) const { return lists_[slot].size; }
 
-    void reserve(size_t neighbours) { pool_.reserve(neighbours); }
+    /// Makes room for that many and what replace() may add to them.
+    void reserve(size_t neighbours) { pool_.reserve(neighbours + neighbours / 4 + k_slack); }
     /// Appends a neighbour to the list that was begun last.
     void begin_list(uint32_t slot) { lists_[slot] = {pool_.size(), 0}; }
     void append(uint32_t slot, const Neighbour& n) {
@@ -181,7 +182,7 @@ public:
     /// Replaces a list, in place if the new one is not longer.
     void replace(uint32_t slot, const std::vector<Neighbour>& list) {
         if (list.size() > lists_[slot].size) {
-            if (pool_.size() + list.size() > 2 * live_ + k_slack)
+            if (pool_.size() + list.size() > room())
                 compact();
             lists_[slot].begin = pool_.size();
             pool_.resize(pool_.size() + list.size());
@@ -195,9 +196,12 @@ public:
 private:
     static constexpr size_t k_slack = 4096;
 
+    /// How large the array may become before the gaps in it are closed.
+    size_t room() const { return live_ + live_ / 4 + k_slack; }
+
     void compact() {
         std::vector<Neighbour> pool;
-        pool.reserve(2 * live_ + k_slack);
+        pool.reserve(room());
         for (List& list : lists_) {
             const auto first = pool_.begin() + std::ptrdiff_t(list.begin);
             list.begin = pool.size();
@@ -230,10 +234,13 @@ public:
             merge(c.a, c.b);
             heap_.purge_if_grown(
                 [this](const Candidate& x) { return !is_alive(x.a) || !is_alive(x.b); });
-            if (children_.size() % k_merges_per_report == 0 &&
-                !progress.advance(double(children_.size()) / double(leaves_)))
+            if (unions_.size() % k_merges_per_report == 0 &&
+                !progress.advance(double(unions_.size()) / double(leaves_)))
                 return false;
         }
+        moments_ = {};
+        neighbours_ = {};
+        heap_ = {};
         tree = finish();
         return true;
     }
@@ -257,9 +264,12 @@ private:
     std::vector<uint32_t> slot_;
     std::vector<Moments> moments_;
     NeighbourLists neighbours_;
-    std::vector<Neighbour> joined_;                       ///< workspace of merge
-    std::vector<Vec3> normal_;                            ///< per region: sum of area times normal
-    std::vector<std::pair<uint32_t, uint32_t>> children_; ///< entry i: of region leaves_ + i
+    std::vector<Neighbour> joined_; ///< workspace of merge
+    struct Union {
+        uint32_t left, right;
+        Vec3 normal; ///< sum of area times normal
+    };
+    std::vector<Union> unions_; ///< entry i: region leaves_ + i
     CandidateHeap heap_;
 };
 
@@ -314,9 +324,6 @@ void TreeBuilder::collect_leaves() {
         moments_[leaf_of_face_[t]].add_face(s_.frame[t].area(), s_.normal[t],
                                             double(options_.hardness[t]));
     collect_neighbours();
-    normal_.reserve(2 * size_t(leaves_));
-    for (const Moments& m : moments_)
-        normal_.push_back(m.normal);
     Candidate candidate;
     for (uint32_t a = 0; a < leaves_; ++a)
         for (const Neighbour* n = neighbours_.begin(a); n != neighbours_.end(a); ++n)
@@ -329,7 +336,7 @@ void TreeBuilder::collect_leaves() {
 void TreeBuilder::collect_neighbours() {
     const Buckets faces(leaf_of_face_, leaves_);
     neighbours_.resize(leaves_);
-    neighbours_.reserve(3 * size_t(s_.face_count) + 4096);
+    neighbours_.reserve(3 * size_t(s_.face_count));
     for (uint32_t leaf = 0; leaf < leaves_; ++leaf) {
         joined_.clear();
         for (uint32_t i = faces.begin[leaf]; i < faces.begin[leaf + 1]; ++i)
@@ -400,8 +407,7 @@ void TreeBuilder::merge(uint32_t a, uint32_t b) {
     neighbours_.replace(slot, joined_);
     slot_[a] = slot_[b] = k_none;
     slot_.push_back(slot);
-    children_.push_back({a, b});
-    normal_.push_back(moments_[slot].normal);
+    unions_.push_back({a, b, moments_[slot].normal});
     Candidate candidate;
     for (const Neighbour& n : joined_) {
         const uint32_t other = slot_[n.id];
@@ -421,6 +427,7 @@ ClusterTree TreeBuilder::finish() const {
     const Buckets faces(leaf_of_face_, leaves_);
     const uint32_t count = uint32_t(slot_.size());
     tree.regions.resize(count);
+    tree.faces.reserve(s_.face_count);
     std::vector<uint32_t> stack;
     for (uint32_t root = 0; root < count; ++root) {
         if (!is_alive(root))
@@ -432,16 +439,19 @@ ClusterTree TreeBuilder::finish() const {
             ClusterTree::Region& region = tree.regions[n];
             region.left = region.right = ClusterTree::k_no_child;
             region.begin = uint32_t(tree.faces.size());
-            region.normal = normal_[n];
             stack.pop_back();
             if (n >= leaves_) {
-                region.left = children_[n - leaves_].first;
-                region.right = children_[n - leaves_].second;
+                region.left = unions_[n - leaves_].left;
+                region.right = unions_[n - leaves_].right;
+                region.normal = unions_[n - leaves_].normal;
                 stack.push_back(region.right);
                 stack.push_back(region.left);
             } else {
-                tree.faces.insert(tree.faces.end(), faces.item.begin() + faces.begin[n],
-                                  faces.item.begin() + faces.begin[n + 1]);
+                for (uint32_t i = faces.begin[n]; i < faces.begin[n + 1]; ++i) {
+                    const uint32_t t = faces.item[i];
+                    tree.faces.push_back(t);
+                    region.normal = region.normal + s_.normal[t] * s_.frame[t].area();
+                }
                 region.end = uint32_t(tree.faces.size());
             }
         }

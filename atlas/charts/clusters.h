@@ -55,7 +55,7 @@ struct Components {
 Components find_components(const Surface& surface);
 
 struct ClusterOptions {
-    std::vector<float> hardness; ///< per triangle, from measure_hardness
+    const std::vector<float>& hardness; ///< per triangle, from measure_hardness
     bool seed_groups = false; ///< start from groups of up to 16 triangles within 15 degrees instead
                               ///< of single atoms; faster
 };

@@ -19,9 +19,9 @@
 namespace tessora::atlas {
 
 struct MergeOptions {
-    std::vector<float> hardness; ///< per triangle, from measure_hardness
-    bool thorough = true;        ///< quality mode: solves the whole chart if needed, tries two arcs
-                                 ///< per pair and retries pairs that have changed
+    const std::vector<float>& hardness; ///< per triangle, from measure_hardness
+    bool thorough = true; ///< quality mode: solves the whole chart if needed, tries two arcs
+                          ///< per pair and retries pairs that have changed
 };
 
 /// What merging may spend in one round.

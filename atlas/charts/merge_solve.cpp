@@ -384,6 +384,7 @@ bool Merger::relax_band(uint32_t rings, bool global) {
     PatchCopy& copy = flattener_.copy;
     Patch& patch = copy.patch;
     copy.clear();
+    patch.reserve(band_.nodes().size(), band_.faces().size());
     for (uint32_t n : band_.nodes())
         copy.add_node(n, set_.uv[n], band_.ring(n) >= rings);
     for (uint32_t t : band_.faces())

@@ -51,11 +51,17 @@ void Patch::clear() {
     uv.clear();
     pinned.clear();
     corner_.clear();
-    shape_.clear();
     frame_.clear();
     star_begin_.clear();
     guards_.clear();
     guard_begin_.clear();
+}
+
+void Patch::reserve(size_t vertices, size_t faces) {
+    uv.reserve(vertices);
+    pinned.reserve(vertices);
+    corner_.reserve(3 * faces);
+    frame_.reserve(faces);
 }
 
 uint32_t Patch::add_vertex(Vec2 p, bool pin) {
@@ -66,7 +72,6 @@ uint32_t Patch::add_vertex(Vec2 p, bool pin) {
 
 void Patch::add_face(const Frame& f, uint32_t a, uint32_t b, uint32_t c) {
     corner_.insert(corner_.end(), {a, b, c});
-    shape_.push_back(shape_of(f));
     frame_.push_back(f);
 }
 
@@ -77,8 +82,7 @@ void Patch::add_guard(const Frame& f, uint32_t a, uint32_t b, uint32_t c) {
 Patch::FaceShape Patch::shape_of(const Frame& f) {
     return {
         {f.x2 / f.y2, (f.x1 - f.x2) / f.y2, (f.x2 * (f.x2 - f.x1) + f.y2 * f.y2) / (f.x1 * f.y2)},
-        f.area(),
-        1 / f.area()};
+        f.area()};
 }
 
 void Patch::build_stars() {
@@ -91,13 +95,13 @@ void Patch::build_stars() {
         star_begin_[v + 1] += star_begin_[v];
     star_.resize(corner_.size());
     std::vector<uint32_t> at(star_begin_.begin(), star_begin_.end() - 1);
-    for (uint32_t t = 0; t < shape_.size(); ++t) {
+    for (uint32_t t = 0; t < frame_.size(); ++t) {
         const uint32_t* v = &corner_[3 * t];
-        const FaceShape& s = shape_[t];
+        const FaceShape s = shape_of(frame_[t]);
         const double* cot = s.cot;
-        star_[at[v[0]]++] = {v[1], v[2], cot[0], cot[1], cot[2], s.area, s.inverse_area};
-        star_[at[v[1]]++] = {v[2], v[0], cot[1], cot[2], cot[0], s.area, s.inverse_area};
-        star_[at[v[2]]++] = {v[0], v[1], cot[2], cot[0], cot[1], s.area, s.inverse_area};
+        star_[at[v[0]]++] = {v[1], v[2], cot[0], cot[1], cot[2], s.area};
+        star_[at[v[1]]++] = {v[2], v[0], cot[1], cot[2], cot[0], s.area};
+        star_[at[v[2]]++] = {v[0], v[1], cot[2], cot[0], cot[1], s.area};
     }
     if (guards_.empty())
         return;
@@ -113,9 +117,8 @@ void Patch::build_stars() {
         for (uint32_t k = 0; k < 3; ++k) {
             const FaceShape& s = guard.shape;
             const uint32_t k1 = (k + 1) % 3, k2 = (k + 2) % 3;
-            guard_star_[at[guard.corner[k]]++] = {{guard.corner[k1], guard.corner[k2], s.cot[k],
-                                                   s.cot[k1], s.cot[k2], s.area, s.inverse_area},
-                                                  0};
+            guard_star_[at[guard.corner[k]]++] = {
+                {guard.corner[k1], guard.corner[k2], s.cot[k], s.cot[k1], s.cot[k2], s.area}, 0};
         }
 }
 
@@ -139,7 +142,7 @@ double Patch::star_energy(uint32_t v, Vec2 p) const {
             const double doubled = doubled_area(p, uv[g.spoke.q], uv[g.spoke.r]);
             if (!(doubled >= g.least))
                 return std::numeric_limits<double>::infinity();
-            const double x = 0.5 * doubled * g.spoke.inverse_area;
+            const double x = 0.5 * doubled * (1 / g.spoke.area);
             if (x < k_small_guard)
                 energy += g.spoke.area * barrier(x).value;
         }
@@ -163,11 +166,11 @@ double Patch::star_energy(uint32_t v, Vec2 p) const {
 /// Adds a guard's energy with its corner at p, and the derivatives.
 void Patch::add_barrier(const Spoke& s, Vec2 p, Quadratic& h, double& energy) const {
     const Vec2 q = uv[s.q], r = uv[s.r];
-    const double x = 0.5 * doubled_area(p, q, r) * s.inverse_area;
+    const double x = 0.5 * doubled_area(p, q, r) * (1 / s.area);
     if (!(x > 0 && x < k_small_guard))
         return;
     const Barrier b = barrier(x);
-    const Vec2 dx = Vec2{q.y - r.y, r.x - q.x} * (0.5 * s.inverse_area);
+    const Vec2 dx = Vec2{q.y - r.y, r.x - q.x} * (0.5 * (1 / s.area));
     h.g = h.g + dx * (s.area * b.slope);
     h.xx += s.area * b.curvature * dx.x * dx.x;
     h.yy += s.area * b.curvature * dx.y * dx.y;
@@ -192,7 +195,7 @@ bool Patch::derivatives(uint32_t v, Quadratic& h, double& energy) const {
         const Lanes dn_x = (p.x - s.rx) * s.cot_q + (p.x - s.qx) * s.cot_r;
         const Lanes dn_y = (p.y - s.ry) * s.cot_q + (p.y - s.qy) * s.cot_r;
         const Lanes e = 2 * s.area / doubled, e2 = e * e; // 1/det
-        const Lanes half_inverse = 0.5 * s.inverse_area;
+        const Lanes half_inverse = 0.5 * (1 / s.area);
         const Lanes dd_x = (s.qy - s.ry) * half_inverse, dd_y = (s.rx - s.qx) * half_inverse;
         const Lanes k1 = 1 + e2, k2 = -2 * e2 * e, k3 = 6 * norm * e2 * e2;
         const Lanes k2_norm = k2 * norm, m = (s.cot_q + s.cot_r) * k1;
@@ -294,8 +297,8 @@ double Patch::relax(int sweeps) {
     build_stars();
     set_guard_floors();
     double saved = 0, energy = 0;
-    for (const FaceShape& shape : shape_)
-        energy += 4 * shape.area; // the energy of an isometry
+    for (const Frame& frame : frame_)
+        energy += 4 * frame.area(); // the energy of an isometry
     active_.assign(uv.size(), 1);
     for (int i = 0; i < sweeps; ++i) {
         saved = 0;
@@ -313,9 +316,9 @@ double Patch::relax(int sweeps) {
 
 StretchSums Patch::stretch() const {
     StretchSums sums;
-    for (uint32_t t = 0; t < shape_.size(); ++t) {
+    for (uint32_t t = 0; t < frame_.size(); ++t) {
         const Vec2 a = uv[corner_[3 * t]], b = uv[corner_[3 * t + 1]], c = uv[corner_[3 * t + 2]];
-        const FaceShape& shape = shape_[t];
+        const FaceShape shape = shape_of(frame_[t]);
         sums.area += shape.area;
         const double doubled = doubled_area(a, b, c);
         if (!(doubled > 2 * k_min_determinant * shape.area)) {
@@ -336,7 +339,7 @@ StretchSums Patch::stretch() const {
 bool Patch::is_flipped(uint32_t t) const {
     const uint32_t* v = &corner_[3 * t];
     const double doubled = doubled_area(uv[v[0]], uv[v[1]], uv[v[2]]);
-    return !(doubled > 2 * k_min_determinant * shape_[t].area);
+    return !(doubled > 2 * k_min_determinant * frame_[t].area());
 }
 
 bool Patch::is_flipped(const Guard& guard) const {
@@ -349,7 +352,7 @@ uint32_t Patch::flipped() const {
     uint32_t count = 0;
     for (const Guard& guard : guards_)
         count += is_flipped(guard);
-    for (uint32_t t = 0; t < shape_.size(); ++t)
+    for (uint32_t t = 0; t < frame_.size(); ++t)
         count += is_flipped(t);
     return count;
 }

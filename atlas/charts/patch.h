@@ -48,6 +48,8 @@ public:
     /// Appends a vertex and returns its number. A pinned vertex is not moved by any solver.
     uint32_t add_vertex(Vec2 uv, bool pinned);
     void add_face(const Frame& frame, uint32_t a, uint32_t b, uint32_t c);
+    /// Makes room for that much at once.
+    void reserve(size_t vertices, size_t faces);
 
     /// As-rigid-as-possible flattening (Liu, Zhang, Xu, Gotsman and Gortler, "A local/global
     /// approach to mesh parameterization", 2008): `steps` alternations of per-triangle rotations
@@ -78,24 +80,23 @@ public:
     std::vector<uint8_t> pinned;
 
 private:
-    /// Cotangents at a triangle's corners, its area in space and the inverse of that.
+    /// Cotangents at a triangle's corners and its area in space.
     struct FaceShape {
-        double cot[3], area, inverse_area;
+        double cot[3], area;
     };
     /// A triangle seen from one of its corners, p; q and r are the other two, in order.
     struct Spoke {
         uint32_t q, r;
-        double cot_p, cot_q, cot_r, area, inverse_area;
+        double cot_p, cot_q, cot_r, area;
     };
     /// Two spokes of a vertex side by side, with the coordinates at their ends.
     struct SpokePair {
-        Lanes qx, qy, rx, ry, cot_p, cot_q, cot_r, area, inverse_area;
+        Lanes qx, qy, rx, ry, cot_p, cot_q, cot_r, area;
 
         SpokePair(const Spoke& a, const Spoke& b, const std::vector<Vec2>& uv)
             : qx{uv[a.q].x, uv[b.q].x}, qy{uv[a.q].y, uv[b.q].y}, rx{uv[a.r].x, uv[b.r].x},
               ry{uv[a.r].y, uv[b.r].y}, cot_p{a.cot_p, b.cot_p}, cot_q{a.cot_q, b.cot_q},
-              cot_r{a.cot_r, b.cot_r}, area{a.area, b.area}, inverse_area{a.inverse_area,
-                                                                          b.inverse_area} {}
+              cot_r{a.cot_r, b.cot_r}, area{a.area, b.area} {}
         /// Twice the triangles' areas in the plane with the hub at p.
         Lanes doubled_area(Vec2 p) const {
             return (qx - p.x) * (ry - p.y) - (qy - p.y) * (rx - p.x);
@@ -162,10 +163,9 @@ private:
     void untangle_vertex(uint32_t v, double offset);
 
     std::vector<uint32_t> corner_;     ///< 3 per triangle: vertex
-    std::vector<FaceShape> shape_;     ///< per triangle
     std::vector<Frame> frame_;         ///< per triangle
     std::vector<uint32_t> star_begin_; ///< per vertex: where its spokes begin in star_
-    std::vector<Spoke> star_; ///< repeats shape_ and corner_ in the order in which relax reads them
+    std::vector<Spoke> star_; ///< shapes and corners in the order in which relax reads them
     std::vector<Guard> guards_;
     std::vector<uint32_t> guard_begin_; ///< per vertex, into guard_star_; empty without guards
     std::vector<GuardSpoke> guard_star_;

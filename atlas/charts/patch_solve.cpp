@@ -233,17 +233,20 @@ bool Patch::arap(int steps) {
         return true;
     std::vector<double> weight(corner_.size()); // of the edge opposite each corner
     Laplacian laplacian(count, corner_.size());
-    for (uint32_t c = 0; c < corner_.size(); ++c) {
-        weight[c] = std::min(k_max_weight, std::max(k_min_weight, shape_[c / 3].cot[c % 3]));
-        laplacian.add_edge(number[corner_[next_corner(c)]], number[corner_[previous_corner(c)]],
-                           weight[c]);
+    for (uint32_t t = 0; t < frame_.size(); ++t) {
+        const FaceShape shape = shape_of(frame_[t]);
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
+            weight[c] = std::min(k_max_weight, std::max(k_min_weight, shape.cot[c % 3]));
+            laplacian.add_edge(number[corner_[next_corner(c)]], number[corner_[previous_corner(c)]],
+                               weight[c]);
+        }
     }
     if (!laplacian.factor())
         return false;
     RightSide right{std::vector<Vec2>(size_t(count)), number, uv};
     for (int step = 0; step < steps; ++step) {
         right.sums.assign(size_t(count), Vec2{});
-        for (uint32_t t = 0; t < shape_.size(); ++t)
+        for (uint32_t t = 0; t < frame_.size(); ++t)
             right.add_rotated_face(frame_[t], &corner_[3 * t], &weight[3 * t]);
         laplacian.solve(right.sums, number, uv);
     }
@@ -252,8 +255,8 @@ bool Patch::arap(int steps) {
 
 bool Patch::tutte(const std::vector<uint32_t>& loop) {
     double area = 0;
-    for (const FaceShape& shape : shape_)
-        area += shape.area;
+    for (const Frame& frame : frame_)
+        area += frame.area();
     place_on_circle(loop, std::sqrt(area / 3.14159265358979), uv);
     std::vector<uint8_t> held(uv.size(), 0);
     for (uint32_t v : loop)

@@ -100,7 +100,7 @@ uint32_t Patch::add_flipped(MovingVertices& moving) const {
             }
         }
     };
-    for (uint32_t t = 0; t < shape_.size(); ++t)
+    for (uint32_t t = 0; t < frame_.size(); ++t)
         if (is_flipped(t))
             add_around(&corner_[3 * t]);
     for (const Guard& guard : guards_)

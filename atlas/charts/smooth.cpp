@@ -176,7 +176,7 @@ bool BorderSmoother::is_interior(uint32_t corner) const {
 /// Length of an edge, reduced on creases.
 double BorderSmoother::weight(uint32_t h) const {
     const Surface& s = set_.surface;
-    const double bend = 1 - dot(s.normal[h / 3], s.normal[s.mate[h] / 3]);
+    const double bend = 1 - dot(s.normal_of(h / 3), s.normal_of(s.mate[h] / 3));
     const double part = std::sqrt(std::min(1.0, std::max(0.0, bend / k_full_bend)));
     return s.edge_length(h) * (1 - k_crease_discount * part);
 }

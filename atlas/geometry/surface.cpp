@@ -111,19 +111,17 @@ Frame sliver_frame(Vec3 a, Vec3 b, Vec3 c) {
 
 void build_frames(Surface& s) {
     s.frame.resize(s.face_count);
-    s.normal.assign(s.face_count, Vec3{});
+    s.normal.resize(s.face_count);
     s.degenerate.assign(s.face_count, 0);
     s.total_area = 0;
     for (uint32_t t = 0; t < s.face_count; ++t) {
         const uint32_t* v = &s.vertex[3 * size_t(t)];
         const Vec3 a = s.position[v[0]], b = s.position[v[1]], c = s.position[v[2]];
-        const Vec3 n = cross(b - a, c - a);
-        const double doubled = length(n);
+        const double doubled = length(cross(b - a, c - a));
         s.frame[t] = sliver_frame(a, b, c);
         if (doubled <= 2 * k_min_area || v[0] == v[1] || v[1] == v[2] || v[2] == v[0])
             s.degenerate[t] = 1;
-        else
-            s.normal[t] = n * (1 / doubled);
+        s.normal[t] = s.normal_of(t);
         s.total_area += s.frame[t].area();
     }
 }

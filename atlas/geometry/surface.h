@@ -33,7 +33,7 @@ struct Surface {
     std::vector<uint32_t> mate;      ///< 3 per triangle; k_none on a border
     std::vector<uint8_t> false_edge; ///< 3 per triangle; 1 only where there is a mate
     std::vector<Frame> frame;        ///< per triangle; tiny for degenerate ones
-    std::vector<Vec3> normal;        ///< per triangle, unit length; zero when degenerate
+    std::vector<Vec3> normal;        ///< per triangle, from normal_of; empty once regions are made
     std::vector<uint8_t> degenerate; ///< 1 for triangles without measurable area
     double total_area = 0;
     double unit = 1; ///< a length of 1 in the mesh's own unit
@@ -41,6 +41,13 @@ struct Surface {
     /// Length of a half-edge in space.
     double edge_length(uint32_t h) const {
         return length(position[vertex[next_corner(h)]] - position[vertex[h]]);
+    }
+    /// A triangle's unit normal; zero when degenerate.
+    Vec3 normal_of(uint32_t t) const {
+        const Vec3 a = position[vertex[3 * size_t(t)]];
+        const Vec3 n =
+            cross(position[vertex[3 * size_t(t) + 1]] - a, position[vertex[3 * size_t(t) + 2]] - a);
+        return degenerate[t] ? Vec3{} : n * (1 / length(n));
     }
 };
 

@@ -63,7 +63,7 @@ struct ChartingCall {
         total_area = area / (surface.unit * surface.unit);
         // What merging weighs against the whole must not depend on how often a part repeats.
         surface.total_area += repeated / (surface.unit * surface.unit);
-        stages = std::make_unique<ChartStages>(surface, options);
+        stages = std::make_unique<ChartStages>(surface, options, progress);
         return make_charts(*stages, progress) ? Failure{} : Failure{Status::aborted, k_none};
     }
     /// Area of the copies that lie elsewhere in space.

@@ -94,47 +94,47 @@ void unite_open_components(ChartStages& stages) {
     }
 }
 
-/// Clusters the triangles and flattens regions of them, the charts that merging starts from. The
-/// tree of clusters, the largest part of the memory so far, ends here.
+/// Flattens regions of the cluster tree, the charts that merging starts from, and frees what no
+/// later stage needs.
 bool grow_regions(ChartStages& stages, ProgressMeter& progress) {
     const FlattenOptions& options = stages.flattener.options;
-    progress.stage(Stage::clusters);
-    ClusterOptions clustering;
-    clustering.seed_groups = !options.thorough;
-    clustering.hardness = stages.hardness;
-    ClusterTree tree;
-    if (!build_cluster_tree(stages.surface, stages.atoms, clustering, progress, tree))
-        return false;
     progress.stage(Stage::regions);
     const double limit = std::min(options.limit, stretch_limit(float(k_first_smooth_step)));
     const double component_limit = std::min(options.limit, stretch_limit(float(k_usual_stretch)));
-    return make_regions(stages.flattener, stages.atoms, tree, stages.hardness,
-                        {limit, component_limit}, stages.executor, progress);
+    const bool done = make_regions(stages.flattener, stages.atoms, stages.tree, stages.hardness,
+                                   {limit, component_limit}, stages.executor, progress);
+    stages.tree = {};
+    stages.surface.normal = {};
+    return done;
 }
+
+bool is_thorough(const Options& options) { return options.quality == Quality::quality; }
 
 } // namespace
 
-ChartStages::ChartStages(Surface& s, const Options& options)
+ChartStages::ChartStages(Surface& s, const Options& options, ProgressMeter& progress)
     : surface(s), atoms(build_atoms(s)), polygons(s, atoms), hardness(measure_hardness(s)),
       max_stretch(options.max_stretch),
-      executor(s.face_count < options.min_parallel ? nullptr : options.executor), set(s),
-      flattener(set, {stretch_limit(options.max_stretch), options.quality == Quality::quality}),
-      smoother(flattener, atoms, hardness) {
+      executor(s.face_count < options.min_parallel ? nullptr : options.executor),
+      clustered(progress.stage(Stage::clusters) &&
+                build_cluster_tree(s, atoms, {hardness, !is_thorough(options)}, progress, tree)),
+      set(s), flattener(set, {stretch_limit(options.max_stretch), is_thorough(options)}) {
     set.polygons = &polygons;
 }
 
 bool make_charts(ChartStages& stages, ProgressMeter& progress) {
-    if (!grow_regions(stages, progress))
+    if (!stages.clustered || !grow_regions(stages, progress))
         return false;
     Merger merger(stages.flattener, {stages.hardness, stages.flattener.options.thorough});
     if (!merge_charts(stages, merger, progress))
         return false;
     if (stages.max_stretch >= 1)
         unite_open_components(stages);
+    stages.smoother.emplace(stages.flattener, stages.atoms, stages.hardness);
     progress.stage(Stage::smoothing);
     for (int pass = 0; pass < 2; ++pass) {
         progress.part(0.15 * pass, 0.15 * (pass + 1));
-        if (!stages.smoother.run(progress))
+        if (!stages.smoother->run(progress))
             return false;
     }
     progress.part(0.3, 1);
@@ -145,7 +145,7 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
 }
 
 void cut_charts(ChartStages& stages, uint32_t max_charts, const std::function<double()>& pack) {
-    ChartCutter cutter(stages.flattener, stages.atoms, stages.smoother);
+    ChartCutter cutter(stages.flattener, stages.atoms, *stages.smoother);
     cut_for_packing(cutter, max_charts, pack);
 }
 

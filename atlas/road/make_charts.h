@@ -6,24 +6,30 @@
 #include "atlas/progress.h"
 
 #include <functional>
+#include <optional>
 
 namespace tessora::atlas {
 
 /// The charts of a surface and what the chart stages share. It stays alive after make_charts(), so
 /// that cutting for the texture continues with the same atoms, flattener and smoother.
-/// `surface` must outlive it; false edges that no polygon can have become real edges there.
+/// `surface` must outlive it, and loses its normals once regions are made; false edges that no
+/// polygon can have become real edges there.
 struct ChartStages {
-    ChartStages(Surface& surface, const Options& options);
+    /// Clusters the triangles; see `clustered`.
+    ChartStages(Surface& surface, const Options& options, ProgressMeter& progress);
 
-    const Surface& surface;
+    Surface& surface;
     const Atoms atoms;
     const Polygons polygons;
     const std::vector<float> hardness; ///< per triangle, from measure_hardness
     const float max_stretch;           ///< the caller's, 0..1
     const ParallelFor executor;        ///< null also for small meshes
+    ClusterTree tree;                  ///< until make_charts has made regions of it
+    const bool clustered; ///< false if the callback asked to stop; then no charts can be made
+    // What follows takes a third of the memory that clustering needs, so it comes afterwards.
     ChartSet set;
     Flattener flattener;
-    BorderSmoother smoother;
+    std::optional<BorderSmoother> smoother; ///< from make_charts on
 };
 
 /// Partitions and flattens. Charts that were merged into others are no longer alive; the others are
