@@ -444,6 +444,12 @@ TEST_F(DagTest, PrimitivesHaveTheirDefaultsAndWholeSubdivisions) {
     }
 }
 
+TEST(Primitives, HaveAtLeastOnePartInEveryDirection) {
+    EXPECT_EQ(make_cube(1, 1, 1, 0, -1, 0).connectivity().polygon_count(), 6u);
+    EXPECT_EQ(make_plane(1, 1, 0, 1).connectivity().polygon_count(), 1u);
+    EXPECT_EQ(make_plane(1, 1, 1, -1).connectivity().polygon_count(), 1u);
+}
+
 TEST(Primitives, EveryCornerHasAUvInTheUnitSquare) {
     for (const Mesh& mesh :
          {make_cube(1, 1, 1, 1, 1, 1), make_plane(1, 1, 2, 2), make_sphere(1, 8, 6),

@@ -325,4 +325,13 @@ TEST_F(EvaluationTest, AStateRestoredWhileConnectedCountsAfterDisconnection) {
     EXPECT_EQ(pull(second, "input"), 5.0);
 }
 
+TEST_F(EvaluationTest, TweaksBehindTheLastVertexAreIgnored) {
+    MeshNode& shape = add_cube();
+    const Float3 last = point(shape, 7);
+    set(shape, "pnts[8].pntx", 1);
+    set(shape, "pnts[9].pntx", 1);
+    EXPECT_EQ(point(shape, 7).x, last.x);
+    EXPECT_EQ(shape.mesh()->points().size(), 8u);
+}
+
 } // namespace host::graph::testing
