@@ -266,10 +266,10 @@ TEST_F(MeshImportByAssimp, NodesThatAreNowhereAreRefused) {
         </source><vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
         <triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p>
         </triangles></mesh></geometry></library_geometries>
-        <library_visual_scenes><visual_scene id="s"><node id="n" name="far">
+        <library_visual_scenes><visual_scene id="s"><node id="n" name="n">
         <translate>inf 0 0</translate><instance_geometry url="#g"/></node></visual_scene>
         </library_visual_scenes><scene><instance_visual_scene url="#s"/></scene></COLLADA>)";
-    EXPECT_EQ("m: node \"far\": its transformation is not finite",
+    EXPECT_EQ("m: node \"n\": its transformation is not finite",
               import_file(formats::Format::dae, dae).error.message);
     EXPECT_TRUE(import_file(formats::Format::dae, replaced(dae, "inf", "1")).good);
 }
