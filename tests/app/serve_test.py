@@ -377,7 +377,8 @@ class Serve(unittest.TestCase):
         path = self.path("s.sock")
 
         def refused(reason, words=("--socket", path)):
-            done = subprocess.run([PROGRAM, "serve", *words], stdin=subprocess.DEVNULL, capture_output=True, text=True)
+            done = subprocess.run([PROGRAM, "serve", *words], stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                                  timeout=120)
             self.assertEqual(done.returncode, 7)
             self.assertIn(reason, done.stderr)
         pathlib.Path(path).write_text("mine")
@@ -427,7 +428,8 @@ class Serve(unittest.TestCase):
                               (["--max_request", "0"], "--max_request is 1 to 1024"),
                               (["--time_limit", "-1"], "--time_limit must not be negative"),
                               (["--root", self.path("cube.obj")], "is not a folder")):
-            done = subprocess.run([PROGRAM, "serve", *words], stdin=subprocess.DEVNULL, capture_output=True, text=True)
+            done = subprocess.run([PROGRAM, "serve", *words], stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                                  timeout=120)
             self.assertEqual(done.returncode, 2, words)
             self.assertIn(reason, done.stderr)
 
