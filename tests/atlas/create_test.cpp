@@ -549,9 +549,27 @@ void connect_as_sheets(TestMesh& mesh) {
               AdjacencyResult::ok);
 }
 
+/// A sphere, one of whose triangles is divided in two; a first triangle without area connects them
+/// to their neighbour.
+TestMesh patched_sphere() {
+    const TestMesh whole = sphere(8);
+    TestMesh mesh;
+    mesh.positions = whole.positions;
+    const uint32_t a = whole.indices[0], b = whole.indices[1], c = whole.indices[2];
+    const auto middle = [&](int axis) {
+        return (whole.positions[3 * a + axis] + whole.positions[3 * b + axis]) / 2;
+    };
+    const uint32_t m = mesh.vertex(middle(0), middle(1), middle(2));
+    mesh.triangle(a, b, m);
+    mesh.triangle(a, m, c);
+    mesh.triangle(m, b, c);
+    for (uint32_t t = 1; t < whole.faces(); ++t)
+        mesh.triangle(whole.indices[3 * t], whole.indices[3 * t + 1], whole.indices[3 * t + 2]);
+    return mesh;
+}
+
 TEST(AtlasLoose, TrianglesThatRepeatAPlaceMoveNoOther) {
-    TestMesh clean = sphere(8);
-    clean.positions[7] += 0.2f; // no two parts alike
+    TestMesh clean = patched_sphere();
     TestMesh repeats = with_repeats(clean);
     connect_as_sheets(clean);
     connect_as_sheets(repeats);
