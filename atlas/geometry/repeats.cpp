@@ -9,6 +9,8 @@ namespace {
 constexpr double k_share = 1e-4;
 constexpr double k_rounding = 4e-6; // of the largest coordinate, from the centre
 
+constexpr double k_area_share = 1e-2; ///< the same of the areas of corners
+
 /// So many sources of about the same size are tried for a component, the latest first.
 constexpr size_t k_most_sources = 4;
 
@@ -237,10 +239,18 @@ private:
     bool same_corner(uint32_t h, uint32_t g, Way way) const {
         if (!same_length(h, g))
             return false;
+        const Vec3 side = start(next_side(h)) - start(h);
         const Vec3 across = start(next_side(next_side(h))) - start(h);
-        const Vec3 there = way == Way::alike ? start(next_side(next_side(g))) - start(g)
-                                             : start(next_side(g)) - start(previous_side(g));
-        return same(length(across), length(there));
+        const Vec3 other_side = start(next_side(g)) - start(g);
+        const Vec3 other_across = way == Way::alike ? start(next_side(next_side(g))) - start(g)
+                                                    : start(next_side(g)) - start(previous_side(g));
+        // Corners of needles that turn either way, or not at all, have the same lengths.
+        const double area = length(cross(side, across));
+        const double other_area = length(cross(other_side, other_across));
+        const double longest = std::max({length(side), length(across), 1e-12});
+        return same(length(across), length(other_across)) &&
+               std::abs(area - other_area) <=
+                   k_area_share * std::max(area, other_area) + tolerance_ * longest;
     }
     /// How two polygons meet at a side: by the vertices next to one of its ends, which lie as far
     /// apart there, and on the same side of each other's plane. Diagonals play no part.

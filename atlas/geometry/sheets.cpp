@@ -450,10 +450,12 @@ private:
         out_.source_edge.assign(3 * size_t(s_.face_count), k_none);
     }
 
-    /// Sheets that repeat one elsewhere, unless they are copies or copied already.
+    /// Sheets that repeat one elsewhere, unless they are copies already. Copies of theirs follow
+    /// the same source, so that a doubled mesh has twice the charts. Where copies share the place
+    /// of their sheet, a sheet that is copied repeats none.
     void copy_repeats() {
         std::vector<uint8_t> candidate(s_.face_count), copied(s_.face_count); // copied: polygons
-        for (uint32_t t = 0; t < s_.face_count && !out_.copy.empty(); ++t)
+        for (uint32_t t = 0; t < s_.face_count && options_.stack && !out_.copy.empty(); ++t)
             if (out_.copy[t] != k_none)
                 copied[polygon_[out_.source_corner[3 * t] / 3]] = 1;
         for (uint32_t t = 0; t < s_.face_count; ++t)
@@ -475,6 +477,29 @@ private:
             out_.elsewhere.push_back(1);
             out_.difference.push_back(repeat.difference);
         }
+        if (!repeats.empty())
+            follow_repeats();
+    }
+
+    /// Copies of sheets that repeat another take that one for their source.
+    void follow_repeats() {
+        std::vector<uint32_t> repeat(out_.mirrored.size(), k_none); // per copy: what its sheet is
+        for (uint32_t t = 0; t < s_.face_count; ++t) {
+            if (out_.copy[t] == k_none || out_.elsewhere[out_.copy[t]])
+                continue;
+            const uint32_t sheet = out_.copy[out_.source_corner[3 * t] / 3];
+            repeat[out_.copy[t]] = sheet;
+            for (uint32_t c = 3 * t; c < 3 * t + 3 && sheet != k_none; ++c) {
+                uint32_t &corner = out_.source_corner[c], &edge = out_.source_edge[c];
+                corner = out_.source_corner[corner];
+                edge = edge == k_none ? k_none : out_.source_edge[edge];
+            }
+        }
+        for (uint32_t id = 0; id < repeat.size(); ++id)
+            if (repeat[id] != k_none) {
+                out_.mirrored[id] = out_.mirrored[id] != out_.mirrored[repeat[id]];
+                out_.difference[id] = out_.difference[repeat[id]];
+            }
     }
 
     void number_kept() {

@@ -21,11 +21,12 @@ struct LooseHints {
 };
 
 struct Sheets {
-    std::vector<uint32_t> kept;     ///< triangles that are laid out, ordered by shape (order.h)
-    std::vector<uint32_t> number;   ///< per triangle: its place in `kept`, or k_none
-    std::vector<uint32_t> copy;     ///< per triangle: the copied sheet it is in, or k_none
-    std::vector<uint8_t> mirrored;  ///< per copied sheet: 1 when wound against what it copies
-    std::vector<uint8_t> elsewhere; ///< per copied sheet: 1 when it is not on the same vertices
+    std::vector<uint32_t> kept;    ///< triangles that are laid out, ordered by shape (order.h)
+    std::vector<uint32_t> number;  ///< per triangle: its place in `kept`, or k_none
+    std::vector<uint32_t> copy;    ///< per triangle: the copied sheet it is in, or k_none
+    std::vector<uint8_t> mirrored; ///< per copied sheet: 1 when wound against what it copies
+    std::vector<uint8_t>
+        elsewhere; ///< per copied sheet: 1 when it repeats a part on other vertices; 0 for twins
     std::vector<double>
         difference; ///< per copied sheet: of its lengths from the source's, relative
     /// 3 per triangle, k_none outside copies; empty without copies. A corner's source has the

@@ -349,6 +349,14 @@ TEST(AtlasProperty, NeedlesAFewRoundingStepsWideAreReportedAsTheyAreReturned) {
     EXPECT_EQ(faults_of(97900), "");
 }
 
+TEST(AtlasProperty, DoublingAMeshWhosePartsNearlyRepeatDoublesItsCharts) {
+    EXPECT_EQ(faults_of(26816), "");
+}
+
+TEST(AtlasProperty, NeedlesThatTurnOtherwiseDoNotRepeatEachOther) {
+    EXPECT_EQ(faults_of(66993), "");
+}
+
 INSTANTIATE_TEST_SUITE_P(Shard, AtlasProperty, ::testing::Range<uint64_t>(0, k_shards));
 
 } // namespace
