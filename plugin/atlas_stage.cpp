@@ -18,8 +18,8 @@
 namespace {
 
 /// A copy of `real_edges` for the atlas call, which may change it. Allocated like the adjacency
-/// list: four words per entry and never less than `index_count`; entries beyond the copy mark real
-/// edges.
+/// list: four words per entry and never less than `index_count`. Entries that the copy lacks mark
+/// real edges; the rest, which nobody reads, is left alone, so that it takes no memory.
 uint32_t* copy_false_edges(const array<uint32_t>& real_edges, uint32_t index_count) {
     const uint32_t count = real_edges.count();
     const size_t words = std::max<size_t>(4 * static_cast<size_t>(count), index_count);
@@ -30,7 +30,7 @@ uint32_t* copy_false_edges(const array<uint32_t>& real_edges, uint32_t index_cou
     }
     for (uint32_t i = 0; i < count; ++i)
         false_edges[i] = real_edges.get(i);
-    std::fill(false_edges + count, false_edges + words, k_marked);
+    std::fill(false_edges + count, false_edges + std::max(count, index_count), k_marked);
     return false_edges;
 }
 
