@@ -13,14 +13,14 @@ ChartCutter::ChartCutter(Flattener& flattener, const Atoms& atoms, BorderSmoothe
     pieces_.of_face.assign(set_.surface.face_count, k_none);
 }
 
-/// Assigns each polygon of the chart to a side: by whether its centroid lies before or behind the
-/// chart's centroid along the principal axis.
-void ChartCutter::choose_sides(const Chart& chart) {
-    const auto centroid = [&](uint32_t t) {
-        const Vec2 sum = set_.uv[set_.node[3 * t]] + set_.uv[set_.node[3 * t + 1]] +
-                         set_.uv[set_.node[3 * t + 2]];
-        return sum * (1.0 / 3);
-    };
+Vec2 ChartCutter::centroid(uint32_t t) const {
+    const Vec2 sum =
+        set_.uv[set_.node[3 * t]] + set_.uv[set_.node[3 * t + 1]] + set_.uv[set_.node[3 * t + 2]];
+    return sum * (1.0 / 3);
+}
+
+/// The line through the chart's centroid, across its principal axis.
+CutLine ChartCutter::middle_line(const Chart& chart) const {
     double total = 0, xx = 0, xy = 0, yy = 0;
     Vec2 mean;
     for (uint32_t t : chart.faces) {
@@ -38,9 +38,14 @@ void ChartCutter::choose_sides(const Chart& chart) {
     }
     const double half = 0.5 * (xx - yy), radius = std::sqrt(half * half + xy * xy);
     const Vec2 axis = half >= 0 ? Vec2{half + radius, xy} : Vec2{xy, radius - half};
+    return {axis, dot(axis, mean)};
+}
+
+/// Assigns each polygon of the chart to a side: by whether its centroid lies beyond the line.
+void ChartCutter::choose_sides(const Chart& chart, const CutLine& line) {
     for (uint32_t t : chart.faces) {
         const double area = set_.surface.frame[t].area();
-        atom_along_[atoms_.of_face[t]] += area * dot(centroid(t) - mean, axis);
+        atom_along_[atoms_.of_face[t]] += area * (dot(centroid(t), line.axis) - line.offset);
     }
     for (uint32_t t : chart.faces)
         side_[t] = atom_along_[atoms_.of_face[t]] > 0;
@@ -124,8 +129,10 @@ void ChartCutter::split(const Cut& cut) {
     set_.add_chart(std::move(halves[1]));
 }
 
-bool ChartCutter::cut(uint32_t chart) {
-    choose_sides(set_.charts[chart]);
+bool ChartCutter::cut(uint32_t chart) { return cut(chart, middle_line(set_.charts[chart])); }
+
+bool ChartCutter::cut(uint32_t chart, const CutLine& line) {
+    choose_sides(set_.charts[chart], line);
     if (!connect_sides(set_.charts[chart]))
         return false;
     remember(chart);
@@ -160,15 +167,24 @@ namespace {
 
 // docs/atlas.md, "Cutting for the texture", explains these.
 
-/// Factor by which each cut must raise the scale of all charts: 5 % more coverage.
-constexpr double k_min_growth = 1.025;
-/// Number of cuts that are tried together before they are undone.
+/// Charts that cover so much of the texture are not cut unasked; from the second on they are not
+/// cut through the middle.
+constexpr double k_well_filled = 0.72, k_fairly_filled = 0.7;
+
+/// A line must save this share of the area of all charts in void, and so much void per length, in
+/// units in which the area of all charts is 1. Charts with a smaller share of it are not cut.
+constexpr double k_least_saving = 0.01, k_least_rate = 0.12, k_least_share = 0.03;
+
+/// Factor by which each cut through the middle must raise coverage.
+constexpr double k_min_growth = 1.12;
+/// Number of these that are tried together before they are undone.
 constexpr uint32_t k_max_pending = 3;
-/// The search ends after so many accepted cuts, or so many failed groups of cuts in a row.
+/// The search ends after so many cuts, or so many failed groups of cuts through the middle in a
+/// row.
 constexpr uint32_t k_max_cuts = 24, k_max_failures = 2;
-/// Charts are cut if they waste at least this share of the whole area: no cut can gain more, and a
-/// smaller gain does not pay.
-constexpr double k_min_waste = k_min_growth * k_min_growth - 1;
+/// Charts are cut through the middle if they waste at least this share of the whole area, which is
+/// the most that a cut can gain.
+constexpr double k_min_waste = 0.05;
 
 /// The chart whose bounding square exceeds its own area the most: a long strip, or a shape bent
 /// around empty space. k_none if every chart that is large enough was tried.
@@ -191,22 +207,137 @@ uint32_t most_wasteful(const ChartSet& set, const std::vector<uint8_t>& tried) {
     return best;
 }
 
+/// Cuts charts along lines, those that save most void per length first.
+class LineCutter {
+public:
+    explicit LineCutter(ChartCutter& cutter)
+        : cutter_(cutter), set_(cutter.set()), area_(set_.surface.total_area),
+          unit_(std::sqrt(area_)) {
+        for (uint32_t chart = 0; chart < set_.charts.size(); ++chart)
+            list_lines(chart);
+    }
+    /// Whether there are lines that may be worth a cut.
+    bool has_lines() const { return !lines_.empty(); }
+    /// Makes up to `most` cuts and returns how many it made.
+    uint32_t run(uint32_t most) {
+        uint32_t cuts = 0;
+        while (!lines_.empty() && cuts < most) {
+            const auto best =
+                std::max_element(lines_.begin(), lines_.end(), [](const Line& a, const Line& b) {
+                    return a.candidate.saved * b.candidate.length <
+                           b.candidate.saved * a.candidate.length;
+                });
+            const Line line = *best;
+            lines_.erase(best);
+            cuts += cut(line);
+        }
+        return cuts;
+    }
+
+private:
+    struct Line {
+        uint32_t chart;
+        CutCandidate candidate;
+    };
+
+    bool pays(double saved, double length) const {
+        return saved >= k_least_saving * area_ && saved >= k_least_rate * length * unit_;
+    }
+    void list_lines(uint32_t chart) {
+        if (!set_.charts[chart].alive || set_.charts[chart].stretch.area < k_least_share * area_)
+            return;
+        set_.outline(set_.charts[chart], outline_);
+        for (const CutCandidate& candidate : find_cut_lines(outline_, k_least_saving * area_))
+            if (pays(candidate.saved, candidate.length))
+                lines_.push_back({chart, candidate});
+    }
+    double room_of(uint32_t chart) {
+        set_.outline(set_.charts[chart], outline_);
+        return likely_room(outline_);
+    }
+    /// Cuts if the cut between polygons pays as the line does.
+    bool cut(const Line& line) {
+        const double room = room_of(line.chart);
+        const double border = set_.charts[line.chart].border_length;
+        if (!cutter_.cut(line.chart, line.candidate.line))
+            return false;
+        const uint32_t second = uint32_t(set_.charts.size() - 1);
+        const double length = 0.5 * (set_.charts[line.chart].border_length +
+                                     set_.charts[second].border_length - border);
+        if (!pays(room - room_of(line.chart) - room_of(second), length)) {
+            cutter_.undo();
+            return false;
+        }
+        lines_.erase(std::remove_if(lines_.begin(), lines_.end(),
+                                    [&](const Line& other) { return other.chart == line.chart; }),
+                     lines_.end());
+        list_lines(line.chart);
+        list_lines(second);
+        return true;
+    }
+
+    ChartCutter& cutter_;
+    const ChartSet& set_;
+    const double area_, unit_;
+    std::vector<Line> lines_;
+    Outline outline_;
+};
+
 /// Implements cut_for_packing().
 class CutSearch {
 public:
-    CutSearch(ChartCutter& cutter, uint32_t max_charts, const std::function<double()>& pack)
-        : cutter_(cutter), set_(cutter.set()), pack_(pack), max_charts_(max_charts),
-          tried_(set_.charts.size(), 0) {
+    CutSearch(ChartCutter& cutter, const CutOptions& options, const std::function<double()>& pack)
+        : cutter_(cutter), set_(cutter.set()), pack_(pack), options_(options) {
         for (const Chart& chart : set_.charts)
             charts_before_ += chart.alive;
     }
     void run() {
-        if (most_wasteful(set_, tried_) == k_none)
+        LineCutter lines(cutter_);
+        tried_.assign(set_.charts.size(), 0);
+        if (!lines.has_lines() && most_wasteful(set_, tried_) == k_none)
             return;
-        scale_ = wanted_ = pack_();
-        while (scale_ > 0 && failures_ < k_max_failures && cuts_ < k_max_cuts) {
-            const bool room = max_charts_ == 0 || charts_before_ + cuts_ + pending_ < max_charts_;
-            const uint32_t chart = room ? most_wasteful(set_, tried_) : k_none;
+        coverage_ = pack_();
+        if (!(coverage_ > 0) || (coverage_ >= k_well_filled && !options_.always))
+            return;
+        if (lines.has_lines())
+            cut_along(lines);
+        if (coverage_ > 0 && (coverage_ < k_fairly_filled || options_.always))
+            cut_middles();
+    }
+
+private:
+    uint32_t room() const {
+        const size_t charts = charts_before_ + cuts_ + pending_;
+        const uint32_t left = k_max_cuts > cuts_ + pending_ ? k_max_cuts - cuts_ - pending_ : 0;
+        if (options_.max_charts == 0)
+            return left;
+        return charts < options_.max_charts ? std::min(left, uint32_t(options_.max_charts - charts))
+                                            : 0;
+    }
+
+    /// All cuts along lines at once; if they do not pay, the first half of them, and so on.
+    void cut_along(LineCutter& lines) {
+        uint32_t cuts = lines.run(room());
+        while (cuts > 0) {
+            const double now = pack_();
+            if (now >= coverage_) {
+                cutter_.accept();
+                coverage_ = now;
+                cuts_ = cuts;
+                return;
+            }
+            if (!(now > 0)) // the caller stops
+                coverage_ = 0;
+            for (const uint32_t left = now > 0 ? cuts / 2 : 0; cuts > left; --cuts)
+                cutter_.undo();
+        }
+    }
+
+    void cut_middles() {
+        wanted_ = coverage_;
+        tried_.assign(set_.charts.size(), 0);
+        while (failures_ < k_max_failures && cuts_ < k_max_cuts) {
+            const uint32_t chart = room() > 0 ? most_wasteful(set_, tried_) : k_none;
             if (chart == k_none) {
                 undo_pending();
                 break;
@@ -216,8 +347,6 @@ public:
                 lay_out();
         }
     }
-
-private:
     /// Packs after a new cut. Cuts that do not pay yet stay pending: of two strips of equal length,
     /// say, both have to be cut before anything can grow.
     void lay_out() {
@@ -227,7 +356,7 @@ private:
         const double now = pack_();
         if (now >= wanted_) {
             cutter_.accept();
-            scale_ = wanted_ = now;
+            coverage_ = wanted_ = now;
             cuts_ += pending_;
             pending_ = failures_ = 0;
             tried_.assign(set_.charts.size(), 0);
@@ -240,25 +369,25 @@ private:
             cutter_.undo();
         tried_.resize(set_.charts.size());
         ++failures_;
-        wanted_ = scale_;
+        wanted_ = coverage_;
     }
 
     ChartCutter& cutter_;
     const ChartSet& set_;
     const std::function<double()>& pack_;
-    const uint32_t max_charts_;
-    double scale_ = 0, wanted_ = 0; ///< scale of the last accepted layout; scale that the pending
-                                    ///< cuts must reach
-    std::vector<uint8_t> tried_;    ///< per chart: whether it was cut since the last accepted cut
+    const CutOptions options_;
+    double coverage_ = 0, wanted_ = 0; ///< of the last accepted layout; what the pending cuts must
+                                       ///< reach
+    std::vector<uint8_t> tried_; ///< per chart: whether it was cut since the last accepted cut
     size_t charts_before_ = 0;
     uint32_t cuts_ = 0, pending_ = 0, failures_ = 0;
 };
 
 } // namespace
 
-void cut_for_packing(ChartCutter& cutter, uint32_t max_charts,
+void cut_for_packing(ChartCutter& cutter, const CutOptions& options,
                      const std::function<double()>& pack) {
-    CutSearch(cutter, max_charts, pack).run();
+    CutSearch(cutter, options, pack).run();
 }
 
 } // namespace tessora::atlas

@@ -4,6 +4,7 @@
 /// Half of a legal chart needs no solving: it keeps its coordinates.
 #pragma once
 
+#include "atlas/charts/cut_lines.h"
 #include "atlas/charts/smooth.h"
 
 #include <functional>
@@ -18,6 +19,8 @@ public:
     /// and smooths the cut. The second half becomes the last chart of the set. False, with nothing
     /// changed, if the halves are not two legal charts.
     bool cut(uint32_t chart);
+    /// The same along a line.
+    bool cut(uint32_t chart, const CutLine& line);
     /// Rejoins the two halves of the latest cut that was neither undone nor accepted.
     void undo();
     /// Makes all cuts so far permanent.
@@ -42,7 +45,9 @@ private:
         std::vector<double> area;
         std::vector<uint8_t> side;
     };
-    void choose_sides(const Chart& chart);
+    Vec2 centroid(uint32_t t) const;
+    CutLine middle_line(const Chart& chart) const;
+    void choose_sides(const Chart& chart, const CutLine& line);
     bool connect_sides(const Chart& chart);
     void find_pieces(const Chart& chart);
     void remember(uint32_t chart);
@@ -58,10 +63,16 @@ private:
     std::vector<Cut> cuts_; ///< cuts that undo() can take back, oldest first
 };
 
-/// Cuts charts for as long as that raises the scale of all charts by enough; max_charts limits the
-/// number of charts (0: no limit). `pack` lays out the current charts and returns their scale, or 0
-/// if they do not fit or the caller wants to stop; it is first called with the charts as they are,
-/// and not at all if none is large enough to be worth a cut.
-void cut_for_packing(ChartCutter& cutter, uint32_t max_charts, const std::function<double()>& pack);
+struct CutOptions {
+    uint32_t max_charts = 0; ///< limits the number of charts; 0: no limit
+    bool always = false;     ///< also where the charts fill the texture well as they are
+};
+
+/// Cuts charts for as long as that lets all charts grow by enough. `pack` lays out the current
+/// charts and returns the share of the texture that they cover, or 0 if they do not fit or the
+/// caller wants to stop; it is first called with the charts as they are, and not at all if no cut
+/// can be worth it.
+void cut_for_packing(ChartCutter& cutter, const CutOptions& options,
+                     const std::function<double()>& pack);
 
 } // namespace tessora::atlas

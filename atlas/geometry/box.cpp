@@ -34,10 +34,12 @@ Box min_area_box(std::vector<Vec2>& points) {
     Box best;
     if (n < 2)
         return best;
+    double doubled = 0;
     bool first = true;
     size_t right = 1, top = 1, left = 1;
     for (size_t i = 0; i < n; ++i) {
         const Vec2 edge = hull[(i + 1) % n] - hull[i];
+        doubled += cross(hull[i] - hull[0], edge);
         const double size = length(edge);
         if (!(size > 0))
             continue;
@@ -58,9 +60,10 @@ Box min_area_box(std::vector<Vec2>& points) {
         advance(left, u * -1.0);
         const double width = dot(hull[right] - hull[left], u), height = dot(hull[top] - hull[i], v);
         if (first || width * height < best.area())
-            best = {std::max(width, height), std::min(width, height)};
+            best = {std::max(width, height), std::min(width, height), u, 0};
         first = false;
     }
+    best.hull = doubled / 2;
     return best;
 }
 

@@ -1,4 +1,4 @@
-/// The minimum-area bounding box of a set of points, in any orientation.
+/// The minimum-area bounding box of a set of points, in any orientation, and their convex hull.
 #pragma once
 
 #include "atlas/geometry/vec.h"
@@ -9,6 +9,8 @@ namespace tessora::atlas {
 
 struct Box {
     double longer = 0, shorter = 0; ///< sides
+    Vec2 axis{1, 0};                ///< along one of them, unit length
+    double hull = 0;                ///< area of the convex hull
     double area() const { return longer * shorter; }
 };
 

@@ -117,20 +117,14 @@ bool may_cut(const ChartingCall& call) {
 }
 
 /// Cuts charts where that lets all of them grow. Quick layouts judge the cuts: what a cut has to
-/// gain is more than a thorough layout gains on a quick one. Where the charts fill the texture well
-/// already, no cut gains that much.
+/// gain is more than a thorough layout gains on a quick one.
 void cut_to_pack(ChartingCall& call, PackOptions options) {
-    constexpr double k_well_filled = 0.7;
-    bool first = true;
     options.quick = true;
-    cut_charts(*call.stages, call.options.max_charts, [&] {
+    cut_charts(*call.stages, {call.options.max_charts, call.options.cut_to_pack}, [&] {
         if (!call.finish().empty())
             return 0.0; // a copy cannot follow the latest cut
         const Packing packing = pack_finished(call.finished, options);
-        const bool cuts_pay =
-            call.options.cut_to_pack || !first || packing.coverage < k_well_filled;
-        first = false;
-        return packing.status == Status::ok && cuts_pay ? packing.scale : 0.0;
+        return packing.status == Status::ok ? packing.coverage : 0.0;
     });
     call.finish();
 }

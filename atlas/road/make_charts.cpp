@@ -144,9 +144,10 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     return true;
 }
 
-void cut_charts(ChartStages& stages, uint32_t max_charts, const std::function<double()>& pack) {
+void cut_charts(ChartStages& stages, const CutOptions& options,
+                const std::function<double()>& pack) {
     ChartCutter cutter(stages.flattener, stages.atoms, *stages.smoother);
-    cut_for_packing(cutter, max_charts, pack);
+    cut_for_packing(cutter, options, pack);
 }
 
 } // namespace tessora::atlas

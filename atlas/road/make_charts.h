@@ -38,6 +38,7 @@ struct ChartStages {
 bool make_charts(ChartStages& stages, ProgressMeter& progress);
 
 /// Cuts charts in two where that lets all charts grow; see cut_for_packing in charts/cut.h.
-void cut_charts(ChartStages& stages, uint32_t max_charts, const std::function<double()>& pack);
+void cut_charts(ChartStages& stages, const CutOptions& options,
+                const std::function<double()>& pack);
 
 } // namespace tessora::atlas

@@ -3,6 +3,8 @@
 #include "tests/atlas/grid_charts.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace {
 
@@ -63,43 +65,42 @@ TEST_F(ChartCutterTest, UndoRestoresEverythingInReverseOrder) {
     }
 }
 
-/// Cuts for layouts of these scales, the last one for all that follow. Returns how many were asked
-/// for.
-size_t cut_for_scales(ChartCutter& cutter, const std::vector<double>& scales,
-                      uint32_t max_charts = 0) {
+/// Cuts for layouts of these coverages, the last one for all that follow. Returns how many were
+/// asked for.
+size_t cut_for(ChartCutter& cutter, const std::vector<double>& coverages, uint32_t max_charts = 0) {
     size_t asked = 0;
-    cut_for_packing(cutter, max_charts,
-                    [&] { return scales[std::min(asked++, scales.size() - 1)]; });
+    cut_for_packing(cutter, {max_charts, true},
+                    [&] { return coverages[std::min(asked++, coverages.size() - 1)]; });
     return asked;
 }
 
-TEST_F(ChartCutterTest, ACutIsKeptIfItRaisesCoverageByFivePercent) {
+TEST_F(ChartCutterTest, ACutIsKeptIfItRaisesCoverageByTwelvePercent) {
     prepare(true);
-    cut_for_scales(*cutter, {1, 1.0251});
+    cut_for(*cutter, {1, 1.1201});
     EXPECT_EQ(set->charts.size(), 3u);
 }
 
-TEST_F(ChartCutterTest, CutsThatRaiseCoverageByLessThanFivePercentEachAreUndone) {
+TEST_F(ChartCutterTest, CutsThatRaiseCoverageByLessThanTwelvePercentEachAreUndone) {
     prepare(true);
-    cut_for_scales(*cutter, {1, 1.0249, 1.0506, 1.0768, 1.0249});
+    cut_for(*cutter, {1, 1.1199, 1.2543, 1.4049, 1.1199});
     EXPECT_EQ(set->charts.size(), 2u);
 }
 
 TEST_F(ChartCutterTest, CutsThatOnlyPayTogetherAreKept) {
     prepare(true);
-    cut_for_scales(*cutter, {1, 1, 1.0507});
+    cut_for(*cutter, {1, 1, 1.2545});
     EXPECT_EQ(set->charts.size(), 4u);
 }
 
 TEST_F(ChartCutterTest, NoMoreThanThreeCutsAreTriedTogether) {
     prepare(true, 24, 40);
-    cut_for_scales(*cutter, {1, 1, 1, 1, 1.2});
+    cut_for(*cutter, {1, 1, 1, 1, 1.2});
     EXPECT_EQ(set->charts.size(), 2u);
 }
 
 TEST_F(ChartCutterTest, CuttingStopsAtTheChartLimit) {
     prepare(true);
-    cut_for_scales(*cutter, {1, 2, 4, 8, 16}, 4);
+    cut_for(*cutter, {1, 2, 4, 8, 16}, 4);
     EXPECT_EQ(set->charts.size(), 4u);
 }
 
@@ -113,7 +114,7 @@ protected:
         flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
         smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
         cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
-        return cut_for_scales(*cutter, {1});
+        return cut_for(*cutter, {1});
     }
 };
 
@@ -123,6 +124,60 @@ TEST_F(ChartWasteTest, AChartThatWastesFivePercentIsCut) {
 
 TEST_F(ChartWasteTest, AChartThatWastesLessThanFivePercentIsNotCut) {
     EXPECT_EQ(layouts_of(21, 20), 0u); // 21 of 421 squares
+}
+
+/// An L with arms of 2 x 12 and 2 x 6 squares, and one square apart from it.
+class ChartLineTest : public ChartCutterTest {
+protected:
+    void SetUp() override {
+        build_flat(12, 8, true, [](int x, int y, bool) {
+            return y < 2 || x < 2 ? 0u : x == 11 && y == 7 ? 1u : 2u;
+        });
+        flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
+        smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
+        cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
+    }
+    /// The charts and the layouts asked for, for layouts of these coverages.
+    std::pair<size_t, size_t> cut_unasked(const std::vector<double>& coverages) {
+        size_t asked = 0;
+        cut_for_packing(*cutter, {0, false},
+                        [&] { return coverages[std::min(asked++, coverages.size() - 1)]; });
+        return {set->charts.size(), asked};
+    }
+    using Seen = std::pair<size_t, size_t>;
+};
+
+TEST_F(ChartLineTest, AnLIsCutIntoItsArms) {
+    EXPECT_EQ(cut_unasked({0.71, 0.71}), Seen(3, 2));
+    const double areas[] = {set->charts[0].stretch.area, set->charts[2].stretch.area};
+    const double less = std::min(areas[0], areas[1]) / (areas[0] + areas[1]) * 36;
+    EXPECT_TRUE(std::abs(less - 12) < 1e-6 || std::abs(less - 16) < 1e-6) << less;
+    expect_undistorted();
+}
+
+TEST_F(ChartLineTest, ACutAlongALineThatLowersCoverageIsUndone) {
+    EXPECT_EQ(cut_unasked({0.71, 0.709}), Seen(2, 2));
+}
+
+TEST_F(ChartLineTest, ChartsThatFillTheTextureWellAreLeftWhole) {
+    EXPECT_EQ(cut_unasked({0.721, 0.9}), Seen(2, 1));
+}
+
+TEST_F(ChartLineTest, ChartsThatFillTheTextureLessWellAreCut) {
+    EXPECT_EQ(cut_unasked({0.719, 0.9}), Seen(3, 2));
+}
+
+TEST_F(ChartLineTest, NoCutIsKeptWhenTheCallerStops) {
+    EXPECT_EQ(cut_unasked({0.6, 0}), Seen(2, 2));
+}
+
+TEST_F(ChartCutterTest, UnaskedOnlyChartsThatFillLessThanSeventyPercentAreCutThroughTheMiddle) {
+    for (const double coverage : {0.701, 0.699}) {
+        prepare(true); // rectangles: no line pays
+        size_t asked = 0;
+        cut_for_packing(*cutter, {0, false}, [&] { return asked++ == 0 ? coverage : 0.9; });
+        EXPECT_EQ(set->charts.size(), coverage > 0.7 ? 2u : 3u);
+    }
 }
 
 TEST_F(ChartCutterTest, ChartsOfOnePolygonAreNotCut) {
