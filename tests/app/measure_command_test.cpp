@@ -130,7 +130,7 @@ TEST_F(MeasureCommand, MissingOrInvalidInputIsAnErrorThatNamesTheFile) {
     EXPECT_NE(err.find("none.obj"), err.npos);
     EXPECT_EQ(app::exit_input, measure({dir.put("bad.obj", "v 0 0 zero\n")}));
     EXPECT_NE(err.find("bad.obj:1:"), err.npos) << err;
-    EXPECT_EQ(app::exit_input, measure({"mesh.fbx"}));
+    EXPECT_EQ(app::exit_input, measure({"mesh.usd"}));
     EXPECT_NE(err.find("cannot be read, only OBJ, GLTF"), err.npos) << err;
 }
 
