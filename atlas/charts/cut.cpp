@@ -169,14 +169,14 @@ namespace {
 
 /// Charts that cover so much of the texture are not cut unasked; from the second on they are not
 /// cut through the middle.
-constexpr double k_well_filled = 0.72, k_fairly_filled = 0.7;
+constexpr double k_well_filled = 0.76, k_fairly_filled = 0.74;
 
 /// A line must save this share of the area of all charts in void, and so much void per length, in
 /// units in which the area of all charts is 1. Charts with a smaller share of it are not cut.
-constexpr double k_least_saving = 0.01, k_least_rate = 0.12, k_least_share = 0.03;
+constexpr double k_least_saving = 0.01, k_least_rate = 0.09, k_least_share = 0.03;
 
 /// Factor by which each cut through the middle must raise coverage.
-constexpr double k_min_growth = 1.12;
+constexpr double k_min_growth = 1.05;
 /// Number of these that are tried together before they are undone.
 constexpr uint32_t k_max_pending = 3;
 /// The search ends after so many cuts, or so many failed groups of cuts through the middle in a
