@@ -11,14 +11,6 @@ namespace tessora::atlas {
 /// share of the vector's squared length. `measure` and `verify` hold the same figure.
 constexpr double k_least_turn = 1e-3;
 
-/// The vector along the normal whose length is the area.
-inline Vec3 area_vector(const std::vector<Vec3>& corners) {
-    Vec3 sum;
-    for (size_t i = 2; i < corners.size(); i++)
-        sum = sum + cross(corners[i - 1] - corners[0], corners[i] - corners[0]);
-    return sum * 0.5;
-}
-
 /// How far corner i turns left about an axis: the cross product of its two edges along the axis.
 inline double turn(const std::vector<Vec3>& corners, size_t i, Vec3 axis) {
     const size_t n = corners.size();
