@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <vector>
@@ -248,6 +249,18 @@ inline Judgement judge(const PackInput& set, const Packing& packing, const PackO
             judgement.overlap = judgement.overlap || (other != c && odd[other] != 0);
     }
     return judgement;
+}
+
+/// Expects the gutter between all charts, no overlap, shapes as they were, and all inside the
+/// texture.
+inline void expect_good_layout(const PackInput& set, const Packing& packing,
+                               const PackOptions& options) {
+    const Judgement seen = judge(set, packing, options, options.gutter + 2);
+    EXPECT_GE(seen.gap, options.gutter);
+    EXPECT_FALSE(seen.overlap);
+    EXPECT_FALSE(seen.distorted);
+    EXPECT_GE(seen.low, 0);
+    EXPECT_LE(seen.high, 1);
 }
 
 } // namespace tessora::atlas::test

@@ -26,12 +26,7 @@ double expect_valid(const PackInput& set, const PackOptions& options) {
         return 0;
     EXPECT_EQ(packing.placements.size(), set.count());
     EXPECT_GT(packing.scale, 0);
-    const Judgement seen = judge(set, packing, options, options.gutter + 2);
-    EXPECT_GE(seen.gap, options.gutter);
-    EXPECT_FALSE(seen.overlap);
-    EXPECT_FALSE(seen.distorted);
-    EXPECT_GE(seen.low, 0);
-    EXPECT_LE(seen.high, 1);
+    expect_good_layout(set, packing, options);
     for (const Placement& p : packing.placements)
         EXPECT_NEAR(p.cosine * p.cosine + p.sine * p.sine, 1, 1e-12);
     return packing.coverage;
