@@ -7,18 +7,10 @@
 /// Neither costs the others anything: no edge is opened for them.
 #pragma once
 
+#include "atlas/geometry/loose.h"
 #include "atlas/geometry/surface.h"
 
-#include <functional>
-
 namespace tessora::atlas {
-
-/// What decides where triangles without area are hung.
-struct LooseHints {
-    std::vector<uint8_t> point; ///< per triangle: 1 when all its corners are in one place
-    /// Per half-edge of triangles without area: its mate across a false edge, or k_none.
-    std::vector<uint32_t> inner_mate;
-};
 
 struct Sheets {
     std::vector<uint32_t> kept;    ///< triangles that are laid out, ordered by shape (order.h)
@@ -43,20 +35,5 @@ struct SheetOptions {
 
 /// Opens the edges between twins in `s` and finds what follows what.
 Sheets find_sheets(Surface& s, const SheetOptions& options);
-
-/// A triangle hung on another. Both half-edges run between the same two vertices; for a triangle
-/// that is a point they merely start at the same vertex.
-struct Attachment {
-    uint32_t own, host;
-};
-
-/// Hangs the `loose` triangles, one after the other, on placed ones: on one of the same polygon,
-/// else rather where the two are wound alike, else on the nearest in number. One that has no
-/// neighbour which is placed or can be is kept where it is: `keep` says what is placed with it.
-/// Shape:  vertex[3*faces]; placed[faces], 1 when placed and 1 for all of `loose` afterwards.
-std::vector<Attachment>
-attach_loose(Span<uint32_t> vertex, const LooseHints& hints, const std::vector<uint32_t>& loose,
-             std::vector<uint8_t>& placed,
-             const std::function<std::vector<uint32_t>(uint32_t triangle)>& keep);
 
 } // namespace tessora::atlas
