@@ -19,6 +19,11 @@ constexpr double k_straight_run = 12;
 /// Charts with more than this share of straight border parallel to one pair of axes stand straight.
 constexpr double k_straight_share = 0.06;
 
+/// Up to this many charts may leave much of the texture empty if they stand straight. Then those
+/// with a smaller share tilt, if that makes all larger by more than this factor.
+constexpr size_t k_few_charts = 3;
+constexpr double k_mostly_straight = 0.5, k_worth_tilting = 1.015;
+
 /// Share of the room that charts usually fill.
 constexpr double k_likely_fill = 0.75;
 
@@ -47,9 +52,12 @@ Vec2 nearest_to_x(Vec2 axis) {
     return axis.x < 0 ? Vec2{-axis.x, -axis.y} : axis;
 }
 
-/// Sets the charts' axes and how they may turn from there.
-void choose_axes(ChartChains& chains, const PackOptions& options, const PackRoom& room) {
+/// Sets the charts' axes and how they may turn from there: those with more than `straight_share` of
+/// straight border stand along it. Returns how many do.
+size_t choose_axes(ChartChains& chains, const PackOptions& options, const PackRoom& room,
+                   double straight_share) {
     const double min_run = k_straight_run / likely_scale(chains, options, room);
+    size_t standing = 0;
     for (ChartShape& shape : chains.shapes) {
         if (shape.kept || shape.chain_begin == shape.chain_end)
             continue;
@@ -61,50 +69,21 @@ void choose_axes(ChartChains& chains, const PackOptions& options, const PackRoom
         }
         const StraightBorder straight =
             shape.apart ? StraightBorder{} : find_straight_border(chains, shape, min_run);
-        const bool stands = straight.length > k_straight_share * straight.perimeter;
+        const bool stands = straight.length > straight_share * straight.perimeter;
         if (stands)
             stand_along(chains, straight.axis, shape);
+        standing += stands;
         shape.turns_finely = shape.turns_finely && !stands;
         if (options.turns == Turns::none)
             stand_along(chains, nearest_to_x(shape.axis), shape);
     }
+    return standing;
 }
 
-} // namespace
-
-InnerRectangle inner_rectangle(uint32_t width, uint32_t height, float gutter) {
-    const double w = width, h = height, left = 1 - double(gutter) / std::min(w, h);
-    return {w * left, h * left, std::max(w, h) * left};
-}
-
-double safe_gutter(uint32_t width, uint32_t height, float gutter) {
-    return double(gutter) + 1.0 / 1024 + 40.0 * std::max(width, height) / 16777216.0;
-}
-
-uint64_t gutter_capacity(uint32_t width, uint32_t height, float gutter) {
-    const InnerRectangle inner = inner_rectangle(width, height, gutter);
-    if (!(inner.width > 0) || !(inner.height > 0))
-        return 0;
-    if (!(gutter > 0))
-        return ~uint64_t(0);
-    const double columns = std::floor(inner.width / gutter) + 1;
-    const double rows = std::floor(inner.height / gutter) + 1;
-    const double product = columns * rows;
-    return product < 9e18 ? uint64_t(product) : ~uint64_t(0);
-}
-
-PackRoom room_of(const PackOptions& options) {
-    const InnerRectangle inner = inner_rectangle(options.width, options.height, options.gutter);
-    return {inner.width, inner.height, safe_gutter(options.width, options.height, options.gutter),
-            gutter_capacity(options.width, options.height, options.gutter)};
-}
-
-Packing pack_charts(const PackCharts& charts, const PackOptions& options, const PackRoom& room) {
+/// Places the charts with the turns that their shapes allow.
+Packing lay_out(const ChartChains& chains, const PackOptions& options, const PackRoom& room) {
     Packing packing;
-    ChartChains chains = chain_borders(charts);
-    choose_axes(chains, options, room);
-    const size_t count = chains.shapes.size();
-    packing.placements.assign(count, Placement());
+    packing.placements.assign(chains.shapes.size(), Placement());
     uint64_t present = 0, kept = 0;
     double extent = 0;
     for (const ChartShape& shape : chains.shapes) {
@@ -137,6 +116,67 @@ Packing pack_charts(const PackCharts& charts, const PackOptions& options, const 
     if (packing.status == Status::ok)
         packing.coverage = covered(chains, packing.scale, options);
     return packing;
+}
+
+/// The options of a part of the work, which reports its progress from `begin` to `end`.
+PackOptions part_of(const PackOptions& options, double begin, double end) {
+    PackOptions part = options;
+    if (options.proceed)
+        part.proceed = [&options, begin, end](double done) {
+            return options.proceed(begin + (end - begin) * done);
+        };
+    return part;
+}
+
+} // namespace
+
+InnerRectangle inner_rectangle(uint32_t width, uint32_t height, float gutter) {
+    const double w = width, h = height, left = 1 - double(gutter) / std::min(w, h);
+    return {w * left, h * left, std::max(w, h) * left};
+}
+
+double safe_gutter(uint32_t width, uint32_t height, float gutter) {
+    return double(gutter) + 1.0 / 1024 + 40.0 * std::max(width, height) / 16777216.0;
+}
+
+uint64_t gutter_capacity(uint32_t width, uint32_t height, float gutter) {
+    const InnerRectangle inner = inner_rectangle(width, height, gutter);
+    if (!(inner.width > 0) || !(inner.height > 0))
+        return 0;
+    if (!(gutter > 0))
+        return ~uint64_t(0);
+    const double columns = std::floor(inner.width / gutter) + 1;
+    const double rows = std::floor(inner.height / gutter) + 1;
+    const double product = columns * rows;
+    return product < 9e18 ? uint64_t(product) : ~uint64_t(0);
+}
+
+PackRoom room_of(const PackOptions& options) {
+    const InnerRectangle inner = inner_rectangle(options.width, options.height, options.gutter);
+    return {inner.width, inner.height, safe_gutter(options.width, options.height, options.gutter),
+            gutter_capacity(options.width, options.height, options.gutter)};
+}
+
+Packing pack_charts(const PackCharts& charts, const PackOptions& options, const PackRoom& room) {
+    ChartChains chains = chain_borders(charts);
+    const bool may_tilt = chains.shapes.size() <= k_few_charts && options.turns == Turns::any &&
+                          !options.align && options.tiles == 1;
+    if (!may_tilt) {
+        choose_axes(chains, options, room, k_straight_share);
+        return lay_out(chains, options, room);
+    }
+    ChartChains tilted = chains;
+    const size_t standing = choose_axes(chains, options, room, k_straight_share);
+    if (choose_axes(tilted, options, room, k_mostly_straight) == standing)
+        return lay_out(chains, options, room);
+    const Packing straight = lay_out(chains, part_of(options, 0, 0.5), room);
+    if (straight.status == Status::aborted)
+        return straight;
+    const Packing other = lay_out(tilted, part_of(options, 0.5, 1), room);
+    const bool better =
+        other.status == Status::ok &&
+        (straight.status != Status::ok || other.scale > k_worth_tilting * straight.scale);
+    return better || other.status == Status::aborted ? other : straight;
 }
 
 } // namespace tessora::atlas

@@ -80,6 +80,29 @@ TEST(Pack, ALongBoxIsAlignedWithALongTexture) {
     EXPECT_GT(expect_valid(set, options_of(128, 1024, 1)), 0.9);
 }
 
+TEST(Pack, AFewChartsWithLittleStraightBorderTiltIfThatMakesThemLarger) {
+    // A circle's segment of half its radius: along the diagonal it is longer than along an axis.
+    PackInput set;
+    std::vector<Point> segment;
+    for (int i = -60; i <= 60; ++i) {
+        const double a = i * 3.14159265358979 / 180;
+        segment.push_back({std::sin(a), std::cos(a)});
+    }
+    set.chart(segment);
+    const double straight = expect_valid(set, options_of(512, 512, 2, Quality::quality));
+    EXPECT_GT(straight, 0.28) << "standing on its chord it covers 0.2";
+}
+
+TEST(Pack, ALongBoxInASquareTextureStandsStraight) {
+    PackInput set;
+    set.chart({{0, 0}, {12, 5}, {11.5, 6.2}, {-0.5, 1.2}});
+    const Packing packing = pack_charts(set.face(), options_of(512, 512, 2));
+    ASSERT_EQ(packing.status, Status::ok);
+    const Placement& p = packing.placements[0];
+    const double x = p.cosine * 12 - p.sine * 5, y = p.sine * 12 + p.cosine * 5;
+    EXPECT_NEAR(std::min(std::abs(x), std::abs(y)), 0, 1e-9);
+}
+
 TEST(Pack, FourSquaresFillASquareTexture) {
     PackInput set;
     for (int i = 0; i < 4; ++i)
