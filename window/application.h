@@ -97,6 +97,8 @@ private:
     void save(bool as_new, std::function<void()> then = nullptr);
     void export_mesh();
     void choose_picture();
+    void choose_preset(const std::string& name);
+    void apply_preset(const std::string& name);
     void write(const std::string& path, const std::string& statement,
                std::function<void()> then = nullptr);
     void run_now(const std::string& statement);

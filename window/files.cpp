@@ -1,8 +1,12 @@
 // Opening, importing, saving and exporting from the window, and files dropped on it.
+#include "app/presets.h"
+#include "app/request_json.h"
 #include "host/script/value.h"
 #include "window/application.h"
+#include "window/node_settings.h"
 
 #include <filesystem>
+#include <nlohmann/json.hpp>
 
 namespace window {
 namespace {
@@ -11,6 +15,16 @@ namespace fs = std::filesystem;
 using host::script::quoted;
 
 std::string extension_of(const std::string& path) { return fs::path(path).extension().string(); }
+
+/// What a preset changes that no unwrap node has: "max_charts, align", or empty.
+std::string left_out(const app::UnwrapSettingsRequest& settings) {
+    const auto given = settings_to_json(settings), usual = app::settings_to_json({});
+    std::string names;
+    for (const char* name : {"max_charts", "density", "align", "stack", "effort"})
+        if (given[name] != usual[name])
+            names += (names.empty() ? "" : ", ") + std::string(name);
+    return names;
+}
 
 } // namespace
 
@@ -86,6 +100,33 @@ void Application::choose_picture() {
                      state_.display = Display::picture;
                      state_.say("The texture is " + path);
                  });
+}
+
+void Application::choose_preset(const std::string& name) {
+    if (name != k_preset_from_file)
+        return apply_preset(name);
+    const std::string folder = state_.opened_name.empty() ? options_.file : state_.opened_name;
+    chooser_.ask("Preset or report", "Use", (fs::path(folder).parent_path() / "").string(),
+                 {".json"}, [this](const std::string& path) { apply_preset(path); });
+}
+
+/// Sets the unwrap node's attributes to the defaults and what the preset changes. Which seams are
+/// kept stays, as cuts made by hand would be lost, unless a file says so.
+void Application::apply_preset(const std::string& name) {
+    if (!state_.subject.node)
+        return;
+    const app::UnwrapSettingsRequest now = settings_of(*state_.subject.node);
+    app::UnwrapSettingsRequest wanted;
+    wanted.keep_seams = now.keep_seams;
+    std::string error;
+    if (name != k_no_preset && !app::apply_preset(name, wanted, error))
+        return state_.console.error(error);
+    if (const std::string names = left_out(wanted); !names.empty())
+        state_.console.warning(name + ": the window has no " + names + "; tessora unwrap has");
+    const std::string statement = statement_changing(state_.subject.node_name(), now, wanted);
+    if (statement.empty())
+        return state_.say("The settings are those already");
+    state_.run(statement);
 }
 
 void Application::write(const std::string& path, const std::string& statement,

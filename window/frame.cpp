@@ -456,6 +456,8 @@ void Application::take_common_keys() {
     state_.wanted_scale = -1.0;
     if (std::exchange(state_.wants_picture, false))
         choose_picture();
+    if (!state_.wanted_preset.empty())
+        choose_preset(std::exchange(state_.wanted_preset, std::string()));
     if (!state_.wanted_file.empty())
         open_path(std::exchange(state_.wanted_file, std::string()), false);
 }

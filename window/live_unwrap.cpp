@@ -7,6 +7,7 @@
 #include "host/io/obj_reader.h"
 #include "host/io/write_file.h"
 #include "host/script/value.h"
+#include "window/node_settings.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -35,32 +36,11 @@ fs::path make_folder() {
     return fs::path();
 }
 
-double number(Node& node, const char* attribute) {
-    const Slot* slot = node.slot(attribute);
-    return slot ? slot->value.number() : 0.0;
-}
-
 std::string text(Node& node, const char* attribute) {
     const Slot* slot = node.slot(attribute);
     return slot && slot->value.kind() == host::graph::ValueKind::text
                ? slot->value.as_text().asChar()
                : std::string();
-}
-
-app::UnwrapSettingsRequest settings_of(Node& node) {
-    app::UnwrapSettingsRequest settings;
-    settings.mapchannel = "map1"; // the only set of the file that travels
-    settings.stretch = number(node, "Stretch");
-    settings.padding = static_cast<int>(number(node, "Padding"));
-    settings.width = static_cast<int>(number(node, "Texture_Width"));
-    settings.height = static_cast<int>(number(node, "Texture_Height"));
-    settings.high_quality = number(node, "High_Quality") != 0.0;
-    settings.keep_seams = number(node, "Keep_Borders") != 0.0;
-    settings.use_grooves = number(node, "Cut_Grooves") != 0.0;
-    settings.groove_angle = number(node, "Groove_Angle");
-    settings.use_ridges = number(node, "Cut_Ridges") != 0.0;
-    settings.ridge_angle = number(node, "Ridge_Angle");
-    return settings;
 }
 
 /// The set that the node writes; in its input, the one whose borders it keeps.
@@ -149,7 +129,7 @@ bool LiveUnwrap::follow(const Subject& subject, std::string& error) {
     if (folder_.empty())
         folder_ = make_folder();
     app::UnwrapRequest request;
-    request.settings = settings_of(*node);
+    request.settings = settings_of(*node); // whose "map1" is the only set of the file that travels
     request.input = (folder_ / "in.obj").string();
     request.output = (folder_ / "out.obj").string();
     if (child_.is_busy())

@@ -1,5 +1,6 @@
 #include "window/side_panels.h"
 
+#include "app/presets.h"
 #include "host/commands/session.h"
 #include "host/script/value.h"
 
@@ -245,6 +246,32 @@ void AttributePanel::draw_row(State& state, const ShownAttribute& row) {
     ImGui::PopID();
 }
 
+namespace {
+
+/// The button that lists the presets of the settings.
+void draw_presets(State& state) {
+    if (ImGui::Button("Preset"))
+        ImGui::OpenPopup("presets");
+    state.places.add_item("attribute/Preset");
+    if (!ImGui::BeginPopup("presets"))
+        return;
+    const auto item = [&](const char* label, const char* name, const char* help) {
+        if (ImGui::MenuItem(label))
+            state.wanted_preset = name;
+        state.places.add_item(std::string("preset/") + label);
+        if (ImGui::IsItemHovered())
+            ImGui::SetTooltip("%s", help);
+    };
+    item("Defaults", k_no_preset, "the settings of a new unwrap");
+    for (const app::Preset& preset : app::presets())
+        item(nice(preset.name).c_str(), preset.name, preset.summary);
+    ImGui::Separator();
+    item("From a file…", k_preset_from_file, "settings in JSON, or a report, whose settings count");
+    ImGui::EndPopup();
+}
+
+} // namespace
+
 void AttributePanel::draw_head(State& state) const {
     if (state.subject.node) {
         if (state.has_changed_rows)
@@ -255,6 +282,8 @@ void AttributePanel::draw_head(State& state) const {
         if (is_pressed)
             state.run(state.unwrap_again());
         state.places.add_item("attribute/Unwrap again");
+        ImGui::SameLine();
+        draw_presets(state);
         ImGui::SameLine();
     }
     ImGui::AlignTextToFramePadding();

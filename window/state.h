@@ -33,6 +33,10 @@ inline constexpr int k_display_count = 6;
 /// The unwrap node recomputes when this is 0, and then sets it to 1.
 inline constexpr const char* k_skip_attribute = "Skip_compute";
 
+/// What stands for no preset and for one in a file, where presets are named.
+inline constexpr const char* k_no_preset = "defaults";
+inline constexpr const char* k_preset_from_file = "file";
+
 /// Snapshot of one attribute for the attribute panel.
 struct ShownAttribute {
     std::string plug; ///< "node.attribute"
@@ -78,6 +82,7 @@ struct State {
 
     double wanted_scale = -1.0; ///< picked in the menu; 0: as the screen asks for, negative: none
     std::string wanted_file;    ///< picked from the recent files; empty if none
+    std::string wanted_preset;  ///< picked in the settings' head; empty if none
 
     Display display = Display::charts;
     TexturePicture picture;      ///< shown as the texture in that mode

@@ -4,7 +4,7 @@
     drive_window.py PROGRAM FOLDER    screenshots of every step go to FOLDER
 
 Opens a mesh, unwraps it by the menu, changes the stretch on the node, unwraps again, undoes twice,
-saves. Fails with a sentence if a step has not the expected effect.
+sets presets, saves. Fails with a sentence if a step has not the expected effect.
 """
 import re
 import sys
@@ -115,6 +115,45 @@ def undo_and_redo(window, scratch, before, first, second):
     tell("undone twice and once more, redone")
 
 
+def choose_presets(window, scratch):
+    def setting(name, value):
+        window.statement(f"getAttr tessora_node1.{name};", rf"Result: {value}\n")
+
+    window.click_for("attribute/Preset", "preset/Hard surface")
+    window.picture("presets")
+    window.click("preset/Hard surface")
+    window.wait_gone("preset/Hard surface")
+    setting("Groove_Angle", "60")
+    setting("Cut_Ridges", "1")
+    window.key("F2", "ctrl+z")
+    setting("Groove_Angle", "90")
+    setting("Cut_Ridges", "0")
+    window.click_for("attribute/Preset", "preset/Bake")
+    window.click("preset/Bake")
+    window.wait_gone("preset/Bake")
+    setting("Texture_Width", "2048")
+    mine = scratch / "mine.json"
+    mine.write_text('{"padding": 7, "align": true}')
+    window.click_for("attribute/Preset", "preset/From a file…")
+    window.click_for("preset/From a file…", "file/path/active")
+    window.type(str(mine))
+    window.key("Return")
+    window.wait_said(r"the window has no align; tessora unwrap has")
+    setting("Padding", "7")
+    setting("Texture_Width", "512")  # a preset changes the defaults, not the preset before it
+    mine.write_text('{"paddings": 7}')
+    window.click_for("attribute/Preset", "preset/From a file…")
+    window.click_for("preset/From a file…", "file/path/active")
+    window.type(str(mine))
+    window.key("Return")
+    window.wait_said(r"the settings have no 'paddings'")
+    window.click_for("attribute/Preset", "preset/Defaults")
+    window.click("preset/Defaults")
+    window.wait_gone("preset/Defaults")
+    setting("Padding", "2")
+    tell("settings from presets and files, each one step of undo")
+
+
 def save(window, scene):
     window.key("ctrl+s")
     window.wait_for("file/path/active")
@@ -137,6 +176,7 @@ def drive(window, scratch):
     fail_unless(before != first and first != second, "an unwrap changed nothing")
     light_charts(window)
     undo_and_redo(window, scratch, before, first, second)
+    choose_presets(window, scratch)
     save(window, scratch / "ball.ma")
     window.key("ctrl+q")
     window.wait_end()
