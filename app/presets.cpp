@@ -95,4 +95,13 @@ bool apply_preset(const std::string& name, UnwrapSettingsRequest& settings, std:
     return false;
 }
 
+std::string settings_without_node(const UnwrapSettingsRequest& settings) {
+    const auto given = settings_to_json(settings), usual = settings_to_json({});
+    std::string names;
+    for (const char* name : {"max_charts", "density", "align", "stack", "effort"})
+        if (given[name] != usual[name])
+            names += (names.empty() ? "" : ", ") + std::string(name);
+    return names;
+}
+
 } // namespace app

@@ -22,4 +22,8 @@ const std::vector<Preset>& presets();
 /// Errors: false with a sentence in `error`.
 bool apply_preset(const std::string& name, UnwrapSettingsRequest& settings, std::string& error);
 
+/// The settings that are changed but that no unwrap node has: "max_charts, align"; empty if none.
+/// Those of single file formats are not among them.
+std::string settings_without_node(const UnwrapSettingsRequest& settings);
+
 } // namespace app

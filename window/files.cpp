@@ -1,12 +1,10 @@
 // Opening, importing, saving and exporting from the window, and files dropped on it.
 #include "app/presets.h"
-#include "app/request_json.h"
 #include "host/script/value.h"
 #include "window/application.h"
 #include "window/node_settings.h"
 
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 namespace window {
 namespace {
@@ -15,16 +13,6 @@ namespace fs = std::filesystem;
 using host::script::quoted;
 
 std::string extension_of(const std::string& path) { return fs::path(path).extension().string(); }
-
-/// What a preset changes that no unwrap node has: "max_charts, align", or empty.
-std::string left_out(const app::UnwrapSettingsRequest& settings) {
-    const auto given = settings_to_json(settings), usual = app::settings_to_json({});
-    std::string names;
-    for (const char* name : {"max_charts", "density", "align", "stack", "effort"})
-        if (given[name] != usual[name])
-            names += (names.empty() ? "" : ", ") + std::string(name);
-    return names;
-}
 
 } // namespace
 
@@ -121,7 +109,7 @@ void Application::apply_preset(const std::string& name) {
     std::string error;
     if (name != k_no_preset && !app::apply_preset(name, wanted, error))
         return state_.console.error(error);
-    if (const std::string names = left_out(wanted); !names.empty())
+    if (const std::string names = app::settings_without_node(wanted); !names.empty())
         state_.console.warning(name + ": the window has no " + names + "; tessora unwrap has");
     const std::string statement = statement_changing(state_.subject.node_name(), now, wanted);
     if (statement.empty())

@@ -48,6 +48,16 @@ TEST(Presets, ReportGivesItsSettings) {
     EXPECT_EQ(7, parsed({"m.obj", "--preset", dir.path("report.json")}).settings.padding);
 }
 
+TEST(Presets, SettingsThatNoUnwrapNodeHasAreNamed) {
+    app::UnwrapSettingsRequest settings;
+    settings.width = 1024;
+    settings.texcoord = 1;
+    EXPECT_EQ("", app::settings_without_node(settings));
+    settings.align = true;
+    settings.max_charts = 5;
+    EXPECT_EQ("max_charts, align", app::settings_without_node(settings));
+}
+
 TEST(PresetsRefuse, UnknownNames) {
     EXPECT_EQ(
         "there is no preset 'baked'; presets are bake, paint, hard_surface, organic, lightmap "
