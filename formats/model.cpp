@@ -2,6 +2,7 @@
 
 #include "host/io/obj_scale.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace formats {
@@ -37,7 +38,9 @@ public:
     Placer(const Model& from, Model& to)
         : from_(from), to_(to), matrices_(world_matrices(from)), polygons_(polygons_by_part(from)),
           vertices_(from.vertex_count(), host::k_obj_none) {}
-    bool place(size_t node);
+    void place(size_t node);
+    /// Of the result.
+    uint64_t corner_count() const;
 
 private:
     uint32_t vertex(uint32_t old, const Matrix& matrix);
@@ -85,13 +88,28 @@ void Placer::copy_corner(uint32_t corner, const std::array<double, 9>& turn) {
             turn[row] * double(n[0]) + turn[row + 3] * double(n[1]) + turn[row + 6] * double(n[2]);
         length += turned[row] * turned[row];
     }
+    if (!std::isfinite(length)) {
+        to_.normals.corner.push_back(host::k_obj_none);
+        return;
+    }
     length = length > 0.0 ? std::sqrt(length) : 1.0;
     const float value[3] = {float(turned[0] / length), float(turned[1] / length),
                             float(turned[2] / length)};
     to_.normals.add(value);
 }
 
-bool Placer::place(size_t node) {
+uint64_t Placer::corner_count() const {
+    std::vector<uint64_t> corners(polygons_.size(), 0);
+    for (size_t part = 0; part < polygons_.size(); ++part)
+        for (const uint32_t p : polygons_[part])
+            corners[part] += from_.corner_begin[p + 1] - from_.corner_begin[p];
+    uint64_t count = 0;
+    for (const ModelNode& node : from_.nodes)
+        count += node.part < 0 ? 0 : corners[size_t(node.part)];
+    return count;
+}
+
+void Placer::place(size_t node) {
     const auto part = uint32_t(from_.nodes[node].part);
     const Matrix& matrix = matrices_[node];
     std::array<double, 9> turn = cofactors(matrix);
@@ -111,13 +129,10 @@ bool Placer::place(size_t node) {
         to_.corner_begin.push_back(uint32_t(to_.corner_vertex.size()));
         to_.polygon_material.push_back(from_.polygon_material[p]);
         to_.polygon_part.push_back(new_part);
-        if (to_.corner_vertex.size() > k_max_corners)
-            return false;
     }
     for (const uint32_t old : used_)
         vertices_[old] = host::k_obj_none;
     used_.clear();
-    return true;
 }
 
 } // namespace
@@ -202,11 +217,18 @@ bool flatten(const Model& original, Model& flat, std::string& error) {
     for (size_t i = 0; i < model.other_uvs.size(); ++i)
         begin_layer(model.other_uvs[i], flat.other_uvs[i]);
     Placer placer(model, flat);
+    if (placer.corner_count() > k_max_corners) {
+        error = "its instances have more than 2147483647 corners together";
+        return false;
+    }
     for (size_t node = 0; node < model.nodes.size(); ++node)
-        if (model.nodes[node].part >= 0 && !placer.place(node)) {
-            error = "its instances have more than 2147483647 corners together";
-            return false;
-        }
+        if (model.nodes[node].part >= 0)
+            placer.place(node);
+    const auto is_finite = [](float value) { return std::isfinite(value); };
+    if (!std::all_of(flat.positions.begin(), flat.positions.end(), is_finite)) {
+        error = "its nodes move vertices beyond what single precision can hold";
+        return false;
+    }
     return true;
 }
 

@@ -69,7 +69,8 @@ host::ObjDocument document_of(const Model& model, const std::string& name);
 void add_missing_nodes(Model& model);
 /// All parts where their nodes show them, as one mesh in one space, a part for each showing. A node
 /// that mirrors reverses the polygons.
-/// Errors: false with a reason in `error` if that is more than 2^31 - 1 corners.
+/// Errors: false with a reason in `error` if that is more than 2^31 - 1 corners, or positions that
+///         are not finite.
 bool flatten(const Model& model, Model& flat, std::string& error);
 /// The polygons of each part.
 std::vector<std::vector<uint32_t>> polygons_by_part(const Model& model);

@@ -46,6 +46,7 @@ public:
 private:
     template <class T>
     bool take(uint64_t count, std::vector<T>& values);
+    bool read_layer(const Json& facts, size_t components, ModelLayer& layer);
     bool read_layers(const Json& json);
     bool read_nodes(const Json& json);
     bool read(const Json& json);
@@ -66,25 +67,37 @@ bool Reader::take(uint64_t count, std::vector<T>& values) {
     return true;
 }
 
+/// Reads a layer whose values have so many numbers.
+bool Reader::read_layer(const Json& facts, size_t components, ModelLayer& layer) {
+    layer.name = facts.at("name").get<std::string>();
+    layer.components = facts.at("components").get<size_t>();
+    if (!take(facts.at("values").get<uint64_t>(), layer.values) ||
+        !take(facts.at("corners").get<uint64_t>(), layer.corner))
+        return false;
+    if (!layer.is_present())
+        return layer.values.empty();
+    const auto is_known = [&](uint32_t id) {
+        return id == k_obj_none || id < layer.values.size() / components;
+    };
+    return layer.components == components && layer.values.size() % components == 0 &&
+           layer.corner.size() == model_.corner_vertex.size() &&
+           std::all_of(layer.corner.begin(), layer.corner.end(), is_known) &&
+           are_finite(layer.values);
+}
+
 bool Reader::read_layers(const Json& json) {
-    size_t number = 0;
-    bool good = json.size() >= 3 && json.size() <= 11;
-    model_.other_uvs.resize(good ? json.size() - 3 : 0);
-    visit_layers(model_, [&](ModelLayer& layer) {
-        const Json& facts = json.at(number++);
-        layer.name = facts.at("name").get<std::string>();
-        layer.components = facts.at("components").get<size_t>();
-        good = good && layer.components <= 4 &&
-               take(facts.at("values").get<uint64_t>(), layer.values) &&
-               take(facts.at("corners").get<uint64_t>(), layer.corner);
-        if (!good || !layer.is_present())
-            return;
-        good = layer.components >= 2 && layer.corner.size() == model_.corner_vertex.size();
-        for (const uint32_t id : layer.corner)
-            good = good && (id == k_obj_none || id < layer.values.size() / layer.components);
-        good = good && are_finite(layer.values);
-    });
-    return good;
+    constexpr size_t k_first = 3, k_most_sets = 8;
+    if (json.size() < k_first || json.size() > k_first + k_most_sets ||
+        !read_layer(json.at(0), 2, model_.uvs) || !read_layer(json.at(1), 3, model_.normals) ||
+        !read_layer(json.at(2), 4, model_.colors))
+        return false;
+    for (size_t i = k_first; i < json.size(); ++i) {
+        model_.other_uvs.emplace_back();
+        if (!read_layer(json.at(i), 2, model_.other_uvs.back()) ||
+            !model_.other_uvs.back().is_present())
+            return false;
+    }
+    return true;
 }
 
 bool Reader::read_nodes(const Json& json) {

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets and runs each for a minute from its corpus in fuzz/corpus/.
 #
-#   tools/fuzz.sh [TARGET...]            obj, scene, script, options, gltf, ply, stl, engine, pack, c_interface,
-#                                        false_edges, mesh, measure
+#   tools/fuzz.sh [TARGET...]            obj, scene, script, options, gltf, ply, stl, import, engine, pack,
+#                                        c_interface, false_edges, mesh, measure
 #   tools/fuzz.sh --brief [TARGET...]    10 seconds each
 #   tools/fuzz.sh --seconds N [TARGET...]
 #
@@ -22,7 +22,7 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
-[ ${#targets[@]} -gt 0 ] || targets=(obj scene script options gltf ply stl engine pack c_interface false_edges mesh measure)
+[ ${#targets[@]} -gt 0 ] || targets=(obj scene script options gltf ply stl import engine pack c_interface false_edges mesh measure)
 
 tools/setup.sh
 tools/setup.sh tools/packages-fuzz.txt

@@ -156,7 +156,7 @@ TEST_F(BatchPageProgram, MergeHasOneLineAMeshOverShards) {
                     ended.out);
     }
     const Ended merged = test::run({"report", "merge", dir.path("s0.jsonl"), dir.path("s1.jsonl"),
-                                    "-o", dir.path("all.jsonl")});
+                                    "--output", dir.path("all.jsonl")});
     EXPECT_EQ(0, merged.code) << merged.err;
     const auto list = rows("all.jsonl");
     ASSERT_EQ(3u, list.size());

@@ -311,6 +311,9 @@ TEST(ModelStream, ReadsBackWhatWasWrittenAndRefusesEveryDamage) {
     EXPECT_TRUE(refused([](formats::Model& m) { m.polygon_part[0] = 1; }));
     EXPECT_TRUE(refused([](formats::Model& m) { m.polygon_material[0] = 1; }));
     EXPECT_TRUE(refused([](formats::Model& m) { m.normals.corner[1] = 1; }));
+    EXPECT_TRUE(refused([](formats::Model& m) { m.normals.components = 2; }));
+    EXPECT_TRUE(refused([](formats::Model& m) { m.uvs.values = {0, 0}; })) << "of no corner";
+    EXPECT_TRUE(refused([](formats::Model& m) { m.other_uvs.resize(1); })) << "an absent set";
     EXPECT_TRUE(refused([](formats::Model& m) { m.nodes[0].parent = 0; }));
     EXPECT_TRUE(refused([](formats::Model& m) { m.nodes[0].part = 1; }));
     EXPECT_TRUE(refused([](formats::Model& m) { m.normals.values[0] = NAN; }));

@@ -134,7 +134,7 @@ TEST_F(PackProgram, KeepsChartsOfNamedGroups) {
                              "5\nvt .2 .2\nvt .6 .2\nvt .6 .6\nvt .2 .6\ng stays\n"
                              "f 1/1 2/2 3/3 4/4\ng moves\nf 5/1 6/2 7/3 8/4\n";
     const std::string file = dir.put("two.obj", text);
-    const Ended ended = pack({file, "--keep", "stays", "-o", dir.path("out.obj")});
+    const Ended ended = pack({file, "--keep", "stays", "--output", dir.path("out.obj")});
     ASSERT_EQ(0, ended.code) << ended.err;
     EXPECT_EQ(1, packed()["kept"]);
     const host::ObjDocument d = read("out.obj");

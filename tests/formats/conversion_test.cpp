@@ -213,4 +213,52 @@ TEST(Conversion, CoordinatesThatDoNotFitAreRefused) {
     EXPECT_EQ("the UV set does not fit the mesh", error);
 }
 
+/// A triangle with normals, which a node shows through this matrix.
+Model shown_through(const formats::Matrix& matrix) {
+    Model model;
+    model.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    model.corner_begin = {0, 3};
+    model.corner_vertex = {0, 1, 2};
+    model.polygon_material = {host::k_obj_none};
+    model.polygon_part = {0};
+    model.parts = {"part"};
+    model.normals = {"", 3, {0, 0, 1}, {0, 0, 0}};
+    model.nodes = {{"node", -1, 0, matrix}};
+    return model;
+}
+
+TEST(Flattening, RefusesNodesThatMoveVerticesOutOfRange) {
+    formats::Matrix matrix = formats::k_identity;
+    matrix[12] = 1e39;
+    Model flat;
+    std::string error;
+    EXPECT_FALSE(formats::flatten(shown_through(matrix), flat, error));
+    EXPECT_EQ("its nodes move vertices beyond what single precision can hold", error);
+    matrix[12] = 1e38;
+    EXPECT_TRUE(formats::flatten(shown_through(matrix), flat, error));
+}
+
+TEST(Flattening, LeavesOutNormalsThatHaveNoDirectionAnyMore) {
+    formats::Matrix matrix = formats::k_identity;
+    matrix[0] = matrix[5] = 1e-200;
+    matrix[10] = 1e200;
+    matrix[1] = 1e200;
+    Model model = shown_through(matrix), flat;
+    model.positions = {0, 0, 0, 0, 0, 0, 0, 0, 0};
+    std::string error;
+    ASSERT_TRUE(formats::flatten(model, flat, error)) << error;
+    EXPECT_EQ(std::vector<uint32_t>(3, host::k_obj_none), flat.normals.corner);
+}
+
+TEST(Flattening, RefusesInstancesWithMoreCornersThanCanBeNumbered) {
+    Model model = shown_through(formats::k_identity), flat;
+    model.normals = {};
+    model.corner_vertex.resize(66000, 0);
+    model.corner_begin = {0, 66000};
+    model.nodes.resize(33000, model.nodes[0]); // 2.18 thousand million corners
+    std::string error;
+    EXPECT_FALSE(formats::flatten(model, flat, error));
+    EXPECT_EQ("its instances have more than 2147483647 corners together", error);
+}
+
 } // namespace

@@ -23,6 +23,8 @@ def colours(window, name):
 
 def see_the_files_own_seams(window):
     window.wait_for("panel/modelPanel4")
+    window.wait_said("asked at the start\n")
+    window.wait_said(r"the window was ready after [0-9.]+ s")
     window.picture("own_seams")
     fail_unless(colours(window, "own_seams").get("00FF00", 0) > 30,
                 "the seam of the file's own UVs is not drawn")
@@ -92,7 +94,7 @@ def drive(window, _):
 def make_mesh(scratch):
     # Their coordinates overlap.
     write_squares(scratch / "squares.obj", (0.1, 0.1, 0.5, 0.5), (0.3, 0.3, 0.7, 0.7))
-    return (str(scratch / "squares.obj"),)
+    return (str(scratch / "squares.obj"), "--exec", 'print "asked at the start\\n";', "--verbose")
 
 
 if __name__ == "__main__":
