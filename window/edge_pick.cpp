@@ -62,8 +62,6 @@ std::vector<uint32_t> edges_inside(const host::Mesh& mesh, const Projection& pro
                                    const std::vector<ScreenPoint>& lasso,
                                    const std::function<bool(const host::Float3&)>& is_visible) {
     std::vector<uint32_t> inside;
-    if (lasso.size() < 3)
-        return inside;
     for (uint32_t edge = 0; edge < mesh.connectivity().edge_count(); ++edge) {
         const auto& [a, b] = mesh.connectivity().edge(edge);
         const host::Float3 &p = mesh.points()[a], &q = mesh.points()[b];
@@ -77,29 +75,23 @@ std::vector<uint32_t> edges_inside(const host::Mesh& mesh, const Projection& pro
 
 std::vector<uint32_t> path_between(const host::Mesh& mesh, uint32_t from, uint32_t to) {
     const host::Connectivity& polygons = mesh.connectivity();
-    if (from == to)
-        return {from};
     const uint32_t starts[] = {polygons.edge(from).first, polygons.edge(from).second};
     const uint32_t ends[] = {polygons.edge(to).first, polygons.edge(to).second};
     std::vector<uint32_t> best;
-    double least = std::numeric_limits<double>::max();
+    double least = 0.0; // length of `best`
     for (const uint32_t start : starts)
         for (const uint32_t end : ends) {
             std::vector<uint32_t> path = host::shortest_edge_path(mesh, start, end);
-            if (path.empty() && start != end)
-                continue;
             path.push_back(from);
             path.push_back(to);
             std::sort(path.begin(), path.end());
             path.erase(std::unique(path.begin(), path.end()), path.end());
             const double length = length_of(mesh, path);
-            if (length < least) {
+            if (best.empty() || length < least) {
                 least = length;
                 best = std::move(path);
             }
         }
-    if (best.empty())
-        best = {std::min(from, to), std::max(from, to)};
     return best;
 }
 

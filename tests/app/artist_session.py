@@ -23,6 +23,7 @@ select -cl;
 polyMapCut `polySelect -ass -edgeLoop {loops[0]} $mesh`;
 polyMapCut `polySelect -ass -edgeLoop {loops[1]} $mesh`;
 polyMapCut `polySelect -ass -edgeLoop {loops[2]} $mesh`;
+file -f -exportAll "{folder}/cut.obj";
 select $mesh;
 tessora -keep_seams on -stretch 1;
 polyEditUV -u 0.25 -v 0.125 `polyListComponentConversion -toUV -uvShell ($mesh + ".f[0]")`;
@@ -57,6 +58,19 @@ def corners(file):
     return faces, materials
 
 
+def seams(file):
+    """The edges, pairs of vertices, whose two sides have texture coordinates of their own."""
+    sides = {}
+    for line in file.read_text().splitlines():
+        if not line.startswith("f "):
+            continue
+        corners = [tuple(map(int, word.split("/")[:2])) for word in line.split()[1:]]
+        for ends in zip(corners, corners[1:] + corners[:1]):
+            (a, uv_a), (b, uv_b) = sorted(ends)
+            sides.setdefault((a, b), set()).add((uv_a, uv_b))
+    return {edge for edge, uvs in sides.items() if len(uvs) > 1}
+
+
 def fail_unless(condition, sentence):
     if not condition:
         raise SystemExit(sentence)
@@ -86,6 +100,8 @@ def main():
         saved, saved_materials = corners(folder / "saved.obj")
         undone, _ = corners(folder / "undone.obj")
         fail_unless(undone == own, "undo all the way does not give the file's own coordinates")
+        fail_unless(seams(folder / "saved.obj") == seams(folder / "cut.obj") != seams(mesh),
+                    "the charts do not end at the seams that were cut")
         fail_unless(saved != own, "the session changed nothing")
         run(program, "-c", f'loadPlugin tessora; file -f -o "{folder}/session.ma"; '
             f'file -f -exportAll "{folder}/again.obj";')

@@ -64,6 +64,21 @@ TEST_F(Program, TextureWithoutRoomIsAnsweredByOneWithRoom) {
     EXPECT_EQ(5, with_width(width / 2));
 }
 
+TEST_F(Program, PlyResultsHaveTheirCoordinatesWhereTheOptionSays) {
+    const std::string mesh = dir.put("cube.obj", k_cube), ply = dir.path("cube.ply");
+    const auto has_lists = [&](const Words& words) {
+        const Ended ended = run(words);
+        EXPECT_EQ(0, ended.code) << ended.err;
+        const bool lists = dir.get("cube.ply").find("float texcoord") != std::string::npos;
+        EXPECT_EQ(lists, dir.get("cube.ply").find("property float s") == std::string::npos);
+        return lists;
+    };
+    EXPECT_TRUE(has_lists({"unwrap", mesh, "-o", ply, "--ply_uvs", "face"}));
+    EXPECT_FALSE(has_lists({"unwrap", mesh, "-o", ply, "--ply_uvs", "vertex"}));
+    EXPECT_FALSE(has_lists({"unwrap", "--in_place", ply}));
+    EXPECT_TRUE(has_lists({"unwrap", "--in_place", ply, "--ply_uvs", "face"}));
+}
+
 TEST_F(Program, WritesBesideTheInputByDefault) {
     const Ended ended = run({"unwrap", dir.put("cube.obj", k_cube)});
     EXPECT_EQ(0, ended.code) << ended.err;

@@ -94,14 +94,32 @@ TEST_F(ChartCutterTest, CutsThatOnlyPayTogetherAreKept) {
 
 TEST_F(ChartCutterTest, NoMoreThanThreeCutsAreTriedTogether) {
     prepare(true, 24, 40);
-    cut_for(*cutter, {1, 1, 1, 1, 1.2});
+    cut_for(*cutter, {1, 1, 1, 1, 1.22});
     EXPECT_EQ(set->charts.size(), 2u);
 }
 
 TEST_F(ChartCutterTest, CuttingStopsAtTheChartLimit) {
-    prepare(true);
+    prepare(true, 24, 40);
     cut_for(*cutter, {1, 2, 4, 8, 16}, 4);
     EXPECT_EQ(set->charts.size(), 4u);
+}
+
+TEST_F(ChartCutterTest, CuttingEndsAfterTwoGroupsOfCutsThatDoNotPay) {
+    prepare(true, 64, 128);
+    for (const uint32_t chart : {0, 1, 0, 1, 2, 3})
+        ASSERT_TRUE(cutter->cut(chart));
+    cutter->accept();
+    EXPECT_EQ(cut_for(*cutter, {1}), 1u + 3 + 3);
+    EXPECT_EQ(set->charts.size(), 8u);
+}
+
+TEST_F(ChartCutterTest, NoMoreThanTwentyFourCutsAreMade) {
+    prepare(true, 64, 128); // room for 30
+    std::vector<double> coverages = {1};
+    while (coverages.size() < 40)
+        coverages.push_back(2 * coverages.back());
+    cut_for(*cutter, coverages);
+    EXPECT_EQ(set->charts.size(), 2u + 24);
 }
 
 /// A chart of columns x rows squares, and one square apart from it.
@@ -130,17 +148,19 @@ TEST_F(ChartWasteTest, AChartThatWastesLessThanFivePercentIsNotCut) {
 class ChartLineTest : public ChartCutterTest {
 protected:
     void SetUp() override {
-        build_flat(12, 8, true, [](int x, int y, bool) {
-            return y < 2 || x < 2 ? 0u : x == 11 && y == 7 ? 1u : 2u;
-        });
+        prepare([](int x, int y) { return y < 2 || x < 2 ? 0u : x == 11 && y == 7 ? 1u : 2u; });
+    }
+    void prepare(uint32_t (*chart)(int x, int y)) {
+        build_flat(12, 8, true, [=](int x, int y, bool) { return chart(x, y); });
         flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
         smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
         cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
     }
     /// The charts and the layouts asked for, for layouts of these coverages.
-    std::pair<size_t, size_t> cut_unasked(const std::vector<double>& coverages) {
+    std::pair<size_t, size_t> cut_unasked(const std::vector<double>& coverages,
+                                          uint32_t max_charts = 0) {
         size_t asked = 0;
-        cut_for_packing(*cutter, {0, false},
+        cut_for_packing(*cutter, {max_charts, false},
                         [&] { return coverages[std::min(asked++, coverages.size() - 1)]; });
         return {set->charts.size(), asked};
     }
@@ -157,6 +177,16 @@ TEST_F(ChartLineTest, AnLIsCutIntoItsArms) {
 
 TEST_F(ChartLineTest, ACutAlongALineThatLowersCoverageIsUndone) {
     EXPECT_EQ(cut_unasked({0.75, 0.749}), Seen(2, 2));
+}
+
+TEST_F(ChartLineTest, CutsAlongLinesStopAtTheChartLimit) {
+    for (const uint32_t limit : {0, 3, 2}) {
+        prepare([](int x, int y) { // a U
+            return y < 2 || x < 2 || x > 9 ? 0u : x == 6 && y == 7 ? 1u : 2u;
+        });
+        cut_unasked({0.75, 0.75}, limit);
+        EXPECT_EQ(set->charts.size(), limit == 0 ? 5u : limit);
+    }
 }
 
 TEST_F(ChartLineTest, ChartsThatFillTheTextureWellAreLeftWhole) {
