@@ -46,6 +46,9 @@ constexpr double k_worth_settling = 0.985;
 /// With more charts than this, rows that were full for one chart are skipped for similar ones.
 constexpr size_t k_max_thorough = 150;
 
+/// Fast mode searches on coarser grids up to this number of charts; more are too small for them.
+constexpr size_t k_max_coarse = 100;
+
 /// Tolerance of simplified borders, in cells: small against the half cell that the grid costs.
 constexpr double k_simplify_cells = 0.1;
 
@@ -130,6 +133,13 @@ struct Tuning {
         } else if (charts <= k_max_searched) {
             tuning.draft_effort = fast ? effort(1000000, 30) : effort(10000000, 100);
             tuning.middle_effort = fast ? 0 : tuning.draft_effort;
+        }
+        if (fast && !options.quick && charts <= k_max_coarse) {
+            // Inflating makes up for coarse grids, so that time is better spent on more layouts.
+            tuning.draft_cells = 192;
+            tuning.final_cells = 384;
+            tuning.tries = 2;
+            tuning.draft_effort = effort(2000000, 60);
         }
         return tuning;
     }
