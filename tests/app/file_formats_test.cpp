@@ -11,6 +11,11 @@ TEST(FileFormats, RefusalNamesTheFileAndTheToolThatConvertsIt) {
               "  Blender: File > Import, then File > Export as Wavefront OBJ",
               app::input_refusal("in/FILE.USDZ"));
     EXPECT_NE(std::string::npos, app::input_refusal("a.blend").find("Blender"));
+    for (const char* file : {"a.stp", "a.step", "a.igs", "a.IGES"})
+        EXPECT_NE(std::string::npos,
+                  app::input_refusal(file).find("a CAD program: export the shape as a mesh"))
+            << file;
+    EXPECT_NE(std::string::npos, app::input_refusal("a.mb").find("save it as .ma, or export OBJ"));
     EXPECT_NE(std::string::npos, app::input_refusal("a.ma").find("file -open \"a.ma\""));
 }
 

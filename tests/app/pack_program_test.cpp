@@ -378,6 +378,15 @@ TEST_F(PackProgram, VerifyChecksEveryTileByItself) {
     EXPECT_EQ(2, run({"verify", apart, "--tiles", "2", "--layout", dir.path("x.png")}).code);
 }
 
+TEST_F(PackProgram, MeshWithoutCoordinatesIsSentToUnwrap) {
+    const Ended ended = run({"pack", dir.put("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")});
+    EXPECT_EQ(5, ended.code);
+    EXPECT_NE(std::string::npos,
+              ended.err.find("m.obj: the mesh has no texture coordinates to pack; 'tessora "
+                             "unwrap' makes some"))
+        << ended.err;
+}
+
 TEST_F(PackProgram, HelpTellsTheOptions) {
     const Ended ended = run({"pack", "--help"});
     EXPECT_EQ(0, ended.code);

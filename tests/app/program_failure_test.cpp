@@ -66,6 +66,14 @@ TEST_F(ProgramFailure, InvalidOptionIsAUsageError) {
     expect_usage_error({"unwrap", "m.obj", "-pad", "2"}, "unknown option -pad");
 }
 
+TEST_F(ProgramFailure, WordsWithoutAMeaningAreAUsageError) {
+    expect_usage_error({"-c", "print 1", "more"}, "-c takes one text; see 'tessora script --help'");
+    expect_usage_error({"shell", "more"}, "shell takes no arguments; see 'tessora shell --help'");
+    expect_usage_error({"verify", "m.obj", "--tiles", "0"}, "--tiles must be between 1 and 100");
+    expect_usage_error({"verify", "m.obj", "--tiles", "2", "--layout", "m.png"},
+                       "--layout draws one texture; --tiles has several");
+}
+
 TEST_F(ProgramFailure, OutputOverTheInputIsAUsageError) {
     const std::string file = dir.put("cube.obj", k_cube);
     expect_usage_error({"unwrap", file, "-o", file},
@@ -95,6 +103,18 @@ TEST_F(ProgramFailure, OtherMeshFormatsAreInputErrors) {
     EXPECT_EQ(3, ended.code);
     EXPECT_NE(std::string::npos, ended.err.find("m.USD: USD files cannot be read, only OBJ, "));
     EXPECT_NE(std::string::npos, ended.err.find("; this converts it"));
+}
+
+TEST_F(ProgramFailure, PolygonsThatAreChangedInsideAreWarnedOf) {
+    const std::string points = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 2 2 1\nv 2 2 -1\n";
+    const Ended twice = unwrap("m.obj", points + "f 1 2 3 2 4\n");
+    EXPECT_EQ(0, twice.code) << twice.err;
+    EXPECT_NE(std::string::npos, twice.err.find("polygons that name a vertex twice: 1; each repeat "
+                                                "counts as a vertex of its own"));
+    const Ended apart = unwrap("m.obj", points + "f 1 2 3 4\nf 1 3 5\nf 2 4 6\n");
+    EXPECT_EQ(0, apart.code) << apart.err;
+    EXPECT_NE(std::string::npos, apart.err.find("polygons that other polygons leave no way to "
+                                                "divide: 1; each is laid out by itself"));
 }
 
 TEST_F(ProgramFailure, FileWithoutAMeshIsAnInputError) {
@@ -206,6 +226,16 @@ TEST_F(ProgramFailure, RunningOutOfMemoryInThePluginReturnsTheLimitCode) {
         ::unsetenv(name);
     EXPECT_NE(std::string::npos, messages.find("Out of memory, can not generate false edges"))
         << messages;
+}
+#endif
+
+#if !defined(__SANITIZE_ADDRESS__) // whose library must come first
+TEST_F(ProgramFailure, LayoutThatBreaksAPromiseIsNotWritten) {
+    ::setenv("LD_PRELOAD", TESSORA_SPOILING_ATLAS, 1);
+    const std::string reason = expect_refused(k_cube, 6);
+    ::unsetenv("LD_PRELOAD");
+    EXPECT_EQ(0u, reason.find(" the result is not good enough to be written:\n  ")) << reason;
+    EXPECT_NE(std::string::npos, reason.find("12 triangles have no area in the texture")) << reason;
 }
 #endif
 
