@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Unwraps five GLB files made here and compares the results: bench/own_glbs.py build/release/bin/tessora
+"""Unwraps six GLB files made here and compares the results: bench/own_glbs.py build/release/bin/tessora
 
-A skin, morph targets, instances, accessors that primitives share, and 70,000 vertices. Every corner of every triangle must
+A skin, morph targets, instances, accessors that primitives share, 70,000 vertices, and indices that
+splitting takes beyond 16 bits. Every corner of every triangle must
 keep the bytes of all its attributes but the new coordinates, and of its targets; animations, skins and nodes must stay
 bit for bit; the validator (GLTF_VALIDATOR, as for round_trips.py) must find nothing that the input has not. Exit code 1 if
 anything differs."""
@@ -133,20 +134,20 @@ def shared():
     return glb
 
 
-def large():
+def long_tube(around, along, component):
     glb = Glb()
-    side = 264  # 265 x 265 = 70,225 vertices
-    places = [(i * 0.1, math.sin(i * 0.05) * math.cos(j * 0.05), j * 0.1) for j in range(side + 1)
-              for i in range(side + 1)]
-    corners = []
-    for j in range(side):
-        for i in range(side):
-            a, b = j * (side + 1) + i, (j + 1) * (side + 1) + i
-            corners += [a, b, a + 1, a + 1, b, b + 1]
-    attributes = {"POSITION": glb.floats(places, "VEC3", bounds=True)}
-    glb.json["meshes"] = [{"primitives": [{"attributes": attributes, "indices": glb.indices(corners, 5125)}]}]
+    _, attributes, corners = tube(glb, around, along)
+    glb.json["meshes"] = [{"primitives": [{"attributes": attributes, "indices": glb.indices(corners, component)}]}]
     glb.json["nodes"] = [{"mesh": 0}]
     return glb
+
+
+def large():
+    return long_tube(265, 264, 5125)  # 70,225 vertices
+
+
+def overflowing():
+    return long_tube(260, 251, 5123)  # 65,520 vertices: once split, too many for 16 bits
 
 
 class Read:
@@ -173,7 +174,8 @@ class Read:
         for i, target in enumerate(primitive.get("targets", [])):
             attributes += [((i, name), self.rows(number)) for name, number in sorted(target.items())]
         numbers = [int.from_bytes(row, "little") for row in self.rows(primitive["indices"])]
-        return [[(name, rows[number]) for name, rows in attributes] for number in numbers]
+        return [[(name, rows[number] if number < len(rows) else "no such vertex") for name, rows in attributes]
+                for number in numbers]
 
     def animation(self):
         return [[self.rows(sampler["input"]), self.rows(sampler["output"])]
@@ -203,7 +205,7 @@ def main():
         return 2
     bad = 0
     with tempfile.TemporaryDirectory() as folder:
-        for make in (skin, morph, instances, shared, large):
+        for make in (skin, morph, instances, shared, large, overflowing):
             source = pathlib.Path(folder) / (make.__name__ + ".glb")
             result = pathlib.Path(folder) / (make.__name__ + "_uv.glb")
             make().save(source)
