@@ -464,11 +464,13 @@ int Batch::run() {
 
 int run_batch(const UnwrapRequest& request) {
     std::vector<BatchItem> items;
-    std::string error;
-    if (const int code = plan_batch(request, items, error)) {
+    std::string left_out, error;
+    if (const int code = plan_batch(request, items, left_out, error)) {
         say(error + (code == exit_usage ? "; nothing was done" : ""));
         return code;
     }
+    if (!left_out.empty() && !request.quiet)
+        say("warning: " + left_out);
     return run_batch(request, std::move(items));
 }
 

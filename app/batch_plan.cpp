@@ -45,6 +45,8 @@ public:
         : request_(request), batch_(request.batch), error_(error) {}
 
     int plan(std::vector<BatchItem>& items);
+    /// A sentence, or empty.
+    std::string left_out();
 
 private:
     bool add_operand(const std::string& operand);
@@ -63,6 +65,7 @@ private:
     const BatchRequest& batch_;
     std::string& error_;
     std::vector<Source> sources_;
+    std::vector<std::string> left_out_; ///< found files of formats that are not read
     Identities identity_;
 };
 
@@ -82,11 +85,14 @@ bool Planner::add_folder(const fs::path& folder) {
             sources_.push_back({path.lexically_normal().generic_string(),
                                 path.lexically_relative(folder).generic_string(), true});
             ++meshes;
+        } else if (!hidden && !input_refusal(path.string()).empty()) {
+            left_out_.push_back(path.lexically_normal().generic_string());
         }
     }
     if (failure)
         return refuse(folder.string() + ": cannot be searched: " + failure.message());
-    return meshes > 0 || refuse(folder.string() + ": the folder holds no mesh file");
+    return meshes > 0 || refuse(folder.string() + ": the folder holds no mesh file" +
+                                (left_out_.empty() ? "" : "; " + left_out()));
 }
 
 bool Planner::add_operand(const std::string& operand) {
@@ -198,6 +204,17 @@ void Planner::keep_shard(std::vector<BatchItem>& items) const {
     items = std::move(kept);
 }
 
+std::string Planner::left_out() {
+    constexpr size_t k_named = 3;
+    std::sort(left_out_.begin(), left_out_.end());
+    std::string names;
+    for (size_t i = 0; i < std::min(k_named, left_out_.size()); ++i)
+        names += (i > 0 ? ", " : "") + left_out_[i];
+    if (left_out_.size() > k_named)
+        names += " and " + std::to_string(left_out_.size() - k_named) + " more";
+    return names.empty() ? names : "left out, as their formats are not read: " + names;
+}
+
 int Planner::plan(std::vector<BatchItem>& items) {
     for (const std::string& operand : batch_.operands)
         if (!add_operand(operand))
@@ -223,8 +240,13 @@ int Planner::plan(std::vector<BatchItem>& items) {
 
 } // namespace
 
-int plan_batch(const UnwrapRequest& request, std::vector<BatchItem>& items, std::string& error) {
-    return Planner(request, error).plan(items);
+int plan_batch(const UnwrapRequest& request, std::vector<BatchItem>& items, std::string& left_out,
+               std::string& error) {
+    items.clear();
+    Planner planner(request, error);
+    const int code = planner.plan(items);
+    left_out = planner.left_out();
+    return code;
 }
 
 } // namespace app

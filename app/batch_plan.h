@@ -19,8 +19,11 @@ struct BatchItem {
 /// Expands the operands and the list to the batch's items, in byte order of the inputs: the same
 /// operands give the same order everywhere, so that shards fit together. Files are looked up but
 /// not opened.
+/// `left_out` receives a sentence about files in searched folders that look like meshes or scenes
+/// but whose formats are not read; empty if there are none.
 /// Errors: the exit code and a sentence in `error`: exit_input if an operand does not exist or
 ///         holds no mesh, exit_usage if two results would have the same name.
-int plan_batch(const UnwrapRequest& request, std::vector<BatchItem>& items, std::string& error);
+int plan_batch(const UnwrapRequest& request, std::vector<BatchItem>& items, std::string& left_out,
+               std::string& error);
 
 } // namespace app

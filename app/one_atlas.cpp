@@ -92,11 +92,13 @@ PackRequest pack_request(const UnwrapRequest& request, const std::vector<BatchIt
 
 int run_one_atlas(const UnwrapRequest& request) {
     std::vector<BatchItem> items;
-    std::string error;
-    if (const int code = plan_batch(request, items, error)) {
+    std::string left_out, error;
+    if (const int code = plan_batch(request, items, left_out, error)) {
         say(error + (code == exit_usage ? "; nothing was done" : ""));
         return code;
     }
+    if (!left_out.empty() && !request.quiet)
+        say("warning: " + left_out);
     if (request.batch.dry_run)
         return run_batch(request, items);
     WorkFolder work;

@@ -258,6 +258,14 @@ std::string merge_buffers(const GltfFile& file, Json& json) {
     return binary;
 }
 
+/// Whether an object begins there, after blanks and the mark that some editors put first.
+bool begins_as_json(std::string_view text) {
+    if (text.substr(0, 3) == "\xEF\xBB\xBF")
+        text.remove_prefix(3);
+    const size_t first = text.find_first_not_of(" \t\r\n");
+    return first != text.npos && text[first] == '{';
+}
+
 } // namespace
 
 bool read_gltf(const std::string& name, const std::string& bytes, GltfFile& file,
@@ -267,6 +275,10 @@ bool read_gltf(const std::string& name, const std::string& bytes, GltfFile& file
     std::string binary;
     bool has_binary = false;
     file.is_binary = bytes.size() >= 4 && word_at(bytes, 0) == k_magic;
+    if (bytes.empty())
+        return fail("no mesh in the file: it is empty", error);
+    if (!file.is_binary && !begins_as_json(text))
+        return fail("this is not a glTF file: it begins neither as GLB nor as JSON", error);
     if (file.is_binary && !split_chunks(bytes, text, binary, has_binary, file.other_chunks, error))
         return false;
     if (!parse_json(text, file.json, error) || !check_lists(file.json, error))

@@ -27,7 +27,7 @@ protected:
         error.clear();
         EXPECT_TRUE(parse_unwrap_request(words, request, error)) << error;
         EXPECT_TRUE(request.batch.is_wanted);
-        return plan_batch(request, items, error);
+        return plan_batch(request, items, left_out, error);
     }
     std::string short_name(const std::string& path) const {
         return path.compare(0, dir.root().size(), dir.root()) == 0
@@ -43,8 +43,28 @@ protected:
     }
     test::Scratch dir;
     std::vector<app::BatchItem> items;
-    std::string error;
+    std::string left_out, error;
 };
+
+TEST_F(BatchPlan, FilesOfFormatsThatAreNotReadAreTold) {
+    EXPECT_EQ(0, plan({"@in", "--out_dir", "@out"}));
+    EXPECT_EQ("", left_out);
+    for (const char* name : {"in/e.abc", "in/c.usd", "in/sub/b.blend", "in/sub/d.MA", "in/.f.usd"})
+        dir.put(name, "");
+    EXPECT_EQ(0, plan({"@in", "--out_dir", "@out"})) << error;
+    EXPECT_EQ(2u, items.size());
+    EXPECT_EQ("left out, as their formats are not read: " + dir.path("in/c.usd") + ", " +
+                  dir.path("in/e.abc") + ", " + dir.path("in/sub/b.blend") + " and 1 more",
+              left_out);
+    std::filesystem::create_directories(dir.path("scenes"));
+    dir.put("scenes/a.usd", "");
+    EXPECT_EQ(3, plan({"@scenes", "--out_dir", "@out"}));
+    EXPECT_EQ(dir.path("scenes") +
+                  ": the folder holds no mesh file; left out, as their formats "
+                  "are not read: " +
+                  dir.path("scenes/a.usd"),
+              error);
+}
 
 TEST_F(BatchPlan, FolderIsSearchedAndMirrored) {
     EXPECT_EQ(0, plan({"@in", "--out_dir", "@out"})) << error;

@@ -77,6 +77,19 @@ TEST_F(BatchProgram, FolderIsUnwrappedIntoAnother) {
     EXPECT_EQ("", ended.out);
 }
 
+TEST_F(BatchProgram, FilesOfFormatsThatAreNotReadAreWarnedOf) {
+    dir.put("in/scene.usd", "");
+    for (const Words& words : std::vector<Words>{{}, {"--one_atlas"}, {"--dry_run"}}) {
+        const Ended ended = batch(words);
+        EXPECT_EQ(0, ended.code) << ended.err;
+        EXPECT_NE(ended.err.npos,
+                  ended.err.find("tessora: warning: left out, as their formats are not read: " +
+                                 dir.path("in/scene.usd") + "\n"))
+            << ended.err;
+    }
+    EXPECT_EQ("", batch({"--quiet"}).err);
+}
+
 TEST_F(BatchProgram, ResultsEqualThoseOfSingleCalls) {
     EXPECT_EQ(0, batch({"--stretch", "0.05", "--padding", "4"}).code);
     EXPECT_EQ(dir.get("out/sub/dome.obj"),

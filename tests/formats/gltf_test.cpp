@@ -462,6 +462,14 @@ TEST(GltfRefuses, DamagedContainers) {
     EXPECT_EQ(0u, read(bad).error.message.find("m.glb: JSON: not valid at byte "));
 }
 
+TEST(GltfRefuses, FilesThatAreNoGltfAtAll) {
+    EXPECT_EQ("m.glb: no mesh in the file: it is empty", read("").error.message);
+    for (const char* text : {"v 0 0 0\n", "   ", "[1]", "gltF"})
+        EXPECT_EQ("m.glb: this is not a glTF file: it begins neither as GLB nor as JSON",
+                  read(text).error.message);
+    EXPECT_EQ("m.glb: JSON: this is not a glTF file: it has no asset", read(" \n{}").error.message);
+}
+
 TEST(GltfRefuses, CompressedMeshesByName) {
     for (const char* extension :
          {"KHR_draco_mesh_compression", "EXT_meshopt_compression", "KHR_meshopt_compression"}) {
