@@ -2,17 +2,15 @@
 
 namespace tessora::atlas {
 
-Band::Band(const ChartSet& set) : set_(set) {
-    place_.assign(set.node.size(), k_none);
-    has_face_.assign(set.surface.face_count, 0);
+Band::Flags::Flags(const ChartSet& set) : has_face(set.surface.face_count, 0) {
     if (set.polygons != nullptr && !set.polygons->empty())
-        is_lead_.assign(set.surface.face_count, 0);
+        is_lead.assign(set.surface.face_count, 0);
 }
 
 bool Band::grow(const std::vector<uint32_t>& arc_nodes, uint32_t rings) {
     clear();
     const auto add_node = [&](uint32_t n, uint32_t ring) {
-        place_[n] = uint32_t(nodes_.size());
+        set_.place[n] = uint32_t(nodes_.size());
         nodes_.push_back(n);
         ring_.push_back(ring);
     };
@@ -27,12 +25,12 @@ bool Band::grow(const std::vector<uint32_t>& arc_nodes, uint32_t rings) {
         }
         set_.for_node(n, [&](uint32_t c) {
             const uint32_t t = c / 3;
-            if (has_face_[t])
+            if (has_face(t))
                 return;
             add_face(t);
             for (uint32_t k = 3 * t; k < 3 * t + 3; ++k) {
                 const uint32_t m = set_.node[k];
-                if (place_[m] == k_none)
+                if (!has_node(m))
                     add_node(m, ring + 1);
             }
         });
@@ -41,26 +39,24 @@ bool Band::grow(const std::vector<uint32_t>& arc_nodes, uint32_t rings) {
 }
 
 void Band::add_face(uint32_t t) {
-    if (has_face_[t])
+    if (has_face(t))
         return;
-    has_face_[t] = 1;
+    flags_.has_face[t] = 1;
     faces_.push_back(t);
-    if (is_lead_.empty())
+    if (flags_.is_lead.empty())
         return;
     const uint32_t lead = set_.polygons->lead(t);
-    if (lead != k_none && !is_lead_[lead]) {
-        is_lead_[lead] = 1;
+    if (lead != k_none && !flags_.is_lead[lead]) {
+        flags_.is_lead[lead] = 1;
         leads_.push_back(lead);
     }
 }
 
 void Band::clear() {
-    for (uint32_t n : nodes_)
-        place_[n] = k_none;
     for (uint32_t t : faces_)
-        has_face_[t] = 0;
+        flags_.has_face[t] = 0;
     for (uint32_t t : leads_)
-        is_lead_[t] = 0;
+        flags_.is_lead[t] = 0;
     nodes_.clear();
     ring_.clear();
     faces_.clear();

@@ -12,6 +12,7 @@ ChartSet::ChartSet(const Surface& s) : surface(s) {
     for (uint32_t c = 0; c < corners; ++c)
         node[c] = c;
     uv.resize(corners);
+    place.resize(corners);
     chart.assign(s.face_count, k_none);
     traced_.assign(corners, 0);
 }
@@ -54,17 +55,9 @@ StretchSums ChartSet::measure(const std::vector<uint32_t>& faces) const {
     return sums;
 }
 
-/// Whether the corners are in one chart: a polygon that cannot be flattened falls apart.
-bool ChartSet::is_whole(const Polygons::CornerTriangle& corner) const {
-    const uint32_t first = chart[corner.corner[0] / 3];
-    return chart[corner.corner[1] / 3] == first && chart[corner.corner[2] / 3] == first;
-}
-
 void ChartSet::add_polygon(uint32_t lead, StretchSums& sums) const {
     StretchSums other; // the division of a quad along its other diagonal
     for (const Polygons::CornerTriangle& corner : polygons->corner_triangles(lead)) {
-        if (!is_whole(corner))
-            return;
         const Vec2 a = uv[node[corner.corner[0]]], b = uv[node[corner.corner[1]]],
                    c = uv[node[corner.corner[2]]];
         if (!(doubled_area(a, b, c) > 2 * k_min_guard_determinant * corner.frame.area()))

@@ -34,7 +34,11 @@ public:
     std::vector<Vec2> uv;        ///< per node
     std::vector<uint32_t> chart; ///< per triangle: number of its chart, k_none before it has one
     std::vector<Chart> charts;
-    const Polygons* polygons = nullptr; ///< of the surface; null if they do not matter
+    Polygons* polygons = nullptr; ///< of the surface, each in one chart; null if they do not matter
+    /// Per node: its place in a list of nodes, for whoever makes such a list. Values of earlier
+    /// lists remain, so a place counts only if the list has the node there. Threads may share it as
+    /// long as they work on different charts.
+    mutable std::vector<uint32_t> place;
 
     /// Glues or unglues h and its mate; nodes are not updated. h must have a mate.
     void set_glued(uint32_t h, bool value) {
@@ -94,7 +98,6 @@ public:
 
 private:
     void add_polygon(uint32_t lead, StretchSums& sums) const;
-    bool is_whole(const Polygons::CornerTriangle& corner) const;
 
     mutable std::vector<uint8_t>
         traced_; ///< per half-edge: workspace of trace_border; 0 between calls

@@ -5,8 +5,7 @@
 namespace tessora::atlas {
 
 Flattener::Flattener(ChartSet& charts, const FlattenOptions& o)
-    : set(charts), options(o), copy(charts.node.size()) {
-    mark_.assign(charts.surface.face_count, 0);
+    : set(charts), options(o), copy(charts) {
     node_of_vertex_.assign(charts.surface.vertex_count, k_none);
 }
 
@@ -24,12 +23,12 @@ void Flattener::load(const Chart& c) {
         return;
     for (uint32_t t : c.faces)
         if (set.polygons->lead(t) == t)
-            for (const Polygons::CornerTriangle& corner : set.polygons->corner_triangles(t))
-                copy.add_guard(corner, set, false);
+            copy.add_guards(t, false);
 }
 
 void Flattener::glue_inside(const std::vector<uint32_t>& faces, bool false_edges_only) {
     const Surface& s = set.surface;
+    mark_.resize(s.face_count); // not for those who glue nothing
     ++stamp_;
     for (uint32_t t : faces)
         mark_[t] = stamp_;
@@ -333,6 +332,9 @@ void Flattener::flatten_polygon(std::vector<uint32_t> faces) {
     // Not a polygon after all (two triangles that share all three corners, for example): every
     // triangle becomes a chart.
     unglue_inside(c.faces);
+    if (set.polygons != nullptr && !set.polygons->empty())
+        for (uint32_t t : c.faces)
+            set.polygons->forget(t);
     for (uint32_t t : c.faces)
         flatten_polygon({t});
 }

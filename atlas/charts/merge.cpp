@@ -1,4 +1,3 @@
-// Which charts to merge: the queue of pairs, their common borders, bookkeeping and zipping.
 #include "atlas/charts/merge.h"
 
 #include <algorithm>
@@ -18,23 +17,12 @@ uint64_t pair_key(uint32_t a, uint32_t b) { return uint64_t(a) << 32 | b; }
 
 } // namespace
 
-Merger::Merger(Flattener& flattener, const MergeOptions& options)
-    : flattener_(flattener), set_(flattener.set), options_(options), band_(flattener.set) {
-    const size_t charts = set_.charts.size();
-    history_.resize(charts);
-    shared_.length.assign(charts, 0);
-    for (uint32_t a = 0; a < charts; ++a) {
+Merger::Merger(Flattener& flattener, const MergeOptions& options, ParallelFor executor)
+    : flattener_(flattener), set_(flattener.set), state_(set_, options), executor_(executor),
+      history_(set_.charts.size()), first_trial_(flattener, state_) {
+    for (uint32_t a = 0; a < history_.size(); ++a)
         history_[a].parent = a;
-        set_.outline(set_.charts[a], outline_);
-        history_[a].box = box_of(outline_);
-        for (uint32_t t : set_.charts[a].faces)
-            history_[a].hard_area += set_.surface.frame[t].area() * double(options_.hardness[t]);
-    }
-    face_sums_.resize(set_.surface.face_count);
-    for (uint32_t t = 0; t < set_.surface.face_count; ++t) {
-        const StretchSums sums = set_.measure_face(t);
-        face_sums_[t] = {sums.inverse, sums.flat_area, sums.excess};
-    }
+    shared_.length.assign(history_.size(), 0);
 }
 
 /// Queues a chart with each of its neighbours. Long common borders come first and small pairs
@@ -42,12 +30,12 @@ Merger::Merger(Flattener& flattener, const MergeOptions& options)
 void Merger::push_pairs(uint32_t a) {
     constexpr double k_priority_per_doubling = 0.1; // docs/atlas.md, "Merging"
     const Chart& chart = set_.charts[a];
-    if (hardness(a, a) < terms_.min_hardness)
+    if (state_.hardness(a, a) < state_.terms.min_hardness)
         return;
     for (uint32_t h : chart.border) {
         const uint32_t mate = set_.surface.mate[h];
         const uint32_t b = mate == k_none ? a : set_.chart[mate / 3];
-        if (b == a || hardness(b, b) < terms_.min_hardness)
+        if (b == a || state_.hardness(b, b) < state_.terms.min_hardness)
             continue;
         if (shared_.length[b] == 0)
             shared_.charts.push_back(b);
@@ -60,20 +48,40 @@ void Merger::push_pairs(uint32_t a) {
         const double priority = shared_.length[b] / shorter - k_priority_per_doubling * size;
         shared_.length[b] = 0;
         const uint32_t low = std::min(a, b), high = std::max(a, b);
-        queue_.push({priority, low, high, history_[low].version, history_[high].version});
+        push({priority, low, high, history_[low].version, history_[high].version});
     }
     shared_.charts.clear();
 }
 
-/// A pair is retried once both of its charts have changed; in fast mode never.
+void Merger::push(const Pair& p) {
+    if (head_.empty() || !(head_.back().pair < p)) {
+        queue_.push(p);
+        return;
+    }
+    auto at = head_.begin();
+    while (!(at->pair < p))
+        ++at;
+    head_.emplace(at)->pair = p;
+}
+
+/// Whether one of the charts is no longer the one that was queued.
+bool Merger::is_stale(const Pair& p) const {
+    return !set_.charts[p.a].alive || !set_.charts[p.b].alive ||
+           history_[p.a].version != p.version_a || history_[p.b].version != p.version_b;
+}
+
+/// A pair is retried once both of its charts have changed; in fast mode never. The answer may
+/// change while pairs ahead are being decided: only for the first pair of the queue it is the last
+/// word.
 bool Merger::failed_before(const Pair& p) {
     const bool a_shorter = history_[p.a].failures.size() <= history_[p.b].failures.size();
     const uint32_t own = a_shorter ? p.a : p.b, other = a_shorter ? p.b : p.a;
     for (FailedPair& f : history_[own].failures) {
         while (history_[f.other].parent != f.other)
             f.other = history_[f.other].parent;
-        if (f.other == other && (!options_.thorough || f.own_version == history_[own].version ||
-                                 f.other_version == history_[other].version))
+        if (f.other == other &&
+            (!state_.options.thorough || f.own_version == history_[own].version ||
+             f.other_version == history_[other].version))
             return true;
     }
     return false;
@@ -84,195 +92,221 @@ bool Merger::failed_before(const Pair& p) {
 bool Merger::refused_before(const Pair& p) const {
     const auto found = refusals_.find(pair_key(p.a, p.b));
     return found != refusals_.end() && found->second.version_a == p.version_a &&
-           found->second.version_b == p.version_b && terms_.limit < found->second.below;
-}
-
-/// Tries a pair unless it is known to fail. True if it was merged.
-bool Merger::try_or_remember(const Pair& p) {
-    if (refused_before(p))
-        return false;
-    next_limit_ = std::numeric_limits<double>::infinity();
-    if (try_pair(p.a, p.b))
-        return true;
-    refusals_[pair_key(p.a, p.b)] = {p.version_a, p.version_b, next_limit_};
-    return false;
+           found->second.version_b == p.version_b && state_.terms.limit < found->second.below;
 }
 
 /// Refusals hold for any limit, but only as long as nothing else that decides changes.
-void Merger::forget_refusals_unless_same(Round round, const MergeTerms& terms) {
-    if (round != round_ || terms.slack != terms_.slack ||
-        terms.hardness_weight != terms_.hardness_weight)
+void Merger::forget_refusals_unless_same(MergeRound round, const MergeTerms& terms) {
+    if (round != state_.round || terms.slack != state_.terms.slack ||
+        terms.hardness_weight != state_.terms.hardness_weight)
         refusals_.clear();
 }
 
-/// The mean over both charts, weighted by area.
-double Merger::hardness(uint32_t a, uint32_t b) const {
-    return (history_[a].hard_area + history_[b].hard_area) /
-           (set_.charts[a].stretch.area + set_.charts[b].stretch.area);
-}
-
-bool Merger::run(Round round, const MergeTerms& terms, ProgressMeter& progress) {
+bool Merger::run(MergeRound round, const MergeTerms& terms, ProgressMeter& progress) {
+    constexpr size_t k_most_workers = 64; // those beyond the executor's threads find nothing to do
     forget_refusals_unless_same(round, terms);
-    round_ = round;
-    terms_ = terms;
+    state_.round = round;
+    state_.terms = terms;
     for (History& history : history_)
         history.failures.clear();
     for (uint32_t a = 0; a < set_.charts.size(); ++a)
         if (set_.charts[a].alive)
             push_pairs(a);
-    size_t done = 0;
-    const size_t expected = set_.charts.size();
-    while (!queue_.empty()) {
-        const Pair p = queue_.top();
-        queue_.pop();
-        History& a = history_[p.a];
-        History& b = history_[p.b];
-        if (!set_.charts[p.a].alive || !set_.charts[p.b].alive || a.version != p.version_a ||
-            b.version != p.version_b || failed_before(p))
-            continue;
-        if (try_or_remember(p)) {
-            if (!progress.advance(double(++done) / double(expected)))
-                return false;
-        } else {
-            a.failures.push_back({p.b, a.version, b.version});
-            b.failures.push_back({p.a, b.version, a.version});
+    merged_ = 0;
+    parallel_for(executor_, executor_ == nullptr ? 1 : k_most_workers,
+                 [&](size_t) { work(progress); });
+    return !stopped_;
+}
+
+/// Tries pairs until the queue is empty. Any number of threads may do this. A single one always
+/// tries the first pair, so that no trial is in vain.
+void Merger::work(ProgressMeter& progress) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    size_t reported = 0;
+    try {
+        for (settle_decided(); report(progress, reported, lock);) {
+            if (Candidate* next = next_trial())
+                run_trial(*next, lock);
+            else if (running_ != 0)
+                changed_.wait(lock);
+            else
+                return;
         }
+    } catch (...) {
+        if (!lock.owns_lock())
+            lock.lock();
+        stopped_ = true;
+        changed_.notify_all();
+        throw;
     }
+}
+
+/// Reports the merges that have been made since the last report. False if merging is to stop.
+bool Merger::report(ProgressMeter& progress, size_t& reported, std::unique_lock<std::mutex>& lock) {
+    if (reported != merged_) {
+        reported = merged_;
+        lock.unlock();
+        const bool go_on = progress.advance(double(reported) / double(set_.charts.size()));
+        lock.lock();
+        stopped_ = stopped_ || !go_on;
+    }
+    if (stopped_)
+        changed_.notify_all();
+    return !stopped_;
+}
+
+/// Moves the next pair from the queue to the end of head_. False if there is none.
+bool Merger::fill_head() {
+    if (queue_.empty())
+        return false;
+    head_.emplace_back().pair = queue_.top();
+    queue_.pop();
     return true;
 }
 
-/// Maximal runs of a's border that are also runs of b's border, longest first.
-void Merger::find_runs(uint32_t a, uint32_t b, std::vector<BorderRun>& runs) const {
-    for (uint32_t loop = 0; loop < set_.charts[a].loop_end.size(); ++loop)
-        find_runs_of_loop(a, b, loop, runs);
-    std::stable_sort(runs.begin(), runs.end(),
-                     [](const BorderRun& x, const BorderRun& y) { return x.length > y.length; });
+/// Takes over, in order, whatever has been decided at the head of the queue.
+void Merger::settle_decided() {
+    while ((!head_.empty() || fill_head()) && is_decided(head_.front())) {
+        Candidate first = std::move(head_.front());
+        head_.pop_front();
+        settle(std::move(first));
+    }
 }
 
-/// Whether half-edge h has chart b on its other side.
-bool Merger::borders_chart(uint32_t h, uint32_t b) const {
-    const uint32_t mate = set_.surface.mate[h];
-    return mate != k_none && set_.chart[mate / 3] == b;
+bool Merger::is_decided(const Candidate& candidate) {
+    if (candidate.trial == Candidate::Trial::none)
+        return is_stale(candidate.pair) || failed_before(candidate.pair) ||
+               refused_before(candidate.pair);
+    return candidate.trial != Candidate::Trial::running;
 }
 
-/// Appends the runs on one border loop of a.
-void Merger::find_runs_of_loop(uint32_t a, uint32_t b, uint32_t loop,
-                               std::vector<BorderRun>& runs) const {
-    const Chart& chart = set_.charts[a];
-    const Surface& s = set_.surface;
-    const uint32_t begin = loop == 0 ? 0 : chart.loop_end[loop - 1];
-    const uint32_t end = chart.loop_end[loop], size = end - begin;
-    const auto faces_b = [&](uint32_t i) { return borders_chart(chart.border[i], b); };
-    const auto follows = [&](uint32_t i) { // whether entry i continues the run of the one before it
-        const uint32_t before = i == begin ? end - 1 : i - 1;
-        return faces_b(i) && faces_b(before) &&
-               set_.next_border(s.mate[chart.border[i]]) == s.mate[chart.border[before]];
-    };
-    uint32_t start = begin;
-    while (start < end && (!faces_b(start) || follows(start)))
-        ++start;
-    const bool closed = start == end; // no run begins anywhere: the loop is one run, or none
-    if (closed && !faces_b(begin))
+void Merger::settle(Candidate&& candidate) {
+    const Pair& p = candidate.pair;
+    if (is_stale(p) || failed_before(p))
         return;
-    if (closed)
-        start = begin;
-    BorderRun run;
-    run.loop = loop;
-    run.first = start;
-    for (uint32_t k = 0; k < size; ++k) {
-        const uint32_t i = start + k < end ? start + k : start + k - size;
-        if (!faces_b(i))
-            continue;
-        if (!closed && !follows(i)) {
-            if (run.count != 0)
-                runs.push_back(run);
-            run.first = i;
-            run.count = 0;
-            run.length = 0;
+    if (candidate.trial == Candidate::Trial::joined) {
+        ++merged_;
+        commit(std::move(candidate.joined));
+        return;
+    }
+    if (candidate.trial == Candidate::Trial::failed)
+        refusals_[pair_key(p.a, p.b)] = {p.version_a, p.version_b, candidate.next_limit};
+    history_[p.a].failures.push_back({p.b, p.version_a, p.version_b});
+    history_[p.b].failures.push_back({p.a, p.version_b, p.version_a});
+}
+
+/// The first pair that is worth trying now: both of its charts are neither in a trial nor in a pair
+/// ahead that may still join them to others. Null if there is none near the head of the queue.
+Merger::Candidate* Merger::next_trial() {
+    constexpr size_t k_ahead = 16, k_ahead_per_trial = 8;
+    const size_t most = running_ == 0 ? 1 : k_ahead + k_ahead_per_trial * running_;
+    ++claims_;
+    auto at = head_.begin();
+    for (size_t i = 0; i < most; ++i) {
+        if (at == head_.end()) {
+            if (!fill_head())
+                return nullptr;
+            at = std::prev(head_.end());
         }
-        ++run.count;
-        run.length += s.edge_length(chart.border[i]);
+        const Candidate::Trial trial = at->trial;
+        if (trial == Candidate::Trial::none && is_stale(at->pair)) {
+            at = head_.erase(at);
+            continue;
+        }
+        const bool fails = trial == Candidate::Trial::failed ||
+                           (trial == Candidate::Trial::none && is_like_another(at));
+        if (!fails && claim(at->pair) && trial == Candidate::Trial::none)
+            return &*at;
+        ++at;
     }
-    if (run.count != 0)
-        runs.push_back(run);
+    return nullptr;
 }
 
-/// Tries the longest common runs of two charts; the smaller chart moves. True if one was glued.
-bool Merger::try_pair(uint32_t a, uint32_t b) {
-    constexpr double k_second_run =
-        0.3; // minimum length of the second run, relative to the longest
-    if (set_.charts[a].faces.size() > set_.charts[b].faces.size())
-        std::swap(a, b);
-    std::vector<BorderRun> runs;
-    find_runs(a, b, runs);
-    const size_t max_tries = options_.thorough || round_ == Round::exact ? 2 : 1;
-    for (size_t i = 0; i < runs.size() && i < max_tries; ++i) {
-        if (i > 0 && runs[i].length < k_second_run * runs[0].length)
-            break;
-        if (try_run(a, b, runs[i]))
-            return true;
-    }
-    return false;
+/// Whether a pair that has not been tried is likely to be refused without a trial, because it or
+/// one like it failed before; or because the queue has it twice.
+bool Merger::is_like_another(std::list<Candidate>::iterator candidate) {
+    const Pair& p = candidate->pair;
+    return failed_before(p) || refused_before(p) ||
+           std::any_of(head_.begin(), candidate, [&](const Candidate& other) {
+               return other.pair.a == p.a && other.pair.b == p.b;
+           });
 }
 
-/// One merge: cheap refusals first, then gluing and solving, which are taken back if the joined
-/// chart is not legal or not worth it.
-bool Merger::try_run(uint32_t a, uint32_t b, const BorderRun& run) {
-    constexpr double k_preview_residual = 0.05; // relative to the arc; with larger residuals the
-                                                // preview is too rough for quality mode to trust
-    take_arc(a, b, run);
-    if (round_ == Round::exact)
-        keep_matching_part();
-    arc_.length = 0;
-    for (uint32_t h : arc_.edges)
-        arc_.length += set_.surface.edge_length(h);
-    Rigid motion;
-    const double residual = align(motion);
-    if (!sides_fit(residual))
-        return false;
-    Chart joined;
-    splice_border(joined);
-    preview_outline(joined, motion);
-    if (!box_allowed(box_of(outline_), is_exact(residual)))
-        return false;
-    if ((!options_.thorough || residual < k_preview_residual * arc_.length) &&
-        !tester_.simple(outline_))
-        return false;
-    std::vector<Vec2> gap(arc_.node_a.size()); // per arc vertex: from b's side to the moved a's
-    for (size_t i = 0; i < gap.size(); ++i)
-        gap[i] = motion(set_.uv[arc_.node_a[i]]) - set_.uv[arc_.node_b[i]];
-    glue(motion);
-    if (!solve(joined, gap) || !legal_once_slits_close(joined)) {
-        band_.clear();
-        unglue();
-        return false;
+/// Marks both charts as taken for the rest of next_trial. True if neither was, nor is in a trial.
+bool Merger::claim(const Pair& p) {
+    bool free = true;
+    for (uint32_t chart : {p.a, p.b}) {
+        free = free && !history_[chart].in_trial && history_[chart].claim != claims_;
+        history_[chart].claim = claims_;
     }
-    commit(std::move(joined));
-    return true;
+    return free;
 }
 
-/// Replaces chart b by the joined chart; chart a is no longer alive.
-void Merger::commit(Chart&& joined) {
-    remember_band_sums();
-    band_.clear();
-    moved_.clear();
-    joined.stretch.flipped = 0;
-    set_.outline(joined, outline_);
-    Chart& from = set_.charts[arc_.a];
-    Chart& to = set_.charts[arc_.b];
+/// Tries a pair with the lock released. If it is not the first by then, a union is taken apart
+/// again until it is.
+void Merger::run_trial(Candidate& candidate, std::unique_lock<std::mutex>& lock) {
+    const auto begin_or_end = [&](bool begins) {
+        for (uint32_t chart : {candidate.pair.a, candidate.pair.b})
+            history_[chart].in_trial = begins;
+        running_ += begins ? 1 : size_t(-1);
+    };
+    const auto trial = trials_.lease([&] {
+        flatteners_.push_back(std::make_unique<Flattener>(set_, flattener_.options));
+        return std::make_unique<MergeTrial>(*flatteners_.back(), state_);
+    });
+    candidate.trial = Candidate::Trial::running;
+    begin_or_end(true);
+    trial->begin(candidate.pair.a, candidate.pair.b);
+    lock.unlock();
+    const bool joined = trial->run();
+    if (joined)
+        candidate.joined = trial->take_union();
+    lock.lock();
+    settle_decided();
+    if (joined && (&candidate != &head_.front() || failed_before(candidate.pair))) {
+        lock.unlock();
+        trial->take_back(candidate.joined.change);
+        lock.lock();
+    }
+    candidate.next_limit = trial->next_limit();
+    candidate.trial = joined ? Candidate::Trial::joined : Candidate::Trial::failed;
+    begin_or_end(false);
+    settle_decided();
+    changed_.notify_all();
+}
+
+/// Makes a union again that was taken apart.
+void Merger::redo(const Union::Change& change) {
+    for (uint32_t h : change.edges)
+        set_.set_glued(h, true);
+    for (uint32_t n : change.nodes)
+        set_.rename_node(n);
+    for (const auto& [node, uv] : change.uv)
+        set_.uv[node] = uv;
+}
+
+/// Replaces chart b by the union; chart a is no longer alive.
+void Merger::commit(Union&& joined) {
+    redo(joined.change);
+    for (const auto& [t, sums] : joined.face_sums)
+        state_.face_sums[t] = sums;
+    const uint32_t a = joined.a, b = joined.b;
+    joined.chart.stretch.flipped = 0;
+    Chart& from = set_.charts[a];
+    Chart& to = set_.charts[b];
     for (uint32_t t : from.faces)
-        set_.chart[t] = arc_.b;
-    joined.faces = std::move(to.faces);
-    joined.faces.insert(joined.faces.end(), from.faces.begin(), from.faces.end());
-    to = std::move(joined);
+        set_.chart[t] = b;
+    joined.chart.faces = std::move(to.faces);
+    joined.chart.faces.insert(joined.chart.faces.end(), from.faces.begin(), from.faces.end());
+    to = std::move(joined.chart);
     from = Chart{};
     from.alive = false;
-    history_[arc_.a].parent = arc_.b;
-    history_[arc_.a].failures = {};
-    history_[arc_.b].hard_area += history_[arc_.a].hard_area;
-    ++history_[arc_.b].version;
-    history_[arc_.b].box = box_of(outline_);
-    push_pairs(arc_.b);
+    history_[a].parent = b;
+    history_[a].failures = {};
+    state_.extent[b].hard_area += state_.extent[a].hard_area;
+    state_.extent[b].box = joined.box;
+    ++history_[b].version;
+    push_pairs(b);
 }
 
 /// Glues h to its mate if both are slit sides in the same place. True if it did.

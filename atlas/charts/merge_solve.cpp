@@ -1,5 +1,5 @@
 // The geometry of one merge: the arc, cheap refusals, gluing, the local solve, and taking it back.
-#include "atlas/charts/merge.h"
+#include "atlas/charts/merge_trial.h"
 
 #include <algorithm>
 
@@ -61,12 +61,10 @@ constexpr size_t k_max_fast_band = 8000;
 
 } // namespace
 
-void Merger::take_arc(uint32_t a, uint32_t b, const BorderRun& run) {
-    const Chart& chart = set_.charts[a];
+void MergeTrial::take_arc(const BorderRun& run) {
+    const Chart& chart = set_.charts[arc_.a];
     const uint32_t begin = run.loop == 0 ? 0 : chart.loop_end[run.loop - 1];
     const uint32_t end = chart.loop_end[run.loop];
-    arc_.a = a;
-    arc_.b = b;
     arc_.edges.clear();
     for (uint32_t k = 0, i = run.first; k < run.count; ++k, i = i + 1 == end ? begin : i + 1)
         arc_.edges.push_back(chart.border[i]);
@@ -79,7 +77,7 @@ void Merger::take_arc(uint32_t a, uint32_t b, const BorderRun& run) {
     }
 }
 
-void Merger::list_arc_nodes() {
+void MergeTrial::list_arc_nodes() {
     const Surface& s = set_.surface;
     arc_.node_a.clear();
     arc_.node_b.clear();
@@ -92,7 +90,7 @@ void Merger::list_arc_nodes() {
 }
 
 /// Cuts the arc down to its longest part along which both sides turn by the same angles.
-void Merger::keep_matching_part() {
+void MergeTrial::keep_matching_part() {
     constexpr double k_same_turn = 1e-3; // maximum difference of the turns, as unit vectors
     const auto direction = [&](uint32_t from, uint32_t to) {
         const Vec2 d = set_.uv[to] - set_.uv[from];
@@ -129,7 +127,7 @@ void Merger::keep_matching_part() {
 
 /// The rigid motion that lays a's side of the arc onto b's. Returns the root mean square residual,
 /// or -1 if the arc determines no motion.
-double Merger::align(Rigid& motion) const {
+double MergeTrial::align(Rigid& motion) const {
     const size_t count = arc_.node_a.size();
     std::vector<double> weight(count, 0.0);
     for (size_t i = 0; i + 1 < count; ++i) {
@@ -147,10 +145,10 @@ double Merger::align(Rigid& motion) const {
 
 /// Whether the aligned sides of the arc lie close enough together. The exact round also refuses
 /// arcs that are short against the borders of both charts.
-bool Merger::sides_fit(double residual) {
+bool MergeTrial::sides_fit(double residual) {
     if (residual < 0)
         return false;
-    if (round_ == Round::exact) {
+    if (state_.round == MergeRound::exact) {
         const double shorter =
             std::min(set_.charts[arc_.a].border_length, set_.charts[arc_.b].border_length);
         return residual <= k_max_exact_residual * arc_.length &&
@@ -158,20 +156,21 @@ bool Merger::sides_fit(double residual) {
     }
     if (residual <= k_max_residual * arc_.length)
         return true;
-    if (residual <= k_max_whole_residual * arc_.length && nothing_else_borders())
+    if (residual <= k_max_whole_residual * arc_.length && alone_)
         return true;
-    return options_.thorough && residual <= k_max_last_residual * arc_.length && is_last_limit();
+    return state_.options.thorough && residual <= k_max_last_residual * arc_.length &&
+           is_last_limit();
 }
 
 /// Whether the limit has risen to the caller's. If not, the pair could fare better then.
-bool Merger::is_last_limit() {
+bool MergeTrial::is_last_limit() {
     const double last = flattener_.options.limit;
     next_limit_ = std::min(next_limit_, last);
-    return terms_.limit >= last;
+    return state_.terms.limit >= last;
 }
 
 /// Whether both charts border on each other and themselves only.
-bool Merger::nothing_else_borders() const {
+bool MergeTrial::nothing_else_borders() const {
     const auto ends_here = [&](uint32_t h) {
         const uint32_t mate = set_.surface.mate[h];
         return mate == k_none || set_.chart[mate / 3] == arc_.a || set_.chart[mate / 3] == arc_.b;
@@ -184,10 +183,11 @@ bool Merger::nothing_else_borders() const {
 
 /// The border that both charts will have once the arc is glued. Its last loop is the one that the
 /// arc was on: first b's part, from the arc's first vertex to its last, then a's part back.
-void Merger::splice_border(Chart& joined) const {
+void MergeTrial::splice_border() {
     struct Opened { // the loop that contains the arc
         uint32_t at = k_none, begin = 0, end = 0;
     };
+    joined_ = Chart();
     const auto copy_other_loops = [&](const Chart& from, uint32_t arc_edge) {
         Opened opened;
         for (uint32_t loop = 0, start = 0; loop < from.loop_end.size(); ++loop) {
@@ -197,8 +197,8 @@ void Merger::splice_border(Chart& joined) const {
             if (found != last) {
                 opened = {uint32_t(found - from.border.begin()), start, from.loop_end[loop]};
             } else {
-                joined.border.insert(joined.border.end(), first, last);
-                joined.loop_end.push_back(uint32_t(joined.border.size()));
+                joined_.border.insert(joined_.border.end(), first, last);
+                joined_.loop_end.push_back(uint32_t(joined_.border.size()));
             }
             start = from.loop_end[loop];
         }
@@ -208,7 +208,7 @@ void Merger::splice_border(Chart& joined) const {
         uint32_t at = opened.at;
         for (size_t k = arc_.edges.size(); k < opened.end - opened.begin; ++k) {
             at = at + 1 == opened.end ? opened.begin : at + 1;
-            joined.border.push_back(from.border[at]);
+            joined_.border.push_back(from.border[at]);
         }
     };
     const Chart& chart_a = set_.charts[arc_.a];
@@ -217,26 +217,26 @@ void Merger::splice_border(Chart& joined) const {
     const Opened opened_b = copy_other_loops(chart_b, set_.surface.mate[arc_.edges.front()]);
     append_rest(chart_b, opened_b);
     append_rest(chart_a, opened_a);
-    joined.loop_end.push_back(uint32_t(joined.border.size()));
-    joined.border_length = chart_a.border_length + chart_b.border_length - 2 * arc_.length;
+    joined_.loop_end.push_back(uint32_t(joined_.border.size()));
+    joined_.border_length = chart_a.border_length + chart_b.border_length - 2 * arc_.length;
 }
 
 /// The joined outline if each chart stayed rigid: a's part moved, and the gap at the two ends of
 /// the arc faded out over a few border vertices on both sides.
-void Merger::preview_outline(const Chart& joined, const Rigid& motion) {
+void MergeTrial::preview_outline(const Rigid& motion) {
     constexpr uint32_t k_fade = 5; // border vertices
     outline_.clear();
-    for (uint32_t h : joined.border) {
+    for (uint32_t h : joined_.border) {
         const Vec2 p = set_.uv[set_.node[h]];
         outline_.point.push_back(set_.chart[h / 3] == arc_.a ? motion(p) : p);
     }
-    outline_.loop_end = joined.loop_end;
-    const uint32_t begin = joined.loop_end.size() > 1 ? *(joined.loop_end.end() - 2) : 0;
-    const uint32_t end = joined.loop_end.back(), size = end - begin;
+    outline_.loop_end = joined_.loop_end;
+    const uint32_t begin = joined_.loop_end.size() > 1 ? *(joined_.loop_end.end() - 2) : 0;
+    const uint32_t end = joined_.loop_end.back(), size = end - begin;
     if (size == 0)
         return;
     uint32_t split = begin; // where b's part of the last loop ends and a's begins
-    while (split < end && set_.chart[joined.border[split] / 3] != arc_.a)
+    while (split < end && set_.chart[joined_.border[split] / 3] != arc_.a)
         ++split;
     const auto at = [&](uint32_t i) -> Vec2& { return outline_.point[begin + (i - begin) % size]; };
     const auto half_gap = [&](uint32_t node_a, uint32_t node_b) {
@@ -258,13 +258,8 @@ void Merger::preview_outline(const Chart& joined, const Rigid& motion) {
     }
 }
 
-Box Merger::box_of(const Outline& outline) const {
-    std::vector<Vec2> points = outline.point;
-    return min_area_box(points);
-}
-
 /// Whether gluing unfolds undistorted charts without distorting them.
-bool Merger::is_exact(double residual) const {
+bool MergeTrial::is_exact(double residual) const {
     constexpr double k_tolerance = 1e-5;
     const auto undistorted = [&](uint32_t chart) {
         return set_.charts[chart].stretch.l2() < 1 + k_tolerance;
@@ -277,13 +272,14 @@ bool Merger::is_exact(double residual) const {
 /// is to pack. An exact union (the net of a box, an unrolled tube) may waste more, the longer the
 /// border that it removes; so may, under the caller's limit, one that leaves few other charts to
 /// fill the gaps.
-bool Merger::box_allowed(const Box& box, bool exact) {
-    if (terms_.slack >= 1)
+bool MergeTrial::box_allowed(const Box& box, bool exact) {
+    if (state_.terms.slack >= 1)
         return true;
-    const double looser = 1 + (k_slack_growth - 1) * terms_.slack;
+    const double looser = 1 + (k_slack_growth - 1) * state_.terms.slack;
     const double side = looser * std::sqrt(set_.surface.total_area);
     const double area = set_.charts[arc_.a].stretch.area + set_.charts[arc_.b].stretch.area;
-    const double room = looser * (history_[arc_.a].box.area() + history_[arc_.b].box.area());
+    const double room =
+        looser * (state_.extent[arc_.a].box.area() + state_.extent[arc_.b].box.area());
     const double share = area / set_.surface.total_area;
     const double most = share >= k_whole_mesh ? k_max_length_whole : k_max_length_most;
     const bool fits_as_most = share >= k_most_of_mesh && box.longer <= most * side;
@@ -299,19 +295,19 @@ bool Merger::box_allowed(const Box& box, bool exact) {
 }
 
 /// The harder the surface, the more border has to be removed for the stretch that is added.
-bool Merger::stretch_pays(const Chart& joined) const {
-    const double weight = terms_.hardness_weight * hardness(arc_.a, arc_.b);
+bool MergeTrial::stretch_pays() const {
+    const double weight = state_.terms.hardness_weight * state_.hardness(arc_.a, arc_.b);
     if (!(weight > 0))
         return true;
     const auto loss = [](const StretchSums& s) { return s.area * (s.l2() - 1); };
-    const double price = (loss(joined.stretch) - loss(set_.charts[arc_.a].stretch) -
+    const double price = (loss(joined_.stretch) - loss(set_.charts[arc_.a].stretch) -
                           loss(set_.charts[arc_.b].stretch)) /
                          set_.surface.total_area;
     return price * weight * k_seam_per_stretch <= arc_.length / std::sqrt(set_.surface.total_area);
 }
 
 /// Glues the arc, whose nodes become b's, and moves chart a onto b.
-void Merger::glue(const Rigid& motion) {
+void MergeTrial::glue(const Rigid& motion) {
     for (uint32_t h : arc_.edges)
         set_.set_glued(h, true);
     for (uint32_t n : arc_.node_b)
@@ -323,7 +319,7 @@ void Merger::glue(const Rigid& motion) {
 }
 
 /// Restores both charts to the state before glue().
-void Merger::unglue() {
+void MergeTrial::unglue() {
     for (uint32_t h : arc_.edges)
         set_.set_glued(h, false);
     for (uint32_t n : arc_.node_a)
@@ -335,14 +331,14 @@ void Merger::unglue() {
     moved_.clear();
 }
 
-void Merger::set_uv(uint32_t node, Vec2 p) {
+void MergeTrial::set_uv(uint32_t node, Vec2 p) {
     moved_.push_back({node, set_.uv[node]});
     set_.uv[node] = p;
 }
 
 /// Fades the gap between the two sides of the arc out over the band, ring by ring: a node moves by
 /// the mean of its neighbours one ring closer to the arc, slightly reduced.
-void Merger::spread_gap(const std::vector<Vec2>& gap, uint32_t rings) {
+void MergeTrial::spread_gap(const std::vector<Vec2>& gap, uint32_t rings) {
     std::vector<Vec2>& shift = shift_;
     shift.resize(band_.nodes().size());
     for (size_t i = 0; i < arc_.node_b.size(); ++i) {
@@ -375,24 +371,25 @@ void Merger::spread_gap(const std::vector<Vec2>& gap, uint32_t rings) {
 /// Whether a merge that has failed at first deserves a more expensive solve. In fast mode it does
 /// not if the band is large: such merges are few and often fail in the end, but would take a third
 /// of the time.
-bool Merger::worth_more_work() const {
-    return options_.thorough || band_.faces().size() <= k_max_fast_band;
+bool MergeTrial::worth_more_work() const {
+    return state_.options.thorough || band_.faces().size() <= k_max_fast_band;
 }
 
 /// Solves the band; nodes of its outermost ring stay fixed. False if triangles remain flipped.
-bool Merger::relax_band(uint32_t rings, bool global) {
+bool MergeTrial::relax_band(uint32_t rings, bool global) {
     PatchCopy& copy = flattener_.copy;
     Patch& patch = copy.patch;
     copy.clear();
     patch.reserve(band_.nodes().size(), band_.faces().size());
-    for (uint32_t n : band_.nodes())
-        copy.add_node(n, set_.uv[n], band_.ring(n) >= rings);
+    for (size_t i = 0; i < band_.nodes().size(); ++i) {
+        const uint32_t n = band_.nodes()[i];
+        copy.add_node(n, set_.uv[n], band_.rings()[i] >= rings);
+    }
     for (uint32_t t : band_.faces())
         patch.add_face(set_.surface.frame[t], copy.vertex(set_.node[3 * t]),
                        copy.vertex(set_.node[3 * t + 1]), copy.vertex(set_.node[3 * t + 2]));
     for (uint32_t t : band_.leads())
-        for (const Polygons::CornerTriangle& corner : set_.polygons->corner_triangles(t))
-            copy.add_guard(corner, set_, true);
+        copy.add_guards(t, true);
     uint32_t flipped = patch.flipped();
     const auto untangle = [&](int rounds) {
         patch.untangle(rounds);
@@ -403,7 +400,7 @@ bool Merger::relax_band(uint32_t rings, bool global) {
         untangle(4);
     if (flipped != 0 && !worth_more_work())
         return false;
-    const int steps = options_.thorough ? 4 : 2;
+    const int steps = state_.options.thorough ? 4 : 2;
     if (global || flipped != 0) {
         patch.arap(steps);
         flipped = patch.flipped();
@@ -419,50 +416,36 @@ bool Merger::relax_band(uint32_t rings, bool global) {
 }
 
 /// The stretch sums of both charts together, with the band's triangles measured again.
-StretchSums Merger::joined_sums() {
+StretchSums MergeTrial::joined_sums() {
     StretchSums sums = set_.charts[arc_.a].stretch;
     sums.add(set_.charts[arc_.b].stretch);
     band_sums_.clear();
-    const auto measure_again = [&](uint32_t t) {
+    for_measured_faces([&](uint32_t t) {
         const StretchSums now = set_.measure_face(t);
-        sums.inverse += now.inverse - face_sums_[t].inverse;
-        sums.flat_area += now.flat_area - face_sums_[t].flat_area;
-        sums.excess += now.excess - face_sums_[t].excess;
+        const MergeState::FaceSums& before = state_.face_sums[t];
+        sums.inverse += now.inverse - before.inverse;
+        sums.flat_area += now.flat_area - before.flat_area;
+        sums.excess += now.excess - before.excess;
         sums.flipped += now.flipped;
         band_sums_.push_back({now.inverse, now.flat_area, now.excess});
-    };
-    for (uint32_t t : band_.faces())
-        measure_again(t);
-    for (uint32_t t : band_.leads())
-        if (!band_.has_face(t))
-            measure_again(t);
+    });
     return sums;
 }
 
-/// Takes over what joined_sums measured last.
-void Merger::remember_band_sums() {
-    auto sums = band_sums_.begin();
-    for (uint32_t t : band_.faces())
-        face_sums_[t] = *sums++;
-    for (uint32_t t : band_.leads())
-        if (!band_.has_face(t))
-            face_sums_[t] = *sums++;
-}
-
 /// Puts the arc's nodes in the middle of a negligible gap. False if that flips a triangle.
-bool Merger::close_without_solving(Chart& joined, const std::vector<Vec2>& gap) {
+bool MergeTrial::close_without_solving(const std::vector<Vec2>& gap) {
     band_.grow(arc_.node_b, 1);
     for (size_t i = 0; i < gap.size(); ++i)
         set_uv(arc_.node_b[i], set_.uv[arc_.node_b[i]] + gap[i] * 0.5);
-    joined.stretch = joined_sums();
-    return joined.stretch.flipped == 0;
+    joined_.stretch = joined_sums();
+    return joined_.stretch.flipped == 0;
 }
 
 /// Whether the stretch keeps to the limit. If not, the same outcome will under a limit as large as
 /// the stretch.
-bool Merger::within_limit(const StretchSums& sums) {
+bool MergeTrial::within_limit(const StretchSums& sums) {
     const double l2 = sums.worst_l2();
-    if (l2 <= terms_.limit)
+    if (l2 <= state_.terms.limit)
         return true;
     next_limit_ = std::min(next_limit_, l2);
     return false;
@@ -470,38 +453,38 @@ bool Merger::within_limit(const StretchSums& sums) {
 
 /// Whether the stretch is so far above the limit that a larger band will not help. If it is, the
 /// same outcome will not be under a limit that is large enough.
-bool Merger::hopeless(const StretchSums& sums) {
+bool MergeTrial::hopeless(const StretchSums& sums) {
     constexpr double k_rounding = 1e-9; // a limit that is nearly large enough counts as such
     const double l2 = sums.worst_l2();
-    if (!(l2 > 1 + k_hopeless * (terms_.limit - 1)))
+    if (!(l2 > 1 + k_hopeless * (state_.terms.limit - 1)))
         return false;
     next_limit_ = std::min(next_limit_, (1 + (l2 - 1) / k_hopeless) * (1 - k_rounding));
     return true;
 }
 
-/// Closes the gap and brings the joined chart within the stretch limit; fills joined.stretch.
-bool Merger::solve(Chart& joined, const std::vector<Vec2>& gap) {
+/// Closes the gap and brings the joined chart within the stretch limit; fills joined_.stretch.
+bool MergeTrial::solve(const std::vector<Vec2>& gap) {
     constexpr double k_negligible_gap = 1e-7; // of the mean edge length
     double widest = 0;
     for (const Vec2 g : gap)
         widest = std::max(widest, length(g));
     const double edge = arc_.length / double(arc_.edges.size());
-    if (widest <= k_negligible_gap * edge && close_without_solving(joined, gap))
-        return within_limit(joined.stretch);
+    if (widest <= k_negligible_gap * edge && close_without_solving(gap))
+        return within_limit(joined_.stretch);
     const double extra = k_rings_per_gap * widest / edge;
     uint32_t rings = k_first_rings + uint32_t(std::min(k_max_extra_rings, extra));
     bool whole = band_.grow(arc_.node_b, rings);
     spread_gap(gap, rings);
     for (int attempt = 0;; ++attempt) {
         const bool valid = relax_band(rings, whole && attempt > 0);
-        joined.stretch = joined_sums();
-        if (valid && joined.stretch.flipped == 0 && within_limit(joined.stretch))
+        joined_.stretch = joined_sums();
+        if (valid && joined_.stretch.flipped == 0 && within_limit(joined_.stretch))
             return true;
         // Solving all of the chart a second time differs only where it adds a global solve, and a
         // first solve that failed has made one.
         const bool exhausted = whole && (attempt > 0 || !valid);
-        if (exhausted || !worth_more_work() || (!options_.thorough && attempt > 0) ||
-            (valid && hopeless(joined.stretch)))
+        if (exhausted || !worth_more_work() || (!state_.options.thorough && attempt > 0) ||
+            (valid && hopeless(joined_.stretch)))
             return false;
         rings *= k_band_growth;
         if (!whole)
@@ -511,19 +494,19 @@ bool Merger::solve(Chart& joined, const std::vector<Vec2>& gap) {
 
 /// Closes the joined chart's slits and judges it. Triangles that this moves join the band, so that
 /// their sums are measured again.
-bool Merger::legal_once_slits_close(Chart& joined) {
+bool MergeTrial::legal_once_slits_close() {
     bool legal = true;
     const size_t before = moved_.size();
-    flattener_.close_slits(joined, moved_);
+    flattener_.close_slits(joined_, moved_);
     for (size_t i = before; i < moved_.size(); ++i)
         set_.for_node(moved_[i].first, [&](uint32_t c) {
             legal = legal && set_.measure_face(c / 3).flipped == 0;
             band_.add_face(c / 3);
         });
     if (moved_.size() != before)
-        joined.stretch = joined_sums();
-    return legal && joined.stretch.flipped == 0 && within_limit(joined.stretch) &&
-           stretch_pays(joined) && flattener_.judge_outline(joined);
+        joined_.stretch = joined_sums();
+    return legal && joined_.stretch.flipped == 0 && within_limit(joined_.stretch) &&
+           stretch_pays() && flattener_.judge_outline(joined_);
 }
 
 } // namespace tessora::atlas

@@ -11,33 +11,27 @@ struct PatchCopy {
     Patch patch;
     std::vector<uint32_t> nodes; ///< node of each patch vertex that add_node() made
 
-    explicit PatchCopy(size_t node_count) : vertex_(node_count, k_none) {}
+    explicit PatchCopy(const ChartSet& set) : set_(set) {}
     void clear() {
-        for (uint32_t n : nodes)
-            vertex_[n] = k_none;
         nodes.clear();
         patch.clear();
     }
     /// Copies a node unless that was done already; returns its vertex in the patch.
     uint32_t add_node(uint32_t node, Vec2 uv, bool pinned) {
-        if (vertex_[node] == k_none) {
-            vertex_[node] = patch.add_vertex(uv, pinned);
+        if (!has_node(node)) {
+            set_.place[node] = patch.add_vertex(uv, pinned);
             nodes.push_back(node);
         }
-        return vertex_[node];
+        return vertex(node);
     }
-    /// Copies a polygon's corner triangle as a guard, with those of its nodes that are missing.
-    void add_guard(const Polygons::CornerTriangle& corner, const ChartSet& set, bool pinned) {
-        uint32_t v[3];
-        for (int k = 0; k < 3; ++k) {
-            const uint32_t n = set.node[corner.corner[k]];
-            v[k] = add_node(n, set.uv[n], pinned);
-        }
-        if (!patch.pinned[v[0]] || !patch.pinned[v[1]] || !patch.pinned[v[2]])
-            patch.add_guard(corner.frame, v[0], v[1], v[2]);
+    /// Copies the corner triangles of the polygon that `lead` stands for as guards, with those of
+    /// their nodes that are missing.
+    void add_guards(uint32_t lead, bool pinned) {
+        for (const Polygons::CornerTriangle& corner : set_.polygons->corner_triangles(lead))
+            add_guard(corner, pinned);
     }
     /// The patch vertex of a node that was added.
-    uint32_t vertex(uint32_t node) const { return vertex_[node]; }
+    uint32_t vertex(uint32_t node) const { return set_.place[node]; }
     /// Writes the patch's coordinates back to the nodes.
     void store(ChartSet& set) const {
         for (uint32_t i = 0; i < nodes.size(); ++i)
@@ -45,7 +39,20 @@ struct PatchCopy {
     }
 
 private:
-    std::vector<uint32_t> vertex_; ///< per node of the set; k_none if it was not added
+    bool has_node(uint32_t node) const {
+        return set_.place[node] < nodes.size() && nodes[set_.place[node]] == node;
+    }
+    void add_guard(const Polygons::CornerTriangle& corner, bool pinned) {
+        uint32_t v[3];
+        for (int k = 0; k < 3; ++k) {
+            const uint32_t n = set_.node[corner.corner[k]];
+            v[k] = add_node(n, set_.uv[n], pinned);
+        }
+        if (!patch.pinned[v[0]] || !patch.pinned[v[1]] || !patch.pinned[v[2]])
+            patch.add_guard(corner.frame, v[0], v[1], v[2]);
+    }
+
+    const ChartSet& set_; ///< its places number the nodes
 };
 
 } // namespace tessora::atlas

@@ -31,6 +31,8 @@ public:
     /// The triangle that stands for t's polygon: the first of a polygon with corner triangles.
     /// k_none if t's polygon has none. empty() must be false.
     uint32_t lead(uint32_t t) const { return lead_[t]; }
+    /// Makes triangle t one of a polygon without corner triangles; for those that come apart.
+    void forget(uint32_t t) { lead_[t] = k_none; }
     /// Of the polygon that `lead` stands for.
     Range corner_triangles(uint32_t lead) const {
         const CornerTriangle* const all = corner_triangles_.data();

@@ -60,7 +60,7 @@ bool merge_charts(ChartStages& stages, Merger& merger, ProgressMeter& progress) 
     terms.min_hardness = k_hard_pair;
     progress.stage(Stage::merging);
     progress.part(0, 0.375);
-    if (!merger.run(Merger::Round::exact, terms, progress))
+    if (!merger.run(MergeRound::exact, terms, progress))
         return false;
     double begin = 0.375;
     for (double step : k_steps) {
@@ -68,7 +68,7 @@ bool merge_charts(ChartStages& stages, Merger& merger, ProgressMeter& progress) 
         const double end = last ? 1 : begin + 0.625 / double(std::size(k_steps));
         progress.part(begin, end);
         terms = terms_of_step(last ? max_stretch : step, max_stretch);
-        if (!merger.run(Merger::Round::free, terms, progress))
+        if (!merger.run(MergeRound::free, terms, progress))
             return false;
         if (last)
             break;
@@ -76,7 +76,7 @@ bool merge_charts(ChartStages& stages, Merger& merger, ProgressMeter& progress) 
     }
     // What shares several sides, such as two faces of a solid, may unfold along one of them.
     terms.min_hardness = 0;
-    return merger.run(Merger::Round::exact, terms, progress);
+    return merger.run(MergeRound::exact, terms, progress);
 }
 
 /// Where any stretch is allowed, a component that is open as a disk or a planar ring needs no
@@ -125,7 +125,8 @@ ChartStages::ChartStages(Surface& s, const Options& options, ProgressMeter& prog
 bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     if (!stages.clustered || !grow_regions(stages, progress))
         return false;
-    Merger merger(stages.flattener, {stages.hardness, stages.flattener.options.thorough});
+    Merger merger(stages.flattener, {stages.hardness, stages.flattener.options.thorough},
+                  stages.executor);
     if (!merge_charts(stages, merger, progress))
         return false;
     if (stages.max_stretch >= 1)

@@ -20,7 +20,7 @@ struct ChartStages {
 
     Surface& surface;
     const Atoms atoms;
-    const Polygons polygons;
+    Polygons polygons;
     const std::vector<float> hardness; ///< per triangle, from measure_hardness
     const float max_stretch;           ///< the caller's, 0..1
     const ParallelFor executor;        ///< null also for small meshes

@@ -67,6 +67,23 @@ TEST(AtlasThreads, TheResultDoesNotDependOnTheirNumberWithTheUsualSizes) {
     expect_same_on_all_executors(torus(36, 72), {}); // more than min_parallel triangles
 }
 
+/// A ball with dents, whose charts have many neighbours that they cannot be merged with.
+TestMesh dented_ball(uint32_t rings) {
+    TestMesh mesh = sphere(rings);
+    uint32_t random = 1;
+    for (size_t v = 0; v < mesh.positions.size() / 3; ++v) {
+        random = random * 1664525 + 1013904223;
+        const float scale = 1 - 0.06f * float(random >> 24) / 256;
+        for (size_t k = 3 * v; k < 3 * v + 3; ++k)
+            mesh.positions[k] *= scale;
+    }
+    return mesh;
+}
+
+TEST(AtlasThreads, PairsThatFailAndAreTriedAgainDoNotDependOnTheirNumber) {
+    expect_same_on_all_executors(dented_ball(44), {});
+}
+
 /// Counts the loops that reach the executor.
 size_t loops = 0;
 void count_loops(size_t count, void (*function)(size_t i, void* user), void* user) {
