@@ -152,6 +152,9 @@ bool read_buffer(const std::string& name, const Json& buffer, GltfFile& file, st
     host::IoError failure;
     if (!resolve(name, text, path, error))
         return false;
+    std::error_code missing;
+    if (fs::exists(path, missing) && !fs::is_regular_file(path, missing))
+        return fail("its URI names no regular file", error); // a pipe would keep it waiting
     if (!host::read_text(path.string(), bytes, failure))
         return fail(failure.message, error);
     file.file_names.push_back(path.string());

@@ -298,16 +298,21 @@ Matrix GltfScan::matrix_of(const Json& node) {
     return matrix;
 }
 
-/// Nodes with their parents before them; nodes in a circle do not show anything.
+/// Nodes with their parents before them; nodes in a circle do not show anything. A node that is
+/// listed more than once shows once: listing each twice makes 2^40 of 40 nodes.
 void GltfScan::add_nodes() {
     const Json nodes = json_.value("nodes", Json::array());
-    std::vector<int64_t> parent(nodes.size(), -1);
+    std::vector<std::vector<size_t>> children(nodes.size());
+    std::vector<uint8_t> has_parent(nodes.size(), 0);
     for (size_t i = 0; i < nodes.size(); ++i)
         for (const Json& child : nodes[i].value("children", Json::array()))
-            parent.at(child.get<size_t>()) = int64_t(i);
+            if (uint8_t& taken = has_parent.at(child.get<size_t>()); !taken) {
+                taken = 1;
+                children[i].push_back(child.get<size_t>());
+            }
     std::vector<std::pair<size_t, int32_t>> open; // a node, and its parent in the model
     for (size_t i = nodes.size(); i-- > 0;)
-        if (parent[i] < 0)
+        if (!has_parent[i])
             open.emplace_back(i, -1);
     while (!open.empty()) {
         const auto [number, above] = open.back();
@@ -321,10 +326,8 @@ void GltfScan::add_nodes() {
             node.part = int32_t(std::min(json["mesh"].get<size_t>(), model_.parts.size() - 1));
         const auto id = int32_t(model_.nodes.size());
         model_.nodes.push_back(std::move(node));
-        const Json children = json.value("children", Json::array());
-        for (size_t i = children.size(); i-- > 0;)
-            if (parent[children[i].get<size_t>()] == int64_t(number))
-                open.emplace_back(children[i].get<size_t>(), id);
+        for (size_t i = children[number].size(); i-- > 0;)
+            open.emplace_back(children[number][i], id);
     }
 }
 
@@ -378,6 +381,8 @@ bool model_of(const MeshFile& file, const host::ObjUvs& uvs, Model& model, std::
         try {
             if (!GltfScan(file.gltf, model, error).run())
                 return false;
+        } catch (const std::bad_alloc&) {
+            throw;
         } catch (const std::exception&) { // a member is used as what it is not
             error = "JSON: a value has the wrong type";
             return false;

@@ -11,6 +11,9 @@
 namespace formats {
 namespace {
 
+/// Far more than real files have; their names are compared with each other.
+constexpr size_t k_max_elements = 1000, k_max_properties = 10000;
+
 struct TypeFacts {
     PlyType type;
     const char* name;
@@ -213,6 +216,8 @@ bool Reader::add_element(const std::vector<std::string_view>& words) {
         return fail("an element needs a name and how many there are");
     element.name = words[1];
     element.line = file_.header.size() - 1;
+    if (file_.elements.size() == k_max_elements)
+        return fail("the header has more than " + std::to_string(k_max_elements) + " elements");
     if (file_.find(element.name))
         return fail("there is a second element '" + element.name.substr(0, 40) + "'");
     file_.elements.push_back(std::move(element));
@@ -234,6 +239,8 @@ bool Reader::add_property(const std::vector<std::string_view>& words) {
         return fail("the length of a list is a whole number");
     property.name = words.back();
     PlyElement& element = file_.elements.back();
+    if (element.properties.size() == k_max_properties)
+        return fail("an element has more than " + std::to_string(k_max_properties) + " properties");
     if (element.find(property.name) >= 0)
         return fail("there is a second property '" + property.name.substr(0, 40) + "'");
     element.properties.push_back(std::move(property));

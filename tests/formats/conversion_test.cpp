@@ -204,6 +204,16 @@ TEST(Conversion, NodesThatShearAreWrittenAsOneSpace) {
     EXPECT_NE(fbx.npos, fbx.find("Vertices: *9 {\n\t\t\ta:  10,0,0,11,0,0,11,1,0\n"));
 }
 
+TEST(Conversion, NodesThatAreListedTwiceShowOnce) {
+    Read glb = read("m.glb", instances());
+    Json& nodes = glb.file.gltf.file.json["nodes"];
+    nodes = Json::array();
+    for (int i = 1; i <= 10; ++i)
+        nodes.push_back({{"children", {i, i}}});
+    nodes.push_back({{"mesh", 0}});
+    EXPECT_EQ(11u, model_of(glb).nodes.size());
+}
+
 TEST(Conversion, CoordinatesThatDoNotFitAreRefused) {
     const Read obj = read("m.obj", k_house);
     std::string bytes, error;

@@ -430,6 +430,7 @@ TEST_F(GltfText, RefusesUrisThatLeadElsewhere) {
         EXPECT_EQ(start + "its data: URI is not base64", read_with(uri).error.message) << uri;
     EXPECT_EQ(start + dir.path("gone.bin") + ": cannot be read: No such file or directory",
               read_with("gone.bin").error.message);
+    EXPECT_EQ(start + "its URI names no regular file", read_with("sub").error.message);
     dir.put("short.bin", "abc");
     EXPECT_EQ(start + "it should have " + std::to_string(built.buffer.size()) + " bytes and has 3",
               read_with("short.bin").error.message);

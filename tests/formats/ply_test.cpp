@@ -338,6 +338,16 @@ TEST(Ply, FaultsOfTheHeaderAreNamedWithTheirLine) {
               with("float x", "float"));
     EXPECT_EQ("m.ply: line 5: 'flat' is no type of a PLY file", with("float x", "flat x"));
     EXPECT_EQ("m.ply: line 6: there is a second property 'x'", with("float y", "float x"));
+    std::string many;
+    for (int i = 0; i <= 1000; ++i)
+        many += "element e" + std::to_string(i) + " 0\n";
+    EXPECT_EQ("m.ply: line 1004: the header has more than 1000 elements",
+              with("element vertex 6\n", many));
+    many = "element vertex 6\n";
+    for (int i = 0; i <= 10000; ++i)
+        many += "property float p" + std::to_string(i) + "\n";
+    EXPECT_EQ("m.ply: line 10005: an element has more than 10000 properties",
+              with("element vertex 6\n", many));
     EXPECT_EQ("m.ply: line 11: the length of a list is a whole number",
               with("list uchar", "list float"));
 }
