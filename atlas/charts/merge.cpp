@@ -97,8 +97,7 @@ bool Merger::refused_before(const Pair& p) const {
 
 /// Refusals hold for any limit, but only as long as nothing else that decides changes.
 void Merger::forget_refusals_unless_same(MergeRound round, const MergeTerms& terms) {
-    if (round != state_.round || terms.slack != state_.terms.slack ||
-        terms.hardness_weight != state_.terms.hardness_weight)
+    if (round != state_.round || terms.slack != state_.terms.slack)
         refusals_.clear();
 }
 

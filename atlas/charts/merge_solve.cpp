@@ -2,6 +2,7 @@
 #include "atlas/charts/merge_trial.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace tessora::atlas {
 namespace {
@@ -39,10 +40,14 @@ constexpr double k_max_length_whole = 2.1;
 /// How many times longer a union may be at full slack, and how much more room it may take.
 constexpr double k_slack_growth = 4;
 
-// Constants of hard surfaces; see docs/atlas.md, "Hard surfaces".
+// What a union costs; see docs/atlas.md, "What a merge may cost".
 
-/// Seam length that must be saved per added mean L2 stretch, at full hardness.
-constexpr double k_seam_per_stretch = 100;
+/// Seam length that must be saved per added mean L2 stretch, at full hardness and at none.
+constexpr double k_seam_per_hard_stretch = 100, k_seam_per_stretch = 20;
+/// How many times its length the seam between the last two charts of a surface is worth.
+constexpr double k_last_seam_worth = 1.5;
+/// Seam length that must be saved per added room, halfway between convex hull and box.
+constexpr double k_seam_per_room = 3;
 
 // Constants of the band; see docs/atlas.md, "Merging".
 
@@ -294,16 +299,35 @@ bool MergeTrial::box_allowed(const Box& box, bool exact) {
     return fits_as_most && is_last_limit();
 }
 
-/// The harder the surface, the more border has to be removed for the stretch that is added.
-bool MergeTrial::stretch_pays() const {
-    const double weight = state_.terms.hardness_weight * state_.hardness(arc_.a, arc_.b);
-    if (!(weight > 0))
+/// Sets what L2 stretch the union may reach. The seam that it saves has to pay for the room that it
+/// wastes and for the stretch that it adds, which costs more the harder the surface is. False if
+/// the room alone costs more. The slack lowers both prices. Lengths are measured in sides of the
+/// square that has the area of the mesh.
+bool MergeTrial::set_affordable_stretch(const Box& box, bool exact) {
+    affordable_l2_ = std::numeric_limits<double>::infinity();
+    const double discount = 1 - state_.terms.slack;
+    if (!(discount > 0))
         return true;
+    const double total = set_.surface.total_area;
+    double budget = arc_.length / std::sqrt(total);
+    if (alone_)
+        budget *= k_last_seam_worth;
+    if (!exact && state_.round == MergeRound::free) {
+        const auto likely_room = [](const Box& b) { return 0.5 * (b.hull + b.area()); };
+        const double wasted = likely_room(box) - likely_room(state_.extent[arc_.a].box) -
+                              likely_room(state_.extent[arc_.b].box);
+        budget -= discount * k_seam_per_room * std::max(0.0, wasted) / total;
+        if (budget < 0)
+            return false;
+    }
+    const double hard = state_.hardness(arc_.a, arc_.b);
+    const double price =
+        discount * (hard * k_seam_per_hard_stretch + (1 - hard) * k_seam_per_stretch);
     const auto loss = [](const StretchSums& s) { return s.area * (s.l2() - 1); };
-    const double price = (loss(joined_.stretch) - loss(set_.charts[arc_.a].stretch) -
-                          loss(set_.charts[arc_.b].stretch)) /
-                         set_.surface.total_area;
-    return price * weight * k_seam_per_stretch <= arc_.length / std::sqrt(set_.surface.total_area);
+    const StretchSums& a = set_.charts[arc_.a].stretch;
+    const StretchSums& b = set_.charts[arc_.b].stretch;
+    affordable_l2_ = 1 + (loss(a) + loss(b) + budget / price * total) / (a.area + b.area);
+    return true;
 }
 
 /// Glues the arc, whose nodes become b's, and moves chart a onto b.
@@ -441,9 +465,11 @@ bool MergeTrial::close_without_solving(const std::vector<Vec2>& gap) {
     return joined_.stretch.flipped == 0;
 }
 
-/// Whether the stretch keeps to the limit. If not, the same outcome will under a limit as large as
-/// the stretch.
+/// Whether the stretch keeps to the limit and is worth its seam. If only the limit refuses it, the
+/// same outcome will do under a limit as large as the stretch.
 bool MergeTrial::within_limit(const StretchSums& sums) {
+    if (sums.l2() > affordable_l2_)
+        return false;
     const double l2 = sums.worst_l2();
     if (l2 <= state_.terms.limit)
         return true;
@@ -451,10 +477,12 @@ bool MergeTrial::within_limit(const StretchSums& sums) {
     return false;
 }
 
-/// Whether the stretch is so far above the limit that a larger band will not help. If it is, the
-/// same outcome will not be under a limit that is large enough.
+/// Whether the stretch is so far above the limit, or what its seam is worth, that a larger band
+/// will not help. If it is the limit, the same outcome will not be under one that is large enough.
 bool MergeTrial::hopeless(const StretchSums& sums) {
     constexpr double k_rounding = 1e-9; // a limit that is nearly large enough counts as such
+    if (sums.l2() > 1 + k_hopeless * (affordable_l2_ - 1))
+        return true;
     const double l2 = sums.worst_l2();
     if (!(l2 > 1 + k_hopeless * (state_.terms.limit - 1)))
         return false;
@@ -506,7 +534,7 @@ bool MergeTrial::legal_once_slits_close() {
     if (moved_.size() != before)
         joined_.stretch = joined_sums();
     return legal && joined_.stretch.flipped == 0 && within_limit(joined_.stretch) &&
-           stretch_pays() && flattener_.judge_outline(joined_);
+           flattener_.judge_outline(joined_);
 }
 
 } // namespace tessora::atlas

@@ -133,7 +133,9 @@ bool MergeTrial::try_run(const BorderRun& run) {
         return false;
     splice_border();
     preview_outline(motion);
-    if (!box_allowed(box_of(outline_), is_exact(residual)))
+    const Box box = box_of(outline_);
+    const bool exact = is_exact(residual);
+    if (!box_allowed(box, exact) || !set_affordable_stretch(box, exact))
         return false;
     if ((!state_.options.thorough || residual < k_preview_residual * arc_.length) &&
         !tester_.simple(outline_))

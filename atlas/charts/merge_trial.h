@@ -29,8 +29,8 @@ enum class MergeRound {
 /// What merging may spend in one round.
 struct MergeTerms {
     double limit;            ///< on L2 stretch
-    double hardness_weight;  ///< 0..1: how much flat pieces of hard surfaces are worth keeping
-    double slack;            ///< 0..1: how far a union may waste room in the texture; 1: any
+    double slack;            ///< 0..1: how far a union may waste room in the texture and spend
+                             ///< stretch that its seam is not worth; 1: any
     double min_hardness = 0; ///< mean hardness that a pair needs to be merged at all
 };
 
@@ -130,7 +130,7 @@ private:
     bool is_exact(double residual) const;
     bool box_allowed(const Box& box, bool exact);
     bool is_last_limit();
-    bool stretch_pays() const;
+    bool set_affordable_stretch(const Box& box, bool exact);
 
     void glue(const Rigid& motion);
     void unglue();
@@ -160,6 +160,7 @@ private:
     std::vector<BorderRun> runs_; ///< longest first
     bool alone_ = false;          ///< the charts border on each other and themselves only
     double next_limit_ = 0;       ///< least limit under which the pair could fare better
+    double affordable_l2_ = 0;    ///< L2 stretch above which the union is not worth its seam
     Arc arc_;
     Chart joined_; ///< the union, without its triangles
     Band band_;

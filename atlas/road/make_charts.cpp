@@ -39,15 +39,14 @@ bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
 constexpr double k_steps[] = {0.01, 0.03, 0.05, 0.1, 0.15, 0.2, 0.3, 0.4, 0.5, 0.7, 1};
 /// The first step of smooth surfaces, and the limit of the regions that merging starts from.
 constexpr double k_first_smooth_step = 0.03;
-/// Up to here stretch is spent as if it were scarce: flat pieces of hard surfaces are kept, unions
-/// must not waste the texture. Both rules fade out between here and 1.
+/// Up to here stretch is spent as if it were scarce: the seam that a union saves pays for stretch,
+/// and it must not waste the texture. Both rules fade out between here and 1.
 constexpr double k_usual_stretch = 0.15;
 
 MergeTerms terms_of_step(double step, double max_stretch) {
     MergeTerms terms;
     terms.limit = stretch_limit(float(step));
     terms.slack = std::max(0.0, (step - k_usual_stretch) / (1 - k_usual_stretch));
-    terms.hardness_weight = 1 - terms.slack;
     if (step < std::min(k_first_smooth_step, max_stretch))
         terms.min_hardness = k_hard_pair;
     return terms;
