@@ -4,11 +4,8 @@
 
 #include <maya/MVector.h>
 
-MStatus EdgeClassifier::prepare(MObject& mesh, uint32_t vertex_count, MItMeshPolygon& polygons,
+MStatus EdgeClassifier::prepare(uint32_t vertex_count, MItMeshPolygon& polygons,
                                 uint32_t polygon_count, const MIntArray& border_edges) {
-    const MStatus status = edges_.build(mesh, vertex_count);
-    if (!status)
-        return status;
     if (!border_counts_.allocate(edges_.count(), 0) ||
         !self_creases_.allocate(vertex_count, k_unknown))
         return MS::kInsufficientMemory;

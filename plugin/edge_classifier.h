@@ -27,11 +27,17 @@ public:
     EdgeClassifier(const UnwrapSettings& settings, MIntArray* seam_pairs)
         : settings_(settings), seam_pairs_(seam_pairs) {}
 
-    /// Builds the look-up tables. `border_edges` are the ids of the UV borders; an id that is
+    /// Reads the edges of the mesh, the first step. Errors: as for the table.
+    MStatus read_edges(MObject& mesh, uint32_t vertex_count) {
+        return edges_.build(mesh, vertex_count);
+    }
+    const EdgeTable& edges() const { return edges_; }
+
+    /// Builds the other look-up tables. `border_edges` are the ids of the UV borders; an id that is
     /// listed twice adds its seam pair twice. Moves the iterator `polygons`. Errors: the host's
     /// status, or kInsufficientMemory.
-    MStatus prepare(MObject& mesh, uint32_t vertex_count, MItMeshPolygon& polygons,
-                    uint32_t polygon_count, const MIntArray& border_edges);
+    MStatus prepare(uint32_t vertex_count, MItMeshPolygon& polygons, uint32_t polygon_count,
+                    const MIntArray& border_edges);
 
     /// Classifies edge `k` of a triangle of `polygon`: appends one entry to `real_edges` and one to
     /// `cut_edges` and, for every matching UV border, the edge's two vertices to the seam pairs.

@@ -113,14 +113,16 @@ MStatus Collector::read_vertices() {
 
 /// Builds the look-up tables.
 MStatus Collector::prepare(MItMeshPolygon& polygons, uint32_t& polygon_count) {
-    MStatus status;
-    const MIntArray seam_edges = find_seam_edges(mesh_, uv_set_, &status);
+    MStatus status = classifier_.read_edges(mesh_, vertex_count_);
+    MIntArray seam_edges;
+    if (status)
+        seam_edges = find_seam_edges(mesh_, uv_set_, classifier_.edges(), &status);
     if (!status)
         return fail_with(k_no_faces, status);
     polygon_count = static_cast<uint32_t>(polygons.count(&status));
     if (!status)
         return fail_with(k_not_iterated, status);
-    status = classifier_.prepare(mesh_, vertex_count_, polygons, polygon_count, seam_edges);
+    status = classifier_.prepare(vertex_count_, polygons, polygon_count, seam_edges);
     if (status && !places_.prepare(vertex_count_))
         status = MS::kInsufficientMemory;
     return status ? status : fail_with(k_no_faces, status);

@@ -3,7 +3,6 @@
 #include "plugin/work_buffer.h"
 
 #include <maya/MFloatArray.h>
-#include <maya/MItMeshEdge.h>
 #include <maya/MItMeshVertex.h>
 
 #include <algorithm>
@@ -103,35 +102,23 @@ bool VertexUvs::add_vertex(MItMeshVertex& vertex, const MString& uv_set) {
     return true;
 }
 
-bool is_seam(MItMeshEdge& edge, const MIntArray& faces, int face_count, const VertexUvs& uvs) {
-    if (face_count == 1)
-        return false;
-    if (face_count != 2 || faces.length() < 2)
-        return true;
-    const int a = edge.index(0);
-    const int b = edge.index(1);
-    return !uvs.continuous(a, faces[0], faces[1]) || !uvs.continuous(b, faces[0], faces[1]);
+bool is_seam(const MeshEdge& edge, const VertexUvs& uvs) {
+    if (edge.face_count != 2)
+        return edge.face_count != 1;
+    const int32_t a = edge.faces[0], b = edge.faces[1];
+    return !uvs.continuous(edge.ends[0], a, b) || !uvs.continuous(edge.ends[1], a, b);
 }
 
 } // namespace
 
-MIntArray find_seam_edges(MObject& mesh, const MString& uv_set, MStatus* return_status) {
+MIntArray find_seam_edges(MObject& mesh, const MString& uv_set, const EdgeTable& edges,
+                          MStatus* return_status) {
     MIntArray seams;
-    MStatus status;
-    MItMeshEdge edge(mesh, &status);
     VertexUvs uvs;
-    if (status)
-        status = uvs.read(mesh, uv_set);
-    if (status)
-        status = edge.reset();
-    MIntArray faces;
-    for (; status && !edge.isDone(); status = edge.next()) {
-        const int face_count = edge.getConnectedFaces(faces);
-        if (is_seam(edge, faces, face_count, uvs))
-            seams.append(edge.index());
-    }
-    if (!status)
-        seams.clear();
+    const MStatus status = uvs.read(mesh, uv_set);
+    for (size_t id = 0; status && id < edges.count(); ++id)
+        if (is_seam(edges.edge(static_cast<int32_t>(id)), uvs))
+            seams.append(static_cast<int>(id));
     if (return_status != nullptr)
         *return_status = status;
     return seams;

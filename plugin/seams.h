@@ -4,6 +4,7 @@
 #pragma once
 
 #include "corelib/array.h"
+#include "plugin/edge_table.h"
 
 #include <maya/MIntArray.h>
 #include <maya/MObject.h>
@@ -11,12 +12,13 @@
 
 #include <cstdint>
 
-/// The ids of the seam edges of the UV set `uv_set`, in edge order.
+/// The ids of the seam edges of the UV set `uv_set`, in edge order; `edges` are those of `mesh`.
 /// An edge with two faces is a seam unless the two faces share a UV id at both its ends; an
 /// unmapped face shares no UV. An edge with one face is an open border, not a seam; every other
 /// edge is one. Errors: the host's status or kInsufficientMemory, and an empty list. Cost:
 /// O(corners log valence).
-MIntArray find_seam_edges(MObject& mesh, const MString& uv_set, MStatus* return_status = nullptr);
+MIntArray find_seam_edges(MObject& mesh, const MString& uv_set, const EdgeTable& edges,
+                          MStatus* return_status = nullptr);
 
 /// One edge by its two vertices, the smaller id first.
 struct SeamPair {
