@@ -67,8 +67,8 @@ struct Options {
     Quality quality = Quality::quality;
     bool stack = false; ///< copies of a sheet share its place; wound against it, they are mirrored
     /// Cut large charts in two where that lets all charts grow; read by create() only. Quality mode
-    /// does so without being asked if there are more than three charts, none of them a copy, and
-    /// max_stretch is below 1.
+    /// does so without being asked if there is more than one chart, none of them a copy, and
+    /// max_stretch is below 0.5.
     bool cut_to_pack = false;
     /// Callbacks come on the thread that called; null for none.
     Progress progress = nullptr;

@@ -19,8 +19,8 @@ Vec2 ChartCutter::centroid(uint32_t t) const {
     return sum * (1.0 / 3);
 }
 
-/// The line through the chart's centroid, across its principal axis.
-CutLine ChartCutter::middle_line(const Chart& chart) const {
+CutLine ChartCutter::middle_line(uint32_t c) const {
+    const Chart& chart = set_.charts[c];
     double total = 0, xx = 0, xy = 0, yy = 0;
     Vec2 mean;
     for (uint32_t t : chart.faces) {
@@ -37,8 +37,20 @@ CutLine ChartCutter::middle_line(const Chart& chart) const {
         yy += area * d.y * d.y;
     }
     const double half = 0.5 * (xx - yy), radius = std::sqrt(half * half + xy * xy);
-    const Vec2 axis = half >= 0 ? Vec2{half + radius, xy} : Vec2{xy, radius - half};
+    const Vec2 axis = !(radius > 0) ? Vec2{1, 0} // a square, say
+                      : half >= 0   ? Vec2{half + radius, xy}
+                                    : Vec2{xy, radius - half};
     return {axis, dot(axis, mean)};
+}
+
+CutLine ChartCutter::middle_line(uint32_t c, Vec2 axis) const {
+    double total = 0, along = 0;
+    for (uint32_t t : set_.charts[c].faces) {
+        const double area = set_.surface.frame[t].area();
+        along += area * dot(axis, centroid(t));
+        total += area;
+    }
+    return {axis, along / total};
 }
 
 /// Assigns each polygon of the chart to a side: by whether its centroid lies beyond the line.
@@ -129,7 +141,7 @@ void ChartCutter::split(const Cut& cut) {
     set_.add_chart(std::move(halves[1]));
 }
 
-bool ChartCutter::cut(uint32_t chart) { return cut(chart, middle_line(set_.charts[chart])); }
+bool ChartCutter::cut(uint32_t chart) { return cut(chart, middle_line(chart)); }
 
 bool ChartCutter::cut(uint32_t chart, const CutLine& line) {
     choose_sides(set_.charts[chart], line);
@@ -182,6 +194,12 @@ constexpr uint32_t k_max_pending = 3;
 /// The search ends after so many cuts, or so many failed groups of cuts through the middle in a
 /// row.
 constexpr uint32_t k_max_cuts = 24, k_max_failures = 2;
+/// Charts that cover less of the texture are halved if the layout then gains this much, plus so
+/// much per length of the cut in units in which the area of all charts is 1. Only charts with a
+/// share of that area are halved, the largest ones.
+constexpr double k_poorly_filled = 0.72, k_least_gain = 0.015, k_gain_per_length = 0.03;
+constexpr double k_halved_share = 0.1;
+constexpr size_t k_most_halved = 3;
 /// Charts are cut through the middle if they waste at least this share of the whole area, which is
 /// the most that a cut can gain.
 constexpr double k_min_waste = 0.05;
@@ -205,6 +223,20 @@ uint32_t most_wasteful(const ChartSet& set, const std::vector<uint8_t>& tried) {
         }
     }
     return best;
+}
+
+/// The charts that are worth halving, the largest first.
+std::vector<uint32_t> largest_charts(const ChartSet& set) {
+    std::vector<uint32_t> found;
+    for (uint32_t a = 0; a < set.charts.size(); ++a)
+        if (set.charts[a].alive &&
+            set.charts[a].stretch.area >= k_halved_share * set.surface.total_area)
+            found.push_back(a);
+    std::stable_sort(found.begin(), found.end(), [&](uint32_t a, uint32_t b) {
+        return set.charts[a].stretch.area > set.charts[b].stretch.area;
+    });
+    found.resize(std::min(found.size(), k_most_halved));
+    return found;
 }
 
 /// Cuts charts along lines, those that save most void per length first.
@@ -294,8 +326,10 @@ public:
     void run() {
         LineCutter lines(cutter_);
         tried_.assign(set_.charts.size(), 0);
-        if (!lines.has_lines() && most_wasteful(set_, tried_) == k_none)
-            return;
+        if (!lines.has_lines() && most_wasteful(set_, tried_) == k_none &&
+            largest_charts(set_).size() < 2)
+            return; // one chart, nearly, and it fills a square
+
         coverage_ = pack_();
         if (!(coverage_ > 0) || (coverage_ >= k_well_filled && !options_.always))
             return;
@@ -303,6 +337,9 @@ public:
             cut_along(lines);
         if (coverage_ > 0 && (coverage_ < k_fairly_filled || options_.always))
             cut_middles();
+        while (coverage_ > 0 && coverage_ < k_poorly_filled && room() > 0)
+            if (!halve_one())
+                break;
     }
 
 private:
@@ -370,6 +407,44 @@ private:
         tried_.resize(set_.charts.size());
         ++failures_;
         wanted_ = coverage_;
+    }
+
+    /// Halves the large chart whose halves pack best for the length of the cut; false if none gains
+    /// enough. What keeps two discs from filling a square is not void within their own boxes, so
+    /// only layouts can tell.
+    bool halve_one() {
+        uint32_t best_chart = k_none;
+        CutLine best_line;
+        double best_gain = 0, best_coverage = 0;
+        for (uint32_t chart : largest_charts(set_)) {
+            const CutLine along = cutter_.middle_line(chart);
+            for (const CutLine& line :
+                 {along, cutter_.middle_line(chart, {-along.axis.y, along.axis.x})}) {
+                const double border = set_.charts[chart].border_length;
+                if (!cutter_.cut(chart, line))
+                    continue;
+                const double length = 0.5 * (set_.charts[chart].border_length +
+                                             set_.charts.back().border_length - border);
+                const double now = pack_();
+                cutter_.undo();
+                if (!(now > 0))
+                    return false; // the caller stops
+                const double gain = now - coverage_ - k_least_gain -
+                                    k_gain_per_length * length / std::sqrt(set_.surface.total_area);
+                if (gain <= best_gain)
+                    continue;
+                best_gain = gain;
+                best_coverage = now;
+                best_chart = chart;
+                best_line = line;
+            }
+        }
+        if (best_chart == k_none || !cutter_.cut(best_chart, best_line))
+            return false;
+        cutter_.accept();
+        ++cuts_;
+        coverage_ = best_coverage;
+        return true;
     }
 
     ChartCutter& cutter_;

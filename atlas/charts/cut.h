@@ -21,6 +21,9 @@ public:
     bool cut(uint32_t chart);
     /// The same along a line.
     bool cut(uint32_t chart, const CutLine& line);
+    /// The line through the chart's centroid, across its principal axis or the given one.
+    CutLine middle_line(uint32_t chart) const;
+    CutLine middle_line(uint32_t chart, Vec2 axis) const;
     /// Rejoins the two halves of the latest cut that was neither undone nor accepted.
     void undo();
     /// Makes all cuts so far permanent.
@@ -46,7 +49,6 @@ private:
         std::vector<uint8_t> side;
     };
     Vec2 centroid(uint32_t t) const;
-    CutLine middle_line(const Chart& chart) const;
     void choose_sides(const Chart& chart, const CutLine& line);
     bool connect_sides(const Chart& chart);
     void find_pieces(const Chart& chart);

@@ -129,18 +129,21 @@ struct Tuning {
         tuning.inflate_effort = fast ? effort(1000000, 20) : effort(3000000, 60);
         if (nests) {
             tuning.draft_effort = options.quick ? effort(500000, 15) : effort(1000000, 10);
-            tuning.nest_effort = options.quick ? effort(2000000, 0) : effort(25000000, 0);
+            tuning.nest_effort = options.quick ? effort(2000000, 0) : effort(15000000, 0);
         } else if (charts <= k_max_searched) {
             tuning.draft_effort = fast ? effort(1000000, 30) : effort(10000000, 100);
             tuning.middle_effort = fast ? 0 : tuning.draft_effort;
         }
-        if (fast && !options.quick && charts <= k_max_coarse) {
+        if (fast && charts <= k_max_coarse) {
             // Inflating makes up for coarse grids, so that time is better spent on more layouts.
             tuning.draft_cells = 192;
             tuning.final_cells = 384;
             tuning.tries = 2;
-            tuning.draft_effort = effort(2000000, 60);
+            if (!options.quick)
+                tuning.draft_effort = effort(2000000, 60);
         }
+        if (options.quick)
+            tuning.tries = 2;
         return tuning;
     }
 };

@@ -83,6 +83,14 @@ struct ChartingCall {
         return follow_sheets(mesh, surface, sheets, options, finished);
     }
 
+    /// The finished charts; frees everything else but the progress.
+    FinishedCharts release() {
+        stages.reset();
+        surface = {};
+        sheets = {};
+        return std::move(finished);
+    }
+
     /// Those that are laid out, and copies.
     size_t triangles_with_area() const {
         const auto is_copy = [](uint32_t id) { return id != k_none; };
@@ -106,12 +114,12 @@ struct ChartingCall {
 /// stretch that half of the sampling rate may be lost wants few charts more than room. Twins follow
 /// their sheet, which would double every cut.
 bool may_cut(const ChartingCall& call) {
-    constexpr uint32_t k_few_charts = 3;
+    constexpr uint32_t k_one_net = 1;
     constexpr float k_free_stretch = 0.5f;
     if (call.options.cut_to_pack)
         return true;
     return call.options.quality == Quality::quality && call.options.max_stretch < k_free_stretch &&
-           call.finished.chart_count() > k_few_charts &&
+           call.finished.chart_count() > k_one_net &&
            std::all_of(call.sheets.elsewhere.begin(), call.sheets.elsewhere.end(),
                        [](uint8_t elsewhere) { return elsewhere != 0; });
 }
@@ -129,35 +137,116 @@ void cut_to_pack(ChartingCall& call, PackOptions options) {
     call.finish();
 }
 
-Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
-    ChartingCall call(mesh, options, true);
+/// Finished charts and where they lie.
+struct Layout {
+    FinishedCharts charts;
+    Packing packing;
+};
+
+PackOptions pack_options(const ChartingCall& call, ProgressMeter& progress) {
+    PackOptions options;
+    options.width = call.options.width;
+    options.height = call.options.height;
+    options.gutter = call.options.gutter;
+    options.quality = call.options.quality;
+    options.triangles = call.triangles_with_area();
+    options.executor = call.options.executor;
+    options.proceed = [&](double fraction) { return progress.advance(fraction); };
+    return options;
+}
+
+/// Quality mode does not look at fast mode's charts where its own cover so much of the texture.
+constexpr double k_surely_filled = 0.9;
+
+/// Charts that cover so little more of the texture do not outweigh a smaller number of charts.
+constexpr double k_equal_coverage = 0.002;
+
+/// Makes and packs the charts. From the first `share` of the packing stage on, progress is left to
+/// the caller.
+Failure lay_out(ChartingCall& call, double share, Layout& layout) {
     const Failure failure = call.run();
     if (failure.status != Status::ok)
         return failure;
-    PackOptions pack_options;
-    pack_options.width = options.width;
-    pack_options.height = options.height;
-    pack_options.gutter = options.gutter;
-    pack_options.quality = options.quality;
-    pack_options.triangles = call.triangles_with_area();
     call.progress.stage(Stage::packing);
-    pack_options.executor = options.executor;
-    pack_options.proceed = [&](double fraction) { return call.progress.advance(fraction); };
+    const PackOptions options = pack_options(call, call.progress);
+    call.progress.part(0, share);
     if (may_cut(call)) {
-        call.progress.part(0, 0.5);
-        cut_to_pack(call, pack_options);
-        call.progress.part(0.5, 1);
+        call.progress.part(0, share / 2);
+        cut_to_pack(call, options);
+        call.progress.part(share / 2, share);
     }
-    const Packing packing = pack_finished(call.finished, pack_options);
-    if (packing.status == Status::does_not_fit)
-        return {packing.status, call.finished.chart_count()};
-    if (packing.status != Status::ok)
-        return {packing.status, k_none};
-    if (!call.progress.stage(Stage::emission))
+    layout.packing = pack_finished(call.finished, options);
+    layout.charts = call.release();
+    const Status status = layout.packing.status;
+    return {status, status == Status::does_not_fit ? layout.charts.chart_count() : k_none};
+}
+
+/// Lays out as fast mode would, for a caller in fast mode as well. The calling meter's part
+/// advances by all stages of it.
+Failure lay_out_fast(const Mesh& mesh, const Options& options, ProgressMeter& progress,
+                     Layout& layout) {
+    Options fast = options;
+    fast.quality = Quality::fast;
+    fast.progress = nullptr;
+    fast.user = &progress;
+    fast.stage_progress = [](Stage stage, float fraction, void* user) {
+        const double done = ProgressMeter::whole(stage, double(fraction));
+        return static_cast<ProgressMeter*>(user)->advance(done) ? 0 : 1;
+    };
+    ChartingCall call(mesh, fast, true);
+    return lay_out(call, 1, layout);
+}
+
+/// Whether all of the mesh, or what its copies repeat, unfolds without stretch as one chart.
+bool is_net(const FinishedCharts& charts) {
+    constexpr double k_no_stretch = 1e-3;
+    return charts.worst_l2.size() == 1 &&
+           std::all_of(charts.chart_stretch.begin(), charts.chart_stretch.end(),
+                       [](double stretch) { return stretch < k_no_stretch; });
+}
+
+/// Lays out in quality mode, which is never below fast mode: takes that one's layout if it covers
+/// more, or as much with fewer charts, or if there is no other. A net stays whole, however badly it
+/// fills the texture: that is what the user expects of a cube.
+Failure lay_out_best(const Mesh& mesh, const Options& options, ProgressMeter& progress,
+                     Failure failure, Layout& layout) {
+    const bool short_of_room =
+        failure.status == Status::does_not_fit || failure.status == Status::chart_limit;
+    if (failure.status != Status::ok && !short_of_room)
+        return failure;
+    if (!short_of_room && (layout.packing.coverage >= k_surely_filled || is_net(layout.charts)))
+        return failure;
+    if (short_of_room)
+        progress.stage(Stage::packing);
+    Layout fast;
+    const Failure other = lay_out_fast(mesh, options, progress, fast);
+    if (other.status == Status::aborted)
+        return other;
+    const double more = fast.packing.coverage - layout.packing.coverage;
+    const bool fewer = fast.charts.chart_count() < layout.charts.chart_count();
+    if (other.status != Status::ok || (!short_of_room && more <= (fewer ? -k_equal_coverage : 0)))
+        return failure;
+    layout = std::move(fast);
+    return other;
+}
+
+Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
+    constexpr double k_own_share = 0.7; // of the packing stage; the rest is fast mode's layout
+    ChartingCall call(mesh, options, true);
+    ProgressMeter& progress = call.progress;
+    Layout layout;
+    Failure failure = lay_out(call, options.quality == Quality::fast ? 1 : k_own_share, layout);
+    if (options.quality == Quality::quality) {
+        progress.part(k_own_share, 1);
+        failure = lay_out_best(mesh, options, progress, failure, layout);
+    }
+    if (failure.status != Status::ok)
+        return failure;
+    if (!progress.stage(Stage::emission))
         return {Status::aborted, k_none};
-    emit(call.finished.to_emit(mesh), packing, pack_options, result);
+    emit(layout.charts.to_emit(mesh), layout.packing, pack_options(call, progress), result);
     report_rounded_stretch(mesh, result);
-    return call.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
+    return progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }
 
 Failure partition_charts(const Mesh& mesh, const Options& options, Result& result,

@@ -191,7 +191,7 @@ def unwrap(vertices, faces, *, offsets=None, stretch=0.15, width=512, height=512
     max_charts: more charts than this are an error; 0 = no limit
     stack: copies of a sheet share its place
     cut_to_pack: cut large charts where that lets all charts grow, however few there are and in fast mode too;
-        quality mode does so by itself where more than three charts share the texture and stretch is below 1
+        quality mode does so by itself where several charts share the texture and stretch is below 0.5
     threads: that large meshes are unwrapped on, the calling one included; 0 = one a processor. The result does
         not depend on it
     progress: called with (stage, fraction), a text and 0 to 1. What it raises stops the work and is raised

@@ -218,10 +218,14 @@ TEST(AtlasOrder, TheOrderOfTheTrianglesDoesNotMatter) {
 TEST(AtlasSheets, ACopyHasTheChartsOfItsSheet) {
     for (const bool reversed : {false, true})
         for (const TestMesh& mesh : {cube_of_quads(3), sphere(12), torus(20, 8)}) {
-            Result once, result; // partition() cuts nothing for the texture
+            // partition() neither cuts for the texture nor compares modes by what they cover
+            const TestMesh both = doubled(mesh, reversed);
+            Result once, result;
             std::vector<uint32_t> adjacency;
             ASSERT_EQ(partition(mesh.view(), {}, once, adjacency).status, Status::ok);
-            EXPECT_EQ(unwrap(doubled(mesh, reversed), {}, &result).charts, 2 * once.chart_count);
+            ASSERT_EQ(partition(both.view(), {}, result, adjacency).status, Status::ok);
+            EXPECT_EQ(result.chart_count, 2 * once.chart_count);
+            unwrap(both);
             for (uint32_t t = 0; t < mesh.faces(); t++)
                 for (uint32_t other = 0; other < t; other++)
                     ASSERT_EQ(result.chart[t] == result.chart[other],
@@ -879,8 +883,22 @@ TEST(AtlasCutToPack, WhoAllowsHalfOfTheSamplingRateToBeLostGetsNoCutUnasked) {
     EXPECT_EQ(unwrap(separate_strips(4), options).charts, 4u);
 }
 
-TEST(AtlasCutToPack, QualityModeLeavesAFewChartsWhole) {
-    EXPECT_EQ(unwrap(separate_strips(3)).charts, 3u);
+TEST(AtlasCutToPack, QualityModeLeavesOneChartWhole) {
+    EXPECT_EQ(unwrap(row_of_quads(40)).charts, 1u);
+}
+
+TEST(AtlasCutToPack, OneOfTwoSquaresIsHalvedInQualityMode) {
+    const auto squares = [](double stretch) {
+        Options options;
+        options.max_stretch = float(stretch);
+        return unwrap(separate_rows({row_of_quads(10, 10), row_of_quads(10, 10.25f)}), options);
+    };
+    const Judgement whole = squares(1); // nothing is cut
+    EXPECT_EQ(whole.charts, 2u);
+    EXPECT_LT(whole.coverage, 0.55);
+    const Judgement cut = squares(0.15);
+    EXPECT_EQ(cut.charts, 3u);
+    EXPECT_GT(cut.coverage, 0.6);
 }
 
 /// A strip of 20 x 1 and squares of about `side`.
