@@ -12,9 +12,9 @@ namespace {
 
 constexpr char k_usage[] = R"(usage: tessora view [FILE] [options]
 
-Opens the desktop window with FILE (.obj, .ma or .mel): four model panels, the texture with its
-charts, the plug-in's menus and dialogs, undo and redo, a script console. Files can be dropped on it.
-F1 shows the keyboard shortcuts.
+Opens the desktop window with FILE (a mesh of any format that is read, .ma or .mel): four model
+panels, the texture with its charts, the plug-in's menus and dialogs, undo and redo, a script console.
+Files can be dropped on it. F1 shows the keyboard shortcuts.
 )";
 
 constexpr char k_examples[] = R"(

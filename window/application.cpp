@@ -42,6 +42,18 @@ Display display_named(const std::string& name) {
     return Display::charts;
 }
 
+/// What an edit of the UVs by hand calls for; empty after other statements.
+std::string advice_after(const std::string& statements) {
+    const auto has = [&](const char* word) { return statements.find(word) != std::string::npos; };
+    if (has("polyMapSew") && !has("-before"))
+        return "Sewn in the middle. Along my seams lays the charts out anew";
+    if (has("polyMapCut") && !has("-before"))
+        return "Cut. Along my seams lays the charts out anew";
+    if (has("polyEditUV") && has(" -su "))
+        return "Scaled. Pack arranges all charts anew, in these proportions";
+    return std::string();
+}
+
 } // namespace
 
 Application::Application(const app::ViewRequest& options, std::string& error)
@@ -93,6 +105,9 @@ Application::~Application() {
     Session::current().ui().ask = nullptr;
     panels_.reset();
     uvs_.reset();
+    std::error_code ignored;
+    if (!converted_.empty())
+        std::filesystem::remove_all(converted_, ignored);
     if (window_) {
         ImGui_ImplOpenGL2_Shutdown();
         ImGui_ImplGlfw_Shutdown();
@@ -189,6 +204,8 @@ std::string Application::summary(const std::string& statements, size_t map_revis
                       100.0 * state_.map.coverage());
         words = state_.subject.node_name() + ": " + text;
     }
+    if (words.empty())
+        words = advice_after(statements);
     if (state_.has_changed_rows)
         words += std::string(words.empty() ? "" : ". ") +
                  "The UVs stay as they are until \"Unwrap again\"";
@@ -205,6 +222,8 @@ void Application::set_title() {
     state_.opened_name = answer("file -q -location");
     if (state_.opened_name == "unknown")
         state_.opened_name.clear();
+    if (const auto source = sources_.find(state_.opened_name); source != sources_.end())
+        state_.opened_name = source->second;
     if (state_.opened_name != before && !state_.opened_name.empty())
         add_recent_file(std::filesystem::absolute(state_.opened_name).lexically_normal().string());
     const std::string shown = state_.opened_name.empty()
@@ -216,9 +235,7 @@ void Application::set_title() {
 
 void Application::start() {
     if (!options_.file.empty()) {
-        const std::string statement = statement_for_file(options_.file, false);
-        if (statement.empty())
-            state_.console.error(refusal_of(options_.file));
+        const std::string statement = statement_reading(options_.file, false);
         is_good_ = !statement.empty();
         state_.jobs.add(statement);
     }

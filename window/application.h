@@ -21,7 +21,9 @@
 #include "window/work_progress.h"
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -79,6 +81,7 @@ private:
     bool draw_splitter(const char* name, const AreaBox& box, bool is_upright, float& share,
                        float whole);
     void draw_status(float top, float width);
+    static void draw_shortcuts();
     void draw_help();
     void draw_about();
     void draw_question();
@@ -94,8 +97,11 @@ private:
     // files.cpp: opening, saving, exporting, dropped files
     void open_file(bool import);
     void open_path(const std::string& path, bool import);
+    std::string statement_reading(const std::string& path, bool import);
+    std::string readable(const std::string& path);
     void save(bool as_new, std::function<void()> then = nullptr);
     void export_mesh();
+    void export_converted(const std::string& path);
     void choose_picture();
     void choose_preset(const std::string& name);
     void apply_preset(const std::string& name);
@@ -151,6 +157,8 @@ private:
     bool may_run() const;
     void put_key(int key);
     void take_keys_as_they_are();
+    std::filesystem::path converted_; ///< a folder of meshes converted from other formats
+    std::map<std::string, std::string> sources_; ///< their files, by the converted ones
     AreaShares shares_;
     bool is_uv_alone_ = false; ///< the texture view fills the window
     float screen_scale_ = 1.0f;

@@ -22,16 +22,11 @@ std::string flag(const char* name, double value) {
 /// One polygon of every chart.
 std::vector<uint32_t> polygons_of(const State& state, const std::vector<uint32_t>& charts) {
     std::vector<uint32_t> polygons;
-    std::vector<bool> is_wanted(state.map.charts().size());
     for (const uint32_t chart : charts)
-        is_wanted[chart] = true;
-    for (uint32_t t = 0; t < state.map.triangle_count(); ++t) {
-        const uint32_t chart = state.map.triangle_chart()[t];
-        if (chart == k_none || !is_wanted[chart])
-            continue;
-        is_wanted[chart] = false;
-        polygons.push_back(state.map.triangle_polygon()[t]);
-    }
+        polygons.push_back(state.map.triangle_polygon()
+                               [state.map.triangles_by_chart()[state.map.chart_begin()[chart]]]);
+    std::sort(polygons.begin(), polygons.end());
+    polygons.erase(std::unique(polygons.begin(), polygons.end()), polygons.end());
     return polygons;
 }
 
@@ -71,13 +66,15 @@ void set_pivot(const State& state, const std::vector<uint32_t>& charts, ChartCha
 
 std::vector<uint32_t> held_charts(const State& state) {
     std::vector<uint32_t> charts;
+    std::vector<bool> is_held(state.map.charts().size());
     for (const uint32_t triangle : state.marked)
         if (state.map.triangle_chart()[triangle] != k_none)
-            charts.push_back(state.map.triangle_chart()[triangle]);
+            is_held[state.map.triangle_chart()[triangle]] = true;
+    for (uint32_t chart = 0; chart < is_held.size(); ++chart)
+        if (is_held[chart])
+            charts.push_back(chart);
     if (charts.empty() && state.chosen != k_none)
         charts.push_back(state.chosen);
-    std::sort(charts.begin(), charts.end());
-    charts.erase(std::unique(charts.begin(), charts.end()), charts.end());
     return charts;
 }
 
@@ -113,11 +110,14 @@ std::string statement_changing(const State& state, const std::vector<uint32_t>& 
     return "polyEditUV" + flags + " `polyListComponentConversion -toUV -uvShell" + polygons + "`;";
 }
 
-std::vector<uint32_t> ChartLocks::charts(const State& state) {
+const std::vector<uint32_t>& ChartLocks::charts(const State& state) {
     if (!polygons_.empty() &&
         (!state.subject.shape || &mesh_.connectivity() != &state.subject.mesh.connectivity()))
         polygons_.clear();
-    return charts_of(state, polygons_);
+    if (polygons_.empty() || revision_ != state.map_revision)
+        charts_ = charts_of(state, polygons_);
+    revision_ = state.map_revision;
+    return charts_;
 }
 
 void ChartLocks::toggle(const State& state, const std::vector<uint32_t>& charts) {
@@ -132,6 +132,7 @@ void ChartLocks::toggle(const State& state, const std::vector<uint32_t>& charts)
     polygons_ = polygons_of(state, after);
     std::sort(polygons_.begin(), polygons_.end());
     mesh_ = state.subject.mesh;
+    charts_ = std::move(after);
 }
 
 std::vector<uint32_t> ChartTool::without_locked(const State& state, std::vector<uint32_t> charts) {
@@ -155,8 +156,10 @@ void ChartTool::draw(State& state) {
     const std::vector<uint32_t> held = held_charts(state);
     draw_hands(state);
     draw_packing(state, held);
-    if (!held.empty())
-        draw_fields(state, held);
+    // The row is always there: the texture below must not move when a chart is picked.
+    ImGui::BeginDisabled(held.empty());
+    draw_fields(state, held);
+    ImGui::EndDisabled();
 }
 
 void ChartTool::draw_hands(State& state) {
@@ -204,14 +207,17 @@ void ChartTool::draw_packing(State& state, const std::vector<uint32_t>& held) {
 
 void ChartTool::draw_fields(State& state, const std::vector<uint32_t>& held) {
     ImGui::AlignTextToFramePadding();
-    if (held.size() == 1)
+    if (held.empty())
+        ImGui::TextUnformatted("No chart");
+    else if (held.size() == 1)
         ImGui::TextColored(colour::warm, "Chart %u", held[0] + 1);
     else
         ImGui::TextColored(colour::warm, "%zu charts", held.size());
     state.places.add_item("charts/" + std::to_string(held.size()));
     const std::vector<uint32_t> charts = without_locked(state, held);
     ChartChange change;
-    set_pivot(state, charts, change);
+    if (!charts.empty())
+        set_pivot(state, charts, change);
     bool is_asked = false;
     const auto field = [&](const char* name, float* values, int count, float width,
                            const char* help) {
@@ -299,16 +305,22 @@ void ChartTool::drop(State& state) {
 void ChartTool::draw_outlines(const State& state, const UvView& view, ImDrawList* list, float left,
                               float top) {
     const std::vector<uint32_t> locked = locks_.charts(state);
-    if (dragged_.empty() && locked.empty())
-        return;
+    std::vector<uint32_t> shown;
+    std::set_union(locked.begin(), locked.end(), dragged_.begin(), dragged_.end(),
+                   std::back_inserter(shown));
+    for (const uint32_t chart : shown)
+        draw_outline(state, chart, view, list, left, top);
+}
+
+/// Draws the outline of a chart that is locked, or where it is dragged to.
+void ChartTool::draw_outline(const State& state, uint32_t chart, const UvView& view,
+                             ImDrawList* list, float left, float top) const {
     const double cosine = std::cos(change_.angle / k_degrees) * change_.scale;
     const double sine = std::sin(change_.angle / k_degrees) * change_.scale;
     const std::vector<float>& outline = state.map.outline();
-    for (size_t i = 0; i < state.map.outline_chart().size(); ++i) {
-        const uint32_t chart = state.map.outline_chart()[i];
-        const bool is_dragged = std::binary_search(dragged_.begin(), dragged_.end(), chart);
-        if (!is_dragged && !std::binary_search(locked.begin(), locked.end(), chart))
-            continue;
+    const bool is_dragged = std::binary_search(dragged_.begin(), dragged_.end(), chart);
+    for (size_t i = state.map.outline_begin()[chart]; i < state.map.outline_begin()[chart + 1];
+         ++i) {
         ImVec2 ends[2];
         for (size_t end = 0; end < 2; ++end) {
             double u = double(outline[4 * i + 2 * end]), v = double(outline[4 * i + 2 * end + 1]);

@@ -34,14 +34,16 @@ std::string statement_packing(const State& state, const std::vector<uint32_t>& l
 /// seams change; a mesh with other polygons has none.
 class ChartLocks {
 public:
-    /// Ascending.
-    std::vector<uint32_t> charts(const State& state);
+    /// Ascending; found anew only when the map changes.
+    const std::vector<uint32_t>& charts(const State& state);
     /// Locks charts, or unlocks them if all of them are locked.
     void toggle(const State& state, const std::vector<uint32_t>& charts);
 
 private:
     std::vector<uint32_t> polygons_; ///< one of every locked chart
     host::Mesh mesh_;                ///< shares the connectivity that the polygons are from
+    std::vector<uint32_t> charts_;   ///< that the polygons lie in, in the map of this revision
+    size_t revision_ = 0;
 };
 
 class ChartTool {
@@ -72,6 +74,8 @@ public:
                        float top);
 
 private:
+    void draw_outline(const State& state, uint32_t chart, const UvView& view, ImDrawList* list,
+                      float left, float top) const;
     void draw_hands(State& state);
     void draw_packing(State& state, const std::vector<uint32_t>& held);
     void draw_fields(State& state, const std::vector<uint32_t>& held);

@@ -18,6 +18,9 @@ using host::script::Session;
 /// Runs statements and shows their result. Returns whether they succeeded.
 bool Application::run_and_print(const std::string& statements) {
     const Session::Outcome outcome = Session::current().run(statements, "window");
+    if (outcome.ok && (statements.compare(0, 10, "file -open") == 0 ||
+                       statements.compare(0, 9, "file -new") == 0))
+        state_.walk_step = -1; // it was about another mesh
     // What was opened is what the next command works on. Not an entry of the undo queue, which is
     // empty after opening.
     if (outcome.ok && statements.compare(0, 10, "file -open") == 0)
@@ -46,6 +49,7 @@ void Application::run_statements(const std::string& statements) {
     const bool was_cancelled = is_cancelled_;
     if (was_cancelled)
         take_back(undo_count, results);
+    host::graph::UndoQueue::current().join_after(undo_count); // a line is one step
     is_computing_ = is_cancelled_ = is_unwrapping_ = false;
     leave_front();
     std::cerr.rdbuf(error_stream_);
@@ -166,7 +170,9 @@ bool Application::follow_live() {
     }
     // The overlay of the node shows the seams of its own last unwrap.
     auto* overlay = state_.subject.node->slot("Visualization");
-    if (overlay && overlay->value.number() != 0.0 && state_.jobs.is_empty())
+    if (overlay && overlay->value.number() == 0.0)
+        state_.hidden_overlay = state_.subject.node_name();
+    else if (overlay && state_.jobs.is_empty())
         state_.run("setAttr " +
                    host::script::quoted(state_.subject.node_name() + ".Visualization") + " 0;");
     std::string error;

@@ -38,6 +38,46 @@ double length_of(const host::Mesh& mesh, const std::vector<uint32_t>& edges) {
     return length;
 }
 
+/// The UVs of a polygon at both ends of one of its edges, lower vertex first.
+std::pair<int32_t, int32_t> uvs_along(const host::Mesh& mesh, const host::UvSet& set,
+                                      uint32_t polygon, uint32_t edge) {
+    const host::Connectivity& polygons = mesh.connectivity();
+    const host::IndexSpan sides = polygons.polygon_edges(polygon);
+    const auto side = uint32_t(std::find(sides.begin(), sides.end(), edge) - sides.begin());
+    const uint32_t first = polygons.first_corner(polygon) + side;
+    const uint32_t second =
+        polygons.first_corner(polygon) + (side + 1) % polygons.corners_of(polygon);
+    const std::pair uvs(set.corner_uvs[first], set.corner_uvs[second]);
+    return polygons.corner_vertex(first) < polygons.corner_vertex(second)
+               ? uvs
+               : std::pair(uvs.second, uvs.first);
+}
+
+bool is_seam(const host::Mesh& mesh, const host::UvSet& set, uint32_t edge) {
+    const host::IndexSpan sides = mesh.connectivity().edge_polygons(edge);
+    for (const uint32_t polygon : sides)
+        if (uvs_along(mesh, set, polygon, edge) != uvs_along(mesh, set, *sides.begin(), edge))
+            return true;
+    return false;
+}
+
+/// The other seam at a vertex where a seam passes; k_none where it ends, meets others or the border
+/// of the mesh.
+uint32_t next_on_seam(const host::Mesh& mesh, const host::UvSet& set, uint32_t edge,
+                      uint32_t vertex) {
+    uint32_t next = k_none;
+    for (const uint32_t other : mesh.connectivity().vertex_edges(vertex)) {
+        if (mesh.connectivity().edge_polygons(other).size() < 2)
+            return k_none;
+        if (other == edge || !is_seam(mesh, set, other))
+            continue;
+        if (next != k_none)
+            return k_none;
+        next = other;
+    }
+    return next;
+}
+
 } // namespace
 
 uint32_t nearest_edge(const host::Mesh& mesh, uint32_t polygon, const Projection& project,
@@ -93,6 +133,28 @@ std::vector<uint32_t> path_between(const host::Mesh& mesh, uint32_t from, uint32
             }
         }
     return best;
+}
+
+std::vector<uint32_t> seam_through(const host::Mesh& mesh, int uv_set, uint32_t edge) {
+    std::vector<uint32_t> seam;
+    if (uv_set < 0 || !is_seam(mesh, mesh.uv_set(uint32_t(uv_set)), edge))
+        return seam;
+    const host::UvSet& set = mesh.uv_set(uint32_t(uv_set));
+    seam.push_back(edge);
+    const auto [first, second] = mesh.connectivity().edge(edge);
+    for (uint32_t vertex : {first, second}) {
+        uint32_t next = next_on_seam(mesh, set, edge, vertex);
+        while (next != k_none && next != edge) { // a closed seam comes back
+            seam.push_back(next);
+            const auto& [a, b] = mesh.connectivity().edge(next);
+            vertex = a == vertex ? b : a;
+            next = next_on_seam(mesh, set, next, vertex);
+        }
+        if (next == edge)
+            break;
+    }
+    std::sort(seam.begin(), seam.end());
+    return seam;
 }
 
 } // namespace window

@@ -32,4 +32,8 @@ std::vector<uint32_t> edges_inside(const host::Mesh& mesh, const Projection& pro
 /// are not connected.
 std::vector<uint32_t> path_between(const host::Mesh& mesh, uint32_t from, uint32_t to);
 
+/// The edges of the seam that an edge lies on, ascending: up to where the seam ends, meets others
+/// or the border of the mesh. Empty if the UVs are not cut along the edge. `uv_set`: -1 if none.
+std::vector<uint32_t> seam_through(const host::Mesh& mesh, int uv_set, uint32_t edge);
+
 } // namespace window

@@ -28,7 +28,6 @@ Ray ray_at(host::GlPanels& panels, int panel, const ScreenPoint& place, const MM
     return {{from.x, from.y, from.z}, {along.x, along.y, along.z}};
 }
 
-/// Of the shown mesh; none if it is hidden.
 std::optional<MMatrix> EdgeTool::to_world() const {
     for (const host::VisibleShape& shape : host::visible_shapes())
         if (shape.node == state_.subject.shape.get())
@@ -98,7 +97,12 @@ void EdgeTool::click(const ScreenPoint& place, int panel, Mode mode, bool is_dou
         return pick({}, mode != Mode::replace);
     const bool has_last =
         std::binary_search(state_.picked.begin(), state_.picked.end(), last_) && last_ != hovered_;
-    if (is_double)
+    const std::vector<uint32_t> seam =
+        is_double ? seam_through(state_.subject.mesh, state_.subject.uv_set, hovered_)
+                  : std::vector<uint32_t>();
+    if (!seam.empty())
+        pick(seam, mode != Mode::replace);
+    else if (is_double)
         state_.run("polySelect " + std::string(mode == Mode::replace ? "" : "-add ") +
                    "-edgeLoop " + std::to_string(hovered_) + " " +
                    host::script::quoted(state_.shape_path()) + ";");

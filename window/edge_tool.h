@@ -39,9 +39,10 @@ public:
     void draw(ImDrawList* list, float left, float bottom) const;
     /// Tells where edges of the mesh stand, for programs that drive the window.
     void add_places(int panel, float left, float bottom) const;
+    /// The matrix of the shown mesh; none if it is hidden.
+    std::optional<MMatrix> to_world() const;
 
 private:
-    std::optional<MMatrix> to_world() const;
     std::optional<Projection> projection(int panel) const;
     uint32_t triangle_near(int panel, const ScreenPoint& place, const MMatrix& to_world) const;
     void pick(const std::vector<uint32_t>& edges, bool adds) const;

@@ -1,9 +1,12 @@
 // Opening, importing, saving and exporting from the window, and files dropped on it.
+#include "app/file_formats.h"
+#include "app/mesh_conversion.h"
 #include "app/presets.h"
 #include "host/script/value.h"
 #include "window/application.h"
 #include "window/node_settings.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace window {
@@ -19,21 +22,48 @@ std::string extension_of(const std::string& path) { return fs::path(path).extens
 void Application::open_file(bool import) {
     const std::string folder = state_.opened_name.empty() ? options_.file : state_.opened_name;
     const fs::path begin = fs::path(folder).parent_path() / "";
-    chooser_.ask(import ? "Import" : "Open", import ? "Import" : "Open", begin.string(),
-                 {".obj", ".ma", ".mel"},
+    std::vector<std::string> extensions = app::read_extensions();
+    extensions.insert(extensions.end(), {".ma", ".mel"});
+    chooser_.ask(import ? "Import" : "Open", import ? "Import" : "Open", begin.string(), extensions,
                  [this, import](const std::string& path) { open_path(path, import); });
 }
 
 void Application::open_path(const std::string& path, bool import) {
-    const std::string statement = statement_for_file(path, import);
-    if (statement.empty())
-        return state_.console.error(refusal_of(path));
-    later_.push_back([this, import, statement] {
-        if (import)
+    later_.push_back([this, import, path] {
+        const std::string statement = statement_reading(path, import);
+        if (import && !statement.empty())
             state_.run(statement);
-        else
+        else if (!statement.empty())
             unless_unsaved([this, statement] { state_.run(statement); });
     });
+}
+
+/// The file itself if the host reads its format; else its mesh, converted to OBJ. Empty if that
+/// fails, after a word about it in the console.
+std::string Application::readable(const std::string& path) {
+    if (!statement_for_file(path, false).empty())
+        return path;
+    std::string error = app::input_refusal(path);
+    if (error.empty() && !app::is_mesh_file(path))
+        error = refusal_of(path);
+    if (converted_.empty())
+        converted_ = make_private_folder();
+    const fs::path folder = converted_ / std::to_string(sources_.size());
+    std::error_code failure;
+    fs::create_directory(folder, failure);
+    const std::string mesh = (folder / (fs::path(path).stem().string() + ".obj")).string();
+    if (error.empty() && app::convert_mesh(path, mesh, error)) {
+        sources_[mesh] = path;
+        return mesh;
+    }
+    state_.console.error(error);
+    return std::string();
+}
+
+/// The statement that opens or imports a file; empty if it cannot be read.
+std::string Application::statement_reading(const std::string& path, bool import) {
+    const std::string file = readable(path);
+    return file.empty() ? file : statement_for_file(file, import);
 }
 
 void Application::run_now(const std::string& statement) {
@@ -68,11 +98,35 @@ void Application::export_mesh() {
     fs::path suggested =
         state_.opened_name.empty() ? fs::path("mesh") : fs::path(state_.opened_name);
     suggested.replace_filename(suggested.stem().string() + "_uv.obj");
-    chooser_.ask("Export the mesh", "Export", suggested.string(), {".obj"},
+    chooser_.ask("Export the mesh", "Export", suggested.string(), app::written_extensions(),
                  [this](const std::string& path) {
                      const std::string whole = extension_of(path).empty() ? path + ".obj" : path;
-                     write(whole, "file -force -exportAll " + quoted(whole) + ";");
+                     const std::string refusal = app::export_refusal(whole);
+                     if (!refusal.empty())
+                         state_.console.error(refusal);
+                     else if (extension_of(whole) == ".obj")
+                         write(whole, "file -force -exportAll " + quoted(whole) + ";");
+                     else
+                         export_converted(whole);
                  });
+}
+
+/// Exports what the host writes, OBJ, and converts it.
+void Application::export_converted(const std::string& path) {
+    const fs::path folder = make_private_folder();
+    const fs::path mesh = folder / (fs::path(path).stem().string() + ".obj");
+    write(path, "file -force -exportAll " + quoted(mesh.string()) + ";", [this, mesh, path] {
+        std::string error;
+        if (app::convert_mesh(mesh.string(), path, error))
+            state_.say("Exported " + path);
+        else
+            state_.console.error(error);
+    });
+    later_.push_back([folder] {
+        std::error_code ignored;
+        if (!folder.empty())
+            fs::remove_all(folder, ignored);
+    });
 }
 
 /// The picture that is shown as the mesh's texture.
@@ -147,11 +201,12 @@ void Application::unless_unsaved(std::function<void()> then) {
 void Application::dropped(const std::vector<std::string>& files) {
     // A drop asks no question, so it must never discard unsaved changes.
     const bool replaces = !state_.subject.shape && !state_.is_modified;
-    std::vector<std::string> refused;
-    for (const std::string& statement : statements_for_drop(files, replaces, refused))
+    std::vector<std::string> ours, refused;
+    for (const std::string& file : files)
+        ours.push_back(readable(file));
+    ours.erase(std::remove(ours.begin(), ours.end(), std::string()), ours.end());
+    for (const std::string& statement : statements_for_drop(ours, replaces, refused))
         state_.run(statement);
-    for (const std::string& file : refused)
-        state_.console.error(refusal_of(file));
 }
 
 } // namespace window

@@ -223,9 +223,6 @@ void Application::draw_left(const AreaBox& box, bool is_live) {
     const float gap = std::round(k_splitter * state_.scale);
     const float console = std::round(shares_.console * box.height);
     const float panels = box.height - console - gap;
-    if (focuses_panels_)
-        ImGui::SetNextWindowFocus();
-    focuses_panels_ = false;
     const float tools = std::round(ImGui::GetFrameHeight() + 10.0f * state_.scale);
     begin_area("Tools", box.left, box.top, box.width, tools, true);
     ImGui::SetCursorPosY(5.0f * state_.scale);
@@ -233,6 +230,9 @@ void Application::draw_left(const AreaBox& box, bool is_live) {
     draw_tool_bar(state_);
     ImGui::EndDisabled();
     ImGui::End();
+    if (focuses_panels_)
+        ImGui::SetNextWindowFocus();
+    focuses_panels_ = false;
     begin_area("Panels", box.left, box.top + tools, box.width, panels - tools, false,
                ImGuiWindowFlags_NoNavInputs | ImGuiWindowFlags_NoNavFocus);
     panels_->draw(is_live);
@@ -319,32 +319,49 @@ void Application::draw_status(float top, float width) {
                               : state_.status.empty() ? std::string("F1 shows the keys")
                                                       : state_.status;
     ImGui::TextColored(tone, "%s", words.c_str());
-    state_.places.add_item("status");
+    state_.places.add_item("status/" + words);
     state_.places.add_item("title/" + state_.title);
     ImGui::PopFont();
     ImGui::End();
 }
 
+/// Draws the table of keys in two halves side by side, divided where a group begins.
+void Application::draw_shortcuts() {
+    const std::vector<Shortcut>& rows = shortcuts();
+    size_t half = rows.size();
+    for (size_t i = 0; i < rows.size(); ++i)
+        if (*rows[i].keys == 0 && (half == rows.size() || i <= rows.size() / 2))
+            half = i;
+    if (!ImGui::BeginTable("keys", 4, ImGuiTableFlags_SizingFixedFit))
+        return;
+    const auto put = [&](size_t i) {
+        const Shortcut none{"", ""};
+        const Shortcut& row = i < rows.size() ? rows[i] : none;
+        ImGui::TableNextColumn();
+        ImGui::TextColored(*row.meaning ? colour::accent : colour::text, "%s   ", row.keys);
+        ImGui::TableNextColumn();
+        ImGui::Text("%s   ", row.meaning);
+    };
+    for (size_t i = 0; i < std::max(half, rows.size() - half - 1); ++i) {
+        ImGui::TableNextRow();
+        put(i < half ? i : rows.size());
+        put(half + 1 + i);
+    }
+    ImGui::EndTable();
+}
+
 void Application::draw_help() {
     if (!shows_help_)
         return;
-    ImGui::SetNextWindowPos(ImGui::GetMainViewport()->GetCenter(), ImGuiCond_Appearing,
-                            {0.5f, 0.5f});
+    ImGui::SetNextWindowPos(ImGui::GetMainViewport()->GetCenter(), ImGuiCond_Always, {0.5f, 0.5f});
     if (ImGui::Begin("Keyboard and mouse", &shows_help_,
                      ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_AlwaysAutoResize |
                          ImGuiWindowFlags_NoSavedSettings)) {
         const ImVec2 at = ImGui::GetWindowPos(), size = ImGui::GetWindowSize();
         state_.places.add("help", at.x, at.y, size.x, size.y);
-        if (ImGui::BeginTable("keys", 2, ImGuiTableFlags_SizingFixedFit)) {
-            for (const Shortcut& row : shortcuts()) {
-                ImGui::TableNextRow();
-                ImGui::TableNextColumn();
-                ImGui::TextColored(*row.meaning ? colour::accent : colour::text, "%s   ", row.keys);
-                ImGui::TableNextColumn();
-                ImGui::TextUnformatted(row.meaning);
-            }
-            ImGui::EndTable();
-        }
+        ImGui::PushFont(state_.fonts.small);
+        draw_shortcuts();
+        ImGui::PopFont();
         if (ImGui::IsWindowFocused() &&
             ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape), false))
             shows_help_ = false;
@@ -458,6 +475,10 @@ void Application::take_common_keys() {
         choose_picture();
     if (!state_.wanted_preset.empty())
         choose_preset(std::exchange(state_.wanted_preset, std::string()));
+    if (std::exchange(state_.frames_chosen, false)) {
+        uvs_->frame_lit(state_);
+        panels_->frame_chosen();
+    }
     if (!state_.wanted_file.empty())
         open_path(std::exchange(state_.wanted_file, std::string()), false);
 }

@@ -21,21 +21,6 @@ using host::graph::Node;
 using host::graph::Slot;
 using host::script::quoted;
 
-/// A folder that only this user can read.
-fs::path make_folder() {
-    std::error_code failure;
-    const fs::path parent = fs::temp_directory_path(failure);
-    std::random_device random;
-    for (int i = 0; i < 100; ++i) {
-        const fs::path folder = parent / ("tessora_live." + std::to_string(random()));
-        if (fs::create_directory(folder, failure)) {
-            fs::permissions(folder, fs::perms::owner_all, failure);
-            return folder;
-        }
-    }
-    return fs::path();
-}
-
 std::string text(Node& node, const char* attribute) {
     const Slot* slot = node.slot(attribute);
     return slot && slot->value.kind() == host::graph::ValueKind::text
@@ -70,6 +55,20 @@ bool read_uvs(const fs::path& file, host::UvSet& uvs, std::string& error) {
 }
 
 } // namespace
+
+fs::path make_private_folder() {
+    std::error_code failure;
+    const fs::path parent = fs::temp_directory_path(failure);
+    std::random_device random;
+    for (int i = 0; i < 100; ++i) {
+        const fs::path folder = parent / ("tessora_window." + std::to_string(random()));
+        if (fs::create_directory(folder, failure)) {
+            fs::permissions(folder, fs::perms::owner_all, failure);
+            return folder;
+        }
+    }
+    return fs::path();
+}
 
 const host::Mesh* input_of(Node& node) {
     const Slot* slot = node.slot("inMesh");
@@ -127,7 +126,7 @@ bool LiveUnwrap::follow(const Subject& subject, std::string& error) {
     input_ = *input;
     begun_ = Clock::now();
     if (folder_.empty())
-        folder_ = make_folder();
+        folder_ = make_private_folder();
     app::UnwrapRequest request;
     request.settings = settings_of(*node); // whose "map1" is the only set of the file that travels
     request.input = (folder_ / "in.obj").string();

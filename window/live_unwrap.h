@@ -14,6 +14,9 @@
 
 namespace window {
 
+/// A new folder for temporary files that only this user can read; empty if none can be made.
+std::filesystem::path make_private_folder();
+
 class LiveUnwrap {
 public:
     using Clock = std::chrono::steady_clock;

@@ -1,7 +1,5 @@
 #include "window/map_paint.h"
 
-#include <GL/glext.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -52,7 +50,47 @@ public:
     SavedGlState& operator=(const SavedGlState&) = delete;
 };
 
+void unbind_buffers() {
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+}
+
+/// Corners of triangles in arrays with three corners for each triangle.
+std::vector<uint32_t> corners_of(const std::vector<uint32_t>& triangles) {
+    std::vector<uint32_t> corners;
+    corners.reserve(3 * triangles.size());
+    for (const uint32_t t : triangles)
+        corners.insert(corners.end(), {3 * t, 3 * t + 1, 3 * t + 2});
+    return corners;
+}
+
+/// Draws triangles `begin` to `end` of the bound element buffer.
+void draw_triangles(uint32_t begin, uint32_t end) {
+    if (begin < end)
+        glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(3 * (end - begin)), GL_UNSIGNED_INT,
+                       reinterpret_cast<const void*>(3 * sizeof(uint32_t) * size_t(begin)));
+}
+
 } // namespace
+
+PaintBuffer::~PaintBuffer() {
+    if (buffer_)
+        glDeleteBuffers(1, &buffer_);
+}
+
+template <class Make>
+void PaintBuffer::bind(size_t revision, Make make) {
+    const bool is_new = buffer_ == 0;
+    if (is_new)
+        glGenBuffers(1, &buffer_);
+    glBindBuffer(target_, buffer_);
+    if (!is_new && revision == revision_)
+        return;
+    const auto& content = make();
+    glBufferData(target_, static_cast<GLsizeiptr>(content.size() * sizeof(content[0])),
+                 content.data(), GL_STATIC_DRAW);
+    revision_ = revision;
+}
 
 MapPaint::~MapPaint() {
     if (checker_)
@@ -61,7 +99,7 @@ MapPaint::~MapPaint() {
         glDeleteTextures(1, &picture_);
 }
 
-void MapPaint::update_arrays(const State& state) {
+void MapPaint::update_textures(const State& state) {
     if (checker_ == 0) {
         const GLubyte texels[] = {255, 150, 150, 255};
         glGenTextures(1, &checker_);
@@ -74,12 +112,6 @@ void MapPaint::update_arrays(const State& state) {
         glBindTexture(GL_TEXTURE_2D, 0);
     }
     update_picture(state);
-    if (revision_ == state.map_revision && display_ == state.display && !colours_.empty())
-        return;
-    revision_ = state.map_revision;
-    display_ = state.display;
-    white_chart_ = k_none;
-    colours_ = corner_colours(state.map, state.display);
 }
 
 void MapPaint::update_picture(const State& state) {
@@ -116,40 +148,64 @@ void MapPaint::begin_texturing(const State& state) {
     glMatrixMode(GL_MODELVIEW);
 }
 
-void MapPaint::set_white_chart(const State& state, uint32_t chart) {
-    if (white_chart_ == chart)
-        return;
-    for (uint32_t t = 0; t < state.map.triangle_count(); ++t) {
-        const uint32_t own = state.map.triangle_chart()[t];
-        if (own != k_none && (own == chart || own == white_chart_))
-            std::fill_n(colours_.begin() + 3 * t, 3,
-                        own == chart ? k_white : triangle_colour(state.map, t, state.display));
-    }
-    white_chart_ = chart;
+/// Binds the corners' places, and the list of corners.
+void MapPaint::bind_places(const State& state, Places places) {
+    const bool is_flat = places == Places::texture;
+    const auto values = [&]() -> const std::vector<float>& {
+        return is_flat ? state.map.uvs() : state.map.points();
+    };
+    (is_flat ? uvs_ : points_).bind(state.map_revision, values);
+    glVertexPointer(is_flat ? 2 : 3, GL_FLOAT, 0, nullptr);
+    glEnableClientState(GL_VERTEX_ARRAY);
+    order_.bind(state.map_revision, [&] { return corners_of(state.map.triangles_by_chart()); });
 }
 
-void MapPaint::paint_triangles(const State& state, const float* places, int dimensions) {
-    const auto corners = static_cast<GLsizei>(3 * state.map.triangle_count());
-    if (corners == 0)
+/// Draws all triangles but those of a chart.
+void MapPaint::paint_triangles(const State& state, Places places, uint32_t left_out) {
+    if (state.map.triangle_count() == 0)
         return;
+    bind_places(state, places);
     const bool has_picture = state.display == Display::picture && picture_ != 0;
     if (state.display == Display::checker || has_picture) {
         begin_texturing(state);
-        glTexCoordPointer(2, GL_FLOAT, 0, state.map.uvs().data());
+        uvs_.bind(state.map_revision,
+                  [&]() -> const std::vector<float>& { return state.map.uvs(); });
+        glTexCoordPointer(2, GL_FLOAT, 0, nullptr);
         glEnableClientState(GL_TEXTURE_COORD_ARRAY);
     }
-    glVertexPointer(dimensions, GL_FLOAT, 0, places);
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glColorPointer(4, GL_UNSIGNED_BYTE, 0, colours_.data());
+    colours_.bind(state.map_revision * k_display_count + static_cast<size_t>(state.display),
+                  [&] { return corner_colours(state.map, state.display); });
+    glColorPointer(4, GL_UNSIGNED_BYTE, 0, nullptr);
     glEnableClientState(GL_COLOR_ARRAY);
-    glDrawArrays(GL_TRIANGLES, 0, corners);
+    if (left_out == k_none) {
+        draw_triangles(0, state.map.triangle_count());
+    } else {
+        draw_triangles(0, state.map.chart_begin()[left_out]);
+        draw_triangles(state.map.chart_begin()[left_out + 1], state.map.triangle_count());
+    }
     glDisableClientState(GL_COLOR_ARRAY);
     glDisableClientState(GL_VERTEX_ARRAY);
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
     glDisable(GL_TEXTURE_2D);
+    unbind_buffers();
 }
 
-void MapPaint::paint_gutter(const State& state, const UvView& view) const {
+/// Draws the triangles of a chart in the present colour.
+void MapPaint::paint_chart(const State& state, Places places, uint32_t chart) {
+    bind_places(state, places);
+    draw_triangles(state.map.chart_begin()[chart], state.map.chart_begin()[chart + 1]);
+    glDisableClientState(GL_VERTEX_ARRAY);
+    unbind_buffers();
+}
+
+void MapPaint::bind_outline(const State& state) {
+    outline_.bind(state.map_revision,
+                  [&]() -> const std::vector<float>& { return state.map.outline(); });
+    glVertexPointer(2, GL_FLOAT, 0, nullptr);
+    glEnableClientState(GL_VERTEX_ARRAY);
+}
+
+void MapPaint::paint_gutter(const State& state, const UvView& view) {
     const double texel = view.pixels_per_side() /
                          std::max(state.subject.texture.width, state.subject.texture.height);
     const double wide = state.subject.gutter * texel; // line width; half falls inside the chart
@@ -157,18 +213,19 @@ void MapPaint::paint_gutter(const State& state, const UvView& view) const {
         return;
     glLineWidth(static_cast<GLfloat>(std::min(wide, 250.0)));
     glColor4f(0.36f, 0.40f, 0.46f, 1.0f);
-    glVertexPointer(2, GL_FLOAT, 0, state.map.outline().data());
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(2 * state.map.outline_chart().size()));
+    bind_outline(state);
+    const auto ends = static_cast<GLsizei>(2 * state.map.outline_begin().back());
+    glDrawArrays(GL_LINES, 0, ends);
     if (wide >= 3.0) { // round the corners
         glEnable(GL_POINT_SMOOTH);
         glEnable(GL_BLEND);
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         glPointSize(static_cast<GLfloat>(std::min(wide, 250.0)));
-        glDrawArrays(GL_POINTS, 0, static_cast<GLsizei>(2 * state.map.outline_chart().size()));
+        glDrawArrays(GL_POINTS, 0, ends);
         glDisable(GL_BLEND);
     }
     glDisableClientState(GL_VERTEX_ARRAY);
+    unbind_buffers();
 }
 
 void MapPaint::paint_grid(const State& state, const UvView& view) const {
@@ -195,57 +252,50 @@ void MapPaint::paint_grid(const State& state, const UvView& view) const {
     glDisable(GL_BLEND);
 }
 
-void MapPaint::paint_outline(const State& state) const {
+void MapPaint::paint_outline(const State& state) {
     if (state.map.outline().empty())
         return;
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     set_colour(colour::line, 0.85f);
     glLineWidth(1.2f);
-    glVertexPointer(2, GL_FLOAT, 0, state.map.outline().data());
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(2 * state.map.outline_chart().size()));
+    bind_outline(state);
+    glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(2 * state.map.outline_begin().back()));
     glDisableClientState(GL_VERTEX_ARRAY);
+    unbind_buffers();
     glDisable(GL_BLEND);
 }
 
-void MapPaint::paint_lit(const State& state) const {
+void MapPaint::paint_lit(const State& state) {
     const uint32_t lit = state.lit();
     if (lit == k_none)
         return;
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     set_colour(colour::warm, 0.70f);
-    glBegin(GL_TRIANGLES);
-    for (uint32_t t = 0; t < state.map.triangle_count(); ++t)
-        if (state.map.triangle_chart()[t] == lit)
-            for (uint32_t k = 0; k < 3; ++k)
-                glVertex2fv(state.map.uvs().data() + 6 * t + 2 * k);
-    glEnd();
+    paint_chart(state, Places::texture, lit);
     set_colour(colour::warm, 1.0f);
     glLineWidth(2.5f);
-    glBegin(GL_LINES);
-    for (size_t i = 0; i < state.map.outline_chart().size(); ++i)
-        if (state.map.outline_chart()[i] == lit)
-            for (size_t end = 0; end < 2; ++end)
-                glVertex2fv(state.map.outline().data() + 4 * i + 2 * end);
-    glEnd();
+    bind_outline(state);
+    const uint32_t begin = state.map.outline_begin()[lit], end = state.map.outline_begin()[lit + 1];
+    glDrawArrays(GL_LINES, static_cast<GLint>(2 * begin), static_cast<GLsizei>(2 * (end - begin)));
+    glDisableClientState(GL_VERTEX_ARRAY);
+    unbind_buffers();
     glDisable(GL_BLEND);
 }
 
 /// Draws the selected polygons.
-void MapPaint::paint_marked(const State& state) const {
+void MapPaint::paint_marked(const State& state) {
     if (state.marked.empty())
         return;
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     set_colour(colour::error, 0.75f);
-    glBegin(GL_TRIANGLES);
-    for (const uint32_t t : state.marked)
-        if (state.map.triangle_chart()[t] != k_none)
-            for (uint32_t k = 0; k < 3; ++k)
-                glVertex2fv(state.map.uvs().data() + 6 * t + 2 * k);
-    glEnd();
+    bind_places(state, Places::texture);
+    marked_.bind(state.scene_revision, [&] { return corners_of(state.marked); });
+    draw_triangles(0, static_cast<uint32_t>(state.marked.size()));
+    glDisableClientState(GL_VERTEX_ARRAY);
+    unbind_buffers();
     glDisable(GL_BLEND);
 }
 
@@ -264,17 +314,20 @@ void MapPaint::paint_picked(const State& state) const {
 /// Draws the seams of UVs that no unwrap made, or that were edited after it, in the colour that
 /// unwraps give seams they keep.
 /// Expects the camera's matrices and the mesh's.
-void MapPaint::paint_seams(const State& state) const {
+void MapPaint::paint_seams(const State& state) {
     if (state.shows_overlay() || state.map.seams().empty())
         return;
     glDisable(GL_BLEND);
     glDepthFunc(GL_LEQUAL);
     glColor3f(0.0f, 1.0f, 0.0f);
     glLineWidth(3.0f);
-    glVertexPointer(3, GL_FLOAT, 0, state.map.seams().data());
+    seams_.bind(state.map_revision,
+                [&]() -> const std::vector<float>& { return state.map.seams(); });
+    glVertexPointer(3, GL_FLOAT, 0, nullptr);
     glEnableClientState(GL_VERTEX_ARRAY);
     glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(state.map.seams().size() / 3));
     glDisableClientState(GL_VERTEX_ARRAY);
+    unbind_buffers();
 }
 
 /// Draws the unit square, with the picture on it in that mode.
@@ -296,7 +349,7 @@ void MapPaint::paint_background(const State& state) {
 
 void MapPaint::paint_texture(const State& state, const UvView& view, bool has_grid) {
     const SavedGlState saved;
-    update_arrays(state);
+    update_textures(state);
     glViewport(0, 0, static_cast<GLsizei>(view.width()), static_cast<GLsizei>(view.height()));
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_SCISSOR_TEST);
@@ -314,7 +367,7 @@ void MapPaint::paint_texture(const State& state, const UvView& view, bool has_gr
     glScaled(view.pixels_per_unit(0), -view.pixels_per_unit(1), 1.0);
     paint_background(state);
     paint_gutter(state, view);
-    paint_triangles(state, state.map.uvs().data(), 2);
+    paint_triangles(state, Places::texture, k_none);
     if (has_grid)
         paint_grid(state, view);
     paint_outline(state);
@@ -335,25 +388,29 @@ void MapPaint::paint_mesh(const State& state, const MMatrix& to_world) {
     if (state.map.charts().empty())
         return;
     const SavedGlState saved;
-    update_arrays(state);
+    update_textures(state);
     glMultMatrixd(&to_world.matrix[0][0]);
     glDisable(GL_LIGHTING);
     glDepthMask(GL_FALSE);
-    if (state.display != Display::plain)
-        paint_tint(state);
+    paint_tint(state);
     paint_seams(state);
 }
 
-/// Multiplies the colours of the mesh's faces.
+/// Multiplies the colours of the mesh's faces, and lights the lit chart.
 void MapPaint::paint_tint(const State& state) {
     glEnable(GL_BLEND);
-    glBlendFunc(GL_DST_COLOR, GL_ZERO);
     // Depth between the mesh's faces and the wireframe lines drawn on them.
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(1.5f, 1.5f);
-    // The host highlights this chart; multiplying by white keeps its highlight colour.
-    set_white_chart(state, state.lit());
-    paint_triangles(state, state.map.points().data(), 3);
+    if (state.display != Display::plain) {
+        glBlendFunc(GL_DST_COLOR, GL_ZERO);
+        paint_triangles(state, Places::mesh, state.lit());
+    }
+    if (state.lit() != k_none) {
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        set_colour(colour::warm, 0.65f);
+        paint_chart(state, Places::mesh, state.lit());
+    }
     glDisable(GL_POLYGON_OFFSET_FILL);
 }
 

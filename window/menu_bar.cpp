@@ -149,8 +149,10 @@ void draw_mesh(State& state) {
     };
     item("Unwrap", nullptr, has_mesh, "tessora;");
     item("Unwrap again", nullptr, static_cast<bool>(state.subject.node), state.unwrap_again());
-    item("Unwrap along the seams", nullptr, !state.map.charts().empty(), k_along_seams);
-    item("Suggest the rest of the seams", nullptr, !state.map.charts().empty(), k_suggest_rest);
+    item("Unwrap along the seams", nullptr, !state.map.charts().empty(),
+         statement_along_seams(state));
+    item("Suggest the rest of the seams", nullptr, !state.map.charts().empty(),
+         statement_suggesting_rest(state));
     ImGui::Separator();
     if (ImGui::MenuItem("Pick edges", "E", state.picks_edges))
         state.picks_edges = !state.picks_edges;
@@ -328,7 +330,7 @@ const std::vector<Shortcut>& shortcuts() {
         {"left drag, Alt+left drag, arrows", "turn (the flat views: move)"},
         {"middle drag, Shift+left drag, Shift+arrows", "move"},
         {"wheel, right drag, + and -", "nearer, farther"},
-        {"picking edges: click, double click", "the edge, its loop"},
+        {"picking edges: click, double click", "the edge, its loop or its whole seam"},
         {"Shift+click, left drag, Ctrl", "the way from the last edge, those inside, add"},
         {"F, A", "frame the selection, frame everything"},
         {"1, 2, 3, 0", "use the top, front, side, persp panel"},

@@ -8,6 +8,7 @@
 #include "window/welcome.h"
 
 #include <GLFW/glfw3.h>
+#include <algorithm>
 #include <cmath>
 #include <imgui.h>
 
@@ -80,6 +81,41 @@ void ModelPanels::frame_all() {
     wants_paint_ = true;
 }
 
+void ModelPanels::frame_chosen() {
+    const std::vector<float>& corners = state_.map.points();
+    if (state_.chosen == k_none || !edges_.to_world())
+        return;
+    const MMatrix to_world = *edges_.to_world();
+    const auto point = [&](size_t corner) {
+        return MPoint(real(corners[3 * corner]), real(corners[3 * corner + 1]),
+                      real(corners[3 * corner + 2])) *
+               to_world;
+    };
+    std::vector<MPoint> points;
+    MVector normal;
+    const std::vector<uint32_t>& begin = state_.map.chart_begin();
+    for (uint32_t i = begin[state_.chosen]; i < begin[state_.chosen + 1]; ++i) {
+        const size_t t = state_.map.triangles_by_chart()[i];
+        const MPoint a = point(3 * t), b = point(3 * t + 1), c = point(3 * t + 2);
+        points.insert(points.end(), {a, b, c});
+        normal += (b - a) ^ (c - a);
+    }
+    for (int panel = 0; panel < host::k_panel_count; ++panel) {
+        const auto camera = host::panel_camera(panel);
+        if (camera.empty())
+            continue;
+        // Row 2 of the camera's matrix points from what it sees to itself.
+        const MMatrix world = panels_.camera_view(panel).view.inverse();
+        if (MVector(world[2][0], world[2][1], world[2][2]) * normal < 0.3 * normal.length())
+            host::face(camera, normal);
+        host::frame_points(
+            camera, panels_.viewport(panel),
+            [&](const host::PointSink& put) { std::for_each(points.begin(), points.end(), put); },
+            0.7);
+    }
+    wants_paint_ = true;
+}
+
 void ModelPanels::lay_out(int width, int height) {
     if (is_alone_)
         panels_.arrange_one(active(), width, height);
@@ -88,37 +124,16 @@ void ModelPanels::lay_out(int width, int height) {
     wants_paint_ = true;
 }
 
-void ModelPanels::light() {
-    const uint32_t lit = state_.lit();
-    if (lit == lit_ && lit_revision_ == state_.map_revision)
-        return;
-    lit_ = lit;
-    lit_revision_ = state_.map_revision;
-    wants_paint_ = true;
-    panels_.highlights().clear();
-    if (lit == k_none || !state_.subject.shape)
-        return;
-    std::vector<int> faces;
-    for (uint32_t t = 0; t < state_.map.triangle_count(); ++t) {
-        const int face = static_cast<int>(state_.map.triangle_polygon()[t]);
-        if (state_.map.triangle_chart()[t] == lit && (faces.empty() || faces.back() != face))
-            faces.push_back(face);
-    }
-    host::Highlight highlight;
-    highlight.shape = state_.subject.shape;
-    highlight.parts = new host::graph::Component(host::graph::ComponentKind::face, faces);
-    panels_.highlights().push_back(highlight);
-}
-
 void ModelPanels::paint_if_needed() {
-    bool asked =
-        wants_paint_ || display_ != state_.display || scene_revision_ != state_.scene_revision;
+    bool asked = wants_paint_ || display_ != state_.display || lit_ != state_.lit() ||
+                 scene_revision_ != state_.scene_revision;
     for (int panel = 0; panel < host::k_panel_count; ++panel)
         asked = asked || panels_.needs_redraw(panel);
     if (!asked)
         return;
     wants_paint_ = false;
     display_ = state_.display;
+    lit_ = state_.lit();
     scene_revision_ = state_.scene_revision;
     target_.bind();
     glDisable(GL_SCISSOR_TEST);
@@ -321,7 +336,10 @@ void ModelPanels::keys() {
     for (const auto& [key, only_selected] :
          {std::pair(GLFW_KEY_F, true), std::pair(GLFW_KEY_A, false)})
         if (ImGui::IsKeyPressed(key)) {
-            panels_.frame(panel, only_selected);
+            if (only_selected && state_.chosen != k_none)
+                frame_chosen();
+            else
+                panels_.frame(panel, only_selected);
             wants_paint_ = true;
         }
     if (ImGui::IsKeyPressed(GLFW_KEY_SPACE))
@@ -390,7 +408,6 @@ void ModelPanels::draw(bool is_live) {
         react(corner.x, corner.y);
         if (has_focus_ && !ImGui::GetIO().WantTextInput)
             keys();
-        light();
         paint_if_needed();
     }
     if (lit_ != k_none)

@@ -24,6 +24,8 @@ public:
 
     void draw(bool is_live);
     void frame_all();
+    /// Frames the chosen chart in all panels; persp turns if the chart faces away from it.
+    void frame_chosen();
     /// Toggles between the active panel alone and all four.
     void toggle_alone();
     /// Makes a panel the active one and focuses it.
@@ -51,7 +53,6 @@ private:
     /// Selects the nearest mesh under the pointer; `adds` keeps the present selection.
     void select(int panel, double x, double y, bool adds);
     void keys();
-    void light();
     void tint();
     void draw_name(int panel, float left, float top) const;
     void draw_over(float left, float top);
@@ -75,7 +76,7 @@ private:
     ScreenPoint click_place_;  ///< and its place
     bool draws_lasso_ = false; ///< the drag is a line around edges
     uint32_t lit_ = k_none;
-    size_t lit_revision_ = 0, scene_revision_ = 0;
+    size_t scene_revision_ = 0;
     Display display_ = Display::plain;
 };
 

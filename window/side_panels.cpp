@@ -92,6 +92,20 @@ void draw_subject(State& state) {
         fitted(counted(state.map.triangle_count()) + " triangles, " + uvs, room).c_str());
 }
 
+/// Makes the item drawn last, underlined, lead to the chart with the most stretch.
+void lead_to_worst(State& state) {
+    const ImVec2 low = ImGui::GetItemRectMin(), high = ImGui::GetItemRectMax();
+    ImGui::GetWindowDrawList()->AddLine({low.x, high.y}, high, ImGui::GetColorU32(colour::accent));
+    if (ImGui::IsItemHovered()) {
+        ImGui::SetMouseCursor(ImGuiMouseCursor_Hand);
+        ImGui::SetTooltip("Click: show the chart with the most stretch");
+    }
+    if (ImGui::IsItemClicked()) {
+        state.chosen = state.map.worst_chart();
+        state.frames_chosen = true;
+    }
+}
+
 /// Draws warnings about the layout, and figures of the highlighted chart.
 void draw_remarks(State& state) {
     const UvMap& map = state.map;
@@ -173,11 +187,10 @@ void draw_results(State& state) {
         result(state, "Charts", counted(static_cast<uint32_t>(map.charts().size())));
         result(state, "Coverage", shown("%.1f %%", 100.0 * map.coverage()),
                map.coverage() > 1.0 ? colour::warning : colour::text);
-        result(state, "Worst stretch", shown("%.4f", map.worst_stretch()));
-        if (has_charts && ImGui::IsItemHovered())
-            ImGui::SetTooltip("Click: light the chart with the most stretch; F frames it");
-        if (has_charts && ImGui::IsItemClicked())
-            state.chosen = map.worst_chart();
+        result(state, "Worst stretch", shown("%.4f", map.worst_stretch()),
+               has_charts ? colour::accent : colour::text);
+        if (has_charts)
+            lead_to_worst(state);
         result(state, "L2 stretch", shown("%.4f", map.l2_stretch()));
         ImGui::EndTable();
     }

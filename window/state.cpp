@@ -87,6 +87,9 @@ void State::refresh() {
     }
     take_selection();
     take_rows();
+    const auto* overlay = subject.node ? subject.node->slot("Visualization") : nullptr;
+    if (overlay && overlay->value.number() != 0.0)
+        hidden_overlay.clear(); // the user wants it again
     const host::graph::UndoQueue& queue = host::graph::UndoQueue::current();
     undo_name = queue.undo_name();
     redo_name = queue.redo_name();

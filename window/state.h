@@ -90,8 +90,9 @@ struct State {
     bool wants_picture = false;  ///< a file of it is to be chosen
     int walk_step = -1;          ///< of the walk for new users; negative: it is not on
     bool is_live = false;        ///< cuts go before the unwrap node, which follows them at once
-    bool is_waiting = false;     ///< Live is late: a child process still unwraps
-    size_t live_results = 0;     ///< received so far
+    std::string hidden_overlay; ///< the node whose overlay Live put out: it does not know its seams
+    bool is_waiting = false;    ///< Live is late: a child process still unwraps
+    size_t live_results = 0;    ///< received so far
     /// Places of the pointer since the last frame while a button is held, in pixels of the window.
     std::vector<ScreenPoint> pointer_path;
     bool picks_edges = false;      ///< the mouse picks edges on the mesh, not objects
@@ -99,14 +100,17 @@ struct State {
     std::vector<uint32_t> picked;  ///< selected edges of the mesh shown, ascending
     std::vector<float> picked_uvs; ///< these in the texture: u0 v0 u1 v1 for each side of an edge
     uint32_t hovered = k_none;     ///< the chart under the pointer, in any panel
-    uint32_t chosen = k_none;      ///< the chart selected by keyboard
+    uint32_t chosen = k_none;      ///< the chart that stays lit, by a click or by keyboard
+    bool frames_chosen = false;    ///< it is to fill the views, once
     /// The chart to highlight; k_none if none.
     uint32_t lit() const { return hovered != k_none ? hovered : chosen; }
 
     /// Updates the snapshot from the scene, without evaluating nodes.
     void refresh();
     /// Whether the unwrap node draws its seams itself, because they are those of the shown UVs.
-    bool shows_overlay() const { return subject.node && !subject.has_later_edits && !is_live; }
+    bool shows_overlay() const {
+        return subject.node && !subject.has_later_edits && subject.node_name() != hidden_overlay;
+    }
     MeshPicker& mesh_picker();
     /// The path of the shape shown, as statements name it; there must be one.
     std::string shape_path() const;

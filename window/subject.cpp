@@ -166,7 +166,7 @@ std::string statement_for_file(const std::string& path, bool import) {
 }
 
 std::string refusal_of(const std::string& path) {
-    return path + ": not an .obj, .ma or .mel file.";
+    return path + ": neither a mesh, nor a scene (.ma), nor a script (.mel).";
 }
 
 std::vector<std::string> statements_for_drop(const std::vector<std::string>& paths, bool replaces,

@@ -3,6 +3,7 @@
 #include "host/script/value.h"
 #include "window/live_unwrap.h"
 
+#include <cstdio>
 #include <imgui.h>
 
 namespace window {
@@ -17,6 +18,16 @@ std::string editing(const State& state, const std::string& command) {
         return command + ";";
     return "{ " + command + "; setAttr " +
            host::script::quoted(state.subject.node_name() + ".Visualization") + " 0; }";
+}
+
+/// The flags of the last unwrap that later ones keep; empty if there was none.
+std::string texture_flags(const State& state) {
+    if (!state.subject.node)
+        return std::string();
+    char flags[96];
+    std::snprintf(flags, sizeof flags, " -width %.0f -height %.0f -padding %.0f",
+                  state.subject.texture.width, state.subject.texture.height, state.subject.gutter);
+    return flags;
 }
 
 /// A button that is lit while `is_on`. Returns whether it was pressed.
@@ -75,14 +86,22 @@ void draw_live(State& state) {
 std::string statement_cutting(const State& state) { return editing(state, "polyMapCut"); }
 std::string statement_sewing(const State& state) { return editing(state, "polyMapSew"); }
 
+std::string statement_along_seams(const State& state) {
+    return "tessora -keep_seams on -stretch 1" + texture_flags(state) + ";";
+}
+std::string statement_suggesting_rest(const State& state) {
+    return "tessora -keep_seams on" + texture_flags(state) + ";";
+}
+
 void draw_tool_bar(State& state) {
     const bool has_mesh = static_cast<bool>(state.subject.shape);
     const bool has_uvs = !state.map.charts().empty();
     if (toggle(state, "Objects", "Click a mesh to select it", !state.picks_edges))
         state.picks_edges = false;
     if (toggle(state, "Edges",
-               "Pick edges (E): click one, double click for its loop, Shift+click for the way\n"
-               "from the last one, drag around several; Ctrl adds. Alt+drag turns the view.",
+               "Pick edges (E): click one, double click for its loop or its whole seam,\n"
+               "Shift+click for the way from the last one, drag around several; Ctrl adds.\n"
+               "Alt+drag turns the view.",
                state.picks_edges))
         state.picks_edges = true;
     gap(state);
@@ -95,10 +114,10 @@ void draw_tool_bar(State& state) {
             "tessora;");
     command(state, "Along my seams",
             "Unwrap along the seams that are there, with others only where it cannot do without",
-            has_uvs, k_along_seams);
+            has_uvs, statement_along_seams(state));
     command(state, "Suggest the rest",
             "Unwrap along the seams that are there and add those that keep the stretch low",
-            has_uvs, k_suggest_rest);
+            has_uvs, statement_suggesting_rest(state));
     draw_live(state);
 }
 

@@ -10,9 +10,9 @@ void draw_tool_bar(State& state);
 /// The statements of the seam tools; each is one step of undo.
 std::string statement_cutting(const State& state);
 std::string statement_sewing(const State& state);
-/// Keeps the seams that are there and adds as few as can be.
-inline constexpr const char* k_along_seams = "tessora -keep_seams on -stretch 1;";
-/// Keeps the seams that are there and adds those that the default settings ask for.
-inline constexpr const char* k_suggest_rest = "tessora -keep_seams on;";
+/// Unwraps with the seams that are there, for the texture and the gutter of the last unwrap: with
+/// as few others as can be, or with those that the default stretch asks for.
+std::string statement_along_seams(const State& state);
+std::string statement_suggesting_rest(const State& state);
 
 } // namespace window

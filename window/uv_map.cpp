@@ -80,6 +80,7 @@ void UvMap::fill_charts(const measure::Layout& layout, const measure::Texture& t
         worst_stretch_ = std::max(worst_stretch_, charts_[c].stretch);
     }
     fill_stretch(maps, sums.back());
+    fill_order();
     fill_outline(table);
     fill_seams(layout, table);
 }
@@ -115,13 +116,30 @@ void UvMap::fill_stretch(const std::vector<measure::TriangleMap>& maps,
     }
 }
 
+void UvMap::fill_order() {
+    chart_begin_.assign(charts_.size() + 1, 0);
+    for (size_t c = 0; c < charts_.size(); ++c)
+        chart_begin_[c + 1] = chart_begin_[c] + charts_[c].triangles;
+    by_chart_.resize(triangle_count());
+    std::vector<uint32_t> next = chart_begin_; // the last is for triangles without UVs
+    for (uint32_t t = 0; t < triangle_count(); ++t)
+        by_chart_[next[std::min<size_t>(triangle_chart_[t], charts_.size())]++] = t;
+}
+
 void UvMap::fill_outline(const measure::ChartTable& table) {
-    for (const uint32_t half_edge : table.outline) {
+    std::vector<uint32_t> half_edges = table.outline;
+    std::stable_sort(half_edges.begin(), half_edges.end(), [&](uint32_t a, uint32_t b) {
+        return triangle_chart_[a / 3] < triangle_chart_[b / 3];
+    });
+    outline_begin_.assign(charts_.size() + 1, 0);
+    for (const uint32_t half_edge : half_edges) {
         const uint32_t t = half_edge / 3, k = half_edge % 3;
         for (const uint32_t end : {k, (k + 1) % 3})
             outline_.insert(outline_.end(), {uvs_[6 * t + 2 * end], uvs_[6 * t + 2 * end + 1]});
-        outline_chart_.push_back(triangle_chart_[t]);
+        ++outline_begin_[triangle_chart_[t] + 1];
     }
+    for (size_t c = 0; c < charts_.size(); ++c)
+        outline_begin_[c + 1] += outline_begin_[c];
 }
 
 /// An outline edge is a seam if another triangle has the edge too; otherwise it is a border of the
@@ -231,10 +249,9 @@ uint32_t UvMap::chart_at(double u, double v) const {
 
 std::vector<uint32_t> UvMap::polygons_of(uint32_t chart) const {
     std::vector<uint32_t> polygons;
-    for (uint32_t t = 0; t < triangle_count(); ++t)
-        if (triangle_chart_[t] == chart &&
-            (polygons.empty() || polygons.back() != triangle_polygon_[t]))
-            polygons.push_back(triangle_polygon_[t]);
+    for (uint32_t i = chart_begin_[chart]; i < chart_begin_[chart + 1]; ++i)
+        if (polygons.empty() || polygons.back() != triangle_polygon_[by_chart_[i]])
+            polygons.push_back(triangle_polygon_[by_chart_[i]]);
     return polygons;
 }
 

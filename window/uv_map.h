@@ -43,6 +43,10 @@ public:
     /// Shape: one per triangle; the chart is k_none without UVs.
     const std::vector<uint32_t>& triangle_chart() const { return triangle_chart_; }
     const std::vector<uint32_t>& triangle_polygon() const { return triangle_polygon_; }
+    /// All triangles, chart by chart, those without UVs last; and where each chart begins in the
+    /// list, charts + 1 entries.
+    const std::vector<uint32_t>& triangles_by_chart() const { return by_chart_; }
+    const std::vector<uint32_t>& chart_begin() const { return chart_begin_; }
     /// Shape: 9 floats per triangle, object space; 6 floats per triangle, 0 without UVs.
     const std::vector<float>& points() const { return points_; }
     const std::vector<float>& uvs() const { return uvs_; }
@@ -50,9 +54,10 @@ public:
     const std::vector<float>& triangle_stretch() const { return triangle_stretch_; }
     /// Texels per unit of length per triangle, relative to the layout's mean; 0 if collapsed.
     const std::vector<float>& triangle_density() const { return triangle_density_; }
-    /// Chart outlines. Shape: u0 v0 u1 v1 per edge; one chart per edge.
+    /// Chart outlines, chart by chart. Shape: u0 v0 u1 v1 per edge; charts + 1 entries, the first
+    /// edge of each chart.
     const std::vector<float>& outline() const { return outline_; }
-    const std::vector<uint32_t>& outline_chart() const { return outline_chart_; }
+    const std::vector<uint32_t>& outline_begin() const { return outline_begin_; }
     /// Edges between two polygons along which the UVs are cut. Shape: 6 floats per edge, object
     /// space.
     const std::vector<float>& seams() const { return seams_; }
@@ -79,6 +84,7 @@ private:
     void fill_charts(const measure::Layout& layout, const measure::Texture& texture);
     void fill_stretch(const std::vector<measure::TriangleMap>& maps,
                       const measure::StretchSum& whole);
+    void fill_order();
     void fill_outline(const measure::ChartTable& table);
     void fill_seams(const measure::Layout& layout, const measure::ChartTable& table);
     void fill_box();
@@ -90,7 +96,7 @@ private:
 
     std::vector<uint32_t> triangle_chart_, triangle_polygon_;
     std::vector<float> points_, uvs_, triangle_stretch_, triangle_density_, outline_, seams_;
-    std::vector<uint32_t> outline_chart_;
+    std::vector<uint32_t> by_chart_, chart_begin_, outline_begin_;
     std::vector<UvChart> charts_;
     double coverage_ = 0.0, worst_stretch_ = 0.0, l2_stretch_ = 1.0, density_ = 0.0;
     uint32_t unmapped_ = 0;

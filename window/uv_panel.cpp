@@ -9,6 +9,29 @@
 #include <imgui.h>
 
 namespace window {
+namespace {
+
+/// The largest triangle in the texture of each of the first charts.
+std::vector<uint32_t> largest_triangles(const UvMap& map, size_t max_charts) {
+    std::vector<uint32_t> largest;
+    const size_t count = std::min(max_charts, map.charts().size());
+    for (size_t chart = 0; chart < count; ++chart) {
+        float most = -1.0f;
+        largest.push_back(k_none);
+        for (uint32_t i = map.chart_begin()[chart]; i < map.chart_begin()[chart + 1]; ++i) {
+            const uint32_t t = map.triangles_by_chart()[i];
+            const float* c = map.uvs().data() + 6 * size_t(t);
+            const float area =
+                std::abs((c[2] - c[0]) * (c[5] - c[1]) - (c[4] - c[0]) * (c[3] - c[1]));
+            if (area > most)
+                largest.back() = t;
+            most = std::max(most, area);
+        }
+    }
+    return largest;
+}
+
+} // namespace
 
 void UvPanel::frame_all(const State& state) {
     UvBox box; // the unit square, and any charts outside of it
@@ -18,6 +41,14 @@ void UvPanel::frame_all(const State& state) {
     }
     view_.frame(box);
     is_whole_ = true;
+    wants_paint_ = true;
+}
+
+void UvPanel::frame_lit(const State& state) {
+    if (state.lit() == k_none)
+        return frame_all(state);
+    view_.frame(state.map.charts()[state.lit()].box);
+    is_whole_ = false;
     wants_paint_ = true;
 }
 
@@ -67,15 +98,8 @@ bool UvPanel::keys(State& state) {
         }
     if (ImGui::IsKeyPressed(GLFW_KEY_A))
         frame_all(state);
-    if (ImGui::IsKeyPressed(GLFW_KEY_F)) {
-        if (state.lit() == k_none) {
-            frame_all(state);
-        } else {
-            view_.frame(state.map.charts()[state.lit()].box);
-            is_whole_ = false;
-        }
-        wants_paint_ = true;
-    }
+    if (ImGui::IsKeyPressed(GLFW_KEY_F))
+        frame_lit(state);
     for (const auto& [key, hand] : {std::pair(GLFW_KEY_M, ChartTool::Hand::move),
                                     std::pair(GLFW_KEY_T, ChartTool::Hand::turn),
                                     std::pair(GLFW_KEY_R, ChartTool::Hand::scale)})
@@ -172,19 +196,20 @@ void UvPanel::paint_if_needed(const State& state) {
     display_ = state.display;
 }
 
-/// Registers a point inside each of the first charts, and the highlighted chart.
-void UvPanel::add_places(State& state, float left, float top) const {
-    constexpr uint32_t k_max_places = 32;
-    uint32_t next = 0;
-    for (uint32_t t = 0; t < state.map.triangle_count() && next < k_max_places; ++t) {
-        // Charts are numbered in order of their first triangle.
-        if (state.map.triangle_chart()[t] != next)
-            continue;
-        const float* c = state.map.uvs().data() + 6 * t;
+/// Registers the middle of the largest triangle of each of the first charts, and the lit chart.
+void UvPanel::add_places(State& state, float left, float top) {
+    constexpr size_t k_max_places = 32;
+    if (!state.places.is_kept())
+        return;
+    if (places_revision_ != state.map_revision)
+        largest_ = largest_triangles(state.map, k_max_places);
+    places_revision_ = state.map_revision;
+    for (size_t chart = 0; chart < largest_.size(); ++chart) {
+        const float* c = state.map.uvs().data() + 6 * size_t(largest_[chart]);
         double x, y;
         view_.to_pixel(static_cast<double>(c[0] + c[2] + c[4]) / 3.0,
                        static_cast<double>(c[1] + c[3] + c[5]) / 3.0, x, y);
-        state.places.add("chart/" + std::to_string(++next), left + static_cast<float>(x),
+        state.places.add("chart/" + std::to_string(chart + 1), left + static_cast<float>(x),
                          top + static_cast<float>(y), 0.0f, 0.0f);
     }
     if (state.lit() != k_none)
@@ -196,7 +221,7 @@ void UvPanel::footer(const State& state, float left, float top, float right, flo
     const float middle = top + 0.5f * height;
     ImFont* font = state.fonts.small;
     char words[96];
-    std::snprintf(words, sizeof words, "%.0f × %.0f texels, gutter %.0f",
+    std::snprintf(words, sizeof words, "%.0f × %.0f texels, padding %.0f",
                   state.subject.texture.width, state.subject.texture.height, state.subject.gutter);
     ImGui::GetWindowDrawList()->AddText(font, font->FontSize,
                                         {left + 2.0f, middle - 0.5f * font->FontSize},

@@ -17,6 +17,8 @@ public:
     bool draw(State& state, bool is_live);
     /// Frames the whole texture.
     void frame_all(const State& state);
+    /// Frames the lit chart; the whole texture if there is none.
+    void frame_lit(const State& state);
 
 private:
     void react(State& state, float left, float top);
@@ -25,7 +27,7 @@ private:
     bool keys(State& state);
     void draw_invitation(State& state, const ImVec2& low, const ImVec2& high) const;
     void header(State& state);
-    void add_places(State& state, float left, float top) const;
+    void add_places(State& state, float left, float top);
     void fit(const State& state, int width, int height);
     void draw_picture(State& state, const ImVec2& low, const ImVec2& high);
     void footer(const State& state, float left, float top, float right, float height) const;
@@ -41,6 +43,8 @@ private:
     bool was_over_ = false; ///< the pointer was over the panel in the last frame
     float dragged_ = 0.0f;  ///< pixels since the button went down
     bool wants_paint_ = true;
+    std::vector<uint32_t> largest_; ///< triangles of charts, in the map of this revision
+    size_t places_revision_ = 0;
     size_t scene_revision_ = 0;
     size_t revision_ = 0;
     uint32_t lit_ = k_none;

@@ -52,15 +52,15 @@ constexpr Step k_steps[] = {
 } // namespace
 
 void draw_welcome(State& state, float left, float top, float width, float height) {
-    const char* opens = "Ctrl+O opens a mesh (.obj) or a scene (.ma); files can be dropped in.";
+    const char* opens =
+        "Ctrl+O opens a mesh (OBJ, GLB, FBX, …) or a scene (.ma); files can be dropped in.";
     const float margin = 20.0f * state.scale;
     const float wide = ImGui::CalcTextSize(opens).x + 2.0f * margin;
     const float high = 4.0f * ImGui::GetTextLineHeightWithSpacing() +
                        ImGui::GetFrameHeightWithSpacing() + 9.0f * state.scale + 2.0f * margin;
     const ImVec2 low(left + 0.5f * (width - wide), top + 0.5f * (height - high));
-    ImGui::GetWindowDrawList()->AddRectFilled(
-        low, {low.x + wide, low.y + high},
-        ImGui::GetColorU32({colour::panel.x, colour::panel.y, colour::panel.z, 0.96f}), 6.0f);
+    ImGui::GetWindowDrawList()->AddRectFilled(low, {low.x + wide, low.y + high},
+                                              ImGui::GetColorU32(colour::panel), 6.0f);
     const ImVec2 before = ImGui::GetCursorScreenPos();
     ImGui::SetCursorScreenPos({low.x + margin, low.y + margin});
     ImGui::BeginGroup();

@@ -125,6 +125,26 @@ void UndoQueue::mark_saved() {
     Scene::current().is_modified = false;
 }
 
+void UndoQueue::join_after(size_t count) {
+    if (done_.size() < count + 2)
+        return;
+    const auto first = done_.begin() + static_cast<std::ptrdiff_t>(count);
+    for (auto next = first + 1; next != done_.end(); ++next) {
+        // The saved state lies inside of the step, and undo passes it by; but not if the rest
+        // changed nothing.
+        if (saved_ && *saved_ == first->number && first->changes_scene() && next->changes_scene())
+            saved_.reset();
+        if (next != first + 5)
+            first->name += next < first + 5 ? ", " + next->name : "";
+        else
+            first->name += ", …";
+        if (next->changes_scene())
+            first->number = next->number;
+        std::move(next->edits.begin(), next->edits.end(), std::back_inserter(first->edits));
+    }
+    done_.erase(first + 1, done_.end());
+}
+
 std::string UndoQueue::undo_name() const { return done_.empty() ? "" : done_.back().name; }
 std::string UndoQueue::redo_name() const { return undone_.empty() ? "" : undone_.back().name; }
 

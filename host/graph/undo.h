@@ -45,6 +45,8 @@ public:
     size_t undo_count() const { return done_.size(); }
     size_t redo_count() const { return undone_.size(); }
     std::vector<std::string> names() const;
+    /// Makes the newest entries, all but the oldest `count`, one step, named after all of them.
+    void join_after(size_t count);
 
     /// Disabling also clears the queue.
     void set_enabled(bool enabled);

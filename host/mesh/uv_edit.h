@@ -15,7 +15,8 @@ namespace host {
 /// divides the polygons around it: a single edge inside of a chart changes nothing. Ids that are no
 /// edges are skipped. A set without any mapped corner is projected first (project_uvs), so that
 /// cuts have something to divide. Returns the number of UVs added.
-std::uint32_t cut_uvs(Mesh& mesh, std::uint32_t set, const std::vector<std::uint32_t>& edges);
+MHOST_EXPORT std::uint32_t cut_uvs(Mesh& mesh, std::uint32_t set,
+                                   const std::vector<std::uint32_t>& edges);
 
 /// Sews along edges with two mapped polygons: the UVs at either end become one, in the middle of
 /// their places. Other edges are skipped. UVs that no corner has any more stay in the list. Returns

@@ -278,16 +278,39 @@ void frame_points(const DagPath& camera, const Viewport& viewport, const PointSo
     set_number(*camera.back(), "centerOfInterest", place.z - middle);
 }
 
-void orbit(const DagPath& camera, double right, double up) {
-    if (!can_move(camera) || number_of(*camera.back(), "orthographic", 0.0) != 0.0)
-        return;
+namespace {
+
+/// Turns the camera about its centre of interest to these angles, in radians.
+void turn(const DagPath& camera, double elevation, double azimuth) {
     const MPoint center = center_of_interest(camera, world_matrix(camera));
     Node& transform = *camera[camera.size() - 2];
-    const double elevation = number_of(transform, "rotateX", 0.0) - up * k_degree;
     set_number(transform, "rotateX", std::max(-0.5 * k_pi, std::min(elevation, 0.5 * k_pi)));
-    set_number(transform, "rotateY", number_of(transform, "rotateY", 0.0) - right * k_degree);
+    set_number(transform, "rotateY", azimuth);
     const double distance = number_of(*camera.back(), "centerOfInterest", 5.0);
     set_position(camera, center + row(world_matrix(camera), 2) * distance);
+}
+
+bool can_turn(const DagPath& camera) {
+    return can_move(camera) && number_of(*camera.back(), "orthographic", 0.0) == 0.0;
+}
+
+} // namespace
+
+void orbit(const DagPath& camera, double right, double up) {
+    if (!can_turn(camera))
+        return;
+    Node& transform = *camera[camera.size() - 2];
+    turn(camera, number_of(transform, "rotateX", 0.0) - up * k_degree,
+         number_of(transform, "rotateY", 0.0) - right * k_degree);
+}
+
+void face(const DagPath& camera, const MVector& direction) {
+    const double length = direction.length();
+    if (!can_turn(camera) || !(length > 0.0))
+        return;
+    // The camera looks along its -z, which rotateX tilts before rotateY turns it.
+    turn(camera, -std::asin(std::clamp(direction.y / length, -1.0, 1.0)),
+         std::atan2(direction.x, direction.z));
 }
 
 void pan(const DagPath& camera, const Viewport& viewport, double right, double up) {

@@ -85,6 +85,9 @@ void frame_points(const graph::DagPath& camera, const Viewport& viewport, const 
                   double factor = 0.9);
 /// Turns about the centre of interest, angles in degrees. Does nothing to orthographic cameras.
 void orbit(const graph::DagPath& camera, double right, double up);
+/// Turns about the centre of interest until the camera looks against `direction`, in world space,
+/// upright. Does nothing to orthographic cameras.
+void face(const graph::DagPath& camera, const MVector& direction);
 /// Moves parallel to the image plane, so that the centre of interest moves by so many pixels.
 void pan(const graph::DagPath& camera, const Viewport& viewport, double right, double up);
 /// Scales the view about the centre of interest: `factor` 2 shows it twice as large; > 0.

@@ -57,7 +57,6 @@ struct GlPanels::Parts {
     std::array<Viewport, k_panel_count> viewports;
     std::array<PanelStyle, k_panel_count> styles;
     std::array<bool, k_panel_count> wants_redraw{};
-    std::vector<Highlight> highlights;
     std::vector<DrawnShape> shapes; ///< of the last draw
     Bounds bounds;                  ///< of the last draw, in world space
     std::vector<Bracket> brackets;
@@ -78,11 +77,6 @@ void GlPanels::Parts::add_parts(const VisibleShape& shape, DrawnShape& drawn) {
         if (item.component && item.node.get() == shape.node && item.path() == shape.path)
             drawn.selected_parts.emplace_back(buffers.get(*drawn.buffer, item.component),
                                               item.component->kind());
-    for (const Highlight& highlight : highlights)
-        if (highlight.shape.get() == shape.node && highlight.parts &&
-            highlight.parts->kind() == graph::ComponentKind::face)
-            drawn.highlights.emplace_back(buffers.get(*drawn.buffer, highlight.parts),
-                                          highlight.color);
 }
 
 void GlPanels::Parts::collect_shapes() {
@@ -257,7 +251,6 @@ void GlPanels::arrange_one(int panel, int width, int height) {
 }
 
 PanelStyle& GlPanels::style(int panel) { return parts_->styles[size_t(panel)]; }
-std::vector<Highlight>& GlPanels::highlights() { return parts_->highlights; }
 const DrawCounts& GlPanels::counts() const { return parts_->counts; }
 
 bool GlPanels::needs_redraw(int panel) const {

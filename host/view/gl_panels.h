@@ -47,13 +47,6 @@ struct PanelStyle {
     bool has_selection = true;
 };
 
-/// Faces of a mesh to highlight, such as the chart under the pointer.
-struct Highlight {
-    Ref<graph::Node> shape;
-    Ref<graph::Component> parts; ///< buffers are cached by this object: keep it while unchanged
-    std::array<float, 4> color = {1.0f, 0.75f, 0.1f, 0.6f};
-};
-
 /// Counters since construction, for tests and benchmarks.
 struct DrawCounts {
     uint64_t panels = 0;         ///< panels drawn
@@ -82,7 +75,6 @@ public:
     void arrange_one(int panel, int width, int height);
 
     PanelStyle& style(int panel);
-    std::vector<Highlight>& highlights();
 
     /// Draws a panel. Returns false if there is no context or camera, or during another draw.
     bool draw(int panel);

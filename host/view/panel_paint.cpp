@@ -239,10 +239,6 @@ void paint_parts(const DrawnShape& shape, const CameraView& camera) {
     glDepthMask(GL_FALSE);
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(0.5f * k_offset, 1.0f); // between the surface and the lines on it
-    for (const auto& [elements, color] : shape.highlights) {
-        glColor4fv(color.data());
-        draw_elements(GL_TRIANGLES, buffer.surface, sizeof(SurfaceVertex), elements);
-    }
     glLineWidth(2.0f);
     glPointSize(5.0f);
     for (const auto& [elements, kind] : shape.selected_parts) {

@@ -14,7 +14,6 @@ struct DrawnShape {
     MMatrix to_world;
     bool is_selected = false;
     std::vector<std::pair<ElementBuffer, graph::ComponentKind>> selected_parts;
-    std::vector<std::pair<ElementBuffer, std::array<float, 4>>> highlights; ///< faces
 };
 
 /// Spacing and extent of the ground grid.

@@ -20,11 +20,18 @@ def corners(window, scratch):
 
 
 def find_the_worst(window):
+    def distance():
+        return window.place("chart/2")[0] - window.place("chart/1")[0]
+    window.wait_for("chart/2")
+    before = distance()
     window.click("result/Worst stretch")
     window.move_to("menu/Help")
     window.wait_for("lit/2")
     window.wait_for("charts/1")
+    window.wait(lambda: distance() > 1.5 * before, "the chart to fill the view of the texture")
     window.picture("worst")
+    window.key("F3", "a")
+    window.wait(lambda: distance() < 1.1 * before, "the whole texture to be shown")
     tell("found the chart with the most stretch")
 
 

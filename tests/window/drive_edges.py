@@ -44,9 +44,21 @@ def pick_a_loop(window):
     tell("picked a loop by double click")
 
 
+def sew_a_whole_seam(window):
+    """A slit around a corner, which is no loop."""
+    window.statement('select -cl; polySelect -sep 2 12 sheet; polySelect -add -sep 12 13 sheet; '
+                     'polyMapCut; select -cl; print("slit\\n");', "slit\n")
+    window.key("F2")
+    window.double_click_for(f"edge/{MIDDLE[0]}", "picked/3")
+    window.picture("seam")
+    window.key("s")
+    window.wait_said("polyMapSew1")
+    window.double_click_for(f"edge/{MIDDLE[0]}", "picked/4")
+    tell("picked a whole seam by double click, and sewn it")
+
+
 def cut_and_sew(window):
     window.key("c")
-    window.wait_said(r"polyMapCut1")
     shells(window, 2)
     window.picture("cut")
     window.key("F2", "ctrl+z")
@@ -93,6 +105,7 @@ def sew_after_the_unwrap(window):
 def drive(window, _):
     pick_by_clicks(window)
     pick_a_loop(window)
+    sew_a_whole_seam(window)
     cut_and_sew(window)
     pick_by_lasso(window)
     unwrap_along_them(window)

@@ -83,6 +83,31 @@ def export(window, scratch):
     tell("exported")
 
 
+def export_and_open_other_formats(window, scratch):
+    window.key("F2")
+    made = scratch / "ring.glb"
+    choose_file(window, "ctrl+e", made)
+    window.wait(made.exists, "the exported GLB file")
+    window.wait_for(f"status/Exported {made}")
+    window.key("F2")
+    choose_file(window, "ctrl+e", scratch / "ring.stl")
+    window.wait_said("STL files cannot hold texture coordinates")
+    window.key("F2")
+    choose_file(window, "ctrl+o", made)
+    window.click(DISCARD)
+    window.wait_for("title/ring.glb")
+    window.wait_for("chart/1")  # with its texture coordinates
+    meshes(window, 1)
+    window.picture("opened_glb")
+    (scratch / "broken.glb").write_text("no mesh\n")
+    window.key("F2")
+    choose_file(window, "ctrl+o", scratch / "broken.glb")
+    window.wait_said(r"Error.*broken\.glb")
+    meshes(window, 1)
+    window.statement('polyCube -n extra; delete extra; print("changed\\n");', "changed\n")
+    tell("exported and opened another format")
+
+
 def message_boxes(window):
     window.key("F5")
     window.wait_for("console/field/active")
@@ -137,6 +162,7 @@ def drive(window, scratch):
     import_a_mesh(window, scratch)
     keep_and_discard(window)
     export(window, scratch)
+    export_and_open_other_formats(window, scratch)
     message_boxes(window)
     refuse_a_bad_file(window, scratch)
     quit_with_unsaved_work(window, scratch)

@@ -73,9 +73,13 @@ def cut_by_hand(window):
 
 
 def undo_by_name(window):
+    window.statement('polyCube -n crate; polySphere -n ball; print("both\\n");', "both\n")
+    window.key("F2", "ctrl+z")
+    window.wait_for("status/Undone: polyCube, polySphere")
+    window.statement("size(`ls crate ball`);", r"Result: 0\n")  # a line is one step
     window.statement('file -f -new; print("empty\\n");', "empty\n")
     window.key("F2", "ctrl+z")
-    window.settle()
+    window.wait_for("status/There is nothing to undo")
     fail_unless("Error" not in window.said(), "nothing to undo is an error:\n" + window.said())
     window.picture("nothing_to_undo")
     tell("nothing to undo is no error")

@@ -1,3 +1,4 @@
+#include "host/mesh/uv_edit.h"
 #include "window/edge_pick.h"
 #include "window/uv_map.h"
 
@@ -118,6 +119,58 @@ TEST(EdgePick, EdgesOfSeparatePartsAreBothTaken) {
     host::Mesh::make({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {5, 0, 0}, {6, 0, 0}, {5, 1, 0}}, {3, 3},
                      {0, 1, 2, 3, 4, 5}, mesh);
     EXPECT_EQ(2u, path_between(mesh, 0, 5).size());
+}
+
+/// A grid whose UVs are cut along edges, given by their vertices.
+host::Mesh grid_cut_along(uint32_t side, const std::vector<std::pair<uint32_t, uint32_t>>& ends) {
+    host::Mesh mesh = grid(side);
+    const uint32_t set = mesh.add_uv_set("map1");
+    std::vector<uint32_t> edges;
+    for (const auto& [a, b] : ends)
+        edges.push_back(edge_between(mesh, a, b));
+    host::cut_uvs(mesh, set, edges);
+    return mesh;
+}
+
+std::vector<uint32_t> edges_of(const host::Mesh& mesh,
+                               const std::vector<std::pair<uint32_t, uint32_t>>& ends) {
+    std::vector<uint32_t> edges;
+    for (const auto& [a, b] : ends)
+        edges.push_back(edge_between(mesh, a, b));
+    std::sort(edges.begin(), edges.end());
+    return edges;
+}
+
+// Vertices of a grid of 4 x 4 squares: 5 in a row; the middle row is 10 to 14.
+TEST(EdgePick, ASeamReachesFromBorderToBorder) {
+    const std::vector<std::pair<uint32_t, uint32_t>> middle = {
+        {10, 11}, {11, 12}, {12, 13}, {13, 14}};
+    const host::Mesh mesh = grid_cut_along(4, middle);
+    for (const uint32_t edge : edges_of(mesh, middle))
+        EXPECT_EQ(edges_of(mesh, middle), seam_through(mesh, 0, edge));
+}
+
+TEST(EdgePick, ASeamEndsWhereOthersMeetIt) {
+    const host::Mesh mesh =
+        grid_cut_along(4, {{10, 11}, {11, 12}, {12, 13}, {13, 14}, {12, 17}, {17, 22}});
+    EXPECT_EQ(edges_of(mesh, {{10, 11}, {11, 12}}),
+              seam_through(mesh, 0, edge_between(mesh, 10, 11)));
+    EXPECT_EQ(edges_of(mesh, {{12, 17}, {17, 22}}),
+              seam_through(mesh, 0, edge_between(mesh, 17, 22)));
+}
+
+TEST(EdgePick, AClosedSeamIsTakenOnce) {
+    const std::vector<std::pair<uint32_t, uint32_t>> square = {
+        {6, 7}, {7, 8}, {8, 13}, {13, 18}, {18, 17}, {17, 16}, {16, 11}, {11, 6}};
+    const host::Mesh mesh = grid_cut_along(4, square);
+    EXPECT_EQ(edges_of(mesh, square), seam_through(mesh, 0, edge_between(mesh, 8, 13)));
+}
+
+TEST(EdgePick, AnEdgeThatIsNotCutLiesOnNoSeam) {
+    const host::Mesh mesh = grid_cut_along(4, {{10, 11}, {11, 12}, {12, 13}, {13, 14}});
+    EXPECT_TRUE(seam_through(mesh, 0, edge_between(mesh, 5, 6)).empty());
+    EXPECT_TRUE(seam_through(mesh, 0, edge_between(mesh, 0, 1)).empty()); // of the border
+    EXPECT_TRUE(seam_through(mesh, -1, edge_between(mesh, 10, 11)).empty());
 }
 
 } // namespace

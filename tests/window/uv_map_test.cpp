@@ -1,6 +1,5 @@
 #include "window/uv_map.h"
 
-#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -76,10 +75,24 @@ TEST(UvMap, PicksEveryTriangleAtItsCentroid) {
 
 TEST(UvMap, OutlineConsistsOfTheBordersOfAllCharts) {
     const UvMap map(two_squares(), 0, k_texture);
+    EXPECT_EQ(8u, map.outline_begin().back());
     EXPECT_EQ(32u, map.outline().size());
-    const std::vector<uint32_t>& charts = map.outline_chart();
-    EXPECT_EQ(4, std::count(charts.begin(), charts.end(), 0u));
-    EXPECT_EQ(4, std::count(charts.begin(), charts.end(), 1u));
+}
+
+TEST(UvMap, TrianglesAndOutlinesAreGroupedByChart) {
+    host::Mesh mesh = two_squares();
+    mesh.edit_uv_set(0).corner_uvs = {0, 1, 2, 3, -1, -1, -1, -1};
+    const UvMap without(mesh, 0, k_texture);
+    EXPECT_EQ((std::vector<uint32_t>{0, 2}), without.chart_begin());
+    EXPECT_EQ((std::vector<uint32_t>{0, 1, 2, 3}), without.triangles_by_chart());
+    // The first polygon without UVs comes last.
+    mesh.edit_uv_set(0).corner_uvs = {-1, -1, -1, -1, 4, 5, 6, 7};
+    EXPECT_EQ((std::vector<uint32_t>{2, 3, 0, 1}), UvMap(mesh, 0, k_texture).triangles_by_chart());
+    const UvMap both(two_squares(), 0, k_texture);
+    EXPECT_EQ((std::vector<uint32_t>{0, 2, 4}), both.chart_begin());
+    EXPECT_EQ((std::vector<uint32_t>{0, 4, 8}), both.outline_begin());
+    for (size_t i = 16; i < 32; i += 2)
+        EXPECT_GE(both.outline()[i], 0.6f); // u of the second chart
 }
 
 TEST(UvMap, IsometryHasStretchOneAndNoLoss) {

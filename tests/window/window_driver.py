@@ -15,28 +15,32 @@ PATIENCE = float(os.environ.get("TESSORA_PATIENCE", "120"))
 
 
 class Window:
-    def __init__(self, program, folder, arguments=()):
+    """`size`: of the screen and the window, in pixels. `preferences`: statements kept from an
+    earlier start."""
+    def __init__(self, program, folder, arguments=(), size="1440x900", preferences=""):
         self.folder = pathlib.Path(folder)
         self.folder.mkdir(parents=True, exist_ok=True)
         self.scratch = tempfile.TemporaryDirectory(prefix="tessora_window.")
         scratch = pathlib.Path(self.scratch.name)
         self.places_file = scratch / "places"
         self.log = scratch / "log"
+        self.preferences_file = scratch / "preferences.mel"
+        self.preferences_file.write_text(preferences)
         reader, writer = os.pipe()
         self.screen = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1440x900x24", "-nolisten", "tcp"],
+            ["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{size}x24", "-nolisten", "tcp"],
             pass_fds=[writer], stderr=subprocess.DEVNULL)
         os.close(writer)
         with os.fdopen(reader) as pipe:
             number = pipe.readline().strip()
         self.environment = dict(os.environ, DISPLAY=f":{number}",
-                                TESSORA_PREFERENCES=str(scratch / "preferences.mel"))
+                                TESSORA_PREFERENCES=str(self.preferences_file))
         environment = dict(self.environment)
         if "TESSORA_WINDOW_PRELOAD" in os.environ:  # must not affect Xvfb and xdotool
             environment["LD_PRELOAD"] = os.environ["TESSORA_WINDOW_PRELOAD"]
         with open(self.log, "wb") as log:
             self.program = subprocess.Popen(
-                [program, "view", "--size", "1440x900", "--places", str(self.places_file),
+                [program, "view", "--size", size, "--places", str(self.places_file),
                  *arguments], env=environment, stdout=log, stderr=subprocess.STDOUT)
         self.wait(lambda: self.place("menu/File"), "the window to open")
         # Without a window manager nothing sets the keyboard focus.

@@ -67,6 +67,47 @@ TEST_F(UndoTest, UndoBackToTheSavedStateMakesTheSceneUnmodified) {
     EXPECT_TRUE(scene.is_modified);
 }
 
+TEST_F(UndoTest, JoinedEntriesAreOneStep) {
+    Slot& input = plug(add("scaleNode"), "input");
+    for (const double value : {4, 5, 6})
+        set_input(scene, input, value);
+    undo.join_after(2); // one entry alone is left as it is
+    EXPECT_EQ(3u, undo.undo_count());
+    undo.join_after(1);
+    EXPECT_EQ((std::vector<std::string>{"set", "set, set"}), undo.names());
+    undo.undo();
+    EXPECT_EQ(4.0, input.value.number());
+    undo.redo();
+    EXPECT_EQ(6.0, input.value.number());
+    undo.join_after(9);
+    EXPECT_EQ(2u, undo.undo_count());
+}
+
+TEST_F(UndoTest, StateSavedInsideOfJoinedEntriesIsNotReachedByUndo) {
+    Slot& input = plug(add("scaleNode"), "input");
+    set_input(scene, input, 4);
+    undo.mark_saved();
+    set_input(scene, input, 5);
+    undo.join_after(0);
+    undo.undo();
+    EXPECT_TRUE(scene.is_modified);
+    undo.redo();
+    EXPECT_TRUE(scene.is_modified);
+}
+
+TEST_F(UndoTest, StateSavedAfterJoinedEntriesIsReachedByRedo) {
+    Slot& input = plug(add("scaleNode"), "input");
+    set_input(scene, input, 4);
+    set_input(scene, input, 5);
+    undo.mark_saved();
+    undo.join_after(0);
+    EXPECT_FALSE(scene.is_modified);
+    undo.undo();
+    EXPECT_TRUE(scene.is_modified);
+    undo.redo();
+    EXPECT_FALSE(scene.is_modified);
+}
+
 TEST_F(UndoTest, EmptyingTheQueueInTheSavedStateKeepsItSaved) {
     Slot& input = plug(add("scaleNode"), "input");
     set_input(scene, input, 4);

@@ -204,6 +204,22 @@ TEST_F(Cameras, OrbitIsClampedToStraightUpAndDown) {
     EXPECT_NEAR(read(persp).view[1][2], -1.0, 1e-9);
 }
 
+TEST_F(Cameras, FaceLooksAgainstTheDirectionUpright) {
+    host::frame_points(host::panel_camera(persp), k_port, source({MPoint(), MPoint(1, 2, 3)}));
+    double before[3], after[3];
+    ASSERT_TRUE(host::project(read(persp), k_port, MPoint(0.5, 1, 1.5), before));
+    const MVector direction = MVector(1, -2, -0.5).normal();
+    host::face(host::panel_camera(persp), direction * 7.0);
+    const MMatrix world = read(persp).view.inverse();
+    EXPECT_NEAR(MVector(world[2][0], world[2][1], world[2][2]) * direction, 1.0, 1e-9);
+    EXPECT_NEAR(world[0][1], 0.0, 1e-9); // sideways is level
+    EXPECT_GT(world[1][1], 0.0);
+    ASSERT_TRUE(host::project(read(persp), k_port, MPoint(0.5, 1, 1.5), after));
+    EXPECT_NEAR(after[0], before[0], 40.0); // about what was seen in the middle
+    host::face(host::panel_camera(persp), MVector());
+    EXPECT_TRUE(read(persp).view.inverse() == world);
+}
+
 TEST_F(Cameras, OrthographicCamerasDoNotOrbit) {
     const MMatrix before = read(front).view;
     host::orbit(host::panel_camera(front), 30.0, 30.0);

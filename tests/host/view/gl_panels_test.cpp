@@ -141,19 +141,6 @@ TEST_F(GlPanelsTest, MarkSelectedShapesAndComponents) {
     EXPECT_EQ(differing(draw(front), plain), 0u);
 }
 
-TEST_F(GlPanelsTest, HighlightFacesOfAMesh) {
-    run("polyPlane -n sheet -w 2 -h 2 -sx 2 -sy 2; setAttr topShape.orthographicWidth 4;"
-        "select -cl");
-    const Picture plain = draw(top);
-    panels->highlights().push_back({host::Ref<host::graph::Node>(&shape("sheetShape")),
-                                    host::Ref<host::graph::Component>(new host::graph::Component(
-                                        host::graph::ComponentKind::face, {1, 99})),
-                                    {1.0f, 0.0f, 0.0f, 1.0f}});
-    EXPECT_EQ(count(draw(top), Rgb{255, 0, 0}), 60u * 60u);
-    panels->highlights().clear();
-    EXPECT_EQ(differing(draw(top), plain), 0u);
-}
-
 TEST_F(GlPanelsTest, DrawGridAndNameIfEnabled) {
     const Picture plain = draw(top);
     panels->style(top).has_grid = true;
