@@ -247,6 +247,8 @@ void AttributePanel::draw_row(State& state, const ShownAttribute& row) {
     ImGui::TextColored(row.has_effect ? tone : colour::faint, "%s%s", label.c_str(),
                        row.has_effect ? "" : " (no effect)");
     state.places.add_item("label/" + row.name);
+    if (!row.is_input)
+        state.places.add_item("label/" + row.name + "/fixed");
     if (ImGui::IsItemHovered())
         explain(row);
     ImGui::TableNextColumn();

@@ -10,7 +10,7 @@ import math
 import random
 import time
 
-from window_driver import drive_on_a_screen, fail_unless, tell
+from window_driver import colours, drive_on_a_screen, fail_unless, tell
 
 PUBLISHED = r"Stretch_result\" [0-9.]+"
 CANCELLED = r"// Cancelled\.\n"
@@ -62,11 +62,21 @@ def watch_the_bar(window):
     tell(f"the bar went to {fractions[-1]} through {sorted(stages)}")
 
 
+def seam_pixels(window, name):
+    """How many pixels have the colours of new and of kept seams."""
+    window.move_to("menu/Help")
+    window.picture(name)
+    found = colours(window, name)
+    return found.get("0000FF", 0), found.get("00FF00", 0)
+
+
 def cancel_by_mouse(window, scratch):
     begin(window, "tessora -hq on;")
     watch_the_bar(window)
     window.wait_said(PUBLISHED)
     before = uvs(window, scratch / "before.obj")
+    seams = seam_pixels(window, "unwrapped")
+    fail_unless(seams[0] > 300, f"no seams are drawn: {seams}")
     begin(window, "setAttr tessora_node1.Texture_Width 1024; setAttr tessora_node1.Skip_compute 0;")
     x, y = window.place("progress/Cancel")
     window.tool("mousemove", str(x), str(y))
@@ -78,6 +88,8 @@ def cancel_by_mouse(window, scratch):
     window.wait_gone("progress")
     fail_unless(uvs(window, scratch / "after.obj") == before, "cancelling changed the UVs")
     window.statement("getAttr tessora_node1.Texture_Width;", r"Result: 512\n")
+    after = seam_pixels(window, "cancelled_again")
+    fail_unless(after == seams, f"other seams are drawn after cancelling: {seams}, {after}")
     fail_unless("Error" not in window.said(), "a cancelled unwrap speaks of an error:\n" + window.said())
     tell("cancelled by mouse")
 

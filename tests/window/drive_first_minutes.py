@@ -65,6 +65,9 @@ def stay_open_when_refused(window):
 
 def read_the_panel(window):
     fail_unless(window.has("label/Keep_Borders"), "no row of the attribute panel has a name")
+    for name in ("Charts_result", "Stretch_result", "Skip_compute", "Mesh_path"):
+        fail_unless(window.has(f"label/{name}/fixed"), f"{name} can be edited")
+    fail_unless(not window.has("label/Padding/fixed"), "the padding cannot be edited")
     window.move_to("label/Stretch")
     window.picture("attribute_help")
     window.click("menu/Mesh")

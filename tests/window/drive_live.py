@@ -6,7 +6,8 @@
 Cuts go in before the one unwrap node, one step of undo each, and a child process unwraps along them;
 undo is followed, too.
 """
-from window_driver import (drive_on_a_screen, make_sheet, quit_without_saving, shells, tell)
+from window_driver import (colours, drive_on_a_screen, fail_unless, make_sheet, quit_without_saving,
+                           shells, tell)
 
 
 def results(window):
@@ -45,6 +46,17 @@ def undo_and_redo(window):
     tell("Live follows undo and redo")
 
 
+def see_its_seams_without_it(window):
+    """The overlay of the unwrap node does not know the seams of Live."""
+    window.click("tool/Live")
+    window.wait_gone("tool/Live/on")
+    window.move_to("menu/Help")
+    window.picture("off")
+    fail_unless(colours(window, "off").get("00FF00", 0) > 300, "the seams of Live went with it")
+    window.click_for("tool/Live", "tool/Live/on")
+    tell("the seams stay when Live is switched off")
+
+
 def sew(window):
     before = results(window)
     window.statement('select -add sheet.e[5]; print("picked again\\n");', "picked again\n")
@@ -60,6 +72,7 @@ def drive(window, _):
     begin(window)
     cut(window)
     undo_and_redo(window)
+    see_its_seams_without_it(window)
     sew(window)
     quit_without_saving(window)
 

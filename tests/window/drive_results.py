@@ -7,18 +7,7 @@ The results say what `tessora verify` would say; a click selects the polygons. S
 UVs are drawn before any unwrap; a click on a chart, in the texture or on the mesh, keeps it lit. Undo
 names what it undid, and is no error if there is nothing to undo.
 """
-import subprocess
-import sys
-
-from window_driver import drive_on_a_screen, fail_unless, tell, write_squares
-
-
-def colours(window, name):
-    """Number of pixels of every colour in the last screenshot."""
-    picture = sorted(window.folder.glob(f"*_{name}.png"))[-1]
-    lines = subprocess.run(["convert", str(picture), "-format", "%c", "histogram:info:-"],
-                           check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines()
-    return {line.split("#")[1][:6]: int(line.split(":")[0]) for line in lines if "#" in line}
+from window_driver import colours, drive_on_a_screen, fail_unless, tell, write_squares
 
 
 def see_the_files_own_seams(window):

@@ -82,6 +82,7 @@ def light_charts(window):
     window.move_to("chart/2")
     window.wait(lambda: window.has("lit/2") and window.has("lit_on_mesh/2"),
                 "the chart under the pointer to light up, on the mesh too")
+    window.wait_for("result/Chart")  # its figures
     window.picture("chart_under_the_pointer")
     window.move_to("menu/Help")
     window.wait(lambda: not lit(), "no chart to be lit")

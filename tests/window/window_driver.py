@@ -213,6 +213,14 @@ def run_script(program, text):
     subprocess.run([program, "-c", text], check=True, stdout=subprocess.DEVNULL)
 
 
+def colours(window, name):
+    """Number of pixels of every colour in the last screenshot."""
+    picture = sorted(window.folder.glob(f"*_{name}.png"))[-1]
+    lines = subprocess.run(["convert", str(picture), "-format", "%c", "histogram:info:-"],
+                           check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines()
+    return {line.split("#")[1][:6]: int(line.split(":")[0]) for line in lines if "#" in line}
+
+
 def shells(window, count):
     """Fails unless the mesh `sheet` has so many pieces in the texture."""
     window.statement("polyEvaluate -us sheet;", rf"Result: {count}\n")
