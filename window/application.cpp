@@ -281,6 +281,7 @@ void Application::main_loop() {
             due = k_after_event;
         if (due > 0)
             continue;
+        state_.places.mark_settled();
         wait_for_events();
         due = input_.is_idle() ? k_after_motion : k_after_event;
     }

@@ -169,12 +169,11 @@ bool Application::follow_live() {
         return was_waiting;
     }
     // The overlay of the node shows the seams of its own last unwrap.
-    auto* overlay = state_.subject.node->slot("Visualization");
-    if (overlay && overlay->value.number() == 0.0)
+    if (state_.is_overlay_on && state_.jobs.is_empty()) {
         state_.hidden_overlay = state_.subject.node_name();
-    else if (overlay && state_.jobs.is_empty())
-        state_.run("setAttr " +
-                   host::script::quoted(state_.subject.node_name() + ".Visualization") + " 0;");
+        state_.run("setAttr " + host::script::quoted(state_.hidden_overlay + ".Visualization") +
+                   " 0;");
+    }
     std::string error;
     const bool has_result = live_.follow(state_.subject, error) && live_.take_result(error);
     if (has_result) {

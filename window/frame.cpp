@@ -437,10 +437,15 @@ std::string Application::ask(const std::string& title, const std::string& messag
     const Question question{title, message, preferred, dismissal, buttons};
     question_ = &question;
     answer_.clear();
-    while (answer_.empty() && !glfwWindowShouldClose(window_)) {
+    constexpr int k_settling = 6; // frames that ImGui needs to size and centre the question
+    for (int frames = 1; answer_.empty() && !glfwWindowShouldClose(window_); ++frames) {
         frame(false);
-        if (answer_.empty() && front_input_.is_idle())
-            glfwWaitEventsTimeout(0.1);
+        if (!front_input_.is_idle())
+            frames = 0;
+        if (frames < k_settling || !answer_.empty())
+            continue;
+        state_.places.mark_settled();
+        glfwWaitEventsTimeout(0.1);
     }
     question_ = nullptr;
     leave_front();

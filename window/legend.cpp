@@ -68,7 +68,7 @@ void draw_legend(const State& state, float right, float middle, float width, boo
         line.words((number(2.0 * state.map.density()) + " texels per unit").c_str());
         line.scale(bar);
         line.words(number(0.5 * state.map.density()).c_str());
-    } else if (has_seams) {
+    } else if (has_seams && (state.shows_overlay() || state.draws_seams())) {
         const float dash = 18.0f * state.scale;
         if (state.shows_overlay()) {
             line.words("new seam");

@@ -119,6 +119,9 @@ void LiveUnwrap::stop() {
 
 bool LiveUnwrap::follow(const Subject& subject, std::string& error) {
     Node* node = subject.has_later_edits ? nullptr : subject.node.get();
+    // Undo and redo bring the node's result back without its input.
+    if (Slot* slot = node ? node->slot("inMesh") : nullptr)
+        host::graph::evaluate(*slot);
     const host::Mesh* input = node ? input_of(*node) : nullptr;
     if (!input || (node == node_.get() && is_same_input(*input, input_, *node)))
         return true;

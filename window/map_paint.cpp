@@ -315,7 +315,7 @@ void MapPaint::paint_picked(const State& state) const {
 /// unwraps give seams they keep.
 /// Expects the camera's matrices and the mesh's.
 void MapPaint::paint_seams(const State& state) {
-    if (state.shows_overlay() || state.map.seams().empty())
+    if (!state.draws_seams() || state.map.seams().empty())
         return;
     glDisable(GL_BLEND);
     glDepthFunc(GL_LEQUAL);

@@ -26,7 +26,18 @@ void Places::add_item(const std::string& name) {
 }
 
 void Places::end_frame() {
-    if (file_.empty() || now_ == written_)
+    if (now_ != written_)
+        write();
+}
+
+void Places::mark_settled() {
+    add("settled", 0.0f, 0.0f, 0.0f, 0.0f);
+    if (now_ != written_)
+        write();
+}
+
+void Places::write() {
+    if (file_.empty())
         return;
     written_ = now_;
     std::string ignored;

@@ -19,8 +19,11 @@ public:
     /// Adds the ImGui item drawn last; also NAME/active and NAME/focused if it is.
     void add_item(const std::string& name);
     void end_frame();
+    /// Adds "settled" until the next frame: nothing moves until something happens.
+    void mark_settled();
 
 private:
+    void write();
     std::string file_;
     std::string now_, written_;
 };

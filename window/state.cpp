@@ -88,7 +88,8 @@ void State::refresh() {
     take_selection();
     take_rows();
     const auto* overlay = subject.node ? subject.node->slot("Visualization") : nullptr;
-    if (overlay && overlay->value.number() != 0.0)
+    is_overlay_on = overlay && overlay->value.number() != 0.0;
+    if (is_overlay_on && !is_live)
         hidden_overlay.clear(); // the user wants it again
     const host::graph::UndoQueue& queue = host::graph::UndoQueue::current();
     undo_name = queue.undo_name();

@@ -90,6 +90,7 @@ struct State {
     bool wants_picture = false;  ///< a file of it is to be chosen
     int walk_step = -1;          ///< of the walk for new users; negative: it is not on
     bool is_live = false;        ///< cuts go before the unwrap node, which follows them at once
+    bool is_overlay_on = false;  ///< of the unwrap node
     std::string hidden_overlay; ///< the node whose overlay Live put out: it does not know its seams
     bool is_waiting = false;    ///< Live is late: a child process still unwraps
     size_t live_results = 0;    ///< received so far
@@ -108,8 +109,11 @@ struct State {
     /// Updates the snapshot from the scene, without evaluating nodes.
     void refresh();
     /// Whether the unwrap node draws its seams itself, because they are those of the shown UVs.
-    bool shows_overlay() const {
-        return subject.node && !subject.has_later_edits && subject.node_name() != hidden_overlay;
+    bool shows_overlay() const { return subject.node && !subject.has_later_edits && is_overlay_on; }
+    /// Whether the window draws the seams instead; neither does if the user put the overlay out.
+    bool draws_seams() const {
+        return !subject.node || subject.has_later_edits ||
+               (!is_overlay_on && (is_live || subject.node_name() == hidden_overlay));
     }
     MeshPicker& mesh_picker();
     /// The path of the shape shown, as statements name it; there must be one.

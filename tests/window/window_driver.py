@@ -100,14 +100,17 @@ class Window:
         self.wait(lambda: not self.has(name), f"{name} to go")
 
     def settle(self):
-        """Waits until positions and log have not changed for 0.4 s."""
+        """Waits until the window says that nothing moves in it, and nothing was said, for 0.3 s."""
         before = None
-        while True:
-            now = self.places_file.read_text(), self.said()
-            if now == before:
-                return
-            before = now
-            time.sleep(0.4)
+
+        def has_settled():
+            nonlocal before
+            last, before = before, (self.places_file.read_text(), self.said())
+            if before == last and "\nsettled\t" in before[0]:
+                return True
+            time.sleep(0.25)
+            return False
+        self.wait(has_settled, "the window to settle")
 
     def move_to(self, name):
         self.wait_for(name)
@@ -129,8 +132,13 @@ class Window:
         self.click_for(f"menu/{menu}", f"menuitem/{item}")
         self.click_for(f"menuitem/{item}", wanted)
 
+    def wait_ready(self):
+        """Waits until nothing is computed or moves: input is lost while the progress is shown."""
+        self.wait(lambda: "\nsettled\t" in self.places_file.read_text(), "the window to be ready")
+
     def press(self, count=1):
         """Presses and releases the left button where the pointer is."""
+        self.wait_ready()
         self.tool(*["mousedown", "1", "mouseup", "1"] * count)
 
     def double_click_for(self, name, wanted):
@@ -156,6 +164,7 @@ class Window:
         self.tool(*map(str, words), "mouseup", "1")
 
     def key(self, *keys):
+        self.wait_ready()
         self.tool("key", *keys)
 
     def key_until(self, key, name, max_presses=60):
