@@ -1,5 +1,5 @@
-/// Preloaded into the window (LD_PRELOAD): what the OpenGL driver would draw is dropped, and frames,
-/// draws and uploads are counted, so that what remains is the program's own work.
+/// Preloaded into the window (LD_PRELOAD): what the OpenGL driver would draw is dropped, and
+/// frames, draws and uploads are counted, so that what remains is the program's own work.
 ///
 /// The counters are five 64-bit numbers in the file that TESSORA_COUNTS names: frames, processor
 /// nanoseconds of all threads at the last frame, draws, vertices, bytes handed to the driver.

@@ -205,7 +205,8 @@ void ChartTool::draw_packing(State& state, const std::vector<uint32_t>& held) {
     state.places.add_item("charts/Pack");
 }
 
-void ChartTool::draw_fields(State& state, const std::vector<uint32_t>& held) {
+/// Says which charts the fields are for.
+void ChartTool::name_charts(State& state, const std::vector<uint32_t>& held) {
     ImGui::AlignTextToFramePadding();
     if (held.empty())
         ImGui::TextUnformatted("No chart");
@@ -214,6 +215,10 @@ void ChartTool::draw_fields(State& state, const std::vector<uint32_t>& held) {
     else
         ImGui::TextColored(colour::warm, "%zu charts", held.size());
     state.places.add_item("charts/" + std::to_string(held.size()));
+}
+
+void ChartTool::draw_fields(State& state, const std::vector<uint32_t>& held) {
+    name_charts(state, held);
     const std::vector<uint32_t> charts = without_locked(state, held);
     ChartChange change;
     if (!charts.empty())

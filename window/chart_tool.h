@@ -78,6 +78,7 @@ private:
                       float left, float top) const;
     void draw_hands(State& state);
     void draw_packing(State& state, const std::vector<uint32_t>& held);
+    static void name_charts(State& state, const std::vector<uint32_t>& held);
     void draw_fields(State& state, const std::vector<uint32_t>& held);
     std::vector<uint32_t> without_locked(const State& state, std::vector<uint32_t> charts);
 
