@@ -46,7 +46,10 @@ constexpr double k_usual_stretch = 0.15;
 MergeTerms terms_of_step(double step, double max_stretch) {
     MergeTerms terms;
     terms.limit = stretch_limit(float(step));
-    terms.slack = std::max(0.0, (step - k_usual_stretch) / (1 - k_usual_stretch));
+    // The caller's 0.15 is a float a little above that, but merging must not take it for another
+    // slack than 0: it would try all pairs anew.
+    const double beyond = step - k_usual_stretch;
+    terms.slack = beyond > 1e-6 ? beyond / (1 - k_usual_stretch) : 0;
     if (step < std::min(k_first_smooth_step, max_stretch))
         terms.min_hardness = k_hard_pair;
     return terms;
