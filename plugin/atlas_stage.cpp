@@ -68,7 +68,7 @@ bool make_atlas(AtlasContext& context, ID3DXMesh* mesh, ID3DXMesh*& out_mesh,
 } // namespace
 
 bool generate_atlas(Unwrapper& unwrapper, array<Vertex> vertices, array<uint32_t> indices,
-                    const array<uint32_t>& cut_edges, const array<uint32_t>& real_edges,
+                    array<uint32_t> cut_edges, array<uint32_t> real_edges,
                     array<Vertex>& atlas_vertices, array<uint32_t>& atlas_indices) {
     UnwrapSettings& settings = unwrapper.settings();
     uint32_t* false_edges = nullptr;
@@ -77,6 +77,7 @@ bool generate_atlas(Unwrapper& unwrapper, array<Vertex> vertices, array<uint32_t
         if (false_edges == nullptr)
             return false;
     }
+    real_edges = array<uint32_t>();
     AtlasContext context;
     ID3DXMesh* mesh = nullptr;
     ID3DXMesh* out_mesh = nullptr;
@@ -90,6 +91,7 @@ bool generate_atlas(Unwrapper& unwrapper, array<Vertex> vertices, array<uint32_t
         uint32_t* const adjacency = build_adjacency(unwrapper, mesh, cut_edges);
         if (adjacency == nullptr)
             return false;
+        cut_edges = array<uint32_t>();
         done = make_atlas(context, mesh, out_mesh, adjacency, false_edges, atlas_vertices,
                           atlas_indices);
         if (done) {

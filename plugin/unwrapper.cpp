@@ -28,29 +28,13 @@ MStatus find_main_window() {
     return status;
 }
 
-// If memory runs out the copy stops, and the stage works on the elements copied so far.
-array<Vertex> copy_of(const array<Vertex>& list) {
-    array<Vertex> copy;
-    if (!copy.resize(list.count()))
-        return copy;
-    for (uint32_t i = 0; i < list.count(); ++i)
-        copy.append(list.get(i));
-    return copy;
-}
-
-array<uint32_t> copy_of(const array<uint32_t>& list) {
-    array<uint32_t> copy;
-    copy.append_array(list);
-    return copy;
-}
-
-MStatus generate(Unwrapper& unwrapper, const MeshData& data, Atlas& atlas) {
+/// Hands the lists over, so that they do not take memory while the atlas is made; the corner lists
+/// stay.
+MStatus generate(Unwrapper& unwrapper, MeshData& data, Atlas& atlas) {
     show_stage("Tessora: generating UV set");
-    array<uint32_t> indices = copy_of(data.indices);
-    array<Vertex> vertices = copy_of(data.vertices);
-    const bool done =
-        generate_atlas(unwrapper, std::move(vertices), std::move(indices), data.cut_edges,
-                       data.real_edges, atlas.vertices, atlas.indices);
+    const bool done = generate_atlas(unwrapper, std::move(data.vertices), std::move(data.indices),
+                                     std::move(data.cut_edges), std::move(data.real_edges),
+                                     atlas.vertices, atlas.indices);
     return done ? MS::kSuccess : MS::kFailure;
 }
 
@@ -81,12 +65,10 @@ MStatus Unwrapper::run_stages(MObject& mesh, MIntArray* existing_seams, MIntArra
     clamp_settings(*settings_);
 
     show_stage("Tessora: extracting required data");
-    status = collect_mesh_data(*this, mesh, data, existing_seams);
+    // If seams are not kept, every seam found later counts as new.
+    status = collect_mesh_data(*this, mesh, data, settings_->keep_seams ? existing_seams : nullptr);
     if (!status)
         return status;
-    // If seams are not kept, every seam found later counts as new.
-    if (!settings_->keep_seams && existing_seams != nullptr)
-        existing_seams->clear();
 
     status = generate(*this, data, atlas);
     if (!status)

@@ -1,5 +1,6 @@
 #include "tests/plugin/atlas_call_watch.h"
 
+#include "corelib/array.h"
 #include "corelib/math/atlas_context.h"
 #include "corelib/vertex.h"
 
@@ -45,6 +46,7 @@ HRESULT WINAPI __wrap_D3DXUVAtlasCreate(LPD3DXMESH mesh, UINT max_charts, FLOAT 
                                         FLOAT* max_stretch_out, UINT* num_charts) {
     AtlasCall& record = atlas_call();
     ++record.calls;
+    record.blocks = live_blocks;
     record.max_charts = max_charts;
     record.max_stretch = max_stretch;
     record.width = width;

@@ -8,7 +8,8 @@
 #include <vector>
 
 struct AtlasCall {
-    unsigned calls = 0; ///< number of calls since the record was last cleared
+    unsigned calls = 0;  ///< number of calls since the record was last cleared
+    uint64_t blocks = 0; ///< of lists, which were live at the call
     UINT max_charts = 99;
     FLOAT max_stretch = -1;
     UINT width = 0;

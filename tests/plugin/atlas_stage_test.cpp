@@ -36,8 +36,11 @@ protected:
         vertices.append_array(input_->data.vertices);
         array<uint32_t> indices;
         indices.append_array(input_->data.indices);
+        array<uint32_t> cut_edges, real_edges;
+        cut_edges.append_array(input_->data.cut_edges);
+        real_edges.append_array(input_->data.real_edges);
         return generate_atlas(unwrapper, std::move(vertices), std::move(indices),
-                              input_->data.cut_edges, input_->data.real_edges, vertices_, indices_);
+                              std::move(cut_edges), std::move(real_edges), vertices_, indices_);
     }
 
     void expect_no_results() {
@@ -50,6 +53,13 @@ protected:
     array<Vertex> vertices_;
     array<uint32_t> indices_;
 };
+
+TEST_F(GenerateAtlas, ListsTakeNoMemoryWhileTheAtlasIsMade) {
+    start(fixtures::hills(8, 2));
+    const uint64_t live = live_blocks;
+    ASSERT_TRUE(generate());
+    EXPECT_EQ(live, atlas_call().blocks);
+}
 
 TEST_F(GenerateAtlas, KeepsTrianglesAndCornersInTheirOrder) {
     start(fixtures::hills(8, 2));
