@@ -14,16 +14,13 @@
 namespace app {
 
 struct ImportedMesh {
-    std::vector<float>
-        positions; ///< 3 per vertex, in the document's unit: the file's, then added ones
-    std::vector<uint32_t> corner_begin; ///< polygons + 1 entries
-    std::vector<uint32_t> corner_vertex;
     std::vector<uint32_t> copy_of;  ///< for each added vertex, the file's vertex it copies
     uint64_t repeat_polygons = 0;   ///< polygons that repeat a vertex
     uint64_t isolated_polygons = 0; ///< polygons made entirely of added vertices
 };
 
-/// Makes the host's mesh, without UV sets, and the map from its vertices to the file's.
+/// Makes the host's mesh, without UV sets, in the document's unit, and the map from its vertices to
+/// the file's: first come the file's vertices, then added ones.
 /// Errors: kInsufficientMemory, or kInvalidParameter if a count exceeds 32 bits.
 /// Cost:   O(vertices + corners), plus triangulating polygons of more than three corners.
 MStatus import_mesh(const host::ObjDocument& document, ImportedMesh& imported, host::Mesh& mesh);

@@ -89,7 +89,7 @@ std::vector<VertexPair> seams_of(const host::Mesh& mesh, const std::string& set_
 
 /// Maps ascending triangle ids to polygon ids; a polygon of n corners has n - 2 triangles.
 std::vector<uint32_t> polygons_of(const std::vector<uint32_t>& triangles,
-                                  const ImportedMesh& mesh) {
+                                  const host::ObjDocument& mesh) {
     std::vector<uint32_t> polygons;
     uint32_t polygon = 0;
     for (const uint32_t triangle : triangles) {
@@ -194,7 +194,7 @@ void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
         return fail("the mesh has no UV set " + settings.mapchannel, false, outcome);
     outcome.result.charts = static_cast<int>(scene.result("Charts_result"));
     outcome.result.stretch = scene.result("Stretch_result");
-    outcome.result.over_limit = polygons_of(triangles_over_limit(), imported);
+    outcome.result.over_limit = polygons_of(triangles_over_limit(), document);
     outcome.result.existing_seam_edges = existing.size();
     const std::vector<VertexPair> seams =
         seams_of(*unwrapped, settings.mapchannel, document, imported);

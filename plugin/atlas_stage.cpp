@@ -17,10 +17,11 @@
 
 namespace {
 
-/// A copy of `real_edges` for the atlas call, which may change it. Allocated like the adjacency
-/// list: four words per entry and never less than `index_count`. Entries that the copy lacks mark
-/// real edges; the rest, which nobody reads, is left alone, so that it takes no memory.
-uint32_t* copy_false_edges(const array<uint32_t>& real_edges, uint32_t index_count) {
+/// A copy of `real_edges`, which is freed, for the atlas call, which may change it. Allocated like
+/// the adjacency list: four words per entry and never less than `index_count`. Entries that the
+/// copy lacks mark real edges; the rest, which nobody reads, is left alone, so that it takes no
+/// memory.
+uint32_t* copy_false_edges(array<uint32_t> real_edges, uint32_t index_count) {
     const uint32_t count = real_edges.count();
     const size_t words = std::max<size_t>(4 * static_cast<size_t>(count), index_count);
     auto* const false_edges = static_cast<uint32_t*>(std::malloc(words * sizeof(uint32_t)));
@@ -73,11 +74,10 @@ bool generate_atlas(Unwrapper& unwrapper, array<Vertex> vertices, array<uint32_t
     UnwrapSettings& settings = unwrapper.settings();
     uint32_t* false_edges = nullptr;
     if (settings.skip_false_edges == 0) {
-        false_edges = copy_false_edges(real_edges, indices.count());
+        false_edges = copy_false_edges(std::move(real_edges), indices.count());
         if (false_edges == nullptr)
             return false;
     }
-    real_edges = array<uint32_t>();
     AtlasContext context;
     ID3DXMesh* mesh = nullptr;
     ID3DXMesh* out_mesh = nullptr;

@@ -13,6 +13,14 @@ namespace {
 struct Import {
     app::ImportedMesh imported;
     host::Mesh mesh;
+
+    std::vector<uint32_t> corner_vertex() const {
+        const host::Connectivity& polygons = mesh.connectivity();
+        std::vector<uint32_t> vertices;
+        for (uint32_t c = 0; c < polygons.corner_count(); ++c)
+            vertices.push_back(polygons.corner_vertex(c));
+        return vertices;
+    }
 };
 
 Import import(const std::string& faces) {
@@ -23,54 +31,56 @@ Import import(const std::string& faces) {
         << error.message;
     Import result;
     EXPECT_TRUE(app::import_mesh(document, result.imported, result.mesh));
-    EXPECT_EQ(result.imported.positions.size(), 3 * result.mesh.points().size());
+    EXPECT_EQ(6 + result.imported.copy_of.size(), result.mesh.points().size());
     EXPECT_EQ(document.polygon_count(), result.mesh.connectivity().polygon_count());
-    EXPECT_EQ(document.corner_begin, result.imported.corner_begin);
+    for (uint32_t p = 0; p < document.polygon_count(); ++p)
+        EXPECT_EQ(document.corner_begin[p], result.mesh.connectivity().first_corner(p));
     return result;
 }
 
 using Ids = std::vector<uint32_t>;
 
 TEST(ImportMesh, KeepsPolygonsWithoutRepeatedVertices) {
-    const app::ImportedMesh mesh = import("f 1 2 3 4\nf 4 3 5\n").imported;
-    EXPECT_EQ((Ids{0, 1, 2, 3, 3, 2, 4}), mesh.corner_vertex);
-    EXPECT_EQ((Ids{0, 4, 7}), mesh.corner_begin);
-    EXPECT_EQ(18u, mesh.positions.size());
-    EXPECT_TRUE(mesh.copy_of.empty());
-    EXPECT_EQ(0u, mesh.repeat_polygons);
+    const Import mesh = import("f 1 2 3 4\nf 4 3 5\n");
+    EXPECT_EQ((Ids{0, 1, 2, 3, 3, 2, 4}), mesh.corner_vertex());
+    EXPECT_EQ(6u, mesh.mesh.points().size());
+    EXPECT_TRUE(mesh.imported.copy_of.empty());
+    EXPECT_EQ(0u, mesh.imported.repeat_polygons);
 }
 
 TEST(ImportMesh, RepeatedVerticesBecomeAddedVerticesAtTheSamePosition) {
-    const app::ImportedMesh mesh = import("f 1 2 4 1 3\n").imported;
-    EXPECT_EQ((Ids{0, 1, 3, 6, 2}), mesh.corner_vertex);
-    EXPECT_EQ(Ids{0}, mesh.copy_of);
-    EXPECT_EQ((std::vector<float>{0, 0, 0}),
-              std::vector<float>(mesh.positions.end() - 3, mesh.positions.end()));
-    EXPECT_EQ(1u, mesh.repeat_polygons);
+    const Import mesh = import("f 1 2 4 1 3\n");
+    EXPECT_EQ((Ids{0, 1, 3, 6, 2}), mesh.corner_vertex());
+    EXPECT_EQ(Ids{0}, mesh.imported.copy_of);
+    const host::Float3 added = mesh.mesh.points().back();
+    EXPECT_EQ(0.0f, added.x);
+    EXPECT_EQ(0.0f, added.y);
+    EXPECT_EQ(0.0f, added.z);
+    EXPECT_EQ(1u, mesh.imported.repeat_polygons);
 }
 
 TEST(ImportMesh, SplitsAdjacentRepeatsSpikesAndTriples) {
-    const app::ImportedMesh neighbours = import("f 1 1 2 3\n").imported;
-    EXPECT_EQ((Ids{0, 6, 1, 2}), neighbours.corner_vertex);
-    const app::ImportedMesh spike = import("f 1 2 4 2\n").imported;
-    EXPECT_EQ((Ids{0, 1, 3, 6}), spike.corner_vertex);
-    EXPECT_EQ(Ids{1}, spike.copy_of);
-    const app::ImportedMesh triple = import("f 3 3 3\nf 1 2 3\n").imported;
-    EXPECT_EQ((Ids{2, 6, 7, 0, 1, 2}), triple.corner_vertex);
-    EXPECT_EQ((Ids{2, 2}), triple.copy_of);
-    EXPECT_EQ(1u, triple.repeat_polygons);
-    EXPECT_EQ(24u, triple.positions.size());
+    const Import neighbours = import("f 1 1 2 3\n");
+    EXPECT_EQ((Ids{0, 6, 1, 2}), neighbours.corner_vertex());
+    const Import spike = import("f 1 2 4 2\n");
+    EXPECT_EQ((Ids{0, 1, 3, 6}), spike.corner_vertex());
+    EXPECT_EQ(Ids{1}, spike.imported.copy_of);
+    const Import triple = import("f 3 3 3\nf 1 2 3\n");
+    EXPECT_EQ((Ids{2, 6, 7, 0, 1, 2}), triple.corner_vertex());
+    EXPECT_EQ((Ids{2, 2}), triple.imported.copy_of);
+    EXPECT_EQ(1u, triple.imported.repeat_polygons);
+    EXPECT_EQ(8u, triple.mesh.points().size());
 }
 
 TEST(ImportMesh, NoPolygonOfTheResultRepeatsAVertex) {
     std::string face = "f";
     for (int i = 0; i < 1000; ++i)
         face += " " + std::to_string(1 + (i * 7) % 4);
-    const app::ImportedMesh mesh = import(face + "\n").imported;
-    Ids sorted = mesh.corner_vertex;
+    const Import mesh = import(face + "\n");
+    Ids sorted = mesh.corner_vertex();
     std::sort(sorted.begin(), sorted.end());
     EXPECT_EQ(sorted.end(), std::adjacent_find(sorted.begin(), sorted.end()));
-    EXPECT_EQ(996u, mesh.copy_of.size());
+    EXPECT_EQ(996u, mesh.imported.copy_of.size());
 }
 
 /// Number of diagonals that are also an edge, or a diagonal of another polygon that is not on the
@@ -118,7 +128,7 @@ TEST(ImportMesh, APolygonWithARepeatedCornerKeepsItsEdges) {
 TEST(ImportMesh, QuadIsIsolatedIfBothDiagonalsAreEdges) {
     const Import both = import("f 1 2 3 4\nf 1 3 5\nf 2 4 6\n");
     EXPECT_EQ(1u, both.imported.isolated_polygons);
-    EXPECT_EQ((Ids{6, 7, 8, 9, 0, 2, 4, 1, 3, 5}), both.imported.corner_vertex);
+    EXPECT_EQ((Ids{6, 7, 8, 9, 0, 2, 4, 1, 3, 5}), both.corner_vertex());
     EXPECT_EQ(0u, import("f 1 2 3 4\nf 1 3 5\n").imported.isolated_polygons);
 }
 
