@@ -191,12 +191,13 @@ void Application::load_fonts() {
 
 /// Status line text after a statement: what was undone, redone or unwrapped.
 std::string Application::summary(const std::string& statements, size_t map_revision) const {
-    std::string words;
+    const std::string advice = advice_after(statements);
+    std::string words = advice;
     if (statements == "undo;")
         words = "Undone: " + state_.redo_name;
     else if (statements == "redo;")
         words = "Redone: " + state_.undo_name;
-    else if (map_revision != state_.map_revision && state_.subject.node) {
+    else if (advice.empty() && map_revision != state_.map_revision && state_.subject.node) {
         char text[128];
         const size_t count = state_.map.charts().size();
         std::snprintf(text, sizeof text, "%zu %s, worst stretch %.4f, %.1f %% covered", count,
@@ -204,8 +205,6 @@ std::string Application::summary(const std::string& statements, size_t map_revis
                       100.0 * state_.map.coverage());
         words = state_.subject.node_name() + ": " + text;
     }
-    if (words.empty())
-        words = advice_after(statements);
     if (state_.has_changed_rows)
         words += std::string(words.empty() ? "" : ". ") +
                  "The UVs stay as they are until \"Unwrap again\"";

@@ -405,12 +405,14 @@ void Application::draw_question() {
     ImGui::PushTextWrapPos(600.0f * state_.scale);
     ImGui::TextUnformatted(question_->message.c_str());
     ImGui::PopTextWrapPos();
-    ImGui::Dummy({0.0f, 6.0f});
+    ImGui::Dummy({0.0f, 6.0f * state_.scale});
     for (const std::string& button : question_->buttons) {
         if (&button != question_->buttons.data())
             ImGui::SameLine();
         if (ImGui::Button(button.c_str(),
-                          {std::max(96.0f, ImGui::CalcTextSize(button.c_str()).x + 24.0f), 0.0f}))
+                          {std::max(96.0f * state_.scale,
+                                    ImGui::CalcTextSize(button.c_str()).x + 24.0f * state_.scale),
+                           0.0f}))
             answer_ = button;
         state_.places.add_item("question/" + button);
         if (button == question_->preferred)

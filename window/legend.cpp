@@ -13,7 +13,7 @@ namespace {
 class Line {
 public:
     Line(const State& state, float right, float middle)
-        : font_(state.fonts.small), end_(right), middle_(middle) {}
+        : font_(state.fonts.small), scale_(state.scale), end_(right), middle_(middle) {}
 
     void words(const char* text) {
         const ImVec2 size = font_->CalcTextSizeA(font_->FontSize, FLT_MAX, 0.0f, text);
@@ -24,27 +24,27 @@ public:
                              {at.x + size.x + 3.0f, at.y + size.y + 1.0f},
                              ImGui::GetColorU32({0.165f, 0.169f, 0.178f, 0.75f}), 3.0f);
         list_->AddText(font_, font_->FontSize, at, ImGui::GetColorU32(colour::text), text);
-        end_ -= 8.0f;
+        end_ -= 8.0f * scale_;
     }
     /// The colours of the scale from 1/2 to 2, logarithmic.
     void scale(float width) {
         for (int i = 0; i < static_cast<int>(width); ++i) {
             const float ratio = std::pow(2.0f, 2.0f * static_cast<float>(i) / width - 1.0f);
             const float x = end_ - width + static_cast<float>(i);
-            list_->AddRectFilled({x, middle_ - 4.0f}, {x + 1.0f, middle_ + 4.0f},
+            list_->AddRectFilled({x, middle_ - 4.0f * scale_}, {x + 1.0f, middle_ + 4.0f * scale_},
                                  stretch_colour(ratio));
         }
-        end_ -= width + 8.0f;
+        end_ -= width + 8.0f * scale_;
     }
     void dash(ImU32 tone, float width) {
-        list_->AddLine({end_ - width, middle_}, {end_, middle_}, tone, 3.0f);
-        end_ -= width + 8.0f;
+        list_->AddLine({end_ - width, middle_}, {end_, middle_}, tone, 3.0f * scale_);
+        end_ -= width + 8.0f * scale_;
     }
 
 private:
     ImDrawList* list_ = ImGui::GetWindowDrawList();
     ImFont* font_;
-    float end_, middle_;
+    float scale_, end_, middle_;
 };
 
 } // namespace
@@ -52,7 +52,7 @@ private:
 void draw_legend(const State& state, float right, float middle, float width, bool has_seams) {
     if (state.map.charts().empty())
         return;
-    Line line(state, right - 8.0f, middle);
+    Line line(state, right - 8.0f * state.scale, middle);
     const float bar = std::min(140.0f * state.scale, 0.3f * width);
     const auto number = [](double value) {
         char text[32];
@@ -70,11 +70,12 @@ void draw_legend(const State& state, float right, float middle, float width, boo
         line.words(number(0.5 * state.map.density()).c_str());
     } else if (has_seams && (state.shows_overlay() || state.draws_seams())) {
         const float dash = 18.0f * state.scale;
-        if (state.shows_overlay()) {
+        const bool has_overlay = state.subject.node && state.is_overlay_on;
+        if (has_overlay) {
             line.words("new seam");
             line.dash(IM_COL32(0, 0, 255, 255), dash);
         }
-        line.words(state.shows_overlay() ? "kept seam" : "seam");
+        line.words(has_overlay ? "kept seam" : "seam");
         line.dash(IM_COL32(0, 255, 0, 255), dash);
     }
 }

@@ -258,7 +258,7 @@ void MapPaint::paint_outline(const State& state) {
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     set_colour(colour::line, 0.85f);
-    glLineWidth(1.2f);
+    glLineWidth(1.2f * state.scale);
     bind_outline(state);
     glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(2 * state.map.outline_begin().back()));
     glDisableClientState(GL_VERTEX_ARRAY);
@@ -275,7 +275,7 @@ void MapPaint::paint_lit(const State& state) {
     set_colour(colour::warm, 0.70f);
     paint_chart(state, Places::texture, lit);
     set_colour(colour::warm, 1.0f);
-    glLineWidth(2.5f);
+    glLineWidth(2.5f * state.scale);
     bind_outline(state);
     const uint32_t begin = state.map.outline_begin()[lit], end = state.map.outline_begin()[lit + 1];
     glDrawArrays(GL_LINES, static_cast<GLint>(2 * begin), static_cast<GLsizei>(2 * (end - begin)));
@@ -304,7 +304,7 @@ void MapPaint::paint_picked(const State& state) const {
     if (state.picked_uvs.empty())
         return;
     set_colour(colour::warm, 1.0f);
-    glLineWidth(3.0f);
+    glLineWidth(3.0f * state.scale);
     glVertexPointer(2, GL_FLOAT, 0, state.picked_uvs.data());
     glEnableClientState(GL_VERTEX_ARRAY);
     glDrawArrays(GL_LINES, 0, static_cast<GLsizei>(state.picked_uvs.size() / 2));
@@ -320,7 +320,7 @@ void MapPaint::paint_seams(const State& state) {
     glDisable(GL_BLEND);
     glDepthFunc(GL_LEQUAL);
     glColor3f(0.0f, 1.0f, 0.0f);
-    glLineWidth(3.0f);
+    glLineWidth(3.0f * state.scale);
     seams_.bind(state.map_revision,
                 [&]() -> const std::vector<float>& { return state.map.seams(); });
     glVertexPointer(3, GL_FLOAT, 0, nullptr);

@@ -117,6 +117,7 @@ void ModelPanels::frame_chosen() {
 }
 
 void ModelPanels::lay_out(int width, int height) {
+    edges_.hover(-1, {}); // another edge is under the pointer now
     if (is_alone_)
         panels_.arrange_one(active(), width, height);
     else

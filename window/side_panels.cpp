@@ -137,12 +137,19 @@ void draw_breaches(State& state) {
     if (breaches.empty()) {
         ImGui::TextColored(colour::good, "All guarantees hold");
         state.places.add_item("verdict/ok");
+        return;
     }
+    ImGui::TextColored(colour::faint,
+                       breaches.size() == 1 ? "%zu guarantee is broken; click it"
+                                            : "%zu guarantees are broken; click one",
+                       breaches.size());
+    state.places.add_item("verdict/count/" + std::to_string(breaches.size()));
+    ImGui::BeginChild("breaches", {0.0f, 0.0f}); // with a bar if there is no room for all
     for (const measure::Breach& breach : breaches) {
         ImGui::PushStyleColor(ImGuiCol_Text, colour::warning);
         const std::string line = breach.sentence + "###" + breach.name;
         if (ImGui::Selectable(line.c_str()) && !breach.polygons.empty())
-            state.run(statement_selecting(state.subject.shape_name(), breach.polygons, 'f'));
+            state.run(statement_selecting(state.shape_path(), breach.polygons, 'f'));
         ImGui::PopStyleColor();
         state.places.add_item(std::string("verdict/") + breach.name);
         if (ImGui::IsItemHovered() && !breach.polygons.empty())
@@ -150,6 +157,7 @@ void draw_breaches(State& state) {
                               breach.polygons.size(),
                               breach.polygons.size() == 1 ? "polygon" : "polygons");
     }
+    ImGui::EndChild();
 }
 
 /// Shows the tooltip of a row.

@@ -95,6 +95,7 @@ def unwrap_along_them(window):
 def sew_after_the_unwrap(window):
     window.statement('polySelect -sep 2 22 sheet; print("picked\\n");', "picked\n")
     window.key("F2", "s")
+    window.wait_for("status/Sewn in the middle. Along my seams lays the charts out anew")
     shells(window, 1)
     window.picture("sewn_after_the_unwrap")
     window.key("F2", "ctrl+z")

@@ -21,6 +21,7 @@ def see_the_files_own_seams(window):
 
 
 def read_the_verdict(window):
+    window.wait_for("verdict/count/2")
     window.wait_for("verdict/overlaps")
     window.click("verdict/overlaps")
     window.statement("print (size(`ls -sl`) + \" of \" + stringArrayToString(`ls -sl`, \" \") + \"\\n\");",

@@ -17,7 +17,7 @@ from window_driver import Window, fail_unless, run_script, tell, write_squares
 
 PUBLISHED = r"Stretch_result\" [0-9.]+"
 # What may reach beyond the edge: positions in a view, and rows of lists that scroll.
-MAY_REACH_OUT = ("chart/", "edge/", "lit", "title/", "live/", "progress/at", "status", "picked/",
+MAY_REACH_OUT = ("chart/", "edge/", "verdict/", "lit", "title/", "live/", "progress/at", "status", "picked/",
                  "charts/locked", "label/", "attribute/", "file/")
 
 

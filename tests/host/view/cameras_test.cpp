@@ -205,17 +205,24 @@ TEST_F(Cameras, OrbitIsClampedToStraightUpAndDown) {
 }
 
 TEST_F(Cameras, FaceLooksAgainstTheDirectionUpright) {
-    host::frame_points(host::panel_camera(persp), k_port, source({MPoint(), MPoint(1, 2, 3)}));
-    double before[3], after[3];
-    ASSERT_TRUE(host::project(read(persp), k_port, MPoint(0.5, 1, 1.5), before));
+    MPoint origin;
+    MVector along;
+    double after[3];
+    host::ray_through(read(persp), k_port, 210, 170, origin, along);
+    const double distance = host::graph::Scene::current()
+                                .find("perspShape")
+                                ->find_plug("centerOfInterest")
+                                ->value.number();
+    const MPoint center = origin + along * distance;
     const MVector direction = MVector(1, -2, -0.5).normal();
     host::face(host::panel_camera(persp), direction * 7.0);
     const MMatrix world = read(persp).view.inverse();
     EXPECT_NEAR(MVector(world[2][0], world[2][1], world[2][2]) * direction, 1.0, 1e-9);
     EXPECT_NEAR(world[0][1], 0.0, 1e-9); // sideways is level
     EXPECT_GT(world[1][1], 0.0);
-    ASSERT_TRUE(host::project(read(persp), k_port, MPoint(0.5, 1, 1.5), after));
-    EXPECT_NEAR(after[0], before[0], 40.0); // about what was seen in the middle
+    ASSERT_TRUE(host::project(read(persp), k_port, center, after));
+    EXPECT_NEAR(after[0], 210.0, 1e-6); // still in the middle
+    EXPECT_NEAR(after[1], 170.0, 1e-6);
     host::face(host::panel_camera(persp), MVector());
     EXPECT_TRUE(read(persp).view.inverse() == world);
 }
