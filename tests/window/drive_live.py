@@ -24,10 +24,9 @@ def begin(window):
 
 
 def cut(window):
-    before = results(window)
     window.statement('polySelect -sep 2 22 sheet; print("picked\\n");', "picked\n")
     window.key("F2", "c")
-    window.wait(lambda: results(window) > before, "the result of the cut")
+    window.wait_for("chart/2")
     shells(window, 2)
     window.statement("size(`ls -type tessora_node`);", r"Result: 1\n", )
     window.statement("listConnections -source on -destination off tessora_node1.inMesh;",
@@ -58,10 +57,9 @@ def see_its_seams_without_it(window):
 
 
 def sew(window):
-    before = results(window)
     window.statement('select -add sheet.e[5]; print("picked again\\n");', "picked again\n")
     window.key("F2", "s")
-    window.wait(lambda: results(window) > before, "the result of sewing")
+    window.wait_gone("chart/2")
     shells(window, 1)
     window.click("tool/Live")
     window.wait_gone("tool/Live/on")
