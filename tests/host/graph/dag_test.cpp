@@ -124,6 +124,19 @@ TEST_F(DagTest, MatricesScaleThenRotateThenTranslate) {
     EXPECT_NEAR(m[3][1], 5.0, 1e-12);
 }
 
+TEST_F(DagTest, ShearMovesScaledPointsAlongTheAxesBefore) {
+    DagNode& node = add_dag("transform");
+    set(node, "shearXY", 2);
+    set(node, "shearXZ", 3);
+    set(node, "shearYZ", 5);
+    set(node, "scaleZ", 7);
+    const double expected[3][3] = {{1, 0, 0}, {2, 1, 0}, {21, 35, 7}};
+    const MMatrix m = node.local_matrix();
+    for (unsigned row = 0; row < 3; ++row)
+        for (unsigned column = 0; column < 3; ++column)
+            EXPECT_EQ(m[row][column], expected[row][column]) << row << " " << column;
+}
+
 TEST_F(DagTest, PivotsAreFixedPoints) {
     DagNode& node = add_dag("transform");
     for (const char* name : {"rotatePivotX", "scalePivotX"})
@@ -133,6 +146,22 @@ TEST_F(DagTest, PivotsAreFixedPoints) {
     const MMatrix m = node.local_matrix();
     EXPECT_NEAR(4 * m[0][0] + m[3][0], 4.0, 1e-12);
     EXPECT_NEAR(4 * m[0][2] + m[3][2], 0.0, 1e-12);
+}
+
+TEST_F(DagTest, PivotsOfAnUnturnedNodeOnlyMoveByTheirTranslations) {
+    DagNode& node = add_dag("transform");
+    double value = 1, expected[3] = {0, 0, 0};
+    for (const char* name :
+         {"translate", "rotatePivot", "scalePivot", "rotatePivotTranslate", "scalePivotTranslate"})
+        for (unsigned axis = 0; axis < 3; ++axis) {
+            set(node, (std::string(name) + "XYZ"[axis]).c_str(), value);
+            if (std::string(name).find("ranslate") != std::string::npos)
+                expected[axis] += value;
+            value *= 2;
+        }
+    const MMatrix m = node.local_matrix();
+    for (unsigned axis = 0; axis < 3; ++axis)
+        EXPECT_EQ(m[3][axis], expected[axis]) << axis;
 }
 
 TEST_F(DagTest, AnInstanceIsDeletedWithItsLastPath) {
