@@ -104,7 +104,8 @@ bool read_mesh(const std::string& path, const formats::ReadOptions& options,
         error = {host::IoError::malformed, refusal};
         return false;
     }
-    if (!host::read_text(path, bytes, error))
+    // One byte more than allowed is refused; a device without an end would fill all memory.
+    if (!host::read_text(path, bytes, error, options.max_input + 1))
         return false;
     if (hash)
         *hash = fingerprint(bytes);

@@ -27,9 +27,11 @@ struct IoError {
     std::string message;
 };
 
-/// Reads a whole file, pipe, or standard input (path "-").
+/// Reads a file, pipe, or standard input (path "-") to its end, but no more than its first `most`
+/// bytes.
 /// Errors: false with `error` set; `text` is then unspecified.
-MHOST_EXPORT bool read_text(const std::string& path, std::string& text, IoError& error);
+MHOST_EXPORT bool read_text(const std::string& path, std::string& text, IoError& error,
+                            uint64_t most = UINT64_MAX);
 
 /// Parses `text`, which the document keeps; `name` is the file name in messages.
 /// Errors: false with `error` set; the document is then unspecified.

@@ -197,6 +197,15 @@ TEST_F(ProgramFailure, ReachingTheFileSizeLimitLeavesNoPartialFile) {
 // Limits --------------------------------------------------------------------------------------
 
 #if !defined(__SANITIZE_ADDRESS__) // the sanitizer's shadow memory exceeds any limit
+TEST_F(ProgramFailure, DeviceWithoutEndIsReadNoFurtherThanAllowed) {
+    const Ended ended =
+        run({"unwrap", "/dev/zero", "-o", dir.path("out.obj"), "--max_input", "0.001"});
+    EXPECT_EQ(4, ended.code);
+    EXPECT_NE(ended.err.npos,
+              ended.err.find("/dev/zero: more than 1073741 bytes; --max_input allows more"))
+        << ended.err;
+}
+
 TEST_F(ProgramFailure, RunningOutOfMemoryReturnsTheLimitCode) {
     Process::Setup setup;
     setup.memory_limit = 64ul << 20;

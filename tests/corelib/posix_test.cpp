@@ -2,10 +2,12 @@
 /// that cannot be converted are dropped, and there are no POSIX threads.
 #include "corelib/error.h"
 #include "corelib/file.h"
+#include "corelib/memory.h"
 #include "tests/corelib/support.h"
 
 #include <csignal>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <pthread.h>
 #include <sys/resource.h>
 
@@ -21,6 +23,13 @@ TEST(LogDeathTest, MessageThatCannotBeFormattedIsABug) {
 void* log_on_this_stack(void* text) {
     do_log(LOG_CRITICAL, LOG_TO_STDERR, "%s", static_cast<const char*>(text));
     return nullptr;
+}
+
+TEST(CoreFree, GivesMemoryBackToTheAllocator) {
+    const size_t before = ::mallinfo2().uordblks;
+    for (int i = 0; i < 1000; ++i)
+        core_free(core_realloc(nullptr, 10000));
+    EXPECT_LT(::mallinfo2().uordblks, before + 1000000);
 }
 
 TEST(FileClose, SucceedsTheSecondTimeIfTheDiskWasFullTheFirst) {

@@ -205,6 +205,20 @@ TEST_F(DrawSeams, RestoresMatricesAndSetsTheLineWidthBackToOne) {
     EXPECT_EQ(after.mode, GL_MODELVIEW);
 }
 
+TEST_F(DrawSeams, DrawsThroughThePanelsCameraWhateverMatrixIsLoaded) {
+    set(data.new_seams, {1, 7});
+    ASSERT_TRUE(attach_viewport_callbacks(data));
+    const Picture expected = draw(top);
+    detach_viewport_callbacks(data);
+    const auto ahead = callbacks.add_post_render("modelPanel1", [&](const std::string&) {
+        glMatrixMode(GL_MODELVIEW);
+        glTranslated(0.5, 0.5, 0.5);
+    });
+    ASSERT_TRUE(attach_viewport_callbacks(data));
+    EXPECT_EQ(differing(expected, draw(top)), 0u);
+    callbacks.remove(ahead);
+}
+
 TEST_F(DrawSeams, WithoutSeamsDrawsNothingAndRestoresTheState) {
     const Picture plain = draw(persp);
     State before, after;

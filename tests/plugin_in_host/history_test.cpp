@@ -64,6 +64,7 @@ protected:
         if (GetParam().tweaks != Tweaks::none) {
             set(*shape_, "pnts[2].pntx", 0.25);
             set(*shape_, "pnts[2].pnty", -0.5);
+            set(*shape_, "pnts[5].pntx", 0.75);
             set(*shape_, "pnts[5].pntz", 1.5);
         }
         if (GetParam().tweaks == Tweaks::fed) {

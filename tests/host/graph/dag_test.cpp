@@ -1,5 +1,6 @@
 // Hierarchy, names, paths, selection, copies.
 #include "host/graph/callbacks.h"
+#include "host/graph/uv_layout.h"
 #include "tests/host/graph/fixture.h"
 #include "tests/platform/d3dx9/failing_new.h"
 
@@ -177,6 +178,58 @@ TEST_F(DagTest, AnInstanceIsDeletedWithItsLastPath) {
     scene.restore(removal);
     EXPECT_EQ(leaf.all_paths().size(), 2u);
     EXPECT_EQ(full_name(leaf.path()), "|a|leaf");
+}
+
+TEST_F(DagTest, AddingAndTakingAwayAnInstanceModifiesTheScene) {
+    DagNode& a = add_dag("transform", "a");
+    DagNode& b = add_dag("transform", "b");
+    DagNode& leaf = add_dag("transform", "leaf", &a);
+    scene.is_modified = false;
+    ASSERT_EQ(scene.add_instance(leaf, b), MS::kSuccess);
+    EXPECT_TRUE(scene.is_modified);
+    scene.is_modified = false;
+    ASSERT_EQ(scene.remove_instance(leaf, b), MS::kSuccess);
+    EXPECT_TRUE(scene.is_modified);
+}
+
+TEST_F(DagTest, ATypeIsRegisteredOnlyIfItsNameAndItsIdAreFree) {
+    static int initialized = 0; // the attributes of a type that exists would be overwritten
+    const auto register_type = [](const char* name, unsigned id) {
+        return register_node_type(
+            name, id, ScaleNode::create, [] { return ++initialized, MStatus(); }, "test");
+    };
+    EXPECT_EQ(register_type("scaleNode", 0x7777), MS::kInvalidParameter);
+    EXPECT_EQ(register_type("freshNode", 0x1234), MS::kInvalidParameter); // scaleNode's
+    EXPECT_FALSE(scene.find_type("freshNode"));
+    EXPECT_EQ(initialized, 0);
+}
+
+int g_packings = 0;
+
+TEST_F(DagTest, ALayoutIsPackedAgainOnlyIfOneOfItsSettingsChanged) {
+    g_packings = 0;
+    set_uv_packer([](const Mesh& mesh, uint32_t set, const UvLayout&, UvSet& packed, std::string&) {
+        packed = mesh.uv_set(set);
+        return ++g_packings > 0;
+    });
+    Node& node = add("polyLayoutUV");
+    connect(add_cube(), "outMesh", node, "inputPolymesh");
+    int expected = 0;
+    const std::pair<const char*, double> settings[] = {
+        {"textureWidth", 512}, {"textureWidth", 100},   {"textureHeight", 200},
+        {"gutter", 5},         {"rotateForBestFit", 0}, {"scale", 0},
+        {"prescale", 1},       {"inputComponents", 0},  {"lockComponents", 1}};
+    for (const auto& [name, value] : settings)
+        for (int time = 0; time < 2; ++time) {
+            if (std::string(name) == "inputComponents")
+                set_value(plug(node, name), PlugValue::of_text("f[0]"));
+            else
+                set(node, name, value);
+            evaluate(plug(node, "output"));
+            expected += time == 0;
+            EXPECT_EQ(g_packings, expected) << name;
+        }
+    set_uv_packer(nullptr);
 }
 
 // === Copies ==================================================================================

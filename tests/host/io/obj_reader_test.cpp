@@ -379,6 +379,10 @@ TEST(ReadText, ReturnsTheBytesOfAFile) {
     IoError error;
     EXPECT_TRUE(host::read_text(path, text, error)) << error.message;
     EXPECT_EQ(bytes, text);
+    for (const size_t most : {size_t(1), size_t(100000), bytes.size(), bytes.size() + 1}) {
+        EXPECT_TRUE(host::read_text(path, text, error, most)) << error.message;
+        EXPECT_EQ(bytes.substr(0, most), text);
+    }
     std::remove(path.c_str());
 }
 

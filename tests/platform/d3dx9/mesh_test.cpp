@@ -44,6 +44,15 @@ TEST(CreateMesh, SixteenBitIndicesAllowAtMost65535Vertices) {
     EXPECT_EQ(create(1, 65536, D3DXMESH_32BIT, k_declaration), D3D_OK);
 }
 
+TEST(CreateMesh, TakesDeclarationsOfUpTo64Elements) {
+    for (const size_t elements : {size_t(MAXD3DDECLLENGTH), size_t(MAXD3DDECLLENGTH) + 1}) {
+        std::vector<D3DVERTEXELEMENT9> declaration(elements, k_declaration[0]);
+        declaration.push_back(D3DDECL_END());
+        EXPECT_EQ(create(1, 3, D3DXMESH_32BIT, declaration.data()),
+                  elements == size_t(MAXD3DDECLLENGTH) ? D3D_OK : D3DERR_INVALIDCALL);
+    }
+}
+
 TEST(CreateMesh, RefusesAnUnsupportedDeclaration) {
     const D3DVERTEXELEMENT9 second_stream[] = {
         {1, 0, D3DDECLTYPE_FLOAT3, 0, D3DDECLUSAGE_POSITION, 0}, D3DDECL_END()};
