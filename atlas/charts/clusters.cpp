@@ -3,6 +3,8 @@
 #include "atlas/geometry/buckets.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <numeric>
 
 namespace tessora::atlas {
@@ -80,13 +82,14 @@ struct Moments {
 
 struct Neighbour {
     uint32_t id;
-    double shared; ///< length of the common border
+    float least_cost; ///< in the list of the later region: a lower bound of the cost of merging
+    double shared;    ///< length of the common border
 };
 
 /// A pair of regions to merge.
 struct Candidate {
     double cost;
-    uint32_t a, b;
+    uint32_t a, b; ///< a < b
     bool operator<(const Candidate& o) const {
         if (cost != o.cost)
             return cost < o.cost;
@@ -95,17 +98,15 @@ struct Candidate {
 };
 
 /// A heap with four children per node, which takes half the cache misses of a binary one.
-/// Candidates whose regions are gone stay in it until they are popped or have doubled its size.
 class CandidateHeap {
 public:
     bool empty() const { return items_.empty(); }
-    size_t size() const { return items_.size(); }
+    const Candidate& top() const { return items_.front(); }
     /// Adds without restoring the order, for many at once; order() must follow.
     void add(const Candidate& c) { items_.push_back(c); }
     void order() {
         for (size_t i = items_.size(); i-- > 0;)
             sink(i, items_[i]);
-        purge_size_ = std::max<size_t>(2 * items_.size(), 4096);
     }
     void push(const Candidate& c) {
         size_t i = items_.size();
@@ -114,21 +115,14 @@ public:
             items_[i] = items_[(i - 1) / 4];
         items_[i] = c;
     }
-    Candidate pop() {
-        const Candidate top = items_.front(), last = items_.back();
+    void pop() {
+        const Candidate last = items_.back();
         items_.pop_back();
         if (!items_.empty())
             sink(0, last);
-        return top;
     }
-    /// Removes what `is_stale` names if the heap has doubled since the last time.
-    template <class Stale>
-    void purge_if_grown(Stale is_stale) {
-        if (items_.size() < purge_size_)
-            return;
-        items_.erase(std::remove_if(items_.begin(), items_.end(), is_stale), items_.end());
-        order();
-    }
+    /// Puts `c` in the place of the top.
+    void replace_top(const Candidate& c) { sink(0, c); }
 
 private:
     /// Puts `c` at place i or below.
@@ -150,7 +144,6 @@ private:
     }
 
     std::vector<Candidate> items_;
-    size_t purge_size_ = 0;
 };
 
 /// Lists of neighbours, sorted by region, end to end in one array: a list of its own per region
@@ -228,12 +221,15 @@ public:
         constexpr size_t k_merges_per_report = 64;
         collect_leaves();
         while (!heap_.empty()) {
-            const Candidate c = heap_.pop();
+            Candidate c = heap_.top();
+            if (is_alive(c.b) && !is_alive(c.a) && find_best(c.b, c)) {
+                heap_.replace_top(c);
+                continue;
+            }
+            heap_.pop();
             if (!is_alive(c.a) || !is_alive(c.b))
                 continue;
             merge(c.a, c.b);
-            heap_.purge_if_grown(
-                [this](const Candidate& x) { return !is_alive(x.a) || !is_alive(x.b); });
             if (unions_.size() % k_merges_per_report == 0 &&
                 !progress.advance(double(unions_.size()) / double(leaves_)))
                 return false;
@@ -251,6 +247,8 @@ private:
     void collect_leaves();
     void collect_neighbours();
     bool weigh(uint32_t a, uint32_t b, double shared, Candidate& candidate) const;
+    bool weigh_all(uint32_t b, Candidate& best);
+    bool find_best(uint32_t b, Candidate& best);
     double join_lists(uint32_t a, uint32_t b);
     void merge(uint32_t a, uint32_t b);
     ClusterTree finish() const;
@@ -270,6 +268,7 @@ private:
         Vec3 normal; ///< sum of area times normal
     };
     std::vector<Union> unions_; ///< entry i: region leaves_ + i
+    /// Per region, of its pairs with earlier ones, that which was the best when it was looked for.
     CandidateHeap heap_;
 };
 
@@ -324,11 +323,10 @@ void TreeBuilder::collect_leaves() {
         moments_[leaf_of_face_[t]].add_face(s_.frame[t].area(), s_.normal[t],
                                             double(options_.hardness[t]));
     collect_neighbours();
-    Candidate candidate;
-    for (uint32_t a = 0; a < leaves_; ++a)
-        for (const Neighbour* n = neighbours_.begin(a); n != neighbours_.end(a); ++n)
-            if (n->id > a && weigh(a, n->id, n->shared, candidate))
-                heap_.add(candidate);
+    Candidate best;
+    for (uint32_t leaf = 0; leaf < leaves_; ++leaf)
+        if (weigh_all(leaf, best))
+            heap_.add(best);
     heap_.order();
 }
 
@@ -348,7 +346,7 @@ void TreeBuilder::collect_neighbours() {
                 const double length = s_.edge_length(h);
                 moments_[leaf].perimeter += length;
                 if (other != k_none)
-                    joined_.push_back({other, length});
+                    joined_.push_back({other, 0, length});
             }
         std::stable_sort(joined_.begin(), joined_.end(),
                          [](const Neighbour& a, const Neighbour& b) { return a.id < b.id; });
@@ -371,6 +369,37 @@ bool TreeBuilder::weigh(uint32_t a, uint32_t b, double shared, Candidate& candid
         return false;
     candidate = {both.cost(deviation), a, b};
     return true;
+}
+
+/// Weighs all pairs of a region with earlier ones. False if none may be merged.
+bool TreeBuilder::weigh_all(uint32_t b, Candidate& best) {
+    constexpr float k_never = std::numeric_limits<float>::infinity();
+    bool found = false;
+    Candidate candidate;
+    Neighbour* const end = neighbours_.end(slot_[b]);
+    for (Neighbour* n = neighbours_.begin(slot_[b]); n != end && n->id < b; ++n) {
+        n->least_cost = k_never;
+        if (!weigh(n->id, b, n->shared, candidate))
+            continue;
+        n->least_cost = std::nextafter(float(candidate.cost), 0.0f);
+        if (!found || candidate < best)
+            best = candidate;
+        found = true;
+    }
+    return found;
+}
+
+/// The best pair of a region with earlier ones that are left; the lists hold no others. False if
+/// there is none.
+bool TreeBuilder::find_best(uint32_t b, Candidate& best) {
+    best.cost = std::numeric_limits<double>::infinity();
+    Candidate candidate;
+    const Neighbour* const end = neighbours_.end(slot_[b]);
+    for (const Neighbour* n = neighbours_.begin(slot_[b]); n != end && n->id < b; ++n)
+        if (double(n->least_cost) <= best.cost && weigh(n->id, b, n->shared, candidate) &&
+            candidate < best)
+            best = candidate;
+    return best.cost < std::numeric_limits<double>::infinity();
 }
 
 /// Merges two lists of neighbours into joined_, without the two regions themselves; returns the
@@ -400,6 +429,12 @@ double TreeBuilder::join_lists(uint32_t a, uint32_t b) {
 void TreeBuilder::merge(uint32_t a, uint32_t b) {
     const uint32_t c = uint32_t(slot_.size());
     const double shared = join_lists(a, b);
+    for (const Neighbour& n : joined_) { // their places in memory are far apart
+        const char* const moments = reinterpret_cast<const char*>(&moments_[slot_[n.id]]);
+        __builtin_prefetch(moments);
+        __builtin_prefetch(moments + 64);
+        __builtin_prefetch(neighbours_.begin(slot_[n.id]));
+    }
     const uint32_t slot = slot_[a];
     moments_[slot].add(moments_[slot_[b]]);
     moments_[slot].perimeter -= 2 * shared;
@@ -408,17 +443,17 @@ void TreeBuilder::merge(uint32_t a, uint32_t b) {
     slot_[a] = slot_[b] = k_none;
     slot_.push_back(slot);
     unions_.push_back({a, b, moments_[slot].normal});
-    Candidate candidate;
     for (const Neighbour& n : joined_) {
         const uint32_t other = slot_[n.id];
         Neighbour* const end =
             std::remove_if(neighbours_.begin(other), neighbours_.end(other),
                            [=](const Neighbour& x) { return x.id == a || x.id == b; });
-        *end = {c, n.shared}; // at least one was removed
+        *end = {c, 0, n.shared}; // at least one was removed
         neighbours_.shorten(other, uint32_t(end + 1 - neighbours_.begin(other)));
-        if (weigh(n.id, c, n.shared, candidate))
-            heap_.push(candidate);
     }
+    Candidate best;
+    if (weigh_all(c, best))
+        heap_.push(best);
 }
 
 /// Orders the triangles so that those of every region are consecutive.
