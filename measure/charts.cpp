@@ -147,10 +147,52 @@ private:
     std::vector<Side> sides_;
 };
 
+/// Shape: per triangle, 1 if its polygon encloses nothing because every side of it runs back along
+/// another: a line, a spike, or all corners in one place. `same_place`: per vertex.
+std::vector<uint8_t> find_spikes(const Layout& layout, const std::vector<uint32_t>& same_place) {
+    struct Edge {
+        uint32_t low, high;
+        int turn; ///< 1 if it runs from low to high, else -1
+    };
+    std::vector<uint8_t> is_spike(layout.triangle_count(), 0);
+    std::vector<Edge> edges;
+    const auto encloses_nothing = [&edges] {
+        std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) {
+            return a.low != b.low ? a.low < b.low : a.high < b.high;
+        });
+        int turns = 0; // of the edges between the same two places so far
+        for (size_t i = 0; i < edges.size(); ++i) {
+            const bool begins =
+                i == 0 || edges[i].low != edges[i - 1].low || edges[i].high != edges[i - 1].high;
+            if (begins && turns != 0)
+                return false;
+            turns += edges[i].turn;
+        }
+        return turns == 0;
+    };
+    for (uint32_t first = 0, last; first < layout.triangle_count(); first = last) {
+        edges.clear();
+        for (last = first; last < layout.triangle_count() &&
+                           layout.triangle_polygon[last] == layout.triangle_polygon[first];
+             ++last)
+            for (uint32_t k = 0; k < 3; ++k) {
+                const uint32_t* const corners = &layout.triangle_corners[3 * last];
+                const uint32_t a = same_place[layout.corner_vertex[corners[k]]];
+                const uint32_t b = same_place[layout.corner_vertex[corners[(k + 1) % 3]]];
+                if (a != b)
+                    edges.push_back({std::min(a, b), std::max(a, b), a < b ? 1 : -1});
+            }
+        if (encloses_nothing())
+            std::fill(is_spike.begin() + first, is_spike.begin() + last, uint8_t{1});
+    }
+    return is_spike;
+}
+
 class ChartFinder {
 public:
     explicit ChartFinder(const Layout& layout)
-        : layout_(layout), edges_(layout), sets_(layout.triangle_count()) {}
+        : layout_(layout), edges_(layout), is_spike_(find_spikes(layout, edges_.same_place())),
+          sets_(layout.triangle_count()) {}
 
     ChartTable find() {
         edges_.for_each_edge([&](uint32_t low, const Side* first, const Side* last) {
@@ -164,11 +206,21 @@ public:
     }
 
 private:
+    /// Whether triangles meet at the edge whose UVs do not agree, but for spikes: those lie on the
+    /// UVs of any of their neighbours.
+    bool is_seam(const Side* first, const Side* last) const {
+        const auto counts = [this](const Side& side) { return !is_spike_[side.half_edge / 3]; };
+        const Side* const one = std::find_if(first, last, counts);
+        bool is_shared = false, differs = false;
+        for (const Side* side = one; side < last; ++side) {
+            is_shared |= counts(*side) && side->half_edge / 3 != one->half_edge / 3;
+            differs |= counts(*side) && !same_uvs(*side, *one);
+        }
+        return is_shared && differs;
+    }
+
     void visit_edge(uint32_t low, const Side* first, const Side* last) {
-        const bool is_shared = std::any_of(first, last, [first](const Side& side) {
-            return side.half_edge / 3 != first->half_edge / 3;
-        });
-        if (is_shared && !same_uvs(*first, last[-1])) {
+        if (is_seam(first, last)) {
             table_.seam_length += edge_length(layout_, low, first->far_vertex);
             ++table_.seam_edges;
         }
@@ -278,6 +330,7 @@ private:
 
     const Layout& layout_;
     EdgeTable edges_;
+    const std::vector<uint8_t> is_spike_; ///< per triangle
     Sets sets_;
     ChartTable table_;
 };

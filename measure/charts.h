@@ -2,7 +2,8 @@
 ///
 /// Two triangles are connected if they share a 3D edge (compared by the positions of its ends, not
 /// by vertex index) and their UVs are equal at both ends. Charts are the connected components. An
-/// edge of two or more triangles whose UVs do not all agree is a seam.
+/// edge of two or more triangles whose UVs do not all agree is a seam. Polygons that enclose
+/// nothing because every side of them runs back along another make none.
 #pragma once
 
 #include "measure/layout.h"

@@ -65,6 +65,27 @@ TEST(Charts, EdgeOfThreeTrianglesIsASeamIfOneHasDifferentUvs) {
     EXPECT_DOUBLE_EQ(charts.seam_length, 2.0);
 }
 
+TEST(Charts, PolygonThatRunsBackAlongItselfMakesNoSeam) {
+    Layout layout = strip(2, 0.0f);
+    // Hangs on the side between the quads; the last corner but one is a place of the first quad.
+    add_face(layout, {2, 3, 1, 3},
+             {{0.0625f, 0}, {0.0625f, 0.0625f}, {0.0625f, 0.03f}, {0.0625f, 0.0625f}});
+    add_face(layout, {4, 5, 5}, {{0.5f, 0}, {0.5f, 0.5f}, {0.5f, 0.5f}});
+    EXPECT_EQ(find_charts(layout).seam_edges, 0u);
+    layout.uvs[2 * 4 + 1] = -0.01f; // lower left corner of the second quad
+    EXPECT_EQ(find_charts(layout).seam_edges, 1u);
+}
+
+TEST(Charts, PolygonThatRunsBackAlongABridgeToItsHoleMakesSeamsLikeAnyOther) {
+    Layout layout = strip(1, 0.0f);
+    layout.positions.insert(layout.positions.end(), {0.2f, 0.5f, 0, 0.4f, 0.5f, 0});
+    // From the quad's upper side around it and back along the edge from vertex 0 to vertex 4.
+    layout.positions.insert(layout.positions.end(), {-1, 0, 0, -1, 1, 0});
+    add_face(layout, {0, 1, 7, 6, 0, 4},
+             {{0.5f, 0}, {0.5f, 1}, {0.1f, 1}, {0.1f, 0}, {0.5f, 0}, {0.3f, 0.5f}});
+    EXPECT_EQ(find_charts(layout).seam_edges, 1u); // that of vertices 0 and 1
+}
+
 TEST(Charts, MeshBordersAreNotSeams) {
     const ChartTable charts = find_charts(one_quad(rectangle(0, 0, 1, 1), rectangle(0, 0, 1, 1)));
     EXPECT_EQ(charts.seam_edges, 0u);
