@@ -3,6 +3,7 @@
 #include "host/script/value.h"
 
 #include <cstdio>
+#include <type_traits>
 
 namespace window {
 namespace {

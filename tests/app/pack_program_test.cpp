@@ -387,6 +387,25 @@ TEST_F(PackProgram, MeshWithoutCoordinatesIsSentToUnwrap) {
         << ended.err;
 }
 
+TEST_F(PackProgram, TilesThatCannotHoldTheDensityAreTold) {
+    const std::string square = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\n"
+                               "vt 0 1\nf 1/1 2/2 3/3 4/4\n";
+    const Words words = {"pack",     dir.put("m.obj", square),
+                         "-o",       dir.path("o.obj"),
+                         "--width",  "64",
+                         "--height", "64",
+                         "--tiles",  "2",
+                         "--density"};
+    Words much = words, little = words;
+    much.push_back("100");
+    little.push_back("50");
+    const Ended ended = run(much);
+    EXPECT_EQ(5, ended.code);
+    EXPECT_NE(std::string::npos,
+              ended.err.find("2 tiles are too small for the charts at this density"));
+    EXPECT_EQ(0, run(little).code);
+}
+
 TEST_F(PackProgram, HelpTellsTheOptions) {
     const Ended ended = run({"pack", "--help"});
     EXPECT_EQ(0, ended.code);
