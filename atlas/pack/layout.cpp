@@ -1,5 +1,7 @@
 #include "atlas/pack/layout.h"
 
+#include "atlas/parallel.h"
+
 #include <algorithm>
 
 namespace tessora::atlas {
@@ -86,6 +88,22 @@ void MaskSet::reset(const Page& page, double scale) {
             for (Mask& mask : *slot)
                 mask.width = 0;
     masks_.resize(chains_.shapes.size() * k_fine);
+    drawn_ = false;
+}
+
+void MaskSet::draw(const Plan& plan) {
+    constexpr size_t k_many = 256, k_at_once = 32;
+    if (drawn_ || executor_ == nullptr || plan.order.size() < k_many)
+        return;
+    drawn_ = true;
+    WorkspacePool<MaskWork> works(work_);
+    parallel_for(executor_, (plan.order.size() + k_at_once - 1) / k_at_once, [&](size_t block) {
+        const auto work = works.lease([] { return std::make_unique<MaskWork>(); });
+        const size_t end = std::min(plan.order.size(), (block + 1) * k_at_once);
+        for (size_t i = block * k_at_once; i < end; ++i)
+            for (uint32_t quarter = 0; quarter < plan.quarters; ++quarter)
+                mask(plan, plan.order[i], quarter, *work);
+    });
 }
 
 Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const {
@@ -97,15 +115,20 @@ Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const 
 }
 
 const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter) {
+    return mask(plan, chart, quarter, work_);
+}
+
+/// May be called for several charts at the same time.
+const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter, MaskWork& work) {
     std::unique_ptr<Quarters>& slot = masks_[size_t(chart) * k_fine + plan.fine_turn[chart]];
     if (slot == nullptr)
         slot = std::make_unique<Quarters>();
     if ((*slot)[0].width == 0)
         draw_mask(chains_, chains_.shapes[chart], turn_of(plan, chart, 0), scale_, radius_,
-                  (*slot)[0], work_);
+                  (*slot)[0], work);
     Mask& mask = (*slot)[quarter];
     if (mask.width == 0)
-        turn_mask((*slot)[0], quarter, mask, work_);
+        turn_mask((*slot)[0], quarter, mask, work);
     return mask;
 }
 
@@ -130,6 +153,7 @@ uint32_t& LayoutMaker::start_row(const Mask& mask) {
 /// Fills remaining_; returns the number of cells of all masks, 0 if asked to stop.
 double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
     double cells = 0;
+    masks.draw(plan);
     remaining_.assign(plan.order.size() + 1, {});
     for (size_t i = plan.order.size(); i-- > 0;) {
         if (is_stopped_at(i))

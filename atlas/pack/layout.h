@@ -63,14 +63,17 @@ struct Plan {
     bool skip_full_rows = false;    ///< skip rows where charts of about the same size did not fit
 };
 
-/// Masks of all charts at one scale, drawn on first use.
+/// Masks of all charts at one scale, drawn on first use, or all at once.
 class MaskSet {
 public:
     /// A rotation of a chart is a fine turn followed by quarter turns.
     static constexpr uint32_t k_quarters = 4, k_fine = 8;
 
-    explicit MaskSet(const ChartChains& chains) : chains_(chains) {}
+    explicit MaskSet(const ChartChains& chains, ParallelFor executor = nullptr)
+        : chains_(chains), executor_(executor) {}
     void reset(const Page& page, double scale);
+    /// Draws the masks that a layout of many charts reads first, on the executor if there is one.
+    void draw(const Plan& plan);
     const Mask& mask(const Plan& plan, uint32_t chart, uint32_t quarter);
     Turn turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const;
     /// The slot of a chart whose mask's lower left cell is (x, y).
@@ -81,12 +84,16 @@ public:
 private:
     using Quarters = std::array<Mask, k_quarters>;
 
+    const Mask& mask(const Plan& plan, uint32_t chart, uint32_t quarter, MaskWork& work);
+
     const ChartChains& chains_;
+    const ParallelFor executor_;
     /// Per chart and fine turn; null before its first use. Masks of width 0 are not drawn yet at
     /// this scale, but have their memory from former ones.
     std::vector<std::unique_ptr<Quarters>> masks_;
     MaskWork work_;
     double texel_scale_ = 0, scale_ = 0, radius_ = 0;
+    bool drawn_ = false; ///< draw() was called at this scale
 };
 
 /// Makes layouts; keeps its memory between them.

@@ -431,7 +431,7 @@ private:
         const Page page = this->page(cells);
         double scale = found_ ? std::min(max_scale_, packing_.scale * 1.02) : scale_;
         const ChartChains fine = simplify(chains_, k_simplify_cells / (scale * page.density));
-        MaskSet masks(fine);
+        MaskSet masks(fine, options_.executor);
         double low = found_ ? packing_.scale : 0, high = max_scale_ * 1.0001;
         for (int i = 0; i < tries || (!found_ && i < k_max_tries); ++i) {
             if (stopped(done + 0.2 * i / tries))

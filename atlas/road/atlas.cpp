@@ -150,7 +150,8 @@ PackOptions pack_options(const ChartingCall& call, ProgressMeter& progress) {
     options.gutter = call.options.gutter;
     options.quality = call.options.quality;
     options.triangles = call.triangles_with_area();
-    options.executor = call.options.executor;
+    options.executor =
+        options.triangles < call.options.min_parallel ? nullptr : call.options.executor;
     options.proceed = [&](double fraction) { return progress.advance(fraction); };
     return options;
 }

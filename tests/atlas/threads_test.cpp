@@ -17,7 +17,7 @@ std::vector<TestMesh> meshes() {
             cylinder(24, 8, false), sphere(16),
             torus(16, 32),          moebius(24),
             fan(12, 1.5),           washer(4),
-            pierced_plate(3),       loose_triangles(200)};
+            pierced_plate(3),       loose_triangles(300)};
 }
 
 void expect_same(const Result& a, const Result& b) {
