@@ -69,16 +69,20 @@ TEST_F(UndoTest, UndoBackToTheSavedStateMakesTheSceneUnmodified) {
 
 TEST_F(UndoTest, JoinedEntriesAreOneStep) {
     Slot& input = plug(add("scaleNode"), "input");
-    for (const double value : {4, 5, 6})
-        set_input(scene, input, value);
+    Slot& other = plug(add("scaleNode"), "input");
+    set_input(scene, input, 4);
+    set_input(scene, input, 5);
+    set_input(scene, other, 7);
     undo.join_after(2); // one entry alone is left as it is
     EXPECT_EQ(3u, undo.undo_count());
     undo.join_after(1);
     EXPECT_EQ((std::vector<std::string>{"set", "set, set"}), undo.names());
     undo.undo();
     EXPECT_EQ(4.0, input.value.number());
+    EXPECT_NE(7.0, other.value.number());
     undo.redo();
-    EXPECT_EQ(6.0, input.value.number());
+    EXPECT_EQ(5.0, input.value.number());
+    EXPECT_EQ(7.0, other.value.number());
     undo.join_after(9);
     EXPECT_EQ(2u, undo.undo_count());
 }
