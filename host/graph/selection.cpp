@@ -66,9 +66,10 @@ int component_count(DagNode& shape, ComponentKind kind) {
     return 0;
 }
 
-/// Parses "[3]", "[0:7]" or "[*]" into ids; returns false on other text or ids outside 0..count-1.
+/// Parses "[3]", "[0:7]" or "[*]" into ids. `text` begins with a bracket. Returns false on other
+/// text or ids outside 0..count-1.
 bool parse_range(const std::string& text, int count, std::vector<int>& ids) {
-    if (text.size() < 3 || text.front() != '[' || text.back() != ']')
+    if (text.back() != ']')
         return false;
     const std::string inner = text.substr(1, text.size() - 2);
     int first = 0;
