@@ -427,6 +427,9 @@ def main():
     parser.add_argument("-k", metavar="TEXT", default="", help="only cases whose name contains TEXT")
     options = parser.parse_args()
     random.seed(options.seed)
+    # Jobs in the background ignore interrupts, and the program would inherit that.
+    for signum in [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]:
+        signal.signal(signum, signal.default_int_handler)
     program = str(pathlib.Path(options.program).resolve())
     failed = 0
     for group, name, function in CASES:
