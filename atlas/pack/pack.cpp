@@ -2,6 +2,7 @@
 
 #include "atlas/pack/search.h"
 #include "atlas/pack/shelves.h"
+#include "atlas/pack/single.h"
 #include "atlas/pack/straight.h"
 
 #include <algorithm>
@@ -80,39 +81,67 @@ size_t choose_axes(ChartChains& chains, const PackOptions& options, const PackRo
     return standing;
 }
 
-/// Places the charts with the turns that their shapes allow.
+/// The scales that layouts may have, in texels per chart unit.
+struct ScaleRange {
+    double least, most;
+};
+
+/// `extent`: the longest side of a chart's box.
+ScaleRange scales_for(double extent, const PackOptions& options, const PackRoom& room) {
+    // Points have no size to scale; any factor keeps them points.
+    ScaleRange range{1, 1};
+    if (extent > 0)
+        range = {k_min_extent / extent,
+                 std::sqrt(room.width * room.width + room.height * room.height) / extent};
+    if (options.max_scale > 0)
+        range.most = std::min(range.most, options.max_scale);
+    range.least = std::max(range.least, options.min_scale);
+    return range;
+}
+
+/// Places the charts `present`, each with the turns that its shape allows, around the kept ones.
+Status place(const ChartChains& chains, const std::vector<uint32_t>& present, bool kept,
+             const PackOptions& options, const PackRoom& room, ScaleRange scales,
+             Packing& packing) {
+    if (present.size() == 1 && !kept)
+        return place_single(chains, present[0], room, options.turns != Turns::none, scales.most,
+                            scales.least, packing)
+                   ? Status::ok
+                   : Status::does_not_fit;
+    const SearchResult found =
+        search_layout(chains, room, scales.most, scales.least, options, packing);
+    if (found == SearchResult::aborted)
+        return Status::aborted;
+    const bool placed =
+        found == SearchResult::found ||
+        (!kept && pack_boxes(chains, room, options.tiles, scales.most, scales.least, packing));
+    return placed ? Status::ok : Status::does_not_fit;
+}
+
 Packing lay_out(const ChartChains& chains, const PackOptions& options, const PackRoom& room) {
     Packing packing;
     packing.placements.assign(chains.shapes.size(), Placement());
-    uint64_t present = 0, kept = 0;
+    std::vector<uint32_t> present;
+    bool kept = false;
     double extent = 0;
-    for (const ChartShape& shape : chains.shapes) {
+    for (uint32_t i = 0; i < chains.shapes.size(); ++i) {
+        const ChartShape& shape = chains.shapes[i];
         if (shape.chain_begin == shape.chain_end)
             continue;
-        ++(shape.kept ? kept : present);
-        if (!shape.kept)
-            extent = std::max({extent, shape.length, shape.width});
+        kept = kept || shape.kept;
+        if (shape.kept)
+            continue;
+        present.push_back(i);
+        extent = std::max({extent, shape.length, shape.width});
     }
-    if (present == 0)
+    if (present.empty())
         return packing;
     packing.status = Status::does_not_fit;
-    if (std::min(room.width, room.height) < 1 || present / options.tiles > room.capacity)
+    const ScaleRange scales = scales_for(extent, options, room);
+    if (std::min(room.width, room.height) < 1 || present.size() / options.tiles > room.capacity ||
+        scales.most < scales.least)
         return packing;
-    // Points have no size to scale; any factor keeps them points.
-    double max_scale =
-        extent > 0 ? std::sqrt(room.width * room.width + room.height * room.height) / extent : 1;
-    double min_scale = extent > 0 ? k_min_extent / extent : 1;
-    if (options.max_scale > 0)
-        max_scale = std::min(max_scale, options.max_scale);
-    min_scale = std::max(min_scale, options.min_scale);
-    if (max_scale < min_scale)
-        return packing;
-    const SearchResult found = search_layout(chains, room, max_scale, min_scale, options, packing);
-    if (found == SearchResult::aborted)
-        packing.status = Status::aborted;
-    else if (found == SearchResult::found ||
-             (kept == 0 && pack_boxes(chains, room, options.tiles, max_scale, min_scale, packing)))
-        packing.status = Status::ok;
+    packing.status = place(chains, present, kept, options, room, scales, packing);
     if (packing.status == Status::ok)
         packing.coverage = covered(chains, packing.scale, options);
     return packing;

@@ -93,6 +93,25 @@ TEST(Pack, AFewChartsWithLittleStraightBorderTiltIfThatMakesThemLarger) {
     EXPECT_GT(straight, 0.28) << "standing on its chord it covers 0.2";
 }
 
+TEST(Pack, OneChartIsTurnedToItsLargestScale) {
+    // The largest regular triangle in a square has a side of 1.0353 times the square's.
+    PackInput set;
+    set.chart(
+        {{0, 0}, {0.8, 0.6}, {0.4 - 0.6 * 0.8660254037844386, 0.3 + 0.8 * 0.8660254037844386}});
+    const Packing packing = pack_charts(set.face(), options_of(512, 512, 2));
+    ASSERT_EQ(packing.status, Status::ok);
+    EXPECT_NEAR(packing.scale, 1.0353 * 510, 0.1);
+    expect_valid(set, options_of(512, 512, 2));
+}
+
+TEST(Pack, OneChartLargerThanTheRoomDoesNotFit) {
+    PackInput set;
+    set.box(1, 1);
+    PackOptions options = options_of(512, 512, 2);
+    options.min_scale = 511;
+    EXPECT_EQ(pack_charts(set.face(), options).status, Status::does_not_fit);
+}
+
 TEST(Pack, ALongBoxInASquareTextureStandsStraight) {
     PackInput set;
     set.chart({{0, 0}, {12, 5}, {11.5, 6.2}, {-0.5, 1.2}});
