@@ -117,7 +117,6 @@ int run_one_atlas(const UnwrapRequest& request) {
     apart.settings.density = 0.0;
     apart.settings.align = false;
     apart.settings.stack = "none";
-    apart.settings.effort = UnwrapSettingsRequest().effort;
     if (const int code = run_batch(apart, unwrapped)) {
         say("no atlas was made, because it would not hold every mesh");
         return code;

@@ -10,6 +10,7 @@
 #include "host/commands/session.h"
 #include "host/graph/edits.h"
 #include "host/graph/mesh_node.h"
+#include "host/ui/stages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -182,6 +183,7 @@ void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
     ScriptTalk talk;
     MeshScene scene;
     scene.import(mesh);
+    host::set_layout_effort(settings.effort);
     if (!host::script::Session::current().run(command_text(settings), "unwrap", false).ok)
         return fail(messages.last().empty() ? talk.last() : messages.last(),
                     messages.ran_out_of_memory(), outcome);

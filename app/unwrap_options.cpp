@@ -103,7 +103,7 @@ void add_setting_options(OptionTable& table, UnwrapSettingsRequest& s) {
               "turn every chart so that most of its straight border, or its smallest box, is "
               "parallel to the axes");
     add_stack_option(table, s.stack);
-    table.add("effort", &s.effort, "N", "time for packing, 0 to 10; each step doubles it");
+    table.add("effort", &s.effort, "N", "time for the layout, 0 to 10; each step about doubles it");
     table.heading("settings that are carried without effect:");
     table.add("charts", &s.charts, "N", "number of charts, 0 to 64; stretch alone governs");
     table.add("adjacency_method", &s.adjacency_method, "N",

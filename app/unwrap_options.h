@@ -36,7 +36,7 @@ struct UnwrapSettingsRequest {
     double density = 0.0;            ///< texels per unit of length; 0: what fits
     bool align = false;              ///< turn charts straight, and by quarters only
     std::string stack = "none";      ///< or congruent, or mirrored
-    int effort = 4;                  ///< of packing, 0 to 10
+    int effort = 4;                  ///< of cutting and packing, 0 to 10
     int texcoord = 0;                ///< glTF: the n of TEXCOORD_n
     std::string ply_uvs = "as_read"; ///< PLY: or face, or vertex
     bool each_mesh = false;          ///< a texture for each mesh of the file, not one for all

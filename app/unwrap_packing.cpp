@@ -29,12 +29,6 @@ atlas::PackSettings pack_settings(const UnwrapSettingsRequest& s) {
     return out;
 }
 
-/// True if packing has made all charts smaller.
-bool is_smaller(const atlas::PackResult& result) {
-    return std::any_of(result.charts.begin(), result.charts.end(),
-                       [](const atlas::PackedChart& chart) { return chart.scale < 1.0; });
-}
-
 int explain(const ChartList& list, const atlas::PackSettings& settings,
             const atlas::Failure& failure, std::string& reason) {
     if (failure.status == atlas::Status::out_of_memory) {
@@ -59,8 +53,7 @@ int explain(const ChartList& list, const atlas::PackSettings& settings,
 } // namespace
 
 bool wants_packing(const UnwrapSettingsRequest& s) {
-    return s.density > 0.0 || s.align || s.stack != "none" ||
-           s.effort != UnwrapSettingsRequest().effort;
+    return s.density > 0.0 || s.align || s.stack != "none";
 }
 
 int pack_again(const host::ObjDocument& document, UnwrapOutcome& outcome, ProgressDisplay& progress,
@@ -85,9 +78,6 @@ int pack_again(const host::ObjDocument& document, UnwrapOutcome& outcome, Progre
                                          : atlas::pack(list.mesh(), settings, result);
     if (failure.status != atlas::Status::ok)
         return explain(list, settings, failure, reason);
-    const bool only_effort = !fixed && !settings.align && settings.stack == atlas::Stack::none;
-    if (only_effort && is_smaller(result))
-        return exit_done;
     outcome.uvs = packed_uvs(list, result)[0];
     outcome.settings.width = static_cast<int>(settings.width);
     outcome.settings.height = static_cast<int>(settings.height);

@@ -1,5 +1,5 @@
 /// What `tessora unwrap` does with charts that the plug-in has finished: packs them again, as
-/// --density, --align, --stack and --effort ask.
+/// --density, --align and --stack ask.
 #pragma once
 
 #include "app/progress_display.h"
@@ -12,8 +12,7 @@ namespace app {
 /// True if a setting asks for it.
 bool wants_packing(const UnwrapSettingsRequest& settings);
 
-/// Replaces the outcome's UVs and, for a density, the sides of its texture. With no more than
-/// another effort asked for, the old layout stays if it is at least as dense.
+/// Replaces the outcome's UVs and, for a density, the sides of its texture.
 /// Returns an exit code, and for a failure the reason.
 int pack_again(const host::ObjDocument& document, UnwrapOutcome& outcome, ProgressDisplay& progress,
                std::string& reason);

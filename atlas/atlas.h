@@ -58,6 +58,9 @@ using StageProgress = int (*)(Stage stage, float fraction, void* user);
 /// finish too. `function` never throws.
 using ParallelFor = void (*)(size_t count, void (*function)(size_t i, void* user), void* user);
 
+/// The range of efforts is 0 to 10.
+inline constexpr int k_usual_effort = 4, k_max_effort = 10;
+
 struct Options {
     float max_stretch = 0.15f; ///< 0 = isometric only, 1 = any; limit on L2 stretch is 1/(1-s)
     uint32_t max_charts = 0;   ///< 0 = no limit; more charts than this are an error
@@ -70,6 +73,8 @@ struct Options {
     /// does so without being asked if there is more than one chart, none of them a copy, and
     /// max_stretch is below 0.5.
     bool cut_to_pack = false;
+    /// 0 to 10; every step doubles the time for packing, and more cuts for the texture are worth it
+    int effort = k_usual_effort;
     /// Callbacks come on the thread that called; null for none.
     Progress progress = nullptr;
     StageProgress stage_progress = nullptr;
@@ -171,7 +176,7 @@ struct PackSettings {
     Density density = Density::as_is;
     double texels_per_unit = 0; ///< for Density::fixed, > 0
     Stack stack = Stack::none;
-    int effort = 4; ///< 0 to 10; every step doubles the time for the search
+    int effort = k_usual_effort; ///< 0 to 10; every step doubles the time for the search
     Quality quality = Quality::quality;
     /// Callbacks and executor as in Options; the stages are packing and emission.
     Progress progress = nullptr;

@@ -1,7 +1,8 @@
 // Runs the engine on a mesh file and prints the quality of the result and the time as a CSV row.
 //
 //   atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] [--gutter G] [--cut-angle DEGREES]
-//             [--unpacked] [--check] [--cut-to-pack] [--repeat N] [--copies N] [--threads N]
+//             [--unpacked] [--check] [--cut-to-pack] [--effort N] [--repeat N] [--copies N]
+//             [--threads N]
 //             [--stages] [--header] [--dump FILE.obj]
 //
 // --check verifies the result by brute force (slow) and lists violated guarantees; --copies N puts
@@ -273,6 +274,13 @@ bool parse(int count, char** words, Request& request) {
     for (int i = 1; i < count; ++i) {
         const std::string word = words[i];
         const auto value = [&]() { return i + 1 < count ? words[++i] : words[0]; };
+        const auto is_set = [&](const char* name, bool& flag) {
+            return word == name && (flag = true);
+        };
+        if (is_set("--check", request.check) || is_set("--stages", request.stages) ||
+            is_set("--header", request.header) ||
+            is_set("--cut-to-pack", request.options.cut_to_pack))
+            continue;
         if (word == "--fast")
             request.options.quality = Quality::fast;
         else if (word == "--stretch")
@@ -285,18 +293,12 @@ bool parse(int count, char** words, Request& request) {
             request.cut_angle = std::atof(value());
         else if (word == "--unpacked")
             request.packed = false;
-        else if (word == "--check")
-            request.check = true;
         else if (word == "--threads")
             request.options.executor = executor_of(std::atoi(value()));
-        else if (word == "--stages")
-            request.stages = true;
-        else if (word == "--header")
-            request.header = true;
-        else if (word == "--cut-to-pack")
-            request.options.cut_to_pack = true;
         else if (word == "--repeat")
             request.repeat = std::atoi(value());
+        else if (word == "--effort")
+            request.options.effort = std::atoi(value());
         else if (word == "--copies")
             request.copies = std::atoi(value());
         else if (word == "--dump")
@@ -383,10 +385,12 @@ int run(const Request& request) {
 int main(int count, char** words) {
     Request request;
     if (!parse(count, words, request)) {
-        std::fprintf(stderr, "usage: atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] "
-                             "[--gutter G] [--cut-angle DEGREES] [--unpacked] [--check] "
-                             "[--cut-to-pack] [--repeat N] [--copies N] [--threads N] [--stages] "
-                             "[--header] [--dump FILE.obj]\n");
+        std::fprintf(
+            stderr,
+            "usage: atlas_run MESH.obj [--fast] [--stretch S] [--size WxH] "
+            "[--gutter G] [--cut-angle DEGREES] [--unpacked] [--check] "
+            "[--cut-to-pack] [--effort N] [--repeat N] [--copies N] [--threads N] [--stages] "
+            "[--header] [--dump FILE.obj]\n");
         return 2;
     }
     return run(request);

@@ -179,27 +179,57 @@ namespace {
 
 // docs/atlas.md, "Cutting for the texture", explains these.
 
-/// Charts that cover so much of the texture are not cut unasked; from the second on they are not
-/// cut through the middle.
-constexpr double k_well_filled = 0.76, k_fairly_filled = 0.74;
+/// What a cut must be worth. Lengths and areas are in units in which the area of all charts is 1.
+struct CutTerms {
+    /// Charts that cover so much of the texture are not cut unasked; from the second on they are
+    /// not cut through the middle, from the third on not halved.
+    double well_filled = 0.76, fairly_filled = 0.74, poorly_filled = 0.72;
+    /// A line must save so much void, and so much per length. Charts of less area are not cut.
+    double least_saving = 0.01, least_rate = 0.09, least_share = 0.03;
+    /// Factor by which each cut through the middle must raise coverage.
+    double min_growth = 1.05;
+    /// The coverage that halving a chart must gain: so much, and so much per length of the cut.
+    double least_gain = 0.015, gain_per_length = 0.03;
+    /// Only charts of this area are halved, and only so many of the largest are tried.
+    double halved_share = 0.1;
+    size_t most_halved = 3;
+    uint32_t max_cuts = 24;
+    /// The coverage that each cut along a line must gain, if they are judged a few at a time.
+    double gain_per_cut = 0.001;
 
-/// A line must save this share of the area of all charts in void, and so much void per length, in
-/// units in which the area of all charts is 1. Charts with a smaller share of it are not cut.
-constexpr double k_least_saving = 0.01, k_least_rate = 0.09, k_least_share = 0.03;
+    /// The more effort, the less a cut must be worth. `effort` as in Options.
+    static CutTerms of(int effort) {
+        CutTerms terms;
+        if (effort <= k_usual_effort) {
+            terms.max_cuts = terms.max_cuts * uint32_t(effort) / k_usual_effort;
+            return terms;
+        }
+        const double more = double(effort - k_usual_effort) / (k_max_effort - k_usual_effort);
+        const auto towards = [&](double& term, double end) { term += more * (end - term); };
+        towards(terms.well_filled, 0.9);
+        towards(terms.fairly_filled, 0.86);
+        towards(terms.poorly_filled, 0.84);
+        towards(terms.least_saving, 0.004);
+        towards(terms.least_rate, 0.04);
+        towards(terms.least_share, 0.015);
+        towards(terms.min_growth, 1.02);
+        towards(terms.least_gain, 0.004);
+        towards(terms.gain_per_length, 0.008);
+        towards(terms.halved_share, 0.04);
+        terms.most_halved += size_t(more * 5);
+        terms.max_cuts += uint32_t(more * 40);
+        return terms;
+    }
+};
 
-/// Factor by which each cut through the middle must raise coverage.
-constexpr double k_min_growth = 1.05;
-/// Number of these that are tried together before they are undone.
+/// Cuts along lines are given up when so many more than those that paid, and as many again, do not.
+constexpr uint32_t k_hopeless_cuts = 6;
+/// Halving that gains so much more than it must is done without looking at other charts.
+constexpr double k_plenty = 0.03;
+/// Number of cuts through the middle that are tried together before they are undone.
 constexpr uint32_t k_max_pending = 3;
-/// The search ends after so many cuts, or so many failed groups of cuts through the middle in a
-/// row.
-constexpr uint32_t k_max_cuts = 24, k_max_failures = 2;
-/// Charts that cover less of the texture are halved if the layout then gains this much, plus so
-/// much per length of the cut in units in which the area of all charts is 1. Only charts with a
-/// share of that area are halved, the largest ones.
-constexpr double k_poorly_filled = 0.72, k_least_gain = 0.015, k_gain_per_length = 0.03;
-constexpr double k_halved_share = 0.1;
-constexpr size_t k_most_halved = 3;
+/// The search for these ends after so many failed groups in a row.
+constexpr uint32_t k_max_failures = 2;
 /// Charts are cut through the middle if they waste at least this share of the whole area, which is
 /// the most that a cut can gain.
 constexpr double k_min_waste = 0.05;
@@ -226,24 +256,24 @@ uint32_t most_wasteful(const ChartSet& set, const std::vector<uint8_t>& tried) {
 }
 
 /// The charts that are worth halving, the largest first.
-std::vector<uint32_t> largest_charts(const ChartSet& set) {
+std::vector<uint32_t> largest_charts(const ChartSet& set, const CutTerms& terms) {
     std::vector<uint32_t> found;
     for (uint32_t a = 0; a < set.charts.size(); ++a)
         if (set.charts[a].alive &&
-            set.charts[a].stretch.area >= k_halved_share * set.surface.total_area)
+            set.charts[a].stretch.area >= terms.halved_share * set.surface.total_area)
             found.push_back(a);
     std::stable_sort(found.begin(), found.end(), [&](uint32_t a, uint32_t b) {
         return set.charts[a].stretch.area > set.charts[b].stretch.area;
     });
-    found.resize(std::min(found.size(), k_most_halved));
+    found.resize(std::min(found.size(), terms.most_halved));
     return found;
 }
 
 /// Cuts charts along lines, those that save most void per length first.
 class LineCutter {
 public:
-    explicit LineCutter(ChartCutter& cutter)
-        : cutter_(cutter), set_(cutter.set()), area_(set_.surface.total_area),
+    LineCutter(ChartCutter& cutter, const CutTerms& terms)
+        : cutter_(cutter), terms_(terms), set_(cutter.set()), area_(set_.surface.total_area),
           unit_(std::sqrt(area_)) {
         for (uint32_t chart = 0; chart < set_.charts.size(); ++chart)
             list_lines(chart);
@@ -273,13 +303,14 @@ private:
     };
 
     bool pays(double saved, double length) const {
-        return saved >= k_least_saving * area_ && saved >= k_least_rate * length * unit_;
+        return saved >= terms_.least_saving * area_ && saved >= terms_.least_rate * length * unit_;
     }
     void list_lines(uint32_t chart) {
-        if (!set_.charts[chart].alive || set_.charts[chart].stretch.area < k_least_share * area_)
+        if (!set_.charts[chart].alive ||
+            set_.charts[chart].stretch.area < terms_.least_share * area_)
             return;
         set_.outline(set_.charts[chart], outline_);
-        for (const CutCandidate& candidate : find_cut_lines(outline_, k_least_saving * area_))
+        for (const CutCandidate& candidate : find_cut_lines(outline_, terms_.least_saving * area_))
             if (pays(candidate.saved, candidate.length))
                 lines_.push_back({chart, candidate});
     }
@@ -309,6 +340,7 @@ private:
     }
 
     ChartCutter& cutter_;
+    const CutTerms& terms_;
     const ChartSet& set_;
     const double area_, unit_;
     std::vector<Line> lines_;
@@ -319,25 +351,28 @@ private:
 class CutSearch {
 public:
     CutSearch(ChartCutter& cutter, const CutOptions& options, const std::function<double()>& pack)
-        : cutter_(cutter), set_(cutter.set()), pack_(pack), options_(options) {
+        : cutter_(cutter), set_(cutter.set()), pack_(pack), options_(options),
+          terms_(CutTerms::of(options.effort)) {
         for (const Chart& chart : set_.charts)
             charts_before_ += chart.alive;
     }
     void run() {
-        LineCutter lines(cutter_);
+        LineCutter lines(cutter_, terms_);
         tried_.assign(set_.charts.size(), 0);
         if (!lines.has_lines() && most_wasteful(set_, tried_) == k_none &&
-            largest_charts(set_).size() < 2)
+            largest_charts(set_, terms_).size() < 2)
             return; // one chart, nearly, and it fills a square
 
         coverage_ = pack_();
-        if (!(coverage_ > 0) || (coverage_ >= k_well_filled && !options_.always))
+        if (!(coverage_ > 0) || (coverage_ >= terms_.well_filled && !options_.always))
             return;
-        if (lines.has_lines())
+        if (lines.has_lines() && options_.effort <= k_usual_effort)
             cut_along(lines);
-        if (coverage_ > 0 && (coverage_ < k_fairly_filled || options_.always))
+        else if (lines.has_lines())
+            cut_along_gradually(lines);
+        if (coverage_ > 0 && (coverage_ < terms_.fairly_filled || options_.always))
             cut_middles();
-        while (coverage_ > 0 && coverage_ < k_poorly_filled && room() > 0)
+        while (coverage_ > 0 && coverage_ < terms_.poorly_filled && room() > 0)
             if (!halve_one())
                 break;
     }
@@ -345,7 +380,8 @@ public:
 private:
     uint32_t room() const {
         const size_t charts = charts_before_ + cuts_ + pending_;
-        const uint32_t left = k_max_cuts > cuts_ + pending_ ? k_max_cuts - cuts_ - pending_ : 0;
+        const uint32_t left =
+            terms_.max_cuts > cuts_ + pending_ ? terms_.max_cuts - cuts_ - pending_ : 0;
         if (options_.max_charts == 0)
             return left;
         return charts < options_.max_charts ? std::min(left, uint32_t(options_.max_charts - charts))
@@ -370,10 +406,37 @@ private:
         }
     }
 
+    /// Cuts along lines, a few at a time, for as long as coverage grows now and then; keeps the
+    /// cuts up to the best layout.
+    void cut_along_gradually(LineCutter& lines) {
+        double best = coverage_;
+        uint32_t made = 0;
+        while (made <= 2 * cuts_ + k_hopeless_cuts) {
+            const uint32_t left = room() - std::min(room(), made - cuts_);
+            const uint32_t now = lines.run(std::min(left, 1 + made / 4));
+            if (now == 0)
+                break;
+            made += now;
+            const double coverage = pack_();
+            if (!(coverage > 0)) { // the caller stops
+                best = cuts_ = 0;
+                break;
+            }
+            if (coverage - best > terms_.gain_per_cut * double(made - cuts_)) {
+                best = coverage;
+                cuts_ = made;
+            }
+        }
+        for (; made > cuts_; --made)
+            cutter_.undo();
+        cutter_.accept();
+        coverage_ = best;
+    }
+
     void cut_middles() {
         wanted_ = coverage_;
         tried_.assign(set_.charts.size(), 0);
-        while (failures_ < k_max_failures && cuts_ < k_max_cuts) {
+        while (failures_ < k_max_failures && cuts_ < terms_.max_cuts) {
             const uint32_t chart = room() > 0 ? most_wasteful(set_, tried_) : k_none;
             if (chart == k_none) {
                 undo_pending();
@@ -389,7 +452,7 @@ private:
     void lay_out() {
         ++pending_;
         tried_.resize(set_.charts.size(), 0);
-        wanted_ *= k_min_growth;
+        wanted_ *= terms_.min_growth;
         const double now = pack_();
         if (now >= wanted_) {
             cutter_.accept();
@@ -416,7 +479,7 @@ private:
         uint32_t best_chart = k_none;
         CutLine best_line;
         double best_gain = 0, best_coverage = 0;
-        for (uint32_t chart : largest_charts(set_)) {
+        for (uint32_t chart : largest_charts(set_, terms_)) {
             const CutLine along = cutter_.middle_line(chart);
             for (const CutLine& line :
                  {along, cutter_.middle_line(chart, {-along.axis.y, along.axis.x})}) {
@@ -429,21 +492,27 @@ private:
                 cutter_.undo();
                 if (!(now > 0))
                     return false; // the caller stops
-                const double gain = now - coverage_ - k_least_gain -
-                                    k_gain_per_length * length / std::sqrt(set_.surface.total_area);
+                const double gain =
+                    now - coverage_ - terms_.least_gain -
+                    terms_.gain_per_length * length / std::sqrt(set_.surface.total_area);
                 if (gain <= best_gain)
                     continue;
                 best_gain = gain;
                 best_coverage = now;
                 best_chart = chart;
                 best_line = line;
+                if (gain >= k_plenty)
+                    return accept_half(best_chart, best_line, best_coverage);
             }
         }
-        if (best_chart == k_none || !cutter_.cut(best_chart, best_line))
+        return best_chart != k_none && accept_half(best_chart, best_line, best_coverage);
+    }
+    bool accept_half(uint32_t chart, const CutLine& line, double coverage) {
+        if (!cutter_.cut(chart, line))
             return false;
         cutter_.accept();
         ++cuts_;
-        coverage_ = best_coverage;
+        coverage_ = coverage;
         return true;
     }
 
@@ -451,6 +520,7 @@ private:
     const ChartSet& set_;
     const std::function<double()>& pack_;
     const CutOptions options_;
+    const CutTerms terms_;
     double coverage_ = 0, wanted_ = 0; ///< of the last accepted layout; what the pending cuts must
                                        ///< reach
     std::vector<uint8_t> tried_; ///< per chart: whether it was cut since the last accepted cut

@@ -66,8 +66,9 @@ private:
 };
 
 struct CutOptions {
-    uint32_t max_charts = 0; ///< limits the number of charts; 0: no limit
-    bool always = false;     ///< also where the charts fill the texture well as they are
+    uint32_t max_charts = 0;     ///< limits the number of charts; 0: no limit
+    bool always = false;         ///< also where the charts fill the texture well as they are
+    int effort = k_usual_effort; ///< as in Options; the more, the less a cut must be worth
 };
 
 /// Cuts charts for as long as that lets all charts grow by enough. `pack` lays out the current

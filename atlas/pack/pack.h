@@ -46,6 +46,8 @@ struct PackOptions {
     uint64_t triangles = 0;         ///< of the whole mesh; larger meshes get more search effort
     bool quick = false; ///< a quick layout, which tells about how large the charts can be
     double effort = 1;  ///< factor on the search effort
+    double wanted = 0;  ///< coverage; where the first search stays so far below that it is out of
+                        ///< reach, its layout is the result
     Turns turns = Turns::any;
     bool align = false;   ///< with Turns::any: charts are turned straight first, see ChartShape
     uint32_t tiles = 1;   ///< textures of the same size that the charts may be spread over
@@ -56,6 +58,11 @@ struct PackOptions {
     /// returning false aborts.
     std::function<bool(double)> proceed;
 };
+
+/// The factor for an effort of 0 to 10, as in Options.
+inline double effort_factor(int effort) {
+    return double(1 << effort) / double(1 << k_usual_effort);
+}
 
 /// texel = scale * (cosine*x - sine*y, sine*x + cosine*y) + (x, y) of the placement, in the inner
 /// rectangle.

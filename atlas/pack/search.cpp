@@ -58,6 +58,9 @@ constexpr double k_growth = 1.004;
 /// The first such factor in nesting, which is halved by failures, and the least on exact grids.
 constexpr double k_first_growth = 1.01, k_least_growth = 1.0015;
 
+/// All that comes after the first search makes charts larger by less than this factor.
+constexpr double k_late_growth = 1.08;
+
 /// The local search restarts after this fraction of its effort, 1/k_starts, brought no gain.
 constexpr uint64_t k_starts = 6;
 
@@ -142,8 +145,12 @@ struct Tuning {
             if (!options.quick)
                 tuning.draft_effort = effort(2000000, 60);
         }
-        if (options.quick)
+        if (options.quick) {
             tuning.tries = 2;
+            tuning.inflate_effort = effort(500000, 5);
+            if (!nests && charts <= k_max_searched)
+                tuning.draft_effort = effort(1000000, 10);
+        }
         return tuning;
     }
 };
@@ -167,6 +174,8 @@ public:
         if (tuning.draft_effort > 0) {
             choose_row_direction(tuning.draft_cells);
             improve(tuning.draft_cells, tuning.draft_effort, 0.2);
+            if (found_ && !aborted_ && is_hopeless(demand))
+                return SearchResult::found;
         }
         if (tuning.middle_effort > 0)
             improve(tuning.middle_cells, tuning.middle_effort, 0.5);
@@ -184,6 +193,13 @@ public:
     }
 
 private:
+    /// Whether the wanted coverage is out of reach.
+    bool is_hopeless(const Demand& demand) const {
+        const double texture = double(options_.width) * double(options_.height) * options_.tiles;
+        const double scale = packing_.scale * k_late_growth;
+        return demand.square * scale * scale < options_.wanted * texture;
+    }
+
     /// The area that charts and their gutters fill at the first try, in texels squared.
     double room_area() const {
         double area = k_first_fill * (room_.width + room_.gutter) * (room_.height + room_.gutter) *

@@ -15,7 +15,8 @@ Failure check_options(const Options& options, bool packs) {
     const bool stretch_ok = options.max_stretch >= 0 && options.max_stretch <= 1;
     const bool pack_ok = options.width > 0 && options.height > 0 && options.gutter >= 0 &&
                          std::isfinite(options.gutter);
-    if (!stretch_ok || (packs && !pack_ok))
+    const bool effort_ok = options.effort >= 0 && options.effort <= k_max_effort;
+    if (!stretch_ok || !effort_ok || (packs && !pack_ok))
         return {Status::invalid_argument, k_none};
     return {};
 }
@@ -128,11 +129,19 @@ bool may_cut(const ChartingCall& call) {
 /// gain is more than a thorough layout gains on a quick one.
 void cut_to_pack(ChartingCall& call, PackOptions options) {
     options.quick = true;
-    cut_charts(*call.stages, {call.options.max_charts, call.options.cut_to_pack}, [&] {
+    options.effort = effort_factor((call.options.effort + k_usual_effort) / 2); // many layouts
+    CutOptions cut;
+    cut.max_charts = call.options.max_charts;
+    cut.always = call.options.cut_to_pack;
+    cut.effort = call.options.effort;
+    cut_charts(*call.stages, cut, [&] {
         if (!call.finish().empty())
             return 0.0; // a copy cannot follow the latest cut
         const Packing packing = pack_finished(call.finished, options);
-        return packing.status == Status::ok ? packing.coverage : 0.0;
+        if (packing.status != Status::ok)
+            return 0.0;
+        options.wanted = std::max(options.wanted, packing.coverage);
+        return packing.coverage;
     });
     call.finish();
 }
@@ -149,6 +158,7 @@ PackOptions pack_options(const ChartingCall& call, ProgressMeter& progress) {
     options.height = call.options.height;
     options.gutter = call.options.gutter;
     options.quality = call.options.quality;
+    options.effort = effort_factor(call.options.effort);
     options.triangles = call.triangles_with_area();
     options.executor =
         options.triangles < call.options.min_parallel ? nullptr : call.options.executor;
@@ -182,53 +192,75 @@ Failure lay_out(ChartingCall& call, double share, Layout& layout) {
     return {status, status == Status::does_not_fit ? layout.charts.chart_count() : k_none};
 }
 
-/// Lays out as fast mode would, for a caller in fast mode as well. The calling meter's part
-/// advances by all stages of it.
-Failure lay_out_fast(const Mesh& mesh, const Options& options, ProgressMeter& progress,
-                     Layout& layout) {
-    Options fast = options;
-    fast.quality = Quality::fast;
-    fast.progress = nullptr;
-    fast.user = &progress;
-    fast.stage_progress = [](Stage stage, float fraction, void* user) {
+/// Lays out with other options than the caller's. The calling meter's part advances by all stages
+/// of it.
+Failure lay_out_other(const Mesh& mesh, Options other, ProgressMeter& progress, Layout& layout) {
+    other.progress = nullptr;
+    other.user = &progress;
+    other.stage_progress = [](Stage stage, float fraction, void* user) {
         const double done = ProgressMeter::whole(stage, double(fraction));
         return static_cast<ProgressMeter*>(user)->advance(done) ? 0 : 1;
     };
-    ChartingCall call(mesh, fast, true);
+    ChartingCall call(mesh, other, true);
     return lay_out(call, 1, layout);
 }
 
-/// Whether all of the mesh, or what its copies repeat, unfolds without stretch as one chart.
+/// What quality mode tries beside the caller's options: fast mode, and with more effort also less
+/// stretch, which gives other charts.
+std::vector<Options> others_than(const Options& options) {
+    constexpr std::pair<int, float> k_less_stretch[] = {{6, 0.6f}, {8, 0.35f}};
+    std::vector<Options> others = {options};
+    others[0].quality = Quality::fast;
+    for (const auto& [effort, factor] : k_less_stretch)
+        if (options.effort >= effort) {
+            others.push_back(options);
+            others.back().max_stretch *= factor;
+        }
+    return others;
+}
+
+/// Whether the mesh, which may be double-sided, unfolds without stretch as one chart.
 bool is_net(const FinishedCharts& charts) {
     constexpr double k_no_stretch = 1e-3;
-    return charts.worst_l2.size() == 1 &&
+    return charts.worst_l2.size() == 1 && charts.chart_count() <= 2 &&
            std::all_of(charts.chart_stretch.begin(), charts.chart_stretch.end(),
                        [](double stretch) { return stretch < k_no_stretch; });
 }
 
-/// Lays out in quality mode, which is never below fast mode: takes that one's layout if it covers
-/// more, or as much with fewer charts, or if there is no other. A net stays whole, however badly it
-/// fills the texture: that is what the user expects of a cube.
+/// Takes over the layout that covers more of the texture, or as much with fewer charts.
+void take_better(Layout& layout, Layout& other) {
+    const double more = other.packing.coverage - layout.packing.coverage;
+    const bool fewer = other.charts.chart_count() < layout.charts.chart_count();
+    if (more > (fewer ? -k_equal_coverage : 0))
+        layout = std::move(other);
+}
+
+/// Compares the layout in quality mode with others, so that it is never below that of fast mode. A
+/// net stays whole, however badly it fills the texture: that is what the user expects of a cube.
 Failure lay_out_best(const Mesh& mesh, const Options& options, ProgressMeter& progress,
-                     Failure failure, Layout& layout) {
-    const bool short_of_room =
-        failure.status == Status::does_not_fit || failure.status == Status::chart_limit;
-    if (failure.status != Status::ok && !short_of_room)
+                     double share, Failure failure, Layout& layout) {
+    if (failure.status == Status::ok &&
+        (layout.packing.coverage >= k_surely_filled || is_net(layout.charts)))
         return failure;
-    if (!short_of_room && (layout.packing.coverage >= k_surely_filled || is_net(layout.charts)))
-        return failure;
-    if (short_of_room)
+    if (failure.status == Status::chart_limit)
         progress.stage(Stage::packing);
-    Layout fast;
-    const Failure other = lay_out_fast(mesh, options, progress, fast);
-    if (other.status == Status::aborted)
-        return other;
-    const double more = fast.packing.coverage - layout.packing.coverage;
-    const bool fewer = fast.charts.chart_count() < layout.charts.chart_count();
-    if (other.status != Status::ok || (!short_of_room && more <= (fewer ? -k_equal_coverage : 0)))
-        return failure;
-    layout = std::move(fast);
-    return other;
+    const std::vector<Options> others = others_than(options);
+    for (size_t i = 0; i < others.size(); ++i) {
+        if (failure.status != Status::ok && failure.status != Status::does_not_fit &&
+            failure.status != Status::chart_limit)
+            return failure;
+        progress.part(share + (1 - share) * double(i) / double(others.size()),
+                      share + (1 - share) * double(i + 1) / double(others.size()));
+        Layout other;
+        const Failure found = lay_out_other(mesh, others[i], progress, other);
+        if (found.status == Status::ok && failure.status == Status::ok)
+            take_better(layout, other);
+        else if (found.status == Status::ok)
+            layout = std::move(other);
+        if (found.status == Status::ok || found.status == Status::aborted)
+            failure = found;
+    }
+    return failure;
 }
 
 Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
@@ -237,10 +269,8 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
     ProgressMeter& progress = call.progress;
     Layout layout;
     Failure failure = lay_out(call, options.quality == Quality::fast ? 1 : k_own_share, layout);
-    if (options.quality == Quality::quality) {
-        progress.part(k_own_share, 1);
-        failure = lay_out_best(mesh, options, progress, failure, layout);
-    }
+    if (options.quality == Quality::quality)
+        failure = lay_out_best(mesh, options, progress, k_own_share, failure, layout);
     if (failure.status != Status::ok)
         return failure;
     if (!progress.stage(Stage::emission))

@@ -18,7 +18,6 @@ namespace {
 
 constexpr uint32_t k_max_tiles = 100, k_max_side = 65536;
 constexpr uint32_t k_tile_columns = 10;
-constexpr int k_usual_effort = 4, k_max_effort = 10;
 
 /// Kept charts may be this much closer than the gutter, in texels.
 constexpr double k_gap_tolerance = 0.01;
@@ -202,8 +201,7 @@ private:
         options.turns = settings_.turns;
         options.align = settings_.align;
         options.tiles = settings_.tiles;
-        for (int i = k_usual_effort; i != settings_.effort; i += i < settings_.effort ? 1 : -1)
-            options.effort *= i < settings_.effort ? 2 : 0.5;
+        options.effort = effort_factor(settings_.effort);
         if (settings_.density == Density::fixed)
             options.min_scale = options.max_scale = settings_.texels_per_unit;
         else if (has_kept_)

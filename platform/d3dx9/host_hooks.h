@@ -12,6 +12,10 @@ namespace d3dx9 {
 using StageHook = int (*)(const char* stage, float fraction);
 StageHook find_stage_hook(); ///< null if no library exports it
 
+/// `int host_layout_effort()`: how much time a layout may take, 0 to 10; 4 is usual.
+using EffortHook = int (*)();
+EffortHook find_effort_hook(); ///< null if no library exports it
+
 /// `void host_parallel_for(size_t count, void (*function)(size_t i, void* user), void* user)`: runs
 /// function(i, user) once for each i in [0, count) on any threads, the calling one included, and
 /// returns when all are done. May be called from within `function`.

@@ -15,6 +15,8 @@ void* find(const char* name) {
 
 StageHook find_stage_hook() { return reinterpret_cast<StageHook>(find("host_report_stage")); }
 
+EffortHook find_effort_hook() { return reinterpret_cast<EffortHook>(find("host_layout_effort")); }
+
 ParallelHook find_parallel_hook() {
     return reinterpret_cast<ParallelHook>(find("host_parallel_for"));
 }

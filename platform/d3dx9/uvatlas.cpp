@@ -330,6 +330,11 @@ HRESULT publish(const Call& call, const VertexFormat& format, const Input& input
 
 enum class Extent { partition_and_pack, partition };
 
+int wanted_effort() {
+    const EffortHook hook = find_effort_hook();
+    return hook != nullptr ? hook() : atlas::k_usual_effort;
+}
+
 HRESULT unwrap(const Call& call, Extent extent, atlas::Options options, Progress& progress,
                const Outputs& outputs) {
     VertexFormat format;
@@ -357,6 +362,7 @@ HRESULT unwrap(const Call& call, Extent extent, atlas::Options options, Progress
         options.stage_progress = Progress::report_stage;
     options.user = &progress;
     options.executor = find_parallel_hook();
+    options.effort = wanted_effort();
     atlas::Result result;
     std::vector<uint32_t> partition_adjacency;
     const atlas::Failure failure =

@@ -24,6 +24,8 @@ extern "C" __attribute__((visibility("default"))) int host_report_stage(const ch
     return stage_calls.calls.size() == stage_calls.stop_at;
 }
 
+extern "C" __attribute__((visibility("default"))) int host_layout_effort() { return 7; }
+
 extern "C" __attribute__((visibility("default"))) void
 host_parallel_for(size_t count, void (*function)(size_t i, void* user), void* user) {
     for (size_t i = 0; i < count; ++i)
@@ -333,6 +335,12 @@ TEST_F(UvAtlas, TheEngineGetsTheExecutorThatTheProcessExports) {
     ASSERT_EQ(create(), D3D_OK);
     expected_live_ += 3;
     EXPECT_EQ(state().options.executor, &host_parallel_for);
+}
+
+TEST_F(UvAtlas, TheEngineGetsTheEffortThatTheProcessExports) {
+    ASSERT_EQ(create(), D3D_OK);
+    expected_live_ += 3;
+    EXPECT_EQ(state().options.effort, 7);
 }
 
 TEST_F(UvAtlas, InvalidArgumentOfTheEngineIsAnInvalidCall) {
