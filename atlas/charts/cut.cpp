@@ -192,7 +192,7 @@ struct CutTerms {
     double least_gain = 0.015, gain_per_length = 0.03;
     /// Only charts of this area are halved, and only so many of the largest are tried.
     double halved_share = 0.1;
-    size_t most_halved = 3;
+    size_t most_halved = 2;
     uint32_t max_cuts = 24;
     /// The coverage that each cut along a line must gain, if they are judged a few at a time.
     double gain_per_cut = 0.001;

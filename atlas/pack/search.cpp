@@ -132,7 +132,7 @@ struct Tuning {
         tuning.inflate_effort = fast ? effort(1000000, 20) : effort(3000000, 60);
         if (nests) {
             tuning.draft_effort = options.quick ? effort(500000, 15) : effort(1000000, 10);
-            tuning.nest_effort = options.quick ? effort(2000000, 0) : effort(15000000, 0);
+            tuning.nest_effort = options.quick ? effort(1200000, 0) : effort(10000000, 0);
         } else if (charts <= k_max_searched) {
             tuning.draft_effort = fast ? effort(1000000, 30) : effort(10000000, 100);
             tuning.middle_effort = fast ? 0 : tuning.draft_effort;
