@@ -193,6 +193,10 @@ struct CutTerms {
     /// Only charts of this area are halved, and only so many of the largest are tried.
     double halved_share = 0.1;
     size_t most_halved = 2;
+    /// With more charts none is halved: there, quick layouts differ by more than a half gains.
+    uint32_t few_charts = 12;
+    /// The search for cuts through the middle ends after so many failed groups in a row.
+    uint32_t max_failures = 1;
     uint32_t max_cuts = 24;
     /// The coverage that each cut along a line must gain, if they are judged a few at a time.
     double gain_per_cut = 0.001;
@@ -217,6 +221,8 @@ struct CutTerms {
         towards(terms.gain_per_length, 0.008);
         towards(terms.halved_share, 0.04);
         terms.most_halved += size_t(more * 5);
+        terms.few_charts += uint32_t(more * 200);
+        terms.max_failures = 2;
         terms.max_cuts += uint32_t(more * 40);
         return terms;
     }
@@ -228,8 +234,6 @@ constexpr uint32_t k_hopeless_cuts = 6;
 constexpr double k_plenty = 0.03;
 /// Number of cuts through the middle that are tried together before they are undone.
 constexpr uint32_t k_max_pending = 3;
-/// The search for these ends after so many failed groups in a row.
-constexpr uint32_t k_max_failures = 2;
 /// Charts are cut through the middle if they waste at least this share of the whole area, which is
 /// the most that a cut can gain.
 constexpr double k_min_waste = 0.05;
@@ -372,7 +376,8 @@ public:
             cut_along_gradually(lines);
         if (coverage_ > 0 && (coverage_ < terms_.fairly_filled || options_.always))
             cut_middles();
-        while (coverage_ > 0 && coverage_ < terms_.poorly_filled && room() > 0)
+        while (coverage_ > 0 && coverage_ < terms_.poorly_filled && room() > 0 &&
+               charts_before_ + cuts_ <= terms_.few_charts)
             if (!halve_one())
                 break;
     }
@@ -436,7 +441,7 @@ private:
     void cut_middles() {
         wanted_ = coverage_;
         tried_.assign(set_.charts.size(), 0);
-        while (failures_ < k_max_failures && cuts_ < terms_.max_cuts) {
+        while (failures_ < terms_.max_failures && cuts_ < terms_.max_cuts) {
             const uint32_t chart = room() > 0 ? most_wasteful(set_, tried_) : k_none;
             if (chart == k_none) {
                 undo_pending();

@@ -67,9 +67,14 @@ TEST_F(ChartCutterTest, UndoRestoresEverythingInReverseOrder) {
 
 /// Cuts for layouts of these coverages, the last one for all that follow. Returns how many were
 /// asked for.
-size_t cut_for(ChartCutter& cutter, const std::vector<double>& coverages, uint32_t max_charts = 0) {
+size_t cut_for(ChartCutter& cutter, const std::vector<double>& coverages, uint32_t max_charts = 0,
+               int effort = k_usual_effort) {
     size_t asked = 0;
-    cut_for_packing(cutter, {max_charts, true},
+    CutOptions options;
+    options.max_charts = max_charts;
+    options.always = true;
+    options.effort = effort;
+    cut_for_packing(cutter, options,
                     [&] { return coverages[std::min(asked++, coverages.size() - 1)]; });
     return asked;
 }
@@ -104,13 +109,35 @@ TEST_F(ChartCutterTest, CuttingStopsAtTheChartLimit) {
     EXPECT_EQ(set->charts.size(), 4u);
 }
 
-TEST_F(ChartCutterTest, CuttingEndsAfterTwoGroupsOfCutsThatDoNotPay) {
+TEST_F(ChartCutterTest, CuttingEndsAfterAGroupOfCutsThatDoesNotPay) {
     prepare(true, 64, 128);
     for (const uint32_t chart : {0, 1, 0, 1, 2, 3})
         ASSERT_TRUE(cutter->cut(chart));
     cutter->accept();
-    EXPECT_EQ(cut_for(*cutter, {1}), 1u + 3 + 3);
+    EXPECT_EQ(cut_for(*cutter, {1}), 1u + 3);
     EXPECT_EQ(set->charts.size(), 8u);
+}
+
+TEST_F(ChartCutterTest, WithMoreEffortCuttingEndsAfterASecondGroupThatDoesNotPay) {
+    prepare(true, 64, 128);
+    for (const uint32_t chart : {0, 1, 0, 1, 2, 3})
+        ASSERT_TRUE(cutter->cut(chart));
+    cutter->accept();
+    EXPECT_EQ(cut_for(*cutter, {1}, 0, k_usual_effort + 1), 1u + 3 + 3);
+    EXPECT_EQ(set->charts.size(), 8u);
+}
+
+TEST_F(ChartCutterTest, UpToTwelveChartsAreHalved) {
+    const auto layouts_with = [&](uint32_t charts) {
+        prepare(true, 64, 128);
+        for (const uint32_t chart : {1, 2, 2, 3, 2, 3, 4, 5, 2, 3, 4})
+            EXPECT_TRUE(set->charts.size() == charts || cutter->cut(chart));
+        cutter->accept();
+        return cut_for(*cutter, {0.6});
+    };
+    const size_t not_halved = layouts_with(13);
+    EXPECT_EQ(not_halved, 1u + 3) << "of the charts as they are, and of cuts through the middle";
+    EXPECT_EQ(layouts_with(12), not_halved + 4) << "two charts, each along and across";
 }
 
 TEST_F(ChartCutterTest, NoMoreThanTwentyFourCutsAreMade) {
