@@ -105,8 +105,9 @@ class Options(unittest.TestCase):
 
     def test_quality_takes_other_ways(self):
         points, faces = sphere(24)
-        self.assertNotEqual(tessora.unwrap(points, faces).uvs.tobytes(),
-                            tessora.unwrap(points, faces, quality="quality").uvs.tobytes())
+        points = points * [4, 1, 1]
+        self.assertLess(tessora.unwrap(points, faces, quality="quality").chart_count,
+                        tessora.unwrap(points, faces).chart_count)
 
     def test_parametrize_gives_the_form_of_new_vertices(self):
         vmapping, indices, uvs = tessora.parametrize(*sphere(8))
