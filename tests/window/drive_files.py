@@ -9,7 +9,7 @@ before unsaved changes are discarded.
 import re
 import sys
 
-from window_driver import drive_on_a_screen, fail_unless, run_script, tell
+from window_driver import choose_file, drive_on_a_screen, fail_unless, run_script, tell
 
 KEEP, DISCARD = "question/Keep working", "question/Discard them"
 
@@ -18,17 +18,10 @@ def meshes(window, count):
     window.statement("size(`ls -type mesh`);", rf"Result: {count}\n")
 
 
-def choose_file(window, keys, file):
-    window.key(keys)
-    window.wait_for("file/path/active")
-    window.type(str(file))
-    window.key("Return")
-
-
 def import_a_mesh(window, scratch):
     meshes(window, 1)
     window.key("F2")
-    choose_file(window, "ctrl+i", scratch / "b.obj")
+    choose_file(window, ["ctrl+i"], scratch / "b.obj")
     window.wait_said(r"Result: b\n")
     meshes(window, 2)
     window.picture("imported")
@@ -63,21 +56,21 @@ def export(window, scratch):
     window.settle()
     meshes(window, 1)
     window.key("F2")
-    choose_file(window, "ctrl+e", scratch / "ring")
+    choose_file(window, ["ctrl+e"], scratch / "ring")
     made = scratch / "ring.obj"
     window.wait(made.exists, "the exported mesh")
     lines = made.read_text().splitlines()
     for kind in ("v ", "vt ", "f "):
         fail_unless(any(line.startswith(kind) for line in lines), f"no '{kind}' in the export")
     made.write_text("precious")
-    choose_file(window, "ctrl+e", made)
+    choose_file(window, ["ctrl+e"], made)
     window.wait_for("question/Replace it")
     window.picture("replace_question")
     window.key("Escape")
     window.wait_gone("question/Replace it")
     window.settle()
     fail_unless(made.read_text() == "precious", "a file was replaced without leave")
-    choose_file(window, "ctrl+e", made)
+    choose_file(window, ["ctrl+e"], made)
     window.click("question/Replace it")
     window.wait(lambda: made.read_text() != "precious", "the file to be replaced")
     tell("exported")
@@ -86,14 +79,14 @@ def export(window, scratch):
 def export_and_open_other_formats(window, scratch):
     window.key("F2")
     made = scratch / "ring.glb"
-    choose_file(window, "ctrl+e", made)
+    choose_file(window, ["ctrl+e"], made)
     window.wait(made.exists, "the exported GLB file")
     window.wait_for(f"status/Exported {made}")
     window.key("F2")
-    choose_file(window, "ctrl+e", scratch / "ring.stl")
+    choose_file(window, ["ctrl+e"], scratch / "ring.stl")
     window.wait_said("STL files cannot hold texture coordinates")
     window.key("F2")
-    choose_file(window, "ctrl+o", made)
+    choose_file(window, ["ctrl+o"], made)
     window.click(DISCARD)
     window.wait_for("title/ring.glb")
     window.wait_for("chart/1")  # with its texture coordinates
@@ -101,7 +94,7 @@ def export_and_open_other_formats(window, scratch):
     window.picture("opened_glb")
     (scratch / "broken.glb").write_text("no mesh\n")
     window.key("F2")
-    choose_file(window, "ctrl+o", scratch / "broken.glb")
+    choose_file(window, ["ctrl+o"], scratch / "broken.glb")
     window.wait_said(r"Error.*broken\.glb")
     meshes(window, 1)
     window.statement('polyCube -n extra; delete extra; print("changed\\n");', "changed\n")
@@ -123,7 +116,7 @@ def message_boxes(window):
 
 def refuse_a_bad_file(window, scratch):
     window.key("F2")
-    choose_file(window, "ctrl+o", scratch / "bad.obj")
+    choose_file(window, ["ctrl+o"], scratch / "bad.obj")
     window.click(DISCARD)
     window.wait_said(r"bad\.obj:3: face uses vertex 9")
     window.picture("bad_file")
@@ -143,7 +136,7 @@ def quit_with_unsaved_work(window, scratch):
     meshes(window, 2)
     scene = scratch / "kept.ma"
     window.key("F2")
-    choose_file(window, "ctrl+s", scene)
+    choose_file(window, ["ctrl+s"], scene)
     window.wait(scene.exists, "the scene's file")
     window.wait_for("title/kept.ma")
     window.statement("polyCube;", r"Result: pCube")

@@ -11,7 +11,7 @@ import pathlib
 import sys
 import time
 
-from window_driver import drive_on_a_screen, fail_unless, run_script, tell
+from window_driver import choose_file, drive_on_a_screen, fail_unless, run_script, tell
 
 PUBLISHED = r"Stretch_result\" [0-9.]+"
 
@@ -83,11 +83,7 @@ def read_the_panel(window):
 
 
 def title_follows_undo(window, scene):
-    window.key("F2", "ctrl+s")
-    window.wait_for("file/path/active")
-    window.key("ctrl+a")
-    window.type(str(scene))
-    window.key("Return")
+    choose_file(window, ["F2", "ctrl+s"], scene)
     window.wait_for("title/" + scene.name)
     window.click("panel/modelPanel4")
     window.settle()

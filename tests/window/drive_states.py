@@ -13,7 +13,7 @@ import subprocess
 import sys
 import tempfile
 
-from window_driver import Window, fail_unless, run_script, tell, write_squares
+from window_driver import Window, choose_file, fail_unless, run_script, tell, write_squares
 
 PUBLISHED = r"Stretch_result\" [0-9.]+"
 # What may reach beyond the edge: positions in a view, and rows of lists that scroll.
@@ -38,14 +38,6 @@ class Album:
                 continue
             if left < 0 or top < 0 or left + width > self.width or top + height > self.height:
                 self.cut_off.append(f"{name}: {place} at {left},{top}, {width} x {height}")
-
-
-def open_file(window, file):
-    window.key("F2", "ctrl+o")
-    window.wait_for("file/path/active")
-    window.key("ctrl+a")
-    window.type(str(file))
-    window.key("Return")
 
 
 def show_welcome(album):
@@ -85,7 +77,7 @@ def show_a_sample(album):
 
 def show_a_mesh(album, scratch):
     window = album.window
-    open_file(window, scratch / "body.obj")
+    choose_file(window, ["F2", "ctrl+o"], scratch / "body.obj")
     window.click("question/Discard them")
     window.wait_for("title/body.obj")
     album.show("opened")
@@ -206,7 +198,7 @@ def show_errors(album, scratch):
     album.show("quit")
     window.key("Escape")
     window.wait_gone("question/Keep working")
-    open_file(window, scratch / "bad.obj")
+    choose_file(window, ["F2", "ctrl+o"], scratch / "bad.obj")
     window.click("question/Discard them")
     window.wait_said(r"bad\.obj:3: ")
     album.show("bad_file")
@@ -224,14 +216,14 @@ def show_errors(album, scratch):
 
 def show_breaches(album, scratch):
     window = album.window
-    open_file(window, scratch / "squares.obj")
+    choose_file(window, ["F2", "ctrl+o"], scratch / "squares.obj")
     window.click("question/Discard them")
     window.wait_for("verdict/overlaps")
     album.show("breaches")
     window.click("verdict/overlaps")
     window.settle()
     album.show("breach_selected")
-    open_file(window, scratch / "bare.obj")
+    choose_file(window, ["F2", "ctrl+o"], scratch / "bare.obj")
     window.settle()
     if window.has("question/Discard them"):
         window.click("question/Discard them")

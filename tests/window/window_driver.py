@@ -251,6 +251,15 @@ def write_squares(file, first, second):
     file.write_text("\n".join(lines) + "\n")
 
 
+def choose_file(window, keys, file):
+    """Presses the keys that ask for a file and names it."""
+    window.key(*keys)
+    window.wait_for("file/path/active")
+    window.key("ctrl+a")
+    window.type(str(file))
+    window.key("Return")
+
+
 def quit_without_saving(window):
     """Fails if an error was said."""
     fail_unless("Error" not in window.said(), "there was an error:\n" + window.said())
