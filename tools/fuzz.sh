@@ -3,21 +3,24 @@
 #
 #   tools/fuzz.sh [TARGET...]            obj, scene, script, options, gltf, ply, stl, import, engine, pack,
 #                                        c_interface, false_edges, mesh, measure
-#   tools/fuzz.sh --brief [TARGET...]    10 seconds each
+#   tools/fuzz.sh --brief [TARGET...]    10 seconds each, with the same random numbers each time: a check of
+#                                        what is known; the longer runs look for what is not
 #   tools/fuzz.sh --seconds N [TARGET...]
 #
 # Prints a table of executions. Inputs that a run adds stay in build/fuzz/corpus/TARGET, from which the next
 # run goes on. A finding is kept as build/fuzz/findings/TARGET-*; repeat it with
-# build/fuzz/bin/TARGET_fuzz FILE. Exit code 1 if there is one.
+# build/fuzz/bin/TARGET_fuzz FILE. What the target said of it is printed below its row. Exit code 1 if there is
+# one.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=60
+seed=0 # libFuzzer: a new one each time
 targets=()
 while [ $# -gt 0 ]; do
     case "$1" in
-    --brief) seconds=10 ;;
+    --brief) seconds=10 seed=1 ;;
     --seconds) seconds=$2; shift ;;
-    -h | --help) sed -n '2,11s/^# \{0,1\}//p' "$0"; exit 0 ;;
+    -h | --help) sed -n '2,13s/^# \{0,1\}//p' "$0"; exit 0 ;;
     *) targets+=("$1") ;;
     esac
     shift
@@ -35,7 +38,7 @@ export UBSAN_OPTIONS=print_stacktrace=1
 # Runs one target in a folder of its own; prints its row of the table.
 run() {
     local name=$1 log=$build/findings/$1.log work code=0
-    local options=(-max_total_time="$seconds" -timeout=30 -rss_limit_mb=4096 -print_final_stats=1
+    local options=(-seed="$seed" -max_total_time="$seconds" -timeout=30 -rss_limit_mb=4096 -print_final_stats=1
         -artifact_prefix="$build/findings/$name-")
     [ ! -f "fuzz/dictionaries/$name.dict" ] || options+=(-dict="$PWD/fuzz/dictionaries/$name.dict")
     work=$(mktemp -d)
@@ -50,6 +53,7 @@ run() {
         echo "| $name | ${executions:-?} | none |"
     else
         echo "| $name | ${executions:-?} | see build/fuzz/findings/$name.log |"
+        grep -a -A30 -m1 'violated property\|ERROR: \|runtime error' "$log" || tail -n 30 "$log"
     fi
     return "$code"
 }

@@ -138,8 +138,12 @@ void Patcher::patch_words(uint64_t offset, int skip, Next next) {
 }
 
 /// Writes a corner with texture index `number`: v and v/t become v/NUMBER, v/t/n becomes
-/// v/NUMBER/n. Without one (0), v/t becomes v and v/t/n becomes v//n.
+/// v/NUMBER/n. Without one (0), v/t becomes v and v/t/n becomes v//n. A word that is not made of
+/// numbers stays as it is: the words of a line element are never parsed, and "\\/" without its
+/// slash would join the next line to it.
 void Patcher::patch(std::string_view word, uint32_t number) {
+    if (word.find_first_not_of("+-0123456789/") != word.npos)
+        return;
     const size_t slash = word.find('/');
     if (slash == word.npos) {
         copy_to(lexer_.offset_of(word) + word.size());

@@ -243,7 +243,7 @@ private:
             return;
         }
         if (!node_)
-            return keep_connection(statement);
+            return setting_of_a_named_node(statement);
         // Newer files contain `rename -uid`, which sets a node's identifier: ignored.
         if (statement.name == "rename")
             return;
@@ -254,6 +254,24 @@ private:
             return;
         if (!call(statement.name, statement.words, statement.words.size()))
             notes_.unknown_settings.emplace_back(node_, std::string(statement.text));
+    }
+
+    /// Outside the block of a node, a statement has to name its node. One that says ".t" would
+    /// change the node before it in the saved file, so it is left out.
+    void setting_of_a_named_node(const Statement& statement) {
+        std::vector<Token> words = statement.words;
+        const auto path = std::find_if(words.begin(), words.end(), [](const Token& token) {
+            return token.kind == TokenKind::string;
+        });
+        if (statement.name != "setAttr" || path == words.end() ||
+            path->text.find('.') - 1 >= path->text.size()) {
+            warn(statement,
+                 "No node stands before this \"" + statement.name + "\", which is left out.");
+            return;
+        }
+        path->text = renamed(path->text);
+        if (!call(statement.name, words, words.size()))
+            keep_connection(statement);
     }
 
     static bool names_word(const Statement& statement, const char* word) {

@@ -87,6 +87,11 @@ TEST(ObjWriter, RemovesTextureIndicesFromLinesSurfacesAndTwoCornerFaces) {
               write(d, k_three));
 }
 
+TEST(ObjWriter, LeavesWordsOfALineThatAreNoNumbers) {
+    EXPECT_EQ(k_triangle + "vt 0 0\nvt 0.5 0.125\nvt 0.25 1\nl \\/\nl a/1 1\nf 1/1 2/2 3/3\n",
+              write(read(k_triangle + "l \\/\nl a/1 1/1\nf 1 2 3\n"), k_three));
+}
+
 TEST(ObjWriter, KeepsLinesBeforeTheFaces) {
     EXPECT_EQ(k_triangle + "vt 0 0\nvt 0.5 0.125\nvt 0.25 1\nl 1 2 3\nf 1/1 2/2 3/3\n",
               write(read(k_triangle + "l 1 2 3\nf 1 2 3\n"), k_three));
