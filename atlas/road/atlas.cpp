@@ -110,16 +110,22 @@ struct ChartingCall {
     FinishedCharts finished;
 };
 
+/// Whether more charts may be made than merging leaves, so that they cover more of the texture. A
+/// caller who allows so much stretch that half of the sampling rate may be lost wants few charts
+/// more than room.
+bool room_is_worth_charts(const Options& options) {
+    constexpr float k_free_stretch = 0.5f;
+    return options.max_stretch < k_free_stretch;
+}
+
 /// Whether charts may be cut in two for the texture. Quality mode does so where several charts
-/// share the texture: what unfolds into a net or two stays whole. A caller who allows so much
-/// stretch that half of the sampling rate may be lost wants few charts more than room. Twins follow
-/// their sheet, which would double every cut.
+/// share the texture: what unfolds into a net or two stays whole. Twins follow their sheet, which
+/// would double every cut.
 bool may_cut(const ChartingCall& call) {
     constexpr uint32_t k_one_net = 1;
-    constexpr float k_free_stretch = 0.5f;
     if (call.options.cut_to_pack)
         return true;
-    return call.options.quality == Quality::quality && call.options.max_stretch < k_free_stretch &&
+    return call.options.quality == Quality::quality && room_is_worth_charts(call.options) &&
            call.finished.chart_count() > k_one_net &&
            std::all_of(call.sheets.elsewhere.begin(), call.sheets.elsewhere.end(),
                        [](uint8_t elsewhere) { return elsewhere != 0; });
@@ -171,6 +177,9 @@ constexpr double k_surely_filled = 0.9;
 
 /// Charts that cover so little more of the texture do not outweigh a smaller number of charts.
 constexpr double k_equal_coverage = 0.002;
+
+/// How much more of the texture twice as many charts must cover, with the usual effort.
+constexpr double k_coverage_of_doubling = 0.08;
 
 /// Makes and packs the charts. From the first `share` of the packing stage on, progress is left to
 /// the caller.
@@ -227,12 +236,23 @@ bool is_net(const FinishedCharts& charts) {
                        [](double stretch) { return stretch < k_no_stretch; });
 }
 
-/// Takes over the layout that covers more of the texture, or as much with fewer charts.
-void take_better(Layout& layout, Layout& other) {
+/// The logarithm of a ratio from 1 on to base 2, linear between powers of 2.
+double doublings(double ratio) {
+    double count = 0;
+    for (; ratio >= 2; ratio /= 2)
+        ++count;
+    return count + (ratio - 1);
+}
+
+/// Whether another layout is better: it covers more of the texture, by enough for the charts that
+/// it has more, or as much with fewer charts.
+bool is_better(const Layout& other, const Layout& layout, const Options& options) {
     const double more = other.packing.coverage - layout.packing.coverage;
-    const bool fewer = other.charts.chart_count() < layout.charts.chart_count();
-    if (more > (fewer ? -k_equal_coverage : 0))
-        layout = std::move(other);
+    const double charts = layout.charts.chart_count(), others = other.charts.chart_count();
+    if (others <= charts)
+        return more > (others < charts ? -k_equal_coverage : 0);
+    const double price = k_coverage_of_doubling / std::max(1.0, effort_factor(options.effort));
+    return room_is_worth_charts(options) && more > price * doublings(others / charts);
 }
 
 /// Compares the layout in quality mode with others, so that it is never below that of fast mode. A
@@ -253,9 +273,8 @@ Failure lay_out_best(const Mesh& mesh, const Options& options, ProgressMeter& pr
                       share + (1 - share) * double(i + 1) / double(others.size()));
         Layout other;
         const Failure found = lay_out_other(mesh, others[i], progress, other);
-        if (found.status == Status::ok && failure.status == Status::ok)
-            take_better(layout, other);
-        else if (found.status == Status::ok)
+        if (found.status == Status::ok &&
+            (failure.status != Status::ok || is_better(other, layout, options)))
             layout = std::move(other);
         if (found.status == Status::ok || found.status == Status::aborted)
             failure = found;

@@ -883,6 +883,39 @@ TEST(AtlasCutToPack, WhoAllowsHalfOfTheSamplingRateToBeLostGetsNoCutUnasked) {
     EXPECT_EQ(unwrap(separate_strips(4), options).charts, 4u);
 }
 
+/// Charts and coverage in one of the modes.
+Judgement unwrap_in(Quality quality, const TestMesh& mesh, Options options) {
+    options.quality = quality;
+    Result result;
+    EXPECT_EQ(create(mesh.view(), options, result).status, Status::ok);
+    return judge(mesh, options, result, true, true);
+}
+
+TEST(AtlasBestLayout, WhoAllowsHalfOfTheSamplingRateToBeLostGetsNoMoreChartsThanQualityModeMakes) {
+    const TestMesh ring = torus(8, 24);
+    const Judgement fast = unwrap_in(Quality::fast, ring, with_stretch(0.5f));
+    const Judgement quality = unwrap_in(Quality::quality, ring, with_stretch(0.5f));
+    EXPECT_EQ(quality.charts, 1u);
+    EXPECT_GT(fast.charts, quality.charts);
+    EXPECT_GT(fast.coverage, quality.coverage + 0.1) << "fast mode's charts are no temptation";
+}
+
+TEST(AtlasBestLayout, ChartsOfFastModeThatAreMoreMustCoverEnoughForIt) {
+    const TestMesh ring = torus(16, 24, 2);
+    const Judgement fast = unwrap_in(Quality::fast, ring, {});
+    const Judgement quality = unwrap_in(Quality::quality, ring, {});
+    EXPECT_GT(fast.charts, quality.charts);
+    EXPECT_GT(fast.coverage, quality.coverage + 0.01) << "fast mode's charts are no temptation";
+}
+
+TEST(AtlasBestLayout, ChartsOfFastModeThatCoverMuchMoreAreTaken) {
+    const TestMesh ring = torus(16, 24, 4);
+    const Judgement fast = unwrap_in(Quality::fast, ring, {});
+    const Judgement quality = unwrap_in(Quality::quality, ring, {});
+    EXPECT_EQ(quality.charts, fast.charts);
+    EXPECT_GE(quality.coverage, fast.coverage);
+}
+
 TEST(AtlasCutToPack, QualityModeLeavesOneChartWhole) {
     EXPECT_EQ(unwrap(row_of_quads(40)).charts, 1u);
 }

@@ -116,13 +116,13 @@ TestMesh sphere(uint32_t rings) {
     return mesh;
 }
 
-TestMesh torus(uint32_t around, uint32_t along) {
+TestMesh torus(uint32_t around, uint32_t along, double radius) {
     TestMesh mesh;
     std::vector<std::vector<uint32_t>> rows(along);
     for (uint32_t j = 0; j < along; ++j)
         for (uint32_t i = 0; i < around; ++i) {
             const double a = 2 * k_pi * i / around, b = 2 * k_pi * j / along;
-            const double r = 3 + std::cos(a);
+            const double r = radius + std::cos(a);
             rows[j].push_back(
                 mesh.vertex(float(r * std::cos(b)), float(r * std::sin(b)), float(std::sin(a))));
         }

@@ -13,7 +13,8 @@ TestMesh flat_grid(uint32_t n, bool quads);
 TestMesh cylinder(uint32_t around, uint32_t along, bool caps);
 /// Latitude-longitude sphere of triangles.
 TestMesh sphere(uint32_t rings);
-TestMesh torus(uint32_t around, uint32_t along);
+/// A torus whose tube has radius 1; `radius` is that of the circle through the tube's middle.
+TestMesh torus(uint32_t around, uint32_t along, double radius = 3);
 /// A Moebius strip: the windings of its triangles disagree across one edge.
 TestMesh moebius(uint32_t along);
 /// Triangles around one vertex; `turns` > 1 lifts the rim so that the angles at the vertex add up
