@@ -2,8 +2,8 @@
 /// eleven calls with strictly increasing fractions, the last one 1; Options::stage_progress gets
 /// every advance. Fractions come from fixed shares per stage and from counts of work, never from a
 /// clock, so the same input causes the same calls, except for how often a fraction is reported
-/// while several threads work. Any thread may report; callbacks are only called on the one that
-/// made the meter.
+/// while several threads work. Any thread may report; what others than the one that made the meter
+/// report counts for nothing but its answer, and callbacks are only called on that one.
 #pragma once
 
 #include "atlas/atlas.h"
@@ -25,6 +25,8 @@ public:
 
     /// Begins a stage. False if a callback asked to stop.
     bool stage(Stage stage) {
+        if (std::this_thread::get_id() != thread_)
+            return !aborted_;
         stage_ = stage;
         stage_fraction_ = 0;
         return part(0, 1);
@@ -32,6 +34,8 @@ public:
     /// Begins a part of the stage that covers [begin, end] of it, within 0..1. False if a callback
     /// asked to stop.
     bool part(double begin, double end) {
+        if (std::this_thread::get_id() != thread_)
+            return !aborted_;
         part_begin_ = begin;
         part_end_ = end;
         return advance(0);

@@ -1,12 +1,17 @@
 #include "atlas/atlas.h"
 
+#include "atlas/parallel.h"
 #include "atlas/road/finish.h"
 #include "atlas/road/make_charts.h"
 
 #include <algorithm>
+#include <atomic>
+#include <deque>
+#include <exception>
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <thread>
 
 namespace tessora::atlas {
 namespace {
@@ -201,30 +206,77 @@ Failure lay_out(ChartingCall& call, double share, Layout& layout) {
     return {status, status == Status::does_not_fit ? layout.charts.chart_count() : k_none};
 }
 
-/// Lays out with other options than the caller's. The calling meter's part advances by all stages
-/// of it.
-Failure lay_out_other(const Mesh& mesh, Options other, ProgressMeter& progress, Layout& layout) {
-    other.progress = nullptr;
-    other.user = &progress;
-    other.stage_progress = [](Stage stage, float fraction, void* user) {
-        const double done = ProgressMeter::whole(stage, double(fraction));
-        return static_cast<ProgressMeter*>(user)->advance(done) ? 0 : 1;
-    };
-    ChartingCall call(mesh, other, true);
-    return lay_out(call, 1, layout);
-}
+/// A layout with other options than the caller's. Made at once by make(), or beside the caller's by
+/// make_beside(), which another thread may call.
+class OtherLayout {
+public:
+    OtherLayout(const Mesh& mesh, const Options& options) : mesh_(mesh), options_(options) {
+        options_.progress = nullptr;
+    }
+    /// The calling meter's part advances by all stages of it.
+    void make(ProgressMeter& progress) {
+        options_.user = &progress;
+        options_.stage_progress = [](Stage stage, float fraction, void* user) {
+            const double done = ProgressMeter::whole(stage, double(fraction));
+            return static_cast<ProgressMeter*>(user)->advance(done) ? 0 : 1;
+        };
+        run();
+    }
+    /// Reports no progress, stops when drop() was called, and keeps exceptions for take().
+    void make_beside(ProgressMeter& progress) noexcept {
+        beside_ = &progress;
+        options_.user = this;
+        options_.stage_progress = [](Stage, float, void* user) {
+            const OtherLayout& self = *static_cast<OtherLayout*>(user);
+            return self.dropped_ || !self.beside_->poll() ? 1 : 0;
+        };
+        try {
+            if (!dropped_)
+                run();
+        } catch (...) {
+            thrown_ = std::current_exception();
+        }
+    }
+    /// Nobody needs it any more.
+    void drop() { dropped_ = true; }
+    bool was_made_beside() const { return beside_ != nullptr; }
+    /// After it was made: moves the layout out.
+    Failure take(Layout& layout) {
+        if (thrown_)
+            std::rethrow_exception(thrown_);
+        layout = std::move(layout_);
+        return failure_;
+    }
+
+private:
+    void run() {
+        ChartingCall call(mesh_, options_, true);
+        failure_ = lay_out(call, 1, layout_);
+    }
+
+    const Mesh& mesh_;
+    Options options_;
+    ProgressMeter* beside_ = nullptr;
+    std::atomic<bool> dropped_{false};
+    Failure failure_;
+    Layout layout_;
+    std::exception_ptr thrown_;
+};
 
 /// What quality mode tries beside the caller's options: fast mode, and with more effort also less
 /// stretch, which gives other charts.
-std::vector<Options> others_than(const Options& options) {
+std::deque<OtherLayout> others_than(const Mesh& mesh, const Options& options) {
     constexpr std::pair<int, float> k_less_stretch[] = {{6, 0.6f}, {8, 0.35f}};
-    std::vector<Options> others = {options};
-    others[0].quality = Quality::fast;
-    for (const auto& [effort, factor] : k_less_stretch)
-        if (options.effort >= effort) {
-            others.push_back(options);
-            others.back().max_stretch *= factor;
-        }
+    std::deque<OtherLayout> others;
+    Options other = options;
+    other.quality = Quality::fast;
+    others.emplace_back(mesh, other);
+    other.quality = options.quality;
+    for (const auto& [effort, factor] : k_less_stretch) {
+        other.max_stretch = options.max_stretch * factor;
+        if (options.effort >= effort)
+            others.emplace_back(mesh, other);
+    }
     return others;
 }
 
@@ -255,24 +307,28 @@ bool is_better(const Layout& other, const Layout& layout, const Options& options
     return room_is_worth_charts(options) && more > price * doublings(others / charts);
 }
 
-/// Compares the layout in quality mode with others, so that it is never below that of fast mode. A
-/// net stays whole, however badly it fills the texture: that is what the user expects of a cube.
-Failure lay_out_best(const Mesh& mesh, const Options& options, ProgressMeter& progress,
-                     double share, Failure failure, Layout& layout) {
-    if (failure.status == Status::ok &&
-        (layout.packing.coverage >= k_surely_filled || is_net(layout.charts)))
+/// Whether the layout in quality mode is compared with others. A net stays whole, however badly it
+/// fills the texture: that is what the user expects of a cube.
+bool asks_others(const Failure& failure, const Layout& layout) {
+    if (failure.status == Status::ok)
+        return layout.packing.coverage < k_surely_filled && !is_net(layout.charts);
+    return failure.status == Status::does_not_fit || failure.status == Status::chart_limit;
+}
+
+/// Compares the layout in quality mode with others, so that it is never below that of fast mode.
+Failure choose_best(std::deque<OtherLayout>& others, const Options& options,
+                    ProgressMeter& progress, double share, Failure failure, Layout& layout) {
+    if (!asks_others(failure, layout))
         return failure;
     if (failure.status == Status::chart_limit)
         progress.stage(Stage::packing);
-    const std::vector<Options> others = others_than(options);
-    for (size_t i = 0; i < others.size(); ++i) {
-        if (failure.status != Status::ok && failure.status != Status::does_not_fit &&
-            failure.status != Status::chart_limit)
-            return failure;
+    for (size_t i = 0; i < others.size() && failure.status != Status::aborted; ++i) {
         progress.part(share + (1 - share) * double(i) / double(others.size()),
                       share + (1 - share) * double(i + 1) / double(others.size()));
+        if (!others[i].was_made_beside())
+            others[i].make(progress);
         Layout other;
-        const Failure found = lay_out_other(mesh, others[i], progress, other);
+        const Failure found = others[i].take(other);
         if (found.status == Status::ok &&
             (failure.status != Status::ok || is_better(other, layout, options)))
             layout = std::move(other);
@@ -282,14 +338,49 @@ Failure lay_out_best(const Mesh& mesh, const Options& options, ProgressMeter& pr
     return failure;
 }
 
+/// Lays out with the caller's options on the calling thread if possible, which alone reports
+/// progress, and with the others beside it. Those wait if the executor has one thread only, and
+/// stop when they are not asked for.
+Failure lay_out_all(ChartingCall& call, double share, std::deque<OtherLayout>& others,
+                    Layout& layout) {
+    const std::thread::id caller = std::this_thread::get_id();
+    std::atomic<bool> own_begun{false};
+    std::atomic<size_t> next{0};
+    Failure failure;
+    const auto own = [&] {
+        failure = lay_out(call, share, layout);
+        if (!asks_others(failure, layout))
+            for (OtherLayout& other : others)
+                other.drop();
+    };
+    parallel_for(call.options.executor, 1 + others.size(), [&](size_t) {
+        if (std::this_thread::get_id() == caller && !own_begun.exchange(true))
+            return own();
+        const size_t i = next++;
+        if (i < others.size())
+            others[i].make_beside(call.progress);
+        else if (!own_begun.exchange(true))
+            own();
+    });
+    return failure;
+}
+
 Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
     constexpr double k_own_share = 0.7; // of the packing stage; the rest is fast mode's layout
     ChartingCall call(mesh, options, true);
     ProgressMeter& progress = call.progress;
     Layout layout;
-    Failure failure = lay_out(call, options.quality == Quality::fast ? 1 : k_own_share, layout);
-    if (options.quality == Quality::quality)
-        failure = lay_out_best(mesh, options, progress, k_own_share, failure, layout);
+    Failure failure;
+    if (options.quality == Quality::fast) {
+        failure = lay_out(call, 1, layout);
+    } else {
+        std::deque<OtherLayout> others = others_than(mesh, options);
+        const bool beside =
+            options.executor != nullptr && mesh.indices.size / 3 >= options.min_parallel;
+        failure = beside ? lay_out_all(call, k_own_share, others, layout)
+                         : lay_out(call, k_own_share, layout);
+        failure = choose_best(others, options, progress, k_own_share, failure, layout);
+    }
     if (failure.status != Status::ok)
         return failure;
     if (!progress.stage(Stage::emission))

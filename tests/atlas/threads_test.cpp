@@ -20,6 +20,19 @@ std::vector<TestMesh> meshes() {
             pierced_plate(3),       loose_triangles(300)};
 }
 
+/// A ball with dents, whose charts have many neighbours that they cannot be merged with.
+TestMesh dented_ball(uint32_t rings) {
+    TestMesh mesh = sphere(rings);
+    uint32_t random = 1;
+    for (size_t v = 0; v < mesh.positions.size() / 3; ++v) {
+        random = random * 1664525 + 1013904223;
+        const float scale = 1 - 0.06f * float(random >> 24) / 256;
+        for (size_t k = 3 * v; k < 3 * v + 3; ++k)
+            mesh.positions[k] *= scale;
+    }
+    return mesh;
+}
+
 void expect_same(const Result& a, const Result& b) {
     EXPECT_EQ(a.source_vertex, b.source_vertex);
     EXPECT_EQ(a.indices, b.indices);
@@ -33,7 +46,7 @@ void expect_same(const Result& a, const Result& b) {
 
 constexpr ParallelFor k_executors[] = {run_on<1>, run_on<2>, run_on<8>, run_on<32>};
 
-/// Fast mode packs as well; quality mode, whose packing takes long and uses no threads, does not.
+/// Fast mode packs as well; quality mode, whose packing takes long, does not.
 Result unwrap(const TestMesh& mesh, Options options, Quality quality) {
     options.quality = quality;
     Result result;
@@ -67,21 +80,49 @@ TEST(AtlasThreads, TheResultDoesNotDependOnTheirNumberWithTheUsualSizes) {
     expect_same_on_all_executors(torus(36, 72), {}); // more than min_parallel triangles
 }
 
-/// A ball with dents, whose charts have many neighbours that they cannot be merged with.
-TestMesh dented_ball(uint32_t rings) {
-    TestMesh mesh = sphere(rings);
-    uint32_t random = 1;
-    for (size_t v = 0; v < mesh.positions.size() / 3; ++v) {
-        random = random * 1664525 + 1013904223;
-        const float scale = 1 - 0.06f * float(random >> 24) / 256;
-        for (size_t k = 3 * v; k < 3 * v + 3; ++k)
-            mesh.positions[k] *= scale;
-    }
-    return mesh;
-}
-
 TEST(AtlasThreads, PairsThatFailAndAreTriedAgainDoNotDependOnTheirNumber) {
     expect_same_on_all_executors(dented_ball(44), {});
+}
+
+/// Runs everything on another thread while the calling one waits.
+void run_elsewhere(size_t count, void (*function)(size_t i, void* user), void* user) {
+    std::thread([&] { run_on<1>(count, function, user); }).join();
+}
+
+void expect_same_in_quality_mode(const TestMesh& mesh, int effort) {
+    Options options;
+    options.min_parallel = 0;
+    options.effort = effort;
+    Result serial, result;
+    ASSERT_EQ(create(mesh.view(), options, serial).status, Status::ok);
+    for (ParallelFor executor : {run_on<1>, run_on<2>, run_on<32>, run_elsewhere}) {
+        options.executor = executor;
+        ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
+        expect_same(serial, result);
+    }
+}
+
+TEST(AtlasThreads, LayoutsMadeBesideEachOtherDoNotDependOnTheirNumber) {
+    for (const TestMesh& mesh : {cube_of_quads(2), dented_ball(8), moebius(24)})
+        expect_same_in_quality_mode(mesh, 0);
+    expect_same_in_quality_mode(washer(4), 6); // a third layout, with less stretch
+}
+
+TEST(AtlasThreads, LayoutsMadeBesideEachOtherFailAsOneAfterAnother) {
+    for (const auto& [size, charts] : {std::pair<uint32_t, uint32_t>{4, 0}, {512, 1}}) {
+        Options options;
+        options.min_parallel = 0;
+        options.quality = Quality::quality;
+        options.width = options.height = size;
+        options.max_charts = charts;
+        Result result;
+        const Failure serial = create(loose_triangles(30).view(), options, result);
+        ASSERT_NE(serial.status, Status::ok);
+        options.executor = run_on<8>;
+        const Failure failure = create(loose_triangles(30).view(), options, result);
+        EXPECT_EQ(failure.status, serial.status);
+        EXPECT_EQ(failure.element, serial.element);
+    }
 }
 
 /// Counts the loops that reach the executor.
@@ -113,22 +154,35 @@ struct Watch {
     }
 };
 
-TEST(AtlasThreads, CallbacksComeOnTheCallingThreadAndMayStopTheWork) {
+void expect_callbacks_here(Options options, const TestMesh& mesh, size_t most_stops) {
     Watch watch;
-    Options options;
     options.min_parallel = 0;
     options.executor = run_on<8>;
     options.stage_progress = Watch::note;
     options.user = &watch;
     Result result;
-    ASSERT_EQ(create(loose_triangles(300).view(), options, result).status, Status::ok);
+    ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
     EXPECT_EQ(watch.elsewhere, 0u);
-    for (size_t stop = 1; stop < 12; ++stop) {
+    EXPECT_GT(watch.calls, most_stops);
+    for (size_t stop = 1; stop < most_stops; ++stop) {
         watch.calls = 0;
         watch.stop_after = stop;
-        EXPECT_EQ(create(loose_triangles(300).view(), options, result).status, Status::aborted);
+        EXPECT_EQ(create(mesh.view(), options, result).status, Status::aborted);
         EXPECT_TRUE(result.indices.empty());
     }
+}
+
+TEST(AtlasThreads, CallbacksComeOnTheCallingThreadAndMayStopTheWork) {
+    Options options;
+    options.quality = Quality::fast;
+    expect_callbacks_here(options, loose_triangles(300), 12);
+}
+
+TEST(AtlasThreads, CallbacksOfLayoutsMadeBesideEachOtherComeOnTheCallingThread) {
+    Options options;
+    options.quality = Quality::quality;
+    options.effort = 0;
+    expect_callbacks_here(options, torus(8, 12), 12);
 }
 
 } // namespace
