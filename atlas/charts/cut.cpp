@@ -201,8 +201,22 @@ struct CutTerms {
     /// The coverage that each cut along a line must gain, if they are judged a few at a time.
     double gain_per_cut = 0.001;
 
+    static CutTerms of(const CutOptions& options) {
+        constexpr double k_least_filled = 0.7; // factor at full reluctance
+        CutTerms terms = of_effort(options.effort);
+        const double filled = 1 + options.reluctance * (k_least_filled - 1);
+        const double worth = worth_of_charts(options.reluctance);
+        for (double* term : {&terms.well_filled, &terms.fairly_filled, &terms.poorly_filled})
+            *term *= filled;
+        for (double* term : {&terms.least_rate, &terms.least_gain, &terms.gain_per_length})
+            *term *= worth;
+        terms.min_growth = 1 + worth * (terms.min_growth - 1);
+        return terms;
+    }
+
+private:
     /// The more effort, the less a cut must be worth. `effort` as in Options.
-    static CutTerms of(int effort) {
+    static CutTerms of_effort(int effort) {
         CutTerms terms;
         if (effort <= k_usual_effort) {
             terms.max_cuts = terms.max_cuts * uint32_t(effort) / k_usual_effort;
@@ -356,7 +370,7 @@ class CutSearch {
 public:
     CutSearch(ChartCutter& cutter, const CutOptions& options, const std::function<double()>& pack)
         : cutter_(cutter), set_(cutter.set()), pack_(pack), options_(options),
-          terms_(CutTerms::of(options.effort)) {
+          terms_(CutTerms::of(options)) {
         for (const Chart& chart : set_.charts)
             charts_before_ += chart.alive;
     }

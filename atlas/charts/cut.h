@@ -69,7 +69,14 @@ struct CutOptions {
     uint32_t max_charts = 0;     ///< limits the number of charts; 0: no limit
     bool always = false;         ///< also where the charts fill the texture well as they are
     int effort = k_usual_effort; ///< as in Options; the more, the less a cut must be worth
+    double reluctance = 0;       ///< 0..1; the more, the more a cut must be worth
 };
+
+/// How many times its usual worth another chart must have.
+inline double worth_of_charts(double reluctance) {
+    constexpr double k_most = 5;
+    return 1 + reluctance * (k_most - 1);
+}
 
 /// Cuts charts for as long as that lets all charts grow by enough. `pack` lays out the current
 /// charts and returns the share of the texture that they cover, or 0 if they do not fit or the

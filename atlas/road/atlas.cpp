@@ -115,12 +115,14 @@ struct ChartingCall {
     FinishedCharts finished;
 };
 
-/// Whether more charts may be made than merging leaves, so that they cover more of the texture. A
-/// caller who allows so much stretch that half of the sampling rate may be lost wants few charts
-/// more than room.
-bool room_is_worth_charts(const Options& options) {
-    constexpr float k_free_stretch = 0.5f;
-    return options.max_stretch < k_free_stretch;
+/// How reluctantly more charts are made than merging leaves, so that they cover more of the
+/// texture: from 0 to 1, where none are. The more stretch a caller allows, the more he wants few
+/// charts rather than room; at 1 half of the sampling rate may be lost.
+double reluctance(const Options& options) {
+    constexpr float k_usual_stretch = 0.15f, k_free_stretch = 0.5f;
+    const float beyond =
+        (options.max_stretch - k_usual_stretch) / (k_free_stretch - k_usual_stretch);
+    return std::min(1.0, std::max(0.0, double(beyond)));
 }
 
 /// Whether charts may be cut in two for the texture. Quality mode does so where several charts
@@ -130,7 +132,7 @@ bool may_cut(const ChartingCall& call) {
     constexpr uint32_t k_one_net = 1;
     if (call.options.cut_to_pack)
         return true;
-    return call.options.quality == Quality::quality && room_is_worth_charts(call.options) &&
+    return call.options.quality == Quality::quality && reluctance(call.options) < 1 &&
            call.finished.chart_count() > k_one_net &&
            std::all_of(call.sheets.elsewhere.begin(), call.sheets.elsewhere.end(),
                        [](uint8_t elsewhere) { return elsewhere != 0; });
@@ -145,6 +147,7 @@ void cut_to_pack(ChartingCall& call, PackOptions options) {
     cut.max_charts = call.options.max_charts;
     cut.always = call.options.cut_to_pack;
     cut.effort = call.options.effort;
+    cut.reluctance = cut.always ? 0 : reluctance(call.options);
     cut_charts(*call.stages, cut, [&] {
         if (!call.finish().empty())
             return 0.0; // a copy cannot follow the latest cut
@@ -303,8 +306,9 @@ bool is_better(const Layout& other, const Layout& layout, const Options& options
     const double charts = layout.charts.chart_count(), others = other.charts.chart_count();
     if (others <= charts)
         return more > (others < charts ? -k_equal_coverage : 0);
-    const double price = k_coverage_of_doubling / std::max(1.0, effort_factor(options.effort));
-    return room_is_worth_charts(options) && more > price * doublings(others / charts);
+    const double price = k_coverage_of_doubling * worth_of_charts(reluctance(options)) /
+                         std::max(1.0, effort_factor(options.effort));
+    return reluctance(options) < 1 && more > price * doublings(others / charts);
 }
 
 /// Whether the layout in quality mode is compared with others. A net stays whole, however badly it

@@ -91,6 +91,35 @@ TEST_F(ChartCutterTest, CutsThatRaiseCoverageByLessThanFivePercentEachAreUndone)
     EXPECT_EQ(set->charts.size(), 2u);
 }
 
+TEST_F(ChartCutterTest, TheMoreReluctantlyCutsAreMadeTheMoreTheyMustBeWorth) {
+    prepare(true);
+    const auto cut = [&](double reluctance) {
+        std::vector<double> coverages = {0.5, 0.58, 0.5};
+        size_t asked = 0;
+        CutOptions options;
+        options.reluctance = reluctance;
+        cut_for_packing(*cutter, options,
+                        [&] { return coverages[std::min(asked++, coverages.size() - 1)]; });
+    };
+    cut(1);
+    EXPECT_EQ(set->charts.size(), 2u);
+    cut(0);
+    EXPECT_EQ(set->charts.size(), 3u);
+}
+
+TEST_F(ChartCutterTest, TheMoreReluctantlyCutsAreMadeTheSoonerTheTextureCountsAsFilled) {
+    prepare(true);
+    const auto layouts = [&](double reluctance) {
+        size_t asked = 0;
+        CutOptions options;
+        options.reluctance = reluctance;
+        cut_for_packing(*cutter, options, [&] { return ++asked, 0.6; });
+        return asked;
+    };
+    EXPECT_EQ(layouts(1), 1u);
+    EXPECT_GT(layouts(0), 1u);
+}
+
 TEST_F(ChartCutterTest, CutsThatOnlyPayTogetherAreKept) {
     prepare(true);
     cut_for(*cutter, {1, 1, 1.1026});
