@@ -319,7 +319,7 @@ bool asks_others(const Failure& failure, const Layout& layout) {
     return failure.status == Status::does_not_fit || failure.status == Status::chart_limit;
 }
 
-/// Compares the layout in quality mode with others, so that it is never below that of fast mode.
+/// Compares the layout in quality mode with others and keeps the best.
 Failure choose_best(std::deque<OtherLayout>& others, const Options& options,
                     ProgressMeter& progress, double share, Failure failure, Layout& layout) {
     if (!asks_others(failure, layout))
