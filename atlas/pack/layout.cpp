@@ -106,6 +106,12 @@ void MaskSet::draw(const Plan& plan) {
     });
 }
 
+void MaskSet::draw_all(const Plan& plan) {
+    for (uint32_t chart : plan.order)
+        for (uint32_t quarter = 0; quarter < plan.quarters; ++quarter)
+            mask(plan, chart, quarter);
+}
+
 Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const {
     const Vec2 axis = chains_.shapes[chart].axis;
     const Turn fine = k_fine_turns[plan.fine_turn[chart]];

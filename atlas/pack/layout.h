@@ -74,6 +74,8 @@ public:
     void reset(const Page& page, double scale);
     /// Draws the masks that a layout of many charts reads first, on the executor if there is one.
     void draw(const Plan& plan);
+    /// Draws all masks of a plan. Layouts of such plans may be made at the same time.
+    void draw_all(const Plan& plan);
     const Mask& mask(const Plan& plan, uint32_t chart, uint32_t quarter);
     Turn turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const;
     /// The slot of a chart whose mask's lower left cell is (x, y).

@@ -3,9 +3,12 @@
 #include "atlas/pack/inflate.h"
 #include "atlas/pack/nest.h"
 #include "atlas/pack/random.h"
+#include "atlas/parallel.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <deque>
 
 namespace tessora::atlas {
 namespace {
@@ -236,8 +239,13 @@ private:
     /// Reports progress; true if the search should stop.
     bool stopped(double done) {
         done_ = done;
-        aborted_ = aborted_ || (options_.proceed && !options_.proceed(std::min(1.0, done)));
-        return aborted_;
+        return !proceeds();
+    }
+    /// The same with the fraction reported last, on any thread.
+    bool proceeds() {
+        if (!aborted_ && options_.proceed && !options_.proceed(std::min(1.0, done_)))
+            aborted_ = true;
+        return !aborted_;
     }
 
     static double cost(const Layout& layout) { return layout.height + layout.mean_top; }
@@ -299,6 +307,15 @@ private:
         turned_ = found_ && packing_.scale > upright;
     }
 
+    /// A step of the local search.
+    struct Trial {
+        Plan plan;
+        Random random; ///< as making the plan left it
+        bool made = false;
+        Layout layout = {};
+        uint64_t effort = 0;
+    };
+
     /// Local search on a grid of cells * cells: changes order and rotations of the large charts,
     /// keeps changes that do not raise the cost, and raises the scale whenever everything fits.
     void improve(double cells, uint64_t budget, double done) {
@@ -308,38 +325,105 @@ private:
         const Page page = this->page(cells);
         const ChartChains coarse = simplify(chains_, k_simplify_cells / (scale_ * page.density));
         MaskSet masks(coarse);
-        double scale = found_ ? std::min(max_scale_, packing_.scale * k_growth) : scale_;
-        masks.reset(page, scale);
+        masks.reset(page, found_ ? std::min(max_scale_, packing_.scale * k_growth) : scale_);
         double current = cost(maker_.make(masks, page, plan_));
         Plan best = plan_;
-        const uint64_t start = maker_.effort(), patience = budget / k_starts;
-        uint64_t last_gain = 0;
-        for (uint64_t spent = 0; spent < budget; spent = maker_.effort() - start) {
+        const uint64_t patience = budget / k_starts;
+        uint64_t spent = 0, last_gain = 0;
+        trials_.clear();
+        while (spent < budget) {
             if (stopped(done + 0.3 * double(spent) / double(budget)))
                 return;
+            const uint64_t before = spent;
             const bool stuck = spent - last_gain > patience;
-            if (stuck)
+            if (stuck) {
                 last_gain = spent;
-            Plan next = stuck ? restarted(n) : mutated(n);
-            const double max_cost = stuck ? std::numeric_limits<double>::infinity() : current;
-            Layout layout = maker_.make(masks, page, next, max_cost);
-            if (cost(layout) > max_cost)
-                continue;
-            current = cost(layout);
-            plan_ = std::move(next);
-            while (layout.complete) {
-                keep(layout, page);
-                best = plan_;
-                last_gain = spent;
-                scale *= std::max(k_growth, std::sqrt(page.height / layout.height));
-                if (scale > max_scale_)
-                    return;
-                masks.reset(page, scale);
-                layout = maker_.make(masks, page, plan_);
-                current = cost(layout);
+                trials_.assign(1, Trial{restarted(n), random_});
             }
+            const double max_cost = stuck ? std::numeric_limits<double>::infinity() : current;
+            const uint64_t left = std::min(budget, last_gain + patience) - spent;
+            Trial trial = next_trial(masks, page, n, max_cost, left);
+            spent += trial.effort;
+            if (cost(trial.layout) > max_cost)
+                continue;
+            plan_ = trial.plan;
+            if (trial.layout.complete) {
+                best = plan_;
+                last_gain = before;
+                if (!raise_scale(masks, page, trial, spent))
+                    return;
+            }
+            current = cost(trial.layout);
+            trials_.clear();
         }
         plan_ = best;
+    }
+
+    /// Keeps a complete layout and makes larger ones of the same plan until one does not fit. False
+    /// if the largest scale is reached.
+    bool raise_scale(MaskSet& masks, const Page& page, Trial& trial, uint64_t& spent) {
+        while (trial.layout.complete) {
+            keep(trial.layout, page);
+            const double growth = std::sqrt(page.height / trial.layout.height);
+            const double scale = masks.scale() * std::max(k_growth, growth);
+            if (scale > max_scale_)
+                return false;
+            masks.reset(page, scale);
+            make_layout(maker_, masks, page, trial);
+            spent += trial.effort;
+        }
+        return true;
+    }
+
+    /// The next step of the local search, from trials_ if it is there already. Otherwise several
+    /// are tried at once, as if all before the last were to be refused; `left`: the effort after
+    /// which the search goes on elsewhere.
+    Trial next_trial(MaskSet& masks, const Page& page, uint32_t n, double max_cost, uint64_t left) {
+        constexpr uint64_t k_most_ahead = 16;
+        if (trials_.empty()) {
+            const uint64_t ahead = options_.executor == nullptr
+                                       ? 1
+                                       : std::min(k_most_ahead, left / (last_effort_ + 1) + 1);
+            for (uint64_t i = 0; i < ahead; ++i)
+                trials_.push_back(Trial{mutated(n), random_});
+        }
+        if (!trials_.front().made)
+            make_layouts(masks, page, max_cost);
+        Trial trial = std::move(trials_.front());
+        trials_.pop_front();
+        random_ = trial.random;
+        last_effort_ = trial.effort;
+        return trial;
+    }
+
+    /// Makes the layouts of trials_, in vain for those after one that is accepted, which are left
+    /// out if that is known in time.
+    void make_layouts(MaskSet& masks, const Page& page, double max_cost) {
+        if (trials_.size() == 1)
+            return make_layout(maker_, masks, page, trials_[0], max_cost);
+        for (const Trial& trial : trials_)
+            masks.draw_all(trial.plan);
+        std::atomic<size_t> next{0}, accepted{trials_.size()};
+        parallel_for(options_.executor, trials_.size(), [&](size_t) {
+            const size_t i = next++; // in order, whatever the executor's
+            if (i > accepted)
+                return;
+            const auto maker = makers_.lease(
+                [this] { return std::make_unique<LayoutMaker>([this] { return proceeds(); }); });
+            make_layout(*maker, masks, page, trials_[i], max_cost);
+            if (cost(trials_[i].layout) <= max_cost)
+                for (size_t first = accepted; i < first;)
+                    if (accepted.compare_exchange_weak(first, i))
+                        break;
+        });
+    }
+
+    static void make_layout(LayoutMaker& maker, MaskSet& masks, const Page& page, Trial& trial,
+                            double max_cost = std::numeric_limits<double>::infinity()) {
+        const uint64_t before = maker.effort();
+        trial.layout = maker.make(masks, page, trial.plan, max_cost);
+        trial.effort = maker.effort() - before;
+        trial.made = true;
     }
 
     /// Charts on the page, wherever grids of other densities place them.
@@ -388,7 +472,7 @@ private:
         page.gutter = k_rough_gutter / page.density;
         const ChartChains coarse = simplify(chains_, k_simplify_cells / (scale_ * page.density));
         MaskSet masks(coarse);
-        Nester nester(masks, page, chains_.shapes.size(), [this] { return !stopped(done_); });
+        Nester nester(masks, page, chains_.shapes.size(), [this] { return proceeds(); });
         const int64_t tolerance = int64_t(k_rough_overlap * page.width * page.height);
         double growth = k_first_growth;
         Arrangement now = best;
@@ -421,7 +505,7 @@ private:
         const Page page = this->page(cells);
         const ChartChains coarse = simplify(chains_, k_simplify_cells / (scale_ * page.density));
         MaskSet masks(coarse);
-        Nester nester(masks, page, chains_.shapes.size(), [this] { return !stopped(done_); });
+        Nester nester(masks, page, chains_.shapes.size(), [this] { return proceeds(); });
         const double least = k_worth_settling * packing_.scale;
         double growth = k_first_growth, scale = best.scale;
         bool settled = false;
@@ -490,12 +574,16 @@ private:
     std::vector<Slot> best_;  ///< of the best layout
     double best_density_ = 1; ///< cells per texel there
     Plan plan_;
-    LayoutMaker maker_{[this] { return !stopped(done_); }};
-    double done_ = 0; ///< the fraction reported last
+    LayoutMaker maker_{[this] { return proceeds(); }};
+    WorkspacePool<LayoutMaker> makers_{maker_}; ///< for layouts that are made at the same time
+    std::deque<Trial> trials_;                  ///< to come, all made from plan_
+    uint64_t last_effort_ = 0;                  ///< of the last trial
+    double done_ = 0;                           ///< the fraction reported last
     Random random_;
     double scale_ = 0;
     bool turned_ = false;
-    bool found_ = false, aborted_ = false;
+    bool found_ = false;
+    std::atomic<bool> aborted_{false};
 };
 
 } // namespace
