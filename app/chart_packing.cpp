@@ -30,7 +30,7 @@ bool append_mesh(ChartList& list, uint32_t mesh, uint32_t& charts, std::string& 
     ImportedMesh imported;
     host::Mesh host_mesh;
     if (!import_mesh(*source.document, imported, host_mesh)) {
-        error = source.document->name + ": the mesh is too large";
+        error = source.document->name + ": not enough memory for the mesh";
         return false;
     }
     layout = make_layout(*source.document, host_mesh, source.uvs);
@@ -128,7 +128,8 @@ tessora::atlas::UvMesh ChartList::mesh() const {
             {area.data(), area.size()}};
 }
 
-bool list_charts(std::vector<PackSource> sources, ChartList& list, std::string& error) {
+bool list_charts(std::vector<PackSource> sources, ChartList& list, std::string& error,
+                 uint64_t max_corners) {
     list = {};
     list.sources = std::move(sources);
     list.layouts.resize(list.sources.size());
@@ -136,7 +137,7 @@ bool list_charts(std::vector<PackSource> sources, ChartList& list, std::string& 
     uint64_t corners = 0;
     for (const PackSource& source : list.sources)
         corners += source.document->corner_vertex.size();
-    if (corners >= measure::k_none / 3) {
+    if (corners > max_corners) {
         error = "the meshes have too many polygons together";
         return false;
     }

@@ -38,8 +38,10 @@ struct ChartList {
 };
 
 /// Finds the charts of every mesh as `tessora measure` counts them.
-/// Errors: false with a sentence in `error` if there are too many triangles.
-bool list_charts(std::vector<PackSource> sources, ChartList& list, std::string& error);
+/// Errors: false with a sentence in `error` if the meshes have more than `max_corners` together, or
+///         memory runs out.
+bool list_charts(std::vector<PackSource> sources, ChartList& list, std::string& error,
+                 uint64_t max_corners = (measure::k_none - 1) / 3);
 
 /// Takes the coordinates to be those of a texture of other proportions: changes those of charts
 /// that are not kept so that their shape in texels is that of a `from_width` x `from_height`

@@ -245,7 +245,7 @@ int run(const Words& words, bool verify) {
     ImportedMesh imported;
     host::Mesh mesh;
     if (!import_mesh(document, imported, mesh))
-        return fail(exit_limit, request.input + ": the mesh is too large");
+        return fail(exit_limit, request.input + ": not enough memory for the mesh");
     const std::vector<Judgement> tiles = judge_tiles(document, mesh, request.tiles, texture,
                                                      {double(request.padding), request.stretch});
     code = write_picture(request, tiles[0], texture);

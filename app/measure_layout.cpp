@@ -297,4 +297,11 @@ std::string breach_text(const measure::Breach& breach) {
     return text;
 }
 
+std::string refusal_text(const std::vector<std::string>& breaches) {
+    std::string text = "the result is not good enough to be written:";
+    for (const std::string& breach : breaches)
+        text += "\n  " + breach;
+    return text;
+}
+
 } // namespace app

@@ -48,4 +48,7 @@ std::string measures_table(const Judgement& judgement);
 /// "SENTENCE: polygons 1, 5, 7 and 12 more", ids from 0 in the order of the file's faces.
 std::string breach_text(const measure::Breach& breach);
 
+/// Why a result that breaks guarantees is not written: a line for each of `breaches`.
+std::string refusal_text(const std::vector<std::string>& breaches);
+
 } // namespace app

@@ -29,7 +29,8 @@ void MessageListener::print(const std::string& line) {
     if (line.empty())
         return;
     last_ = line;
-    ran_out_of_memory_ |= line.find(k_memory_words) != line.npos;
+    for (const char* words : k_memory_words)
+        ran_out_of_memory_ |= line.find(words) != line.npos;
     if (!is_silent_)
         say(last_);
 }

@@ -9,7 +9,7 @@
 namespace app {
 
 /// Part of every message of the plug-in about memory, with a capital letter or without.
-constexpr const char* k_memory_words = "ut of memory";
+constexpr const char* k_memory_words[] = {"ut of memory", "E_OUTOFMEMORY"};
 
 /// While it lives, prints message boxes and writes to std::cerr as lines of the program's own, so
 /// that a box does not wait for a click and no line runs into the progress bar. Keeps the last

@@ -5,6 +5,7 @@
 #include "app/exit_code.h"
 #include "app/interrupt.h"
 #include "app/layout_picture.h"
+#include "app/measure_layout.h"
 #include "app/mesh_reader.h"
 #include "app/pack_options.h"
 #include "app/progress_display.h"
@@ -276,10 +277,7 @@ bool PackRun::verify() {
         warn_of_charts(check);
         return true;
     }
-    std::string reason = "the result is not good enough to be written:";
-    for (const std::string& breach : check.breaches)
-        reason += "\n  " + breach;
-    return fail(exit_verification, reason);
+    return fail(exit_verification, refusal_text(check.breaches));
 }
 
 bool PackRun::draw_tile(uint32_t tile, std::string& error) {

@@ -190,7 +190,8 @@ void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
     MStatus status;
     const host::Mesh* unwrapped = scene.pull(status);
     if (!status || !unwrapped)
-        return fail(messages.last(), messages.ran_out_of_memory(), outcome);
+        return fail(messages.last(),
+                    messages.ran_out_of_memory() || status == MS::kInsufficientMemory, outcome);
     outcome.good = take_uvs(*unwrapped, settings.mapchannel, outcome.uvs);
     if (!outcome.good)
         return fail("the mesh has no UV set " + settings.mapchannel, false, outcome);
@@ -238,14 +239,12 @@ std::string advice_on_size(const host::Mesh& mesh, UnwrapSettingsRequest setting
 
 bool make_mesh(const host::ObjDocument& document, ImportedMesh& imported, host::Mesh& mesh,
                UnwrapOutcome& outcome) {
-    const MStatus made = import_mesh(document, imported, mesh);
-    if (made) {
+    if (import_mesh(document, imported, mesh)) {
         add_uv_set(document, mesh);
         return true;
     }
-    outcome.out_of_memory = made == MS::kInsufficientMemory;
-    outcome.reason = outcome.out_of_memory ? "not enough memory for the mesh"
-                                           : "the host does not take the mesh";
+    outcome.out_of_memory = true;
+    outcome.reason = "not enough memory for the mesh";
     return false;
 }
 

@@ -271,10 +271,7 @@ bool UnwrapRun::verify() {
             breaches.push_back(breach_text(breach));
     if (breaches.empty())
         return true;
-    std::string reason = request_.input + ": the result is not good enough to be written:";
-    for (const std::string& breach : breaches)
-        reason += "\n  " + breach;
-    return fail(exit_verification, reason);
+    return fail(exit_verification, request_.input + ": " + refusal_text(breaches));
 }
 
 /// Unwraps a mesh of the file as a request of its own, and takes its coordinates and figures over.

@@ -308,7 +308,7 @@ std::string to_base64(const std::string& bytes) {
     return out;
 }
 
-bool write_glb(const GltfFile& file, std::string& bytes, std::string& error) {
+bool write_glb(const GltfFile& file, uint64_t max_size, std::string& bytes, std::string& error) {
     Json json = file.json;
     std::string binary = merge_buffers(file, json);
     std::string text = json.dump();
@@ -316,8 +316,10 @@ bool write_glb(const GltfFile& file, std::string& bytes, std::string& error) {
     binary.resize((binary.size() + 3) / 4 * 4);
     const uint64_t size = uint64_t(20) + text.size() + (binary.empty() ? 0 : 8 + binary.size()) +
                           file.other_chunks.size();
-    if (size > UINT32_MAX)
-        return fail("the result exceeds the 4 GiB of a GLB file", error);
+    if (size > max_size)
+        return fail("the result would have " + std::to_string(size) +
+                        " bytes; a GLB file has at most " + std::to_string(max_size),
+                    error);
     bytes.clear();
     for (const uint32_t word : {k_magic, 2u, uint32_t(size), uint32_t(text.size()), k_json_chunk})
         append_word(word, bytes);

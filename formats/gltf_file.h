@@ -3,6 +3,7 @@
 #pragma once
 
 #include "formats/json_text.h"
+#include "formats/limits.h"
 
 #include <string>
 #include <vector>
@@ -25,8 +26,9 @@ bool read_gltf(const std::string& name, const std::string& bytes, GltfFile& file
                std::string& error);
 
 /// Writes a binary file; all buffers become one.
-/// Errors: false with a reason in `error` if the file would exceed 4 GiB.
-bool write_glb(const GltfFile& file, std::string& bytes, std::string& error);
+/// Errors: false with a reason in `error` if the file would exceed `max_size` bytes, at most
+///         `k_max_glb`.
+bool write_glb(const GltfFile& file, uint64_t max_size, std::string& bytes, std::string& error);
 
 /// Writes a text file. Buffers stay where their URIs say.
 std::string write_gltf_text(const GltfFile& file);

@@ -39,10 +39,11 @@ struct GltfMesh {
 };
 
 /// Reads the file's bytes. `set` is the n of TEXCOORD_n whose present values the document gets and
-/// which the result replaces.
+/// which the result replaces. `max_corners` is `k_max_corners` at most.
 /// Errors: false with `error` set, "file: what: reason".
-bool read_gltf_mesh(const std::string& name, const std::string& bytes, int set, GltfMesh& mesh,
-                    host::ObjDocument& document, host::IoError& error);
+bool read_gltf_mesh(const std::string& name, const std::string& bytes, int set,
+                    uint64_t max_corners, GltfMesh& mesh, host::ObjDocument& document,
+                    host::IoError& error);
 
 /// The file with new texture coordinates. Vertices are split where a corner's coordinate differs;
 /// then all attributes and morph targets of their primitives get new accessors. Everything else

@@ -13,8 +13,9 @@ enum Mode { triangles = 4, strip = 5, fan = 6 };
 
 class MeshReader {
 public:
-    MeshReader(int set, GltfMesh& mesh, host::ObjDocument& document)
-        : mesh_(mesh), document_(document), set_name_("TEXCOORD_" + std::to_string(set)) {
+    MeshReader(int set, uint64_t max_corners, GltfMesh& mesh, host::ObjDocument& document)
+        : max_corners_(max_corners), mesh_(mesh), document_(document),
+          set_name_("TEXCOORD_" + std::to_string(set)) {
         mesh_.set = set;
     }
     bool run(std::string& error);
@@ -34,6 +35,7 @@ private:
         return false;
     }
 
+    const uint64_t max_corners_;
     GltfMesh& mesh_;
     host::ObjDocument& document_;
     std::string set_name_;
@@ -186,8 +188,8 @@ bool MeshReader::add_primitive(size_t mesh, size_t number, const Json& primitive
     read.first_corner = document_.corner_vertex.size();
     if (!read_corners(primitive, mode.get<uint64_t>(), positions.count, read.corners))
         return false;
-    if (read.corners.size() > UINT32_MAX - read.first_corner)
-        return fail("the file has more than 4294967295 corners");
+    if (read.first_corner + read.corners.size() > max_corners_)
+        return fail("the file has more than " + std::to_string(max_corners_) + " corners");
     read.group = group_of(primitive, positions.count);
     mesh_.primitives.push_back(std::move(read));
     return add_triangles(mesh_.primitives.back(), attributes);
@@ -221,15 +223,16 @@ bool MeshReader::run(std::string& error) {
 
 } // namespace
 
-bool read_gltf_mesh(const std::string& name, const std::string& bytes, int set, GltfMesh& mesh,
-                    host::ObjDocument& document, host::IoError& error) {
+bool read_gltf_mesh(const std::string& name, const std::string& bytes, int set,
+                    uint64_t max_corners, GltfMesh& mesh, host::ObjDocument& document,
+                    host::IoError& error) {
     mesh = GltfMesh();
     document = host::ObjDocument();
     document.name = name;
     std::string reason;
     try {
         if (read_gltf(name, bytes, mesh.file, reason) &&
-            MeshReader(set, mesh, document).run(reason))
+            MeshReader(set, max_corners, mesh, document).run(reason))
             return true;
     } catch (const Json::exception&) { // a member is used as what it is not
         reason = "JSON: a value has the wrong type";

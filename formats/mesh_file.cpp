@@ -91,15 +91,17 @@ bool parse(const std::string& name, std::string bytes, const ReadOptions& option
     }
     if (file.format == Format::ply) {
         file.bytes = is_compressed ? std::move(bytes) : "";
-        return read_ply_mesh(name, is_compressed ? std::move(inflated) : std::move(bytes), file.ply,
-                             file.document, error);
+        return read_ply_mesh(name, is_compressed ? std::move(inflated) : std::move(bytes),
+                             options.max_corners, file.ply, file.document, error);
     }
     if (file.format == Format::stl) {
-        const bool good = read_stl_mesh(name, text, file.solids, file.document, error);
+        const bool good =
+            read_stl_mesh(name, text, options.max_corners, file.solids, file.document, error);
         file.bytes = std::move(bytes);
         return good;
     }
-    const bool good = read_gltf_mesh(name, text, options.texcoord, file.gltf, file.document, error);
+    const bool good = read_gltf_mesh(name, text, options.texcoord, options.max_corners, file.gltf,
+                                     file.document, error);
     file.other_files = file.gltf.file.file_names;
     file.bytes = std::move(bytes);
     return good;
@@ -128,7 +130,7 @@ bool format_new(const MeshFile& file, const host::ObjUvs& uvs, Format format,
         return model_to_fbx(model, bytes, error);
     GltfFile result = model_to_gltf(model);
     if (format == Format::glb)
-        return write_glb(result, bytes, error);
+        return write_glb(result, options.max_glb, bytes, error);
     result.json["buffers"][0]["uri"] = data_uri(result.buffers[0]);
     bytes = write_gltf_text(result);
     return true;
@@ -139,12 +141,13 @@ bool format_patched(const MeshFile& file, const host::ObjUvs& uvs, Format format
     if (file.format == Format::obj)
         return host::format_obj(file.document, uvs, bytes, error);
     if (file.format == Format::ply)
-        return patch_ply(file.ply, file.document, uvs, options.ply_uvs, bytes, error);
+        return patch_ply(file.ply, file.document, uvs, options.ply_uvs, options.max_vertices, bytes,
+                         error);
     GltfFile result;
     if (!patch_gltf(file.gltf, uvs, result, error))
         return false;
     if (format == Format::glb)
-        return write_glb(result, bytes, error);
+        return write_glb(result, options.max_glb, bytes, error);
     for (size_t i = 0; i < result.buffers.size(); ++i)
         if (!result.json["buffers"][i].contains("uri")) // it was the binary chunk
             result.json["buffers"][i]["uri"] = data_uri(result.buffers[i]);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formats/gltf_mesh.h"
+#include "formats/limits.h"
 #include "formats/model.h"
 #include "formats/ply_mesh.h"
 #include "formats/stl_mesh.h"
@@ -87,11 +88,14 @@ struct MeshFile {
 struct ReadOptions {
     int texcoord = 0;                       ///< glTF: the set that is replaced
     uint64_t max_input = uint64_t(8) << 30; ///< bytes, of compressed files when inflated
+    uint64_t max_corners = k_max_corners;
 };
 
 struct WriteOptions {
     std::string format; ///< by its name; empty for that of the output's name
     PlyUvs ply_uvs = PlyUvs::as_read;
+    uint64_t max_glb = k_max_glb;          ///< bytes
+    uint64_t max_vertices = k_max_corners; ///< PLY: after splitting
 };
 
 /// The place by its name: as_read, face or vertex. Returns false for any other.

@@ -1,5 +1,6 @@
 #include "formats/model.h"
 
+#include "formats/limits.h"
 #include "host/io/obj_scale.h"
 
 #include <algorithm>
@@ -7,8 +8,6 @@
 
 namespace formats {
 namespace {
-
-constexpr size_t k_max_corners = 0x7FFFFFFF;
 
 /// Of every node to the space of all.
 std::vector<Matrix> world_matrices(const Model& model) {
@@ -218,7 +217,8 @@ bool flatten(const Model& original, Model& flat, std::string& error) {
         begin_layer(model.other_uvs[i], flat.other_uvs[i]);
     Placer placer(model, flat);
     if (placer.corner_count() > k_max_corners) {
-        error = "its instances have more than 2147483647 corners together";
+        error =
+            "its instances have more than " + std::to_string(k_max_corners) + " corners together";
         return false;
     }
     for (size_t node = 0; node < model.nodes.size(); ++node)

@@ -88,12 +88,34 @@ private:
     std::vector<std::vector<uint32_t>> polygons_; ///< of each part
 };
 
+void append_value(int32_t value, std::string& text, char before) {
+    append_number(value, text, before);
+}
+
+/// Readers such as Assimp's sum what stands before and behind the point in single precision and
+/// take an exponent for a power: the shortest text may come back as the next value. Nine digits
+/// without an exponent come back as they were.
+void append_value(float value, std::string& text, char before) {
+    const double size = std::fabs(double(value));
+    if (!(size >= 1e-6 && size < 1e18))
+        return append_number(value, text, before);
+    const int decimals = std::max(0, 8 - int(std::floor(std::log10(size))));
+    char digits[40];
+    char* end =
+        std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, decimals)
+            .ptr;
+    while (decimals > 0 && end[-1] == '0')
+        --end;
+    text += before;
+    text.append(digits, end[-1] == '.' ? end - 1 : end);
+}
+
 template <class Number>
 void Writer::add_array(const char* name, const std::vector<Number>& values, const char* tabs) {
     text_ +=
         std::string(tabs) + name + ": *" + std::to_string(values.size()) + " {\n" + tabs + "\ta: ";
     for (size_t i = 0; i < values.size(); ++i) {
-        append_number(values[i], text_, i == 0 ? ' ' : ',');
+        append_value(values[i], text_, i == 0 ? ' ' : ',');
         if (i % 64 == 63 && i + 1 < values.size())
             text_ += "\n"; // some readers limit the length of a line
     }

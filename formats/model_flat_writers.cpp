@@ -147,8 +147,8 @@ bool model_to_ply(const Model& original, PlyUvs place, std::string& bytes, std::
         uvs.v.push_back(model.uvs.values[i + 1]);
     }
     uvs.corner_uv.assign(model.uvs.corner.begin(), model.uvs.corner.end());
-    if (read_ply_mesh("PLY", plain_ply(model), mesh, document, failure))
-        return patch_ply(mesh, document, uvs, place, bytes, error);
+    if (read_ply_mesh("PLY", plain_ply(model), k_max_corners, mesh, document, failure))
+        return patch_ply(mesh, document, uvs, place, k_max_corners, bytes, error);
     error = failure.message;
     return false;
 }

@@ -7,6 +7,7 @@
 /// in the file.
 #pragma once
 
+#include "formats/limits.h"
 #include "formats/ply_file.h"
 #include "host/io/obj_document.h"
 #include "host/io/obj_reader.h"
@@ -30,18 +31,18 @@ struct PlyMesh {
     int texcoord = -1;
 };
 
-/// Reads the file's bytes.
+/// Reads the file's bytes. `max_corners` holds for vertices as well; it is `k_max_corners` at most.
 /// Errors: false with `error` set, "file: place: reason".
-bool read_ply_mesh(const std::string& name, std::string bytes, PlyMesh& mesh,
+bool read_ply_mesh(const std::string& name, std::string bytes, uint64_t max_corners, PlyMesh& mesh,
                    host::ObjDocument& document, host::IoError& error);
 
 /// The file with new texture coordinates; old ones are removed, wherever they stand. Per vertex, a
 /// vertex is split where corners differ: its copies follow the last vertex, so that other elements
 /// that name vertices stay valid. Everything else stays: other elements and properties,
 /// comments, encoding.
-/// Errors: false with a reason in `error` if the coordinates do not fit the document, or cannot be
-///         per vertex because a corner has none.
+/// Errors: false with a reason in `error` if the coordinates do not fit the document, cannot be per
+///         vertex because a corner has none, or splitting makes more than `max_vertices`.
 bool patch_ply(const PlyMesh& mesh, const host::ObjDocument& document, const host::ObjUvs& uvs,
-               PlyUvs place, std::string& bytes, std::string& error);
+               PlyUvs place, uint64_t max_vertices, std::string& bytes, std::string& error);
 
 } // namespace formats

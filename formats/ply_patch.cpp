@@ -10,10 +10,11 @@ namespace {
 class Patch {
 public:
     Patch(const PlyMesh& mesh, const host::ObjDocument& document, const host::ObjUvs& uvs,
-          PlyUvs place, std::string& bytes, std::string& error)
+          PlyUvs place, uint64_t max_vertices, std::string& bytes, std::string& error)
         : mesh_(mesh), file_(mesh.file), document_(document), uvs_(uvs), error_(error),
           bytes_(bytes), writer_(mesh.file.encoding, mesh.file.line_end, bytes),
-          vertices_(*mesh.file.find("vertex")), faces_(*mesh.file.find("face")) {
+          vertices_(*mesh.file.find("vertex")), faces_(*mesh.file.find("face")),
+          max_vertices_(max_vertices) {
         per_vertex_ = place == PlyUvs::vertex || (place == PlyUvs::as_read && mesh.u >= 0);
     }
     bool run();
@@ -48,6 +49,7 @@ private:
     PlyWriter writer_;
     const PlyElement& vertices_;
     const PlyElement& faces_;
+    const uint64_t max_vertices_;
     bool per_vertex_;
     std::string new_u_, new_v_; ///< names of coordinates that the vertices do not have yet
     PlyProperty texcoord_;      ///< as written
@@ -135,9 +137,9 @@ bool Patch::split() {
             corner_row_.push_back(copy->second);
         }
     }
-    if (vertices_.rows.size() + copies_.size() <= 0x7FFFFFFF)
+    if (vertices_.rows.size() + copies_.size() <= max_vertices_)
         return true;
-    error_ = "splitting makes more than 2147483647 vertices";
+    error_ = "splitting makes more than " + std::to_string(max_vertices_) + " vertices";
     return false;
 }
 
@@ -289,8 +291,8 @@ bool Patch::run() {
 } // namespace
 
 bool patch_ply(const PlyMesh& mesh, const host::ObjDocument& document, const host::ObjUvs& uvs,
-               PlyUvs place, std::string& bytes, std::string& error) {
-    return Patch(mesh, document, uvs, place, bytes, error).run();
+               PlyUvs place, uint64_t max_vertices, std::string& bytes, std::string& error) {
+    return Patch(mesh, document, uvs, place, max_vertices, bytes, error).run();
 }
 
 } // namespace formats

@@ -8,12 +8,10 @@
 namespace formats {
 namespace {
 
-constexpr uint64_t k_max_count = 0x7FFFFFFF;
-
 class Reader {
 public:
-    Reader(PlyMesh& mesh, host::ObjDocument& document, host::IoError& error)
-        : mesh_(mesh), document_(document), error_(error) {}
+    Reader(uint64_t max_corners, PlyMesh& mesh, host::ObjDocument& document, host::IoError& error)
+        : max_corners_(max_corners), mesh_(mesh), document_(document), error_(error) {}
     bool run();
 
 private:
@@ -33,6 +31,7 @@ private:
         return fail(ply_place(mesh_.file, cursor.begin_of_last()) + ": " + reason);
     }
 
+    const uint64_t max_corners_;
     PlyMesh& mesh_;
     host::ObjDocument& document_;
     host::IoError& error_;
@@ -119,8 +118,9 @@ bool Reader::read_vertex(uint64_t row, PlyCursor& cursor) {
 }
 
 bool Reader::read_vertices() {
-    if (vertices_->count > k_max_count)
-        return fail("more than 2147483647 vertices", host::IoError::too_large);
+    if (vertices_->count > max_corners_)
+        return fail("more than " + std::to_string(max_corners_) + " vertices",
+                    host::IoError::too_large);
     for (uint64_t row = 0; row < vertices_->rows.size(); ++row) {
         PlyCursor cursor(mesh_.file, vertices_->rows[row]);
         if (!read_vertex(row, cursor))
@@ -198,8 +198,9 @@ bool Reader::read_faces() {
             ++small_faces_;
         else
             add_corners();
-        if (document_.corner_vertex.size() > k_max_count)
-            return fail("more than 2147483647 face corners", host::IoError::too_large);
+        if (document_.corner_vertex.size() > max_corners_)
+            return fail("more than " + std::to_string(max_corners_) + " face corners",
+                        host::IoError::too_large);
     }
     return true;
 }
@@ -227,7 +228,7 @@ bool Reader::run() {
 
 } // namespace
 
-bool read_ply_mesh(const std::string& name, std::string bytes, PlyMesh& mesh,
+bool read_ply_mesh(const std::string& name, std::string bytes, uint64_t max_corners, PlyMesh& mesh,
                    host::ObjDocument& document, host::IoError& error) {
     mesh = PlyMesh();
     document = host::ObjDocument();
@@ -237,7 +238,7 @@ bool read_ply_mesh(const std::string& name, std::string bytes, PlyMesh& mesh,
         error = {host::IoError::malformed, name + ": " + reason};
         return false;
     }
-    return Reader(mesh, document, error).run();
+    return Reader(max_corners, mesh, document, error).run();
 }
 
 } // namespace formats

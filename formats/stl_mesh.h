@@ -18,10 +18,11 @@ struct StlSolid {
     size_t first_polygon = 0;
 };
 
-/// Reads the file's bytes. Corners at bit-equal positions become one vertex; a warning says how
-/// many there are.
-/// Errors: false with `error` set, "file: place: reason".
-bool read_stl_mesh(const std::string& name, std::string_view bytes, std::vector<StlSolid>& solids,
-                   host::ObjDocument& document, host::IoError& error);
+/// Reads the file's bytes, of `max_corners` at most, which is `k_max_corners` or less. Corners at
+/// bit-equal positions become one vertex; a warning says how many there are. Errors: false with
+/// `error` set, "file: place: reason".
+bool read_stl_mesh(const std::string& name, std::string_view bytes, uint64_t max_corners,
+                   std::vector<StlSolid>& solids, host::ObjDocument& document,
+                   host::IoError& error);
 
 } // namespace formats

@@ -11,13 +11,13 @@ namespace formats {
 namespace {
 
 constexpr size_t k_header = 84, k_record = 50; ///< bytes of a binary file's head and triangles
-constexpr uint64_t k_max_triangles = 0x7FFFFFFF / 3;
 
 class Reader {
 public:
-    Reader(std::string_view bytes, std::vector<StlSolid>& solids, host::ObjDocument& document,
-           host::IoError& error)
-        : bytes_(bytes), solids_(solids), document_(document), error_(error) {}
+    Reader(std::string_view bytes, uint64_t max_triangles, std::vector<StlSolid>& solids,
+           host::ObjDocument& document, host::IoError& error)
+        : bytes_(bytes), max_triangles_(max_triangles), solids_(solids), document_(document),
+          error_(error) {}
     bool run();
 
 private:
@@ -35,7 +35,13 @@ private:
         return false;
     }
 
+    bool fail_too_large() {
+        return fail("more than " + std::to_string(max_triangles_) + " triangles",
+                    host::IoError::too_large);
+    }
+
     std::string_view bytes_, word_;
+    const uint64_t max_triangles_;
     std::vector<StlSolid>& solids_;
     host::ObjDocument& document_;
     host::IoError& error_;
@@ -109,8 +115,8 @@ bool Reader::read_binary() {
         return fail("byte " + std::to_string(k_header + count * k_record) + ": " +
                     std::to_string(bytes_.size() - k_header - count * k_record) +
                     " bytes follow the last triangle");
-    if (count > k_max_triangles)
-        return fail("more than 715827882 triangles", host::IoError::too_large);
+    if (count > max_triangles_)
+        return fail_too_large();
     for (uint32_t t = 0; t < count; ++t)
         for (size_t corner = 0; corner < 3; ++corner) {
             float place[3];
@@ -144,8 +150,8 @@ bool Reader::read_facet() {
         if (!expect("vertex") || !read_number(place[0]) || !read_number(place[1]) ||
             !read_number(place[2]) || !add_corner(place, line()))
             return false;
-    if (document_.corner_vertex.size() > 3 * k_max_triangles)
-        return fail("more than 715827882 triangles", host::IoError::too_large);
+    if (document_.polygon_count() > max_triangles_)
+        return fail_too_large();
     return expect("endloop") && expect("endfacet");
 }
 
@@ -213,12 +219,13 @@ bool Reader::run() {
 
 } // namespace
 
-bool read_stl_mesh(const std::string& name, std::string_view bytes, std::vector<StlSolid>& solids,
-                   host::ObjDocument& document, host::IoError& error) {
+bool read_stl_mesh(const std::string& name, std::string_view bytes, uint64_t max_corners,
+                   std::vector<StlSolid>& solids, host::ObjDocument& document,
+                   host::IoError& error) {
     solids.clear();
     document = host::ObjDocument();
     document.name = name;
-    return Reader(bytes, solids, document, error).run();
+    return Reader(bytes, max_corners / 3, solids, document, error).run();
 }
 
 } // namespace formats

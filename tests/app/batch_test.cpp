@@ -413,13 +413,44 @@ TEST_F(BatchProgram, UnwritableOutputFolderIsAFailureOfEachMesh) {
         << ended.err;
 }
 
+TEST_F(BatchProgram, FolderThatCannotBeSearchedIsRefused) {
+    std::string folder = "in";
+    for (int i = 0; i < 40; ++i) // each of them is open while those in it are searched
+        folder += "/f";
+    std::filesystem::create_directories(dir.path(folder));
+    Process::Setup setup;
+    setup.open_files = 20;
+    const std::string reason = dir.path("in") + ": cannot be searched: Too many open files";
+    Ended ended = batch({}, setup);
+    EXPECT_EQ(3, ended.code);
+    EXPECT_NE(ended.err.npos, ended.err.find(reason)) << ended.err;
+    EXPECT_FALSE(dir.has("out"));
+    ended = test::run({"report", "merge", dir.path("in")}, setup);
+    EXPECT_EQ(3, ended.code);
+    EXPECT_NE(ended.err.npos, ended.err.find(reason)) << ended.err;
+}
+
+#if !defined(__SANITIZE_ADDRESS__) // the sanitizer's shadow memory exceeds any limit
+TEST_F(BatchProgram, MeshThatMemoryDoesNotSufficeForFailsAlone) {
+    Process::Setup setup;
+    setup.memory_limit = 200ul << 20; // less than a picture of 8192 x 8192 texels takes
+    const Ended ended = batch({"--beside", "--width", "8192", "--height", "8192"}, setup);
+    EXPECT_EQ(1, ended.code) << ended.err;
+    EXPECT_NE(ended.err.npos, ended.err.find("code 4: not enough memory; no result was written"))
+        << ended.err;
+    EXPECT_NE(ended.err.npos, ended.err.find("0 done, 0 up to date, 2 failed")) << ended.err;
+    EXPECT_TRUE(meshes("out").empty());
+}
+#endif
+
 TEST_F(BatchProgram, WorkerAnswersWhatIsNoRequest) {
     Process::Setup setup;
-    setup.input = "{\n{\"inputs\": 1}\n";
+    setup.input = "{\n{\"inputs\": 1}\n{\"mesh_follows\": true}";
     const Ended ended = test::run({"worker"}, setup);
     EXPECT_EQ(0, ended.code);
     const std::vector<Json> answers = lines_of(ended);
-    ASSERT_EQ(2u, answers.size());
+    ASSERT_EQ(3u, answers.size());
+    EXPECT_EQ("the mesh is missing", answers[2]["reason"]);
     EXPECT_EQ("the request is not JSON", answers[0]["reason"]);
     EXPECT_EQ("requests have no 'inputs'", answers[1]["reason"]);
     EXPECT_EQ(2, answers[1]["code"]);

@@ -1,12 +1,17 @@
 #include "app/interrupt.h"
 #include "app/mesh_reader.h"
 #include "formats/model_stream.h"
+#include "formats/model_writers.h"
 #include "tests/app/meshes.h"
 #include "tests/app/scratch.h"
 
 #include <cmath>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
+#include <random>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -166,6 +171,36 @@ TEST_F(MeshImportByAssimp, TextFbxThatWasWrittenReadsBackAsTheSameModel) {
     EXPECT_TRUE(r.file.document.warnings.empty());
 }
 
+TEST_F(MeshImportByAssimp, TextFbxKeepsEveryBitOfPositions) {
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> exponent(-6.0, 17.9), digits(1.0, 10.0);
+    // The shortest texts of the first two lie almost halfway between two values.
+    std::vector<float> positions = {1.113823f, -1.113823f, 1e17f, 0.0f, 1e-6f, 16777216.0f};
+    while (positions.size() < 9000)
+        positions.push_back(float(digits(random) * std::pow(10.0, std::floor(exponent(random)))));
+    formats::Model model;
+    model.positions = positions;
+    model.parts = {"part"};
+    model.uvs.name = "map1";
+    model.uvs.components = 2;
+    model.uvs.values = {0.5f, 0.5f};
+    model.uvs.corner.assign(positions.size() / 3, 0);
+    model.corner_begin = {0};
+    for (uint32_t vertex = 0; vertex < 3000; ++vertex) {
+        model.corner_vertex.push_back(vertex);
+        if (vertex % 3 == 2) {
+            model.corner_begin.push_back(vertex + 1);
+            model.polygon_material.push_back(host::k_obj_none);
+            model.polygon_part.push_back(0);
+        }
+    }
+    std::string bytes, error;
+    ASSERT_TRUE(formats::model_to_fbx(model, bytes, error)) << error;
+    const Imported r = import_file(formats::Format::fbx, bytes);
+    ASSERT_TRUE(r.good) << r.error.message;
+    EXPECT_EQ(positions, r.file.model.positions);
+}
+
 TEST_F(MeshImportByAssimp, HierarchyWithInstancesAndSeveralUvSetsReadsBack) {
     formats::MeshFile file;
     host::IoError error;
@@ -281,6 +316,34 @@ TEST_F(MeshImportByAssimp, MemoryIsLimited) {
 #endif
 
 #endif // TESSORA_IMPORTER
+
+#ifndef __SANITIZE_ADDRESS__ // whose allocator ends the process instead
+TEST(MeshMemory, MeshThatItDoesNotSufficeForIsRefused) {
+    constexpr uint32_t triangles = 200000;
+    std::string stl(80, ' ');
+    stl.append(reinterpret_cast<const char*>(&triangles), 4);
+    stl.resize(84 + 50 * triangles);
+    for (uint32_t corner = 0; corner < 3 * triangles; ++corner) { // all at places of their own
+        const float x = float(corner);
+        std::memcpy(&stl[84 + 50 * (corner / 3) + 12 + 12 * (corner % 3)], &x, 4);
+    }
+    std::ifstream sizes("/proc/self/statm");
+    uint64_t pages = 0;
+    sizes >> pages;
+    rlimit before = {};
+    ::getrlimit(RLIMIT_AS, &before);
+    // The text, which is moved, is there already; the mesh takes more than four times as much.
+    const rlimit tight = {pages * uint64_t(::sysconf(_SC_PAGESIZE)) + stl.size(), before.rlim_max};
+    ::setrlimit(RLIMIT_AS, &tight);
+    formats::MeshFile file;
+    host::IoError error;
+    const bool good = formats::parse_mesh("m.stl", std::move(stl), {}, file, error);
+    ::setrlimit(RLIMIT_AS, &before);
+    EXPECT_FALSE(good);
+    EXPECT_EQ("m.stl: not enough memory for the mesh", error.message);
+    EXPECT_EQ(host::IoError::too_large, error.kind);
+}
+#endif
 
 TEST(ModelStream, ReadsBackWhatWasWrittenAndRefusesEveryDamage) {
     formats::Model model, again;

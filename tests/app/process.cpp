@@ -95,6 +95,7 @@ Process::Process(const std::vector<std::string>& words, const Setup& setup) {
         set_limit(RLIMIT_AS, setup.memory_limit);
         set_limit(RLIMIT_FSIZE, setup.file_limit);
         set_limit(RLIMIT_STACK, setup.stack_limit);
+        set_limit(RLIMIT_NOFILE, setup.open_files);
         set_limit(RLIMIT_CORE, 1);
         ::execv(TESSORA_PROGRAM, arguments.data());
         ::_exit(127);

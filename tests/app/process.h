@@ -27,6 +27,7 @@ public:
         unsigned long memory_limit = 0; ///< bytes of address space; 0 for no limit
         unsigned long file_limit = 0;   ///< size of written files in bytes; 0 for no limit
         unsigned long stack_limit = 0;  ///< bytes of stack; 0 for that of the test
+        unsigned long open_files = 0;   ///< at the same time; 0 for no limit
     };
 
     explicit Process(const std::vector<std::string>& words) : Process(words, Setup()) {}

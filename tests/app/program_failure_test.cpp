@@ -206,6 +206,19 @@ TEST_F(ProgramFailure, DeviceWithoutEndIsReadNoFurtherThanAllowed) {
         << ended.err;
 }
 
+TEST_F(ProgramFailure, RunningOutOfMemoryForAPictureLeavesNoResult) {
+    Process::Setup setup;
+    setup.memory_limit = 200ul << 20; // less than a picture of 8192 x 8192 texels takes
+    const Ended ended = run({"unwrap", dir.put("cube.obj", k_cube), "--layout", dir.path("l.png"),
+                             "--width", "8192", "--height", "8192"},
+                            setup);
+    EXPECT_EQ(4, ended.code);
+    EXPECT_NE(std::string::npos,
+              ended.err.find("tessora: not enough memory; no result was written\n"))
+        << ended.err;
+    EXPECT_EQ(Names{"cube.obj"}, dir.names());
+}
+
 TEST_F(ProgramFailure, RunningOutOfMemoryReturnsTheLimitCode) {
     Process::Setup setup;
     setup.memory_limit = 64ul << 20;
@@ -235,6 +248,68 @@ TEST_F(ProgramFailure, RunningOutOfMemoryInThePluginReturnsTheLimitCode) {
         ::unsetenv(name);
     EXPECT_NE(std::string::npos, messages.find("Out of memory, can not generate false edges"))
         << messages;
+}
+#endif
+
+#if !defined(__SANITIZE_ADDRESS__) // the sanitizer has an allocator of its own
+class FailingAllocation : public ProgramFailure {
+protected:
+    ~FailingAllocation() override {
+        for (const char* name : {"LD_PRELOAD", "TESSORA_FAIL_NEW", "TESSORA_FAIL_NEW_SIZE"})
+            ::unsetenv(name);
+    }
+    /// Runs the program again and again, each time with a later one of its larger allocations
+    /// failing, until none fails. Whatever fails, the program says so, ends with the code of limits
+    /// or with `other`, and leaves no file. Returns all that was said.
+    std::string fail_each(const Words& words, int other = 4) {
+        const Names before = dir.names();
+        ::setenv("LD_PRELOAD", TESSORA_FAILING_MALLOC, 1);
+        ::setenv("TESSORA_FAIL_NEW_SIZE", "8192", 1);
+        std::string said;
+        for (int call = 1; call < 10000; call += 1 + call / 24) {
+            ::setenv("TESSORA_FAIL_NEW", std::to_string(call).c_str(), 1);
+            const Ended ended = run(words);
+            if (ended.err.find("allocation failed") == ended.err.npos)
+                break; // there are no more
+            said += ended.err;
+            if (ended.code == 0)
+                continue; // it could do without
+            EXPECT_TRUE(ended.code == 4 || ended.code == other) << ended.code << ended.err;
+            EXPECT_NE(ended.err.npos, ended.err.find("tessora: ", ended.err.find("allocation")))
+                << ended.err;
+            EXPECT_EQ(before, dir.names()) << ended.err;
+        }
+        return said;
+    }
+    static void expect_said(const std::string& sentence, const std::string& said) {
+        EXPECT_NE(std::string::npos, said.find(sentence)) << sentence;
+    }
+};
+
+TEST_F(FailingAllocation, OfUnwrapLeavesNoResult) {
+    // Code 5: the plug-in has sentences of its own, which do not tell why.
+    const std::string said =
+        fail_each({"unwrap", dir.put("m.obj", dome(20)), "-o", "/dev/null", "--align"}, 5);
+    expect_said("m.obj: not enough memory for the file", said);
+    expect_said("m.obj: not enough memory for the mesh", said);
+    expect_said("m.obj: memory ran out", said);
+    expect_said("m.obj: not enough memory to pack the charts", said);
+    expect_said("not enough memory; no result was written", said);
+}
+
+TEST_F(FailingAllocation, OfPackLeavesNoResult) {
+    result(dome(20));
+    const std::string said = fail_each({"pack", dir.path("result.obj"), "-o", dir.path("p.obj")});
+    expect_said("result.obj: not enough memory for the mesh", said);
+    expect_said("not enough memory to pack the charts", said);
+}
+
+TEST_F(FailingAllocation, OfVerifyLeavesNoPicture) {
+    result(dome(20));
+    const std::string said =
+        fail_each({"verify", dir.path("result.obj"), "--layout", dir.path("l.png")}, 7);
+    expect_said("result.obj: not enough memory for the mesh", said);
+    expect_said("the picture cannot be made: not enough memory", said);
 }
 #endif
 
@@ -291,18 +366,20 @@ TEST_F(ProgramSignal, AbortReturnsTheCodeOfAnInternalError) {
     EXPECT_NE(std::string::npos, ended.err.find("tessora: internal error"));
 }
 
-/// The program with a script in place of the process that reads other formats, as it is installed.
-Ended run_with_importer(const Scratch& dir, const std::string& script, const std::string& words) {
+/// Copies the program to home/bin, with links to its modules in home/lib/tessora, as it is
+/// installed.
+void install(const Scratch& dir) {
     namespace fs = std::filesystem;
-    const std::string home = dir.path("home"), modules = home + "/lib/tessora";
-    fs::create_directories(home + "/bin");
-    fs::create_directories(modules);
-    fs::copy_file(TESSORA_PROGRAM, home + "/bin/tessora");
+    fs::create_directories(dir.path("home/bin"));
+    fs::create_directories(dir.path("home/lib/tessora"));
+    fs::copy_file(TESSORA_PROGRAM, dir.path("home/bin/tessora"));
     for (const auto& entry : fs::directory_iterator(fs::path(TESSORA_PROGRAM).parent_path()))
         if (entry.path().extension() == ".so")
-            fs::create_symlink(entry.path(), fs::path(modules) / entry.path().filename());
-    dir.put("home/lib/tessora/tessora_import", "#!/bin/sh\n" + script);
-    fs::permissions(modules + "/tessora_import", fs::perms::all);
+            fs::create_symlink(entry.path(),
+                               dir.path("home/lib/tessora/") + entry.path().filename().string());
+}
+
+Ended run_installed(const Scratch& dir, const std::string& words) {
     const std::string err = dir.path("err");
     const int status =
         std::system(("cd " + dir.root() + " && home/bin/tessora " + words + " 2>" + err).c_str());
@@ -312,10 +389,23 @@ Ended run_with_importer(const Scratch& dir, const std::string& script, const std
     return ended;
 }
 
+TEST_F(ProgramFailure, PlugInThatIsNotInstalledIsTold) {
+    install(dir);
+    std::filesystem::remove(dir.path("home/lib/tessora/tessora.so"));
+    dir.put("cube.obj", k_cube);
+    const Ended ended = run_installed(dir, "unwrap cube.obj");
+    EXPECT_NE(0, ended.code);
+    EXPECT_NE(std::string::npos, ended.err.find("the plug-in cannot be loaded: ")) << ended.err;
+    EXPECT_FALSE(dir.has("cube_uv.obj"));
+}
+
 TEST_F(ProgramFailure, CrashInTheLibraryThatReadsAFormatIsAnInputErrorWithTheFilesName) {
+    install(dir);
+    dir.put("home/lib/tessora/tessora_import", "#!/bin/sh\ncat > /dev/null; kill -SEGV $$\n");
+    std::filesystem::permissions(dir.path("home/lib/tessora/tessora_import"),
+                                 std::filesystem::perms::all);
     dir.put("bad.fbx", "; FBX 7.4.0 project file\n");
-    const Ended ended = run_with_importer(dir, "cat > /dev/null; kill -SEGV $$\n",
-                                          "unwrap bad.fbx -o bad.obj --report bad.json");
+    const Ended ended = run_installed(dir, "unwrap bad.fbx -o bad.obj --report bad.json");
     const std::string reason = "bad.fbx: the library that reads this format ended by signal 11; "
                                "the file is probably damaged";
     EXPECT_EQ(3, ended.code) << ended.err;

@@ -85,6 +85,13 @@ TEST_F(Script, UnwrapsAndExports) {
     expect_unwrapped("ring.obj");
 }
 
+TEST_F(Script, UnwrapWhoseHistoryIsGoneIsToldWithoutFigures) {
+    const Ended ended = shell("loadPlugin tessora; polyCube -n box; tessora; delete -ch;\n");
+    EXPECT_NE(std::string::npos,
+              ended.out.find("// boxShape: unwrapped, without a node in its history\n"))
+        << ended.out;
+}
+
 TEST_F(Script, ShellTellsWhatBecameOfAnUnwrap) {
     const Ended ended = shell("loadPlugin tessora; polyCube -n box;\ntessora -pad 40 -cr 3;\n");
     EXPECT_EQ(0, ended.code) << ended.err;

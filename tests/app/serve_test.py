@@ -396,6 +396,7 @@ class Serve(unittest.TestCase):
         os.mkdir(self.path("open"))
         os.chmod(self.path("open"), 0o777)
         refused("must be yours", ("--socket", self.path("open/s.sock")))
+        refused("cannot be listened on", ("--socket", "/proc/self/fd/s.sock"))  # where nobody can make files
 
     def test_dead_socket_is_replaced(self):
         process, path = self.listen()

@@ -4,6 +4,7 @@
 #include "tests/app/scratch.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 namespace {
 
@@ -31,6 +32,17 @@ protected:
     UnwrapChild child{TESSORA_PROGRAM};
     std::string error;
 };
+
+TEST_F(UnwrapChildTest, ProcessThatCannotBeStartedIsTold) {
+    rlimit before = {};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none = {3, before.rlim_max}; // the standard streams
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    const bool begun = child.begin(request("in.obj", "out.obj"), error);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_FALSE(begun);
+    EXPECT_NE(std::string::npos, error.find(" cannot be started: Too many open files")) << error;
+}
 
 TEST_F(UnwrapChildTest, WritesTheResultAndTellsItsFigures) {
     ASSERT_TRUE(child.begin(request("in.obj", "out.obj"), error)) << error;

@@ -84,7 +84,7 @@ std::string instances() {
     file.buffers = {buffer};
     file.is_binary = true;
     std::string bytes, error;
-    EXPECT_TRUE(formats::write_glb(file, bytes, error)) << error;
+    EXPECT_TRUE(formats::write_glb(file, formats::k_max_glb, bytes, error)) << error;
     return bytes;
 }
 

@@ -49,7 +49,7 @@ public:
         file.buffers = {buffer};
         file.is_binary = true;
         std::string bytes, error;
-        EXPECT_TRUE(formats::write_glb(file, bytes, error)) << error;
+        EXPECT_TRUE(formats::write_glb(file, formats::k_max_glb, bytes, error)) << error;
         return bytes;
     }
     Json json;
@@ -606,6 +606,35 @@ TEST(Gltf, BecomesAnObjFile) {
     EXPECT_EQ(r.file.document.positions, document.positions);
     EXPECT_EQ(r.file.document.corner_vertex, document.corner_vertex);
     EXPECT_TRUE(document.has_uvs());
+}
+
+TEST(GltfRefuses, MoreCornersThanAMeshMayHave) {
+    formats::ReadOptions options;
+    formats::MeshFile file;
+    host::IoError error;
+    options.max_corners = 6;
+    EXPECT_TRUE(formats::parse_mesh("m.glb", square().glb(), options, file, error));
+    options.max_corners = 5;
+    EXPECT_FALSE(formats::parse_mesh("m.glb", square().glb(), options, file, error));
+    EXPECT_EQ("m.glb: mesh 0 primitive 0: the file has more than 5 corners", error.message);
+}
+
+TEST(GltfRefuses, ResultsThatABinaryFileCannotHold) {
+    formats::MeshFile file;
+    host::IoError failure;
+    ASSERT_TRUE(formats::parse_mesh("m.glb", square().glb(), {}, file, failure));
+    const host::ObjUvs uvs = {{0.5f}, {0.5f}, std::vector<int32_t>(6, 0)};
+    formats::WriteOptions options;
+    std::string bytes, error;
+    ASSERT_TRUE(formats::format_mesh(file, uvs, "o.glb", options, bytes, error)) << error;
+    const uint64_t size = bytes.size();
+    options.max_glb = size;
+    EXPECT_TRUE(formats::format_mesh(file, uvs, "o.glb", options, bytes, error)) << error;
+    options.max_glb = size - 1;
+    EXPECT_FALSE(formats::format_mesh(file, uvs, "o.glb", options, bytes, error));
+    EXPECT_EQ("the result would have " + std::to_string(size) + " bytes; a GLB file has at most " +
+                  std::to_string(size - 1),
+              error);
 }
 
 } // namespace

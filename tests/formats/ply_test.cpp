@@ -415,4 +415,32 @@ TEST(Ply, ElementsWithoutPropertiesHaveNoRows) {
     EXPECT_TRUE(read(text).good);
 }
 
+TEST(Ply, MoreVerticesOrCornersThanAMeshMayHaveAreRefused) {
+    const auto refused = [](uint64_t most) {
+        formats::ReadOptions options;
+        options.max_corners = most;
+        formats::MeshFile file;
+        host::IoError error;
+        const bool good = formats::parse_mesh("m.ply", k_quads, options, file, error);
+        EXPECT_EQ(good ? host::IoError::Kind() : host::IoError::too_large, error.kind);
+        return error.message;
+    };
+    EXPECT_EQ("", refused(8));
+    EXPECT_EQ("m.ply: more than 7 face corners", refused(7));
+    EXPECT_EQ("m.ply: more than 5 vertices", refused(5));
+}
+
+TEST(Ply, MoreVerticesThanAMeshMayHaveAfterSplittingAreRefused) {
+    const Read r = read(k_quads);
+    formats::WriteOptions options;
+    options.ply_uvs = PlyUvs::vertex;
+    options.max_vertices = 8; // one for every corner
+    std::string bytes, error;
+    const host::ObjUvs uvs = coordinates(r.document(), true);
+    EXPECT_TRUE(formats::format_mesh(r.file, uvs, "o.ply", options, bytes, error)) << error;
+    options.max_vertices = 7;
+    EXPECT_FALSE(formats::format_mesh(r.file, uvs, "o.ply", options, bytes, error));
+    EXPECT_EQ("splitting makes more than 7 vertices", error);
+}
+
 } // namespace

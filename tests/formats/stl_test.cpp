@@ -133,4 +133,18 @@ TEST(Stl, FaultsOfATextAreNamedWithTheirLine) {
         EXPECT_NE(std::string::npos, refusal(whole.substr(0, cut)).find("m.stl: ")) << cut;
 }
 
+TEST(Stl, MoreTrianglesThanAMeshMayHaveAreRefused) {
+    formats::ReadOptions options;
+    for (const std::string& bytes : {binary(), text()}) {
+        formats::MeshFile file;
+        host::IoError error;
+        options.max_corners = 6;
+        EXPECT_TRUE(formats::parse_mesh("m.stl", bytes, options, file, error)) << error.message;
+        options.max_corners = 5;
+        EXPECT_FALSE(formats::parse_mesh("m.stl", bytes, options, file, error));
+        EXPECT_EQ("m.stl: more than 1 triangles", error.message);
+        EXPECT_EQ(host::IoError::too_large, error.kind);
+    }
+}
+
 } // namespace
