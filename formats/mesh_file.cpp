@@ -65,6 +65,19 @@ bool inflate(const std::string& name, const ReadOptions& options, const std::str
                   name + ": " + reason, error);
 }
 
+/// Reads the formats whose mesh has the content of the file.
+bool take_content(const std::string& name, std::string content, const ReadOptions& options,
+                  MeshFile& file, host::IoError& error) {
+    if (file.is_foreign()) {
+        file.inflated = std::move(content);
+        return true;
+    }
+    if (file.format == Format::ply)
+        return read_ply_mesh(name, std::move(content), options.max_corners, file.ply, file.document,
+                             error);
+    return host::parse_obj(name, std::move(content), file.document, error);
+}
+
 bool parse(const std::string& name, std::string bytes, const ReadOptions& options, MeshFile& file,
            host::IoError& error) {
     std::string inflated;
@@ -79,20 +92,11 @@ bool parse(const std::string& name, std::string bytes, const ReadOptions& option
                       error);
     if (!format_of(name, file.format))
         file.format = format_of_content(text);
-    if (file.is_foreign()) {
-        file.bytes = is_compressed ? std::move(bytes) : "";
-        file.inflated = is_compressed ? std::move(inflated) : std::move(bytes);
-        return true;
-    }
-    if (file.format == Format::obj) {
-        file.bytes = is_compressed ? std::move(bytes) : "";
-        return host::parse_obj(name, is_compressed ? std::move(inflated) : std::move(bytes),
-                               file.document, error);
-    }
-    if (file.format == Format::ply) {
-        file.bytes = is_compressed ? std::move(bytes) : "";
-        return read_ply_mesh(name, is_compressed ? std::move(inflated) : std::move(bytes),
-                             options.max_corners, file.ply, file.document, error);
+    if (file.is_foreign() || file.format == Format::obj || file.format == Format::ply) {
+        std::string content = std::move(is_compressed ? inflated : bytes);
+        if (is_compressed)
+            file.bytes = std::move(bytes);
+        return take_content(name, std::move(content), options, file, error);
     }
     if (file.format == Format::stl) {
         const bool good =
