@@ -275,6 +275,9 @@ protected:
             if (ended.code == 0)
                 continue; // it could do without
             EXPECT_TRUE(ended.code == 4 || ended.code == other) << ended.code << ended.err;
+            if (ended.err.find("E_OUTOFMEMORY") != ended.err.npos) {
+                EXPECT_EQ(4, ended.code);
+            }
             EXPECT_NE(ended.err.npos, ended.err.find("tessora: ", ended.err.find("allocation")))
                 << ended.err;
             EXPECT_EQ(before, dir.names()) << ended.err;
