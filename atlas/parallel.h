@@ -3,6 +3,7 @@
 
 #include "atlas/atlas.h"
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -38,6 +39,17 @@ void parallel_for(ParallelFor executor, size_t count, const Work& work) {
     for (const std::exception_ptr& exception : loop.thrown)
         if (exception)
             std::rethrow_exception(exception);
+}
+
+/// Calls work(begin, end) for parts of [0, count) that cover it: one part if `executor` is null.
+template <class Work>
+void for_blocks(ParallelFor executor, size_t count, const Work& work) {
+    constexpr size_t k_block = 4096;
+    if (executor == nullptr)
+        return work(size_t(0), count);
+    parallel_for(executor, (count + k_block - 1) / k_block, [&](size_t block) {
+        work(block * k_block, std::min(count, (block + 1) * k_block));
+    });
 }
 
 /// Workspaces for calls that may run at the same time: as many as have been needed at once. What a

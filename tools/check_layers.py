@@ -11,7 +11,7 @@ import sys
 # C++ standard library. The longest matching folder counts.
 RULES = {
     "atlas": (["atlas/atlas.h", "atlas/parallel.h", "atlas/progress.h"], []),
-    "atlas/geometry": (["atlas/atlas.h", "atlas/geometry/"], []),
+    "atlas/geometry": (["atlas/atlas.h", "atlas/parallel.h", "atlas/geometry/"], []),
     "atlas/charts": (["atlas/atlas.h", "atlas/parallel.h", "atlas/progress.h", "atlas/geometry/", "atlas/charts/"], ["Eigen/"]),
     "atlas/pack": (["atlas/atlas.h", "atlas/parallel.h", "atlas/geometry/", "atlas/pack/"], []),
     "atlas/road": (["atlas/"], []),

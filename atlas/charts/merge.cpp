@@ -18,8 +18,8 @@ uint64_t pair_key(uint32_t a, uint32_t b) { return uint64_t(a) << 32 | b; }
 } // namespace
 
 Merger::Merger(Flattener& flattener, const MergeOptions& options, ParallelFor executor)
-    : flattener_(flattener), set_(flattener.set), state_(set_, options), executor_(executor),
-      history_(set_.charts.size()), first_trial_(flattener, state_) {
+    : flattener_(flattener), set_(flattener.set), state_(set_, options, executor),
+      executor_(executor), history_(set_.charts.size()), first_trial_(flattener, state_) {
     for (uint32_t a = 0; a < history_.size(); ++a)
         history_[a].parent = a;
     shared_.length.assign(history_.size(), 0);

@@ -1,5 +1,7 @@
 #include "atlas/charts/merge_trial.h"
 
+#include "atlas/parallel.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -14,20 +16,22 @@ Box box_of(const Outline& outline) {
 
 } // namespace
 
-MergeState::MergeState(const ChartSet& charts, const MergeOptions& o)
+MergeState::MergeState(const ChartSet& charts, const MergeOptions& o, ParallelFor executor)
     : set(charts), options(o), extent(charts.charts.size()), face_sums(charts.surface.face_count),
       band_flags(charts) {
-    Outline outline;
-    for (uint32_t a = 0; a < extent.size(); ++a) {
+    parallel_for(executor, extent.size(), [&](size_t a) {
+        Outline outline;
         set.outline(set.charts[a], outline);
         extent[a].box = box_of(outline);
         for (uint32_t t : set.charts[a].faces)
             extent[a].hard_area += set.surface.frame[t].area() * double(options.hardness[t]);
-    }
-    for (uint32_t t = 0; t < set.surface.face_count; ++t) {
-        const StretchSums sums = set.measure_face(t);
-        face_sums[t] = {sums.inverse, sums.flat_area, sums.excess};
-    }
+    });
+    for_blocks(executor, set.surface.face_count, [&](size_t begin, size_t end) {
+        for (uint32_t t = uint32_t(begin); t < end; ++t) {
+            const StretchSums sums = set.measure_face(t);
+            face_sums[t] = {sums.inverse, sums.flat_area, sums.excess};
+        }
+    });
 }
 
 MergeTrial::MergeTrial(Flattener& flattener, MergeState& state)

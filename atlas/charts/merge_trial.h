@@ -46,7 +46,7 @@ struct MergeState {
         double inverse = 0, flat_area = 0, excess = 0;
     };
 
-    MergeState(const ChartSet& set, const MergeOptions& options);
+    MergeState(const ChartSet& set, const MergeOptions& options, ParallelFor executor);
     /// The mean over both charts, weighted by area.
     double hardness(uint32_t a, uint32_t b) const {
         return (extent[a].hard_area + extent[b].hard_area) /

@@ -1,5 +1,7 @@
 #include "atlas/geometry/surface.h"
 
+#include "atlas/parallel.h"
+
 #include <algorithm>
 
 namespace tessora::atlas {
@@ -24,29 +26,31 @@ Failure check_arrays(const Mesh& mesh) {
     return {};
 }
 
-void match_half_edges(const Mesh& mesh, Surface& s) {
+void match_half_edges(const Mesh& mesh, Surface& s, ParallelFor executor) {
     s.mate.assign(size_t(s.face_count) * 3, k_none);
     const auto repeats = [&](uint32_t t) {
         const uint32_t* v = &s.vertex[3 * size_t(t)];
         return v[0] == v[1] || v[1] == v[2] || v[2] == v[0];
     };
-    for (uint32_t h = 0; h < s.mate.size(); h++) {
-        const uint32_t other = mesh.adjacency[h];
-        if (other == k_none || other <= h / 3 || repeats(h / 3) || repeats(other))
-            continue; // the lower triangle finds the pair
-        for (uint32_t g = 3 * other; g < 3 * other + 3; g++)
-            if (s.vertex[g] == s.vertex[next_corner(h)] &&
-                s.vertex[next_corner(g)] == s.vertex[h] && mesh.adjacency[g] == h / 3) {
-                s.mate[g] = h;
-                s.mate[h] = g;
-            }
-    }
+    for_blocks(executor, s.mate.size(), [&](size_t begin, size_t end) {
+        for (uint32_t h = uint32_t(begin); h < end; h++) {
+            const uint32_t other = mesh.adjacency[h];
+            if (other == k_none || other <= h / 3 || repeats(h / 3) || repeats(other))
+                continue; // the lower triangle finds the pair
+            for (uint32_t g = 3 * other; g < 3 * other + 3; g++)
+                if (s.vertex[g] == s.vertex[next_corner(h)] &&
+                    s.vertex[next_corner(g)] == s.vertex[h] && mesh.adjacency[g] == h / 3) {
+                    s.mate[g] = h;
+                    s.mate[h] = g;
+                }
+        }
+    });
 }
 
 /// Moves the centre of the bounding box of all used vertices to the origin and makes the mean
 /// triangle area 1, or the diagonal of the box if the mesh has no area. Triangles without any area
 /// do not count: a mesh with more of them is laid out alike, to the last bit.
-void normalise_positions(const Mesh& mesh, Surface& s) {
+void normalise_positions(const Mesh& mesh, Surface& s, ParallelFor executor) {
     s.position.assign(s.vertex_count, Vec3{});
     if (s.face_count == 0)
         return;
@@ -61,11 +65,16 @@ void normalise_positions(const Mesh& mesh, Surface& s) {
         high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
     }
     const Vec3 centre = (low + high) * 0.5;
+    std::vector<double> areas(s.face_count);
+    for_blocks(executor, s.face_count, [&](size_t begin, size_t end) {
+        for (size_t t = begin; t < end; ++t) {
+            const Vec3 a = point(s.vertex[3 * t]), b = point(s.vertex[3 * t + 1]);
+            areas[t] = 0.5 * length(cross(b - a, point(s.vertex[3 * t + 2]) - a));
+        }
+    });
     double area = 0;
     uint32_t count = 0;
-    for (uint32_t t = 0; t < s.face_count; ++t) {
-        const Vec3 a = point(s.vertex[3 * t]), b = point(s.vertex[3 * t + 1]);
-        const double own = 0.5 * length(cross(b - a, point(s.vertex[3 * t + 2]) - a));
+    for (const double own : areas) {
         area += own;
         count += own > 0;
     }
@@ -75,8 +84,10 @@ void normalise_positions(const Mesh& mesh, Surface& s) {
     if (!(unit > 0))
         unit = 1;
     s.unit = unit;
-    for (uint32_t v : s.vertex)
-        s.position[v] = (point(v) - centre) * (1 / unit);
+    for_blocks(executor, s.vertex_count, [&](size_t begin, size_t end) {
+        for (uint32_t v = uint32_t(begin); v < end; ++v)
+            s.position[v] = (point(v) - centre) * (1 / unit);
+    });
 }
 
 constexpr double k_min_area = 1e-9; // of the mean triangle
@@ -109,66 +120,69 @@ Frame sliver_frame(Vec3 a, Vec3 b, Vec3 c) {
     return {x1, dot(e, f) / x1, cross(e, f) / x1};
 }
 
-void build_frames(Surface& s) {
+void build_frames(Surface& s, ParallelFor executor) {
     s.frame.resize(s.face_count);
     s.normal.resize(s.face_count);
     s.degenerate.assign(s.face_count, 0);
+    for_blocks(executor, s.face_count, [&](size_t begin, size_t end) {
+        for (uint32_t t = uint32_t(begin); t < end; ++t) {
+            const uint32_t* v = &s.vertex[3 * size_t(t)];
+            const Vec3 a = s.position[v[0]], b = s.position[v[1]], c = s.position[v[2]];
+            const double doubled = length(cross(b - a, c - a));
+            s.frame[t] = sliver_frame(a, b, c);
+            if (doubled <= 2 * k_min_area || v[0] == v[1] || v[1] == v[2] || v[2] == v[0])
+                s.degenerate[t] = 1;
+            s.normal[t] = s.normal_of(t);
+        }
+    });
     s.total_area = 0;
-    for (uint32_t t = 0; t < s.face_count; ++t) {
-        const uint32_t* v = &s.vertex[3 * size_t(t)];
-        const Vec3 a = s.position[v[0]], b = s.position[v[1]], c = s.position[v[2]];
-        const double doubled = length(cross(b - a, c - a));
-        s.frame[t] = sliver_frame(a, b, c);
-        if (doubled <= 2 * k_min_area || v[0] == v[1] || v[1] == v[2] || v[2] == v[0])
-            s.degenerate[t] = 1;
-        s.normal[t] = s.normal_of(t);
-        s.total_area += s.frame[t].area();
-    }
+    for (const Frame& frame : s.frame)
+        s.total_area += frame.area();
 }
 
 } // namespace
 
 Frame frame_of(Vec3 a, Vec3 b, Vec3 c) { return sliver_frame(a, b, c); }
 
-Failure build_surface(const Mesh& mesh, Surface& s) {
+Failure build_surface(const Mesh& mesh, Surface& s, ParallelFor executor) {
     const Failure failure = check_arrays(mesh);
     if (failure.status != Status::ok)
         return failure;
     s.face_count = uint32_t(mesh.indices.size / 3);
     s.vertex_count = uint32_t(mesh.positions.size / 3);
     s.vertex.assign(mesh.indices.data, mesh.indices.data + mesh.indices.size);
-    match_half_edges(mesh, s);
+    match_half_edges(mesh, s, executor);
     s.false_edge.assign(mesh.indices.size, 0);
     if (mesh.false_edges.size != 0)
         for (uint32_t h = 0; h < 3 * s.face_count; ++h)
             if (s.mate[h] != k_none &&
                 (mesh.false_edges[h] != k_none || mesh.false_edges[s.mate[h]] != k_none))
                 s.false_edge[h] = 1;
-    normalise_positions(mesh, s);
-    build_frames(s);
+    normalise_positions(mesh, s, executor);
+    build_frames(s, executor);
     return {};
 }
 
 void restrict_surface(const Mesh& mesh, const std::vector<uint32_t>& kept,
-                      const std::vector<uint32_t>& number, Surface& s) {
-    std::vector<uint32_t> vertex, mate;
-    std::vector<uint8_t> false_edge;
-    vertex.reserve(3 * kept.size());
-    mate.reserve(3 * kept.size());
-    false_edge.reserve(3 * kept.size());
-    for (uint32_t t : kept)
-        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
-            const uint32_t m = s.mate[h];
-            vertex.push_back(s.vertex[h]);
-            mate.push_back(m == k_none ? k_none : 3 * number[m / 3] + m % 3);
-            false_edge.push_back(s.false_edge[h]);
-        }
+                      const std::vector<uint32_t>& number, Surface& s, ParallelFor executor) {
+    std::vector<uint32_t> vertex(3 * kept.size()), mate(3 * kept.size());
+    std::vector<uint8_t> false_edge(3 * kept.size());
+    for_blocks(executor, kept.size(), [&](size_t begin, size_t end) {
+        for (size_t i = begin; i < end; ++i)
+            for (size_t k = 0; k < 3; ++k) {
+                const size_t h = 3 * size_t(kept[i]) + k;
+                const uint32_t m = s.mate[h];
+                vertex[3 * i + k] = s.vertex[h];
+                mate[3 * i + k] = m == k_none ? k_none : 3 * number[m / 3] + m % 3;
+                false_edge[3 * i + k] = s.false_edge[h];
+            }
+    });
     s.face_count = uint32_t(kept.size());
     s.vertex = std::move(vertex);
     s.mate = std::move(mate);
     s.false_edge = std::move(false_edge);
-    normalise_positions(mesh, s);
-    build_frames(s);
+    normalise_positions(mesh, s, executor);
+    build_frames(s, executor);
 }
 
 } // namespace tessora::atlas

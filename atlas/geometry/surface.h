@@ -56,11 +56,12 @@ struct Surface {
 Frame frame_of(Vec3 a, Vec3 b, Vec3 c);
 
 /// Checks the caller's arrays and builds the surface. On failure `surface` is unspecified.
-Failure build_surface(const Mesh& mesh, Surface& surface);
+Failure build_surface(const Mesh& mesh, Surface& surface, ParallelFor executor = nullptr);
 
 /// Leaves of a surface of `mesh` only the triangles of `kept`, in that order; `number` gives the
 /// place of each there. No mate of a kept triangle is dropped.
 void restrict_surface(const Mesh& mesh, const std::vector<uint32_t>& kept,
-                      const std::vector<uint32_t>& number, Surface& surface);
+                      const std::vector<uint32_t>& number, Surface& surface,
+                      ParallelFor executor = nullptr);
 
 } // namespace tessora::atlas

@@ -30,7 +30,8 @@ Failure check_options(const Options& options, bool packs) {
 /// the progress.
 struct ChartingCall {
     ChartingCall(const Mesh& m, const Options& o, bool p)
-        : mesh(m), options(o), packs(p), progress(o) {}
+        : mesh(m), options(o), packs(p),
+          executor(m.indices.size / 3 < o.min_parallel ? nullptr : o.executor), progress(o) {}
     /// Makes the charts and checks their number.
     Failure run() {
         if (!progress.stage(Stage::surface))
@@ -59,13 +60,13 @@ struct ChartingCall {
     }
     /// Charts of everything but copies, as far as those are not refused, and loose triangles.
     Failure chart_sheets(const SheetOptions& sheet_options) {
-        const Failure failure = build_surface(mesh, surface);
+        const Failure failure = build_surface(mesh, surface, executor);
         if (failure.status != Status::ok)
             return failure;
         const double area = surface.total_area * surface.unit * surface.unit;
         sheets = find_sheets(surface, sheet_options);
         const double repeated = repeated_area() * surface.unit * surface.unit;
-        restrict_surface(mesh, sheets.kept, sheets.number, surface);
+        restrict_surface(mesh, sheets.kept, sheets.number, surface, executor);
         total_area = area / (surface.unit * surface.unit);
         // What merging weighs against the whole must not depend on how often a part repeats.
         surface.total_area += repeated / (surface.unit * surface.unit);
@@ -85,7 +86,7 @@ struct ChartingCall {
         // Where nothing has an area, what is laid out may have another unit than the whole mesh.
         constexpr double k_no_area = 1e-12; // in mean triangles
         const double unit = packs || !(total_area > k_no_area) ? 1 : 1 / std::sqrt(total_area);
-        finished = finish_charts(stages->set, stretch_limit(options.max_stretch), unit);
+        finished = finish_charts(stages->set, stretch_limit(options.max_stretch), unit, executor);
         return follow_sheets(mesh, surface, sheets, options, finished);
     }
 
@@ -107,6 +108,7 @@ struct ChartingCall {
     const Mesh& mesh;
     const Options& options;
     const bool packs;
+    const ParallelFor executor; ///< null also for small meshes
     ProgressMeter progress;
     Surface surface; ///< of what is laid out
     Sheets sheets;
@@ -357,7 +359,7 @@ Failure lay_out_all(ChartingCall& call, double share, std::deque<OtherLayout>& o
             for (OtherLayout& other : others)
                 other.drop();
     };
-    parallel_for(call.options.executor, 1 + others.size(), [&](size_t) {
+    parallel_for(call.executor, 1 + others.size(), [&](size_t) {
         if (std::this_thread::get_id() == caller && !own_begun.exchange(true))
             return own();
         const size_t i = next++;
@@ -379,10 +381,8 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
         failure = lay_out(call, 1, layout);
     } else {
         std::deque<OtherLayout> others = others_than(mesh, options);
-        const bool beside =
-            options.executor != nullptr && mesh.indices.size / 3 >= options.min_parallel;
-        failure = beside ? lay_out_all(call, k_own_share, others, layout)
-                         : lay_out(call, k_own_share, layout);
+        failure = call.executor != nullptr ? lay_out_all(call, k_own_share, others, layout)
+                                           : lay_out(call, k_own_share, layout);
         failure = choose_best(others, options, progress, k_own_share, failure, layout);
     }
     if (failure.status != Status::ok)
@@ -390,7 +390,7 @@ Failure create_charts(const Mesh& mesh, const Options& options, Result& result) 
     if (!progress.stage(Stage::emission))
         return {Status::aborted, k_none};
     emit(layout.charts.to_emit(mesh), layout.packing, pack_options(call, progress), result);
-    report_rounded_stretch(mesh, result);
+    report_rounded_stretch(mesh, result, call.executor);
     return progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }
 
@@ -403,7 +403,7 @@ Failure partition_charts(const Mesh& mesh, const Options& options, Result& resul
     if (!call.progress.stage(Stage::emission))
         return {Status::aborted, k_none};
     emit_unpacked(call.finished.to_emit(mesh), result);
-    report_rounded_stretch(mesh, result);
+    report_rounded_stretch(mesh, result, call.executor);
     partition_adjacency = open_adjacency(mesh, call.stages->set, call.sheets, call.finished);
     return call.progress.finish() ? Failure{} : Failure{Status::aborted, k_none};
 }

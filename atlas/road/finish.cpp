@@ -1,5 +1,7 @@
 #include "atlas/road/finish.h"
 
+#include "atlas/parallel.h"
+
 #include <algorithm>
 
 namespace tessora::atlas {
@@ -325,9 +327,9 @@ void finish_nodes(const ChartSet& set, const std::vector<double>& scale, Finishe
 }
 
 /// The triangles as they are, without the minimum height of a surface's frames; zero without area.
-std::vector<Frame> exact_frames(const Mesh& mesh) {
+std::vector<Frame> exact_frames(const Mesh& mesh, ParallelFor executor) {
     std::vector<Frame> frames(mesh.indices.size / 3);
-    for (size_t t = 0; t < frames.size(); ++t) {
+    const auto frame_of = [&](size_t t) -> Frame {
         Vec3 at[3];
         for (size_t k = 0; k < 3; ++k) {
             const float* p = mesh.positions.data + 3 * size_t(mesh.indices[3 * t + k]);
@@ -335,9 +337,12 @@ std::vector<Frame> exact_frames(const Mesh& mesh) {
         }
         const Vec3 e = at[1] - at[0], f = at[2] - at[0];
         const double x1 = length(e), doubled = length(cross(e, f));
-        if (doubled > 0)
-            frames[t] = {x1, dot(e, f) / x1, doubled / x1};
-    }
+        return doubled > 0 ? Frame{x1, dot(e, f) / x1, doubled / x1} : Frame{};
+    };
+    for_blocks(executor, frames.size(), [&](size_t begin, size_t end) {
+        for (size_t t = begin; t < end; ++t)
+            frames[t] = frame_of(t);
+    });
     return frames;
 }
 
@@ -348,7 +353,7 @@ EmitCharts FinishedCharts::to_emit(const Mesh& mesh) const {
             span(chart),  span(chart_stretch), span(over_limit)};
 }
 
-FinishedCharts finish_charts(const ChartSet& set, double limit, double unit) {
+FinishedCharts finish_charts(const ChartSet& set, double limit, double unit, ParallelFor executor) {
     FinishedCharts out;
     const uint32_t faces = set.surface.face_count;
     std::vector<uint32_t> number(set.charts.size(), k_none), source;
@@ -361,14 +366,18 @@ FinishedCharts finish_charts(const ChartSet& set, double limit, double unit) {
             source.push_back(c);
             const StretchSums& sums = set.charts[c].stretch;
             scale.push_back(unit * std::sqrt(sums.area / sums.flat_area));
-            const StretchSums exact = set.true_stretch(set.charts[c]);
-            const bool has_area = exact.area > 0;
-            out.chart_stretch.push_back(has_area ? std::max(0.0, 1 - 1 / exact.l2()) : 0);
-            out.worst_l2.push_back(has_area ? exact.worst_l2() : 1);
-            out.over_limit.push_back(has_area && exact.worst_l2() > limit * (1 + 1e-6));
             out.place.push_back(number[c]);
         }
         out.chart[t] = number[c];
+    }
+    std::vector<StretchSums> exact(source.size());
+    parallel_for(executor, source.size(),
+                 [&](size_t i) { exact[i] = set.true_stretch(set.charts[source[i]]); });
+    for (const StretchSums& sums : exact) {
+        const bool has_area = sums.area > 0;
+        out.chart_stretch.push_back(has_area ? std::max(0.0, 1 - 1 / sums.l2()) : 0);
+        out.worst_l2.push_back(has_area ? sums.worst_l2() : 1);
+        out.over_limit.push_back(has_area && sums.worst_l2() > limit * (1 + 1e-6));
     }
     finish_nodes(set, scale, out);
     for (uint32_t c : source) {
@@ -406,10 +415,10 @@ Packing pack_finished(const FinishedCharts& charts, const PackOptions& options) 
     return packing;
 }
 
-void report_rounded_stretch(const Mesh& mesh, Result& result) {
+void report_rounded_stretch(const Mesh& mesh, Result& result, ParallelFor executor) {
     constexpr double k_least_area = 1e-7; // of the mean triangle: rounding leaves no shape to less
     constexpr double k_visible = 1e-3, k_visible_share = 1e-2;
-    const std::vector<Frame> frames = exact_frames(mesh);
+    const std::vector<Frame> frames = exact_frames(mesh, executor);
     double total_area = 0;
     for (const Frame& frame : frames)
         total_area += frame.area();

@@ -25,7 +25,7 @@ struct FinishedCharts {
 
 /// Charts are numbered by their first triangle, classes by their first corner; every chart is
 /// scaled so that its area is `unit` squared times that of its triangles in space.
-FinishedCharts finish_charts(const ChartSet& set, double limit, double unit);
+FinishedCharts finish_charts(const ChartSet& set, double limit, double unit, ParallelFor executor);
 
 /// Extends the charts of the triangles that were laid out to all of the mesh. `surface` is that of
 /// the former. Gives, with `charts` as they were, the copies that their sheet's charts do not
@@ -39,7 +39,7 @@ Packing pack_finished(const FinishedCharts& charts, const PackOptions& options);
 
 /// Reports the stretch of the returned coordinates where rounding has changed it visibly: needles
 /// that are squeezed to a few steps of single precision have another width afterwards.
-void report_rounded_stretch(const Mesh& mesh, Result& result);
+void report_rounded_stretch(const Mesh& mesh, Result& result, ParallelFor executor = nullptr);
 
 /// The caller's adjacency with every chart border opened.
 std::vector<uint32_t> open_adjacency(const Mesh& mesh, const ChartSet& set, const Sheets& sheets,
