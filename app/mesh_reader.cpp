@@ -105,7 +105,7 @@ bool read_mesh(const std::string& path, const formats::ReadOptions& options,
         return false;
     }
     // One byte more than allowed is refused; a device without an end would fill all memory.
-    if (!host::read_text(path, bytes, error, options.max_input + 1))
+    if (!host::read_start(path, options.max_input + 1, bytes, error))
         return false;
     if (hash)
         *hash = fingerprint(bytes);

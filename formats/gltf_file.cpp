@@ -155,20 +155,28 @@ bool read_buffer(const std::string& name, const Json& buffer, GltfFile& file, st
     std::error_code missing;
     if (fs::exists(path, missing) && !fs::is_regular_file(path, missing))
         return fail("its URI names no regular file", error); // a pipe would keep it waiting
-    if (!host::read_text(path.string(), bytes, failure))
+    if (!host::read_start(path.string(), buffer["byteLength"].get<uint64_t>(), bytes, failure))
         return fail(failure.message, error);
     file.file_names.push_back(path.string());
     return true;
 }
 
-bool read_buffers(const std::string& name, std::string binary, bool has_binary, GltfFile& file,
-                  std::string& error) {
+bool read_buffers(const std::string& name, uint64_t most, std::string binary, bool has_binary,
+                  GltfFile& file, std::string& error) {
+    uint64_t sum = 0;
     Json& buffers = file.json["buffers"];
     for (size_t i = 0; i < buffers.size(); ++i) {
         const Json& buffer = buffers[i];
         const std::string where = "buffer " + std::to_string(i) + ": ";
         if (!buffer.is_object() || !buffer.value("byteLength", Json()).is_number_unsigned())
             return fail(where + "it has no byteLength", error);
+        const auto size = buffer["byteLength"].get<uint64_t>();
+        file.is_too_large = size > most - sum;
+        if (file.is_too_large)
+            return fail(where + "more than " + std::to_string(most) +
+                            " bytes in all; --max_input allows more",
+                        error);
+        sum += size;
         std::string bytes;
         if (buffer.contains("uri")) {
             if (!read_buffer(name, buffer, file, bytes, error))
@@ -178,7 +186,6 @@ bool read_buffers(const std::string& name, std::string binary, bool has_binary, 
         } else {
             return fail(where + "it has neither a URI nor a binary chunk", error);
         }
-        const auto size = buffer["byteLength"].get<uint64_t>();
         if (size > bytes.size())
             return fail(where + "it should have " + std::to_string(size) + " bytes and has " +
                             std::to_string(bytes.size()),
@@ -221,19 +228,6 @@ bool names_a_file(const Json& item) {
            uri->get<std::string>().compare(0, 5, "data:") != 0;
 }
 
-/// Every list that is read later is an array.
-bool check_lists(Json& json, std::string& error) {
-    if (!json.is_object() || !json.value("asset", Json()).is_object())
-        return fail("JSON: this is not a glTF file: it has no asset", error);
-    for (const char* list :
-         {"buffers", "bufferViews", "accessors", "meshes", "images", "extensionsRequired"}) {
-        const auto found = json.find(list);
-        if (found != json.end() && !found->is_array())
-            return fail(std::string("JSON: ") + list + " is not an array", error);
-    }
-    return true;
-}
-
 /// All buffers one after the other; changes the JSON to say so.
 std::string merge_buffers(const GltfFile& file, Json& json) {
     std::string binary;
@@ -271,7 +265,7 @@ bool begins_as_json(std::string_view text) {
 
 } // namespace
 
-bool read_gltf(const std::string& name, const std::string& bytes, GltfFile& file,
+bool read_gltf(const std::string& name, const std::string& bytes, uint64_t most, GltfFile& file,
                std::string& error) {
     file = GltfFile();
     std::string_view text = bytes;
@@ -284,14 +278,14 @@ bool read_gltf(const std::string& name, const std::string& bytes, GltfFile& file
         return fail("this is not a glTF file: it begins neither as GLB nor as JSON", error);
     if (file.is_binary && !split_chunks(bytes, text, binary, has_binary, file.other_chunks, error))
         return false;
-    if (!parse_json(text, file.json, error) || !check_lists(file.json, error))
+    if (!parse_json(text, file.json, error) || !check_gltf(file.json, error))
         return false;
     for (const char* list : {"buffers", "images"})
         if (file.json.contains(list))
             for (const Json& item : file.json[list])
                 file.has_files |= names_a_file(item);
     return (!file.json.contains("buffers") ||
-            read_buffers(name, std::move(binary), has_binary, file, error)) &&
+            read_buffers(name, most, std::move(binary), has_binary, file, error)) &&
            check_views(file, error);
 }
 

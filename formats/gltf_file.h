@@ -17,13 +17,20 @@ struct GltfFile {
     std::string other_chunks;         ///< of a binary file, behind the first two; kept as they are
     std::vector<std::string> file_names; ///< files that the buffers were read from
     bool has_files = false;              ///< buffers or images are files of their own
+    bool is_too_large = false;           ///< refused because of `most`
 };
 
 /// Reads a file's bytes. `name` is the file's path: buffers lie beside it or below its folder, and
-/// nowhere else.
+/// nowhere else, and have `most` bytes together.
 /// Errors: false with "what: reason" in `error`.
-bool read_gltf(const std::string& name, const std::string& bytes, GltfFile& file,
+bool read_gltf(const std::string& name, const std::string& bytes, uint64_t most, GltfFile& file,
                std::string& error);
+
+/// Whether every value that readers and writers use has the right type, and every number of a node,
+/// mesh or accessor is that of one that exists. Buffers, views and accessors are checked where they
+/// are read.
+/// Errors: false with the place and the reason in `error`.
+bool check_gltf(const Json& json, std::string& error);
 
 /// Writes a binary file; all buffers become one.
 /// Errors: false with a reason in `error` if the file would exceed `max_size` bytes, at most

@@ -38,11 +38,17 @@ struct GltfMesh {
     std::vector<GltfGroup> groups;
 };
 
+/// What a file may have at most.
+struct GltfLimits {
+    uint64_t bytes;   ///< of all buffers together
+    uint64_t corners; ///< `k_max_corners` or less
+};
+
 /// Reads the file's bytes. `set` is the n of TEXCOORD_n whose present values the document gets and
-/// which the result replaces. `max_corners` is `k_max_corners` at most.
+/// which the result replaces.
 /// Errors: false with `error` set, "file: what: reason".
 bool read_gltf_mesh(const std::string& name, const std::string& bytes, int set,
-                    uint64_t max_corners, GltfMesh& mesh, host::ObjDocument& document,
+                    const GltfLimits& limits, GltfMesh& mesh, host::ObjDocument& document,
                     host::IoError& error);
 
 /// The file with new texture coordinates. Vertices are split where a corner's coordinate differs;

@@ -24,7 +24,8 @@ private:
     bool check_extensions();
     bool add_primitive(size_t mesh, size_t number, const Json& primitive);
     bool check_set(const Json& attributes);
-    size_t group_of(const Json& primitive, size_t vertex_count);
+    bool find_group(const Json& primitive, size_t vertex_count, size_t& group);
+    bool check_values(const Json& indices, size_t vertex_count);
     bool read_corners(const Json& primitive, uint64_t mode, size_t vertex_count,
                       std::vector<uint32_t>& corners);
     bool add_triangles(const GltfPrimitive& primitive, const Json& attributes);
@@ -49,8 +50,6 @@ private:
 /// Compressed data would have to be decompressed and compressed again.
 bool MeshReader::check_extensions() {
     const Json used = mesh_.file.json.value("extensionsUsed", Json::array());
-    if (!used.is_array())
-        return fail("JSON: a value has the wrong type");
     const auto uses = [&](const char* extension) {
         for (const Json& name : used)
             if (name == extension)
@@ -74,14 +73,32 @@ bool MeshReader::check_set(const Json& attributes) {
                 set_name_);
 }
 
-size_t MeshReader::group_of(const Json& primitive, size_t vertex_count) {
+/// Whether every vertex has each of the attributes.
+bool MeshReader::check_values(const Json& indices, size_t vertex_count) {
+    for (const Json& index : indices) {
+        GltfElements elements;
+        if (!read_accessor(mesh_.file, index, elements, error_))
+            return false;
+        if (elements.count < vertex_count)
+            return fail("accessor " + index.dump() + ": it has " + std::to_string(elements.count) +
+                        " elements for " + std::to_string(vertex_count) + " vertices");
+    }
+    return true;
+}
+
+bool MeshReader::find_group(const Json& primitive, size_t vertex_count, size_t& group) {
     const Json& attributes = primitive["attributes"];
     const Json targets = primitive.value("targets", Json::array());
     const auto [place, is_new] =
         groups_.try_emplace(attributes.dump() + targets.dump(), mesh_.groups.size());
-    if (is_new)
-        mesh_.groups.push_back({attributes, targets, vertex_count});
-    return place->second;
+    group = place->second;
+    if (!is_new)
+        return true;
+    mesh_.groups.push_back({attributes, targets, vertex_count});
+    bool good = check_values(attributes, vertex_count);
+    for (size_t i = 0; good && i < targets.size(); ++i)
+        good = check_values(targets[i], vertex_count);
+    return good;
 }
 
 bool MeshReader::read_corners(const Json& primitive, uint64_t mode, size_t vertex_count,
@@ -167,9 +184,6 @@ uint32_t MeshReader::coordinate_id(const GltfElements& coordinates, uint32_t ver
 }
 
 bool MeshReader::add_primitive(size_t mesh, size_t number, const Json& primitive) {
-    if (!primitive.is_object() || !primitive.value("attributes", Json()).is_object() ||
-        !primitive.value("targets", Json::array()).is_array())
-        return fail("it has no attributes");
     const Json mode = primitive.value("mode", Json(4u));
     if (!mode.is_number_unsigned() || mode.get<uint64_t>() > 6)
         return fail("its mode is not known");
@@ -190,7 +204,8 @@ bool MeshReader::add_primitive(size_t mesh, size_t number, const Json& primitive
         return false;
     if (read.first_corner + read.corners.size() > max_corners_)
         return fail("the file has more than " + std::to_string(max_corners_) + " corners");
-    read.group = group_of(primitive, positions.count);
+    if (!find_group(primitive, positions.count, read.group))
+        return false;
     mesh_.primitives.push_back(std::move(read));
     return add_triangles(mesh_.primitives.back(), attributes);
 }
@@ -204,8 +219,6 @@ bool MeshReader::run(std::string& error) {
     for (size_t m = 0; good && m < meshes.size(); ++m) {
         vertices_.clear();
         const Json primitives = meshes[m].value("primitives", Json::array());
-        if (!primitives.is_array())
-            good = fail("JSON: a value has the wrong type");
         for (size_t p = 0; good && p < primitives.size(); ++p)
             if (!add_primitive(m, p, primitives[p])) {
                 error_ =
@@ -224,20 +237,21 @@ bool MeshReader::run(std::string& error) {
 } // namespace
 
 bool read_gltf_mesh(const std::string& name, const std::string& bytes, int set,
-                    uint64_t max_corners, GltfMesh& mesh, host::ObjDocument& document,
+                    const GltfLimits& limits, GltfMesh& mesh, host::ObjDocument& document,
                     host::IoError& error) {
     mesh = GltfMesh();
     document = host::ObjDocument();
     document.name = name;
     std::string reason;
     try {
-        if (read_gltf(name, bytes, mesh.file, reason) &&
-            MeshReader(set, max_corners, mesh, document).run(reason))
+        if (read_gltf(name, bytes, limits.bytes, mesh.file, reason) &&
+            MeshReader(set, limits.corners, mesh, document).run(reason))
             return true;
     } catch (const Json::exception&) { // a member is used as what it is not
         reason = "JSON: a value has the wrong type";
     }
-    error = {host::IoError::malformed, name + ": " + reason};
+    error = {mesh.file.is_too_large ? host::IoError::too_large : host::IoError::malformed,
+             name + ": " + reason};
     return false;
 }
 

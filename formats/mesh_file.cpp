@@ -104,8 +104,9 @@ bool parse(const std::string& name, std::string bytes, const ReadOptions& option
         file.bytes = std::move(bytes);
         return good;
     }
-    const bool good = read_gltf_mesh(name, text, options.texcoord, options.max_corners, file.gltf,
-                                     file.document, error);
+    const GltfLimits limits = {options.max_input, options.max_corners};
+    const bool good =
+        read_gltf_mesh(name, text, options.texcoord, limits, file.gltf, file.document, error);
     file.other_files = file.gltf.file.file_names;
     file.bytes = std::move(bytes);
     return good;

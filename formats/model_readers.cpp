@@ -211,9 +211,9 @@ private:
 };
 
 std::string GltfScan::name_of(const char* list, size_t number) const {
-    const Json& things = json_.at(list);
-    const auto name = things.at(number).find("name");
-    return name != things.at(number).end() && name->is_string() ? name->get<std::string>() : "";
+    const Json& thing = json_.at(list).at(number);
+    const auto name = thing.find("name");
+    return name != thing.end() && name->is_string() ? name->get<std::string>() : "";
 }
 
 /// The attribute for the primitive's corners; none for them if it has no such attribute.
@@ -306,7 +306,7 @@ void GltfScan::add_nodes() {
     std::vector<uint8_t> has_parent(nodes.size(), 0);
     for (size_t i = 0; i < nodes.size(); ++i)
         for (const Json& child : nodes[i].value("children", Json::array()))
-            if (uint8_t& taken = has_parent.at(child.get<size_t>()); !taken) {
+            if (uint8_t& taken = has_parent[child.get<size_t>()]; !taken) {
                 taken = 1;
                 children[i].push_back(child.get<size_t>());
             }
@@ -323,7 +323,7 @@ void GltfScan::add_nodes() {
         node.parent = above;
         node.matrix = matrix_of(json);
         if (json.contains("mesh"))
-            node.part = int32_t(std::min(json["mesh"].get<size_t>(), model_.parts.size() - 1));
+            node.part = json["mesh"].get<int32_t>();
         const auto id = int32_t(model_.nodes.size());
         model_.nodes.push_back(std::move(node));
         for (size_t i = children[number].size(); i-- > 0;)

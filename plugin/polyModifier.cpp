@@ -459,8 +459,9 @@ MStatus polyModifierCmd::insertDuplicate(const MObject& meshTransform, MPlug& up
     MFnDagNode shape_fn(shape, &status);
     if (!status)
         return status;
-    shape_fn.setIntermediateObject(true);
-    upstream = shape_fn.findPlug("outMesh", true, &status);
+    status = shape_fn.setIntermediateObject(true);
+    if (status)
+        upstream = shape_fn.findPlug("outMesh", true, &status);
     if (!status)
         return status;
 

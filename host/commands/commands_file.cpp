@@ -11,7 +11,6 @@
 #include "host/script/plugs.h"
 
 #include <filesystem>
-#include <fstream>
 
 namespace host::script {
 
@@ -133,24 +132,29 @@ void export_obj(const std::string& path, bool selected) {
     write(path, text);
 }
 
-void read_scene_file(Invocation& call, const std::string& path) {
-    const std::string text = read_script(path);
-    read_scene(text, path, call.interpreter);
+std::string read_scene_text(const std::string& path) {
+    try {
+        return read_script(path);
+    } catch (const ScriptFault& fault) {
+        throw ScriptFault(std::string("file: ") + fault.what());
+    }
 }
 
 void open_file(Invocation& call, const Flags& flags, const std::string& path) {
     const Format format = format_of(flags, path);
-    if (!std::ifstream(path))
+    std::error_code failure;
+    if (!std::filesystem::exists(path, failure))
         throw ScriptFault("file: Cannot read the file \"" + path + "\".");
     // Opening a scene makes no undo entries.
     const graph::UndoFrame quiet("file", false);
-    // Read the mesh first: on failure the current scene stays.
+    // Read the file first: on failure the current scene stays.
     const Mesh mesh = format == Format::obj ? read_obj(path) : Mesh();
+    const std::string text = format == Format::scene ? read_scene_text(path) : std::string();
     new_scene();
     if (format == Format::obj)
         add_obj(mesh, path);
     else
-        read_scene_file(call, path);
+        read_scene(text, path, call.interpreter);
     graph::UndoQueue::current().clear();
     scene_file() = format == Format::scene ? path : std::string();
     opened_file() = path;
@@ -185,7 +189,7 @@ Value query(const Flags& flags) {
 std::string import_file(Invocation& call, const Flags& flags, const std::string& path) {
     if (format_of(flags, path) == Format::obj)
         return add_obj(read_obj(path), path);
-    read_scene_file(call, path);
+    read_scene(read_scene_text(path), path, call.interpreter);
     return path;
 }
 

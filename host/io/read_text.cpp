@@ -18,7 +18,7 @@ constexpr size_t k_max_read = 1u << 30;
 /// file may grow meanwhile.
 bool read_all(int file, uint64_t expected, uint64_t most, std::string& text) {
     size_t have = 0;
-    text.resize(size_t(std::min(expected, most - 1) + 1));
+    text.resize(size_t(std::min(expected + 1, most)));
     while (have < most) {
         if (have == text.size())
             text.resize(size_t(std::min<uint64_t>(2 * uint64_t(have), most)));
@@ -38,7 +38,15 @@ bool read_all(int file, uint64_t expected, uint64_t most, std::string& text) {
 
 } // namespace
 
-bool read_text(const std::string& path, std::string& text, IoError& error, uint64_t most) {
+namespace {
+
+/// The most that a device gives; it may have no end.
+constexpr uint64_t k_most_of_device = 256u << 20;
+
+/// Reads at most `of_file` bytes of a regular file, `of_other` of anything else, and one more than
+/// `k_most_of_device` of a device. `limit` is which of them it was.
+bool read_limited(const std::string& path, uint64_t of_file, uint64_t of_other, std::string& text,
+                  IoError& error, uint64_t& limit) {
     const bool standard_input = path == "-";
     const int file =
         standard_input ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_BINARY | O_CLOEXEC);
@@ -52,8 +60,11 @@ bool read_text(const std::string& path, std::string& text, IoError& error, uint6
             good = false;
         }
         const bool sized = S_ISREG(info.st_mode) && info.st_size > 0;
-        good =
-            good && read_all(file, sized ? static_cast<uint64_t>(info.st_size) : 65535, most, text);
+        limit = S_ISREG(info.st_mode)   ? of_file
+                : S_ISCHR(info.st_mode) ? std::min(of_other, k_most_of_device + 1)
+                                        : of_other;
+        good = good &&
+               read_all(file, sized ? static_cast<uint64_t>(info.st_size) : 65535, limit, text);
         if (!good)
             error = {IoError::unreadable, path + ": cannot be read: " + std::strerror(errno)};
     } catch (const std::bad_alloc&) {
@@ -63,6 +74,30 @@ bool read_text(const std::string& path, std::string& text, IoError& error, uint6
     if (file >= 0 && !standard_input)
         ::close(file);
     return good;
+}
+
+/// Returns false with an error: there are more than `most` bytes.
+bool refuse_rest(const std::string& path, uint64_t most, std::string& text, IoError& error) {
+    text.clear();
+    error = {IoError::too_large, path + ": more than " + std::to_string(most) + " bytes"};
+    return false;
+}
+
+} // namespace
+
+bool read_start(const std::string& path, uint64_t most, std::string& text, IoError& error) {
+    uint64_t limit = 0;
+    if (!read_limited(path, most, most, text, error, limit))
+        return false;
+    return limit == most || text.size() < limit || refuse_rest(path, limit - 1, text, error);
+}
+
+bool read_text(const std::string& path, std::string& text, IoError& error) {
+    constexpr uint64_t k_most_of_file = uint64_t(8) << 30;
+    uint64_t limit = 0;
+    if (!read_limited(path, k_most_of_file + 1, k_most_of_device + 1, text, error, limit))
+        return false;
+    return text.size() < limit || refuse_rest(path, limit - 1, text, error);
 }
 
 } // namespace host

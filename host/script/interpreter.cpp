@@ -1,11 +1,11 @@
 #include "host/script/interpreter.h"
 
 #include "host/base/restore.h"
+#include "host/io/obj_reader.h"
 #include "host/script/stack_limit.h"
 
 #include <algorithm>
 #include <fstream>
-#include <sstream>
 
 namespace host::script {
 
@@ -22,13 +22,13 @@ bool readable(const std::string& path) {
 } // namespace
 
 std::string read_script(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    if (file)
-        text << file.rdbuf();
-    if (!file)
-        throw ScriptFault("Cannot read the file \"" + path + "\".");
-    return text.str();
+    std::string text;
+    IoError error;
+    if (!read_text(path == "-" ? "./-" : path, text, error)) // not standard input
+        throw ScriptFault(error.kind == IoError::too_large
+                              ? error.message + "."
+                              : "Cannot read the file \"" + path + "\".");
+    return text;
 }
 
 std::vector<Value> Invocation::expanded() const {
@@ -66,12 +66,14 @@ Value Interpreter::run(std::string_view text, const std::string& file) {
     frame.top = true;
     const Restore restore_frame(frame_);
     const Restore restore_depth(depth_);
+    const Restore restore_statement(top_statement_);
     if (++depth_ > k_max_call_depth || stack_is_low())
         throw ScriptError(file, Position(), "Scripts are nested too deeply.");
     frame_ = &frame;
     last_ = Value();
     for (const SyntaxNodePtr& statement : state->unit->body->items) {
         last_ = Value();
+        top_statement_ = statement.get();
         if (execute_top(statement) == Flow::return_)
             return frame.result;
         if (statement->kind != SyntaxKind::expression) // only expressions have a result
@@ -197,7 +199,7 @@ Interpreter::Flow Interpreter::execute_kind(const SyntaxNode& node) {
     case SyntaxKind::block:
         return execute_block(node);
     case SyntaxKind::expression:
-        last_ = evaluate(node[part::operand]);
+        last_ = evaluate(node[part::operand], &node == top_statement_);
         return Flow::normal;
     case SyntaxKind::declaration:
         declare(node);
@@ -346,10 +348,14 @@ void Interpreter::declare(const SyntaxNode& node) {
 
 /// A matrix of the declared size, filled with zeros.
 Value Interpreter::zero_matrix(const SyntaxNode& item) {
+    constexpr size_t k_max_cells = 1'000'000;
     Matrix matrix;
-    matrix.rows = uint32_t(std::clamp(evaluate(item[part::size]).to_int(), 1, 10000));
-    matrix.columns = uint32_t(std::clamp(evaluate(item[part::columns]).to_int(), 1, 10000));
-    matrix.cells.resize(size_t(matrix.rows) * matrix.columns);
+    matrix.rows = uint32_t(std::max(evaluate(item[part::size]).to_int(), 1));
+    matrix.columns = uint32_t(std::max(evaluate(item[part::columns]).to_int(), 1));
+    const size_t cells = size_t(matrix.rows) * matrix.columns;
+    if (cells > k_max_cells)
+        throw ScriptFault("A matrix has at most " + std::to_string(k_max_cells) + " cells.");
+    matrix.cells.resize(cells);
     return matrix;
 }
 

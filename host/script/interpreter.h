@@ -148,8 +148,9 @@ private:
     std::string find_script(const std::string& name) const;
 
     // interpreter_expressions.cpp
-    Value evaluate(const SyntaxNode& node);
-    Value evaluate_kind(const SyntaxNode& node);
+    /// Without `is_used` the result may be left out: copying a long text for nothing takes long.
+    Value evaluate(const SyntaxNode& node, bool is_used = true);
+    Value evaluate_kind(const SyntaxNode& node, bool is_used);
     Value evaluate_chain(const SyntaxNode& node);
     Value evaluate_link(const SyntaxNode& node, const Value& left);
     static Value evaluate_component(const SyntaxNode& node, const Value& base);
@@ -158,7 +159,7 @@ private:
     Value evaluate_element(const SyntaxNode& node, const Value& base);
     Value evaluate_array(const SyntaxNode& node);
     Value evaluate_vector(const SyntaxNode& node);
-    Value evaluate_assign(const SyntaxNode& node);
+    Value evaluate_assign(const SyntaxNode& node, bool is_used);
     Value evaluate_increment(const SyntaxNode& node);
     Value evaluate_catch(const SyntaxNode& node);
     void store(const SyntaxNode& target, const Value& value);
@@ -178,6 +179,7 @@ private:
     Wrapper wrapper_;
     std::function<bool()> stop_;
     Frame* frame_ = nullptr;
+    const SyntaxNode* top_statement_ = nullptr; ///< the only one whose result is used
     Value last_;
     int depth_ = 0;
 };
@@ -189,7 +191,7 @@ MHOST_EXPORT Value apply(const std::string& op, const Value& left, const Value& 
 /// Adds the functions of the language itself: strings, arrays, mathematics, eval, source.
 void add_language_functions(Interpreter& interpreter);
 
-/// Returns the content of a script file. Throws ScriptFault if it cannot be read.
+/// Returns the content of a script file. Throws ScriptFault if it cannot be read or is too large.
 MHOST_EXPORT std::string read_script(const std::string& path);
 
 } // namespace host::script

@@ -154,15 +154,15 @@ bool is_chain(SyntaxKind kind) {
 
 } // namespace
 
-Value Interpreter::evaluate(const SyntaxNode& node) {
+Value Interpreter::evaluate(const SyntaxNode& node, bool is_used) {
     try {
-        return evaluate_kind(node);
+        return evaluate_kind(node, is_used);
     } catch (const ScriptFault& fault) {
         throw ScriptError(frame_->unit->unit->file, node.at, fault.what());
     }
 }
 
-Value Interpreter::evaluate_kind(const SyntaxNode& node) {
+Value Interpreter::evaluate_kind(const SyntaxNode& node, bool is_used) {
     if (stack_is_low())
         throw ScriptFault("Nested too deeply.");
     switch (node.kind) {
@@ -181,7 +181,7 @@ Value Interpreter::evaluate_kind(const SyntaxNode& node) {
         return evaluate(
             node[evaluate(node[part::condition]).truth() ? part::then : part::otherwise]);
     case SyntaxKind::assign:
-        return evaluate_assign(node);
+        return evaluate_assign(node, is_used);
     case SyntaxKind::increment:
         return evaluate_increment(node);
     case SyntaxKind::cast:
@@ -302,7 +302,7 @@ Value Interpreter::evaluate_vector(const SyntaxNode& node) {
     return matrix;
 }
 
-Value Interpreter::evaluate_assign(const SyntaxNode& node) {
+Value Interpreter::evaluate_assign(const SyntaxNode& node, bool is_used) {
     const SyntaxNode& target = node[part::target];
     Value value = evaluate(node[part::assigned]);
     if (value.is_none())
@@ -315,7 +315,7 @@ Value Interpreter::evaluate_assign(const SyntaxNode& node) {
         Variable& found = variable(target.text);
         if (found.value.is_string()) { // append in place: building a long text stays linear
             found.value.text() += value.to_string();
-            return found.value;
+            return is_used ? found.value : Value();
         }
     }
     Value result = apply(node.text.substr(0, 1), evaluate(target), value);

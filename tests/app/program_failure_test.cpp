@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -198,8 +199,10 @@ TEST_F(ProgramFailure, ReachingTheFileSizeLimitLeavesNoPartialFile) {
 
 #if !defined(__SANITIZE_ADDRESS__) // the sanitizer's shadow memory exceeds any limit
 TEST_F(ProgramFailure, DeviceWithoutEndIsReadNoFurtherThanAllowed) {
+    Process::Setup setup;
+    setup.memory_limit = 1ul << 30;
     const Ended ended =
-        run({"unwrap", "/dev/zero", "-o", dir.path("out.obj"), "--max_input", "0.001"});
+        run({"unwrap", "/dev/zero", "-o", dir.path("out.obj"), "--max_input", "0.001"}, setup);
     EXPECT_EQ(4, ended.code);
     EXPECT_NE(ended.err.npos,
               ended.err.find("/dev/zero: more than 1073741 bytes; --max_input allows more"))
@@ -217,6 +220,32 @@ TEST_F(ProgramFailure, RunningOutOfMemoryForAPictureLeavesNoResult) {
               ended.err.find("tessora: not enough memory; no result was written\n"))
         << ended.err;
     EXPECT_EQ(Names{"cube.obj"}, dir.names());
+}
+
+TEST_F(ProgramFailure, DeviceWithoutEndIsRefusedInEveryPlaceOfAFile) {
+    Process::Setup setup;
+    setup.memory_limit = 2ul << 30;
+    const std::string cube = dir.put("cube.obj", k_cube), zero = "/dev/zero";
+    const std::string preset = dir.path("zero.json");
+    std::filesystem::create_symlink(zero, preset);
+    for (const Words& words :
+         {Words{"unwrap", zero, "-o", dir.path("out.obj")}, Words{"script", zero},
+          Words{"-c", "source \"/dev/zero\""},
+          Words{"-c", "file -open -force -type \"mayaAscii\" \"/dev/zero\""},
+          Words{"-c", "file -import -type \"OBJ\" \"/dev/zero\""},
+          Words{"unwrap", cube, "--preset", preset}, Words{"unwrap", "--list", zero},
+          Words{"report", "merge", zero, "-o", dir.path("page")}}) {
+        const Ended ended = run(words, setup);
+        EXPECT_NE(0, ended.code) << words[0] << " " << words[1];
+        EXPECT_NE(ended.err.npos, ended.err.find(": more than 268435456 bytes"))
+            << words[0] << " " << words[1] << ": " << ended.err;
+    }
+}
+
+TEST_F(ProgramFailure, SceneStaysIfAnotherCannotBeRead) {
+    const Ended ended = run({"-c", "polyCube -name \"box\"; catchQuiet(`file -open -force -type "
+                                   "\"mayaAscii\" \"/\"`); print (`objExists \"box\"`);"});
+    EXPECT_EQ("1", ended.out);
 }
 
 TEST_F(ProgramFailure, RunningOutOfMemoryReturnsTheLimitCode) {

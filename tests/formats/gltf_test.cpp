@@ -120,7 +120,7 @@ formats::GltfFile written(const Read& r, bool split, const std::string& name = "
         formats::format_mesh(r.file, coordinates(r.file.document, split), name, {}, bytes, error))
         << error;
     formats::GltfFile file;
-    EXPECT_TRUE(formats::read_gltf(name, bytes, file, error)) << error;
+    EXPECT_TRUE(formats::read_gltf(name, bytes, 1u << 26, file, error)) << error;
     return file;
 }
 
@@ -546,22 +546,45 @@ TEST(GltfRefuses, ValuesThatDoNotFit) {
                      {{"count", 1},
                       {"indices", {{"bufferView", 0}, {"byteOffset", 14}, {"componentType", 5123}}},
                       {"values", {{"bufferView", 0}}}}));
-    EXPECT_EQ(mesh + "accessor 99: there is none of this number",
+    const std::string primitive = "m.glb: JSON: meshes[0].primitives[0]";
+    EXPECT_EQ(primitive + ".attributes[\"POSITION\"] is not the number of one of the 4 accessors",
               refusal_with("/meshes/0/primitives/0/attributes/POSITION", 99));
+    EXPECT_EQ(primitive + ".targets[0][\"NORMAL\"] is not the number of one of the 4 accessors",
+              refusal_with("/meshes/0/primitives/0/targets/0/NORMAL", "x"));
+    EXPECT_EQ(primitive + ".targets[0] is not an object",
+              refusal_with("/meshes/0/primitives/0/targets/0", 1));
+    EXPECT_EQ(primitive + ".targets is not an array",
+              refusal_with("/meshes/0/primitives/0/targets", "x"));
     EXPECT_EQ(mesh + "its positions have 1 components",
               refusal_with("/meshes/0/primitives/0/attributes/POSITION", 3));
     EXPECT_EQ(mesh + "TEXCOORD_0 does not fit its positions",
               refusal_with("/meshes/0/primitives/0/attributes/TEXCOORD_0", 0));
-    EXPECT_EQ(mesh + "it has no attributes", refusal_with("/meshes/0/primitives/0/attributes", 1));
+    EXPECT_EQ(primitive + ".attributes is not an object",
+              refusal_with("/meshes/0/primitives/0/attributes", 1));
+    EXPECT_EQ(primitive + " is not an object", refusal_with("/meshes/0/primitives/0", 1));
     EXPECT_EQ(mesh + "its mode is not known", refusal_with("/meshes/0/primitives/0/mode", 7));
     EXPECT_EQ(mesh + "its indices are not unsigned whole numbers",
               refusal_with("/meshes/0/primitives/0/indices", 0));
     EXPECT_EQ(mesh + "its 5 corners are not whole triangles",
               refusal_with("/accessors/3/count", 5));
-    EXPECT_EQ("m.glb: JSON: a value has the wrong type", refusal_with("/meshes/0/primitives", "x"));
-    EXPECT_EQ("m.glb: JSON: a value has the wrong type", refusal_with("/extensionsUsed", 7));
+    EXPECT_EQ("m.glb: JSON: meshes[0].primitives is not an array",
+              refusal_with("/meshes/0/primitives", "x"));
+    EXPECT_EQ("m.glb: JSON: meshes[0] is not an object", refusal_with("/meshes/0", 1));
+    EXPECT_EQ("m.glb: JSON: extensionsUsed is not an array", refusal_with("/extensionsUsed", 7));
+    EXPECT_EQ("m.glb: JSON: nodes is not an array", refusal_with("/nodes", "x"));
+    EXPECT_EQ("m.glb: JSON: nodes[0] is not an object", refusal_with("/nodes/0", "x"));
+    EXPECT_EQ("m.glb: JSON: nodes[0].mesh is not the number of one of the 1 meshes",
+              refusal_with("/nodes/0/mesh", 1));
+    EXPECT_EQ("m.glb: JSON: nodes[0].children is not an array",
+              refusal_with("/nodes/0/children", 1));
+    EXPECT_EQ("m.glb: JSON: nodes[0].children[0] is not the number of one of the 1 nodes",
+              refusal_with("/nodes/0/children", {"x"}));
+    EXPECT_EQ("m.glb: JSON: nodes[0].matrix is not 16 numbers",
+              refusal_with("/nodes/0/matrix", {1, 2}));
+    EXPECT_EQ("m.glb: JSON: nodes[0].scale is not 3 numbers",
+              refusal_with("/nodes/0/scale", {1, 2, "x"}));
     EXPECT_EQ("m.glb: no mesh in the file: it has no triangles",
-              refusal_with("/meshes", Json::array()));
+              refusal_with("/meshes/0/primitives", Json::array()));
 }
 
 TEST(GltfRefuses, IndicesAndPositionsOutOfRange) {
@@ -582,12 +605,140 @@ TEST(GltfRefuses, IndicesAndPositionsOutOfRange) {
 TEST(GltfRefuses, AttributesThatAreTooShortToSplit) {
     Builder b = square();
     b.json["accessors"][1]["count"] = 3;
+    EXPECT_EQ("m.glb: mesh 0 primitive 0: accessor 1: it has 3 elements for 4 vertices",
+              refusal(b));
+}
+
+TEST(GltfRefuses, MorphTargetsThatCannotBeRead) {
+    Builder b = square();
+    b.json["accessors"][2]["count"] = 5;
+    EXPECT_EQ("m.glb: mesh 0 primitive 0: accessor 2: it reaches beyond bufferView 2", refusal(b));
+}
+
+TEST(GltfRefuses, BuffersThatAreTooLargeTogether) {
+    const test::Scratch dir;
+    dir.put("b.bin", std::string(2000, '\0'));
+    const Json buffer = {{"byteLength", 2000}, {"uri", "b.bin"}};
+    const Json json = {{"asset", {{"version", "2.0"}}}, {"buffers", Json::array({buffer, buffer})}};
+    formats::ReadOptions options;
+    options.max_input = 3999;
+    formats::MeshFile file;
+    host::IoError error;
+    const std::string name = dir.path("m.gltf");
+    EXPECT_FALSE(formats::parse_mesh(name, json.dump(), options, file, error));
+    EXPECT_EQ(host::IoError::too_large, error.kind);
+    EXPECT_EQ(name + ": buffer 1: more than 3999 bytes in all; --max_input allows more",
+              error.message);
+    options.max_input = 4000;
+    EXPECT_FALSE(formats::parse_mesh(name, json.dump(), options, file, error));
+    EXPECT_EQ(name + ": no mesh in the file: it has no triangles", error.message);
+}
+
+/// A file with what scenes have: a tree of nodes, materials, pictures, a sparse accessor.
+Json scene() {
+    Builder b = square();
+    b.glb();
+    Json json = b.json;
+    json["buffers"][0]["uri"] =
+        "data:application/octet-stream;base64," + formats::to_base64(b.buffer);
+    json["accessors"][2]["sparse"] = {{"count", 1},
+                                      {"indices", {{"bufferView", 3}, {"componentType", 5121}}},
+                                      {"values", {{"bufferView", 0}, {"byteOffset", 12}}}};
+    json["accessors"][0]["byteOffset"] = 0;
+    json["meshes"][0]["primitives"][0]["material"] = 0;
+    json["meshes"][0]["primitives"][0]["mode"] = 4;
+    json["materials"] = Json::array({{{"name", "red"}}});
+    json["images"] = Json::array({{{"uri", "data:image/png;base64,AAAA"}, {"name", "picture"}}});
+    json["nodes"] = Json::array({{{"name", "top"},
+                                  {"children", {1, 2}},
+                                  {"matrix", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}},
+                                 {{"mesh", 0},
+                                  {"translation", {1, 2, 3}},
+                                  {"rotation", {0, 0, 0, 1}},
+                                  {"scale", {1, 1, 2}}},
+                                 {{"name", "empty"}}});
+    json["scene"] = 0;
+    json["scenes"] = Json::array({{{"nodes", {0}}}});
+    json["extensionsUsed"] = {"KHR_mesh_quantization"};
+    json["extensionsRequired"] = {"KHR_mesh_quantization"};
+    return json;
+}
+
+/// The places of all values in it, as JSON pointers.
+void list_places(const Json& json, const std::string& at, std::vector<std::string>& places) {
+    if (!at.empty())
+        places.push_back(at);
+    if (json.is_structured())
+        for (const auto& [key, value] : json.items())
+            list_places(value, at + "/" + key, places);
+}
+
+/// Reads a file, and writes it in all formats if it is good; says what is wrong.
+std::string trouble_with(const Json& json) {
+    const Read r = read(json.dump(), "m.gltf");
+    if (!r.good)
+        return r.error.kind == host::IoError::malformed &&
+                       r.error.message.compare(0, 8, "m.gltf: ") == 0 &&
+                       r.error.message.find("a value has") == std::string::npos
+                   ? ""
+                   : r.error.message;
+    for (const char* output : {"o.glb", "o.gltf", "o.obj", "o.ply", "o.fbx"}) {
+        std::string bytes, error;
+        if (!formats::format_mesh(r.file, coordinates(r.file.document, true), output, {}, bytes,
+                                  error))
+            return std::string(output) + ": " + error;
+    }
+    return "";
+}
+
+TEST(GltfRefuses, AnyValueOfAnotherTypeOrIsReadAllTheSame) {
+    const Json whole = scene();
+    ASSERT_TRUE(read(whole.dump(), "m.gltf").good) << read(whole.dump(), "m.gltf").error.message;
+    EXPECT_EQ("", trouble_with(whole));
+    std::vector<std::string> places;
+    list_places(whole, "", places);
+    EXPECT_LT(100u, places.size());
+    const Json others[] = {nullptr,
+                           true,
+                           -1,
+                           0,
+                           1.5,
+                           1e9,
+                           99,
+                           4000000000u,
+                           "x",
+                           Json::array(),
+                           Json::object(),
+                           Json::array({"x"}),
+                           {{"x", Json::array()}}};
+    for (const std::string& place : places)
+        for (const Json& other : others) {
+            Json changed = whole;
+            changed[Json::json_pointer(place)] = other;
+            EXPECT_EQ("", trouble_with(changed)) << place << " is " << other;
+        }
+}
+
+TEST(GltfRefuses, AnyMemberThatIsMissingOrIsReadAllTheSame) {
+    const Json whole = scene();
+    std::vector<std::string> places;
+    list_places(whole, "", places);
+    for (const std::string& place : places) {
+        const Json::json_pointer pointer(place);
+        Json changed = whole;
+        Json& parent = changed[pointer.parent_pointer()];
+        if (parent.is_object())
+            parent.erase(pointer.back());
+        else
+            parent.erase(std::stoul(pointer.back()));
+        EXPECT_EQ("", trouble_with(changed)) << place;
+    }
+}
+
+TEST(Gltf, CoordinatesThatDoNotFitAreNotWritten) {
+    Builder b = square();
     const Read r = read(b.glb());
-    ASSERT_TRUE(r.good);
     std::string bytes, error;
-    EXPECT_FALSE(formats::format_mesh(r.file, coordinates(r.file.document, true), "o.glb", {},
-                                      bytes, error));
-    EXPECT_EQ("accessor 1: it has 3 elements for more vertices", error);
     host::ObjUvs wrong = coordinates(r.file.document, true);
     wrong.corner_uv.pop_back();
     EXPECT_FALSE(formats::format_mesh(r.file, wrong, "o.glb", {}, bytes, error));

@@ -185,6 +185,78 @@ TEST(Ply, CoordinatesOfVerticesAreReplacedInTheirColumns) {
     }
 }
 
+/// The two quads with more numbers of the vertices, which are .5, .125, .5 and so on.
+std::string with_properties(const std::vector<std::string>& properties) {
+    std::string text = k_quads, lines, values;
+    for (size_t i = 0; i < properties.size(); ++i) {
+        lines += "property " + properties[i] + "\n";
+        const bool is_list = properties[i].compare(0, 4, "list") == 0;
+        values += std::string(is_list ? " 1" : "") + (i % 2 ? " 0.125" : " 0.5");
+    }
+    text.insert(text.find("property uchar red"), lines);
+    size_t at = text.find("end_header\n") + 11;
+    for (int v = 0; v < 6; ++v) {
+        at = text.find(" 25", at);
+        text.insert(at, values);
+        at = text.find('\n', at);
+    }
+    return text;
+}
+
+TEST(Ply, CoordinatesOfVerticesAreFoundUnderEachPairOfTheirNames) {
+    for (const auto& [u, v] : {std::pair{"float s", "float t"},
+                               {"double u", "float v"},
+                               {"float texture_u", "float texture_v"},
+                               {"float x0", "float u"}}) {
+        const Read r = read(with_properties({u, v}));
+        ASSERT_TRUE(r.good) << r.error.message;
+        const bool is_pair = std::string(u) != "float x0";
+        ASSERT_EQ(is_pair ? 1u : 0u, r.document().texture_count()) << u;
+        if (is_pair) {
+            EXPECT_EQ(0.5f, r.document().texture_coords[0]) << u;
+            EXPECT_EQ(0.125f, r.document().texture_coords[1]) << u;
+        }
+    }
+}
+
+TEST(Ply, HalvesOfDifferentPairsAndListsAreNoCoordinates) {
+    for (const auto& [u, v] : {std::pair{"float s", "float v"},
+                               {"float u", "float t"},
+                               {"float u", "float texture_v"},
+                               {"float s", "float S"},
+                               {"float u", "list uchar float v"},
+                               {"list uchar float texture_u", "float texture_v"}}) {
+        const Read r = read(with_properties({u, v}));
+        ASSERT_TRUE(r.good) << r.error.message;
+        EXPECT_EQ(0u, r.document().texture_count()) << u << ", " << v;
+    }
+}
+
+TEST(Ply, OfTwoPairsTheFirstIsReplacedAndTheOtherStays) {
+    const Read r = read(with_properties({"float u", "float v", "float s", "float t"}));
+    ASSERT_TRUE(r.good) << r.error.message;
+    EXPECT_NE(std::string::npos, written(r, false).find("\n0 1 0.10 0.5 0.125 0.375 0.25 252\n"));
+}
+
+TEST(Ply, NewCoordinatesTakeThePairThatIsWhollyFree) {
+    const auto names = [](const std::vector<std::string>& taken) {
+        return written(read(with_properties(taken)), true, PlyUvs::vertex);
+    };
+    EXPECT_NE(std::string::npos, names({"float u", "float w"}).find("float s\nproperty float t\n"));
+    EXPECT_NE(std::string::npos, names({"float w", "float s"}).find("float u\nproperty float v\n"));
+    EXPECT_NE(std::string::npos,
+              names({"float t", "float u"}).find("float texture_u\nproperty float texture_v\n"));
+    EXPECT_NE(std::string::npos,
+              names({"float v", "float s"}).find("float texture_u\nproperty float texture_v\n"));
+    const Read r = read(with_properties({"float s", "float u", "float texture_v"}));
+    std::string bytes, error;
+    formats::WriteOptions options;
+    options.ply_uvs = PlyUvs::vertex;
+    EXPECT_FALSE(formats::format_mesh(r.file, coordinates(r.document(), true), "o.ply", options,
+                                      bytes, error));
+    EXPECT_EQ("the names of texture coordinates are taken by properties that are none", error);
+}
+
 TEST(Ply, NamesOfCoordinatesThatAreTakenAreNotUsedTwice) {
     std::string text = k_quads;
     text.replace(text.find("uchar red"), 9, "uchar t");

@@ -99,6 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Refusal{k_recorded, false, "MFnDagNode::duplicate", 1},
                       Refusal{k_recorded, false, "MFnDagNode::getPath", 1},
                       Refusal{k_recorded, false, "MDagModifier::reparentNode", 1},
+                      Refusal{k_recorded, false, "MFnDagNode::setIntermediateObject", 1},
                       Refusal{k_recorded, false, "MDGModifier::deleteNode", 1},
                       Refusal{k_recorded, false, "MDGModifier::doIt", 1},
                       Refusal{k_recorded, false, "MDGModifier::doIt", 2},

@@ -380,9 +380,22 @@ TEST(ReadText, ReturnsTheBytesOfAFile) {
     EXPECT_TRUE(host::read_text(path, text, error)) << error.message;
     EXPECT_EQ(bytes, text);
     for (const size_t most : {size_t(1), size_t(100000), bytes.size(), bytes.size() + 1}) {
-        EXPECT_TRUE(host::read_text(path, text, error, most)) << error.message;
+        EXPECT_TRUE(host::read_start(path, most, text, error)) << error.message;
         EXPECT_EQ(bytes.substr(0, most), text);
     }
+    std::remove(path.c_str());
+}
+
+TEST(ReadText, ReadsNothingOfAFileIfNothingIsAskedFor) {
+    const std::string path = testing::TempDir() + "/read_nothing_test.bin";
+    FILE* file = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(nullptr, file);
+    std::fputs("some", file);
+    std::fclose(file);
+    std::string text = "old";
+    IoError error;
+    EXPECT_TRUE(host::read_start(path, 0, text, error)) << error.message;
+    EXPECT_EQ("", text);
     std::remove(path.c_str());
 }
 
