@@ -35,7 +35,7 @@ RULES = {
 # each, its system headers.
 HOST_FLOORS = [
     ("host/include", ["maya/"]),
-    ("host/base", ["maya/", "tbb/"]),
+    ("host/base", ["maya/", "tbb/", "unistd.h", "fcntl.h", "sys/"]),
     ("host/mesh", ["maya/"]),
     ("host/ui", ["maya/"]),
     ("host/graph", ["maya/", "dlfcn.h"]),

@@ -1,6 +1,6 @@
 #include "host/io/write_file.h"
 
-#include "host/io/open_flags.h"
+#include "host/base/open_flags.h"
 #include "host/io/temporary_file.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "host/script/interpreter.h"
 
+#include "host/base/read_text.h"
 #include "host/base/restore.h"
-#include "host/io/obj_reader.h"
 #include "host/script/stack_limit.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
-#include "host/io/obj_reader.h"
-#include "host/io/open_flags.h"
+#include "host/base/read_text.h"
+
+#include "host/base/open_flags.h"
 
 #include <algorithm>
 #include <cerrno>
