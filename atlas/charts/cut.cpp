@@ -374,14 +374,20 @@ public:
         for (const Chart& chart : set_.charts)
             charts_before_ += chart.alive;
     }
-    void run() {
+    uint32_t run() {
+        search();
+        return kept_call_;
+    }
+
+private:
+    void search() {
         LineCutter lines(cutter_, terms_);
         tried_.assign(set_.charts.size(), 0);
         if (!lines.has_lines() && most_wasteful(set_, tried_) == k_none &&
             largest_charts(set_, terms_).size() < 2)
             return; // one chart, nearly, and it fills a square
 
-        coverage_ = pack_();
+        keep(pack());
         if (!(coverage_ > 0) || (coverage_ >= terms_.well_filled && !options_.always))
             return;
         if (lines.has_lines() && options_.effort <= k_usual_effort)
@@ -396,7 +402,15 @@ public:
                 break;
     }
 
-private:
+    double pack() {
+        ++calls_;
+        return pack_();
+    }
+    /// The charts stay as they are, and cover so much according to the latest layout.
+    void keep(double coverage) {
+        coverage_ = coverage;
+        kept_call_ = calls_ - 1;
+    }
     uint32_t room() const {
         const size_t charts = charts_before_ + cuts_ + pending_;
         const uint32_t left =
@@ -411,10 +425,10 @@ private:
     void cut_along(LineCutter& lines) {
         uint32_t cuts = lines.run(room());
         while (cuts > 0) {
-            const double now = pack_();
+            const double now = pack();
             if (now >= coverage_) {
                 cutter_.accept();
-                coverage_ = now;
+                keep(now);
                 cuts_ = cuts;
                 return;
             }
@@ -428,7 +442,6 @@ private:
     /// Cuts along lines, a few at a time, for as long as coverage grows now and then; keeps the
     /// cuts up to the best layout.
     void cut_along_gradually(LineCutter& lines) {
-        double best = coverage_;
         uint32_t made = 0;
         while (made <= 2 * cuts_ + k_hopeless_cuts) {
             const uint32_t left = room() - std::min(room(), made - cuts_);
@@ -436,20 +449,20 @@ private:
             if (now == 0)
                 break;
             made += now;
-            const double coverage = pack_();
+            const double coverage = pack();
             if (!(coverage > 0)) { // the caller stops
-                best = cuts_ = 0;
+                coverage_ = 0;
+                cuts_ = kept_call_ = 0; // the charts as they were at first
                 break;
             }
-            if (coverage - best > terms_.gain_per_cut * double(made - cuts_)) {
-                best = coverage;
+            if (coverage - coverage_ > terms_.gain_per_cut * double(made - cuts_)) {
+                keep(coverage);
                 cuts_ = made;
             }
         }
         for (; made > cuts_; --made)
             cutter_.undo();
         cutter_.accept();
-        coverage_ = best;
     }
 
     void cut_middles() {
@@ -472,10 +485,11 @@ private:
         ++pending_;
         tried_.resize(set_.charts.size(), 0);
         wanted_ *= terms_.min_growth;
-        const double now = pack_();
+        const double now = pack();
         if (now >= wanted_) {
             cutter_.accept();
-            coverage_ = wanted_ = now;
+            keep(now);
+            wanted_ = now;
             cuts_ += pending_;
             pending_ = failures_ = 0;
             tried_.assign(set_.charts.size(), 0);
@@ -491,13 +505,19 @@ private:
         wanted_ = coverage_;
     }
 
+    /// A chart halved along a line, and the layout with these halves.
+    struct Half {
+        uint32_t chart = k_none;
+        CutLine line = {};
+        double coverage = 0;
+        uint32_t call = k_none;
+    };
     /// Halves the large chart whose halves pack best for the length of the cut; false if none gains
     /// enough. What keeps two discs from filling a square is not void within their own boxes, so
     /// only layouts can tell.
     bool halve_one() {
-        uint32_t best_chart = k_none;
-        CutLine best_line;
-        double best_gain = 0, best_coverage = 0;
+        Half best;
+        double best_gain = 0;
         for (uint32_t chart : largest_charts(set_, terms_)) {
             const CutLine along = cutter_.middle_line(chart);
             for (const CutLine& line :
@@ -507,7 +527,7 @@ private:
                     continue;
                 const double length = 0.5 * (set_.charts[chart].border_length +
                                              set_.charts.back().border_length - border);
-                const double now = pack_();
+                const double now = pack();
                 cutter_.undo();
                 if (!(now > 0))
                     return false; // the caller stops
@@ -517,21 +537,20 @@ private:
                 if (gain <= best_gain)
                     continue;
                 best_gain = gain;
-                best_coverage = now;
-                best_chart = chart;
-                best_line = line;
+                best = {chart, line, now, calls_ - 1};
                 if (gain >= k_plenty)
-                    return accept_half(best_chart, best_line, best_coverage);
+                    return accept_half(best);
             }
         }
-        return best_chart != k_none && accept_half(best_chart, best_line, best_coverage);
+        return best.chart != k_none && accept_half(best);
     }
-    bool accept_half(uint32_t chart, const CutLine& line, double coverage) {
-        if (!cutter_.cut(chart, line))
+    bool accept_half(const Half& half) {
+        if (!cutter_.cut(half.chart, half.line))
             return false;
         cutter_.accept();
         ++cuts_;
-        coverage_ = coverage;
+        coverage_ = half.coverage;
+        kept_call_ = half.call;
         return true;
     }
 
@@ -545,13 +564,14 @@ private:
     std::vector<uint8_t> tried_; ///< per chart: whether it was cut since the last accepted cut
     size_t charts_before_ = 0;
     uint32_t cuts_ = 0, pending_ = 0, failures_ = 0;
+    uint32_t calls_ = 0, kept_call_ = k_none; ///< of pack_, and which was for the present charts
 };
 
 } // namespace
 
-void cut_for_packing(ChartCutter& cutter, const CutOptions& options,
-                     const std::function<double()>& pack) {
-    CutSearch(cutter, options, pack).run();
+uint32_t cut_for_packing(ChartCutter& cutter, const CutOptions& options,
+                         const std::function<double()>& pack) {
+    return CutSearch(cutter, options, pack).run();
 }
 
 } // namespace tessora::atlas

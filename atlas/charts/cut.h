@@ -81,8 +81,9 @@ inline double worth_of_charts(double reluctance) {
 /// Cuts charts for as long as that lets all charts grow by enough. `pack` lays out the current
 /// charts and returns the share of the texture that they cover, or 0 if they do not fit or the
 /// caller wants to stop; it is first called with the charts as they are, and not at all if no cut
-/// can be worth it.
-void cut_for_packing(ChartCutter& cutter, const CutOptions& options,
-                     const std::function<double()>& pack);
+/// can be worth it. Returns which call of `pack`, counted from 0, was for the charts that are left;
+/// k_none if there was none.
+uint32_t cut_for_packing(ChartCutter& cutter, const CutOptions& options,
+                         const std::function<double()>& pack);
 
 } // namespace tessora::atlas

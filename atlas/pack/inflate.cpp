@@ -24,7 +24,7 @@ constexpr double k_relaxation = 1.3;
 constexpr double k_tight = 0.2;
 
 /// A growth is given up if so many sweeps over the conditions do not meet them.
-constexpr int k_sweeps = 100;
+constexpr int k_sweeps = 300;
 
 /// The first growth that is tried, and the least.
 constexpr double k_first_growth = 1e-3, k_least_growth = 1e-4;

@@ -141,8 +141,9 @@ bool may_cut(const ChartingCall& call) {
 }
 
 /// Cuts charts where that lets all of them grow. Quick layouts judge the cuts: what a cut has to
-/// gain is more than a thorough layout gains on a quick one.
-void cut_to_pack(ChartingCall& call, PackOptions options) {
+/// gain is more than a thorough layout gains on a quick one. Returns the quick layout of the charts
+/// that are left, with coverage 0 if there is none.
+Packing cut_to_pack(ChartingCall& call, PackOptions options) {
     options.quick = true;
     options.effort = effort_factor((call.options.effort + k_usual_effort) / 2); // many layouts
     CutOptions cut;
@@ -150,16 +151,20 @@ void cut_to_pack(ChartingCall& call, PackOptions options) {
     cut.always = call.options.cut_to_pack;
     cut.effort = call.options.effort;
     cut.reluctance = cut.always ? 0 : reluctance(call.options);
-    cut_charts(*call.stages, cut, [&] {
+    std::vector<Packing> layouts;
+    const uint32_t kept = cut_charts(*call.stages, cut, [&] {
+        layouts.emplace_back();
         if (!call.finish().empty())
             return 0.0; // a copy cannot follow the latest cut
-        const Packing packing = pack_finished(call.finished, options);
+        Packing packing = pack_finished(call.finished, options);
         if (packing.status != Status::ok)
             return 0.0;
         options.wanted = std::max(options.wanted, packing.coverage);
-        return packing.coverage;
+        layouts.back() = std::move(packing);
+        return layouts.back().coverage;
     });
     call.finish();
+    return kept == k_none ? Packing() : std::move(layouts[kept]);
 }
 
 /// Finished charts and where they lie.
@@ -200,12 +205,16 @@ Failure lay_out(ChartingCall& call, double share, Layout& layout) {
     call.progress.stage(Stage::packing);
     const PackOptions options = pack_options(call, call.progress);
     call.progress.part(0, share);
+    Packing quick;
     if (may_cut(call)) {
         call.progress.part(0, share / 2);
-        cut_to_pack(call, options);
+        quick = cut_to_pack(call, options);
         call.progress.part(share / 2, share);
     }
     layout.packing = pack_finished(call.finished, options);
+    // Cuts are chosen by quick layouts, so the one that is left is often a lucky one.
+    if (layout.packing.status == Status::ok && quick.coverage > layout.packing.coverage)
+        layout.packing = std::move(quick);
     layout.charts = call.release();
     const Status status = layout.packing.status;
     return {status, status == Status::does_not_fit ? layout.charts.chart_count() : k_none};

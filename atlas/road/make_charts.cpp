@@ -147,10 +147,10 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     return true;
 }
 
-void cut_charts(ChartStages& stages, const CutOptions& options,
-                const std::function<double()>& pack) {
+uint32_t cut_charts(ChartStages& stages, const CutOptions& options,
+                    const std::function<double()>& pack) {
     ChartCutter cutter(stages.flattener, stages.atoms, *stages.smoother);
-    cut_for_packing(cutter, options, pack);
+    return cut_for_packing(cutter, options, pack);
 }
 
 } // namespace tessora::atlas

@@ -37,8 +37,9 @@ struct ChartStages {
 /// False if the callback asked to stop.
 bool make_charts(ChartStages& stages, ProgressMeter& progress);
 
-/// Cuts charts in two where that lets all charts grow; see cut_for_packing in charts/cut.h.
-void cut_charts(ChartStages& stages, const CutOptions& options,
-                const std::function<double()>& pack);
+/// Cuts charts in two where that lets all charts grow; see cut_for_packing in charts/cut.h, which
+/// also says what is returned.
+uint32_t cut_charts(ChartStages& stages, const CutOptions& options,
+                    const std::function<double()>& pack);
 
 } // namespace tessora::atlas

@@ -120,6 +120,56 @@ TEST_F(ChartCutterTest, TheMoreReluctantlyCutsAreMadeTheSoonerTheTextureCountsAs
     EXPECT_GT(layouts(0), 1u);
 }
 
+TEST_F(ChartCutterTest, OfAllHalvesThoseThatGainMostAreKept) {
+    const size_t before = 3; // layouts of the charts as they are, and of cuts through the middle
+    const double borders[] = {12 + 12, 16 + 16, 6 + 8, 8 + 8};
+    for (size_t best = 0; best < 4; ++best) {
+        prepare(true);
+        size_t asked = 0;
+        cut_for_packing(*cutter, {}, [&] {
+            const size_t i = asked++;
+            const bool halved = i >= before && i < before + 4;
+            return i == before + best ? 0.583 : halved ? 0.55 : 0.5;
+        });
+        ASSERT_EQ(set->charts.size(), 3u);
+        const Chart &first = set->charts[best / 2], &second = set->charts[2];
+        EXPECT_NEAR((first.border_length + second.border_length) / set->surface.edge_length(0),
+                    borders[best], 1e-6)
+            << best;
+    }
+}
+
+TEST_F(ChartCutterTest, CuttingNamesTheLayoutOfTheChartsThatAreLeft) {
+    const std::vector<std::vector<double>> sequences = {
+        {1},                                 // nothing pays
+        {1, 1.0501},                         // one cut
+        {1, 1, 1.1026},                      // two that pay together
+        {0.5, 0.6, 0.5},                     // then a group that does not pay
+        {0.5, 0.5, 0.51, 0.51, 0.54, 0.51}}; // halves
+    for (const std::vector<double>& coverages : sequences)
+        for (const int effort : {k_usual_effort, k_max_effort}) {
+            prepare(true);
+            std::vector<std::vector<uint32_t>> seen;
+            CutOptions options;
+            options.always = true;
+            options.effort = effort;
+            const uint32_t left = cut_for_packing(*cutter, options, [&] {
+                seen.push_back(set->chart);
+                return coverages[std::min(seen.size(), coverages.size()) - 1];
+            });
+            ASSERT_LT(left, seen.size());
+            EXPECT_EQ(seen[left], set->chart) << coverages.size() << " " << effort;
+        }
+}
+
+TEST_F(ChartCutterTest, CuttingNamesNoLayoutIfNoneWasMade) {
+    build_flat(4, 4, true, [](int, int, bool) { return 0; });
+    flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
+    smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
+    cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
+    EXPECT_EQ(cut_for_packing(*cutter, {0, false}, [] { return 0.5; }), k_none);
+}
+
 TEST_F(ChartCutterTest, CutsThatOnlyPayTogetherAreKept) {
     prepare(true);
     cut_for(*cutter, {1, 1, 1.1026});
