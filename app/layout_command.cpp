@@ -189,8 +189,10 @@ void take_uvs(const host::ObjUvs& uvs, host::UvSet& set) {
     }
 }
 
-bool pack_mesh(const host::Mesh& mesh, uint32_t set, const UvLayout& layout, host::UvSet& packed,
-               std::string& error) {
+} // namespace
+
+bool pack_charts(const host::Mesh& mesh, uint32_t set, const UvLayout& layout, host::UvSet& packed,
+                 std::string& error) {
     if (layout.width < 1 || layout.width > 8192 || layout.height < 1 || layout.height > 8192) {
         error = "The texture must have 1 to 8192 texels a side.";
         return false;
@@ -224,6 +226,8 @@ bool pack_mesh(const host::Mesh& mesh, uint32_t set, const UvLayout& layout, hos
     take_uvs(packed_uvs(list, result)[0], packed);
     return true;
 }
+
+namespace {
 
 // --- the command --------------------------------------------------------------------------------
 
@@ -282,7 +286,7 @@ Value layout_uvs(Invocation& call) {
         throw ScriptFault("polyLayoutUV: -lockComponents needs components, whose charts stay.");
     host::UvSet packed;
     std::string error;
-    if (!pack_mesh(mesh, set, layout, packed, error))
+    if (!pack_charts(mesh, set, layout, packed, error))
         throw ScriptFault("polyLayoutUV: " + error);
     if (!host::script::makes_history(shape, flags)) {
         host::script::change_mesh(shape, call.name, [&](host::Mesh& changed) {
@@ -300,7 +304,7 @@ Value layout_uvs(Invocation& call) {
 } // namespace
 
 void add_layout_command() {
-    host::graph::set_uv_packer(pack_mesh);
+    host::graph::set_uv_packer(pack_charts);
     host::script::Session::current().interpreter().add_command("polyLayoutUV", layout_uvs);
 }
 

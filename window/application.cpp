@@ -45,6 +45,8 @@ Display display_named(const std::string& name) {
 /// What an edit of the UVs by hand calls for; empty after other statements.
 std::string advice_after(const std::string& statements) {
     const auto has = [&](const char* word) { return statements.find(word) != std::string::npos; };
+    if (has("tessora "))
+        return std::string();
     if (has("polyMapSew") && !has("-before"))
         return "Sewn in the middle. Along my seams lays the charts out anew";
     if (has("polyMapCut") && !has("-before"))

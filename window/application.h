@@ -64,8 +64,10 @@ private:
     // computing.cpp: running statements, and what happens while they run
     void run_statements(const std::string& statements);
     bool run_and_print(const std::string& statements);
+    bool keep_densities(const std::vector<float>& densities);
     void keep_up();
     void cancel();
+    void restore_overlay();
     void take_back(size_t undo_count, const UnwrapResults& results);
     void draw_progress();
     bool follow_live();
@@ -135,6 +137,8 @@ private:
     bool is_computing_ = false;       ///< a statement runs
     bool is_cancelled_ = false;       ///< it is to stop and to be taken back
     bool is_unwrapping_ = false;      ///< a plug-in shows the host's progress window
+    bool has_unwrapped_ = false;      ///< one did, during the last statement
+    std::string stale_overlay_;       ///< the node whose overlay a cancelled unwrap spoiled
     Clock::time_point last_poll_;     ///< of events, while a statement runs
     Clock::time_point last_progress_; ///< the last frame drawn while it runs
     Clock::duration drawing_time_{};  ///< of that frame

@@ -1,8 +1,5 @@
 #include "window/chart_tool.h"
 
-#include "host/script/value.h"
-#include "window/findings.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -12,27 +9,6 @@
 
 namespace window {
 namespace {
-
-std::string flag(const char* name, double value) {
-    char text[48];
-    std::snprintf(text, sizeof text, " %s %.9g", name, value);
-    return text;
-}
-
-/// One polygon of every chart.
-std::vector<uint32_t> polygons_of(const State& state, const std::vector<uint32_t>& charts) {
-    std::vector<uint32_t> polygons;
-    for (const uint32_t chart : charts)
-        polygons.push_back(state.map.triangle_polygon()
-                               [state.map.triangles_by_chart()[state.map.chart_begin()[chart]]]);
-    std::sort(polygons.begin(), polygons.end());
-    polygons.erase(std::unique(polygons.begin(), polygons.end()), polygons.end());
-    return polygons;
-}
-
-std::string polygon_name(const State& state, uint32_t polygon) {
-    return host::script::quoted(state.shape_path() + ".f[" + std::to_string(polygon) + "]");
-}
 
 /// The charts that polygons lie in, ascending.
 std::vector<uint32_t> charts_of(const State& state, const std::vector<uint32_t>& polygons) {
@@ -47,6 +23,8 @@ std::vector<uint32_t> charts_of(const State& state, const std::vector<uint32_t>&
     charts.erase(std::unique(charts.begin(), charts.end()), charts.end());
     return charts;
 }
+
+ChartsOf shown_charts(const State& state) { return {state.shape_path(), state.map}; }
 
 constexpr double k_degrees = 180.0 / 3.14159265358979323846;
 
@@ -78,38 +56,6 @@ std::vector<uint32_t> held_charts(const State& state) {
     return charts;
 }
 
-std::string statement_packing(const State& state, const std::vector<uint32_t>& locked) {
-    char flags[96];
-    std::snprintf(flags, sizeof flags,
-                  "polyLayoutUV -textureWidth %.0f -textureHeight %.0f -gutter %g",
-                  state.subject.texture.width, state.subject.texture.height, state.subject.gutter);
-    std::string text = flags;
-    if (locked.empty())
-        return text + " " + host::script::quoted(state.shape_path()) + ";";
-    text += " -lockComponents on";
-    for (const uint32_t polygon : polygons_of(state, locked))
-        text += " " + polygon_name(state, polygon);
-    return text + ";";
-}
-
-std::string statement_changing(const State& state, const std::vector<uint32_t>& charts,
-                               const ChartChange& change) {
-    // The conversion extends a polygon to its whole chart.
-    std::string polygons;
-    for (const uint32_t polygon : polygons_of(state, charts))
-        polygons += " " + polygon_name(state, polygon);
-    std::string flags;
-    if (change.move[0] != 0.0 || change.move[1] != 0.0)
-        flags += flag("-u", change.move[0]) + flag("-v", change.move[1]);
-    if (change.angle != 0.0)
-        flags += flag("-a", change.angle);
-    if (change.scale != 1.0)
-        flags += flag("-su", change.scale) + flag("-sv", change.scale);
-    if (change.angle != 0.0 || change.scale != 1.0)
-        flags += flag("-pu", change.pivot[0]) + flag("-pv", change.pivot[1]);
-    return "polyEditUV" + flags + " `polyListComponentConversion -toUV -uvShell" + polygons + "`;";
-}
-
 const std::vector<uint32_t>& ChartLocks::charts(const State& state) {
     if (!polygons_.empty() &&
         (!state.subject.shape || &mesh_.connectivity() != &state.subject.mesh.connectivity()))
@@ -129,8 +75,7 @@ void ChartLocks::toggle(const State& state, const std::vector<uint32_t>& charts)
     else
         std::set_union(before.begin(), before.end(), charts.begin(), charts.end(),
                        std::back_inserter(after));
-    polygons_ = polygons_of(state, after);
-    std::sort(polygons_.begin(), polygons_.end());
+    polygons_ = state.map.one_polygon_each(after);
     mesh_ = state.subject.mesh;
     charts_ = std::move(after);
 }
@@ -199,7 +144,7 @@ void ChartTool::draw_packing(State& state, const std::vector<uint32_t>& held) {
     state.places.add_item("charts/locked/" + std::to_string(locked.size()));
     ImGui::SameLine(0.0f, 2.0f);
     if (ImGui::Button(locked.empty() ? "Pack###pack" : "Pack the rest###pack"))
-        state.run(statement_packing(state, locked));
+        state.run(statement_packing(shown_charts(state), state.subject, locked));
     if (ImGui::IsItemHovered())
         ImGui::SetTooltip("Arranges all charts anew in the texture,\naround those that are locked");
     state.places.add_item("charts/Pack");
@@ -249,7 +194,7 @@ void ChartTool::draw_fields(State& state, const std::vector<uint32_t>& held) {
     if (is_asked && charts.empty())
         state.say("The charts are locked");
     else if (is_asked)
-        state.run(statement_changing(state, charts, change));
+        state.run(statement_changing(shown_charts(state), charts, change));
 }
 
 bool ChartTool::begin(State& state, double u, double v) {
@@ -304,7 +249,7 @@ void ChartTool::drop(State& state) {
     const bool has_changed = change_.move[0] != 0.0 || change_.move[1] != 0.0 ||
                              change_.angle != 0.0 || change_.scale != 1.0;
     if (!charts.empty() && has_changed)
-        state.run(statement_changing(state, charts, change_));
+        state.run(statement_changing(shown_charts(state), charts, change_));
 }
 
 void ChartTool::draw_outlines(const State& state, const UvView& view, ImDrawList* list, float left,

@@ -6,6 +6,7 @@
 /// charts stay where they are.
 #pragma once
 
+#include "window/chart_statements.h"
 #include "window/state.h"
 #include "window/uv_view.h"
 
@@ -15,20 +16,6 @@ namespace window {
 
 /// The charts that the tool works on, ascending.
 std::vector<uint32_t> held_charts(const State& state);
-
-/// A change of charts in the texture: turned and scaled about `pivot`, then moved.
-struct ChartChange {
-    double move[2] = {0.0, 0.0}; ///< in UVs
-    double angle = 0.0;          ///< degrees, counter-clockwise
-    double scale = 1.0;
-    double pivot[2] = {0.0, 0.0};
-};
-/// The statement that makes the change, one step of undo; there must be charts.
-std::string statement_changing(const State& state, const std::vector<uint32_t>& charts,
-                               const ChartChange& change);
-
-/// The statement that packs all charts but the locked ones, one step of undo.
-std::string statement_packing(const State& state, const std::vector<uint32_t>& locked);
 
 /// Charts that stay where they are. They are kept by polygon, because charts get other numbers when
 /// seams change; a mesh with other polygons has none.

@@ -1,8 +1,10 @@
 // Running statements, and what happens while they run: progress, and cancelling.
 #include "host/commands/session.h"
+#include "host/graph/scene.h"
 #include "host/graph/undo.h"
 #include "host/script/value.h"
 #include "window/application.h"
+#include "window/own_density.h"
 
 #include <GLFW/glfw3.h>
 #include <algorithm>
@@ -43,12 +45,19 @@ void Application::run_statements(const std::string& statements) {
     const UnwrapResults results = UnwrapResults::now();
     state_.status_revision = state_.console.revision();
     is_computing_ = true;
+    has_unwrapped_ = false;
     progress_.begin(Clock::now());
     last_progress_ = Clock::now();
-    has_failed_ = !run_and_print(statements);
+    // Live sees to the densities of its own layouts.
+    const std::vector<float> densities = !state_.is_live && lays_out_anew(state_, statements)
+                                             ? own_densities(state_.subject)
+                                             : std::vector<float>();
+    has_failed_ = !run_and_print(statements) || !keep_densities(densities);
     const bool was_cancelled = is_cancelled_;
     if (was_cancelled)
         take_back(undo_count, results);
+    else if (has_unwrapped_ && !has_failed_)
+        restore_overlay();
     host::graph::UndoQueue::current().join_after(undo_count); // a line is one step
     is_computing_ = is_cancelled_ = is_unwrapping_ = false;
     leave_front();
@@ -65,8 +74,27 @@ void Application::run_statements(const std::string& statements) {
     set_title();
 }
 
+/// Gives the charts of a new layout the densities that the polygons had; none are given if
+/// `densities` is empty.
+bool Application::keep_densities(const std::vector<float>& densities) {
+    if (densities.empty() || is_cancelled_)
+        return true;
+    state_.refresh();
+    const std::string statement =
+        statement_giving_densities({state_.shape_path(), state_.map}, state_.subject, densities);
+    return statement.empty() || run_and_print(statement);
+}
+
+/// Shows the overlay that a cancelled unwrap has spoiled, now that another one has ended.
+void Application::restore_overlay() {
+    if (host::graph::Node* node = host::graph::Scene::current().find(stale_overlay_))
+        show_overlay(*node, true);
+    stale_overlay_.clear();
+}
+
 /// Undoes, or redoes, what a cancelled statement did. `results`: from before it.
 void Application::take_back(size_t undo_count, const UnwrapResults& results) {
+    const std::vector<host::Ref<host::graph::Node>> stale = results.with_stale_seams();
     host::graph::UndoQueue& queue = host::graph::UndoQueue::current();
     while (queue.undo_count() > undo_count)
         queue.undo();
@@ -74,6 +102,12 @@ void Application::take_back(size_t undo_count, const UnwrapResults& results) {
         queue.redo();
     results.restore();
     update_meshes();
+    // An overlay cannot be told its seams but by unwrapping: the window draws them instead.
+    for (const auto& node : stale) {
+        if (is_overlay_on(*node))
+            stale_overlay_ = state_.hidden_overlay = node->name_text();
+        show_overlay(*node, false);
+    }
     state_.jobs.clear();
     state_.console.withholds_errors = false;
     state_.console.print("// Cancelled.\n");
@@ -114,6 +148,7 @@ void Application::changed(const host::ProgressState& state) {
     if (state.is_shown && !is_unwrapping_)
         progress_.begin(Clock::now());
     is_unwrapping_ = state.is_shown;
+    has_unwrapped_ = has_unwrapped_ || is_unwrapping_;
     const int range = state.maximum - state.minimum;
     progress_.note_plugin(state.status.asChar(),
                           range > 0 ? double(state.value - state.minimum) / range : 0.0);
@@ -164,18 +199,20 @@ bool Application::show(const char* caption, const char* text) {
 /// changed on the screen.
 bool Application::follow_live() {
     const bool was_waiting = std::exchange(state_.is_waiting, false);
-    if (!state_.is_live || !state_.subject.node) {
+    // Switched off, Live still brings what the last cut asked for, unless that was undone.
+    if (!state_.subject.node || (!state_.is_live && !live_.awaits(state_.subject))) {
         live_.stop();
         return was_waiting;
     }
     // The overlay of the node shows the seams of its own last unwrap.
-    if (state_.is_overlay_on && state_.jobs.is_empty()) {
+    if (state_.is_overlay_on && state_.is_live) {
         state_.hidden_overlay = state_.subject.node_name();
-        state_.run("setAttr " + host::script::quoted(state_.hidden_overlay + ".Visualization") +
-                   " 0;");
+        show_overlay(*state_.subject.node, false);
+        state_.refresh();
     }
     std::string error;
-    const bool has_result = live_.follow(state_.subject, error) && live_.take_result(error);
+    const bool has_result = live_.follow(state_.subject, state_.scene_revision, error) &&
+                            live_.take_result(state_.subject, error);
     if (has_result) {
         update_meshes();
         state_.refresh();

@@ -1,5 +1,6 @@
 #include "window/live_unwrap.h"
 
+#include "app/layout_command.h"
 #include "app/system.h"
 #include "host/graph/data.h"
 #include "host/graph/evaluate.h"
@@ -8,6 +9,7 @@
 #include "host/io/write_file.h"
 #include "host/script/value.h"
 #include "window/node_settings.h"
+#include "window/own_density.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -34,11 +36,22 @@ int set_of(const host::Mesh& mesh, Node& node) {
     return named >= 0 ? named : mesh.current_uv_set();
 }
 
+bool is_same_set(const host::UvSet& a, const host::UvSet& b) {
+    return &a == &b || (a.corner_uvs == b.corner_uvs && a.u == b.u && a.v == b.v);
+}
+
+/// By value where storage differs: nodes behind one that keeps an old result make their meshes anew
+/// with every evaluation.
 bool is_same_input(const host::Mesh& a, const host::Mesh& b, Node& node) {
     const int set = set_of(a, node);
-    return &a.connectivity() == &b.connectivity() && &a.points() == &b.points() &&
-           set == set_of(b, node) &&
-           (set < 0 || &a.uv_set(uint32_t(set)) == &b.uv_set(uint32_t(set)));
+    const auto is_same_point = [](const host::Float3& p, const host::Float3& q) {
+        return p.x == q.x && p.y == q.y && p.z == q.z;
+    };
+    const bool has_same_points = &a.points() == &b.points() ||
+                                 std::equal(a.points().begin(), a.points().end(),
+                                            b.points().begin(), b.points().end(), is_same_point);
+    return &a.connectivity() == &b.connectivity() && has_same_points && set == set_of(b, node) &&
+           (set < 0 || is_same_set(a.uv_set(uint32_t(set)), b.uv_set(uint32_t(set))));
 }
 
 bool read_uvs(const fs::path& file, host::UvSet& uvs, std::string& error) {
@@ -52,6 +65,41 @@ bool read_uvs(const fs::path& file, host::UvSet& uvs, std::string& error) {
     }
     error = failure.message;
     return false;
+}
+
+/// Gives the charts of a new layout the densities that most of their areas had before, and packs
+/// them for the texture of the subject.
+bool give_densities(const Subject& subject, const std::vector<float>& densities, int set,
+                    host::Mesh& mesh, std::string& error) {
+    const UvMap map(mesh, set, subject.texture);
+    const std::vector<double> wanted = chart_densities(map, densities);
+    if (wanted.empty())
+        return true;
+    host::UvSet uvs = mesh.uv_set(uint32_t(set));
+    std::vector<double> scale(uvs.u.size(), 1.0);
+    for (uint32_t t = 0; t < map.triangle_count(); ++t) {
+        if (map.triangle_chart()[t] == k_none)
+            continue;
+        const uint32_t polygon = map.triangle_polygon()[t];
+        const uint32_t first = mesh.connectivity().first_corner(polygon);
+        for (uint32_t c = 0; c < mesh.connectivity().corners_of(polygon); ++c)
+            if (const int32_t uv = uvs.corner_uvs[first + c]; uv >= 0)
+                scale[size_t(uv)] = wanted[map.triangle_chart()[t]];
+    }
+    for (size_t i = 0; i < scale.size(); ++i) {
+        uvs.u[i] = static_cast<float>(scale[i] * static_cast<double>(uvs.u[i]));
+        uvs.v[i] = static_cast<float>(scale[i] * static_cast<double>(uvs.v[i]));
+    }
+    mesh.edit_uv_set(uint32_t(set)) = std::move(uvs);
+    host::graph::UvLayout layout;
+    layout.width = static_cast<int>(subject.texture.width);
+    layout.height = static_cast<int>(subject.texture.height);
+    layout.gutter = subject.gutter;
+    host::UvSet packed;
+    if (!app::pack_charts(mesh, uint32_t(set), layout, packed, error))
+        return false;
+    mesh.edit_uv_set(uint32_t(set)) = std::move(packed);
+    return true;
 }
 
 } // namespace
@@ -111,13 +159,23 @@ void LiveUnwrap::stop() {
     child_.stop();
     node_ = host::Ref<Node>();
     input_ = host::Mesh();
+    revision_ = 0;
     std::error_code ignored;
     if (!folder_.empty())
         fs::remove_all(folder_, ignored);
     folder_.clear();
 }
 
-bool LiveUnwrap::follow(const Subject& subject, std::string& error) {
+bool LiveUnwrap::awaits(const Subject& subject) const {
+    Node* node = subject.has_later_edits ? nullptr : subject.node.get();
+    const host::Mesh* input = node ? input_of(*node) : nullptr;
+    return is_busy() && input && node == node_.get() && is_same_input(*input, input_, *node);
+}
+
+bool LiveUnwrap::follow(const Subject& subject, size_t revision, std::string& error) {
+    if (revision == revision_)
+        return true;
+    revision_ = revision;
     Node* node = subject.has_later_edits ? nullptr : subject.node.get();
     // Undo and redo bring the node's result back without its input.
     if (Slot* slot = node ? node->slot("inMesh") : nullptr)
@@ -141,7 +199,7 @@ bool LiveUnwrap::follow(const Subject& subject, std::string& error) {
            child_.begin(request, error);
 }
 
-bool LiveUnwrap::take_result(std::string& error) {
+bool LiveUnwrap::take_result(const Subject& subject, std::string& error) {
     const auto answer = child_.take_answer();
     if (!answer)
         return false;
@@ -160,6 +218,11 @@ bool LiveUnwrap::take_result(std::string& error) {
     target.u = std::move(uvs.u);
     target.v = std::move(uvs.v);
     target.corner_uvs = std::move(uvs.corner_uvs);
+    const MString name = target.name;
+    const std::vector<float> densities =
+        own_densities(input_, set, last_layout(subject, node_.get(), name));
+    if (!densities.empty() && !give_densities(subject, densities, set, mesh, error))
+        return false;
     Slot& output = *node_->slot("outMesh");
     output.value = host::graph::PlugValue::of_data(host::graph::mesh_data(&mesh).get());
     host::graph::announce_change(output);

@@ -27,14 +27,18 @@ public:
     LiveUnwrap& operator=(const LiveUnwrap&) = delete;
 
     /// Begins an unwrap if the input of the subject's node is another than that of the last one.
+    /// `revision` of the scene, from 1: with the same one as before nothing is looked at.
     /// Errors: false with a sentence in `error`.
-    bool follow(const Subject& subject, std::string& error);
-    /// Puts a result that has arrived into the node; the meshes must then be brought up to date.
+    bool follow(const Subject& subject, size_t revision, std::string& error);
+    /// Puts a result that has arrived into the node, its charts with the densities that they were
+    /// given by hand; the meshes must then be brought up to date.
     /// `error`: why there is none, empty if it has not arrived.
-    bool take_result(std::string& error);
+    bool take_result(const Subject& subject, std::string& error);
     /// Ends the child and forgets what it was given.
     void stop();
 
+    /// Whether a result is under way for what the subject's node takes now.
+    bool awaits(const Subject& subject) const;
     bool is_busy() const { return child_.is_busy(); }
     /// Whether a result is awaited for longer than people take for "at once".
     bool is_late() const {
@@ -47,7 +51,8 @@ private:
     std::filesystem::path folder_; ///< of the files that travel
     app::UnwrapChild child_;
     host::Ref<host::graph::Node> node_;
-    host::Mesh input_; ///< of the unwrap under way or last done; shares storage with the node's
+    host::Mesh input_;    ///< of the unwrap under way or last done; shares storage with the node's
+    size_t revision_ = 0; ///< of the scene, in the last `follow`
     Clock::time_point begun_;
     Clock::duration last_time_{};
 };

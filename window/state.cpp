@@ -87,8 +87,7 @@ void State::refresh() {
     }
     take_selection();
     take_rows();
-    const auto* overlay = subject.node ? subject.node->slot("Visualization") : nullptr;
-    is_overlay_on = overlay && overlay->value.number() != 0.0;
+    is_overlay_on = subject.node && window::is_overlay_on(*subject.node);
     if (is_overlay_on && !is_live)
         hidden_overlay.clear(); // the user wants it again
     const host::graph::UndoQueue& queue = host::graph::UndoQueue::current();
@@ -203,7 +202,7 @@ void State::explain_rows() {
             row.label = setting->second.label;
             row.help = setting->second.help;
             row.has_effect = setting->second.has_effect;
-        } else if (row.name == "Visualization") {
+        } else if (row.name == k_overlay_attribute) {
             row.label = "Show seams";
             row.help = "Draws the seams of the unwrap in the model panels. Default: on.";
         } else {
@@ -232,7 +231,7 @@ void State::compare_rows() {
     for (size_t i = 0; i < rows.size() && i < before.rows.size(); ++i) {
         const ShownAttribute& old = before.rows[i];
         rows[i].has_changed = rows[i].is_input && rows[i].name != k_skip_attribute &&
-                              rows[i].name == old.name &&
+                              rows[i].name != k_overlay_attribute && rows[i].name == old.name &&
                               (rows[i].number != old.number || rows[i].text != old.text);
         has_changed_rows = has_changed_rows || rows[i].has_changed;
     }

@@ -2,6 +2,7 @@
 
 #include "host/graph/data.h"
 #include "host/graph/edits.h"
+#include "host/graph/evaluate.h"
 #include "host/script/value.h"
 
 #include <algorithm>
@@ -59,6 +60,25 @@ double number(Node& node, const char* attribute) {
     return slot ? slot->value.number() : 0.0;
 }
 
+bool keeps_borders(Node& node) { return number(node, "Keep_Borders") != 0.0; }
+
+/// The mesh that a plug of a node has; null if none.
+const host::Mesh* mesh_in(Node& node, const char* plug) {
+    const Slot* slot = node.slot(plug);
+    host::Object* data = slot ? slot->value.as_data() : nullptr;
+    return data && data->as_mesh() ? data->as_mesh()->mesh() : nullptr;
+}
+
+/// Whether both have the same UV sets in the same storage.
+bool shares_uvs(const host::Mesh& a, const host::Mesh& b) {
+    if (a.uv_set_count() != b.uv_set_count())
+        return false;
+    for (uint32_t set = 0; set < a.uv_set_count(); ++set)
+        if (&a.uv_set(set) != &b.uv_set(set))
+            return false;
+    return true;
+}
+
 /// Reads texture size, gutter and UV set of an unwrap node, clamped as the node clamps them.
 void read_settings(Node& node, Subject& subject) {
     subject.texture.width = std::clamp(number(node, "Texture_Width"), 8.0, 8192.0);
@@ -91,6 +111,10 @@ std::vector<MeshNode*> visible_meshes() {
     return meshes;
 }
 
+bool is_unwrap(const Node& node) { return node.node_type().name == k_unwrap_node; }
+
+bool is_overlay_on(Node& node) { return number(node, k_overlay_attribute) != 0.0; }
+
 Subject find_subject(const Subject& last) {
     Subject subject;
     MeshNode* shape = choose(last);
@@ -102,7 +126,7 @@ Subject find_subject(const Subject& last) {
     subject.uv_set = mesh->current_uv_set();
     const std::vector<Node*> history = Scene::current().history_of(*shape, false);
     for (Node* node : history)
-        if (node->node_type().name == k_unwrap_node) {
+        if (is_unwrap(*node)) {
             subject.node = node;
             subject.has_later_edits = node != history.front();
             read_settings(*node, subject);
@@ -119,21 +143,43 @@ bool update_meshes() {
     return is_good;
 }
 
+void show_overlay(Node& node, bool is_on) {
+    Slot* slot = node.slot(k_overlay_attribute);
+    // A node that unwraps shows its overlay even if it is switched off: only a change counts.
+    for (const bool state : {!is_on, is_on}) {
+        if (slot)
+            host::graph::set_value(*slot, host::graph::PlugValue::of_bool(state));
+        update_meshes();
+    }
+}
+
 UnwrapResults UnwrapResults::now() {
     UnwrapResults results;
-    for (const Ref<Node>& node : Scene::current().nodes()) {
-        const Slot* slot = node->node_type().name == k_unwrap_node ? node->slot(k_result) : nullptr;
-        host::Object* data = slot ? slot->value.as_data() : nullptr;
-        if (data && data->as_mesh() && data->as_mesh()->mesh())
-            results.meshes_.emplace_back(node, *data->as_mesh()->mesh());
-    }
+    for (const Ref<Node>& node : Scene::current().nodes())
+        if (const host::Mesh* mesh = is_unwrap(*node) ? mesh_in(*node, k_result) : nullptr)
+            results.results_.push_back({node, *mesh, keeps_borders(*node)});
     return results;
 }
 
 void UnwrapResults::restore() const {
-    for (const auto& [node, mesh] : meshes_)
-        node->slot(k_result)->value =
-            host::graph::PlugValue::of_data(host::graph::mesh_data(&mesh).get());
+    for (const Result& result : results_)
+        result.node->slot(k_result)->value =
+            host::graph::PlugValue::of_data(host::graph::mesh_data(&result.mesh).get());
+}
+
+std::vector<Ref<Node>> UnwrapResults::with_stale_seams() const {
+    std::vector<Ref<Node>> nodes;
+    for (const Result& result : results_) {
+        const host::Mesh* now = mesh_in(*result.node, k_result);
+        const host::Mesh* input = mesh_in(*result.node, "inMesh");
+        const bool has_computed = !now || !shares_uvs(*now, result.mesh);
+        // One that stopped half-way leaves its input there.
+        const bool has_new_layout = has_computed && (!now || !input || !shares_uvs(*now, *input));
+        if (has_new_layout ||
+            (has_computed && (result.keeps_borders || keeps_borders(*result.node))))
+            nodes.push_back(result.node);
+    }
+    return nodes;
 }
 
 std::vector<Slot*> editable_slots(Node& node) {

@@ -12,6 +12,10 @@
 
 namespace window {
 
+/// The attribute of unwrap nodes that shows their overlay: seams that were there before the unwrap
+/// in green, new ones in blue.
+inline constexpr const char* k_overlay_attribute = "Visualization";
+
 struct Subject {
     host::Ref<host::graph::Node> shape; ///< null if the scene has no mesh
     host::Ref<host::graph::Node> node;  ///< last unwrap node in its history, or null
@@ -31,12 +35,20 @@ private:
 /// All mesh shapes that are not hidden or intermediate, in order of creation.
 std::vector<host::graph::MeshNode*> visible_meshes();
 
+/// Whether a node unwraps.
+bool is_unwrap(const host::graph::Node& node);
+/// Whether an unwrap node is to draw its seams.
+bool is_overlay_on(host::graph::Node& node);
+
 /// Finds the subject without evaluating nodes: the first selected mesh, else `last` if it is still
 /// in the scene, else the newest visible mesh.
 Subject find_subject(const Subject& last);
 
 /// Evaluates every visible mesh, which runs pending unwraps. Returns false if any failed.
 bool update_meshes();
+
+/// Makes an unwrap node show its seams, or hide them; no step of undo.
+void show_overlay(host::graph::Node& node, bool is_on);
 
 /// What the unwrap nodes of the scene put out. A computation that stops half-way leaves its input
 /// there, so a cancelled statement is taken back by more than undo.
@@ -46,9 +58,17 @@ public:
     static UnwrapResults now();
     /// Puts them back.
     void restore() const;
+    /// The nodes that have computed since and may show other seams than those of their results
+    /// here: of another layout, or, if borders are kept, those of their input.
+    std::vector<host::Ref<host::graph::Node>> with_stale_seams() const;
 
 private:
-    std::vector<std::pair<host::Ref<host::graph::Node>, host::Mesh>> meshes_;
+    struct Result {
+        host::Ref<host::graph::Node> node;
+        host::Mesh mesh;
+        bool keeps_borders;
+    };
+    std::vector<Result> results_;
 };
 
 /// Scalar and text attributes of a node that are neither hidden nor in an array, inputs first, in

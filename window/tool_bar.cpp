@@ -9,17 +9,6 @@
 namespace window {
 namespace {
 
-/// Edits the UVs along the picked edges. Once UVs are edited after an unwrap, its overlay would
-/// show seams that are gone: the window draws those that are there instead. One step of undo.
-std::string editing(const State& state, const std::string& command) {
-    if (state.is_live && state.subject.node && !state.subject.has_later_edits)
-        return command + " -before " + host::script::quoted(state.subject.node_name()) + ";";
-    if (!state.subject.node)
-        return command + ";";
-    return "{ " + command + "; setAttr " +
-           host::script::quoted(state.subject.node_name() + ".Visualization") + " 0; }";
-}
-
 /// The flags of the last unwrap that later ones keep; empty if there was none.
 std::string texture_flags(const State& state) {
     if (!state.subject.node)
@@ -28,6 +17,19 @@ std::string texture_flags(const State& state) {
     std::snprintf(flags, sizeof flags, " -width %.0f -height %.0f -padding %.0f",
                   state.subject.texture.width, state.subject.texture.height, state.subject.gutter);
     return flags;
+}
+
+/// Edits the UVs along the picked edges. Live goes on with a node behind edits by hand. Once UVs
+/// are edited after an unwrap, its overlay would show seams that are gone: the window draws those
+/// that are there instead. One step of undo.
+std::string editing(const State& state, const std::string& command) {
+    if (state.is_live && state.subject.node && !state.subject.has_later_edits)
+        return command + " -before " + host::script::quoted(state.subject.node_name()) + ";";
+    if (!state.subject.node)
+        return command + ";";
+    return "{ " + command + "; setAttr " +
+           host::script::quoted(state.subject.node_name() + "." + k_overlay_attribute) + " 0; " +
+           (state.is_live ? statement_along_seams(state) + " " : "") + "}";
 }
 
 /// A button that is lit while `is_on`. Returns whether it was pressed.
@@ -91,6 +93,11 @@ std::string statement_along_seams(const State& state) {
 }
 std::string statement_suggesting_rest(const State& state) {
     return "tessora -keep_seams on" + texture_flags(state) + ";";
+}
+
+bool lays_out_anew(const State& state, const std::string& statement) {
+    return statement == statement_along_seams(state) ||
+           statement == statement_suggesting_rest(state);
 }
 
 void draw_tool_bar(State& state) {

@@ -14,5 +14,7 @@ std::string statement_sewing(const State& state);
 /// as few others as can be, or with those that the default stretch asks for.
 std::string statement_along_seams(const State& state);
 std::string statement_suggesting_rest(const State& state);
+/// Whether a statement is one of these two; the charts then keep the densities given by hand.
+bool lays_out_anew(const State& state, const std::string& statement);
 
 } // namespace window

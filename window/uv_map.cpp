@@ -255,6 +255,15 @@ std::vector<uint32_t> UvMap::polygons_of(uint32_t chart) const {
     return polygons;
 }
 
+std::vector<uint32_t> UvMap::one_polygon_each(const std::vector<uint32_t>& charts) const {
+    std::vector<uint32_t> polygons;
+    for (const uint32_t chart : charts)
+        polygons.push_back(triangle_polygon_[by_chart_[chart_begin_[chart]]]);
+    std::sort(polygons.begin(), polygons.end());
+    polygons.erase(std::unique(polygons.begin(), polygons.end()), polygons.end());
+    return polygons;
+}
+
 uint32_t UvMap::worst_chart() const {
     const auto worst =
         std::max_element(charts_.begin(), charts_.end(),

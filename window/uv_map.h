@@ -74,6 +74,8 @@ public:
     uint32_t chart_at(double u, double v) const;
     /// The polygons of a chart, ascending.
     std::vector<uint32_t> polygons_of(uint32_t chart) const;
+    /// One polygon of every chart of a list, ascending.
+    std::vector<uint32_t> one_polygon_each(const std::vector<uint32_t>& charts) const;
     /// The chart with the most stretch; k_none if there are no charts.
     uint32_t worst_chart() const;
     /// Bounds of all charts; the unit square if there are none.

@@ -8,6 +8,7 @@ a failure. The bar never runs backwards and names the stage.
 """
 import math
 import random
+import re
 import time
 
 from window_driver import colours, drive_on_a_screen, fail_unless, tell
@@ -94,11 +95,38 @@ def cancel_by_mouse(window, scratch):
     tell("cancelled by mouse")
 
 
+def cancel_what_changes_seams(window, scratch):
+    """An unwrap that keeps the file's own seams, and one that is over before its statement is: the
+    node then knows other seams than those of the UVs, which the window draws instead."""
+    before = uvs(window, scratch / "before.obj")
+    drawn = []
+    redo = "setAttr tessora_node1.Skip_compute 0;"
+    for count, statement in enumerate((
+            f"setAttr tessora_node1.Keep_Borders 1; setAttr tessora_node1.Stretch 0.9; {redo}",
+            f"setAttr tessora_node1.High_Quality 0; setAttr tessora_node1.Stretch 0.02; {redo} "
+            "dgeval noisyShape.outMesh; while (1) { }")):
+        published = len(re.findall(PUBLISHED, window.said()))
+        begin(window, statement)
+        if "while" in statement:
+            window.wait_said(PUBLISHED, published + 1)
+        window.tool("key", "Escape")
+        window.wait_said(CANCELLED, 3 + count)
+        window.wait_gone("progress")
+        fail_unless(uvs(window, scratch / "after.obj") == before, "cancelling changed the UVs")
+        drawn.append(seam_pixels(window, f"seams_after_{count}"))
+    fail_unless(drawn[0] == drawn[1] and drawn[0][0] == 0 and drawn[0][1] > 300,
+                f"seams of cancelled unwraps are drawn: {drawn}")
+    window.statement(redo, PUBLISHED)
+    again = seam_pixels(window, "seams_again")
+    fail_unless(again[0] > 300, f"the next unwrap does not show its seams: {again}")
+    tell("cancelled unwraps leave no seams of theirs")
+
+
 def cancel_a_script(window):
     begin(window, "while (1) { }")
     window.picture("script", while_it_works=True)
     window.tool("key", "Escape")
-    window.wait_said(CANCELLED, 3)
+    window.wait_said(CANCELLED, 5)
     window.statement('print("alive\\n");', "alive\n")
     tell("cancelled a script")
 
@@ -106,6 +134,7 @@ def cancel_a_script(window):
 def drive(window, scratch):
     cancel_by_key(window, scratch)
     cancel_by_mouse(window, scratch)
+    cancel_what_changes_seams(window, scratch)
     cancel_a_script(window)
     window.key("F2", "ctrl+q")
     window.click("question/Discard them")
@@ -113,7 +142,7 @@ def drive(window, scratch):
 
 
 def make_mesh(scratch):
-    """A closed surface with so much noise that to unwrap it takes seconds."""
+    """A closed surface with so much noise that to unwrap it takes seconds; its own UVs have a seam."""
     random.seed(1)
     columns, rows = 250, 120
     with open(scratch / "noisy.obj", "w") as file:
@@ -123,10 +152,15 @@ def make_mesh(scratch):
                 r = 1 + 0.03 * random.random() + 0.2 * math.sin(5 * a) * math.sin(7 * b)
                 file.write(f"v {r * math.sin(a) * math.cos(b):.6f} {r * math.cos(a):.6f} "
                            f"{r * math.sin(a) * math.sin(b):.6f}\n")
+        for row in range(rows + 1):
+            for column in range(columns + 1):
+                file.write(f"vt {column / columns:.6f} {row / rows:.6f}\n")
         for row in range(rows):
             for column in range(columns):
                 i, j = row * columns + column + 1, row * columns + (column + 1) % columns + 1
-                file.write(f"f {i} {j} {j + columns} {i + columns}\n")
+                a = row * (columns + 1) + column + 1
+                file.write(f"f {i}/{a} {j}/{a + 1} {j + columns}/{a + columns + 2} "
+                           f"{i + columns}/{a + columns + 1}\n")
     return (str(scratch / "noisy.obj"),)
 
 

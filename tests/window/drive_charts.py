@@ -6,17 +6,8 @@
 The results lead to the chart with the most stretch; it is scaled by a number, in one step of undo;
 several charts are picked.
 """
-from window_driver import (drive_on_a_screen, fail_unless, quit_without_saving, tell,
+from window_driver import (corners, drive_on_a_screen, fail_unless, quit_without_saving, tell,
                            write_squares)
-
-def corners(window, scratch):
-    """The texture coordinates of the corners, in the order of the faces."""
-    file = scratch / "now.obj"
-    window.statement(f'file -f -exportAll "{file}"; print("written\\n");', "written\n")
-    lines = file.read_text().splitlines()
-    uvs = [tuple(map(float, line.split()[1:3])) for line in lines if line.startswith("vt ")]
-    return [uvs[int(corner.split("/")[1]) - 1] for line in lines if line.startswith("f ")
-            for corner in line.split()[1:]]
 
 
 def find_the_worst(window):

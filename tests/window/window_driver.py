@@ -20,6 +20,8 @@ class Window:
     def __init__(self, program, folder, arguments=(), size="1440x900", preferences=""):
         self.folder = pathlib.Path(folder)
         self.folder.mkdir(parents=True, exist_ok=True)
+        for picture in self.folder.glob("*.png"):  # of an earlier run, which may have other steps
+            picture.unlink()
         self.scratch = tempfile.TemporaryDirectory(prefix="tessora_window.")
         scratch = pathlib.Path(self.scratch.name)
         self.places_file = scratch / "places"
@@ -228,6 +230,16 @@ def colours(window, name):
     lines = subprocess.run(["convert", str(picture), "-format", "%c", "histogram:info:-"],
                            check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines()
     return {line.split("#")[1][:6]: int(line.split(":")[0]) for line in lines if "#" in line}
+
+
+def corners(window, scratch):
+    """The texture coordinates of the corners, in the order of the faces."""
+    file = scratch / "now.obj"
+    window.statement(f'file -f -exportAll "{file}"; print("written\\n");', "written\n")
+    lines = file.read_text().splitlines()
+    uvs = [tuple(map(float, line.split()[1:3])) for line in lines if line.startswith("vt ")]
+    return [uvs[int(corner.split("/")[1]) - 1] for line in lines if line.startswith("f ")
+            for corner in line.split()[1:]]
 
 
 def shells(window, count):
