@@ -44,10 +44,8 @@ bool AtomicFile::create_temporary(std::string& error) {
     if (file_ < 0)
         return fail(errno, error);
     state_ = temporary;
-    if (remove_on_signal(temporary_))
-        return true;
-    discard();
-    return fail(ENAMETOOLONG, error);
+    remove_on_signal(temporary_);
+    return true;
 }
 
 bool AtomicFile::write(std::string_view bytes, std::string& error) {

@@ -54,6 +54,7 @@ private:
     bool add_list();
     void drop_results();
     BatchItem item_of(const Source& source) const;
+    static void separate_reports(std::vector<BatchItem>& items);
     bool check_names(const std::vector<BatchItem>& items);
     void keep_shard(std::vector<BatchItem>& items) const;
     bool refuse(const std::string& reason) {
@@ -174,6 +175,20 @@ BatchItem Planner::item_of(const Source& source) const {
     return item;
 }
 
+/// Meshes of one name in several formats have results of their own. Their reports and pictures get
+/// the result's whole name: tree.glb.json and tree.ply.json.
+void Planner::separate_reports(std::vector<BatchItem>& items) {
+    std::map<std::string, std::set<std::string>> results; // by report
+    for (const BatchItem& item : items)
+        results[item.report].insert(item.output);
+    for (BatchItem& item : items)
+        if (results[item.report].size() > 1) {
+            item.report = item.output + ".json";
+            if (!item.layout.empty())
+                item.layout = item.output + ".png";
+        }
+}
+
 /// No result may be another's, nor an input.
 bool Planner::check_names(const std::vector<BatchItem>& items) {
     std::map<std::string, const BatchItem*> inputs, results;
@@ -187,7 +202,7 @@ bool Planner::check_names(const std::vector<BatchItem>& items) {
             const auto [other, is_new] = results.try_emplace(name, &item);
             if (!is_new)
                 return refuse(other->second->input + " and " + item.input + " would both write " +
-                              path);
+                              path + "; batches of their own keep them apart");
             const auto input = inputs.find(name);
             if (input != inputs.end() && !(request_.in_place && input->second == &item))
                 return refuse(item.input + " would be written over the input " +
@@ -232,6 +247,7 @@ int Planner::plan(std::vector<BatchItem>& items) {
         std::unique(items.begin(), items.end(),
                     [&](const BatchItem& a, const BatchItem& b) { return key(a) == key(b); }),
         items.end());
+    separate_reports(items);
     if (!check_names(items))
         return exit_usage;
     keep_shard(items);

@@ -3,16 +3,18 @@
 #include "app/file_calls.h"
 
 #include <csignal>
-#include <cstring>
+#include <set>
 
 namespace app {
 namespace {
 
-constexpr int k_slots = 1024;
-constexpr size_t k_path_size = 4096;
+/// Read inside handlers, written only while signals are blocked. Never destroyed: a signal may come
+/// after the end of main().
+std::set<std::string>& unfinished_files() {
+    static auto& paths = *new std::set<std::string>;
+    return paths;
+}
 
-// Read inside handlers: plain bytes, written only while signals are blocked.
-char g_paths[k_slots][k_path_size];
 volatile std::sig_atomic_t g_line_open = 0;
 volatile std::sig_atomic_t g_published = 0;
 volatile std::sig_atomic_t g_silent = 0;
@@ -22,29 +24,19 @@ volatile std::sig_atomic_t g_interrupted = 0;
 
 } // namespace
 
-bool remove_on_signal(const std::string& path) {
-    if (path.size() >= k_path_size)
-        return false;
+void remove_on_signal(const std::string& path) {
     const SignalsHeld held;
-    for (auto& slot : g_paths)
-        if (!slot[0]) {
-            std::memcpy(slot, path.c_str(), path.size() + 1);
-            return true;
-        }
-    return false;
+    unfinished_files().insert(path);
 }
 
 void keep_on_signal(const std::string& path) {
     const SignalsHeld held;
-    for (auto& slot : g_paths)
-        if (path == slot)
-            slot[0] = '\0';
+    unfinished_files().erase(path);
 }
 
 void remove_unfinished_files() {
-    for (const auto& path : g_paths)
-        if (path[0])
-            file_calls::remove(path);
+    for (const std::string& path : unfinished_files())
+        file_calls::remove(path.c_str());
 }
 
 void set_terminal_line_open(bool open) { g_line_open = open ? 1 : 0; }

@@ -13,9 +13,8 @@ namespace app {
 /// ordinary write error instead of a signal.
 void install_signal_handlers();
 
-/// Adds a file to the list of files that a signal removes, or takes it off the list. At most 1024
-/// paths of at most 4095 bytes; returns false beyond that.
-bool remove_on_signal(const std::string& path);
+/// Adds a file to the list of files that a signal removes, or takes it off the list.
+void remove_on_signal(const std::string& path);
 void keep_on_signal(const std::string& path);
 /// Removes the files on the list; safe inside handlers.
 void remove_unfinished_files();

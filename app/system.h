@@ -12,9 +12,9 @@ extern const char k_path_separator;
 
 /// Call first in main, before any file is opened. On POSIX: standard streams that are closed are
 /// opened so that every use of them fails; else the next file opened would get their descriptor,
-/// and messages would be written into it. On Windows: standard streams become binary, and calling a
-/// function that the platform exports but does not implement ends the process with a message and
-/// exit_unwrap instead of a crash.
+/// and messages would be written into it; and as many files may be open as the system allows. On
+/// Windows: standard streams become binary, and calling a function that the platform exports but
+/// does not implement ends the process with a message and exit_unwrap instead of a crash.
 void prepare_process();
 
 /// From now on freed memory, up to 64 MiB, stays with the process: one that does one mesh after the

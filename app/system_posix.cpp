@@ -1,6 +1,7 @@
 #include "app/exit_code.h"
 #include "app/system.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -21,6 +22,12 @@ void prepare_process() {
         if (::fcntl(stream, F_GETFD) < 0 &&
             ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream)
             ::_exit(exit_unexpected);
+    // Packing has the results of all its meshes open at once.
+    rlimit files = {};
+    if (::getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur < files.rlim_max) {
+        files.rlim_cur = std::min<rlim_t>(files.rlim_max, 1u << 20);
+        ::setrlimit(RLIMIT_NOFILE, &files);
+    }
 }
 
 void keep_freed_memory() {

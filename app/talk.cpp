@@ -17,8 +17,11 @@ void set_talk_listener(std::function<void(const std::string&)> listener) {
 void say(const std::string& sentence) {
     if (g_listener)
         return g_listener(sentence);
-    std::fprintf(stderr, "%stessora: %s\n", terminal_line_open() ? "\r\033[K" : "",
-                 sentence.c_str());
+    std::string shown = sentence;
+    for (char& c : shown) // names of files may have characters that command a terminal
+        if (static_cast<unsigned char>(c) < 32 && c != '\n' && c != '\t')
+            c = '?';
+    std::fprintf(stderr, "%stessora: %s\n", terminal_line_open() ? "\r\033[K" : "", shown.c_str());
     set_terminal_line_open(false);
 }
 

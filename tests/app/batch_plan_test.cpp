@@ -145,8 +145,25 @@ TEST_F(BatchPlan, ShardsShareTheMeshesWithoutOverlap) {
 TEST_F(BatchPlan, RefusesTwoMeshesWithOneResult) {
     EXPECT_EQ(app::exit_usage, plan({"@in/a.obj", "@other/a.obj", "--out_dir", "@out"}));
     EXPECT_EQ(dir.path("in/a.obj") + " and " + dir.path("other/a.obj") + " would both write " +
-                  dir.path("out/a.obj"),
+                  dir.path("out/a.obj") + "; batches of their own keep them apart",
               error);
+    dir.put("in/a.stl", ""); // becomes OBJ, too
+    EXPECT_EQ(app::exit_usage, plan({"@in", "--out_dir", "@out"}));
+}
+
+TEST_F(BatchPlan, MeshesOfOneNameInSeveralFormatsHaveReportsOfTheirOwn) {
+    dir.put("in/a.ply", "");
+    dir.put("in/a.glb.gz", "");
+    EXPECT_EQ(0, plan({"@in", "--beside", "--out_dir", "@out"})) << error;
+    Names reports, pictures;
+    for (const app::BatchItem& item : items) {
+        reports.push_back(short_name(item.report));
+        pictures.push_back(short_name(item.layout));
+    }
+    EXPECT_EQ((Names{"out/a.glb.gz.json", "out/a.obj.json", "out/a.ply.json", "out/sub/b.json"}),
+              reports);
+    EXPECT_EQ((Names{"out/a.glb.gz.png", "out/a.obj.png", "out/a.ply.png", "out/sub/b.png"}),
+              pictures);
 }
 
 TEST_F(BatchPlan, RefusesTwoSpellingsOfOneResult) {

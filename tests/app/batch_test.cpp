@@ -175,7 +175,8 @@ TEST_F(BatchProgram, CollidingNamesAreRefusedBeforeAnythingRuns) {
     const Ended ended = batch({dir.path("more")});
     EXPECT_EQ(2, ended.code);
     EXPECT_NE(ended.err.npos,
-              ended.err.find("would both write " + dir.path("out/cube.obj") + "; nothing was done"))
+              ended.err.find("would both write " + dir.path("out/cube.obj") +
+                             "; batches of their own keep them apart; nothing was done"))
         << ended.err;
     EXPECT_FALSE(dir.has("out"));
 }
@@ -411,6 +412,14 @@ TEST_F(BatchProgram, UnwritableOutputFolderIsAFailureOfEachMesh) {
     EXPECT_NE(ended.err.npos,
               ended.err.find("code 7: " + dir.path("out/cube.obj") + ": cannot be written"))
         << ended.err;
+}
+
+TEST_F(BatchProgram, NamesDoNotCommandTheTerminal) {
+    dir.put("in/red\x1b[31m.obj", "x");
+    const Ended ended = batch({});
+    EXPECT_EQ(1, ended.code);
+    EXPECT_NE(ended.err.npos, ended.err.find("in/red?[31m.obj: ")) << ended.err;
+    EXPECT_EQ(ended.err.npos, ended.err.find('\x1b')) << ended.err;
 }
 
 TEST_F(BatchProgram, FolderThatCannotBeSearchedIsRefused) {

@@ -82,15 +82,21 @@ TEST(InterruptDeathTest, SignalAfterPublishingIsASuccess) {
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
-TEST(Interrupt, ListOfUnfinishedFilesHoldsAThousand) {
-    for (int i = 0; i < 1024; ++i)
-        EXPECT_TRUE(app::remove_on_signal("/nonexistent/" + std::to_string(i)));
-    EXPECT_FALSE(app::remove_on_signal("/nonexistent/1024"));
-    for (int i = 0; i < 1024; ++i)
-        app::keep_on_signal("/nonexistent/" + std::to_string(i));
-    EXPECT_TRUE(app::remove_on_signal("/nonexistent/1025"));
-    app::keep_on_signal("/nonexistent/1025");
-    EXPECT_FALSE(app::remove_on_signal(std::string(5000, 'x')));
+TEST(InterruptDeathTest, ThousandsOfUnfinishedFilesAreRemoved) {
+    test::Scratch dir;
+    constexpr int count = 3000;
+    for (int i = 0; i < count; ++i)
+        dir.put(std::to_string(i), "");
+    const auto run = [&] {
+        app::install_signal_handlers();
+        for (int i = 0; i < count; ++i)
+            app::remove_on_signal(dir.path(std::to_string(i)));
+        app::keep_on_signal(dir.path("1234"));
+        ::raise(SIGINT);
+        ::_exit(2);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(130), "");
+    EXPECT_EQ(test::Names{"1234"}, dir.names());
 }
 
 } // namespace

@@ -129,6 +129,16 @@ TEST_F(OneAtlas, WhatIsForOneMeshOrManyResultsIsRefused) {
     EXPECT_NE(tiles.err.npos, tiles.err.find("--tiles needs --one_atlas")) << tiles.err;
 }
 
+TEST_F(OneAtlas, HoldsMoreMeshesThanFilesMayBeOpenAtFirst) {
+    for (int i = 0; i < 70; ++i)
+        dir.put("in/s" + std::to_string(i) + ".obj", square(1));
+    const std::string command = "ulimit -Sn 64; exec " TESSORA_PROGRAM " unwrap " + dir.path("in") +
+                                " --out_dir " + dir.path("out") + " --one_atlas --quiet";
+    EXPECT_EQ(0, std::system(command.c_str()));
+    for (int i = 0; i < 70; ++i)
+        EXPECT_TRUE(dir.has("out/s" + std::to_string(i) + ".obj")) << i;
+}
+
 TEST_F(OneAtlas, FolderThatCannotBeMadeIsAnOutputError) {
     dir.put("file", "");
     const Ended ended =
