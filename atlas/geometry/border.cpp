@@ -115,8 +115,12 @@ void OutlineTester::build_grid(const Outline& outline) {
     columns_ = int(extent.x * inverse_size_) + 1;
     rows_ = int(extent.y * inverse_size_) + 1;
     cells_.assign(size_t(columns_) * rows_, Cell{});
+    visits_.clear();
     for (uint32_t i = 0; i < count; ++i)
-        visit_cells(outline.point[i], outline.point[next_[i]], [&](int c) { cells_[c].count++; });
+        visit_cells(outline.point[i], outline.point[next_[i]], [&](int c) {
+            visits_.push_back({uint32_t(c), i});
+            cells_[c].count++;
+        });
     uint32_t total_entries = 0;
     for (Cell& cell : cells_) {
         cell.begin = total_entries;
@@ -124,9 +128,8 @@ void OutlineTester::build_grid(const Outline& outline) {
         cell.count = 0;
     }
     entries_.resize(total_entries);
-    for (uint32_t i = 0; i < count; ++i)
-        visit_cells(outline.point[i], outline.point[next_[i]],
-                    [&](int c) { entries_[cells_[c].begin + cells_[c].count++] = i; });
+    for (const auto& [cell, segment] : visits_)
+        entries_[cells_[cell].begin + cells_[cell].count++] = segment;
 }
 
 /// For a vertex exactly on a segment: whether it only touches it from outside.

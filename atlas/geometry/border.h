@@ -10,6 +10,7 @@
 #include "atlas/geometry/vec.h"
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace tessora::atlas {
@@ -47,6 +48,7 @@ private:
     std::vector<uint32_t> next_, previous_;
     std::vector<Cell> cells_;
     std::vector<uint32_t> entries_;
+    std::vector<std::pair<uint32_t, uint32_t>> visits_; ///< (cell, segment), by segment
     Vec2 origin_;
     double inverse_size_ = 1;
     int columns_ = 1, rows_ = 1;

@@ -5,8 +5,27 @@
 namespace tessora::atlas {
 namespace {
 
+/// Drops points that are well within the quadrilateral of the extreme ones, and so not on the hull
+/// (Akl, Toussaint, "A fast convex hull algorithm", 1978).
+void drop_inner(std::vector<Vec2>& points) {
+    Vec2 left = points[0], right = left, low = left, high = left;
+    for (const Vec2 p : points) {
+        left = p.x < left.x ? p : left;
+        right = p.x > right.x ? p : right;
+        low = p.y < low.y ? p : low;
+        high = p.y > high.y ? p : high;
+    }
+    const double margin = 1e-9 * (right.x - left.x) * (high.y - low.y);
+    const auto is_inner = [&](Vec2 p) {
+        return doubled_area(left, low, p) > margin && doubled_area(low, right, p) > margin &&
+               doubled_area(right, high, p) > margin && doubled_area(high, left, p) > margin;
+    };
+    points.erase(std::remove_if(points.begin(), points.end(), is_inner), points.end());
+}
+
 /// Andrew's monotone chain; counter-clockwise.
 void convex_hull(std::vector<Vec2>& points, std::vector<Vec2>& hull) {
+    drop_inner(points);
     std::sort(points.begin(), points.end(),
               [](Vec2 a, Vec2 b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
     hull.resize(2 * points.size());

@@ -16,7 +16,7 @@ struct Box {
 
 /// The minimum-area box has one side along an edge of the convex hull (Freeman and Shapira,
 /// "Determining the minimum-area encasing rectangle for an arbitrary closed curve", 1975).
-/// `points` is reordered. Cost: O(n log n).
+/// `points` is reordered and loses those that do not matter. Cost: O(n log n).
 Box min_area_box(std::vector<Vec2>& points);
 
 } // namespace tessora::atlas

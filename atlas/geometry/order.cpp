@@ -35,11 +35,6 @@ private:
         float area;          ///< single precision: components alike are equal in spite of rounding
         Vec3 centre;
     };
-    /// What a corner is compared by.
-    struct Tip {
-        uint32_t corner;
-        double distance, area, edge;
-    };
 
     void collect_components() {
         for (uint32_t t : kept_) {
@@ -81,23 +76,28 @@ private:
     /// The corner farthest from the centre; of several there, that of the largest triangle, with
     /// the longest edge.
     uint32_t start_of(const Component& c) const {
-        Tip best{k_none, -1, -1, -1};
+        uint32_t best = 3 * faces_[c.begin];
+        double farthest = distance(best, c);
         for (uint32_t i = c.begin; i < c.end; ++i)
             for (uint32_t h = 3 * faces_[i]; h < 3 * faces_[i] + 3; ++h) {
-                const Tip tip{h, length(s_.position[s_.vertex[h]] - c.centre),
-                              s_.frame[h / 3].area(), s_.edge_length(h)};
-                if (best.corner == k_none || precedes(tip, best))
-                    best = tip;
+                const double own = distance(h, c);
+                const int order = compare(own, farthest);
+                if (order > 0 || (order == 0 && is_larger(h, best))) {
+                    best = h;
+                    farthest = own;
+                }
             }
-        return best.corner;
+        return best;
     }
 
-    static bool precedes(const Tip& a, const Tip& b) {
-        if (const int order = compare(a.distance, b.distance))
+    double distance(uint32_t corner, const Component& c) const {
+        return length(s_.position[s_.vertex[corner]] - c.centre);
+    }
+
+    bool is_larger(uint32_t h, uint32_t other) const {
+        if (const int order = compare(s_.frame[h / 3].area(), s_.frame[other / 3].area()))
             return order > 0;
-        if (const int order = compare(a.area, b.area))
-            return order > 0;
-        return compare(a.edge, b.edge) > 0;
+        return compare(s_.edge_length(h), s_.edge_length(other)) > 0;
     }
 
     const Surface& s_;
