@@ -386,19 +386,6 @@ TEST(ReadText, ReturnsTheBytesOfAFile) {
     std::remove(path.c_str());
 }
 
-TEST(ReadText, ReadsNothingOfAFileIfNothingIsAskedFor) {
-    const std::string path = testing::TempDir() + "/read_nothing_test.bin";
-    FILE* file = std::fopen(path.c_str(), "wb");
-    ASSERT_NE(nullptr, file);
-    std::fputs("some", file);
-    std::fclose(file);
-    std::string text = "old";
-    IoError error;
-    EXPECT_TRUE(host::read_start(path, 0, text, error)) << error.message;
-    EXPECT_EQ("", text);
-    std::remove(path.c_str());
-}
-
 TEST(ReadText, NamesTheMissingFileInTheError) {
     std::string text;
     IoError error;
