@@ -212,7 +212,9 @@ class TreeBuilder {
 public:
     TreeBuilder(const Surface& s, const Atoms& atoms, const ClusterOptions& options)
         : s_(s), options_(options) {
-        if (options.seed_groups)
+        // On few triangles they save little time, and cost charts where triangles are large.
+        constexpr uint32_t k_few_faces = 16000;
+        if (options.seed_groups && s.face_count > k_few_faces)
             group_atoms(atoms);
         else
             leaf_of_face_ = atoms.of_face, leaves_ = atoms.count;

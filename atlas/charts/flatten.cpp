@@ -1,5 +1,7 @@
 #include "atlas/charts/flatten.h"
 
+#include "atlas/charts/cut_lines.h"
+
 #include <algorithm>
 
 namespace tessora::atlas {
@@ -138,7 +140,7 @@ bool Flattener::passes(const Chart& c) {
 
 /// Relaxes a chart from its current coordinates; true if it is legal and meets the terms
 /// afterwards.
-bool Flattener::improve(Chart& c, RegionTerms terms) {
+bool Flattener::improve(Chart& c, const RegionTerms& terms) {
     constexpr double k_hopeless = 2.5; // give up if L2 - 1 exceeds this multiple of the maximum's
     load(c);
     Patch& patch = copy.patch;
@@ -165,8 +167,17 @@ bool Flattener::improve(Chart& c, RegionTerms terms) {
     return judge(c) && c.stretch.worst_l2() <= terms.max_stretch;
 }
 
+/// Whether a chart is likely to take no more room beyond its own area than that. A chart of so
+/// short a border cannot have more in its box.
+bool Flattener::is_compact(const Chart& c, double max_void) {
+    if (c.border_length * c.border_length < 8 * max_void)
+        return true;
+    set.outline(c, outline_);
+    return likely_room(outline_) <= c.stretch.area + max_void;
+}
+
 bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
-                               RegionTerms terms, Chart& c) {
+                               const RegionTerms& terms, Chart& c) {
     constexpr double k_min_cosine = 0.4; // of 66 degrees; steeper regions are better split first
     if (end - begin > 1 && !faces_forward(begin, end, normal, k_min_cosine))
         return false;
@@ -177,7 +188,7 @@ bool Flattener::flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 
         set_uv_of_triangle(c.faces[0]);
     else
         project(c.faces, normal);
-    if (improve(c, terms))
+    if (improve(c, terms) && is_compact(c, terms.max_void))
         return true;
     unglue_inside(c.faces);
     return false;
@@ -256,7 +267,9 @@ bool Flattener::flatten_by_projection(Chart& c) {
     if (!faces_forward(begin, begin + c.faces.size(), normal, k_min_cosine))
         return false;
     project(c.faces, normal);
-    return improve(c, {options.limit, false});
+    RegionTerms terms;
+    terms.max_stretch = options.limit;
+    return improve(c, terms);
 }
 
 /// The fallback for polygons that cannot be projected. The result has no flipped triangles, but its

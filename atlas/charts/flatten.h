@@ -8,6 +8,8 @@
 #include "atlas/charts/chart_set.h"
 #include "atlas/charts/patch_copy.h"
 
+#include <limits>
+
 namespace tessora::atlas {
 
 /// Maximum L2 stretch of the first charts where the surface is hard; see docs/atlas.md, "Hard
@@ -21,8 +23,10 @@ struct FlattenOptions {
 
 /// What a region has to reach to become a chart.
 struct RegionTerms {
-    double max_stretch;   ///< L2
-    bool may_skip_solver; ///< fast mode: a projection within max_stretch is only relaxed
+    double max_stretch = 0;       ///< L2
+    bool may_skip_solver = false; ///< fast mode: a projection within max_stretch is only relaxed
+    double max_void = std::numeric_limits<double>::infinity(); ///< area that it is likely to take
+                                                               ///< in the texture beyond its own
 };
 
 class Flattener {
@@ -33,8 +37,8 @@ public:
     /// projects them along `normal` and relaxes. The chart is not added to the set. False, with
     /// nothing glued, if the result is not legal or does not meet the terms. Flatteners of the same
     /// set may do this at the same time with regions that have no triangle in common.
-    bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal, RegionTerms terms,
-                        Chart& chart);
+    bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
+                        const RegionTerms& terms, Chart& chart);
     /// Makes one chart of a connected component if it is a disk or a planar ring, by a map that
     /// cannot flip triangles but may stretch them without limit. False, with all charts as they
     /// were, if the component is of another kind or the result is not legal.
@@ -71,7 +75,8 @@ private:
     void glue_inside(const std::vector<uint32_t>& faces, bool false_edges_only);
     void unglue_inside(const std::vector<uint32_t>& faces);
     void set_uv_of_triangle(uint32_t t);
-    bool improve(Chart& c, RegionTerms terms);
+    bool improve(Chart& c, const RegionTerms& terms);
+    bool is_compact(const Chart& c, double max_void);
     bool is_planar(const Chart& c) const;
     bool flatten_by_projection(Chart& c);
     bool flatten_on_circle(Chart& c);

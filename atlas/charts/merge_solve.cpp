@@ -48,6 +48,8 @@ constexpr double k_seam_per_hard_stretch = 100, k_seam_per_stretch = 20;
 constexpr double k_last_seam_worth = 1.5;
 /// Seam length that must be saved per added room, halfway between convex hull and box.
 constexpr double k_seam_per_room = 3;
+/// The same in fast mode, which does not cut for the texture afterwards.
+constexpr double k_seam_per_room_fast = 8;
 
 // Constants of the band; see docs/atlas.md, "Merging".
 
@@ -316,7 +318,8 @@ bool MergeTrial::set_affordable_stretch(const Box& box, bool exact) {
         const auto likely_room = [](const Box& b) { return 0.5 * (b.hull + b.area()); };
         const double wasted = likely_room(box) - likely_room(state_.extent[arc_.a].box) -
                               likely_room(state_.extent[arc_.b].box);
-        budget -= discount * k_seam_per_room * std::max(0.0, wasted) / total;
+        const double price = state_.options.thorough ? k_seam_per_room : k_seam_per_room_fast;
+        budget -= discount * price * std::max(0.0, wasted) / total;
         if (budget < 0)
             return false;
     }

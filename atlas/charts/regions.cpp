@@ -21,11 +21,15 @@ void flatten_polygons(Flattener& flattener, const Atoms& atoms, const uint32_t* 
     }
 }
 
-/// Between the limit for smooth surfaces and k_hard_stretch, interpolated by the hardness.
+/// The stretch between the limit for smooth surfaces and k_hard_stretch, interpolated by the
+/// hardness.
 RegionTerms region_terms(double limit, double hardness) {
     constexpr double k_mostly_smooth = 0.1;
     const double hard_limit = std::min(limit, k_hard_stretch);
-    return {limit + (hard_limit - limit) * hardness, hardness < k_mostly_smooth};
+    RegionTerms terms;
+    terms.max_stretch = limit + (hard_limit - limit) * hardness;
+    terms.may_skip_solver = hardness < k_mostly_smooth;
+    return terms;
 }
 
 /// A region that became a chart, or a leaf that could not and falls apart into its polygons.
@@ -75,8 +79,13 @@ private:
         // A whole component has no neighbour to merge with: it need not save stretch for later.
         const bool whole =
             region.end - region.begin == component_size_[components_.of_face[*begin]];
-        return region_terms(whole ? limits_.component : limits_.region,
-                            mean_hardness(surface_, hardness_, begin, end));
+        RegionTerms terms = region_terms(whole ? limits_.component : limits_.region,
+                                         mean_hardness(surface_, hardness_, begin, end));
+        // A ring, or a strip bent around much empty space, packs better in parts.
+        constexpr double k_max_void = 0.1;
+        if (!whole && region.left != ClusterTree::k_no_child)
+            terms.max_void = k_max_void * surface_.total_area;
+        return terms;
     }
 
     const Surface& surface_;
