@@ -15,6 +15,8 @@ namespace fs = std::filesystem;
 constexpr uint32_t k_magic = 0x46546C67;      // "glTF"
 constexpr uint32_t k_json_chunk = 0x4E4F534A; // "JSON"
 constexpr uint32_t k_bin_chunk = 0x004E4942;  // "BIN"
+/// Other formats' names may be anything; JSON is UTF-8.
+constexpr auto k_replace = Json::error_handler_t::replace;
 constexpr char k_digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 uint32_t word_at(const std::string& bytes, size_t at) {
@@ -305,7 +307,7 @@ std::string to_base64(const std::string& bytes) {
 bool write_glb(const GltfFile& file, uint64_t max_size, std::string& bytes, std::string& error) {
     Json json = file.json;
     std::string binary = merge_buffers(file, json);
-    std::string text = json.dump();
+    std::string text = json.dump(-1, ' ', false, k_replace);
     text.resize((text.size() + 3) / 4 * 4, ' ');
     binary.resize((binary.size() + 3) / 4 * 4);
     const uint64_t size = uint64_t(20) + text.size() + (binary.empty() ? 0 : 8 + binary.size()) +
@@ -327,6 +329,8 @@ bool write_glb(const GltfFile& file, uint64_t max_size, std::string& bytes, std:
     return true;
 }
 
-std::string write_gltf_text(const GltfFile& file) { return file.json.dump(2) + "\n"; }
+std::string write_gltf_text(const GltfFile& file) {
+    return file.json.dump(2, ' ', false, k_replace) + "\n";
+}
 
 } // namespace formats

@@ -88,6 +88,15 @@ std::string instances() {
     return bytes;
 }
 
+TEST(Conversion, NamesThatAreNoUtf8AreReplacedWhereTheFormatWantsUtf8) {
+    const Read r = read("m.obj", "o wall\xff\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl \xc3(\nf 1 2 3\n");
+    for (const char* name : {"m.glb", "m.gltf"}) {
+        const Model model = model_of(read(name, converted(r, name)));
+        EXPECT_EQ(std::vector<std::string>{"wall\xef\xbf\xbd"}, model.parts) << name;
+        EXPECT_EQ(std::vector<std::string>{"\xef\xbf\xbd("}, model.materials) << name;
+    }
+}
+
 TEST(Conversion, ObjToGlbKeepsNamesMaterialsNormalsAndMakesTriangles) {
     const Read glb = read("o.glb", converted(read("m.obj", k_house), "o.glb"));
     const Json& json = glb.file.gltf.file.json;
