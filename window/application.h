@@ -109,6 +109,7 @@ private:
     void apply_preset(const std::string& name);
     void write(const std::string& path, const std::string& statement,
                std::function<void()> then = nullptr);
+    bool may_replace(const std::string& path);
     void run_now(const std::string& statement);
     /// Calls `then` once the scene has no unsaved changes or the user discards them.
     void unless_unsaved(std::function<void()> then);

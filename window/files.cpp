@@ -1,7 +1,10 @@
 // Opening, importing, saving and exporting from the window, and files dropped on it.
+#include "app/atomic_file.h"
 #include "app/file_formats.h"
 #include "app/mesh_conversion.h"
 #include "app/presets.h"
+#include "app/unwrap_options.h"
+#include "host/base/read_text.h"
 #include "host/script/value.h"
 #include "window/application.h"
 #include "window/node_settings.h"
@@ -175,14 +178,38 @@ void Application::write(const std::string& path, const std::string& statement,
                         std::function<void()> then) {
     later_.push_back([this, path, statement, then] {
         std::error_code ignored;
-        if (path != state_.scene_name && fs::exists(path, ignored) &&
-            ask("Replace the file", path + " exists already.", {"Replace it", "Cancel"}, "Cancel",
-                "Cancel") != "Replace it")
+        if (path != state_.scene_name && fs::exists(path, ignored) && !may_replace(path))
             return;
         run_now(statement);
         if (then && !has_failed_)
             then();
     });
+}
+
+/// Asks whether a file may be replaced, and keeps its content as a backup, as --in_place does: the
+/// first backup holds the original and is never replaced.
+bool Application::may_replace(const std::string& path) {
+    const std::string backup = app::backup_name(path);
+    const bool has_backup = app::file_exists(backup);
+    const std::string name = fs::path(backup).filename().string();
+    const std::string words =
+        has_backup ? " exists already. " + name + " is kept; there will be no new backup."
+                   : " exists already. It will be kept as " + name + ".";
+    if (ask("Replace the file", path + words, {"Replace it", "Cancel"}, "Cancel", "Cancel") !=
+        "Replace it")
+        return false;
+    if (has_backup)
+        return true;
+    std::string bytes, error;
+    host::IoError failure;
+    app::AtomicFile file;
+    if (!host::read_text(path, bytes, failure))
+        error = failure.message;
+    else if (file.open(backup, error, app::AtomicFile::keep) && file.write(bytes, error) &&
+             file.commit(error))
+        return true;
+    state_.console.error(error);
+    return false;
 }
 
 void Application::unless_unsaved(std::function<void()> then) {

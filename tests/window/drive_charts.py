@@ -23,6 +23,10 @@ def find_the_worst(window):
     window.picture("worst")
     window.key("F3", "a")
     window.wait(lambda: distance() < 1.1 * before, "the whole texture to be shown")
+    window.key("f")
+    window.wait(lambda: distance() > 1.5 * before, "F to frame the chart that is lit")
+    window.key("a")
+    window.wait(lambda: distance() < 1.1 * before, "the whole texture to be shown again")
     tell("found the chart with the most stretch")
 
 

@@ -6,6 +6,8 @@
 Edges are picked by a click, a double click, Shift and a line around them; cut and sewn by key and by
 button, each as one step of undo; then the mesh is unwrapped along them.
 """
+import math
+
 from window_driver import (drive_on_a_screen, make_sheet, quit_without_saving, shells, tell)
 
 # A sheet of 4 x 4 squares. Edges of its middle line from one side to the other.
@@ -103,6 +105,25 @@ def sew_after_the_unwrap(window):
     tell("sewn after the unwrap, and undone")
 
 
+def frame_in_every_panel(window):
+    """A shows everything in the panel that has the keyboard, F what is selected."""
+    def length():
+        return math.dist(window.place("edge/39"), window.place("edge/0"))
+
+    for panel in (1, 2, 3, 4):
+        for key in "af":
+            window.click(f"panel/modelPanel{panel}")
+            window.statement('select sheet; print("whole\\n");', "whole\n")
+            window.key("F2", "a")
+            window.settle()
+            before = length()
+            window.key("minus", "minus", "minus")
+            window.wait(lambda: length() < 0.7 * before, f"panel {panel} to show more")
+            window.key(key)
+            window.wait(lambda: abs(length() - before) < 4, f"panel {panel} to show all again by {key}")
+    tell("framed all in every panel")
+
+
 def drive(window, _):
     pick_by_clicks(window)
     pick_a_loop(window)
@@ -111,6 +132,7 @@ def drive(window, _):
     pick_by_lasso(window)
     unwrap_along_them(window)
     sew_after_the_unwrap(window)
+    frame_in_every_panel(window)
     quit_without_saving(window)
 
 

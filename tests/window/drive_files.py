@@ -7,6 +7,7 @@ Covers import, new scene, export, unreadable and existing files, message boxes, 
 before unsaved changes are discarded.
 """
 import re
+import subprocess
 import sys
 
 from window_driver import choose_file, drive_on_a_screen, fail_unless, run_script, tell
@@ -70,10 +71,47 @@ def export(window, scratch):
     window.wait_gone("question/Replace it")
     window.settle()
     fail_unless(made.read_text() == "precious", "a file was replaced without leave")
+    backup = scratch / "ring.obj.bak"
+    fail_unless(not backup.exists(), "a file that stays was kept twice")
     choose_file(window, ["ctrl+e"], made)
     window.click("question/Replace it")
     window.wait(lambda: made.read_text() != "precious", "the file to be replaced")
-    tell("exported")
+    fail_unless(backup.read_text() == "precious", "the replaced file was not kept")
+    made.write_text("less precious")
+    window.key("F2")
+    choose_file(window, ["ctrl+e"], made)
+    window.click("question/Replace it")
+    window.wait(lambda: made.read_text() != "less precious", "the file to be replaced again")
+    fail_unless(backup.read_text() == "precious", "the backup was replaced")
+    backup.unlink()
+    tell("exported; what was replaced is kept once")
+
+
+def export_for_a_game_engine(window, scratch):
+    """A texture of 2048 with 8 texels between the charts, set in the dialog."""
+    window.key("F2", "ctrl+u")
+    window.wait_for("control/tessora_unwrap")
+    for setting, value in (("width", 2048), ("height", 2048), ("padding", 8)):
+        window.key_until("Tab", f"control/tessora_{setting}/active")
+        window.key("ctrl+a")
+        window.type(str(value))
+        window.key("Return")
+    window.click("control/tessora_unwrap")
+    window.wait_said(r"Stretch_result\" [0-9.]+")
+    made = scratch / "engine.glb"
+    window.key("F2")
+    choose_file(window, ["ctrl+e"], made)
+    window.wait_for(f"status/Exported {made}")
+    verified = subprocess.run([sys.argv[1], "verify", str(made), "--width", "2048", "--height", "2048",
+                               "--padding", "8"], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              text=True)
+    fail_unless(verified.returncode == 0, "verify refuses the export:\n" + verified.stdout)
+    narrow = subprocess.run([sys.argv[1], "verify", str(made), "--width", "1024", "--height", "1024",
+                             "--padding", "16"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    fail_unless(narrow.returncode != 0, "verify holds any gutter")
+    window.key("F2", "ctrl+z")
+    window.settle()
+    tell("exported for a game engine, and verified")
 
 
 def export_and_open_other_formats(window, scratch):
@@ -155,6 +193,7 @@ def drive(window, scratch):
     import_a_mesh(window, scratch)
     keep_and_discard(window)
     export(window, scratch)
+    export_for_a_game_engine(window, scratch)
     export_and_open_other_formats(window, scratch)
     message_boxes(window)
     refuse_a_bad_file(window, scratch)
