@@ -198,10 +198,13 @@ Packing pack_charts(const PackCharts& charts, const PackOptions& options, const 
     const size_t standing = choose_axes(chains, options, room, k_straight_share);
     if (choose_axes(tilted, options, room, k_mostly_straight) == standing)
         return lay_out(chains, options, room);
-    const Packing straight = lay_out(chains, part_of(options, 0, 0.5), room);
+    PackOptions whole = options;
+    if (!options.quick)
+        whole.wanted = 0; // one that ends early would make the other seem better
+    const Packing straight = lay_out(chains, part_of(whole, 0, 0.5), room);
     if (straight.status == Status::aborted)
         return straight;
-    const Packing other = lay_out(tilted, part_of(options, 0.5, 1), room);
+    const Packing other = lay_out(tilted, part_of(whole, 0.5, 1), room);
     const bool better =
         other.status == Status::ok &&
         (straight.status != Status::ok || other.scale > k_worth_tilting * straight.scale);

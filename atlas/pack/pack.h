@@ -46,8 +46,8 @@ struct PackOptions {
     uint64_t triangles = 0;         ///< of the whole mesh; larger meshes get more search effort
     bool quick = false; ///< a quick layout, which tells about how large the charts can be
     double effort = 1;  ///< factor on the search effort
-    double wanted = 0;  ///< coverage; where the first search stays so far below that it is out of
-                        ///< reach, its layout is the result
+    double wanted = 0;  ///< coverage; where it turns out not to be attainable, the layout so far is
+                        ///< the result
     Turns turns = Turns::any;
     bool align = false;   ///< with Turns::any: charts are turned straight first, see ChartShape
     uint32_t tiles = 1;   ///< textures of the same size that the charts may be spread over
@@ -78,6 +78,8 @@ struct Packing {
     Status status = Status::ok; ///< ok, does_not_fit or aborted
     double scale = 1.0;         ///< texels per unit of the charts, > 0
     double coverage = 0.0;      ///< chart area over texture area in the final texture
+    double attainable = 1.0;    ///< coverage that was to be expected at most, judging by the first
+                                ///< layouts; does not depend on what is wanted
     std::vector<Placement> placements;
 };
 

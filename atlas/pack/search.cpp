@@ -61,8 +61,12 @@ constexpr double k_growth = 1.004;
 /// The first such factor in nesting, which is halved by failures, and the least on exact grids.
 constexpr double k_first_growth = 1.01, k_least_growth = 1.0015;
 
-/// All that comes after the first search makes charts larger by less than this factor.
-constexpr double k_late_growth = 1.08;
+/// All that comes after the first layouts, and after the first search, makes charts larger by less
+/// than this factor.
+constexpr double k_search_growth = 1.1, k_late_growth = 1.05;
+
+/// The latter in quick layouts, whose first search is shorter.
+constexpr double k_quick_growth = 1.08;
 
 /// The local search restarts after this fraction of its effort, 1/k_starts, brought no gain.
 constexpr uint64_t k_starts = 6;
@@ -176,8 +180,10 @@ public:
         plan_.skip_full_rows = plan_.order.size() > k_max_thorough;
         if (tuning.draft_effort > 0) {
             choose_row_direction(tuning.draft_cells);
+            if (!options_.quick && is_hopeless(demand, k_search_growth))
+                return SearchResult::found;
             improve(tuning.draft_cells, tuning.draft_effort, 0.2);
-            if (found_ && !aborted_ && is_hopeless(demand))
+            if (is_hopeless(demand, options_.quick ? k_quick_growth : k_late_growth))
                 return SearchResult::found;
         }
         if (tuning.middle_effort > 0)
@@ -196,11 +202,15 @@ public:
     }
 
 private:
-    /// Whether the wanted coverage is out of reach.
-    bool is_hopeless(const Demand& demand) const {
+    /// Whether the wanted coverage is out of reach if charts become larger by `growth` at most.
+    bool is_hopeless(const Demand& demand, double growth) {
+        if (!found_ || aborted_)
+            return false;
         const double texture = double(options_.width) * double(options_.height) * options_.tiles;
-        const double scale = packing_.scale * k_late_growth;
-        return demand.square * scale * scale < options_.wanted * texture;
+        const double scale = packing_.scale * growth;
+        packing_.attainable =
+            std::min(packing_.attainable, demand.square * scale * scale / texture);
+        return packing_.attainable < options_.wanted;
     }
 
     /// The area that charts and their gutters fill at the first try, in texels squared.

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <deque>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -196,22 +197,28 @@ constexpr double k_equal_coverage = 0.002;
 /// How much more of the texture twice as many charts must cover, with the usual effort.
 constexpr double k_coverage_of_doubling = 0.08;
 
+/// The coverage that a number of charts is wanted to have, none below it being of use.
+using Wanted = std::function<double(uint32_t charts)>;
+
 /// Makes and packs the charts. From the first `share` of the packing stage on, progress is left to
-/// the caller.
-Failure lay_out(ChartingCall& call, double share, Layout& layout) {
+/// the caller. Packing may end early where less than `wanted` is to be expected.
+Failure lay_out(ChartingCall& call, double share, Layout& layout, const Wanted& wanted = nullptr) {
     const Failure failure = call.run();
     if (failure.status != Status::ok)
         return failure;
     call.progress.stage(Stage::packing);
-    const PackOptions options = pack_options(call, call.progress);
+    PackOptions options = pack_options(call, call.progress);
     call.progress.part(0, share);
     Packing quick;
     if (may_cut(call)) {
         call.progress.part(0, share / 2);
         quick = cut_to_pack(call, options);
         call.progress.part(share / 2, share);
+    } else if (wanted) {
+        options.wanted = wanted(call.finished.chart_count());
     }
-    layout.packing = pack_finished(call.finished, options);
+    if (options.wanted < 1)
+        layout.packing = pack_finished(call.finished, options);
     // Cuts are chosen by quick layouts, so the one that is left is often a lucky one.
     if (layout.packing.status == Status::ok && quick.coverage > layout.packing.coverage)
         layout.packing = std::move(quick);
@@ -228,13 +235,13 @@ public:
         options_.progress = nullptr;
     }
     /// The calling meter's part advances by all stages of it.
-    void make(ProgressMeter& progress) {
+    void make(ProgressMeter& progress, const Wanted& wanted) {
         options_.user = &progress;
         options_.stage_progress = [](Stage stage, float fraction, void* user) {
             const double done = ProgressMeter::whole(stage, double(fraction));
             return static_cast<ProgressMeter*>(user)->advance(done) ? 0 : 1;
         };
-        run();
+        run(wanted);
     }
     /// Reports no progress, stops when drop() was called, and keeps exceptions for take().
     void make_beside(ProgressMeter& progress) noexcept {
@@ -246,7 +253,7 @@ public:
         };
         try {
             if (!dropped_)
-                run();
+                run(nullptr);
         } catch (...) {
             thrown_ = std::current_exception();
         }
@@ -263,9 +270,9 @@ public:
     }
 
 private:
-    void run() {
+    void run(const Wanted& wanted) {
         ChartingCall call(mesh_, options_, true);
-        failure_ = lay_out(call, 1, layout_);
+        failure_ = lay_out(call, 1, layout_, wanted);
     }
 
     const Mesh& mesh_;
@@ -310,16 +317,23 @@ double doublings(double ratio) {
     return count + (ratio - 1);
 }
 
-/// Whether another layout is better: it covers more of the texture, by enough for the charts that
-/// it has more, or as much with fewer charts.
-bool is_better(const Layout& other, const Layout& layout, const Options& options) {
-    const double more = other.packing.coverage - layout.packing.coverage;
-    const double charts = layout.charts.chart_count(), others = other.charts.chart_count();
+/// The coverage that so many other charts must exceed to be better than a layout: its own, and
+/// enough for those that are more, or as much if they are fewer.
+double to_exceed(const Layout& layout, uint32_t other_charts, const Options& options) {
+    const double covered = layout.packing.coverage;
+    const double charts = layout.charts.chart_count(), others = other_charts;
     if (others <= charts)
-        return more > (others < charts ? -k_equal_coverage : 0);
+        return covered - (others < charts ? k_equal_coverage : 0);
     const double price = k_coverage_of_doubling * worth_of_charts(reluctance(options)) /
                          std::max(1.0, effort_factor(options.effort));
-    return reluctance(options) < 1 && more > price * doublings(others / charts);
+    return reluctance(options) < 1 ? covered + price * doublings(others / charts) : 1;
+}
+
+/// Whether another layout is better. One that seemed hopeless when it was begun is not, since it
+/// may or may not have been finished.
+bool is_better(const Layout& other, const Layout& layout, const Options& options) {
+    const double least = to_exceed(layout, other.charts.chart_count(), options);
+    return other.packing.coverage > least && other.packing.attainable >= least;
 }
 
 /// Whether the layout in quality mode is compared with others. A net stays whole, however badly it
@@ -340,8 +354,11 @@ Failure choose_best(std::deque<OtherLayout>& others, const Options& options,
     for (size_t i = 0; i < others.size() && failure.status != Status::aborted; ++i) {
         progress.part(share + (1 - share) * double(i) / double(others.size()),
                       share + (1 - share) * double(i + 1) / double(others.size()));
+        const Wanted wanted = [&](uint32_t charts) {
+            return failure.status == Status::ok ? to_exceed(layout, charts, options) : 0;
+        };
         if (!others[i].was_made_beside())
-            others[i].make(progress);
+            others[i].make(progress, wanted);
         Layout other;
         const Failure found = others[i].take(other);
         if (found.status == Status::ok &&

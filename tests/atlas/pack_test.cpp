@@ -270,6 +270,44 @@ TEST(Pack, SameInputGivesIdenticalResults) {
     }
 }
 
+TEST(Pack, WhatIsWantedInVainEndsTheSearchEarly) {
+    for (const Quality quality : {Quality::fast, Quality::quality}) {
+        PackInput charts;
+        std::mt19937 random(8);
+        for (int i = 0; i < 20; ++i)
+            charts.chart(blob(random, 1 + 0.1 * i, 40));
+        PackOptions options;
+        options.quality = quality;
+        uint32_t reports = 0;
+        options.proceed = [&](double) { return ++reports > 0; };
+        const Packing whole = pack_charts(charts.face(), options, room_of(options));
+        const uint32_t all = reports;
+        EXPECT_GE(whole.attainable, whole.coverage);
+        reports = 0;
+        options.wanted = 0.999;
+        ASSERT_LT(whole.attainable, options.wanted);
+        const Packing given_up = pack_charts(charts.face(), options, room_of(options));
+        EXPECT_LT(reports, all / 4);
+        EXPECT_EQ(given_up.status, Status::ok);
+        EXPECT_LT(given_up.attainable, options.wanted);
+        EXPECT_LT(given_up.coverage, whole.coverage);
+    }
+}
+
+TEST(Pack, WhatIsWantedAndAttainableChangesNothing) {
+    PackInput charts;
+    std::mt19937 random(8);
+    for (int i = 0; i < 20; ++i)
+        charts.chart(blob(random, 1 + 0.1 * i, 40));
+    PackOptions options;
+    options.quality = Quality::fast;
+    const Packing whole = pack_charts(charts.face(), options, room_of(options));
+    options.wanted = 0.99 * whole.attainable;
+    const Packing wanted = pack_charts(charts.face(), options, room_of(options));
+    EXPECT_EQ(wanted.scale, whole.scale);
+    EXPECT_EQ(wanted.attainable, whole.attainable);
+}
+
 TEST(Pack, ScalingAllChartsKeepsTheCoverage) {
     std::mt19937 random(23);
     PackInput set = random_charts(random, 40);
