@@ -59,6 +59,12 @@ atlas::Fault take(const Struct* given, const char* name, Struct& taken) {
         return atlas::fault(atlas::Status::invalid_argument, atlas::k_none,
                             "%s: struct_size is %zu; initialise the struct first", name,
                             given->struct_size);
+    // Sizes of structs are multiples of this; another could end within a pointer.
+    if (given->struct_size % alignof(Struct) != 0)
+        return atlas::fault(atlas::Status::invalid_argument, atlas::k_none,
+                            "%s: struct_size is %zu, which no version has; initialise the struct "
+                            "first",
+                            name, given->struct_size);
     std::memcpy(&taken, given, std::min(given->struct_size, sizeof taken));
     return {};
 }

@@ -125,6 +125,16 @@ TEST(CInterface, RefusesAStructThatWasNotInitialised) {
               "options: struct_size is 0; initialise the struct first");
 }
 
+TEST(CInterface, RefusesASizeThatEndsWithinAPointer) {
+    tessora_options options = defaults();
+    options.progress = [](const char*, float, void*) { return 0; };
+    options.struct_size = offsetof(tessora_options, progress) + sizeof options.progress / 2;
+    const tessora_mesh mesh = square();
+    EXPECT_EQ(failure(&mesh, &options, TESSORA_INVALID_ARGUMENT),
+              "options: struct_size is " + std::to_string(options.struct_size) +
+                  ", which no version has; initialise the struct first");
+}
+
 TEST(CInterface, NamesANullArgument) {
     EXPECT_EQ(failure(nullptr, nullptr, TESSORA_INVALID_ARGUMENT), "mesh is null");
     const tessora_mesh mesh = square();
