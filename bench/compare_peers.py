@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Unwraps the models listed in peers.tsv in fast and quality mode and prints our results beside those
-of the peers, with means over all models. Results are measured from the written files.
+of the peers, with means over all models. Results are measured from the written files. A second table says what an
+artist looks at: seam inside planar regions and on edges that hardly bend, straight border along the axes, and equal parts.
 
     bench/compare_peers.py MODELS
     bench/compare_peers.py MODELS --modes quality --only koala,boot
@@ -19,6 +20,7 @@ import subprocess
 import sys
 import tempfile
 
+import seams
 import unwrap_runs as runs
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -48,6 +50,34 @@ def figures_of(measures, seconds):
             "worst_l2": 1.0 / (1.0 - measures["worst_chart_stretch"])}
 
 
+def looks_of(measures, mesh):
+    """What an artist looks at: shares of all seam under 1 degree and from there to 10, straight border along the axes in
+    texels and the most that turning every chart by itself can reach, congruent parts and those laid out alike."""
+    flat, slight = seams.seam_shares(mesh)
+    congruent, alike = seams.alike_parts(mesh)
+    return {"flat": flat, "slight": slight, "straight": measures["straight_texels"],
+            "straight_best": measures["straight_texels_best"], "congruent": congruent, "alike": alike}
+
+
+def looks_summary(ours):
+    """Over all meshes but toys."""
+    rows = [row for name, row in ours.items() if name not in TOYS]
+    best = sum(row["straight_best"] for row in rows)
+    return {"straight border along the axes, of the most possible":
+            sum(row["straight"] for row in rows) / best if best > 0 else float("nan"),
+            "congruent parts": sum(row["congruent"] for row in rows),
+            "  laid out alike": sum(row["alike"] for row in rows)}
+
+
+def short_looks(figures):
+    if figures is None:
+        return "-"
+    best = figures["straight_best"]
+    axis = f"{figures['straight'] / best:.3f}" if best > 0 else "-"
+    parts = f"{figures['alike']} of {figures['congruent']}" if figures["congruent"] else "-"
+    return f"{figures['flat']:.3f} / {figures['slight']:.3f} / {axis} / {parts}"
+
+
 def unwrap_all(program, meshes, mode, stretch, folder):
     """mesh -> figures, for the meshes that could be unwrapped."""
     ours = {}
@@ -59,7 +89,8 @@ def unwrap_all(program, meshes, mode, stretch, folder):
             print(f"{mesh.stem}: {mode}: exit {run.code}: {run.text.strip()[:200]}", file=sys.stderr)
             continue
         measures = runs.measure(program, output, 512, 512, stretch)
-        ours[mesh.stem] = figures_of(measures, report["seconds"]["generate"])
+        ours[mesh.stem] = {**figures_of(measures, report["seconds"]["generate"]),
+                           **looks_of(measures, seams.Mesh(output))}
         output.unlink()
         print(f"{mesh.stem}: {mode}: {run.seconds:.2f} s", file=sys.stderr)
     return ours
@@ -171,7 +202,11 @@ def main():
     runs.print_table(["model"] + list(ours) + PEERS,
                      [[mesh.stem] + [short(rows.get(mesh.stem)) for rows in ours.values()] +
                       [short(peers[mesh.stem][peer]) for peer in PEERS] for mesh in meshes])
-    results = {mode: summary(ours[mode], peers) for mode in modes}
+    print("\nshare of seam under 1 degree / from 1 to 10 / straight border along the axes, of the most possible / "
+          "congruent parts laid out alike\n")
+    runs.print_table(["model"] + modes, [[mesh.stem] + [short_looks(ours[mode].get(mesh.stem)) for mode in modes]
+                                         for mesh in meshes])
+    results = {mode: {**summary(ours[mode], peers), **looks_summary(ours[mode])} for mode in modes}
     if len(modes) == 2:
         results["fast against quality"] = against_quality(ours["fast"], ours["quality"])
     for title, values in results.items():

@@ -11,6 +11,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import compare_peers
 import growth
 import road_table
+import seams
 import unwrap_runs
 
 
@@ -45,6 +46,46 @@ class Arithmetic(unittest.TestCase):
                                    ("f 1 2/5 3\n", True)]:
                 mesh.write_text(text)
                 self.assertEqual(unwrap_runs.has_uvs(mesh), expected, text)
+
+
+class Seams(unittest.TestCase):
+    def mesh(self, text):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "mesh.obj"
+            path.write_text(text)
+            return seams.Mesh(path)
+
+    def strip(self, rise, opened):
+        """Two squares of side 1 that share an edge; the second rises by so much."""
+        second = "f 2/5 5/7 6/8 3/6" if opened else "f 2/2 5/7 6/8 3/3"
+        return self.mesh("v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n" f"v 2 0 {rise}\nv 2 1 {rise}\n"
+                         + "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvt 1.5 0\nvt 1.5 1\nvt 2.5 0\nvt 2.5 1\n"
+                         "f 1/1 2/2 3/3 4/4\n" + second + "\n")
+
+    def test_seams_are_told_by_how_much_the_surface_bends(self):
+        degree = math.pi / 180
+        for angle, expected in [(0, (1, 0)), (0.9, (1, 0)), (1.1, (0, 1)), (9.9, (0, 1)), (10.1, (0, 0))]:
+            self.assertEqual(seams.seam_shares(self.strip(math.tan(angle * degree), True)), expected, angle)
+        self.assertEqual(seams.seam_shares(self.strip(0, False)), (0, 0))
+
+    def boxes(self, *uvs, width=1):
+        """A square for each list of four coordinates; from the second on they are so wide."""
+        text, corners = "", 0
+        for i, uv in enumerate(uvs):
+            w = width if i else 1
+            text += f"v {3 * i} 0 0\nv {3 * i + w} 0 0\nv {3 * i + w} 1 0\nv {3 * i} 1 0\n"
+            text += "".join(f"vt {u} {v}\n" for u, v in uv)
+            text += "f " + " ".join(f"{corners + k}/{corners + k}" for k in range(1, 5)) + "\n"
+            corners += 4
+        return self.mesh(text)
+
+    def test_congruent_parts_are_alike_if_their_sides_have_the_same_lengths_in_the_texture(self):
+        square = [(0, 0), (0.2, 0), (0.2, 0.2), (0, 0.2)]
+        turned = [(0.5, 0.5), (0.5, 0.7), (0.3, 0.7), (0.3, 0.5)]
+        longer = [(0.6, 0.6), (0.9, 0.6), (0.9, 0.8), (0.6, 0.8)]
+        self.assertEqual(seams.alike_parts(self.boxes(square, turned)), (2, 2))
+        self.assertEqual(seams.alike_parts(self.boxes(square, turned, longer)), (3, 2))
+        self.assertEqual(seams.alike_parts(self.boxes(square, turned, width=1.01)), (0, 0))
 
 
 class RoadTable(unittest.TestCase):
