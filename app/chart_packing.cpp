@@ -30,7 +30,8 @@ bool append_mesh(ChartList& list, uint32_t mesh, uint32_t& charts, std::string& 
     ImportedMesh imported;
     host::Mesh host_mesh;
     if (!import_mesh(*source.document, imported, host_mesh)) {
-        error = source.document->name + ": not enough memory for the mesh";
+        const std::string& name = source.document->name; // meshes of a scene have none
+        error = (name.empty() ? "" : name + ": ") + "not enough memory for the mesh";
         return false;
     }
     layout = make_layout(*source.document, host_mesh, source.uvs);

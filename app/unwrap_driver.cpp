@@ -194,7 +194,7 @@ void unwrap_mesh(const host::Mesh& mesh, const host::ObjDocument& document,
                     messages.ran_out_of_memory() || status == MS::kInsufficientMemory, outcome);
     outcome.good = take_uvs(*unwrapped, settings.mapchannel, outcome.uvs);
     if (!outcome.good)
-        return fail("the mesh has no UV set " + settings.mapchannel, false, outcome);
+        return fail(std::string(), false, outcome);
     outcome.result.charts = static_cast<int>(scene.result("Charts_result"));
     outcome.result.stretch = scene.result("Stretch_result");
     outcome.result.over_limit = polygons_of(triangles_over_limit(), document);

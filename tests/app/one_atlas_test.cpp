@@ -129,6 +129,17 @@ TEST_F(OneAtlas, WhatIsForOneMeshOrManyResultsIsRefused) {
     EXPECT_NE(tiles.err.npos, tiles.err.find("--tiles needs --one_atlas")) << tiles.err;
 }
 
+TEST_F(OneAtlas, TwoMeshesWithOneResultAreRefused) {
+    dir.put("in/small.stl", "");
+    const Ended ended = atlas();
+    EXPECT_EQ(2, ended.code);
+    EXPECT_NE(
+        ended.err.npos,
+        ended.err.find("out/small.obj; batches of their own keep them apart; nothing was done"))
+        << ended.err;
+    EXPECT_FALSE(dir.has("out"));
+}
+
 TEST_F(OneAtlas, HoldsMoreMeshesThanFilesMayBeOpenAtFirst) {
     for (int i = 0; i < 70; ++i)
         dir.put("in/s" + std::to_string(i) + ".obj", square(1));
