@@ -1184,6 +1184,27 @@ TEST(AtlasStageProgress, EveryStageIsReportedAndHasAName) {
     }
 }
 
+/// Callers cancel within a second: on a large mesh no stage does much work without asking.
+TEST(AtlasStageProgress, StagesThatTakeLongAskOftenHowLargeTheMeshMayBe) {
+    const TestMesh mesh = torus(96, 160);
+    const size_t triangles = mesh.indices.size() / 3;
+    for (Quality quality : {Quality::fast, Quality::quality}) {
+        StageCalls seen;
+        Options options = seen.options();
+        options.quality = quality;
+        options.effort = 0;
+        Result result;
+        ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
+        std::vector<size_t> asked(int(Stage::emission) + 1);
+        for (const StageCalls::Call& call : seen.calls)
+            ++asked[size_t(call.stage)];
+        for (const Stage stage :
+             {Stage::clusters, Stage::regions, Stage::merging, Stage::smoothing})
+            EXPECT_GT(asked[size_t(stage)], triangles / 2000) << describe(stage);
+        EXPECT_GT(asked[size_t(Stage::packing)], 10u);
+    }
+}
+
 TEST(AtlasStageProgress, ReturningNonZeroAbortsAtAnyCall) {
     const TestMesh mesh = torus(8, 16);
     StageCalls all;
