@@ -305,6 +305,8 @@ bool check_format(const UnwrapRequest& r, std::string& error) {
         error = "--format " + r.format + " and the name " + r.output + " contradict each other";
     else if (r.settings.texcoord < 0 || r.settings.texcoord > 7)
         error = "--texcoord is 0 to 7";
+    else if (r.threads < 0 || r.threads > 1024)
+        error = "--threads is 0 to 1024";
     else if (!(r.max_input > 0.0 && r.max_input <= 1e6))
         error = "--max_input is more than 0 and at most 1000000 GiB";
     return error.empty();

@@ -222,6 +222,8 @@ TEST(UnwrapOptionsRefuse, FormatsThatCannotBeWritten) {
 TEST(UnwrapOptionsRefuse, BatchValuesOutOfRange) {
     EXPECT_EQ("--suffix must not contain a slash", refusal({"a.obj", "--suffix", "a/b"}));
     EXPECT_EQ("--jobs is 0 to 1024", refusal({"a.obj", "--jobs", "-1"}));
+    EXPECT_EQ("--threads is 0 to 1024", refusal({"a.obj", "--threads", "-4"}));
+    EXPECT_EQ("--threads is 0 to 1024", refusal({"a.obj", "--threads", "1025"}));
     EXPECT_EQ("--time_limit must not be negative", refusal({"a.obj", "--time_limit", "-1"}));
     for (const char* shard : {"3/3", "-1/3", "1", "1/0", "1/2x", "a/b"})
         EXPECT_EQ(std::string("--shard: '") + shard + "' is not K/N with K from 0 to N-1",
