@@ -117,11 +117,17 @@ bool ChartCutter::connect_sides(const Chart& chart) {
 }
 
 void ChartCutter::remember(uint32_t chart) {
-    cuts_.push_back({chart, set_.charts[chart], {}});
+    cuts_.push_back({chart, set_.charts[chart], {}, {}, {}});
     Cut& cut = cuts_.back();
+    cut.node.reserve(3 * cut.before.faces.size());
+    cut.glued.reserve(3 * cut.before.faces.size());
     for (uint32_t t : cut.before.faces)
-        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
-            cut.corners.push_back({set_.node[c], set_.uv[set_.node[c]], set_.glued[c]});
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
+            cut.node.push_back(set_.node[c]);
+            cut.glued.push_back(set_.glued[c]);
+            if (set_.node[c] == c)
+                cut.uv.push_back(set_.uv[c]);
+        }
 }
 
 void ChartCutter::split(const Cut& cut) {
@@ -133,10 +139,11 @@ void ChartCutter::split(const Cut& cut) {
             if (set_.glued[h] && side_[set_.surface.mate[h] / 3] == 0)
                 set_.set_glued(h, false);
     set_.rebuild_nodes(cut.before.faces);
+    // A new node is part of an old one. If it has the number of an old one, then of that.
     size_t i = 0;
     for (uint32_t t : cut.before.faces)
         for (uint32_t c = 3 * t; c < 3 * t + 3; ++c, ++i)
-            set_.uv[set_.node[c]] = cut.corners[i].uv;
+            set_.uv[set_.node[c]] = set_.uv[cut.node[i]];
     set_.charts[cut.chart] = std::move(halves[0]);
     set_.add_chart(std::move(halves[1]));
 }
@@ -162,13 +169,14 @@ bool ChartCutter::cut(uint32_t chart, const CutLine& line) {
 void ChartCutter::undo() {
     Cut& cut = cuts_.back();
     set_.charts.pop_back();
-    size_t i = 0;
+    size_t i = 0, n = 0;
     for (uint32_t t : cut.before.faces) {
         set_.chart[t] = cut.chart;
         for (uint32_t c = 3 * t; c < 3 * t + 3; ++c, ++i) {
-            set_.node[c] = cut.corners[i].node;
-            set_.uv[cut.corners[i].node] = cut.corners[i].uv;
-            set_.glued[c] = cut.corners[i].glued;
+            set_.node[c] = cut.node[i];
+            set_.glued[c] = cut.glued[i];
+            if (cut.node[i] == c)
+                set_.uv[c] = cut.uv[n++];
         }
     }
     set_.charts[cut.chart] = std::move(cut.before);

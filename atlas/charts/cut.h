@@ -31,16 +31,13 @@ public:
     const ChartSet& set() const { return set_; }
 
 private:
-    struct CornerState {
-        uint32_t node;
-        Vec2 uv;
-        uint8_t glued;
-    };
     /// A chart as it was before its cut.
     struct Cut {
         uint32_t chart;
         Chart before;
-        std::vector<CornerState> corners; ///< of its triangles, three each
+        std::vector<uint32_t> node; ///< of its triangles' corners, three each
+        std::vector<uint8_t> glued; ///< the same
+        std::vector<Vec2> uv;       ///< of the corners that nodes are named after, in order
     };
     /// Connected sets of triangles on one side of the cut.
     struct Pieces {
