@@ -97,7 +97,21 @@ def drive(window, scratch):
 
 
 def make_mesh(scratch):
-    run_script(sys.argv[1], 'polyTorus; file -f -exportAll "%s";' % (scratch / 'torus.obj'))
+    """Two rings in one mesh, which have two charts at least."""
+    file = scratch / "torus.obj"
+    run_script(sys.argv[1], f'polyTorus; file -f -exportAll "{file}";')
+    lines = file.read_text().splitlines()
+    vertices = [line for line in lines if line.startswith("v ")]
+    faces = [[int(corner.split("/")[0]) for corner in line.split()[1:]]
+             for line in lines if line.startswith("f ")]
+    with open(file, "w") as out:
+        for height in (0, 2):
+            for line in vertices:
+                x, y, z = map(float, line.split()[1:])
+                out.write(f"v {x} {y + height} {z}\n")
+        for first in (0, len(vertices)):
+            for face in faces:
+                out.write("f " + " ".join(str(vertex + first) for vertex in face) + "\n")
     return ()
 
 
