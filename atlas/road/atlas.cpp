@@ -344,16 +344,18 @@ bool asks_others(const Failure& failure, const Layout& layout) {
     return failure.status == Status::does_not_fit || failure.status == Status::chart_limit;
 }
 
-/// Compares the layout in quality mode with others and keeps the best.
+/// Compares the layout in quality mode with others and keeps the best, while progress goes from
+/// `share` to `end`.
 Failure choose_best(std::deque<OtherLayout>& others, const Options& options,
-                    ProgressMeter& progress, double share, Failure failure, Layout& layout) {
+                    ProgressMeter& progress, double share, double end, Failure failure,
+                    Layout& layout) {
     if (!asks_others(failure, layout))
         return failure;
     if (failure.status == Status::chart_limit)
         progress.stage(Stage::packing);
     for (size_t i = 0; i < others.size() && failure.status != Status::aborted; ++i) {
-        progress.part(share + (1 - share) * double(i) / double(others.size()),
-                      share + (1 - share) * double(i + 1) / double(others.size()));
+        progress.part(share + (end - share) * double(i) / double(others.size()),
+                      share + (end - share) * double(i + 1) / double(others.size()));
         const Wanted wanted = [&](uint32_t charts) {
             return failure.status == Status::ok ? to_exceed(layout, charts, options) : 0;
         };
@@ -397,20 +399,61 @@ Failure lay_out_all(ChartingCall& call, double share, std::deque<OtherLayout>& o
     return failure;
 }
 
-Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
+Failure choose_layout(ChartingCall& call, Layout& layout);
+
+/// With more effort than usual also makes what less effort finds, and takes it if it covers more:
+/// so more effort never covers less. The calling meter's part advances by all of it.
+Failure compare_with_less_effort(ChartingCall& call, Failure failure, Layout& layout) {
+    Options less = call.options;
+    --less.effort;
+    less.progress = nullptr;
+    less.user = &call.progress;
+    less.stage_progress = [](Stage stage, float fraction, void* user) {
+        const double done = ProgressMeter::whole(stage, double(fraction));
+        return static_cast<ProgressMeter*>(user)->advance(done) ? 0 : 1;
+    };
+    ChartingCall other_call(call.mesh, less, true);
+    Layout other;
+    const Failure found = choose_layout(other_call, other);
+    if (found.status == Status::aborted)
+        return found;
+    if (found.status != Status::ok ||
+        (failure.status == Status::ok && other.packing.coverage <= layout.packing.coverage))
+        return failure;
+    layout = std::move(other);
+    return found;
+}
+
+/// Makes the best layout for the call's options.
+Failure choose_layout(ChartingCall& call, Layout& layout) {
     constexpr double k_own_share = 0.7; // of the packing stage; the rest is fast mode's layout
+    const Options& options = call.options;
+    const bool patient = options.effort > k_usual_effort;
+    const double end = patient ? 0.5 : 1, own = k_own_share * end;
+    Failure failure;
+    if (options.quality == Quality::fast) {
+        failure = lay_out(call, end, layout);
+    } else {
+        std::deque<OtherLayout> others = others_than(call.mesh, options);
+        failure = call.executor != nullptr ? lay_out_all(call, own, others, layout)
+                                           : lay_out(call, own, layout);
+        failure = choose_best(others, options, call.progress, own, end, failure, layout);
+    }
+    // Fast mode makes the same charts with less effort.
+    const bool other_charts =
+        failure.status == Status::chart_limit && options.quality != Quality::fast;
+    if (!patient ||
+        (failure.status != Status::ok && failure.status != Status::does_not_fit && !other_charts))
+        return failure;
+    call.progress.part(end, 1);
+    return compare_with_less_effort(call, failure, layout);
+}
+
+Failure create_charts(const Mesh& mesh, const Options& options, Result& result) {
     ChartingCall call(mesh, options, true);
     ProgressMeter& progress = call.progress;
     Layout layout;
-    Failure failure;
-    if (options.quality == Quality::fast) {
-        failure = lay_out(call, 1, layout);
-    } else {
-        std::deque<OtherLayout> others = others_than(mesh, options);
-        failure = call.executor != nullptr ? lay_out_all(call, k_own_share, others, layout)
-                                           : lay_out(call, k_own_share, layout);
-        failure = choose_best(others, options, progress, k_own_share, failure, layout);
-    }
+    const Failure failure = choose_layout(call, layout);
     if (failure.status != Status::ok)
         return failure;
     if (!progress.stage(Stage::emission))

@@ -953,6 +953,45 @@ TEST(AtlasBestLayout, ChartsOfFastModeThatAreMoreAreTakenIfTheyCoverEnoughForIt)
     EXPECT_GT(taken, 0);
 }
 
+TEST(AtlasEffort, MoreThanUsualNeverCoversLess) {
+    for (const Quality quality : {Quality::fast, Quality::quality})
+        for (const uint32_t along : {12, 16, 20, 24}) {
+            Options options;
+            const TestMesh ring = torus(8, along, 2);
+            const double usual = unwrap_in(quality, ring, options).coverage;
+            ++options.effort;
+            EXPECT_GE(unwrap_in(quality, ring, options).coverage, usual - 1e-6) << along;
+        }
+}
+
+TEST(AtlasEffort, MoreThanUsualReportsProgressThatNeverDecreases) {
+    for (const Quality quality : {Quality::fast, Quality::quality}) {
+        struct Seen {
+            Stage stage = Stage::surface;
+            float fraction = 0;
+            int decreases = 0, reports = 0;
+        } seen;
+        Options options;
+        options.quality = quality;
+        options.effort = k_usual_effort + 1;
+        options.user = &seen;
+        options.stage_progress = [](Stage stage, float fraction, void* user) {
+            Seen& last = *static_cast<Seen*>(user);
+            last.decreases +=
+                stage < last.stage || (stage == last.stage && fraction < last.fraction);
+            last.stage = stage;
+            last.fraction = fraction;
+            ++last.reports;
+            return 0;
+        };
+        Result result;
+        const TestMesh ring = torus(10, 12, 2);
+        EXPECT_EQ(create(ring.view(), options, result).status, Status::ok);
+        EXPECT_EQ(seen.decreases, 0);
+        EXPECT_GT(seen.reports, 20);
+    }
+}
+
 TEST(AtlasCutToPack, QualityModeLeavesOneChartWhole) {
     EXPECT_EQ(unwrap(row_of_quads(40)).charts, 1u);
 }
