@@ -63,7 +63,7 @@ constexpr double k_first_growth = 1.01, k_least_growth = 1.0015;
 
 /// All that comes after the first layouts, and after the first search, makes charts larger by less
 /// than this factor.
-constexpr double k_search_growth = 1.1, k_late_growth = 1.05;
+constexpr double k_search_growth = 1.25, k_late_growth = 1.12;
 
 /// The latter in quick layouts, whose first search is shorter.
 constexpr double k_quick_growth = 1.08;
