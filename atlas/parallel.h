@@ -12,13 +12,21 @@
 
 namespace tessora::atlas {
 
+/// Whether the executor is asked at all. Without threads the second copy of every loop's body would
+/// only make the program larger.
+#if defined(__EMSCRIPTEN__) && !defined(__EMSCRIPTEN_PTHREADS__)
+inline constexpr bool k_has_threads = false;
+#else
+inline constexpr bool k_has_threads = true;
+#endif
+
 /// Calls work(i) once for each i in [0, count): in order on this thread if `executor` is null, else
 /// in any order on its threads. `work` must write only what belongs to i, so that the result does
 /// not depend on the executor. Of the exceptions that `work` throws, that of the lowest i is thrown
 /// again after all calls; serially, the calls after it are left out.
 template <class Work>
 void parallel_for(ParallelFor executor, size_t count, const Work& work) {
-    if (executor == nullptr || count < 2) {
+    if (!k_has_threads || executor == nullptr || count < 2) {
         for (size_t i = 0; i < count; ++i)
             work(i);
         return;
@@ -45,7 +53,7 @@ void parallel_for(ParallelFor executor, size_t count, const Work& work) {
 template <class Work>
 void for_blocks(ParallelFor executor, size_t count, const Work& work) {
     constexpr size_t k_block = 4096;
-    if (executor == nullptr)
+    if (!k_has_threads || executor == nullptr)
         return work(size_t(0), count);
     parallel_for(executor, (count + k_block - 1) / k_block, [&](size_t block) {
         work(block * k_block, std::min(count, (block + 1) * k_block));

@@ -391,7 +391,7 @@ private:
     Trial next_trial(MaskSet& masks, const Page& page, uint32_t n, double max_cost, uint64_t left) {
         constexpr uint64_t k_most_ahead = 16;
         if (trials_.empty()) {
-            const uint64_t ahead = options_.executor == nullptr
+            const uint64_t ahead = !k_has_threads || options_.executor == nullptr
                                        ? 1
                                        : std::min(k_most_ahead, left / (last_effort_ + 1) + 1);
             for (uint64_t i = 0; i < ahead; ++i)

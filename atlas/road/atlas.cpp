@@ -435,8 +435,8 @@ Failure choose_layout(ChartingCall& call, Layout& layout) {
         failure = lay_out(call, end, layout);
     } else {
         std::deque<OtherLayout> others = others_than(call.mesh, options);
-        failure = call.executor != nullptr ? lay_out_all(call, own, others, layout)
-                                           : lay_out(call, own, layout);
+        failure = k_has_threads && call.executor != nullptr ? lay_out_all(call, own, others, layout)
+                                                            : lay_out(call, own, layout);
         failure = choose_best(others, options, call.progress, own, end, failure, layout);
     }
     // Fast mode makes the same charts with less effort.
