@@ -57,9 +57,8 @@ void clusters(benchmark::State& state) {
     Surface s;
     build_surface(sheet.view(), s);
     const Atoms atoms = build_atoms(s);
-    ClusterOptions options;
-    options.hardness = measure_hardness(s);
-    options.seed_groups = state.range(1) == 0;
+    const std::vector<float> hardness = measure_hardness(s);
+    const ClusterOptions options{hardness, state.range(1) == 0};
     for (auto _ : state) {
         ProgressMeter progress{Options{}};
         ClusterTree tree;
