@@ -1,5 +1,6 @@
 """Where the seams of an unwrapped OBJ file lie, and whether its equal parts are laid out alike."""
 
+import pathlib
 import collections
 import math
 
@@ -13,7 +14,8 @@ class Mesh:
 
     def __init__(self, path):
         self.positions, self.uvs, self.faces = [], [], []
-        for line in open(path, encoding="utf-8", errors="replace"):
+        text = pathlib.Path(path).read_text(encoding="utf-8", errors="replace")
+        for line in text.replace("\\\n", " ").splitlines():  # a backslash continues a line
             words = line.split()
             if not words:
                 continue
