@@ -22,7 +22,7 @@ struct PanelPictureRequest {
 bool is_panel_name(const std::string& name);
 
 /// Draws the whole scene, framed in each panel, without selection and grid; `png` is a PNG file.
-/// Errors: false with a sentence in `error`.
+/// Errors: false with a sentence in `error`; std::bad_alloc.
 bool draw_panels(const PanelPictureRequest& request, std::string& png, std::string& error);
 
 } // namespace app

@@ -3,6 +3,7 @@
 #include "host/view/view_commands.h"
 
 #include <iterator>
+#include <new>
 
 namespace app {
 namespace {
@@ -51,8 +52,8 @@ bool draw_panels(const PanelPictureRequest& request, std::string& png, std::stri
         return false;
     png = host::png_of(picture);
     if (png.empty())
-        error = "not enough memory for the picture";
-    return !png.empty();
+        throw std::bad_alloc();
+    return true;
 }
 
 } // namespace app

@@ -7,6 +7,7 @@
 #include "app/seam_count.h"
 #include "app/session_setup.h"
 #include "app/stage_times.h"
+#include "app/unwrap_remarks.h"
 #include "host/commands/session.h"
 #include "host/graph/edits.h"
 #include "host/graph/mesh_node.h"
@@ -117,9 +118,7 @@ bool take_uvs(const host::Mesh& mesh, const std::string& set_name, host::ObjUvs&
 void fail(const std::string& message, bool out_of_memory, UnwrapOutcome& outcome) {
     const bool atlas_failed = last_atlas_result() < 0;
     outcome.out_of_memory = out_of_memory || atlas_ran_out_of_memory();
-    outcome.reason = atlas_failed ? last_atlas_reason() : message;
-    if (outcome.reason.empty())
-        outcome.reason = "the mesh could not be unwrapped";
+    outcome.reason = reason_of_failure(atlas_failed ? last_atlas_reason() : message);
 }
 
 /// During an unwrap, prints warnings of scripts, keeps the last error and discards printed text.

@@ -111,4 +111,8 @@ std::vector<std::string> finished_unwraps() {
     return lines;
 }
 
+std::string reason_of_failure(const std::string& told) {
+    return told.empty() ? "the mesh could not be unwrapped" : told;
+}
+
 } // namespace app

@@ -19,4 +19,7 @@ void watch_unwraps();
 /// a line for each: "tessora_node1: 12 charts, stretch 0.0440, on bunnyShape". Empty if none.
 std::vector<std::string> finished_unwraps();
 
+/// What is said of an unwrap that failed: `told`, or that it failed if nothing was told.
+std::string reason_of_failure(const std::string& told);
+
 } // namespace app

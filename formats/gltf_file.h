@@ -32,6 +32,10 @@ bool read_gltf(const std::string& name, const std::string& bytes, uint64_t most,
 /// Errors: false with the place and the reason in `error`.
 bool check_gltf(const Json& json, std::string& error);
 
+/// What is said of a member that is used as what it is not. check_gltf finds those of a file with
+/// their place, so only a description that was changed after reading can have one.
+constexpr char k_wrong_type[] = "JSON: a value has the wrong type";
+
 /// Writes a binary file; all buffers become one.
 /// Errors: false with a reason in `error` if the file would exceed `max_size` bytes, at most
 ///         `k_max_glb`.

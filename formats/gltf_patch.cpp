@@ -255,7 +255,7 @@ bool patch_gltf(const GltfMesh& mesh, const host::ObjUvs& uvs, GltfFile& result,
     try {
         return Patch(mesh, uvs, result, error).run();
     } catch (const Json::exception&) {
-        error = "JSON: a value has the wrong type";
+        error = k_wrong_type;
         return false;
     }
 }

@@ -248,7 +248,7 @@ bool read_gltf_mesh(const std::string& name, const std::string& bytes, int set,
             MeshReader(set, limits.corners, mesh, document).run(reason))
             return true;
     } catch (const Json::exception&) { // a member is used as what it is not
-        reason = "JSON: a value has the wrong type";
+        reason = k_wrong_type;
     }
     error = {mesh.file.is_too_large ? host::IoError::too_large : host::IoError::malformed,
              name + ": " + reason};

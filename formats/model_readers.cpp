@@ -384,7 +384,7 @@ bool model_of(const MeshFile& file, const host::ObjUvs& uvs, Model& model, std::
         } catch (const std::bad_alloc&) {
             throw;
         } catch (const std::exception&) { // a member is used as what it is not
-            error = "JSON: a value has the wrong type";
+            error = k_wrong_type;
             return false;
         }
     take_mesh(file.document, uvs, model);

@@ -23,4 +23,9 @@ TEST(UnwrapRemarks, GoodFlagsCauseNoWarning) {
         app::warnings_about_flags({"-mc", "map2", "-st", "0.2", "-h", "64", "-ks", "1"}).empty());
 }
 
+TEST(UnwrapRemarks, FailureOfWhichNothingWasToldHasAReason) {
+    EXPECT_EQ("the mesh could not be unwrapped", app::reason_of_failure(""));
+    EXPECT_EQ("no room", app::reason_of_failure("no room"));
+}
+
 } // namespace

@@ -745,6 +745,18 @@ TEST(Gltf, CoordinatesThatDoNotFitAreNotWritten) {
     EXPECT_EQ("the UV set does not fit the mesh", error);
 }
 
+TEST(Gltf, DescriptionThatWasSpoiledAfterReadingIsNotWritten) {
+    Builder b = square();
+    for (const char* output : {"o.glb", "o.fbx"}) {
+        Read r = read(b.glb());
+        r.file.gltf.file.json["meshes"] = 7;
+        std::string bytes, error;
+        EXPECT_FALSE(formats::format_mesh(r.file, coordinates(r.file.document, true), output, {},
+                                          bytes, error));
+        EXPECT_EQ("JSON: a value has the wrong type", error) << output;
+    }
+}
+
 TEST(Gltf, BecomesAnObjFile) {
     Builder b = square();
     const Read r = read(b.glb());
