@@ -388,8 +388,11 @@ Failure lay_out_all(ChartingCall& call, double share, std::deque<OtherLayout>& o
                 other.drop();
     };
     parallel_for(call.executor, 1 + others.size(), [&](size_t) {
-        if (std::this_thread::get_id() == caller && !own_begun.exchange(true))
-            return own();
+        if (std::this_thread::get_id() == caller) {
+            if (!own_begun.exchange(true))
+                own();
+            return; // what is left is made later, with progress
+        }
         const size_t i = next++;
         if (i < others.size())
             others[i].make_beside(call.progress);
@@ -424,6 +427,9 @@ Failure compare_with_less_effort(ChartingCall& call, Failure failure, Layout& la
     return found;
 }
 
+/// Layouts made beside each other take the memory of all: larger meshes have one after the other.
+constexpr size_t k_most_beside = 2'000'000; // triangles
+
 /// Makes the best layout for the call's options.
 Failure choose_layout(ChartingCall& call, Layout& layout) {
     constexpr double k_own_share = 0.7; // of the packing stage; the rest is fast mode's layout
@@ -435,8 +441,9 @@ Failure choose_layout(ChartingCall& call, Layout& layout) {
         failure = lay_out(call, end, layout);
     } else {
         std::deque<OtherLayout> others = others_than(call.mesh, options);
-        failure = k_has_threads && call.executor != nullptr ? lay_out_all(call, own, others, layout)
-                                                            : lay_out(call, own, layout);
+        const bool beside = k_has_threads && call.executor != nullptr &&
+                            call.mesh.indices.size / 3 <= k_most_beside;
+        failure = beside ? lay_out_all(call, own, others, layout) : lay_out(call, own, layout);
         failure = choose_best(others, options, call.progress, own, end, failure, layout);
     }
     // Fast mode makes the same charts with less effort.

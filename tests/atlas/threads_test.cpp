@@ -185,4 +185,24 @@ TEST(AtlasThreads, CallbacksOfLayoutsMadeBesideEachOtherComeOnTheCallingThread) 
     expect_callbacks_here(options, torus(8, 12), 12);
 }
 
+/// Counts the calls behind the share of packing that the caller's own layout takes.
+int note_others(Stage stage, float fraction, void* user) {
+    *static_cast<size_t*>(user) += stage == Stage::packing && fraction > 0.7f && fraction < 1;
+    return 0;
+}
+
+TEST(AtlasThreads, LayoutsThatWaitForTheCallingThreadReportTheirProgress) {
+    size_t calls = 0;
+    Options options;
+    options.quality = Quality::quality;
+    options.effort = 0;
+    options.min_parallel = 0;
+    options.stage_progress = note_others;
+    options.user = &calls;
+    options.executor = run_on<1>;
+    Result result;
+    ASSERT_EQ(create(dented_ball(8).view(), options, result).status, Status::ok);
+    EXPECT_GT(calls, 10u);
+}
+
 } // namespace
