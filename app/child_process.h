@@ -23,7 +23,8 @@ public:
     bool start(const std::vector<std::string>& words, std::string& error);
     bool is_running() const;
 
-    /// Writes a line and its end; waits if the child does not read. Returns false if it has ended.
+    /// Writes a line and its end; waits if the child does not read. Returns false if it has ended,
+    /// also where SIGPIPE is not ignored.
     bool send(const std::string& line);
     /// Writes bytes as they are, like `send`.
     bool send_bytes(const std::string& bytes);

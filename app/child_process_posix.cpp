@@ -77,6 +77,29 @@ bool make_pipe(int ends[2]) {
     return ends[0] >= 0 && ends[1] >= 0;
 }
 
+/// While it lives, writing to a pipe without a reader fails with EPIPE and the thread gets no
+/// SIGPIPE, whose default would end this process because a child has ended.
+class NoPipeSignal {
+public:
+    NoPipeSignal() {
+        sigemptyset(&pipe_);
+        sigaddset(&pipe_, SIGPIPE);
+        ::pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
+    }
+    ~NoPipeSignal() {
+        if (sigismember(&before_, SIGPIPE) == 0) { // take one that came meanwhile
+            const timespec at_once = {0, 0};
+            ::sigtimedwait(&pipe_, nullptr, &at_once);
+        }
+        ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    NoPipeSignal(const NoPipeSignal&) = delete;
+    NoPipeSignal& operator=(const NoPipeSignal&) = delete;
+
+private:
+    sigset_t pipe_ = {}, before_ = {};
+};
+
 } // namespace
 
 ChildProcess::ChildProcess() : process_(std::make_unique<Process>()) {}
@@ -117,6 +140,7 @@ bool ChildProcess::is_running() const { return process_->id >= 0; }
 bool ChildProcess::send(const std::string& line) { return send_bytes(line + "\n"); }
 
 bool ChildProcess::send_bytes(const std::string& bytes) {
+    const NoPipeSignal no_signal;
     for (size_t done = 0; done < bytes.size();) {
         const ssize_t wrote = ::write(process_->input, bytes.data() + done, bytes.size() - done);
         if (wrote > 0)

@@ -6,7 +6,6 @@
 #include "tests/app/scratch.h"
 
 #include <cmath>
-#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <random>
@@ -26,7 +25,6 @@ struct Imported {
 
 class MeshImport : public ::testing::Test {
 protected:
-    MeshImport() { std::signal(SIGPIPE, SIG_IGN); } // as the program does
     Imported import(const std::string& script, const app::ImportLimits& limits = {1u << 30, 60}) {
         const std::string program = dir.put("importer", "#!/bin/sh\n" + script);
         std::filesystem::permissions(program, std::filesystem::perms::all);

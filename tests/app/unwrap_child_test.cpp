@@ -89,6 +89,18 @@ TEST_F(UnwrapChildTest, AChildThatEndsWithoutAnAnswerIsAFailure) {
     EXPECT_NE(std::string::npos, answer->reason.find("ended with code 0")) << answer->reason;
 }
 
+TEST(ChildProcessTest, WritingToAChildThatHasEndedFailsAndNothingMore) {
+    app::ChildProcess child;
+    std::string error;
+    ASSERT_TRUE(child.start({"/bin/true"}, error)) << error;
+    bool has_failed = false; // the pipe takes what is sent until the child has ended
+    for (int i = 0; i < k_patience && !has_failed; ++i) {
+        has_failed = !child.send("");
+        app::wait_for_children({&child}, 1);
+    }
+    EXPECT_TRUE(has_failed);
+}
+
 TEST_F(UnwrapChildTest, StoppingForgetsTheUnwrap) {
     ASSERT_TRUE(child.begin(request("in.obj", "a.obj"), error)) << error;
     child.stop();
