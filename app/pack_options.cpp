@@ -201,15 +201,18 @@ bool check_files_differ(const PackRequest& r, std::string& error) {
     return true;
 }
 
-std::vector<std::string> split(const std::string& list) {
-    std::vector<std::string> parts;
-    for (size_t begin = 0; begin <= list.size();) {
-        const size_t end = std::min(list.find(',', begin), list.size());
-        if (end > begin)
-            parts.push_back(list.substr(begin, end - begin));
+/// Splits the value of --keep at its commas; none of the names may be empty.
+bool read_keep(const std::string& value, PackRequest& request, std::string& error) {
+    for (size_t begin = 0; !value.empty() && begin <= value.size();) {
+        const size_t end = std::min(value.find(',', begin), value.size());
+        if (end == begin) {
+            error = "--keep: '" + value + "' has an empty name; names are separated by commas";
+            return false;
+        }
+        request.keep.push_back(value.substr(begin, end - begin));
         begin = end + 1;
     }
-    return parts;
+    return true;
 }
 
 } // namespace
@@ -285,8 +288,8 @@ bool parse_pack_request(const std::vector<std::string>& words, PackRequest& requ
         error = "--picture: '" + request.picture + "' is not layout, checker or stretch";
         return false;
     }
-    request.keep = split(raw.keep);
-    return read_numbers(raw, request, error) && read_turns(raw.turns, request.settings, error) &&
+    return read_keep(raw.keep, request, error) && read_numbers(raw, request, error) &&
+           read_turns(raw.turns, request.settings, error) &&
            read_stack(raw.stack, request.settings, error) &&
            read_density(raw.density, request.settings, error) &&
            read_from(raw.from, request, error) && name_outputs(raw.output, request, error) &&

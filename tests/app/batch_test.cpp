@@ -378,7 +378,7 @@ TEST_F(BatchProgram, WorkersEndWithTheBatch) {
     process.wait();
     // The worker is nobody's child now; whoever collects it, it must not go on.
     bool is_alive = true;
-    for (int i = 0; i < 400 && is_alive; ++i) {
+    for (int i = 0; i < 12000 && is_alive; ++i) { // a minute at least
         std::ifstream status("/proc/" + std::to_string(workers[0]) + "/stat");
         std::string id, name, state;
         is_alive = bool(status >> id >> name >> state) && state != "Z";

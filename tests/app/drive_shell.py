@@ -53,7 +53,7 @@ def main():
         shell.line('string $s = "größe 网"; print ("<" + $s + ">\\n");', "\n<größe 网>\r?\n")
         shell.line("polyCube -n kept;", "Result: kept")
         shell.type("polySphere -n unwan")
-        time.sleep(0.5)
+        shell.wait("unwan")  # it has been read, as its echo tells
         shell.type("\x03")
         shell.wait("tessora> ")
         shell.type("{ print 1;\n")
@@ -64,8 +64,8 @@ def main():
         for _ in range(100):
             shell.type("\x03")
             shell.wait("tessora> ")
-        shell.type("int $count; while (1) { $count++; }\n")
-        time.sleep(1.0)
+        shell.type('print ("be" + "gun"); int $count; while (1) { $count++; }\n')
+        shell.wait("begun")
         shell.type("\x03")
         shell.wait("Interrupted")
         shell.wait("tessora> ")

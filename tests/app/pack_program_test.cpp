@@ -350,6 +350,11 @@ TEST_F(PackProgram, RefusesWrongOptions) {
         {{a, b, "-o", a}, "is no folder, and several meshes need one"},
         {{a, "-o", a}, "would be read or written twice"},
         {{a, "--gutter", "3"}, "unknown option --gutter"},
+        {{a, "--keep", ""}, "--keep: '' is not a name"},
+        {{a, "--keep", ",,,"}, "--keep: ',,,' has an empty name"},
+        {{a, "--keep", ",head"}, "--keep: ',head' has an empty name"},
+        {{a, "--keep", "head,"}, "--keep: 'head,' has an empty name"},
+        {{a, "--keep", "head,,hands"}, "--keep: 'head,,hands' has an empty name"},
     };
     for (const auto& [words, message] : cases) {
         Words all = {"pack"};

@@ -44,13 +44,27 @@ TEST_F(Surroundings, ClosedStandardInputIsAnInputError) {
     EXPECT_TRUE(dir.names().empty());
 }
 
+/// Waits until the process sleeps, and goes on sleeping.
+void wait_until_asleep(pid_t process) {
+    for (int looks = 0; looks < 5;) {
+        std::ifstream status("/proc/" + std::to_string(process) + "/stat");
+        std::string id, name, state;
+        ASSERT_TRUE(status >> id >> name >> state);
+        ASSERT_NE("Z", state) << "it has ended";
+        looks = state == "S" ? looks + 1 : 0;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
 TEST_F(Surroundings, InterruptEndsAWriteToAPipeWithoutReader) {
     const std::string mesh = dir.put("cube.obj", k_cube), pipe = dir.path("pipe.obj");
     ASSERT_EQ(0, ::mkfifo(pipe.c_str(), 0600));
     Process process({"unwrap", mesh, "-o", pipe, "--report", dir.path("r.json")});
-    std::this_thread::sleep_for(std::chrono::seconds(1)); // by then the program waits for a reader
+    while (dir.names().size() < 3) // until the report is begun
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    wait_until_asleep(process.id()); // it waits for a reader
     process.send(SIGINT);
-    EXPECT_TRUE(process.ends_within(std::chrono::seconds(10)));
+    EXPECT_TRUE(process.ends_within(std::chrono::seconds(60)));
     EXPECT_EQ(130, process.wait().code);
     EXPECT_EQ((Names{"cube.obj", "pipe.obj"}), dir.names());
 }

@@ -225,14 +225,18 @@ class Concurrency(unittest.TestCase):
             while not stop.wait(0.001):
                 count[0] += 1
 
+        def ticks_meanwhile():
+            before = count[0]
+            tessora.unwrap(points, faces)
+            return count[0] - before
+
         thread = threading.Thread(target=tick)
         thread.start()
-        before = count[0]
-        tessora.unwrap(points, faces)
-        during = count[0] - before
+        # On a busy machine the other thread may not get its turn during a short call.
+        ran = any(ticks_meanwhile() > 3 for _ in range(100))
         stop.set()
         thread.join()
-        self.assertGreater(during, 3)
+        self.assertTrue(ran)
 
     def test_progress_never_decreases_and_ends_with_1(self):
         calls = []
@@ -258,7 +262,8 @@ class Concurrency(unittest.TestCase):
             return (time.process_time() - whole) - (time.thread_time() - own)
 
         self.assertLess(on_others(1), 0.0005)
-        self.assertGreater(on_others(4), 0.0005)
+        # On a busy machine the others may come too late for a share of a short call.
+        self.assertTrue(any(on_others(4) > 0.0005 for _ in range(100)))
 
     def test_what_progress_raises_comes_out_of_the_call(self):
         def progress(stage, fraction):
@@ -272,7 +277,12 @@ class Concurrency(unittest.TestCase):
         fractions = {}
         # Not in bytecode, which would look for signals itself.
         progress = functools.partial(operator.setitem, fractions)
-        threading.Timer(0.3, os.kill, (os.getpid(), signal.SIGINT)).start()
+
+        def interrupt_once_it_works():
+            while not fractions:
+                time.sleep(0.001)
+            os.kill(os.getpid(), signal.SIGINT)
+        threading.Thread(target=interrupt_once_it_works, daemon=True).start()
         with self.assertRaises(KeyboardInterrupt):
             tessora.unwrap(points, faces, quality="quality", progress=progress)
         self.assertLess(max(fractions.values()), 1.0)

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <locale>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -368,7 +369,8 @@ TEST(ObjReaderRefuses, MalformedCorners) {
 }
 
 TEST(ReadText, ReturnsTheBytesOfAFile) {
-    const std::string path = testing::TempDir() + "/read_text_test.bin";
+    const std::string path =
+        testing::TempDir() + "/read_text_test." + std::to_string(std::random_device()());
     std::string bytes("a\0b\r\n", 5);
     bytes += std::string(300000, 'x');
     FILE* file = std::fopen(path.c_str(), "wb");

@@ -126,6 +126,8 @@ struct Terminal {
     }
 };
 
+constexpr int k_patience = 60000; // milliseconds; only a failing test waits so long
+
 bool ended_within(pid_t child, int milliseconds, int* status) {
     for (int waited = 0; waited <= milliseconds; waited += 10) {
         if (waitpid(child, status, WNOHANG) == child)
@@ -152,7 +154,7 @@ TEST(MessageBoxWithoutHook, WaitsForEnterOnATerminal) {
     int status = 0;
     EXPECT_FALSE(ended_within(child, 200, &status));
     ASSERT_EQ(write(terminal.ours, "\n", 1), 1);
-    ASSERT_TRUE(ended_within(child, 5000, &status));
+    ASSERT_TRUE(ended_within(child, k_patience, &status));
     EXPECT_EQ(WEXITSTATUS(status), IDOK);
 }
 
@@ -161,9 +163,9 @@ TEST(MessageBoxWithoutHook, DoesNotWaitWhenOnlyOneOfTheTwoIsATerminal) {
     ASSERT_GE(terminal.theirs, 0);
     const int nothing = open("/dev/null", O_RDWR);
     int status = 0;
-    EXPECT_TRUE(ended_within(show_box_in_child(terminal.theirs, nothing), 5000, &status));
+    EXPECT_TRUE(ended_within(show_box_in_child(terminal.theirs, nothing), k_patience, &status));
     EXPECT_EQ(WEXITSTATUS(status), IDOK);
-    EXPECT_TRUE(ended_within(show_box_in_child(nothing, terminal.theirs), 5000, &status));
+    EXPECT_TRUE(ended_within(show_box_in_child(nothing, terminal.theirs), k_patience, &status));
     EXPECT_EQ(WEXITSTATUS(status), IDOK);
     close(nothing);
 }
