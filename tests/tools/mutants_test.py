@@ -6,7 +6,7 @@ import sys
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools/mutants"))
-from mutants import drawn, mutants_of, without_line  # noqa: E402
+from mutants import drawn, listed, mutants_of, without_line  # noqa: E402
 
 
 def changed(body):
@@ -52,6 +52,9 @@ class Mutants(unittest.TestCase):
         Words.seed = 2
         self.assertNotEqual(first, drawn(Words))
         self.assertEqual(set(first), set(drawn(Words)))
+
+    def test_listed_mutants_are_found_in_the_sources(self):
+        self.assertGreater(len(list(listed())), 30)  # ends the program if one is not
 
     def test_mutants_are_compared_without_their_line_numbers(self):
         self.assertEqual(without_line("plugin/a.cpp:12: call: {f(); -> ;}"), "plugin/a.cpp: call: {f(); -> ;}")
