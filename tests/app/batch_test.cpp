@@ -416,10 +416,18 @@ TEST_F(BatchProgram, UnwritableOutputFolderIsAFailureOfEachMesh) {
 
 TEST_F(BatchProgram, NamesDoNotCommandTheTerminal) {
     dir.put("in/red\x1b[31m.obj", "x");
+    dir.put("in/blue\xc2\x9b"
+            "34m.obj",
+            "x");
+    dir.put("in/gone\x7f.obj", "x");
+    dir.put("in/caf\xc3\xa9\xc2\xb2.obj", "x");
     const Ended ended = batch({});
     EXPECT_EQ(1, ended.code);
-    EXPECT_NE(ended.err.npos, ended.err.find("in/red?[31m.obj: ")) << ended.err;
-    EXPECT_EQ(ended.err.npos, ended.err.find('\x1b')) << ended.err;
+    for (const char* shown : {"red?[31m", "blue?34m", "gone?", "caf\xc3\xa9\xc2\xb2"})
+        EXPECT_NE(ended.err.npos, ended.err.find(std::string("in/") + shown + ".obj: "))
+            << ended.err;
+    for (const char* command : {"\x1b", "\xc2\x9b", "\x7f"})
+        EXPECT_EQ(ended.err.npos, ended.err.find(command)) << ended.err;
 }
 
 TEST_F(BatchProgram, FolderThatCannotBeSearchedIsRefused) {

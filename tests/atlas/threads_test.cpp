@@ -157,12 +157,15 @@ struct Watch {
 void expect_callbacks_here(Options options, const TestMesh& mesh, size_t most_stops) {
     Watch watch;
     options.min_parallel = 0;
-    options.executor = run_on<8>;
     options.stage_progress = Watch::note;
     options.user = &watch;
     Result result;
-    ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
-    EXPECT_EQ(watch.elsewhere, 0u);
+    for (ParallelFor executor : {run_elsewhere, run_on<8>}) {
+        options.executor = executor;
+        watch.calls = 0;
+        ASSERT_EQ(create(mesh.view(), options, result).status, Status::ok);
+        EXPECT_EQ(watch.elsewhere, 0u);
+    }
     EXPECT_GT(watch.calls, most_stops);
     for (size_t stop = 1; stop < most_stops; ++stop) {
         watch.calls = 0;
