@@ -32,6 +32,12 @@ constexpr double k_first_growth = 1e-3, k_least_growth = 1e-4;
 /// Rounds without growth after which all charts are jammed.
 constexpr int k_jammed = 2;
 
+/// Attempts to move charts apart after the last round, each with this part of the effort.
+constexpr int k_repairs = 4;
+
+/// Effort of finding the contacts, per point.
+constexpr uint64_t k_finding_effort = 16;
+
 /// Smallest cells of the grid that finds neighbours, in texels.
 constexpr double k_cell = 8;
 
@@ -56,12 +62,16 @@ struct Motion {
 
 /// A condition on two bodies, or on one and a wall (j none): with d the growth of all charts,
 /// gap + growth * d + dot(n, move_i - move_j) + a * angle_i - b * angle_j >= 0.
+/// Single precision: thousands of charts have more conditions than caches hold, and what comes of
+/// them is measured anyway.
 struct Contact {
     uint32_t i, j;
-    Vec2 n; ///< from j to i, unit length
-    double a, b;
-    double gap, growth;
-    double inverse; ///< 1 / the squared length of its gradient
+    float nx, ny; ///< from j to i, unit length
+    float a, b;
+    float gap, growth;
+    float inverse; ///< 1 / the squared length of its gradient
+
+    Vec2 n() const { return {nx, ny}; }
 };
 
 class Inflater {
@@ -75,19 +85,47 @@ public:
     }
 
     void run(uint64_t effort, const std::function<bool()>& goes_on) {
-        int failures = 0;
-        do {
-            place_points();
-            find_contacts();
-            if (nearest_ >= needed_ && nearest_wall_ >= 0)
-                keep();
-            if (nearest_ < needed_ / 2 || scale_ >= max_scale_ || effort_ > effort || !goes_on())
+        if (effort < k_finding_effort * points_.size())
+            return;
+        limit_ = effort;
+        measure();
+        for (int failures = 0; failures < k_jammed && can_go_on() && effort_ <= limit_;) {
+            if (!goes_on())
                 return;
             failures = grow() ? 0 : failures + 1;
-        } while (failures < k_jammed);
+            measure();
+        }
+        repair();
     }
 
 private:
+    bool can_go_on() const { return nearest_ >= needed_ / 2 && scale_ < max_scale_; }
+
+    /// Finds the contacts at the present places, and takes the places over if they are valid.
+    void measure() {
+        place_points();
+        find_contacts();
+        valid_ = nearest_ >= needed_ && nearest_wall_ >= 0;
+        if (valid_)
+            keep();
+    }
+
+    /// What is not linear may have left charts of the last round too close. Moves them apart, and
+    /// gives back more and more of the growth where that does not help.
+    void repair() {
+        const uint64_t more = limit_ / k_repairs;
+        double growth = 0;
+        for (int tries = 0; tries < k_repairs && !valid_ && can_go_on(); ++tries) {
+            limit_ = effort_ + more;
+            motions_.assign(bodies_.size(), {});
+            if (solve(growth) && is_safe(growth)) {
+                apply(motions_, growth);
+                measure();
+            }
+            growth = -0.5 * (1 - packing_.scale / scale_);
+        }
+    }
+
     void enter(uint32_t k) {
         const ChartShape& shape = chains_.shapes[k];
         const Placement& placement = packing_.placements[k];
@@ -126,7 +164,7 @@ private:
             const double inertia = body.mean_square * scale_ * scale_;
             body.inverse_inertia = body.turns && inertia > 0 ? 1 / inertia : 0;
         }
-        effort_ += points_.size() * 16; // and finding their neighbours
+        effort_ += points_.size() * k_finding_effort;
     }
 
     int row_of(double y) const { return std::min(rows_ - 1, std::max(0, int(y / cell_))); }
@@ -202,8 +240,9 @@ private:
             return;
         const Vec2 r = p - bodies_[i].at;
         const double a = cross(r, n);
-        contacts_.push_back({i, k_none, n, a, 0, distance - k_surplus, dot(n, r),
-                             1 / (1 + a * a * bodies_[i].inverse_inertia)});
+        contacts_.push_back({i, k_none, float(n.x), float(n.y), float(a), 0,
+                             float(distance - k_surplus), float(dot(n, r)),
+                             float(1 / (1 + a * a * bodies_[i].inverse_inertia))});
     }
 
     /// Adds the nearest point of every other chart within reach of a point of chart k.
@@ -240,17 +279,19 @@ private:
             return;
         const Vec2 n = (p - q) * (1 / distance), r = p - bodies_[i].at, s = q - bodies_[j].at;
         const double a = cross(r, n), b = cross(s, n);
-        contacts_.push_back(
-            {i, j, n, a, b, distance - needed_ - k_surplus, dot(n, r - s),
-             1 / (2 + a * a * bodies_[i].inverse_inertia + b * b * bodies_[j].inverse_inertia)});
+        const double inverse =
+            1 / (2 + a * a * bodies_[i].inverse_inertia + b * b * bodies_[j].inverse_inertia);
+        contacts_.push_back({i, j, float(n.x), float(n.y), float(a), float(b),
+                             float(distance - needed_ - k_surplus), float(dot(n, r - s)),
+                             float(inverse)});
     }
 
     /// The gap that a condition has with the present motions.
     double gap_of(const Contact& c, double growth) const {
         const Motion& mi = motions_[c.i];
-        double gap = c.gap + c.growth * growth + dot(c.n, mi.move) + c.a * mi.angle;
+        double gap = c.gap + c.growth * growth + dot(c.n(), mi.move) + c.a * mi.angle;
         if (c.j != k_none)
-            gap -= dot(c.n, motions_[c.j].move) + c.b * motions_[c.j].angle;
+            gap -= dot(c.n(), motions_[c.j].move) + c.b * motions_[c.j].angle;
         return gap;
     }
 
@@ -260,38 +301,38 @@ private:
             return;
         const double by = -gap * c.inverse * k_relaxation;
         Motion& mi = motions_[c.i];
-        mi.move = mi.move + c.n * by;
+        mi.move = mi.move + c.n() * by;
         mi.angle += by * c.a * bodies_[c.i].inverse_inertia;
         if (c.j == k_none)
             return;
         Motion& mj = motions_[c.j];
-        mj.move = mj.move - c.n * by;
+        mj.move = mj.move - c.n() * by;
         mj.angle -= by * c.b * bodies_[c.j].inverse_inertia;
     }
 
     /// Changes the motions until all conditions are met for this growth; false if many sweeps over
-    /// them do not achieve that. Most sweeps visit only those that had little to spare when all
-    /// were visited.
+    /// them, or as many as the effort allows, do not achieve that. Most sweeps visit only those
+    /// that had little to spare when all were visited.
     bool solve(double growth) {
-        for (int sweep = 1; sweep <= k_sweeps; ++sweep) {
+        for (int sweep = 1; sweep <= k_sweeps && effort_ <= limit_; ++sweep) {
             tight_.clear();
             double least = 0;
             for (const Contact& c : contacts_) {
                 const double gap = gap_of(c, growth);
                 if (gap < k_tight)
-                    tight_.push_back(&c);
+                    tight_.push_back(c);
                 least = std::min(least, gap);
                 correct(c, gap);
             }
             effort_ += contacts_.size();
             if (least >= -k_missing)
                 return true;
-            for (; least < -k_missing && sweep < k_sweeps; ++sweep) {
+            for (; least < -k_missing && sweep < k_sweeps && effort_ <= limit_; ++sweep) {
                 least = 0;
-                for (const Contact* c : tight_) {
-                    const double gap = gap_of(*c, growth);
+                for (const Contact& c : tight_) {
+                    const double gap = gap_of(c, growth);
                     least = std::min(least, gap);
-                    correct(*c, gap);
+                    correct(c, gap);
                 }
                 effort_ += tight_.size();
             }
@@ -304,7 +345,7 @@ private:
         const double most = 0.49 * std::min(nearest_, needed_);
         for (size_t k = 0; k < bodies_.size(); ++k)
             if (length(motions_[k].move) +
-                    (std::abs(motions_[k].angle) + growth) * bodies_[k].radius * scale_ >
+                    (std::abs(motions_[k].angle) + std::abs(growth)) * bodies_[k].radius * scale_ >
                 most)
                 return false;
         return true;
@@ -387,9 +428,10 @@ private:
     std::vector<Entry> entries_;
     std::vector<uint32_t> cell_begin_, segments_;
     std::vector<Contact> contacts_;
-    std::vector<const Contact*> tight_; ///< those with little to spare
+    std::vector<Contact> tight_; ///< those with little to spare
     std::vector<Motion> motions_;
-    uint64_t effort_ = 0;
+    uint64_t effort_ = 0, limit_ = 0;
+    bool valid_ = false; ///< the present places
 };
 
 } // namespace

@@ -136,7 +136,8 @@ struct Tuning {
         const auto effort = [&](uint64_t base, uint64_t per_triangle) {
             return uint64_t(double(base + per_triangle * triangles) * options.effort);
         };
-        tuning.inflate_effort = fast ? effort(1000000, 20) : effort(3000000, 60);
+        tuning.inflate_effort =
+            fast ? effort(1000000, 20) : std::max(effort(3000000, 60), effort(1000 * charts, 0));
         if (nests) {
             tuning.draft_effort = options.quick ? effort(500000, 15) : effort(1000000, 10);
             tuning.nest_effort = options.quick ? effort(1200000, 0) : effort(10000000, 0);

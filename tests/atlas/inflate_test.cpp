@@ -147,3 +147,23 @@ TEST(Inflate, StopsWhenItsEffortIsSpent) {
     inflate(chain_borders(set.face()), room_of(options), k_no_limit, 1, always, packing);
     EXPECT_LT(packing.scale, 1.1);
 }
+
+TEST(Inflate, WhereTheEffortEndsAmongChartsTooCloseTheyAreMovedApart) {
+    std::mt19937 random(7);
+    PackInput set;
+    std::uniform_real_distribution<double> side(3, 9);
+    for (int i = 0; i < 400; ++i)
+        set.chart({{0, 0}, {side(random), 0}, {0, side(random)}});
+    const PackOptions options = options_of(128, 2);
+    PackOptions quick = options;
+    quick.quick = true;
+    quick.effort = 0.01;
+    const ChartChains chains = chain_borders(set.face());
+    const Packing before = pack_charts(set.face(), quick);
+    for (uint64_t effort = 800000; effort <= 3200000; effort += 400000) {
+        Packing packing = before;
+        inflate(chains, room_of(options), k_no_limit, effort, always, packing);
+        expect_good_layout(set, packing, options);
+        EXPECT_GT(packing.scale, 1.001 * before.scale) << effort;
+    }
+}
