@@ -56,7 +56,7 @@ class Window:
         for process in (self.program, self.screen):
             if process.poll() is None:
                 process.send_signal(signal.SIGTERM)
-                process.wait(10)
+                process.wait(PATIENCE)
         self.scratch.cleanup()
 
     def tool(self, *words):
