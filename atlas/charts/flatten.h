@@ -8,6 +8,7 @@
 #include "atlas/charts/chart_set.h"
 #include "atlas/charts/patch_copy.h"
 
+#include <functional>
 #include <limits>
 
 namespace tessora::atlas {
@@ -51,6 +52,11 @@ public:
     /// Flatteners of the same set may do this at the same time with different charts.
     void polish(Chart& c, int sweeps);
 
+    /// Lowers the distortion of a legal chart by steps that solve the whole chart, taken as far as
+    /// they keep it legal: for charts that are far from the stretch that their shape needs. Returns
+    /// early, with a legal chart, if `goes_on` says no. Like polish(), may run beside others.
+    void flatten_further(Chart& c, const std::function<bool()>& goes_on);
+
     /// Traces the border of a chart whose triangles and coordinates are set, closes its slits,
     /// measures it, and returns whether it is legal.
     bool judge(Chart& c);
@@ -82,6 +88,8 @@ private:
     bool flatten_on_circle(Chart& c);
     bool spread_on_circle(const Chart& c);
     void relax_while_simple(Chart& c);
+    void relax_without_harm(const Chart& c, int sweeps);
+    bool take_back_harm(const Chart& c, const std::vector<Vec2>& before);
 
     std::vector<uint32_t> mark_; ///< per triangle: value of stamp_ when glue_inside last saw it
     uint32_t stamp_ = 0;

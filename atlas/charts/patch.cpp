@@ -357,4 +357,13 @@ uint32_t Patch::flipped() const {
     return count;
 }
 
+void Patch::add_flipped_corners(std::vector<uint32_t>& corners) const {
+    for (const Guard& guard : guards_)
+        if (is_flipped(guard))
+            corners.insert(corners.end(), guard.corner, guard.corner + 3);
+    for (uint32_t t = 0; t < frame_.size(); ++t)
+        if (is_flipped(t))
+            corners.insert(corners.end(), &corner_[3 * t], &corner_[3 * t] + 3);
+}
+
 } // namespace tessora::atlas

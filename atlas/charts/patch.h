@@ -11,6 +11,8 @@
 #include "atlas/geometry/lanes.h"
 #include "atlas/geometry/surface.h"
 
+#include <functional>
+
 namespace tessora::atlas {
 
 /// The sums over triangles that determine a chart's L2 stretch; sums of parts can be added.
@@ -55,7 +57,11 @@ public:
     /// approach to mesh parameterization", 2008): `steps` alternations of per-triangle rotations
     /// and a global solve. Accepts any start and may flip triangles. False if the linear system
     /// cannot be factored.
-    bool arap(int steps);
+    bool arap(int steps) {
+        return arap(steps, [] { return true; });
+    }
+    /// The same, with a call after every step, which may move vertices; false ends it.
+    bool arap(int steps, const std::function<bool()>& after_step);
     /// Newton steps on the symmetric Dirichlet energy, one vertex after another. Never flips a
     /// triangle and never raises the energy; vertices of flipped triangles are not moved. Returns
     /// the drop of the energy in the last sweep, relative to the smallest possible energy.
@@ -75,6 +81,8 @@ public:
     void add_guard(const Frame& frame, uint32_t a, uint32_t b, uint32_t c);
     StretchSums stretch() const;
     uint32_t flipped() const; ///< number of triangles and guards without positive area
+    /// Appends the corners of those triangles and guards.
+    void add_flipped_corners(std::vector<uint32_t>& corners) const;
 
     std::vector<Vec2> uv;
     std::vector<uint8_t> pinned;

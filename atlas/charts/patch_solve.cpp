@@ -220,7 +220,7 @@ void place_on_circle(const std::vector<uint32_t>& loop, double radius, std::vect
 
 } // namespace
 
-bool Patch::arap(int steps) {
+bool Patch::arap(int steps, const std::function<bool()>& after_step) {
     constexpr double k_min_weight = 1e-3,
                      k_max_weight = 1e4; // cotangents are clamped to these, so that the
                                          // matrix stays positive definite
@@ -249,6 +249,8 @@ bool Patch::arap(int steps) {
         for (uint32_t t = 0; t < frame_.size(); ++t)
             right.add_rotated_face(frame_[t], &corner_[3 * t], &weight[3 * t]);
         laplacian.solve(right.sums, number, uv);
+        if (!after_step())
+            break;
     }
     return true;
 }

@@ -54,17 +54,23 @@ void OutlineTester::link_neighbours(const Outline& outline) {
     }
 }
 
+/// Twice the area inside a loop, negative if it is clockwise; 0 if it is close to none.
+double OutlineTester::doubled_area_of_loop(const Outline& outline, uint32_t begin,
+                                           uint32_t end) const {
+    double doubled = 0, spread = 0;
+    const Vec2 base = outline.point[begin];
+    for (uint32_t i = begin; i < end; ++i) {
+        const Vec2 a = outline.point[i] - base, b = outline.point[next_[i]] - base;
+        doubled += cross(a, b);
+        spread += dot(b - a, b - a);
+    }
+    return std::fabs(doubled) > 1e-12 * spread ? doubled : 0;
+}
+
 bool OutlineTester::one_positive_loop(const Outline& outline) const {
     uint32_t begin = 0, positive = 0;
     for (uint32_t end : outline.loop_end) {
-        double doubled = 0, spread = 0;
-        const Vec2 base = outline.point[begin];
-        for (uint32_t i = begin; i < end; ++i) {
-            const Vec2 a = outline.point[i] - base, b = outline.point[next_[i]] - base;
-            doubled += cross(a, b);
-            spread += dot(b - a, b - a);
-        }
-        positive += doubled > 1e-12 * spread;
+        positive += doubled_area_of_loop(outline, begin, end) > 0;
         begin = end;
     }
     return positive == 1;
@@ -165,19 +171,47 @@ bool OutlineTester::pair_is_legal(const Outline& o, uint32_t i, uint32_t j) cons
            (b_side != 0 || !within_box(c, d, b) || contact_is_legal(o, j, i1));
 }
 
+template <class Visit>
+void OutlineTester::visit_illegal_pairs(const Outline& outline, Visit visit) {
+    build_grid(outline);
+    for (const Cell& cell : cells_)
+        for (uint32_t i = 0; i < cell.count; ++i)
+            for (uint32_t j = 0; j < i; ++j) {
+                const uint32_t a = entries_[cell.begin + j], b = entries_[cell.begin + i];
+                if (!pair_is_legal(outline, a, b) && !visit(a, b))
+                    return;
+            }
+}
+
 bool OutlineTester::simple(const Outline& outline) {
     if (outline.point.empty())
         return false;
     link_neighbours(outline);
     if (!one_positive_loop(outline))
         return false;
-    build_grid(outline);
-    for (const Cell& cell : cells_)
-        for (uint32_t i = 0; i < cell.count; ++i)
-            for (uint32_t j = 0; j < i; ++j)
-                if (!pair_is_legal(outline, entries_[cell.begin + j], entries_[cell.begin + i]))
-                    return false;
-    return true;
+    bool is_simple = true;
+    visit_illegal_pairs(outline, [&](uint32_t, uint32_t) { return is_simple = false; });
+    return is_simple;
+}
+
+void OutlineTester::find_faults(const Outline& outline, std::vector<uint32_t>& segments) {
+    link_neighbours(outline);
+    // Of all loops only the largest may be counter-clockwise.
+    std::vector<double> areas;
+    uint32_t begin = 0;
+    for (uint32_t end : outline.loop_end) {
+        areas.push_back(doubled_area_of_loop(outline, begin, end));
+        begin = end;
+    }
+    const size_t largest = size_t(std::max_element(areas.begin(), areas.end()) - areas.begin());
+    for (size_t l = 0; l < areas.size(); ++l)
+        if (l != largest ? areas[l] > 0 : !(areas[l] > 0))
+            for (uint32_t i = l ? outline.loop_end[l - 1] : 0; i < outline.loop_end[l]; ++i)
+                segments.push_back(i);
+    visit_illegal_pairs(outline, [&](uint32_t a, uint32_t b) {
+        segments.insert(segments.end(), {a, b});
+        return true;
+    });
 }
 
 } // namespace tessora::atlas

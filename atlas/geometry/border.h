@@ -32,12 +32,19 @@ public:
     /// True if no two segments cross, segments that touch do so from outside, and exactly one loop
     /// is counter-clockwise.
     bool simple(const Outline& outline);
+    /// Appends the segments, by their first points, that keep an outline from being simple; some
+    /// more than once.
+    void find_faults(const Outline& outline, std::vector<uint32_t>& segments);
 
 private:
+    /// Calls visit(i, j) for pairs of segments that are not legal until it returns false.
+    template <class Visit>
+    void visit_illegal_pairs(const Outline& outline, Visit visit);
     struct Cell {
         uint32_t begin = 0, count = 0;
     };
     void link_neighbours(const Outline& outline);
+    double doubled_area_of_loop(const Outline& outline, uint32_t begin, uint32_t end) const;
     bool one_positive_loop(const Outline& outline) const;
     void build_grid(const Outline& outline);
     template <class Visit>

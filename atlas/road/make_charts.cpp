@@ -16,6 +16,12 @@ namespace {
 /// Mean hardness from which a pair of charts counts as part of a hard surface.
 constexpr double k_hard_pair = 0.5;
 
+/// Up to here stretch is spent as if it were scarce: the seam that a union saves pays for stretch,
+/// and it must not waste the texture. Both rules fade out between here and 1.
+constexpr double k_usual_stretch = 0.15;
+
+/// Lowers the stretch of charts. Where more than the usual stretch is allowed, charts that have
+/// more were made for few seams, and most of it is not needed.
 bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
     const int sweeps = stages.flattener.options.thorough ? 8 : 2;
     std::vector<Chart>& charts = stages.set.charts;
@@ -28,6 +34,9 @@ bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
         if (!progress.advance(double(done++) / double(charts.size())) || !charts[i].alive)
             return;
         const auto lease = flatteners.lease(another);
+        if (stages.max_stretch > k_usual_stretch + 1e-6 &&
+            charts[i].stretch.worst_l2() > stretch_limit(float(k_usual_stretch)))
+            lease->flatten_further(charts[i], [&] { return progress.poll(); });
         lease->polish(charts[i], sweeps);
     });
     return progress.advance(1);
@@ -39,9 +48,6 @@ bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
 constexpr double k_steps[] = {0.01, 0.03, 0.05, 0.1, 0.15, 0.2, 0.3, 0.4, 0.5, 0.7, 1};
 /// The first step of smooth surfaces, and the limit of the regions that merging starts from.
 constexpr double k_first_smooth_step = 0.03;
-/// Up to here stretch is spent as if it were scarce: the seam that a union saves pays for stretch,
-/// and it must not waste the texture. Both rules fade out between here and 1.
-constexpr double k_usual_stretch = 0.15;
 
 MergeTerms terms_of_step(double step, double max_stretch) {
     MergeTerms terms;

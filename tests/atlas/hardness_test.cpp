@@ -236,6 +236,22 @@ TEST(StretchLimit, AtOneARingIsOneChart) {
     EXPECT_EQ(charts_at(hills(30, 60, Gap::middle), 1, Quality::fast), 1u);
 }
 
+TEST(StretchLimit, AtOneAChartHasLittleMoreStretchThanItsShapeNeeds) {
+    const TestMesh horseshoe = hills(40, 30, Gap::bay), ring = hills(30, 60, Gap::middle);
+    Options options;
+    options.max_stretch = 1;
+    for (Quality quality : {Quality::fast, Quality::quality})
+        for (const auto& [mesh, most] : {std::pair(&horseshoe, 1.1), std::pair(&ring, 1.25)}) {
+            options.quality = quality;
+            Result result;
+            ASSERT_EQ(create(mesh->view(), options, result).status, Status::ok);
+            EXPECT_EQ(result.chart_count, 1u);
+            const Judgement verdict = judge(*mesh, options, result, true, true);
+            EXPECT_EQ(verdict.faults, std::vector<std::string>{});
+            EXPECT_LT(verdict.l2, most);
+        }
+}
+
 TEST(StretchLimit, AtOneSurfacesThatNoCutOpensStayValid) {
     for (const TestMesh& mesh : {sphere(12), pierced_plate(3), moebius(24)}) {
         Options options;
