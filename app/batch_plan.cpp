@@ -32,7 +32,9 @@ public:
         std::error_code failure;
         if (is_new)
             known->second = fs::weakly_canonical(folder.empty() ? "." : folder, failure);
-        return (known->second / path.filename()).generic_string();
+        const fs::path file = known->second / path.filename();
+        const bool is_link = fs::is_symlink(file, failure);
+        return (is_link ? fs::weakly_canonical(file, failure) : file).generic_string();
     }
 
 private:
@@ -189,11 +191,16 @@ void Planner::separate_reports(std::vector<BatchItem>& items) {
         }
 }
 
-/// No result may be another's, nor an input.
+/// No result may be another's, nor an input; a backup that is a link to its mesh is none.
 bool Planner::check_names(const std::vector<BatchItem>& items) {
     std::map<std::string, const BatchItem*> inputs, results;
-    for (const BatchItem& item : items)
-        inputs[identity_(item.input)] = &item;
+    for (const BatchItem& item : items) {
+        const std::string input = identity_(item.input);
+        if (request_.in_place && identity_(backup_name(item.input)) == input)
+            return refuse(item.input + " and its backup " + backup_name(item.input) +
+                          " are the same file");
+        inputs[input] = &item;
+    }
     for (const BatchItem& item : items)
         for (const std::string& path : {item.output, item.report, item.layout}) {
             if (path.empty())

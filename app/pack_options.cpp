@@ -188,6 +188,9 @@ bool check_files_differ(const PackRequest& r, std::string& error) {
         if (!r.in_place)
             files.push_back(input);
     files.insert(files.end(), r.outputs.begin(), r.outputs.end());
+    for (const std::string& input : r.inputs)
+        if (r.in_place)
+            files.push_back(backup_name(input));
     if (!r.report.empty())
         files.push_back(r.report);
     for (uint32_t tile = 0; tile < r.settings.tiles && !r.layout.empty(); ++tile)

@@ -151,6 +151,30 @@ TEST_F(BatchPlan, RefusesTwoMeshesWithOneResult) {
     EXPECT_EQ(app::exit_usage, plan({"@in", "--out_dir", "@out"}));
 }
 
+TEST_F(BatchPlan, RefusesABackupThatIsALinkToItsMesh) {
+    std::filesystem::create_symlink("a.obj", dir.path("in/a.obj.bak"));
+    EXPECT_EQ(0, plan({"@in", "--out_dir", "@out"})) << error;
+    EXPECT_EQ(app::exit_usage, plan({"@in", "--in_place"}));
+    EXPECT_EQ(dir.path("in/a.obj") + " and its backup " + dir.path("in/a.obj.bak") +
+                  " are the same file",
+              error);
+}
+
+TEST_F(BatchPlan, RefusesAResultThatIsALinkToAMesh) {
+    std::filesystem::create_directory(dir.path("out"));
+    for (const char* result : {"out/a.obj", "out/a.json"}) {
+        std::filesystem::create_symlink("../in/sub/b.obj", dir.path(result));
+        EXPECT_EQ(app::exit_usage, plan({"@in", "--out_dir", "@out"}));
+        EXPECT_EQ(dir.path("in/a.obj") + " would be written over the input " +
+                      dir.path("in/sub/b.obj") + "; --suffix or --out_dir keep them apart",
+                  error);
+        std::filesystem::remove(dir.path(result));
+    }
+    std::filesystem::create_symlink("a.obj", dir.path("in/link.obj"));
+    EXPECT_EQ(app::exit_usage, plan({"@in", "--in_place"}));
+    EXPECT_NE(std::string::npos, error.find("in/a.obj would be written over the input ")) << error;
+}
+
 TEST_F(BatchPlan, MeshesOfOneNameInSeveralFormatsHaveReportsOfTheirOwn) {
     dir.put("in/a.ply", "");
     dir.put("in/a.glb.gz", "");

@@ -365,6 +365,21 @@ TEST_F(PackProgram, RefusesWrongOptions) {
     }
 }
 
+TEST_F(PackProgram, BackupIsReplacedByNoOtherFile) {
+    const std::string mesh = dir.put("a.obj", k_cube_with_uvs);
+    for (const char* option : {"--report", "--layout"}) {
+        const Ended ended = run({"pack", mesh, "--in_place", option, mesh + ".bak"});
+        EXPECT_EQ(2, ended.code) << option;
+        EXPECT_NE(std::string::npos, ended.err.find("a.obj.bak would be read or written twice"))
+            << ended.err;
+    }
+    EXPECT_EQ(k_cube_with_uvs, dir.get("a.obj"));
+    EXPECT_EQ(Names{"a.obj"}, dir.names());
+    std::filesystem::create_symlink("a.obj", mesh + ".bak");
+    EXPECT_EQ(2, run({"pack", mesh, "--in_place"}).code);
+    EXPECT_EQ(k_cube_with_uvs, dir.get("a.obj"));
+}
+
 TEST_F(PackProgram, VerifyChecksEveryTileByItself) {
     const std::string square = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 0 0 5\nv 1 0 5\nv 1 1 5\nv 0 "
                                "1 5\nvt .2 .2\nvt .6 .2\nvt .6 .6\nvt .2 .6\n"
