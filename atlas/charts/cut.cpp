@@ -192,12 +192,15 @@ struct CutTerms {
     /// Charts that cover so much of the texture are not cut unasked; from the second on they are
     /// not cut through the middle, from the third on not halved.
     double well_filled = 0.76, fairly_filled = 0.74, poorly_filled = 0.72;
-    /// A line must save so much void, and so much per length. Charts of less area are not cut.
-    double least_saving = 0.01, least_rate = 0.09, least_share = 0.03;
+    /// A line must save so much void, so much per length, and so much for twice as many charts,
+    /// of which one more is a share. Charts of less area are not cut.
+    double least_saving = 0.005, least_rate = 0.07, saving_of_doubling = 0.22;
+    double least_share = 0.03;
     /// Factor by which each cut through the middle must raise coverage.
     double min_growth = 1.05;
-    /// The coverage that halving a chart must gain: so much, and so much per length of the cut.
-    double least_gain = 0.015, gain_per_length = 0.03;
+    /// The coverage that halving a chart must gain: so much, or for twice as many charts so much
+    /// if that is more, and so much per length of the cut.
+    double least_gain = 0.015, gain_of_doubling = 0.08, gain_per_length = 0.03;
     /// Only charts of this area are halved, and only so many of the largest are tried.
     double halved_share = 0.1;
     size_t most_halved = 2;
@@ -216,7 +219,8 @@ struct CutTerms {
         const double worth = worth_of_charts(options.reluctance);
         for (double* term : {&terms.well_filled, &terms.fairly_filled, &terms.poorly_filled})
             *term *= filled;
-        for (double* term : {&terms.least_rate, &terms.least_gain, &terms.gain_per_length})
+        for (double* term : {&terms.least_rate, &terms.saving_of_doubling, &terms.least_gain,
+                             &terms.gain_of_doubling, &terms.gain_per_length})
             *term *= worth;
         terms.min_growth = 1 + worth * (terms.min_growth - 1);
         return terms;
@@ -237,9 +241,11 @@ private:
         towards(terms.poorly_filled, 0.84);
         towards(terms.least_saving, 0.004);
         towards(terms.least_rate, 0.04);
+        towards(terms.saving_of_doubling, 0.08);
         towards(terms.least_share, 0.015);
         towards(terms.min_growth, 1.02);
         towards(terms.least_gain, 0.004);
+        towards(terms.gain_of_doubling, 0.02);
         towards(terms.gain_per_length, 0.008);
         towards(terms.halved_share, 0.04);
         terms.most_halved += size_t(more * 5);
@@ -301,6 +307,8 @@ public:
     LineCutter(ChartCutter& cutter, const CutTerms& terms)
         : cutter_(cutter), terms_(terms), set_(cutter.set()), area_(set_.surface.total_area),
           unit_(std::sqrt(area_)) {
+        for (const Chart& chart : set_.charts)
+            charts_ += chart.alive;
         for (uint32_t chart = 0; chart < set_.charts.size(); ++chart)
             list_lines(chart);
     }
@@ -328,15 +336,18 @@ private:
         CutCandidate candidate;
     };
 
+    double least_saving() const {
+        return std::max(terms_.least_saving, terms_.saving_of_doubling / charts_) * area_;
+    }
     bool pays(double saved, double length) const {
-        return saved >= terms_.least_saving * area_ && saved >= terms_.least_rate * length * unit_;
+        return saved >= least_saving() && saved >= terms_.least_rate * length * unit_;
     }
     void list_lines(uint32_t chart) {
         if (!set_.charts[chart].alive ||
             set_.charts[chart].stretch.area < terms_.least_share * area_)
             return;
         set_.outline(set_.charts[chart], outline_);
-        for (const CutCandidate& candidate : find_cut_lines(outline_, terms_.least_saving * area_))
+        for (const CutCandidate& candidate : find_cut_lines(outline_, least_saving()))
             if (pays(candidate.saved, candidate.length))
                 lines_.push_back({chart, candidate});
     }
@@ -357,6 +368,7 @@ private:
             cutter_.undo();
             return false;
         }
+        ++charts_;
         lines_.erase(std::remove_if(lines_.begin(), lines_.end(),
                                     [&](const Line& other) { return other.chart == line.chart; }),
                      lines_.end());
@@ -369,6 +381,7 @@ private:
     const CutTerms& terms_;
     const ChartSet& set_;
     const double area_, unit_;
+    double charts_ = 0; ///< number of those that are alive
     std::vector<Line> lines_;
     Outline outline_;
 };
@@ -526,6 +539,8 @@ private:
     bool halve_one() {
         Half best;
         double best_gain = 0;
+        const double least_gain =
+            std::max(terms_.least_gain, terms_.gain_of_doubling / double(charts_before_ + cuts_));
         for (uint32_t chart : largest_charts(set_, terms_)) {
             const CutLine along = cutter_.middle_line(chart);
             for (const CutLine& line :
@@ -540,7 +555,7 @@ private:
                 if (!(now > 0))
                     return false; // the caller stops
                 const double gain =
-                    now - coverage_ - terms_.least_gain -
+                    now - coverage_ - least_gain -
                     terms_.gain_per_length * length / std::sqrt(set_.surface.total_area);
                 if (gain <= best_gain)
                     continue;

@@ -24,8 +24,8 @@ constexpr double k_min_exact_arc = 0.08;
 constexpr double k_max_length = 1;
 /// Maximum length of an exact union's bounding box, in the same unit.
 constexpr double k_max_exact_length = 1.25;
-/// A union that fills its bounding box to at least this share may have a larger box than the two
-/// boxes it replaces.
+/// In quality mode, a union that fills its bounding box to less than this share must not have a
+/// larger box than the two boxes it replaces. Fast mode leaves that to the price of room.
 constexpr double k_min_fill = 0.6;
 /// How much an exact union's box may exceed the two boxes it replaces, per length of the arc.
 constexpr double k_waste_per_arc = 0.4;
@@ -48,8 +48,10 @@ constexpr double k_seam_per_hard_stretch = 100, k_seam_per_stretch = 20;
 constexpr double k_last_seam_worth = 1.5;
 /// Seam length that must be saved per added room, halfway between convex hull and box.
 constexpr double k_seam_per_room = 3;
-/// The same in fast mode, which does not cut for the texture afterwards.
-constexpr double k_seam_per_room_fast = 8;
+/// The same in fast mode, which does not cut for the texture afterwards, at the usual limit. It
+/// falls to k_seam_per_room at the slack of a limit of 0.5, from which on quality mode does not cut
+/// either.
+constexpr double k_seam_per_room_fast = 18, k_uncut_slack = 0.35 / 0.85;
 
 // Constants of the band; see docs/atlas.md, "Merging".
 
@@ -292,7 +294,7 @@ bool MergeTrial::box_allowed(const Box& box, bool exact) {
     const bool fits_as_most = share >= k_most_of_mesh && box.longer <= most * side;
     if (exact && share >= k_most_of_mesh)
         return fits_as_most;
-    const bool filled = area >= k_min_fill * box.area();
+    const bool filled = !state_.options.thorough || area >= k_min_fill * box.area();
     if (exact)
         return box.longer <= k_max_exact_length * side &&
                (filled || box.area() <= room + k_waste_per_arc * arc_.length * side);
@@ -318,7 +320,10 @@ bool MergeTrial::set_affordable_stretch(const Box& box, bool exact) {
         const auto likely_room = [](const Box& b) { return 0.5 * (b.hull + b.area()); };
         const double wasted = likely_room(box) - likely_room(state_.extent[arc_.a].box) -
                               likely_room(state_.extent[arc_.b].box);
-        const double price = state_.options.thorough ? k_seam_per_room : k_seam_per_room_fast;
+        double price = k_seam_per_room;
+        if (!state_.options.thorough)
+            price += (k_seam_per_room_fast - k_seam_per_room) *
+                     std::max(0.0, 1 - state_.terms.slack / k_uncut_slack);
         budget -= discount * price * std::max(0.0, wasted) / total;
         if (budget < 0)
             return false;

@@ -897,6 +897,32 @@ TEST(AtlasCreate, RingsAlongATubeAreDividedWhereTheyWouldSurroundMuchVoid) {
         EXPECT_GT(unwrap_in(quality, torus(6, 48, 6), {}).coverage, 0.6);
 }
 
+/// Tubes bent to closed rings of several sizes, side by side.
+TestMesh rings_of_tube(uint32_t around) {
+    TestMesh rings;
+    float shift = 0;
+    for (const uint32_t along : {30, 32, 34, 36}) {
+        const TestMesh ring = torus(around, along, 0.15 * along);
+        const uint32_t first = uint32_t(rings.positions.size() / 3);
+        for (size_t i = 0; i < ring.positions.size(); i += 3)
+            rings.vertex(ring.positions[i] + shift, ring.positions[i + 1], ring.positions[i + 2]);
+        const auto corner = [&](size_t i) { return first + ring.indices[i]; };
+        for (size_t i = 0; i < ring.indices.size(); i += 6) // quads, two triangles each
+            rings.polygon({corner(i), corner(i + 1), corner(i + 2), corner(i + 5)});
+        shift += 30;
+    }
+    rings.connect();
+    return rings;
+}
+
+TEST(AtlasCreate, FastModeLeavesTubesOfQuadsInFewPieces) {
+    for (const uint32_t around : {8, 10, 12}) {
+        const Judgement judgement = unwrap_in(Quality::fast, rings_of_tube(around), {});
+        EXPECT_LE(judgement.charts, 4u * 5) << around;
+        EXPECT_GT(judgement.coverage, 0.5) << around;
+    }
+}
+
 TEST(AtlasCreate, FastModeKeepsItsGuaranteesWhereItStartsFromGroupsOfTriangles) {
     const TestMesh ball = sphere(65);
     EXPECT_GT(ball.indices.size() / 3, 16000u); // on fewer it starts from single ones

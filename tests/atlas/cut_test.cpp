@@ -206,6 +206,19 @@ TEST_F(ChartCutterTest, WithMoreEffortCuttingEndsAfterASecondGroupThatDoesNotPay
     EXPECT_EQ(set->charts.size(), 8u);
 }
 
+TEST_F(ChartCutterTest, HalvesOfFewChartsMustGainMoreThanThoseOfMany) {
+    for (const uint32_t charts : {2, 8}) {
+        prepare(true, 64, 128);
+        for (const uint32_t chart : {1, 2, 2, 3, 2, 3})
+            EXPECT_TRUE(set->charts.size() == charts || cutter->cut(chart));
+        cutter->accept();
+        const double gained = 0.024; // less than five percent
+        cut_for_packing(*cutter, {},
+                        [&] { return set->charts.size() == charts ? 0.5 : 0.5 + gained; });
+        EXPECT_EQ(set->charts.size() > charts, charts == 8) << charts;
+    }
+}
+
 TEST_F(ChartCutterTest, UpToTwelveChartsAreHalved) {
     const auto layouts_with = [&](uint32_t charts) {
         prepare(true, 64, 128);
@@ -292,6 +305,18 @@ TEST_F(ChartLineTest, CutsAlongLinesStopAtTheChartLimit) {
         });
         cut_unasked({0.75, 0.75}, limit);
         EXPECT_EQ(set->charts.size(), limit == 0 ? 5u : limit);
+    }
+}
+
+TEST_F(ChartLineTest, ALineMustSaveMoreOfFewChartsThanOfMany) {
+    for (const uint32_t charts : {2, 5}) {
+        prepare([](int x, int y) { // a rectangle with a nose, and a strip
+            return (x < 8 && y < 6) || (x == 8 && y == 0) ? 0u : y == 7 ? 1u : 2u;
+        });
+        for (const uint32_t chart : {1, 1, 2})
+            EXPECT_TRUE(set->charts.size() == charts || cutter->cut(chart));
+        cutter->accept();
+        EXPECT_EQ(cut_unasked({0.75, 0.75}).first, charts == 2 ? 2u : 6u);
     }
 }
 
