@@ -156,7 +156,7 @@ bool PackRun::open_outputs() {
             return fail(exit_output, error);
         if (!request_.in_place)
             continue;
-        if (file_exists(backup_name(output)))
+        if (has_backup(output))
             warn(backup_name(output) + " exists and is kept; " + output +
                  " is replaced without a new backup");
         else if (!backups_.emplace_back().open(backup_name(output), error, AtomicFile::keep))

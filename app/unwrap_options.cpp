@@ -366,6 +366,13 @@ std::string output_extension(const UnwrapRequest& request, const std::string& in
 
 std::string backup_name(const std::string& input) { return input + ".bak"; }
 
+bool has_backup(const std::string& input) {
+    const std::string backup = backup_name(input);
+    std::error_code failure;
+    return std::filesystem::exists(backup, failure) &&
+           !std::filesystem::is_directory(backup, failure) && !same_file(backup, input);
+}
+
 CommandHelp unwrap_help() {
     UnwrapRequest defaults;
     std::string notes = k_notes, list;

@@ -109,5 +109,8 @@ std::string output_extension(const UnwrapRequest& request, const std::string& in
 
 /// INPUT.bak, where --in_place keeps the original.
 std::string backup_name(const std::string& input);
+/// Whether a file is there that may be a backup: not a folder, nor a link to the input itself,
+/// which would soon hold the result.
+bool has_backup(const std::string& input);
 
 } // namespace app

@@ -144,7 +144,7 @@ bool UnwrapRun::read() {
 /// The first backup holds the original and is never replaced.
 bool UnwrapRun::open_backup(std::string& error) {
     const std::string backup = backup_name(request_.input);
-    if (!file_exists(backup))
+    if (!has_backup(request_.input))
         return backup_file_.open(backup, error, AtomicFile::keep);
     warn(backup + " exists and is kept; " + request_.input + " is replaced without a new backup");
     return true;

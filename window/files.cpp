@@ -190,8 +190,7 @@ void Application::write(const std::string& path, const std::string& statement,
 /// first backup holds the original and is never replaced.
 bool Application::may_replace(const std::string& path) {
     const std::string backup = app::backup_name(path);
-    // A link to the file itself would soon hold the new content.
-    const bool has_backup = app::file_exists(backup) && !app::same_file(backup, path);
+    const bool has_backup = app::has_backup(path);
     const std::string name = fs::path(backup).filename().string();
     const std::string words =
         has_backup ? " exists already. " + name + " is kept; there will be no new backup."

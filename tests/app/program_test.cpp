@@ -127,6 +127,19 @@ TEST_F(Program, SecondInPlaceKeepsTheBackupOfTheOriginal) {
     expect_unwrapped("cube.obj");
 }
 
+TEST_F(Program, FolderUnderTheNameOfTheBackupIsAnOutputError) {
+    const std::string file = dir.put("cube.obj", k_cube_with_uvs);
+    std::filesystem::create_directory(file + ".bak");
+    for (const char* command : {"unwrap", "pack"}) {
+        const Ended ended = run({command, "--in_place", file});
+        EXPECT_EQ(7, ended.code) << command;
+        EXPECT_NE(std::string::npos,
+                  ended.err.find(file + ".bak: cannot be written: Is a directory"))
+            << ended.err;
+        EXPECT_EQ(k_cube_with_uvs, dir.get("cube.obj"));
+    }
+}
+
 TEST_F(Program, ReportContainsTheFigures) {
     const Ended ended = unwrap("cube.obj", k_cube);
     ASSERT_EQ(0, ended.code) << ended.err;
