@@ -223,6 +223,29 @@ ChartChains chain_borders(const PackCharts& charts) {
     return out;
 }
 
+ChartChains in_order(const ChartChains& chains, const std::vector<uint32_t>& order) {
+    ChartChains out;
+    out.tolerance = chains.tolerance;
+    out.points.reserve(chains.points.size());
+    out.chain_begin.reserve(chains.chain_begin.size());
+    out.chain_begin.push_back(0);
+    out.shapes.reserve(order.size());
+    for (uint32_t chart : order) {
+        ChartShape shape = chains.shapes[chart];
+        const auto begin = chains.chain_begin.begin() + shape.chain_begin;
+        const auto end = chains.chain_begin.begin() + shape.chain_end;
+        const uint32_t first = uint32_t(out.points.size());
+        for (auto chain = begin; chain != end; ++chain)
+            out.chain_begin.push_back(first + chain[1] - *begin);
+        out.points.insert(out.points.end(), chains.points.begin() + *begin,
+                          chains.points.begin() + *end);
+        shape.chain_begin = uint32_t(out.chain_begin.size() - 1) - uint32_t(end - begin);
+        shape.chain_end = uint32_t(out.chain_begin.size() - 1);
+        out.shapes.push_back(shape);
+    }
+    return out;
+}
+
 ChartChains simplify(const ChartChains& chains, double tolerance) {
     constexpr size_t k_longest_skip = 24; // bounds the cost per point
     const double squared = tolerance * tolerance;

@@ -51,6 +51,9 @@ struct ChartChains {
 ///         1983); hull by Andrew, "Another efficient algorithm for convex hulls", 1979.
 ChartChains chain_borders(const PackCharts& charts);
 
+/// The charts `order`, in that order: for loops over many charts, which then read memory in order.
+ChartChains in_order(const ChartChains& chains, const std::vector<uint32_t>& order);
+
 /// Returns the chains with fewer points: every dropped point lies within `tolerance` of the segment
 /// that replaces it. Masks of the result must be widened by its tolerance.
 ChartChains simplify(const ChartChains& chains, double tolerance);

@@ -7,8 +7,6 @@ namespace {
 
 constexpr uint64_t k_all = ~uint64_t(0);
 
-uint32_t level_of(uint32_t length) { return 31 - uint32_t(__builtin_clz(length)); }
-
 } // namespace
 
 void Field::reset(uint32_t width, uint32_t height, uint32_t run_level, uint32_t square_level) {

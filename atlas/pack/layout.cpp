@@ -20,6 +20,11 @@ constexpr Turn k_fine_turns[MaskSet::k_fine] = {{1, 0},
 /// The grid may grow to this many times the page before a layout gives up.
 constexpr double k_overflow = 1.5;
 
+constexpr double k_infinite = std::numeric_limits<double>::infinity();
+
+/// Masks that are drawn together on the executor.
+constexpr size_t k_at_once = 32;
+
 Turn quarter_turns(Turn t, uint32_t quarters) {
     for (uint32_t i = 0; i < quarters % 4; ++i)
         t = {-t.sine, t.cosine};
@@ -87,18 +92,17 @@ void MaskSet::reset(const Page& page, double scale) {
         if (slot != nullptr)
             for (Mask& mask : *slot)
                 mask.width = 0;
-    masks_.resize(chains_.shapes.size() * k_fine);
     drawn_ = false;
 }
 
 void MaskSet::draw(const Plan& plan) {
-    constexpr size_t k_many = 256, k_at_once = 32;
+    constexpr size_t k_many = 256;
     if (drawn_ || executor_ == nullptr || plan.order.size() < k_many)
         return;
     drawn_ = true;
-    WorkspacePool<MaskWork> works(work_);
+    masks_.resize(chains_.shapes.size() * k_fine);
     parallel_for(executor_, (plan.order.size() + k_at_once - 1) / k_at_once, [&](size_t block) {
-        const auto work = works.lease([] { return std::make_unique<MaskWork>(); });
+        const auto work = works_.lease([] { return std::make_unique<MaskWork>(); });
         const size_t end = std::min(plan.order.size(), (block + 1) * k_at_once);
         for (size_t i = block * k_at_once; i < end; ++i)
             for (uint32_t quarter = 0; quarter < plan.quarters; ++quarter)
@@ -112,6 +116,44 @@ void MaskSet::draw_all(const Plan& plan) {
             mask(plan, chart, quarter);
 }
 
+/// Draws the masks that next() serves from chart `begin` of the order on.
+void MaskSet::draw_block(const Plan& plan, size_t begin) {
+    // Few enough for the caches, and enough to keep several threads busy.
+    const size_t size = k_has_threads && executor_ != nullptr ? 32 * k_at_once : k_at_once;
+    const size_t end = std::min(plan.order.size(), begin + size);
+    block_.resize(size);
+    parallel_for(executor_, (end - begin + k_at_once - 1) / k_at_once, [&](size_t part) {
+        const auto work = works_.lease([] { return std::make_unique<MaskWork>(); });
+        const size_t first = begin + part * k_at_once, last = std::min(end, first + k_at_once);
+        for (size_t i = first; i < last; ++i) {
+            const uint32_t chart = plan.order[i];
+            Quarters& turns = block_[i - begin];
+            draw_mask(chains_, chains_.shapes[chart], turn_of(plan, chart, 0), scale_, radius_,
+                      turns[0], *work);
+            for (uint32_t quarter = 1; quarter < plan.quarters; ++quarter)
+                turn_mask(turns[0], quarter, turns[quarter], *work);
+        }
+    });
+}
+
+const MaskSet::Quarters& MaskSet::next(const Plan& plan, size_t number) {
+    if (number == 0)
+        block_.clear(); // may be of another scale
+    const size_t in_block = block_.empty() ? 0 : number % block_.size();
+    if (in_block == 0)
+        draw_block(plan, number);
+    return block_[in_block];
+}
+
+std::pair<uint32_t, uint32_t> MaskSet::largest_size(const Plan& plan, uint32_t chart) const {
+    const ChartShape& shape = chains_.shapes[chart];
+    double length = shape.length, width = shape.width;
+    if (plan.fine_turn[chart] != 0)
+        length = width = std::hypot(length, width);
+    const auto cells = [&](double side) { return uint32_t(side * scale_ + 2 * radius_) + 3; };
+    return {cells(std::max(length, width)), cells(std::min(length, width))};
+}
+
 Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const {
     const Vec2 axis = chains_.shapes[chart].axis;
     const Turn fine = k_fine_turns[plan.fine_turn[chart]];
@@ -121,6 +163,7 @@ Turn MaskSet::turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const 
 }
 
 const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter) {
+    masks_.resize(chains_.shapes.size() * k_fine);
     return mask(plan, chart, quarter, work_);
 }
 
@@ -138,10 +181,10 @@ const Mask& MaskSet::mask(const Plan& plan, uint32_t chart, uint32_t quarter, Ma
     return mask;
 }
 
-Slot MaskSet::slot(const Plan& plan, uint32_t chart, uint32_t quarter, uint32_t x, uint32_t y) {
-    const Mask& drawn = mask(plan, chart, quarter);
-    const Vec2 centre{x + 0.5 * drawn.width, y + 0.5 * drawn.height};
-    return {turn_of(plan, chart, quarter), drawn.origin,     x,     y,
+Slot MaskSet::slot(const Plan& plan, uint32_t chart, uint32_t quarter, const Mask& mask, uint32_t x,
+                   uint32_t y) const {
+    const Vec2 centre{x + 0.5 * mask.width, y + 0.5 * mask.height};
+    return {turn_of(plan, chart, quarter), mask.origin,      x,     y,
             plan.fine_turn[chart],         uint8_t(quarter), centre};
 }
 
@@ -149,7 +192,7 @@ uint32_t& LayoutMaker::start_row(const Mask& mask) {
     const auto bucket = [](uint32_t size) {
         if (size < k_steps)
             return size;
-        const uint32_t level = 31 - uint32_t(__builtin_clz(size));
+        const uint32_t level = level_of(size);
         return std::min(k_buckets - 1,
                         k_steps * (level - 2) + ((size >> (level - 3)) & (k_steps - 1)));
     };
@@ -179,13 +222,25 @@ double LayoutMaker::look_ahead(MaskSet& masks, const Plan& plan) {
     return cells;
 }
 
+/// Fills remaining_, but for upper edges, by the charts' boxes, without drawing masks. Returns 1.
+double LayoutMaker::bound_sizes(const MaskSet& masks, const Plan& plan) {
+    remaining_.assign(plan.order.size() + 1, {});
+    for (size_t i = plan.order.size(); i-- > 0;) {
+        const auto [longer, shorter] = masks.largest_size(plan, plan.order[i]);
+        remaining_[i].run_level = std::max(remaining_[i + 1].run_level, level_of(longer));
+        remaining_[i].square_level = std::max(remaining_[i + 1].square_level, level_of(shorter));
+    }
+    return 1;
+}
+
 /// Places one chart in the quarter turn whose mean row comes to lie lowest. Null if it does not
 /// fit.
-const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot) {
+const Mask* LayoutMaker::place(const MaskSet& masks, const MaskSet::Quarters& turns,
+                               const Plan& plan, uint32_t chart, Slot& slot) {
     const Mask* chosen = nullptr;
     double lowest = 2.0 * field_.height();
     for (uint32_t quarter = 0; quarter < plan.quarters; ++quarter) {
-        const Mask& mask = masks.mask(plan, chart, quarter);
+        const Mask& mask = turns[quarter];
         if (mask.mean_row >= lowest)
             continue;
         const uint32_t top =
@@ -196,7 +251,7 @@ const Mask* LayoutMaker::place(MaskSet& masks, const Plan& plan, uint32_t chart,
         if (!spot.found || (chosen != nullptr && spot.y + mask.mean_row >= lowest))
             continue;
         chosen = &mask;
-        slot = masks.slot(plan, chart, quarter, spot.x, spot.y);
+        slot = masks.slot(plan, chart, quarter, mask, spot.x, spot.y);
         lowest = spot.y + mask.mean_row;
     }
     if (chosen != nullptr)
@@ -213,13 +268,23 @@ void LayoutMaker::open(const Page& page) {
         field_.place(page.taken[i], 0, page.taken_tile[i] * (page.tile_height + 1));
 }
 
+/// How many cells the masks of a chart of the order, which was not placed, and of all after it
+/// have.
+double LayoutMaker::cells_from(MaskSet& masks, const Plan& plan, size_t number) {
+    double cells = 0;
+    for (size_t i = number; i < plan.order.size() && !is_stopped_at(i); ++i)
+        cells += masks.next(plan, i)[0].cells;
+    return cells;
+}
+
 Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, double max_cost) {
     Layout layout;
     layout.scale = masks.scale();
     layout.slots.resize(masks.chains().shapes.size());
-    const double needed = look_ahead(masks, plan);
+    passing_ = MaskSet::are_passing(plan) && max_cost == k_infinite;
+    const double needed = passing_ ? bound_sizes(masks, plan) : look_ahead(masks, plan);
     if (needed == 0) {
-        layout.height = layout.mean_top = std::numeric_limits<double>::infinity();
+        layout.height = layout.mean_top = k_infinite;
         return layout;
     }
     field_.reset(page.width, uint32_t(page.height * k_overflow) + 1, remaining_[0].run_level,
@@ -227,16 +292,28 @@ Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, dou
     open(page);
     if (plan.skip_full_rows)
         start_rows_.assign(k_buckets * k_buckets, 0);
+    place_all(masks, plan, needed, max_cost, layout);
+    layout.complete = layout.height <= page.height;
+    return layout;
+}
+
+/// Places the charts of a plan until one does not fit or the layout is given up.
+void LayoutMaker::place_all(MaskSet& masks, const Plan& plan, double needed, double max_cost,
+                            Layout& layout) {
     double placed = 0;
     uint32_t used = 0;
     for (size_t i = 0; i < plan.order.size(); ++i) {
         field_.narrow(remaining_[i].run_level, remaining_[i].square_level);
-        Slot& slot = layout.slots[plan.order[i]];
-        const Mask* mask = place(masks, plan, plan.order[i], slot);
+        const uint32_t chart = plan.order[i];
+        Slot& slot = layout.slots[chart];
+        const MaskSet::Quarters& turns = passing_ ? masks.next(plan, i) : masks.drawn(plan, chart);
+        const Mask* mask = place(masks, turns, plan, chart, slot);
         if (mask == nullptr) {
+            if (passing_)
+                needed = placed + cells_from(masks, plan, i);
             layout.height = field_.height() * std::max(1.0, needed / std::max(1.0, placed));
             layout.mean_top = layout.height;
-            return layout;
+            return;
         }
         const uint32_t top = slot.y + mask->height;
         placed += mask->cells;
@@ -244,14 +321,12 @@ Layout LayoutMaker::make(MaskSet& masks, const Page& page, const Plan& plan, dou
         used = std::max(used, top);
         if (used + (layout.mean_top + remaining_[i + 1].min_tops) / needed > max_cost ||
             is_stopped_at(i)) {
-            layout.height = layout.mean_top = std::numeric_limits<double>::infinity();
-            return layout;
+            layout.height = layout.mean_top = k_infinite;
+            return;
         }
     }
     layout.height = used;
     layout.mean_top /= std::max(1.0, placed);
-    layout.complete = used <= page.height;
-    return layout;
 }
 
 void write_placements(const Layout& layout, const Page& page, std::vector<Placement>& placements) {

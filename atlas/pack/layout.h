@@ -3,6 +3,7 @@
 
 #include "atlas/pack/chains.h"
 #include "atlas/pack/field.h"
+#include "atlas/parallel.h"
 
 #include <array>
 #include <cstdint>
@@ -63,11 +64,13 @@ struct Plan {
     bool skip_full_rows = false;    ///< skip rows where charts of about the same size did not fit
 };
 
-/// Masks of all charts at one scale, drawn on first use, or all at once.
+/// Masks of all charts at one scale, drawn on first use, or all at once. Those of many charts are
+/// not kept: they are drawn block by block, just before they are placed.
 class MaskSet {
 public:
     /// A rotation of a chart is a fine turn followed by quarter turns.
     static constexpr uint32_t k_quarters = 4, k_fine = 8;
+    using Quarters = std::array<Mask, k_quarters>;
 
     explicit MaskSet(const ChartChains& chains, ParallelFor executor = nullptr)
         : chains_(chains), executor_(executor) {}
@@ -77,23 +80,40 @@ public:
     /// Draws all masks of a plan. Layouts of such plans may be made at the same time.
     void draw_all(const Plan& plan);
     const Mask& mask(const Plan& plan, uint32_t chart, uint32_t quarter);
+    /// The masks of a chart in all of the plan's quarter turns, which have been drawn.
+    const Quarters& drawn(const Plan& plan, uint32_t chart) const {
+        return *masks_[size_t(chart) * k_fine + plan.fine_turn[chart]];
+    }
+    /// Whether the masks of a plan come from next().
+    static bool are_passing(const Plan& plan) { return plan.order.size() > k_most_kept; }
+    /// The masks of chart `number` of the order in the plan's quarter turns; to be called for 0, 1,
+    /// 2...
+    const Quarters& next(const Plan& plan, size_t number);
+    /// At least as large as the mask of a chart in any of the plan's quarter turns: the longer and
+    /// the shorter side.
+    std::pair<uint32_t, uint32_t> largest_size(const Plan& plan, uint32_t chart) const;
     Turn turn_of(const Plan& plan, uint32_t chart, uint32_t quarter) const;
     /// The slot of a chart whose mask's lower left cell is (x, y).
-    Slot slot(const Plan& plan, uint32_t chart, uint32_t quarter, uint32_t x, uint32_t y);
+    Slot slot(const Plan& plan, uint32_t chart, uint32_t quarter, const Mask& mask, uint32_t x,
+              uint32_t y) const;
     double scale() const { return texel_scale_; }
     const ChartChains& chains() const { return chains_; }
 
 private:
-    using Quarters = std::array<Mask, k_quarters>;
+    /// The local search, which needs masks again and again, has fewer charts.
+    static constexpr size_t k_most_kept = 1000;
 
     const Mask& mask(const Plan& plan, uint32_t chart, uint32_t quarter, MaskWork& work);
+    void draw_block(const Plan& plan, size_t begin);
 
     const ChartChains& chains_;
     const ParallelFor executor_;
     /// Per chart and fine turn; null before its first use. Masks of width 0 are not drawn yet at
     /// this scale, but have their memory from former ones.
     std::vector<std::unique_ptr<Quarters>> masks_;
+    std::vector<Quarters> block_; ///< of the charts that next() serves
     MaskWork work_;
+    WorkspacePool<MaskWork> works_{work_};
     double texel_scale_ = 0, scale_ = 0, radius_ = 0;
     bool drawn_ = false; ///< draw() was called at this scale
 };
@@ -124,8 +144,13 @@ private:
     /// Asks at every 256th of the numbers 0, 1, 2...
     bool is_stopped_at(size_t number) const { return number % 256 == 0 && !goes_on_(); }
     double look_ahead(MaskSet& masks, const Plan& plan);
+    double bound_sizes(const MaskSet& masks, const Plan& plan);
+    double cells_from(MaskSet& masks, const Plan& plan, size_t number);
+    void place_all(MaskSet& masks, const Plan& plan, double needed, double max_cost,
+                   Layout& layout);
     void open(const Page& page);
-    const Mask* place(MaskSet& masks, const Plan& plan, uint32_t chart, Slot& slot);
+    const Mask* place(const MaskSet& masks, const MaskSet::Quarters& turns, const Plan& plan,
+                      uint32_t chart, Slot& slot);
     /// The first row worth searching for masks of about this size: rows where one of them did not
     /// fit are assumed to be full for all.
     uint32_t& start_row(const Mask& mask);
@@ -134,6 +159,7 @@ private:
     Field field_;
     std::vector<Remaining> remaining_; ///< entry i: charts i and later in the order
     std::vector<uint32_t> start_rows_;
+    bool passing_ = false; ///< MaskSet::are_passing()
 };
 
 /// Converts a layout to placements in texels of the inner rectangle.

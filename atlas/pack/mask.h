@@ -8,6 +8,9 @@
 
 namespace tessora::atlas {
 
+/// The largest level with 2^level <= length, which is > 0.
+inline uint32_t level_of(uint32_t length) { return 31 - uint32_t(__builtin_clz(length)); }
+
 /// Cells x .. x+length-1 of a mask's row.
 struct Run {
     uint32_t row = 0;

@@ -223,9 +223,9 @@ Layout Nester::layout() {
     layout.scale = masks_.scale();
     layout.slots.resize(plan_.fine_turn.size());
     for (const Pose& pose : poses_) {
-        mask(pose); // sets the fine turn
+        const Mask& drawn = mask(pose); // sets the fine turn
         layout.slots[pose.chart] =
-            masks_.slot(plan_, pose.chart, pose.quarter, uint32_t(pose.x), uint32_t(pose.y));
+            masks_.slot(plan_, pose.chart, pose.quarter, drawn, uint32_t(pose.x), uint32_t(pose.y));
     }
     layout.complete = find_overlaps() == 0;
     return layout;

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cmath>
 #include <deque>
+#include <numeric>
 
 namespace tessora::atlas {
 namespace {
@@ -541,16 +542,22 @@ private:
     void fit_scale(double cells, int tries, double done) {
         const Page page = this->page(cells);
         double scale = found_ ? std::min(max_scale_, packing_.scale * 1.02) : scale_;
-        const ChartChains fine = simplify(chains_, k_simplify_cells / (scale * page.density));
+        const double tolerance = k_simplify_cells / (scale * page.density);
+        const bool passing = MaskSet::are_passing(plan_);
+        const ChartChains fine = passing ? simplify(in_order(chains_, plan_.order), tolerance)
+                                         : simplify(chains_, tolerance);
+        Plan plan = plan_;
+        if (passing)
+            std::iota(plan.order.begin(), plan.order.end(), 0);
         MaskSet masks(fine, options_.executor);
         double low = found_ ? packing_.scale : 0, high = max_scale_ * 1.0001;
         for (int i = 0; i < tries || (!found_ && i < k_max_tries); ++i) {
             if (stopped(done + 0.2 * i / tries))
                 return;
             masks.reset(page, scale);
-            const Layout layout = maker_.make(masks, page, plan_);
+            const Layout layout = maker_.make(masks, page, plan);
             if (layout.complete) {
-                keep(layout, page);
+                keep(layout, page, passing);
                 low = std::max(low, scale);
             } else {
                 high = std::min(high, scale);
@@ -566,15 +573,23 @@ private:
         }
     }
 
-    /// Takes a complete layout over as the result if its scale is the largest so far.
-    void keep(const Layout& layout, const Page& page) {
+    /// Takes a complete layout over as the result if its scale is the largest so far. `sorted`: its
+    /// charts are numbered in the plan's order.
+    void keep(const Layout& layout, const Page& page, bool sorted = false) {
         if (found_ && layout.scale <= packing_.scale)
             return;
         found_ = true;
         packing_.scale = layout.scale;
-        write_placements(layout, page, packing_.placements);
-        best_ = layout.slots;
         best_density_ = page.density;
+        if (!sorted) {
+            write_placements(layout, page, packing_.placements);
+            best_ = layout.slots;
+            return;
+        }
+        std::vector<Placement> placements;
+        write_placements(layout, page, placements);
+        for (size_t i = 0; i < placements.size(); ++i)
+            packing_.placements[plan_.order[i]] = placements[i];
     }
 
     const ChartChains& chains_;

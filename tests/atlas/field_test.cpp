@@ -1,4 +1,5 @@
 #include "atlas/pack/field.h"
+#include "atlas/pack/layout.h"
 #include "tests/atlas/pack_fixture.h"
 
 #include <gtest/gtest.h>
@@ -211,4 +212,39 @@ TEST(PackField, MaskLargerThanTheFieldFindsNoPlace) {
     EXPECT_FALSE(field.find(mask, 0, 64).found);
     field.reset(64, 2, 4, 2);
     EXPECT_FALSE(field.find(mask, 0, 2).found);
+}
+
+TEST(PackLayout, ChartsWhoseMasksAreNotKeptLieWhereTheyDoOtherwise) {
+    std::mt19937 random(3);
+    const PackInput set = random_charts(random, 1300);
+    const ChartChains chains = chain_borders(set.face());
+    PackOptions options;
+    options.width = options.height = 512;
+    const Page page = make_page(room_of(options), chains, 1, 512, false);
+    Plan plan;
+    plan.fine_turn.assign(set.count(), 0);
+    for (uint32_t i = 0; i < set.count(); ++i) {
+        if (chains.shapes[i].chain_begin != chains.shapes[i].chain_end)
+            plan.order.push_back(i);
+        plan.fine_turn[i] = uint8_t(i % 3);
+    }
+    ASSERT_TRUE(MaskSet::are_passing(plan));
+    MaskSet masks(chains);
+    LayoutMaker maker([] { return true; });
+    double area = 0;
+    for (const ChartShape& shape : chains.shapes)
+        area += shape.area;
+    for (const double share : {0.1, 0.4, 3.0}) { // of the room; the last do not fit
+        masks.reset(page, std::sqrt(share * 512 * 512 / area));
+        const Layout passing = maker.make(masks, page, plan);
+        const Layout kept = maker.make(masks, page, plan, 1e300); // its cost needs all masks before
+        EXPECT_EQ(passing.complete, share < 1);
+        EXPECT_EQ(passing.complete, kept.complete);
+        EXPECT_EQ(passing.height, kept.height);
+        for (size_t i = 0; i < set.count(); ++i) {
+            ASSERT_EQ(passing.slots[i].x, kept.slots[i].x) << i;
+            ASSERT_EQ(passing.slots[i].y, kept.slots[i].y) << i;
+            ASSERT_EQ(passing.slots[i].quarter, kept.slots[i].quarter) << i;
+        }
+    }
 }

@@ -254,6 +254,14 @@ TEST(Pack, ThousandsOfChartsAreStoppedAtAnyReport) {
     }
 }
 
+TEST(Pack, MoreThanAThousandChartsOfAllSizesAreAGoodLayout) {
+    std::mt19937 random(4);
+    const PackInput set = random_charts(random, 1300);
+    PackOptions options;
+    options.quality = Quality::fast;
+    expect_good_layout(set, pack_charts(set.face(), options), options);
+}
+
 TEST(Pack, SameInputGivesIdenticalResults) {
     std::mt19937 random(17);
     const PackInput set = random_charts(random, 60);
