@@ -210,14 +210,14 @@ private:
 
 class TreeBuilder {
 public:
-    TreeBuilder(const Surface& s, const Atoms& atoms, const ClusterOptions& options)
+    TreeBuilder(const Surface& s, const Components& planes, const ClusterOptions& options)
         : s_(s), options_(options) {
         // On few triangles they save little time, and cost charts where triangles are large.
         constexpr uint32_t k_few_faces = 16000;
         if (options.seed_groups && s.face_count > k_few_faces)
-            group_atoms(atoms);
+            group_planes(planes);
         else
-            leaf_of_face_ = atoms.of_face, leaves_ = atoms.count;
+            leaf_of_face_ = planes.of_face, leaves_ = planes.count;
     }
     bool build(ProgressMeter& progress, ClusterTree& tree) {
         constexpr size_t k_merges_per_report = 64;
@@ -245,7 +245,7 @@ public:
 
 private:
     bool is_alive(uint32_t region) const { return slot_[region] != k_none; }
-    void group_atoms(const Atoms& atoms);
+    void group_planes(const Components& planes);
     void collect_leaves();
     void collect_neighbours();
     bool weigh(uint32_t a, uint32_t b, double shared, Candidate& candidate) const;
@@ -283,15 +283,15 @@ uint32_t coprime_stride(uint32_t count) {
     return std::max(1u, stride);
 }
 
-/// Makes the leaves: groups of atoms that grow breadth-first around seed triangles.
-void TreeBuilder::group_atoms(const Atoms& atoms) {
+/// Makes the leaves: groups of planes that grow breadth-first around seed triangles.
+void TreeBuilder::group_planes(const Components& planes) {
     constexpr uint32_t k_max_faces = 16;
     constexpr double k_cosine = 0.9659258262890683; // of 15 degrees, to the seed's normal
-    const Buckets faces(atoms.of_face, atoms.count);
+    const Buckets faces(planes.of_face, planes.count);
     leaf_of_face_.assign(s_.face_count, k_none);
     std::vector<uint32_t> group;
-    const auto take = [&](uint32_t atom) {
-        for (uint32_t i = faces.begin[atom]; i < faces.begin[atom + 1]; ++i) {
+    const auto take = [&](uint32_t plane) {
+        for (uint32_t i = faces.begin[plane]; i < faces.begin[plane + 1]; ++i) {
             leaf_of_face_[faces.item[i]] = leaves_;
             group.push_back(faces.item[i]);
         }
@@ -302,7 +302,7 @@ void TreeBuilder::group_atoms(const Atoms& atoms) {
         if (leaf_of_face_[t] != k_none)
             continue;
         group.clear();
-        take(atoms.of_face[t]);
+        take(planes.of_face[t]);
         for (size_t i = 0; i < group.size() && group.size() < k_max_faces; ++i)
             for (uint32_t h = 3 * group[i]; h < 3 * group[i] + 3; ++h) {
                 if (s_.mate[h] == k_none || group.size() >= k_max_faces)
@@ -310,7 +310,7 @@ void TreeBuilder::group_atoms(const Atoms& atoms) {
                 const uint32_t other = s_.mate[h] / 3;
                 if (leaf_of_face_[other] == k_none &&
                     dot(s_.normal[other], s_.normal[t]) >= k_cosine)
-                    take(atoms.of_face[other]);
+                    take(planes.of_face[other]);
             }
         ++leaves_;
     }
@@ -500,9 +500,9 @@ ClusterTree TreeBuilder::finish() const {
 
 } // namespace
 
-bool build_cluster_tree(const Surface& surface, const Atoms& atoms, const ClusterOptions& options,
-                        ProgressMeter& progress, ClusterTree& tree) {
-    return TreeBuilder(surface, atoms, options).build(progress, tree);
+bool build_cluster_tree(const Surface& surface, const Components& planes,
+                        const ClusterOptions& options, ProgressMeter& progress, ClusterTree& tree) {
+    return TreeBuilder(surface, planes, options).build(progress, tree);
 }
 
 } // namespace tessora::atlas

@@ -68,11 +68,7 @@ bool Flattener::faces_forward(const uint32_t* begin, const uint32_t* end, Vec3 n
 void Flattener::project(const std::vector<uint32_t>& faces, Vec3 n) {
     const Surface& s = set.surface;
     n = n * (1 / length(n));
-    const double ax = std::fabs(n.x), ay = std::fabs(n.y), az = std::fabs(n.z);
-    Vec3 u = ax <= ay && ax <= az ? Vec3{1, 0, 0} : ay <= az ? Vec3{0, 1, 0} : Vec3{0, 0, 1};
-    u = u - n * dot(u, n);
-    u = u * (1 / length(u));
-    const Vec3 v = cross(n, u);
+    const Vec3 u = any_perpendicular(n), v = cross(n, u);
     for (uint32_t t : faces)
         for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
             const Vec3 p = s.position[s.vertex[c]];

@@ -32,7 +32,7 @@ constexpr double k_waste_per_arc = 0.4;
 /// Unions with at least this share of the mesh's area are only limited in length, by
 /// k_max_length_most, if they are exact or there is nothing left that fits better.
 constexpr double k_most_of_mesh = 0.64;
-constexpr double k_max_length_most = 1.7;
+constexpr double k_max_length_most = 1.45;
 /// Unions with at least this share count as the whole mesh, limited by k_max_length_whole.
 constexpr double k_whole_mesh = 0.999;
 constexpr double k_max_length_whole = 2.1;

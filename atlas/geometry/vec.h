@@ -31,6 +31,14 @@ inline Vec3 cross(Vec3 a, Vec3 b) {
 }
 inline double length(Vec3 a) { return std::sqrt(dot(a, a)); }
 
+/// A unit vector at right angles to unit vector n.
+inline Vec3 any_perpendicular(Vec3 n) {
+    const double ax = std::fabs(n.x), ay = std::fabs(n.y), az = std::fabs(n.z);
+    Vec3 u = ax <= ay && ax <= az ? Vec3{1, 0, 0} : ay <= az ? Vec3{0, 1, 0} : Vec3{0, 0, 1};
+    u = u - n * dot(u, n);
+    return u * (1 / length(u));
+}
+
 /// Twice the signed area of a triangle, positive when counter-clockwise.
 inline double doubled_area(Vec2 a, Vec2 b, Vec2 c) { return cross(b - a, c - a); }
 

@@ -121,11 +121,16 @@ bool is_thorough(const Options& options) { return options.quality == Quality::qu
 } // namespace
 
 ChartStages::ChartStages(Surface& s, const Options& options, ProgressMeter& progress)
-    : surface(s), atoms(build_atoms(s)), polygons(s, atoms), hardness(measure_hardness(s)),
-      max_stretch(options.max_stretch),
+    : ChartStages(s, options, progress, find_flat_pieces(s)) {}
+
+ChartStages::ChartStages(Surface& s, const Options& options, ProgressMeter& progress,
+                         const Components& flat_pieces)
+    : surface(s), atoms(build_atoms(s)), polygons(s, atoms),
+      hardness(measure_hardness(s, flat_pieces)),
+      planes(find_planes(s, atoms, flat_pieces, hardness)), max_stretch(options.max_stretch),
       executor(s.face_count < options.min_parallel ? nullptr : options.executor),
       clustered(progress.stage(Stage::clusters) &&
-                build_cluster_tree(s, atoms, {hardness, !is_thorough(options)}, progress, tree)),
+                build_cluster_tree(s, planes, {hardness, !is_thorough(options)}, progress, tree)),
       set(s), flattener(set, {stretch_limit(options.max_stretch), is_thorough(options)}) {
     set.polygons = &polygons;
 }

@@ -22,6 +22,7 @@ struct ChartStages {
     const Atoms atoms;
     Polygons polygons;
     const std::vector<float> hardness; ///< per triangle, from measure_hardness
+    const Components planes;           ///< from find_planes
     const float max_stretch;           ///< the caller's, 0..1
     const ParallelFor executor;        ///< null also for small meshes
     ClusterTree tree;                  ///< until make_charts has made regions of it
@@ -30,6 +31,10 @@ struct ChartStages {
     ChartSet set;
     Flattener flattener;
     std::optional<BorderSmoother> smoother; ///< from make_charts on
+
+private:
+    ChartStages(Surface& surface, const Options& options, ProgressMeter& progress,
+                const Components& flat_pieces);
 };
 
 /// Partitions and flattens. Charts that were merged into others are no longer alive; the others are

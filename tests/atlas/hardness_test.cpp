@@ -17,7 +17,16 @@ using namespace tessora::atlas;
 std::vector<float> hardness_of(const TestMesh& mesh) {
     Surface surface;
     EXPECT_EQ(build_surface(mesh.view(), surface).status, Status::ok);
-    return measure_hardness(surface);
+    return measure_hardness(surface, find_flat_pieces(surface));
+}
+
+/// What clusters are made of.
+Components planes_of(const TestMesh& mesh) {
+    Surface surface;
+    EXPECT_EQ(build_surface(mesh.view(), surface).status, Status::ok);
+    const Atoms atoms = build_atoms(surface);
+    const Components pieces = find_flat_pieces(surface);
+    return find_planes(surface, atoms, pieces, measure_hardness(surface, pieces));
 }
 
 float mean(const std::vector<float>& values) {
@@ -150,6 +159,74 @@ TEST(Hardness, IsDecidedPieceByPieceWithinOneComponent) {
     const std::vector<float> hardness = hardness_of(mesh);
     EXPECT_LT(mean({hardness.begin(), hardness.begin() + hilly}), 0.2f);
     EXPECT_EQ(lowest({hardness.begin() + hilly, hardness.end()}), 1.0f);
+}
+
+/// A square ring with walls around it, whose hole is `share` of its side.
+TestMesh frame(double share) {
+    TestMesh mesh;
+    for (double side : {1.0, share})
+        for (uint32_t i = 0; i < 4; ++i)
+            mesh.vertex(float(i == 1 || i == 2 ? side : -side), float(i >= 2 ? side : -side), 0);
+    for (uint32_t i = 0; i < 4; ++i)
+        mesh.vertex(mesh.positions[3 * i], mesh.positions[3 * i + 1], -1);
+    for (uint32_t i = 0; i < 4; ++i) {
+        mesh.polygon({i, (i + 1) % 4, (i + 1) % 4 + 4, i + 4});
+        mesh.polygon({(i + 1) % 4, i, i + 8, (i + 1) % 4 + 8});
+    }
+    mesh.connect();
+    return mesh;
+}
+
+/// The length of seams between triangles in one plane.
+double seam_inside_planes(const TestMesh& mesh, Quality quality) {
+    Options options;
+    options.quality = quality;
+    Result result;
+    std::vector<uint32_t> adjacency;
+    EXPECT_EQ(partition(mesh.view(), options, result, adjacency).status, Status::ok);
+    Surface surface;
+    EXPECT_EQ(build_surface(mesh.view(), surface).status, Status::ok);
+    double sum = 0;
+    for (uint32_t h = 0; h < adjacency.size(); ++h)
+        if (adjacency[h] == k_none && surface.mate[h] != k_none &&
+            dot(surface.normal[h / 3], surface.normal[surface.mate[h] / 3]) > 0.9999)
+            sum += 0.5 * surface.edge_length(h) * surface.unit;
+    return sum;
+}
+
+TEST(Planes, AreTheSidesOfABox) { EXPECT_EQ(planes_of(cube_of_quads(5)).count, 6u); }
+
+TEST(Planes, AreNotLookedForOnSmoothSurfaces) {
+    const TestMesh mesh = sphere(24);
+    EXPECT_EQ(planes_of(mesh).count, mesh.faces());
+}
+
+TEST(Planes, FillHalfOfTheirHull) {
+    EXPECT_EQ(planes_of(frame(0.65)).count, 4u + 1u);
+    EXPECT_EQ(planes_of(frame(0.75)).count, 4u + 4u);
+}
+
+TEST(Planes, AreLargerThanAFewTexels) {
+    TestMesh mesh = cube_of_quads(2);
+    const uint32_t a = mesh.vertex(9, 0, 0), b = mesh.vertex(99, 0, 0), c = mesh.vertex(99, 99, 0);
+    mesh.polygon({a, b, c});
+    mesh.connect();
+    EXPECT_EQ(planes_of(mesh).count, 6u + 1u); // a side has 1/1000 of the area
+    mesh.positions[3 * b] = mesh.positions[3 * c] = 999;
+    EXPECT_EQ(planes_of(mesh).count, 24u + 1u);
+}
+
+TEST(Planes, ArePolygonsThatDoNotBend) {
+    TestMesh mesh = cube_of_quads(3);
+    for (size_t i = 0; i < mesh.positions.size(); i += 3)
+        if (mesh.positions[i] == 1 && mesh.positions[i + 1] == 1 && mesh.positions[i + 2] == 3)
+            mesh.positions[i + 2] = 3.5f; // bends four of nine polygons
+    EXPECT_EQ(planes_of(mesh).count, 5u + 4u + 1u);
+}
+
+TEST(Planes, HaveNoSeamInside) {
+    for (Quality quality : {Quality::fast, Quality::quality})
+        EXPECT_EQ(seam_inside_planes(pierced_plate(6), quality), 0);
 }
 
 TEST(StretchLimit, NoiseOnASmoothSurfaceDoesNotMultiplyTheCharts) {
