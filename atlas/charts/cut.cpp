@@ -6,9 +6,11 @@
 
 namespace tessora::atlas {
 
-ChartCutter::ChartCutter(Flattener& flattener, const Atoms& atoms, BorderSmoother& smoother)
-    : flattener_(flattener), set_(flattener.set), atoms_(atoms), smoother_(smoother) {
-    atom_along_.assign(atoms.count, 0.0);
+ChartCutter::ChartCutter(Flattener& flattener, const Atoms& atoms, const Components& planes,
+                         BorderSmoother& smoother)
+    : flattener_(flattener), set_(flattener.set), atoms_(atoms), planes_(planes),
+      smoother_(smoother) {
+    part_along_.assign(atoms.count, 0.0);
     side_.assign(set_.surface.face_count, 0);
     pieces_.of_face.assign(set_.surface.face_count, k_none);
 }
@@ -53,16 +55,16 @@ CutLine ChartCutter::middle_line(uint32_t c, Vec2 axis) const {
     return {axis, along / total};
 }
 
-/// Assigns each polygon of the chart to a side: by whether its centroid lies beyond the line.
-void ChartCutter::choose_sides(const Chart& chart, const CutLine& line) {
+/// Assigns each part of the chart to a side: by whether its centroid lies beyond the line.
+void ChartCutter::choose_sides(const Chart& chart, const CutLine& line, const Components& parts) {
     for (uint32_t t : chart.faces) {
         const double area = set_.surface.frame[t].area();
-        atom_along_[atoms_.of_face[t]] += area * (dot(centroid(t), line.axis) - line.offset);
+        part_along_[parts.of_face[t]] += area * (dot(centroid(t), line.axis) - line.offset);
     }
     for (uint32_t t : chart.faces)
-        side_[t] = atom_along_[atoms_.of_face[t]] > 0;
+        side_[t] = part_along_[parts.of_face[t]] > 0;
     for (uint32_t t : chart.faces)
-        atom_along_[atoms_.of_face[t]] = 0;
+        part_along_[parts.of_face[t]] = 0;
 }
 
 /// Finds the connected pieces of the two sides.
@@ -148,10 +150,8 @@ void ChartCutter::split(const Cut& cut) {
     set_.add_chart(std::move(halves[1]));
 }
 
-bool ChartCutter::cut(uint32_t chart) { return cut(chart, middle_line(chart)); }
-
-bool ChartCutter::cut(uint32_t chart, const CutLine& line) {
-    choose_sides(set_.charts[chart], line);
+bool ChartCutter::cut(uint32_t chart, const CutLine& line, Between parts) {
+    choose_sides(set_.charts[chart], line, parts == Between::planes ? planes_ : atoms_);
     if (!connect_sides(set_.charts[chart]))
         return false;
     remember(chart);
@@ -164,6 +164,20 @@ bool ChartCutter::cut(uint32_t chart, const CutLine& line) {
     }
     smoother_.smooth(chart, second);
     return true;
+}
+
+double ChartCutter::cut_length(double worth) const {
+    const uint32_t first = cuts_.back().chart, second = uint32_t(set_.charts.size() - 1);
+    double through_planes = 0;
+    for (uint32_t h : set_.charts[second].border) {
+        const uint32_t mate = set_.surface.mate[h];
+        if (mate != k_none && set_.chart[mate / 3] == first &&
+            planes_.of_face[h / 3] == planes_.of_face[mate / 3])
+            through_planes += set_.surface.edge_length(h);
+    }
+    return 0.5 * (set_.charts[first].border_length + set_.charts[second].border_length -
+                  cuts_.back().before.border_length) +
+           (worth - 1) * through_planes;
 }
 
 void ChartCutter::undo() {
@@ -196,6 +210,8 @@ struct CutTerms {
     /// of which one more is a share. Charts of less area are not cut.
     double least_saving = 0.005, least_rate = 0.07, saving_of_doubling = 0.22;
     double least_share = 0.03;
+    /// How many times its length a cut through a plane counts.
+    double plane_worth = 4;
     /// Factor by which each cut through the middle must raise coverage.
     double min_growth = 1.05;
     /// The coverage that halving a chart must gain: so much, or for twice as many charts so much
@@ -243,6 +259,7 @@ private:
         towards(terms.least_rate, 0.04);
         towards(terms.saving_of_doubling, 0.08);
         towards(terms.least_share, 0.015);
+        towards(terms.plane_worth, 1.5);
         towards(terms.min_growth, 1.02);
         towards(terms.least_gain, 0.004);
         towards(terms.gain_of_doubling, 0.02);
@@ -355,25 +372,28 @@ private:
         set_.outline(set_.charts[chart], outline_);
         return likely_room(outline_);
     }
-    /// Cuts if the cut between polygons pays as the line does.
+    /// Cuts if the cut between planes, or else that between polygons, pays as the line does.
     bool cut(const Line& line) {
         const double room = room_of(line.chart);
-        const double border = set_.charts[line.chart].border_length;
-        if (!cutter_.cut(line.chart, line.candidate.line))
-            return false;
-        const uint32_t second = uint32_t(set_.charts.size() - 1);
-        const double length = 0.5 * (set_.charts[line.chart].border_length +
-                                     set_.charts[second].border_length - border);
-        if (!pays(room - room_of(line.chart) - room_of(second), length)) {
+        const auto cut_pays = [&](ChartCutter::Between parts) {
+            if (!cutter_.cut(line.chart, line.candidate.line, parts))
+                return false;
+            const uint32_t second = uint32_t(set_.charts.size() - 1);
+            if (pays(room - room_of(line.chart) - room_of(second),
+                     cutter_.cut_length(terms_.plane_worth)))
+                return true;
             cutter_.undo();
             return false;
-        }
+        };
+        if (!cut_pays(ChartCutter::Between::planes) &&
+            !(cutter_.has_planes() && cut_pays(ChartCutter::Between::polygons)))
+            return false;
         ++charts_;
         lines_.erase(std::remove_if(lines_.begin(), lines_.end(),
                                     [&](const Line& other) { return other.chart == line.chart; }),
                      lines_.end());
         list_lines(line.chart);
-        list_lines(second);
+        list_lines(uint32_t(set_.charts.size() - 1));
         return true;
     }
 
@@ -496,16 +516,20 @@ private:
                 break;
             }
             tried_[chart] = 1;
-            if (cutter_.cut(chart))
-                lay_out();
+            if (!cutter_.cut(chart))
+                continue;
+            const double length = cutter_.cut_length(1);
+            const double worth = length > 0 ? cutter_.cut_length(terms_.plane_worth) / length : 1;
+            lay_out(1 + worth * (terms_.min_growth - 1));
         }
     }
-    /// Packs after a new cut. Cuts that do not pay yet stay pending: of two strips of equal length,
-    /// say, both have to be cut before anything can grow.
-    void lay_out() {
+    /// Packs after a new cut, which must raise coverage by that factor. Cuts that do not pay yet
+    /// stay pending: of two strips of equal length, say, both have to be cut before anything can
+    /// grow.
+    void lay_out(double growth) {
         ++pending_;
         tried_.resize(set_.charts.size(), 0);
-        wanted_ *= terms_.min_growth;
+        wanted_ *= growth;
         const double now = pack();
         if (now >= wanted_) {
             cutter_.accept();
@@ -545,11 +569,9 @@ private:
             const CutLine along = cutter_.middle_line(chart);
             for (const CutLine& line :
                  {along, cutter_.middle_line(chart, {-along.axis.y, along.axis.x})}) {
-                const double border = set_.charts[chart].border_length;
                 if (!cutter_.cut(chart, line))
                     continue;
-                const double length = 0.5 * (set_.charts[chart].border_length +
-                                             set_.charts.back().border_length - border);
+                const double length = cutter_.cut_length(terms_.plane_worth);
                 const double now = pack();
                 cutter_.undo();
                 if (!(now > 0))

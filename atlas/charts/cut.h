@@ -14,13 +14,25 @@ namespace tessora::atlas {
 /// Cuts charts in two and can undo its cuts in reverse order.
 class ChartCutter {
 public:
-    ChartCutter(Flattener& flattener, const Atoms& atoms, BorderSmoother& smoother);
-    /// Cuts a chart between polygons, across its principal axis, through the middle of its area,
-    /// and smooths the cut. The second half becomes the last chart of the set. False, with nothing
-    /// changed, if the halves are not two legal charts.
-    bool cut(uint32_t chart);
-    /// The same along a line.
-    bool cut(uint32_t chart, const CutLine& line);
+    /// `planes` are made of whole atoms; see find_planes.
+    ChartCutter(Flattener& flattener, const Atoms& atoms, const Components& planes,
+                BorderSmoother& smoother);
+    /// Where a cut may run.
+    enum class Between { planes, polygons };
+    /// Cuts a chart along a line and smooths the cut. The second half becomes the last chart of the
+    /// set. False, with nothing changed, if the halves are not two legal charts.
+    bool cut(uint32_t chart, const CutLine& line, Between parts);
+    /// The same, between planes if that makes two legal charts.
+    bool cut(uint32_t chart, const CutLine& line) {
+        return cut(chart, line, Between::planes) ||
+               (has_planes() && cut(chart, line, Between::polygons));
+    }
+    /// The same across the chart's principal axis, through the middle of its area.
+    bool cut(uint32_t chart) { return cut(chart, middle_line(chart)); }
+    /// Whether any plane is more than a polygon.
+    bool has_planes() const { return planes_.count < atoms_.count; }
+    /// The length of the latest cut in space, with what runs through planes counted `worth` times.
+    double cut_length(double worth) const;
     /// The line through the chart's centroid, across its principal axis or the given one.
     CutLine middle_line(uint32_t chart) const;
     CutLine middle_line(uint32_t chart, Vec2 axis) const;
@@ -46,7 +58,7 @@ private:
         std::vector<uint8_t> side;
     };
     Vec2 centroid(uint32_t t) const;
-    void choose_sides(const Chart& chart, const CutLine& line);
+    void choose_sides(const Chart& chart, const CutLine& line, const Components& parts);
     bool connect_sides(const Chart& chart);
     void find_pieces(const Chart& chart);
     void remember(uint32_t chart);
@@ -55,8 +67,9 @@ private:
     Flattener& flattener_;
     ChartSet& set_;
     const Atoms& atoms_;
+    const Components& planes_;
     BorderSmoother& smoother_;
-    std::vector<double> atom_along_; ///< workspace of choose_sides; 0 between calls
+    std::vector<double> part_along_; ///< workspace of choose_sides; 0 between calls
     std::vector<uint8_t> side_;      ///< per triangle: half of the chart being cut, 0 or 1
     Pieces pieces_;
     std::vector<Cut> cuts_; ///< cuts that undo() can take back, oldest first

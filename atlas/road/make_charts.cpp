@@ -160,7 +160,7 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
 
 uint32_t cut_charts(ChartStages& stages, const CutOptions& options,
                     const std::function<double()>& pack) {
-    ChartCutter cutter(stages.flattener, stages.atoms, *stages.smoother);
+    ChartCutter cutter(stages.flattener, stages.atoms, stages.planes, *stages.smoother);
     return cut_for_packing(cutter, options, pack);
 }
 

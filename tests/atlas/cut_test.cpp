@@ -17,7 +17,13 @@ protected:
         build_flat(all, 3, quads, [=](int x, int, bool) { return x < columns ? 0 : 1; });
         flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
         smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
-        cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
+        cutter = std::make_unique<ChartCutter>(*flattener, atoms, planes, *smoother);
+    }
+    /// Makes planes of columns; grids are numbered row by row, eight columns each.
+    void join_planes(const std::function<uint32_t(int column)>& plane) {
+        planes.count = 8;
+        for (uint32_t t = 0; t < surface.face_count; ++t)
+            planes.of_face[t] = plane(int(t / 2 % 8));
     }
     std::unique_ptr<Flattener> flattener;
     std::unique_ptr<BorderSmoother> smoother;
@@ -42,6 +48,26 @@ TEST_F(ChartCutterTest, CutThroughTrianglesIsSmoothedToAStraightLine) {
     const double borders = set->charts[0].border_length + set->charts[2].border_length;
     EXPECT_NEAR(borders / set->surface.edge_length(0), 10 + 12, 1e-9);
     expect_undistorted();
+}
+
+TEST_F(ChartCutterTest, CutsBetweenPlanes) {
+    prepare(true);
+    join_planes([](int column) { return column < 2 ? 0u : 1u; });
+    ASSERT_TRUE(cutter->cut(0)); // the line lies behind the third column
+    const std::string now = sides();
+    EXPECT_TRUE(now == "000022222222111100002222222211110000222222221111" ||
+                now == "222200000000111122220000000011112222000000001111")
+        << now;
+    EXPECT_EQ(cutter->cut_length(4), cutter->cut_length(1));
+}
+
+TEST_F(ChartCutterTest, CutsThroughAPlaneThatIsAChartAndCountsThatManifold) {
+    prepare(true);
+    join_planes([](int) { return 0u; });
+    EXPECT_FALSE(cutter->cut(0, cutter->middle_line(0), ChartCutter::Between::planes));
+    ASSERT_TRUE(cutter->cut(0));
+    EXPECT_NEAR(cutter->cut_length(1) / set->surface.edge_length(0), 3, 1e-9);
+    EXPECT_NEAR(cutter->cut_length(4), 4 * cutter->cut_length(1), 1e-9);
 }
 
 TEST_F(ChartCutterTest, UndoRestoresEverythingInReverseOrder) {
@@ -83,6 +109,27 @@ TEST_F(ChartCutterTest, ACutIsKeptIfItRaisesCoverageByFivePercent) {
     prepare(true);
     cut_for(*cutter, {1, 1.0501});
     EXPECT_EQ(set->charts.size(), 3u);
+}
+
+TEST_F(ChartCutterTest, ACutThroughAPlaneMustRaiseCoverageByFourTimesAsMuch) {
+    prepare(true);
+    join_planes([](int) { return 0u; });
+    cut_for(*cutter, {1, 1.1999});
+    EXPECT_EQ(set->charts.size(), 2u);
+    cut_for(*cutter, {1, 1.2001});
+    EXPECT_EQ(set->charts.size(), 3u);
+}
+
+TEST_F(ChartCutterTest, HalvesOfAPlaneMustGainMoreThanHalvesBetweenPlanes) {
+    const auto halved = [&](const std::function<uint32_t(int)>& plane) {
+        prepare(true);
+        join_planes(plane);
+        size_t asked = 0;
+        cut_for_packing(*cutter, {}, [&] { return asked++ == 0 ? 0.7 : 0.7345; });
+        return set->charts.size() > 2;
+    };
+    EXPECT_TRUE(halved([](int column) { return uint32_t(column); }));
+    EXPECT_FALSE(halved([](int) { return 0u; }));
 }
 
 TEST_F(ChartCutterTest, CutsThatRaiseCoverageByLessThanFivePercentEachAreUndone) {
@@ -166,7 +213,7 @@ TEST_F(ChartCutterTest, CuttingNamesNoLayoutIfNoneWasMade) {
     build_flat(4, 4, true, [](int, int, bool) { return 0; });
     flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
     smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
-    cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
+    cutter = std::make_unique<ChartCutter>(*flattener, atoms, planes, *smoother);
     EXPECT_EQ(cut_for_packing(*cutter, {0, false}, [] { return 0.5; }), k_none);
 }
 
@@ -250,7 +297,7 @@ protected:
         });
         flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
         smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
-        cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
+        cutter = std::make_unique<ChartCutter>(*flattener, atoms, planes, *smoother);
         return cut_for(*cutter, {1});
     }
 };
@@ -273,7 +320,7 @@ protected:
         build_flat(12, 8, true, [=](int x, int y, bool) { return chart(x, y); });
         flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
         smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
-        cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
+        cutter = std::make_unique<ChartCutter>(*flattener, atoms, planes, *smoother);
     }
     /// The charts and the layouts asked for, for layouts of these coverages.
     std::pair<size_t, size_t> cut_unasked(const std::vector<double>& coverages,
@@ -345,7 +392,7 @@ TEST_F(ChartCutterTest, ChartsOfOnePolygonAreNotCut) {
     build_flat(2, 1, true, [](int x, int, bool) { return x; });
     flattener = std::make_unique<Flattener>(*set, FlattenOptions{});
     smoother = std::make_unique<BorderSmoother>(*flattener, atoms, hardness);
-    cutter = std::make_unique<ChartCutter>(*flattener, atoms, *smoother);
+    cutter = std::make_unique<ChartCutter>(*flattener, atoms, planes, *smoother);
     const ChartSet before = *set;
     EXPECT_FALSE(cutter->cut(0));
     EXPECT_EQ(set->chart, before.chart);

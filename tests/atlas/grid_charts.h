@@ -45,7 +45,7 @@ protected:
             }
         mesh.connect();
         ASSERT_EQ(build_surface(mesh.view(), surface).status, Status::ok);
-        atoms = build_atoms(surface);
+        planes = atoms = build_atoms(surface);
         hardness.assign(surface.face_count, 0.0f);
         set = std::make_unique<ChartSet>(surface);
         Chart charts[2];
@@ -86,6 +86,7 @@ protected:
 
     Surface surface;
     Atoms atoms;
+    Components planes; ///< none but polygons, until a test joins some
     std::vector<float> hardness;
     std::unique_ptr<ChartSet> set;
 };
