@@ -57,12 +57,14 @@ void clusters(benchmark::State& state) {
     Surface s;
     build_surface(sheet.view(), s);
     const Atoms atoms = build_atoms(s);
-    const std::vector<float> hardness = measure_hardness(s);
+    const Components pieces = find_flat_pieces(s);
+    const std::vector<float> hardness = measure_hardness(s, pieces);
+    const Components planes = find_planes(s, atoms, pieces, hardness);
     const ClusterOptions options{hardness, state.range(1) == 0};
     for (auto _ : state) {
         ProgressMeter progress{Options{}};
         ClusterTree tree;
-        benchmark::DoNotOptimize(build_cluster_tree(s, atoms, options, progress, tree));
+        benchmark::DoNotOptimize(build_cluster_tree(s, planes, options, progress, tree));
     }
     state.SetItemsProcessed(state.iterations() * sheet.triangles());
 }
