@@ -37,16 +37,10 @@ struct Side {
     uint32_t half_edge;
 };
 
-bool same_uvs(const Side& a, const Side& b) { return std::equal(a.uv, a.uv + 4, b.uv); }
-
-bool before(const Side& a, const Side& b) {
-    if (a.far_vertex != b.far_vertex)
-        return a.far_vertex < b.far_vertex;
-    for (int i = 0; i < 4; ++i)
-        if (a.uv[i] != b.uv[i])
-            return a.uv[i] < b.uv[i];
-    return a.half_edge < b.half_edge;
-}
+/// The vertices and the UVs of a side, by number, at its lower and its higher end.
+struct Ends {
+    uint32_t vertex[2], uv[2];
+};
 
 /// Shape: per vertex, the lowest vertex with exactly the same position.
 std::vector<uint32_t> first_at_same_place(const Layout& layout) {
@@ -74,8 +68,8 @@ std::vector<uint32_t> first_at_same_place(const Layout& layout) {
 /// All sides of all edges, grouped by lower vertex and sorted within a group.
 class EdgeTable {
 public:
-    explicit EdgeTable(const Layout& layout)
-        : layout_(layout), same_place_(first_at_same_place(layout)) {
+    EdgeTable(const Layout& layout, SameUv same)
+        : layout_(layout), same_place_(first_at_same_place(layout)), same_(same) {
         begin_.assign(layout.vertex_count() + 1u, 0);
         for_each_half_edge([&](uint32_t low, uint32_t, uint32_t, bool) { ++begin_[low + 1u]; });
         std::partial_sum(begin_.begin(), begin_.end(), begin_.begin());
@@ -85,7 +79,21 @@ public:
             sides_[next[low]++] = make_side(high, half_edge, is_reversed);
         });
         for (uint32_t v = 0; v < layout.vertex_count(); ++v)
-            std::sort(sides_.begin() + begin_[v], sides_.begin() + begin_[v + 1u], before);
+            std::sort(sides_.begin() + begin_[v], sides_.begin() + begin_[v + 1u],
+                      [this](const Side& a, const Side& b) { return before(a, b); });
+    }
+
+    /// Whether the UVs of two sides of one edge are the same at both ends.
+    bool agree(const Side& a, const Side& b) const {
+        if (!std::equal(a.uv, a.uv + 4, b.uv))
+            return false;
+        if (same_ == SameUv::coordinates)
+            return true;
+        const Ends at_a = ends(a), at_b = ends(b);
+        for (int end = 0; end < 2; ++end)
+            if (at_a.vertex[end] == at_b.vertex[end] && at_a.uv[end] != at_b.uv[end])
+                return false;
+        return true;
     }
 
     /// Calls visit(lower vertex, first side, past the last side) for every edge.
@@ -126,6 +134,35 @@ private:
         return layout_.corner_vertex[layout_.triangle_corners[slot]];
     }
 
+    /// So that sides that agree stand next to each other.
+    bool before(const Side& a, const Side& b) const {
+        if (a.far_vertex != b.far_vertex)
+            return a.far_vertex < b.far_vertex;
+        for (int i = 0; i < 4; ++i)
+            if (a.uv[i] != b.uv[i])
+                return a.uv[i] < b.uv[i];
+        if (same_ == SameUv::entry) {
+            const Ends at_a = ends(a), at_b = ends(b);
+            for (int end = 0; end < 2; ++end)
+                if (at_a.uv[end] != at_b.uv[end])
+                    return at_a.uv[end] < at_b.uv[end];
+        }
+        return a.half_edge < b.half_edge;
+    }
+
+    Ends ends(const Side& side) const {
+        const uint32_t first = side.half_edge, t = first / 3;
+        const uint32_t second = 3 * t + (first % 3 + 1) % 3;
+        const uint32_t a = vertex(first), b = vertex(second);
+        const bool has_length = same_place_[a] != same_place_[b];
+        const bool is_reversed = has_length ? same_place_[a] > same_place_[b] : a > b;
+        const uint32_t low = is_reversed ? second : first, high = is_reversed ? first : second;
+        const auto uv = [this](uint32_t slot) {
+            return layout_.corner_uv[layout_.triangle_corners[slot]];
+        };
+        return {{vertex(low), vertex(high)}, {uv(low), uv(high)}};
+    }
+
     Side make_side(uint32_t high, uint32_t half_edge, bool is_reversed) const {
         const uint32_t t = half_edge / 3, k = half_edge % 3;
         uint32_t slots[2] = {half_edge, 3 * t + (k + 1) % 3};
@@ -143,6 +180,7 @@ private:
 
     const Layout& layout_;
     std::vector<uint32_t> same_place_;
+    SameUv same_;
     std::vector<uint32_t> begin_;
     std::vector<Side> sides_;
 };
@@ -190,9 +228,9 @@ std::vector<uint8_t> find_spikes(const Layout& layout, const std::vector<uint32_
 
 class ChartFinder {
 public:
-    explicit ChartFinder(const Layout& layout)
-        : layout_(layout), edges_(layout), is_spike_(find_spikes(layout, edges_.same_place())),
-          sets_(layout.triangle_count()) {}
+    ChartFinder(const Layout& layout, SameUv same)
+        : layout_(layout), edges_(layout, same),
+          is_spike_(find_spikes(layout, edges_.same_place())), sets_(layout.triangle_count()) {}
 
     ChartTable find() {
         edges_.for_each_edge([&](uint32_t low, const Side* first, const Side* last) {
@@ -214,7 +252,7 @@ private:
         bool is_shared = false, differs = false;
         for (const Side* side = one; side < last; ++side) {
             is_shared |= counts(*side) && side->half_edge / 3 != one->half_edge / 3;
-            differs |= counts(*side) && !same_uvs(*side, *one);
+            differs |= counts(*side) && !edges_.agree(*side, *one);
         }
         return is_shared && differs;
     }
@@ -226,7 +264,7 @@ private:
         }
         for (const Side* run = first; run < last;) {
             const Side* end = run + 1;
-            for (; end < last && same_uvs(*run, *end); ++end)
+            for (; end < last && edges_.agree(*run, *end); ++end)
                 sets_.join(run->half_edge / 3, end->half_edge / 3);
             if (is_outline(run, end))
                 for (const Side* side = run; side < end; ++side)
@@ -337,6 +375,8 @@ private:
 
 } // namespace
 
-ChartTable find_charts(const Layout& layout) { return ChartFinder(layout).find(); }
+ChartTable find_charts(const Layout& layout, SameUv same) {
+    return ChartFinder(layout, same).find();
+}
 
 } // namespace measure

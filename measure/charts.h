@@ -23,7 +23,11 @@ struct ChartTable {
     uint32_t seam_edges = 0;
 };
 
+/// What makes two UVs of the same vertex one: equal coordinates, or the same entry of the list of
+/// UVs, so that a cut counts before its sides are moved apart.
+enum class SameUv { coordinates, entry };
+
 /// Cost: O(n log d) for n triangles and at most d triangles at one vertex.
-ChartTable find_charts(const Layout& layout);
+ChartTable find_charts(const Layout& layout, SameUv same = SameUv::coordinates);
 
 } // namespace measure

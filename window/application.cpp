@@ -8,6 +8,7 @@
 #include "host/commands/session.h"
 #include "host/graph/plugins.h"
 #include "host/view/pixels.h"
+#include "window/layout_words.h"
 #include "window/preferences.h"
 
 #include <GLFW/glfw3.h>
@@ -192,7 +193,9 @@ void Application::load_fonts() {
 }
 
 /// Status line text after a statement: what was undone, redone or unwrapped.
-std::string Application::summary(const std::string& statements, size_t map_revision) const {
+/// `islands`: what the seams that it was to follow made of the surface; 0 for all other statements.
+std::string Application::summary(const std::string& statements, size_t map_revision,
+                                 size_t islands) const {
     const std::string advice = advice_after(statements);
     std::string words = advice;
     if (statements == "undo;")
@@ -200,12 +203,8 @@ std::string Application::summary(const std::string& statements, size_t map_revis
     else if (statements == "redo;")
         words = "Redone: " + state_.undo_name;
     else if (advice.empty() && map_revision != state_.map_revision && state_.subject.node) {
-        char text[128];
-        const size_t count = state_.map.charts().size();
-        std::snprintf(text, sizeof text, "%zu %s, worst stretch %.4f, %.1f %% covered", count,
-                      count == 1 ? "chart" : "charts", state_.map.worst_stretch(),
-                      100.0 * state_.map.coverage());
-        words = state_.subject.node_name() + ": " + text;
+        words = state_.subject.node_name() + ": " +
+                (islands > 0 ? words_along_seams(state_.map, islands) : words_about(state_.map));
     }
     if (state_.has_changed_rows)
         words += std::string(words.empty() ? "" : ". ") +

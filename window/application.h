@@ -56,7 +56,7 @@ private:
     void load_fonts();
     bool write_screenshot();
     void start();
-    std::string summary(const std::string& statements, size_t map_revision) const;
+    std::string summary(const std::string& statements, size_t map_revision, size_t islands) const;
     void main_loop();
     void after_first_frame();
     void set_title();

@@ -41,6 +41,8 @@ bool Application::run_and_print(const std::string& statements) {
 void Application::run_statements(const std::string& statements) {
     std::cerr.rdbuf(error_lines_.get());
     const size_t map_revision = state_.map_revision;
+    const size_t islands =
+        statements == statement_along_seams(state_) ? state_.map.charts().size() : 0;
     const size_t undo_count = host::graph::UndoQueue::current().undo_count();
     const UnwrapResults results = UnwrapResults::now();
     state_.status_revision = state_.console.revision();
@@ -70,7 +72,7 @@ void Application::run_statements(const std::string& statements) {
     if (state_.subject.shape && (!had_mesh || before != state_.subject.shape.get()))
         panels_->frame_all();
     state_.status = was_cancelled ? "Cancelled; the scene is as it was before"
-                                  : summary(statements, map_revision);
+                                  : summary(statements, map_revision, islands);
     set_title();
 }
 

@@ -149,7 +149,7 @@ void draw_mesh(State& state) {
     };
     item("Unwrap", nullptr, has_mesh, "tessora;");
     item("Unwrap again", nullptr, static_cast<bool>(state.subject.node), state.unwrap_again());
-    item("Unwrap along the seams", nullptr, !state.map.charts().empty(),
+    item("Unwrap along my seams", nullptr, !state.map.charts().empty(),
          statement_along_seams(state));
     item("Suggest the rest of the seams", nullptr, !state.map.charts().empty(),
          statement_suggesting_rest(state));

@@ -66,7 +66,7 @@ void UvMap::fill_triangles(const measure::Layout& layout) {
 }
 
 void UvMap::fill_charts(const measure::Layout& layout, const measure::Texture& texture) {
-    const measure::ChartTable table = measure::find_charts(layout);
+    const measure::ChartTable table = measure::find_charts(layout, measure::SameUv::entry);
     triangle_chart_ = table.triangle_chart;
     charts_.resize(table.chart_count);
     const auto maps = measure::map_triangles(layout, texture, table);

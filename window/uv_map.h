@@ -1,6 +1,7 @@
 /// A mesh's triangles in space and in the texture, their charts and stretch, with point picking:
 /// the data behind the UV panel.
 ///
+/// Charts are what commands on UVs move as one: a cut divides them before its sides are apart.
 /// Immutable after construction. Triangles without UVs belong to no chart, and drawing and picking
 /// in the texture skip them.
 #pragma once

@@ -31,6 +31,20 @@ TEST(Charts, UvsAreComparedByValueNotByIndex) {
     EXPECT_EQ(find_charts(strip(4, 0.0f)).chart_count, 1u); // no two faces share UV indices
 }
 
+TEST(Charts, UvsAreComparedByIndexWhereACutIsToCountBeforeItsSidesAreApart) {
+    Layout layout = strip(4, 0.0f);
+    EXPECT_EQ(find_charts(layout, SameUv::entry).chart_count, 4u);
+    EXPECT_EQ(find_charts(layout, SameUv::entry).seam_edges, 3u);
+              find_charts(cube_net()).chart_count);
+}
+
+TEST(Charts, VerticesAtTheSamePlaceDoNotDivideAChartEvenByIndex) {
+    Layout layout;
+    add_polygon(layout, rectangle(0, 0, 1, 1), rectangle(0, 0, 0.5f, 0.5f));
+    add_polygon(layout, rectangle(1, 0, 2, 1), rectangle(0.5f, 0, 1, 0.5f));
+    EXPECT_EQ(find_charts(layout, SameUv::entry).chart_count, 1u);
+}
+
 TEST(Charts, EdgeWithEqualUvsAtOnlyOneEndIsASeam) {
     Layout layout = strip(2, 0.0f);
     layout.uvs[2 * 4 + 1] = -0.01f; // lower left corner of the second quad

@@ -86,6 +86,8 @@ def pick_by_lasso(window):
 
 def unwrap_along_them(window):
     window.click("tool/Along my seams")
+    window.wait_for("status/tessora_node1: 2 charts along your seams, worst stretch 0.0000, "
+                    "98.3 % covered")
     window.wait_said(r"Charts_result\" 2;")
     window.picture("along_the_seams")
     window.click("tool/Suggest the rest")

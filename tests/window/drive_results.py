@@ -56,7 +56,7 @@ def cut_by_hand(window):
     window.key("F2", "ctrl+z")
     window.statement("polyEvaluate -us sheet;", r"Result: 2\n")
     window.click("menu/Mesh")
-    window.click("menuitem/Unwrap along the seams")
+    window.click("menuitem/Unwrap along my seams")
     window.wait_said(r"Charts_result\" 2;")
     window.picture("along_the_seams")
     tell("cut, sewed and unwrapped along the cut")

@@ -32,6 +32,19 @@ TEST(UvMap, FindsChartsAndTheirBounds) {
     EXPECT_NEAR(0.0625, map.charts()[0].area, 1e-6);
 }
 
+TEST(UvMap, ACutDividesAChartAndIsASeamBeforeItsSidesAreApart) {
+    host::Mesh mesh = two_squares();
+    host::UvSet& set = mesh.edit_uv_set(0);
+    set.u = {0.0f, 0.25f, 0.25f, 0.0f, 0.5f, 0.5f, 0.25f, 0.25f};
+    set.v = {0.0f, 0.0f, 0.25f, 0.25f, 0.0f, 0.25f, 0.0f, 0.25f};
+    set.corner_uvs = {0, 1, 2, 3, 1, 4, 5, 2};
+    EXPECT_EQ(1u, UvMap(mesh, 0, k_texture).charts().size());
+    EXPECT_EQ(0u, UvMap(mesh, 0, k_texture).seams().size());
+    set.corner_uvs = {0, 1, 2, 3, 6, 4, 5, 7};
+    EXPECT_EQ(2u, UvMap(mesh, 0, k_texture).charts().size());
+    EXPECT_EQ(6u, UvMap(mesh, 0, k_texture).seams().size());
+}
+
 TEST(UvMap, KnowsThePolygonsOfAChartAndTheMostStretchedOne) {
     host::Mesh mesh = two_squares();
     host::UvSet& set = mesh.edit_uv_set(0);
