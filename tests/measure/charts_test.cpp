@@ -35,7 +35,6 @@ TEST(Charts, UvsAreComparedByIndexWhereACutIsToCountBeforeItsSidesAreApart) {
     Layout layout = strip(4, 0.0f);
     EXPECT_EQ(find_charts(layout, SameUv::entry).chart_count, 4u);
     EXPECT_EQ(find_charts(layout, SameUv::entry).seam_edges, 3u);
-              find_charts(cube_net()).chart_count);
 }
 
 TEST(Charts, VerticesAtTheSamePlaceDoNotDivideAChartEvenByIndex) {
