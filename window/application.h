@@ -149,6 +149,7 @@ private:
     bool has_front_ = false; ///< one of them is
     double pointer_[2] = {-1.0, -1.0}; ///< of the last event, negative before the first
     float seen_[2] = {-1.0f, -1.0f};   ///< of the pointer, in the last frame
+    size_t keys_taken_ = 0;            ///< presses, for programs that drive the window
     bool is_alt_alone_ = false;        ///< Alt is down and nothing else was pressed since
     bool opens_menu_ = false;          ///< open the first menu in the next frame
     void note_alt(int key, int action);

@@ -54,6 +54,7 @@ void Application::note_key(int key, int action, int modifiers) {
         return cancel();
     if (action != GLFW_PRESS || key < 0 || key >= GLFW_KEY_LEFT_SHIFT)
         return;
+    ++keys_taken_;
     InputEvent event{InputEvent::Kind::key_press, key, modifiers};
     event.is_text =
         key <= GLFW_KEY_GRAVE_ACCENT && (modifiers & (GLFW_MOD_CONTROL | GLFW_MOD_ALT)) == 0;
@@ -125,7 +126,7 @@ void Application::put_event(const InputEvent& event) {
     }
     io.KeyCtrl = (event.modifiers & GLFW_MOD_CONTROL) != 0;
     io.KeyShift = (event.modifiers & GLFW_MOD_SHIFT) != 0;
-    io.KeyAlt = (event.modifiers & GLFW_MOD_ALT) != 0;
+    state_.is_alt_down = (event.modifiers & GLFW_MOD_ALT) != 0;
 }
 
 void Application::take_keys_as_they_are() {
@@ -136,7 +137,7 @@ void Application::take_keys_as_they_are() {
             io.KeysDown[key] = is_down(key);
     io.KeyCtrl = is_down(GLFW_KEY_LEFT_CONTROL) || is_down(GLFW_KEY_RIGHT_CONTROL);
     io.KeyShift = is_down(GLFW_KEY_LEFT_SHIFT) || is_down(GLFW_KEY_RIGHT_SHIFT);
-    io.KeyAlt = is_down(GLFW_KEY_LEFT_ALT) || is_down(GLFW_KEY_RIGHT_ALT);
+    state_.is_alt_down = is_down(GLFW_KEY_LEFT_ALT) || is_down(GLFW_KEY_RIGHT_ALT);
 }
 
 void Application::frame(bool is_live) {
@@ -179,6 +180,7 @@ void Application::frame(bool is_live) {
 void Application::draw_everything(bool is_live) {
     const bool opens_menu = opens_menu_ && is_live && !question_ && !chooser_.is_open();
     opens_menu_ = false;
+    state_.places.add("keys/" + std::to_string(keys_taken_), 0.0f, 0.0f, 0.0f, 0.0f);
     action_ = draw_menu_bar(state_, is_live, opens_menu);
     if (is_live && action_ == Action::none && !chooser_.is_open())
         action_ = pressed_action(state_);

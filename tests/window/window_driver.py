@@ -88,9 +88,14 @@ class Window:
             if self.program.poll() is not None:
                 raise SystemExit(f"the program ended while waiting for {what}:\n{self.said()}")
             time.sleep(0.05)
+        self.give_up(f"waited in vain for {what}")
+
+    def give_up(self, why):
+        """Ends the drive; a screenshot and the list of places tell what was on the screen."""
         subprocess.run(["import", "-window", "root", str(self.folder / "failed.png")],
                        env=self.environment, check=False)
-        raise SystemExit(f"waited in vain for {what}; it said:\n{self.said()}")
+        (self.folder / "failed.places").write_text(self.places_file.read_text())
+        raise SystemExit(f"{why}; it said:\n{self.said()}")
 
     def has(self, name):
         return self.place(name) is not None
@@ -169,14 +174,20 @@ class Window:
         self.wait_ready()
         self.tool("key", *keys)
 
+    def keys_taken(self):
+        """Number of key presses that the window has seen."""
+        return int(re.search(r"^keys/(\d+)", self.places_file.read_text(), re.MULTILINE)[1])
+
     def key_until(self, key, name, max_presses=60):
         """Presses a key repeatedly until a widget appears."""
         for _ in range(max_presses):
             if self.has(name):
                 return
-            self.key(key)
+            taken = self.keys_taken()
+            self.key(key)  # the next one only when it was seen, or two would pass the widget by
+            self.wait(lambda: self.keys_taken() > taken, f"the key {key} to be taken")
             self.settle()
-        raise SystemExit(f"{name} did not appear after {max_presses} times {key}")
+        self.give_up(f"{name} did not appear after {max_presses} times {key}")
 
     def type(self, text):
         self.tool("type", "--delay", "2", text)
