@@ -126,7 +126,7 @@ void Application::put_event(const InputEvent& event) {
     }
     io.KeyCtrl = (event.modifiers & GLFW_MOD_CONTROL) != 0;
     io.KeyShift = (event.modifiers & GLFW_MOD_SHIFT) != 0;
-    state_.is_alt_down = (event.modifiers & GLFW_MOD_ALT) != 0;
+    io.KeyAlt = (event.modifiers & GLFW_MOD_ALT) != 0;
 }
 
 void Application::take_keys_as_they_are() {
@@ -137,7 +137,7 @@ void Application::take_keys_as_they_are() {
             io.KeysDown[key] = is_down(key);
     io.KeyCtrl = is_down(GLFW_KEY_LEFT_CONTROL) || is_down(GLFW_KEY_RIGHT_CONTROL);
     io.KeyShift = is_down(GLFW_KEY_LEFT_SHIFT) || is_down(GLFW_KEY_RIGHT_SHIFT);
-    state_.is_alt_down = is_down(GLFW_KEY_LEFT_ALT) || is_down(GLFW_KEY_RIGHT_ALT);
+    io.KeyAlt = is_down(GLFW_KEY_LEFT_ALT) || is_down(GLFW_KEY_RIGHT_ALT);
 }
 
 void Application::frame(bool is_live) {

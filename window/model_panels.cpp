@@ -209,7 +209,8 @@ void ModelPanels::select(int panel, double x, double y, bool adds) {
 
 /// Whether a drag that begins now is a line around edges.
 bool ModelPanels::is_lasso() const {
-    return state_.picks_edges && ImGui::IsMouseDown(ImGuiMouseButton_Left) && !state_.is_alt_down;
+    return state_.picks_edges && ImGui::IsMouseDown(ImGuiMouseButton_Left) &&
+           !ImGui::GetIO().KeyAlt;
 }
 
 /// ImGui measures the time between two presses when it draws them. Where the first click takes long

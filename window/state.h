@@ -96,8 +96,7 @@ struct State {
     size_t live_results = 0;    ///< received so far
     /// Places of the pointer since the last frame while a button is held, in pixels of the window.
     std::vector<ScreenPoint> pointer_path;
-    bool is_alt_down = false; ///< ImGui is not told: it would take Alt for its own way to the menus
-    bool picks_edges = false; ///< the mouse picks edges on the mesh, not objects
+    bool picks_edges = false;      ///< the mouse picks edges on the mesh, not objects
     std::vector<uint32_t> marked;  ///< triangles of the selected polygons
     std::vector<uint32_t> picked;  ///< selected edges of the mesh shown, ascending
     std::vector<float> picked_uvs; ///< these in the texture: u0 v0 u1 v1 for each side of an edge

@@ -43,22 +43,6 @@ def open_and_unwrap(window, scratch):
     tell("opened and unwrapped")
 
 
-def hold_alt(window):
-    """Alt opens the menus when it is released, however long it was held."""
-    window.key("F2")
-    window.settle()
-    window.tool("keydown", "alt")
-    window.settle()
-    window.tool("keyup", "alt")
-    window.wait_for("menuitem/Open…")
-    window.settle()
-    window.key("Right")
-    window.wait_for("menuitem/Undo")
-    window.key("Escape", "Escape")
-    window.wait_gone("menuitem/Undo")
-    tell("opened the menus by a long press of Alt")
-
-
 def step_through(window):
     window.key("F3", "bracketright")
     window.wait(lambda: window.has("lit/1") and window.has("lit_on_mesh/1"), "the first chart")
@@ -93,7 +77,6 @@ def change_the_node(window):
 
 def drive(window, scratch):
     open_and_unwrap(window, scratch)
-    hold_alt(window)
     step_through(window)
     change_the_node(window)
     window.key("F1")
