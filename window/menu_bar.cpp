@@ -274,7 +274,7 @@ Action draw_menu_bar(State& state, bool is_live, bool opens) {
 
 Action pressed_action(State& state) {
     const ImGuiIO& io = ImGui::GetIO();
-    if (io.KeyAlt)
+    if (io.KeyAlt) // turns the view by mouse
         return Action::none;
     if (io.KeyCtrl)
         // A text field has its own undo.

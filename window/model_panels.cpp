@@ -207,7 +207,7 @@ void ModelPanels::select(int panel, double x, double y, bool adds) {
         state_.run("select -clear;");
 }
 
-/// Whether a drag that begins now is a line around edges.
+/// Whether a drag that begins now is a line around edges; with Alt it turns the view.
 bool ModelPanels::is_lasso() const {
     return state_.picks_edges && ImGui::IsMouseDown(ImGuiMouseButton_Left) &&
            !ImGui::GetIO().KeyAlt;

@@ -3,7 +3,7 @@
 
     drive_by_keyboard.py PROGRAM FOLDER    screenshots go to FOLDER
 
-Opens a mesh, unwraps it through the menu bar and the options dialog, steps through charts and
+Opens a mesh, unwraps it through the menu bar (Alt) and the options dialog, steps through charts and
 displays, changes the node, unwraps again, saves, quits.
 """
 import sys
