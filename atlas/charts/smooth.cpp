@@ -10,17 +10,24 @@ namespace {
 constexpr size_t k_max_ear_faces = 32; // atoms with more triangles never move
 /// An ear moves if its new border is at most this fraction of its old one.
 constexpr double k_min_shortening = 0.98;
-/// Fraction by which an edge counts less where the surface bends by 45 degrees or more.
-constexpr double k_crease_discount = 0.7;
-constexpr double k_full_bend = 0.2928932188134524; // 1 - cos(45 degrees)
-constexpr double k_max_ear_stretch = 2; // L2 stretch of an ear, even if the limit is larger
+/// Seam length that must be saved per added mean L2 stretch, with the mesh's area as unit.
+constexpr double k_seam_per_stretch = 20;
+/// Borders move within so many rings of atoms, or within half as many where that fails, and so on.
+constexpr uint32_t k_most_rings = 8, k_fewest_rings = 2;
+/// Around atoms that moved so many rings are relaxed, in so many sweeps.
+constexpr uint32_t k_relaxed_rings = 3;
+constexpr int k_relax_sweeps = 3;
+/// L2 stretch up to which atoms are placed on smooth surfaces where they are relaxed afterwards,
+/// and where they are not, even if the limit is larger.
+constexpr double k_max_moved_stretch = 4, k_max_ear_stretch = 2;
 
 } // namespace
 
 BorderSmoother::BorderSmoother(Flattener& flattener, const Atoms& atoms,
                                const std::vector<float>& hardness)
     : flattener_(flattener), set_(flattener.set), atoms_(atoms), hardness_(hardness),
-      faces_(atoms.of_face, atoms.count) {}
+      faces_(atoms.of_face, atoms.count), shortest_(set_, atoms, faces_), band_flags_(set_),
+      band_(set_, band_flags_) {}
 
 bool BorderSmoother::run(ProgressMeter& progress) {
     for (uint32_t a = 0; a < set_.charts.size(); ++a) {
@@ -48,27 +55,95 @@ void BorderSmoother::list_neighbours(uint32_t a) {
 }
 
 void BorderSmoother::smooth(uint32_t a, uint32_t b) {
+    for (uint32_t rings = k_most_rings; rings >= k_fewest_rings; rings /= 2) {
+        const std::vector<uint32_t>& atoms = shortest_.find(a, b, rings);
+        if (atoms.empty())
+            break;
+        if (exchange(a, b, atoms))
+            return;
+    }
     candidates_.clear();
     offer_atoms(a, b);
     offer_atoms(b, a);
     undo_ = {};
+    keep_if_good(a, b, move_ears(a, b));
+}
+
+/// Moves atoms of two charts to the other one, those that can one after the other. False, with
+/// nothing changed, if that does not make the border shorter or is not legal.
+bool BorderSmoother::exchange(uint32_t a, uint32_t b, std::vector<uint32_t> moving) {
+    candidates_ = moving;
+    undo_ = {};
+    double saved = 0;
+    for (size_t before = 0; before != moving.size();) {
+        before = moving.size();
+        size_t left = 0;
+        for (uint32_t atom : moving) {
+            const uint32_t to = chart_of(atom) == a ? b : a;
+            if (trace_atom(atom) && find_runs(to) && keeps_topology() &&
+                place_ear(atom, k_max_moved_stretch)) {
+                saved += weight(ear_.facing) - weight(ear_.holding);
+                move_ear(atom, to);
+            } else {
+                moving[left++] = atom;
+            }
+        }
+        moving.resize(left);
+    }
+    // Atoms that could not follow have left dents.
+    saved += move_ears(a, b);
+    if (saved > 0) {
+        relax_moved();
+        return keep_if_good(a, b, saved);
+    }
+    undo();
+    return false;
+}
+
+double BorderSmoother::weight(const std::vector<uint32_t>& edges) const {
+    double sum = 0;
+    for (uint32_t h : edges)
+        sum += border_weight(set_.surface, h);
+    return sum;
+}
+
+/// Moves single atoms for as long as each makes the border shorter; returns by how much.
+double BorderSmoother::move_ears(uint32_t a, uint32_t b) {
+    double saved = 0;
     for (size_t i = 0; i < candidates_.size();
          ++i) { // grows: an ear that leaves may uncover another
-        const uint32_t atom = candidates_[i];
-        const uint32_t from = set_.chart[faces_.item[faces_.begin[atom]]], to = from == a ? b : a;
-        if (find_ear(atom, to) && place_ear(atom))
+        const uint32_t atom = candidates_[i], to = chart_of(atom) == a ? b : a;
+        if (find_ear(atom, to) &&
+            place_ear(atom, std::min(k_max_ear_stretch, flattener_.options.limit))) {
+            saved += weight(ear_.facing) - weight(ear_.holding);
             move_ear(atom, to);
+        }
     }
+    return saved;
+}
+
+/// Ends a transaction that shortened the border by so much: undoes all moves, and returns false, if
+/// a chart is not legal or it costs too much stretch.
+bool BorderSmoother::keep_if_good(uint32_t a, uint32_t b, double saved) {
     if (undo_.chart.empty())
-        return;
+        return true;
+    const auto distortion = [&] {
+        double sum = 0; // mean L2 stretch over the whole mesh, beyond 1
+        for (uint32_t c : {a, b})
+            sum += (set_.charts[c].stretch.worst_l2() - 1) * set_.charts[c].stretch.area;
+        return sum / set_.surface.total_area;
+    };
+    const double before = distortion();
     regroup(a, b);
     if (flattener_.judge_without_moving(set_.charts[a]) &&
-        flattener_.judge_without_moving(set_.charts[b]))
-        return;
+        flattener_.judge_without_moving(set_.charts[b]) &&
+        k_seam_per_stretch * (distortion() - before) * std::sqrt(set_.surface.total_area) <= saved)
+        return true;
     undo();
     regroup(a, b);
     set_.refresh(set_.charts[a]);
     set_.refresh(set_.charts[b]);
+    return false;
 }
 
 /// Appends the atoms of chart `from` along its border with chart `to` to the candidates.
@@ -114,12 +189,7 @@ bool BorderSmoother::trace_atom(uint32_t atom) {
 bool BorderSmoother::find_ear(uint32_t atom, uint32_t to) {
     if (!trace_atom(atom) || !find_runs(to))
         return false;
-    double saved = 0, added = 0;
-    for (uint32_t h : ear_.facing)
-        saved += weight(h);
-    for (uint32_t h : ear_.holding)
-        added += weight(h);
-    return added <= k_min_shortening * saved && keeps_topology();
+    return weight(ear_.holding) <= k_min_shortening * weight(ear_.facing) && keeps_topology();
 }
 
 /// Collects the edges of the loop that face chart `to` and those glued to the ear's own chart.
@@ -161,6 +231,32 @@ bool BorderSmoother::keeps_topology() const {
     return true;
 }
 
+/// Lowers the distortion around the atoms that have moved.
+void BorderSmoother::relax_moved() {
+    std::vector<uint32_t> nodes;
+    for (const auto& [t, chart] : undo_.chart)
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
+            nodes.push_back(set_.node[c]);
+    std::sort(nodes.begin(), nodes.end());
+    nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
+    band_.grow(nodes, k_relaxed_rings);
+    PatchCopy& copy = flattener_.copy;
+    copy.clear();
+    copy.patch.reserve(band_.nodes().size(), band_.faces().size());
+    for (size_t i = 0; i < band_.nodes().size(); ++i) {
+        const uint32_t n = band_.nodes()[i];
+        undo_.uv.push_back({n, set_.uv[n]});
+        copy.add_node(n, set_.uv[n], band_.rings()[i] >= k_relaxed_rings);
+    }
+    for (uint32_t t : band_.faces())
+        copy.patch.add_face(set_.surface.frame[t], copy.vertex(set_.node[3 * t]),
+                            copy.vertex(set_.node[3 * t + 1]), copy.vertex(set_.node[3 * t + 2]));
+    for (uint32_t t : band_.leads())
+        copy.add_guards(t, true);
+    copy.patch.relax(k_relax_sweeps);
+    copy.store(set_);
+}
+
 /// Whether the node of a corner is in the interior of its chart.
 bool BorderSmoother::is_interior(uint32_t corner) const {
     uint32_t at = corner;
@@ -173,17 +269,10 @@ bool BorderSmoother::is_interior(uint32_t corner) const {
     return true;
 }
 
-/// Length of an edge, reduced on creases.
-double BorderSmoother::weight(uint32_t h) const {
-    const Surface& s = set_.surface;
-    const double bend = 1 - dot(s.normal_of(h / 3), s.normal_of(s.mate[h] / 3));
-    const double part = std::sqrt(std::min(1.0, std::max(0.0, bend / k_full_bend)));
-    return s.edge_length(h) * (1 - k_crease_discount * part);
-}
-
 /// Fills ear_.placed: corners on the run take the other chart's coordinates, the others follow
-/// rigidly. False if the ear is flipped or stretched too much there.
-bool BorderSmoother::place_ear(uint32_t atom) {
+/// rigidly. False if the ear is flipped or stretched too much there: on hard surfaces it has to fit
+/// exactly.
+bool BorderSmoother::place_ear(uint32_t atom, double max_smooth_stretch) {
     const Surface& s = set_.surface;
     std::vector<uint32_t> nodes;
     std::vector<Vec2> from, to;
@@ -210,9 +299,8 @@ bool BorderSmoother::place_ear(uint32_t atom) {
         const PlacedCorner* p = &ear_.placed[ear_.placed.size() - 3];
         sums.add(triangle_stretch(s.frame[t], p[0].uv, p[1].uv, p[2].uv));
     }
-    const double max_stretch = hardness_[ear_.facing[0] / 3] > 0.5f
-                                   ? k_hard_stretch
-                                   : std::min(k_max_ear_stretch, flattener_.options.limit);
+    const double max_stretch =
+        hardness_[ear_.facing[0] / 3] > 0.5f ? k_hard_stretch : max_smooth_stretch;
     return sums.flipped == 0 && sums.l2() <= max_stretch && corners_stay_convex(atom);
 }
 

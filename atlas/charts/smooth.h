@@ -1,14 +1,16 @@
-/// Straightens the borders between charts.
+/// Shortens the borders between charts.
 ///
-/// An ear is an atom whose border to a neighbouring chart, one run of edges, is longer than the run
-/// that is glued to its own chart. It moves to the neighbour, into the notch that the neighbour's
-/// outline has there, which shortens the border. Edges on a crease count less, so borders slide
-/// into creases. The moves between two charts are one transaction: if either chart is not legal
-/// afterwards, all of them are undone.
+/// The border of two charts moves to the shortest one beside it (shortest_border.h): atoms change
+/// charts one after the other, and what surrounds them is relaxed. Single ears follow: an ear is an
+/// atom whose border to the other chart, one run of edges, is longer than the run that is glued to
+/// its own chart. All moves of a step are one transaction: if a chart is not legal afterwards, or
+/// the stretch costs more than the seam was worth, they are undone.
 #pragma once
 
+#include "atlas/charts/band.h"
 #include "atlas/charts/clusters.h"
 #include "atlas/charts/flatten.h"
+#include "atlas/charts/shortest_border.h"
 #include "atlas/geometry/buckets.h"
 #include "atlas/progress.h"
 
@@ -46,13 +48,18 @@ private:
 
     void list_neighbours(uint32_t a);
     void offer_atoms(uint32_t from, uint32_t to);
+    bool exchange(uint32_t a, uint32_t b, std::vector<uint32_t> moving);
+    double move_ears(uint32_t a, uint32_t b);
+    double weight(const std::vector<uint32_t>& edges) const;
+    bool keep_if_good(uint32_t a, uint32_t b, double saved);
+    uint32_t chart_of(uint32_t atom) const { return set_.chart[faces_.item[faces_.begin[atom]]]; }
     bool find_ear(uint32_t atom, uint32_t to);
     bool find_runs(uint32_t to);
+    void relax_moved();
     bool keeps_topology() const;
     bool trace_atom(uint32_t atom);
     bool is_interior(uint32_t corner) const;
-    double weight(uint32_t h) const;
-    bool place_ear(uint32_t atom);
+    bool place_ear(uint32_t atom, double max_smooth_stretch);
     bool corners_stay_convex(uint32_t atom) const;
     void move_ear(uint32_t atom, uint32_t to);
     void set_node(uint32_t corner, Vec2 p);
@@ -67,6 +74,9 @@ private:
     const Buckets faces_;              ///< triangles by atom
     std::vector<uint32_t> neighbours_; ///< workspace of run: of the current chart, ascending
     std::vector<uint32_t> candidates_; ///< workspace of smooth: atoms that may be ears
+    ShortestBorder shortest_;
+    Band::Flags band_flags_;
+    Band band_;
     Ear ear_;
     Undo undo_;
 };

@@ -42,6 +42,39 @@ TEST_F(BorderSmoothing, AnEarUncoveredByAnotherMovesToo) {
     expect_undistorted();
 }
 
+TEST_F(BorderSmoothing, WavesOfManyAtomsAreStraightened) {
+    // No single cell of the bump would make the border shorter.
+    build_flat(12, 7, true,
+               [](int x, int y, bool) { return x < 6 || (x < 8 && y > 1 && y < 5) ? 0 : 1; });
+    smooth();
+    const std::string row = "000000000000111111111111";
+    EXPECT_EQ(sides(), row + row + row + row + row + row + row);
+    expect_undistorted();
+}
+
+TEST_F(BorderSmoothing, ASmallChartInsideAnotherStays) {
+    build_flat(9, 9, true,
+               [](int x, int y, bool) { return x > 1 && x < 7 && y > 1 && y < 7 ? 1 : 0; });
+    smooth();
+    ASSERT_FALSE(set->charts[1].faces.empty());
+    EXPECT_GE(set->charts[1].faces.size(), 2u * 9);
+    expect_undistorted();
+}
+
+TEST_F(BorderSmoothing, ChartsAreRelaxedWhereTheirBorderHasMoved) {
+    build_flat(12, 7, true,
+               [](int x, int y, bool) { return x < 6 || (x < 8 && y > 1 && y < 5) ? 0 : 1; });
+    for (uint32_t t : set->charts[1].faces) // stretch chart 1 by a fifth in y
+        for (uint32_t c = 3 * t; c < 3 * t + 3; ++c)
+            if (set->node[c] == c)
+                set->uv[c].y *= 1.2;
+    set->refresh(set->charts[1]);
+    const double before = set->charts[1].stretch.l2();
+    smooth();
+    EXPECT_LT(set->charts[1].stretch.l2(), before - 4e-4);
+    EXPECT_EQ(sides().substr(48, 24), "000000000000111111111111");
+}
+
 TEST_F(BorderSmoothing, StraightBordersDoNotChange) {
     build_flat(4, 3, true, [](int x, int, bool) { return x < 2 ? 0 : 1; });
     smooth();
