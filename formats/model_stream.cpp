@@ -21,6 +21,11 @@ bool are_finite(const std::vector<float>& values) {
     return std::all_of(values.begin(), values.end(), [](float v) { return std::isfinite(v); });
 }
 
+/// Units and matrices up to here have finite products.
+constexpr double k_most_scale = 1e100;
+
+bool is_scale(double value) { return std::abs(value) <= k_most_scale; }
+
 Json layer_json(const ModelLayer& layer) {
     return {{"name", layer.name},
             {"components", layer.components},
@@ -107,7 +112,8 @@ bool Reader::read_nodes(const Json& json) {
         node.parent = facts.at("parent").get<int32_t>();
         node.part = facts.at("part").get<int32_t>();
         node.matrix = facts.at("matrix").get<Matrix>();
-        if (node.parent < -1 || node.parent >= int64_t(model_.nodes.size()) || node.part < -1 ||
+        if (!std::all_of(node.matrix.begin(), node.matrix.end(), is_scale) || node.parent < -1 ||
+            node.parent >= int64_t(model_.nodes.size()) || node.part < -1 ||
             node.part >= int64_t(model_.parts.size()))
             return false;
         model_.nodes.push_back(std::move(node));
@@ -136,7 +142,8 @@ bool Reader::read(const Json& json) {
     model_.materials = json.at("materials").get<std::vector<std::string>>();
     model_.parts = json.at("parts").get<std::vector<std::string>>();
     model_.left_out = json.at("left_out").get<std::vector<std::string>>();
-    return take(json.at("positions").get<uint64_t>(), model_.positions) &&
+    return is_scale(model_.metres) &&
+           take(json.at("positions").get<uint64_t>(), model_.positions) &&
            take(json.at("polygons").get<uint64_t>() + 1, model_.corner_begin) &&
            take(json.at("corners").get<uint64_t>(), model_.corner_vertex) &&
            take(json.at("polygons").get<uint64_t>(), model_.polygon_material) &&

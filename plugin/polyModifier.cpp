@@ -258,9 +258,6 @@ MStatus polyModifierCmd::redoModifyPoly() {
     }
     MStatus status = hasHistory ? MStatus(MS::kSuccess) : dagModifier.doIt();
     dgDone = false;
-    // Undo put the tweaks back on the mesh; the tweak node that redo restores holds them as well.
-    if (status)
-        status = zeroMeshTweaks();
     if (status)
         status = connectAll();
     if (!status)
@@ -409,6 +406,8 @@ MStatus polyModifierCmd::connectNodes(const MObject& modifierNode) {
 
 /// Applies the recorded changes. A host may refuse to set a tweak that a connection feeds, and
 /// leaves the last value that came through it: those tweaks are zeroed once they are disconnected.
+/// So are those that undo has put back on the mesh, because the tweak node that redo brings back
+/// holds them as well.
 MStatus polyModifierCmd::connectAll() {
     dgDone = true;
     const MStatus status = dgModifier.doIt();

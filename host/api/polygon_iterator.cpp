@@ -76,8 +76,10 @@ MStatus MItMeshPolygon::getVertices(MIntArray& vertices) const {
     const Mesh* const mesh = begin("MItMeshPolygon::getVertices", object_, index_, status);
     if (status)
         status = copy_ids(vertices_of(*mesh, index_), vertices);
-    if (status)
+    if (status) {
         host::pass_short_array("MItMeshPolygon::getVertices, short", vertices);
+        host::pass_wrong_id("MItMeshPolygon::getVertices, wrong id", vertices);
+    }
     return status;
 }
 
@@ -166,6 +168,7 @@ MStatus MItMeshPolygon::getTriangle(int localIndex, MPointArray& points, MIntArr
     }
     host::pass_short_array("MItMeshPolygon::getTriangle, short points", points);
     host::pass_short_array("MItMeshPolygon::getTriangle, short ids", vertexList);
+    host::pass_wrong_id("MItMeshPolygon::getTriangle, wrong id", vertexList);
     return status;
 }
 

@@ -5,6 +5,7 @@
 
 #include <maya/MStatus.h>
 
+#include <climits>
 #include <new>
 #include <stdexcept>
 
@@ -16,7 +17,8 @@ inline MStatus pass_fault(const char* name) {
 }
 
 /// Points for wrong answers with a status of success: a call that returns an id or count returns -1
-/// instead, and one that fills an array returns only its first half.
+/// instead, one that fills an array returns only its first half, and one that fills an array of ids
+/// returns -1 as the last one, or the largest number if the point's code is kNotFound.
 inline int pass_wrong_number(const char* name, int number) {
     return faultpoint::hit(name) == 0 ? number : -1;
 }
@@ -24,6 +26,12 @@ template <class A>
 void pass_short_array(const char* name, A& array) {
     if (faultpoint::hit(name) != 0)
         array.setLength(array.length() / 2);
+}
+template <class A>
+void pass_wrong_id(const char* name, A& ids) {
+    const int code = faultpoint::hit(name);
+    if (code != 0 && ids.length() > 0)
+        ids[ids.length() - 1] = code == MStatus::kNotFound ? INT_MAX : -1;
 }
 
 /// Stores the status through an optional pointer and returns it.

@@ -377,6 +377,8 @@ TEST(ModelStream, ReadsBackWhatWasWrittenAndRefusesEveryDamage) {
     EXPECT_TRUE(refused([](formats::Model& m) { m.other_uvs.resize(1); })) << "an absent set";
     EXPECT_TRUE(refused([](formats::Model& m) { m.nodes[0].parent = 0; }));
     EXPECT_TRUE(refused([](formats::Model& m) { m.nodes[0].part = 1; }));
+    EXPECT_TRUE(refused([](formats::Model& m) { m.metres = 1e200; }));
+    EXPECT_TRUE(refused([](formats::Model& m) { m.nodes[0].matrix[12] = -1e200; }));
     EXPECT_TRUE(refused([](formats::Model& m) { m.normals.values[0] = NAN; }));
     EXPECT_TRUE(refused([](formats::Model& m) { m.positions[4] = INFINITY; }));
     EXPECT_EQ("a vertex has a position that is not finite", error);

@@ -274,6 +274,36 @@ TEST(CollectMeshData, FailsIfThePolygonIteratorEndsEarly) {
     EXPECT_EQ(result.status, MStatus::kFailure);
 }
 
+// -1 and the largest number: below all vertices, and above.
+constexpr MStatus::MStatusCode k_wrong_ids[] = {MStatus::kFailure, MStatus::kNotFound};
+
+TEST(CollectMeshData, FailsIfAPolygonHasAVertexThatTheMeshHasNot) {
+    MObject mesh = make_host_mesh(fixtures::cube());
+    for (const MStatus::MStatusCode code : k_wrong_ids) {
+        const faultpoint::Scope fault("MItMeshPolygon::getVertices, wrong id", code, 3);
+        Collected result;
+        testing::internal::CaptureStderr();
+        collect(plain_settings(), mesh, result);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "Data collector could not retrieve vertices from faces.\n");
+        EXPECT_EQ(result.status, MStatus::kFailure);
+    }
+}
+
+TEST(CollectMeshData, TriangleOfAVertexThatTheMeshHasNotRepeatsThePreviousOne) {
+    MObject mesh = make_host_mesh(fixtures::cube());
+    for (const MStatus::MStatusCode code : k_wrong_ids) {
+        const faultpoint::Scope fault("MItMeshPolygon::getTriangle, wrong id", code, 2);
+        Collected result;
+        collect(plain_settings(), mesh, result);
+        EXPECT_TRUE(result.status);
+        const Words indices = result.indices();
+        ASSERT_EQ(indices.size(), 36u);
+        EXPECT_EQ(Words(indices.begin(), indices.begin() + 3),
+                  Words(indices.begin() + 3, indices.begin() + 6));
+    }
+}
+
 /// A host call that fails, or returns -1 or an early end, from its n-th use on.
 struct WrongAnswer {
     const char* point;
@@ -304,16 +334,28 @@ TEST_P(WrongAnswers, NeitherCrashTheUnwrapNorKeepItFromEnding) {
 
 std::vector<WrongAnswer> wrong_answers() {
     std::vector<WrongAnswer> answers;
-    for (const char* point : {"MFnMesh::getPoints",           "MFnMesh::currentUVSetName",
-                              "MFnMesh::getUVSetNames",       "MItMeshEdge::index",
-                              "MItMeshEdge::isDone",          "MItMeshEdge::next",
-                              "MItMeshEdge::reset",           "MItMeshEdge::getConnectedFaces",
-                              "MItMeshPolygon::index",        "MItMeshPolygon::isDone",
-                              "MItMeshPolygon::next",         "MItMeshPolygon::reset",
-                              "MItMeshPolygon::getVertices",  "MItMeshPolygon::getTriangle",
-                              "MItMeshPolygon::numTriangles", "MItMeshPolygon::getNormal",
-                              "MItMeshVertex::getUVIndices",  "MItMeshVertex::getUVs",
-                              "MItMeshVertex::isDone",        "MItMeshVertex::next",
+    for (const char* point : {"MFnMesh::getPoints",
+                              "MFnMesh::currentUVSetName",
+                              "MFnMesh::getUVSetNames",
+                              "MItMeshEdge::index",
+                              "MItMeshEdge::isDone",
+                              "MItMeshEdge::next",
+                              "MItMeshEdge::reset",
+                              "MItMeshEdge::getConnectedFaces",
+                              "MItMeshPolygon::index",
+                              "MItMeshPolygon::isDone",
+                              "MItMeshPolygon::next",
+                              "MItMeshPolygon::reset",
+                              "MItMeshPolygon::getVertices",
+                              "MItMeshPolygon::getTriangle",
+                              "MItMeshPolygon::getVertices, wrong id",
+                              "MItMeshPolygon::getTriangle, wrong id",
+                              "MItMeshPolygon::numTriangles",
+                              "MItMeshPolygon::getNormal",
+                              "MItMeshVertex::getUVIndices",
+                              "MItMeshVertex::getUVs",
+                              "MItMeshVertex::isDone",
+                              "MItMeshVertex::next",
                               "MItMeshVertex::reset"})
         for (const unsigned nth : {1u, 2u, 7u})
             for (const unsigned times : {1u, 0u})
