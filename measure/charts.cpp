@@ -185,42 +185,52 @@ private:
     std::vector<Side> sides_;
 };
 
+/// An edge of a polygon between two places.
+struct PlaceEdge {
+    uint32_t low, high;
+    int turn; ///< 1 if it runs from low to high, else -1
+};
+
+/// Whether every edge runs back along another. Sorts them.
+bool encloses_nothing(std::vector<PlaceEdge>& edges) {
+    std::sort(edges.begin(), edges.end(), [](const PlaceEdge& a, const PlaceEdge& b) {
+        return a.low != b.low ? a.low < b.low : a.high < b.high;
+    });
+    int turns = 0; // of the edges between the same two places so far
+    for (size_t i = 0; i < edges.size(); ++i) {
+        const bool begins =
+            i == 0 || edges[i].low != edges[i - 1].low || edges[i].high != edges[i - 1].high;
+        if (begins && turns != 0)
+            return false;
+        turns += edges[i].turn;
+    }
+    return turns == 0;
+}
+
 /// Shape: per triangle, 1 if its polygon encloses nothing because every side of it runs back along
 /// another: a line, a spike, or all corners in one place. `same_place`: per vertex.
 std::vector<uint8_t> find_spikes(const Layout& layout, const std::vector<uint32_t>& same_place) {
-    struct Edge {
-        uint32_t low, high;
-        int turn; ///< 1 if it runs from low to high, else -1
+    const uint32_t count = layout.triangle_count();
+    std::vector<uint8_t> is_spike(count, 0);
+    std::vector<PlaceEdge> edges;
+    const auto place = [&](uint32_t slot) {
+        return same_place[layout.corner_vertex[layout.triangle_corners[slot]]];
     };
-    std::vector<uint8_t> is_spike(layout.triangle_count(), 0);
-    std::vector<Edge> edges;
-    const auto encloses_nothing = [&edges] {
-        std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) {
-            return a.low != b.low ? a.low < b.low : a.high < b.high;
-        });
-        int turns = 0; // of the edges between the same two places so far
-        for (size_t i = 0; i < edges.size(); ++i) {
-            const bool begins =
-                i == 0 || edges[i].low != edges[i - 1].low || edges[i].high != edges[i - 1].high;
-            if (begins && turns != 0)
-                return false;
-            turns += edges[i].turn;
-        }
-        return turns == 0;
-    };
-    for (uint32_t first = 0, last; first < layout.triangle_count(); first = last) {
+    for (uint32_t first = 0, last; first < count; first = last) {
+        for (last = first + 1;
+             last < count && layout.triangle_polygon[last] == layout.triangle_polygon[first];)
+            ++last;
+        const uint32_t a = place(3 * first), b = place(3 * first + 1), c = place(3 * first + 2);
+        if (last == first + 1 && a != b && b != c && c != a)
+            continue; // a triangle, as most polygons are
         edges.clear();
-        for (last = first; last < layout.triangle_count() &&
-                           layout.triangle_polygon[last] == layout.triangle_polygon[first];
-             ++last)
+        for (uint32_t t = first; t < last; ++t)
             for (uint32_t k = 0; k < 3; ++k) {
-                const uint32_t* const corners = &layout.triangle_corners[3 * last];
-                const uint32_t a = same_place[layout.corner_vertex[corners[k]]];
-                const uint32_t b = same_place[layout.corner_vertex[corners[(k + 1) % 3]]];
-                if (a != b)
-                    edges.push_back({std::min(a, b), std::max(a, b), a < b ? 1 : -1});
+                const uint32_t from = place(3 * t + k), to = place(3 * t + (k + 1) % 3);
+                if (from != to)
+                    edges.push_back({std::min(from, to), std::max(from, to), from < to ? 1 : -1});
             }
-        if (encloses_nothing())
+        if (encloses_nothing(edges))
             std::fill(is_spike.begin() + first, is_spike.begin() + last, uint8_t{1});
     }
     return is_spike;

@@ -14,12 +14,6 @@ namespace {
 // for each of the few times its UV is rounded before it is written.
 constexpr double k_overlap_depth = 4.0;
 
-bool is_finite_uv(const Layout& layout, uint32_t corner) {
-    const uint32_t uv = layout.corner_uv[corner];
-    return uv != k_none && std::isfinite(layout.uvs[2 * uv]) &&
-           std::isfinite(layout.uvs[2 * uv + 1]);
-}
-
 class Measuring {
 public:
     Measuring(const Layout& layout, const Texture& texture)
@@ -164,13 +158,6 @@ private:
 };
 
 } // namespace
-
-bool is_mapped(const Layout& layout, uint32_t triangle) {
-    for (int k = 0; k < 3; ++k)
-        if (!is_finite_uv(layout, layout.triangle_corners[3 * triangle + k]))
-            return false;
-    return true;
-}
 
 Triangle2 texel_triangle(const Layout& layout, const Texture& texture, uint32_t triangle) {
     return texel_triangle(layout, texture, &layout.triangle_corners[3 * triangle]);

@@ -34,8 +34,18 @@ struct Triangle3 {
     double min_height() const { return longest_edge > 0.0 ? 2.0 * area / longest_edge : 0.0; }
 };
 
+inline bool is_finite_uv(const Layout& layout, uint32_t corner) {
+    const uint32_t uv = layout.corner_uv[corner];
+    return uv != k_none && std::isfinite(layout.uvs[2 * uv]) &&
+           std::isfinite(layout.uvs[2 * uv + 1]);
+}
+
 /// True if all three corners have finite UVs.
-bool is_mapped(const Layout& layout, uint32_t triangle);
+inline bool is_mapped(const Layout& layout, uint32_t triangle) {
+    const uint32_t* const corners = &layout.triangle_corners[size_t(3) * triangle];
+    return is_finite_uv(layout, corners[0]) && is_finite_uv(layout, corners[1]) &&
+           is_finite_uv(layout, corners[2]);
+}
 
 /// The corners of a mapped triangle in texels.
 Triangle2 texel_triangle(const Layout& layout, const Texture& texture, uint32_t triangle);

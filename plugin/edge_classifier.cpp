@@ -12,7 +12,7 @@ MStatus EdgeClassifier::prepare(uint32_t vertex_count, MItMeshPolygon& polygons,
     for (unsigned i = 0; i < border_edges.length(); ++i)
         if (static_cast<size_t>(border_edges[i]) < border_counts_.count())
             border_counts_[static_cast<size_t>(border_edges[i])] += 1;
-    return looks_for_creases() ? read_normals(polygons, polygon_count) : MStatus(MS::kSuccess);
+    return looks_for_creases_ ? read_normals(polygons, polygon_count) : MStatus(MS::kSuccess);
 }
 
 MStatus EdgeClassifier::read_normals(MItMeshPolygon& polygons, uint32_t polygon_count) {
@@ -90,7 +90,7 @@ void EdgeClassifier::classify(int polygon, const MIntArray& ids, const MPointArr
     const bool found = spokes.first != spokes.last;
     const bool border = note_borders(spokes, from, to);
     bool crease = false;
-    if (found && looks_for_creases()) {
+    if (found && looks_for_creases_) {
         const MVector along = points[k] - points[next];
         crease = from == to ? has_self_crease(from, spokes, polygon, along)
                             : has_crease(spokes, polygon, along);

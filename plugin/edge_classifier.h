@@ -23,9 +23,11 @@
 
 class EdgeClassifier {
 public:
-    /// Both must outlive the classifier. `seam_pairs` may be null.
-    EdgeClassifier(const UnwrapSettings& settings, MIntArray* seam_pairs)
-        : settings_(settings), seam_pairs_(seam_pairs) {}
+    /// Both must outlive the classifier. `seam_pairs` may be null. `classifies`: whether classify()
+    /// will be called.
+    EdgeClassifier(const UnwrapSettings& settings, MIntArray* seam_pairs, bool classifies)
+        : settings_(settings), seam_pairs_(seam_pairs),
+          looks_for_creases_(classifies && (settings.use_grooves || settings.use_ridges)) {}
 
     /// Reads the edges of the mesh, the first step. Errors: as for the table.
     MStatus read_edges(MObject& mesh, uint32_t vertex_count) {
@@ -45,6 +47,9 @@ public:
     void classify(int polygon, const MIntArray& ids, const MPointArray& points, unsigned k,
                   MeshData& data);
 
+    /// What classify() does about seam pairs, for the edge between two vertices of a triangle.
+    void note_borders(int from, int to) { note_borders(edges_.between(from, to), from, to); }
+
 private:
     struct Normal {
         double x, y, z;
@@ -52,7 +57,6 @@ private:
     /// Whether any edge of a vertex is a crease; computed on first use.
     enum SelfCrease : uint8_t { k_unknown, k_no_crease, k_some_crease };
 
-    bool looks_for_creases() const { return settings_.use_grooves || settings_.use_ridges; }
     MStatus read_normals(MItMeshPolygon& polygons, uint32_t polygon_count);
     /// Zero for a polygon that does not exist.
     MVector normal(int polygon) const;
@@ -63,6 +67,7 @@ private:
 
     const UnwrapSettings& settings_;
     MIntArray* const seam_pairs_;
+    const bool looks_for_creases_;
     EdgeTable edges_;
     WorkBuffer<uint32_t> border_counts_; ///< per edge, how often it is listed as a UV border
     WorkBuffer<Normal> normals_;         ///< per polygon; only when creases are looked for

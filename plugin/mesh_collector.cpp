@@ -59,8 +59,10 @@ private:
 
 class Collector {
 public:
-    Collector(const UnwrapSettings& settings, MObject& mesh, MeshData& data, MIntArray* seam_pairs)
-        : settings_(settings), mesh_(mesh), data_(data), classifier_(settings, seam_pairs) {}
+    /// `data`: null if only the seam pairs are wanted.
+    Collector(const UnwrapSettings& settings, MObject& mesh, MeshData* data, MIntArray* seam_pairs)
+        : settings_(settings), mesh_(mesh), data_(data),
+          classifier_(settings, seam_pairs, data != nullptr) {}
 
     MStatus run();
 
@@ -71,11 +73,12 @@ private:
     MStatus read_polygons(MItMeshPolygon& polygons, uint32_t polygon_count);
     MStatus read_polygon(MItMeshPolygon& polygon);
     void read_triangles(MItMeshPolygon& polygon, CornerList* corners);
+    void read_seams(MItMeshPolygon& polygon);
     void read_triangle(MItMeshPolygon& polygon, int triangle);
 
     const UnwrapSettings& settings_;
     MObject& mesh_;
-    MeshData& data_;
+    MeshData* const data_;
     EdgeClassifier classifier_;
     CornerPlaces places_;
     MString uv_set_;
@@ -100,10 +103,10 @@ MStatus Collector::read_vertices() {
     if (!status)
         return fail_with(k_no_mesh, status);
     vertex_count_ = points.length();
-    for (uint32_t i = 0; i < vertex_count_; ++i) {
+    for (uint32_t i = 0; data_ != nullptr && i < vertex_count_; ++i) {
         const MPoint& p = points[i];
-        data_.vertices.append({static_cast<float>(p.x), static_cast<float>(p.y),
-                               static_cast<float>(p.z), 0.0f, 0.0f});
+        data_->vertices.append({static_cast<float>(p.x), static_cast<float>(p.y),
+                                static_cast<float>(p.z), 0.0f, 0.0f});
     }
     uv_set_ = mesh_fn.currentUVSetName(&status);
     if (!status || uv_set_.length() == 0)
@@ -123,7 +126,7 @@ MStatus Collector::prepare(MItMeshPolygon& polygons, uint32_t& polygon_count) {
     if (!status)
         return fail_with(k_not_iterated, status);
     status = classifier_.prepare(vertex_count_, polygons, polygon_count, seam_edges);
-    if (status && !places_.prepare(vertex_count_))
+    if (status && data_ != nullptr && !places_.prepare(vertex_count_))
         status = MS::kInsufficientMemory;
     return status ? status : fail_with(k_no_faces, status);
 }
@@ -160,7 +163,7 @@ MStatus Collector::read_polygons(MItMeshPolygon& polygons, uint32_t polygon_coun
     const int64_t count = polygon_count;
     int64_t i = 0;
     for (polygons.reset(); !polygons.isDone(); ++i) {
-        if (count > 0)
+        if (count > 0 && progress_reserved)
             show_percent(static_cast<int32_t>(std::min(i, count) * 100 / count));
         MStatus status = read_polygon(polygons);
         if (!status)
@@ -179,12 +182,16 @@ MStatus Collector::read_polygon(MItMeshPolygon& polygon) {
         return fail_with(k_no_vertices, status);
     if (!has_vertices(polygon_))
         return fail_with(k_no_vertices, MS::kFailure);
+    if (data_ == nullptr) {
+        read_seams(polygon);
+        return MS::kSuccess;
+    }
     if (!places_.set_polygon(polygon_))
         return fail_with(k_no_vertices, MS::kInsufficientMemory);
     // If memory runs out the list is left out, like any element that an array cannot take.
     CornerList* const corners = new_corner_list();
     read_triangles(polygon, corners);
-    if (corners != nullptr && !data_.face_corners.append(corners))
+    if (corners != nullptr && !data_->face_corners.append(corners))
         free_corner_list(corners);
     places_.forget_polygon(polygon_);
     return MS::kSuccess;
@@ -211,12 +218,22 @@ void Collector::read_triangles(MItMeshPolygon& polygon, CornerList* corners) {
     for (int t = 0; t < count; ++t) {
         read_triangle(polygon, t);
         for (unsigned k = 0; k < 3; ++k) {
-            data_.indices.append(static_cast<uint32_t>(ids_[k]));
+            data_->indices.append(static_cast<uint32_t>(ids_[k]));
             if (corners != nullptr)
                 places_.append_places(ids_[k], *corners);
         }
         for (unsigned k = 0; k < 3; ++k)
-            classifier_.classify(id, ids_, points_, k, data_);
+            classifier_.classify(id, ids_, points_, k, *data_);
+    }
+}
+
+void Collector::read_seams(MItMeshPolygon& polygon) {
+    int count = 0;
+    polygon.numTriangles(count);
+    for (int t = 0; t < count; ++t) {
+        read_triangle(polygon, t);
+        for (unsigned k = 0; k < 3; ++k)
+            classifier_.note_borders(ids_[k], ids_[(k + 1) % 3]);
     }
 }
 
@@ -229,5 +246,11 @@ MStatus collect_mesh_data(const Unwrapper& unwrapper, MObject& mesh, MeshData& d
     free_corner_lists(data.face_corners);
     if (seam_pairs != nullptr)
         seam_pairs->clear();
-    return Collector(unwrapper.settings(), mesh, data, seam_pairs).run();
+    return Collector(unwrapper.settings(), mesh, &data, seam_pairs).run();
+}
+
+MStatus collect_mesh_data(const Unwrapper& unwrapper, MObject& mesh, MIntArray* seam_pairs) {
+    if (seam_pairs != nullptr)
+        seam_pairs->clear();
+    return Collector(unwrapper.settings(), mesh, nullptr, seam_pairs).run();
 }

@@ -23,3 +23,7 @@ class Unwrapper;
 /// Cost:   O(corners log valence); shows percent of polygons done in the progress window if held.
 MStatus collect_mesh_data(const Unwrapper& unwrapper, MObject& mesh, MeshData& data,
                           MIntArray* seam_pairs);
+
+/// The same for the seam pairs alone: reads what the other reads, normals for creases excepted, and
+/// keeps nothing else.
+MStatus collect_mesh_data(const Unwrapper& unwrapper, MObject& mesh, MIntArray* seam_pairs);

@@ -77,7 +77,8 @@ MStatus Unwrapper::run_stages(MObject& mesh, MIntArray* existing_seams, MIntArra
     if (!status)
         return status;
 
-    status = collect_mesh_data(*this, mesh, data, new_seams);
+    free_corner_lists(data.face_corners);
+    status = collect_mesh_data(*this, mesh, new_seams);
     if (status && new_seams != nullptr)
         subtract_seams(*new_seams, existing_seams != nullptr ? *existing_seams : MIntArray());
     return status;
