@@ -32,7 +32,9 @@ def main():
             window.wait_said(TOLD)
             for cut in range(cuts):
                 count = len(re.findall(TOLD, window.said()))
-                window.statement(f'select ball.e[{173 * cut + 5000}]; print("picked\\n");', "picked\n")
+                vertex = 173 * cut + 500  # a cut of one edge alone would open nothing
+                window.statement(f'select -cl; polySelect -sep {vertex} {vertex + 3} ball; print("picked\\n");',
+                                 "picked\n")
                 window.key("F2", "c")
                 window.wait_said(TOLD, count + 1)
             times = [float(time) for time in re.findall(TOLD, window.said())][-cuts:]

@@ -47,7 +47,7 @@ void Flattener::relax_without_harm(const Chart& c, int sweeps) {
 
 void Flattener::flatten_further(Chart& c, const std::function<bool()>& goes_on) {
     constexpr int k_rounds = 40;
-    constexpr double k_least_share = 0.01, k_least_gain = 0.002;
+    constexpr double k_least_share = 0.01, k_least_gain = 0.05;
     load(c);
     Patch& patch = copy.patch;
     std::vector<Vec2> best = patch.uv;

@@ -20,8 +20,11 @@ constexpr double k_hard_pair = 0.5;
 /// and it must not waste the texture. Both rules fade out between here and 1.
 constexpr double k_usual_stretch = 0.15;
 
+/// A chart with more is likely not to need it; below, global steps gain too little for their time.
+constexpr double k_much_stretch = 0.2;
+
 /// Lowers the stretch of charts. Where more than the usual stretch is allowed, charts that have
-/// more were made for few seams, and most of it is not needed.
+/// much were made for few seams, and most of it is not needed.
 bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
     const int sweeps = stages.flattener.options.thorough ? 8 : 2;
     std::vector<Chart>& charts = stages.set.charts;
@@ -35,7 +38,7 @@ bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
             return;
         const auto lease = flatteners.lease(another);
         if (stages.max_stretch > k_usual_stretch + 1e-6 &&
-            charts[i].stretch.worst_l2() > stretch_limit(float(k_usual_stretch)))
+            charts[i].stretch.worst_l2() > stretch_limit(float(k_much_stretch)))
             lease->flatten_further(charts[i], [&] { return progress.poll(); });
         lease->polish(charts[i], sweeps);
     });
