@@ -318,15 +318,17 @@ double doublings(double ratio) {
 }
 
 /// The coverage that so many other charts must exceed to be better than a layout: its own, and
-/// enough for those that are more, or as much if they are fewer.
+/// enough for those that are more, or as much if they are fewer. Who allows more stretch than usual
+/// wants fewer charts: there nothing is enough for more.
 double to_exceed(const Layout& layout, uint32_t other_charts, const Options& options) {
     const double covered = layout.packing.coverage;
     const double charts = layout.charts.chart_count(), others = other_charts;
     if (others <= charts)
         return covered - (others < charts ? k_equal_coverage : 0);
-    const double price = k_coverage_of_doubling * worth_of_charts(reluctance(options)) /
-                         std::max(1.0, effort_factor(options.effort));
-    return reluctance(options) < 1 ? covered + price * doublings(others / charts) : 1;
+    if (reluctance(options) > 0)
+        return 1;
+    const double price = k_coverage_of_doubling / std::max(1.0, effort_factor(options.effort));
+    return covered + price * doublings(others / charts);
 }
 
 /// Whether another layout is better. One that seemed hopeless when it was begun is not, since it

@@ -955,6 +955,16 @@ std::vector<BothModes> tori_in_both_modes(float stretch) {
     return tori;
 }
 
+TEST(AtlasBestLayout, WhoAllowsMoreStretchThanUsualGetsNoMoreChartsForTheRoomThatFastModeFills) {
+    int declined = 0;
+    for (const BothModes& modes : tori_in_both_modes(0.16f)) {
+        EXPECT_FALSE(modes.fast.charts > modes.merged &&
+                     modes.fast.coverage == modes.quality.coverage);
+        declined += modes.fast.charts > modes.quality.charts && modes.fast_covers_more();
+    }
+    EXPECT_GT(declined, 0) << "fast mode's charts are no temptation";
+}
+
 TEST(AtlasBestLayout, WhoAllowsHalfOfTheSamplingRateToBeLostGetsNoMoreChartsForMoreRoom) {
     int declined = 0;
     for (const BothModes& modes : tori_in_both_modes(0.5f)) {
