@@ -17,7 +17,7 @@ def run(*words, **options):
     # Into files: processes that Wine leaves running would keep a pipe open.
     with tempfile.TemporaryFile("w+") as out, tempfile.TemporaryFile("w+") as errors:
         done = subprocess.run([str(word) for word in words], stdin=subprocess.DEVNULL, stdout=out, stderr=errors,
-                              timeout=600, **options)
+                              timeout=1500, **options)  # compiling takes long on a busy machine
         out.seek(0)
         errors.seek(0)
         return subprocess.CompletedProcess(done.args, done.returncode, out.read(), errors.read())
