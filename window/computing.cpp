@@ -71,6 +71,8 @@ void Application::run_statements(const std::string& statements) {
         state_.glyphs.note(line.text);
     if (state_.subject.shape && (!had_mesh || before != state_.subject.shape.get()))
         panels_->frame_all();
+    if (has_unwrapped_ && !has_failed_ && !was_cancelled)
+        uvs_->frame_all(state_); // the place that it showed means nothing in another layout
     state_.status = was_cancelled ? "Cancelled; the scene is as it was before"
                                   : summary(statements, map_revision, islands);
     set_title();

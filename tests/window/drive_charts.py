@@ -106,12 +106,29 @@ def pick_both(window):
     tell("picked both charts")
 
 
+def see_a_new_layout(window):
+    """However close the texture was looked at, an unwrap shows all of it."""
+    def distance():
+        return window.place("chart/2")[0] - window.place("chart/1")[0]
+    window.click("result/Worst stretch")
+    window.wait(lambda: window.has("lit/1") or window.has("lit/2"), "a chart to be framed")
+    window.click("tool/Along my seams")
+    window.wait_said("Charts_result")
+    window.settle()
+    shown = distance()
+    window.key("F3", "a")
+    window.settle()
+    fail_unless(abs(distance() - shown) < 4, f"not all of the new layout is shown: {shown}, {distance()}")
+    tell("saw all of a new layout")
+
+
 def drive(window, scratch):
     find_the_worst(window)
     scale_by_number(window, scratch)
     turn_and_scale_by_mouse(window, scratch)
     pack_around_a_locked_chart(window, scratch)
     pick_both(window)
+    see_a_new_layout(window)
     quit_without_saving(window)
 
 
