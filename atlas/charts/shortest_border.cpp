@@ -1,7 +1,5 @@
 #include "atlas/charts/shortest_border.h"
 
-#include "atlas/geometry/min_cut.h"
-
 #include <algorithm>
 
 namespace tessora::atlas {
@@ -102,7 +100,8 @@ void ShortestBorder::weigh() {
 
 /// Lists the atoms that the minimum cut puts on the other side, if that is worth it.
 void ShortestBorder::cut() {
-    MinCut graph(uint32_t(band_.size()));
+    MinCut& graph = graph_;
+    graph.reset(uint32_t(band_.size()));
     const auto end_of = [&](uint32_t chart) {
         return chart == pair_[0] ? graph.source() : graph.sink();
     };

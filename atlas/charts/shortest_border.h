@@ -10,6 +10,7 @@
 #include "atlas/charts/chart_set.h"
 #include "atlas/charts/clusters.h"
 #include "atlas/geometry/buckets.h"
+#include "atlas/geometry/min_cut.h"
 
 namespace tessora::atlas {
 
@@ -49,6 +50,7 @@ private:
     };
     std::vector<Edge> edges_;
     double heaviest_ = 0; ///< weight of an edge
+    MinCut graph_{0};
     std::vector<uint32_t> moving_;
 };
 

@@ -11,7 +11,9 @@ namespace tessora::atlas {
 class MinCut {
 public:
     /// A graph without edges, with the given number of nodes beside source and sink.
-    explicit MinCut(uint32_t nodes);
+    explicit MinCut(uint32_t nodes) { reset(nodes); }
+    /// The same, again; keeps the memory.
+    void reset(uint32_t nodes);
     /// Edges between two nodes, or between a node and source() or sink(). Capacities are at least 0
     /// and their sum is below 2^63.
     void add_edge(uint32_t a, uint32_t b, int64_t capacity);
@@ -28,13 +30,16 @@ private:
         uint32_t head;
         int64_t left; ///< residual capacity
     };
+    void sort_arcs();
     bool find_levels();
     int64_t augment();
+    int64_t send_along_path();
 
-    uint32_t node_count_;
+    uint32_t node_count_ = 0;
     std::vector<Arc> arc_; ///< arcs 2i and 2i + 1 are the two directions of edge i
-    std::vector<std::vector<uint32_t>> arcs_of_;
-    std::vector<uint32_t> level_, next_; ///< per node: edges from the source; arc to try next
+    /// The arcs from node a are listed_[begin_[a]] to listed_[begin_[a + 1] - 1].
+    std::vector<uint32_t> begin_, listed_;
+    std::vector<uint32_t> level_, next_; ///< per node: edges from the source; place to try next
     std::vector<uint32_t> path_;         ///< workspace: of arcs, or the queue of find_levels
 };
 

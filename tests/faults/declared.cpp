@@ -61,7 +61,7 @@ const Declared k_other_status[] = {
     {"MDagPath::node", "insertDuplicate"},               // the same
     {"MDGModifier::createNode", "createModifierNode"},   // the status of the connection counts
     {"MFnPlugin::MFnPlugin", "uninitializePlugin"},      // that of the first deregistration
-    {"MItMeshPolygon::isDone", "collect_mesh_data"},     // kFailure: the iteration ended early
+    {"MItMeshPolygon::isDone", "Collector::run"},     // kFailure: the iteration ended early
     // A list that stays too short, which the host refuses later.
     {"MFloatArray::append", "apply_uvs"},
     {"MIntArray::append", "apply_uvs"},
@@ -112,15 +112,15 @@ const Stated k_stated[] = {
     // Collecting and applying.
     {"M3dView::active3dView", "Unwrapper::run_stages", "Could not access Maya HWND.\n"},
     {"M3dView::applicationShell", "Unwrapper::run_stages", "Could not access Maya HWND.\n"},
-    {"MItMeshPolygon::MItMeshPolygon", "collect_mesh_data", k_no_faces},
-    {"MItMeshEdge::MItMeshEdge", "collect_mesh_data", k_no_faces},
-    {"MItMeshVertex::MItMeshVertex", "collect_mesh_data", k_no_faces},
-    {"MFnMesh::setObject", "collect_mesh_data",
+    {"MItMeshPolygon::MItMeshPolygon", "Collector::run", k_no_faces},
+    {"MItMeshEdge::MItMeshEdge", "Collector::run", k_no_faces},
+    {"MItMeshVertex::MItMeshVertex", "Collector::run", k_no_faces},
+    {"MFnMesh::setObject", "Collector::run",
      "Data collector could not retrieve mesh_fn from mesh.\n"},
-    {"MFnMesh::getPoints", "collect_mesh_data",
+    {"MFnMesh::getPoints", "Collector::run",
      "Data collector could not retrieve mesh_fn from mesh.\n"},
-    {"MItMeshPolygon::count", "collect_mesh_data", "Data collector could not iterate triangles.\n"},
-    {"MItMeshPolygon::getVertices", "collect_mesh_data",
+    {"MItMeshPolygon::count", "Collector::run", "Data collector could not iterate triangles.\n"},
+    {"MItMeshPolygon::getVertices", "Collector::run",
      "Data collector could not retrieve vertices from faces.\n"},
     {"MItMeshPolygon::MItMeshPolygon", "apply_uvs",
      "Data updater could not retrieve faces from mesh\n"},
