@@ -29,23 +29,29 @@ void MinCut::sort_arcs() {
         listed_[next_[arc_[a ^ 1].head]++] = uint32_t(a);
 }
 
-/// Numbers the nodes by their distance from the source over arcs with capacity left, as far as the
-/// sink. False if that is not reached.
+/// Numbers the nodes by their distance to the sink over arcs with capacity left, as far as the
+/// source: paths that follow the numbers then have few dead ends. False if that is not reached.
 bool MinCut::find_levels() {
-    std::fill(level_.begin(), level_.end(), k_unreached);
     std::copy(begin_.begin(), begin_.end() - 1, next_.begin());
-    path_.assign(1, source());
-    level_[source()] = 0;
+    return spread(sink(), source(), 1);
+}
+
+/// Numbers the nodes by their distance from `from`, as far as `to`, over arcs with capacity left:
+/// arcs back to `from` if `back` is 1. Returns whether `to` is reached.
+bool MinCut::spread(uint32_t from, uint32_t to, uint32_t back) {
+    std::fill(level_.begin(), level_.end(), k_unreached);
+    path_.assign(1, from);
+    level_[from] = 0;
     for (size_t i = 0; i < path_.size(); ++i) {
         const uint32_t node = path_[i];
         for (uint32_t k = begin_[node]; k < begin_[node + 1]; ++k) {
-            const Arc& arc = arc_[listed_[k]];
-            if (arc.left <= 0 || level_[arc.head] != k_unreached)
+            const uint32_t a = listed_[k], next = arc_[a].head;
+            if (level_[next] != k_unreached || arc_[a ^ back].left <= 0)
                 continue;
-            level_[arc.head] = level_[node] + 1;
-            if (arc.head == sink())
+            level_[next] = level_[node] + 1;
+            if (next == to)
                 return true;
-            path_.push_back(arc.head);
+            path_.push_back(next);
         }
     }
     return false;
@@ -65,7 +71,7 @@ int64_t MinCut::augment() {
             path_.resize(kept);
         } else if (next_[at] < begin_[at + 1]) {
             const uint32_t a = listed_[next_[at]];
-            if (arc_[a].left > 0 && level_[arc_[a].head] == level_[at] + 1) {
+            if (arc_[a].left > 0 && level_[arc_[a].head] + 1 == level_[at]) {
                 path_.push_back(a);
                 at = arc_[a].head;
             } else {
@@ -97,6 +103,7 @@ int64_t MinCut::solve() {
     sort_arcs();
     while (find_levels())
         cut += augment();
+    spread(source(), sink(), 0); // for on_source_side()
     return cut;
 }
 

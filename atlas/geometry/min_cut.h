@@ -32,6 +32,7 @@ private:
     };
     void sort_arcs();
     bool find_levels();
+    bool spread(uint32_t from, uint32_t to, uint32_t back);
     int64_t augment();
     int64_t send_along_path();
 
@@ -39,7 +40,7 @@ private:
     std::vector<Arc> arc_; ///< arcs 2i and 2i + 1 are the two directions of edge i
     /// The arcs from node a are listed_[begin_[a]] to listed_[begin_[a + 1] - 1].
     std::vector<uint32_t> begin_, listed_;
-    std::vector<uint32_t> level_, next_; ///< per node: edges from the source; place to try next
+    std::vector<uint32_t> level_, next_; ///< per node: edges to the sink; place to try next
     std::vector<uint32_t> path_;         ///< workspace: of arcs, or the queue of find_levels
 };
 
