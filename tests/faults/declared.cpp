@@ -61,7 +61,7 @@ const Declared k_other_status[] = {
     {"MDagPath::node", "insertDuplicate"},               // the same
     {"MDGModifier::createNode", "createModifierNode"},   // the status of the connection counts
     {"MFnPlugin::MFnPlugin", "uninitializePlugin"},      // that of the first deregistration
-    {"MItMeshPolygon::isDone", "Collector::run"},     // kFailure: the iteration ended early
+    {"MItMeshPolygon::isDone", "Collector::run"},        // kFailure: the iteration ended early
     // A list that stays too short, which the host refuses later.
     {"MFloatArray::append", "apply_uvs"},
     {"MIntArray::append", "apply_uvs"},
