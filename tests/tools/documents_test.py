@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that the files and folders that documents name exist."""
+"""Checks that the files and folders that documents name exist, and that flags are told."""
 
 import pathlib
 import re
@@ -46,6 +46,12 @@ class Documents(unittest.TestCase):
 
     def test_linked_files_exist(self):
         self.assertEqual(self.missing(LINKED, lambda document: (ROOT / document).parent), [])
+
+    def test_all_flags_of_the_command_are_told(self):
+        flags = re.findall(r'\{"(-\w+)", "(-\w+)",', (ROOT / "plugin/command_flags.h").read_text())
+        self.assertGreater(len(flags), 10)
+        told = (ROOT / "docs/scripts.md").read_text()
+        self.assertEqual([pair for pair in flags if f"`{pair[0]} {pair[1]}`" not in told], [])
 
 
 if __name__ == "__main__":
