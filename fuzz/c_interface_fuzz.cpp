@@ -162,6 +162,7 @@ tessora_options random_options(FuzzedDataProvider& input) {
     options.stack = input.ConsumeBool();
     options.cut_to_pack = input.ConsumeIntegral<uint8_t>() % 8 == 0;
     options.texture_uvs = input.ConsumeBool();
+    options.effort = input.ConsumeBool() ? 4 : input.ConsumeIntegralInRange<int32_t>(-1, 5);
     options.threads = input.ConsumeIntegralInRange<uint32_t>(0, 3);
     if (input.ConsumeIntegral<uint8_t>() % 16 == 0)
         options.progress = [](const char*, float fraction, void*) { return int(fraction > 0.5f); };

@@ -152,7 +152,7 @@ using Atlas = atlas::PolygonAtlas;
 
 std::unique_ptr<Atlas> create(const Polygons& polygons, float stretch, uint32_t max_charts,
                               uint32_t width, uint32_t height, float gutter, bool quality,
-                              bool stack, bool cut_to_pack, uint32_t thread_count,
+                              bool stack, bool cut_to_pack, uint32_t thread_count, int effort,
                               const py::object& progress) {
     const atlas::Fault bad = atlas::check_threads(thread_count);
     if (bad.status != atlas::Status::ok)
@@ -167,6 +167,7 @@ std::unique_ptr<Atlas> create(const Polygons& polygons, float stretch, uint32_t 
     options.quality = quality ? atlas::Quality::quality : atlas::Quality::fast;
     options.stack = stack;
     options.cut_to_pack = cut_to_pack;
+    options.effort = effort;
     options.executor = threads.executor();
     Watch watch(progress, atlas::Stage::surface);
     watch.attach(options);

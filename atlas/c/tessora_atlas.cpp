@@ -128,6 +128,7 @@ tessora_options default_options() {
     options.quality = TESSORA_FAST;
     options.texture_uvs = 1;
     options.threads = 1;
+    options.effort = defaults.effort;
     return options;
 }
 
@@ -197,6 +198,7 @@ struct UnwrapCall {
         options.max_charts = taken.max_charts;
         options.stack = taken.stack != 0;
         options.cut_to_pack = taken.cut_to_pack != 0;
+        options.effort = taken.effort;
         space = taken.texture_uvs != 0 ? atlas::UvSpace::texture : atlas::UvSpace::isotropic;
         if (bad.status == atlas::Status::ok && options.executor == nullptr)
             options.executor = threads.emplace(taken.threads).executor();

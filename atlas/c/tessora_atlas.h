@@ -143,6 +143,8 @@ typedef struct tessora_options {
     tessora_parallel_for parallel_for; /* default null: `threads` says what is used */
     uint32_t threads; /* of this library, the calling one included; 0 = one a processor; default 1.
                        * WebAssembly has one */
+    int32_t effort;   /* for the layout, 0 to 10; each step from 4 on about doubles the time; in
+                       * quality mode more effort also makes other cuts; default 4 */
 } tessora_options;
 
 typedef struct tessora_error {

@@ -324,20 +324,34 @@ Fault read_uvs(const PolygonUvs& uvs, const MeshArrays& mesh, UvArrays& arrays) 
     return bad;
 }
 
+namespace {
+
+Fault check_effort(int effort) {
+    if (effort < 0 || effort > k_max_effort)
+        return fault(Status::invalid_argument, k_none, "effort is %d; it must be 0 to %d", effort,
+                     k_max_effort);
+    return {};
+}
+
+} // namespace
+
 Fault check_options(const Options& options, bool packs) noexcept {
     if (!(options.max_stretch >= 0.0f && options.max_stretch <= 1.0f))
         return fault(Status::invalid_argument, k_none, "max_stretch is %g; it must be 0 to 1",
                      double{options.max_stretch});
-    return packs ? check_texture(options.width, options.height, options.gutter) : Fault();
+    const Fault bad = check_effort(options.effort);
+    return packs && bad.status == Status::ok
+               ? check_texture(options.width, options.height, options.gutter)
+               : bad;
 }
 
 Fault check_options(const PackSettings& settings) noexcept {
     if (settings.tiles < 1 || settings.tiles > 100)
         return fault(Status::invalid_argument, k_none, "tiles is %u; it must be 1 to 100",
                      settings.tiles);
-    if (settings.effort < 0 || settings.effort > 10)
-        return fault(Status::invalid_argument, k_none, "effort is %d; it must be 0 to 10",
-                     settings.effort);
+    const Fault bad = check_effort(settings.effort);
+    if (bad.status != Status::ok)
+        return bad;
     if (settings.density == Density::fixed &&
         !(settings.texels_per_unit > 0 && std::isfinite(settings.texels_per_unit)))
         return fault(Status::invalid_argument, k_none,

@@ -54,6 +54,8 @@ class UnwrapSettings(TextureSettings):
                             default=0, min=0)
     threads: IntProperty(name="Threads", description="0 = one a processor. The result does not depend on it", default=0,
                          min=0, max=1024)
+    effort: IntProperty(name="Effort", description="For the layout; each step from 4 on about doubles the time", default=4,
+                        min=0, max=10)
 
 
 class PackSettings(TextureSettings):
@@ -201,7 +203,7 @@ class UV_OT_tessora_unwrap(EngineOperator, UnwrapSettings, bpy.types.Operator):
         mesh = meshes.join(self._parts, self.use_seams)
         options = {"max_stretch": self.stretch, "width": self.width, "height": self.height, "gutter": self.gutter,
                    "quality": int(self.quality), "stack": int(self.stack), "max_charts": self.max_charts,
-                   "threads": self.threads}
+                   "threads": self.threads, "effort": self.effort}
         return Job(lambda progress: library.unwrap(mesh, progress, **options))
 
     def _summary(self, atlas):

@@ -47,7 +47,7 @@ class _Options(ctypes.Structure):
     _fields_ = [("struct_size", ctypes.c_size_t), ("max_stretch", ctypes.c_float), ("max_charts", ctypes.c_uint32),
                 ("width", ctypes.c_uint32), ("height", ctypes.c_uint32), ("gutter", ctypes.c_float),
                 ("quality", ctypes.c_int32), ("stack", ctypes.c_int32), ("cut_to_pack", ctypes.c_int32),
-                ("texture_uvs", ctypes.c_int32)] + _CALLBACKS + [("threads", ctypes.c_uint32)]
+                ("texture_uvs", ctypes.c_int32)] + _CALLBACKS + [("threads", ctypes.c_uint32), ("effort", ctypes.c_int32)]
 
 
 class _PackOptions(ctypes.Structure):

@@ -175,7 +175,7 @@ class Atlas:
 
 def unwrap(vertices, faces, *, offsets=None, stretch=0.15, width=512, height=512, gutter=2.0, quality="fast",
            cuts=None, normals=None, weld=False, max_charts=0, stack=False, cut_to_pack=False, threads=0,
-           progress=None):
+           effort=4, progress=None):
     """Unwraps a mesh to a texture and returns an Atlas.
 
     vertices: numbers of shape (n, 3), any unit
@@ -194,6 +194,8 @@ def unwrap(vertices, faces, *, offsets=None, stretch=0.15, width=512, height=512
         quality mode does so by itself where several charts share the texture and stretch is below 0.5
     threads: that large meshes are unwrapped on, the calling one included; 0 = one a processor. The result does
         not depend on it
+    effort: for the layout, 0 to 10; each step from 4 on about doubles the time. In quality mode more effort also
+        makes other cuts
     progress: called with (stage, fraction), a text and 0 to 1. What it raises stops the work and is raised
         here; so is KeyboardInterrupt.
 
@@ -204,7 +206,7 @@ def unwrap(vertices, faces, *, offsets=None, stretch=0.15, width=512, height=512
     polygons, _ = _polygons(vertices, faces, offsets, cuts, normals, weld)
     return Atlas(_engine.create(polygons, stretch, _whole("max_charts", max_charts), _whole("width", width),
                                 _whole("height", height), gutter, bool(_choice("quality", quality, ["fast", "quality"])),
-                                bool(stack), bool(cut_to_pack), _whole("threads", threads), progress))
+                                bool(stack), bool(cut_to_pack), _whole("threads", threads), _whole("effort", effort), progress))
 
 
 def pack(vertices, faces, uvs, *, offsets=None, charts=None, keep=None, width=512, height=512, gutter=2.0, tiles=1,

@@ -66,6 +66,7 @@ def unwrap(
     stack: bool = ...,
     cut_to_pack: bool = ...,
     threads: int = ...,
+    effort: int = ...,
     progress: Optional[Progress] = ...,
 ) -> Atlas: ...
 def pack(

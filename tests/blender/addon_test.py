@@ -86,6 +86,14 @@ class Unwrap(Case):
         bpy.ops.uv.tessora_unwrap(quality=True, stretch=0.3)
         self.assert_same_bits_as_python(suzanne, quality="quality", stretch=0.3)
 
+    def test_effort_is_handed_on(self):
+        suzanne = self.add("monkey")
+        bpy.ops.uv.tessora_unwrap(effort=0)
+        self.assert_same_bits_as_python(suzanne, effort=0)
+        without = uvs_of(suzanne)
+        bpy.ops.uv.tessora_unwrap()
+        self.assertFalse((uvs_of(suzanne) == without).all())
+
     def test_a_mesh_of_100000_faces(self):
         sphere = self.add("uv_sphere", segments=400, ring_count=251)
         self.assertGreater(len(sphere.data.polygons), 100000)

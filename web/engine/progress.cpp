@@ -10,7 +10,8 @@ static_assert(sizeof(tessora_mesh) == 124 && offsetof(tessora_mesh, positions) =
               offsetof(tessora_mesh, cuts) == 52 && offsetof(tessora_mesh, normals) == 68 &&
               offsetof(tessora_mesh, normals_per_corner) == 116 &&
               offsetof(tessora_mesh, weld) == 120);
-static_assert(sizeof(tessora_options) == 56 && offsetof(tessora_options, max_stretch) == 4 &&
+static_assert(sizeof(tessora_options) == 60 && offsetof(tessora_options, effort) == 56 &&
+              offsetof(tessora_options, max_stretch) == 4 &&
               offsetof(tessora_options, max_charts) == 8 &&
               offsetof(tessora_options, width) == 12 && offsetof(tessora_options, height) == 16 &&
               offsetof(tessora_options, gutter) == 20 && offsetof(tessora_options, quality) == 24 &&

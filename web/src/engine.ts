@@ -31,8 +31,8 @@ const STATUSES: (Status | 'ok')[] = ['ok', 'invalid_argument', 'index_out_of_ran
 
 // Members of the C interface's structs, in bytes; web/engine/progress.cpp checks them against the header.
 export const MESH = { size: 124, positions: 4, indices: 20, offsets: 36, cuts: 52, normals: 68, normalsPerCorner: 116, weld: 120 };
-export const OPTIONS = { size: 56, stretch: 4, maxCharts: 8, width: 12, height: 16, gutter: 20, quality: 24, stack: 28,
-  cutToPack: 32, progress: 40, user: 44 };
+export const OPTIONS = { size: 60, stretch: 4, maxCharts: 8, width: 12, height: 16, gutter: 20, quality: 24, stack: 28,
+  cutToPack: 32, progress: 40, user: 44, effort: 56 };
 export const UVS = { size: 52, uvs: 4, charts: 20, keep: 36 };
 export const PACK = { size: 72, width: 4, height: 8, gutter: 12, tiles: 16, turns: 20, align: 24, density: 28, stack: 32,
   effort: 36, quality: 40, texelsPerUnit: 48, progress: 56 };

@@ -140,6 +140,7 @@ function writeOptions(call: Call, options: SyncOptions): number {
   set(OPTIONS.width, count(options, 'width'), 'setInt');
   set(OPTIONS.height, count(options, 'height'), 'setInt');
   set(OPTIONS.maxCharts, count(options, 'maxCharts'), 'setInt');
+  set(OPTIONS.effort, count(options, 'effort'), 'setInt');
   set(OPTIONS.quality, choice('quality', options.quality ?? 'fast', QUALITIES), 'setInt');
   set(OPTIONS.stack, options.stack ? 1 : 0, 'setInt');
   set(OPTIONS.cutToPack, options.cutToPack ? 1 : 0, 'setInt');

@@ -38,6 +38,8 @@ export interface Options {
   stack?: boolean;
   /** Cuts large charts in two where all charts can then be larger. Default false. */
   cutToPack?: boolean;
+  /** For the layout, 0 to 10; each step from 4 on about doubles the time. In quality mode more makes other cuts. Default 4. */
+  effort?: number;
 }
 
 /** New texture coordinates. Corners and their order are the mesh's. */

@@ -56,6 +56,12 @@ test('vertices split at normals are joined unless weld is false', () => {
   welded.indices.forEach((vertex, corner) => assert.equal(welded.vertices[vertex], shape.indices[corner]));
 });
 
+test('more effort gives another layout', () => {
+  const shape = grid(60, 40, ball), usual = tessora.unwrap(shape);
+  assert.deepEqual(tessora.unwrap(shape, { effort: 4 }), usual);
+  assert.notDeepEqual(tessora.unwrap(shape, { effort: 0 }).uvs, usual.uvs);
+});
+
 test('cuts become seams', () => {
   const atlas = tessora.unwrap({ ...cube, cuts: new Uint8Array(24).fill(1) });
   assert.equal(atlas.chartCount, 6);
@@ -180,6 +186,7 @@ test('options that make no sense are refused', () => {
   fails('invalid_argument', /width is -1/, () => tessora.unwrap(cube, { width: -1 }));
   fails('invalid_argument', /height is 1.5/, () => tessora.unwrap(cube, { height: 1.5 }));
   fails('invalid_argument', /quality is 'best'/, () => tessora.unwrap(cube, { quality: 'best' }));
+  fails('invalid_argument', /effort is 11; it must be 0 to 10/, () => tessora.unwrap(cube, { effort: 11 }));
   fails('invalid_argument', /stretch/, () => tessora.unwrap(cube, { stretch: NaN }));
 });
 

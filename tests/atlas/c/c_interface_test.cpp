@@ -287,6 +287,25 @@ TEST(CInterface, GivesTheSameBitsForAnyNumberOfThreads) {
     }
 }
 
+TEST(CInterface, MoreEffortGivesAnotherLayout) {
+    const LargeMesh shape;
+    tessora_options options = defaults();
+    EXPECT_EQ(options.effort, 4);
+    const std::vector<float> usual = uvs_of(shape, options);
+    options.effort = 0;
+    EXPECT_NE(uvs_of(shape, options), usual);
+}
+
+TEST(CInterface, RefusesEffortsOutOfRange) {
+    const tessora_mesh mesh = square();
+    tessora_options options = defaults();
+    for (const int32_t effort : {-1, 11}) {
+        options.effort = effort;
+        EXPECT_EQ(failure(&mesh, &options, TESSORA_INVALID_ARGUMENT),
+                  "effort is " + std::to_string(effort) + "; it must be 0 to 10");
+    }
+}
+
 TEST(CInterface, RefusesTooManyThreads) {
     const tessora_mesh mesh = square();
     tessora_options options = defaults();
