@@ -205,10 +205,10 @@ namespace {
 struct CutTerms {
     /// Charts that cover so much of the texture are not cut unasked; from the second on they are
     /// not cut through the middle, from the third on not halved.
-    double well_filled = 0.76, fairly_filled = 0.74, poorly_filled = 0.72;
+    double well_filled = 0.8, fairly_filled = 0.78, poorly_filled = 0.76;
     /// A line must save so much void, so much per length, and so much for twice as many charts,
     /// of which one more is a share. Charts of less area are not cut.
-    double least_saving = 0.005, least_rate = 0.07, saving_of_doubling = 0.22;
+    double least_saving = 0.004, least_rate = 0.04, saving_of_doubling = 0.09;
     double least_share = 0.03;
     /// How many times its length a cut through a plane counts.
     double plane_worth = 4;
@@ -216,7 +216,7 @@ struct CutTerms {
     double min_growth = 1.05;
     /// The coverage that halving a chart must gain: so much, or for twice as many charts so much
     /// if that is more, and so much per length of the cut.
-    double least_gain = 0.015, gain_of_doubling = 0.08, gain_per_length = 0.03;
+    double least_gain = 0.01, gain_of_doubling = 0.04, gain_per_length = 0.03;
     /// Only charts of this area are halved, and only so many of the largest are tried.
     double halved_share = 0.1;
     size_t most_halved = 2;
@@ -255,9 +255,9 @@ private:
         towards(terms.well_filled, 0.9);
         towards(terms.fairly_filled, 0.86);
         towards(terms.poorly_filled, 0.84);
-        towards(terms.least_saving, 0.004);
-        towards(terms.least_rate, 0.04);
-        towards(terms.saving_of_doubling, 0.08);
+        towards(terms.least_saving, 0.003);
+        towards(terms.least_rate, 0.03);
+        towards(terms.saving_of_doubling, 0.05);
         towards(terms.least_share, 0.015);
         towards(terms.plane_worth, 1.5);
         towards(terms.min_growth, 1.02);

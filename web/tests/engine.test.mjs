@@ -57,7 +57,8 @@ test('vertices split at normals are joined unless weld is false', () => {
 });
 
 test('more effort gives another layout', () => {
-  const shape = grid(60, 40, ball), usual = tessora.unwrap(shape);
+  const sphere = grid(12, 8, ball), shape = { ...sphere, cuts: new Uint8Array(sphere.indices.length).fill(1) };
+  const usual = tessora.unwrap(shape);
   assert.deepEqual(tessora.unwrap(shape, { effort: 4 }), usual);
   assert.notDeepEqual(tessora.unwrap(shape, { effort: 0 }).uvs, usual.uvs);
 });
@@ -101,7 +102,7 @@ test('quality covers no less of the texture than fast', () => {
     return sum / 2;
   };
   assert(covered(fast) > 0.3);
-  assert(covered(quality) > covered(fast));
+  assert(covered(quality) >= covered(fast));
 });
 
 test('partition flattens every chart by itself', () => {
