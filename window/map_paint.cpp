@@ -8,7 +8,6 @@ namespace {
 
 constexpr double k_checker_texels = 16.0; // side of one square
 constexpr double k_min_grid_pixels = 7.0; // between grid lines
-constexpr uint32_t k_white = 0xFFFFFFFF;
 
 void set_colour(const ImVec4& c, float alpha) { glColor4f(c.x, c.y, c.z, alpha); }
 
