@@ -91,7 +91,7 @@ bool merge_charts(ChartStages& stages, Merger& merger, ProgressMeter& progress) 
 }
 
 /// Where any stretch is allowed, a component that is open as a disk or a planar ring needs no
-/// further cut.
+/// further cut, neither between two charts nor into one.
 void unite_open_components(ChartStages& stages) {
     const Components components = find_components(stages.surface);
     const Buckets faces(components.of_face, components.count);
@@ -99,8 +99,13 @@ void unite_open_components(ChartStages& stages) {
         const std::vector<uint32_t> group(faces.item.begin() + faces.begin[c],
                                           faces.item.begin() + faces.begin[c + 1]);
         const uint32_t first = stages.set.chart[group[0]];
-        if (std::any_of(group.begin(), group.end(),
-                        [&](uint32_t t) { return stages.set.chart[t] != first; }))
+        const auto has_cut = [&](uint32_t t) {
+            for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
+                if (stages.surface.mate[h] != k_none && !stages.set.glued[h])
+                    return true;
+            return stages.set.chart[t] != first;
+        };
+        if (std::any_of(group.begin(), group.end(), has_cut))
             stages.flattener.flatten_component(group);
     }
 }
