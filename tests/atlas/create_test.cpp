@@ -956,8 +956,9 @@ std::vector<BothModes> tori_in_both_modes(float stretch) {
 }
 
 TEST(AtlasBestLayout, WhoAllowsMoreStretchThanUsualGetsNoMoreChartsForTheRoomThatFastModeFills) {
+    // Quality mode hardly cuts at such a limit: its own charts are those that merging leaves.
     int declined = 0;
-    for (const BothModes& modes : tori_in_both_modes(0.16f)) {
+    for (const BothModes& modes : tori_in_both_modes(0.4f)) {
         EXPECT_FALSE(modes.fast.charts > modes.merged &&
                      modes.fast.coverage == modes.quality.coverage);
         declined += modes.fast.charts > modes.quality.charts && modes.fast_covers_more();
