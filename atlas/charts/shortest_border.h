@@ -22,8 +22,8 @@ public:
     /// `faces`: the triangles by atom. All arguments must outlive this.
     ShortestBorder(const ChartSet& set, const Atoms& atoms, const Buckets& faces);
     /// Lists the atoms of charts a and b that the shortest border within the given number of rings
-    /// puts into the other chart, those next to the present border first. None if there is no
-    /// shorter border.
+    /// puts into the other chart, those next to the present border first. None if no border is
+    /// shorter by 2 % or more.
     const std::vector<uint32_t>& find(uint32_t a, uint32_t b, uint32_t rings);
 
 private:

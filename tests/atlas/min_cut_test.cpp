@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
+#include <utility>
 
 namespace {
 
@@ -51,6 +52,18 @@ TEST(MinCutTest, NoCutOfRandomGraphsHasLessCapacityOrAsMuchAndFewerNodesAtTheSou
                 EXPECT_EQ(at_source & ~nodes, 0u) << "not in every minimum cut";
             }
     }
+}
+
+TEST(MinCutTest, FlowAgainstEarlierFlowCancelsItFirst) {
+    // The short path goes from a to b; what comes later has to go from b to a with twice that.
+    const uint32_t a = 0, b = 1, c = 2, d = 3, e = 4, f = 5;
+    MinCut graph(6);
+    for (const auto& [from, to] : {std::pair{graph.source(), a}, {a, b}, {b, graph.sink()}})
+        graph.add_edge(from, to, 1);
+    for (const auto& [from, to] :
+         {std::pair{graph.source(), c}, {c, d}, {d, b}, {a, e}, {e, f}, {f, graph.sink()}})
+        graph.add_edge(from, to, 2);
+    EXPECT_EQ(graph.solve(), 3);
 }
 
 TEST(MinCutTest, WithoutAPathToTheSinkOnlyWhatHangsOnTheSourceIsOnItsSide) {
