@@ -236,11 +236,11 @@ bool Flattener::spread_on_circle(const Chart& c) {
 }
 
 /// Relaxes for as long as the outline stays simple.
-void Flattener::relax_while_simple(Chart& c) {
+void Flattener::relax_while_simple(Chart& c, const std::function<bool()>& goes_on) {
     constexpr int k_rounds = 20, k_sweeps = 5;
     load(c);
     std::vector<Vec2> last_simple;
-    for (int round = 0; round < k_rounds; ++round) {
+    for (int round = 0; round < k_rounds && goes_on(); ++round) {
         last_simple = copy.patch.uv;
         const double drop = copy.patch.relax(k_sweeps);
         copy.store(set);
@@ -270,11 +270,11 @@ bool Flattener::flatten_by_projection(Chart& c) {
 
 /// The fallback for polygons that cannot be projected. The result has no flipped triangles, but its
 /// stretch may be arbitrarily large.
-bool Flattener::flatten_on_circle(Chart& c) {
+bool Flattener::flatten_on_circle(Chart& c, const std::function<bool()>& goes_on) {
     set.trace_border(c);
     if (!spread_on_circle(c))
         return false;
-    relax_while_simple(c);
+    relax_while_simple(c, goes_on);
     judge(c);
     return c.stretch.flipped == 0 && judge_outline(c);
 }
@@ -292,7 +292,8 @@ bool Flattener::is_planar(const Chart& c) const {
     return !c.loop_end.empty() && characteristic == 2 - long(c.loop_end.size());
 }
 
-bool Flattener::flatten_component(std::vector<uint32_t> faces) {
+bool Flattener::flatten_disk(std::vector<uint32_t> faces, const std::function<bool()>& goes_on,
+                             Chart& c) {
     struct Corner {
         uint8_t glued;
         uint32_t node;
@@ -302,18 +303,12 @@ bool Flattener::flatten_component(std::vector<uint32_t> faces) {
     for (uint32_t t : faces)
         for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
             before.push_back({set.glued[h], set.node[h], set.uv[set.node[h]]});
-    Chart c;
+    c = Chart();
     c.faces = std::move(faces);
     glue_inside(c.faces, false);
     set.trace_border(c);
-    if (is_planar(c) && flatten_on_circle(c)) {
-        for (uint32_t t : c.faces) {
-            set.charts[set.chart[t]].alive = false;
-            set.charts[set.chart[t]].faces.clear();
-        }
-        set.add_chart(std::move(c));
+    if (is_planar(c) && flatten_on_circle(c, goes_on))
         return true;
-    }
     auto corner = before.begin();
     for (uint32_t t : c.faces)
         for (uint32_t h = 3 * t; h < 3 * t + 3; ++h, ++corner) {
@@ -321,7 +316,21 @@ bool Flattener::flatten_component(std::vector<uint32_t> faces) {
             set.node[h] = corner->node;
             set.uv[corner->node] = corner->uv;
         }
+    c = Chart();
     return false;
+}
+
+bool Flattener::flatten_component(std::vector<uint32_t> faces,
+                                  const std::function<bool()>& goes_on) {
+    Chart c;
+    if (!flatten_disk(std::move(faces), goes_on, c))
+        return false;
+    for (uint32_t t : c.faces) {
+        set.charts[set.chart[t]].alive = false;
+        set.charts[set.chart[t]].faces.clear();
+    }
+    set.add_chart(std::move(c));
+    return true;
 }
 
 void Flattener::flatten_polygon(std::vector<uint32_t> faces) {
@@ -334,7 +343,7 @@ void Flattener::flatten_polygon(std::vector<uint32_t> faces) {
         set.add_chart(std::move(c));
         return;
     }
-    if (flatten_by_projection(c) || flatten_on_circle(c)) {
+    if (flatten_by_projection(c) || flatten_on_circle(c, [] { return true; })) {
         set.add_chart(std::move(c));
         return;
     }

@@ -41,9 +41,13 @@ public:
     bool flatten_region(const uint32_t* begin, const uint32_t* end, Vec3 normal,
                         const RegionTerms& terms, Chart& chart);
     /// Makes one chart of a connected component if it is a disk or a planar ring, by a map that
-    /// cannot flip triangles but may stretch them without limit. False, with all charts as they
-    /// were, if the component is of another kind or the result is not legal.
-    bool flatten_component(std::vector<uint32_t> faces);
+    /// cannot flip triangles but may stretch them without limit. The chart is not added to the set.
+    /// False, with all as it was, if the component is of another kind or the result is not legal.
+    /// Relaxes less if `goes_on` says no. Like flatten_region(), may run beside others.
+    bool flatten_disk(std::vector<uint32_t> faces, const std::function<bool()>& goes_on,
+                      Chart& chart);
+    /// The same with a component that is in charts, which the new one replaces.
+    bool flatten_component(std::vector<uint32_t> faces, const std::function<bool()>& goes_on);
     /// Makes a chart of the triangles of one polygon. It is legal except that its stretch may
     /// exceed the limit.
     void flatten_polygon(std::vector<uint32_t> faces);
@@ -85,9 +89,9 @@ private:
     bool is_compact(const Chart& c, double max_void);
     bool is_planar(const Chart& c) const;
     bool flatten_by_projection(Chart& c);
-    bool flatten_on_circle(Chart& c);
+    bool flatten_on_circle(Chart& c, const std::function<bool()>& goes_on);
     bool spread_on_circle(const Chart& c);
-    void relax_while_simple(Chart& c);
+    void relax_while_simple(Chart& c, const std::function<bool()>& goes_on);
     void relax_without_harm(const Chart& c, int sweeps);
     bool take_back_harm(const Chart& c, const std::vector<Vec2>& before);
 

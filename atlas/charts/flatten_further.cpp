@@ -63,7 +63,8 @@ void Flattener::flatten_further(Chart& c, const std::function<bool()>& goes_on) 
         patch.uv = best;
         return is_better;
     };
-    double share = 1; // of a global step that is taken
+    double share = 1;           // of a global step that is taken
+    bool relaxing_helps = true; // the best layout so far
     patch.arap(k_rounds, [&] {
         const double before = stretch;
         for (uint32_t v = 0; v < best.size(); ++v)
@@ -74,9 +75,11 @@ void Flattener::flatten_further(Chart& c, const std::function<bool()>& goes_on) 
             relax_without_harm(c, 3);
         const bool is_better = keep_if_better();
         share = is_better ? std::min(1.0, 2 * share) : share / 2;
-        if (!is_better) {
+        if (is_better)
+            relaxing_helps = true;
+        else if (relaxing_helps) {
             relax_without_harm(c, 5);
-            keep_if_better();
+            relaxing_helps = keep_if_better();
         }
         const bool gains = !is_better || before - stretch > k_least_gain * (stretch - 1);
         return gains && share > k_least_share && goes_on();

@@ -109,6 +109,8 @@ bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& t
     WorkspacePool<Flattener> flatteners(flattener);
     const auto another = [&] { return std::make_unique<Flattener>(set, flattener.options); };
     parallel_for(executor, tree.roots.size(), [&](size_t i) {
+        if (set.chart[tree.faces[tree.regions[tree.roots[i]].begin]] != k_none)
+            return;
         const auto lease = flatteners.lease(another);
         maker.descend(tree.roots[i], *lease, pieces[i]);
     });

@@ -16,7 +16,8 @@ struct RegionLimits {
 /// Descends the tree until every triangle is in a legal chart, or in one that is legal except that
 /// it is a single polygon beyond the stretch limit. Every other region is within its limit; the
 /// harder its triangles (`hardness`, from measure_hardness), the closer that is to k_hard_stretch.
-/// The roots of the tree are descended from on the executor.
+/// The roots of the tree are descended from on the executor. A root whose triangles are in a chart
+/// before is left out.
 /// False if the callback asked to stop.
 bool make_regions(Flattener& flattener, const Atoms& atoms, const ClusterTree& tree,
                   const std::vector<float>& hardness, const RegionLimits& limits,

@@ -22,6 +22,8 @@ constexpr double k_usual_stretch = 0.15;
 
 /// A chart with more is likely not to need it; below, global steps gain too little for their time.
 constexpr double k_much_stretch = 0.2;
+/// The same where any stretch is allowed: charts are few and were not made for little stretch.
+constexpr double k_much_stretch_of_any = 0.05;
 
 /// Lowers the stretch of charts. Where more than the usual stretch is allowed, charts that have
 /// much were made for few seams, and most of it is not needed.
@@ -32,13 +34,14 @@ bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
     const auto another = [&] {
         return std::make_unique<Flattener>(stages.set, stages.flattener.options);
     };
+    const double much =
+        stretch_limit(float(stages.max_stretch >= 1 ? k_much_stretch_of_any : k_much_stretch));
     std::atomic<size_t> done{0};
     parallel_for(stages.executor, charts.size(), [&](size_t i) {
         if (!progress.advance(double(done++) / double(charts.size())) || !charts[i].alive)
             return;
         const auto lease = flatteners.lease(another);
-        if (stages.max_stretch > k_usual_stretch + 1e-6 &&
-            charts[i].stretch.worst_l2() > stretch_limit(float(k_much_stretch)))
+        if (stages.max_stretch > k_usual_stretch + 1e-6 && charts[i].stretch.worst_l2() > much)
             lease->flatten_further(charts[i], [&] { return progress.poll(); });
         lease->polish(charts[i], sweeps);
     });
@@ -91,8 +94,43 @@ bool merge_charts(ChartStages& stages, Merger& merger, ProgressMeter& progress) 
 }
 
 /// Where any stretch is allowed, a component that is open as a disk or a planar ring needs no
-/// further cut, neither between two charts nor into one.
-void unite_open_components(ChartStages& stages) {
+/// further cut. Smooth ones become charts at once; the others are left to merging, which often
+/// unfolds hard surfaces without any stretch. False if the callback asked to stop.
+bool flatten_smooth_components(ChartStages& stages, double limit, ProgressMeter& progress) {
+    constexpr double k_mostly_smooth = 0.1;
+    const Surface& s = stages.surface;
+    const Components components = find_components(s);
+    const Buckets faces(components.of_face, components.count);
+    RegionTerms terms;
+    terms.max_stretch = limit;
+    terms.may_skip_solver = true;
+    std::vector<Chart> charts(components.count);
+    WorkspacePool<Flattener> flatteners(stages.flattener);
+    const auto another = [&] {
+        return std::make_unique<Flattener>(stages.set, stages.flattener.options);
+    };
+    parallel_for(stages.executor, components.count, [&](size_t i) {
+        const uint32_t* const begin = faces.item.data() + faces.begin[i];
+        const uint32_t* const end = faces.item.data() + faces.begin[i + 1];
+        if (!progress.poll() || mean_hardness(s, stages.hardness, begin, end) >= k_mostly_smooth)
+            return;
+        Vec3 normal;
+        for (const uint32_t* t = begin; t != end; ++t)
+            normal = normal + s.normal[*t] * s.frame[*t].area();
+        const auto lease = flatteners.lease(another);
+        if (!lease->flatten_region(begin, end, normal, terms, charts[i]))
+            lease->flatten_disk(
+                {begin, end}, [&] { return progress.poll(); }, charts[i]);
+    });
+    for (Chart& chart : charts)
+        if (!chart.faces.empty())
+            stages.set.add_chart(std::move(chart));
+    return progress.poll();
+}
+
+/// Open components that merging has left in several charts, or cut inside of one, become one chart
+/// where any stretch is allowed.
+void unite_open_components(ChartStages& stages, ProgressMeter& progress) {
     const Components components = find_components(stages.surface);
     const Buckets faces(components.of_face, components.count);
     for (uint32_t c = 0; c < components.count; ++c) {
@@ -106,7 +144,7 @@ void unite_open_components(ChartStages& stages) {
             return stages.set.chart[t] != first;
         };
         if (std::any_of(group.begin(), group.end(), has_cut))
-            stages.flattener.flatten_component(group);
+            stages.flattener.flatten_component(group, [&] { return progress.poll(); });
     }
 }
 
@@ -117,6 +155,8 @@ bool grow_regions(ChartStages& stages, ProgressMeter& progress) {
     progress.stage(Stage::regions);
     const double limit = std::min(options.limit, stretch_limit(float(k_first_smooth_step)));
     const double component_limit = std::min(options.limit, stretch_limit(float(k_usual_stretch)));
+    if (stages.max_stretch >= 1 && !flatten_smooth_components(stages, component_limit, progress))
+        return false;
     const bool done = make_regions(stages.flattener, stages.atoms, stages.tree, stages.hardness,
                                    {limit, component_limit}, stages.executor, progress);
     stages.tree = {};
@@ -151,7 +191,7 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     if (!merge_charts(stages, merger, progress))
         return false;
     if (stages.max_stretch >= 1)
-        unite_open_components(stages);
+        unite_open_components(stages, progress);
     stages.smoother.emplace(stages.flattener, stages.atoms, stages.hardness);
     progress.stage(Stage::smoothing);
     for (int pass = 0; pass < 2; ++pass) {

@@ -309,6 +309,33 @@ TEST(StretchLimit, AtOneAnOpenSurfaceOfQuadsIsOneChartThoughTheyMustStayConvex) 
     }
 }
 
+/// Merging unfolds a box to a cross, with slits between its arms.
+TEST(StretchLimit, AtOneAnOpenSurfaceHasNoSlit) {
+    const TestMesh box = open_box();
+    for (Quality quality : {Quality::fast, Quality::quality}) {
+        Options options;
+        options.quality = quality;
+        options.max_stretch = 1;
+        Result result;
+        ASSERT_EQ(create(box.view(), options, result).status, Status::ok);
+        EXPECT_EQ(judge(box, options, result, true, true).seam, 0);
+    }
+}
+
+TEST(StretchLimit, AtOneAnOpenSurfaceIsLaidOutInStepsThatCanBeStopped) {
+    const TestMesh mesh = hills(60, 120);
+    Options options;
+    options.quality = Quality::fast;
+    options.max_stretch = 1;
+    size_t asked = 0;
+    options.user = &asked;
+    options.stage_progress = [](Stage stage, float, void* user) {
+        return stage == Stage::regions && ++*static_cast<size_t*>(user) > 8 ? 1 : 0;
+    };
+    Result result;
+    EXPECT_EQ(create(mesh.view(), options, result).status, Status::aborted);
+}
+
 TEST(StretchLimit, AtOneARingIsOneChart) {
     EXPECT_EQ(charts_at(hills(30, 60, Gap::middle), 1, Quality::fast), 1u);
 }
