@@ -4,6 +4,15 @@
 #include <algorithm>
 
 namespace tessora::atlas {
+namespace {
+
+/// Moves vertices only a share of the way that they have moved.
+void take_share(const std::vector<Vec2>& before, double share, std::vector<Vec2>& uv) {
+    for (size_t v = 0; v < uv.size(); ++v)
+        uv[v] = before[v] + (uv[v] - before[v]) * share;
+}
+
+} // namespace
 
 /// Takes moves of vertices back, by halves and then all of it, for as long as they flip a triangle
 /// or make the outline cross itself. `before`: the legal layout that they started from. False, with
@@ -67,20 +76,16 @@ void Flattener::flatten_further(Chart& c, const std::function<bool()>& goes_on) 
     bool relaxing_helps = true; // the best layout so far
     patch.arap(k_rounds, [&] {
         const double before = stretch;
-        for (uint32_t v = 0; v < best.size(); ++v)
-            patch.uv[v] = best[v] + (patch.uv[v] - best[v]) * share;
+        take_share(best, share, patch.uv);
         if (patch.flipped() != 0)
             patch.untangle(10);
         if (take_back_harm(c, best))
             relax_without_harm(c, 3);
         const bool is_better = keep_if_better();
         share = is_better ? std::min(1.0, 2 * share) : share / 2;
-        if (is_better)
-            relaxing_helps = true;
-        else if (relaxing_helps) {
+        if (!is_better && relaxing_helps)
             relax_without_harm(c, 5);
-            relaxing_helps = keep_if_better();
-        }
+        relaxing_helps = is_better || (relaxing_helps && keep_if_better());
         const bool gains = !is_better || before - stretch > k_least_gain * (stretch - 1);
         return gains && share > k_least_share && goes_on();
     });
