@@ -10,6 +10,13 @@
 /// errors.
 #define KIT_HAS_MODERN_VIEWPORT (MAYA_API_VERSION >= 201200)
 
+/// The calls by which a plug-in draws in the modern viewport have the form used here in kits from
+/// 2016 on; earlier ones lack some.
+#define KIT_HAS_MODERN_DRAWING (MAYA_API_VERSION >= 201600)
+
+/// From 2023 on the host alone decides how long the data of a drawing lives.
+#define KIT_OWNS_DRAW_DATA (MAYA_API_VERSION >= 20230000)
+
 /// Marks the entry points for export. Newer kits define it; with compilers other than GCC and Clang
 /// the build exports them by linker options.
 #ifndef PLUGIN_EXPORT

@@ -1,6 +1,7 @@
 // The entry points that the host calls to load and unload the plug-in.
 #include "plugin/guarded.h"
 #include "plugin/kit.h"
+#include "plugin/seam_locator.h"
 #include "plugin/tmod_cmd.h"
 #include "plugin/tmod_node.h"
 
@@ -8,6 +9,9 @@
 #include <maya/MFnPlugin.h>
 #include <maya/MGlobal.h>
 #include <maya/MStringArray.h>
+#if KIT_HAS_MODERN_DRAWING
+#include <maya/MDrawRegistry.h>
+#endif
 
 namespace {
 
@@ -27,6 +31,45 @@ void fill_modify_menu() {
                                 "eval(`menu -query -postMenuCommand mainModifyMenu`)",
                                 false, false);
 }
+
+#if KIT_HAS_MODERN_DRAWING
+bool hasSeamLocator; ///< whether the locator and its drawing are registered
+
+MStatus register_seam_locator(MFnPlugin& plugin) {
+    const MString classification(SeamLocator::classification);
+    MStatus status =
+        plugin.registerNode(SeamLocator::type_name, SeamLocator::id, SeamLocator::creator,
+                            SeamLocator::initialize, MPxNode::kLocatorNode, &classification);
+    if (!status)
+        return status;
+    status = MHWRender::MDrawRegistry::registerDrawOverrideCreator(
+        classification, SeamLocator::registrant, SeamDrawing::creator);
+    if (!status)
+        plugin.deregisterNode(SeamLocator::id);
+    return status;
+}
+
+/// Unwrapping does not need the locator: without it the plug-in is loaded nevertheless.
+void offer_seam_locator(MFnPlugin& plugin) {
+    const MStatus status = guarded([&] { return register_seam_locator(plugin); });
+    hasSeamLocator = status;
+    if (!status)
+        MGlobal::displayWarning(MString("Seams cannot be shown in the modern viewport: ") +
+                                status.errorString());
+}
+
+MStatus withdraw_seam_locator(MFnPlugin& plugin) {
+    if (!hasSeamLocator)
+        return MS::kSuccess;
+    hasSeamLocator = false;
+    MHWRender::MDrawRegistry::deregisterDrawOverrideCreator(SeamLocator::classification,
+                                                            SeamLocator::registrant);
+    return plugin.deregisterNode(SeamLocator::id);
+}
+#else
+void offer_seam_locator(MFnPlugin&) {}
+MStatus withdraw_seam_locator(MFnPlugin&) { return MS::kSuccess; }
+#endif
 
 /// Registers command, node, UI hooks and menu item, in this order. Stops at the first failure and
 /// leaves what was registered before it; a host that fails to load a plug-in cleans up itself.
@@ -51,13 +94,17 @@ MStatus register_all(MObject& object) {
             plugin.removeMenuItem(menuItems);
         return status;
     }
+    offer_seam_locator(plugin);
     pluginPath = plugin.loadPath();
     return MS::kSuccess;
 }
 
 MStatus deregister_all(MObject& object) {
     MFnPlugin plugin(object);
-    MStatus status = plugin.deregisterCommand("tessora");
+    MStatus status = withdraw_seam_locator(plugin);
+    if (!status)
+        return fail(status, "failed to deregister \"tessora_seams\"\n");
+    status = plugin.deregisterCommand("tessora");
     if (!status)
         return fail(status, "deregisterCommand");
     status = plugin.deregisterNode(tmod_node::id);

@@ -5,6 +5,7 @@
 #include "plugin/opengl.h"
 
 #include <maya/M3dView.h>
+#include <maya/MFnDagNode.h>
 #include <maya/MFnMesh.h>
 #include <maya/MGlobal.h>
 #include <maya/MMatrix.h>
@@ -13,6 +14,7 @@
 #include <maya/MPointArray.h>
 #include <maya/MUiMessage.h>
 
+#include <algorithm>
 #include <iostream>
 #include <string>
 
@@ -28,56 +30,53 @@ MStatus report(const std::string& errors, const MStatus& status) {
     return MS::kFailure;
 }
 
-/// World positions of the mesh; false if the mesh was deleted or cannot be read.
-bool read_points(const MDagPath& path, MPointArray& points) {
-    MStatus status;
-    const MObject node = path.node(&status);
-    if (!status || !MObjectHandle(node).isValid())
-        return false;
-    MFnMesh mesh_fn(path, &status);
-    return status && mesh_fn.getPoints(points, MSpace::kWorld);
-}
-
 void send_vertex(const MPoint& point) {
     glVertex3f(static_cast<float>(point.x), static_cast<float>(point.y),
                static_cast<float>(point.z));
 }
 
-/// Leaves out pairs with a vertex that the mesh no longer has: its history may have changed since
-/// the unwrap. Ignores an odd last entry.
 void draw_lines(const MIntArray& seams, const MPointArray& points) {
-    const auto exists = [&](int id) {
-        return id >= 0 && static_cast<unsigned int>(id) < points.length();
-    };
     glBegin(GL_LINES);
-    for (unsigned int i = 0; i + 1 < seams.length(); i += 2) {
-        if (!exists(seams[i]) || !exists(seams[i + 1]))
-            continue;
-        send_vertex(points[static_cast<unsigned int>(seams[i])]);
-        send_vertex(points[static_cast<unsigned int>(seams[i + 1])]);
-    }
+    for_each_end(seams, points, send_vertex);
     glEnd();
 }
+
+void set_color(const float color[3]) { glColor3f(color[0], color[1], color[2]); }
 
 KIT_DEPRECATED_BEGIN
 void begin_gl(M3dView& view) { view.beginGL(); }
 void end_gl(M3dView& view) { view.endGL(); }
 KIT_DEPRECATED_END
 
+#if KIT_HAS_MODERN_VIEWPORT
+/// What to say of a panel in which the overlay of a mesh cannot draw.
+MString modern_warning(const MDagPath& mesh) {
+    const MString text("Seams are drawn in panels of the legacy viewport only.");
+#if KIT_HAS_MODERN_DRAWING
+    return text + " To see them in the modern one, type: createNode -parent \"" +
+           MFnDagNode(mesh.transform()).fullPathName() + "\" tessora_seams";
+#else
+    (void)mesh;
+    return text;
+#endif
+}
+#endif
+
 /// Whether the panel shows the modern viewport, where the overlay cannot draw. Warns the first
 /// time.
-bool is_modern(const M3dView& view) {
+bool is_modern(const M3dView& view, const MDagPath& mesh) {
 #if KIT_HAS_MODERN_VIEWPORT
     MStatus status;
     if (view.getRendererName(&status) != M3dView::kViewport2Renderer || !status)
         return false;
     static bool has_warned = false;
     if (!has_warned)
-        MGlobal::displayWarning("Seams are drawn in panels of the legacy viewport only.");
+        MGlobal::displayWarning(modern_warning(mesh));
     has_warned = true;
     return true;
 #else
     (void)view;
+    (void)mesh;
     return false;
 #endif
 }
@@ -128,12 +127,12 @@ void draw(const MString& panel, VisualizationData& data) {
     const MIntArray new_seams = data.new_seams;
 
     MPointArray points;
-    if (is_removed(data.node) || !read_points(path, points)) {
+    if (is_removed(data.node) || !read_points(path, MSpace::kWorld, points)) {
         detach_viewport_callbacks(data);
         return;
     }
     M3dView view;
-    if (!M3dView::getM3dViewFromModelPanel(panel, view) || is_modern(view))
+    if (!M3dView::getM3dViewFromModelPanel(panel, view) || is_modern(view, path))
         return;
     MDagPath camera;
     view.getCamera(camera);
@@ -145,17 +144,44 @@ void draw(const MString& panel, VisualizationData& data) {
     glPushMatrix();
     // Row vectors with the translation in the last row: the memory order that OpenGL expects.
     glLoadMatrixd(&model_view[0][0]);
-    glColor3f(0.0f, 1.0f, 0.0f);
-    glLineWidth(3.0f);
+    set_color(k_existing_seam_color);
+    glLineWidth(k_seam_width);
     draw_lines(existing_seams, points);
-    glColor3f(0.0f, 0.0f, 1.0f);
+    set_color(k_new_seam_color);
     draw_lines(new_seams, points);
     glLineWidth(1.0f);
     glPopMatrix();
     end_gl(view);
 }
 
+#if KIT_HAS_MODERN_DRAWING
+/// What is attached, in any panel or in none: locators of the modern viewport show it as well.
+std::vector<VisualizationData*> attached;
+
+void forget(VisualizationData& data) {
+    attached.erase(std::remove(attached.begin(), attached.end(), &data), attached.end());
+}
+void remember(VisualizationData& data) {
+    guarded([&] {
+        attached.push_back(&data);
+        return MStatus(MS::kSuccess);
+    });
+}
+#else
+void forget(VisualizationData&) {}
+void remember(VisualizationData&) {}
+#endif
+
 } // namespace
+
+bool read_points(const MDagPath& path, MSpace::Space space, MPointArray& points) {
+    MStatus status;
+    const MObject node = path.node(&status);
+    if (!status || !MObjectHandle(node).isValid())
+        return false;
+    MFnMesh mesh_fn(path, &status);
+    return status && mesh_fn.getPoints(points, space);
+}
 
 void keep_callback(MCallbackIdArray& ids, MCallbackId id) {
     const MStatus kept = guarded([&] { return ids.append(id); });
@@ -166,11 +192,13 @@ void keep_callback(MCallbackIdArray& ids, MCallbackId id) {
 MStatus detach_viewport_callbacks(VisualizationData& data) {
     const MStatus status = guarded([&] { return remove_callbacks(data.callback_ids); });
     data.callback_ids.clear();
+    forget(data);
     return status;
 }
 
 MStatus attach_viewport_callbacks(VisualizationData& data) {
     detach_viewport_callbacks(data);
+    remember(data);
     return guarded([&] { return attach_callbacks(data); });
 }
 
@@ -180,3 +208,17 @@ void draw_seams(const MString& panel, void* client_data) {
         return MStatus(MS::kSuccess);
     });
 }
+
+#if KIT_HAS_MODERN_DRAWING
+std::vector<VisualizationData> attached_below(const MObject& transform) {
+    std::vector<VisualizationData> found;
+    for (const VisualizationData* data : attached) {
+        const MDagPath& path = data->mesh_path;
+        if (!path.isValid() || path.transform() != transform || is_removed(data->node))
+            continue;
+        found.push_back(*data);
+        found.back().callback_ids.clear();
+    }
+    return found;
+}
+#endif

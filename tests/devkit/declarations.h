@@ -243,6 +243,16 @@ public:
 };
 DEVKIT_ARRAY(MPlugArray, MPlug);
 
+#if DEVKIT_ERA != 2008
+class MBoundingBox {
+public:
+    MBoundingBox();
+    MBoundingBox(const MBoundingBox&);
+    ~MBoundingBox();
+    MBoundingBox& operator=(const MBoundingBox&);
+};
+#endif
+
 class MDagPath {
 public:
     MDagPath();
@@ -297,6 +307,9 @@ public:
     MStatus getPath(MDagPath&);
     MString fullPathName(MStatus* = NULL) const;
     MString partialPathName(MStatus* = NULL) const;
+#if DEVKIT_ERA != 2008
+    MBoundingBox boundingBox(MStatus* = NULL) const;
+#endif
     MStatus setIntermediateObject(bool);
     bool isIntermediateObject(MStatus* = NULL) const;
 };
@@ -536,6 +549,76 @@ public:
     static MStatus attributeAffects(const MObject&, const MObject&);
     static MObject state;
 };
+
+#if DEVKIT_ERA != 2008
+class MPxLocatorNode : public MPxNode {
+public:
+    MPxLocatorNode();
+    ~MPxLocatorNode() override;
+};
+
+class MColor {
+public:
+    MColor(float r, float g, float b, float a = 1.0f);
+    float r, g, b, a;
+};
+
+class MUserData {
+public:
+    MUserData();
+    DEVKIT_OBSOLETE explicit MUserData(bool deleteAfterUse);
+    virtual ~MUserData();
+};
+
+namespace MHWRender {
+
+enum DrawAPI { kNone = 0, kOpenGL = 1, kDirectX11 = 2, kOpenGLCoreProfile = 4, kAllDevices = 7 };
+
+class MFrameContext;
+class MDrawContext;
+
+class MRenderItem {
+public:
+    static unsigned int sActiveLineDepthPriority;
+};
+
+class MUIDrawManager {
+public:
+    enum Selectability { kNonSelectable, kSelectable, kAutomatic };
+    void beginDrawable(Selectability = kAutomatic, unsigned int selectionName = 0);
+    void endDrawable();
+    void setDepthPriority(unsigned int);
+    void setLineWidth(float);
+    void setColor(const MColor&);
+    void lineList(const MPointArray&, bool draw2D);
+};
+
+class MPxDrawOverride {
+public:
+    typedef void (*GeometryDraw)(const MDrawContext&, const MUserData*);
+    MPxDrawOverride(const MObject&, GeometryDraw, bool isAlwaysDirty = true);
+    virtual ~MPxDrawOverride();
+    virtual DrawAPI supportedDrawAPIs() const;
+    virtual bool isBounded(const MDagPath& object, const MDagPath& camera) const;
+    virtual MBoundingBox boundingBox(const MDagPath& object, const MDagPath& camera) const;
+    virtual MUserData* prepareForDraw(const MDagPath& object, const MDagPath& camera,
+                                      const MFrameContext&, MUserData* oldData) = 0;
+    virtual bool hasUIDrawables() const;
+    virtual void addUIDrawables(const MDagPath&, MUIDrawManager&, const MFrameContext&,
+                                const MUserData*);
+};
+
+class MDrawRegistry {
+public:
+    typedef MPxDrawOverride* (*DrawOverrideCreator)(const MObject&);
+    static MStatus registerDrawOverrideCreator(const MString& drawClassification,
+                                               const MString& registrantId, DrawOverrideCreator);
+    static MStatus deregisterDrawOverrideCreator(const MString& drawClassification,
+                                                 const MString& registrantId);
+};
+
+} // namespace MHWRender
+#endif
 
 class MSyntax {
 public:

@@ -4,7 +4,7 @@
     kit_test.py LAYOUT WORK CMAKE [TOOLCHAIN]
 
 The kit has this folder's declarations as its headers and, where LAYOUT (windows, linux, macos) keeps its
-libraries, three with nothing but names in them: those that the plug-in's objects ask for. Linking with
+libraries, all with nothing but names in them: those that the plug-in's objects ask for. Linking with
 them proves that all that is wanted comes from the kit, from where it was looked for. Nothing of it can
 run. Libraries of macOS cannot be made here: there the build is configured, as if this system were that
 one, and no more.
@@ -30,11 +30,12 @@ ERA, VERSION, PLACE, FORM, TOOLS = {
     "linux": (2023, "20230000", "lib", "lib{}.so", ""),
     "macos": (2023, "20230000", "Maya.app/Contents/MacOS", "lib{}.dylib", ""),
 }[LAYOUT]
-LIBRARIES = ("OpenMaya", "OpenMayaUI", "Foundation")
-OF_THE_UI = {"M3dView", "MProgressWindow", "MUiMessage"}
+LIBRARIES = ("OpenMaya", "OpenMayaUI", "Foundation") + (() if ERA == 2008 else ("OpenMayaRender",))
+OF_THE_UI = {"M3dView", "MProgressWindow", "MPxLocatorNode", "MUiMessage"}
+OF_RENDERING = {"MDrawRegistry", "MPxDrawOverride", "MRenderItem", "MUIDrawManager", "MUserData"}
 OF_THE_FOUNDATION = {"MStatus", "MString", "MStringArray", "MIntArray", "MFloatArray", "MPointArray",
                      "MFloatVectorArray", "MCallbackIdArray", "MVector", "MPoint", "MFloatVector", "MMatrix", "MTypeId"}
-HOST_NAME = re.compile(r"(?:(?:vtable|typeinfo|typeinfo name) for )?(?:OpenMaya\d+::)?(M\w+)[^(]*(\()?")
+HOST_NAME = re.compile(r"(?:(?:vtable|typeinfo|typeinfo name) for )?(?:OpenMaya\d+::)?(?:MHWRender::)?(M\w+)[^(]*(\()?")
 
 
 def run(*words):
@@ -93,7 +94,8 @@ def wanted_names(objects):
         if not match or match[1] not in classes:
             continue
         owner, call = match.groups()
-        home = "OpenMayaUI" if owner in OF_THE_UI else "Foundation" if owner in OF_THE_FOUNDATION else "OpenMaya"
+        home = "OpenMayaUI" if owner in OF_THE_UI else "OpenMayaRender" if owner in OF_RENDERING \
+            else "Foundation" if owner in OF_THE_FOUNDATION else "OpenMaya"
         stubs[home].append(f"void {name}(void) {{}}" if call else f"char {name}[64];")
     return stubs
 

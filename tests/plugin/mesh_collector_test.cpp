@@ -186,6 +186,16 @@ struct Failure {
     const char* text;
 };
 
+/// Expects collecting a mesh to fail with a status and to write one line.
+void expect_failure(const UnwrapSettings& settings, MObject& mesh, MStatus::MStatusCode code,
+                    const std::string& line) {
+    Collected result;
+    testing::internal::CaptureStderr();
+    collect(settings, mesh, result);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), line + "\n");
+    EXPECT_EQ(result.status, code);
+}
+
 class CollectMeshDataFails : public testing::TestWithParam<Failure> {};
 
 TEST_P(CollectMeshDataFails, WritesOneLineAndReturnsTheHostsStatus) {
@@ -194,12 +204,8 @@ TEST_P(CollectMeshDataFails, WritesOneLineAndReturnsTheHostsStatus) {
     settings.use_ridges = true;
     const uint64_t live = live_blocks;
     for (const MStatus::MStatusCode code : {MStatus::kFailure, MStatus::kNotFound}) {
-        Collected result;
         const faultpoint::Scope fault(GetParam().point, code, GetParam().nth);
-        testing::internal::CaptureStderr();
-        collect(settings, mesh, result);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), GetParam().text + std::string("\n"));
-        EXPECT_EQ(result.status, code);
+        expect_failure(settings, mesh, code, GetParam().text);
     }
     EXPECT_EQ(live_blocks, live);
 }
@@ -225,12 +231,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(CollectMeshData, ReportsAFailedPolygonCountWithoutCreasesToo) {
     MObject mesh = make_host_mesh(fixtures::cube());
     const faultpoint::Scope fault("MItMeshPolygon::count", MStatus::kFailure);
-    Collected result;
-    testing::internal::CaptureStderr();
-    collect(plain_settings(), mesh, result);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Data collector could not iterate triangles.\n");
-    EXPECT_EQ(result.status, MStatus::kFailure);
+    expect_failure(plain_settings(), mesh, MStatus::kFailure,
+                   "Data collector could not iterate triangles.");
 }
 
 TEST(CollectMeshData, EdgeWhoseEndsCannotBeReadCountsAsADiagonal) {
@@ -266,12 +268,8 @@ TEST(CollectMeshData, EdgesBehindAnEarlyEndOfTheIteratorCountAsDiagonals) {
 TEST(CollectMeshData, FailsIfThePolygonIteratorEndsEarly) {
     MObject mesh = make_host_mesh(fixtures::cube());
     const faultpoint::Scope fault("MItMeshPolygon::isDone", MStatus::kFailure, 3);
-    Collected result;
-    testing::internal::CaptureStderr();
-    collect(plain_settings(), mesh, result);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Data collector could not iterate triangles.\n");
-    EXPECT_EQ(result.status, MStatus::kFailure);
+    expect_failure(plain_settings(), mesh, MStatus::kFailure,
+                   "Data collector could not iterate triangles.");
 }
 
 // -1 and the largest number: below all vertices, and above.
@@ -281,12 +279,8 @@ TEST(CollectMeshData, FailsIfAPolygonHasAVertexThatTheMeshHasNot) {
     MObject mesh = make_host_mesh(fixtures::cube());
     for (const MStatus::MStatusCode code : k_wrong_ids) {
         const faultpoint::Scope fault("MItMeshPolygon::getVertices, wrong id", code, 3);
-        Collected result;
-        testing::internal::CaptureStderr();
-        collect(plain_settings(), mesh, result);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(),
-                  "Data collector could not retrieve vertices from faces.\n");
-        EXPECT_EQ(result.status, MStatus::kFailure);
+        expect_failure(plain_settings(), mesh, MStatus::kFailure,
+                       "Data collector could not retrieve vertices from faces.");
     }
 }
 

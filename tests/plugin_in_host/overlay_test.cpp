@@ -5,6 +5,7 @@
 #include "host/mesh/mesh.h"
 #include "tests/fixtures/library_names.h"
 #include "tests/host/view/panel_fixture.h"
+#include "tests/plugin_in_host/mesh_seams.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,29 +19,8 @@ using panel_test::count;
 using panel_test::k_blue;
 using panel_test::k_green;
 using panel_test::Rgb;
-using Edges = std::set<uint32_t>;
-
-/// Edges whose two faces do not share the UVs at both ends.
-Edges seams_of(const host::Mesh& mesh) {
-    const host::Connectivity& faces = mesh.connectivity();
-    const host::UvSet& set = mesh.uv_set(uint32_t(mesh.find_uv_set("map1")));
-    const auto uv_at = [&](uint32_t polygon, uint32_t vertex) {
-        for (uint32_t i = 0; i < faces.corners_of(polygon); ++i)
-            if (faces.polygon_vertices(polygon)[i] == vertex)
-                return set.corner_uvs[faces.first_corner(polygon) + i];
-        return -1;
-    };
-    Edges seams;
-    for (uint32_t e = 0; e < faces.edge_count(); ++e) {
-        const host::IndexSpan sides = faces.edge_polygons(e);
-        if (sides.size() != 2)
-            continue;
-        for (const uint32_t vertex : {faces.edge(e).first, faces.edge(e).second})
-            if (uv_at(sides[0], vertex) != uv_at(sides[1], vertex))
-                seams.insert(e);
-    }
-    return seams;
-}
+using plugin_in_host::Edges;
+using plugin_in_host::seams_of;
 
 double distance_to_segment(double x, double y, const double a[3], const double b[3]) {
     const double dx = b[0] - a[0], dy = b[1] - a[1];
