@@ -176,7 +176,7 @@ int Batch::print_plan() const {
                                         {"status", skip ? "up to date" : "planned"}})
                                     .c_str());
         else
-            std::printf("%s -> %s%s\n", item.input.c_str(), item.output.c_str(),
+            std::printf("%s -> %s%s\n", one_line(item.input).c_str(), one_line(item.output).c_str(),
                         skip ? " (up to date)" : "");
     }
     if (!request_.quiet)

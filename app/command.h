@@ -21,7 +21,14 @@ struct Command {
     CommandHelp (*help)();
 };
 
-/// Prints "tessora: SENTENCE" and a line end to standard error, or passes it to the listener.
+/// A text, such as the name of a file, as it can be printed within a line: characters that command
+/// a terminal, the control characters of ASCII and those from U+0080 to U+009F, become question
+/// marks.
+std::string one_line(const std::string& text);
+
+/// Prints "tessora: SENTENCE" and a line end to standard error, or passes it to the listener. Of
+/// the characters that command a terminal it prints only the ends of lines after which the sentence
+/// goes on, set in by two blanks or with "see 'tessora".
 void say(const std::string& sentence);
 /// Sets who receives the sentences instead of standard error; empty for nobody.
 void set_talk_listener(std::function<void(const std::string& sentence)> listener);

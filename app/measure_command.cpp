@@ -1,6 +1,7 @@
 #include "app/measure_command.h"
 
 #include "app/atomic_file.h"
+#include "app/command.h"
 #include "app/exit_code.h"
 #include "app/file_formats.h"
 #include "app/layout_picture.h"
@@ -187,13 +188,13 @@ void print_verdict(const Request& request, const std::vector<Judgement>& tiles, 
     out["status"] = good ? "ok" : "broken";
     out["breaches"] = Json::array();
     if (good && !request.json)
-        std::printf("%s: all guarantees hold\n", request.input.c_str());
+        std::printf("%s: all guarantees hold\n", one_line(request.input).c_str());
     for (size_t i = 0; i < tiles.size(); ++i) {
         const std::string tile = tiles.size() > 1 ? std::to_string(1001 + i) + ": " : "";
         for (const measure::Breach& breach : tiles[i].breaches) {
             if (!request.json)
-                std::printf("%s: %s%s: %s\n", request.input.c_str(), tile.c_str(), breach.name,
-                            breach_text(breach).c_str());
+                std::printf("%s: %s%s: %s\n", one_line(request.input).c_str(), tile.c_str(),
+                            breach.name, breach_text(breach).c_str());
             out["breaches"].push_back({{"name", breach.name},
                                        {"message", breach.sentence},
                                        {"polygons", breach.polygons}});

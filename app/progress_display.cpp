@@ -45,7 +45,8 @@ void ProgressDisplay::set_percent(int percent) {
 
 void ProgressDisplay::draw() const {
     // The last column stays free: some terminals wrap after a character in it.
-    const std::string text = progress_bar(name_, stage_, percent_, terminal_columns() - 1);
+    const std::string text =
+        progress_bar(one_line(name_), stage_, percent_, terminal_columns() - 1);
     set_terminal_line_open(true);
     std::fprintf(stderr, "\r%s\033[K", text.c_str());
     std::fflush(stderr);

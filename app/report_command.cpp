@@ -2,6 +2,7 @@
 
 #include "app/atomic_file.h"
 #include "app/batch_page.h"
+#include "app/command.h"
 #include "app/exit_code.h"
 #include "app/mesh_rows.h"
 #include "app/options.h"
@@ -251,7 +252,7 @@ void print_comparison(const std::vector<Rows>& pairs) {
         const std::string text = difference(pair);
         const Json& known = pair[0].is_null() ? pair[1] : pair[0];
         if (!text.empty())
-            std::printf("%s: %s\n", known.value("input", "").c_str(), text.c_str());
+            std::printf("%s: %s\n", one_line(known.value("input", "")).c_str(), text.c_str());
         different += !text.empty();
         if (pair[0].is_null() || pair[1].is_null() || number_of(pair[0], "charts") < 0.0 ||
             number_of(pair[1], "charts") < 0.0)

@@ -430,6 +430,16 @@ TEST_F(BatchProgram, NamesDoNotCommandTheTerminal) {
         EXPECT_EQ(ended.err.npos, ended.err.find(command)) << ended.err;
 }
 
+TEST_F(BatchProgram, ANameWithALineEndStaysInItsLine) {
+    dir.put("in/two\ntessora: lines\r.obj", "x");
+    const Ended ended = batch({});
+    EXPECT_EQ(1, ended.code);
+    EXPECT_NE(ended.err.npos, ended.err.find("in/two?tessora: lines?.obj: ")) << ended.err;
+    EXPECT_EQ(ended.err.npos, ended.err.find("\ntessora: lines")) << ended.err;
+    const Ended planned = batch({"--dry_run"});
+    EXPECT_NE(planned.out.npos, planned.out.find("in/two?tessora: lines?.obj -> ")) << planned.out;
+}
+
 TEST_F(BatchProgram, FolderThatCannotBeSearchedIsRefused) {
     std::string folder = "in";
     for (int i = 0; i < 40; ++i) // each of them is open while those in it are searched

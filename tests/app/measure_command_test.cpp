@@ -146,6 +146,13 @@ TEST_F(MeasureCommand, VerifyAcceptsALayoutThatKeepsAllGuarantees) {
     EXPECT_NE(out.find("all guarantees hold"), out.npos);
 }
 
+TEST_F(MeasureCommand, VerifyPrintsANameWithALineEndInOneLine) {
+    EXPECT_EQ(0, verify({dir.put("two\nlines.obj", k_square)})) << out;
+    EXPECT_NE(out.find("two?lines.obj: all guarantees hold"), out.npos) << out;
+    EXPECT_EQ(6, verify({dir.put("two\nlines.obj", k_stacked)}));
+    EXPECT_NE(out.find("two?lines.obj: "), out.npos) << out;
+}
+
 TEST_F(MeasureCommand, VerifyReturnsSixAndNamesThePolygonsAtFault) {
     EXPECT_EQ(6, verify({dir.put("stacked.obj", k_stacked)}));
     EXPECT_NE(out.find("overlaps: 4 pairs of triangles overlap"), out.npos) << out;

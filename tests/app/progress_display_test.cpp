@@ -46,6 +46,16 @@ TEST(ProgressDisplay, BarIsRedrawnAndCleared) {
               testing::internal::GetCapturedStderr());
 }
 
+TEST(ProgressDisplay, NamesInTheBarDoNotCommandTheTerminal) {
+    testing::internal::CaptureStderr();
+    {
+        app::ProgressDisplay progress(app::ProgressDisplay::bar, "a\x1b[31m\n  b");
+        progress.begin_stage("s");
+    }
+    EXPECT_EQ("\r[------------------------]   0%  a?[31m?  b: s\033[K\r\033[K",
+              testing::internal::GetCapturedStderr());
+}
+
 TEST(ProgressDisplay, SilentPrintsNothing) {
     testing::internal::CaptureStderr();
     {
