@@ -11,7 +11,8 @@ catches shows behaviour that nothing holds.
 
 Works on a copy of the committed tree in build/mutants/tree. A mutant that does not compile, or that gives
 the same machine code, is replaced by the next one drawn. Tests are linked and run one at a time, those first
-that caught earlier mutants of the same source, until one fails. Survivors that tools/mutants/equivalent.txt
+that caught earlier mutants of the same source, until one fails. Of a listed mutant
+the list names the test that caught it, so that little has to be built. Survivors that tools/mutants/equivalent.txt
 argues to be equivalent are counted apart. Exit code 1 if a listed mutant, or more than a tenth of the drawn
 ones, survives.
 
@@ -31,6 +32,7 @@ import argparse
 import collections
 import dataclasses
 import hashlib
+import os
 import pathlib
 import random
 import re
@@ -49,7 +51,7 @@ FOLDERS = ("plugin", "corelib", "platform", "host/graph")
 # The tests of each folder, fastest first: programs, and suites of scripts as script:SUITE.
 TESTS = {
     "plugin": ["plugin_test", "plugin_objects_test", "host_plugin_test", "plugin_in_host_test", "draw_seams_test",
-               "plugin_overlay_test", "script:plugin"],
+               "plugin_overlay_test", "modern_drawing_test", "script:plugin"],
     "corelib": ["corelib_test", "corelib_posix_test", "math_test", "math_device_calls_test",
                 "math_whole_stage_test", "plugin_test", "plugin_in_host_test"],
     "platform": ["win32_test", "win32_hook_test", "d3dx9_test", "math_test", "math_device_calls_test",
@@ -84,6 +86,7 @@ class Mutant:
     end: int
     text: str  # the replacement
     operator: str
+    test: str = ""  # that is known to catch it, if any
 
     def describe(self, source):
         line = source.count("\n", 0, self.begin) + 1
@@ -162,17 +165,17 @@ def drawn(arguments):
 
 
 def listed():
-    """The mutants of listed.txt: blocks of path, old text and new text, each after its sign."""
+    """The mutants of listed.txt: blocks of path and test, old text and new text, each after its sign."""
     for block in (HERE / "listed.txt").read_text().split("\n@ ")[1:]:
         lines = block.rstrip("\n").split("\n")
-        path = lines[0]
+        path, test = lines[0].split()
         old = "\n".join(line[2:] for line in lines if line.startswith("- "))
         new = "\n".join(line[2:] for line in lines if line.startswith("+ "))
         source = (ROOT / path).read_text()
         if source.count(old) != 1:
             sys.exit(f"mutants: listed.txt: {path} has {source.count(old)} places with: {old}")
         begin = source.index(old)
-        yield Mutant(path, begin, begin + len(old), new, "listed")
+        yield Mutant(path, begin, begin + len(old), new, "listed", test)
 
 
 def matching(mutants, texts):
@@ -221,24 +224,29 @@ class Builder:
         return subprocess.run(["ninja", "-C", self.build, "-j", str(self.jobs), *targets],
                               capture_output=True, text=True)
 
-    def object_of(self, path):
-        """The object file of a source: .../CMakeFiles/TARGET.dir/... at the source's place in the build."""
-        for file in self.build.glob(f"**/{pathlib.Path(path).name}.o"):
+    def objects_of(self, path):
+        """The object files of a source: .../CMakeFiles/TARGET.dir/... at the source's place in the build, seen from
+        the target's folder. A source of the plug-in has two, one as it is built with a later kit."""
+        found = []
+        for file in sorted(self.build.glob(f"**/{pathlib.Path(path).name}.o")):
             parts = file.relative_to(self.build).parts
             cut = parts.index("CMakeFiles")
-            if pathlib.Path(*parts[:cut], *parts[cut + 2:]).as_posix() == path + ".o":
-                return file
-        return None
+            place = [".." if part == "__" else part for part in parts[:cut] + parts[cut + 2:]]
+            if os.path.normpath(os.path.join(*place)) == path + ".o" and "devkit_guard" not in parts[cut + 1]:
+                found.append(file)
+        return found
 
     def digest(self, path):
         """Compiles a source; returns the digest of its machine code, or none if it does not compile."""
-        file = self.object_of(path)
-        if self.make([file.relative_to(self.build)]).returncode != 0:
-            return None
-        code = self.build / "code.o"
-        # Debugging information holds line numbers.
-        subprocess.run(["objcopy", "--strip-debug", file, code], check=True)
-        return hashlib.sha256(code.read_bytes()).hexdigest()
+        digest = hashlib.sha256()
+        for file in self.objects_of(path):
+            if self.make([file.relative_to(self.build)]).returncode != 0:
+                return None
+            code = self.build / "code.o"
+            # Debugging information holds line numbers.
+            subprocess.run(["objcopy", "--strip-debug", file, code], check=True)
+            digest.update(code.read_bytes())
+        return digest.hexdigest()
 
     def digest_unchanged(self, path):
         if path not in self.digests:
@@ -248,9 +256,11 @@ class Builder:
     def tests_of(self, folder):
         return [test for test in TESTS[folder] if not self.chosen or test in self.chosen]
 
-    def tests_for(self, path):
-        """Of the source's folder, those first that caught most of its mutants so far."""
-        return sorted(self.tests_of(folder_of(path)), key=lambda test: -self.catches[path, test])
+    def tests_for(self, mutant):
+        """Of the source's folder, the one first that is known to catch it, then those that caught most of its
+        mutants so far."""
+        return sorted(self.tests_of(folder_of(mutant.path)),
+                      key=lambda test: (test != mutant.test, -self.catches[mutant.path, test]))
 
     def run(self, test):
         """Returns what failed, a program and one of its tests, or none if the program passes."""
@@ -286,7 +296,7 @@ def judge(builder, mutant):
         file.write_text(mutant.apply(original))
         if builder.digest(mutant.path) in (None, before):
             return "invalid"
-        for test in builder.tests_for(mutant.path):
+        for test in builder.tests_for(mutant):
             failed = builder.run(test) if builder.make(targets_of(test)).returncode == 0 else f"building {test}"
             if failed:
                 builder.catches[mutant.path, test] += 1
@@ -296,9 +306,8 @@ def judge(builder, mutant):
         file.write_text(original)
 
 
-def check_clean(builder, folders):
+def check_clean(builder, tests):
     """Ends the program if a test fails without any mutant."""
-    tests = list(dict.fromkeys(test for folder in folders for test in builder.tests_of(folder)))
     done = builder.make([target for test in tests for target in targets_of(test)])
     if done.returncode != 0:
         sys.exit("mutants: the tree does not build:\n" + done.stdout[-3000:])
@@ -318,11 +327,12 @@ def without_line(description):
 
 
 def run(arguments, mutants, wanted):
-    folders = arguments.folder or FOLDERS
-    if arguments.listed:
-        folders = sorted({folder_of(mutant.path) for mutant in mutants})
     builder = Builder(arguments)
-    check_clean(builder, folders)
+    if arguments.listed:
+        tests = [mutant.test for mutant in mutants]
+    else:
+        tests = [test for folder in arguments.folder or FOLDERS for test in builder.tests_of(folder)]
+    check_clean(builder, list(dict.fromkeys(tests)))
     argued, counts, survivors = equivalent(), {"caught": 0, "argued": 0, "survived": 0}, []
     began = time.monotonic()
     for number, mutant in enumerate(mutants, arguments.skip + 1):
