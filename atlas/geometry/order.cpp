@@ -1,17 +1,13 @@
 #include "atlas/geometry/order.h"
 
 #include <algorithm>
+#include <array>
 
 namespace tessora::atlas {
 namespace {
 
 /// Values that differ by less than this share count as equal, so that rounding decides nothing.
 constexpr double k_tolerance = 1e-5;
-
-/// -1, 0 or 1: a is smaller than, about equal to or larger than b. Both are positive or zero.
-int compare(double a, double b) {
-    return a > b * (1 + k_tolerance) ? 1 : b > a * (1 + k_tolerance) ? -1 : 0;
-}
 
 class Orderer {
 public:
@@ -20,12 +16,16 @@ public:
 
     std::vector<uint32_t> run() {
         collect_components();
-        std::stable_sort(components_.begin(), components_.end(),
-                         [](const Component& a, const Component& b) { return a.area > b.area; });
+        for (Component& c : components_)
+            c.start = start_of(c);
+        std::stable_sort(
+            components_.begin(), components_.end(), [&](const Component& a, const Component& b) {
+                return a.area != b.area ? a.area > b.area : lies_before(s_, a.start, b.start);
+            });
         std::vector<uint32_t> order;
         order.reserve(kept_.size());
         for (const Component& c : components_)
-            walk(start_of(c), order);
+            walk(c.start, order);
         return order;
     }
 
@@ -34,6 +34,7 @@ private:
         uint32_t begin, end; ///< in faces_
         float area;          ///< single precision: components alike are equal in spite of rounding
         Vec3 centre;
+        uint32_t start; ///< the corner at which its walk begins
     };
 
     void collect_components() {
@@ -50,7 +51,8 @@ private:
                 area += a;
                 sum = sum + (s_.position[v[0]] + s_.position[v[1]] + s_.position[v[2]]) * (a / 3);
             }
-            components_.push_back({begin, uint32_t(faces_.size()), float(area), sum * (1 / area)});
+            components_.push_back(
+                {begin, uint32_t(faces_.size()), float(area), sum * (1 / area), k_none});
         }
         seen_.assign(seen_.size(), 0);
     }
@@ -74,40 +76,53 @@ private:
     }
 
     /// The corner farthest from the centre; of several there, that of the largest triangle, with
-    /// the longest edge.
-    uint32_t start_of(const Component& c) const {
-        uint32_t best = 3 * faces_[c.begin];
-        double farthest = distance(best, c);
+    /// the longest edge; of several of these the first in space.
+    uint32_t start_of(const Component& c) {
+        const auto distance = [&](uint32_t h) { // squared
+            const Vec3 p = s_.position[s_.vertex[h]] - c.centre;
+            return dot(p, p);
+        };
+        const auto area = [&](uint32_t h) { return s_.frame[h / 3].area(); };
+        const auto edge = [&](uint32_t h) { return s_.edge_length(h); };
+        corners_.clear();
         for (uint32_t i = c.begin; i < c.end; ++i)
-            for (uint32_t h = 3 * faces_[i]; h < 3 * faces_[i] + 3; ++h) {
-                const double own = distance(h, c);
-                const int order = compare(own, farthest);
-                if (order > 0 || (order == 0 && is_larger(h, best))) {
-                    best = h;
-                    farthest = own;
-                }
-            }
-        return best;
+            for (uint32_t h = 3 * faces_[i]; h < 3 * faces_[i] + 3; ++h)
+                corners_.push_back(h);
+        keep_largest(corners_, distance);
+        keep_largest(corners_, area);
+        keep_largest(corners_, edge);
+        return *std::min_element(corners_.begin(), corners_.end(),
+                                 [&](uint32_t a, uint32_t b) { return lies_before(s_, a, b); });
     }
 
-    double distance(uint32_t corner, const Component& c) const {
-        return length(s_.position[s_.vertex[corner]] - c.centre);
-    }
-
-    bool is_larger(uint32_t h, uint32_t other) const {
-        if (const int order = compare(s_.frame[h / 3].area(), s_.frame[other / 3].area()))
-            return order > 0;
-        return compare(s_.edge_length(h), s_.edge_length(other)) > 0;
+    /// Leaves of a list those items whose value is the largest, or about equal to it.
+    template <class Value>
+    static void keep_largest(std::vector<uint32_t>& items, Value value) {
+        double largest = 0;
+        for (uint32_t item : items)
+            largest = std::max(largest, value(item));
+        items.erase(std::remove_if(
+                        items.begin(), items.end(),
+                        [&](uint32_t item) { return value(item) * (1 + k_tolerance) < largest; }),
+                    items.end());
     }
 
     const Surface& s_;
     const std::vector<uint32_t>& kept_;
     std::vector<uint8_t> seen_; ///< per triangle, in the present walk over all
-    std::vector<uint32_t> faces_, entries_;
+    std::vector<uint32_t> faces_, entries_, corners_;
     std::vector<Component> components_;
 };
 
 } // namespace
+
+bool lies_before(const Surface& s, uint32_t a, uint32_t b) {
+    const auto place = [&](uint32_t h) {
+        const Vec3 p = s.position[s.vertex[h]], q = s.position[s.vertex[next_corner(h)]];
+        return std::array<double, 6>{p.x, p.y, p.z, q.x, q.y, q.z};
+    };
+    return place(a) < place(b);
+}
 
 std::vector<uint32_t> order_by_shape(const Surface& surface, const std::vector<uint32_t>& kept) {
     return Orderer(surface, kept).run();

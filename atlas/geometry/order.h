@@ -11,8 +11,12 @@
 namespace tessora::atlas {
 
 /// The triangles of `kept`, which holds whole connected components: the components by their area,
-/// each from the tip farthest from its centre, breadth first. The order of `kept` decides only
-/// between equal shapes.
+/// each from the tip farthest from its centre, breadth first. Of equal ones the first in space
+/// comes first, so the order of `kept` decides only between those in the same place.
 std::vector<uint32_t> order_by_shape(const Surface& surface, const std::vector<uint32_t>& kept);
+
+/// Whether half-edge a starts before b in space: with a smaller x, or with the same and a smaller
+/// y, and so on; if both start in one place, whether it ends before b.
+bool lies_before(const Surface& surface, uint32_t a, uint32_t b);
 
 } // namespace tessora::atlas

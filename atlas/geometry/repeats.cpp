@@ -1,5 +1,7 @@
 #include "atlas/geometry/repeats.h"
 
+#include "atlas/geometry/order.h"
+
 #include <algorithm>
 
 namespace tessora::atlas {
@@ -17,7 +19,8 @@ constexpr size_t k_most_sources = 4;
 struct Component {
     uint32_t begin = 0, end = 0; ///< in the list of triangles
     uint32_t sides = 0, border = 0;
-    double length = 0; ///< of all sides
+    uint32_t first = 0; ///< of its half-edges the first in space
+    double length = 0;  ///< of all sides
 };
 
 class RepeatFinder {
@@ -63,11 +66,14 @@ private:
                 continue;
             Component c;
             c.begin = uint32_t(faces_.size());
+            c.first = 3 * t;
             faces_.push_back(t);
             seen[t] = 1;
             for (uint32_t i = c.begin; i < faces_.size(); ++i)
                 for (uint32_t h = 3 * faces_[i]; h < 3 * faces_[i] + 3; ++h) {
                     const uint32_t mate = s_.mate[h];
+                    if (lies_before(s_, h, c.first))
+                        c.first = h;
                     if (!s_.false_edge[h]) {
                         c.sides++;
                         c.border += mate == k_none;
@@ -85,14 +91,17 @@ private:
 
     void sort_by_size() {
         std::stable_sort(components_.begin(), components_.end(),
-                         [](const Component& a, const Component& b) {
+                         [&](const Component& a, const Component& b) {
                              if (a.sides != b.sides)
                                  return a.sides > b.sides;
                              if (a.border != b.border)
                                  return a.border > b.border;
                              if (a.end - a.begin != b.end - b.begin)
                                  return a.end - a.begin > b.end - b.begin;
-                             return a.length > b.length;
+                             // In single precision those that repeat each other are equal.
+                             if (float(a.length) != float(b.length))
+                                 return a.length > b.length;
+                             return lies_before(s_, a.first, b.first);
                          });
     }
 

@@ -67,22 +67,31 @@ private:
         return unserved;
     }
 
-    /// One sheet. Charts and classes appear in the order of its triangles.
+    /// The charts of a copy's sheet, with the numbers of their copies in copied_chart_.
+    std::vector<uint32_t> begin_copy(const std::vector<uint32_t>& faces) {
+        std::vector<uint32_t> charts;
+        for (uint32_t t : faces)
+            charts.push_back(kept_.chart[kept_number(sheets_.source_corner[3 * t] / 3)]);
+        std::sort(charts.begin(), charts.end());
+        charts.erase(std::unique(charts.begin(), charts.end()), charts.end());
+        for (uint32_t chart : charts) {
+            copied_chart_[chart] = uint32_t(has_area_.size());
+            has_area_.push_back(has_area_[chart]);
+        }
+        return charts;
+    }
+
+    /// One sheet. Its classes appear in the order of its triangles.
     bool take_copy(const std::vector<uint32_t>& faces, uint32_t copy) {
         const bool mirrored = sheets_.mirrored[copy] != 0;
         const bool stacked = options_.stack && !sheets_.elsewhere[copy];
         const bool turned = mirrored && !stacked;
-        std::vector<uint32_t> charts, classes;
+        const std::vector<uint32_t> charts = begin_copy(faces);
+        std::vector<uint32_t> classes;
         bool whole = true; // no polygon of the sheet fell apart
         for (uint32_t t : faces) {
             const uint32_t source = 3 * kept_number(sheets_.source_corner[3 * t] / 3);
             const uint32_t chart = kept_.chart[source / 3];
-            if (copied_chart_[chart] == k_none) {
-                copied_chart_[chart] = kept_.chart_count() + uint32_t(extra_.size());
-                extra_.push_back(chart);
-                has_area_.push_back(has_area_[chart]);
-                charts.push_back(chart);
-            }
             all_.chart[t] = copied_chart_[chart];
             for (uint32_t c = 3 * t; c < 3 * t + 3; ++c) {
                 const uint32_t from = sheets_.source_corner[c];
@@ -291,6 +300,9 @@ private:
             sorted.over_limit.push_back(all_.over_limit[chart]);
             sorted.place.push_back(number[all_.place[chart]]);
         }
+        for (uint32_t n : number)
+            if (n != k_none)
+                all_.by_shape.push_back(n);
         all_.edges = std::move(sorted.edges);
         all_.edge_begin = std::move(sorted.edge_begin);
         all_.chart_stretch = std::move(sorted.chart_stretch);
@@ -306,7 +318,6 @@ private:
     const uint32_t faces_;
     FinishedCharts all_;
     std::vector<uint8_t> has_area_;                     ///< per chart
-    std::vector<uint32_t> extra_;                       ///< per copied chart: its source
     std::vector<uint32_t> copied_chart_, copied_class_; ///< of the copy at hand; k_none at rest
 };
 
@@ -397,7 +408,7 @@ std::vector<uint32_t> follow_sheets(const Mesh& mesh, const Surface& surface, co
 
 Packing pack_finished(const FinishedCharts& charts, const PackOptions& options) {
     std::vector<uint32_t> edges, begin = {0}, packed(charts.chart_count(), k_none);
-    for (uint32_t c = 0; c < charts.chart_count(); ++c) {
+    for (uint32_t c : charts.by_shape) {
         if (charts.place[c] != c)
             continue;
         packed[c] = uint32_t(begin.size() - 1);
@@ -406,7 +417,7 @@ Packing pack_finished(const FinishedCharts& charts, const PackOptions& options) 
         begin.push_back(uint32_t(edges.size() / 2));
     }
     Packing packing = pack_charts({span(charts.class_uv), span(edges), span(begin)}, options);
-    if (packing.status != Status::ok || begin.size() - 1 == charts.chart_count())
+    if (packing.status != Status::ok)
         return packing;
     std::vector<Placement> placements;
     for (uint32_t c = 0; c < charts.chart_count(); ++c)

@@ -18,6 +18,8 @@ struct FinishedCharts {
     std::vector<uint8_t> over_limit;
     std::vector<uint32_t> edges, edge_begin = {0};
     std::vector<uint32_t> place;
+    std::vector<uint32_t> by_shape; ///< set by follow_sheets: the charts in an order that does not
+                                    ///< depend on how the mesh numbers its triangles
 
     uint32_t chart_count() const { return uint32_t(chart_stretch.size()); }
     EmitCharts to_emit(const Mesh& mesh) const;
@@ -34,7 +36,8 @@ FinishedCharts finish_charts(const ChartSet& set, double limit, double unit, Par
 std::vector<uint32_t> follow_sheets(const Mesh& mesh, const Surface& surface, const Sheets& sheets,
                                     const Options& options, FinishedCharts& charts);
 
-/// Packs every chart but those that share another's place, which get its placement.
+/// Packs every chart, in the order by shape, but those that share another's place, which get its
+/// placement.
 Packing pack_finished(const FinishedCharts& charts, const PackOptions& options);
 
 /// Reports the stretch of the returned coordinates where rounding has changed it visibly: needles
