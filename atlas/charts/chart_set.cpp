@@ -27,23 +27,41 @@ void ChartSet::rebuild_nodes(const std::vector<uint32_t>& faces) {
                 rename_node(c);
 }
 
-void ChartSet::trace_border(Chart& c) const {
+/// Begins a chart's border anew.
+void ChartSet::clear_border(Chart& c) {
     c.border.clear();
     c.loop_end.clear();
     c.border_length = 0;
+}
+
+/// Appends the loop of half-edge h to the border, unless h is not a border or was traced.
+void ChartSet::trace_loop(uint32_t h, Chart& c) const {
+    if (glued[h] || traced_[h])
+        return;
+    uint32_t at = h;
+    do {
+        traced_[at] = 1;
+        c.border.push_back(at);
+        c.border_length += surface.edge_length(at);
+        at = next_border(at);
+    } while (at != h);
+    c.loop_end.push_back(uint32_t(c.border.size()));
+}
+
+void ChartSet::trace_border(Chart& c) const {
+    clear_border(c);
     for (uint32_t t : c.faces)
-        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h) {
-            if (glued[h] || traced_[h])
-                continue;
-            uint32_t at = h;
-            do {
-                traced_[at] = 1;
-                c.border.push_back(at);
-                c.border_length += surface.edge_length(at);
-                at = next_border(at);
-            } while (at != h);
-            c.loop_end.push_back(uint32_t(c.border.size()));
-        }
+        for (uint32_t h = 3 * t; h < 3 * t + 3; ++h)
+            trace_loop(h, c);
+    for (uint32_t h : c.border)
+        traced_[h] = 0;
+}
+
+void ChartSet::trace_border(uint32_t id, const std::vector<uint32_t>& candidates, Chart& c) const {
+    clear_border(c);
+    for (uint32_t h : candidates)
+        if (chart[h / 3] == id)
+            trace_loop(h, c);
     for (uint32_t h : c.border)
         traced_[h] = 0;
 }

@@ -77,6 +77,9 @@ public:
     void refresh(Chart& c) const;
     /// Recomputes a chart's border and border length.
     void trace_border(Chart& c) const;
+    /// Makes the border of chart `id` of those of the given half-edges that are on it: they must
+    /// have at least one of every loop.
+    void trace_border(uint32_t id, const std::vector<uint32_t>& candidates, Chart& c) const;
     StretchSums measure(const std::vector<uint32_t>& faces) const;
     /// A triangle's share of its chart's sums. The triangle that stands for a polygon answers for
     /// the polygon's corner triangles as well: it adds those that are flipped, and the excess of a
@@ -98,6 +101,8 @@ public:
 
 private:
     void add_polygon(uint32_t lead, StretchSums& sums) const;
+    void trace_loop(uint32_t h, Chart& c) const;
+    static void clear_border(Chart& c);
 
     mutable std::vector<uint8_t>
         traced_; ///< per half-edge: workspace of trace_border; 0 between calls

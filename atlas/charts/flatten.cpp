@@ -130,8 +130,17 @@ bool Flattener::judge_without_moving(Chart& c) {
     return passes(c);
 }
 
-bool Flattener::passes(const Chart& c) {
-    return c.stretch.flipped == 0 && c.stretch.worst_l2() <= options.limit && judge_outline(c);
+bool Flattener::is_within_limit(const Chart& c) const {
+    return c.stretch.flipped == 0 && c.stretch.worst_l2() <= options.limit;
+}
+
+bool Flattener::passes(const Chart& c) { return is_within_limit(c) && judge_outline(c); }
+
+bool Flattener::judge_within(const Chart& c, Vec2 low, Vec2 high) {
+    if (!is_within_limit(c))
+        return false;
+    set.outline(c, outline_);
+    return tester_.simple_within(outline_, low, high);
 }
 
 /// Relaxes a chart from its current coordinates; true if it is legal and meets the terms

@@ -66,6 +66,9 @@ public:
     bool judge(Chart& c);
     /// Like judge(), but leaves slits open, so that no node moves.
     bool judge_without_moving(Chart& c);
+    /// Whether a chart that was legal still is: its border and sums are set, and all segments of
+    /// its outline that have moved are within the box.
+    bool judge_within(const Chart& c, Vec2 low, Vec2 high);
     /// Whether the chart's outline is legal; ignores stretch and flipped triangles.
     bool judge_outline(const Chart& c);
     /// Makes the two sides of a slit coincide exactly where they almost do; appends the nodes that
@@ -78,6 +81,7 @@ public:
 
 private:
     void load(const Chart& c);
+    bool is_within_limit(const Chart& c) const;
     bool passes(const Chart& c);
     bool faces_forward(const uint32_t* begin, const uint32_t* end, Vec3 normal,
                        double min_cosine) const;

@@ -31,6 +31,14 @@ struct StretchSums {
         excess += o.excess;
         flipped += o.flipped;
     }
+    /// Takes back what add() added, up to rounding.
+    void remove(const StretchSums& o) {
+        area -= o.area;
+        inverse -= o.inverse;
+        flat_area -= o.flat_area;
+        excess -= o.excess;
+        flipped -= o.flipped;
+    }
     /// L2 stretch, 1 for an isometry up to scale; meaningless if a triangle is flipped.
     double l2() const { return std::sqrt(inverse * flat_area) / area; }
     /// The same with every convex quad divided along the diagonal that stretches it more. This is

@@ -102,18 +102,25 @@ void ShortestBorder::weigh() {
 void ShortestBorder::cut() {
     MinCut& graph = graph_;
     graph.reset(uint32_t(band_.size()));
-    const auto end_of = [&](uint32_t chart) {
-        return chart == pair_[0] ? graph.source() : graph.sink();
-    };
-    for (uint32_t i = 0; i < band_.size(); ++i)
-        if (!stays(band_[i]))
-            graph.add_edge(i, end_of(chart_of(band_[i])), k_move);
+    to_end_.assign(2 * band_.size(), 0);
     int64_t before = 0;
     for (const Edge& edge : edges_) {
         const int64_t capacity = int64_t(edge.weight / heaviest_ * k_heaviest);
-        graph.add_edge(edge.from, edge.to == k_none ? end_of(edge.chart) : edge.to, capacity);
+        if (edge.to == k_none)
+            to_end_[2 * edge.from + (edge.chart == pair_[1])] += capacity;
+        else
+            graph.add_edge(edge.from, edge.to, capacity);
         if (edge.chart != chart_of(band_[edge.from]))
             before += capacity;
+    }
+    for (uint32_t i = 0; i < band_.size(); ++i) {
+        if (stays(band_[i]))
+            continue;
+        to_end_[2 * i + (chart_of(band_[i]) == pair_[1])] += k_move;
+        if (to_end_[2 * i] > 0)
+            graph.add_edge(graph.source(), i, to_end_[2 * i]);
+        if (to_end_[2 * i + 1] > 0)
+            graph.add_edge(i, graph.sink(), to_end_[2 * i + 1]);
     }
     if (double(graph.solve()) > k_least_shortening * double(before))
         return;

@@ -49,7 +49,8 @@ private:
         double weight;
     };
     std::vector<Edge> edges_;
-    double heaviest_ = 0; ///< weight of an edge
+    double heaviest_ = 0;         ///< weight of an edge
+    std::vector<int64_t> to_end_; ///< per atom of the band: capacities to source and sink
     MinCut graph_{0};
     std::vector<uint32_t> moving_;
 };

@@ -3,6 +3,7 @@
 #include "atlas/geometry/rigid.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace tessora::atlas {
 namespace {
@@ -37,8 +38,9 @@ bool BorderSmoother::run(ProgressMeter& progress) {
             return false;
         list_neighbours(a);
         for (uint32_t b : neighbours_)
-            smooth(a, b);
+            smooth_pair(a, b);
     }
+    regroup();
     return true;
 }
 
@@ -55,6 +57,11 @@ void BorderSmoother::list_neighbours(uint32_t a) {
 }
 
 void BorderSmoother::smooth(uint32_t a, uint32_t b) {
+    smooth_pair(a, b);
+    regroup();
+}
+
+void BorderSmoother::smooth_pair(uint32_t a, uint32_t b) {
     for (uint32_t rings = k_most_rings; rings >= k_fewest_rings; rings /= 2) {
         const std::vector<uint32_t>& atoms = shortest_.find(a, b, rings);
         if (atoms.empty())
@@ -65,15 +72,28 @@ void BorderSmoother::smooth(uint32_t a, uint32_t b) {
     candidates_.clear();
     offer_atoms(a, b);
     offer_atoms(b, a);
-    undo_ = {};
-    keep_if_good(a, b, move_ears(a, b));
+    begin(a, b);
+    keep_if_good(move_ears(a, b));
+}
+
+/// Begins a transaction.
+void BorderSmoother::begin(uint32_t a, uint32_t b) {
+    undo_.node.clear();
+    undo_.uv.clear();
+    undo_.glued.clear();
+    undo_.chart.clear();
+    for (const uint32_t id : {a, b}) {
+        Side& side = sides_[id == b];
+        side.id = id;
+        side.chart.stretch = set_.charts[id].stretch;
+    }
 }
 
 /// Moves atoms of two charts to the other one, those that can one after the other. False, with
 /// nothing changed, if that does not make the border shorter or is not legal.
 bool BorderSmoother::exchange(uint32_t a, uint32_t b, std::vector<uint32_t> moving) {
     candidates_ = moving;
-    undo_ = {};
+    begin(a, b);
     double saved = 0;
     for (size_t before = 0; before != moving.size();) {
         before = moving.size();
@@ -94,7 +114,7 @@ bool BorderSmoother::exchange(uint32_t a, uint32_t b, std::vector<uint32_t> movi
     saved += move_ears(a, b);
     if (saved > 0) {
         relax_moved();
-        return keep_if_good(a, b, saved);
+        return keep_if_good(saved);
     }
     undo();
     return false;
@@ -124,26 +144,69 @@ double BorderSmoother::move_ears(uint32_t a, uint32_t b) {
 
 /// Ends a transaction that shortened the border by so much: undoes all moves, and returns false, if
 /// a chart is not legal or it costs too much stretch.
-bool BorderSmoother::keep_if_good(uint32_t a, uint32_t b, double saved) {
+bool BorderSmoother::keep_if_good(double saved) {
     if (undo_.chart.empty())
         return true;
-    const auto distortion = [&] {
-        double sum = 0; // mean L2 stretch over the whole mesh, beyond 1
-        for (uint32_t c : {a, b})
-            sum += (set_.charts[c].stretch.worst_l2() - 1) * set_.charts[c].stretch.area;
-        return sum / set_.surface.total_area;
-    };
-    const double before = distortion();
-    regroup(a, b);
-    if (flattener_.judge_without_moving(set_.charts[a]) &&
-        flattener_.judge_without_moving(set_.charts[b]) &&
-        k_seam_per_stretch * (distortion() - before) * std::sqrt(set_.surface.total_area) <= saved)
-        return true;
+    if (is_worth(saved)) {
+        list_changed_nodes();
+        if (stays_legal(sides_[0]) && stays_legal(sides_[1])) {
+            for (Side& side : sides_) {
+                Chart& chart = set_.charts[side.id];
+                chart.border.swap(side.chart.border);
+                chart.loop_end.swap(side.chart.loop_end);
+                chart.border_length = side.chart.border_length;
+                chart.stretch = side.chart.stretch;
+                regrouped_.push_back(side.id);
+            }
+            return true;
+        }
+    }
     undo();
-    regroup(a, b);
-    set_.refresh(set_.charts[a]);
-    set_.refresh(set_.charts[b]);
     return false;
+}
+
+/// Whether the seam that the transaction saved is worth the stretch that it costs.
+bool BorderSmoother::is_worth(double saved) const {
+    double added = 0; // to the mean L2 stretch over the whole mesh
+    for (const Side& side : sides_) {
+        const StretchSums &before = set_.charts[side.id].stretch, &after = side.chart.stretch;
+        added += (after.worst_l2() - 1) * after.area - (before.worst_l2() - 1) * before.area;
+    }
+    return k_seam_per_stretch * added <= saved * std::sqrt(set_.surface.total_area);
+}
+
+/// Lists the nodes that are new or may have moved.
+void BorderSmoother::list_changed_nodes() {
+    changed_nodes_.clear();
+    for (const auto& [node, uv] : undo_.uv)
+        if (!has_changed(node)) {
+            set_.place[node] = uint32_t(changed_nodes_.size());
+            changed_nodes_.push_back(node);
+        }
+}
+
+bool BorderSmoother::has_changed(uint32_t node) const {
+    const uint32_t place = set_.place[node];
+    return place < changed_nodes_.size() && changed_nodes_[place] == node;
+}
+
+/// Traces the border of a chart of the transaction and returns whether it is legal.
+bool BorderSmoother::stays_legal(Side& side) {
+    border_ = set_.charts[side.id].border;
+    for (const auto& [h, glued] : undo_.glued)
+        border_.insert(border_.end(), {h, set_.surface.mate[h]});
+    set_.trace_border(side.id, border_, side.chart);
+    constexpr double k_far = std::numeric_limits<double>::infinity();
+    Vec2 low{k_far, k_far}, high{-k_far, -k_far};
+    for (uint32_t h : side.chart.border) {
+        const uint32_t from = set_.node[h], to = set_.node[next_corner(h)];
+        if (has_changed(from) || has_changed(to))
+            for (Vec2 p : {set_.uv[from], set_.uv[to]}) {
+                low = {std::min(low.x, p.x), std::min(low.y, p.y)};
+                high = {std::max(high.x, p.x), std::max(high.y, p.y)};
+            }
+    }
+    return flattener_.judge_within(side.chart, low, high);
 }
 
 /// Appends the atoms of chart `from` along its border with chart `to` to the candidates.
@@ -245,8 +308,10 @@ void BorderSmoother::relax_moved() {
     copy.patch.reserve(band_.nodes().size(), band_.faces().size());
     for (size_t i = 0; i < band_.nodes().size(); ++i) {
         const uint32_t n = band_.nodes()[i];
-        undo_.uv.push_back({n, set_.uv[n]});
-        copy.add_node(n, set_.uv[n], band_.rings()[i] >= k_relaxed_rings);
+        const bool pinned = band_.rings()[i] >= k_relaxed_rings;
+        if (!pinned)
+            undo_.uv.push_back({n, set_.uv[n]});
+        copy.add_node(n, set_.uv[n], pinned);
     }
     for (uint32_t t : band_.faces())
         copy.patch.add_face(set_.surface.frame[t], copy.vertex(set_.node[3 * t]),
@@ -254,7 +319,23 @@ void BorderSmoother::relax_moved() {
     for (uint32_t t : band_.leads())
         copy.add_guards(t, true);
     copy.patch.relax(k_relax_sweeps);
+    count_band(&StretchSums::remove);
     copy.store(set_);
+    count_band(&StretchSums::add);
+}
+
+/// Adds the triangles of the band to the sums of the transaction, or removes them. The triangles
+/// that stand for their polygons answer for all corners of these.
+void BorderSmoother::count_band(Count count) {
+    for (uint32_t t : band_.faces())
+        count_face(t, count);
+    for (uint32_t t : band_.leads())
+        if (!band_.has_face(t))
+            count_face(t, count);
+}
+
+void BorderSmoother::count_face(uint32_t t, Count count) {
+    (side_of(set_.chart[t]).chart.stretch.*count)(set_.measure_face(t));
 }
 
 /// Whether the node of a corner is in the interior of its chart.
@@ -274,8 +355,10 @@ bool BorderSmoother::is_interior(uint32_t corner) const {
 /// exactly.
 bool BorderSmoother::place_ear(uint32_t atom, double max_smooth_stretch) {
     const Surface& s = set_.surface;
-    std::vector<uint32_t> nodes;
-    std::vector<Vec2> from, to;
+    auto& [nodes, from, to, weight] = run_;
+    nodes.clear();
+    from.clear();
+    to.clear();
     for (uint32_t h : ear_.facing) {
         nodes.push_back(set_.node[h]);
         to.push_back(set_.uv[set_.node[next_corner(s.mate[h])]]);
@@ -284,8 +367,9 @@ bool BorderSmoother::place_ear(uint32_t atom, double max_smooth_stretch) {
     to.push_back(set_.uv[set_.node[s.mate[ear_.facing.back()]]]);
     for (uint32_t n : nodes)
         from.push_back(set_.uv[n]);
+    weight.assign(nodes.size(), 1);
     Rigid motion;
-    if (fit_rigid(from, to, std::vector<double>(nodes.size(), 1), motion) < 0)
+    if (fit_rigid(from, to, weight, motion) < 0)
         return false;
     ear_.placed.clear();
     StretchSums sums;
@@ -343,6 +427,8 @@ void BorderSmoother::move_ear(uint32_t atom, uint32_t to) {
         for (uint32_t h : *side) // the neighbours of the ear keep their coordinates
             for (uint32_t c : {s.mate[h], next_corner(s.mate[h])})
                 ear_.placed.push_back({c, set_.uv[set_.node[c]]});
+    for (uint32_t i = faces_.begin[atom]; i < faces_.begin[atom + 1]; ++i)
+        count_face(faces_.item[i], &StretchSums::remove);
     for (uint32_t h : ear_.holding)
         set_glued(h, 0);
     for (uint32_t h : ear_.facing)
@@ -352,6 +438,7 @@ void BorderSmoother::move_ear(uint32_t atom, uint32_t to) {
     for (uint32_t i = faces_.begin[atom]; i < faces_.begin[atom + 1]; ++i) {
         undo_.chart.push_back({faces_.item[i], set_.chart[faces_.item[i]]});
         set_.chart[faces_.item[i]] = to;
+        count_face(faces_.item[i], &StretchSums::add);
     }
     for (uint32_t h : ear_.holding)
         candidates_.push_back(atoms_.of_face[s.mate[h] / 3]);
@@ -368,14 +455,27 @@ void BorderSmoother::undo() {
     restore(undo_.uv, [&](uint32_t node, Vec2 p) { set_.uv[node] = p; });
 }
 
-/// Rebuilds the triangle lists of two charts from the charts of their triangles.
-void BorderSmoother::regroup(uint32_t a, uint32_t b) {
-    std::vector<uint32_t> all = std::move(set_.charts[a].faces);
-    all.insert(all.end(), set_.charts[b].faces.begin(), set_.charts[b].faces.end());
-    set_.charts[a].faces.clear();
-    set_.charts[b].faces.clear();
-    for (uint32_t t : all)
+/// Rebuilds the triangle lists of the charts that have changed from the charts of their triangles,
+/// and measures them anew, without the rounding errors of sums that were changed.
+void BorderSmoother::regroup() {
+    std::sort(regrouped_.begin(), regrouped_.end());
+    regrouped_.erase(std::unique(regrouped_.begin(), regrouped_.end()), regrouped_.end());
+    std::vector<uint32_t> incoming;
+    for (uint32_t c : regrouped_) {
+        std::vector<uint32_t>& faces = set_.charts[c].faces;
+        size_t stay = 0;
+        for (uint32_t t : faces)
+            if (set_.chart[t] == c)
+                faces[stay++] = t;
+            else
+                incoming.push_back(t);
+        faces.resize(stay);
+    }
+    for (uint32_t t : incoming)
         set_.charts[set_.chart[t]].faces.push_back(t);
+    for (uint32_t c : regrouped_)
+        set_.refresh(set_.charts[c]);
+    regrouped_.clear();
 }
 
 } // namespace tessora::atlas

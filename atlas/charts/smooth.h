@@ -4,7 +4,10 @@
 /// charts one after the other, and what surrounds them is relaxed. Single ears follow: an ear is an
 /// atom whose border to the other chart, one run of edges, is longer than the run that is glued to
 /// its own chart. All moves of a step are one transaction: if a chart is not legal afterwards, or
-/// the stretch costs more than the seam was worth, they are undone.
+/// the stretch costs more than the seam was worth, they are undone. What a transaction costs
+/// depends on what it moves, not on the size of the charts: their sums follow every triangle that
+/// changes, their outlines are looked at where they have changed, and their lists of triangles are
+/// made at the end.
 #pragma once
 
 #include "atlas/charts/band.h"
@@ -23,7 +26,7 @@ public:
     BorderSmoother(Flattener& flattener, const Atoms& atoms, const std::vector<float>& hardness);
     /// One pass over all pairs of neighbouring charts. False if the callback asked to stop.
     bool run(ProgressMeter& progress);
-    /// Smooths the border between two charts only.
+    /// Smooths the border between two legal charts only.
     void smooth(uint32_t a, uint32_t b);
 
 private:
@@ -46,12 +49,36 @@ private:
         std::vector<PlacedCorner> placed; ///< its corners where they would lie in the other chart
     };
 
+    /// One of the two charts of a transaction as it is to become.
+    struct Side {
+        uint32_t id = k_none;
+        Chart chart; ///< its border and its sums
+    };
+
+    void smooth_pair(uint32_t a, uint32_t b);
+    void begin(uint32_t a, uint32_t b);
+    Side& side_of(uint32_t chart) { return sides_[sides_[1].id == chart]; }
+    /// Whether triangles are added to sums or removed.
+    using Count = void (StretchSums::*)(const StretchSums&);
+    void count_face(uint32_t t, Count count);
+    void count_band(Count count);
+    /// The nodes of the run of edges that an ear faces the other chart with.
+    struct Run {
+        std::vector<uint32_t> node;
+        std::vector<Vec2> from, to; ///< coordinates in its own chart and in the other one
+        std::vector<double> weight; ///< 1 each
+    };
+
     void list_neighbours(uint32_t a);
     void offer_atoms(uint32_t from, uint32_t to);
     bool exchange(uint32_t a, uint32_t b, std::vector<uint32_t> moving);
     double move_ears(uint32_t a, uint32_t b);
     double weight(const std::vector<uint32_t>& edges) const;
-    bool keep_if_good(uint32_t a, uint32_t b, double saved);
+    bool keep_if_good(double saved);
+    bool is_worth(double saved) const;
+    void list_changed_nodes();
+    bool has_changed(uint32_t node) const;
+    bool stays_legal(Side& side);
     uint32_t chart_of(uint32_t atom) const { return set_.chart[faces_.item[faces_.begin[atom]]]; }
     bool find_ear(uint32_t atom, uint32_t to);
     bool find_runs(uint32_t to);
@@ -65,7 +92,7 @@ private:
     void set_node(uint32_t corner, Vec2 p);
     void set_glued(uint32_t h, uint8_t value);
     void undo();
-    void regroup(uint32_t a, uint32_t b);
+    void regroup();
 
     Flattener& flattener_;
     ChartSet& set_;
@@ -74,10 +101,15 @@ private:
     const Buckets faces_;              ///< triangles by atom
     std::vector<uint32_t> neighbours_; ///< workspace of run: of the current chart, ascending
     std::vector<uint32_t> candidates_; ///< workspace of smooth: atoms that may be ears
+    Side sides_[2];
+    std::vector<uint32_t> changed_nodes_; ///< workspace of keep_if_good, with places in set_
+    std::vector<uint32_t> border_;        ///< workspace: half-edges that may be on a border
+    std::vector<uint32_t> regrouped_;     ///< charts whose lists of triangles are out of date
     ShortestBorder shortest_;
     Band::Flags band_flags_;
     Band band_;
     Ear ear_;
+    Run run_; ///< workspace of place_ear
     Undo undo_;
 };
 

@@ -3,6 +3,7 @@
 #include "atlas/geometry/predicates.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace tessora::atlas {
 namespace {
@@ -102,15 +103,31 @@ void OutlineTester::visit_cells(Vec2 a, Vec2 b, Visit visit) const {
     }
 }
 
+void OutlineTester::choose_all() {
+    chosen_.resize(next_.size());
+    std::iota(chosen_.begin(), chosen_.end(), 0u);
+}
+
+/// Chooses the segments whose boxes meet that box.
+void OutlineTester::choose_within(const Outline& outline, Vec2 low, Vec2 high) {
+    chosen_.clear();
+    for (uint32_t i = 0; i < next_.size(); ++i) {
+        const Vec2 a = outline.point[i], b = outline.point[next_[i]];
+        if (std::min(a.x, b.x) <= high.x && std::max(a.x, b.x) >= low.x &&
+            std::min(a.y, b.y) <= high.y && std::max(a.y, b.y) >= low.y)
+            chosen_.push_back(i);
+    }
+}
+
 void OutlineTester::build_grid(const Outline& outline) {
-    const uint32_t count = uint32_t(outline.point.size());
-    Vec2 low = outline.point[0], high = low;
+    const uint32_t count = uint32_t(chosen_.size());
+    Vec2 low = outline.point[chosen_[0]], high = low;
     double total = 0;
-    for (uint32_t i = 0; i < count; ++i) {
-        const Vec2 p = outline.point[i];
-        low = {std::min(low.x, p.x), std::min(low.y, p.y)};
-        high = {std::max(high.x, p.x), std::max(high.y, p.y)};
-        total += length(outline.point[next_[i]] - p);
+    for (uint32_t i : chosen_) {
+        const Vec2 p = outline.point[i], q = outline.point[next_[i]];
+        low = {std::min({low.x, p.x, q.x}), std::min({low.y, p.y, q.y})};
+        high = {std::max({high.x, p.x, q.x}), std::max({high.y, p.y, q.y})};
+        total += length(q - p);
     }
     const Vec2 extent = high - low;
     double size = std::max(total / count, 1e-300);
@@ -122,7 +139,7 @@ void OutlineTester::build_grid(const Outline& outline) {
     rows_ = int(extent.y * inverse_size_) + 1;
     cells_.assign(size_t(columns_) * rows_, Cell{});
     visits_.clear();
-    for (uint32_t i = 0; i < count; ++i)
+    for (uint32_t i : chosen_)
         visit_cells(outline.point[i], outline.point[next_[i]], [&](int c) {
             visits_.push_back({uint32_t(c), i});
             cells_[c].count++;
@@ -183,19 +200,35 @@ void OutlineTester::visit_illegal_pairs(const Outline& outline, Visit visit) {
             }
 }
 
+bool OutlineTester::chosen_are_legal(const Outline& outline) {
+    bool legal = true;
+    visit_illegal_pairs(outline, [&](uint32_t, uint32_t) { return legal = false; });
+    return legal;
+}
+
 bool OutlineTester::simple(const Outline& outline) {
     if (outline.point.empty())
         return false;
     link_neighbours(outline);
     if (!one_positive_loop(outline))
         return false;
-    bool is_simple = true;
-    visit_illegal_pairs(outline, [&](uint32_t, uint32_t) { return is_simple = false; });
-    return is_simple;
+    choose_all();
+    return chosen_are_legal(outline);
+}
+
+bool OutlineTester::simple_within(const Outline& outline, Vec2 low, Vec2 high) {
+    if (outline.point.empty())
+        return false;
+    link_neighbours(outline);
+    if (!one_positive_loop(outline))
+        return false;
+    choose_within(outline, low, high);
+    return chosen_.empty() || chosen_are_legal(outline);
 }
 
 void OutlineTester::find_faults(const Outline& outline, std::vector<uint32_t>& segments) {
     link_neighbours(outline);
+    choose_all();
     // Of all loops only the largest may be counter-clockwise.
     std::vector<double> areas;
     uint32_t begin = 0;

@@ -32,18 +32,24 @@ public:
     /// True if no two segments cross, segments that touch do so from outside, and exactly one loop
     /// is counter-clockwise.
     bool simple(const Outline& outline);
+    /// The same for an outline that was simple before some of its segments moved, all within this
+    /// box: looks only there for crossings.
+    bool simple_within(const Outline& outline, Vec2 low, Vec2 high);
     /// Appends the segments, by their first points, that keep an outline from being simple; some
     /// more than once.
     void find_faults(const Outline& outline, std::vector<uint32_t>& segments);
 
 private:
-    /// Calls visit(i, j) for pairs of segments that are not legal until it returns false.
+    /// Calls visit(i, j) for pairs of chosen segments that are not legal until it returns false.
     template <class Visit>
     void visit_illegal_pairs(const Outline& outline, Visit visit);
+    bool chosen_are_legal(const Outline& outline);
     struct Cell {
         uint32_t begin = 0, count = 0;
     };
     void link_neighbours(const Outline& outline);
+    void choose_all();
+    void choose_within(const Outline& outline, Vec2 low, Vec2 high);
     double doubled_area_of_loop(const Outline& outline, uint32_t begin, uint32_t end) const;
     bool one_positive_loop(const Outline& outline) const;
     void build_grid(const Outline& outline);
@@ -53,6 +59,7 @@ private:
     bool contact_is_legal(const Outline& outline, uint32_t segment, uint32_t vertex) const;
 
     std::vector<uint32_t> next_, previous_;
+    std::vector<uint32_t> chosen_; ///< the segments in the grid
     std::vector<Cell> cells_;
     std::vector<uint32_t> entries_;
     std::vector<std::pair<uint32_t, uint32_t>> visits_; ///< (cell, segment), by segment

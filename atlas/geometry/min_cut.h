@@ -26,20 +26,26 @@ public:
 
 private:
     static constexpr uint32_t k_unreached = uint32_t(-1);
-    struct Arc {
-        uint32_t head;
-        int64_t left; ///< residual capacity
+    struct Edge {
+        uint32_t a, b;
+        int64_t capacity;
     };
-    void sort_arcs();
+    /// One direction of an edge.
+    struct Arc {
+        uint32_t head, reverse; ///< node that it goes to; place of the other direction
+        int64_t left;           ///< residual capacity
+    };
+    void make_arcs();
     bool find_levels();
-    bool spread(uint32_t from, uint32_t to, uint32_t back);
+    template <class Residual>
+    bool spread(uint32_t from, uint32_t to, Residual residual);
     int64_t augment();
     int64_t send_along_path();
 
     uint32_t node_count_ = 0;
-    std::vector<Arc> arc_; ///< arcs 2i and 2i + 1 are the two directions of edge i
-    /// The arcs from node a are listed_[begin_[a]] to listed_[begin_[a + 1] - 1].
-    std::vector<uint32_t> begin_, listed_;
+    std::vector<Edge> edge_;
+    std::vector<Arc> arc_;               ///< by the node that they come from
+    std::vector<uint32_t> begin_;        ///< per node: its first arc
     std::vector<uint32_t> level_, next_; ///< per node: edges to the sink; place to try next
     std::vector<uint32_t> path_;         ///< workspace: of arcs, or the queue of find_levels
 };

@@ -75,6 +75,25 @@ TEST_F(BorderSmoothing, ChartsAreRelaxedWhereTheirBorderHasMoved) {
     EXPECT_EQ(sides().substr(48, 24), "000000000000111111111111");
 }
 
+TEST_F(BorderSmoothing, WhatChartsKnowOfThemselvesIsThatOfTheirTriangles) {
+    build_flat(12, 7, true,
+               [](int x, int y, bool) { return x < 6 || (x < 8 && y > 1 && y < 5) ? 0 : 1; });
+    const size_t before = set->charts[1].faces.size();
+    smooth();
+    EXPECT_EQ(set->charts[1].faces.size(), before + 12);
+    for (uint32_t c = 0; c < 2; ++c) {
+        const Chart& chart = set->charts[c];
+        for (uint32_t t : chart.faces)
+            EXPECT_EQ(set->chart[t], c);
+        Chart again = chart;
+        set->refresh(again);
+        EXPECT_EQ(chart.border, again.border);
+        EXPECT_EQ(chart.border_length, again.border_length);
+        EXPECT_EQ(chart.stretch.area, again.stretch.area);
+        EXPECT_EQ(chart.stretch.inverse, again.stretch.inverse);
+    }
+}
+
 TEST_F(BorderSmoothing, StraightBordersDoNotChange) {
     build_flat(4, 3, true, [](int x, int, bool) { return x < 2 ? 0 : 1; });
     smooth();
