@@ -7,6 +7,7 @@
 #include <GLFW/glfw3.h>
 #include <filesystem>
 #include <imgui.h>
+#include <imgui_internal.h>
 
 namespace window {
 namespace {
@@ -19,9 +20,9 @@ struct Item {
     const char* statement;
 };
 
-constexpr Item k_file[] = {{"New scene", "Ctrl+N", Action::new_scene, nullptr},
-                           {"Open…", "Ctrl+O", Action::open, nullptr},
-                           {"Import…", "Ctrl+I", Action::import, nullptr},
+constexpr Item k_file_begin[] = {{"New scene", "Ctrl+N", Action::new_scene, nullptr},
+                                 {"Open…", "Ctrl+O", Action::open, nullptr}};
+constexpr Item k_file[] = {{"Import…", "Ctrl+I", Action::import, nullptr},
                            {nullptr, nullptr, Action::none, nullptr},
                            {"Save", "Ctrl+S", Action::save, nullptr},
                            {"Save as…", "Ctrl+Shift+S", Action::save_as, nullptr},
@@ -133,9 +134,12 @@ void draw_recent(State& state) {
     ImGui::EndMenu();
 }
 
+/// The first item is not "Open recent": the right arrow would open that instead of the next menu.
 Action draw_file(State& state) {
+    const Action first = draw_items(state, k_file_begin);
     draw_recent(state);
-    return draw_items(state, k_file);
+    const Action second = draw_items(state, k_file);
+    return first == Action::none ? second : first;
 }
 
 /// What can be done with the mesh that is shown.
@@ -245,6 +249,17 @@ Action control_action(State& state, bool with_shift) {
     return Action::none;
 }
 
+/// Opens the menu that is drawn next. The arrow keys go on from it, and not from the one that was
+/// used last, which the bar remembers.
+void open_menu(const std::string& label) {
+    ImGui::OpenPopup(label.c_str());
+    ImGuiWindow* bar = ImGui::GetCurrentWindow();
+    const ImVec2 at = ImGui::GetCursorScreenPos(), size = ImGui::CalcTextSize(label.c_str());
+    bar->NavLastIds[ImGuiNavLayer_Menu] = ImGui::GetID(label.c_str());
+    bar->NavRectRel[ImGuiNavLayer_Menu] =
+        ImGui::WindowRectAbsToRel(bar, {at, {at.x + size.x, at.y + size.y}});
+}
+
 } // namespace
 
 Action draw_menu_bar(State& state, bool is_live, bool opens) {
@@ -255,7 +270,7 @@ Action draw_menu_bar(State& state, bool is_live, bool opens) {
     for (const std::string& menu : host::MenuTree::current().menus()) {
         const std::string label = label_of(menu);
         if (opens)
-            ImGui::OpenPopup(label.c_str());
+            open_menu(label);
         opens = false;
         const bool is_open = ImGui::BeginMenu(label.c_str());
         state.places.add_item("menu/" + label);

@@ -2,6 +2,7 @@
 
 #include "host/script/value.h"
 #include "window/live_unwrap.h"
+#include "window/node_settings.h"
 
 #include <cstdio>
 #include <imgui.h>
@@ -30,6 +31,23 @@ std::string editing(const State& state, const std::string& command) {
     return "{ " + command + "; setAttr " +
            host::script::quoted(state.subject.node_name() + "." + k_overlay_attribute) + " 0; " +
            (state.is_live ? statement_along_seams(state) + " " : "") + "}";
+}
+
+/// The statement that asks the node of the shown UVs to unwrap along its seams with that stretch;
+/// empty if that takes a new node. A node that has added seams of its own for less stretch would
+/// take them back.
+std::string unwrapping_again(const State& state, double stretch) {
+    host::graph::Node* node = state.subject.has_later_edits ? nullptr : state.subject.node.get();
+    if (!node)
+        return std::string();
+    const app::UnwrapSettingsRequest now = settings_of(*node);
+    const bool is_suitable = now.keep_seams && stretch <= now.stretch + 1e-6;
+    if (!is_suitable)
+        return std::string();
+    app::UnwrapSettingsRequest wanted = now;
+    wanted.stretch = stretch;
+    const std::string change = statement_changing(state.subject.node_name(), now, wanted);
+    return change + (change.empty() ? "" : " ") + state.unwrap_again();
 }
 
 /// A button that is lit while `is_on`. Returns whether it was pressed.
@@ -89,10 +107,12 @@ std::string statement_cutting(const State& state) { return editing(state, "polyM
 std::string statement_sewing(const State& state) { return editing(state, "polyMapSew"); }
 
 std::string statement_along_seams(const State& state) {
-    return "tessora -keep_seams on -stretch 1" + texture_flags(state) + ";";
+    const std::string again = unwrapping_again(state, 1.0);
+    return again.empty() ? "tessora -keep_seams on -stretch 1" + texture_flags(state) + ";" : again;
 }
 std::string statement_suggesting_rest(const State& state) {
-    return "tessora -keep_seams on" + texture_flags(state) + ";";
+    const std::string again = unwrapping_again(state, app::UnwrapSettingsRequest().stretch);
+    return again.empty() ? "tessora -keep_seams on" + texture_flags(state) + ";" : again;
 }
 
 bool lays_out_anew(const State& state, const std::string& statement) {

@@ -84,16 +84,29 @@ def pick_by_lasso(window):
     tell("picked by a line around the edges")
 
 
+def unwrap_nodes(window, count):
+    window.statement("size(`ls -type tessora_node`);", rf"Result: {count}\n")
+
+
 def unwrap_along_them(window):
     window.click("tool/Along my seams")
     window.wait_for("status/tessora_node1: 2 charts along your seams, worst stretch 0.0000, "
                     "98.3 % covered")
     window.wait_said(r"Charts_result\" 2;")
     window.picture("along_the_seams")
-    window.click("tool/Suggest the rest")
+    window.click("tool/Along my seams")
     window.wait_said(r"Charts_result\" 2;", 2)
+    window.click("tool/Suggest the rest")
+    window.wait_said(r"Charts_result\" 2;", 3)
+    window.statement("getAttr tessora_node1.Stretch;", r"Result: 0\.15")
     shells(window, 2)
-    tell("unwrapped along the seams")
+    unwrap_nodes(window, 1)
+    window.click("tool/Along my seams")  # of those that were suggested, none goes
+    window.wait_said(r"Charts_result\" 2;", 4)
+    unwrap_nodes(window, 2)
+    window.key("F2", "ctrl+z")
+    unwrap_nodes(window, 1)
+    tell("unwrapped along the seams, by one node for as long as it has no seams of its own")
 
 
 def sew_after_the_unwrap(window):
