@@ -48,12 +48,11 @@ def walk_through_the_menus(window):
     for _ in range(2):
         window.key("alt")
         window.wait_for("menuitem/New scene")
-        window.key("Right")
-        window.wait_for("menuitem/Undo")
-        window.key("Right")
-        window.wait_gone("menuitem/Undo")
+        for name in ("Edit", "Modify"):
+            window.key("Right")
+            window.wait_for(f"menu/{name}/focused")
         window.key("Escape")
-        window.wait_gone("menuitem/Cube")
+        window.wait_gone("menu/Modify/focused")
     tell("walked through the menus")
 
 
