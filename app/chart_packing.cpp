@@ -3,7 +3,6 @@
 #include "app/measure_layout.h"
 #include "app/mesh_import.h"
 #include "host/mesh/mesh.h"
-#include "measure/charts.h"
 #include "measure/measure.h"
 #include "measure/shape.h"
 
@@ -24,7 +23,8 @@ namespace atlas = tessora::atlas;
 constexpr uint32_t k_max_side = 8192;
 constexpr double k_gap_tolerance = 0.01; ///< texels, as measure::verify() has it
 
-bool append_mesh(ChartList& list, uint32_t mesh, uint32_t& charts, std::string& error) {
+bool append_mesh(ChartList& list, uint32_t mesh, measure::SameUv same, uint32_t& charts,
+                 std::string& error) {
     const PackSource& source = list.sources[mesh];
     measure::Layout& layout = list.layouts[mesh];
     ImportedMesh imported;
@@ -35,7 +35,7 @@ bool append_mesh(ChartList& list, uint32_t mesh, uint32_t& charts, std::string& 
         return false;
     }
     layout = make_layout(*source.document, host_mesh, source.uvs);
-    const measure::ChartTable table = measure::find_charts(layout);
+    const measure::ChartTable table = measure::find_charts(layout, same);
     const auto first = static_cast<uint32_t>(list.uvs.size() / 2);
     list.uvs.insert(list.uvs.end(), layout.uvs.begin(), layout.uvs.end());
     for (float& value : list.uvs)
@@ -130,7 +130,7 @@ tessora::atlas::UvMesh ChartList::mesh() const {
 }
 
 bool list_charts(std::vector<PackSource> sources, ChartList& list, std::string& error,
-                 uint64_t max_corners) {
+                 measure::SameUv same, uint64_t max_corners) {
     list = {};
     list.sources = std::move(sources);
     list.layouts.resize(list.sources.size());
@@ -143,7 +143,7 @@ bool list_charts(std::vector<PackSource> sources, ChartList& list, std::string& 
         return false;
     }
     for (uint32_t mesh = 0; mesh < list.sources.size(); ++mesh)
-        if (!append_mesh(list, mesh, charts, error))
+        if (!append_mesh(list, mesh, same, charts, error))
             return false;
     return true;
 }

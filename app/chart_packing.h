@@ -5,6 +5,7 @@
 #include "atlas/atlas.h"
 #include "host/io/obj_document.h"
 #include "host/io/obj_writer.h"
+#include "measure/charts.h"
 #include "measure/verify.h"
 
 #include <string>
@@ -37,10 +38,11 @@ struct ChartList {
     }
 };
 
-/// Finds the charts of every mesh as `tessora measure` counts them.
+/// Finds the charts of every mesh, as `tessora measure` counts them or by what is connected.
 /// Errors: false with a sentence in `error` if the meshes have more than `max_corners` together, or
 ///         memory runs out.
 bool list_charts(std::vector<PackSource> sources, ChartList& list, std::string& error,
+                 measure::SameUv same = measure::SameUv::coordinates,
                  uint64_t max_corners = (measure::k_none - 1) / 3);
 
 /// Takes the coordinates to be those of a texture of other proportions: changes those of charts

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <unordered_map>
 
 namespace app {
@@ -54,44 +53,14 @@ host::ObjDocument document_of(const host::Mesh& mesh, uint32_t set) {
     return document;
 }
 
-/// Numbers the charts by what is connected: polygons that share an edge and the UVs at its ends. A
-/// cut separates charts before they are moved apart, though measuring, which goes by places, still
-/// takes them for one.
-void connect_charts(const host::Mesh& mesh, uint32_t set, ChartList& list) {
-    const host::Connectivity& polygons = mesh.connectivity();
-    const std::vector<int32_t>& uvs = mesh.uv_set(set).corner_uvs;
-    std::vector<uint32_t> leader(polygons.polygon_count());
-    std::iota(leader.begin(), leader.end(), 0u);
-    const auto find = [&](uint32_t polygon) {
-        while (leader[polygon] != polygon)
-            polygon = leader[polygon] = leader[leader[polygon]];
-        return polygon;
-    };
-    const auto uv_at = [&](uint32_t polygon, uint32_t vertex) {
-        uint32_t corner = polygons.first_corner(polygon);
-        while (polygons.corner_vertex(corner) != vertex)
-            ++corner;
-        return uvs[corner];
-    };
-    for (uint32_t edge = 0; edge < polygons.edge_count(); ++edge) {
-        const auto [a, b] = polygons.edge(edge);
-        const host::IndexSpan sides = polygons.edge_polygons(edge);
-        for (uint32_t i = 1; i < sides.size(); ++i)
-            if (uv_at(sides[0], a) == uv_at(sides[i], a) &&
-                uv_at(sides[0], b) == uv_at(sides[i], b))
-                leader[find(sides[i])] = find(sides[0]);
-    }
-    for (uint32_t t = 0; t < list.chart.size(); ++t)
-        list.chart[t] = find(list.polygon(t));
-}
-
 /// Marks the triangles whose charts stay.
-void keep_charts(const UvLayout& layout, uint32_t polygon_count, ChartList& list) {
+void keep_charts(const UvLayout& layout, ChartList& list) {
     if (layout.faces.empty()) {
         list.keep.assign(list.chart.size(), 0);
         return;
     }
-    std::vector<uint8_t> is_named(polygon_count); // per chart, which is named after a polygon
+    const uint32_t charts = 1 + *std::max_element(list.chart.begin(), list.chart.end());
+    std::vector<uint8_t> is_named(charts);
     for (uint32_t t = 0; t < list.chart.size(); ++t)
         if (std::binary_search(layout.faces.begin(), layout.faces.end(), list.polygon(t)))
             is_named[list.chart[t]] = 1;
@@ -205,14 +174,14 @@ bool pack_charts(const host::Mesh& mesh, uint32_t set, const UvLayout& layout, h
     PackSource source;
     source.document = &document;
     ChartList list;
-    if (!list_charts({source}, list, error))
+    // A cut separates charts before they are moved apart.
+    if (!list_charts({source}, list, error, measure::SameUv::entry))
         return false;
     if (list.chart.empty()) {
         error = "The mesh has no UVs to pack.";
         return false;
     }
-    connect_charts(mesh, set, list);
-    keep_charts(layout, mesh.connectivity().polygon_count(), list);
+    keep_charts(layout, list);
     atlas::PackSettings settings = settings_of(layout);
     if (!layout.grows)
         keep_sizes(layout, list, settings);

@@ -48,8 +48,11 @@ protected:
 
 TEST_F(PackingCheck, MoreCornersThanAListMayHaveAreRefused) {
     std::string error;
-    EXPECT_TRUE(app::list_charts({{&document, nullptr, {}}}, list, error, 8)) << error;
-    EXPECT_FALSE(app::list_charts({{&document, nullptr, {}}}, list, error, 7));
+    EXPECT_TRUE(
+        app::list_charts({{&document, nullptr, {}}}, list, error, measure::SameUv::coordinates, 8))
+        << error;
+    EXPECT_FALSE(
+        app::list_charts({{&document, nullptr, {}}}, list, error, measure::SameUv::coordinates, 7));
     EXPECT_EQ("the meshes have too many polygons together", error);
 }
 
