@@ -40,33 +40,36 @@ public:
     uint64_t effort() const { return effort_; }
 
 private:
-    /// One bit per cell: set if the run (or square) of 2^level cells that starts there hits a taken
-    /// cell or, for squares, leaves the field.
-    struct Level {
+    /// One bit per cell: set if the square of 2^level cells that starts there hits a taken cell or
+    /// leaves the field.
+    struct Squares {
         std::vector<uint64_t> bits;
-        std::vector<uint64_t>
-            open_words; ///< for squares: one bit per word, set if it has a free position
-        std::vector<uint64_t>
-            open_rows; ///< for squares: one bit per row, set if it has a free position
+        std::vector<uint64_t> open_words; ///< one bit per word, set if it has a free position
+        std::vector<uint64_t> open_rows;  ///< one bit per row, set if it has a free position
+    };
+    /// Where a run of a mask at the origin is looked up: two windows of its level, which cover it.
+    struct Probe {
+        uint32_t first, second; ///< words, from the beginning of runs_
+        uint8_t first_shift, second_shift;
     };
 
-    /// 64 bits of a row, starting at any bit.
-    uint64_t window(const Level& level, uint32_t row, uint32_t bit) const {
-        const uint64_t* p = &level.bits[size_t(row) * words_ + bit / 64];
-        const uint32_t shift = bit % 64;
-        return shift == 0 ? p[0] : p[0] >> shift | p[1] << (64 - shift);
+    /// 64 bits that begin `shift` < 64 bits after those of *p.
+    static uint64_t window(const uint64_t* p, uint32_t shift) {
+        return p[0] >> shift | p[1] << 1 << (63 - shift);
     }
     /// The level of the mask's largest square, or the highest stored one, whose square lies in the
     /// same corner.
-    const Level& square_of(const Mask& mask) const {
+    const Squares& square_of(const Mask& mask) const {
         return squares_[mask.square_level < square_level_ ? mask.square_level : square_level_];
     }
-    void seal_outside(Level& level, uint32_t run, uint32_t rows);
-    uint32_t next_open_row(const Level& level, uint32_t row) const;
-    uint32_t next_open_word(const Level& level, uint32_t row, uint32_t word) const;
+    void seal_outside(Squares& level, uint32_t run, uint32_t rows);
+    uint32_t next_open_row(const Squares& level, uint32_t row) const;
+    uint32_t next_open_word(const Squares& level, uint32_t row, uint32_t word) const;
     uint32_t find_in_row(const Mask& mask, uint32_t y);
-    void close_word(Level& level, uint32_t row, uint32_t word);
-    uint64_t taken_by_runs(const Mask& mask, uint32_t x, uint32_t y, uint64_t taken);
+    void close_word(Squares& level, uint32_t row, uint32_t word);
+    void add_probe(const Run& run);
+    uint64_t taken_by_runs(const Mask& mask, uint32_t block, uint32_t y, uint64_t taken);
+    uint64_t* run_bits(uint32_t level) { return &runs_[size_t(level) * words_ * height_]; }
     void spread_runs(uint32_t level, uint32_t x, uint32_t y, const Mask& mask);
     void spread_squares(uint32_t level, uint32_t x, uint32_t y, const Mask& mask);
 
@@ -74,7 +77,11 @@ private:
     uint32_t words_ = 0;                        ///< per row, including a spare one
     uint32_t groups_ = 0;                       ///< words in a row of open_words
     uint32_t run_level_ = 0, square_level_ = 0; ///< the highest levels still updated
-    std::vector<Level> runs_, squares_;         ///< level 0 of runs_ is the cells themselves
+    /// Level by level; level 0 is the cells themselves. Here, too, a bit tells whether the run that
+    /// starts there hits a taken cell.
+    std::vector<uint64_t> runs_;
+    std::vector<Squares> squares_; ///< by level
+    std::vector<Probe> probes_;    ///< of the first runs of the mask that find() was called with
     uint64_t effort_ = 0;
 };
 
