@@ -190,6 +190,16 @@ class Pack(Case):
         self.assertEqual(bpy.ops.uv.tessora_pack(gutter=16, density="UNIFORM"), {"FINISHED"})
         self.verify(suzanne, gutter=16)
 
+    def test_effort_is_handed_on(self):
+        suzanne = self.add("monkey")
+        bpy.ops.uv.tessora_unwrap(stretch=0.02)
+        unpacked = uvs_of(suzanne).copy()
+        bpy.ops.uv.tessora_pack(effort=0)
+        without = uvs_of(suzanne).copy()
+        suzanne.data.uv_layers.active.data.foreach_set("uv", unpacked.ravel())
+        bpy.ops.uv.tessora_pack()
+        self.assertFalse((uvs_of(suzanne) == without).all())
+
     def test_other_faces_keep_their_place(self):
         suzanne = self.add("monkey")
         bpy.ops.uv.tessora_unwrap(stretch=0.02)
