@@ -61,7 +61,6 @@ void offer_seam_locator(MFnPlugin& plugin) {
 MStatus withdraw_seam_locator(MFnPlugin& plugin) {
     if (!hasSeamLocator)
         return MS::kSuccess;
-    hasSeamLocator = false;
     MHWRender::MDrawRegistry::deregisterDrawOverrideCreator(SeamLocator::classification,
                                                             SeamLocator::registrant);
     return plugin.deregisterNode(SeamLocator::id);

@@ -25,6 +25,10 @@ public:
 #else
     SeamLines() : MUserData(false) {} // is handed back for the next frame
 #endif
+    void clear() {
+        existing_ends.clear();
+        new_ends.clear();
+    }
     MPointArray existing_ends;
     MPointArray new_ends;
 };
@@ -39,18 +43,17 @@ MStatus append_ends(const MIntArray& seams, const MPointArray& points, MPointArr
 }
 
 MStatus read_lines(const MObject& transform, SeamLines& lines) {
-    MStatus status;
     for (const VisualizationData& data : attached_below(transform)) {
         MPointArray points;
         if (!read_points(data.mesh_path, MSpace::kObject, points))
             continue;
-        status = append_ends(data.existing_seams, points, lines.existing_ends);
+        MStatus status = append_ends(data.existing_seams, points, lines.existing_ends);
         if (status)
             status = append_ends(data.new_seams, points, lines.new_ends);
         if (!status)
-            break;
+            return status;
     }
-    return status;
+    return MS::kSuccess;
 }
 
 void draw_lines(const MPointArray& ends, const float color[3], MHWRender::MUIDrawManager& manager) {
@@ -109,10 +112,10 @@ MUserData* SeamDrawing::prepareForDraw(const MDagPath& locator, const MDagPath&,
         lines = new (std::nothrow) SeamLines;
     if (lines == nullptr)
         return nullptr;
-    lines->existing_ends.clear();
-    lines->new_ends.clear();
-    // Lines that memory does not suffice for are left out.
-    guarded([&] { return read_lines(locator.transform(), *lines); });
+    lines->clear();
+    const MStatus read = guarded([&] { return read_lines(locator.transform(), *lines); });
+    if (!read)
+        lines->clear(); // memory ran out: some of the seams would look like all of them
     return lines;
 }
 

@@ -1,6 +1,7 @@
 /// The plug-in as it is built with a kit that draws in the modern viewport (modern_kit.h), loaded
 /// into the embedded host. The tests stand in for that viewport.
 #include "tests/fixtures/library_names.h"
+#include "tests/platform/d3dx9/failing_new.h"
 #include "tests/plugin_in_host/fixture.h"
 #include "tests/plugin_in_host/mesh_seams.h"
 #include "tests/plugin_in_host/modern_kit.h"
@@ -221,6 +222,39 @@ TEST_F(ModernDrawing, DrawsOnEveryDeviceAndByTheManagerAlone) {
     locator_below("persp");
     EXPECT_EQ(drawing->supportedDrawAPIs(), MHWRender::kAllDevices);
     drawing->draw(MHWRender::MDrawContext(), nullptr);
+}
+
+TEST_F(ModernDrawing, WhereMemoryRunsOutAllSeamsAreShownOrNone) {
+    unwrap_ball();
+    const MDagPath locator = locator_below("ball");
+    draw(locator);
+    const Words all = shown.calls;
+    const size_t lines = lines_of(shown.lists.at(1)).size();
+    int empty = 0;
+    for (unsigned failing = 1; failing < 10000; ++failing) {
+        bool happened = false;
+        {
+            const FailingNew failing_new(failing);
+            data.reset(
+                drawing->prepareForDraw(locator, MDagPath(), MHWRender::MFrameContext(), nullptr));
+            happened = FailingNew::happened();
+        }
+        {
+            const FailingNew failing_new(failing);
+            drawing->boundingBox(locator, MDagPath()); // must not throw
+        }
+        shown = MHWRender::MUIDrawManager();
+        drawing->addUIDrawables(locator, shown, MHWRender::MFrameContext(), data.get());
+        empty += shown.calls.empty();
+        if (!shown.calls.empty()) {
+            EXPECT_EQ(shown.calls, all);
+            EXPECT_EQ(lines_of(shown.lists.at(1)).size(), lines);
+        }
+        if (!happened)
+            break;
+    }
+    EXPECT_GT(empty, 3);
+    EXPECT_FALSE(shown.calls.empty()) << "without a failure at last";
 }
 
 // === Nothing to show =========================================================================
