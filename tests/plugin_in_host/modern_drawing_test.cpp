@@ -185,12 +185,14 @@ TEST_F(ModernDrawing, ShowsTheSeamsOfTheLastUnwrapWithTheSameData) {
     draw(locator);
     const std::set<Line> before = lines_of(shown.lists.at(1));
     const MUserData* const first = data.get();
+    const unsigned int ends = shown.lists.at(0).length();
     EXPECT_FALSE(first->is_deleted_after_use);
     ASSERT_TRUE(run("setAttr tessora_node1.Stretch 0.5; setAttr tessora_node1.Skip_compute 0"));
     mesh();
     draw(locator);
     EXPECT_EQ(data.get(), first);
     ASSERT_EQ(shown.lists.size(), 2u);
+    EXPECT_EQ(shown.lists[0].length(), ends); // not those of the frame before as well
     EXPECT_EQ(lines_of(shown.lists[0]), lines_of(existing));
     EXPECT_NE(lines_of(shown.lists[1]), before);
 }
