@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <imgui.h>
+#include <utility>
 
 namespace window {
 namespace {
@@ -36,14 +37,21 @@ ModelPanels::~ModelPanels() {
 }
 
 bool ModelPanels::make_current() {
-    target_.bind();
+    if (!is_painting_)
+        target_.bind();
     return true;
 }
 
-void ModelPanels::give_back() { target_.unbind(); }
+void ModelPanels::give_back() {
+    if (!is_painting_)
+        target_.unbind();
+}
 
-void ModelPanels::redraw(int) {
-    wants_paint_ = true;
+void ModelPanels::redraw(int panel) {
+    if (panel >= 0)
+        wants_paint_[size_t(panel)] = true;
+    else
+        want_all();
     paint_if_needed();
     if (on_redraw)
         on_redraw();
@@ -66,7 +74,7 @@ void ModelPanels::choose(int panel) {
     host::set_active_panel(panel);
     if (is_alone_)
         lay_out(target_.width(), target_.height());
-    wants_paint_ = true;
+    want_all();
     ImGui::SetWindowFocus("Panels");
 }
 
@@ -78,7 +86,7 @@ void ModelPanels::toggle_alone() {
 void ModelPanels::frame_all() {
     for (int panel = 0; panel < host::k_panel_count; ++panel)
         panels_.frame(panel, false);
-    wants_paint_ = true;
+    want_all();
 }
 
 void ModelPanels::frame_chosen() {
@@ -113,7 +121,7 @@ void ModelPanels::frame_chosen() {
             [&](const host::PointSink& put) { std::for_each(points.begin(), points.end(), put); },
             0.7);
     }
-    wants_paint_ = true;
+    want_all();
 }
 
 void ModelPanels::lay_out(int width, int height) {
@@ -122,26 +130,64 @@ void ModelPanels::lay_out(int width, int height) {
         panels_.arrange_one(active(), width, height);
     else
         panels_.arrange_four(width, height, k_gap);
-    wants_paint_ = true;
+    paint_gaps();
+    want_all();
 }
 
-void ModelPanels::paint_if_needed() {
-    bool asked = wants_paint_ || display_ != state_.display || lit_ != state_.lit() ||
-                 scene_revision_ != state_.scene_revision;
+void ModelPanels::want_all() { wants_paint_.fill(true); }
+
+/// The panels that look through a camera are to be drawn again.
+void ModelPanels::want_those_of(const host::graph::DagPath& camera) {
     for (int panel = 0; panel < host::k_panel_count; ++panel)
-        asked = asked || panels_.needs_redraw(panel);
-    if (!asked)
-        return;
-    wants_paint_ = false;
+        if (host::panel_camera(panel) == camera)
+            wants_paint_[size_t(panel)] = true;
+}
+
+/// Keeps the target bound for several panels: unbinding resolves the samples of the whole picture.
+class ModelPanels::Painting {
+public:
+    explicit Painting(ModelPanels& panels) : panels_(panels) {
+        panels_.target_.bind();
+        panels_.is_painting_ = true;
+    }
+    ~Painting() {
+        panels_.is_painting_ = false;
+        panels_.target_.unbind();
+    }
+    Painting(const Painting&) = delete;
+    Painting& operator=(const Painting&) = delete;
+
+private:
+    ModelPanels& panels_;
+};
+
+/// Where only one camera has moved, only its panel is drawn: with a software renderer the others
+/// would take most of the time.
+void ModelPanels::paint_if_needed() {
+    if (display_ != state_.display || lit_ != state_.lit() ||
+        scene_revision_ != state_.scene_revision)
+        want_all();
     display_ = state_.display;
     lit_ = state_.lit();
     scene_revision_ = state_.scene_revision;
+    std::vector<int> stale;
+    for (int panel = 0; panel < host::k_panel_count; ++panel)
+        if (std::exchange(wants_paint_[size_t(panel)], false) || panels_.needs_redraw(panel))
+            stale.push_back(panel);
+    if (stale.empty())
+        return;
+    const Painting painting(*this);
+    for (const int panel : stale)
+        panels_.draw(panel);
+}
+
+/// Fills what lies between the panels.
+void ModelPanels::paint_gaps() {
     target_.bind();
     glDisable(GL_SCISSOR_TEST);
     glClearColor(colour::line.x, colour::line.y, colour::line.z, 1.0f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     target_.unbind();
-    panels_.draw_all();
 }
 
 int ModelPanels::panel_at(double x, double y) const {
@@ -165,7 +211,7 @@ void ModelPanels::drag(int panel, float dx, float dy) {
         host::pan(camera, panels_.viewport(panel), real(dx), -real(dy));
     else
         host::orbit(camera, 0.4 * real(dx), -0.4 * real(dy));
-    wants_paint_ = true;
+    want_those_of(camera);
 }
 
 void ModelPanels::hover(int panel, double x, double y) {
@@ -267,7 +313,7 @@ void ModelPanels::take_motion(const ScreenPoint& place, int under) {
         return;
     if (under >= 0 && io.MouseWheel != 0.0f) {
         host::zoom(host::panel_camera(under), std::pow(1.15, real(io.MouseWheel)));
-        wants_paint_ = true;
+        want_those_of(host::panel_camera(under));
     }
     if (io.MouseDelta.x == 0.0f && io.MouseDelta.y == 0.0f && io.MouseWheel == 0.0f)
         return;
@@ -325,14 +371,14 @@ void ModelPanels::keys() {
             host::pan(camera, panels_.viewport(panel), -24.0 * by.first, -24.0 * by.second);
         else
             host::orbit(camera, 6.0 * by.first, 6.0 * by.second);
-        wants_paint_ = true;
+        want_those_of(camera);
     }
     for (const auto& [key, factor] :
          {std::pair(GLFW_KEY_EQUAL, 1.2), std::pair(GLFW_KEY_KP_ADD, 1.2),
           std::pair(GLFW_KEY_MINUS, 1.0 / 1.2), std::pair(GLFW_KEY_KP_SUBTRACT, 1.0 / 1.2)})
         if (ImGui::IsKeyPressed(key)) {
             host::zoom(camera, factor);
-            wants_paint_ = true;
+            want_those_of(camera);
         }
     for (const auto& [key, only_selected] :
          {std::pair(GLFW_KEY_F, true), std::pair(GLFW_KEY_A, false)})
@@ -341,7 +387,7 @@ void ModelPanels::keys() {
                 frame_chosen();
             else
                 panels_.frame(panel, only_selected);
-            wants_paint_ = true;
+            want_all();
         }
     if (ImGui::IsKeyPressed(GLFW_KEY_SPACE))
         toggle_alone();
@@ -411,6 +457,8 @@ void ModelPanels::draw(bool is_live) {
             keys();
         paint_if_needed();
     }
+    state_.places.add("panels/drawn/" + std::to_string(panels_.counts().panels), 0.0f, 0.0f, 0.0f,
+                      0.0f);
     if (lit_ != k_none)
         state_.places.add("lit_on_mesh/" + std::to_string(lit_ + 1), corner.x, corner.y, 0.0f,
                           0.0f);

@@ -14,6 +14,8 @@
 #include "window/gl_target.h"
 #include "window/map_paint.h"
 
+#include <array>
+
 namespace window {
 
 class ModelPanels : private host::PanelSurface {
@@ -35,11 +37,15 @@ public:
     std::function<void()> on_redraw;
 
 private:
+    class Painting;
     bool make_current() override;
     void give_back() override;
     void redraw(int panel) override;
 
     void lay_out(int width, int height);
+    void want_all();
+    void want_those_of(const host::graph::DagPath& camera);
+    void paint_gaps();
     void paint_if_needed();
     void react(float left, float top);
     void take_click(const ScreenPoint& place);
@@ -66,8 +72,9 @@ private:
     EdgeTool edges_{state_, panels_};
     bool is_alone_ = false;
     bool has_focus_ = false;
-    bool is_over_ = false; ///< the pointer is over the panels
-    bool wants_paint_ = true;
+    bool is_over_ = false;                                ///< the pointer is over the panels
+    std::array<bool, host::k_panel_count> wants_paint_{}; ///< per panel
+    bool is_painting_ = false;                            ///< the target stays bound
     bool wants_frame_ = true;
     int dragged_ = -1;         ///< panel being dragged in; -1 if none
     double drag_length_ = 0.0; ///< pixels since the button went down

@@ -6,6 +6,7 @@
 Opens a mesh, unwraps it through the menu bar (Alt) and the options dialog, steps through charts and
 displays, changes the node, unwraps again, saves, quits.
 """
+import re
 import sys
 
 from window_driver import drive_on_a_screen, fail_unless, run_script, tell
@@ -72,6 +73,23 @@ def step_through(window):
     tell("stepped through charts and displays")
 
 
+def turn_one_panel(window):
+    """Only the panel whose camera turns is drawn again, all four when another chart is lit."""
+    def drawn():
+        return int(re.search(r"^panels/drawn/(\d+)", window.places_file.read_text(), re.MULTILINE)[1])
+
+    for key, count in (("Left", 1), ("plus", 1), ("bracketright", 4)):
+        window.key("F2", "0")
+        window.settle()
+        before = drawn()
+        window.key(key)
+        window.wait(lambda: drawn() > before, f"{key} to draw")
+        window.settle()
+        fail_unless(drawn() == before + count, f"{key} drew {drawn() - before} panels, not {count}")
+    window.key("Escape")
+    tell("drew no more panels than needed")
+
+
 def change_the_node(window):
     window.key("F4")
     window.key_until("Tab", "attribute/Stretch/active")
@@ -92,6 +110,7 @@ def drive(window, scratch):
     open_and_unwrap(window, scratch)
     walk_through_the_menus(window)
     step_through(window)
+    turn_one_panel(window)
     change_the_node(window)
     window.key("F1")
     window.wait_for("help")

@@ -44,7 +44,11 @@ class Window:
             self.program = subprocess.Popen(
                 [program, "view", "--size", size, "--places", str(self.places_file),
                  *arguments], env=environment, stdout=log, stderr=subprocess.STDOUT)
-        self.wait(lambda: self.place("menu/File"), "the window to open")
+        try:
+            self.wait(lambda: self.place("menu/File"), "the window to open")
+        except SystemExit:
+            self.close()  # or the screen would stay
+            raise
         # Without a window manager nothing sets the keyboard focus.
         found = self.tool("search", "--name", "Tessora").split()
         self.tool("windowmove", found[0], "0", "0")
@@ -94,7 +98,8 @@ class Window:
         """Ends the drive; a screenshot and the list of places tell what was on the screen."""
         subprocess.run(["import", "-window", "root", str(self.folder / "failed.png")],
                        env=self.environment, check=False)
-        (self.folder / "failed.places").write_text(self.places_file.read_text())
+        if self.places_file.exists():
+            (self.folder / "failed.places").write_text(self.places_file.read_text())
         raise SystemExit(f"{why}; it said:\n{self.said()}")
 
     def has(self, name):
