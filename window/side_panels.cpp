@@ -122,17 +122,32 @@ void draw_remarks(State& state) {
     state.places.add_item("result/Chart");
 }
 
+/// Whether what the UVs break is not known yet; draws what there is to say instead. Where checking
+/// takes longer than people take for "at once", a frame says so before it begins.
+bool waits_for_check(State& state) {
+    constexpr uint32_t k_quick = 20000; // triangles
+    if (state.has_checked() || state.map.triangle_count() <= k_quick)
+        return false;
+    const int now = ImGui::GetFrameCount();
+    if (state.check_frame < 0 && state.checks_by_itself())
+        state.check_frame = now;
+    if (state.check_frame < 0) {
+        if (ImGui::Button("Check the UVs"))
+            state.check_frame = now + 1;
+        state.places.add_item("result/Check");
+        return true;
+    }
+    if (now > state.check_frame)
+        return false;
+    ImGui::TextColored(colour::faint, "Checking the UVs…");
+    return true;
+}
+
 /// Draws what `tessora verify` would say, a line for each broken guarantee; a click selects its
 /// polygons.
 void draw_breaches(State& state) {
-    if (state.map.charts().empty())
+    if (state.map.charts().empty() || waits_for_check(state))
         return;
-    if (!state.has_checked() && !state.checks_by_itself()) {
-        if (ImGui::Button("Check the UVs"))
-            state.breaches();
-        state.places.add_item("result/Check");
-        return;
-    }
     const std::vector<measure::Breach>& breaches = state.breaches();
     if (breaches.empty()) {
         ImGui::TextColored(colour::good, "All guarantees hold");

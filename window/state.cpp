@@ -83,6 +83,7 @@ void State::refresh() {
         if (map.triangle_chart() != before.triangle_chart())
             chosen = k_none; // charts were cut or sewn; moved ones are still meant
         breaches_.reset();
+        check_frame = -1;
         ++map_revision;
     }
     take_selection();

@@ -102,6 +102,7 @@ struct State {
     std::vector<float> picked_uvs; ///< these in the texture: u0 v0 u1 v1 for each side of an edge
     uint32_t hovered = k_none;     ///< the chart under the pointer, in any panel
     uint32_t chosen = k_none;      ///< the chart that stays lit, by a click or by keyboard
+    int check_frame = -1;          ///< the frame that says that the UVs are checked; -1: none asked
     bool frames_chosen = false;    ///< it is to fill the views, once
     /// The chart to highlight; k_none if none.
     uint32_t lit() const { return hovered != k_none ? hovered : chosen; }

@@ -75,12 +75,23 @@ def undo_by_name(window):
     tell("nothing to undo is no error")
 
 
+def check_a_large_mesh(window):
+    """Above 100,000 triangles a button asks first."""
+    window.statement('file -f -new; polySphere -n large -sx 260 -sy 200; print("large\\n");', r"large\n")
+    window.click("result/Check")
+    window.wait(lambda: "\nverdict/" in window.places_file.read_text(), "the verdict")
+    fail_unless(not window.has("result/Check"), "the button is still there")
+    tell("checked a large mesh on request")
+
+
 def drive(window, _):
     see_the_files_own_seams(window)
     read_the_verdict(window)
     choose_charts(window)
     cut_by_hand(window)
     undo_by_name(window)
+    check_a_large_mesh(window)
+    window.statement('file -f -new; print("new\\n");', r"new\n")
     window.key("F2", "ctrl+q")
     window.wait_end()
 
