@@ -45,6 +45,12 @@ public:
         glued[h] = value;
         glued[surface.mate[h]] = value;
     }
+    /// The chart of a triangle that is perhaps in neither of the two charts at hand: another thread
+    /// may be moving it, with move_to_chart(), between two others.
+    uint32_t chart_beside(uint32_t t) const { return __atomic_load_n(&chart[t], __ATOMIC_RELAXED); }
+    void move_to_chart(uint32_t t, uint32_t to) {
+        __atomic_store_n(&chart[t], to, __ATOMIC_RELAXED);
+    }
     /// The half-edge after h on the border loop of h.
     uint32_t next_border(uint32_t h) const {
         uint32_t x = next_corner(h);

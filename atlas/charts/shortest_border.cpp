@@ -36,7 +36,7 @@ void ShortestBorder::for_edges(uint32_t atom, Visit visit) const {
             const uint32_t mate = set_.surface.mate[h];
             if (mate == k_none || set_.surface.false_edge[h])
                 continue;
-            if (set_.glued[h] || set_.chart[mate / 3] == other)
+            if (set_.glued[h] || set_.chart_beside(mate / 3) == other)
                 visit(h, atoms_.of_face[mate / 3]);
         }
 }
@@ -58,7 +58,7 @@ void ShortestBorder::collect(uint32_t a, uint32_t b, uint32_t rings) {
     };
     for (uint32_t h : set_.charts[a].border) {
         const uint32_t mate = set_.surface.mate[h];
-        if (mate == k_none || set_.chart[mate / 3] != b)
+        if (mate == k_none || set_.chart_beside(mate / 3) != b)
             continue;
         add(atoms_.of_face[h / 3], 0);
         add(atoms_.of_face[mate / 3], 0);

@@ -27,33 +27,80 @@ constexpr double k_max_moved_stretch = 4, k_max_ear_stretch = 2;
 BorderSmoother::BorderSmoother(Flattener& flattener, const Atoms& atoms,
                                const std::vector<float>& hardness)
     : flattener_(flattener), set_(flattener.set), atoms_(atoms), hardness_(hardness),
-      faces_(atoms.of_face, atoms.count), shortest_(set_, atoms, faces_), band_flags_(set_),
+      faces_of_atoms_(std::make_shared<Buckets>(atoms.of_face, atoms.count)),
+      faces_(*faces_of_atoms_), shortest_(set_, atoms, faces_), band_flags_(set_),
       band_(set_, band_flags_) {}
 
-bool BorderSmoother::run(ProgressMeter& progress) {
+/// Makes another to be used beside the first.
+BorderSmoother::BorderSmoother(const BorderSmoother& first, std::unique_ptr<Flattener> flattener)
+    : own_flattener_(std::move(flattener)), flattener_(*own_flattener_), set_(first.set_),
+      atoms_(first.atoms_), hardness_(first.hardness_), faces_of_atoms_(first.faces_of_atoms_),
+      faces_(*faces_of_atoms_), shortest_(set_, atoms_, faces_), band_flags_(set_),
+      band_(set_, band_flags_) {}
+
+bool BorderSmoother::run(ParallelFor executor, ProgressMeter& progress) {
+    list_pairs();
+    if (k_has_threads && executor != nullptr) {
+        if (!run_rounds(executor, progress))
+            return false;
+    } else {
+        for (size_t i = 0; i < pairs_.size(); ++i) {
+            if (!progress.advance(double(i) / double(pairs_.size())))
+                return false;
+            smooth_pair(pairs_[i].a, pairs_[i].b);
+        }
+    }
+    regroup();
+    return progress.advance(1);
+}
+
+/// Lists the pairs of charts that share a border.
+void BorderSmoother::list_pairs() {
+    pairs_.clear();
+    std::vector<uint32_t> next_round(set_.charts.size(), 0), neighbours;
     for (uint32_t a = 0; a < set_.charts.size(); ++a) {
         if (!set_.charts[a].alive)
             continue;
-        if (!progress.advance(double(a) / double(set_.charts.size())))
-            return false;
-        list_neighbours(a);
-        for (uint32_t b : neighbours_)
-            smooth_pair(a, b);
+        neighbours.clear();
+        for (uint32_t h : set_.charts[a].border) {
+            const uint32_t mate = set_.surface.mate[h];
+            if (mate != k_none && set_.chart[mate / 3] > a)
+                neighbours.push_back(set_.chart[mate / 3]);
+        }
+        std::sort(neighbours.begin(), neighbours.end());
+        neighbours.erase(std::unique(neighbours.begin(), neighbours.end()), neighbours.end());
+        for (uint32_t b : neighbours) {
+            const uint32_t round = std::max(next_round[a], next_round[b]);
+            next_round[a] = next_round[b] = round + 1;
+            pairs_.push_back({a, b, round});
+        }
     }
-    regroup();
-    return true;
 }
 
-/// Lists the charts with higher numbers that share a border with a.
-void BorderSmoother::list_neighbours(uint32_t a) {
-    neighbours_.clear();
-    for (uint32_t h : set_.charts[a].border) {
-        const uint32_t mate = set_.surface.mate[h];
-        if (mate != k_none && set_.chart[mate / 3] > a)
-            neighbours_.push_back(set_.chart[mate / 3]);
+/// Smooths the pairs round by round, those of a round side by side.
+bool BorderSmoother::run_rounds(ParallelFor executor, ProgressMeter& progress) {
+    std::stable_sort(pairs_.begin(), pairs_.end(),
+                     [](const Pair& a, const Pair& b) { return a.round < b.round; });
+    std::vector<BorderSmoother*> others;
+    WorkspacePool<BorderSmoother> smoothers(*this);
+    const auto another = [&] {
+        auto flattener = std::make_unique<Flattener>(set_, flattener_.options);
+        std::unique_ptr<BorderSmoother> made(new BorderSmoother(*this, std::move(flattener)));
+        others.push_back(made.get());
+        return made;
+    };
+    for (size_t begin = 0, end = 0; begin < pairs_.size(); begin = end) {
+        if (!progress.advance(double(begin) / double(pairs_.size())))
+            return false;
+        while (end < pairs_.size() && pairs_[end].round == pairs_[begin].round)
+            ++end;
+        parallel_for(executor, end - begin, [&](size_t i) {
+            smoothers.lease(another)->smooth_pair(pairs_[begin + i].a, pairs_[begin + i].b);
+        });
     }
-    std::sort(neighbours_.begin(), neighbours_.end());
-    neighbours_.erase(std::unique(neighbours_.begin(), neighbours_.end()), neighbours_.end());
+    for (const BorderSmoother* other : others)
+        regrouped_.insert(regrouped_.end(), other->regrouped_.begin(), other->regrouped_.end());
+    return true;
 }
 
 void BorderSmoother::smooth(uint32_t a, uint32_t b) {
@@ -213,7 +260,7 @@ bool BorderSmoother::stays_legal(Side& side) {
 void BorderSmoother::offer_atoms(uint32_t from, uint32_t to) {
     for (uint32_t h : set_.charts[from].border) {
         const uint32_t mate = set_.surface.mate[h], atom = atoms_.of_face[h / 3];
-        if (mate != k_none && set_.chart[mate / 3] == to &&
+        if (mate != k_none && set_.chart_beside(mate / 3) == to &&
             (candidates_.empty() || candidates_.back() != atom))
             candidates_.push_back(atom);
     }
@@ -264,7 +311,7 @@ bool BorderSmoother::find_runs(uint32_t to) {
         const uint32_t h = loop[i % loop.size()], mate = set_.surface.mate[h];
         if (set_.glued[h])
             return holding;
-        return mate != k_none && set_.chart[mate / 3] == to ? facing : other;
+        return mate != k_none && set_.chart_beside(mate / 3) == to ? facing : other;
     };
     const auto one_run = [&](Kind wanted, std::vector<uint32_t>& run) {
         run.clear();
@@ -437,7 +484,7 @@ void BorderSmoother::move_ear(uint32_t atom, uint32_t to) {
         set_node(p.corner, p.uv);
     for (uint32_t i = faces_.begin[atom]; i < faces_.begin[atom + 1]; ++i) {
         undo_.chart.push_back({faces_.item[i], set_.chart[faces_.item[i]]});
-        set_.chart[faces_.item[i]] = to;
+        set_.move_to_chart(faces_.item[i], to);
         count_face(faces_.item[i], &StretchSums::add);
     }
     for (uint32_t h : ear_.holding)
@@ -449,7 +496,7 @@ void BorderSmoother::undo() {
         for (auto it = log.rbegin(); it != log.rend(); ++it)
             put(it->first, it->second);
     };
-    restore(undo_.chart, [&](uint32_t t, uint32_t chart) { set_.chart[t] = chart; });
+    restore(undo_.chart, [&](uint32_t t, uint32_t chart) { set_.move_to_chart(t, chart); });
     restore(undo_.glued, [&](uint32_t h, uint8_t glued) { set_.set_glued(h, glued != 0); });
     restore(undo_.node, [&](uint32_t c, uint32_t node) { set_.node[c] = node; });
     restore(undo_.uv, [&](uint32_t node, Vec2 p) { set_.uv[node] = p; });

@@ -15,6 +15,7 @@
 #include "atlas/charts/flatten.h"
 #include "atlas/charts/shortest_border.h"
 #include "atlas/geometry/buckets.h"
+#include "atlas/parallel.h"
 #include "atlas/progress.h"
 
 namespace tessora::atlas {
@@ -24,8 +25,10 @@ public:
     /// `hardness`: per triangle, from measure_hardness; ears of a hard surface have to fit as
     /// exactly as its regions (k_hard_stretch). All arguments must outlive the smoother.
     BorderSmoother(Flattener& flattener, const Atoms& atoms, const std::vector<float>& hardness);
-    /// One pass over all pairs of neighbouring charts. False if the callback asked to stop.
-    bool run(ProgressMeter& progress);
+    /// One pass over all pairs of neighbouring charts, in the order of their numbers. Pairs without
+    /// a chart in common do not depend on each other and may be smoothed side by side; the result
+    /// is the same. False if the callback asked to stop.
+    bool run(ParallelFor executor, ProgressMeter& progress);
     /// Smooths the border between two legal charts only.
     void smooth(uint32_t a, uint32_t b);
 
@@ -69,7 +72,14 @@ private:
         std::vector<double> weight; ///< 1 each
     };
 
-    void list_neighbours(uint32_t a);
+    struct Pair {
+        uint32_t a, b;
+        uint32_t round; ///< after those of all earlier pairs that it has a chart in common with
+    };
+
+    BorderSmoother(const BorderSmoother& first, std::unique_ptr<Flattener> flattener);
+    void list_pairs();
+    bool run_rounds(ParallelFor executor, ProgressMeter& progress);
     void offer_atoms(uint32_t from, uint32_t to);
     bool exchange(uint32_t a, uint32_t b, std::vector<uint32_t> moving);
     double move_ears(uint32_t a, uint32_t b);
@@ -94,12 +104,14 @@ private:
     void undo();
     void regroup();
 
+    std::unique_ptr<Flattener> own_flattener_; ///< of all but the first of several side by side
     Flattener& flattener_;
     ChartSet& set_;
     const Atoms& atoms_;
     const std::vector<float>& hardness_;
-    const Buckets faces_;              ///< triangles by atom
-    std::vector<uint32_t> neighbours_; ///< workspace of run: of the current chart, ascending
+    const std::shared_ptr<const Buckets> faces_of_atoms_;
+    const Buckets& faces_;             ///< triangles by atom
+    std::vector<Pair> pairs_;          ///< workspace of run
     std::vector<uint32_t> candidates_; ///< workspace of smooth: atoms that may be ears
     Side sides_[2];
     std::vector<uint32_t> changed_nodes_; ///< workspace of keep_if_good, with places in set_

@@ -196,7 +196,7 @@ bool make_charts(ChartStages& stages, ProgressMeter& progress) {
     progress.stage(Stage::smoothing);
     for (int pass = 0; pass < 2; ++pass) {
         progress.part(0.15 * pass, 0.15 * (pass + 1));
-        if (!stages.smoother->run(progress))
+        if (!stages.smoother->run(stages.executor, progress))
             return false;
     }
     progress.part(0.3, 1);

@@ -15,7 +15,7 @@ protected:
         options.limit = limit;
         Flattener flattener(*set, options);
         ProgressMeter progress{Options()};
-        ASSERT_TRUE(BorderSmoother(flattener, atoms, hardness).run(progress));
+        ASSERT_TRUE(BorderSmoother(flattener, atoms, hardness).run(nullptr, progress));
     }
 };
 
@@ -169,7 +169,7 @@ TEST_F(BorderSmoothing, ProgressCallbackStopsSmoothing) {
     Options options;
     options.progress = [](float, void*) { return 1; };
     ProgressMeter progress(options);
-    EXPECT_FALSE(BorderSmoother(flattener, atoms, hardness).run(progress));
+    EXPECT_FALSE(BorderSmoother(flattener, atoms, hardness).run(nullptr, progress));
 }
 
 } // namespace
