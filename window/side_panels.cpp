@@ -143,6 +143,18 @@ bool waits_for_check(State& state) {
     return true;
 }
 
+/// Selects the polygons, and shows the chart of the first: a few polygons are hardly seen from
+/// afar.
+void show_breach(State& state, const measure::Breach& breach) {
+    state.run(statement_selecting(state.shape_path(), breach.polygons, 'f'));
+    const std::vector<uint32_t>& polygons = state.map.triangle_polygon();
+    const auto at = std::find(polygons.begin(), polygons.end(), breach.polygons[0]);
+    if (at == polygons.end())
+        return;
+    state.chosen = state.map.triangle_chart()[size_t(at - polygons.begin())];
+    state.frames_chosen = state.chosen != k_none;
+}
+
 /// Draws what `tessora verify` would say, a line for each broken guarantee; a click selects its
 /// polygons.
 void draw_breaches(State& state) {
@@ -164,12 +176,12 @@ void draw_breaches(State& state) {
         ImGui::PushStyleColor(ImGuiCol_Text, colour::warning);
         const std::string line = breach.sentence + "###" + breach.name;
         if (ImGui::Selectable(line.c_str()) && !breach.polygons.empty())
-            state.run(statement_selecting(state.shape_path(), breach.polygons, 'f'));
+            show_breach(state, breach);
         ImGui::PopStyleColor();
         state.places.add_item(std::string("verdict/") + breach.name);
         if (ImGui::IsItemHovered() && !breach.polygons.empty())
-            ImGui::SetTooltip("%s\nClick: select %zu %s", breach.sentence.c_str(),
-                              breach.polygons.size(),
+            ImGui::SetTooltip("%s\nClick: select %zu %s and show the chart",
+                              breach.sentence.c_str(), breach.polygons.size(),
                               breach.polygons.size() == 1 ? "polygon" : "polygons");
     }
     ImGui::EndChild();

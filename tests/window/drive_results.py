@@ -26,8 +26,12 @@ def read_the_verdict(window):
     window.click("verdict/overlaps")
     window.statement("print (size(`ls -sl`) + \" of \" + stringArrayToString(`ls -sl`, \" \") + \"\\n\");",
                      r"of .*\.f\[0:1\]")
+    window.wait_for("lit/1")
     window.picture("selected")
-    tell("the verdict selects its polygons")
+    window.key("F2", "Escape")
+    window.wait_gone("lit/1")
+    window.key("F2", "a", "F3", "a")
+    tell("the verdict selects its polygons and shows the chart of the first")
 
 
 def choose_charts(window):
