@@ -74,13 +74,14 @@ private:
     void wait_for_events();
 
     // frame.cpp: drawing one frame, keyboard, modal questions
-    void frame(bool is_live);
-    void draw_everything(bool is_live);
-    void draw_areas(bool is_live);
-    void draw_left(const AreaBox& box, bool is_live);
-    void draw_right(const AreaBox& box, bool is_live);
-    void draw_uvs(const AreaBox& box, bool is_live);
-    bool draw_splitter(const char* name, const AreaBox& box, bool is_upright, float& share,
+    /// Without input, while a statement runs: only its progress, or a question, can be answered.
+    void frame(bool takes_input);
+    void draw_everything(bool takes_input);
+    void draw_areas(bool takes_input);
+    void draw_left(const AreaBox& box, bool takes_input);
+    void draw_right(const AreaBox& box, bool takes_input);
+    void draw_uvs(const AreaBox& box, bool takes_input);
+    void draw_splitter(const char* name, const AreaBox& box, bool is_upright, float& share,
                        float whole);
     void draw_status(float top, float width);
     static void draw_shortcuts();

@@ -318,10 +318,10 @@ void Dialogs::draw_window(const UiControl& window) {
         state_->run("deleteUI -window " + host::script::quoted(window.name) + ";");
 }
 
-void Dialogs::draw(State& state, const host::UiModel& model, bool is_live) {
+void Dialogs::draw(State& state, const host::UiModel& model, bool takes_input) {
     state_ = &state;
     std::map<std::string, bool> seen;
-    ImGui::BeginDisabled(!is_live);
+    ImGui::BeginDisabled(!takes_input);
     for (const auto& window : model.windows()) {
         if (!window->is_shown)
             continue;

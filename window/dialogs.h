@@ -12,8 +12,8 @@ namespace window {
 
 class Dialogs {
 public:
-    /// Draws every shown window of the model, disabled unless `is_live`.
-    void draw(State& state, const host::UiModel& model, bool is_live);
+    /// Draws every shown window of the model, disabled unless `takes_input`.
+    void draw(State& state, const host::UiModel& model, bool takes_input);
 
 private:
     void draw_window(const host::UiControl& window);

@@ -140,7 +140,7 @@ void Application::take_keys_as_they_are() {
     io.KeyAlt = is_down(GLFW_KEY_LEFT_ALT) || is_down(GLFW_KEY_RIGHT_ALT);
 }
 
-void Application::frame(bool is_live) {
+void Application::frame(bool takes_input) {
     if (is_in_frame_)
         return;
     is_in_frame_ = true;
@@ -149,10 +149,10 @@ void Application::frame(bool is_live) {
         load_fonts();
     ImGui_ImplOpenGL2_NewFrame();
     ImGui_ImplGlfw_NewFrame();
-    put_input(has_front_ ? &front_input_ : is_live ? &input_ : nullptr);
+    put_input(has_front_ ? &front_input_ : takes_input ? &input_ : nullptr);
     ImGui::NewFrame();
     state_.places.begin_frame();
-    draw_everything(is_live);
+    draw_everything(takes_input);
     ImGui::Render();
     int width = 0, height = 0;
     glfwGetFramebufferSize(window_, &width, &height);
@@ -167,7 +167,7 @@ void Application::frame(bool is_live) {
     state_.places.end_frame();
     take_keys_as_they_are();
     is_in_frame_ = false;
-    if (!is_live)
+    if (!takes_input)
         return;
     take_common_keys();
     perform(action_);
@@ -177,15 +177,15 @@ void Application::frame(bool is_live) {
         act();
 }
 
-void Application::draw_everything(bool is_live) {
-    const bool opens_menu = opens_menu_ && is_live && !question_ && !chooser_.is_open();
+void Application::draw_everything(bool takes_input) {
+    const bool opens_menu = opens_menu_ && takes_input && !question_ && !chooser_.is_open();
     opens_menu_ = false;
     state_.places.add("keys/" + std::to_string(keys_taken_), 0.0f, 0.0f, 0.0f, 0.0f);
-    action_ = draw_menu_bar(state_, is_live, opens_menu);
-    if (is_live && action_ == Action::none && !chooser_.is_open())
+    action_ = draw_menu_bar(state_, takes_input, opens_menu);
+    if (takes_input && action_ == Action::none && !chooser_.is_open())
         action_ = pressed_action(state_);
-    draw_areas(is_live);
-    dialogs_.draw(state_, host::script::Session::current().ui().model, is_live);
+    draw_areas(takes_input);
+    dialogs_.draw(state_, host::script::Session::current().ui().model, takes_input);
     chooser_.draw(state_);
     draw_help();
     draw_about();
@@ -204,31 +204,31 @@ void Application::leave_front() {
     front_input_ = InputQueue();
 }
 
-void Application::draw_areas(bool is_live) {
+void Application::draw_areas(bool takes_input) {
     const ImGuiViewport* whole = ImGui::GetMainViewport();
     const float gap = std::round(k_splitter * state_.scale), status = ImGui::GetFrameHeight();
     const AreaBox box{0.0f, whole->WorkPos.y, whole->WorkSize.x, whole->WorkSize.y - status};
     draw_status(box.top + box.height, box.width);
     if (is_uv_alone_)
-        return draw_uvs(box, is_live);
+        return draw_uvs(box, takes_input);
     const float right = std::round(shares_.right * box.width);
     const float left = box.width - right - gap;
-    draw_left({0.0f, box.top, left, box.height}, is_live);
+    draw_left({0.0f, box.top, left, box.height}, takes_input);
     float share = shares_.right;
     draw_splitter("columns", {left, box.top, gap, box.height}, true, share, -box.width);
-    draw_right({left + gap, box.top, right, box.height}, is_live);
+    draw_right({left + gap, box.top, right, box.height}, takes_input);
     shares_.right = share;
     shares_.limit();
 }
 
-void Application::draw_left(const AreaBox& box, bool is_live) {
+void Application::draw_left(const AreaBox& box, bool takes_input) {
     const float gap = std::round(k_splitter * state_.scale);
     const float console = std::round(shares_.console * box.height);
     const float panels = box.height - console - gap;
     const float tools = std::round(ImGui::GetFrameHeight() + 10.0f * state_.scale);
     begin_area("Tools", box.left, box.top, box.width, tools, true);
     ImGui::SetCursorPosY(5.0f * state_.scale);
-    ImGui::BeginDisabled(!is_live);
+    ImGui::BeginDisabled(!takes_input);
     draw_tool_bar(state_);
     ImGui::EndDisabled();
     ImGui::End();
@@ -237,34 +237,34 @@ void Application::draw_left(const AreaBox& box, bool is_live) {
     focuses_panels_ = false;
     begin_area("Panels", box.left, box.top + tools, box.width, panels - tools, false,
                ImGuiWindowFlags_NoNavInputs | ImGuiWindowFlags_NoNavFocus);
-    panels_->draw(is_live);
+    panels_->draw(takes_input);
     ImGui::End();
-    if (is_live)
+    if (takes_input)
         draw_walk(state_, box.left, box.top + panels);
     draw_splitter("console", {box.left, box.top + panels, box.width, gap}, false, shares_.console,
                   -box.height);
     begin_area("Console", box.left, box.top + panels + gap, box.width, console, true);
-    ImGui::BeginDisabled(!is_live);
+    ImGui::BeginDisabled(!takes_input);
     console_.draw(state_);
     ImGui::EndDisabled();
     ImGui::End();
 }
 
-void Application::draw_uvs(const AreaBox& box, bool is_live) {
+void Application::draw_uvs(const AreaBox& box, bool takes_input) {
     if (focuses_uvs_)
         ImGui::SetNextWindowFocus();
     focuses_uvs_ = false;
     begin_area("UVs", box.left, box.top, box.width, box.height, true, ImGuiWindowFlags_NoNavInputs);
-    if (uvs_->draw(state_, is_live))
+    if (uvs_->draw(state_, takes_input))
         later_.push_back([this] { change_view(Action::toggle_uv_alone); });
     ImGui::End();
 }
 
-void Application::draw_right(const AreaBox& box, bool is_live) {
+void Application::draw_right(const AreaBox& box, bool takes_input) {
     const float gap = std::round(k_splitter * state_.scale);
     const float uvs = std::round(shares_.texture * box.height);
     const float results = std::round(shares_.results * box.height);
-    draw_uvs({box.left, box.top, box.width, uvs}, is_live);
+    draw_uvs({box.left, box.top, box.width, uvs}, takes_input);
     draw_splitter("texture", {box.left, box.top + uvs, box.width, gap}, false, shares_.texture,
                   box.height);
     float top = box.top + uvs + gap;
@@ -275,15 +275,15 @@ void Application::draw_right(const AreaBox& box, bool is_live) {
     draw_splitter("results", {box.left, top, box.width, gap}, false, shares_.results, box.height);
     top += gap;
     begin_area("Attributes", box.left, top, box.width, box.top + box.height - top, true);
-    ImGui::BeginDisabled(!is_live);
+    ImGui::BeginDisabled(!takes_input);
     attributes_.draw(state_);
     ImGui::EndDisabled();
     ImGui::End();
 }
 
 /// Draws the bar between two areas. Dragging it changes `share` by the way in relation to `whole`,
-/// which is negative if the share grows towards the left or the top. Returns whether it is dragged.
-bool Application::draw_splitter(const char* name, const AreaBox& box, bool is_upright, float& share,
+/// which is negative if the share grows towards the left or the top.
+void Application::draw_splitter(const char* name, const AreaBox& box, bool is_upright, float& share,
                                 float whole) {
     const std::string id = std::string("splitter/") + name;
     begin_area(id.c_str(), box.left, box.top, box.width, box.height, false,
@@ -303,7 +303,6 @@ bool Application::draw_splitter(const char* name, const AreaBox& box, bool is_up
         later_.push_back([this] { remember_shares(shares_); });
     state_.places.add_item(id);
     ImGui::End();
-    return is_dragged;
 }
 
 void Application::draw_status(float top, float width) {

@@ -262,11 +262,11 @@ void open_menu(const std::string& label) {
 
 } // namespace
 
-Action draw_menu_bar(State& state, bool is_live, bool opens) {
+Action draw_menu_bar(State& state, bool takes_input, bool opens) {
     Action action = Action::none;
     if (!ImGui::BeginMainMenuBar())
         return action;
-    ImGui::BeginDisabled(!is_live);
+    ImGui::BeginDisabled(!takes_input);
     for (const std::string& menu : host::MenuTree::current().menus()) {
         const std::string label = label_of(menu);
         if (opens)

@@ -33,7 +33,7 @@ enum class Action {
 };
 
 /// Draws the bar and returns the picked action. `opens`: open the first menu for keyboard use.
-Action draw_menu_bar(State& state, bool is_live, bool opens);
+Action draw_menu_bar(State& state, bool takes_input, bool opens);
 
 /// The action whose shortcut was pressed in this frame; runs shortcuts that stand for statements.
 /// Ignores keys without Ctrl while a text field has the focus, function keys excepted.

@@ -434,7 +434,7 @@ void ModelPanels::draw_over(float left, float top) {
                      static_cast<float>(target_.height()));
 }
 
-void ModelPanels::draw(bool is_live) {
+void ModelPanels::draw(bool takes_input) {
     const ImVec2 corner = ImGui::GetCursorScreenPos();
     const ImVec2 room = ImGui::GetContentRegionAvail();
     const int width = std::max(32, static_cast<int>(room.x));
@@ -451,7 +451,7 @@ void ModelPanels::draw(bool is_live) {
                                ImGuiButtonFlags_MouseButtonRight);
     ImGui::SetItemAllowOverlap(); // for the buttons of an empty scene
     has_focus_ = ImGui::IsWindowFocused();
-    if (is_live) {
+    if (takes_input) {
         react(corner.x, corner.y);
         if (has_focus_ && !ImGui::GetIO().WantTextInput)
             keys();

@@ -24,7 +24,7 @@ public:
     explicit ModelPanels(State& state);
     virtual ~ModelPanels();
 
-    void draw(bool is_live);
+    void draw(bool takes_input);
     void frame_all();
     /// Frames the chosen chart in all panels; persp turns if the chart faces away from it.
     void frame_chosen();

@@ -264,7 +264,7 @@ void UvPanel::draw_invitation(State& state, const ImVec2& low, const ImVec2& hig
     ImGui::SetCursorScreenPos(after);
 }
 
-bool UvPanel::draw(State& state, bool is_live) {
+bool UvPanel::draw(State& state, bool takes_input) {
     bool wants_other_size = false;
     header(state);
     const ImVec2 corner = ImGui::GetCursorScreenPos();
@@ -280,7 +280,7 @@ bool UvPanel::draw(State& state, bool is_live) {
     ImGui::SetItemAllowOverlap(); // for the button that invites to unwrap
     state.places.add_item("uv/texture");
     has_focus_ = ImGui::IsWindowFocused(ImGuiFocusedFlags_ChildWindows);
-    if (is_live) {
+    if (takes_input) {
         react(state, corner.x, corner.y);
         if (has_focus_ && !ImGui::GetIO().WantTextInput && !ImGui::GetIO().KeyCtrl)
             wants_other_size = keys(state);

@@ -12,9 +12,9 @@ namespace window {
 
 class UvPanel {
 public:
-    /// Draws the panel into the current ImGui window. Unless `is_live`, shows the last picture and
-    /// ignores input. Returns true if the user wants the panel to fill the window, or no more.
-    bool draw(State& state, bool is_live);
+    /// Draws the panel into the current ImGui window. Unless `takes_input`, shows the last picture
+    /// and ignores input. Returns true if the user wants the panel to fill the window, or no more.
+    bool draw(State& state, bool takes_input);
     /// Frames the whole texture.
     void frame_all(const State& state);
     /// Frames the lit chart; the whole texture if there is none.
