@@ -87,8 +87,8 @@ void Field::close_word(Squares& level, uint32_t row, uint32_t word) {
 void Field::add_probe(const Run& run) {
     const uint32_t level = level_of(run.length), second = run.x + run.length - (1u << level);
     const uint32_t row = (level * height_ + run.row) * words_;
-    probes_.push_back(
-        {row + run.x / 64, row + second / 64, uint8_t(run.x % 64), uint8_t(second % 64)});
+    probes_[probed_++] = {row + run.x / 64, row + second / 64, uint8_t(run.x % 64),
+                          uint8_t(second % 64)};
 }
 
 /// Adds the positions 64 * block and the 63 after it at which a run of the mask hits a taken cell
@@ -97,7 +97,7 @@ uint64_t Field::taken_by_runs(const Mask& mask, uint32_t block, uint32_t y, uint
     const uint64_t* const at = runs_.data() + size_t(y) * words_ + block;
     size_t i = 0;
     while (taken != k_all && i < mask.runs.size()) {
-        if (i == probes_.size())
+        if (i == probed_)
             add_probe(mask.runs[i]);
         const Probe& probe = probes_[i++];
         taken |= window(at + probe.first, probe.first_shift) |
@@ -141,7 +141,9 @@ Spot Field::find(const Mask& mask, uint32_t bottom, uint32_t top) {
     if (mask.width > width_ || mask.height > top || top > height_)
         return {};
     const Squares& square = square_of(mask);
-    probes_.clear();
+    probed_ = 0;
+    if (probes_.size() < mask.runs.size())
+        probes_.resize(mask.runs.size());
     for (uint32_t y = bottom; y + mask.height <= top; ++y) {
         const uint32_t open = next_open_row(square, y + mask.square_y);
         if (open + mask.height > top + mask.square_y)

@@ -81,7 +81,9 @@ private:
     /// starts there hits a taken cell.
     std::vector<uint64_t> runs_;
     std::vector<Squares> squares_; ///< by level
-    std::vector<Probe> probes_;    ///< of the first runs of the mask that find() was called with
+    /// The first probed_ are those of the first runs of the mask that find() was called with.
+    std::vector<Probe> probes_;
+    size_t probed_ = 0;
     uint64_t effort_ = 0;
 };
 
