@@ -47,8 +47,9 @@ constexpr int k_swaps = 3;
 /// about as much.
 constexpr double k_worth_settling = 0.985;
 
-/// With more charts than this, rows that were full for one chart are skipped for similar ones.
-constexpr size_t k_max_thorough = 150;
+/// With more charts than this, rows that were full for one chart are skipped for similar ones. Up
+/// to the second number they are not in the last layouts of quality mode.
+constexpr size_t k_max_thorough = 150, k_max_thorough_end = 1000;
 
 /// Fast mode searches on coarser grids up to this number of charts; more are too small for them.
 constexpr size_t k_max_coarse = 100;
@@ -124,13 +125,17 @@ struct Tuning {
     double middle_cells = 512; ///< second local search
     double final_cells = 768;  ///< final layout
     uint64_t draft_effort = 0, middle_effort = 0, nest_effort = 0, inflate_effort = 0;
-    int tries = 4; ///< number of scales on the final grid
+    int tries = 4;             ///< number of scales on the final grid
+    bool thorough_end = false; ///< skip no rows on the final grid
 
     static Tuning of(const PackOptions& options, size_t charts, bool nests) {
         Tuning tuning;
         const bool fast = options.quick || options.quality == Quality::fast;
         const uint64_t triangles = options.triangles;
         tuning.tries = fast ? 4 : 7;
+        tuning.thorough_end = !fast && charts <= k_max_thorough_end;
+        if (tuning.thorough_end && charts > k_max_thorough)
+            tuning.tries = 4; // each takes several times as long
         tuning.final_cells = options.quick || nests ? 512 : 768;
         if (charts > 300)
             tuning.final_cells = fast ? 1536 : 2048;
@@ -193,7 +198,7 @@ public:
         if (tuning.nest_effort > 0 && found_)
             nest(tuning);
         else
-            fit_scale(tuning.final_cells, tuning.tries, 0.8);
+            finish_greedily(tuning);
         if (found_ && !has_kept())
             inflate(
                 chains_, room_, max_scale_, tuning.inflate_effort,
@@ -267,25 +272,34 @@ private:
             plan.fine_turn[chart] = uint8_t(fine_turn);
     }
 
-    /// A copy of the plan with one random change among the first `n` charts: two swapped, one moved
-    /// to another place of the order, or one turned.
-    Plan mutated(uint32_t n) {
-        Plan next = plan_;
+    /// One random change among the first `n` charts: two swapped, one moved to another place of the
+    /// order, or one turned. False if it leaves the plan as it was.
+    bool change(Plan& plan, uint32_t n) {
         const uint32_t i = random_.below(n), j = random_.below(n);
+        const auto from = plan.order.begin() + i, to = plan.order.begin() + j;
         switch (random_.below(3)) {
         case 0:
-            std::swap(next.order[i], next.order[j]);
-            break;
-        case 1: {
-            const auto from = next.order.begin() + i, to = next.order.begin() + j;
+            std::swap(*from, *to);
+            return i != j;
+        case 1:
             if (from < to)
                 std::rotate(from, from + 1, to + 1);
             else
                 std::rotate(to, from, from + 1);
-            break;
-        }
+            return i != j;
         default:
-            turn(next, next.order[i], random_.below(MaskSet::k_fine));
+            const uint8_t before = plan.fine_turn[*from];
+            turn(plan, *from, random_.below(MaskSet::k_fine));
+            return plan.fine_turn[*from] != before;
+        }
+    }
+
+    /// A copy of the plan with one change, unless the few that are tried are none: where charts
+    /// stand straight, every third would be, and the same layout would be made again.
+    Plan mutated(uint32_t n) {
+        constexpr int k_tries = 8;
+        Plan next = plan_;
+        for (int tries = 0; tries < k_tries && !change(next, n); ++tries) {
         }
         return next;
     }
@@ -536,6 +550,12 @@ private:
             scale = settled ? best.scale * growth : scale / k_first_growth;
         }
         return settled;
+    }
+
+    /// The last greedy layouts.
+    void finish_greedily(const Tuning& tuning) {
+        plan_.skip_full_rows = plan_.skip_full_rows && !tuning.thorough_end;
+        fit_scale(tuning.final_cells, tuning.tries, 0.8);
     }
 
     /// Searches the largest scale at which the plan fits on a grid of cells * cells.

@@ -45,6 +45,9 @@ Failure check(const UvMesh& mesh, const PackSettings& s) {
     return {Status::invalid_argument, k_none};
 }
 
+/// Packing is all that is done here, so it may take more time than after unwrapping.
+constexpr double k_patience = 4;
+
 /// One call of pack().
 class Repacking {
 public:
@@ -201,7 +204,7 @@ private:
         options.turns = settings_.turns;
         options.align = settings_.align;
         options.tiles = settings_.tiles;
-        options.effort = effort_factor(settings_.effort);
+        options.effort = k_patience * effort_factor(settings_.effort);
         if (settings_.density == Density::fixed)
             options.min_scale = options.max_scale = settings_.texels_per_unit;
         else if (has_kept_)

@@ -262,6 +262,17 @@ TEST(Pack, MoreThanAThousandChartsOfAllSizesAreAGoodLayout) {
     expect_good_layout(set, pack_charts(set.face(), options), options);
 }
 
+TEST(Pack, HundredsOfChartsInQualityModeUseTheRoomThatSimilarOnesLeave) {
+    PackInput input;
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> unit(0, 1);
+    for (int i = 0; i < 200; ++i)
+        input.chart(blob(random, 0.1 / (0.1 + unit(random)), 40));
+    PackOptions options;
+    options.quality = Quality::quality;
+    EXPECT_GT(expect_valid(input, options), 0.793);
+}
+
 TEST(Pack, SameInputGivesIdenticalResults) {
     std::mt19937 random(17);
     const PackInput set = random_charts(random, 60);
