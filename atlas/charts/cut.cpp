@@ -214,9 +214,9 @@ struct CutTerms {
     double plane_worth = 4;
     /// Factor by which each cut through the middle must raise coverage.
     double min_growth = 1.05;
-    /// The coverage that halving a chart must gain: so much, or for twice as many charts so much
-    /// if that is more, and so much per length of the cut.
-    double least_gain = 0.01, gain_of_doubling = 0.04, gain_per_length = 0.03;
+    /// The coverage that halving a chart must gain: so much, or the price of a chart if that is
+    /// more, and so much per length of the cut.
+    double least_gain = 0.01, gain_per_length = 0.03;
     /// Only charts of this area are halved, and only so many of the largest are tried.
     double halved_share = 0.1;
     size_t most_halved = 2;
@@ -225,8 +225,6 @@ struct CutTerms {
     /// The search for cuts through the middle ends after so many failed groups in a row.
     uint32_t max_failures = 1;
     uint32_t max_cuts = 24;
-    /// The coverage that each cut along a line must gain, if they are judged a few at a time.
-    double gain_per_cut = 0.001;
 
     static CutTerms of(const CutOptions& options) {
         constexpr double k_least_filled = 0.7; // factor at full reluctance
@@ -236,7 +234,7 @@ struct CutTerms {
         for (double* term : {&terms.well_filled, &terms.fairly_filled, &terms.poorly_filled})
             *term *= filled;
         for (double* term : {&terms.least_rate, &terms.saving_of_doubling, &terms.least_gain,
-                             &terms.gain_of_doubling, &terms.gain_per_length})
+                             &terms.gain_per_length})
             *term *= worth;
         terms.min_growth = 1 + worth * (terms.min_growth - 1);
         return terms;
@@ -262,7 +260,6 @@ private:
         towards(terms.plane_worth, 1.5);
         towards(terms.min_growth, 1.02);
         towards(terms.least_gain, 0.004);
-        towards(terms.gain_of_doubling, 0.02);
         towards(terms.gain_per_length, 0.008);
         towards(terms.halved_share, 0.04);
         terms.most_halved += size_t(more * 5);
@@ -331,10 +328,10 @@ public:
     }
     /// Whether there are lines that may be worth a cut.
     bool has_lines() const { return !lines_.empty(); }
-    /// Makes up to `most` cuts and returns how many it made.
-    uint32_t run(uint32_t most) {
-        uint32_t cuts = 0;
-        while (!lines_.empty() && cuts < most) {
+    /// Makes up to `most` more cuts.
+    void run(uint32_t most) {
+        const size_t end = made() + most;
+        while (!lines_.empty() && made() < end) {
             const auto best =
                 std::max_element(lines_.begin(), lines_.end(), [](const Line& a, const Line& b) {
                     return a.candidate.saved * b.candidate.length <
@@ -342,15 +339,28 @@ public:
                 });
             const Line line = *best;
             lines_.erase(best);
-            cuts += cut(line);
+            cut(line);
         }
-        return cuts;
+    }
+    /// Number of cuts that stand.
+    uint32_t made() const { return made_; }
+    /// Undoes the latest cuts, or makes undone ones again, until so many stand.
+    void go_to(uint32_t cuts) {
+        for (; made_ > cuts; --made_)
+            cutter_.undo();
+        for (; made_ < cuts; ++made_)
+            cutter_.cut(cuts_[made_].chart, cuts_[made_].line, cuts_[made_].parts);
     }
 
 private:
     struct Line {
         uint32_t chart;
         CutCandidate candidate;
+    };
+    struct Cut {
+        uint32_t chart;
+        CutLine line;
+        ChartCutter::Between parts;
     };
 
     double least_saving() const {
@@ -373,28 +383,30 @@ private:
         return likely_room(outline_);
     }
     /// Cuts if the cut between planes, or else that between polygons, pays as the line does.
-    bool cut(const Line& line) {
+    void cut(const Line& line) {
         const double room = room_of(line.chart);
         const auto cut_pays = [&](ChartCutter::Between parts) {
             if (!cutter_.cut(line.chart, line.candidate.line, parts))
                 return false;
             const uint32_t second = uint32_t(set_.charts.size() - 1);
-            if (pays(room - room_of(line.chart) - room_of(second),
-                     cutter_.cut_length(terms_.plane_worth)))
-                return true;
-            cutter_.undo();
-            return false;
+            if (!pays(room - room_of(line.chart) - room_of(second),
+                      cutter_.cut_length(terms_.plane_worth))) {
+                cutter_.undo();
+                return false;
+            }
+            cuts_.push_back({line.chart, line.candidate.line, parts});
+            return true;
         };
         if (!cut_pays(ChartCutter::Between::planes) &&
             !(cutter_.has_planes() && cut_pays(ChartCutter::Between::polygons)))
-            return false;
+            return;
+        ++made_;
         ++charts_;
         lines_.erase(std::remove_if(lines_.begin(), lines_.end(),
                                     [&](const Line& other) { return other.chart == line.chart; }),
                      lines_.end());
         list_lines(line.chart);
         list_lines(uint32_t(set_.charts.size() - 1));
-        return true;
     }
 
     ChartCutter& cutter_;
@@ -403,6 +415,8 @@ private:
     const double area_, unit_;
     double charts_ = 0; ///< number of those that are alive
     std::vector<Line> lines_;
+    std::vector<Cut> cuts_; ///< all that were made, oldest first
+    uint32_t made_ = 0;     ///< so many of them stand
     Outline outline_;
 };
 
@@ -462,47 +476,61 @@ private:
                                             : 0;
     }
 
-    /// All cuts along lines at once; if they do not pay, the first half of them, and so on.
-    void cut_along(LineCutter& lines) {
-        uint32_t cuts = lines.run(room());
-        while (cuts > 0) {
-            const double now = pack();
-            if (now >= coverage_) {
-                cutter_.accept();
-                keep(now);
-                cuts_ = cuts;
-                return;
-            }
-            if (!(now > 0)) // the caller stops
-                coverage_ = 0;
-            for (const uint32_t left = now > 0 ? cuts / 2 : 0; cuts > left; --cuts)
-                cutter_.undo();
-        }
+    /// The coverage that more charts must gain, for the charts there are.
+    double price(uint32_t more) const {
+        return price_of_charts(double(charts_before_ + cuts_), more, options_.effort,
+                               options_.reluctance);
     }
 
-    /// Cuts along lines, a few at a time, for as long as coverage grows now and then; keeps the
-    /// cuts up to the best layout.
-    void cut_along_gradually(LineCutter& lines) {
-        uint32_t made = 0;
-        while (made <= 2 * cuts_ + k_hopeless_cuts) {
-            const uint32_t left = room() - std::min(room(), made - cuts_);
-            const uint32_t now = lines.run(std::min(left, 1 + made / 4));
-            if (now == 0)
+    /// All cuts along lines at once, or the first half of them if that is worth more, and so on.
+    void cut_along(LineCutter& lines) {
+        const double before = coverage_;
+        uint32_t best = 0;
+        double best_worth = 0;
+        lines.run(room());
+        for (uint32_t cuts = lines.made(); cuts > 0; cuts /= 2) {
+            lines.go_to(cuts);
+            const double now = pack();
+            if (!(now > 0)) { // the caller stops
+                coverage_ = 0;
+                best = kept_call_ = 0; // the charts as they were at first
                 break;
-            made += now;
-            const double coverage = pack();
-            if (!(coverage > 0)) { // the caller stops
+            }
+            const double worth = now - before - price(cuts);
+            if (worth > best_worth) {
+                keep(now);
+                best = cuts;
+                best_worth = worth;
+            } else if (best > 0) {
+                break;
+            }
+        }
+        lines.go_to(best);
+        cutter_.accept();
+        cuts_ = best;
+    }
+
+    /// Cuts along lines, a few at a time, for as long as they pay now and then; keeps the cuts up
+    /// to the best layout.
+    void cut_along_gradually(LineCutter& lines) {
+        while (lines.made() <= 2 * cuts_ + k_hopeless_cuts) {
+            const uint32_t before = lines.made();
+            const uint32_t left = room() - std::min(room(), before - cuts_);
+            lines.run(std::min(left, 1 + before / 4));
+            if (lines.made() == before)
+                break;
+            const double now = pack();
+            if (!(now > 0)) { // the caller stops
                 coverage_ = 0;
                 cuts_ = kept_call_ = 0; // the charts as they were at first
                 break;
             }
-            if (coverage - coverage_ > terms_.gain_per_cut * double(made - cuts_)) {
-                keep(coverage);
-                cuts_ = made;
+            if (now - coverage_ > price(lines.made() - cuts_)) {
+                keep(now);
+                cuts_ = lines.made();
             }
         }
-        for (; made > cuts_; --made)
-            cutter_.undo();
+        lines.go_to(cuts_);
         cutter_.accept();
     }
 
@@ -563,8 +591,7 @@ private:
     bool halve_one() {
         Half best;
         double best_gain = 0;
-        const double least_gain =
-            std::max(terms_.least_gain, terms_.gain_of_doubling / double(charts_before_ + cuts_));
+        const double least_gain = std::max(terms_.least_gain, price(1));
         for (uint32_t chart : largest_charts(set_, terms_)) {
             const CutLine along = cutter_.middle_line(chart);
             for (const CutLine& line :

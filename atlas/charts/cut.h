@@ -7,6 +7,7 @@
 #include "atlas/charts/cut_lines.h"
 #include "atlas/charts/smooth.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace tessora::atlas {
@@ -86,6 +87,17 @@ struct CutOptions {
 inline double worth_of_charts(double reluctance) {
     constexpr double k_most = 5;
     return 1 + reluctance * (k_most - 1);
+}
+
+/// The coverage of the texture that `more` charts beside `charts` must gain: so much for twice as
+/// many, and of that their share. Whatever trades charts for room asks this: cuts along lines,
+/// halves, and the choice between two layouts.
+inline double price_of_charts(double charts, double more, int effort, double reluctance) {
+    constexpr double k_usual = 0.05, k_most_effort = 0.02;
+    const double beyond = double(std::max(0, effort - k_usual_effort));
+    const double of_doubling =
+        k_usual + beyond / (k_max_effort - k_usual_effort) * (k_most_effort - k_usual);
+    return of_doubling * worth_of_charts(reluctance) * more / charts;
 }
 
 /// Cuts charts for as long as that lets all charts grow by enough. `pack` lays out the current

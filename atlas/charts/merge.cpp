@@ -108,6 +108,9 @@ bool Merger::run(MergeRound round, const MergeTerms& terms, ProgressMeter& progr
     state_.terms = terms;
     for (History& history : history_)
         history.failures.clear();
+    state_.charts = 0;
+    for (const Chart& chart : set_.charts)
+        state_.charts += chart.alive;
     for (uint32_t a = 0; a < set_.charts.size(); ++a)
         if (set_.charts[a].alive)
             push_pairs(a);

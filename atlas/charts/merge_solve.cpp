@@ -52,6 +52,9 @@ constexpr double k_seam_per_room = 3;
 /// falls to k_seam_per_room at the slack of a limit of 0.5, from which on quality mode does not cut
 /// either.
 constexpr double k_seam_per_room_fast = 18, k_uncut_slack = 0.35 / 0.85;
+/// Seam length that one chart less of n is worth in fast mode, times n: where few are left, a small
+/// one at the edge of another must not stay alone for the room that it adds.
+constexpr double k_seam_per_doubling_fast = 1;
 
 // Constants of the band; see docs/atlas.md, "Merging".
 
@@ -321,9 +324,11 @@ bool MergeTrial::set_affordable_stretch(const Box& box, bool exact) {
         const double wasted = likely_room(box) - likely_room(state_.extent[arc_.a].box) -
                               likely_room(state_.extent[arc_.b].box);
         double price = k_seam_per_room;
-        if (!state_.options.thorough)
+        if (!state_.options.thorough) {
+            budget += k_seam_per_doubling_fast / state_.charts;
             price += (k_seam_per_room_fast - k_seam_per_room) *
                      std::max(0.0, 1 - state_.terms.slack / k_uncut_slack);
+        }
         budget -= discount * price * std::max(0.0, wasted) / total;
         if (budget < 0)
             return false;

@@ -194,9 +194,6 @@ constexpr double k_surely_filled = 0.9;
 /// Charts that cover so little more of the texture do not outweigh a smaller number of charts.
 constexpr double k_equal_coverage = 0.002;
 
-/// How much more of the texture twice as many charts must cover, with the usual effort.
-constexpr double k_coverage_of_doubling = 0.08;
-
 /// The coverage that a number of charts is wanted to have, none below it being of use.
 using Wanted = std::function<double(uint32_t charts)>;
 
@@ -309,14 +306,6 @@ bool is_net(const FinishedCharts& charts) {
                        [](double stretch) { return stretch < k_no_stretch; });
 }
 
-/// The logarithm of a ratio from 1 on to base 2, linear between powers of 2.
-double doublings(double ratio) {
-    double count = 0;
-    for (; ratio >= 2; ratio /= 2)
-        ++count;
-    return count + (ratio - 1);
-}
-
 /// The coverage that so many other charts must exceed to be better than a layout: its own, and
 /// enough for those that are more, or as much if they are fewer. Who allows more stretch than usual
 /// wants fewer charts: there nothing is enough for more.
@@ -327,8 +316,7 @@ double to_exceed(const Layout& layout, uint32_t other_charts, const Options& opt
         return covered - (others < charts ? k_equal_coverage : 0);
     if (reluctance(options) > 0)
         return 1;
-    const double price = k_coverage_of_doubling / std::max(1.0, effort_factor(options.effort));
-    return covered + price * doublings(others / charts);
+    return covered + price_of_charts(charts, others - charts, options.effort, 0);
 }
 
 /// Whether another layout is better. One that seemed hopeless when it was begun is not, since it

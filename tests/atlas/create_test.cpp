@@ -477,12 +477,12 @@ TEST(AtlasRepeats, PartsThatRepeatAreLaidOutAlike) {
     }
 }
 
-/// The same triangles in another order: every `step`-th one, from each start.
+/// The same triangles in another order: every `step`-th one from the last on, from each start.
 TestMesh listed_in_steps(const TestMesh& mesh, uint32_t step, std::vector<uint32_t>& place) {
     std::vector<uint32_t> order;
     for (uint32_t first = 0; first < step; ++first)
         for (uint32_t t = first; t < mesh.faces(); t += step)
-            order.push_back(t);
+            order.push_back(mesh.faces() - 1 - t);
     place.assign(order.size(), 0);
     for (uint32_t i = 0; i < order.size(); ++i)
         place[order[i]] = i;
@@ -1030,7 +1030,7 @@ TEST(AtlasBestLayout, ChartsOfFastModeThatAreMoreAreTakenIfTheyCoverEnoughForIt)
         const double ratio = double(modes.fast.charts) / modes.quality.charts;
         if (modes.fast_covers_more()) {
             EXPECT_GT(ratio, 1);
-            EXPECT_LT(modes.fast.coverage - modes.quality.coverage, 0.08 * (ratio - 1));
+            EXPECT_LT(modes.fast.coverage - modes.quality.coverage, 0.05 * (ratio - 1));
         }
         declined += modes.fast_covers_more();
         taken += modes.fast.charts > 1 && modes.fast.coverage == modes.quality.coverage;

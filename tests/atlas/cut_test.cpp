@@ -335,7 +335,7 @@ protected:
 };
 
 TEST_F(ChartLineTest, AnLIsCutIntoItsArms) {
-    EXPECT_EQ(cut_unasked({0.79, 0.79}), Seen(3, 2));
+    EXPECT_EQ(cut_unasked({0.76, 0.79}), Seen(3, 2));
     const double areas[] = {set->charts[0].stretch.area, set->charts[2].stretch.area};
     const double less = std::min(areas[0], areas[1]) / (areas[0] + areas[1]) * 36;
     EXPECT_TRUE(std::abs(less - 12) < 1e-6 || std::abs(less - 16) < 1e-6) << less;
@@ -346,12 +346,33 @@ TEST_F(ChartLineTest, ACutAlongALineThatLowersCoverageIsUndone) {
     EXPECT_EQ(cut_unasked({0.79, 0.789}), Seen(2, 2));
 }
 
+TEST_F(ChartLineTest, ACutAlongALineMustGainThePriceOfAChart) {
+    const double price = price_of_charts(2, 1, k_usual_effort, 0);
+    EXPECT_EQ(cut_unasked({0.781, 0.78 + price}), Seen(2, 2));
+}
+
+TEST_F(ChartLineTest, ThePriceOfAChartIsAShareOfThatOfTwiceAsMany) {
+    const double of_doubling = price_of_charts(8, 8, k_usual_effort, 0);
+    EXPECT_DOUBLE_EQ(price_of_charts(8, 1, k_usual_effort, 0), of_doubling / 8);
+    EXPECT_GT(price_of_charts(8, 8, k_usual_effort, 0.5), of_doubling);
+    EXPECT_LT(price_of_charts(8, 8, k_max_effort, 0), of_doubling);
+    EXPECT_DOUBLE_EQ(price_of_charts(8, 8, 0, 0), of_doubling);
+}
+
+TEST_F(ChartLineTest, TheFirstHalfOfTheCutsIsKeptIfItIsWorthMore) {
+    prepare([](int x, int y) { // a U
+        return y < 2 || x < 2 || x > 9 ? 0u : x == 6 && y == 7 ? 1u : 2u;
+    });
+    cut_unasked({0.4, 0.8, 0.79}); // three cuts, the first one
+    EXPECT_EQ(set->charts.size(), 3u);
+}
+
 TEST_F(ChartLineTest, CutsAlongLinesStopAtTheChartLimit) {
     for (const uint32_t limit : {0, 3, 2}) {
         prepare([](int x, int y) { // a U
             return y < 2 || x < 2 || x > 9 ? 0u : x == 6 && y == 7 ? 1u : 2u;
         });
-        cut_unasked({0.75, 0.75}, limit);
+        cut_unasked({0.4, 0.79, 0.5}, limit); // the third: of the first half of the cuts
         EXPECT_EQ(set->charts.size(), limit == 0 ? 5u : limit);
     }
 }
@@ -364,7 +385,7 @@ TEST_F(ChartLineTest, ALineMustSaveMoreOfFewChartsThanOfMany) {
         for (const uint32_t chart : {1, 1, 2})
             EXPECT_TRUE(set->charts.size() == charts || cutter->cut(chart));
         cutter->accept();
-        EXPECT_EQ(cut_unasked({0.79, 0.79}).first, charts == 2 ? 2u : 6u);
+        EXPECT_EQ(cut_unasked({0.781, 0.795}).first, charts == 2 ? 2u : 6u);
     }
 }
 
