@@ -78,33 +78,36 @@ private:
     /// The corner farthest from the centre; of several there, that of the largest triangle, with
     /// the longest edge; of several of these the first in space.
     uint32_t start_of(const Component& c) {
-        const auto distance = [&](uint32_t h) { // squared
-            const Vec3 p = s_.position[s_.vertex[h]] - c.centre;
-            return dot(p, p);
-        };
-        const auto area = [&](uint32_t h) { return s_.frame[h / 3].area(); };
-        const auto edge = [&](uint32_t h) { return s_.edge_length(h); };
         corners_.clear();
         for (uint32_t i = c.begin; i < c.end; ++i)
             for (uint32_t h = 3 * faces_[i]; h < 3 * faces_[i] + 3; ++h)
                 corners_.push_back(h);
-        keep_largest(corners_, distance);
-        keep_largest(corners_, area);
-        keep_largest(corners_, edge);
+        for (const Measure measure : {Measure::distance, Measure::area, Measure::edge})
+            keep_largest(measure, c.centre);
         return *std::min_element(corners_.begin(), corners_.end(),
                                  [&](uint32_t a, uint32_t b) { return lies_before(s_, a, b); });
     }
 
-    /// Leaves of a list those items whose value is the largest, or about equal to it.
-    template <class Value>
-    static void keep_largest(std::vector<uint32_t>& items, Value value) {
+    enum class Measure { distance, area, edge };
+    double measured(Measure measure, uint32_t corner, Vec3 centre) const {
+        if (measure == Measure::area)
+            return s_.frame[corner / 3].area();
+        if (measure == Measure::edge)
+            return s_.edge_length(corner);
+        const Vec3 p = s_.position[s_.vertex[corner]] - centre;
+        return dot(p, p);
+    }
+
+    /// Leaves of the corners those where the measure is the largest, or about equal to it.
+    void keep_largest(Measure measure, Vec3 centre) {
         double largest = 0;
-        for (uint32_t item : items)
-            largest = std::max(largest, value(item));
-        items.erase(std::remove_if(
-                        items.begin(), items.end(),
-                        [&](uint32_t item) { return value(item) * (1 + k_tolerance) < largest; }),
-                    items.end());
+        for (uint32_t corner : corners_)
+            largest = std::max(largest, measured(measure, corner, centre));
+        size_t kept = 0;
+        for (uint32_t corner : corners_)
+            if (!(measured(measure, corner, centre) * (1 + k_tolerance) < largest))
+                corners_[kept++] = corner;
+        corners_.resize(kept);
     }
 
     const Surface& s_;
