@@ -57,7 +57,7 @@ struct MergeState {
     const MergeOptions options;
     MergeRound round = MergeRound::free;
     MergeTerms terms{};
-    double charts = 1; ///< number of them when the round began
+    double charts = 1;               ///< number of them when the round began
     std::vector<Extent> extent;      ///< per chart
     std::vector<FaceSums> face_sums; ///< per triangle
     Band::Flags band_flags;
