@@ -61,6 +61,11 @@ public:
     /// early, with a legal chart, if `goes_on` says no. Like polish(), may run beside others.
     void flatten_further(Chart& c, const std::function<bool()>& goes_on);
 
+    /// Lays out a legal chart that is a grid of quads with straight rows and columns, if that stays
+    /// legal and takes less room than the stretch it adds is worth. Like polish(), may run beside
+    /// others.
+    void straighten(Chart& c);
+
     /// Traces the border of a chart whose triangles and coordinates are set, closes its slits,
     /// measures it, and returns whether it is legal.
     bool judge(Chart& c);
@@ -98,8 +103,9 @@ private:
     void relax_while_simple(Chart& c, const std::function<bool()>& goes_on);
     void relax_without_harm(const Chart& c, int sweeps);
     bool take_back_harm(const Chart& c, const std::vector<Vec2>& before);
+    double room_per_area(const Chart& c);
 
-    std::vector<uint32_t> mark_; ///< per triangle: value of stamp_ when glue_inside last saw it
+    std::vector<uint32_t> mark_; ///< per triangle: value of stamp_ when it was last seen
     uint32_t stamp_ = 0;
     std::vector<uint32_t> node_of_vertex_;         ///< per mesh vertex: workspace of close_slits
     std::vector<std::pair<uint32_t, Vec2>> moved_; ///< workspace of judge

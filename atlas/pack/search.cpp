@@ -67,6 +67,10 @@ constexpr double k_first_growth = 1.01, k_least_growth = 1.0015;
 /// than this factor.
 constexpr double k_search_growth = 1.25, k_late_growth = 1.12;
 
+/// The first layouts of fewer charts foretell too little: two bars may lie across each other there
+/// and side by side in the end.
+constexpr size_t k_least_foreseen = 4;
+
 /// The latter in quick layouts, whose first search is shorter.
 constexpr double k_quick_growth = 1.08;
 
@@ -187,7 +191,8 @@ public:
         plan_.skip_full_rows = plan_.order.size() > k_max_thorough;
         if (tuning.draft_effort > 0) {
             choose_row_direction(tuning.draft_cells);
-            if (!options_.quick && is_hopeless(demand, k_search_growth))
+            if (!options_.quick && plan_.order.size() >= k_least_foreseen &&
+                is_hopeless(demand, k_search_growth))
                 return SearchResult::found;
             improve(tuning.draft_cells, tuning.draft_effort, 0.2);
             if (is_hopeless(demand, options_.quick ? k_quick_growth : k_late_growth))

@@ -44,6 +44,7 @@ bool polish_charts(ChartStages& stages, ProgressMeter& progress) {
         if (stages.max_stretch > k_usual_stretch + 1e-6 && charts[i].stretch.worst_l2() > much)
             lease->flatten_further(charts[i], [&] { return progress.poll(); });
         lease->polish(charts[i], sweeps);
+        lease->straighten(charts[i]);
     });
     return progress.advance(1);
 }
