@@ -93,7 +93,7 @@ inline double worth_of_charts(double reluctance) {
 /// many, and of that their share. Whatever trades charts for room asks this: cuts along lines,
 /// halves, and the choice between two layouts.
 inline double price_of_charts(double charts, double more, int effort, double reluctance) {
-    constexpr double k_usual = 0.05, k_most_effort = 0.02;
+    constexpr double k_usual = 0.04, k_most_effort = 0.02;
     const double beyond = double(std::max(0, effort - k_usual_effort));
     const double of_doubling =
         k_usual + beyond / (k_max_effort - k_usual_effort) * (k_most_effort - k_usual);

@@ -306,14 +306,19 @@ bool is_net(const FinishedCharts& charts) {
                        [](double stretch) { return stretch < k_no_stretch; });
 }
 
-/// The coverage that so many other charts must exceed to be better than a layout: its own, and
-/// enough for those that are more, or as much if they are fewer. Who allows more stretch than usual
-/// wants fewer charts: there nothing is enough for more.
+/// The coverage that so many other charts must exceed to be better than a layout: its own, and the
+/// price of those that are more, or without the price of those that are fewer. Who allows more
+/// stretch than usual wants fewer charts: there nothing is enough for more.
 double to_exceed(const Layout& layout, uint32_t other_charts, const Options& options) {
     const double covered = layout.packing.coverage;
     const double charts = layout.charts.chart_count(), others = other_charts;
-    if (others <= charts)
-        return covered - (others < charts ? k_equal_coverage : 0);
+    if (others == charts)
+        return covered;
+    if (others < charts) { // at most one doubling counts, or few charts would excuse any void
+        const double more = std::min(others, charts - others);
+        return covered -
+               std::max(k_equal_coverage, price_of_charts(others, more, options.effort, 0));
+    }
     if (reluctance(options) > 0)
         return 1;
     return covered + price_of_charts(charts, others - charts, options.effort, 0);

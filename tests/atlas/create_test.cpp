@@ -1030,7 +1030,7 @@ TEST(AtlasBestLayout, ChartsOfFastModeThatAreMoreAreTakenIfTheyCoverEnoughForIt)
         const double ratio = double(modes.fast.charts) / modes.quality.charts;
         if (modes.fast_covers_more()) {
             EXPECT_GT(ratio, 1);
-            EXPECT_LT(modes.fast.coverage - modes.quality.coverage, 0.05 * (ratio - 1));
+            EXPECT_LT(modes.fast.coverage - modes.quality.coverage, 0.04 * (ratio - 1));
         }
         declined += modes.fast_covers_more();
         taken += modes.fast.charts > 1 && modes.fast.coverage == modes.quality.coverage;
