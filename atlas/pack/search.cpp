@@ -139,7 +139,7 @@ struct Tuning {
         tuning.tries = fast ? 4 : 7;
         tuning.thorough_end = !fast && charts <= k_max_thorough_end;
         if (tuning.thorough_end && charts > k_max_thorough)
-            tuning.tries = 4; // each takes several times as long
+            tuning.tries = 3; // each takes several times as long
         tuning.final_cells = options.quick || nests ? 512 : 768;
         if (charts > 300)
             tuning.final_cells = fast ? 1536 : 2048;
